@@ -1,0 +1,17 @@
+# Sourced by ./run and ./test: one compiler cache for every checkout, a Wine of the build tree's own.
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+export CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1
+export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml=' WINEARCH=win64
+export WINEPREFIX="${TMPDIR:-/tmp}/vexa-wine-$(id -u)-$(echo "$root" | cksum | cut -d' ' -f1)"
+export XDG_RUNTIME_DIR="${XDG_RUNTIME_DIR:-/tmp}"
+
+# build PRESET [TARGET...]
+build() {
+  local preset=$1
+  shift
+  mkdir -p "$root/build"
+  (cd "$root" && cmake --preset "$preset" >"build/$preset.configure.log" 2>&1) || { cat "$root/build/$preset.configure.log"; return 1; }
+  local targets=()
+  [ $# -gt 0 ] && targets=(--target "$@")
+  (cd "$root" && cmake --build --preset "$preset" "${targets[@]}" >"build/$preset.build.log" 2>&1) || { tail -40 "$root/build/$preset.build.log"; return 1; }
+}
