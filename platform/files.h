@@ -1,0 +1,69 @@
+// Files of the operating system, as the engine needs them: read whole, or written whole.
+//
+// A file is written beside its target under a name of its own, flushed to the disk and renamed over
+// the target, so that the target is at every moment the old file or the new one, never a part.
+//
+// `FileOperations` is the table of the primitive steps; the tests hand in one whose n-th step fails.
+// All paths may hold any character of the system's file names. Thread-safe: no shared state.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vexa {
+
+using Path = std::filesystem::path;
+using Bytes = std::vector<uint8_t>;
+
+enum class WriteResult {
+  kDone,
+  kCannotCreate,  // no file could be made beside the target: the target's folder refuses
+  kFailed,        // writing, flushing or renaming failed; the target is as it was
+};
+
+struct FileOperations {
+  // Opens `path` for writing, empty. nullptr when it cannot be created.
+  std::function<std::FILE*(const Path&)> create;
+  // Writes all bytes; false on failure (disk full, device gone).
+  std::function<bool(std::FILE*, std::span<const uint8_t>)> write;
+  // Flushes to the disk and closes; the file is closed in every case.
+  std::function<bool(std::FILE*)> finish;
+  // Puts `from` in the place of `to`, replacing it.
+  std::function<bool(const Path& from, const Path& to)> replace;
+};
+
+// The operating system's own.
+const FileOperations& SystemFiles();
+
+// The whole content; nothing when the file cannot be opened or read, or is above `limit` bytes.
+std::optional<Bytes> ReadWholeFile(const Path& path, uint64_t limit = uint64_t{1} << 31);
+
+// Writes `content` in place of whatever `path` held.
+WriteResult WriteWholeFile(const Path& path, std::span<const uint8_t> content,
+                           const FileOperations& files = SystemFiles());
+
+// The same for content that is made piece by piece: `produce` hands each piece to its argument and gives back
+// false as soon as that does.
+using PieceWriter = std::function<bool(std::span<const uint8_t>)>;
+WriteResult WriteWholeFileBy(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
+                             const FileOperations& files = SystemFiles());
+
+// A new folder under the system's temporary path, named from `name`; nothing when it cannot be made.
+std::optional<Path> CreateTemporaryFolder(const std::string& name);
+// Removes the folder with all that is in it; failures are silent.
+void RemoveFolder(const Path& folder);
+
+// The folder of the running program, without a trailing separator.
+Path ProgramFolder();
+
+// Path to and from UTF-8, the encoding of all message texts.
+std::string Utf8FromPath(const Path& path);
+Path PathFromUtf8(std::string_view text);
+
+}  // namespace vexa

@@ -1,0 +1,76 @@
+#include "platform/pseudo_terminal.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <stdlib.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace vexa {
+
+namespace {
+
+struct SystemTerminal : PseudoTerminal {
+  int master = -1, keeper = -1;  // the keeper holds the far end open, so that the line survives its users
+  Path link;
+
+  ~SystemTerminal() override {
+    std::error_code error;
+    if (!link.empty() && std::filesystem::read_symlink(link, error) == Path(path))
+      std::filesystem::remove(link, error);
+    if (keeper >= 0) close(keeper);
+    if (master >= 0) close(master);
+  }
+
+  size_t Read(std::span<uint8_t> buffer, int milliseconds) override {
+    pollfd watched{master, POLLIN, 0};
+    if (poll(&watched, 1, milliseconds) <= 0) return 0;
+    const ssize_t count = read(master, buffer.data(), buffer.size());
+    return count > 0 ? static_cast<size_t>(count) : 0;
+  }
+
+  size_t Write(std::span<const uint8_t> bytes) override {
+    const ssize_t count = write(master, bytes.data(), bytes.size());
+    return count > 0 ? static_cast<size_t>(count) : 0;
+  }
+};
+
+bool MakeRaw(int file) {
+  termios state{};
+  if (tcgetattr(file, &state) != 0) return false;
+  cfmakeraw(&state);
+  return tcsetattr(file, TCSANOW, &state) == 0;
+}
+
+bool MakeLink(const Path& link, const std::string& target) {
+  std::error_code error;
+  if (std::filesystem::is_symlink(std::filesystem::symlink_status(link, error)))
+    std::filesystem::remove(link, error);
+  std::filesystem::create_symlink(target, link, error);
+  return !error;
+}
+
+}  // namespace
+
+std::unique_ptr<PseudoTerminal> OpenPseudoTerminal(const Path& link) {
+  auto terminal = std::make_unique<SystemTerminal>();
+  terminal->master = posix_openpt(O_RDWR | O_NOCTTY);
+  if (terminal->master < 0 || grantpt(terminal->master) != 0 || unlockpt(terminal->master) != 0)
+    return nullptr;
+  const char* name = ptsname(terminal->master);
+  if (!name) return nullptr;
+  terminal->path = name;
+  terminal->keeper = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
+  if (terminal->keeper < 0 || !MakeRaw(terminal->keeper)) return nullptr;
+  fcntl(terminal->master, F_SETFD, FD_CLOEXEC);
+  fcntl(terminal->master, F_SETFL, O_NONBLOCK);
+  if (!link.empty()) {
+    if (!MakeLink(link, terminal->path)) return nullptr;
+    terminal->link = link;
+  }
+  return terminal;
+}
+
+}  // namespace vexa

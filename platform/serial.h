@@ -1,0 +1,123 @@
+// Serial ports of the operating system, as one table of operations (`CommApi`) whose steps and failures are
+// those of the Win32 communication functions: a read, a write or a wait for a line event either completes at
+// once, stays pending until its event is signalled, or fails. The port library (serial/port.h) is written
+// against the table alone; tests hand in one whose steps fail on demand.
+//
+// Threads: reading, writing and waiting may run at the same time on one port, each with its own `Overlapped`;
+// one Overlapped belongs to one thread. Events may be signalled from any thread.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vexa {
+
+enum class SerialPlatform { kUnknown, kWin32s, kWindows9x, kWindowsNt, kOther };
+
+inline constexpr uint8_t kNoParity = 0, kOddParity = 1, kEvenParity = 2, kMarkParity = 3, kSpaceParity = 4;
+inline constexpr uint8_t kOneStopBit = 0, kOne5StopBits = 1, kTwoStopBits = 2;
+
+// The device control block, by its Win32 field names. Zero-initialised: no flow control of any kind.
+struct PortDcb {
+  uint32_t length = 0;
+  uint32_t baud_rate = 0;  // bits a second
+  bool binary = false, parity_check = false;
+  bool cts_flow = false, dsr_flow = false, dsr_sensitivity = false, continue_on_xoff = false;
+  bool out_x = false, in_x = false;
+  uint8_t dtr_control = 0;  // 0 disabled, 1 enabled, 2 handshake
+  uint8_t rts_control = 0;
+  uint16_t xon_limit = 0, xoff_limit = 0;
+  uint8_t byte_size = 0;  // 4-8
+  uint8_t parity = kNoParity, stop_bits = kOneStopBit;
+  uint8_t xon_char = 0, xoff_char = 0;
+};
+
+// Milliseconds; an interval of 1 ends a read at the first gap between bytes.
+struct CommTimeouts {
+  uint32_t read_interval = 0, read_multiplier = 0, read_constant = 0, write_multiplier = 0,
+           write_constant = 0;
+};
+
+// Line events and errors: the Win32 bits.
+inline constexpr uint32_t kEventRxChar = 0x1, kEventRxFlag = 0x2, kEventTxEmpty = 0x4, kEventCts = 0x8,
+                          kEventDsr = 0x10, kEventRlsd = 0x20, kEventBreak = 0x40, kEventError = 0x80,
+                          kEventRing = 0x100;
+inline constexpr uint32_t kPurgeTransmit = 0x4, kPurgeReceive = 0x8;
+
+struct CommStatus {
+  uint32_t errors = 0;
+  uint32_t flags = 0, in_queue = 0, out_queue = 0;
+  bool operator==(const CommStatus&) const = default;
+};
+
+struct SerialDevice {  // an open port; the system's part derives from it
+  virtual ~SerialDevice() = default;
+};
+struct SerialEvent {
+  virtual ~SerialEvent() = default;
+};
+using SerialDevicePtr = std::shared_ptr<SerialDevice>;
+using SerialEventPtr = std::shared_ptr<SerialEvent>;
+
+// One operation that may be pending. `system` is the implementation's; the buffer handed to a read or write
+// must live until the operation completed or `cancel` returned.
+struct Overlapped {
+  SerialEventPtr event;
+  std::shared_ptr<void> system;
+};
+
+enum class IoResult { kDone, kPending, kAborted, kFailed };
+
+inline constexpr int kWaitTimeout = -1, kWaitFailed = -2;  // else the index of the signalled event
+inline constexpr uint32_t kWaitForever = 0xFFFFFFFF;
+
+struct CommApi {
+  std::function<SerialPlatform()> platform;  // kUnknown: the system's version cannot be told
+  std::function<SerialDevicePtr(const std::string& name)> create_file;  // null: not there, or held by another
+  std::function<bool(const SerialDevicePtr&)> close_file;
+  std::function<SerialEventPtr(bool manual_reset, bool signalled)> create_event;
+  std::function<void(const SerialEventPtr&)> set_event;
+  std::function<void(const SerialEventPtr&)> reset_event;
+  // The lowest of the events that is signalled.
+  std::function<int(std::span<const SerialEventPtr> events, uint32_t milliseconds)> wait;
+
+  std::function<bool(const SerialDevicePtr&, CommTimeouts&)> get_timeouts;
+  std::function<bool(const SerialDevicePtr&, const CommTimeouts&)> set_timeouts;
+  std::function<bool(const SerialDevicePtr&, const PortDcb&)> set_state;
+  std::function<bool(const SerialDevicePtr&, uint32_t receive, uint32_t transmit)> setup_queues;
+  std::function<bool(const SerialDevicePtr&)> raise_dtr;
+  std::function<bool(const SerialDevicePtr&, uint32_t mask)> set_mask;
+  std::function<bool(const SerialDevicePtr&, uint32_t what)> purge;
+  std::function<bool(const SerialDevicePtr&, CommStatus&)> clear_error;
+  std::function<bool(const SerialDevicePtr&, uint32_t& modem)> modem_status;
+
+  // `count`: bytes moved, when kDone. A null `overlapped` waits until all is written.
+  std::function<IoResult(const SerialDevicePtr&, std::span<uint8_t>, size_t& count, Overlapped&)> read;
+  std::function<IoResult(const SerialDevicePtr&, std::span<const uint8_t>, size_t& count, Overlapped*)> write;
+  std::function<IoResult(const SerialDevicePtr&, uint32_t& mask, Overlapped&)> wait_event;
+  // Does not wait: kPending while the operation is not complete.
+  std::function<IoResult(const SerialDevicePtr&, Overlapped&, size_t& count)> result;
+  // Ends a pending operation; its buffer is free afterwards. Nothing when none is pending.
+  std::function<void(const SerialDevicePtr&, Overlapped&)> cancel;
+
+  // False when the system has no thread left.
+  std::function<bool(std::thread&, std::function<void()>)> start_thread;
+};
+
+const CommApi& SystemCommApi();
+// Starts a thread; false when the system refuses one.
+bool StartThread(std::thread& thread, std::function<void()> run);
+
+struct SerialPortInfo {
+  std::string name;         // what opens it: "COM1", "/dev/ttyUSB0"
+  std::string description;  // the device or driver behind it; may be empty
+};
+std::vector<SerialPortInfo> ListSerialPorts();  // by name
+
+}  // namespace vexa

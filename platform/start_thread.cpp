@@ -1,0 +1,16 @@
+#include <system_error>
+
+#include "platform/serial.h"
+
+namespace vexa {
+
+bool StartThread(std::thread& thread, std::function<void()> run) {
+  try {
+    thread = std::thread(std::move(run));
+    return true;
+  } catch (const std::system_error&) {
+    return false;
+  }
+}
+
+}  // namespace vexa

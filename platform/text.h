@@ -1,0 +1,18 @@
+// Text encodings at the edges. Names in records are single bytes (Windows-1252); everything that is
+// shown, printed or reported in a message is UTF-8; Windows takes UTF-16.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vexa {
+
+// Windows-1252 to UTF-8; the five bytes that 1252 leaves open map to the C1 characters of equal value.
+std::string Utf8FromLatin(std::string_view bytes);
+// The other way; a character that Windows-1252 does not have becomes '?'. Invalid UTF-8 likewise.
+std::string LatinFromUtf8(std::string_view text);
+
+std::u16string Utf16FromUtf8(std::string_view text);
+std::string Utf8FromUtf16(std::u16string_view text);
+
+}  // namespace vexa

@@ -1,0 +1,53 @@
+#include "platform/files.h"
+
+#include <io.h>
+#include <windows.h>
+
+#include <cstdio>
+
+namespace vexa {
+
+namespace {
+
+// Paths of 260 characters and more need the \\?\ form, which takes no "." and "..".
+std::wstring LongPath(const Path& path) {
+  std::error_code error;
+  Path absolute = std::filesystem::absolute(path, error).lexically_normal();
+  absolute.make_preferred();
+  const std::wstring text = absolute.native();
+  if (text.size() < 240 || text.starts_with(L"\\\\?\\")) return path.native();
+  if (text.starts_with(L"\\\\")) return L"\\\\?\\UNC\\" + text.substr(2);
+  return L"\\\\?\\" + text;
+}
+
+}  // namespace
+
+std::FILE* OpenFile(const Path& path, bool writing) {
+  return _wfopen(LongPath(path).c_str(), writing ? L"wb" : L"rb");
+}
+
+const FileOperations& SystemFiles() {
+  static const FileOperations operations = {
+      [](const Path& path) { return OpenFile(path, true); },
+      [](std::FILE* file, std::span<const uint8_t> bytes) {
+        return bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+      },
+      [](std::FILE* file) {
+        const bool flushed = std::fflush(file) == 0 && _commit(_fileno(file)) == 0;
+        return (std::fclose(file) == 0) && flushed;
+      },
+      [](const Path& from, const Path& to) {
+        return MoveFileExW(LongPath(from).c_str(), LongPath(to).c_str(),
+                           MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+      },
+  };
+  return operations;
+}
+
+Path ProgramFolder() {
+  std::wstring name(32768, L'\0');
+  name.resize(GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size())));
+  return Path(name).parent_path();
+}
+
+}  // namespace vexa

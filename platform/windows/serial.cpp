@@ -1,0 +1,273 @@
+#include "platform/serial.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+struct Device : SerialDevice {
+  HANDLE handle = INVALID_HANDLE_VALUE;
+  ~Device() override {
+    if (handle != INVALID_HANDLE_VALUE) CloseHandle(handle);
+  }
+};
+
+struct Event : SerialEvent {
+  HANDLE handle = nullptr;
+  ~Event() override {
+    if (handle) CloseHandle(handle);
+  }
+};
+
+struct Pending {
+  OVERLAPPED overlapped{};
+  SerialEventPtr event;  // lives as long as the system may signal it
+  DWORD mask = 0;
+  uint32_t* mask_to = nullptr;
+};
+
+HANDLE HandleOf(const SerialDevicePtr& device) {
+  return static_cast<Device&>(*device).handle;
+}
+HANDLE HandleOf(const SerialEventPtr& event) {
+  return static_cast<Event&>(*event).handle;
+}
+
+std::wstring Wide(const std::string& text) {
+  const std::u16string wide = Utf16FromUtf8(text);
+  return {wide.begin(), wide.end()};
+}
+
+SerialDevicePtr OpenDevice(const std::string& name) {
+  // Names above COM9 are found in the device name space only; the low ones there too.
+  const std::wstring path = name.rfind("\\\\", 0) == 0 ? Wide(name) : L"\\\\.\\" + Wide(name);
+  const auto device = std::make_shared<Device>();
+  device->handle = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                               FILE_FLAG_OVERLAPPED | FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (device->handle == INVALID_HANDLE_VALUE) return nullptr;
+  return device;
+}
+
+bool CloseDevice(const SerialDevicePtr& pointer) {
+  Device& device = static_cast<Device&>(*pointer);
+  if (!CloseHandle(device.handle)) return false;
+  device.handle = INVALID_HANDLE_VALUE;
+  return true;
+}
+
+SerialEventPtr MakeEvent(bool manual_reset, bool signalled) {
+  const auto event = std::make_shared<Event>();
+  event->handle = CreateEventW(nullptr, manual_reset, signalled, nullptr);
+  if (!event->handle) return nullptr;
+  return event;
+}
+
+int WaitForEvents(std::span<const SerialEventPtr> events, uint32_t milliseconds) {
+  std::array<HANDLE, 8> handles{};
+  const size_t count = std::min(events.size(), handles.size());
+  for (size_t i = 0; i < count; ++i) handles[i] = HandleOf(events[i]);
+  const DWORD result = WaitForMultipleObjects(static_cast<DWORD>(count), handles.data(), FALSE, milliseconds);
+  if (result == WAIT_TIMEOUT) return kWaitTimeout;
+  if (result < WAIT_OBJECT_0 + count) return static_cast<int>(result - WAIT_OBJECT_0);
+  return kWaitFailed;
+}
+
+bool GetTimeouts(const SerialDevicePtr& device, CommTimeouts& timeouts) {
+  COMMTIMEOUTS system{};
+  if (!GetCommTimeouts(HandleOf(device), &system)) return false;
+  timeouts = {system.ReadIntervalTimeout, system.ReadTotalTimeoutMultiplier, system.ReadTotalTimeoutConstant,
+              system.WriteTotalTimeoutMultiplier, system.WriteTotalTimeoutConstant};
+  return true;
+}
+
+bool SetTimeouts(const SerialDevicePtr& device, const CommTimeouts& timeouts) {
+  COMMTIMEOUTS system{timeouts.read_interval, timeouts.read_multiplier, timeouts.read_constant,
+                      timeouts.write_multiplier, timeouts.write_constant};
+  return SetCommTimeouts(HandleOf(device), &system) != 0;
+}
+
+bool SetState(const SerialDevicePtr& device, const PortDcb& dcb) {
+  DCB system{};
+  system.DCBlength = dcb.length;
+  system.BaudRate = dcb.baud_rate;
+  system.fBinary = dcb.binary;
+  system.fParity = dcb.parity_check;
+  system.fOutxCtsFlow = dcb.cts_flow;
+  system.fOutxDsrFlow = dcb.dsr_flow;
+  system.fDtrControl = dcb.dtr_control & 3;
+  system.fDsrSensitivity = dcb.dsr_sensitivity;
+  system.fTXContinueOnXoff = dcb.continue_on_xoff;
+  system.fOutX = dcb.out_x;
+  system.fInX = dcb.in_x;
+  system.fRtsControl = dcb.rts_control & 3;
+  system.XonLim = dcb.xon_limit;
+  system.XoffLim = dcb.xoff_limit;
+  system.ByteSize = dcb.byte_size;
+  system.Parity = dcb.parity;
+  system.StopBits = dcb.stop_bits;
+  system.XonChar = static_cast<char>(dcb.xon_char);
+  system.XoffChar = static_cast<char>(dcb.xoff_char);
+  return SetCommState(HandleOf(device), &system) != 0;
+}
+
+bool ClearError(const SerialDevicePtr& device, CommStatus& status) {
+  DWORD errors = 0;
+  COMSTAT system{};
+  if (!ClearCommError(HandleOf(device), &errors, &system)) return false;
+  status = {errors, 0, system.cbInQue, system.cbOutQue};
+  if (system.fCtsHold) status.flags |= 1;
+  if (system.fDsrHold) status.flags |= 2;
+  if (system.fRlsdHold) status.flags |= 4;
+  if (system.fXoffHold) status.flags |= 8;
+  if (system.fXoffSent) status.flags |= 16;
+  if (system.fEof) status.flags |= 32;
+  if (system.fTxim) status.flags |= 64;
+  return true;
+}
+
+bool ModemStatus(const SerialDevicePtr& device, uint32_t& modem) {
+  DWORD lines = 0;
+  if (!GetCommModemStatus(HandleOf(device), &lines)) return false;
+  modem = lines;
+  return true;
+}
+
+IoResult Failure(DWORD error) {
+  if (error == ERROR_IO_PENDING || error == ERROR_IO_INCOMPLETE) return IoResult::kPending;
+  return error == ERROR_OPERATION_ABORTED ? IoResult::kAborted : IoResult::kFailed;
+}
+
+std::shared_ptr<Pending> Start(Overlapped& overlapped) {
+  const auto pending = std::make_shared<Pending>();
+  pending->event = overlapped.event;
+  if (overlapped.event) pending->overlapped.hEvent = HandleOf(overlapped.event);
+  overlapped.system = pending;
+  return pending;
+}
+
+IoResult Read(const SerialDevicePtr& device, std::span<uint8_t> buffer, size_t& count,
+              Overlapped& overlapped) {
+  const auto pending = Start(overlapped);
+  DWORD moved = 0;
+  const BOOL done = ReadFile(HandleOf(device), buffer.data(), static_cast<DWORD>(buffer.size()), &moved,
+                             &pending->overlapped);
+  count = done ? moved : 0;
+  return done ? IoResult::kDone : Failure(GetLastError());
+}
+
+IoResult Write(const SerialDevicePtr& device, std::span<const uint8_t> bytes, size_t& count,
+               Overlapped* overlapped) {
+  DWORD moved = 0;
+  OVERLAPPED* system = overlapped ? &Start(*overlapped)->overlapped : nullptr;
+  const BOOL done =
+      WriteFile(HandleOf(device), bytes.data(), static_cast<DWORD>(bytes.size()), &moved, system);
+  count = done ? moved : 0;
+  return done ? IoResult::kDone : Failure(GetLastError());
+}
+
+IoResult WaitEvent(const SerialDevicePtr& device, uint32_t& mask, Overlapped& overlapped) {
+  const auto pending = Start(overlapped);
+  pending->mask_to = &mask;
+  if (!WaitCommEvent(HandleOf(device), &pending->mask, &pending->overlapped)) return Failure(GetLastError());
+  mask = pending->mask;
+  return IoResult::kDone;
+}
+
+IoResult Result(const SerialDevicePtr& device, Overlapped& overlapped, size_t& count) {
+  const auto pending = std::static_pointer_cast<Pending>(overlapped.system);
+  count = 0;
+  if (!pending) return IoResult::kFailed;
+  DWORD moved = 0;
+  SetLastError(ERROR_SUCCESS);
+  if (!GetOverlappedResult(HandleOf(device), &pending->overlapped, &moved, FALSE))
+    return Failure(GetLastError());
+  count = moved;
+  if (pending->mask_to) *pending->mask_to = pending->mask;
+  return IoResult::kDone;
+}
+
+void CancelPending(const SerialDevicePtr& device, Overlapped& overlapped) {
+  const auto pending = std::static_pointer_cast<Pending>(overlapped.system);
+  if (!pending) return;
+  DWORD moved = 0;
+  CancelIoEx(HandleOf(device), &pending->overlapped);
+  GetOverlappedResult(HandleOf(device), &pending->overlapped, &moved, TRUE);
+  overlapped.system = nullptr;
+}
+
+CommApi MakeApi() {
+  CommApi api;
+  api.platform = [] { return SerialPlatform::kWindowsNt; };  // the oldest system the program starts on is one
+  api.create_file = OpenDevice;
+  api.close_file = CloseDevice;
+  api.create_event = MakeEvent;
+  api.set_event = [](const SerialEventPtr& event) { SetEvent(HandleOf(event)); };
+  api.reset_event = [](const SerialEventPtr& event) { ResetEvent(HandleOf(event)); };
+  api.wait = WaitForEvents;
+  api.get_timeouts = GetTimeouts;
+  api.set_timeouts = SetTimeouts;
+  api.set_state = SetState;
+  api.setup_queues = [](const SerialDevicePtr& device, uint32_t receive, uint32_t transmit) {
+    return SetupComm(HandleOf(device), receive, transmit) != 0;
+  };
+  api.raise_dtr = [](const SerialDevicePtr& device) {
+    return EscapeCommFunction(HandleOf(device), SETDTR) != 0;
+  };
+  api.set_mask = [](const SerialDevicePtr& device, uint32_t mask) {
+    return SetCommMask(HandleOf(device), mask) != 0;
+  };
+  api.purge = [](const SerialDevicePtr& device, uint32_t what) {
+    return PurgeComm(HandleOf(device), what) != 0;
+  };
+  api.clear_error = ClearError;
+  api.modem_status = ModemStatus;
+  api.read = Read;
+  api.write = Write;
+  api.wait_event = WaitEvent;
+  api.result = Result;
+  api.cancel = CancelPending;
+  api.start_thread = StartThread;
+  return api;
+}
+
+std::string Utf8(const std::wstring& text) {
+  return Utf8FromUtf16(std::u16string(text.begin(), text.end()));
+}
+
+}  // namespace
+
+const CommApi& SystemCommApi() {
+  static const CommApi api = MakeApi();
+  return api;
+}
+
+std::vector<SerialPortInfo> ListSerialPorts() {
+  std::vector<SerialPortInfo> ports;
+  HKEY key = nullptr;
+  if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"HARDWARE\\DEVICEMAP\\SERIALCOMM", 0, KEY_READ, &key) !=
+      ERROR_SUCCESS) {
+    return ports;
+  }
+  for (DWORD i = 0;; ++i) {
+    std::array<wchar_t, 256> device{}, name{};
+    DWORD device_size = device.size(), name_size = sizeof(wchar_t) * (name.size() - 1), type = 0;
+    if (RegEnumValueW(key, i, device.data(), &device_size, nullptr, &type,
+                      reinterpret_cast<BYTE*>(name.data()), &name_size) != ERROR_SUCCESS) {
+      break;
+    }
+    if (type == REG_SZ) ports.push_back({Utf8(name.data()), Utf8(device.data())});
+  }
+  RegCloseKey(key);
+  std::sort(ports.begin(), ports.end(), [](const auto& a, const auto& b) {
+    return a.name.size() != b.name.size() ? a.name.size() < b.name.size() : a.name < b.name;
+  });
+  return ports;
+}
+
+}  // namespace vexa

@@ -1,0 +1,284 @@
+#include "tests/support/random_database.h"
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_map>
+
+#include "core/messages.h"
+
+namespace vexa {
+
+namespace {
+
+using Random = std::mt19937;
+
+uint32_t Upto(Random& random, uint32_t highest) {
+  return std::uniform_int_distribution<uint32_t>(0, highest)(random);
+}
+
+template <class Record>
+void FillBits(Random& random, Record& record) {
+  unsigned char bytes[sizeof record];
+  for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
+  std::memcpy(&record, bytes, sizeof record);
+}
+
+void FillName(Random& random, const RandomShape& shape, const char* kind, size_t number,
+              char (&field)[kNameSize]) {
+  SetName(field, Format("%s %zu", kind, number + 1));
+  if (Upto(random, 3) == 0) SetName(field, Format("\xC9\xE9 %s %zu, \"x\"", kind, number + 1));
+  if (!shape.long_names || Upto(random, 3) != 0) return;
+  for (char& letter : field) letter = static_cast<char>(1 + Upto(random, 254));
+}
+
+LnbRecord MakeLnb(Random& random, const RandomShape& shape) {
+  LnbRecord lnb = FactoryDefaults().lnb;
+  if (shape.any_bits) FillBits(random, lnb);
+  lnb.type = Upto(random, 3) & 3;
+  return lnb;
+}
+
+void AddSatellites(Random& random, const RandomShape& shape, StaticDatabase& database) {
+  for (size_t i = 0; i < shape.satellites; ++i) {
+    Satellite* satellite = database.satellite_pool.Take();
+    SatelliteRecord& record = satellite->record;
+    if (shape.any_bits) FillBits(random, record);
+    record.lnb_index =
+        Upto(random, static_cast<uint32_t>(std::clamp<size_t>(shape.lnbs, 1, kMaximumLnbs)) - 1) & 0xFF;
+    if (!shape.any_bits) record.position = Upto(random, 64) & 0xFF;
+    record.user = Upto(random, 1) & 1;
+    record.east = Upto(random, 1) & 1;
+    record.angle = Upto(random, 1800) & 0xFFF;
+    record.carrier_count = 0;
+    FillName(random, shape, "Satellite", i, record.name);
+    database.satellites.push_back(satellite);
+  }
+}
+
+uint32_t FrequencyFor(Random& random, const StaticDatabase& database, const Satellite& satellite) {
+  switch (database.lnbs[satellite.record.lnb_index].type) {
+    case kLnbNormal:
+      return 3000 + Upto(random, 1200);
+    case kLnbLnbf:
+      return 3000 + Upto(random, 1800);
+    case kLnbUniversal:
+      return 10700 + Upto(random, 2050);
+    default:
+      return 950 + Upto(random, 1200);
+  }
+}
+
+void AddCarriers(Random& random, const RandomShape& shape, StaticDatabase& database) {
+  database.carrier_pool.Reserve(shape.carriers);
+  database.carriers.reserve(shape.carriers);
+  for (size_t i = 0; i < shape.carriers; ++i) {
+    Carrier* carrier = AddTestCarrier(database, Upto(random, static_cast<uint32_t>(shape.satellites - 1)));
+    CarrierRecord& record = carrier->record;
+    const uint32_t satellite = record.satellite_index;
+    if (shape.any_bits) FillBits(random, record);
+    record.satellite_index = satellite & 0x3FF;
+    record.service_count = 0;
+    record.symbol_rate = (1000 + Upto(random, 44000)) & 0xFFFFFF;
+    record.polarization = Upto(random, 3) & 3;
+    if (!shape.any_bits) record.fec = Upto(random, 5) & 7;
+    record.user = Upto(random, 1) & 1;
+    record.frequency = FrequencyFor(random, database, *carrier->satellite);
+    FillName(random, shape, "Carrier", i, record.name);
+  }
+}
+
+void AddServices(Random& random, const RandomShape& shape, StaticDatabase& database) {
+  // Carrier by carrier, as a file holds them.
+  std::vector<uint32_t> counts(shape.carriers);
+  for (size_t i = 0; i < shape.services; ++i)
+    ++counts[Upto(random, static_cast<uint32_t>(shape.carriers - 1))];
+  database.service_pool.Reserve(shape.services);
+  database.services.reserve(shape.services);
+  for (size_t i = 0; i < shape.carriers; ++i) {
+    database.carriers[i]->services.reserve(counts[i]);
+    for (uint32_t number = 0; number < counts[i]; ++number) {
+      Service* service = AddTestService(database, database.carriers[i]);
+      ServiceRecord& record = service->record;
+      if (shape.any_bits) FillBits(random, record);
+      record.program_number = (number + 1) & 0xFFFF;
+      record.video_pid = Upto(random, 8192) & 0x3FFF;
+      record.audio_pid = Upto(random, 8192) & 0x3FFF;
+      record.pcr_pid = Upto(random, 8192) & 0x3FFF;
+      if (!shape.any_bits) record.type = (1 + Upto(random, 1)) & 3;
+      record.free = Upto(random, 1) & 1;
+      FillName(random, shape, "Service", database.services.size() - 1, record.name);
+    }
+  }
+  std::shuffle(database.service_order.begin(), database.service_order.end(), random);
+}
+
+void AddFavourites(Random& random, const RandomShape& shape, StaticDatabase& database) {
+  const auto fill = [&](std::vector<Service*>& list, uint32_t limit) {
+    const uint32_t count = Upto(random, std::min(static_cast<uint32_t>(shape.favourites), limit));
+    for (uint32_t i = 0; i < count; ++i)
+      list.push_back(database.services[Upto(random, static_cast<uint32_t>(database.services.size() - 1))]);
+  };
+  for (size_t i = 0; i < kFavouriteGroups; ++i) {
+    FavouriteGroup& group = database.favourites[i];
+    if (shape.any_bits) FillBits(random, group.record);
+    FillName(random, shape, "Group", i, group.record.tv_name);
+    FillName(random, shape, "Group", i, group.record.radio_name);
+    if (database.services.empty()) continue;
+    fill(group.tv, kMaximumTvEntries);
+    fill(group.radio, kMaximumRadioEntries);
+  }
+}
+
+using Places = std::unordered_map<const Service*, size_t>;
+
+Places PlacesOf(const StaticDatabase& database) {
+  Places places;
+  size_t number = 0;
+  for (const Carrier* carrier : database.carriers) {
+    for (const Service* service : carrier->services) places[service] = number++;
+  }
+  return places;
+}
+
+bool SameEntries(const std::vector<Service*>& one, const Places& ones, const std::vector<Service*>& other,
+                 const Places& others) {
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                    [&](const Service* a, const Service* b) { return ones.at(a) == others.at(b); });
+}
+
+template <class Record>
+bool SameBytes(const Record& one, const Record& other) {
+  return std::memcmp(&one, &other, sizeof one) == 0;
+}
+
+std::string CarrierDifference(const StaticDatabase& one, const StaticDatabase& other) {
+  if (one.carriers.size() != other.carriers.size())
+    return Format("%zu and %zu carriers", one.carriers.size(), other.carriers.size());
+  for (size_t i = 0; i < one.carriers.size(); ++i) {
+    CarrierRecord a = one.carriers[i]->record, b = other.carriers[i]->record;
+    a.lnb_index = b.lnb_index = 0;
+    a.first_service = b.first_service = 0;
+    if (!SameBytes(a, b)) return Format("carrier %zu", i);
+    const auto& services = one.carriers[i]->services;
+    if (services.size() != other.carriers[i]->services.size()) return Format("services of carrier %zu", i);
+    for (size_t number = 0; number < services.size(); ++number) {
+      ServiceRecord c = services[number]->record, d = other.carriers[i]->services[number]->record;
+      c.carrier_index = d.carrier_index = 0;
+      if (!SameBytes(c, d)) return Format("service %zu of carrier %zu", number, i);
+    }
+  }
+  return {};
+}
+
+std::string ListDifference(const StaticDatabase& one, const StaticDatabase& other) {
+  const Places ones = PlacesOf(one), others = PlacesOf(other);
+  if (!SameEntries(one.service_order, ones, other.service_order, others)) return "service order";
+  for (size_t i = 0; i < kFavouriteGroups; ++i) {
+    FavouriteRecord a = one.favourites[i].record, b = other.favourites[i].record;
+    a.tv_count = b.tv_count = 0;
+    a.radio_count = b.radio_count = 0;
+    if (!SameBytes(a, b)) return Format("favourite record %zu", i);
+    if (!SameEntries(one.favourites[i].tv, ones, other.favourites[i].tv, others))
+      return Format("TV list %zu", i);
+    if (!SameEntries(one.favourites[i].radio, ones, other.favourites[i].radio, others))
+      return Format("radio list %zu", i);
+  }
+  return {};
+}
+
+}  // namespace
+
+Satellite* AddTestSatellite(StaticDatabase& database, const std::string& name) {
+  Satellite* satellite = database.satellite_pool.Take();
+  satellite->record = FactoryDefaults().satellite;
+  SetName(satellite->record.name, name);
+  database.satellites.push_back(satellite);
+  return satellite;
+}
+
+Carrier* AddTestCarrier(StaticDatabase& database, size_t satellite) {
+  Carrier* carrier = database.carrier_pool.Take();
+  carrier->record = FactoryDefaults().carrier;
+  carrier->record.satellite_index = static_cast<uint32_t>(satellite) & 0x3FF;
+  carrier->satellite = database.satellites[satellite];
+  carrier->satellite->carriers.push_back(carrier);
+  carrier->satellite->record.carrier_count = static_cast<uint16_t>(carrier->satellite->carriers.size());
+  database.carriers.push_back(carrier);
+  return carrier;
+}
+
+Service* AddTestService(StaticDatabase& database, Carrier* carrier) {
+  Service* service = database.service_pool.Take();
+  service->record = FactoryDefaults().service;
+  service->carrier = carrier;
+  const auto& carriers = carrier->satellite->carriers;
+  // Mostly the newest carrier: looked for from the end.
+  const auto place = std::find(carriers.rbegin(), carriers.rend(), carrier);
+  service->carrier_position = static_cast<uint16_t>(carriers.rend() - place - 1);
+  carrier->services.push_back(service);
+  carrier->record.service_count = static_cast<uint16_t>(carrier->services.size());
+  database.services.push_back(service);
+  database.service_order.push_back(service);
+  return service;
+}
+
+std::unique_ptr<StaticDatabase> MakeRandomDatabase(std::mt19937& random, const RandomShape& shape) {
+  auto database = std::make_unique<StaticDatabase>();
+  database->lnb_count = static_cast<uint32_t>(shape.lnbs);
+  for (size_t i = 0; i < shape.lnbs; ++i) database->lnbs[i] = MakeLnb(random, shape);
+  if (shape.satellites > 0) {
+    AddSatellites(random, shape, *database);
+    AddCarriers(random, shape, *database);
+    if (shape.carriers > 0) AddServices(random, shape, *database);
+  }
+  AddFavourites(random, shape, *database);
+  return database;
+}
+
+RandomShape MakeRandomShape(std::mt19937& random) {
+  RandomShape shape;
+  shape.lnbs = 1 + Upto(random, 15);
+  shape.satellites = 1 + Upto(random, Upto(random, 3) == 0 ? 84 : 5);
+  shape.carriers = Upto(random, 4) == 0 ? 0 : Upto(random, 60);
+  shape.services = Upto(random, 4) == 0 ? 0 : Upto(random, 200);
+  shape.favourites = Upto(random, 40);
+  shape.any_bits = Upto(random, 1) == 1;
+  shape.long_names = Upto(random, 1) == 1;
+  return shape;
+}
+
+Document MakeRandomDocument(std::mt19937& random) {
+  Document document;
+  const uint32_t sdbs = 1 + Upto(random, 3);
+  for (uint32_t i = 0; i < sdbs; ++i) {
+    OpenSdb* sdb = AppendSdb(document, Format("DB%u", i + 1));
+    sdb->database = MakeRandomDatabase(random, MakeRandomShape(random));
+    sdb->database->compressed = Upto(random, 1) == 1;
+  }
+  const uint32_t ubis = Upto(random, 3);
+  for (uint32_t i = 0; i < ubis; ++i) {
+    OpenUbi ubi;
+    ubi.name = Format("Box%u", i + 1);
+    FillBits(random, ubi.record);
+    document.ubis.push_back(ubi);
+  }
+  document.compress_payload = Upto(random, 1) == 1;
+  document.compress_ubis = ubis > 0 && Upto(random, 1) == 1;
+  return document;
+}
+
+std::string DatabaseDifference(const StaticDatabase& one, const StaticDatabase& other) {
+  if (one.lnb_count != other.lnb_count) return Format("%u and %u LNBs", one.lnb_count, other.lnb_count);
+  for (size_t i = 0; i < one.lnb_count; ++i) {
+    if (!SameBytes(one.lnbs[i], other.lnbs[i])) return Format("LNB %zu", i);
+  }
+  if (one.satellites.size() != other.satellites.size())
+    return Format("%zu and %zu satellites", one.satellites.size(), other.satellites.size());
+  for (size_t i = 0; i < one.satellites.size(); ++i) {
+    if (!SameBytes(one.satellites[i]->record, other.satellites[i]->record)) return Format("satellite %zu", i);
+  }
+  const std::string carriers = CarrierDifference(one, other);
+  return carriers.empty() ? ListDifference(one, other) : carriers;
+}
+
+}  // namespace vexa
