@@ -1,0 +1,77 @@
+// The BIN file: the one file in which the editor keeps its work. All integers little-endian.
+//
+// Container header, 24 bytes
+//   0 2 magic "Qz"            2 1 major version   3 1 minor version
+//   4 1 0x10 (else the file is one bare SDB stream)   5 1 0 (else refused)   6 1 0   7 1 0xFF
+//   8 3 initials              11 1 payload compressed
+//   12 4 payload size         16 4 stored payload size   20 2 SDBs   22 2 UBIs (0: no UBI block)
+// Directory at 24, 28 bytes an entry: each SDB, then "UBIblk" when there are UBIs
+//   0 7 name, NUL-terminated  7 1 stream compressed   8 4 size   12 4 stored size
+//   16 4 offset of the stream in the uncompressed layout   20 2 16  22 2 85  24 2 carriers  26 2 services
+// Streams in directory order. An SDB stream is a 24-byte header and the blocks "lnb", "Satelli", "Carrier",
+// "Service", "OSL" and, in version 6, "FGLblk", each behind a 16-byte block header
+//   0 8 name, NUL-padded      8 2 record size     10 2 0xFFFF   12 2 record count   14 2 0xFFFF
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "core/context.h"
+#include "core/database.h"
+
+namespace vexa {
+
+inline constexpr uint64_t kMaximumBinSize = 0x20000;  // what a receiver takes
+inline constexpr uint64_t kMaximumStreamSize = uint64_t{128} << 20;
+
+struct BinVersion {
+  uint8_t major = 1, minor = 0;
+  std::string initials;  // padded to three with spaces
+};
+
+// Which SDBs and UBIs of the document a save takes: bit i is the i-th in tree order.
+struct BinSelection {
+  uint32_t sdbs = ~0u;
+  uint32_t ubis = ~0u;
+};
+
+// Adds every SDB and UBI of the file to `document`. True when the open succeeded; on false the document holds
+// what was read before the failure (nothing when nothing was), and a message was shown.
+bool OpenBin(const Context& context, const Path& path, Document& document);
+bool OpenBinBytes(const Context& context, std::span<const uint8_t> file, Document& document);
+
+// The container as a save writes it. Nothing after a failed compression (message shown).
+std::optional<Bytes> BuildBin(const Context& context, const Document& document, const BinVersion& version,
+                              const BinSelection& selection);
+// As BuildBin, replacing `path` whole. False after a message; the old file is untouched then.
+// Refuses a selected SDB without LNB or satellite.
+bool SaveBin(const Context& context, const Document& document, const Path& path,
+             const BinVersion& version = {}, const BinSelection& selection = {});
+// A container of one SDB, no UBI, with a version-5 stream of the chosen satellites (table positions,
+// ascending).
+bool SaveSatellites(const Context& context, const Document& document, size_t sdb,
+                    const std::vector<size_t>& satellites, const Path& path, const BinVersion& version = {});
+
+// True when the file has at most kMaximumBinSize bytes; else shows the size message.
+bool CheckBinSize(const Context& context, const Path& path);
+
+// One SDB as a stream. Sets the fields that a save sets (first service, carrier and LNB indices) in the bytes
+// only. Unused LNB and satellite places are filled from `defaults`.
+Bytes WriteSdbStream(const StaticDatabase& database, const BinVersion& version,
+                     const DefaultRecords& defaults = FactoryDefaults());
+// The version-5 stream of the chosen satellites (table positions, ascending).
+Bytes WriteSatelliteStream(const StaticDatabase& database, const BinVersion& version,
+                           const std::vector<size_t>& satellites,
+                           const DefaultRecords& defaults = FactoryDefaults());
+
+// Reads one SDB stream into an empty database. `used` is where the stream ended. False after a message.
+bool ReadSdbStream(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
+                   size_t& used);
+
+// The text of the "Bin file information" box: sizes as a save now would store them.
+std::string BinInformation(const Context& context, const Document& document);
+
+}  // namespace vexa

@@ -1,0 +1,406 @@
+#include <algorithm>
+
+#include "core/bin_file.h"
+#include "core/bytes.h"
+#include "core/zlib_com.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr size_t kHeaderSize = 24;
+constexpr size_t kEntrySize = 28;
+constexpr size_t kBlockHeaderSize = 16;
+constexpr size_t kUbiNameSize = 8;
+constexpr size_t kOldUbiSize = 24;
+// deflate makes at most 1032 bytes out of one.
+constexpr uint64_t kInflateRatio = 1040;
+
+const DefaultRecords& DefaultsOf(const Context& context) {
+  return context.defaults ? *context.defaults : FactoryDefaults();
+}
+
+bool Fail(const Context& context) {
+  Tell(context.messages, Icon::kStop, "Invalid or unknown file format.");
+  return false;
+}
+
+std::string TextOf(std::span<const uint8_t> field) {
+  const auto end = std::find(field.begin(), field.end(), uint8_t{0});
+  return {field.begin(), end};
+}
+
+struct BlockHeader {
+  std::string name;
+  uint16_t record_size = 0, count = 0;
+};
+
+// False, and the place unchanged, when the bytes do not suffice.
+bool ReadBlockHeader(ByteReader& reader, BlockHeader& header) {
+  if (reader.remaining() < kBlockHeaderSize) return false;
+  header.name = TextOf(reader.Take(8));
+  header.record_size = reader.U16();
+  reader.Skip(2);
+  header.count = reader.U16();
+  reader.Skip(2);
+  return true;
+}
+
+// As above, and only when the block here has this name.
+bool ReadNamedBlockHeader(ByteReader& reader, const char* name, BlockHeader& header) {
+  const size_t start = reader.position();
+  if (ReadBlockHeader(reader, header) && header.name == name) return true;
+  reader.Seek(start);
+  return false;
+}
+
+// The two bytes after an odd count of 16-bit entries; built lists leave them out at the end.
+void SkipPad(ByteReader& reader, size_t count) {
+  if (count % 2 != 0) reader.Skip(std::min<size_t>(2, reader.remaining()));
+}
+
+bool ReadLnbs(const Context& context, ByteReader& reader, StaticDatabase& database) {
+  BlockHeader header;
+  if (!ReadBlockHeader(reader, header)) return Fail(context);
+  if (header.count > kMaximumLnbs) {
+    Tell(context.messages, Icon::kStop, "LNB records exceeds the limit 16. Can not continue.");
+    return false;
+  }
+  database.lnb_count = header.count;
+  for (size_t i = 0; i < header.count; ++i) reader.Read(database.lnbs[i]);
+  return reader.ok() || Fail(context);
+}
+
+bool ReadSatellites(const Context& context, ByteReader& reader, StaticDatabase& database) {
+  BlockHeader header;
+  if (!ReadBlockHeader(reader, header)) return Fail(context);
+  if (header.count > kMaximumSatellites) {
+    Tell(context.messages, Icon::kStop, "Satellite records exceed the limit. Can not add.");
+    return false;
+  }
+  for (unsigned i = 0; i < header.count; ++i) {
+    Satellite* satellite = database.satellite_pool.Take();
+    if (!reader.Read(satellite->record)) return Fail(context);
+    if (satellite->record.lnb_index >= kMaximumLnbs) satellite->record.lnb_index = 0;
+    if (satellite->record.name[0] == 0) SetName(satellite->record.name, Format("%u", i + 1));
+    database.satellites.push_back(satellite);
+  }
+  return true;
+}
+
+bool ReadCarriers(const Context& context, ByteReader& reader, StaticDatabase& database) {
+  BlockHeader header;
+  if (!ReadBlockHeader(reader, header)) return Fail(context);
+  ByteReader records(reader.Take(header.count * sizeof(CarrierRecord)));
+  if (!reader.ok()) return Fail(context);
+  database.carrier_pool.Reserve(header.count);
+  database.carriers.reserve(header.count);
+  std::array<uint16_t, kMaximumSatellites> counts{};
+  for (size_t i = 0; i < header.count; ++i) {
+    Carrier* carrier = database.carrier_pool.Take();
+    records.Read(carrier->record);
+    const size_t satellite = carrier->record.satellite_index;
+    if (satellite >= database.satellites.size()) return Fail(context);
+    carrier->satellite = database.satellites[satellite];
+    ++counts[satellite];
+    database.carriers.push_back(carrier);
+  }
+  for (size_t i = 0; i < database.satellites.size(); ++i) {
+    database.satellites[i]->record.carrier_count = counts[i];
+    database.satellites[i]->carriers.reserve(counts[i]);
+  }
+  return true;
+}
+
+// Hands the services out by the carriers' counts; carrier indices in the service records mean nothing.
+bool ReadServices(const Context& context, ByteReader& reader, StaticDatabase& database) {
+  BlockHeader header;
+  if (!ReadBlockHeader(reader, header)) return Fail(context);
+  ByteReader records(reader.Take(header.count * sizeof(ServiceRecord)));
+  size_t counted = 0;
+  for (const Carrier* carrier : database.carriers) counted += carrier->record.service_count;
+  if (!reader.ok() || counted != header.count) return Fail(context);
+  database.service_pool.Reserve(header.count);
+  database.services.reserve(header.count);
+  for (Carrier* carrier : database.carriers) {
+    const auto position = static_cast<uint16_t>(carrier->satellite->carriers.size());
+    carrier->satellite->carriers.push_back(carrier);
+    carrier->services.reserve(carrier->record.service_count);
+    for (size_t i = 0; i < carrier->record.service_count; ++i) {
+      Service* service = database.service_pool.Take();
+      records.Read(service->record);
+      service->carrier = carrier;
+      service->carrier_position = position;
+      carrier->services.push_back(service);
+      database.services.push_back(service);
+    }
+  }
+  return true;
+}
+
+// A list that is missing, cut short or no permutation becomes the services' own order.
+void ReadServiceOrder(ByteReader& reader, StaticDatabase& database) {
+  database.service_order = database.services;
+  BlockHeader header;
+  if (!ReadNamedBlockHeader(reader, "OSL", header)) return;
+  const size_t there = std::min<size_t>(reader.remaining() / 2, header.count);
+  const bool whole = there == header.count && there == database.services.size();
+  std::vector<bool> seen(database.services.size());
+  bool permutation = whole;
+  for (size_t i = 0; i < there; ++i) {
+    const uint16_t index = reader.U16();
+    if (!permutation) continue;
+    permutation = index < seen.size() && !seen[index];
+    if (!permutation) continue;
+    seen[index] = true;
+    database.service_order[i] = database.services[index];
+  }
+  if (!permutation) database.service_order = database.services;
+  SkipPad(reader, header.count);
+}
+
+void ReadEntries(ByteReader& reader, size_t count, const StaticDatabase& database,
+                 std::vector<Service*>& list) {
+  for (size_t i = 0; i < count; ++i) {
+    const uint16_t index = reader.U16();
+    if (reader.ok() && index < database.services.size()) list.push_back(database.services[index]);
+  }
+}
+
+bool ReadFavourites(const Context& context, ByteReader& reader, StaticDatabase& database) {
+  BlockHeader header;
+  if (!ReadNamedBlockHeader(reader, "FGLblk", header)) return true;
+  for (FavouriteGroup& group : database.favourites) {
+    reader.Read(group.record);
+    const size_t tv = group.record.tv_count;
+    const size_t radio = group.record.radio_count;
+    if (!reader.ok() || tv > kMaximumTvEntries || radio > kMaximumRadioEntries ||
+        reader.remaining() < 2 * (tv + radio))
+      return Fail(context);
+    ReadEntries(reader, tv, database, group.tv);
+    ReadEntries(reader, radio, database, group.radio);
+    SkipPad(reader, tv + radio);
+  }
+  return true;
+}
+
+// A directory entry.
+struct StreamEntry {
+  std::string name;
+  bool compressed = false;
+  uint32_t size = 0, stored = 0, offset = 0;
+};
+
+bool ReadEntry(const Context& context, std::span<const uint8_t> layout, size_t number, StreamEntry& entry) {
+  ByteReader reader(layout);
+  reader.Seek(kHeaderSize + kEntrySize * number);
+  entry.name = TextOf(reader.Take(7));
+  entry.compressed = reader.U8() != 0;
+  entry.size = reader.U32();
+  entry.stored = reader.U32();
+  entry.offset = reader.U32();
+  reader.Skip(8);
+  return (reader.ok() && entry.offset <= layout.size()) || Fail(context);
+}
+
+// Inflates the first `stored` bytes of `source` behind what `result` holds; they must give `size` bytes.
+bool Inflate(const Context& context, std::span<const uint8_t> source, uint64_t stored, uint64_t size,
+             Bytes& result) {
+  if (stored > source.size() || stored > kMaximumStreamSize || size > kMaximumStreamSize)
+    return Fail(context);
+  const size_t before = result.size();
+  // More than the data can give is a lie of the header, found by the length below.
+  const auto room = static_cast<size_t>(std::min(size, stored * kInflateRatio + 64));
+  result.resize(before + room);
+  uint64_t length = 0;
+  const auto packed = source.first(static_cast<size_t>(stored));
+  if (DecompressBuffer(context.messages, packed, std::span(result).subspan(before), length, nullptr) != 0)
+    return false;
+  return length == size || Fail(context);
+}
+
+// The stream of an entry: the bytes from its offset on, or `scratch` with the stream inflated.
+bool StreamOf(const Context& context, std::span<const uint8_t> layout, const StreamEntry& entry,
+              Bytes& scratch, std::span<const uint8_t>& stream) {
+  stream = layout.subspan(entry.offset);
+  if (!entry.compressed) return true;
+  if (!Inflate(context, stream, entry.stored, entry.size, scratch)) return false;
+  stream = scratch;
+  return true;
+}
+
+// Takes the place of an SDB in the document only when the whole stream was good.
+bool AddSdb(const Context& context, std::span<const uint8_t> stream, std::string name, bool compressed,
+            Document& document, size_t& used) {
+  auto database = std::make_unique<StaticDatabase>(DefaultsOf(context));
+  if (!ReadSdbStream(context, stream, *database, used)) return false;
+  database->compressed = compressed;
+  if (name.empty()) name = Format("SDB%zu", document.sdbs.size() + 1);
+  const int slot = ClaimSlot(document);
+  document.sdbs.push_back({static_cast<uint32_t>(slot), std::move(name), std::move(database)});
+  return true;
+}
+
+// False after the message of a record size that no receiver of this kind has.
+bool CheckUbiSize(const Context& context, size_t record_size) {
+  if (record_size == kOldUbiSize || record_size == sizeof(UserBoxInfo)) return true;
+  Tell(context.messages, Icon::kStop, "Project type mismatch!!. Can not open user box information.");
+  return false;
+}
+
+void TellOldUbi(const Context& context, size_t record_size) {
+  if (record_size == kOldUbiSize)
+    Tell(context.messages, Icon::kInformation,
+         "Older version static binary!!. Does not contain parental lock code.");
+}
+
+void TellUbiLimit(const Context& context) {
+  Tell(context.messages, Icon::kStop, "Can't add USER BOX Information. It exceeds the limit %d.",
+       static_cast<int>(kMaximumUbis));
+}
+
+void AddUbi(std::string name, std::span<const uint8_t> record, Document& document) {
+  OpenUbi ubi;
+  ubi.name = name.empty() ? Format("UBI%zu", document.ubis.size() + 1) : std::move(name);
+  std::memcpy(&ubi.record, record.data(), record.size());  // the lock code of an old record stays 0
+  document.ubis.push_back(std::move(ubi));
+}
+
+bool ReadUbiStream(const Context& context, std::span<const uint8_t> stream, size_t count,
+                   Document& document) {
+  ByteReader reader(stream);
+  BlockHeader header;
+  if (reader.remaining() < kBlockHeaderSize) return Fail(context);
+  if (!ReadNamedBlockHeader(reader, "UserBox", header)) return true;
+  if (!CheckUbiSize(context, header.record_size)) return false;
+  if (reader.remaining() < count * (kUbiNameSize + header.record_size)) return Fail(context);
+  TellOldUbi(context, header.record_size);
+  for (size_t i = 0; i < count; ++i) {
+    if (document.ubis.size() >= kMaximumUbis) {
+      TellUbiLimit(context);
+      break;
+    }
+    std::string name = TextOf(reader.Take(kUbiNameSize));
+    AddUbi(std::move(name), reader.Take(header.record_size), document);
+  }
+  return true;
+}
+
+bool ReadUbis(const Context& context, std::span<const uint8_t> layout, size_t entry_number, size_t count,
+              Document& document) {
+  StreamEntry entry;
+  Bytes scratch;
+  std::span<const uint8_t> stream;
+  if (!ReadEntry(context, layout, entry_number, entry) || !StreamOf(context, layout, entry, scratch, stream))
+    return false;
+  document.compress_ubis = entry.compressed;
+  return ReadUbiStream(context, stream, count, document);
+}
+
+bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Document& document) {
+  ByteReader reader(layout);
+  reader.Seek(20);
+  const size_t sdbs = reader.U16();
+  const size_t ubis = reader.U16();
+  if (sdbs == 0 || layout.size() < kHeaderSize + kEntrySize * (sdbs + (ubis != 0))) return Fail(context);
+  size_t opened = 0;
+  for (; opened < sdbs; ++opened) {
+    StreamEntry entry;
+    Bytes scratch;
+    std::span<const uint8_t> stream;
+    if (!ReadEntry(context, layout, opened, entry) || !StreamOf(context, layout, entry, scratch, stream))
+      return false;
+    if (document.sdbs.size() >= kMaximumSdbs) {
+      Tell(context.messages, Icon::kInformation,
+           "Can not open more than %d SDBs (Opened %d of %d SDBs in the bin).",
+           static_cast<int>(kMaximumSdbs), static_cast<int>(opened), static_cast<int>(sdbs));
+      break;
+    }
+    size_t used = 0;
+    if (!AddSdb(context, stream, entry.name, entry.compressed, document, used)) return false;
+  }
+  if (ubis == 0 || opened == 0) return true;
+  return ReadUbis(context, layout, sdbs, ubis, document);
+}
+
+bool OpenContainer(const Context& context, std::span<const uint8_t> file, Document& document) {
+  ByteReader reader(file);
+  reader.Seek(11);
+  if (reader.U8() == 0) {
+    document.compress_payload = false;
+    return ReadStreams(context, file, document);
+  }
+  const uint32_t size = reader.U32();
+  const uint32_t stored = reader.U32();
+  const auto header = file.first(kHeaderSize);
+  Bytes layout(header.begin(), header.end());
+  if (!Inflate(context, file.subspan(kHeaderSize), stored, size, layout)) return false;
+  document.compress_payload = true;
+  return ReadStreams(context, layout, document);
+}
+
+// One SDB, and behind it at most one UBI without a name.
+bool OpenBareStream(const Context& context, std::span<const uint8_t> file, Document& document) {
+  if (document.sdbs.size() >= kMaximumSdbs) {
+    Tell(context.messages, Icon::kInformation,
+         "Can not open more than %d SDBs (opened 0 of 1 SDBs in the bin).", static_cast<int>(kMaximumSdbs));
+    return true;
+  }
+  size_t used = 0;
+  if (!AddSdb(context, file, {}, false, document, used)) return false;
+  ByteReader reader(file);
+  reader.Seek(used);
+  BlockHeader header;
+  if (!ReadNamedBlockHeader(reader, "UserBox", header)) return true;
+  if (document.ubis.size() >= kMaximumUbis) {
+    TellUbiLimit(context);
+    return false;
+  }
+  if (!CheckUbiSize(context, header.record_size)) return false;
+  if (reader.remaining() < header.record_size) return Fail(context);
+  TellOldUbi(context, header.record_size);
+  AddUbi({}, reader.Take(header.record_size), document);
+  return true;
+}
+
+}  // namespace
+
+bool ReadSdbStream(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
+                   size_t& used) {
+  ByteReader reader(stream);
+  const auto header = reader.Take(kHeaderSize);
+  if (header.empty()) return Fail(context);
+  if (header[0] != 'Q' || header[1] != 'z') {
+    Tell(context.messages, Icon::kStop, "StaticDB file magic ID mismatch. Input a valid SDB.");
+    return false;
+  }
+  const int version = header[6] | header[7] << 8;
+  if (!ReadLnbs(context, reader, database) || !ReadSatellites(context, reader, database) ||
+      !ReadCarriers(context, reader, database) || !ReadServices(context, reader, database))
+    return false;
+  ReadServiceOrder(reader, database);
+  if (version == 6 && !ReadFavourites(context, reader, database)) return false;
+  used = reader.position();
+  return true;
+}
+
+bool OpenBinBytes(const Context& context, std::span<const uint8_t> file, Document& document) {
+  if (file.size() < kHeaderSize) return Fail(context);
+  if (file[4] != 0x10) return OpenBareStream(context, file, document);
+  if (file[5] != 0) {
+    Tell(context.messages, Icon::kStop, "Unsupport file version. can not open!.");
+    return false;
+  }
+  return OpenContainer(context, file, document);
+}
+
+bool OpenBin(const Context& context, const Path& path, Document& document) {
+  const std::optional<Bytes> file = ReadWholeFile(path);
+  if (!file) {
+    Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+    return false;
+  }
+  return OpenBinBytes(context, *file, document);
+}
+
+}  // namespace vexa

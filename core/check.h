@@ -1,0 +1,24 @@
+// Looks over a whole database with the rules of the record dialogs and the limits of the tables.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/database.h"
+#include "core/tree_path.h"
+
+namespace vexa {
+
+struct Finding {
+  TreePath place;  // the record's in the tree
+  std::string line;
+};
+
+// One line of UTF-8 a finding, in tree order and within a record in the order of the dialog's rules:
+// "SDB1 satellite 3 carrier 2 service 5: TEXT". A satellite named "NewSat %d" without carriers is an unused
+// place of the table and is not judged. Empty: nothing is wrong.
+std::vector<Finding> FindFaults(const Document& document);
+// The lines alone.
+std::vector<std::string> CheckDatabase(const Document& document);
+
+}  // namespace vexa

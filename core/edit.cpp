@@ -1,0 +1,135 @@
+// What the operations share, and those that touch single fields.
+#include "core/edit.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace vexa {
+
+namespace {
+
+template <class T, class Owner>
+void Refill(std::vector<T*>& all, const std::vector<T*>& list, const Owner& belongs) {
+  size_t next = 0;
+  for (T*& place : all)
+    if (next < list.size() && belongs(place)) place = list[next++];
+}
+
+}  // namespace
+
+// A place belongs to the list as long as its old holder does, so ownership is asked before the place is
+// refilled.
+void RefillCarriers(StaticDatabase& database, const Satellite& satellite) {
+  Refill(database.carriers, satellite.carriers,
+         [&](const Carrier* carrier) { return carrier->satellite == &satellite; });
+}
+
+void RefillServices(StaticDatabase& database, const Carrier& carrier) {
+  Refill(database.services, carrier.services,
+         [&](const Service* service) { return service->carrier == &carrier; });
+}
+
+void RefillAll(StaticDatabase& database) {
+  // Neighbours mostly have one owner: its counter is at hand.
+  std::unordered_map<const void*, size_t> counters;
+  const void* owner = nullptr;
+  size_t* next = nullptr;
+  const auto next_of = [&](const void* list) -> size_t& {
+    if (list != owner) next = &counters[owner = list];
+    return *next;
+  };
+  for (Carrier*& place : database.carriers) {
+    const Satellite* satellite = place->satellite;
+    place = satellite->carriers[next_of(satellite)++];
+  }
+  for (Service*& place : database.services) {
+    const Carrier* carrier = place->carrier;
+    place = carrier->services[next_of(carrier)++];
+  }
+}
+
+void NumberSatellites(StaticDatabase& database) {
+  for (size_t i = 0; i < database.satellites.size(); ++i)
+    for (Carrier* carrier : database.satellites[i]->carriers)
+      carrier->record.satellite_index = static_cast<uint32_t>(i) & 0x3FF;
+}
+
+void NumberCarriers(Satellite& satellite) {
+  for (size_t i = 0; i < satellite.carriers.size(); ++i)
+    for (Service* service : satellite.carriers[i]->services)
+      service->carrier_position = static_cast<uint16_t>(i);
+}
+
+std::vector<Service*>& EntriesOf(FavouriteGroup& group, GroupKind kind) {
+  return kind == GroupKind::kTv ? group.tv : group.radio;
+}
+
+const std::vector<Service*>& EntriesOf(const FavouriteGroup& group, GroupKind kind) {
+  return kind == GroupKind::kTv ? group.tv : group.radio;
+}
+
+FrequencyRange RangeOf(uint32_t lnb_type) {
+  static constexpr FrequencyRange kRanges[] = {{3000, 4200}, {3000, 4800}, {10700, 12750}, {950, 2150}};
+  return kRanges[lnb_type & 3];
+}
+
+const LnbRecord& LnbOf(const StaticDatabase& database, const Satellite& satellite) {
+  const size_t index = satellite.record.lnb_index;
+  return database.lnbs[index < database.lnbs.size() ? index : 0];
+}
+
+void MarkSatellites(StaticDatabase& database, const Rows& rows, SatelliteField field, uint32_t value) {
+  for (const size_t row : rows) {
+    if (row >= database.satellites.size()) continue;
+    SatelliteRecord& record = database.satellites[row]->record;
+    if (field == SatelliteField::kLnbIndex && value < kMaximumLnbs) record.lnb_index = value & 0xFF;
+    if (field == SatelliteField::kEast) record.east = value != 0;
+    if (field == SatelliteField::kFactoryDefault) record.user = value == 0;
+  }
+}
+
+void MarkCarriers(Satellite& satellite, const Rows& rows, CarrierField field, uint32_t value) {
+  for (const size_t row : rows) {
+    if (row >= satellite.carriers.size()) continue;
+    CarrierRecord& record = satellite.carriers[row]->record;
+    if (field == CarrierField::kPolarization) record.polarization = value & 3;
+    if (field == CarrierField::kFec) record.fec = value & 7;
+    if (field == CarrierField::kFactoryDefault) record.user = value == 0;
+  }
+}
+
+Rows SelectSatellites(const StaticDatabase& database, SatelliteField field, uint32_t value) {
+  Rows rows;
+  for (size_t row = 0; row < database.satellites.size(); ++row) {
+    const SatelliteRecord& record = database.satellites[row]->record;
+    const bool matches = field == SatelliteField::kLnbIndex ? record.lnb_index == value
+                         : field == SatelliteField::kEast   ? record.east == (value != 0)
+                                                            : record.user == (value == 0);
+    if (matches) rows.push_back(row);
+  }
+  return rows;
+}
+
+Rows SelectCarriers(const Satellite& satellite, CarrierField field, uint32_t value) {
+  Rows rows;
+  for (size_t row = 0; row < satellite.carriers.size(); ++row) {
+    const CarrierRecord& record = satellite.carriers[row]->record;
+    const bool matches = field == CarrierField::kPolarization ? record.polarization == value
+                         : field == CarrierField::kFec        ? record.fec == value
+                                                              : record.user == (value == 0);
+    if (matches) rows.push_back(row);
+  }
+  return rows;
+}
+
+Rows InvertSelection(size_t count, const Rows& rows) {
+  std::vector<bool> chosen(count);
+  for (const size_t row : rows)
+    if (row < count) chosen[row] = true;
+  Rows inverted;
+  for (size_t row = 0; row < count; ++row)
+    if (!chosen[row]) inverted.push_back(row);
+  return inverted;
+}
+
+}  // namespace vexa

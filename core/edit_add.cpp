@@ -1,0 +1,212 @@
+#include <algorithm>
+#include <unordered_set>
+
+#include "core/edit.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr uint32_t kLowestIf = 950, kHighestIf = 2150;  // MHz
+
+bool HasLnb(const Messages& messages, const StaticDatabase& database) {
+  if (database.lnb_count > 0) return true;
+  Tell(messages, Icon::kStop, "Add atleast one LNB to add a satellite.");
+  return false;
+}
+
+bool OneRowAtMost(const Messages& messages, const Rows& selected) {
+  if (selected.size() < 2) return true;
+  Tell(messages, Icon::kStop, "Cannot insert during multiple selection.");
+  return false;
+}
+
+size_t InsertPlace(const Rows& selected, size_t count) {
+  return selected.empty() ? count : std::min(selected[0], count);
+}
+
+Satellite* PutSatellite(StaticDatabase& database, const DefaultRecords& defaults, size_t place) {
+  Satellite* satellite = database.satellite_pool.Take();
+  satellite->record = defaults.satellite;
+  satellite->record.carrier_count = 0;
+  SetName(satellite->record.name, Format("Satellite%d", static_cast<int>(place) + 1));
+  database.satellites.insert(database.satellites.begin() + static_cast<std::ptrdiff_t>(place), satellite);
+  NumberSatellites(database);
+  return satellite;
+}
+
+Carrier* PutCarrier(StaticDatabase& database, Satellite& satellite, const DefaultRecords& defaults,
+                    size_t place) {
+  Carrier* carrier = database.carrier_pool.Take();
+  CarrierRecord& record = carrier->record;
+  record = defaults.carrier;
+  record.service_count = 0;
+  if (LnbOf(database, satellite).type == kLnbIfInput &&
+      (record.frequency < kLowestIf || record.frequency > kHighestIf))
+    record.frequency = kLowestIf;
+  if (satellite.record.user) record.user = 1;
+  SetName(record.name, Format("Carrier%d", static_cast<int>(satellite.carriers.size()) + 1));
+  const auto index = std::find(database.satellites.begin(), database.satellites.end(), &satellite);
+  record.satellite_index = static_cast<uint32_t>(index - database.satellites.begin()) & 0x3FF;
+  record.lnb_index = satellite.record.lnb_index;
+  carrier->satellite = &satellite;
+  const bool at_end = place == satellite.carriers.size();
+  satellite.carriers.insert(satellite.carriers.begin() + static_cast<std::ptrdiff_t>(place), carrier);
+  satellite.record.carrier_count = static_cast<uint16_t>(satellite.carriers.size());
+  database.carriers.push_back(carrier);
+  if (!at_end) {
+    RefillCarriers(database, satellite);
+    NumberCarriers(satellite);
+  }
+  return carrier;
+}
+
+Service* PutService(StaticDatabase& database, Carrier& carrier, const DefaultRecords& defaults,
+                    ServiceFilter filter, size_t place) {
+  Service* service = database.service_pool.Take();
+  ServiceRecord& record = service->record;
+  record = defaults.service;
+  record.program_number = FreeProgramNumber(carrier) & 0xFFFF;
+  if (filter == ServiceFilter::kTv) record.type = kTv;
+  if (filter == ServiceFilter::kRadio) record.type = kRadio;
+  SetName(record.name, Format("Service%d", static_cast<int>(carrier.services.size()) + 1));
+  service->carrier = &carrier;
+  const auto& siblings = carrier.satellite->carriers;
+  const auto index = std::find(siblings.begin(), siblings.end(), &carrier);
+  service->carrier_position = static_cast<uint16_t>(index - siblings.begin());
+  const bool at_end = place == carrier.services.size();
+  carrier.services.insert(carrier.services.begin() + static_cast<std::ptrdiff_t>(place), service);
+  carrier.record.service_count = static_cast<uint16_t>(carrier.services.size());
+  database.services.push_back(service);
+  database.service_order.push_back(service);
+  if (!at_end) RefillServices(database, carrier);
+  return service;
+}
+
+}  // namespace
+
+OpenSdb* AddSdb(const Messages& messages, Document& document, const DefaultRecords& defaults) {
+  const int number = static_cast<int>(document.sdbs.size()) + 1;
+  OpenSdb* sdb = AppendSdb(document, Format("SDB%d", number), defaults);
+  if (!sdb) Tell(messages, Icon::kStop, "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
+  return sdb;
+}
+
+bool AddLnb(const Messages& messages, StaticDatabase& database, const DefaultRecords& defaults) {
+  if (database.lnb_count >= kMaximumLnbs) {
+    Tell(messages, Icon::kStop, "Can't add LNB Information. It exceeds the limit 16.");
+    return false;
+  }
+  database.lnbs[database.lnb_count++] = defaults.lnb;
+  return true;
+}
+
+Satellite* AddSatellite(const Messages& messages, StaticDatabase& database, const DefaultRecords& defaults) {
+  if (database.satellites.size() >= kMaximumSatellites) {
+    Tell(messages, Icon::kStop, "Can't add SATELLITE Information. It exceeds the limit.");
+    return nullptr;
+  }
+  if (!HasLnb(messages, database)) return nullptr;
+  return PutSatellite(database, defaults, database.satellites.size());
+}
+
+Satellite* InsertSatellite(const Messages& messages, StaticDatabase& database, const DefaultRecords& defaults,
+                           const Rows& selected) {
+  if (!OneRowAtMost(messages, selected)) return nullptr;
+  if (database.satellites.size() >= kMaximumSatellites) {
+    Tell(messages, Icon::kStop, "Satellite records exceed the limit. Can not add.");
+    return nullptr;
+  }
+  if (!HasLnb(messages, database)) return nullptr;
+  return PutSatellite(database, defaults, InsertPlace(selected, database.satellites.size()));
+}
+
+Carrier* AddCarrier(const Messages& messages, StaticDatabase& database, Satellite& satellite,
+                    const DefaultRecords& defaults) {
+  if (database.carriers.size() >= kMaximumCarriers) {
+    Tell(messages, Icon::kStop, "Can't add carrier information. It exceeds the limit.");
+    return nullptr;
+  }
+  return PutCarrier(database, satellite, defaults, satellite.carriers.size());
+}
+
+Carrier* InsertCarrier(const Messages& messages, StaticDatabase& database, Satellite& satellite,
+                       const DefaultRecords& defaults, const Rows& selected) {
+  if (!OneRowAtMost(messages, selected)) return nullptr;
+  if (database.carriers.size() >= kMaximumCarriers) {
+    Tell(messages, Icon::kStop, "Carrier records exceed the limit. Can not add.");
+    return nullptr;
+  }
+  return PutCarrier(database, satellite, defaults, InsertPlace(selected, satellite.carriers.size()));
+}
+
+Service* AddService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
+                    const DefaultRecords& defaults, ServiceFilter filter) {
+  if (database.services.size() >= kMaximumServices) {
+    Tell(messages, Icon::kStop, "Can't add service information. It exceeds the limit.");
+    return nullptr;
+  }
+  return PutService(database, carrier, defaults, filter, carrier.services.size());
+}
+
+Service* InsertService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
+                       const DefaultRecords& defaults, const Rows& selected, ServiceFilter filter) {
+  if (!OneRowAtMost(messages, selected)) return nullptr;
+  if (database.services.size() >= kMaximumServices) {
+    Tell(messages, Icon::kStop, "Service records exceed the limit. Can not add.");
+    return nullptr;
+  }
+  return PutService(database, carrier, defaults, filter, InsertPlace(selected, carrier.services.size()));
+}
+
+OpenUbi* AddUbi(const Messages& messages, Document& document) {
+  if (document.ubis.size() >= kMaximumUbis) {
+    Tell(messages, Icon::kStop, "Can't add USER BOX information. It exceeds the limit %d.",
+         static_cast<int>(kMaximumUbis));
+    return nullptr;
+  }
+  OpenUbi ubi;
+  ubi.name = Format("UBI%d", static_cast<int>(document.ubis.size()) + 1);
+  ubi.record.rf_channel = 21;
+  for (char& digit : ubi.record.lock_code) digit = '0';
+  document.ubis.push_back(ubi);
+  return &document.ubis.back();
+}
+
+bool AddFavourites(const Messages& messages, FavouriteGroup& group, GroupKind kind,
+                   const std::vector<Service*>& services) {
+  std::vector<Service*>& entries = EntriesOf(group, kind);
+  std::unordered_set<const Service*> present(entries.begin(), entries.end());
+  std::vector<Service*> added;
+  for (Service* service : services) {
+    const bool fits = (service->record.type == kTv) == (kind == GroupKind::kTv);
+    if (fits && present.insert(service).second) added.push_back(service);
+  }
+  if (added.empty()) return true;
+  if (kind == GroupKind::kTv && entries.size() + added.size() > kMaximumTvEntries) {
+    Tell(messages, Icon::kStop,
+         "This service cannot be added in %s group since it exceeds more than 2500 records",
+         Utf8FromLatin(NameOf(group.record.tv_name)).c_str());
+    return false;
+  }
+  if (kind == GroupKind::kRadio && entries.size() + added.size() > kMaximumRadioEntries) {
+    Tell(messages, Icon::kStop,
+         "This service cannot be added in %s\tgroup since it exceeds more than 1000 records",
+         Utf8FromLatin(NameOf(group.record.radio_name)).c_str());
+    return false;
+  }
+  entries.insert(entries.end(), added.begin(), added.end());
+  return true;
+}
+
+uint32_t FreeProgramNumber(const Carrier& carrier) {
+  std::vector<bool> used(carrier.services.size() + 2);
+  for (const Service* service : carrier.services)
+    if (service->record.program_number < used.size()) used[service->record.program_number] = true;
+  uint32_t number = 1;
+  while (number < used.size() && used[number]) ++number;
+  return number;
+}
+
+}  // namespace vexa

@@ -1,0 +1,346 @@
+#include <algorithm>
+#include <charconv>
+#include <unordered_set>
+
+#include "core/edit.h"
+
+namespace vexa {
+
+namespace {
+
+// The target row, zero-based, of a move or swap dialog.
+std::optional<size_t> TargetRow(const Messages& messages, const Rows& rows, const std::string& text,
+                                size_t count, bool swap) {
+  const size_t start = std::min(text.find_first_not_of(" \t"), text.size());
+  const size_t digits = std::min(text.find_first_not_of("0123456789", start), text.size()) - start;
+  unsigned number = 0;
+  const auto parsed = std::from_chars(text.data() + start, text.data() + start + digits, number);
+  if (parsed.ec == std::errc::result_out_of_range) number = ~0u;
+  if (text.find_first_not_of(" \t", start + digits) != std::string::npos) number = 0;
+  if (number < 1) {
+    Tell(messages, Icon::kStop, "Invalid record index. Enter a index between 1 and %d",
+         static_cast<int>(count));
+    return std::nullopt;
+  }
+  if (number > count) {
+    Tell(messages, Icon::kStop, "Record Index should not exceed %d", static_cast<int>(count));
+    return std::nullopt;
+  }
+  const size_t target = number - 1;
+  const bool inside = swap ? target == rows.front() : target > rows.front() && target <= rows.back();
+  if (inside) {
+    Tell(messages, Icon::kStop, "Invalid Index for current process");
+    return std::nullopt;
+  }
+  return target;
+}
+
+bool Follows(const Rows& rows, size_t count) {
+  if (rows.empty() || rows.back() >= count) return false;
+  for (size_t i = 1; i < rows.size(); ++i)
+    if (rows[i] != rows[i - 1] + 1) return false;
+  return true;
+}
+
+bool CheckRows(const Messages& messages, const Rows& rows, size_t count, bool swap) {
+  if (Follows(rows, count) && (!swap || rows.size() == 1)) return true;
+  Tell(messages, Icon::kStop, "Invalid Sequence. Can not continue.");
+  return false;
+}
+
+// Upwards the first row of the run lands on the target, downwards the last one; their order stays.
+template <class T>
+size_t MoveRun(std::vector<T>& list, const Rows& rows, size_t target) {
+  const auto at = [&](size_t row) { return list.begin() + static_cast<std::ptrdiff_t>(row); };
+  if (target <= rows.front()) {
+    std::rotate(at(target), at(rows.front()), at(rows.back() + 1));
+    return target;
+  }
+  std::rotate(at(rows.front()), at(rows.back() + 1), at(target + 1));
+  return target + 1 - rows.size();
+}
+
+template <class T>
+std::optional<size_t> Rearrange(const Messages& messages, std::vector<T>& list, const Rows& rows,
+                                const std::string& text, bool swap) {
+  if (!CheckRows(messages, rows, list.size(), swap)) return std::nullopt;
+  const auto target = TargetRow(messages, rows, text, list.size(), swap);
+  if (!target) return std::nullopt;
+  if (!swap) return MoveRun(list, rows, *target);
+  std::swap(list[rows[0]], list[*target]);
+  return *target;
+}
+
+std::optional<size_t> RearrangeSatellites(const Messages& messages, StaticDatabase& database,
+                                          const Rows& rows, const std::string& target, bool swap) {
+  const auto row = Rearrange(messages, database.satellites, rows, target, swap);
+  if (row) NumberSatellites(database);
+  return row;
+}
+
+std::optional<size_t> RearrangeCarriers(const Messages& messages, StaticDatabase& database,
+                                        Satellite& satellite, const Rows& rows, const std::string& target,
+                                        bool swap) {
+  const auto row = Rearrange(messages, satellite.carriers, rows, target, swap);
+  if (!row) return row;
+  RefillCarriers(database, satellite);
+  NumberCarriers(satellite);
+  return row;
+}
+
+// True when the carrier would hold a program number twice after taking in the services and giving away
+// `leaving`.
+bool Clashes(const Carrier& carrier, const std::vector<Service*>& incoming,
+             const Service* leaving = nullptr) {
+  std::unordered_set<uint32_t> numbers;
+  for (const Service* service : carrier.services)
+    if (service != leaving) numbers.insert(service->record.program_number);
+  for (const Service* service : incoming)
+    if (!numbers.insert(service->record.program_number).second) return true;
+  return false;
+}
+
+bool CheckNumbers(const Messages& messages, const Carrier& carrier, const std::vector<Service*>& incoming,
+                  const Service* leaving = nullptr) {
+  if (!Clashes(carrier, incoming, leaving)) return true;
+  Tell(messages, Icon::kStop, "Service program number already exists.");
+  return false;
+}
+
+bool CheckServiceRoom(const Messages& messages, const Carrier& carrier, size_t incoming) {
+  if (carrier.services.size() + incoming <= kMaximumServices) return true;
+  Tell(messages, Icon::kStop, "Service records exceed the limit. Can not add.");
+  return false;
+}
+
+size_t PlaceOf(const Carrier& carrier, const Service* service) {
+  return static_cast<size_t>(std::find(carrier.services.begin(), carrier.services.end(), service) -
+                             carrier.services.begin());
+}
+
+// Takes the service out of its carrier and puts it into the list of another one.
+void Rehome(StaticDatabase& database, Service& service, Carrier& destination, size_t place) {
+  Carrier& source = *service.carrier;
+  std::erase(source.services, &service);
+  source.record.service_count = static_cast<uint16_t>(source.services.size());
+  const auto& siblings = destination.satellite->carriers;
+  const auto position = std::find(siblings.begin(), siblings.end(), &destination) - siblings.begin();
+  service.carrier = &destination;
+  service.carrier_position = static_cast<uint16_t>(position);
+  destination.services.insert(destination.services.begin() + static_cast<std::ptrdiff_t>(place), &service);
+  destination.record.service_count = static_cast<uint16_t>(destination.services.size());
+  RefillServices(database, destination);
+}
+
+}  // namespace
+
+bool CheckMoveRows(const Messages& messages, const Rows& rows) {
+  return CheckRows(messages, rows, SIZE_MAX, false);
+}
+
+bool CheckSwapRows(const Messages& messages, const Rows& rows) {
+  return CheckRows(messages, rows, SIZE_MAX, true);
+}
+
+std::optional<size_t> MoveSatellites(const Messages& messages, StaticDatabase& database, const Rows& rows,
+                                     const std::string& target) {
+  return RearrangeSatellites(messages, database, rows, target, false);
+}
+
+std::optional<size_t> SwapSatellites(const Messages& messages, StaticDatabase& database, const Rows& rows,
+                                     const std::string& target) {
+  return RearrangeSatellites(messages, database, rows, target, true);
+}
+
+std::optional<size_t> MoveCarriers(const Messages& messages, StaticDatabase& database, Satellite& satellite,
+                                   const Rows& rows, const std::string& target) {
+  return RearrangeCarriers(messages, database, satellite, rows, target, false);
+}
+
+std::optional<size_t> SwapCarriers(const Messages& messages, StaticDatabase& database, Satellite& satellite,
+                                   const Rows& rows, const std::string& target) {
+  return RearrangeCarriers(messages, database, satellite, rows, target, true);
+}
+
+std::optional<size_t> MoveServices(const Messages& messages, StaticDatabase& database, Carrier& carrier,
+                                   const Rows& rows, const std::string& target) {
+  const auto row = Rearrange(messages, carrier.services, rows, target, false);
+  if (row) RefillServices(database, carrier);
+  return row;
+}
+
+std::optional<size_t> MoveFavourites(const Messages& messages, FavouriteGroup& group, GroupKind kind,
+                                     const Rows& rows, const std::string& target) {
+  return Rearrange(messages, EntriesOf(group, kind), rows, target, false);
+}
+
+std::optional<size_t> SwapFavourites(const Messages& messages, FavouriteGroup& group, GroupKind kind,
+                                     const Rows& rows, const std::string& target) {
+  return Rearrange(messages, EntriesOf(group, kind), rows, target, true);
+}
+
+bool SwapServices(const Messages& messages, StaticDatabase& database, const std::vector<Service*>& selected) {
+  if (selected.size() != 2 || selected[0] == selected[1]) {
+    Tell(messages, Icon::kStop, "Select two services to be swapped.");
+    return false;
+  }
+  Service &first = *selected[0], &second = *selected[1];
+  Carrier &first_carrier = *first.carrier, &second_carrier = *second.carrier;
+  if (&first_carrier != &second_carrier && (!CheckNumbers(messages, first_carrier, {&second}, &first) ||
+                                            !CheckNumbers(messages, second_carrier, {&first}, &second)))
+    return false;
+  std::swap(first_carrier.services[PlaceOf(first_carrier, &first)],
+            second_carrier.services[PlaceOf(second_carrier, &second)]);
+  std::swap(first.carrier, second.carrier);
+  std::swap(first.carrier_position, second.carrier_position);
+  std::swap(*std::find(database.services.begin(), database.services.end(), &first),
+            *std::find(database.services.begin(), database.services.end(), &second));
+  return true;
+}
+
+bool CheckServiceMove(const Messages& messages, const std::vector<Service*>& selected) {
+  if (!selected.empty()) return true;
+  Tell(messages, Icon::kStop, "Select  service(s) to  move");
+  return false;
+}
+
+bool MoveServicesToCarrier(const Messages& messages, StaticDatabase& database,
+                           const std::vector<Service*>& selected, Carrier& destination) {
+  if (!CheckServiceMove(messages, selected)) return false;
+  for (const Service* service : selected) {
+    if (service->carrier != &destination) continue;
+    Tell(messages, Icon::kStop,
+         "Both selected and destination carriers are same. Select a valid destination carrier.");
+    return false;
+  }
+  if (!CheckNumbers(messages, destination, selected) ||
+      !CheckServiceRoom(messages, destination, selected.size()))
+    return false;
+  std::unordered_set<Carrier*> sources;
+  const std::unordered_set<const Service*> moved(selected.begin(), selected.end());
+  const auto& siblings = destination.satellite->carriers;
+  const auto position = std::find(siblings.begin(), siblings.end(), &destination) - siblings.begin();
+  for (Service* service : selected) {
+    sources.insert(service->carrier);
+    service->carrier = &destination;
+    service->carrier_position = static_cast<uint16_t>(position);
+    destination.services.push_back(service);
+  }
+  for (Carrier* source : sources) {
+    std::erase_if(source->services, [&](const Service* service) { return moved.count(service) > 0; });
+    source->record.service_count = static_cast<uint16_t>(source->services.size());
+  }
+  destination.record.service_count = static_cast<uint16_t>(destination.services.size());
+  RefillServices(database, destination);
+  return true;
+}
+
+MoveDialogTexts SatelliteMoveTexts(size_t row, bool swap) {
+  const int number = static_cast<int>(row) + 1;
+  if (swap)
+    return {"Swap Satellite Information", Format("Swap Satellite Information \"%d\" with ", number),
+            "Click to swap satellite record."};
+  return {"Move Satellite Information", Format("Move Satellite Information from \"%d\" to ", number),
+          "Click to move satellite record."};
+}
+
+MoveDialogTexts CarrierMoveTexts(size_t row, bool swap) {
+  const int number = static_cast<int>(row) + 1;
+  if (swap)
+    return {"Swap Carrier Information", Format("Swap Carrier Information \"%d\" with ", number),
+            "Click to swap carrier record."};
+  return {"Move Carrier Information", Format("Move Carrier Information from \"%d\" to ", number),
+          "Click to move carrier record."};
+}
+
+namespace {
+
+bool Mismatch(const Messages& messages) {
+  Tell(messages, Icon::kStop, "Can not drop in mismatched record type.");
+  return false;
+}
+
+bool DropSatellite(StaticDatabase& database, const DropNode& dragged, const DropNode& target) {
+  const size_t count = database.satellites.size();
+  if (dragged.satellite >= count || target.satellite >= count || dragged.satellite == target.satellite)
+    return false;
+  MoveRun(database.satellites, {dragged.satellite}, target.satellite);
+  NumberSatellites(database);
+  return true;
+}
+
+bool DropCarrier(const Messages& messages, StaticDatabase& database, const DropNode& dragged,
+                 const DropNode& target) {
+  if (dragged.satellite != target.satellite) {
+    Tell(messages, Icon::kStop, "Carrier move between satellites is not supported.");
+    return false;
+  }
+  if (dragged.satellite >= database.satellites.size()) return false;
+  Satellite& satellite = *database.satellites[dragged.satellite];
+  const size_t count = satellite.carriers.size();
+  if (dragged.carrier >= count || target.carrier >= count || dragged.carrier == target.carrier) return false;
+  MoveRun(satellite.carriers, {dragged.carrier}, target.carrier);
+  RefillCarriers(database, satellite);
+  NumberCarriers(satellite);
+  return true;
+}
+
+Carrier* CarrierAt(StaticDatabase& database, const DropNode& node) {
+  if (node.satellite >= database.satellites.size()) return nullptr;
+  Satellite& satellite = *database.satellites[node.satellite];
+  return node.carrier < satellite.carriers.size() ? satellite.carriers[node.carrier] : nullptr;
+}
+
+bool DropService(const Messages& messages, StaticDatabase& database, const DropNode& dragged,
+                 const DropNode& target) {
+  Carrier *source = CarrierAt(database, dragged), *destination = CarrierAt(database, target);
+  if (!source || !destination || dragged.row >= source->services.size() ||
+      target.row >= destination->services.size())
+    return false;
+  if (source == destination) {
+    if (dragged.row == target.row) return false;
+    MoveRun(source->services, {dragged.row}, target.row);
+    RefillServices(database, *source);
+    return true;
+  }
+  Service& service = *source->services[dragged.row];
+  if (!CheckNumbers(messages, *destination, {&service}) || !CheckServiceRoom(messages, *destination, 1))
+    return false;
+  Rehome(database, service, *destination, target.row);
+  return true;
+}
+
+bool DropFavourite(const Messages& messages, StaticDatabase& database, GroupKind kind,
+                   const DropNode& dragged, const DropNode& target) {
+  if (dragged.group != target.group || dragged.group >= kFavouriteGroups) return Mismatch(messages);
+  std::vector<Service*>& entries = EntriesOf(database.favourites[dragged.group], kind);
+  if (dragged.row >= entries.size() || target.row >= entries.size() || dragged.row == target.row)
+    return false;
+  MoveRun(entries, {dragged.row}, target.row);
+  return true;
+}
+
+}  // namespace
+
+bool DropRecord(const Messages& messages, Document& document, const DropNode& dragged,
+                const DropNode& target) {
+  if (dragged.kind != target.kind || dragged.sdb != target.sdb) return Mismatch(messages);
+  if (dragged.sdb >= document.sdbs.size()) return false;
+  StaticDatabase& database = *document.sdbs[dragged.sdb].database;
+  switch (dragged.kind) {
+    case DropKind::kSatellite:
+      return DropSatellite(database, dragged, target);
+    case DropKind::kCarrier:
+      return DropCarrier(messages, database, dragged, target);
+    case DropKind::kService:
+      return DropService(messages, database, dragged, target);
+    case DropKind::kTvEntry:
+      return DropFavourite(messages, database, GroupKind::kTv, dragged, target);
+    case DropKind::kRadioEntry:
+      return DropFavourite(messages, database, GroupKind::kRadio, dragged, target);
+    default:
+      return Mismatch(messages);
+  }
+}
+
+}  // namespace vexa

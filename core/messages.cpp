@@ -1,0 +1,53 @@
+#include "core/messages.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace vexa {
+
+namespace {
+
+#if defined(__MINGW32__)
+__attribute__((format(gnu_printf, 1, 0)))
+#else
+__attribute__((format(printf, 1, 0)))
+#endif
+std::string
+FormatList(const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, again);
+  va_end(again);
+  if (length <= 0) return {};
+  std::string text(static_cast<size_t>(length), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  return text;
+}
+
+}  // namespace
+
+std::string Format(const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  std::string text = FormatList(format, arguments);
+  va_end(arguments);
+  return text;
+}
+
+void Tell(const Messages& messages, Icon icon, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string text = FormatList(format, arguments);
+  va_end(arguments);
+  if (messages.tell) messages.tell(icon, text, kApplicationTitle);
+}
+
+bool Ask(const Messages& messages, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string text = FormatList(format, arguments);
+  va_end(arguments);
+  return messages.ask && messages.ask(text, kApplicationTitle, true);
+}
+
+}  // namespace vexa

@@ -1,0 +1,40 @@
+// How the engine speaks to its user. A face (window, command line, test) supplies the two functions.
+// Texts are UTF-8, whole, and stand where they are raised.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#if defined(__MINGW32__)
+#define VEXA_PRINTF(format_index, first) __attribute__((format(gnu_printf, format_index, first)))
+#else
+#define VEXA_PRINTF(format_index, first) __attribute__((format(printf, format_index, first)))
+#endif
+
+namespace vexa {
+
+enum class Icon { kNone, kStop, kWarning, kInformation, kQuestion };
+
+inline constexpr const char* kApplicationTitle = "";  // an empty title stands for the application's own
+
+struct Messages {
+  std::function<void(Icon icon, const std::string& text, const std::string& title)> tell;
+  // A Yes/No question; true for Yes. `yes_is_default` says which answer a plain Enter gives.
+  std::function<bool(const std::string& text, const std::string& title, bool yes_is_default)> ask;
+};
+
+// printf into a string.
+std::string Format(const char* format, ...) VEXA_PRINTF(1, 2);
+
+// Shows a message with the application's title.
+void Tell(const Messages& messages, Icon icon, const char* format, ...) VEXA_PRINTF(3, 4);
+bool Ask(const Messages& messages, const char* format, ...) VEXA_PRINTF(2, 3);
+
+// What a dialog's model answers when a value may not be stored.
+struct Refusal {
+  std::string text;
+  Icon icon = Icon::kStop;
+  int field = 0;  // control to focus, as the model numbers them
+};
+
+}  // namespace vexa

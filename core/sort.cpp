@@ -1,0 +1,226 @@
+#include "core/sort.h"
+
+#include <algorithm>
+#include <array>
+
+#include "core/bin_file.h"
+#include "core/edit.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+// A key as numbers that compare like it: a name as its bytes, first byte highest; any other value in the
+// first number.
+using KeyNumbers = std::array<uint64_t, 3>;
+
+KeyNumbers NumbersOfName(std::string_view name, bool fold) {
+  KeyNumbers numbers{};
+  for (size_t i = 0; i < name.size() && i < sizeof numbers; ++i) {
+    auto byte = static_cast<uint8_t>(name[i]);
+    if (fold && byte >= 'A' && byte <= 'Z') byte = static_cast<uint8_t>(byte + ('a' - 'A'));
+    numbers[i / 8] |= static_cast<uint64_t>(byte) << (56 - 8 * (i % 8));
+  }
+  return numbers;
+}
+
+// `exact` gives what must be equal for a later key to count, else what the order follows.
+KeyNumbers NumbersOf(const Satellite& satellite, SatelliteKey key, bool exact) {
+  switch (key) {
+    case SatelliteKey::kFlag:
+      return {satellite.record.east ? 0u : 1u};
+    case SatelliteKey::kAngle:
+      return {satellite.record.angle};
+    default:
+      return NumbersOfName(NameOf(satellite.record.name), !exact);
+  }
+}
+
+KeyNumbers NumbersOf(const Carrier& carrier, CarrierKey key, bool exact) {
+  switch (key) {
+    case CarrierKey::kFrequency:
+      return {carrier.record.frequency};
+    case CarrierKey::kSymbolRate:
+      return {carrier.record.symbol_rate};
+    default:
+      return NumbersOfName(NameOf(carrier.record.name), !exact);
+  }
+}
+
+// A type is compared as it stands for equality; for the order, all but TV are alike.
+KeyNumbers NumbersOf(const Service& service, ServiceKey key, bool exact) {
+  switch (key) {
+    case ServiceKey::kStatus:
+      return {service.record.free ? 0u : 1u};
+    case ServiceKey::kType:
+      return {exact ? service.record.type : service.record.type == kTv ? 0u : 1u};
+    default:
+      return NumbersOfName(NameOf(service.record.name), !exact);
+  }
+}
+
+bool LeavesOrder(SatelliteKey, bool) {
+  return false;
+}
+bool LeavesOrder(ServiceKey, bool) {
+  return false;
+}
+bool LeavesOrder(CarrierKey key, bool descending) {
+  return key == CarrierKey::kSymbolRate && descending;
+}
+
+// Records that only come before each other within a class: equal in all earlier keys.
+uint32_t FirstClass(const Satellite& satellite) {
+  return satellite.carriers.empty() ? 1 : 0;
+}
+uint32_t FirstClass(const Carrier&) {
+  return 0;
+}
+uint32_t FirstClass(const Service&) {
+  return 0;
+}
+
+struct Item {
+  KeyNumbers key;
+  uint32_t group = 0;  // class
+  uint32_t place = 0;  // in the list before the pass
+  bool operator<(const Item& other) const {
+    if (group != other.group) return group < other.group;
+    if (const auto order = key <=> other.key; order != 0) return order < 0;
+    return place < other.place;
+  }
+};
+
+template <class T>
+struct Entry {
+  T* record;
+  uint32_t group;
+};
+
+template <class T, class Key>
+std::vector<Item> ItemsOf(const std::vector<Entry<T>>& list, Key key, bool exact, bool descending) {
+  std::vector<Item> items(list.size());
+  for (uint32_t place = 0; place < list.size(); ++place) {
+    items[place] = {NumbersOf(*list[place].record, key, exact), list[place].group, place};
+    if (descending)
+      for (uint64_t& number : items[place].key) number = ~number;
+  }
+  std::sort(items.begin(), items.end());
+  return items;
+}
+
+// What the passes of the header come to: the record at the front of the rest stays there while those of its
+// class that come before it are brought forward one by one, and then leaves itself. So each class is a queue
+// in its final order.
+template <class T>
+void BringForward(std::vector<Entry<T>>& list, const std::vector<Item>& items) {
+  // Place of a record within all queues; start of its queue; at that start, the first of the queue that has
+  // not left.
+  std::vector<uint32_t> rank(list.size()), start(list.size()), next(list.size());
+  for (uint32_t i = 0, begin = 0; i < items.size(); ++i) {
+    if (items[i].group != items[begin].group) begin = i;
+    rank[items[i].place] = i;
+    start[items[i].place] = begin;
+    next[begin] = begin;
+  }
+  std::vector<Entry<T>> result;
+  result.reserve(list.size());
+  for (uint32_t place = 0; place < list.size(); ++place)
+    for (uint32_t& queue = next[start[place]]; queue <= rank[place]; ++queue)
+      result.push_back(list[items[queue].place]);
+  list = std::move(result);
+}
+
+// True when records that the order does not tell apart are equal, too.
+bool OrderIsExact(SatelliteKey key) {
+  return key != SatelliteKey::kName;
+}
+bool OrderIsExact(CarrierKey key) {
+  return key != CarrierKey::kName;
+}
+bool OrderIsExact(ServiceKey key) {
+  return key == ServiceKey::kStatus;
+}
+
+template <class T>
+void NumberClasses(std::vector<Entry<T>>& list, const std::vector<Item>& items) {
+  uint32_t group = 0;
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (i > 0 && (items[i].group != items[i - 1].group || items[i].key != items[i - 1].key)) ++group;
+    list[items[i].place].group = group;
+  }
+}
+
+template <class T, class Key>
+void SortList(std::vector<T*>& records, const SortKeys<Key>& options) {
+  if (records.size() < 2) return;
+  std::vector<Entry<T>> list(records.size());
+  for (size_t i = 0; i < list.size(); ++i) list[i] = {records[i], FirstClass(*records[i])};
+  for (size_t i = 0; i < options.keys.size(); ++i) {
+    const Key key = options.keys[i];
+    const bool last = i + 1 == options.keys.size();
+    const std::vector<Item> items = ItemsOf(list, key, false, options.descending);
+    // The items know the classes of this pass; the list may learn those of the next one before it is moved.
+    if (!last && OrderIsExact(key)) NumberClasses(list, items);
+    if (!last && !OrderIsExact(key)) NumberClasses(list, ItemsOf(list, key, true, false));
+    if (!LeavesOrder(key, options.descending)) BringForward(list, items);
+  }
+  for (size_t i = 0; i < list.size(); ++i) records[i] = list[i].record;
+}
+
+}  // namespace
+
+void SortDatabase(StaticDatabase& database, const SortOptions& options) {
+  SortList(database.satellites, options.satellites);
+  NumberSatellites(database);
+  for (Satellite* satellite : database.satellites) {
+    SortList(satellite->carriers, options.carriers);
+    NumberCarriers(*satellite);
+    for (Carrier* carrier : satellite->carriers) SortList(carrier->services, options.services);
+  }
+  RefillAll(database);
+}
+
+bool SortSdbs(const Messages& messages, Document& document, const std::vector<size_t>& sdbs,
+              const SortOptions& options) {
+  std::string invalid;
+  for (const size_t sdb : sdbs) {
+    if (!document.sdbs.at(sdb).database->satellites.empty()) continue;
+    if (!invalid.empty()) invalid += ", ";
+    invalid += Utf8FromLatin(document.sdbs[sdb].name);
+  }
+  if (!invalid.empty()) {
+    Tell(messages, Icon::kStop,
+         "Invalid SDB(s) - %s. \nNOTE: Valid SDB should contain atleast one satellite record.",
+         invalid.c_str());
+    return false;
+  }
+  for (const size_t sdb : sdbs) SortDatabase(*document.sdbs[sdb].database, options);
+  return true;
+}
+
+bool SortToFile(const Context& context, const Document& document, const std::vector<size_t>& sdbs,
+                const SortOptions& options, const Path& path) {
+  Document copy = CopyDocument(document);
+  if (!SortSdbs(context.messages, copy, sdbs, options)) return false;
+  Context silent = context;  // the failure has one text of its own
+  silent.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  if (SaveBin(silent, copy, path)) return true;
+  Tell(context.messages, Icon::kStop, "Save as operation failed!!.");
+  return false;
+}
+
+Document CopyDocument(const Document& document) {
+  Document copy;
+  for (const OpenSdb& sdb : document.sdbs)
+    copy.sdbs.push_back({sdb.slot, sdb.name, CopyDatabase(*sdb.database)});
+  copy.ubis = document.ubis;
+  copy.slot_mask = document.slot_mask;
+  copy.compress_payload = document.compress_payload;
+  copy.compress_ubis = document.compress_ubis;
+  copy.settings_block = document.settings_block;
+  return copy;
+}
+
+}  // namespace vexa

@@ -1,0 +1,26 @@
+// Places in the tree of a database window that stay meaningful while records come and go: positions instead
+// of pointers.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "core/find.h"
+#include "core/view_model.h"
+
+namespace vexa {
+
+// Position among its siblings of each node on the way, from the root: {0, 1, 4} is the fifth satellite of the
+// first SDB. Positions of the levels of an SDB:
+inline constexpr uint32_t kLnbLevelPosition = 0, kSatelliteLevelPosition = 1, kFavouriteLevelPosition = 2;
+using TreePath = std::vector<uint32_t>;
+
+// The nodes along the path, as far as they exist.
+std::vector<NodeRef> NodesAlong(const Document& document, const TreePath& path);
+
+TreePath PathOf(const RecordPlace& place);
+// The satellite, carrier or service of the node; of a favourite entry: of the service that it names. Other
+// nodes of an SDB stand before its first satellite.
+RecordPlace PlaceOf(const Document& document, const NodeRef& node);
+
+}  // namespace vexa

@@ -1,0 +1,182 @@
+#include "core/undo.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <new>
+
+#include "core/undo_state.h"
+
+namespace vexa {
+
+namespace {
+
+using Table = std::vector<uint8_t>;
+
+std::ptrdiff_t Offset(size_t count) {
+  return static_cast<std::ptrdiff_t>(count);
+}
+
+Table Pack(const Table& content) {
+  uLongf size = compressBound(static_cast<uLong>(content.size()));
+  Table packed(size);
+  if (compress2(packed.data(), &size, content.data(), static_cast<uLong>(content.size()), Z_BEST_SPEED) !=
+      Z_OK)
+    throw std::bad_alloc();  // zlib fails for nothing else here
+  packed.resize(size);
+  packed.shrink_to_fit();
+  return packed;
+}
+
+Table Unpack(const Table& packed, size_t size) {
+  Table content(size);
+  auto length = static_cast<uLongf>(size);
+  if (size > 0 &&
+      uncompress(content.data(), &length, packed.data(), static_cast<uLong>(packed.size())) != Z_OK)
+    throw std::bad_alloc();
+  return content;
+}
+
+// Middles of equal size are kept as their difference, which is mostly zeros; others one behind the other.
+TableChange Compare(uint32_t number, const Table& before, const Table& after) {
+  TableChange change;
+  change.table = number;
+  const size_t shorter = std::min(before.size(), after.size());
+  const auto ahead = std::mismatch(before.begin(), before.begin() + Offset(shorter), after.begin());
+  change.prefix = static_cast<size_t>(ahead.first - before.begin());
+  const auto back =
+      std::mismatch(before.rbegin(), before.rbegin() + Offset(shorter - change.prefix), after.rbegin());
+  change.suffix = static_cast<size_t>(back.first - before.rbegin());
+  change.before_size = before.size() - change.prefix - change.suffix;
+  change.after_size = after.size() - change.prefix - change.suffix;
+  Table content(before.begin() + Offset(change.prefix), before.end() - Offset(change.suffix));
+  if (change.before_size == change.after_size) {
+    for (size_t i = 0; i < content.size(); ++i)
+      content[i] = static_cast<uint8_t>(after[change.prefix + i] - content[i]);
+  } else {
+    content.insert(content.end(), after.begin() + Offset(change.prefix), after.end() - Offset(change.suffix));
+  }
+  change.packed = Pack(content);
+  return change;
+}
+
+void Apply(const TableChange& change, Table& table, bool forward) {
+  const bool difference = change.before_size == change.after_size;
+  const size_t size = difference ? change.before_size : change.before_size + change.after_size;
+  const Table content = Unpack(change.packed, size);
+  const auto middle = table.begin() + Offset(change.prefix);
+  if (difference) {
+    for (size_t i = 0; i < size; ++i) {
+      uint8_t& byte = table[change.prefix + i];
+      byte = static_cast<uint8_t>(forward ? byte + content[i] : byte - content[i]);
+    }
+    return;
+  }
+  const auto split = content.begin() + Offset(change.before_size);
+  Table result(table.begin(), middle);
+  if (forward) {
+    result.insert(result.end(), split, content.end());
+  } else {
+    result.insert(result.end(), content.begin(), split);
+  }
+  result.insert(result.end(), table.end() - Offset(change.suffix), table.end());
+  table = std::move(result);
+}
+
+// Nothing has no tables; as many empty ones stand for it in a comparison.
+void ComparePart(uint32_t part, StateTables& present, StateTables after, std::vector<PartChange>& parts) {
+  if (present == after) return;
+  PartChange change;
+  change.part = part;
+  const size_t count = std::max(present.size(), after.size());
+  present.resize(count);
+  StateTables filled = after;
+  filled.resize(count);
+  for (uint32_t i = 0; i < count; ++i)
+    if (present[i] != filled[i]) change.tables.push_back(Compare(i, present[i], filled[i]));
+  present = std::move(after);
+  parts.push_back(std::move(change));
+}
+
+void ApplyPart(const PartChange& change, StateTables& tables, bool forward) {
+  if (tables.empty()) tables.resize(kSdbStateTables);  // an SDB comes back
+  for (const TableChange& table : change.tables) Apply(table, tables.at(table.table), forward);
+}
+
+void ApplyStep(UndoHistory& history, const HistoryStep& step, Document& document, bool forward) {
+  for (const PartChange& part : step.parts)
+    ApplyPart(part, part.part == kDocumentPart ? history.document : history.slots[part.part], forward);
+  std::vector<OpenSdb> old = std::move(document.sdbs);
+  document.sdbs.clear();
+  std::array<bool, kMaximumSdbs> used{};
+  for (const uint32_t slot : SlotsOfState(history.document)) {
+    used[slot] = true;
+    const bool changed = std::any_of(step.parts.begin(), step.parts.end(),
+                                     [&](const PartChange& part) { return part.part == slot; });
+    const auto same =
+        std::find_if(old.begin(), old.end(), [&](const OpenSdb& sdb) { return sdb.slot == slot; });
+    if (changed || same == old.end()) {
+      document.sdbs.push_back(RestoreSdb(history.slots[slot], slot));
+    } else {
+      document.sdbs.push_back(std::move(*same));
+    }
+  }
+  for (uint32_t slot = 0; slot < kMaximumSdbs; ++slot)
+    if (!used[slot]) history.slots[slot].clear();
+  RestoreDocument(history.document, document);
+}
+
+}  // namespace
+
+void StartHistory(UndoHistory& history, const Document& document) {
+  history = UndoHistory();
+  history.document = DocumentState(document);
+  for (const OpenSdb& sdb : document.sdbs) history.slots.at(sdb.slot) = SdbState(sdb);
+}
+
+bool RecordChange(UndoHistory& history, const Document& document, bool is_sort) {
+  HistoryStep step;
+  step.sort = is_sort;
+  ComparePart(kDocumentPart, history.document, DocumentState(document), step.parts);
+  std::array<StateTables, kMaximumSdbs> slots;
+  for (const OpenSdb& sdb : document.sdbs) slots.at(sdb.slot) = SdbState(sdb);
+  for (uint32_t slot = 0; slot < kMaximumSdbs; ++slot)
+    ComparePart(slot, history.slots[slot], std::move(slots[slot]), step.parts);
+  if (step.parts.empty()) return false;
+  history.steps.resize(history.done);
+  if (history.saved && *history.saved > history.done) history.saved.reset();
+  history.steps.push_back(std::move(step));
+  ++history.done;
+  return true;
+}
+
+void MarkSaved(UndoHistory& history) {
+  history.saved = history.done;
+}
+
+void MarkUnsaved(UndoHistory& history) {
+  history.saved.reset();
+}
+
+bool IsChanged(const UndoHistory& history) {
+  return history.saved != history.done;
+}
+
+bool Undo(UndoHistory& history, Document& document) {
+  if (!CanUndo(history)) return false;
+  ApplyStep(history, history.steps[--history.done], document, false);
+  return true;
+}
+
+bool Redo(UndoHistory& history, Document& document) {
+  if (!CanRedo(history)) return false;
+  ApplyStep(history, history.steps[history.done++], document, true);
+  return true;
+}
+
+const char* UndoText(const UndoHistory& history) {
+  const bool sort = !CanUndo(history) || history.steps[history.done - 1].sort;
+  return sort ? "&Undo Sorting\tCtrl+Z" : "&Undo\tCtrl+Z";
+}
+
+}  // namespace vexa

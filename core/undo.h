@@ -1,0 +1,72 @@
+// Undo and redo of whatever changed a document, without limit.
+//
+// The history keeps the document's present state as plain bytes and, for each step, what turns those bytes
+// into the state before or after. Steps are taken by comparing states, so that every operation can be undone
+// without knowing it, and a step costs the bytes that changed, compressed.
+//
+// An undo or redo builds the SDBs that differ anew: pointers into them end there. Other SDBs keep their
+// records.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "core/database.h"
+
+namespace vexa {
+
+// One table of a state, before and after: equal bytes at both ends are left out.
+struct TableChange {
+  uint32_t table = 0;
+  size_t prefix = 0, suffix = 0;           // equal bytes
+  size_t before_size = 0, after_size = 0;  // of what lies between
+  std::vector<uint8_t> packed;             // both, compressed
+};
+
+inline constexpr uint32_t kDocumentPart = 0xFFFFFFFF;  // else a slot number
+
+struct PartChange {
+  uint32_t part = kDocumentPart;
+  std::vector<TableChange> tables;
+};
+
+struct HistoryStep {
+  std::vector<PartChange> parts;
+  bool sort = false;
+};
+
+using StateTables = std::vector<std::vector<uint8_t>>;  // the tables of one part
+
+struct UndoHistory {
+  StateTables document;                         // present state of what is no SDB
+  std::array<StateTables, kMaximumSdbs> slots;  // of each SDB, by slot; empty: the slot is free
+  std::vector<HistoryStep> steps;
+  size_t done = 0;  // steps before this one are undone by Undo, the others redone by Redo
+  std::optional<size_t> saved =
+      0;  // value of `done` at which the document equals its file; none: unreachable
+};
+
+// Forgets all steps; the document's present state counts as saved.
+void StartHistory(UndoHistory& history, const Document& document);
+// To be called after each operation. Takes a step when anything changed since the last call; steps that were
+// undone are gone then. Returns whether anything changed.
+bool RecordChange(UndoHistory& history, const Document& document, bool is_sort = false);
+void MarkSaved(UndoHistory& history);
+void MarkUnsaved(UndoHistory& history);  // the state has no file: an import, a download
+bool IsChanged(const UndoHistory& history);
+
+// False when there is no step that way.
+bool Undo(UndoHistory& history, Document& document);
+bool Redo(UndoHistory& history, Document& document);
+inline bool CanUndo(const UndoHistory& history) {
+  return history.done > 0;
+}
+inline bool CanRedo(const UndoHistory& history) {
+  return history.done < history.steps.size();
+}
+// Menu text with its key: "&Undo Sorting" when the last change was a sort or there is none, else "&Undo".
+const char* UndoText(const UndoHistory& history);
+
+}  // namespace vexa

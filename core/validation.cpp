@@ -1,0 +1,245 @@
+#include "core/validation.h"
+
+#include <algorithm>
+
+#include "core/edit.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr int64_t kHighestPosition = 64;
+constexpr int64_t kFullCircle = 361;  // degrees, first refused
+constexpr int64_t kLowestSymbolRate = 1000, kHighestSymbolRate = 45000;
+constexpr int64_t kLowestPid = 32;
+
+std::string Decimal(uint32_t number) {
+  return Format("%u", number);
+}
+
+std::string PidText(uint32_t pid, bool hexadecimal) {
+  return Format(hexadecimal ? "%X" : "%u", pid);
+}
+
+std::optional<Refusal> Verdict(std::string text, RecordField field, Icon icon = Icon::kStop) {
+  if (text.empty()) return std::nullopt;
+  return Refusal{std::move(text), icon, field};
+}
+
+struct Angle {
+  int64_t degrees = 0;
+  int64_t tenths = 0;  // of the whole angle
+};
+
+// Whole degrees and the first digit behind the point; what follows is dropped.
+Angle AngleOf(const std::string& text) {
+  const size_t point = std::min(text.find('.'), text.size());
+  Angle angle;
+  angle.degrees = NumberOf(std::string_view(text).substr(0, point));
+  angle.tenths = std::clamp<int64_t>(angle.degrees, -kFullCircle, kFullCircle) * 10;
+  if (point + 1 < text.size() && text[point + 1] >= '0' && text[point + 1] <= '9')
+    angle.tenths += text[point + 1] - '0';
+  // "-.5" and "-0.5" lie below 0 although their whole part does not.
+  if (angle.degrees == 0 && text.find('-') < point) angle.degrees = -1;
+  return angle;
+}
+
+// True: `pid` may be stored, 8192 in place of an invalid one. The question is asked with the caller's text.
+bool PidByAnswer(const Messages& messages, const std::string& question, uint32_t& pid, int64_t entered) {
+  pid = static_cast<uint32_t>(entered);
+  if (question.empty()) return true;
+  if (!Ask(messages, "%s", question.c_str())) return false;
+  pid = kNoPid;
+  return true;
+}
+
+}  // namespace
+
+int64_t NumberOf(std::string_view text, bool hexadecimal) {
+  constexpr int64_t kFar = int64_t{1} << 40;
+  size_t i = 0;
+  while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
+  const bool negative = i < text.size() && text[i] == '-';
+  if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
+  if (hexadecimal && i + 1 < text.size() && text[i] == '0' && (text[i + 1] == 'x' || text[i + 1] == 'X'))
+    i += 2;
+  int64_t number = 0;
+  for (; i < text.size(); ++i) {
+    const char c = text[i];
+    int digit = -1;
+    if (c >= '0' && c <= '9') digit = c - '0';
+    if (hexadecimal && c >= 'a' && c <= 'f') digit = c - 'a' + 10;
+    if (hexadecimal && c >= 'A' && c <= 'F') digit = c - 'A' + 10;
+    if (digit < 0) break;
+    number = std::min(number * (hexadecimal ? 16 : 10) + digit, kFar);
+  }
+  return negative ? -number : number;
+}
+
+std::string AngleText(uint32_t tenths) {
+  return tenths == 0 ? "000.00" : Format("%u.%u", tenths / 10, tenths % 10);
+}
+
+std::string SatelliteNameText(std::string_view name) {
+  return name.empty() ? "Satellite name can not be empty.\nEnter a valid name." : "";
+}
+
+std::string SatellitePositionText(int64_t position) {
+  return position < 0 || position > kHighestPosition ? "Satellite Position should be less then 64." : "";
+}
+
+std::string SatelliteAngleText(int64_t degrees) {
+  return degrees < 0 || degrees >= kFullCircle ? "Satellite angle should be 0 - 360." : "";
+}
+
+std::string SatelliteZeroAngleText(uint32_t tenths) {
+  return tenths == 0 ? "Invalid satellite angle." : "";
+}
+
+std::string CarrierNameText(std::string_view name) {
+  return name.empty() ? "Carrier name can not be empty.\nEnter a valid name." : "";
+}
+
+std::string CarrierFrequencyText(uint32_t lnb_type, int64_t frequency) {
+  const FrequencyRange range = RangeOf(lnb_type);
+  if (frequency >= range.lowest && frequency <= range.highest) return "";
+  return Format("Carrier frequency should be in the range of %d - %d", static_cast<int>(range.lowest),
+                static_cast<int>(range.highest));
+}
+
+std::string CarrierSymbolRateText(int64_t symbol_rate) {
+  const bool valid = symbol_rate >= kLowestSymbolRate && symbol_rate <= kHighestSymbolRate;
+  return valid ? "" : "Carrier symbol rate should be in the range of 1000 - 45000.";
+}
+
+std::string ServiceNameText(std::string_view name) {
+  return name.empty() ? "Service name can not be empty.\nEnter a valid name." : "";
+}
+
+std::string VideoPidText(uint32_t type, int64_t pid) {
+  const bool valid = type != kTv || (pid >= kLowestPid && pid <= kNoPid);
+  return valid ? "" : "Invalid Video PID.\nDo you want to update default value ?";
+}
+
+std::string AudioPidText(int64_t pid) {
+  return pid >= kLowestPid && pid <= kNoPid ? "" : "Invalid Audio PID.\nDo you want to update default PID ?";
+}
+
+std::string PcrPidText(int64_t pid) {
+  return pid >= kLowestPid && pid <= kNoPid ? "" : "Invalid PCR PID.\nDo you want to update default PID ?";
+}
+
+std::string SdbNameText(std::string_view name) {
+  return name.empty() ? "SDB Name can not be empty. Enter a valid name." : "";
+}
+
+std::string GroupNameText(std::string_view name) {
+  return name.empty() ? "FGL Name can not be empty. Enter a valid name." : "";
+}
+
+std::string UbiNameText(std::string_view name) {
+  return name.empty() ? "UBI name can not be empty. Enter a valid name." : "";
+}
+
+SatelliteForm SatelliteFormOf(const SatelliteRecord& record) {
+  SatelliteForm form;
+  form.name = Utf8FromLatin(NameOf(record.name));
+  form.lnb_index = record.lnb_index;
+  form.east = record.east != 0;
+  form.angle = AngleText(record.angle);
+  form.position = Decimal(record.position);
+  form.factory_default = record.user == 0;
+  return form;
+}
+
+std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteForm& form,
+                                      SatelliteRecord& record) {
+  const std::string name = LatinFromUtf8(form.name);
+  const int64_t position = NumberOf(form.position);
+  const Angle angle = AngleOf(form.angle);
+  if (auto refusal = Verdict(SatelliteNameText(name), kFieldName)) return refusal;
+  if (auto refusal = Verdict(SatellitePositionText(position), kFieldPosition)) return refusal;
+  if (std::count(form.angle.begin(), form.angle.end(), '.') > 1)
+    return Verdict("Invalid format of satellite angle", kFieldAngle, Icon::kWarning);
+  if (auto refusal = Verdict(SatelliteAngleText(angle.degrees), kFieldAngle)) return refusal;
+  const uint32_t tenths = static_cast<uint32_t>(angle.tenths) & 0xFFF;
+  const std::string zero = SatelliteZeroAngleText(tenths);
+  if (!zero.empty()) Tell(messages, Icon::kWarning, "%s", zero.c_str());
+  SetName(record.name, name);
+  record.lnb_index = form.lnb_index < kMaximumLnbs ? form.lnb_index & 0xFF : 0;
+  record.position = static_cast<uint32_t>(position) & 0xFF;
+  record.east = form.east;
+  record.angle = tenths & 0xFFF;
+  record.user = !form.factory_default;
+  return std::nullopt;
+}
+
+CarrierForm CarrierFormOf(const CarrierRecord& record) {
+  CarrierForm form;
+  form.name = Utf8FromLatin(NameOf(record.name));
+  form.frequency = Decimal(record.frequency);
+  form.symbol_rate = Decimal(record.symbol_rate);
+  form.polarization = record.polarization;
+  form.fec = record.fec;
+  form.factory_default = record.user == 0;
+  return form;
+}
+
+std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& lnb, CarrierRecord& record) {
+  const std::string name = LatinFromUtf8(form.name);
+  const int64_t frequency = NumberOf(form.frequency), symbol_rate = NumberOf(form.symbol_rate);
+  if (auto refusal = Verdict(CarrierNameText(name), kFieldName)) return refusal;
+  if (auto refusal = Verdict(CarrierFrequencyText(lnb.type, frequency), kFieldFrequency)) return refusal;
+  if (auto refusal = Verdict(CarrierSymbolRateText(symbol_rate), kFieldSymbolRate)) return refusal;
+  SetName(record.name, name);
+  record.frequency = static_cast<uint32_t>(frequency);
+  record.symbol_rate = static_cast<uint32_t>(symbol_rate) & 0xFFFFFF;
+  record.polarization = form.polarization & 3;
+  record.fec = form.fec & 7;
+  record.user = !form.factory_default;
+  return std::nullopt;
+}
+
+ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal) {
+  ServiceForm form;
+  form.name = Utf8FromLatin(NameOf(record.name));
+  form.program_number = Decimal(record.program_number);
+  form.type = record.type;
+  form.free = record.free != 0;
+  form.video_pid = PidText(record.video_pid, hexadecimal);
+  form.audio_pid = PidText(record.audio_pid, hexadecimal);
+  form.pcr_pid = PidText(record.pcr_pid, hexadecimal);
+  return form;
+}
+
+std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
+                                    const Carrier* carrier, ServiceRecord& record) {
+  const std::string name = LatinFromUtf8(form.name);
+  const uint32_t number = static_cast<uint32_t>(NumberOf(form.program_number)) & 0xFFFF;
+  const int64_t video_entered = NumberOf(form.video_pid, hexadecimal);
+  const int64_t audio_entered = NumberOf(form.audio_pid, hexadecimal);
+  const int64_t pcr_entered = NumberOf(form.pcr_pid, hexadecimal);
+  if (auto refusal = Verdict(ServiceNameText(name), kFieldName)) return refusal;
+  if (carrier)
+    for (const Service* other : carrier->services)
+      if (&other->record != &record && other->record.program_number == number)
+        return Verdict(kProgramNumberText, kFieldProgramNumber);
+  uint32_t video = 0, audio = 0, pcr = 0;
+  if (!PidByAnswer(messages, VideoPidText(form.type, video_entered), video, video_entered))
+    return Refusal{"", Icon::kNone, kFieldVideoPid};
+  if (!PidByAnswer(messages, AudioPidText(audio_entered), audio, audio_entered))
+    return Refusal{"", Icon::kNone, kFieldAudioPid};
+  if (!PidByAnswer(messages, PcrPidText(pcr_entered), pcr, pcr_entered))
+    return Refusal{"", Icon::kNone, kFieldPcrPid};
+  SetName(record.name, name);
+  record.program_number = number & 0xFFFF;
+  record.type = form.type & 3;
+  record.free = form.free;
+  record.video_pid = (form.type == kTv ? video : kNoPid) & 0x3FFF;
+  record.audio_pid = audio & 0x3FFF;
+  record.pcr_pid = pcr & 0x3FFF;
+  return std::nullopt;
+}
+
+}  // namespace vexa

@@ -1,0 +1,137 @@
+// The forms of LNBs, of names, and of user box records.
+#include <algorithm>
+#include <cstring>
+
+#include "core/validation.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr size_t kSdbNameLength = 6, kUbiNameLength = 7;  // characters that a file keeps
+constexpr int64_t kHighestOscillator = 0x3FFF;            // MHz
+
+uint32_t Oscillator(const std::string& text) {
+  return static_cast<uint32_t>(std::clamp<int64_t>(NumberOf(text), 0, kHighestOscillator));
+}
+
+std::string Number(uint32_t number) {
+  return Format("%u", number);
+}
+
+uint32_t Within(const std::string& text, int64_t lowest, int64_t highest) {
+  return static_cast<uint32_t>(std::clamp(NumberOf(text), lowest, highest));
+}
+
+std::optional<Refusal> NameVerdict(std::string text) {
+  if (text.empty()) return std::nullopt;
+  return Refusal{std::move(text), Icon::kStop, kFieldName};
+}
+
+}  // namespace
+
+LnbForm LnbFormOf(const LnbRecord& record) {
+  LnbForm form;
+  form.frequency1 = Number(record.frequency1);
+  form.frequency2 = Number(record.frequency2);
+  form.type = record.type;
+  form.power = record.power;
+  form.tone_22khz = record.tone_22khz;
+  form.switch_type = record.switch_type;
+  form.selection = record.switch_type == kSwitchDiseqc      ? record.diseqc_switch
+                   : record.switch_type == kSwitchToneBurst ? record.tone_burst_switch
+                                                            : record.plain_switch;
+  form.motor = record.motor;
+  return form;
+}
+
+void StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t database_variant) {
+  record.frequency1 = Oscillator(form.frequency1) & 0x3FFF;
+  record.frequency2 = Oscillator(form.frequency2) & 0x3FFF;
+  record.type = form.type & 3;
+  record.power = form.power & 1;
+  if (database_variant != 0) return;
+  record.cleared_0 = 0;
+  record.cleared_12 = 0;
+  record.diseqc_switch = 0;
+  record.plain_switch = 0;
+  record.tone_burst_switch = 0;
+  const uint32_t last = static_cast<uint32_t>(SwitchChoices(form.switch_type).size()) - 1;
+  const uint32_t selection = std::min(form.selection, last);
+  if (form.switch_type == kSwitchDiseqc) {
+    record.diseqc_switch = selection & 7;
+  } else if (form.switch_type == kSwitchToneBurst) {
+    record.tone_burst_switch = selection & 3;
+  } else {
+    record.plain_switch = selection & 31;
+  }
+  record.tone_22khz = form.tone_22khz & 3;
+  record.switch_type = form.switch_type & 3;
+  record.motor = form.motor & 1;
+}
+
+std::vector<std::string> SwitchChoices(uint32_t switch_type) {
+  if (switch_type == kSwitchDiseqc) return {"None", "A", "B", "C", "D"};
+  if (switch_type == kSwitchToneBurst) return {"None", "A", "B"};
+  std::vector<std::string> choices = {"None"};
+  for (uint32_t i = 1; i <= 16; ++i) choices.push_back(Number(i));
+  return choices;
+}
+
+std::optional<Refusal> StoreSdbName(const std::string& name, OpenSdb& sdb) {
+  const std::string latin = LatinFromUtf8(name);
+  if (auto refusal = NameVerdict(SdbNameText(latin))) return refusal;
+  sdb.name = latin.substr(0, kSdbNameLength);
+  return std::nullopt;
+}
+
+std::optional<Refusal> StoreGroupName(const std::string& name, FavouriteGroup& group, bool radio) {
+  const std::string latin = LatinFromUtf8(name);
+  if (auto refusal = NameVerdict(GroupNameText(latin))) return refusal;
+  SetName(radio ? group.record.radio_name : group.record.tv_name, latin);
+  return std::nullopt;
+}
+
+UbiForm UbiFormOf(const OpenUbi& ubi) {
+  const UserBoxInfo& record = ubi.record;
+  UbiForm form;
+  form.name = Utf8FromLatin(ubi.name);
+  form.menu_language = record.menu_language;
+  form.audio_language = record.audio_language;
+  form.time_zone = record.time_zone;
+  form.summer_time = (record.flags & 1) != 0;
+  form.rf_output = (record.flags & 2) != 0;
+  form.tv_standard = record.flags >> 2 & 3;
+  form.screen = record.flags >> 4 & 3;
+  form.parental_lock = (record.flags & 0x40) != 0;
+  form.rf_channel = Number(record.rf_channel);
+  form.start_volume = Number(record.start_volume);
+  form.start_programme = Number(record.start_programme);
+  form.lock_code = Utf8FromLatin(NameOf(record.lock_code));
+  return form;
+}
+
+std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi) {
+  const std::string name = LatinFromUtf8(form.name);
+  if (auto refusal = NameVerdict(UbiNameText(name))) return refusal;
+  ubi.name = name.substr(0, kUbiNameLength);
+  UserBoxInfo& record = ubi.record;
+  record.menu_language = static_cast<uint8_t>(form.menu_language);
+  record.audio_language = static_cast<uint8_t>(form.audio_language);
+  record.time_zone = static_cast<int8_t>(form.time_zone);
+  const uint32_t kept = record.flags & 0x80u;
+  record.flags = static_cast<uint8_t>(kept | (form.summer_time ? 1u : 0u) | (form.rf_output ? 2u : 0u) |
+                                      (form.tv_standard & 3) << 2 | (form.screen & 3) << 4 |
+                                      (form.parental_lock ? 0x40u : 0u));
+  record.rf_channel = static_cast<uint8_t>(Within(form.rf_channel, 21, 69));
+  record.start_volume = static_cast<uint8_t>(Within(form.start_volume, 0, 63));
+  record.start_programme = static_cast<uint16_t>(Within(form.start_programme, 0, 65535));
+  for (size_t i = 0; i < sizeof record.lock_code; ++i) {
+    const char digit = i < form.lock_code.size() ? form.lock_code[i] : '0';
+    record.lock_code[i] = digit >= '0' && digit <= '9' ? digit : '0';
+  }
+  return std::nullopt;
+}
+
+}  // namespace vexa

@@ -1,0 +1,271 @@
+#include "core/view_model.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "core/messages.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+template <size_t N>
+std::string NameText(const char (&field)[N]) {
+  return Utf8FromLatin(NameOf(field));
+}
+
+const StaticDatabase* DatabaseOf(const Document& document, const NodeRef& node) {
+  return node.sdb < document.sdbs.size() ? document.sdbs[node.sdb].database.get() : nullptr;
+}
+
+NodeRef Node(NodeKind kind, uint32_t sdb, size_t index = 0) {
+  NodeRef node;
+  node.kind = kind;
+  node.sdb = sdb;
+  node.index = static_cast<uint32_t>(index);
+  return node;
+}
+
+NodeRef SatelliteNode(uint32_t sdb, size_t index, Satellite* satellite) {
+  NodeRef node = Node(NodeKind::kSatellite, sdb, index);
+  node.satellite = satellite;
+  return node;
+}
+
+NodeRef CarrierNode(uint32_t sdb, size_t index, Carrier* carrier) {
+  NodeRef node = Node(NodeKind::kCarrier, sdb, index);
+  node.satellite = carrier->satellite;
+  node.carrier = carrier;
+  return node;
+}
+
+NodeRef ServiceNode(uint32_t sdb, size_t index, Service* service) {
+  NodeRef node = Node(NodeKind::kService, sdb, index);
+  node.carrier = service->carrier;
+  node.satellite = service->carrier ? service->carrier->satellite : nullptr;
+  node.service = service;
+  return node;
+}
+
+const char* Named(const char* const* names, size_t count, uint32_t code) {
+  return code < count ? names[code] : "";
+}
+
+}  // namespace
+
+std::string LnbTypeName(uint32_t type) {
+  static constexpr const char* kNames[] = {"Normal", "LNBF", "Universal", "IF Input"};
+  return Named(kNames, std::size(kNames), type);
+}
+
+std::string PolarizationName(uint32_t polarization) {
+  static constexpr const char* kNames[] = {"Horizontal", "Vertical", "Left", "Right"};
+  return Named(kNames, std::size(kNames), polarization);
+}
+
+std::string FecName(uint32_t fec) {
+  static constexpr const char* kNames[] = {"Auto", "1/2", "2/3", "3/4", "5/6", "7/8"};
+  return Named(kNames, std::size(kNames), fec);
+}
+
+std::string ViewAngleText(uint32_t tenths) {
+  return tenths == 0 ? "000.0" : Format("%05.1f", static_cast<double>(tenths) / 10.0);
+}
+
+std::string PidText(uint32_t pid, bool hexadecimal) {
+  return hexadecimal ? Format("%X", static_cast<unsigned>(pid)) : Format("%u", static_cast<unsigned>(pid));
+}
+
+std::vector<NodeRef> RootNodes(const Document& document) {
+  std::vector<NodeRef> roots;
+  for (size_t i = 0; i < document.sdbs.size(); ++i)
+    roots.push_back(Node(NodeKind::kSdb, static_cast<uint32_t>(i), i));
+  roots.push_back(Node(NodeKind::kUbiLevel, 0));
+  return roots;
+}
+
+namespace {
+
+std::vector<NodeRef> Numbered(NodeKind kind, uint32_t sdb, size_t count) {
+  std::vector<NodeRef> nodes;
+  for (size_t i = 0; i < count; ++i) nodes.push_back(Node(kind, sdb, i));
+  return nodes;
+}
+
+std::vector<NodeRef> SatelliteNodes(const StaticDatabase& database, uint32_t sdb) {
+  std::vector<NodeRef> nodes;
+  for (size_t i = 0; i < database.satellites.size(); ++i) {
+    nodes.push_back(SatelliteNode(sdb, i, database.satellites[i]));
+  }
+  return nodes;
+}
+
+std::vector<NodeRef> CarrierNodes(const Satellite& satellite, uint32_t sdb) {
+  std::vector<NodeRef> nodes;
+  nodes.reserve(satellite.carriers.size());
+  for (size_t i = 0; i < satellite.carriers.size(); ++i)
+    nodes.push_back(CarrierNode(sdb, i, satellite.carriers[i]));
+  return nodes;
+}
+
+std::vector<NodeRef> ServiceNodes(const Carrier& carrier, uint32_t sdb) {
+  std::vector<NodeRef> nodes;
+  nodes.reserve(carrier.services.size());
+  for (size_t i = 0; i < carrier.services.size(); ++i)
+    nodes.push_back(ServiceNode(sdb, i, carrier.services[i]));
+  return nodes;
+}
+
+}  // namespace
+
+std::vector<NodeRef> ChildNodes(const Document& document, const NodeRef& node) {
+  if (node.kind == NodeKind::kUbiLevel) return Numbered(NodeKind::kUbi, 0, document.ubis.size());
+  const StaticDatabase* database = DatabaseOf(document, node);
+  if (!database) return {};
+  switch (node.kind) {
+    case NodeKind::kSdb:
+      return {Node(NodeKind::kLnbLevel, node.sdb), Node(NodeKind::kSatelliteLevel, node.sdb),
+              Node(NodeKind::kFavouriteLevel, node.sdb)};
+    case NodeKind::kLnbLevel:
+      return Numbered(NodeKind::kLnb, node.sdb, database->lnb_count);
+    case NodeKind::kSatelliteLevel:
+      return SatelliteNodes(*database, node.sdb);
+    case NodeKind::kFavouriteLevel:
+      return Numbered(NodeKind::kFavouriteGroup, node.sdb, kFavouriteGroups);
+    case NodeKind::kSatellite:
+      return CarrierNodes(*node.satellite, node.sdb);
+    case NodeKind::kCarrier:
+      return ServiceNodes(*node.carrier, node.sdb);
+    default:
+      return {};
+  }
+}
+
+bool HasChildNodes(const Document& document, const NodeRef& node) {
+  const StaticDatabase* database = DatabaseOf(document, node);
+  switch (node.kind) {
+    case NodeKind::kUbiLevel:
+      return !document.ubis.empty();
+    case NodeKind::kSdb:
+    case NodeKind::kFavouriteLevel:
+      return true;
+    case NodeKind::kLnbLevel:
+      return database && database->lnb_count != 0;
+    case NodeKind::kSatelliteLevel:
+      return database && !database->satellites.empty();
+    case NodeKind::kSatellite:
+      return !node.satellite->carriers.empty();
+    case NodeKind::kCarrier:
+      return !node.carrier->services.empty();
+    default:
+      return false;
+  }
+}
+
+std::string NodeLabel(const Document& document, const NodeRef& node) {
+  const int number = static_cast<int>(node.index) + 1;
+  const StaticDatabase* database = DatabaseOf(document, node);
+  switch (node.kind) {
+    case NodeKind::kSdb:
+      return node.sdb < document.sdbs.size() ? Utf8FromLatin(document.sdbs[node.sdb].name) : "";
+    case NodeKind::kLnbLevel:
+      return "LNBs";
+    case NodeKind::kSatelliteLevel:
+      return "Satellites";
+    case NodeKind::kFavouriteLevel:
+      return "Favourites";
+    case NodeKind::kLnb:
+      return Format("[ %d ] LNB", number);
+    case NodeKind::kSatellite:
+      return Format("[ %d ] %s", number, NameText(node.satellite->record.name).c_str());
+    case NodeKind::kCarrier:
+      return Format("[ %d ] %s", number, NameText(node.carrier->record.name).c_str());
+    case NodeKind::kService:
+    case NodeKind::kFavouriteTvEntry:
+    case NodeKind::kFavouriteRadioEntry:
+      return Format("[ %d ] %s", number, NameText(node.service->record.name).c_str());
+    case NodeKind::kFavouriteGroup:
+      return database ? Format("[ %d ] %s", number,
+                               NameText(database->favourites[node.index].record.tv_name).c_str())
+                      : "";
+    case NodeKind::kUbiLevel:
+      return "Box Infos";
+    case NodeKind::kUbi:
+      return node.index < document.ubis.size() ? Utf8FromLatin(document.ubis[node.index].name) : "";
+    default:
+      return "";
+  }
+}
+
+namespace {
+
+// A satellite is active when any of its carriers has services.
+bool HasServices(const Satellite& satellite) {
+  return std::any_of(satellite.carriers.begin(), satellite.carriers.end(),
+                     [](const Carrier* carrier) { return !carrier->services.empty(); });
+}
+
+}  // namespace
+
+ColourRole NodeColour(const Document& document, const NodeRef& node) {
+  const StaticDatabase* database = DatabaseOf(document, node);
+  switch (node.kind) {
+    case NodeKind::kSatellite:
+      return HasServices(*node.satellite) ? ColourRole::kActiveSatellite : ColourRole::kInactiveSatellite;
+    case NodeKind::kCarrier:
+      return node.carrier->services.empty() ? ColourRole::kInactiveCarrier : ColourRole::kActiveCarrier;
+    case NodeKind::kService:
+      return node.service->record.type == kTv ? ColourRole::kTvService : ColourRole::kRadioService;
+    case NodeKind::kFavouriteGroup: {
+      if (!database) return ColourRole::kPlain;
+      const FavouriteGroup& group = database->favourites[node.index];
+      return group.tv.empty() && group.radio.empty() ? ColourRole::kInactiveFavourite
+                                                     : ColourRole::kActiveFavourite;
+    }
+    case NodeKind::kFavouriteTvEntry:
+    case NodeKind::kFavouriteRadioEntry:
+      return ColourRole::kActiveFavourite;
+    default:
+      return ColourRole::kPlain;
+  }
+}
+
+NodeIcon IconOf(const NodeRef& node) {
+  switch (node.kind) {
+    case NodeKind::kSdb:
+      return NodeIcon::kSdb;
+    case NodeKind::kLnb:
+      return NodeIcon::kLnb;
+    case NodeKind::kSatellite:
+      return node.satellite->record.user ? NodeIcon::kUserSatellite : NodeIcon::kFactorySatellite;
+    case NodeKind::kCarrier:
+      return node.carrier->record.user ? NodeIcon::kUserCarrier : NodeIcon::kFactoryCarrier;
+    case NodeKind::kService:
+    case NodeKind::kFavouriteTvEntry:
+    case NodeKind::kFavouriteRadioEntry:
+      return node.service->record.type == kTv ? NodeIcon::kTv : NodeIcon::kRadio;
+    case NodeKind::kFavouriteGroup:
+      return NodeIcon::kFavourite;
+    case NodeKind::kUbi:
+      return NodeIcon::kUbi;
+    default:
+      return NodeIcon::kFolder;
+  }
+}
+
+std::array<std::string, 5> PanelLabels(const Document& document, const NodeRef& node) {
+  if (node.kind == NodeKind::kUbiLevel || node.kind == NodeKind::kUbi) {
+    return {Format("No of UBIs:%d", static_cast<int>(document.ubis.size())), "", "", "", ""};
+  }
+  const StaticDatabase* database = node.kind == NodeKind::kNone ? nullptr : DatabaseOf(document, node);
+  if (!database) return {};
+  return {Format("SDB:%s  Index %d/%d", Utf8FromLatin(document.sdbs[node.sdb].name).c_str(),
+                 static_cast<int>(node.sdb) + 1, static_cast<int>(document.sdbs.size())),
+          Format("LNBs\t%d", static_cast<int>(database->lnb_count)),
+          Format("Satellites  %d", static_cast<int>(database->satellites.size())),
+          Format("Carriers\t%d", static_cast<int>(database->carriers.size())),
+          Format("Services  %d", static_cast<int>(database->services.size()))};
+}
+
+}  // namespace vexa

@@ -1,0 +1,247 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core/edit.h"
+#include "tests/support/random_database.h"
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Two satellites of five carriers each, numbered in turns: the first holds the even places of the array, its
+// carriers are A to E; those of the second a to e. The first carrier has five services, numbers 1 to 5, the
+// second one two.
+struct Moves : testing::Test {
+  Recorder recorder;
+  const Messages& messages = recorder.context.messages;
+  Document document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+
+  Moves() {
+    database.lnb_count = 1;
+    for (const char* name : {"1", "2", "3", "4", "5"}) AddTestSatellite(database, name);
+    for (const char* name : {"A", "a", "B", "b", "C", "c", "D", "d", "E", "e"}) {
+      const size_t satellite = name[0] >= 'a' ? 1 : 0;
+      SetName(AddTestCarrier(database, satellite)->record.name, name);
+    }
+    for (const char* name : {"v", "w", "x", "y", "z"}) AddService(0, name);
+    for (const char* name : {"6", "7"}) AddService(1, name);
+  }
+  void AddService(size_t carrier, const char* name) {
+    Service* service = AddTestService(database, First().carriers[carrier]);
+    SetName(service->record.name, name);
+    service->record.program_number = database.services.size() & 0xFFFF;
+  }
+  Satellite& First() { return *database.satellites[0]; }
+  Carrier& At(size_t carrier) { return *First().carriers[carrier]; }
+
+  template <class T>
+  static std::string Names(const std::vector<T*>& records) {
+    std::string names;
+    for (const T* record : records) names += NameOf(record->record.name);
+    return names;
+  }
+  void TearDown() override { EXPECT_EQ(CheckLinks(database), ""); }
+};
+
+struct MoveCase {
+  Rows rows;
+  const char* target;
+  const char* order;  // of five, or the message
+};
+
+const char* const kSequence = "Invalid Sequence. Can not continue.";
+const char* const kTooLow = "Invalid record index. Enter a index between 1 and 5";
+const char* const kTooHigh = "Record Index should not exceed 5";
+const char* const kInside = "Invalid Index for current process";
+
+TEST_F(Moves, TargetsOfAMove) {
+  const MoveCase rows[] = {
+      {{2, 3, 4}, "1", "34512"},
+      {{0, 1, 2}, "5", "45123"},
+      {{0}, "5", "23451"},
+      {{4}, "1", "51234"},
+      {{1, 2}, "4", "14235"},
+      {{1, 2}, "2", "12345"},
+      {{1}, " 3 ", "13245"},
+      {{1, 2}, "3", kInside},
+      {{0, 1, 2}, "3", kInside},
+      {{1, 3}, "5", kSequence},
+      {{}, "1", kSequence},
+      {{5}, "1", kSequence},
+      {{2}, "0", kTooLow},
+      {{2}, "", kTooLow},
+      {{2}, "-1", kTooLow},
+      {{2}, "two", kTooLow},
+      {{2}, "2x", kTooLow},
+      {{2}, "6", kTooHigh},
+      {{2}, "99999999999999999999", kTooHigh},
+  };
+  for (const MoveCase& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.rows) + " to " + row.target);
+    std::sort(database.satellites.begin(), database.satellites.end(),
+              [](const Satellite* a, const Satellite* b) {
+                return NameOf(a->record.name) < NameOf(b->record.name);
+              });
+    NumberSatellites(database);
+    const Satellite* first = row.rows.empty() || row.rows[0] > 4 ? nullptr : database.satellites[row.rows[0]];
+    const auto landed = MoveSatellites(messages, database, row.rows, row.target);
+    const auto texts = recorder.Texts();
+    if (landed) {
+      EXPECT_EQ(Names(database.satellites), row.order);
+      EXPECT_EQ(database.satellites[*landed], first);
+      EXPECT_THAT(texts, IsEmpty());
+    } else {
+      EXPECT_EQ(Names(database.satellites), "12345");
+      EXPECT_THAT(texts, ElementsAre(row.order));
+    }
+    EXPECT_EQ(CheckLinks(database), "");
+  }
+}
+
+TEST_F(Moves, TargetsOfASwap) {
+  const MoveCase rows[] = {
+      {{0}, "5", "52341"},  {{3}, "2", "14325"}, {{1}, "2", kInside},  {{1, 2}, "5", kSequence},
+      {{}, "5", kSequence}, {{1}, "0", kTooLow}, {{1}, "6", kTooHigh},
+  };
+  for (const MoveCase& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.rows) + " with " + row.target);
+    const auto swapped = SwapSatellites(messages, database, row.rows, row.target);
+    const auto texts = recorder.Texts();
+    if (!swapped) {
+      EXPECT_EQ(Names(database.satellites), "12345");
+      EXPECT_THAT(texts, ElementsAre(row.order));
+      continue;
+    }
+    EXPECT_EQ(Names(database.satellites), row.order);
+    EXPECT_EQ(CheckLinks(database), "");
+    SwapSatellites(messages, database, row.rows, row.target);
+  }
+}
+
+TEST_F(Moves, RowsAreJudgedBeforeTheDialogOpens) {
+  EXPECT_TRUE(CheckMoveRows(messages, {3, 4, 5}));
+  EXPECT_TRUE(CheckSwapRows(messages, {3}));
+  EXPECT_FALSE(CheckMoveRows(messages, {3, 5}));
+  EXPECT_FALSE(CheckMoveRows(messages, {}));
+  EXPECT_FALSE(CheckSwapRows(messages, {3, 4}));
+  EXPECT_THAT(recorder.Texts(), ElementsAre(kSequence, kSequence, kSequence));
+}
+
+TEST_F(Moves, CarriersRefillThePlacesOfTheirSatellite) {
+  EXPECT_TRUE(MoveCarriers(messages, database, First(), {0, 1, 2}, "5"));
+  EXPECT_EQ(Names(First().carriers), "DEABC");
+  EXPECT_EQ(Names(database.carriers), "DaEbAcBdCe");
+  EXPECT_TRUE(SwapCarriers(messages, database, First(), {0}, "5"));
+  EXPECT_EQ(Names(database.carriers), "CaEbAcBdDe");
+  EXPECT_EQ(At(2).services[0]->carrier_position, 2);
+}
+
+TEST_F(Moves, ServicesRefillThePlacesOfTheirCarrierAndKeepTheirOrderAndFavourites) {
+  const auto order = database.service_order;
+  AddFavourites(messages, database.favourites[0], GroupKind::kTv, {order[4], order[0]});
+  EXPECT_TRUE(MoveServices(messages, database, At(0), {3, 4}, "1"));
+  EXPECT_EQ(Names(database.services), "yzvwx67");
+  EXPECT_EQ(database.service_order, order);
+  EXPECT_EQ(Names(database.favourites[0].tv), "zv");
+  EXPECT_TRUE(SwapFavourites(messages, database.favourites[0], GroupKind::kTv, {0}, "2"));
+  EXPECT_EQ(Names(database.favourites[0].tv), "vz");
+  EXPECT_TRUE(MoveFavourites(messages, database.favourites[0], GroupKind::kTv, {1}, "1"));
+  EXPECT_EQ(Names(database.favourites[0].tv), "zv");
+}
+
+TEST_F(Moves, SwapOfServicesWantsTwo) {
+  Service *v = At(0).services[0], *x = At(0).services[2], *seven = At(1).services[1];
+  EXPECT_FALSE(SwapServices(messages, database, {v}));
+  EXPECT_FALSE(SwapServices(messages, database, {v, x, seven}));
+  EXPECT_FALSE(SwapServices(messages, database, {v, v}));
+  EXPECT_THAT(recorder.Texts(),
+              ElementsAre("Select two services to be swapped.", "Select two services to be swapped.",
+                          "Select two services to be swapped."));
+  EXPECT_TRUE(SwapServices(messages, database, {x, v}));
+  EXPECT_EQ(Names(database.services), "xwvyz67");
+  EXPECT_TRUE(SwapServices(messages, database, {x, seven}));
+  EXPECT_EQ(Names(At(0).services), "7wvyz");
+  EXPECT_EQ(Names(database.services), "7wvyz6x");
+  EXPECT_EQ(x->carrier_position, 1);
+  v->record.program_number = 6;  // the number of the other carrier's remaining service
+  EXPECT_FALSE(SwapServices(messages, database, {v, x}));
+  EXPECT_THAT(recorder.Texts(), ElementsAre("Service program number already exists."));
+  EXPECT_EQ(Names(database.services), "7wvyz6x");
+}
+
+TEST_F(Moves, ServicesMoveBetweenCarriers) {
+  Service *w = At(0).services[1], *y = At(0).services[3];
+  EXPECT_FALSE(MoveServicesToCarrier(messages, database, {}, At(1)));
+  EXPECT_FALSE(MoveServicesToCarrier(messages, database, {w, At(1).services[0]}, At(1)));
+  w->record.program_number = 7;
+  EXPECT_FALSE(MoveServicesToCarrier(messages, database, {y, w}, At(1)));
+  EXPECT_THAT(
+      recorder.Texts(),
+      ElementsAre("Select  service(s) to  move",
+                  "Both selected and destination carriers are same. Select a valid destination carrier.",
+                  "Service program number already exists."));
+  EXPECT_EQ(Names(At(0).services), "vwxyz");
+  w->record.program_number = 2;
+  EXPECT_TRUE(MoveServicesToCarrier(messages, database, {y, w}, At(1)));
+  EXPECT_EQ(Names(At(0).services), "vxz");
+  EXPECT_EQ(Names(At(1).services), "67yw");
+  EXPECT_EQ(Names(database.services), "v6x7zyw");
+  EXPECT_EQ(w->carrier_position, 1);
+}
+
+TEST_F(Moves, DropsAndTheirRefusals) {
+  const char* const mismatch = "Can not drop in mismatched record type.";
+  const char* const between = "Carrier move between satellites is not supported.";
+  const struct {
+    DropNode dragged, target;
+    const char* text;
+  } rows[] = {
+      {{DropKind::kService, 0, 0, 0, 0, 1}, {DropKind::kCarrier, 0, 0, 1}, mismatch},
+      {{DropKind::kSatellite, 0, 1}, {DropKind::kSatellite, 1, 1}, mismatch},
+      {{DropKind::kLnb}, {DropKind::kLnb}, mismatch},
+      {{DropKind::kSdb}, {DropKind::kSdb}, mismatch},
+      {{DropKind::kTvEntry, 0, 0, 0, 1, 0}, {DropKind::kTvEntry, 0, 0, 0, 2, 0}, mismatch},
+      {{DropKind::kCarrier, 0, 0, 1}, {DropKind::kCarrier, 0, 1, 1}, between},
+  };
+  for (const auto& row : rows) {
+    EXPECT_FALSE(DropRecord(messages, document, row.dragged, row.target));
+    EXPECT_THAT(recorder.Texts(), ElementsAre(row.text));
+  }
+  EXPECT_EQ(Names(database.carriers), "AaBbCcDdEe");
+  EXPECT_FALSE(DropRecord(messages, document, {DropKind::kCarrier, 0, 0, 9}, {DropKind::kCarrier, 0, 0, 1}));
+  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kCarrier, 0, 0, 0}, {DropKind::kCarrier, 0, 0, 2}));
+  EXPECT_EQ(Names(First().carriers), "BCADE");
+  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kSatellite, 0, 4}, {DropKind::kSatellite, 0, 1}));
+  EXPECT_EQ(Names(database.satellites), "15234");
+  // Within its carrier, then to the second place of the other one.
+  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kService, 0, 0, 2, 0, 4},
+                         {DropKind::kService, 0, 0, 2, 0, 0}));
+  EXPECT_EQ(Names(At(2).services), "zvwxy");
+  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kService, 0, 0, 2, 0, 0},
+                         {DropKind::kService, 0, 0, 0, 0, 1}));
+  EXPECT_EQ(Names(At(0).services), "6z7");
+  EXPECT_EQ(Names(At(2).services), "vwxy");
+  AddFavourites(messages, database.favourites[1], GroupKind::kTv, At(2).services);
+  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kTvEntry, 0, 0, 0, 1, 0},
+                         {DropKind::kTvEntry, 0, 0, 0, 1, 3}));
+  EXPECT_EQ(Names(database.favourites[1].tv), "wxyv");
+  EXPECT_THAT(recorder.Texts(), IsEmpty());
+}
+
+TEST_F(Moves, TextsOfTheDialogs) {
+  EXPECT_EQ(SatelliteMoveTexts(2, false).title, "Move Satellite Information");
+  EXPECT_EQ(SatelliteMoveTexts(2, false).prompt, "Move Satellite Information from \"3\" to ");
+  EXPECT_EQ(SatelliteMoveTexts(2, false).tip, "Click to move satellite record.");
+  EXPECT_EQ(SatelliteMoveTexts(0, true).prompt, "Swap Satellite Information \"1\" with ");
+  EXPECT_EQ(CarrierMoveTexts(9, false).prompt, "Move Carrier Information from \"10\" to ");
+  EXPECT_EQ(CarrierMoveTexts(9, true).title, "Swap Carrier Information");
+  EXPECT_EQ(CarrierMoveTexts(9, true).prompt, "Swap Carrier Information \"10\" with ");
+  EXPECT_EQ(CarrierMoveTexts(9, true).tip, "Click to swap carrier record.");
+}
+
+}  // namespace
+}  // namespace vexa

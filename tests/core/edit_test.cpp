@@ -1,0 +1,284 @@
+#include "core/edit.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/random_database.h"
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct Edits : testing::Test {
+  Recorder recorder;
+  const Messages& messages = recorder.context.messages;
+  DefaultRecords defaults;
+  Document document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+
+  // One LNB, `satellites` satellites, on the first `carriers` carriers, on its first `services` services.
+  void Make(size_t satellites, size_t carriers = 0, size_t services = 0) {
+    ASSERT_TRUE(AddLnb(messages, database, defaults));
+    for (size_t i = 0; i < satellites; ++i) ASSERT_TRUE(AddSatellite(messages, database, defaults));
+    for (size_t i = 0; i < carriers; ++i)
+      ASSERT_TRUE(AddCarrier(messages, database, *database.satellites[0], defaults));
+    for (size_t i = 0; i < services; ++i)
+      ASSERT_TRUE(AddService(messages, database, *database.carriers[0], defaults));
+  }
+  // Services beyond what a test wants to add one by one.
+  void Fill(size_t services) {
+    while (database.services.size() < services) AddTestService(database, database.carriers[0]);
+  }
+  Carrier& FirstCarrier() { return *database.satellites[0]->carriers[0]; }
+  std::string Links() { return CheckLinks(database); }
+  template <class T>
+  std::vector<std::string> Names(const std::vector<T*>& records) {
+    std::vector<std::string> names;
+    for (const T* record : records) names.emplace_back(NameOf(record->record.name));
+    return names;
+  }
+};
+
+TEST_F(Edits, TheSixteenthLnbIsTheLast) {
+  for (int i = 0; i < 16; ++i) EXPECT_TRUE(AddLnb(messages, database, defaults));
+  EXPECT_FALSE(AddLnb(messages, database, defaults));
+  EXPECT_THAT(recorder.Texts(), ElementsAre("Can't add LNB Information. It exceeds the limit 16."));
+  EXPECT_EQ(database.lnb_count, 16u);
+}
+
+TEST_F(Edits, SatellitesNeedAnLnbAndEndAtEightyFive) {
+  EXPECT_FALSE(AddSatellite(messages, database, defaults));
+  EXPECT_FALSE(InsertSatellite(messages, database, defaults, {}));
+  Make(85);
+  EXPECT_FALSE(AddSatellite(messages, database, defaults));
+  EXPECT_FALSE(InsertSatellite(messages, database, defaults, {3}));
+  EXPECT_FALSE(InsertSatellite(messages, database, defaults, {3, 4}));
+  EXPECT_THAT(recorder.Texts(), ElementsAre("Add atleast one LNB to add a satellite.",
+                                            "Add atleast one LNB to add a satellite.",
+                                            "Can't add SATELLITE Information. It exceeds the limit.",
+                                            "Satellite records exceed the limit. Can not add.",
+                                            "Cannot insert during multiple selection."));
+  EXPECT_EQ(database.satellites.size(), 85u);
+  EXPECT_EQ(Links(), "");
+}
+
+TEST_F(Edits, CarriersAndServicesEndAt65535) {
+  Make(1, 1);
+  Carrier& carrier = FirstCarrier();
+  Fill(65534);
+  EXPECT_TRUE(AddService(messages, database, carrier, defaults));
+  EXPECT_FALSE(AddService(messages, database, carrier, defaults));
+  EXPECT_FALSE(InsertService(messages, database, carrier, defaults, {0}));
+  EXPECT_FALSE(InsertService(messages, database, carrier, defaults, {0, 1}));
+  EXPECT_EQ(carrier.record.service_count, 65535u);
+  while (database.carriers.size() < 65535) AddTestCarrier(database, 0);
+  EXPECT_FALSE(AddCarrier(messages, database, *database.satellites[0], defaults));
+  EXPECT_FALSE(InsertCarrier(messages, database, *database.satellites[0], defaults, {0}));
+  EXPECT_FALSE(InsertCarrier(messages, database, *database.satellites[0], defaults, {0, 2}));
+  EXPECT_THAT(recorder.Texts(), ElementsAre("Can't add service information. It exceeds the limit.",
+                                            "Service records exceed the limit. Can not add.",
+                                            "Cannot insert during multiple selection.",
+                                            "Can't add carrier information. It exceeds the limit.",
+                                            "Carrier records exceed the limit. Can not add.",
+                                            "Cannot insert during multiple selection."));
+  EXPECT_EQ(Links(), "");
+}
+
+TEST_F(Edits, SdbsAndUbisEndAtSixteen) {
+  for (int i = 2; i <= 16; ++i) EXPECT_EQ(AddSdb(messages, document)->name, "SDB" + std::to_string(i));
+  EXPECT_FALSE(AddSdb(messages, document));
+  for (int i = 1; i <= 16; ++i) EXPECT_EQ(AddUbi(messages, document)->name, "UBI" + std::to_string(i));
+  EXPECT_FALSE(AddUbi(messages, document));
+  EXPECT_THAT(recorder.Texts(), ElementsAre("SDB count exceeds the allowed numbers.Cannot add more SDB's.",
+                                            "Can't add USER BOX information. It exceeds the limit 16."));
+  EXPECT_EQ(document.ubis[3].record.rf_channel, 21);
+  EXPECT_EQ(std::string(document.ubis[3].record.lock_code, 4), "0000");
+}
+
+TEST_F(Edits, ANewSdbTakesTheLowestSlotAndTheLastPlace) {
+  AddSdb(messages, document);
+  AddSdb(messages, document);
+  EXPECT_TRUE(DeleteSdb(messages, document, 1));
+  const OpenSdb& sdb = *AddSdb(messages, document);
+  EXPECT_EQ(sdb.slot, 1u);
+  EXPECT_EQ(&sdb, &document.sdbs.back());
+  EXPECT_EQ(sdb.name, "SDB3");  // twice now: names follow the count
+  EXPECT_EQ(document.slot_mask, 7u);
+}
+
+TEST_F(Edits, FavouriteListsTakeTheirTypeOnceUpToTheLimit) {
+  Make(1, 1);
+  Fill(3600);
+  for (size_t i = 2600; i < 3600; ++i) database.services[i]->record.type = i % 2 ? 2 : 0;
+  const auto services = [&](size_t from, size_t to) {
+    return std::vector<Service*>(database.services.begin() + static_cast<std::ptrdiff_t>(from),
+                                 database.services.begin() + static_cast<std::ptrdiff_t>(to));
+  };
+  FavouriteGroup& group = database.favourites[2];
+  SetName(group.record.tv_name, "Films");
+  SetName(group.record.radio_name, "M\xFCsik");
+  EXPECT_TRUE(AddFavourites(messages, group, GroupKind::kRadio, services(2599, 3599)));
+  EXPECT_EQ(group.radio.size(), 999u);  // the first is a TV service
+  EXPECT_TRUE(AddFavourites(messages, group, GroupKind::kRadio, services(2598, 3600)));
+  EXPECT_EQ(group.radio.size(), 1000u);
+  database.services[0]->record.type = kRadio;
+  EXPECT_FALSE(AddFavourites(messages, group, GroupKind::kRadio, services(0, 1)));
+  EXPECT_TRUE(AddFavourites(messages, group, GroupKind::kRadio, services(3000, 3100)));  // all there already
+  EXPECT_TRUE(AddFavourites(messages, group, GroupKind::kTv, services(1, 2500)));
+  EXPECT_FALSE(AddFavourites(messages, group, GroupKind::kTv, services(2498, 2502)));
+  EXPECT_EQ(group.tv.size(), 2499u);
+  EXPECT_TRUE(AddFavourites(messages, group, GroupKind::kTv, services(2500, 2501)));
+  EXPECT_THAT(
+      recorder.Texts(),
+      ElementsAre(
+          "This service cannot be added in M\xC3\xBCsik\tgroup since it exceeds more than 1000 records",
+          "This service cannot be added in Films group since it exceeds more than 2500 records"));
+  EXPECT_EQ(Links(), "");
+}
+
+TEST_F(Edits, NewRecordsAreNamedAndSetByTheirSurroundings) {
+  Make(2, 2, 2);
+  database.satellites[1]->record.user = 1;
+  EXPECT_THAT(Names(database.satellites), ElementsAre("Satellite1", "Satellite2"));
+  EXPECT_EQ(FirstCarrier().record.frequency, 10700u);
+  EXPECT_EQ(FirstCarrier().record.user, 0u);
+  EXPECT_EQ(AddCarrier(messages, database, *database.satellites[1], defaults)->record.user, 1u);
+  defaults.carrier.user = 1;
+  EXPECT_EQ(AddCarrier(messages, database, *database.satellites[0], defaults)->record.user, 1u);
+  EXPECT_THAT(Names(database.satellites[0]->carriers), ElementsAre("Carrier1", "Carrier2", "Carrier3"));
+  // The middle one goes; a name may come a second time, its satellite takes the number of its place.
+  InsertCarrier(messages, database, *database.satellites[0], defaults, {1});
+  InsertService(messages, database, FirstCarrier(), defaults, {0});
+  InsertSatellite(messages, database, defaults, {0});
+  EXPECT_THAT(Names(database.satellites), ElementsAre("Satellite1", "Satellite1", "Satellite2"));
+  EXPECT_THAT(Names(database.satellites[1]->carriers),
+              ElementsAre("Carrier1", "Carrier4", "Carrier2", "Carrier3"));
+  EXPECT_THAT(Names(database.carriers),
+              ElementsAre("Carrier1", "Carrier4", "Carrier1", "Carrier2", "Carrier3"));
+  EXPECT_THAT(Names(database.satellites[1]->carriers[0]->services),
+              ElementsAre("Service3", "Service1", "Service2"));
+  EXPECT_THAT(Names(database.service_order), ElementsAre("Service1", "Service2", "Service3"));
+  EXPECT_EQ(Links(), "");
+}
+
+TEST_F(Edits, OnlyIfInputCorrectsTheDefaultFrequency) {
+  const struct {
+    uint32_t type, frequency, expected;
+  } rows[] = {{kLnbNormal, 10700, 10700}, {kLnbLnbf, 949, 949},    {kLnbUniversal, 1, 1},
+              {kLnbIfInput, 949, 950},    {kLnbIfInput, 950, 950}, {kLnbIfInput, 2150, 2150},
+              {kLnbIfInput, 2151, 950},   {kLnbIfInput, ~0u, 950}};
+  Make(1);
+  for (const auto& row : rows) {
+    database.lnbs[0].type = row.type & 3;
+    defaults.carrier.frequency = row.frequency;
+    EXPECT_EQ(AddCarrier(messages, database, *database.satellites[0], defaults)->record.frequency,
+              row.expected)
+        << row.type << " " << row.frequency;
+  }
+}
+
+TEST_F(Edits, ANewServiceFollowsTheFilterAndTakesAFreeNumber) {
+  Make(1, 1, 3);
+  defaults.service.type = 3;
+  Carrier& carrier = FirstCarrier();
+  const auto added = [&](ServiceFilter filter) {
+    return AddService(messages, database, carrier, defaults, filter);
+  };
+  EXPECT_EQ(added(ServiceFilter::kAll)->record.type, 3u);
+  EXPECT_EQ(added(ServiceFilter::kTv)->record.type, kTv);
+  EXPECT_EQ(added(ServiceFilter::kRadio)->record.type, kRadio);
+  EXPECT_EQ(carrier.services.back()->record.program_number, 6u);
+  DeleteServices(database, {carrier.services[1], carrier.services[3], carrier.services[1]});
+  EXPECT_EQ(added(ServiceFilter::kAll)->record.program_number, 2u);
+  EXPECT_EQ(added(ServiceFilter::kAll)->record.program_number, 4u);
+  EXPECT_EQ(added(ServiceFilter::kAll)->record.program_number, 7u);
+  EXPECT_EQ(Links(), "");
+}
+
+TEST_F(Edits, TheLastLnbAndTheLastSdbStay) {
+  Make(0);
+  EXPECT_FALSE(DeleteLnbs(messages, database, {0}));
+  AddLnb(messages, database, defaults);
+  EXPECT_FALSE(DeleteLnbs(messages, database, {0, 1}));
+  EXPECT_FALSE(DeleteSdb(messages, document, 0));
+  EXPECT_THAT(recorder.Texts(), ElementsAre("Cannot delete. Minimum one LNB is required.",
+                                            "Cannot delete. Minimum one LNB is required.",
+                                            "Cannot delete. Minimum one SDB is needed."));
+  EXPECT_EQ(database.lnb_count, 2u);
+  EXPECT_EQ(document.slot_mask, 1u);
+}
+
+TEST_F(Edits, DeletingLnbsMovesTheIndicesAboveThem) {
+  Make(6);
+  for (uint32_t i = 1; i < 5; ++i) {
+    AddLnb(messages, database, defaults);
+    database.lnbs[i].frequency1 = i & 0x3FFF;
+  }
+  for (uint32_t i = 0; i < 6; ++i) database.satellites[i]->record.lnb_index = i & 0xFF;
+  EXPECT_TRUE(DeleteLnbs(messages, database, {1, 3}));
+  std::vector<uint32_t> indices;
+  for (const Satellite* satellite : database.satellites) indices.push_back(satellite->record.lnb_index);
+  EXPECT_THAT(indices, ElementsAre(0, 0, 1, 0, 2, 3));
+  EXPECT_EQ(database.lnb_count, 3u);
+  EXPECT_EQ(database.lnbs[1].frequency1, 2u);
+  EXPECT_EQ(database.lnbs[2].frequency1, 4u);
+  EXPECT_EQ(database.lnbs[3].frequency1, 9750u);
+  EXPECT_THAT(recorder.Texts(), IsEmpty());
+}
+
+TEST_F(Edits, WhatStandsBelowGoesWithARecord) {
+  Make(3, 2, 2);
+  Carrier& other = *AddCarrier(messages, database, *database.satellites[2], defaults);
+  Service& service = *AddService(messages, database, other, defaults);
+  Service* gone = FirstCarrier().services[1];
+  AddFavourites(messages, database.favourites[0], GroupKind::kTv,
+                {gone, &service, FirstCarrier().services[0]});
+  DeleteServices(database, {gone});
+  EXPECT_EQ(database.favourites[0].tv.size(), 2u);
+  EXPECT_EQ(Links(), "");
+  DeleteSatellites(database, {0, 1});
+  EXPECT_EQ(Links(), "");
+  EXPECT_EQ(other.record.satellite_index, 0u);
+  EXPECT_THAT(database.service_order, ElementsAre(&service));
+  EXPECT_THAT(database.favourites[0].tv, ElementsAre(&service));
+  DeleteCarriers(database, *database.satellites[0], {0});
+  EXPECT_EQ(Links(), "");
+  EXPECT_THAT(database.favourites[0].tv, IsEmpty());
+  EXPECT_EQ(database.satellites.size(), 1u);
+}
+
+TEST_F(Edits, DeletedStorageIsNotSeenAgain) {
+  Make(1, 1, 1);
+  FirstCarrier().record.kept_16 = 0xFFFF;
+  DeleteCarriers(database, *database.satellites[0], {0});
+  Carrier& carrier = *AddCarrier(messages, database, *database.satellites[0], defaults);
+  EXPECT_TRUE(carrier.services.empty());
+  EXPECT_EQ(carrier.record.kept_16, 0u);
+}
+
+TEST_F(Edits, MarkAndSelectByEveryField) {
+  Make(4, 4);
+  Satellite& satellite = *database.satellites[0];
+  MarkSatellites(database, {1, 3}, SatelliteField::kLnbIndex, 15);
+  MarkSatellites(database, {0, 1}, SatelliteField::kEast, 1);
+  MarkSatellites(database, {2}, SatelliteField::kFactoryDefault, 0);
+  EXPECT_THAT(SelectSatellites(database, SatelliteField::kLnbIndex, 15), ElementsAre(1, 3));
+  EXPECT_THAT(SelectSatellites(database, SatelliteField::kEast, 0), ElementsAre(2, 3));
+  EXPECT_THAT(SelectSatellites(database, SatelliteField::kFactoryDefault, 1), ElementsAre(0, 1, 3));
+  MarkSatellites(database, {0, 1, 2, 3}, SatelliteField::kLnbIndex, 16);  // no such LNB
+  EXPECT_THAT(SelectSatellites(database, SatelliteField::kLnbIndex, 0), ElementsAre(0, 2));
+  MarkCarriers(satellite, {0, 2}, CarrierField::kPolarization, kRight);
+  MarkCarriers(satellite, {1}, CarrierField::kFec, 5);
+  MarkCarriers(satellite, {3, 9}, CarrierField::kFactoryDefault, 0);
+  EXPECT_THAT(SelectCarriers(satellite, CarrierField::kPolarization, kRight), ElementsAre(0, 2));
+  EXPECT_THAT(SelectCarriers(satellite, CarrierField::kFec, 5), ElementsAre(1));
+  EXPECT_THAT(SelectCarriers(satellite, CarrierField::kFactoryDefault, 0), ElementsAre(3));
+  EXPECT_THAT(InvertSelection(4, {0, 2, 7}), ElementsAre(1, 3));
+  EXPECT_EQ(Links(), "");
+}
+
+}  // namespace
+}  // namespace vexa

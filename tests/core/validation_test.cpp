@@ -1,0 +1,314 @@
+#include "core/validation.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "core/edit.h"
+#include "tests/support/random_database.h"
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+template <class Record>
+bool SameBytes(const Record& a, const Record& b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+// What a refused form must leave as it was.
+template <class Record>
+Record AllOnes() {
+  Record record;
+  std::memset(static_cast<void*>(&record), 0xFF, sizeof record);
+  return record;
+}
+
+TEST(Validation, Satellites) {
+  const char* const zero = "Invalid satellite angle.";
+  const struct {
+    const char *name, *position, *angle;
+    const char* refusal;  // "": stored
+    int field;
+    uint32_t tenths;
+    std::vector<std::string> warnings;
+  } rows[] = {
+      {"Astra", "64", "19.2", "", 0, 192, {}},
+      {"Astra", "0", "360.9", "", 0, 3609, {}},
+      {"Astra", "1", "28.55", "", 0, 285, {}},
+      {"Astra", "1", "1.15", "", 0, 11, {}},
+      {"Astra", "1", "7", "", 0, 70, {}},
+      {"Astra", "1", ".5", "", 0, 5, {}},
+      {"Astra", "1", "0.0", "", 0, 0, {zero}},
+      {"Astra", "1", "", "", 0, 0, {zero}},
+      {"Astra", "1", "361", "Satellite angle should be 0 - 360.", kFieldAngle, 0, {}},
+      {"Astra", "1", "-1", "Satellite angle should be 0 - 360.", kFieldAngle, 0, {}},
+      {"Astra", "1", "-0.5", "Satellite angle should be 0 - 360.", kFieldAngle, 0, {}},
+      {"Astra", "1", "99999999999999999999", "Satellite angle should be 0 - 360.", kFieldAngle, 0, {}},
+      {"Astra", "1", "1.2.3", "Invalid format of satellite angle", kFieldAngle, 0, {}},
+      {"Astra", "65", "1.2.3", "Satellite Position should be less then 64.", kFieldPosition, 0, {}},
+      {"Astra", "-1", "1", "Satellite Position should be less then 64.", kFieldPosition, 0, {}},
+      {"Astra", "4294967296", "1", "Satellite Position should be less then 64.", kFieldPosition, 0, {}},
+      {"", "65", "1.2.3", "Satellite name can not be empty.\nEnter a valid name.", kFieldName, 0, {}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.name) + "/" + row.position + "/" + row.angle);
+    Recorder recorder;
+    auto record = AllOnes<SatelliteRecord>();
+    const SatelliteForm form{row.name, 3, true, row.angle, row.position, true};
+    const auto refusal = StoreSatellite(recorder.context.messages, form, record);
+    EXPECT_THAT(recorder.Texts(), ElementsAreArray(row.warnings));
+    if (refusal) {
+      EXPECT_EQ(refusal->text, row.refusal);
+      EXPECT_EQ(refusal->field, row.field);
+      EXPECT_EQ(refusal->icon,
+                refusal->text == "Invalid format of satellite angle" ? Icon::kWarning : Icon::kStop);
+      EXPECT_TRUE(SameBytes(record, AllOnes<SatelliteRecord>()));
+      continue;
+    }
+    EXPECT_STREQ(row.refusal, "");
+    EXPECT_EQ(record.angle, row.tenths);
+    EXPECT_EQ(record.lnb_index, 3u);
+    EXPECT_EQ(record.user, 0u);
+    EXPECT_EQ(record.kept_14, 0x3FFFFu);
+    EXPECT_EQ(record.carrier_count, 0xFFFFu);
+  }
+}
+
+TEST(Validation, ASatelliteFormGivesItsRecordBack) {
+  Recorder recorder;
+  SatelliteRecord record{};
+  SetName(record.name, "T\xFCrksat");
+  record.angle = 420;
+  record.east = 1;
+  record.lnb_index = 7;
+  record.position = 12;
+  record.user = 1;
+  const SatelliteRecord before = record;
+  EXPECT_EQ(SatelliteFormOf(record).name, "T\xC3\xBCrksat");
+  EXPECT_EQ(SatelliteFormOf(record).angle, "42.0");
+  EXPECT_FALSE(StoreSatellite(recorder.context.messages, SatelliteFormOf(record), record));
+  EXPECT_TRUE(SameBytes(record, before));
+  EXPECT_EQ(AngleText(0), "000.00");
+}
+
+TEST(Validation, Carriers) {
+  const char* const empty = "Carrier name can not be empty.\nEnter a valid name.";
+  const char* const rate = "Carrier symbol rate should be in the range of 1000 - 45000.";
+  const struct {
+    uint32_t lnb;
+    const char *name, *frequency, *symbol_rate, *refusal;
+  } rows[] = {
+      {kLnbNormal, "C", "3000", "1000", ""},
+      {kLnbNormal, "C", "4200", "45000", ""},
+      {kLnbNormal, "C", "2999", "1000", "Carrier frequency should be in the range of 3000 - 4200"},
+      {kLnbNormal, "C", "4201", "1000", "Carrier frequency should be in the range of 3000 - 4200"},
+      {kLnbLnbf, "C", "4800", "1000", ""},
+      {kLnbLnbf, "C", "4801", "1000", "Carrier frequency should be in the range of 3000 - 4800"},
+      {kLnbUniversal, "C", "12750", "1000", ""},
+      {kLnbUniversal, "C", "10699", "999", "Carrier frequency should be in the range of 10700 - 12750"},
+      {kLnbIfInput, "C", "950", "1000", ""},
+      {kLnbIfInput, "C", "2151", "1000", "Carrier frequency should be in the range of 950 - 2150"},
+      {kLnbIfInput, "C", "", "1000", "Carrier frequency should be in the range of 950 - 2150"},
+      {kLnbIfInput, "C", "4294968246", "1000", "Carrier frequency should be in the range of 950 - 2150"},
+      {kLnbIfInput, "C", "950", "999", rate},
+      {kLnbUniversal, "C", "11000", "45001", rate},
+      {kLnbUniversal, "C", "11000", "16778216", rate},
+      {kLnbUniversal, "", "1", "1", empty},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.frequency) + "/" + row.symbol_rate);
+    LnbRecord lnb{};
+    lnb.type = row.lnb & 3;
+    auto record = AllOnes<CarrierRecord>();
+    const auto refusal =
+        StoreCarrier({row.name, row.frequency, row.symbol_rate, kLeft, 4, false}, lnb, record);
+    EXPECT_EQ(refusal ? refusal->text : "", row.refusal);
+    if (refusal) {
+      EXPECT_TRUE(SameBytes(record, AllOnes<CarrierRecord>()));
+      continue;
+    }
+    EXPECT_EQ(std::to_string(record.frequency), row.frequency);
+    EXPECT_EQ(std::to_string(record.symbol_rate), row.symbol_rate);
+    EXPECT_EQ(record.kept_16, 0xFFFFu);
+    EXPECT_EQ(record.service_count, 0xFFFFu);
+    const CarrierRecord before = record;
+    EXPECT_FALSE(StoreCarrier(CarrierFormOf(record), lnb, record));
+    EXPECT_TRUE(SameBytes(record, before));
+  }
+}
+
+const char* const kVideo = "Invalid Video PID.\nDo you want to update default value ?";
+const char* const kAudio = "Invalid Audio PID.\nDo you want to update default PID ?";
+const char* const kPcr = "Invalid PCR PID.\nDo you want to update default PID ?";
+
+TEST(Validation, ServicePids) {
+  const struct {
+    uint32_t type;
+    bool hexadecimal;
+    const char *video, *audio, *pcr;
+    std::vector<std::string> questions;
+    uint32_t stored[3];
+  } rows[] = {
+      {kTv, false, "32", "8192", "8191", {}, {32, 8192, 8191}},
+      {kTv, false, "31", "31", "31", {kVideo, kAudio, kPcr}, {8192, 8192, 8192}},
+      {kTv, false, "8193", "100", "0", {kVideo, kPcr}, {8192, 100, 8192}},
+      {kRadio, false, "1", "100", "101", {}, {8192, 100, 101}},
+      {0, false, "500", "20", "101", {kAudio}, {8192, 8192, 101}},
+      {kTv, true, "20", "2000", "1fff", {}, {32, 8192, 8191}},
+      {kTv, true, "1F", "2001", "0x100", {kVideo, kAudio}, {8192, 8192, 256}},
+      {kTv, false, "", "1FF", "-50", {kVideo, kAudio, kPcr}, {8192, 8192, 8192}},
+      {kTv, false, "4294967396", "100", "100", {kVideo}, {8192, 100, 100}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::string(row.video) + "/" + row.audio + "/" + row.pcr);
+    Recorder recorder;
+    auto record = AllOnes<ServiceRecord>();
+    const ServiceForm form{"S", "7", row.type, false, row.video, row.audio, row.pcr};
+    EXPECT_FALSE(StoreService(recorder.context.messages, form, row.hexadecimal, nullptr, record));
+    EXPECT_THAT(recorder.Texts(), ElementsAreArray(row.questions));
+    EXPECT_EQ(record.video_pid, row.stored[0]);
+    EXPECT_EQ(record.audio_pid, row.stored[1]);
+    EXPECT_EQ(record.pcr_pid, row.stored[2]);
+    EXPECT_EQ(record.kept_28, 15u);
+    EXPECT_EQ(record.kept_17, 0x7FFFu);
+  }
+}
+
+TEST(Validation, AQuestionAnsweredNoMovesTheFocusAndStoresNothing) {
+  const struct {
+    const char *video, *audio, *pcr;
+    int field;
+    const char* question;
+  } rows[] = {{"1", "1", "1", kFieldVideoPid, kVideo},
+              {"100", "1", "1", kFieldAudioPid, kAudio},
+              {"100", "100", "1", kFieldPcrPid, kPcr}};
+  for (const auto& row : rows) {
+    Recorder recorder;
+    recorder.answer = false;
+    auto record = AllOnes<ServiceRecord>();
+    const auto refusal =
+        StoreService(recorder.context.messages, {"S", "7", kTv, true, row.video, row.audio, row.pcr}, false,
+                     nullptr, record);
+    ASSERT_TRUE(refusal);
+    EXPECT_EQ(refusal->text, "");
+    EXPECT_EQ(refusal->field, row.field);
+    EXPECT_THAT(recorder.Texts(), ElementsAre(row.question));
+    EXPECT_TRUE(SameBytes(record, AllOnes<ServiceRecord>()));
+  }
+}
+
+TEST(Validation, ServiceNamesAndNumbers) {
+  Recorder recorder;
+  StaticDatabase database;
+  AddTestSatellite(database, "S");
+  Carrier* carrier = AddTestCarrier(database, 0);
+  for (const uint32_t number : {5u, 6u}) {
+    Service* service = AddTestService(database, carrier);
+    service->record.program_number = number & 0xFFFF;
+    service->record.audio_pid = 0x1FF;
+  }
+  ServiceRecord& record = carrier->services[0]->record;
+  ServiceForm form = ServiceFormOf(record, true);
+  EXPECT_EQ(form.audio_pid, "1FF");
+  form.name = "\xC3\x84rte";
+  form.program_number = "6";
+  auto refusal = StoreService(recorder.context.messages, form, true, carrier, record);
+  EXPECT_EQ(refusal->text, "Service program number already exists.");
+  EXPECT_EQ(refusal->field, kFieldProgramNumber);
+  form.name = "";
+  refusal = StoreService(recorder.context.messages, form, true, carrier, record);
+  EXPECT_EQ(refusal->text, "Service name can not be empty.\nEnter a valid name.");
+  form.name = "\xC3\x84rte";
+  form.program_number = "5";  // its own
+  EXPECT_FALSE(StoreService(recorder.context.messages, form, true, carrier, record));
+  EXPECT_EQ(NameOf(record.name), "\xC4rte");
+  EXPECT_EQ(record.audio_pid, 0x1FFu);
+  EXPECT_THAT(recorder.Texts(), ElementsAre());
+}
+
+TEST(Validation, LnbsStoreTheirSecondWordForVariantZeroAlone) {
+  auto record = AllOnes<LnbRecord>();
+  const auto word1 = [&] {
+    uint32_t word;
+    std::memcpy(&word, reinterpret_cast<const uint8_t*>(&record) + 4, 4);
+    return word;
+  };
+  StoreLnb({"5150", "20000", kLnbNormal, 0, 0, kSwitchNone, 0, 0}, record, 1);
+  EXPECT_EQ(record.frequency1, 5150u);
+  EXPECT_EQ(record.frequency2, 16383u);
+  EXPECT_EQ(record.kept_31, 1u);
+  EXPECT_EQ(word1(), 0xFFFFFFFFu);
+  const struct {
+    uint32_t type, selection, word;
+  } rows[] = {{kSwitchNone, 16, 16u << 5},
+              {kSwitchNone, 17, 16u << 5},
+              {kSwitchToneBurst, 2, 2u << 10 | 1u << 17},
+              {kSwitchToneBurst, 3, 2u << 10 | 1u << 17},
+              {kSwitchDiseqc, 4, 4u << 2 | 2u << 17},
+              {kSwitchDiseqc, 5, 4u << 2 | 2u << 17}};
+  for (const auto& row : rows) {
+    record = AllOnes<LnbRecord>();
+    StoreLnb({"1", "2", kLnbUniversal, 1, 2, row.type, row.selection, 1}, record, 0);
+    EXPECT_EQ(word1(), row.word | 2u << 15 | 1u << 19 | 0xFFF00000u) << row.type << " " << row.selection;
+    const LnbRecord before = record;
+    StoreLnb(LnbFormOf(record), record, 0);
+    EXPECT_TRUE(SameBytes(record, before));
+  }
+  EXPECT_EQ(SwitchChoices(kSwitchNone).back(), "16");
+  EXPECT_THAT(SwitchChoices(kSwitchDiseqc), ElementsAre("None", "A", "B", "C", "D"));
+}
+
+TEST(Validation, Names) {
+  OpenSdb sdb{0, "SDB1", nullptr};
+  OpenUbi ubi{"UBI1", {}};
+  FavouriteGroup group;
+  EXPECT_EQ(StoreSdbName("", sdb)->text, "SDB Name can not be empty. Enter a valid name.");
+  EXPECT_EQ(StoreGroupName("", group, false)->text, "FGL Name can not be empty. Enter a valid name.");
+  EXPECT_EQ(StoreUbi({}, ubi)->text, "UBI name can not be empty. Enter a valid name.");
+  EXPECT_EQ(sdb.name, "SDB1");
+  EXPECT_FALSE(
+      StoreSdbName("\xC3\x84"
+                   "BCDEFG",
+                   sdb));
+  EXPECT_EQ(sdb.name,
+            "\xC4"
+            "BCDEF");
+  EXPECT_FALSE(StoreGroupName("0123456789012345678901", group, true));
+  EXPECT_EQ(NameOf(group.record.radio_name), "0123456789012345678");
+  EXPECT_EQ(NameOf(group.record.tv_name), "");
+}
+
+TEST(Validation, UserBoxesKeepTheirOpenBits) {
+  auto record = AllOnes<UserBoxInfo>();
+  OpenUbi ubi{"Box", record};
+  UbiForm form;
+  form.name = "MyBoxIsLong";
+  form.time_zone = -11;
+  form.rf_output = true;
+  form.tv_standard = 2;
+  form.screen = 1;
+  form.rf_channel = "99";
+  form.start_volume = "-3";
+  form.start_programme = "513";
+  form.lock_code = "12x";
+  EXPECT_FALSE(StoreUbi(form, ubi));
+  EXPECT_EQ(ubi.name, "MyBoxIs");
+  EXPECT_EQ(ubi.record.time_zone, -11);
+  EXPECT_EQ(ubi.record.flags, 0x80 | 2 | 2 << 2 | 1 << 4);
+  EXPECT_EQ(ubi.record.rf_channel, 69);
+  EXPECT_EQ(ubi.record.start_volume, 0);
+  EXPECT_EQ(ubi.record.start_programme, 513);
+  EXPECT_EQ(std::string(ubi.record.lock_code, 4), "1200");
+  EXPECT_EQ(ubi.record.kept[15], 0xFF);
+  const UserBoxInfo before = ubi.record;
+  EXPECT_FALSE(StoreUbi(UbiFormOf(ubi), ubi));
+  EXPECT_TRUE(SameBytes(ubi.record, before));
+}
+
+}  // namespace
+}  // namespace vexa

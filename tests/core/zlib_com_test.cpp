@@ -1,0 +1,110 @@
+#include "core/zlib_com.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+Bytes Noise(size_t size) {
+  std::mt19937 random(1);
+  Bytes bytes(size);
+  for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random());
+  return bytes;
+}
+
+TEST(ZlibCom, CapacityIsTruncatedDouble) {
+  EXPECT_EQ(CompressedCapacity(0), 12u);
+  EXPECT_EQ(CompressedCapacity(1), 13u);
+  EXPECT_EQ(CompressedCapacity(99), 111u);
+  EXPECT_EQ(CompressedCapacity(1000), 1022u);
+  EXPECT_EQ(CompressedCapacity(131072), 132394u);
+}
+
+TEST(ZlibCom, RoundTrips) {
+  Recorder recorder;
+  for (const size_t size : {size_t{0}, size_t{1}, size_t{500}, size_t{300000}}) {
+    for (const int level : {0, 1, 6, 9}) {
+      const Bytes source = Noise(size);
+      Bytes packed(CompressedCapacity(size) + 100);
+      const uint64_t length = CompressBuffer(recorder.context.messages, source, packed, level, "");
+      ASSERT_GT(length, 0u) << size << " at level " << level;
+      ASSERT_LE(length, CompressedCapacity(size));
+      Bytes result(size);
+      uint64_t made = 99;
+      ASSERT_EQ(
+          DecompressBuffer(recorder.context.messages, std::span(packed).first(length), result, made, ""), 0);
+      ASSERT_EQ(made, size);
+      ASSERT_EQ(result, source);
+    }
+  }
+  EXPECT_TRUE(recorder.shown.empty());
+}
+
+struct TitleCase {
+  const char* given;
+  const char* shown;
+};
+
+TEST(ZlibCom, TooSmallDestinationFails) {
+  for (const TitleCase& title :
+       {TitleCase{"", "Compression"}, {"Mine", "Mine"}, {nullptr, kApplicationTitle}}) {
+    Recorder recorder;
+    const Bytes source = Noise(1000);
+    Bytes packed(900);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(CompressBuffer(recorder.context.messages, source, packed, 6, title.given), 0u);
+    std::fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout().find("Returning from =>zlib_com.cpp ,Line =>"), 0u);
+    ASSERT_EQ(recorder.shown.size(), 1u);
+    EXPECT_EQ(recorder.shown[0].text, "Compression failed.");
+    EXPECT_EQ(recorder.shown[0].title, title.shown);
+    EXPECT_EQ(recorder.shown[0].icon, Icon::kStop);
+  }
+}
+
+TEST(ZlibCom, BadLevelFails) {
+  Recorder recorder;
+  Bytes packed(200);
+  EXPECT_EQ(CompressBuffer(recorder.context.messages, Noise(10), packed, 77, ""), 0u);
+  EXPECT_EQ(recorder.Texts(), std::vector<std::string>{"Compression failed."});
+}
+
+TEST(ZlibCom, DamagedOrTooLongDataFailsToInflate) {
+  Recorder recorder;
+  const Bytes source = Noise(1000);
+  Bytes packed(CompressedCapacity(1000));
+  packed.resize(CompressBuffer(recorder.context.messages, source, packed, 6, ""));
+  uint64_t length = 0;
+  Bytes small(999), enough(1000);
+  EXPECT_EQ(DecompressBuffer(recorder.context.messages, packed, small, length, ""), -5);  // Z_BUF_ERROR
+  EXPECT_NE(DecompressBuffer(recorder.context.messages, std::span(packed).first(packed.size() - 1), enough,
+                             length, ""),
+            0);
+  packed.back() ^= 1;                                                                       // the checksum
+  EXPECT_EQ(DecompressBuffer(recorder.context.messages, packed, enough, length, "T"), -3);  // Z_DATA_ERROR
+  ASSERT_EQ(recorder.shown.size(), 3u);
+  for (const ShownMessage& message : recorder.shown) EXPECT_EQ(message.text, "Decompression failed.");
+  EXPECT_EQ(recorder.shown[0].title, "Compression");
+  EXPECT_EQ(recorder.shown[2].title, "T");
+}
+
+TEST(Messages, FormatsAndTitles) {
+  Recorder recorder;
+  Tell(recorder.context.messages, Icon::kWarning, "%d%s", 5, "\n\"x\"");
+  EXPECT_TRUE(Ask(recorder.context.messages, "Really?"));
+  ASSERT_EQ(recorder.shown.size(), 2u);
+  EXPECT_EQ(recorder.shown[0].text, "5\n\"x\"");
+  EXPECT_EQ(recorder.shown[0].icon, Icon::kWarning);
+  EXPECT_EQ(recorder.shown[0].title, kApplicationTitle);
+  EXPECT_EQ(Format("%s", std::string(5000, 'y').c_str()).size(), 5000u);
+  const Messages deaf;
+  Tell(deaf, Icon::kStop, "nobody hears");
+  EXPECT_FALSE(Ask(deaf, "nobody answers"));
+}
+
+}  // namespace
+}  // namespace vexa
