@@ -1,0 +1,72 @@
+// The configuration of one receiver, chosen from an ECF file, with the user's choices for the line and the
+// images.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/files.h"
+
+namespace vexa {
+
+// One memory region of the receiver that an image can be loaded into. Addresses: end is exclusive.
+struct RegionEntry {
+  std::string name;  // single-byte text, up to 50 characters
+  uint8_t type = 0;  // 3: holds the ADB image
+  uint32_t start = 0, end = 0;
+};
+
+struct LoaderParameters {
+  uint8_t byte0 = 0, byte2 = 0;   // header tag, packet tag
+  uint16_t word4 = 0, word6 = 0;  // block size in KiB, packet size in bytes
+};
+
+struct Partition {
+  uint32_t start = 0, end = 0;  // end includes the rounded bitmap
+  uint8_t number = 0;           // from 1
+  uint8_t type = 0;
+};
+
+using LanguageRecord = std::array<uint8_t, 36>;
+using ProductTableRecord = std::array<uint8_t, 20>;
+
+struct LanguageList {
+  std::array<uint8_t, 8> header{};
+  std::vector<LanguageRecord> records;
+};
+
+inline constexpr size_t kMaximumPartitions = 6;
+inline constexpr size_t kPartitionTypes = 7;
+
+struct ProjectConfig {
+  std::string port_name = "COM1";
+  uint8_t manufacturer_id = 0;
+  uint8_t version_a = 0, version_b = 0;
+  uint8_t software_major = 1, software_minor = 0;
+  uint8_t manufacturer_index = 0, product_index = 0, configuration_index = 0;
+  uint8_t partition_count = 0;  // as the configuration states it
+  uint8_t image_type_index = 0;
+  uint8_t baud_index = 12, parity_index = 0, data_bits_index = 4, stop_bits_index = 0;
+  bool compressed_image = false;
+  uint8_t compression_type = 0;   // 0 Zlib, 1 Bin2Cod
+  uint8_t compression_level = 5;  // index: level less one
+  uint8_t sdb_format = 1;         // 0 single, 1 multiple
+  uint8_t product_byte = 0;
+  uint8_t database_variant = 0;  // 0: the LNB dialog stores all of word 1
+  uint8_t product_table_count = 0;
+  std::string product_name, configuration_name;  // single-byte text
+  uint8_t image_entry_count = 0;                 // only says whether there are any; the list is `regions`
+  std::vector<RegionEntry> regions;
+  LoaderParameters loader;
+  std::vector<Partition> partitions;  // at most kMaximumPartitions
+  std::array<uint32_t, kPartitionTypes> partition_sizes{};
+  std::array<uint8_t, 8> extra{};
+  LanguageList first_languages, second_languages;
+  std::vector<ProductTableRecord> product_table;
+  bool partitions_loaded = false;
+  bool configuration_found = false;  // the file has a configuration at the three indices
+};
+
+}  // namespace vexa

@@ -1,0 +1,412 @@
+#include "config/settings.h"
+
+#include <algorithm>
+#include <sstream>
+#include <system_error>
+
+#include "config/ecf.h"
+#include "core/messages.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr SettingRow kSettings[] = {
+    {kConfigurationKey, "FileName", false, nullptr},
+    {kParserKey, "FileName", false, nullptr},
+    {kPortSettingsKey, "Port", false, "COM1"},
+    {kPortSettingsKey, "BaudRate", true, "12"},
+    {kPortSettingsKey, "DataBits", true, "4"},
+    {kPortSettingsKey, "Parity", true, "0"},
+    {kPortSettingsKey, "StopBits", true, "0"},
+    {kPortSettingsKey, "SDBFormat", true, "1"},
+    {kColorKey, "ActSatellite", true, "65793"},    // almost black
+    {kColorKey, "InactSatellite", true, "37120"},  // green
+    {kColorKey, "ActCarrier", true, "65793"},
+    {kColorKey, "InactCarrier", true, "16711680"},  // blue
+    {kColorKey, "TVService", true, "8388863"},      // red-violet
+    {kColorKey, "RadioService", true, "16711808"},  // violet
+    {kColorKey, "FGLActive", true, "65793"},
+    {kColorKey, "FGLInactive", true, "9868950"},  // grey
+    {kRecentlyKey, "1", false, nullptr},
+    {kRecentlyKey, "2", false, nullptr},
+    {kRecentlyKey, "3", false, nullptr},
+    {kRecentlyKey, "4", false, nullptr},
+    {kWindowKey, "Left", true, nullptr},
+    {kWindowKey, "Top", true, nullptr},
+    {kWindowKey, "Width", true, nullptr},
+    {kWindowKey, "Height", true, nullptr},
+    {kWindowKey, "TreeWidth", true, "280"},
+    // Widths of columns, in the order of ColumnSet: numbers between blanks.
+    {kWindowKey, "DetailColumns", false, nullptr},
+    {kWindowKey, "LnbColumns", false, nullptr},
+    {kWindowKey, "SatelliteColumns", false, nullptr},
+    {kWindowKey, "CarrierColumns", false, nullptr},
+    {kWindowKey, "ServiceColumns", false, nullptr},
+    {kWindowKey, "FavouriteColumns", false, nullptr},
+    {kWindowKey, "UbiColumns", false, nullptr},
+};
+
+// Rows of one subkey, in the table's order.
+std::vector<const SettingRow*> RowsOf(std::string_view subkey) {
+  std::vector<const SettingRow*> rows;
+  for (const SettingRow& row : kSettings) {
+    if (row.subkey == subkey) rows.push_back(&row);
+  }
+  return rows;
+}
+
+// The serial values that are indices, in the order of their rows behind "Port".
+struct PortIndex {
+  uint8_t ProjectConfig::*member;
+  size_t count;
+};
+constexpr PortIndex kPortIndices[] = {
+    {&ProjectConfig::baud_index, kBaudRates.size()},
+    {&ProjectConfig::data_bits_index, kDataBits.size()},
+    {&ProjectConfig::parity_index, kParities.size()},
+    {&ProjectConfig::stop_bits_index, kStopBits.size()},
+    {&ProjectConfig::sdb_format, 2},
+};
+
+constexpr size_t kPortNameSize = 5;
+
+void ReadPortSettings(const SettingsStore& store, const std::string& key, ProjectConfig& config) {
+  const auto rows = RowsOf(kPortSettingsKey);
+  const auto port = store.read(key, rows[0]->name);
+  config.port_name = port && !port->empty() && port->size() <= kPortNameSize ? *port : rows[0]->standard;
+  for (size_t i = 0; i < std::size(kPortIndices); ++i) {
+    const auto text = store.read(key, rows[i + 1]->name);
+    const int64_t value = text ? DecimalValue(*text) : -1;
+    const bool fits = value >= 0 && static_cast<uint64_t>(value) < kPortIndices[i].count;
+    config.*kPortIndices[i].member = static_cast<uint8_t>(fits ? value : DecimalValue(rows[i + 1]->standard));
+  }
+}
+
+void WritePortSettings(const SettingsStore& store, const std::string& key, const ProjectConfig& config) {
+  const auto rows = RowsOf(kPortSettingsKey);
+  store.write(key, rows[0]->name, config.port_name);
+  for (size_t i = 0; i < std::size(kPortIndices); ++i) {
+    store.write(key, rows[i + 1]->name, std::to_string(config.*kPortIndices[i].member));
+  }
+}
+
+void WritePortDefaults(const SettingsStore& store, const std::string& key) {
+  for (const SettingRow* row : RowsOf(kPortSettingsKey)) store.write(key, row->name, row->standard);
+}
+
+// Small letters of the scripts that Windows-1252, Greek and Cyrillic file names use.
+char16_t SmallLetter(char16_t c) {
+  if ((c >= u'A' && c <= u'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7)) return static_cast<char16_t>(c + 32);
+  if ((c >= 0x391 && c <= 0x3A9) || (c >= 0x410 && c <= 0x42F)) return static_cast<char16_t>(c + 32);
+  if (c >= 0x400 && c <= 0x40F) return static_cast<char16_t>(c + 80);
+  if (c >= 0x100 && c <= 0x137 && c != 0x130) return static_cast<char16_t>(c | 1);
+  return c;
+}
+
+std::u16string SmallLetters(const std::string& text) {
+  std::u16string small = Utf16FromUtf8(text);
+  std::transform(small.begin(), small.end(), small.begin(), SmallLetter);
+  return small;
+}
+
+bool IsListed(const Path& file) {
+  return SmallLetters(Utf8FromPath(file.extension())) == u".ecf";
+}
+
+std::vector<Path> ConfigurationFilesOf(const Path& folder) {
+  std::vector<std::pair<std::u16string, Path>> named;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    if (IsListed(entry->path()))
+      named.emplace_back(SmallLetters(Utf8FromPath(entry->path().filename())), entry->path());
+  }
+  std::sort(named.begin(), named.end());
+  std::vector<Path> files;
+  files.reserve(named.size());
+  for (auto& [name, path] : named) files.push_back(std::move(path));
+  return files;
+}
+
+// A field of the default records: 0 to `highest`.
+struct DefaultField {
+  const char* name;
+  uint32_t highest;
+  uint32_t (*get)(const DefaultRecords&);
+  void (*set)(DefaultRecords&, uint32_t);
+};
+
+#define VEXA_DEFAULT_FIELD(name, highest, path, mask)                          \
+  {                                                                            \
+    name, highest, [](const DefaultRecords& r) -> uint32_t { return r.path; }, \
+        [](DefaultRecords& r, uint32_t value) { r.path = value & (mask); }     \
+  }
+constexpr DefaultField kDefaultFields[] = {
+    VEXA_DEFAULT_FIELD("LnbFrequency1", 16383, lnb.frequency1, 0x3FFF),
+    VEXA_DEFAULT_FIELD("LnbFrequency2", 16383, lnb.frequency2, 0x3FFF),
+    VEXA_DEFAULT_FIELD("LnbType", 3, lnb.type, 3),
+    VEXA_DEFAULT_FIELD("LnbPower", 1, lnb.power, 1),
+    VEXA_DEFAULT_FIELD("LnbTone", 2, lnb.tone_22khz, 3),
+    VEXA_DEFAULT_FIELD("LnbSwitchType", 2, lnb.switch_type, 3),
+    VEXA_DEFAULT_FIELD("LnbDiseqc", 4, lnb.diseqc_switch, 7),
+    VEXA_DEFAULT_FIELD("LnbSwitch", 16, lnb.plain_switch, 31),
+    VEXA_DEFAULT_FIELD("LnbToneBurst", 2, lnb.tone_burst_switch, 3),
+    VEXA_DEFAULT_FIELD("LnbMotor", 1, lnb.motor, 1),
+    VEXA_DEFAULT_FIELD("SatelliteLnb", 15, satellite.lnb_index, 0xFF),
+    VEXA_DEFAULT_FIELD("SatellitePosition", 64, satellite.position, 0xFF),
+    VEXA_DEFAULT_FIELD("SatelliteAngle", 3609, satellite.angle, 0xFFF),
+    VEXA_DEFAULT_FIELD("SatelliteEast", 1, satellite.east, 1),
+    VEXA_DEFAULT_FIELD("SatelliteUser", 1, satellite.user, 1),
+    VEXA_DEFAULT_FIELD("CarrierFrequency", 99999, carrier.frequency, 0xFFFFFFFF),
+    VEXA_DEFAULT_FIELD("CarrierSymbolRate", 45000, carrier.symbol_rate, 0xFFFFFF),
+    VEXA_DEFAULT_FIELD("CarrierPolarization", 3, carrier.polarization, 3),
+    VEXA_DEFAULT_FIELD("CarrierFec", 5, carrier.fec, 7),
+    VEXA_DEFAULT_FIELD("CarrierUser", 1, carrier.user, 1),
+    VEXA_DEFAULT_FIELD("ServiceType", 2, service.type, 3),
+    VEXA_DEFAULT_FIELD("ServiceFree", 1, service.free, 1),
+    VEXA_DEFAULT_FIELD("ServiceVideoPid", 8192, service.video_pid, 0x3FFF),
+    VEXA_DEFAULT_FIELD("ServiceAudioPid", 8192, service.audio_pid, 0x3FFF),
+    VEXA_DEFAULT_FIELD("ServicePcrPid", 8192, service.pcr_pid, 0x3FFF),
+};
+#undef VEXA_DEFAULT_FIELD
+
+}  // namespace
+
+std::string SettingsKey(const char* subkey) {
+  return Format("Software\\QMV\\VexaEditor\\%s\\Version%d.%d.%d\\", kProjectId, kVersionMajor, kVersionMinor,
+                kVersionBuild) +
+         subkey;
+}
+
+std::span<const SettingRow> SettingsTable() {
+  return kSettings;
+}
+
+std::string PortStatusText(const ProjectConfig& config) {
+  const ProjectConfig standard;
+  const auto entry = [](const auto& list, uint8_t index, uint8_t other) {
+    return list[index < list.size() ? index : other];
+  };
+  const char parity = config.parity_index == 1 ? 'E' : config.parity_index == 2 ? 'O' : 'N';
+  return Format("%s %s %s %c %s", config.port_name.c_str(),
+                entry(kBaudRates, config.baud_index, standard.baud_index),
+                entry(kDataBits, config.data_bits_index, standard.data_bits_index), parity,
+                entry(kStopBits, config.stop_bits_index, standard.stop_bits_index));
+}
+
+int64_t DecimalValue(const std::string& text) {
+  size_t i = text.find_first_not_of(" \t\r\n\v\f");
+  if (i == std::string::npos) return 0;
+  const bool negative = text[i] == '-';
+  if (negative || text[i] == '+') ++i;
+  int64_t value = 0;
+  constexpr int64_t kLargest = int64_t{1} << 40;
+  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
+    value = std::min(kLargest, value * 10 + (text[i] - '0'));
+  }
+  return negative ? -value : value;
+}
+
+bool LoadPortSettings(const SettingsStore& store, ProjectConfig& config) {
+  const std::string key = SettingsKey(kPortSettingsKey);
+  const KeyState state = store.open(key);
+  if (state == KeyState::kUnavailable) return false;
+  if (state == KeyState::kCreated) WritePortDefaults(store, key);
+  ReadPortSettings(store, key, config);
+  return true;
+}
+
+bool SavePortSettings(const SettingsStore& store, const ProjectConfig& config) {
+  const std::string key = SettingsKey(kPortSettingsKey);
+  const KeyState state = store.open(key);
+  if (state == KeyState::kUnavailable) return false;
+  // A key that was not there gets the defaults even now, whatever the dialog held.
+  if (state == KeyState::kCreated) {
+    WritePortDefaults(store, key);
+  } else {
+    WritePortSettings(store, key, config);
+  }
+  return true;
+}
+
+std::optional<Path> FindConfigurationFile(const SettingsStore& store, const Path& folder) {
+  const std::string key = SettingsKey(kConfigurationKey);
+  if (store.open(key) == KeyState::kExisted) {
+    const auto stored = store.read(key, "FileName");
+    if (stored && !stored->empty() && IsEcfFile(PathFromUtf8(*stored))) return PathFromUtf8(*stored);
+  }
+  for (const Path& file : ConfigurationFilesOf(folder)) {
+    if (IsEcfFile(file)) return file;
+  }
+  return std::nullopt;
+}
+
+void SaveConfigurationPaths(const SettingsStore& store, const Path& current, const std::string& entered) {
+  if (!entered.empty()) {
+    const std::string key = SettingsKey(kParserKey);
+    store.open(key);
+    store.write(key, "FileName", entered);
+  }
+  const std::string key = SettingsKey(kConfigurationKey);
+  store.open(key);
+  store.write(key, "FileName", Utf8FromPath(current));
+}
+
+RecentFiles LoadRecentFiles(const SettingsStore& store) {
+  RecentFiles recent;
+  const std::string key = SettingsKey(kRecentlyKey);
+  recent.key_existed = store.open(key) == KeyState::kExisted;
+  if (!recent.key_existed) return recent;
+  for (const SettingRow* row : RowsOf(kRecentlyKey)) {
+    const auto path = store.read(key, row->name);
+    if (path && !path->empty()) recent.paths.push_back(*path);
+  }
+  return recent;
+}
+
+void AddRecentFile(RecentFiles& recent, const std::string& path) {
+  if (path.empty()) return;
+  std::erase_if(recent.paths, [&](const std::string& listed) { return EqualIgnoringCase(listed, path); });
+  recent.paths.insert(recent.paths.begin(), path);
+  if (recent.paths.size() > kRecentFiles) recent.paths.resize(kRecentFiles);
+}
+
+void SaveRecentFiles(const SettingsStore& store, const RecentFiles& recent) {
+  if (!recent.key_existed) return;
+  const std::string key = SettingsKey(kRecentlyKey);
+  store.open(key);
+  size_t position = 0;
+  for (const SettingRow* row : RowsOf(kRecentlyKey)) {
+    store.write(key, row->name, position < recent.paths.size() ? recent.paths[position] : "");
+    ++position;
+  }
+}
+
+std::string RecentFileItem(const RecentFiles& recent, size_t position) {
+  return Format("&%d %s", static_cast<int>(position + 1), recent.paths.at(position).c_str());
+}
+
+bool EqualIgnoringCase(const std::string& left, const std::string& right) {
+  return SmallLetters(left) == SmallLetters(right);
+}
+
+EditorColorTable DefaultColors() {
+  EditorColorTable colors{};
+  const auto rows = RowsOf(kColorKey);
+  for (size_t i = 0; i < colors.size(); ++i)
+    colors[i] = static_cast<uint32_t>(DecimalValue(rows[i]->standard));
+  return colors;
+}
+
+EditorColorTable LoadColors(const SettingsStore& store) {
+  EditorColorTable colors = DefaultColors();
+  const std::string key = SettingsKey(kColorKey);
+  if (store.open(key) != KeyState::kExisted) return colors;
+  const auto rows = RowsOf(kColorKey);
+  for (size_t i = 0; i < colors.size(); ++i) {
+    const auto text = store.read(key, rows[i]->name);
+    const int64_t value = text ? DecimalValue(*text) : -1;
+    if (value >= 0 && value <= 0xFFFFFF) colors[i] = static_cast<uint32_t>(value);
+  }
+  return colors;
+}
+
+void SaveColors(const SettingsStore& store, const EditorColorTable& colors) {
+  const std::string key = SettingsKey(kColorKey);
+  store.open(key);
+  const auto rows = RowsOf(kColorKey);
+  for (size_t i = 0; i < colors.size(); ++i) store.write(key, rows[i]->name, std::to_string(colors[i]));
+}
+
+void LoadDefaultRecords(const SettingsStore& store, DefaultRecords& records) {
+  const std::string key = SettingsKey(kDefaultsKey);
+  if (store.open(key) != KeyState::kExisted) return;
+  for (const DefaultField& field : kDefaultFields) {
+    const auto text = store.read(key, field.name);
+    if (!text || text->empty()) continue;
+    const int64_t value = DecimalValue(*text);
+    if (value >= 0 && value <= field.highest) field.set(records, static_cast<uint32_t>(value));
+  }
+}
+
+void SaveDefaultRecords(const SettingsStore& store, const DefaultRecords& records) {
+  const std::string key = SettingsKey(kDefaultsKey);
+  store.open(key);
+  for (const DefaultField& field : kDefaultFields)
+    store.write(key, field.name, std::to_string(field.get(records)));
+}
+
+namespace {
+
+constexpr int kLongest = 32767;  // what a window coordinate can be
+constexpr size_t kMostColumns = 16;
+
+// Nothing when one of them makes no sense.
+std::vector<int> WidthsOf(const std::string& text) {
+  std::vector<int> widths;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    const int64_t width = DecimalValue(word);
+    if (width < 0 || width > kLongest || widths.size() == kMostColumns) return {};
+    widths.push_back(static_cast<int>(width));
+  }
+  return widths;
+}
+
+std::string TextOf(const std::vector<int>& widths) {
+  std::string text;
+  for (const int width : widths) text += (text.empty() ? "" : " ") + std::to_string(width);
+  return text;
+}
+
+constexpr size_t kFirstColumnRow = 5;  // of the rows of the subkey
+
+}  // namespace
+
+WindowSettings LoadWindowSettings(const SettingsStore& store) {
+  WindowSettings window;
+  const std::string key = SettingsKey(kWindowKey);
+  if (store.open(key) != KeyState::kExisted) return window;
+  const auto rows = RowsOf(kWindowKey);
+  const auto number = [&](size_t row, int64_t lowest) -> std::optional<int> {
+    const auto text = store.read(key, rows[row]->name);
+    if (!text || text->empty()) return std::nullopt;
+    const int64_t value = DecimalValue(*text);
+    if (value < lowest || value > kLongest) return std::nullopt;
+    return static_cast<int>(value);
+  };
+  const auto left = number(0, -kLongest), top = number(1, -kLongest), width = number(2, 1),
+             height = number(3, 1);
+  if (left && top && width && height) {
+    window.left = *left;
+    window.top = *top;
+    window.width = *width;
+    window.height = *height;
+  }
+  if (const auto split = number(4, 1)) window.split = *split;
+  for (size_t i = 0; i < window.columns.size(); ++i) {
+    if (const auto text = store.read(key, rows[kFirstColumnRow + i]->name))
+      window.columns[i] = WidthsOf(*text);
+  }
+  return window;
+}
+
+void SaveWindowSettings(const SettingsStore& store, const WindowSettings& window) {
+  const std::string key = SettingsKey(kWindowKey);
+  store.open(key);
+  const auto rows = RowsOf(kWindowKey);
+  if (window.width > 0) {
+    const int numbers[] = {window.left, window.top, window.width, window.height};
+    for (size_t i = 0; i < std::size(numbers); ++i)
+      store.write(key, rows[i]->name, std::to_string(numbers[i]));
+  }
+  store.write(key, rows[kFirstColumnRow - 1]->name, std::to_string(window.split));
+  for (size_t i = 0; i < window.columns.size(); ++i) {
+    if (!window.columns[i].empty())
+      store.write(key, rows[kFirstColumnRow + i]->name, TextOf(window.columns[i]));
+  }
+}
+
+}  // namespace vexa

@@ -1,0 +1,119 @@
+// What the program remembers of its user between runs, and where.
+//
+// Every value stands once in the settings table: its subkey, its name, whether it is a number, its default.
+// Values are strings; numbers are decimal text. Each subkey hangs below a key that names the version, so that
+// settings of another version never mix. What cannot be read keeps its default, what cannot be written is
+// lost, both silently.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "config/project_config.h"
+#include "core/database.h"
+#include "core/view_model.h"
+#include "platform/settings_store.h"
+
+namespace vexa {
+
+// The program's identity.
+inline constexpr const char* kProjectId = "VEXA";
+inline constexpr int kVersionMajor = 1, kVersionMinor = 0, kVersionBuild = 0;
+
+// Full key of a subkey, relative to the current user.
+std::string SettingsKey(const char* subkey);
+
+// Subkeys.
+inline constexpr const char* kConfigurationKey = "Configuration";
+inline constexpr const char* kParserKey = "Parser";
+inline constexpr const char* kPortSettingsKey = "PortSettings";
+inline constexpr const char* kColorKey = "Color";
+inline constexpr const char* kRecentlyKey = "Recently";
+inline constexpr const char* kDefaultsKey = "Defaults";
+inline constexpr const char* kWindowKey = "Window";
+
+struct SettingRow {
+  const char* subkey;
+  const char* name;
+  bool is_number;
+  const char* standard;  // the default; nullptr: none
+};
+std::span<const SettingRow> SettingsTable();
+
+// Serial setting lists; a stored index is a place in them.
+inline constexpr std::array kBaudRates = {"110",   "300",   "600",   "1200",  "2400",  "4800",  "9600",
+                                          "14400", "19200", "38400", "56000", "57600", "115200"};
+inline constexpr std::array kDataBits = {"4", "5", "6", "7", "8"};
+inline constexpr std::array kParities = {"None", "Even", "Odd", "Mark", "Space"};
+inline constexpr std::array kStopBits = {"1", "1.5", "2"};
+inline constexpr std::array kPortNames = {"COM1", "COM2", "COM3", "COM4"};
+
+// "COM1 115200 8 N 1", the console's status line. An index beyond its list shows as the list's default.
+std::string PortStatusText(const ProjectConfig& config);
+
+// Text to integer: blanks, a sign, digits; 0 for anything else. Saturates.
+int64_t DecimalValue(const std::string& text);
+
+// At the start: a new key gets the defaults, an old one is read into `config` (an index beyond its list
+// counts as not readable). False when the key can neither be opened nor created.
+bool LoadPortSettings(const SettingsStore& store, ProjectConfig& config);
+// When the configuration dialog has closed: an old key gets the values of `config`, a new one the defaults.
+bool SavePortSettings(const SettingsStore& store, const ProjectConfig& config);
+
+// The configuration file: the stored path when it is a configuration file, else the first "*.ecf" of `folder`
+// that is one, in name order without regard to case. Silent. Nothing: the user must choose.
+std::optional<Path> FindConfigurationFile(const SettingsStore& store, const Path& folder);
+// `entered` is what the configuration dialog's edit last held, UTF-8; empty: the dialog was not used.
+void SaveConfigurationPaths(const SettingsStore& store, const Path& current, const std::string& entered);
+
+inline constexpr size_t kRecentFiles = 4;
+
+struct RecentFiles {
+  std::vector<std::string> paths;  // UTF-8, newest first
+  bool key_existed = false;        // before this run: only then they are written
+};
+RecentFiles LoadRecentFiles(const SettingsStore& store);
+// Puts the path on top; one that is listed already (case ignored) moves there.
+void AddRecentFile(RecentFiles& recent, const std::string& path);
+void SaveRecentFiles(const SettingsStore& store, const RecentFiles& recent);
+// The menu item "&1 path"; `position` from 0.
+std::string RecentFileItem(const RecentFiles& recent, size_t position);
+bool EqualIgnoringCase(const std::string& left, const std::string& right);
+
+// Colours of the database editor as 0x00BBGGRR.
+enum EditorColor : size_t {
+  kActiveSatellite,
+  kInactiveSatellite,
+  kActiveCarrier,
+  kInactiveCarrier,
+  kTvService,
+  kRadioService,
+  kActiveFavourite,
+  kInactiveFavourite,
+  kEditorColors,
+};
+using EditorColorTable = std::array<uint32_t, kEditorColors>;
+EditorColorTable DefaultColors();
+EditorColorTable LoadColors(const SettingsStore& store);
+void SaveColors(const SettingsStore& store, const EditorColorTable& colors);
+
+// The records that new ones start from. A stored value that its field cannot hold counts as not readable.
+void LoadDefaultRecords(const SettingsStore& store, DefaultRecords& records);
+void SaveDefaultRecords(const SettingsStore& store, const DefaultRecords& records);
+
+// What the windows looked like. Lengths of a database window are kept at 96 dots an inch.
+struct WindowSettings {
+  // The frame's place while it is not maximised, in screen coordinates; a width of 0: none is known.
+  int left = 0, top = 0, width = 0, height = 0;
+  int split = 280;                                    // width of the tree
+  std::array<std::vector<int>, kColumnSets> columns;  // widths, by ColumnSet; empty: the standard ones
+};
+// A value that makes no sense counts as not readable: lengths below 1 or above 32767, a place beyond +-32767.
+WindowSettings LoadWindowSettings(const SettingsStore& store);
+void SaveWindowSettings(const SettingsStore& store, const WindowSettings& window);
+
+}  // namespace vexa

@@ -1,0 +1,390 @@
+#include "config/ecf.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/ecf_maker.h"
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr const char* kDamaged = "Invalid Configuration file.";
+
+struct EcfTest : testing::Test {
+  Recorder recorder;
+  Path path = recorder.context.temporary_folder / "test.ecf";
+  ProjectConfig config;
+
+  bool Load(const Bytes& file) {
+    PutFile(path, file);
+    return InitConfig(recorder.context, path, config);
+  }
+  bool Load(const EcfConfigurationSpec& configuration) {
+    return Load(MakeEcf({{0x1A, {{.configurations = {configuration}}}}}));
+  }
+};
+
+EcfConfigurationSpec FullConfiguration(const std::string& name) {
+  EcfConfigurationSpec spec;
+  spec.name = name;
+  spec.version_a = 3;
+  spec.version_b = 4;
+  spec.regions = {{"ADB", 3, 0x1000, 0x2000}, {"SDB", 4, 5, 0xFFFFFFFF}};
+  spec.partitions = {{0, 0, 0, 0, 16, 100}, {2, 1, 1, 12, 200, 60}};
+  spec.languages = {{"LG", 1, {7, 8}}, {"LG", 0, {9}}};
+  spec.extra_flag = 1;
+  const uint8_t loader[8] = {0xF1, 0xEE, 0xF2, 0xEE, 64, 0, 0, 4};
+  std::copy(std::begin(loader), std::end(loader), std::begin(spec.loader));
+  return spec;
+}
+
+Bytes FullFile() {
+  const EcfConfigurationSpec plain{.name = "plain"};
+  return MakeEcf({{0x0A, {{.name = "other", .configurations = {plain}}}},
+                  {0x2B,
+                   {{.name = "first", .byte = 1, .configurations = {plain, plain}},
+                    {.name = "second",
+                     .byte = 9,
+                     .variant = 2,
+                     .first_records = 2,
+                     .second_records = 1,
+                     .configurations = {plain, FullConfiguration("full"), plain}},
+                    {.name = "third"}}}});
+}
+
+TEST_F(EcfTest, LoadsEverythingOfTheChosenConfiguration) {
+  config.manufacturer_index = 1;
+  config.product_index = 1;
+  config.configuration_index = 1;
+  ASSERT_TRUE(Load(FullFile()));
+  EXPECT_EQ(config.manufacturer_id, 0x2B);
+  EXPECT_EQ(config.product_name, "second");
+  EXPECT_EQ(config.product_byte, 9);
+  EXPECT_EQ(config.database_variant, 2);
+  EXPECT_EQ(config.product_table_count, 3);
+  EXPECT_EQ(config.configuration_name, "full");
+  EXPECT_TRUE(config.configuration_found);
+  EXPECT_EQ(config.version_a, 3);
+  EXPECT_EQ(config.version_b, 4);
+  ASSERT_EQ(config.regions.size(), 2u);
+  EXPECT_EQ(config.regions[0].name, "ADB");
+  EXPECT_EQ(config.regions[0].type, 3);
+  EXPECT_EQ(config.regions[0].end, 0x2000u);
+  EXPECT_EQ(config.regions[1].start, 5u);
+  EXPECT_EQ(config.loader.byte0, 0xF1);
+  EXPECT_EQ(config.loader.byte2, 0xF2);
+  EXPECT_EQ(config.loader.word4, 64);
+  EXPECT_EQ(config.loader.word6, 1024);
+  ASSERT_EQ(config.partitions.size(), 2u);
+  EXPECT_EQ(config.partitions[1].number, 2);
+  EXPECT_EQ(config.partitions[1].end, 264u);
+  EXPECT_EQ(config.partition_sizes[0], 100u);
+  EXPECT_EQ(config.partition_sizes[2], 64u);
+  EXPECT_TRUE(config.partitions_loaded);
+  EXPECT_EQ(config.extra[0], 1);
+  EXPECT_EQ(config.extra[7], 8);
+  ASSERT_EQ(config.first_languages.records.size(), 2u);
+  EXPECT_EQ(config.first_languages.records[1][35], 8);
+  EXPECT_EQ(config.first_languages.header[5], 0xEE);
+  ASSERT_EQ(config.second_languages.records.size(), 1u);
+  ASSERT_EQ(config.product_table.size(), 3u);
+  for (uint8_t i = 0; i < 3; ++i) EXPECT_EQ(config.product_table[i][19], i + 1);
+  EXPECT_TRUE(recorder.shown.empty());
+}
+
+TEST_F(EcfTest, EachLoadStartsFromNothingAndKeepsTheUsersChoices) {
+  config.manufacturer_index = config.product_index = config.configuration_index = 1;
+  ASSERT_TRUE(Load(FullFile()));
+  config.manufacturer_index = config.product_index = config.configuration_index = 0;
+  config.software_major = 7;
+  config.port_name = "COM3";
+  ASSERT_TRUE(Load(FullFile()));
+  EXPECT_EQ(config.configuration_name, "plain");
+  EXPECT_TRUE(config.regions.empty());
+  EXPECT_TRUE(config.partitions.empty());
+  EXPECT_EQ(config.partition_sizes, decltype(config.partition_sizes){});
+  EXPECT_EQ(config.extra, decltype(config.extra){});
+  EXPECT_TRUE(config.first_languages.records.empty());
+  EXPECT_TRUE(config.product_table.empty());
+  EXPECT_EQ(config.loader.word4, 0);
+  EXPECT_FALSE(config.partitions_loaded);
+  EXPECT_EQ(config.software_major, 7);
+  EXPECT_EQ(config.port_name, "COM3");
+}
+
+TEST_F(EcfTest, IndicesBeyondTheCountsLoadTheLevelsAbove) {
+  struct {
+    uint8_t m, p, c;
+    uint8_t id;
+    const char* product;
+    const char* configuration;
+    bool found;
+  } const rows[] = {
+      {2, 0, 0, 0, "", "", false},
+      {1, 3, 0, 0x2B, "", "", false},
+      {1, 2, 0, 0x2B, "third", "", false},
+      {1, 0, 2, 0x2B, "first", "", false},
+      {1, 0, 1, 0x2B, "first", "plain", true},
+  };
+  for (const auto& row : rows) {
+    config = {};
+    config.manufacturer_index = row.m;
+    config.product_index = row.p;
+    config.configuration_index = row.c;
+    ASSERT_TRUE(Load(FullFile()));
+    EXPECT_EQ(config.manufacturer_id, row.id);
+    EXPECT_EQ(config.product_name, row.product);
+    EXPECT_EQ(config.configuration_name, row.configuration);
+    EXPECT_EQ(config.configuration_found, row.found);
+  }
+  ASSERT_TRUE(Load(MakeEcf({})));
+  EXPECT_EQ(config.manufacturer_id, 0);
+}
+
+TEST_F(EcfTest, BitmapsAreRoundedUpWithAnExtraWord) {
+  struct {
+    uint8_t bits;
+    uint32_t added;
+  } const rows[] = {{0, 4}, {1, 4}, {12, 4}, {24, 4}, {25, 8}, {32, 8}, {40, 8}, {64, 12}, {255, 36}};
+  for (const auto& row : rows) {
+    ASSERT_TRUE(Load(EcfConfigurationSpec{.partitions = {{4, 0, 1, row.bits, 1000, 50}}}));
+    EXPECT_EQ(config.partitions.at(0).end, 1050 + row.added) << int{row.bits};
+    EXPECT_EQ(config.partition_sizes[4], 50 + row.added);
+  }
+  ASSERT_TRUE(Load(EcfConfigurationSpec{.partitions = {{4, 0, 0, 32, 1000, 50}}}));
+  EXPECT_EQ(config.partition_sizes[4], 50u);
+}
+
+TEST_F(EcfTest, PartitionSizesFollowTheConfigurationsOwnCount) {
+  EcfConfigurationSpec spec;
+  for (uint8_t i = 0; i < 8; ++i) spec.partitions.push_back({i, i, 0, 0, 0, 10u + i});
+  spec.partition_flag = 2;
+  ASSERT_TRUE(Load(spec));
+  EXPECT_EQ(config.partitions.size(), 6u);
+  EXPECT_EQ(config.partition_sizes, (std::array<uint32_t, 7>{10, 11}));
+  spec.partition_flag = 8;
+  spec.partitions[1].type = 7;  // beyond the table, kept in the list
+  spec.partitions[2].number_less_one = 255;
+  ASSERT_TRUE(Load(spec));
+  EXPECT_EQ(config.partition_sizes, (std::array<uint32_t, 7>{10, 0, 12, 13, 14, 15, 0}));
+  EXPECT_EQ(config.partitions[1].type, 7);
+  EXPECT_EQ(config.partitions[2].number, 0);
+}
+
+TEST_F(EcfTest, TheImageFlagOnlySaysThatThereIsABlock) {
+  EcfConfigurationSpec spec{.regions = {{"A", 3, 0, 1}, {"B", 3, 0, 2}}};
+  spec.image_flag = 9;
+  ASSERT_TRUE(Load(spec));
+  EXPECT_EQ(config.regions.size(), 2u);
+  EXPECT_EQ(config.image_entry_count, 9);
+  spec.regions.clear();  // then no loader parameters follow
+  spec.partitions = {{0, 0, 0, 0, 0, 77}};
+  ASSERT_TRUE(Load(spec));
+  EXPECT_EQ(config.partition_sizes[0], 77u);
+}
+
+TEST_F(EcfTest, ProductTableGroups) {
+  struct {
+    uint8_t first, second;
+  } const rows[] = {{0, 0}, {1, 0}, {3, 2}, {0, 4}, {200, 55}};
+  for (const auto& row : rows) {
+    EcfProductSpec product{.first_records = row.first, .second_records = row.second};
+    product.configurations = {{}};
+    ASSERT_TRUE(Load(MakeEcf({{1, {product, {}}}})));
+    ASSERT_EQ(config.product_table.size(), size_t{row.first} + row.second);
+    for (size_t i = 0; i < config.product_table.size(); ++i) {
+      EXPECT_EQ(config.product_table[i][0], static_cast<uint8_t>(i + 1));
+      EXPECT_EQ(config.product_table[i][19], static_cast<uint8_t>(i + 1));
+    }
+  }
+}
+
+TEST_F(EcfTest, TheLastLanguageBlockOfAKindWins) {
+  ASSERT_TRUE(Load(EcfConfigurationSpec{
+      .languages = {{"LG", 9, {1, 2}}, {"LG", 0, {3}}, {"LG", 1, {}}, {"LG", 0, {4, 5}}}}));
+  EXPECT_TRUE(config.first_languages.records.empty());
+  EXPECT_EQ(config.first_languages.header[0], 'L');
+  ASSERT_EQ(config.second_languages.records.size(), 2u);
+  EXPECT_EQ(config.second_languages.records[0][0], 4);
+}
+
+TEST_F(EcfTest, MessagesOfAFailedLoadAndTheOldConfigurationStays) {
+  ASSERT_TRUE(Load(FullConfiguration("old")));
+  EXPECT_FALSE(InitConfig(recorder.context, path.string() + "none", config));
+  EXPECT_EQ(recorder.Texts(), Texts{"File access error - UpdateConfig"});
+  struct {
+    Bytes file;
+    const char* text;
+  } const rows[] = {
+      {{}, "Magic Id mismatch - InitConfig"},
+      {BytesOf("Qy" + std::string(30, '\0')), "Magic Id mismatch - InitConfig"},
+      {BytesOf("Qx" + std::string(21, '\0')), kDamaged},
+      {MakeEcf({{1, {{.configurations = {{.languages = {{"LG", 1, {1}}, {"LH", 1, {}}}}}}}}}),
+       "Language block name mismatch - InitConfig"},
+      {MakeEcf({{1, {{.configurations = {{.languages = {{"LGX", 1, {}}}}}}}}}),
+       "Language block name mismatch - InitConfig"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_FALSE(Load(row.file));
+    ASSERT_EQ(recorder.shown.size(), 1u);
+    EXPECT_EQ(recorder.shown[0].icon, Icon::kStop);
+    EXPECT_EQ(recorder.Texts(), Texts{row.text});
+    EXPECT_EQ(config.configuration_name, "old");
+    EXPECT_EQ(config.regions.size(), 2u);
+  }
+}
+
+// Where the offsets of the full file stand, found by following them.
+uint32_t WordOf(const Bytes& file, size_t at) {
+  return ByteReader(std::span(file).subspan(at, 4)).U32();
+}
+void SetWord(Bytes& file, size_t at, uint32_t value) {
+  for (size_t i = 0; i < 4; ++i) file[at + i] = static_cast<uint8_t>(value >> 8 * i);
+}
+
+TEST_F(EcfTest, OffsetsMustMoveForwardWhenSomethingIsReadThroughThem) {
+  const Bytes whole = FullFile();
+  const size_t first_manufacturer = 24 + 4, second = WordOf(whole, first_manufacturer);
+  const size_t product1 = second + 8, product2 = WordOf(whole, product1 + 44),
+               product3 = WordOf(whole, product2 + 44);
+  const size_t configuration1 = product2 + 48, configuration2 = WordOf(whole, configuration1 + 144);
+  const size_t configuration3 = WordOf(whole, configuration2 + 144);
+  struct {
+    const char* what;
+    size_t at;
+    bool load, list;
+  } const rows[] = {
+      {"manufacturer", first_manufacturer, false, false},
+      {"last manufacturer", second + 4, true, true},
+      {"product", product1 + 44, false, false},
+      {"product with the table", product2 + 44, false, false},
+      {"last product", product3 + 44, true, true},
+      {"configuration", configuration1 + 144, false, false},
+      {"configuration before the last", configuration2 + 144, false, false},
+      {"last configuration", configuration3 + 144, true, true},
+  };
+  for (const auto& row : rows) {
+    for (const uint32_t value :
+         {0u, 24u, static_cast<uint32_t>(row.at), static_cast<uint32_t>(whole.size() + 1), ~0u}) {
+      Bytes file = whole;
+      SetWord(file, row.at, value);
+      config = {};
+      config.manufacturer_index = config.product_index = config.configuration_index = 1;
+      EXPECT_EQ(Load(file), row.load) << row.what << " " << value;
+      EXPECT_EQ(recorder.Texts(), row.load ? Texts{} : Texts{kDamaged}) << row.what;
+      EXPECT_EQ(ReadEcfTree(recorder.context, path).has_value(), row.list) << row.what << " " << value;
+      EXPECT_EQ(recorder.Texts(), row.list ? Texts{} : Texts{kDamaged}) << row.what;
+    }
+  }
+}
+
+TEST_F(EcfTest, EveryCutIsAMessageAndKeepsTheConfiguration) {
+  const Bytes whole =
+      MakeEcf({{1, {{.first_records = 1, .second_records = 1, .configurations = {FullConfiguration("x")}}}}});
+  for (size_t size = 24; size < whole.size(); ++size) {
+    config = {};
+    EXPECT_FALSE(Load(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)))) << size;
+    EXPECT_EQ(recorder.Texts(), Texts{kDamaged}) << size;
+    EXPECT_TRUE(config.product_name.empty());
+  }
+  EXPECT_TRUE(Load(whole));
+}
+
+TEST_F(EcfTest, EveryMutatedByteEndsWellOrWithOneMessage) {
+  const Bytes whole = FullFile();
+  for (size_t at = 2; at < whole.size(); ++at) {
+    for (const uint8_t value : {uint8_t{0}, uint8_t{0x7F}, uint8_t{0xFF}}) {
+      Bytes file = whole;
+      file[at] = value;
+      config = {};
+      config.manufacturer_index = config.product_index = config.configuration_index = 1;
+      const bool loaded = Load(file);
+      const Texts texts = recorder.Texts();
+      EXPECT_EQ(texts.size(), loaded ? 0u : 1u) << at;
+      ReadEcfTree(recorder.context, path);
+      IsConfigurationAvailable(recorder.context, path, 1, {true, true, true});
+      recorder.Texts();
+    }
+  }
+}
+
+TEST_F(EcfTest, AProductTableMustFitItsProduct) {
+  for (const bool more_second : {false, true}) {
+    Bytes file = MakeEcf({{1, {{.first_records = 1, .second_records = 1, .configurations = {{}}}}}});
+    file[32 + (more_second ? 42 : 39)] = more_second ? 3 : 200;
+    EXPECT_FALSE(Load(file));
+    EXPECT_EQ(recorder.Texts(), Texts{kDamaged});
+  }
+}
+
+TEST_F(EcfTest, ManyHeadersThatOverlapEndSoon) {
+  // Every next offset is one byte further: without a forward walk, a quarter of a billion steps.
+  Bytes file(60000, 0xFF);
+  file[0] = 'Q';
+  file[1] = 'x';
+  for (size_t at = 24; at + 4 <= file.size(); at += 4) SetWord(file, at, static_cast<uint32_t>(at + 1));
+  config.manufacturer_index = 255;
+  EXPECT_FALSE(Load(file));
+  EXPECT_FALSE(ReadEcfTree(recorder.context, path));
+  EXPECT_FALSE(IsConfigurationAvailable(recorder.context, path, 255, {true, true, true}));
+}
+
+TEST_F(EcfTest, TreeListsEverything) {
+  PutFile(path, FullFile());
+  const auto tree = ReadEcfTree(recorder.context, path);
+  ASSERT_TRUE(tree);
+  ASSERT_EQ(tree->manufacturers.size(), 2u);
+  EXPECT_EQ(tree->manufacturers[0].id, 0x0A);
+  ASSERT_EQ(tree->manufacturers[1].products.size(), 3u);
+  const EcfProduct& product = tree->manufacturers[1].products[1];
+  EXPECT_EQ(product.name, "second");
+  EXPECT_EQ(product.database_variant, 2);
+  ASSERT_EQ(product.configurations.size(), 3u);
+  const EcfConfiguration* full = FindConfiguration(*tree, 1, 1, 1);
+  ASSERT_TRUE(full);
+  EXPECT_EQ(full->region_names, (Texts{"ADB", "SDB"}));
+  EXPECT_TRUE(full->has_images && full->has_partitions && full->has_extra);
+  EXPECT_FALSE(product.configurations[2].has_images || product.configurations[2].has_extra);
+  EXPECT_FALSE(FindConfiguration(*tree, 2, 0, 0) || FindConfiguration(*tree, 1, 3, 0) ||
+               FindConfiguration(*tree, 1, 1, 3));
+  EXPECT_FALSE(ReadEcfTree(recorder.context, path / "none"));
+  EXPECT_EQ(recorder.Texts(), Texts{"File access error - AddConfigurationListToComboBox"});
+  PutFile(path, BytesOf("MZ"));
+  EXPECT_FALSE(ReadEcfTree(recorder.context, path));
+  EXPECT_EQ(recorder.Texts(), Texts{"Config magic id mismatch - AddConfigurationListToComboBox"});
+}
+
+TEST_F(EcfTest, AvailabilityLooksAtEveryManufacturer) {
+  const EcfConfigurationSpec images{.regions = {{"A", 3, 0, 1}}};
+  EcfConfigurationSpec both = images;
+  both.partitions = {{0, 0, 0, 0, 0, 1}};
+  PutFile(path, MakeEcf({{1, {{.configurations = {images}}, {.configurations = {{}}}}},
+                         {2, {{.configurations = {{}, both}}, {}, {.configurations = {both}}}}}));
+  struct {
+    uint8_t product;
+    Facilities needs;
+    bool available;
+  } const rows[] = {
+      {0, {true, false, false}, true},
+      {0, {true, true, false}, true},  // of the second maker, second configuration
+      {0, {true, true, true}, false},
+      {1, {true, false, false}, false},
+      {1, {}, true},
+      {2, {false, true, false}, true},
+      {3, {}, false},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(IsConfigurationAvailable(recorder.context, path, row.product, row.needs), row.available)
+        << int{row.product};
+  }
+  EXPECT_FALSE(IsConfigurationAvailable(recorder.context, path / "none", 0, {}));
+  EXPECT_TRUE(recorder.Texts().empty());
+  PutFile(path, BytesOf("QX.........................."));
+  EXPECT_FALSE(IsConfigurationAvailable(recorder.context, path, 0, {}));
+  EXPECT_EQ(recorder.Texts(), Texts{"Config magic id mismatch - AddConfigurationListToComboBox"});
+}
+
+}  // namespace
+}  // namespace vexa

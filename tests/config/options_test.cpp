@@ -1,0 +1,132 @@
+// Default values and what is kept of the windows.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "config/defaults_form.h"
+#include "config/settings.h"
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(DefaultsForm, WhatWasShownIsStoredUnchanged) {
+  Recorder recorder;
+  DefaultRecords records;
+  records.service.video_pid = 0x1FF;
+  records.satellite.angle = 1305;
+  records.satellite.lnb_index = 7;
+  records.lnb.diseqc_switch = 3;
+  records.lnb.switch_type = kSwitchDiseqc;
+  for (const bool hexadecimal : {false, true}) {
+    DefaultRecords stored = records;
+    EXPECT_FALSE(
+        StoreDefaults(recorder.context.messages, DefaultsFormOf(records, hexadecimal), hexadecimal, stored));
+    EXPECT_EQ(std::memcmp(&stored, &records, sizeof records), 0);
+  }
+  EXPECT_THAT(recorder.Texts(), IsEmpty()) << "an angle of 0 is a default like any other";
+}
+
+TEST(DefaultsForm, TheRulesOfTheRecordsHoldAndNothingIsStoredByHalves) {
+  struct {
+    void (*change)(DefaultsForm&);
+    int field;
+    const char* text;
+  } const rows[] = {
+      {[](DefaultsForm& f) { f.satellite.position = "65"; }, kFieldPosition,
+       "Satellite Position should be less then 64."},
+      {[](DefaultsForm& f) { f.satellite.angle = "361"; }, kFieldAngle, "Satellite angle should be 0 - 360."},
+      {[](DefaultsForm& f) { f.satellite.angle = "1.2.3"; }, kFieldAngle,
+       "Invalid format of satellite angle"},
+      {[](DefaultsForm& f) { f.carrier.frequency = "950"; }, kFieldFrequency,
+       "Carrier frequency should be in the range of 10700 - 12750"},
+      {[](DefaultsForm& f) { f.carrier.symbol_rate = "45001"; }, kFieldSymbolRate,
+       "Carrier symbol rate should be in the range of 1000 - 45000."},
+  };
+  for (const auto& row : rows) {
+    Recorder recorder;
+    DefaultRecords records;
+    DefaultsForm form = DefaultsFormOf(records, false);
+    form.lnb.frequency1 = "5150";
+    row.change(form);
+    const auto refusal = StoreDefaults(recorder.context.messages, form, false, records);
+    ASSERT_TRUE(refusal) << row.text;
+    EXPECT_EQ(refusal->text, row.text);
+    EXPECT_EQ(refusal->field, row.field);
+    EXPECT_EQ(records.lnb.frequency1, 9750u);
+  }
+}
+
+TEST(DefaultsForm, TheCarriersRangeIsThatOfTheLnbInTheForm) {
+  Recorder recorder;
+  DefaultRecords records;
+  DefaultsForm form = DefaultsFormOf(records, false);
+  form.lnb.type = kLnbIfInput;
+  form.carrier.frequency = "950";
+  EXPECT_FALSE(StoreDefaults(recorder.context.messages, form, false, records));
+  EXPECT_EQ(records.carrier.frequency, 950u);
+}
+
+TEST(DefaultsForm, AWrongPidIsReplacedOnlyByAnswer) {
+  for (const bool answer : {false, true}) {
+    Recorder recorder;
+    recorder.answer = answer;
+    DefaultRecords records;
+    records.service.audio_pid = 100;
+    DefaultsForm form = DefaultsFormOf(records, true);
+    form.service.audio_pid = "1F";
+    const auto refusal = StoreDefaults(recorder.context.messages, form, true, records);
+    EXPECT_THAT(recorder.Texts(), ElementsAre("Invalid Audio PID.\nDo you want to update default PID ?"));
+    EXPECT_EQ(refusal.has_value(), !answer);
+    if (refusal) {
+      EXPECT_EQ(refusal->field, kFieldAudioPid);
+    }
+    EXPECT_EQ(records.service.audio_pid, answer ? 8192u : 100u);
+  }
+}
+
+TEST(WindowSettings, AreReadAsTheyWereWritten) {
+  const SettingsStore store = MemorySettingsStore();
+  EXPECT_EQ(LoadWindowSettings(store).width, 0) << "nothing is known at the first start";
+  WindowSettings window;
+  window.left = -1200;
+  window.top = 40;
+  window.width = 900;
+  window.height = 700;
+  window.split = 333;
+  window.columns[static_cast<size_t>(ColumnSet::kServices)] = {44, 0, 150};
+  SaveWindowSettings(store, window);
+  const WindowSettings read = LoadWindowSettings(store);
+  EXPECT_EQ(read.left, -1200);
+  EXPECT_EQ(read.top, 40);
+  EXPECT_EQ(read.width, 900);
+  EXPECT_EQ(read.height, 700);
+  EXPECT_EQ(read.split, 333);
+  EXPECT_EQ(read.columns, window.columns);
+}
+
+TEST(WindowSettings, ValuesWithoutSenseAreNotTaken) {
+  const struct {
+    const char *name, *value;
+  } rows[] = {{"Width", "0"},     {"Height", "-5"},          {"Left", "99999999999"},
+              {"TreeWidth", "0"}, {"LnbColumns", "10 -1 5"}, {"LnbColumns", "40000"}};
+  for (const auto& row : rows) {
+    const SettingsStore store = MemorySettingsStore();
+    WindowSettings good;
+    good.width = good.height = 500;
+    SaveWindowSettings(store, good);
+    store.write(SettingsKey(kWindowKey), row.name, row.value);
+    const WindowSettings read = LoadWindowSettings(store);
+    const bool place = std::string(row.name) != "TreeWidth" && std::string(row.name) != "LnbColumns";
+    EXPECT_EQ(read.width, place ? 0 : 500) << row.name;
+    EXPECT_EQ(read.split, 280) << row.name;
+    EXPECT_THAT(read.columns[static_cast<size_t>(ColumnSet::kLnbs)], IsEmpty()) << row.value;
+  }
+}
+
+}  // namespace
+}  // namespace vexa
