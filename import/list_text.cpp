@@ -1,0 +1,109 @@
+#include "import/list_text.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cstring>
+#include <fstream>
+#include <string>
+#include <system_error>
+
+namespace vexa {
+
+namespace {
+
+char* Append(char* at, std::string_view text) {
+  std::memcpy(at, text.data(), text.size());
+  return at + text.size();
+}
+
+char* Append(char* at, uint32_t number) {
+  return std::to_chars(at, at + 10, number).ptr;
+}
+
+char Lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+}  // namespace
+
+void SetListName(char (&field)[kNameSize], std::string_view name) {
+  const size_t length = std::min<size_t>(name.size(), kNameSize - 1);
+  std::memset(field, 0, kNameSize);
+  std::memcpy(field, name.data(), length);
+  if (const auto* end = static_cast<char*>(std::memchr(field, 0, kNameSize))) {
+    std::memset(field + (end - field), 0, static_cast<size_t>(field + kNameSize - end));
+  }
+}
+
+void SetSatelliteNumberName(char (&field)[kNameSize], uint32_t number) {
+  char text[32];
+  const char* end = Append(Append(text, "Satellite"), number);
+  SetListName(field, std::string_view(text, static_cast<size_t>(end - text)));
+}
+
+void SetCarrierNumberName(char (&field)[kNameSize], uint32_t carrier, uint32_t satellite) {
+  char text[32];
+  const char* end = Append(Append(Append(Append(text, "Carrier"), carrier), "_S"), satellite);
+  SetListName(field, std::string_view(text, static_cast<size_t>(end - text)));
+}
+
+void ServiceIds::Clear() {
+  any_ = false;
+  for (const uint16_t word : used_words_) later_[word] = 0;
+  used_words_.clear();
+}
+
+uint32_t ServiceIds::Unique(uint32_t id) const {
+  id &= 0xFFFF;
+  if (!any_) return id;
+  if (id == first_) id = (id + 1) & 0xFFFF;
+  size_t word = id / 64;
+  uint64_t taken = later_[word] >> (id % 64);
+  // Shifting brought in zeros, which are not numbers of this word.
+  const uint32_t run = static_cast<uint32_t>(std::countr_one(taken));
+  if (run < 64 - id % 64) return id + run;
+  for (size_t i = 0; i < kWords; ++i) {
+    word = (word + 1) % kWords;
+    if (later_[word] != ~uint64_t{0})
+      return static_cast<uint32_t>(word * 64) + static_cast<uint32_t>(std::countr_one(later_[word]));
+  }
+  return id;
+}
+
+void ServiceIds::Add(uint32_t id) {
+  if (!any_) {
+    any_ = true;
+    first_ = id;
+    return;
+  }
+  uint64_t& word = later_[id / 64];
+  if (word == 0) used_words_.push_back(static_cast<uint16_t>(id / 64));
+  word |= uint64_t{1} << (id % 64);
+}
+
+std::optional<std::string> ReadFileStart(const Path& path, size_t count) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) return std::nullopt;
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return std::nullopt;
+  std::string start(count, '\0');
+  file.read(start.data(), static_cast<std::streamsize>(count));
+  start.resize(static_cast<size_t>(file.gcount()));
+  return start;
+}
+
+bool StartsWithIgnoringCase(std::string_view text, std::string_view start) {
+  if (text.size() < start.size()) return false;
+  for (size_t i = 0; i < start.size(); ++i) {
+    if (Lower(text[i]) != Lower(start[i])) return false;
+  }
+  return true;
+}
+
+bool HasExtension(const Path& path, std::string_view extension) {
+  const std::string own = Utf8FromPath(path.extension());
+  return own.size() == extension.size() && StartsWithIgnoringCase(own, extension);
+}
+
+}  // namespace vexa

@@ -1,0 +1,82 @@
+// What the list readers share: numbers as lists write them, names, program numbers unique within a carrier,
+// progress.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/context.h"
+#include "core/records.h"
+
+namespace vexa {
+
+// Leading blanks and a sign are skipped, then digits are taken up to the first other character, modulo 2^32.
+// No digits: 0.
+inline uint32_t DecimalPrefix(std::string_view text) {
+  size_t i = 0;
+  while (i < text.size() && (text[i] == ' ' || (text[i] >= '\t' && text[i] <= '\r'))) ++i;
+  if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
+  uint32_t value = 0;
+  for (; i < text.size(); ++i) {
+    const uint32_t digit = static_cast<uint8_t>(text[i]) - uint32_t{'0'};
+    if (digit > 9) break;
+    value = value * 10 + digit;
+  }
+  return value;
+}
+
+// `name` up to its first NUL, cut to 19 characters, NUL-padded.
+void SetListName(char (&field)[kNameSize], std::string_view name);
+// "Satellite%d"
+void SetSatelliteNumberName(char (&field)[kNameSize], uint32_t number);
+// "Carrier%d_S%d"
+void SetCarrierNumberName(char (&field)[kNameSize], uint32_t carrier, uint32_t satellite);
+
+// The program numbers of the current carrier, in the order in which they were given.
+//
+// A number that is taken is raised by one until it is free. The search for a raised number leaves out the
+// list's first entry, so a raised number may equal the first one; receivers' lists made so far depend on it.
+class ServiceIds {
+ public:
+  void Clear();
+  uint32_t Unique(uint32_t id) const;  // 16 bits; with all 65,536 numbers taken it stays as it is
+  void Add(uint32_t id);
+
+ private:
+  static constexpr size_t kWords = 65536 / 64;
+  bool any_ = false;
+  uint32_t first_ = 0;
+  std::array<uint64_t, kWords> later_{};  // a bit for each number of the list but its first
+  std::vector<uint16_t> used_words_;
+};
+
+// Tells the progress bar how far a reader is, not oftener than it can be seen.
+class ListProgress {
+ public:
+  ListProgress(const Progress& progress, uint64_t total) : progress_(progress) {
+    if (progress_.range) progress_.range(total);
+    if (progress_.position) progress_.position(0);
+  }
+  void Step() {
+    if (++done_ % 256 == 0) End();
+  }
+  void End() const {
+    if (progress_.position) progress_.position(done_);
+  }
+
+ private:
+  const Progress& progress_;
+  uint64_t done_ = 0;
+};
+
+// The first bytes of a file, up to `count`; nothing when it cannot be opened.
+std::optional<std::string> ReadFileStart(const Path& path, size_t count);
+// Case is ignored for A-Z.
+bool StartsWithIgnoringCase(std::string_view text, std::string_view start);
+bool HasExtension(const Path& path, std::string_view extension);  // with its point: ".sdx"
+
+}  // namespace vexa

@@ -1,0 +1,170 @@
+#include "import/merger.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+#include "import/list_text.h"
+
+namespace vexa {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr MergeTexts kSatcodxTexts = {"SatcoDX [ SDX ] File Merger",
+                                      "SatcoDX Files (*.sdx)",
+                                      "Select a SatcoDX file",
+                                      "Save SatcoDX File as",
+                                      "*.sdx",
+                                      ".sdx",
+                                      "No SatcoDX ( SDX ) file found."};
+constexpr MergeTexts kLyngsatTexts = {"Lyngsat [ DAT ] File Merger",
+                                      "Lyngsat Files (*.dat)",
+                                      "Select a Lyngsat file",
+                                      "Save as Lyngsat DAT file",
+                                      "*.dat",
+                                      ".dat",
+                                      "No Lyngsat ( DAT ) file found."};
+constexpr MergeTexts kDvb2000Texts = {"DVB2000 [ DVB ] File Merger",
+                                      "DVB2000 Files (*.dvb)",
+                                      "Select a DVB2000 file",
+                                      "Save DVB2000 File as",
+                                      "*.dvb",
+                                      ".dvb",
+                                      "No DVB2000 ( DVB ) file found."};
+
+bool IsListed(const Merger& merger, const Path& path) {
+  return std::any_of(merger.files.begin(), merger.files.end(),
+                     [&](const Path& listed) { return listed.native() == path.native(); });
+}
+
+std::string LowerName(const Path& path) {
+  std::string name = Utf8FromPath(path.filename());
+  for (char& c : name) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return name;
+}
+
+}  // namespace
+
+const MergeTexts& TextsOf(MergeMode mode) {
+  switch (mode) {
+    case MergeMode::kSatcodx:
+      return kSatcodxTexts;
+    case MergeMode::kLyngsat:
+      return kLyngsatTexts;
+    default:
+      return kDvb2000Texts;
+  }
+}
+
+bool IsSatcodxVersion2Or3(const Path& path) {
+  const std::string start = ReadFileStart(path, 10).value_or("");
+  return start.size() == 10 && StartsWithIgnoringCase(start, "satcodx") && start[8] == '0' &&
+         (start[9] == '2' || start[9] == '3');
+}
+
+bool AddMergeFile(const Context& context, Merger& merger, const Path& path) {
+  if (IsListed(merger, path)) {
+    Tell(context.messages, Icon::kStop, "Duplication of files not allowed.");
+    return false;
+  }
+  if (merger.mode == MergeMode::kSatcodx && !IsSatcodxVersion2Or3(path)) {
+    Tell(context.messages, Icon::kStop,
+         "SatcoDX Merger allows only SatcoDX Protocol Version 2 and 3.\nPlease download latest SatcoDX ( SDX "
+         ") file "
+         "from website");
+    return false;
+  }
+  merger.files.push_back(path);
+  return true;
+}
+
+bool AddMergeFolder(const Context& context, Merger& merger, const Path& folder) {
+  const MergeTexts& texts = TextsOf(merger.mode);
+  std::vector<std::pair<std::string, Path>> found;
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+    std::error_code ignored;
+    const Path name = entry->path().filename();
+    if (HasExtension(name, texts.extension) && !entry->is_directory(ignored))
+      found.emplace_back(LowerName(name), folder / name);
+  }
+  if (found.empty()) {
+    Tell(context.messages, Icon::kStop, "%s", texts.empty_folder);
+    return false;
+  }
+  std::sort(found.begin(), found.end());
+  for (const auto& [name, path] : found) {
+    if (!IsListed(merger, path)) merger.files.push_back(path);
+  }
+  return true;
+}
+
+void RemoveMergeFiles(Merger& merger, const std::vector<size_t>& positions) {
+  std::vector<Path> left;
+  for (size_t i = 0; i < merger.files.size(); ++i) {
+    if (std::find(positions.begin(), positions.end(), i) == positions.end()) left.push_back(merger.files[i]);
+  }
+  merger.files = std::move(left);
+}
+
+size_t MoveMergeFiles(Merger& merger, const std::vector<size_t>& positions, size_t before) {
+  std::vector<Path> moved, left;
+  size_t place = 0;
+  for (size_t i = 0; i < merger.files.size(); ++i) {
+    const bool moves = std::find(positions.begin(), positions.end(), i) != positions.end();
+    (moves ? moved : left).push_back(merger.files[i]);
+    if (!moves && i < before) place = left.size();
+  }
+  left.insert(left.begin() + static_cast<std::ptrdiff_t>(place), moved.begin(), moved.end());
+  merger.files = std::move(left);
+  return place;
+}
+
+bool CanMerge(const Context& context, const Merger& merger) {
+  if (merger.files.size() >= 2) return true;
+  Tell(context.messages, Icon::kWarning, "Select atleast two files.");
+  return false;
+}
+
+bool CanMergeInto(const Context& context, const Merger& merger, const Path& output) {
+  for (const Path& path : merger.files) {
+    std::error_code error;
+    if (path.native() != output.native() && !fs::equivalent(path, output, error)) continue;
+    Tell(context.messages, Icon::kStop, "The merged file cannot be one of the selected files.");
+    return false;
+  }
+  return true;
+}
+
+Bytes MergedContent(const Merger& merger) {
+  Bytes merged;
+  for (const Path& path : merger.files) {
+    const Bytes content = ReadWholeFile(path).value_or(Bytes{});
+    merged.insert(merged.end(), content.begin(), content.end());
+  }
+  return merged;
+}
+
+bool WriteMerged(const Context& context, const Merger& merger, const Path& output) {
+  const Progress& progress = context.progress;
+  if (progress.range) progress.range(merger.files.size());
+  const auto produce = [&](const PieceWriter& write) {
+    for (size_t i = 0; i < merger.files.size(); ++i) {
+      if (!write(ReadWholeFile(merger.files[i]).value_or(Bytes{}))) return false;
+      if (progress.position) progress.position(i + 1);
+    }
+    return true;
+  };
+  return WriteWholeFileBy(output, produce, *context.files) == WriteResult::kDone;
+}
+
+void TellMerged(const Context& context, const Path& output) {
+  Tell(context.messages, Icon::kInformation, "%s \n file is generated successfully.",
+       Utf8FromPath(output).c_str());
+}
+
+}  // namespace vexa

@@ -1,0 +1,257 @@
+#include "import/satcodx.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "import/list_text.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr size_t kReadLength = 127;
+constexpr char kUnderscores[] = "__________________";
+
+struct Column {
+  size_t offset, width;
+};
+constexpr Column kVersion{8, 2}, kSatelliteNameA{10, 18}, kSatelliteNameB{115, 12}, kFrequency{33, 6},
+    kPolarization{42, 1}, kServiceName{43, 8}, kPosition{51, 4}, kSymbolRate{69, 5}, kVideoPid{75, 4},
+    kAudioPid{79, 4}, kPcrPid{83, 4}, kProgramNumber{87, 5}, kAccess{111, 4}, kNameRest{115, 12};
+constexpr size_t kType = 28, kFec = 74;
+
+// One record's text: always kReadLength bytes, so that no column lies outside.
+using Record = std::string_view;
+
+// Columns are template arguments: each is read with its own fixed width, which is what makes long lists
+// quick.
+template <Column kColumn>
+std::string_view Text(Record record) {
+  return {record.data() + kColumn.offset, kColumn.width};
+}
+
+template <Column kColumn>
+uint32_t Number(Record record) {
+  uint32_t value = 0;
+  for (size_t i = 0; i < kColumn.width; ++i) {
+    const uint32_t digit = static_cast<uint8_t>(record[kColumn.offset + i]) - uint32_t{'0'};
+    if (digit > 9) return DecimalPrefix(Text<kColumn>(record));
+    value = value * 10 + digit;
+  }
+  return value;
+}
+
+template <Column kColumn>
+bool IsEmpty(Record record) {
+  return std::memcmp(record.data() + kColumn.offset, kUnderscores, kColumn.width) == 0;
+}
+
+template <Column kColumn>
+uint32_t Pid(Record record) {
+  return IsEmpty<kColumn>(record) ? kNoPid : Number<kColumn>(record) & 0x3FFF;
+}
+
+struct Reader {
+  WorkFiles& work;
+  bool layout_a;
+  const WorkSatellite new_satellite;
+  const WorkCarrier new_carrier;
+  const WorkService new_service;
+  uint32_t carriers_of_satellite = 0;
+  WorkService previous_service{};  // of the current carrier
+  ServiceIds ids;
+};
+
+uint32_t Count(size_t size) {
+  return static_cast<uint32_t>(size);
+}
+
+template <Column kColumn>
+void NameSatellite(const Reader& reader, Record record, WorkSatellite& satellite) {
+  if (IsEmpty<kColumn>(record)) {
+    SetSatelliteNumberName(satellite.name, Count(reader.work.satellites.size()));
+  } else {
+    std::memcpy(satellite.name, record.data() + kColumn.offset, kColumn.width);
+  }
+}
+
+// Adjacent records belong to one satellite by their position; only records without one are told apart by
+// name.
+void TakeSatellite(Reader& reader, Record record) {
+  auto& satellites = reader.work.satellites;
+  const uint32_t position = Number<kPosition>(record) & 0xFFF;
+  const WorkSatellite* last = satellites.empty() ? nullptr : &satellites.back();
+  if (last && position != 0 && position == last->angle) return;
+  WorkSatellite satellite = reader.new_satellite;
+  if (reader.layout_a) {
+    NameSatellite<kSatelliteNameA>(reader, record, satellite);
+  } else {
+    NameSatellite<kSatelliteNameB>(reader, record, satellite);
+  }
+  if (last && position == 0 && std::memcmp(satellite.name, last->name, kNameSize) == 0) return;
+  satellite.angle = position & 0xFFF;
+  satellite.read = 1;
+  satellite.first_carrier = Count(reader.work.carriers.size()) & 0xFFFF;
+  satellite.carrier_count = 0;
+  satellites.push_back(satellite);
+  reader.carriers_of_satellite = 0;
+}
+
+void TakeTransponder(Record record, WorkCarrier& carrier) {
+  constexpr uint32_t kCodes[] = {kVertical, kHorizontal, kLeft, kRight};
+  carrier.symbol_rate = Number<kSymbolRate>(record) & 0xFFFFFF;
+  carrier.frequency = Number<kFrequency>(record);
+  const uint32_t digit = Number<kPolarization>(record);
+  if (digit < 4) carrier.polarization = kCodes[digit] & 3;
+}
+
+void TakeFec(Record record, WorkCarrier& carrier) {
+  if (record[kFec] == '_') return;
+  // The number has no width of its own: it ends at the first character that is no digit.
+  const uint32_t number = DecimalPrefix(record.substr(kFec));
+  const uint32_t code = number == 5 ? 4 : number == 7 ? 5 : number & 7;
+  carrier.fec = code > 5 ? 0 : code & 7;
+}
+
+void AddCarrier(Reader& reader, WorkCarrier& carrier) {
+  carrier.satellite_index = (Count(reader.work.satellites.size()) - 1) & 0x3FF;
+  carrier.first_service = Count(reader.work.services.size()) & 0xFFFF;
+  carrier.service_count = 0;
+  carrier.read = 1;
+  reader.work.carriers.push_back(carrier);
+  ++reader.carriers_of_satellite;
+  reader.work.satellites.back().carrier_count = reader.carriers_of_satellite & 0xFFFF;
+  reader.previous_service = {};
+  reader.ids.Clear();
+}
+
+void TrimName(char (&name)[kNameSize]) {
+  if (!TrimAtDoubleSpace(name)) name[kNameSize - 1] = '\0';
+}
+
+void TakeTransponderRecord(Reader& reader, Record record) {
+  WorkCarrier carrier = reader.new_carrier;
+  std::memcpy(carrier.name, record.data() + kServiceName.offset, kServiceName.width);
+  if (reader.layout_a) {
+    std::memcpy(carrier.name + kServiceName.width, record.data() + kNameRest.offset, kNameRest.width);
+  }
+  TrimName(carrier.name);
+  TakeTransponder(record, carrier);
+  TakeFec(record, carrier);
+  AddCarrier(reader, carrier);
+}
+
+// Which satellite the previous carrier belongs to is not asked.
+bool IsPreviousCarrier(const Reader& reader, const WorkCarrier& carrier) {
+  if (reader.work.carriers.empty()) return false;
+  const WorkCarrier& previous = reader.work.carriers.back();
+  return previous.symbol_rate == carrier.symbol_rate && previous.frequency == carrier.frequency &&
+         previous.polarization == carrier.polarization;
+}
+
+// Place of the column's first underscore, its width when there is none.
+template <Column kColumn>
+size_t UnderscoreIn(Record record) {
+  size_t i = 0;
+  while (i < kColumn.width && record[kColumn.offset + i] != '_') ++i;
+  return i;
+}
+
+void NameService(const Reader& reader, Record record, WorkService& service) {
+  const size_t length = UnderscoreIn<kServiceName>(record);
+  std::memcpy(service.name, record.data() + kServiceName.offset, length);
+  if (reader.layout_a) {
+    const size_t rest = UnderscoreIn<kNameRest>(record);
+    // A rest that ends early replaces the start of the name instead of continuing it.
+    const size_t place = rest == kNameRest.width ? length : 0;
+    std::memcpy(service.name + place, record.data() + kNameRest.offset, rest);
+  }
+  TrimName(service.name);
+}
+
+bool IsDuplicate(const Reader& reader, const WorkService& service) {
+  const WorkService& previous = reader.previous_service;
+  if (previous.video_pid != service.video_pid) return false;
+  if (previous.video_pid == 0 && previous.audio_pid != service.audio_pid) return false;
+  return previous.carrier_index == service.carrier_index && !reader.work.services.empty();
+}
+
+void TakeService(Reader& reader, Record record) {
+  WorkService service = reader.new_service;
+  const char type = record[kType];
+  service.type = type == 'T' ? uint32_t{kTv} : type == 'R' ? uint32_t{kRadio} : 0;
+  if (service.type == 0) return;  // other services only make their carrier
+  NameService(reader, record, service);
+  service.carrier_index = (Count(reader.work.carriers.size()) - 1) & 0xFFFF;
+  service.video_pid = Pid<kVideoPid>(record) & 0x3FFF;
+  service.audio_pid = Pid<kAudioPid>(record) & 0x3FFF;
+  service.pcr_pid = Pid<kPcrPid>(record) & 0x3FFF;
+  service.program_number = reader.ids.Unique(Number<kProgramNumber>(record)) & 0xFFFF;
+  service.free = IsEmpty<kAccess>(record);
+  service.read_service = 1;
+  service.read = 1;
+  if (IsDuplicate(reader, service)) return;
+  reader.work.services.push_back(service);
+  WorkCarrier& carrier = reader.work.carriers.back();
+  carrier.service_count = (carrier.service_count + 1) & 0xFFFF;
+  reader.previous_service = service;
+  reader.ids.Add(service.program_number);
+}
+
+void TakeRecord(Reader& reader, Record record) {
+  TakeSatellite(reader, record);
+  if (IsEmpty<kSymbolRate>(record) || Text<kSymbolRate>(record) == "00000") return;
+  if (record[kType] == '_') return TakeTransponderRecord(reader, record);
+  WorkCarrier carrier = reader.new_carrier;
+  TakeTransponder(record, carrier);
+  if (!IsPreviousCarrier(reader, carrier)) {
+    TakeFec(record, carrier);
+    SetCarrierNumberName(carrier.name, reader.carriers_of_satellite + 1,
+                         Count(reader.work.satellites.size()));
+    AddCarrier(reader, carrier);
+  }
+  TakeService(reader, record);
+}
+
+}  // namespace
+
+bool TrimAtDoubleSpace(char (&name)[kNameSize]) {
+  for (size_t i = 0; i + 1 < kNameSize && name[i] != '\0'; ++i) {
+    if (name[i] != ' ' || name[i + 1] != ' ') continue;
+    std::memset(name + i, 0, kNameSize - i);
+    return true;
+  }
+  return false;
+}
+
+void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
+                 const Progress& progress) {
+  work = {};
+  const std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
+  const size_t length = text.size() > 128 && text[128] == 'S' ? 128 : 129;
+  const size_t count = text.size() / length;
+  if (count == 0) return;
+  const std::string_view version = Text<kVersion>(text.substr(0, kReadLength));
+  Reader reader{.work = work,
+                .layout_a = version == "02" || version == "03",
+                .new_satellite = NewWorkSatellite(defaults),
+                .new_carrier = NewWorkCarrier(defaults),
+                .new_service = NewWorkService(defaults),
+                .ids = {}};
+  work.services.reserve(count);
+  ListProgress bar(progress, count);
+  for (size_t i = 0; i < count; ++i) {
+    TakeRecord(reader, text.substr(i * length, kReadLength));
+    bar.Step();
+  }
+  bar.End();
+}
+
+int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work) {
+  const Bytes list = ReadWholeFile(path).value_or(Bytes{});
+  ReadSatcodx(list, defaults, work, context.progress);
+  return 1;
+}
+
+}  // namespace vexa

@@ -1,0 +1,17 @@
+// The report of one database: plain single-byte text in fixed columns, lines ending with CR LF.
+#pragma once
+
+#include <string>
+
+#include "core/database.h"
+#include "platform/files.h"
+
+namespace vexa {
+
+std::string DatabaseReport(const StaticDatabase& database);
+
+// Writes the report in place of whatever `path` held. False when it cannot be written; nothing is shown.
+bool ExportDatabaseText(const StaticDatabase& database, const Path& path,
+                        const FileOperations& files = SystemFiles());
+
+}  // namespace vexa

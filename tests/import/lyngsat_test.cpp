@@ -1,0 +1,172 @@
+#include "import/lyngsat.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/list_maker.h"
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+WorkFiles Read(const std::string& list) {
+  WorkFiles work;
+  ReadLyngsat(BytesOf(list), DefaultRecords{}, work);
+  return work;
+}
+
+const std::string kSat = ":SAT \"Astra\" 19.2 E\n";
+const std::string kTrp = ":TRP 11778 27500H 0 V 0 3/4\n";
+
+struct SatelliteCase {
+  const char *line, *name;
+  uint32_t angle, east;
+};
+
+TEST(Lyngsat, Satellites) {
+  const SatelliteCase cases[] = {
+      {":SAT \"Astra 1\" 19.2 E", "Astra 1", 192, 1},
+      {":SAT \"Hispasat\" 30.0 W", "Hispasat", 300, 0},
+      {":SAT \"Any letter\" 5 x", "Any letter", 50, 1},
+      {":SAT \"Trailing   \" 0.8 W", "Trailing", 8, 0},
+      {":SAT \"Digits dropped\" 5.49 E", "Digits dropped", 54, 1},
+      {":SAT \"No digit\" 5. E", "No digit", 50, 1},
+      {":SAT \"Point\" .7 E", "Point", 7, 1},
+      {":SAT \"Decimal\" 57.3 E", "Decimal", 573, 1},  // 57.3 * 10 is below 573 in binary fractions
+      {":SAT \"Wraps\" 409.6 E", "Wraps", 0, 1},
+      {":SAT \"A name of more than nineteen\" 1.0 E", "A name of more than", 10, 1},
+  };
+  for (const SatelliteCase& c : cases) {
+    const WorkFiles work = Read(std::string(c.line) + "\r\n");
+    ASSERT_EQ(work.satellites.size(), 1u) << c.line;
+    EXPECT_EQ(Name(work.satellites[0].name), c.name);
+    EXPECT_EQ(work.satellites[0].angle, c.angle) << c.line;
+    EXPECT_EQ(work.satellites[0].east, c.east) << c.line;
+    EXPECT_EQ(work.satellites[0].read, 1u);
+    EXPECT_EQ(work.satellites[0].carrier_options, 0u);
+  }
+}
+
+struct TransponderCase {
+  const char* line;
+  uint32_t frequency, rate, polarization, fec;
+};
+
+TEST(Lyngsat, Transponders) {
+  const TransponderCase cases[] = {
+      {":TRP 11778 27500H 0 H 0 3/4", 11778, 27500, kHorizontal, 3},
+      {":TRP 1177850 27500H 0 V 0 Auto", 11778, 27500, kVertical, 0},
+      {":TRP 15000 27500H 0 L 0 1/2", 15000, 27500, kLeft, 1},
+      {":TRP 15001 27500H 0 R 0 2/3", 150, 27500, kRight, 2},
+      {":TRP 11778 2750000 0 x 0 5/6", 11778, 27500, kRight, 4},
+      {":TRP 11778 45000S 0 Hv 0 7/8", 11778, 45000, kHorizontal, 5},
+      {":TRP 11778 45001S 0 H 0  7/8 ", 11778, 4500, kHorizontal, 5},
+      {":TRP 11778 27500 0 H 0 7/8x", 11778, 2750, kHorizontal, 0},
+      {":TRP 11778 27500H 0 H 0 9/10", 11778, 27500, kHorizontal, 0},
+      {":TRP 11778 27500H 0 H", 11778, 27500, kHorizontal, 0},
+      {":TRP 11778 9 0 H 0 3/4", 11778, 0, kHorizontal, 3},
+  };
+  for (const TransponderCase& c : cases) {
+    const WorkFiles work = Read(kSat + c.line);
+    ASSERT_EQ(work.carriers.size(), 1u) << c.line;
+    EXPECT_EQ(work.carriers[0].frequency, c.frequency) << c.line;
+    EXPECT_EQ(work.carriers[0].symbol_rate, c.rate) << c.line;
+    EXPECT_EQ(work.carriers[0].polarization, c.polarization) << c.line;
+    EXPECT_EQ(work.carriers[0].fec, c.fec) << c.line;
+  }
+}
+
+TEST(Lyngsat, Services) {
+  const WorkFiles work =
+      Read(kSat + kTrp + ":CHN \"ARTE \" 28724 T\r\n:CHN \"Radio 1\" 65537x R\r\n:CHN \"Data\" 7 D\r\n");
+  EXPECT_EQ(Names(work.services), "ARTE|Radio 1|Data");
+  EXPECT_EQ(work.services[0].program_number, 28724u);
+  EXPECT_EQ(work.services[1].program_number, 1u);
+  EXPECT_EQ(work.services[0].type, kTv);
+  EXPECT_EQ(work.services[1].type, kRadio);
+  EXPECT_EQ(work.services[2].type, kRadio);
+  for (const WorkService& service : work.services) {
+    EXPECT_EQ(service.video_pid, 8192u);
+    EXPECT_EQ(service.audio_pid, 8192u);
+    EXPECT_EQ(service.pcr_pid, 8192u);
+    EXPECT_EQ(service.free, 1u);
+    EXPECT_EQ(service.carrier_index, 0u);
+    EXPECT_EQ(service.read & service.read_service, 1u);
+  }
+}
+
+TEST(Lyngsat, EveryTransponderIsACarrier) {
+  const WorkFiles work = Read(kSat + kTrp + kTrp + ":CHN \"A\" 1 T\n" + ":SAT \"Hotbird\" 13.0 E\n" + kTrp);
+  EXPECT_EQ(Names(work.carriers), "Carrier1_S1|Carrier2_S1|Carrier1_S2");
+  EXPECT_EQ(work.carriers[0].service_count, 0u);
+  EXPECT_EQ(work.carriers[1].service_count, 1u);
+  EXPECT_EQ(work.carriers[2].first_service, 1u);
+  EXPECT_EQ(work.carriers[2].satellite_index, 1u);
+  EXPECT_EQ(work.satellites[0].carrier_count, 2u);
+  EXPECT_EQ(work.satellites[1].first_carrier, 2u);
+}
+
+struct ServicesCase {
+  const char* name;
+  std::string lines;
+  std::vector<uint32_t> ids;
+};
+
+TEST(Lyngsat, DuplicatesAndProgramNumbers) {
+  const ServicesCase cases[] = {
+      {"equal name and type", ":CHN \"A\" 1 T\n:CHN \"A\" 2 T\n", {1}},
+      {"other type", ":CHN \"A\" 1 T\n:CHN \"A\" 2 R\n", {1, 2}},
+      {"other name", ":CHN \"A\" 1 T\n:CHN \"a\" 2 T\n", {1, 2}},
+      {"another between", ":CHN \"A\" 1 T\n:CHN \"B\" 2 T\n:CHN \"A\" 3 T\n", {1, 2, 3}},
+      {"across carriers", ":CHN \"A\" 1 T\n" + kTrp + ":CHN \"A\" 1 T\n", {1, 1}},
+      {"raised past the second entry on", ":CHN \"A\" 8 T\n:CHN \"B\" 7 T\n:CHN \"C\" 7 T\n", {8, 7, 8}},
+      {"a dropped one takes no number", ":CHN \"A\" 1 T\n:CHN \"A\" 2 T\n:CHN \"B\" 2 T\n", {1, 2}},
+  };
+  for (const ServicesCase& c : cases) {
+    std::vector<uint32_t> ids;
+    for (const WorkService& service : Read(kSat + kTrp + c.lines).services)
+      ids.push_back(service.program_number);
+    EXPECT_EQ(ids, c.ids) << c.name;
+  }
+}
+
+struct CountsCase {
+  const char* name;
+  std::string list;
+  size_t satellites, carriers, services;
+};
+
+TEST(Lyngsat, Lines) {
+  const std::string chn = ":CHN \"A\" 1 T\n";
+  const CountsCase cases[] = {
+      {"nothing", "", 0, 0, 0},
+      {"no line end", kSat + kTrp + ":CHN \"A\" 1 T", 1, 1, 1},
+      {"other lines", "x\n:sat \"A\" 1 E\n " + kSat + ":NEW\n", 0, 0, 0},
+      {"transponder first", kTrp + kSat + chn, 1, 0, 0},
+      {"no closing quote", ":SAT \"Astra 19.2 E\n" + kSat + kTrp + ":CHN \"A 1 T\n", 1, 1, 0},
+      {"no letter", ":SAT \"Astra\" 19.2\n:SAT \"Astra\" 19.2 \n:SAT \"Astra\"\n", 0, 0, 0},
+      {"no fields of a service", kSat + kTrp + ":CHN \"A\"\n:CHN \"A\" 1\n:CHN\n:CHN \"\n", 1, 1, 0},
+      {"no fields of a transponder", kSat + ":TRP\n:TRP \n:TRP 11778\n:TRP 11778 27500\n", 1, 0, 0},
+      {"control Z goes on", kSat + "\x1A\n" + kTrp, 1, 1, 0},
+      {"no CR", kSat + kTrp + chn, 1, 1, 1},
+      // The 256th character begins a line of its own.
+      {"a piece that looks like a line", kSat + std::string(255, 'x') + kTrp, 1, 1, 0},
+      {"a piece that does not", kSat + std::string(254, 'x') + kTrp, 1, 0, 0},
+      {"a cut line", kSat + ":SAT \"" + std::string(250, 'y') + "\" 1.0 E\n", 1, 0, 0},
+  };
+  for (const CountsCase& c : cases) {
+    const WorkFiles work = Read(c.list);
+    EXPECT_EQ(work.satellites.size(), c.satellites) << c.name;
+    EXPECT_EQ(work.carriers.size(), c.carriers) << c.name;
+    EXPECT_EQ(work.services.size(), c.services) << c.name;
+  }
+}
+
+TEST(Lyngsat, OpeningFailure) {
+  Recorder recorder;
+  WorkFiles work;
+  EXPECT_EQ(ImportLyngsatFile(recorder.context, recorder.context.temporary_folder / "none", {}, work), 0);
+  EXPECT_EQ(recorder.Texts(), std::vector<std::string>{"Error in opening file"});
+}
+
+}  // namespace
+}  // namespace vexa

@@ -1,0 +1,181 @@
+#include "import/merger.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+struct VersionCase {
+  const char* start;
+  bool passes;
+};
+
+TEST(Merger, SatcodxVersion) {
+  const VersionCase cases[] = {
+      {"SATCODX_03", true},  {"SATCODX102", true}, {"satcodx 03x", true}, {"SATCODX_04", false},
+      {"SATCODX_13", false}, {"SATCODX_0", false}, {"SATCODY_03", false}, {"", false}};
+  Recorder recorder;
+  const Path path = recorder.context.temporary_folder / "a.sdx";
+  for (const VersionCase& c : cases) {
+    PutFile(path, BytesOf(c.start));
+    EXPECT_EQ(IsSatcodxVersion2Or3(path), c.passes) << c.start;
+    Merger merger;
+    EXPECT_EQ(AddMergeFile(recorder.context, merger, path), c.passes);
+    const Texts refused = {
+        "SatcoDX Merger allows only SatcoDX Protocol Version 2 and 3.\nPlease download latest "
+        "SatcoDX ( SDX ) file from website"};
+    EXPECT_EQ(recorder.Texts(), c.passes ? Texts{} : refused);
+    // The version matters in this mode alone, and for single files alone.
+    Merger other{MergeMode::kLyngsat, {}};
+    EXPECT_TRUE(AddMergeFile(recorder.context, other, path));
+    EXPECT_TRUE(AddMergeFolder(recorder.context, merger, recorder.context.temporary_folder));
+    EXPECT_EQ(merger.files.size(), 1u);
+  }
+}
+
+TEST(Merger, SamePathOnce) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder;
+  PutFile(folder / "a.dvb", BytesOf("A"));
+  Merger merger{MergeMode::kDvb2000, {}};
+  EXPECT_TRUE(AddMergeFile(recorder.context, merger, folder / "a.dvb"));
+  EXPECT_FALSE(AddMergeFile(recorder.context, merger, folder / "a.dvb"));
+  EXPECT_EQ(recorder.Texts(), Texts{"Duplication of files not allowed."});
+  EXPECT_TRUE(AddMergeFile(recorder.context, merger, folder / "." / "a.dvb"));
+  EXPECT_EQ(merger.files.size(), 2u);
+}
+
+TEST(Merger, Folder) {
+  struct FolderCase {
+    MergeMode mode;
+    Texts names;
+    const char* empty;
+  };
+  const FolderCase cases[] = {
+      {MergeMode::kSatcodx, {"a.SDX", "B.sdx", "c.sdx"}, "No SatcoDX ( SDX ) file found."},
+      {MergeMode::kLyngsat, {"x.dat"}, "No Lyngsat ( DAT ) file found."},
+      {MergeMode::kDvb2000, {"y.dvb"}, "No DVB2000 ( DVB ) file found."},
+  };
+  for (const FolderCase& c : cases) {
+    Recorder recorder;
+    const Path folder = recorder.context.temporary_folder;
+    Merger merger{c.mode, {}};
+    EXPECT_FALSE(AddMergeFolder(recorder.context, merger, folder));
+    EXPECT_FALSE(AddMergeFolder(recorder.context, merger, folder / "none"));
+    EXPECT_EQ(recorder.Texts(), (Texts{c.empty, c.empty}));
+    for (const char* name : {"c.sdx", "B.sdx", "a.SDX", "x.dat", "y.dvb", "sdx", "z.sdxx"})
+      PutFile(folder / name, {});
+    std::filesystem::create_directory(folder / "folder.sdx");
+    merger.files.push_back(folder / c.names.back());
+    EXPECT_TRUE(AddMergeFolder(recorder.context, merger, folder));
+    Texts names;
+    for (const Path& path : merger.files) names.push_back(Utf8FromPath(path.filename()));
+    Texts expected = {c.names.back()};
+    expected.insert(expected.end(), c.names.begin(), c.names.end() - 1);
+    EXPECT_EQ(names, expected);
+    EXPECT_TRUE(recorder.shown.empty());
+  }
+}
+
+TEST(Merger, JoinsBytesInOrder) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder;
+  PutFile(folder / "1.sdx", Bytes{'b', 0, 26});
+  PutFile(folder / "2.sdx", BytesOf("a\r\n"));
+  Merger merger{MergeMode::kSatcodx, {folder / "1.sdx"}};
+  EXPECT_FALSE(CanMerge(recorder.context, merger));
+  ASSERT_EQ(recorder.shown.size(), 1u);
+  EXPECT_EQ(recorder.shown[0].icon, Icon::kWarning);
+  EXPECT_EQ(recorder.Texts(), Texts{"Select atleast two files."});
+  merger.files = {folder / "1.sdx", folder / "none.sdx", folder / "2.sdx"};
+  EXPECT_TRUE(CanMerge(recorder.context, merger));
+  const Path output = folder / "out.sdx";
+  std::vector<uint64_t> seen;
+  recorder.context.progress.range = [&](uint64_t total) { seen.push_back(total); };
+  recorder.context.progress.position = [&](uint64_t position) { seen.push_back(position); };
+  EXPECT_TRUE(WriteMerged(recorder.context, merger, output));
+  EXPECT_EQ(seen, (std::vector<uint64_t>{3, 1, 2, 3}));
+  EXPECT_EQ(MergedContent(merger), *ReadWholeFile(output));
+  TellMerged(recorder.context, output);
+  EXPECT_EQ(*ReadWholeFile(output), (Bytes{'b', 0, 26, 'a', '\r', '\n'}));
+  EXPECT_EQ(recorder.shown.at(0).icon, Icon::kInformation);
+  EXPECT_EQ(recorder.Texts(), Texts{Utf8FromPath(output) + " \n file is generated successfully."});
+}
+
+// A list that is joined is not replaced by the result, whatever its path is called.
+TEST(Merger, OutputOverAnInput) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder, first = folder / "1.dat", second = folder / "2.dat";
+  PutFile(first, BytesOf("one"));
+  PutFile(second, BytesOf("two"));
+  const Merger merger{MergeMode::kLyngsat, {first, second, folder / "gone.dat"}};
+  for (const Path& path : {second, folder / "." / "2.dat", folder / "gone.dat"}) {
+    EXPECT_FALSE(CanMergeInto(recorder.context, merger, path)) << Utf8FromPath(path);
+    EXPECT_EQ(recorder.Texts(), Texts{"The merged file cannot be one of the selected files."});
+  }
+  EXPECT_TRUE(CanMergeInto(recorder.context, merger, folder / "3.dat"));
+  EXPECT_TRUE(recorder.shown.empty());
+}
+
+TEST(Merger, FailedWriteLeavesTheOldFile) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder, output = folder / "out.dat";
+  PutFile(folder / "1.dat", BytesOf("one"));
+  PutFile(folder / "2.dat", BytesOf("two"));
+  PutFile(output, BytesOf("old"));
+  const Merger merger{MergeMode::kLyngsat, {folder / "1.dat", folder / "2.dat"}};
+  int step = 0;
+  bool written = false;
+  while (!written && step < 20) {
+    EXPECT_EQ(*ReadWholeFile(output), BytesOf("old")) << step;
+    recorder.FailStep(++step);
+    written = WriteMerged(recorder.context, merger, output);
+  }
+  EXPECT_EQ(step, 6) << "create, two pieces, finish, replace fail one after the other";
+  EXPECT_EQ(*ReadWholeFile(output), BytesOf("onetwo"));
+}
+
+struct MoveCase {
+  std::vector<size_t> positions;
+  size_t before, first;
+  const char* order;
+};
+
+TEST(Merger, Move) {
+  const MoveCase cases[] = {
+      {{}, 2, 2, "abcde"},     {{0}, 0, 0, "abcde"},
+      {{0}, 1, 0, "abcde"},    {{0}, 2, 1, "bacde"},
+      {{0}, 5, 4, "bcdea"},    {{4}, 0, 0, "eabcd"},
+      {{1, 3}, 0, 0, "bdace"}, {{1, 3}, 2, 1, "abdce"},
+      {{1, 3}, 5, 3, "acebd"}, {{0, 1, 2, 3, 4}, 3, 0, "abcde"},
+      {{9}, 9, 5, "abcde"},
+  };
+  for (const MoveCase& c : cases) {
+    Merger merger{MergeMode::kDvb2000, {"a", "b", "c", "d", "e"}};
+    EXPECT_EQ(MoveMergeFiles(merger, c.positions, c.before), c.first) << c.order;
+    std::string order;
+    for (const Path& path : merger.files) order += Utf8FromPath(path);
+    EXPECT_EQ(order, c.order);
+  }
+}
+
+TEST(Merger, Remove) {
+  Merger merger{MergeMode::kDvb2000, {"a", "b", "c", "d"}};
+  RemoveMergeFiles(merger, {});
+  EXPECT_EQ(merger.files.size(), 4u);
+  RemoveMergeFiles(merger, {0, 2});
+  EXPECT_EQ(merger.files, (std::vector<Path>{"b", "d"}));
+}
+
+TEST(Merger, TextsOfModes) {
+  EXPECT_STREQ(TextsOf(MergeMode::kSatcodx).title, "SatcoDX [ SDX ] File Merger");
+  EXPECT_STREQ(TextsOf(MergeMode{2}).save_title, "Save as Lyngsat DAT file");
+  for (const int mode : {0, 3, 4, -1}) EXPECT_STREQ(TextsOf(MergeMode{mode}).pattern, "*.dvb") << mode;
+}
+
+}  // namespace
+}  // namespace vexa
