@@ -1,0 +1,354 @@
+#include "image/adb.h"
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_map>
+
+#include "core/bytes.h"
+#include "image/receiver_layout.h"
+#include "image/transfer_files.h"
+#include "image/urt.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr uint32_t kCarrierLimit = 4095, kServiceLimit = 4999;
+constexpr uint64_t kTablesLimit = 220000;  // bytes of carriers and services together
+constexpr const char* kDoesNotFit = "Unable to upload\nPlease verify carrier and service record count.";
+
+bool RefuseFit(const Context& context) {
+  Tell(context.messages, Icon::kStop, "%s", kDoesNotFit);
+  return false;
+}
+
+uint64_t TablesSize(const StaticDatabase& database) {
+  return uint64_t{kCarrierEntry} * database.carriers.size() +
+         uint64_t{kServiceEntry} * database.services.size();
+}
+
+bool CheckLimits(const Context& context, const StaticDatabase& database) {
+  const auto lnbs = static_cast<int>(database.lnb_count);
+  const auto satellites = static_cast<int>(database.satellites.size());
+  if (database.lnb_count > kMaximumLnbs) {
+    Tell(context.messages, Icon::kStop,
+         "Upload as ADB process failed.\nLNB record count exceeds the limit %d [ %d ]", 16, lnbs);
+    return false;
+  }
+  if (database.satellites.size() > kMaximumSatellites) {
+    Tell(context.messages, Icon::kStop,
+         "Upload as ADB process failed.\nSatellite record count exceeds the limit %d [ %d ]", 85, satellites);
+    return false;
+  }
+  // The next two show the figures of LNBs and satellites, on purpose.
+  if (database.carriers.size() > kCarrierLimit) {
+    Tell(context.messages, Icon::kStop,
+         "Upload as ADB process failed.\nCarrier record count exceeds the limit %d [ %d ]", 16, lnbs);
+    return false;
+  }
+  if (database.services.size() > kServiceLimit) {
+    Tell(context.messages, Icon::kStop,
+         "Upload as ADB process failed.\nService record count exceeds the limit %d [ %d ]", 85, satellites);
+    return false;
+  }
+  return TablesSize(database) <= kTablesLimit || RefuseFit(context);
+}
+
+// Whether every table fits its partition and the partitions fit the region. E2P: settings stand in a file of
+// their own.
+bool Fits(const StaticDatabase& database, const ProjectConfig& config, const RegionEntry& region, bool e2p) {
+  const auto& sizes = config.partition_sizes;
+  const AdbLayout layout = LayoutOf(config);
+  const uint32_t marker = e2p ? 0 : kMarker;
+  const auto& groups = database.favourites;
+  const bool lists = std::all_of(groups.begin(), groups.end(), [](const FavouriteGroup& group) {
+    return 2 * group.tv.size() <= kTvList && 2 * group.radio.size() <= kRadioList;
+  });
+  const uint64_t used = e2p ? layout.settings : layout.end;
+  return lists && region.end >= region.start && used <= region.end - region.start &&
+         region.end - region.start <= kMaximumImageSize &&
+         sizes[3] >= kSatelliteTable + kMaximumSatellites * kSatelliteEntry &&
+         sizes[4] >= TablesSize(database) && sizes[5] >= 2 * database.services.size() &&
+         sizes[6] >= kFavouriteGroups * kFavouriteEntry && sizes[0] >= marker + kSettingsBlock &&
+         sizes[2] >= marker + kSelectionBlock && (!e2p || uint64_t{sizes[0]} + sizes[2] <= kMaximumImageSize);
+}
+
+void WriteLsd(const StaticDatabase& database, std::span<uint8_t> image) {
+  for (size_t i = 0; i < kMaximumLnbs; ++i)
+    PackLnb(database.lnbs[i], image.subspan(i * kLnbEntry, kLnbEntry));
+  const size_t used = database.satellites.size();
+  for (size_t i = 0; i < kMaximumSatellites; ++i) {
+    const auto entry = image.subspan(kSatelliteTable + i * kSatelliteEntry, kSatelliteEntry);
+    if (i < used) {
+      PackSatellite(database.satellites[i]->record, entry);
+    } else {
+      PackEmptySatellite(static_cast<uint32_t>(i - used + 1), entry);
+    }
+  }
+}
+
+using Positions = std::unordered_map<const Service*, uint16_t>;
+
+// Writes both tables; gives back where each service stands in its table.
+Positions WriteTables(const StaticDatabase& database, const AdbLayout& layout, std::span<uint8_t> image) {
+  Positions positions;
+  uint32_t place = 0;
+  for (size_t i = 0; i < database.carriers.size(); ++i) {
+    const Carrier& carrier = *database.carriers[i];
+    CarrierRecord record = carrier.record;
+    record.first_service = place & 0xFFFF;
+    const auto at = static_cast<size_t>(layout.tables_end - (i + 1) * kCarrierEntry);
+    PackCarrier(record, image.subspan(at, kCarrierEntry));
+    for (const Service* service : carrier.services) {
+      ServiceRecord packed = service->record;
+      packed.carrier_index = i & 0xFFFF;
+      const auto entry =
+          image.subspan(static_cast<size_t>(layout.tables + uint64_t{place} * kServiceEntry), kServiceEntry);
+      PackService(packed, entry);
+      positions[service] = static_cast<uint16_t>(place++);
+    }
+  }
+  return positions;
+}
+
+void WriteList(const std::vector<Service*>& list, const Positions& positions, std::span<uint8_t> place) {
+  for (size_t i = 0; i < list.size(); ++i) {
+    const uint16_t position = positions.at(list[i]);
+    place[2 * i] = static_cast<uint8_t>(position);
+    place[2 * i + 1] = static_cast<uint8_t>(position >> 8);
+  }
+}
+
+void WriteFavourites(const StaticDatabase& database, const Positions& positions,
+                     std::span<uint8_t> partition) {
+  for (size_t i = 0; i < kFavouriteGroups; ++i) {
+    const FavouriteGroup& group = database.favourites[i];
+    FavouriteRecord record = group.record;
+    record.tv_count = group.tv.size() & 0xFFF;
+    record.radio_count = group.radio.size() & 0xFFF;
+    const auto entry = partition.subspan(i * kFavouriteEntry, kFavouriteEntry);
+    PackFavourite(record, entry);
+    WriteList(group.tv, positions, entry.subspan(kFavouriteHeader, kTvList));
+    WriteList(group.radio, positions, entry.subspan(kFavouriteHeader + kTvList, kRadioList));
+  }
+}
+
+std::optional<uint32_t> FirstGroupWith(const StaticDatabase& database, uint32_t flag) {
+  for (uint32_t i = 0; i < kFavouriteGroups; ++i) {
+    if (database.favourites[i].record.kept_0 & flag) return i;
+  }
+  return std::nullopt;
+}
+
+SettingsBlock SettingsFor(const Document& document, const StaticDatabase& database, bool e2p) {
+  SettingsBlock block = document.settings_block;
+  if (!document.ubis.empty())
+    std::memcpy(block.data() + kSettingsUserBox, &document.ubis[0].record, sizeof(UserBoxInfo));
+  const auto& services = database.services;
+  const bool tv =
+      std::any_of(services.begin(), services.end(), [](const Service* s) { return s->record.type == kTv; });
+  WriteField(block, 1, 14, 1, e2p);
+  WriteField(block, 1, 15, 1, tv);
+  WriteField(block, 1, 16, 1, !services.empty() && !tv);
+  WriteField(block, 1, 17, 6, kMaximumLnbs);
+  WriteField(block, 1, 23, 8, kMaximumSatellites);
+  WriteField(block, 0, 19, 12, static_cast<uint32_t>(database.carriers.size()));
+  WriteField(block, 0, 0, 13, static_cast<uint32_t>(services.size()));
+  if (const auto group = FirstGroupWith(database, 1)) {
+    WriteField(block, 6, 16, 5, *group);
+    WriteField(block, 10, 16, 5, *group);
+  }
+  if (const auto group = FirstGroupWith(database, 2)) WriteField(block, 8, 0, 5, *group);
+  return block;
+}
+
+SelectionBlock SelectionFor(const StaticDatabase& database) {
+  SelectionBlock block{};
+  for (size_t i = 0; i < kFavouriteGroups; ++i) {
+    const FavouriteGroup& group = database.favourites[i];
+    WriteField(block, 2 * i, 0, 16, static_cast<uint32_t>(group.tv.size()));
+    WriteField(block, 2 * i, 16, 16, static_cast<uint32_t>(group.radio.size()));
+    WriteField(block, 2 * i + 1, 0, 16, group.record.kept_0);
+  }
+  return block;
+}
+
+// The high word of the marker comes first.
+void WriteMarked(std::span<uint8_t> image, uint64_t offset, std::span<const uint8_t> block) {
+  const auto place = image.subspan(static_cast<size_t>(offset), kMarker + block.size());
+  WriteField(place, 0, 0, 32, static_cast<uint32_t>(kFirstMarker >> 32));
+  WriteField(place, 1, 0, 32, static_cast<uint32_t>(kFirstMarker));
+  std::copy(block.begin(), block.end(), place.begin() + kMarker);
+}
+
+// One piece of the ADB file and what is said when it cannot be written.
+struct Piece {
+  uint64_t end;
+  const char* failure;
+};
+
+bool WritePieces(const Context& context, const Path& path, std::span<const uint8_t> image,
+                 std::span<const Piece> pieces) {
+  std::FILE* file = context.files->create(path);
+  if (!file) {
+    Tell(context.messages, Icon::kStop, "File access error - Vexa_CreateADBPartitionFiles.");
+    return false;
+  }
+  uint64_t start = 0;
+  for (const Piece& piece : pieces) {
+    const auto part = image.subspan(static_cast<size_t>(start), static_cast<size_t>(piece.end - start));
+    if (!context.files->write(file, part)) {
+      context.files->finish(file);
+      Tell(context.messages, Icon::kStop, "%s", piece.failure);
+      return false;
+    }
+    start = piece.end;
+  }
+  if (context.files->finish(file)) return true;
+  Tell(context.messages, Icon::kStop, "%s", pieces.back().failure);
+  return false;
+}
+
+constexpr const char* kLsdFailure = "File write access error :- LSD Partition";
+constexpr const char* kTableFailure = "File write-access error";
+constexpr const char* kNodvbFailure = "File write access error :- Nodvb Partition";
+
+// The converter speaks for what it refuses; for its files it is spoken here.
+bool MakeUrt(const Context& context, const ConversionParameters& parameters,
+             const ImageDescription& description, std::span<const uint8_t> image, const char* name) {
+  Bytes urt;
+  if (BuildUrt(context, parameters, description, image, urt) != ConversionResult::kDone) return false;
+  switch (WriteWholeFile(context.temporary_folder / name, urt, *context.files)) {
+    case WriteResult::kDone:
+      return true;
+    case WriteResult::kCannotCreate:
+      Tell(context.messages, Icon::kStop, "File access error - Vexa_CreateADBPartitionFiles.");
+      return false;
+    case WriteResult::kFailed:
+      break;
+  }
+  Tell(context.messages, Icon::kStop, "%s", kTableFailure);
+  return false;
+}
+
+void AppendRequestRecord(ByteWriter& file, uint32_t count, uint32_t region, uint32_t start, uint32_t end) {
+  ByteWriter payload;
+  payload.U32Big(count);
+  payload.U8(region);
+  payload.U32Big(start);
+  payload.U32Big(end);
+  payload.Fill(3, 0);
+  uint32_t sum = 0;
+  for (const uint8_t byte : payload.bytes()) sum += byte;
+  file.U8(2);
+  file.U24Big(static_cast<uint32_t>(payload.size()));
+  file.Append(payload.bytes());
+  file.U32Big(sum);
+  file.U8(3);
+}
+
+}  // namespace
+
+std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& document, size_t sdb,
+                                        const ProjectConfig& config) {
+  const StaticDatabase& database = *document.sdbs.at(sdb).database;
+  const RegionEntry* region = AdbRegion(config);
+  if (!region || config.partitions.empty()) {
+    Tell(context.messages, Icon::kStop,
+         "Configuration settings not found to process.\nUpdate configuration file and continue");
+    return std::nullopt;
+  }
+  const bool e2p = config.configuration_index == 1;
+  if (!CheckLimits(context, database)) return std::nullopt;
+  if (!Fits(database, config, *region, e2p)) return RefuseFit(context), std::nullopt;
+
+  const AdbLayout layout = LayoutOf(config);
+  AdbImages images;
+  images.adb.assign(region->end - region->start, 0xFF);
+  const std::span<uint8_t> adb = images.adb;
+  WriteLsd(database, adb);
+  const Positions positions = WriteTables(database, layout, adb);
+  WriteList(database.service_order, positions, adb.subspan(static_cast<size_t>(layout.tables_end)));
+  WriteFavourites(database, positions, adb.subspan(static_cast<size_t>(layout.favourites)));
+  const SettingsBlock settings = SettingsFor(document, database, e2p);
+  const SelectionBlock selection = SelectionFor(database);
+  if (e2p) {
+    const size_t first = config.partition_sizes[0];
+    images.e2p.assign(first + config.partition_sizes[2], 0xFF);
+    std::copy(settings.begin(), settings.end(), images.e2p.begin());
+    std::copy(selection.begin(), selection.end(), images.e2p.begin() + static_cast<std::ptrdiff_t>(first));
+  } else {
+    WriteMarked(adb, layout.settings, settings);
+    WriteMarked(adb, layout.selection, selection);
+  }
+  // The converter puts the image header over the end of the region.
+  const uint32_t header = RoomOfImage(0, config.configuration_index != 0).header;
+  const bool free = adb.size() >= header &&
+                    std::all_of(adb.end() - header, adb.end(), [](uint8_t byte) { return byte == 0xFF; });
+  if (!free) return RefuseFit(context), std::nullopt;
+  return images;
+}
+
+bool CreateAdbPartitionFiles(const Context& context, const Document& document, size_t sdb,
+                             const ProjectConfig& config, const LocalTime& time, int& files) {
+  files = 0;
+  auto images = BuildAdbImages(context, document, sdb, config);
+  if (!images) return false;
+  const bool e2p = config.configuration_index == 1;
+  const AdbLayout layout = LayoutOf(config);
+  const Path& folder = context.temporary_folder;
+  const Piece adb_pieces[] = {{layout.tables, kLsdFailure},
+                              {layout.settings, kTableFailure},
+                              {images->adb.size(), e2p ? kTableFailure : kNodvbFailure}};
+  if (!WritePieces(context, folder / kAdbImageFile, images->adb, adb_pieces)) return false;
+  const Piece e2p_pieces[] = {{images->e2p.size(), kNodvbFailure}};
+  if (e2p && !WritePieces(context, folder / kE2pImageFile, images->e2p, e2p_pieces)) return false;
+
+  const RegionEntry& region = *AdbRegion(config);
+  const ConversionParameters parameters = SetConversionParameters(config, time);
+  ImageDescription description = DescribeImage(config);
+  description.kind = 4;
+  description.flag = config.configuration_index != 0;
+  description.name = region.name;
+  description.start = region.start;
+  description.end = region.end;
+  const uint32_t header = RoomOfImage(description.type, description.flag).header;
+  const auto adb = std::span(images->adb).first(images->adb.size() - header);
+  if (!MakeUrt(context, parameters, description, adb, kAdbUrtFile)) return false;
+  files = 1;
+  if (!e2p) return true;
+  description.type = 3;
+  description.kind = 5;
+  description.name = "E2P Data";
+  description.start = 0;
+  description.end = static_cast<uint32_t>(images->e2p.size());
+  if (!MakeUrt(context, parameters, description, images->e2p, kE2pUrtFile)) return false;
+  files = 2;
+  return true;
+}
+
+std::optional<Bytes> BuildDownloadRequest(const Context& context, const ProjectConfig& config) {
+  const RegionEntry* region = AdbRegion(config);
+  if (!region || region->type != 3) {
+    Tell(context.messages, Icon::kStop, "Vexa Editor is not configured for ADB image download.");
+    return std::nullopt;
+  }
+  const uint32_t count = config.configuration_index == 0 ? 1 : 2;
+  ByteWriter file;
+  file.Text("MZ", 2);
+  file.U32Big(count);
+  AppendRequestRecord(file, count, 1, region->start, region->end);
+  if (count == 2) AppendRequestRecord(file, count, 2, 0, 160);
+  return std::move(file.bytes());
+}
+
+bool WriteDownloadRequest(const Context& context, const ProjectConfig& config) {
+  const auto request = BuildDownloadRequest(context, config);
+  if (!request) return false;
+  if (WriteWholeFile(context.temporary_folder / kRequestFile, *request, *context.files) == WriteResult::kDone)
+    return true;
+  Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+  return false;
+}
+
+}  // namespace vexa

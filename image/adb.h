@@ -1,0 +1,46 @@
+// The receiver's application database: the open database laid out as it stands in the receiver's memory.
+//
+// ADB image, end - start bytes of its region, little-endian, 0xFF where nothing stands (s3..s6: partition
+// sizes)
+//   0             16 x 8     LNBs                       128   85 x 28   satellites
+//   s3            n x 44     services, carrier by carrier
+//   s3+s4-36n     n x 36     carriers, carrier 0 last   s3+s4 n x 2     service order
+//   s3+s4+s5      8 x 7044   favourite groups: header of 44, 2500 TV entries, 1000 radio entries
+//   s3+s4+s5+s6   8 + 96     marker and settings block  (in the E2P image: the block at 0)
+//   ... + size[0] 8 + 64     marker and favourite-selection block  (in the E2P image: the block at size[0])
+// Entries: receiver_layout.h. A marker counts the copies behind it: decoder.h.
+//
+// Download request, big-endian: "MZ", record count (4), then a record: 0x02, length 16 (3), record count (4),
+// region number from 1, start (4), end (4), 0 (3), sum of those 16 bytes (4), 0x03.
+#pragma once
+
+#include <optional>
+
+#include "config/project_config.h"
+#include "core/context.h"
+#include "core/database.h"
+#include "platform/clock.h"
+
+namespace vexa {
+
+struct AdbImages {
+  Bytes adb;
+  Bytes e2p;  // configuration index 1 only
+};
+
+// Lays one SDB of the document out, with its first user box record and its settings block. Nothing after a
+// message.
+std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& document, size_t sdb,
+                                        const ProjectConfig& config);
+
+// Builds the images, writes them and their URT files into the temporary folder. `files` is how many URT files
+// are ready to be sent: 0, 1, or 2 for configuration index 1. False after a message.
+bool CreateAdbPartitionFiles(const Context& context, const Document& document, size_t sdb,
+                             const ProjectConfig& config, const LocalTime& time, int& files);
+
+// The request that makes the loader send its memory. Nothing after a message.
+std::optional<Bytes> BuildDownloadRequest(const Context& context, const ProjectConfig& config);
+// Writes it as "~001dcl.urt" into the temporary folder.
+bool WriteDownloadRequest(const Context& context, const ProjectConfig& config);
+
+}  // namespace vexa

@@ -1,0 +1,39 @@
+// Turns what was downloaded from the receiver back into a database file.
+//
+// The receiver keeps its settings as a journal: each save appends a copy and clears one more high bit of the
+// 64-bit marker in front (two words, high half first, 0x7FFFFFFF 0xFFFFFFFF with one copy). The current copy
+// is the last.
+#pragma once
+
+#include <optional>
+#include <span>
+
+#include "config/project_config.h"
+#include "core/context.h"
+#include "core/database.h"
+#include "image/receiver_layout.h"
+
+namespace vexa {
+
+struct DecodedImage {
+  Bytes file;              // a bare SDB stream of version 6 with a user box record behind it
+  SettingsBlock settings;  // for Document::settings_block of the database opened from `file`
+  SelectionBlock selection;
+};
+
+// Which copy a marker names: leading zero bits less one. 0 for a marker with its top bit set, for one with no
+// bit above the lowest, and for 35 and more, which a partition does not hold.
+size_t JournalSlot(uint64_t marker);
+
+// `e2p` is looked at for configuration index 1 only. Nothing after a message.
+std::optional<DecodedImage> DecodeImage(const Context& context, const ProjectConfig& config,
+                                        std::span<const uint8_t> adb, std::span<const uint8_t> e2p,
+                                        const UserBoxInfo& user_box);
+// The same from "~001adb.bin" and "~001e2p.bin" in `folder`.
+std::optional<DecodedImage> DecodeFolder(const Context& context, const ProjectConfig& config,
+                                         const Path& folder, const UserBoxInfo& user_box);
+// From and to the temporary folder: leaves "~001sdb.bin" there. Nothing after a message.
+std::optional<DecodedImage> DecodeDownload(const Context& context, const ProjectConfig& config,
+                                           const UserBoxInfo& user_box);
+
+}  // namespace vexa

@@ -1,0 +1,152 @@
+#include "image/urt_dialog.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+// -1 for anything but a number up to `limit`.
+int NumberIn(const std::string& text, int limit) {
+  int number = -1;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || text[0] == '-' || number > limit) return -1;
+  return number;
+}
+
+std::optional<UrtRefusal> CheckRow(const UrtDialog& dialog, size_t place) {
+  const UrtRow& row = dialog.rows[place];
+  const auto refuse = [place](const char* text, UrtField field) { return UrtRefusal{text, field, place}; };
+  std::error_code error;
+  if (row.image.empty()) return refuse("Choose an image file.", UrtField::kImage);
+  if (!std::filesystem::is_regular_file(row.image, error)) {
+    return refuse("The image file does not exist.", UrtField::kImage);
+  }
+  if (row.urt.empty()) return refuse("Give the URT file a name.", UrtField::kUrt);
+  if (std::filesystem::equivalent(row.image, row.urt, error)) {
+    return refuse("The URT file would take the place of its image.", UrtField::kUrt);
+  }
+  if (row.region < 0 || static_cast<size_t>(row.region) >= dialog.regions.size()) {
+    return refuse("Choose an image type.", UrtField::kRegion);
+  }
+  if (LatinFromUtf8(row.name).size() > kLongestImageName) {
+    return refuse("An image name has at most 49 characters.", UrtField::kName);
+  }
+  for (size_t i = 0; i < place; ++i) {
+    if (dialog.rows[i].urt == row.urt) {
+      return refuse("Two images would be written to the same URT file.", UrtField::kUrt);
+    }
+  }
+  return std::nullopt;
+}
+
+bool TellResult(const Context& context, ConversionResult result, const UrtRow& row) {
+  switch (result) {
+    case ConversionResult::kDone:
+      return true;
+    case ConversionResult::kCannotOpen:
+      Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+      break;
+    case ConversionResult::kRefused:
+      break;  // told where it was found
+    case ConversionResult::kReadFailed:
+      Tell(context.messages, Icon::kStop, "Could not read file \"%s\".", Utf8FromPath(row.image).c_str());
+      break;
+    case ConversionResult::kWriteFailed:
+      Tell(context.messages, Icon::kStop, "Could not write file \"%s\".", Utf8FromPath(row.urt).c_str());
+      break;
+  }
+  return false;
+}
+
+}  // namespace
+
+UrtDialog OpenUrtDialog(const ProjectConfig& config) {
+  UrtDialog dialog;
+  for (const RegionEntry& region : config.regions) dialog.regions.push_back(Utf8FromLatin(region.name));
+  dialog.software_major = std::to_string(config.software_major);
+  dialog.software_minor = std::to_string(config.software_minor);
+  dialog.compressed = config.compressed_image;
+  dialog.compression_type = config.compression_type == 1 ? 1 : 0;
+  dialog.compression_level = std::min<int>(config.compression_level, 8);
+  return dialog;
+}
+
+UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image) {
+  UrtRow row;
+  row.image = image;
+  if (!image.empty()) row.urt = UrtPathIn(image.parent_path(), image);
+  if (config.regions.empty()) return row;
+  const size_t region = config.image_type_index < config.regions.size() ? config.image_type_index : 0;
+  row.region = static_cast<int>(region);
+  row.name = Utf8FromLatin(config.regions[region].name);
+  return row;
+}
+
+void ChooseUrtRegion(const UrtDialog& dialog, UrtRow& row, int region) {
+  const auto name_of = [&dialog](int place) {
+    return place >= 0 && static_cast<size_t>(place) < dialog.regions.size()
+               ? dialog.regions[static_cast<size_t>(place)]
+               : std::string();
+  };
+  if (row.name == name_of(row.region)) row.name = name_of(region);
+  row.region = region;
+}
+
+Path UrtPathIn(const Path& folder, const Path& image) {
+  return folder / image.filename().replace_extension("urt");
+}
+
+std::optional<UrtRefusal> CheckUrtDialog(const UrtDialog& dialog) {
+  if (dialog.rows.empty()) return UrtRefusal{"Add at least one image.", UrtField::kImage, 0};
+  for (size_t i = 0; i < dialog.rows.size(); ++i) {
+    if (const auto refusal = CheckRow(dialog, i)) return refusal;
+  }
+  if (NumberIn(dialog.software_major, kSoftwareMajorLimit) < 0) {
+    return UrtRefusal{"The major software version is a number from 0 to 255.", UrtField::kMajor, 0};
+  }
+  if (NumberIn(dialog.software_minor, kSoftwareMinorLimit) < 0) {
+    return UrtRefusal{"The minor software version is a number from 0 to 15.", UrtField::kMinor, 0};
+  }
+  return std::nullopt;
+}
+
+ImageDescription DescribeForRegion(const ProjectConfig& config, size_t place) {
+  const RegionEntry& region = config.regions[place];
+  ImageDescription description = DescribeImage(config);
+  const bool application = region.type == 3;
+  description.type = application ? 0 : region.type & 15;
+  description.kind = application ? 4 : region.type == 4 ? 3 : region.type & 15;
+  // Static databases have no fixed address in the receiver, as when they are uploaded.
+  description.flag = region.type == 4 || config.configuration_index != 0;
+  description.name = region.name;
+  description.start = region.start;
+  description.end = region.end;
+  return description;
+}
+
+size_t ConvertRows(const Context& context, const ProjectConfig& config, const UrtDialog& dialog,
+                   const LocalTime& time) {
+  ConversionParameters parameters = SetConversionParameters(config, time);
+  parameters.compressed = dialog.compressed;
+  parameters.compression_type = static_cast<uint8_t>(dialog.compression_type);
+  parameters.level = dialog.compression_level + 1;
+  if (context.progress.range) context.progress.range(dialog.rows.size());
+  for (size_t i = 0; i < dialog.rows.size(); ++i) {
+    if (context.progress.position) context.progress.position(i);
+    const UrtRow& row = dialog.rows[i];
+    ImageDescription description = DescribeForRegion(config, static_cast<size_t>(row.region));
+    description.name = LatinFromUtf8(row.name);
+    description.software_major = static_cast<uint16_t>(NumberIn(dialog.software_major, kSoftwareMajorLimit));
+    description.software_minor = static_cast<uint16_t>(NumberIn(dialog.software_minor, kSoftwareMinorLimit));
+    if (!TellResult(context, ConvertToUrt(context, parameters, description, row.image, row.urt), row))
+      return i;
+  }
+  if (context.progress.position) context.progress.position(dialog.rows.size());
+  return dialog.rows.size();
+}
+
+}  // namespace vexa

@@ -1,0 +1,62 @@
+// The dialogs that turn images into URT files, without their windows: what the fields hold, what OK refuses,
+// and the conversion of one or several images in one go. Texts are UTF-8.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "image/urt.h"
+
+namespace vexa {
+
+// One image to convert.
+struct UrtRow {
+  Path image, urt;
+  int region = -1;   // of the configuration; -1: none
+  std::string name;  // as the URT file carries it
+};
+
+struct UrtDialog {
+  std::vector<std::string> regions;  // the "Image Type" list
+  std::vector<UrtRow> rows;          // the single form has exactly one
+  std::string software_major, software_minor;
+  bool compressed = false;
+  int compression_type = 0, compression_level = 0;  // places in kCompressionTypes and kCompressionLevels
+};
+
+enum class UrtField { kNone, kImage, kUrt, kRegion, kName, kMajor, kMinor };
+
+struct UrtRefusal {
+  std::string text;
+  UrtField field = UrtField::kNone;
+  size_t row = 0;
+};
+
+inline constexpr size_t kLongestImageName = 49;  // bytes, as a region's
+inline constexpr size_t kMostUrtRows = 255;      // of one go
+inline constexpr int kSoftwareMajorLimit = 255;  // a byte of the file
+inline constexpr int kSoftwareMinorLimit = 15;   // four bits of it
+
+// With the configuration's versions and compression, and no row.
+UrtDialog OpenUrtDialog(const ProjectConfig& config);
+// A row for the image: the configuration's image type and that region's name, the URT file beside the image.
+UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image);
+// Another region brings its name along, unless the user gave the row a name of its own.
+void ChooseUrtRegion(const UrtDialog& dialog, UrtRow& row, int region);
+// The image's own name with "urt" behind the last dot, in `folder`.
+Path UrtPathIn(const Path& folder, const Path& image);
+
+// Nothing when all may be converted.
+std::optional<UrtRefusal> CheckUrtDialog(const UrtDialog& dialog);
+
+// How an image for that region is described: a region of type 3 takes the application database, which is
+// image type 0 of kind 4; any other gives its own type, static databases being of kind 3.
+ImageDescription DescribeForRegion(const ProjectConfig& config, size_t region);
+
+// Converts the rows of a checked dialog in order, one step of progress each. Each URT file appears whole or
+// not at all; a failure (message shown) ends it, files before it stay. The number of files made.
+size_t ConvertRows(const Context& context, const ProjectConfig& config, const UrtDialog& dialog,
+                   const LocalTime& time);
+
+}  // namespace vexa

@@ -1,0 +1,374 @@
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+#include "core/bytes.h"
+#include "core/zlib_com.h"
+#include "image/bin2cod.h"
+#include "image/crc32_mpeg2.h"
+#include "image/rc4.h"
+#include "image/urt.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr const char* kTitle = "URT Conversion";
+constexpr size_t kPacketHeader = 12, kFrameOverhead = 9;
+
+struct Block {
+  uint64_t offset = 0;
+  uint32_t length = 0, packets = 0, crc = 0;
+};
+
+// The image as it is cut: stored bytes and behind them fill and header. Two spans, as the stored bytes may be
+// many.
+struct Prepared {
+  uint64_t space = 0;  // the header packet's image space
+  std::span<const uint8_t> stored;
+  Bytes compressed;  // what `stored` spans when the image was compressed
+  Bytes tail;
+  std::vector<Block> blocks;
+
+  uint64_t size() const { return uint64_t{stored.size()} + tail.size(); }
+  // The two parts of bytes that may lie across the end of the stored ones.
+  std::pair<std::span<const uint8_t>, std::span<const uint8_t>> Part(uint64_t offset, size_t length) const {
+    const uint64_t split = std::min<uint64_t>(offset + length, stored.size());
+    const size_t first = split > offset ? static_cast<size_t>(split - offset) : 0;
+    const auto place = first == length ? size_t{0} : static_cast<size_t>(offset + first - stored.size());
+    return {stored.subspan(first == 0 ? 0 : static_cast<size_t>(offset), first),
+            std::span(tail).subspan(place, length - first)};
+  }
+};
+
+void AppendBig(uint8_t*& out, uint64_t value, int count) {
+  while (count-- > 0) *out++ = static_cast<uint8_t>(value >> (8 * count));
+}
+
+uint32_t SumOf(std::span<const uint8_t> bytes) {
+  return std::accumulate(bytes.begin(), bytes.end(), uint32_t{0});
+}
+
+void RefuseSpace(const Context& context) {
+  context.messages.tell(Icon::kStop, "Image exceeds the allowed memory space.", kTitle);
+}
+
+bool CompressImage(const Context& context, const ConversionParameters& parameters, Prepared& prepared) {
+  if (parameters.compression_type == 1) {
+    prepared.compressed = CompressBin2Cod(prepared.stored);
+  } else {
+    Bytes& output = prepared.compressed;
+    output.resize(static_cast<size_t>(CompressedCapacity(prepared.stored.size())));
+    const uint64_t length =
+        CompressBuffer(context.messages, prepared.stored, output, parameters.level, kTitle);
+    if (length == 0) return false;
+    output.resize(static_cast<size_t>(length));
+  }
+  // The receiver knows a compressed image by a stored size that differs from its size: one that came out just
+  // as long goes as it is.
+  if (prepared.compressed.size() != prepared.stored.size()) prepared.stored = prepared.compressed;
+  return true;
+}
+
+Bytes PlainHeader(const ConversionParameters& parameters, const ImageDescription& description, bool open,
+                  uint64_t size, uint64_t stored_size, uint32_t stored_crc, uint64_t fill) {
+  ByteWriter header;
+  header.U8(description.manufacturer_id & 0xFFu);
+  header.U8(1);
+  header.U8(description.version_a & 0xFFu);
+  header.U8(description.software_major & 0xFFu);
+  header.U8((description.version_b & 15u) << 4 | (description.software_minor & 15u));
+  header.U8(description.type & 0xFFu);
+  header.U8(description.flag);
+  header.U8(description.kind & 0xFFu);
+  header.U32(open ? kNoAddress : description.start);
+  header.U32(static_cast<uint32_t>(size));
+  header.U32(stored_crc);
+  header.U32(static_cast<uint32_t>(stored_size));
+  header.U32(0xFFFFFFFF);
+  header.U8(static_cast<uint32_t>(parameters.time.day));
+  header.U8(static_cast<uint32_t>(parameters.time.month));
+  header.U16(static_cast<uint32_t>(parameters.time.year));
+  header.U8(static_cast<uint32_t>(parameters.time.hour));
+  header.U8(static_cast<uint32_t>(parameters.time.minute));
+  header.Fill(17, 0xFF);
+  header.U8(0);
+  header.U32(static_cast<uint32_t>(fill));
+  header.Fill(kImageHeaderSize - header.size(), 0xFF);
+  if (description.type == 2) {
+    constexpr uint8_t kMark[] = {3, 0, 0xFF, 0xFF};
+    header.Append(kMark);
+    header.Fill(24, 0);
+    header.Fill(kType2HeaderSize - header.size(), 0xFF);
+  }
+  return std::move(header.bytes());
+}
+
+// Cuts `size` bytes into blocks, each with the CRC of what of it is stored; gives back the CRC of all stored
+// bytes.
+uint32_t CutBlocks(const ConversionParameters& parameters, uint64_t size, Prepared& prepared) {
+  uint32_t stored_crc = kCrcStart;
+  for (uint64_t offset = 0; offset < size; offset += parameters.block_size) {
+    Block block;
+    block.offset = offset;
+    block.length = static_cast<uint32_t>(std::min<uint64_t>(parameters.block_size, size - offset));
+    block.packets = (block.length + parameters.packet_size - 1) / parameters.packet_size;
+    block.crc = kCrcStart;
+    if (offset < prepared.stored.size()) {
+      const size_t length =
+          std::min<size_t>(block.length, prepared.stored.size() - static_cast<size_t>(offset));
+      block.crc = Crc32Mpeg2(prepared.stored.subspan(static_cast<size_t>(offset), length));
+      stored_crc = JoinCrc32Mpeg2(stored_crc, block.crc, length);
+    }
+    prepared.blocks.push_back(block);
+  }
+  return stored_crc;
+}
+
+// Compression, fill, header and blocks. False after a message.
+bool PrepareImage(const Context& context, const ConversionParameters& parameters,
+                  const ImageDescription& description, std::span<const uint8_t> image, Prepared& prepared) {
+  const ImageRoom room = RoomOfImage(description.type, description.flag);
+  const uint64_t space = uint64_t{description.end} - description.start;
+  const uint64_t least = room.header == 0 ? 0 : room.header + 1;
+  const bool fits = description.end >= description.start && space >= least &&
+                    image.size() <= kMaximumImageSize && (room.open || space <= kMaximumImageSize);
+  if (!fits) {
+    RefuseSpace(context);
+    return false;
+  }
+  prepared.stored = image;
+  if (parameters.compressed && !CompressImage(context, parameters, prepared)) return false;
+  const uint64_t stored = prepared.stored.size();
+  if (stored > space - room.header) {
+    RefuseSpace(context);
+    return false;
+  }
+  const uint64_t open_size = stored + room.header;
+  const uint64_t fill = room.open ? 4 - open_size % 4 : space - room.header - stored;
+  prepared.space = room.open ? open_size + fill : space;
+  const uint32_t stored_crc = CutBlocks(parameters, stored + fill + room.header, prepared);
+  Bytes header;
+  if (room.header != 0) {
+    header = PlainHeader(parameters, description, room.open, image.size(), stored, stored_crc, fill);
+    Rc4(header, kImageHeaderKey);
+  }
+  prepared.tail.assign(static_cast<size_t>(fill), 0xFF);
+  prepared.tail.insert(prepared.tail.end(), header.begin(), header.end());
+  for (Block& block : prepared.blocks) {
+    block.crc = Crc32Mpeg2(prepared.Part(block.offset, block.length).second, block.crc);
+  }
+  return true;
+}
+
+Bytes DescriptionBody(const ConversionParameters& parameters, const ImageDescription& description,
+                      const Prepared& prepared) {
+  ByteWriter body;
+  const auto count = static_cast<uint32_t>(prepared.blocks.size());
+  body.U8(parameters.header_tag);
+  body.U16Big(0x8000 | ((count * 14 + 47) & 0xFFF));
+  body.U8((description.type & 15u) << 4 | (description.kind & 15u));
+  body.U8((description.version_b & 15u) << 4 | (description.software_minor & 15u));
+  body.U8(description.manufacturer_id & 0xFFu);
+  body.U8(description.version_a & 0xFFu);
+  body.U8(description.software_major & 0xFFu);
+  body.U8(description.name.size() & 15u);
+  body.Text(description.name, description.name.size());
+  body.U32Big(static_cast<uint32_t>(prepared.space));
+  body.U8(static_cast<uint32_t>(parameters.time.day));
+  body.U8(static_cast<uint32_t>(parameters.time.month));
+  body.U16Big(static_cast<uint32_t>(parameters.time.year));
+  body.U8(parameters.configuration_flag);
+  body.U8(static_cast<uint32_t>(parameters.time.hour));
+  body.U8(static_cast<uint32_t>(parameters.time.minute));
+  body.U8(static_cast<uint32_t>(parameters.time.second));
+  body.U32Big(RoomOfImage(description.type, description.flag).open ? kNoAddress : description.start);
+  body.U32Big(description.end);
+  body.U24Big(count);
+  uint32_t image_crc = kCrcStart;
+  for (const Block& block : prepared.blocks) {
+    body.U32Big(static_cast<uint32_t>(block.offset));
+    body.U8(block.packets & 0xFF);
+    body.U24Big(block.length & 0xFFFFFF);
+    body.U8(parameters.packet_size >> 8 & 15);
+    body.U8(parameters.packet_size & 0xFF);
+    body.U32Big(block.crc);
+    image_crc = JoinCrc32Mpeg2(image_crc, block.crc, block.length);
+  }
+  body.U32Big(image_crc);
+  return std::move(body.bytes());
+}
+
+// Collects frames and hands them on in large pieces.
+class FrameWriter {
+ public:
+  explicit FrameWriter(const PieceWriter& write) : write_(write), buffer_(kPieceSize) {}
+
+  // Room for `size` bytes, at most kPieceSize; false when an earlier piece could not be written.
+  bool Need(size_t size) {
+    if (buffer_.size() - used_ >= size) return true;
+    return Flush();
+  }
+  uint8_t* end() { return buffer_.data() + used_; }
+  void Advance(const uint8_t* end) { used_ = static_cast<size_t>(end - buffer_.data()); }
+  bool Flush() {
+    const bool done = used_ == 0 || write_(std::span(buffer_).first(used_));
+    used_ = 0;
+    return done;
+  }
+
+ private:
+  static constexpr size_t kPieceSize = size_t{1} << 18;
+  const PieceWriter& write_;
+  Bytes buffer_;
+  size_t used_ = 0;
+};
+
+void AppendFrameEnd(uint8_t*& out, uint32_t sum) {
+  AppendBig(out, sum, 4);
+  *out++ = 3;
+}
+
+bool AppendPackets(const ConversionParameters& parameters, const Prepared& prepared, uint32_t index,
+                   FrameWriter& writer) {
+  const Block& block = prepared.blocks[index];
+  for (uint32_t packet = 0; packet < block.packets; ++packet) {
+    const uint32_t offset = packet * parameters.packet_size;
+    const uint32_t length = std::min(parameters.packet_size, block.length - offset);
+    if (!writer.Need(length + kPacketHeader + kFrameOverhead)) return false;
+    uint8_t* out = writer.end();
+    *out++ = 2;
+    AppendBig(out, length + kPacketHeader, 3);
+    const uint8_t* body = out;
+    *out++ = parameters.packet_tag;
+    AppendBig(out, 0x8000 | (length + 9), 2);
+    AppendBig(out, offset & 0x3FFFF, 3);
+    AppendBig(out, index, 3);
+    *out++ = static_cast<uint8_t>(packet);
+    AppendBig(out, length, 2);
+    const auto [stored, tail] = prepared.Part(block.offset + offset, length);
+    out = std::copy(stored.begin(), stored.end(), out);
+    out = std::copy(tail.begin(), tail.end(), out);
+    AppendFrameEnd(out, SumOf({body, out}));
+    writer.Advance(out);
+  }
+  return true;
+}
+
+uint64_t PacketsOf(const Prepared& prepared) {
+  uint64_t packets = 0;
+  for (const Block& block : prepared.blocks) packets += block.packets;
+  return packets;
+}
+
+// The first bytes of the file and the description's frame.
+Bytes FileStart(const Bytes& body, uint64_t packets) {
+  ByteWriter start;
+  start.Text("MZ", 2);
+  start.U32Big(static_cast<uint32_t>(packets + 1));
+  start.U8(2);
+  start.U24Big(static_cast<uint32_t>(body.size()));
+  start.Append(body);
+  start.U32Big(SumOf(body));
+  start.U8(3);
+  return std::move(start.bytes());
+}
+
+bool WriteUrt(const ConversionParameters& parameters, const ImageDescription& description,
+              const Prepared& prepared, const PieceWriter& write) {
+  const Bytes start = FileStart(DescriptionBody(parameters, description, prepared), PacketsOf(prepared));
+  FrameWriter writer(write);
+  if (!write(start)) return false;
+  for (uint32_t index = 0; index < prepared.blocks.size(); ++index) {
+    if (!AppendPackets(parameters, prepared, index, writer)) return false;
+  }
+  return writer.Flush();
+}
+
+// The checks and preparation before anything is written. False after a message.
+bool Prepare(const Context& context, const ConversionParameters& parameters,
+             const ImageDescription& description, std::span<const uint8_t> image, Prepared& prepared) {
+  if (parameters.block_size == 0 || parameters.packet_size == 0 ||
+      parameters.packet_size > kMaximumUrtPacket) {
+    Tell(context.messages, Icon::kStop,
+         "Configuration settings not found to process.\nUpdate configuration file and continue");
+    return false;
+  }
+  return PrepareImage(context, parameters, description, image, prepared);
+}
+
+}  // namespace
+
+ImageRoom RoomOfImage(uint16_t type, uint8_t flag) {
+  if (type == 2) return {kType2HeaderSize, false};
+  if (type == 3 || (type == 0 && flag == 1)) return {};
+  return {kImageHeaderSize, (type == 4 || type == 5) && (flag == 1 || flag == 2)};
+}
+
+ConversionParameters SetConversionParameters(const ProjectConfig& config, const LocalTime& time) {
+  ConversionParameters parameters;
+  parameters.header_tag = config.loader.byte0;
+  parameters.packet_tag = config.loader.byte2;
+  parameters.block_size = config.loader.word4 * 1024u;
+  parameters.packet_size = config.loader.word6;
+  parameters.configuration_flag = config.configuration_index != 0;
+  parameters.compressed = config.compressed_image;
+  parameters.compression_type = config.compression_type;
+  parameters.level = config.compression_level + 1;
+  parameters.time = time;
+  return parameters;
+}
+
+ImageDescription DescribeImage(const ProjectConfig& config) {
+  ImageDescription description;
+  description.manufacturer_id = config.manufacturer_id;
+  description.software_major = config.software_major;
+  description.software_minor = config.software_minor;
+  description.version_a = config.version_a;
+  description.version_b = config.version_b;
+  return description;
+}
+
+ConversionResult BuildUrt(const Context& context, const ConversionParameters& parameters,
+                          const ImageDescription& description, std::span<const uint8_t> image, Bytes& urt) {
+  Prepared prepared;
+  if (!Prepare(context, parameters, description, image, prepared)) return ConversionResult::kRefused;
+  urt.clear();
+  const uint64_t packets = PacketsOf(prepared) * (kFrameOverhead + kPacketHeader);
+  urt.reserve(static_cast<size_t>(prepared.size() + packets + prepared.blocks.size() * 14 +
+                                  description.name.size() + 64));
+  WriteUrt(parameters, description, prepared, [&urt](std::span<const uint8_t> piece) {
+    urt.insert(urt.end(), piece.begin(), piece.end());
+    return true;
+  });
+  return ConversionResult::kDone;
+}
+
+ConversionResult ConvertToUrt(const Context& context, const ConversionParameters& parameters,
+                              const ImageDescription& description, const Path& input, const Path& output) {
+  const auto image = ReadWholeFile(input, kMaximumImageSize);
+  if (!image) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(input, error);
+    if (error) return ConversionResult::kCannotOpen;
+    if (size <= kMaximumImageSize) return ConversionResult::kReadFailed;
+    RefuseSpace(context);
+    return ConversionResult::kRefused;
+  }
+  Prepared prepared;
+  if (!Prepare(context, parameters, description, *image, prepared)) return ConversionResult::kRefused;
+  const auto produce = [&](const PieceWriter& write) {
+    return WriteUrt(parameters, description, prepared, write);
+  };
+  switch (WriteWholeFileBy(output, produce, *context.files)) {
+    case WriteResult::kCannotCreate:
+      return ConversionResult::kCannotOpen;
+    case WriteResult::kFailed:
+      return ConversionResult::kWriteFailed;
+    case WriteResult::kDone:
+      break;
+  }
+  return ConversionResult::kDone;
+}
+
+}  // namespace vexa

@@ -1,0 +1,214 @@
+// The models of the image dialogs: what they refuse, and files there and back.
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "image/compression_dialog.h"
+#include "image/urt_dialog.h"
+#include "tests/image/image_maker.h"
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+const LocalTime kTime{2020, 2, 3, 4, 5, 6};
+
+Bytes Pattern(size_t size) {
+  Bytes bytes(size);
+  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<uint8_t>(i * i >> 5);
+  return bytes;
+}
+
+class UrtDialogTest : public testing::Test {
+ protected:
+  Path Put(const std::string& name, const Bytes& content) {
+    const Path path = recorder_.context.temporary_folder / PathFromUtf8(name);
+    PutFile(path, content);
+    return path;
+  }
+  Recorder recorder_;
+  ProjectConfig config_ = MakeImageConfig(0);
+};
+
+TEST_F(UrtDialogTest, OpensWithTheConfigurationsChoices) {
+  config_.image_type_index = 1;
+  config_.compressed_image = true;
+  config_.compression_type = 1;
+  config_.compression_level = 8;
+  const UrtDialog dialog = OpenUrtDialog(config_);
+  EXPECT_EQ(dialog.regions, (std::vector<std::string>{"Boot", "Application data", "Other"}));
+  EXPECT_EQ(dialog.software_major + "." + dialog.software_minor, "7.5");
+  EXPECT_TRUE(dialog.compressed);
+  EXPECT_EQ(dialog.compression_type, 1);
+  EXPECT_EQ(dialog.compression_level, 8);
+  const UrtRow row = MakeUrtRow(config_, Path("folder") / "some.image.bin");
+  EXPECT_EQ(row.urt, Path("folder") / "some.image.urt");
+  EXPECT_EQ(row.region, 1);
+  EXPECT_EQ(row.name, "Application data");
+  config_.image_type_index = 99;
+  EXPECT_EQ(MakeUrtRow(config_, "x").region, 0) << "an index beyond the list";
+  config_.regions.clear();
+  EXPECT_EQ(MakeUrtRow(config_, "x").region, -1);
+}
+
+TEST_F(UrtDialogTest, RegionBringsItsNameUntilTheUserGaveOne) {
+  const UrtDialog dialog = OpenUrtDialog(config_);
+  UrtRow row = MakeUrtRow(config_, "x");
+  ChooseUrtRegion(dialog, row, 2);
+  EXPECT_EQ(row.name, "Other");
+  row.name = "My own";
+  ChooseUrtRegion(dialog, row, 1);
+  EXPECT_EQ(row.name, "My own");
+  EXPECT_EQ(row.region, 1);
+  ChooseUrtRegion(dialog, row, 77);
+  EXPECT_EQ(row.name, "My own");
+}
+
+struct RefusalCase {
+  const char* what;
+  std::function<void(UrtDialog&)> spoil;
+  UrtField field;
+  size_t row;
+};
+
+TEST_F(UrtDialogTest, RefusesWhatCannotBeConverted) {
+  const Path one = Put("one.bin", {1, 2, 3}), two = Put("two.bin", {4});
+  const RefusalCase cases[] = {
+      {"no rows", [](UrtDialog& d) { d.rows.clear(); }, UrtField::kImage, 0},
+      {"no image", [](UrtDialog& d) { d.rows[1].image.clear(); }, UrtField::kImage, 1},
+      {"an image that is not there", [](UrtDialog& d) { d.rows[0].image += "x"; }, UrtField::kImage, 0},
+      {"a folder", [](UrtDialog& d) { d.rows[0].image = d.rows[0].image.parent_path(); }, UrtField::kImage,
+       0},
+      {"no output", [](UrtDialog& d) { d.rows[0].urt.clear(); }, UrtField::kUrt, 0},
+      {"output over the input", [](UrtDialog& d) { d.rows[1].urt = d.rows[1].image; }, UrtField::kUrt, 1},
+      {"two to one file", [](UrtDialog& d) { d.rows[1].urt = d.rows[0].urt; }, UrtField::kUrt, 1},
+      {"no region", [](UrtDialog& d) { d.rows[0].region = -1; }, UrtField::kRegion, 0},
+      {"a region beyond", [](UrtDialog& d) { d.rows[0].region = 3; }, UrtField::kRegion, 0},
+      {"a long name", [](UrtDialog& d) { d.rows[1].name.assign(50, 'n'); }, UrtField::kName, 1},
+      {"major empty", [](UrtDialog& d) { d.software_major = ""; }, UrtField::kMajor, 0},
+      {"major 256", [](UrtDialog& d) { d.software_major = "256"; }, UrtField::kMajor, 0},
+      {"major negative", [](UrtDialog& d) { d.software_major = "-1"; }, UrtField::kMajor, 0},
+      {"minor 16", [](UrtDialog& d) { d.software_minor = "16"; }, UrtField::kMinor, 0},
+      {"minor no number", [](UrtDialog& d) { d.software_minor = "1x"; }, UrtField::kMinor, 0},
+  };
+  for (const RefusalCase& test : cases) {
+    SCOPED_TRACE(test.what);
+    UrtDialog dialog = OpenUrtDialog(config_);
+    dialog.rows = {MakeUrtRow(config_, one), MakeUrtRow(config_, two)};
+    dialog.rows[0].name.assign(49, 'n');
+    dialog.software_major = "255";
+    dialog.software_minor = "15";
+    ASSERT_FALSE(CheckUrtDialog(dialog).has_value());
+    test.spoil(dialog);
+    const auto refusal = CheckUrtDialog(dialog);
+    ASSERT_TRUE(refusal.has_value());
+    EXPECT_FALSE(refusal->text.empty());
+    EXPECT_EQ(refusal->field, test.field);
+    EXPECT_EQ(refusal->row, test.row);
+  }
+}
+
+TEST_F(UrtDialogTest, ConvertsEachRowForItsRegion) {
+  const Bytes boot = Pattern(900);
+  const Bytes data = Pattern(5000);
+  config_.regions[2] = {"Static", 4, 0, 0x10000};
+  UrtDialog dialog = OpenUrtDialog(config_);
+  dialog.software_major = "9";
+  dialog.software_minor = "3";
+  dialog.compressed = true;
+  dialog.compression_level = 8;
+  dialog.rows = {MakeUrtRow(config_, Put("boot.bin", boot)), MakeUrtRow(config_, Put("data.bin", data)),
+                 MakeUrtRow(config_, Put("b\xC3\xA4se.bin", data))};
+  ChooseUrtRegion(dialog, dialog.rows[1], 1);
+  ChooseUrtRegion(dialog, dialog.rows[2], 2);
+  dialog.rows[0].name = "B\xC3\xBChne";
+  std::vector<uint64_t> steps;
+  recorder_.context.progress.position = [&](uint64_t position) { steps.push_back(position); };
+  ASSERT_EQ(ConvertRows(recorder_.context, config_, dialog, kTime), 3u);
+  EXPECT_EQ(steps, (std::vector<uint64_t>{0, 1, 2, 3}));
+  EXPECT_TRUE(recorder_.Texts().empty());
+  struct Expected {
+    uint8_t type, kind;
+    std::string name;
+    uint32_t start;
+    const Bytes* image;
+  } expected[] = {{1, 1, "B\xFChne", 0, &boot},
+                  {0, 4, "Application data", 0x100000, &data},
+                  {4, 3, "Static", kNoAddress, &data}};
+  for (size_t i = 0; i < 3; ++i) {
+    SCOPED_TRACE(i);
+    const auto file = ReadWholeFile(dialog.rows[i].urt);
+    ASSERT_TRUE(file.has_value());
+    const UrtContent urt = ReadUrt(*file);
+    EXPECT_TRUE(urt.findings.empty());
+    EXPECT_EQ(urt.type, expected[i].type);
+    EXPECT_EQ(urt.kind, expected[i].kind);
+    EXPECT_EQ(urt.name, expected[i].name);
+    EXPECT_EQ(urt.start, expected[i].start);
+    EXPECT_EQ(urt.software_major, 9);
+    EXPECT_EQ(urt.software_minor, 3);
+    EXPECT_EQ(OriginalImage(urt), *expected[i].image);
+  }
+}
+
+TEST_F(UrtDialogTest, StopsAtTheFirstFailureAndLeavesTheOldFile) {
+  UrtDialog dialog = OpenUrtDialog(config_);
+  dialog.rows = {MakeUrtRow(config_, Put("good.bin", Pattern(10))),
+                 MakeUrtRow(config_, Put("large.bin", Pattern(0x2000))),
+                 MakeUrtRow(config_, Put("behind.bin", Pattern(10)))};
+  const Bytes old = {7, 7, 7};
+  PutFile(dialog.rows[1].urt, old);
+  EXPECT_EQ(ConvertRows(recorder_.context, config_, dialog, kTime), 1u);
+  EXPECT_EQ(recorder_.Texts(), std::vector<std::string>{"Image exceeds the allowed memory space."});
+  EXPECT_TRUE(std::filesystem::exists(dialog.rows[0].urt));
+  EXPECT_EQ(ReadWholeFile(dialog.rows[1].urt), old);
+  EXPECT_FALSE(std::filesystem::exists(dialog.rows[2].urt));
+}
+
+TEST_F(UrtDialogTest, CompressionGoesThereAndBack) {
+  for (const size_t size : {size_t{0}, size_t{1}, size_t{70000}, size_t{3000000}}) {
+    SCOPED_TRACE(size);
+    const Bytes content = size == 3000000 ? Bytes(size, 0) : Pattern(size);
+    CompressionDialog dialog;
+    dialog.input = Put("file.bin", content);
+    dialog.output = ProposeCompressionOutput(dialog.input, false);
+    EXPECT_EQ(dialog.output.filename(), "file.bin.z");
+    const auto there = RunCompression(recorder_.context, dialog);
+    ASSERT_TRUE(there.has_value());
+    EXPECT_EQ(there->before, size);
+    dialog.input = dialog.output;
+    dialog.expand = true;
+    EXPECT_EQ(ProposeCompressionOutput(dialog.input, true).filename(), "file.bin");
+    dialog.output = recorder_.context.temporary_folder / "back.bin";
+    ASSERT_TRUE(RunCompression(recorder_.context, dialog).has_value());
+    EXPECT_EQ(ReadWholeFile(dialog.output), content);
+    EXPECT_TRUE(recorder_.Texts().empty());
+  }
+}
+
+TEST_F(UrtDialogTest, DamagedStreamIsToldOnceAndWritesNothing) {
+  CompressionDialog dialog;
+  dialog.input = Put("file.txt", Pattern(100));
+  dialog.expand = true;
+  dialog.output = ProposeCompressionOutput(dialog.input, true);
+  EXPECT_EQ(dialog.output.filename(), "file.txt.out");
+  EXPECT_FALSE(RunCompression(recorder_.context, dialog).has_value());
+  EXPECT_EQ(recorder_.Texts(), std::vector<std::string>{"Decompression failed."});
+  EXPECT_FALSE(std::filesystem::exists(dialog.output));
+}
+
+TEST_F(UrtDialogTest, CompressionRefusesItsOwnInputAndMissingFiles) {
+  CompressionDialog dialog;
+  EXPECT_EQ(CheckCompression(dialog)->field, CompressionField::kInput);
+  dialog.input = Put("file.txt", Pattern(100));
+  EXPECT_EQ(CheckCompression(dialog)->field, CompressionField::kOutput);
+  dialog.output = dialog.input;
+  EXPECT_EQ(CheckCompression(dialog)->field, CompressionField::kOutput);
+  dialog.output += "2";
+  EXPECT_FALSE(CheckCompression(dialog).has_value());
+  dialog.input += "missing";
+  EXPECT_EQ(CheckCompression(dialog)->field, CompressionField::kInput);
+}
+
+}  // namespace
+}  // namespace vexa
