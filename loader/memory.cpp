@@ -1,0 +1,103 @@
+#include "loader/memory.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <set>
+#include <string>
+
+namespace vexa {
+
+namespace {
+
+constexpr uint64_t kSpaceSize = uint64_t{1} << 32;
+
+std::string NameOf(size_t space, uint32_t address) {
+  char name[32];
+  std::snprintf(name, sizeof name, "space%zu-%08X.bin", space + 1, address);
+  return name;
+}
+
+bool ParseName(const std::string& name, size_t& space, uint32_t& address) {
+  unsigned number = 0, at = 0;
+  if (std::sscanf(name.c_str(), "space%1u-%8X.bin", &number, &at) != 2 || number < 1 || number > 2)
+    return false;
+  space = number - 1;
+  address = at;
+  return name == NameOf(space, address);
+}
+
+// Cuts the range out of all pieces.
+void Clear(std::map<uint32_t, Bytes>& pieces, uint64_t start, uint64_t end) {
+  std::map<uint32_t, Bytes> kept;
+  for (auto& [address, bytes] : pieces) {
+    const uint64_t first = address, last = first + bytes.size();
+    if (last <= start || first >= end) {
+      kept[address] = std::move(bytes);
+      continue;
+    }
+    if (first < start)
+      kept[address] = Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(start - first));
+    if (last > end) {
+      kept[static_cast<uint32_t>(end)] =
+          Bytes(bytes.begin() + static_cast<std::ptrdiff_t>(end - first), bytes.end());
+    }
+  }
+  pieces = std::move(kept);
+}
+
+}  // namespace
+
+void StoreBytes(LoaderMemory& memory, size_t space, uint32_t address, std::span<const uint8_t> bytes) {
+  const uint64_t size = std::min<uint64_t>(bytes.size(), kSpaceSize - address);
+  if (size == 0) return;
+  Clear(memory.spaces.at(space), address, address + size);
+  const auto part = bytes.first(static_cast<size_t>(size));
+  memory.spaces.at(space)[address] = Bytes(part.begin(), part.end());
+}
+
+Bytes LoadBytes(const LoaderMemory& memory, size_t space, uint32_t address, uint64_t size) {
+  Bytes loaded(static_cast<size_t>(std::min(size, kLargestRegion)), 0xFF);
+  const uint64_t start = address, end = start + loaded.size();
+  for (const auto& [at, bytes] : memory.spaces.at(space)) {
+    const uint64_t first = std::max<uint64_t>(start, at), last = std::min<uint64_t>(end, at + bytes.size());
+    for (uint64_t i = first; i < last; ++i)
+      loaded[static_cast<size_t>(i - start)] = bytes[static_cast<size_t>(i - at)];
+  }
+  return loaded;
+}
+
+bool SaveMemory(const LoaderMemory& memory, const Path& folder) {
+  std::error_code error;
+  std::filesystem::create_directories(folder, error);
+  std::set<std::string> written;
+  for (size_t space = 0; space < memory.spaces.size(); ++space) {
+    for (const auto& [address, bytes] : memory.spaces[space]) {
+      const std::string name = NameOf(space, address);
+      if (WriteWholeFile(folder / name, bytes) != WriteResult::kDone) return false;
+      written.insert(name);
+    }
+  }
+  std::vector<Path> stale;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    const std::string name = Utf8FromPath(entry.path().filename());
+    size_t space = 0;
+    uint32_t address = 0;
+    if (ParseName(name, space, address) && !written.contains(name)) stale.push_back(entry.path());
+  }
+  for (const Path& path : stale) std::filesystem::remove(path, error);
+  return true;
+}
+
+LoaderMemory OpenMemory(const Path& folder) {
+  LoaderMemory memory;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+    size_t space = 0;
+    uint32_t address = 0;
+    if (!ParseName(Utf8FromPath(entry.path().filename()), space, address)) continue;
+    if (const auto bytes = ReadWholeFile(entry.path())) StoreBytes(memory, space, address, *bytes);
+  }
+  return memory;
+}
+
+}  // namespace vexa

@@ -1,0 +1,105 @@
+// The receiver's side of the line: a loader that takes uploads into its memory and hands out regions of it.
+//
+// It knows no port and no clock: bytes and the time go in, answers with their time come out, so that a test
+// can run it in memory. It sends XON, ACK, ENQ, NAK, ETB and frames, nothing else, and never ACK and ENQ
+// together.
+//
+//   idle --wake-up--> woken (XON) --17--> polled (ACK) --120 ms without 17--> receiving (an ENQ for each
+//   frame) an upload's last frame: stored, woken again; a script's: announce (ETB until ACK) --> region (a
+//   frame for each ENQ or NAK) --> done (next region at ACK, idle at CAN)
+//
+// Region frames are framed like an upload. Frame 0 has the layout of an image description with tag F1 and a
+// name of 15 bytes; data frames have tag F2, the 12-byte packet header and at most 2979 bytes of data.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "image/urt.h"
+#include "loader/memory.h"
+
+namespace vexa {
+
+// Deliberate faults, each with a probability; repeatable by the seed.
+struct LoaderFaults {
+  uint64_t seed = 1;
+  double nak = 0;      // a good upload frame, not the last of its file, is answered as if it were bad
+  double corrupt = 0;  // a sent frame has one payload bit flipped, its sum unchanged
+  double drop = 0;     // a handshake byte is left out
+  uint32_t delay = 0;  // ms before every answer
+};
+
+enum class LoaderState { kIdle, kWoken, kPolled, kReceiving, kFailed, kAnnounce, kRegion, kDone };
+
+struct LoaderRegion {
+  uint8_t number = 0;
+  uint32_t start = 0, end = 0;
+};
+
+struct LoaderAnswer {
+  uint64_t due = 0;  // ms
+  Bytes bytes;
+};
+
+// All times in ms of one clock that never goes back.
+struct Receiver {
+  LoaderFaults faults;
+  uint64_t random = 0;
+  uint32_t baud = 0;  // for the time that a frame takes; 0: none
+  LoaderMemory memory;
+  std::function<void()> stored;                       // after an image went into the memory; may be empty
+  std::function<void(const std::string& line)> note;  // what it does, in words; may be empty
+
+  LoaderState state = LoaderState::kIdle;
+  bool download = false;
+  bool session_ended = false;  // stays set until the owner clears it
+  uint32_t syn_count = 0;
+  Bytes in;  // from an STX on, not yet complete
+  std::deque<LoaderAnswer> out;
+
+  uint64_t last_byte = 0, last_other = 0, last_etb = 0;  // received: any; other than 17; 17
+  uint64_t last_ack = 0, last_enq = 0, last_nak = 0;     // sent
+  bool ack_sent = false, enq_sent = false, nak_sent = false, other_since_enq = false;
+
+  std::vector<Bytes> frames;  // payloads of the file, in order
+  size_t frames_expected = 0;
+  std::vector<UrtBlock> blocks;  // as the description states them
+  size_t block = 0;              // of the next packet
+  uint32_t block_position = 0, block_packet = 0;
+  bool upload_open = false;  // a file was taken; the session ends when no other follows
+  uint64_t last_file = 0;
+
+  std::vector<LoaderRegion> regions;
+  size_t region = 0;
+  Bytes region_data;
+  std::vector<uint32_t> region_packets;  // of each block
+  size_t region_frames = 0;              // data frames
+  int64_t region_frame = -1;             // sent last; 0 is the header
+  uint64_t timer = 0;
+  int announcements = 0, repeats = 0;
+};
+
+Receiver MakeReceiver(const LoaderFaults& faults, LoaderMemory memory);
+void ReceiverTakes(Receiver& receiver, uint64_t now, std::span<const uint8_t> bytes);
+// Lets time pass; call at least every 10 ms.
+void ReceiverPasses(Receiver& receiver, uint64_t now);
+// The next answer whose time has come; false when there is none.
+bool TakeAnswer(Receiver& receiver, uint64_t now, Bytes& answer);
+
+// --- shared by the room's files ---
+
+void SendHandshake(Receiver& receiver, uint64_t now, uint8_t byte);
+void SendRegionFrame(Receiver& receiver, uint64_t now, uint32_t wait);
+void OpenRegion(Receiver& receiver);
+bool Happens(Receiver& receiver, double probability);
+void Note(Receiver& receiver, const std::string& line);
+// Takes the finished upload apart and stores its image. False, with a line in the log, when anything is
+// wrong.
+bool StoreUpload(Receiver& receiver);
+// Bytes 3 to 9 of the packet that is due.
+std::array<uint8_t, 7> PlaceDue(const Receiver& receiver);
+
+}  // namespace vexa

@@ -1,0 +1,151 @@
+// The uploader console without its window: the log, the connection, the lines that are sent, the upload.
+//
+//   Disconnected --ConnectConsole--> Connected --DisconnectConsole--> Disconnected
+//   Connected --the port is gone--> Disconnected, or Waiting (for the port to come back) when that is chosen
+//
+// Threads: the owner calls all functions from one thread, and UpdateConsole about 30 times a second; the
+// port's reader, the sender of lines and the upload's job only append to the log and leave messages, which
+// TellConsoleMessages hands on. All texts that arrive are single bytes (Windows-1252).
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdio>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "config/project_config.h"
+#include "core/context.h"
+#include "serial/console_text.h"
+#include "serial/port.h"
+#include "serial/relay.h"
+#include "serial/reports.h"
+#include "serial/transfer.h"
+
+namespace vexa {
+
+enum class ConsoleState { kDisconnected, kConnected, kWaiting };
+
+inline constexpr uint64_t kUpdateInterval = 33;                     // ms between updates of the view
+inline constexpr uint64_t kFirstRetry = 500, kLongestRetry = 2000;  // ms between tries of a lost port
+inline constexpr uint64_t kCancelTime = 2000;                       // ms that a cancelled job has to end
+
+struct ConsoleMessage {
+  Icon icon;
+  std::string text, title;
+};
+
+// The log file and what the view has not shown yet; shared by all threads, guarded by `lock`.
+struct ConsoleLog {
+  std::mutex lock;
+  Path path;
+  std::FILE* file = nullptr;
+  uint64_t size = 0;    // bytes in the file
+  bool failed = false;  // the last write; told once
+  ConsoleOptions options;
+  HexadecimalRows hexadecimal;
+  LineStamps stamps;
+  ViewLines lines;
+  ViewQueue queue;
+  std::deque<ConsoleMessage> messages;  // told by other threads than the owner's
+};
+
+// Lines on their way to the port, so that a line that takes nothing does not stop the owner.
+struct ConsoleSender {
+  std::mutex lock;
+  std::condition_variable changed;
+  std::deque<Bytes> lines;
+  bool stop = false, ended = true;
+  std::thread thread;
+};
+
+struct Console {
+  Context context;  // its messages are told on the owner's thread
+  ConsoleLog log;
+  ConsoleSender sender;
+  Port port;
+  Transfer transfer;
+  ReportTarget reports;
+  std::thread job;
+  std::atomic<bool> job_ended{false};
+  std::atomic<bool> reset_progress{false}, focus_log{false};
+  std::atomic<bool> received{false}, sent{false};  // the indicators "R" and "T"
+  std::atomic<bool> lost{false};                   // the upload was ended by the port, not by the user
+  std::atomic<uint32_t> packets_total{0}, packets_sent{0};
+  std::atomic<uint64_t> bytes_moved{0};  // both ways
+
+  // The owner's.
+  std::thread::id owner;
+  ConsoleState state = ConsoleState::kDisconnected;
+  ProjectConfig connected_with;
+  bool quiet = false;        // failures of a try are not told
+  bool ever_opened = false;  // the log was created
+  bool ending = false;       // a cancelled upload has not ended yet
+  uint64_t cancelled_at = 0, next_try = 0, retry_wait = 0;
+  std::set<std::string> told;  // the library's texts since the port was opened: each is shown once
+  std::string upload_name;     // of the file, while its upload runs and after
+  TransferMeter meter;
+
+  Console() = default;
+  Console(const Console&) = delete;
+  Console& operator=(const Console&) = delete;
+  ~Console();
+};
+
+// Creates the log file, which goes with the object. False when that failed ("WriteFile problem" shown); the
+// console works without it.
+bool OpenConsole(Console& console, const Context& context);
+void CloseConsole(Console& console);
+void SetConsoleOptions(Console& console, const ConsoleOptions& options);
+ConsoleOptions OptionsOf(Console& console);
+
+// Appends to the log file and to the view; any thread.
+void AppendToConsole(Console& console, std::string_view text, ReportColour colour);
+// The receive callback: blanks and appends the chunk, then zeroes it.
+void ConsoleReceive(Console& console, std::span<uint8_t> bytes);
+// A transfer's status code, in words; any thread.
+void ReportToConsole(Console& console, int code);
+
+// False after the port library's message.
+bool ConnectConsole(Console& console, const ProjectConfig& config);
+// Ends a running upload and the wait for a lost port too. False when reader or port did not end (messages
+// shown).
+bool DisconnectConsole(Console& console);
+
+// Sends the line when connected. False: nothing was sent; a refusal of hexadecimal input was shown.
+bool SendConsoleLine(Console& console, std::string_view line);
+
+bool IsUploading(const Console& console);
+bool CanUpload(const Console& console);
+// What is uploaded for a chosen file: itself, or, of a BIN file, its conversion. Nothing after a message.
+std::optional<Path> ConsoleUploadFile(const Context& context, const Path& chosen,
+                                      const ProjectConfig& config);
+bool StartConsoleUpload(Console& console, const Path& file, const std::string& name);
+// Returns at once; the upload ends within kCancelTime and reports that it was terminated.
+void CancelConsoleUpload(Console& console, uint64_t now);
+
+bool HasConsoleLog(Console& console);
+bool SaveConsoleLog(Console& console, const Path& path);
+void ClearConsoleLog(Console& console);
+
+// What has changed since the last call.
+struct ConsoleUpdate {
+  bool start_anew = false;  // empty the view first
+  std::deque<ConsolePiece> pieces;
+  bool focus_log = false;
+  bool received = false, sent = false;  // indicators to show until the next call
+  uint32_t packets_total = 0, packets_sent = 0;
+  std::string rate;  // "11,310 bytes/s"
+};
+// `now` in ms of a clock that never goes back.
+ConsoleUpdate UpdateConsole(Console& console, uint64_t now);
+// Tells what the other threads left, and that the port is gone. While a message is shown the owner may call
+// everything but this.
+void TellConsoleMessages(Console& console, uint64_t now);
+
+}  // namespace vexa

@@ -1,0 +1,98 @@
+// What the console does with texts: what arrives becomes readable, what is typed becomes bytes.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/files.h"
+#include "serial/reports.h"
+
+namespace vexa {
+
+enum class LineEnding { kCarriageReturn, kLineFeed, kBoth, kNone };
+
+struct ConsoleOptions {
+  LineEnding line_ending = LineEnding::kCarriageReturn;  // sent behind each line
+  bool hexadecimal_view = false;                         // of what arrives
+  bool hexadecimal_input = false;                        // lines are pairs of digits; no ending is sent
+  bool time_stamps = false;                              // in front of each line of the log
+  bool reconnect = false;                                // when a lost port comes back
+};
+
+inline constexpr size_t kCommandLimit = 260;     // characters of a command line
+inline constexpr size_t kHistoryLimit = 200;     // lines
+inline constexpr size_t kViewBytes = 128 << 10;  // of the log that the view holds, at least
+inline constexpr size_t kViewColumns = 2000;     // a longer line goes on in a new one in the view
+
+// Bytes that would disturb a text become blanks: 00 04 05 06 07 11 13 15 17 91 99.
+void BlankControlBytes(std::span<uint8_t> bytes);
+
+// Rows of at most 16 bytes, hexadecimal and as characters; a row ends with the frame that it belongs to, and
+// a frame begins a row:
+//   02 00 00 10 41 42 ...                           ....AB
+// Bytes show at once, the characters when the row is full or ended.
+struct HexadecimalRows {
+  Bytes row;
+  uint32_t length = 0;      // of the frame's payload, as far as read
+  size_t head = 0;          // bytes of STX and length read; 0: outside
+  uint64_t frame_left = 0;  // bytes up to and with the ETX
+};
+std::string HexadecimalText(HexadecimalRows& rows, std::span<const uint8_t> bytes);
+std::string EndHexadecimalRow(HexadecimalRows& rows);  // empty when no row is open
+
+// Puts the time that `clock` gives in front of each line.
+struct LineStamps {
+  bool at_line_start = true;
+};
+std::string StampedText(LineStamps& stamps, std::string_view text, const std::string& stamp);
+std::string ClockStamp();  // "[12:34:56.789] ", local time
+
+// CR, LF and CR LF, also when cut between, become CR LF; a line that never ends is broken.
+struct ViewLines {
+  bool after_cr = false;
+  size_t column = 0;
+};
+std::string ViewText(ViewLines& lines, std::string_view text);
+
+// Pieces of text on their way to the view. At most kViewBytes wait: of more the view shows the end.
+struct ConsolePiece {
+  std::string text;
+  ReportColour colour = ReportColour::kNeutral;
+};
+struct ViewQueue {
+  std::deque<ConsolePiece> pieces;
+  size_t bytes = 0;
+  bool start_anew = false;  // the view is emptied first
+};
+void Enqueue(ViewQueue& queue, std::string text, ReportColour colour);
+// Characters to take from the front of a view that holds so many, so that it stays quick; 0: none.
+size_t ViewExcess(size_t characters);
+
+// Lines that were sent, for the up and down keys.
+struct CommandHistory {
+  std::deque<std::string> lines;
+  size_t place = 0;   // lines.size(): the line being typed
+  std::string draft;  // the line being typed, while another is shown
+};
+void Remember(CommandHistory& history, const std::string& line);
+// The line to show instead of `shown`; nothing at the end of the list.
+std::optional<std::string> Older(CommandHistory& history, const std::string& shown);
+std::optional<std::string> Newer(CommandHistory& history);
+
+// The bytes that a line (UTF-8, its first kCommandLimit characters) is sent as; nothing when hexadecimal
+// input is no sequence of pairs of digits.
+std::optional<Bytes> CommandBytes(std::string_view line, const ConsoleOptions& options);
+
+// A pasted text: the lines that are complete, and what stands behind the last line end.
+struct PastedText {
+  std::vector<std::string> lines;
+  std::string rest;
+};
+PastedText SplitPasted(std::string_view text);
+
+}  // namespace vexa

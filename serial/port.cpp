@@ -1,0 +1,367 @@
+#include "serial/port.h"
+
+#include <array>
+#include <chrono>
+
+namespace vexa {
+
+namespace {
+
+constexpr const char* kTitle = "Serial Comm lib";
+
+void TellPort(const Messages& messages, const std::string& text, Icon icon = Icon::kStop) {
+  if (messages.tell) messages.tell(icon, text, kTitle);
+}
+
+}  // namespace
+
+struct PortReader {
+  const CommApi* api = nullptr;
+  Messages messages;
+  LineTap tap;
+  std::function<void(const std::string&)> status;
+  ReceiveCallback callback;
+  SerialDevicePtr device;
+  uint32_t event_mask = 0;
+
+  SerialEventPtr read_event, status_event;
+  Overlapped reading, waiting;
+  bool read_outstanding = false, wait_outstanding = false;
+  uint32_t applied_mask = 0, reported_mask = 0;
+  bool mask_applied = false;
+  CommStatus last_status;
+  uint32_t last_modem = 0;
+  std::array<uint8_t, kReadSize> buffer{};
+
+  std::thread thread;
+  std::atomic<bool> stop{false};
+  std::mutex lock;  // guards the members below
+  std::condition_variable changed;
+  bool ended = false;
+};
+
+namespace {
+
+void CheckComStatus(PortReader& reader, bool update_now) {
+  CommStatus now;
+  if (!reader.api->clear_error(reader.device, now)) return TellPort(reader.messages, "ClearCommError");
+  if (update_now || now != reader.last_status) reader.last_status = now;
+}
+
+void CheckModemStatus(PortReader& reader, bool update_now) {
+  uint32_t now = 0;
+  if (!reader.api->modem_status(reader.device, now)) return TellPort(reader.messages, "GetCommModemStatus");
+  if (update_now || now != reader.last_modem) reader.last_modem = now;
+}
+
+void ReportCommError(PortReader& reader) {
+  CommStatus now;
+  if (!reader.api->clear_error(reader.device, now)) TellPort(reader.messages, "ClearCommError");
+  if (reader.status) reader.status(CommErrorText(now.errors));
+}
+
+void ReportCommEvent(PortReader& reader, uint32_t mask) {
+  if (reader.status) reader.status(CommEventText(mask));
+  if (mask & kEventError) ReportCommError(reader);
+  CheckModemStatus(reader, false);
+  if (!(mask & kEventError)) CheckComStatus(reader, false);
+}
+
+void Deliver(PortReader& reader, size_t count) {
+  if (count == 0 || count > reader.buffer.size() || reader.stop) return;
+  const std::span<uint8_t> chunk(reader.buffer.data(), count);
+  if (reader.tap) reader.tap(false, chunk);
+  reader.callback(chunk);
+}
+
+// What failed once will fail again: not more than twice a second.
+void PauseReader(PortReader& reader) {
+  std::unique_lock hold(reader.lock);
+  reader.changed.wait_for(hold, std::chrono::milliseconds(kIdleWait), [&] { return reader.stop.load(); });
+}
+
+void StartRead(PortReader& reader) {
+  if (reader.read_outstanding) return;
+  size_t count = 0;
+  if (reader.api->read(reader.device, reader.buffer, count, reader.reading) == IoResult::kDone) {
+    Deliver(reader, count);
+  } else {
+    reader.read_outstanding = true;
+  }
+}
+
+void ApplyMask(PortReader& reader) {
+  if (reader.mask_applied && reader.applied_mask == reader.event_mask) return;
+  if (!reader.api->set_mask(reader.device, reader.event_mask))
+    TellPort(reader.messages, "Error - SetCommMask");
+  reader.applied_mask = reader.event_mask;
+  reader.mask_applied = true;
+}
+
+// True when a wait for a line event is under way.
+bool StartStatusWait(PortReader& reader) {
+  if (reader.wait_outstanding) return true;
+  const IoResult result = reader.api->wait_event(reader.device, reader.reported_mask, reader.waiting);
+  if (result == IoResult::kDone) return false;
+  if (result == IoResult::kPending) {
+    reader.wait_outstanding = true;
+    return true;
+  }
+  TellPort(reader.messages, "Error - WaitCommEvent");
+  PauseReader(reader);
+  return false;
+}
+
+void WaitForSomething(PortReader& reader) {
+  const SerialEventPtr events[] = {reader.read_event, reader.status_event};
+  const bool both = reader.read_event && reader.status_event;
+  const int result = both ? reader.api->wait(events, kIdleWait) : kWaitFailed;
+  size_t count = 0;
+  switch (result) {
+    case 0: {
+      const bool done = reader.api->result(reader.device, reader.reading, count) == IoResult::kDone;
+      reader.read_outstanding = false;
+      if (done) Deliver(reader, count);
+      break;
+    }
+    case 1:
+      reader.wait_outstanding = false;
+      if (reader.api->result(reader.device, reader.waiting, count) == IoResult::kDone) {
+        ReportCommEvent(reader, reader.reported_mask);
+      }
+      break;
+    case kWaitTimeout:
+      CheckModemStatus(reader, false);
+      CheckComStatus(reader, false);
+      break;
+    default:
+      TellPort(reader.messages, "Error - WaitForMultipleObjects(Reader & Status handles)");
+      PauseReader(reader);
+      break;
+  }
+}
+
+void PrepareReader(PortReader& reader) {
+  reader.api->purge(reader.device, kPurgeTransmit | kPurgeReceive);
+  reader.api->setup_queues(reader.device, kQueueSize, kQueueSize);
+  reader.api->set_mask(reader.device, kEventRxChar | kEventCts | kEventDsr | kEventRlsd | kEventRing);
+  if (!reader.read_event) TellPort(reader.messages, "Error - CreateEvent ( Reader Event )", Icon::kNone);
+  if (!reader.status_event) TellPort(reader.messages, "Error - CreateEvent ( Status Event )");
+  reader.reading.event = reader.read_event;
+  reader.waiting.event = reader.status_event;
+  CheckModemStatus(reader, true);
+  CheckComStatus(reader, true);
+}
+
+void RunReader(PortReader& reader) {
+  PrepareReader(reader);
+  while (!reader.stop) {
+    StartRead(reader);
+    ApplyMask(reader);
+    if (StartStatusWait(reader) && reader.read_outstanding) WaitForSomething(reader);
+  }
+  reader.api->cancel(reader.device, reader.reading);
+  reader.api->cancel(reader.device, reader.waiting);
+  const std::lock_guard hold(reader.lock);
+  reader.ended = true;
+  reader.changed.notify_all();
+}
+
+bool IsTimeoutOrAbandoned(Port& port, int result) {
+  if (result == 1) return true;
+  if (result == kWaitTimeout) {
+    port.api->set_event(port.exit_event);
+    return true;
+  }
+  if (result == 0) return false;
+  TellPort(port.messages, "WaitForMultipleObjects (WriterGeneric)");
+  return true;
+}
+
+// A write that did not complete at once. Returns the bytes written.
+size_t AwaitWrite(Port& port, Overlapped& overlapped, size_t asked) {
+  const SerialEventPtr events[] = {overlapped.event, port.exit_event};
+  const bool both = overlapped.event && port.exit_event;
+  if (IsTimeoutOrAbandoned(port, both ? port.api->wait(events, kWaitForever) : kWaitFailed)) {
+    port.api->cancel(port.device, overlapped);
+    return 0;
+  }
+  size_t written = 0;
+  const IoResult result = port.api->result(port.device, overlapped, written);
+  if (result == IoResult::kAborted) {
+    port.api->set_event(port.exit_event);
+  } else if (result != IoResult::kDone) {
+    TellPort(port.messages, "GetOverlappedResult(in Writer)");
+  }
+  if (written < asked) TellPort(port.messages, "Error writing data to port (overlapped)");
+  return written;
+}
+
+size_t WriteOverlapped(Port& port, std::span<const uint8_t> bytes) {
+  Overlapped overlapped;
+  overlapped.event = port.api->create_event(false, true);
+  if (!overlapped.event) TellPort(port.messages, "CreateEvent (overlapped write hEvent)");
+  size_t written = 0;
+  switch (port.api->write(port.device, bytes, written, &overlapped)) {
+    case IoResult::kDone:
+      if (written < bytes.size() && port.exit_event) port.api->set_event(port.exit_event);
+      return written;
+    case IoResult::kPending:
+      return AwaitWrite(port, overlapped, bytes.size());
+    default:
+      TellPort(port.messages, "WriteFile (in Writer)");
+      return written;
+  }
+}
+
+struct BitName {
+  uint32_t bit;
+  const char* name;
+};
+
+constexpr BitName kEventNames[] = {
+    {kEventCts, "CTS "},       {kEventDsr, "DSR "},       {kEventError, "ERR "},
+    {kEventRing, "RING "},     {kEventRlsd, "RLSD "},     {kEventBreak, "BREAK "},
+    {kEventRxFlag, "RXFLAG "}, {kEventRxChar, "RXCHAR "}, {kEventTxEmpty, "TXEMPTY "}};
+constexpr BitName kErrorNames[] = {{0x800, "DNS "},    {0x400, "IOE "},   {0x1000, "OOP "},  {0x200, "PTO "},
+                                   {0x8000, "MODE "},  {0x10, "BREAK "},  {0x8, "FRAME "},   {0x1, "RXOVER "},
+                                   {0x100, "TXFULL "}, {0x2, "OVERRUN "}, {0x4, "RXPARITY "}};
+
+}  // namespace
+
+std::string CommEventText(uint32_t mask) {
+  std::string text = "EVENT: ";
+  for (const BitName& name : kEventNames) {
+    if (mask & name.bit) text += name.name;
+  }
+  if (mask == 0) text += "NULL";
+  return text + "\n";
+}
+
+std::string CommErrorText(uint32_t errors) {
+  std::string text = "ERROR: ";
+  for (const BitName& name : kErrorNames) {
+    if (errors & name.bit) text += name.name;
+  }
+  return text + "\n";
+}
+
+void BuildPortDcb(Port& port, const ProjectConfig& config) {
+  // The settings list and the system number the parities differently.
+  constexpr uint8_t parities[] = {kNoParity, kEvenParity, kOddParity, kMarkParity, kSpaceParity};
+  constexpr uint8_t stops[] = {kOneStopBit, kOne5StopBits, kTwoStopBits};
+  PortDcb& dcb = port.dcb;
+  dcb.length = 28;
+  if (config.baud_index < std::size(kLineSpeeds)) dcb.baud_rate = kLineSpeeds[config.baud_index];
+  dcb.byte_size = static_cast<uint8_t>(config.data_bits_index + 4);
+  if (config.parity_index < std::size(parities)) dcb.parity = parities[config.parity_index];
+  if (config.stop_bits_index < std::size(stops)) dcb.stop_bits = stops[config.stop_bits_index];
+  dcb.xon_char = kXon;
+  dcb.xoff_char = kXoff;
+  dcb.xon_limit = dcb.xoff_limit = 0;
+  dcb.cts_flow = dcb.dsr_flow = dcb.dsr_sensitivity = dcb.continue_on_xoff = dcb.out_x = dcb.in_x = false;
+  dcb.rts_control = 0;
+  dcb.parity_check = true;
+  dcb.dtr_control = 1;
+}
+
+bool DetectPlatform(Port& port) {
+  port.plain_writes = true;
+  switch (port.api->platform()) {
+    case SerialPlatform::kUnknown:
+    case SerialPlatform::kWin32s:
+      return false;
+    case SerialPlatform::kWindowsNt:
+      port.plain_writes = false;
+      return true;
+    default:
+      return true;
+  }
+}
+
+void ApplyPortState(Port& port) {
+  if (!port.api->set_state(port.device, port.dcb)) TellPort(port.messages, "Error - SetCommState.");
+  if (!port.api->set_timeouts(port.device, port.timeouts))
+    TellPort(port.messages, "Error - SetCommTimeouts.");
+}
+
+bool OpenPort(Port& port, const std::string& name) {
+  if (!DetectPlatform(port)) return false;
+  port.device = port.api->create_file(name);
+  if (!port.device) {
+    TellPort(port.messages, "Port is not available.");
+    return false;
+  }
+  port.exit_event = port.api->create_event(true, false);
+  if (!port.exit_event) TellPort(port.messages, "CreateEvent (Thread exit event)");
+  if (!port.api->get_timeouts(port.device, port.saved_timeouts))
+    TellPort(port.messages, "Error - GetCommTimeouts");
+  port.timeouts = {1, 0, 0, 0, 0};
+  port.event_mask = kPortEventMask;
+  ApplyPortState(port);
+  port.api->setup_queues(port.device, kQueueSize, kQueueSize);
+  if (!port.api->raise_dtr(port.device)) TellPort(port.messages, "Error - EscapeCommFunction");
+  return true;
+}
+
+bool StartReaderThread(Port& port, ReceiveCallback callback) {
+  const auto reader = std::make_shared<PortReader>();
+  reader->api = port.api;
+  reader->messages = port.messages;
+  reader->tap = port.tap;
+  reader->status = port.status;
+  reader->callback = std::move(callback);
+  reader->device = port.device;
+  reader->event_mask = port.event_mask;
+  reader->read_event = port.api->create_event(true, false);
+  reader->status_event = port.api->create_event(true, false);
+  if (!port.api->start_thread(reader->thread, [reader] { RunReader(*reader); })) {
+    TellPort(port.messages, "Error in CreateThread(Reader/Status)");
+    return false;
+  }
+  port.reader = reader;
+  return true;
+}
+
+size_t WritePort(Port& port, std::span<const uint8_t> bytes) {
+  if (!port.device || bytes.empty()) return 0;
+  if (port.tap) port.tap(true, bytes);
+  if (!port.plain_writes) return WriteOverlapped(port, bytes);
+  size_t written = 0;
+  port.api->write(port.device, bytes, written, nullptr);
+  return written;
+}
+
+void PurgeReceived(Port& port) {
+  if (port.device) port.api->purge(port.device, kPurgeReceive);
+}
+
+void AbandonWrites(Port& port) {
+  if (port.exit_event) port.api->set_event(port.exit_event);
+}
+
+bool StopReaderThread(Port& port) {
+  const auto reader = std::move(port.reader);
+  if (!reader) return true;
+  std::unique_lock hold(reader->lock);
+  reader->stop = true;
+  if (reader->status_event) port.api->set_event(reader->status_event);  // the wait ends at once
+  reader->changed.notify_all();
+  const bool ended = reader->changed.wait_for(hold, std::chrono::seconds(5), [&] { return reader->ended; });
+  hold.unlock();
+  if (ended) {
+    reader->thread.join();
+  } else {
+    reader->thread.detach();
+  }
+  return ended;
+}
+
+bool ClosePort(Port& port) {
+  if (!port.device || !port.api->close_file(port.device)) return false;
+  port.device = nullptr;
+  port.exit_event = nullptr;
+  return true;
+}
+
+}  // namespace vexa

@@ -1,0 +1,99 @@
+// The serial port library: owns one RS-232 port at a time. It opens and configures the port, runs a reader
+// thread that hands every received chunk to a callback, writes blocks (overlapped where the system can), and
+// closes.
+//
+//   Closed --OpenPort--> Open --StartReaderThread--> Reading --StopReaderThread, ClosePort--> Closed
+//
+// All failures are told with the title "Serial Comm lib" and the stop icon; apart from a port that cannot be
+// opened the library goes on after each. `Messages` must bear calls from the reader's and the writers'
+// threads. WritePort may be called from any thread; the rest belongs to one thread.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <thread>
+
+#include "config/project_config.h"
+#include "core/messages.h"
+#include "platform/serial.h"
+
+namespace vexa {
+
+// Protocol control bytes, as they stand in the table of the line.
+enum ControlByte : uint8_t {
+  kStx = 0x02,
+  kEtx = 0x03,
+  kEot = 0x04,
+  kEnq = 0x05,
+  kAck = 0x06,
+  kXon = 0x11,
+  kXoff = 0x13,
+  kNak = 0x15,
+  kSyn = 0x16,
+  kEtb = 0x17,
+  kCan = 0x18,
+};
+
+inline constexpr size_t kReadSize = 2048;     // bytes, the most that one callback gets
+inline constexpr uint32_t kQueueSize = 3000;  // bytes in the driver, each way
+inline constexpr uint32_t kPortEventMask =
+    kEventCts | kEventDsr | kEventRlsd | kEventBreak | kEventError | kEventRing;
+inline constexpr uint32_t kIdleWait = 500;  // ms between looks at the line's status
+
+// The settings lists, index 0 first. The last two bit rates are valid but not offered.
+inline constexpr uint32_t kLineSpeeds[] = {110,   300,   600,   1200,  2400,   4800,   9600,  14400,
+                                           19200, 38400, 56000, 57600, 115200, 128000, 256000};
+inline constexpr size_t kListedBaudRates = 13;
+inline constexpr const char* kDataBitsTexts[] = {"4", "5", "6", "7", "8"};
+inline constexpr const char* kParityTexts[] = {"None", "Even", "Odd", "Mark", "Space"};
+inline constexpr const char* kStopBitsTexts[] = {"1", "1.5", "2"};
+
+// Called on the reader's thread with 1 to kReadSize bytes, valid during the call.
+using ReceiveCallback = std::function<void(std::span<uint8_t> bytes)>;
+// Every byte that crossed the line, for a trace; called on the thread that moved it.
+using LineTap = std::function<void(bool sent, std::span<const uint8_t> bytes)>;
+
+struct PortReader;  // the reader thread's own state
+
+struct Port {
+  const CommApi* api = &SystemCommApi();
+  Messages messages;
+  LineTap tap;                                          // may be empty
+  std::function<void(const std::string& line)> status;  // line events in words; may be empty
+  PortDcb dcb;
+  CommTimeouts saved_timeouts, timeouts;
+  uint32_t event_mask = 0;
+  bool plain_writes = true;   // synchronous
+  SerialDevicePtr device;     // null: closed
+  SerialEventPtr exit_event;  // signalled: pending writes give up, until the port is closed
+  std::shared_ptr<PortReader> reader;
+};
+
+void BuildPortDcb(Port& port, const ProjectConfig& config);
+// False after "Port is not available.", and silently on a system that cannot.
+bool OpenPort(Port& port, const std::string& name);
+void ApplyPortState(Port& port);
+bool StartReaderThread(Port& port, ReceiveCallback callback);
+// The number of bytes written; 0 when the write was given up. Of a closed port: 0.
+size_t WritePort(Port& port, std::span<const uint8_t> bytes);
+void PurgeReceived(Port& port);
+// Pending writes and all later ones that do not complete at once return 0.
+void AbandonWrites(Port& port);
+// Asks the reader to stop and waits for it, 5 s at most. False when it did not end: it is left behind, and
+// its callback is not called any more. True without a reader.
+bool StopReaderThread(Port& port);
+// False when the port's handle did not close.
+bool ClosePort(Port& port);
+// False: refuse to open. Sets `plain_writes`.
+bool DetectPlatform(Port& port);
+
+// "EVENT: CTS DSR \n" and "ERROR: BREAK \n" for the status line.
+std::string CommEventText(uint32_t mask);
+std::string CommErrorText(uint32_t errors);
+
+}  // namespace vexa

@@ -1,0 +1,154 @@
+#include "serial/prepare.h"
+
+#include <bit>
+
+#include "image/adb.h"
+#include "image/transfer_files.h"
+#include "image/urt.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr uint16_t kSdbType = 4, kSdbKind = 3;
+constexpr uint32_t kDefaultEnd = 131136;  // the largest BIN file and the image header
+
+bool RefuseSettings(const Context& context) {
+  Tell(context.messages, Icon::kStop,
+       "Configuration settings not found to process.\nUpdate configuration file and continue");
+  return false;
+}
+
+bool IsConfigured(const Context& context, const ProjectConfig& config) {
+  return (config.loader.word4 != 0 && config.loader.word6 != 0) || RefuseSettings(context);
+}
+
+bool HasSdb(const Context& context, const Document& document) {
+  if (!document.sdbs.empty()) return true;
+  Tell(context.messages, Icon::kStop, "Add atleast one SDB to upload.");
+  return false;
+}
+
+ImageDescription DescribeSdb(const ProjectConfig& config) {
+  ImageDescription description = DescribeImage(config);
+  description.type = kSdbType;
+  description.kind = kSdbKind;
+  description.flag = 1;
+  description.name = "SDB Data";
+  description.start = 0;
+  description.end = kDefaultEnd;
+  if (config.image_type_index < config.regions.size()) {
+    const RegionEntry& region = config.regions[config.image_type_index];
+    description.name = region.name;
+    description.start = region.start;
+    description.end = region.end;
+  }
+  return description;
+}
+
+std::optional<std::vector<Path>> Convert(const Context& context, const Path& image,
+                                         const ProjectConfig& config, const LocalTime& time) {
+  const Path urt = context.temporary_folder / kSdbUrtFile;
+  const ConversionParameters parameters = SetConversionParameters(config, time);
+  const auto result = ConvertToUrt(context, parameters, DescribeSdb(config), image, urt);
+  if (result == ConversionResult::kDone) return std::vector<Path>{urt};
+  if (result != ConversionResult::kRefused) {
+    Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+  }
+  return std::nullopt;
+}
+
+bool WriteSingle(const Context& context, const Document& document, size_t sdb, const Path& path) {
+  const StaticDatabase& database = *document.sdbs[sdb].database;
+  if (database.lnb_count == 0 || database.satellites.empty()) {
+    Tell(context.messages, Icon::kStop, "Add atleast one LNB and Satellite to save as a bin");
+    return false;
+  }
+  if (WriteWholeFile(path, WriteSdbStream(database, {}), *context.files) == WriteResult::kDone) return true;
+  Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+  return false;
+}
+
+uint32_t MaskOfCount(size_t count) {
+  return count >= 32 ? ~0u : (1u << count) - 1;
+}
+
+}  // namespace
+
+bool MayUploadAdb(const Context& context, const ProjectConfig& config, const Document& document) {
+  if (!config.configuration_found) {
+    Tell(context.messages, Icon::kStop, "Please select upload configuration.");
+    return false;
+  }
+  if (config.regions.empty() || !config.partitions_loaded) return RefuseSettings(context);
+  return IsConfigured(context, config) && HasSdb(context, document);
+}
+
+bool MayUploadSdb(const Context& context, const ProjectConfig& config, const Document& document, bool boxes) {
+  if (!config.configuration_found) {
+    Tell(context.messages, Icon::kStop, "Please select upload configuration.");
+    return false;
+  }
+  if (!IsConfigured(context, config)) return false;
+  if (boxes && document.ubis.empty()) {
+    Tell(context.messages, Icon::kStop, "Add atleast one User box info to upload.");
+    return false;
+  }
+  return HasSdb(context, document);
+}
+
+bool MayDownload(const Context& context, const ProjectConfig& config) {
+  if (!config.configuration_found) {
+    Tell(context.messages, Icon::kStop, "Please select download configuration.");
+    return false;
+  }
+  return (!config.regions.empty() && config.partitions_loaded) || RefuseSettings(context);
+}
+
+std::optional<std::vector<Path>> PrepareAdbUpload(const Context& context, const Document& document,
+                                                  size_t sdb, const ProjectConfig& config,
+                                                  const LocalTime& time) {
+  RemoveTransferFiles(context.temporary_folder);
+  int count = 0;
+  if (!CreateAdbPartitionFiles(context, document, sdb, config, time, count) || count == 0)
+    return std::nullopt;
+  std::vector<Path> files = {context.temporary_folder / kAdbUrtFile};
+  if (count == 2) files.push_back(context.temporary_folder / kE2pUrtFile);
+  return files;
+}
+
+std::optional<std::vector<Path>> PrepareSdbUpload(const Context& context, const Document& document,
+                                                  const BinSelection& selection, const ProjectConfig& config,
+                                                  const LocalTime& time) {
+  const uint32_t sdbs = selection.sdbs & MaskOfCount(document.sdbs.size());
+  if (!IsConfigured(context, config)) return std::nullopt;
+  if (sdbs == 0) {
+    Tell(context.messages, Icon::kStop, "Add atleast one SDB to upload.");
+    return std::nullopt;
+  }
+  RemoveTransferFiles(context.temporary_folder);
+  const Path image = context.temporary_folder / kDecodedFile;
+  const bool single = config.sdb_format == 0;
+  const bool written =
+      single ? WriteSingle(context, document, static_cast<size_t>(std::countr_zero(sdbs)), image)
+             : SaveBin(context, document, image, {}, selection) && CheckBinSize(context, image);
+  auto files = written ? Convert(context, image, config, time) : std::nullopt;
+  std::error_code ignored;
+  std::filesystem::remove(image, ignored);
+  return files;
+}
+
+std::optional<std::vector<Path>> PrepareBinUpload(const Context& context, const Path& bin,
+                                                  const ProjectConfig& config, const LocalTime& time) {
+  if (!IsConfigured(context, config)) return std::nullopt;
+  return Convert(context, bin, config, time);
+}
+
+std::optional<DownloadFiles> PrepareDownload(const Context& context, const ProjectConfig& config) {
+  RemoveTransferFiles(context.temporary_folder);
+  if (!WriteDownloadRequest(context, config)) return std::nullopt;
+  const Path& folder = context.temporary_folder;
+  return DownloadFiles{{folder / kRequestFile}, {folder / kAdbImageFile, folder / kE2pImageFile}};
+}
+
+}  // namespace vexa

@@ -1,0 +1,41 @@
+// Makes the files that a transfer sends, and names the files that it brings, in the temporary folder.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "config/project_config.h"
+#include "core/bin_file.h"
+#include "core/database.h"
+#include "platform/clock.h"
+
+namespace vexa {
+
+inline constexpr const char* kSdbUrtFile = "TempURTFile.eut";
+
+// The ADB image of one SDB, and the second file of configuration index 1. Nothing after a message.
+std::optional<std::vector<Path>> PrepareAdbUpload(const Context& context, const Document& document,
+                                                  size_t sdb, const ProjectConfig& config,
+                                                  const LocalTime& time);
+// The chosen SDBs and user box records, in the format that `config.sdb_format` says (0: the bare stream of
+// the first SDB), for the region at `config.image_type_index`. Nothing after a message.
+std::optional<std::vector<Path>> PrepareSdbUpload(const Context& context, const Document& document,
+                                                  const BinSelection& selection, const ProjectConfig& config,
+                                                  const LocalTime& time);
+// A BIN file chosen by the user, converted in the same way.
+std::optional<std::vector<Path>> PrepareBinUpload(const Context& context, const Path& bin,
+                                                  const ProjectConfig& config, const LocalTime& time);
+
+// What a face asks before it prepares anything. False after a message.
+bool MayUploadAdb(const Context& context, const ProjectConfig& config, const Document& document);
+// `boxes`: the user started from the user box records.
+bool MayUploadSdb(const Context& context, const ProjectConfig& config, const Document& document, bool boxes);
+bool MayDownload(const Context& context, const ProjectConfig& config);
+
+struct DownloadFiles {
+  std::vector<Path> script;   // to send
+  std::vector<Path> regions;  // where the data of region 1 and 2 goes
+};
+std::optional<DownloadFiles> PrepareDownload(const Context& context, const ProjectConfig& config);
+
+}  // namespace vexa

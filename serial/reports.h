@@ -1,0 +1,29 @@
+// What the console says about an upload: a status code gives a fixed block of text in the colour of its
+// class.
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace vexa {
+
+enum class ReportColour { kNeutral, kError, kSuccess };  // plain, red, blue
+
+struct LoaderReport {
+  std::string text;  // empty for a code outside the table
+  ReportColour colour = ReportColour::kNeutral;
+};
+
+LoaderReport LoaderReportOf(int code);
+
+// Where reports go. While a flag is set nothing is shown.
+struct ReportTarget {
+  bool download = false;        // a download runs
+  bool frame_upload = false;    // an ADB or SDB upload runs
+  std::function<void()> focus;  // moves the keyboard focus to the console's log; may be empty
+  std::function<void(const std::string& text, ReportColour colour)> append;
+};
+
+void ReportLoaderStatus(const ReportTarget& target, int code);
+
+}  // namespace vexa

@@ -1,0 +1,104 @@
+#include "serial/session.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+
+namespace vexa {
+
+namespace {
+
+int RunJob(Transfer& transfer, TransferJob job) {
+  switch (job) {
+    case TransferJob::kAdb:
+      return UploadAdbThread(transfer);
+    case TransferJob::kSdb:
+      return UploadSdbThread(transfer);
+    case TransferJob::kConsole:
+      return UploadUrtPacketThread(transfer);
+    case TransferJob::kDownload:
+      return UploadDownloadScriptThread(transfer);
+  }
+  return 0;
+}
+
+bool OpenForFrame(TransferSession& session, const ProjectConfig& config, bool console) {
+  BuildPortDcb(session.port, config);
+  if (OpenPort(session.port, config.port_name)) return true;
+  if (!console) {
+    Tell(session.transfer.context.messages, Icon::kStop,
+         "Can't open port.\nPort may be opened by another application.");
+  }
+  return false;
+}
+
+bool StartThreads(TransferSession& session, TransferJob job) {
+  Transfer& transfer = session.transfer;
+  const bool download = job == TransferJob::kDownload;
+  const auto receive = [&transfer, download](std::span<uint8_t> bytes) {
+    download ? DownloadReceive(transfer, bytes) : TransferReceive(transfer, bytes);
+  };
+  if (!StartReaderThread(session.port, receive)) return false;
+  const bool started = session.port.api->start_thread(session.job, [&session, job] {
+    session.outcome = RunJob(session.transfer, job);
+    session.job_ended = true;
+    Wake(session.transfer);
+  });
+  if (!started && job != TransferJob::kConsole) {
+    Tell(transfer.context.messages, Icon::kStop, "Thread creation problem - Upload as ADB");
+  }
+  if (!started && job == TransferJob::kAdb) {
+    Tell(transfer.context.messages, Icon::kStop, "Unable to initialise ADB uploading process.");
+  }
+  return started;
+}
+
+}  // namespace
+
+bool StartTransfer(TransferSession& session, const ProjectConfig& config, TransferJob job) {
+  Transfer& transfer = session.transfer;
+  ResetTransfer(transfer);
+  session.outcome = 0;
+  session.job_ended = false;
+  transfer.baud = kLineSpeeds[std::min<size_t>(config.baud_index, std::size(kLineSpeeds) - 1)];
+  if (!transfer.start_thread) transfer.start_thread = session.port.api->start_thread;
+  transfer.line.write = [&session](std::span<const uint8_t> bytes) { return WritePort(session.port, bytes); };
+  transfer.line.purge = [&session] { PurgeReceived(session.port); };
+  if (!OpenForFrame(session, config, job == TransferJob::kConsole)) return false;
+  if (StartThreads(session, job)) return true;
+  StopReaderThread(session.port);
+  ClosePort(session.port);
+  return false;
+}
+
+bool CancelTransfer(TransferSession& session) {
+  Transfer& transfer = session.transfer;
+  const Messages& messages = transfer.context.messages;
+  transfer.ack = transfer.enq = false;
+  transfer.counter = 0;
+  transfer.cancel = true;
+  Wake(transfer);
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  AbandonWrites(session.port);
+  if (session.job.joinable()) session.job.join();
+  if (transfer.receive_thread.joinable()) transfer.receive_thread.join();
+  const bool stopped = StopReaderThread(session.port);
+  if (!stopped) Tell(messages, Icon::kStop, "Exit Thread API failed");
+  const bool closed = ClosePort(session.port);
+  if (!closed) Tell(messages, Icon::kStop, "Port Close API failed");
+  return stopped && closed;
+}
+
+bool TestPort(TransferSession& session, const ProjectConfig& config) {
+  if (!OpenForFrame(session, config, false)) return false;
+  if (ClosePort(session.port)) return true;
+  Tell(session.transfer.context.messages, Icon::kStop, "Port Close API failed - Upload as SDB");
+  return false;
+}
+
+bool IsTransferOver(const TransferSession& session) {
+  if (!session.job_ended) return false;
+  return !session.transfer.script_done || session.transfer.receive_ended;
+}
+
+}  // namespace vexa

@@ -1,0 +1,42 @@
+// A transfer from beginning to end, as a face runs it: port, reader, job thread, and the dialog's Cancel.
+//
+//   StartTransfer --> the job runs; it presses Cancel itself when it is through --> CancelTransfer -->
+//   `outcome`
+//
+// The face owns the object, fills `port.messages`, `transfer.context`, view, files and so on, and calls both
+// functions from one thread. `view.press_cancel` must lead to a call of CancelTransfer on that thread.
+#pragma once
+
+#include <atomic>
+#include <thread>
+
+#include "config/project_config.h"
+#include "serial/port.h"
+#include "serial/transfer.h"
+
+namespace vexa {
+
+enum class TransferJob { kAdb, kSdb, kDownload, kConsole };
+
+struct TransferSession {
+  Port port;
+  Transfer transfer;
+  std::thread job;
+  std::atomic<int> outcome{0};  // what the job returned; of a download, whether it ran to its end
+  std::atomic<bool> job_ended{false};
+};
+
+inline constexpr const char* kUploadTitle = "Transfer Data ( PC to STB )";
+inline constexpr const char* kDownloadTitle = "Data from STB ( STB to PC )";
+
+// False after a message, with the port closed. The console shows the port library's own message only.
+bool StartTransfer(TransferSession& session, const ProjectConfig& config, TransferJob job);
+// Ends the transfer in any state, after 500 ms that let the last bytes go out; joins the jobs and closes the
+// port. False when the reader or the port did not end (message shown).
+bool CancelTransfer(TransferSession& session);
+// Opens and closes the port, as is done before an SDB upload. False after a message.
+bool TestPort(TransferSession& session, const ProjectConfig& config);
+// Whether the job, and the part of a download that it started, is through.
+bool IsTransferOver(const TransferSession& session);
+
+}  // namespace vexa

@@ -1,0 +1,69 @@
+#include "serial/transfer.h"
+
+#include <chrono>
+
+#include "serial/port.h"
+
+namespace vexa {
+
+Transfer::~Transfer() {
+  if (receive_thread.joinable()) receive_thread.join();
+  if (packet.file) std::fclose(packet.file);
+  if (region_file) std::fclose(region_file);
+}
+
+void ResetTransfer(Transfer& transfer) {
+  for (auto* flag :
+       {&transfer.xon, &transfer.ack, &transfer.enq, &transfer.nak, &transfer.cancel,
+        &transfer.console_active, &transfer.download_started, &transfer.in_packet, &transfer.script_done,
+        &transfer.crc_failed, &transfer.decoded, &transfer.refused, &transfer.receive_ended}) {
+    *flag = false;
+  }
+  transfer.counter = transfer.expected = 0;
+  transfer.packet_count = transfer.file_index = transfer.region_index = transfer.regions = 0;
+  transfer.packets_moved = transfer.packets_repeated = 0;
+  transfer.receive_outcome = 0;
+}
+
+void Wake(Transfer& transfer) {
+  { const std::lock_guard hold(transfer.lock); }  // a waiter is either before its test or in its wait
+  transfer.changed.notify_all();
+}
+
+bool AwaitTransfer(Transfer& transfer, int milliseconds, const std::function<bool()>& ready) {
+  std::unique_lock hold(transfer.lock);
+  transfer.changed.wait_for(hold, std::chrono::milliseconds(milliseconds),
+                            [&] { return transfer.cancel || ready(); });
+  return ready();
+}
+
+bool PauseTransfer(Transfer& transfer, int milliseconds) {
+  AwaitTransfer(transfer, milliseconds, [] { return false; });
+  return !transfer.cancel;
+}
+
+void SendByte(Transfer& transfer, uint8_t byte) {
+  transfer.line.write(std::span(&byte, 1));
+}
+
+void PressCancel(Transfer& transfer) {
+  if (transfer.view.press_cancel) transfer.view.press_cancel();
+}
+
+void TransferReceive(Transfer& transfer, std::span<const uint8_t> bytes) {
+  if (transfer.cancel) return;
+  const bool xon_seen = transfer.xon, ack_seen = transfer.ack, enq_seen = transfer.enq;
+  for (const uint8_t byte : bytes) {
+    if (!xon_seen && byte == kXon) transfer.xon = true;
+    if (!ack_seen) {
+      if (byte != kAck) continue;
+      transfer.ack = true;
+    }
+    if (enq_seen) continue;
+    if (byte == kEnq) transfer.enq = true;
+    if (byte == kNak) transfer.nak = true;
+  }
+  Wake(transfer);
+}
+
+}  // namespace vexa

@@ -1,0 +1,126 @@
+// The transfer jobs and the protocol of the line between the editor and the receiver's loader.
+//
+// Frame, both ways: 02, length L (3 bytes, big-endian), L payload bytes, their 32-bit sum (big-endian), 03.
+// Upload:   wake-up message until XON, three SYN, then for each URT file: ETB until ACK, wait for ENQ, one
+// frame
+//           for each ENQ, the last frame again and again after a NAK. A console upload starts at the ETB.
+// Download: the wake-up message of its own, the request script as an upload, ETB from the receiver, then for
+// each
+//           region: ACK, and an ENQ (next) or NAK (again) for each frame; CAN after the last region.
+// Region frames, by the first payload byte:
+//   F1 header   24 4 data length   44 3 entry count N   47 14xN entries, packet count at +4   then 4 CRC of
+//   the data F2 data     12.. the data      any other: taken and ignored
+//
+// Threads: the port's reader calls TransferReceive or DownloadReceive; a job runs on a thread of its own; the
+// face sets `cancel` through CancelTransfer (serial/session.h). They share the atomics of `Transfer` and
+// nothing else; whoever changes one calls Wake. View, report and messages are called from the jobs' threads.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/context.h"
+
+namespace vexa {
+
+inline constexpr std::array<uint8_t, 6> kUploadWakeUp = {0x02, 0x44, 0x46, 0x55, 0x20, 0x0A};
+inline constexpr std::array<uint8_t, 6> kDownloadWakeUp = {0x02, 0x44, 0x55, 0x4D, 0x50, 0x0A};
+inline constexpr uint32_t kMaximumFrame = 8192;  // payload bytes that a download takes
+
+// What the dialog or the console shows of a transfer. Any may be empty.
+struct TransferView {
+  std::function<void(const std::string&text)> title, status, result, button;
+  std::function<void(uint64_t total)> range;
+  std::function<void(uint64_t position)> position;
+  std::function<void(uint32_t)> console_total, console_count;
+  std::function<void()> reset_console;
+  std::function<void()> press_cancel;  // posts; must not wait for the job
+};
+
+struct TransferLine {
+  std::function<size_t(std::span<const uint8_t> bytes)> write;
+  std::function<void()> purge;  // forgets what was received and not yet handed out
+};
+
+// The download's packet under way; touched by the reader's thread only.
+struct IncomingPacket {
+  int length_bytes = 0;  // of the three, how many were read
+  uint32_t length = 0;
+  std::vector<uint8_t> stored;  // payload and checksum
+  std::FILE* file = nullptr;    // "pckurt.bin"
+};
+
+struct Transfer {
+  Context context;
+  TransferLine line;
+  TransferView view;
+  std::function<void(int code)> report;         // see serial/reports.h; may be empty
+  std::vector<Path> files;                      // to send, in order
+  std::vector<Path> region_files;               // where region 1, 2, ... of a download go
+  std::function<bool(bool crc_failed)> decode;  // the downloaded regions into a database; true on success
+  std::function<int()> seconds_of_hour;         // minute x 60 + second of local time; empty: the clock
+  std::function<bool(std::thread&, std::function<void()>)> start_thread;  // empty: the system's
+
+  std::atomic<bool> xon{false}, ack{false}, enq{false}, nak{false}, cancel{false};
+  std::atomic<bool> console_active{false}, download_started{false}, in_packet{false}, script_done{false};
+  std::atomic<int64_t> counter{0}, expected{0};
+  std::atomic<uint32_t> packet_count{0}, file_index{0}, region_index{0}, regions{0};
+  std::atomic<uint64_t> packets_moved{0};     // new ones, sent or received: progress for a time-out
+  std::atomic<uint64_t> packets_repeated{0};  // sent again, or asked for again
+  uint32_t baud = 0;  // of the line, so that repeats keep its pace; 0: as fast as they are taken
+  std::atomic<bool> crc_failed{false}, decoded{false}, refused{false};  // refused: a file could not be used
+  std::atomic<int> receive_outcome{0};                                  // what DownloadReceiveThread returned
+  std::atomic<bool> receive_ended{false};
+
+  std::mutex lock;
+  std::condition_variable changed;
+  std::thread receive_thread;
+
+  std::mutex region_lock;  // guards the members below
+  std::FILE* region_file = nullptr;
+  uint32_t region_length = 0, region_crc = 0;
+  IncomingPacket packet;
+
+  Transfer() = default;
+  Transfer(const Transfer&) = delete;
+  Transfer& operator=(const Transfer&) = delete;
+  ~Transfer();  // the threads must have ended
+};
+
+// All flags, the counters and the indices as at the start of a job.
+void ResetTransfer(Transfer& transfer);
+void Wake(Transfer& transfer);
+
+// Receive callbacks. A byte that follows the first ACK in the same chunk is not looked at for ENQ and NAK.
+void TransferReceive(Transfer& transfer, std::span<const uint8_t> bytes);
+void DownloadReceive(Transfer& transfer, std::span<const uint8_t> bytes);
+
+// The jobs. 1: ran to its end; 0: cancelled, or its file could not be opened (message shown).
+int UploadAdbThread(Transfer& transfer);
+int UploadSdbThread(Transfer& transfer);
+int UploadUrtPacketThread(Transfer& transfer);  // the console's
+// Starts DownloadReceiveThread on `receive_thread` when the script is sent.
+int UploadDownloadScriptThread(Transfer& transfer);
+int DownloadReceiveThread(Transfer& transfer);
+
+// --- shared by the jobs' files ---
+
+// Sleeps for the whole time; false when cancelled meanwhile.
+bool PauseTransfer(Transfer& transfer, int milliseconds);
+// Waits until `ready` or cancel, at most `milliseconds`; whether `ready`.
+bool AwaitTransfer(Transfer& transfer, int milliseconds, const std::function<bool()>& ready);
+void SendByte(Transfer& transfer, uint8_t byte);
+inline void Show(const std::function<void(const std::string&)>& view, const std::string& text) {
+  if (view) view(text);
+}
+void PressCancel(Transfer& transfer);
+
+}  // namespace vexa

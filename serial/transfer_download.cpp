@@ -1,0 +1,290 @@
+#include <filesystem>
+
+#include "core/bytes.h"
+#include "image/crc32_mpeg2.h"
+#include "serial/port.h"
+#include "serial/transfer.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr uint8_t kHeaderTag = 0xF1, kDataTag = 0xF2;
+
+Path PacketFile(const Transfer& transfer) {
+  return transfer.context.temporary_folder / "pckurt.bin";
+}
+Path RegionFile(const Transfer& transfer) {
+  return transfer.context.temporary_folder / "~001db.bin";
+}
+
+void Remove(const Path& path) {
+  std::error_code ignored;
+  std::filesystem::remove(path, ignored);
+}
+
+void LeavePacket(Transfer& transfer) {
+  transfer.in_packet = false;
+  if (transfer.packet.file) std::fclose(transfer.packet.file);
+  transfer.packet.file = nullptr;
+  Remove(PacketFile(transfer));
+}
+
+// The counter steps back here and forward again when the NAK is sent.
+void AskAgain(Transfer& transfer) {
+  transfer.line.purge();
+  --transfer.counter;
+  transfer.enq = false;
+  transfer.nak = true;
+}
+
+bool EnterPacket(Transfer& transfer) {
+  transfer.packet.length_bytes = 0;
+  transfer.packet.length = 0;
+  transfer.packet.stored.clear();
+  transfer.packet.file = transfer.context.files->create(PacketFile(transfer));
+  if (!transfer.packet.file) {
+    Tell(transfer.context.messages, Icon::kStop, "File Access Error");
+    return false;
+  }
+  transfer.in_packet = true;
+  return true;
+}
+
+// False when the entry table goes beyond the record.
+bool TakeHeader(Transfer& transfer, std::span<const uint8_t> record) {
+  ByteReader reader(record);
+  reader.Seek(24);
+  const uint32_t length = reader.U32Big();
+  reader.Seek(44);
+  const uint32_t entries = reader.U24Big();
+  int64_t packets = 1;
+  for (uint32_t i = 0; i < entries && reader.ok(); ++i) {
+    reader.Skip(4);
+    packets += reader.U8();
+    reader.Skip(9);
+  }
+  const uint32_t crc = reader.U32Big();
+  if (!reader.ok()) return false;
+  const std::lock_guard hold(transfer.region_lock);
+  transfer.region_length = length;
+  transfer.region_crc = crc;
+  transfer.expected = packets;
+  return true;
+}
+
+bool TakeRecord(Transfer& transfer, std::span<const uint8_t> record) {
+  if (record.empty()) return true;
+  if (record[0] == kHeaderTag) return TakeHeader(transfer, record);
+  if (record[0] == kDataTag && record.size() > 12) {
+    const std::lock_guard hold(transfer.region_lock);
+    // What does not get into the file fails the region's CRC.
+    if (transfer.region_file) transfer.context.files->write(transfer.region_file, record.subspan(12));
+  }
+  return true;
+}
+
+bool IsSumRight(std::span<const uint8_t> stored, uint32_t length) {
+  uint32_t sum = 0;
+  for (const uint8_t byte : stored.first(length)) sum += byte;
+  ByteReader reader(stored);
+  reader.Seek(length);
+  return reader.U32Big() == sum && reader.ok();
+}
+
+void FinishPacket(Transfer& transfer) {
+  IncomingPacket& packet = transfer.packet;
+  transfer.context.files->write(packet.file, packet.stored);
+  const std::span<const uint8_t> stored = packet.stored;
+  const bool good = IsSumRight(stored, packet.length) && TakeRecord(transfer, stored.first(packet.length));
+  LeavePacket(transfer);
+  if (good) {
+    ++transfer.packets_moved;
+    transfer.nak = false;
+    transfer.enq = true;
+  } else {
+    AskAgain(transfer);
+  }
+}
+
+// A byte inside a packet. False: the rest of the chunk is dropped.
+bool TakePacketByte(Transfer& transfer, uint8_t byte) {
+  IncomingPacket& packet = transfer.packet;
+  if (packet.length_bytes < 3) {
+    packet.length = packet.length << 8 | byte;
+    if (++packet.length_bytes < 3 || packet.length <= kMaximumFrame) return true;
+    LeavePacket(transfer);
+    AskAgain(transfer);
+    return false;
+  }
+  if (packet.stored.size() < size_t{packet.length} + 4) {
+    packet.stored.push_back(byte);
+    return true;
+  }
+  if (byte == kEtx) {
+    FinishPacket(transfer);
+    return true;
+  }
+  LeavePacket(transfer);
+  AskAgain(transfer);
+  return false;
+}
+
+// XON, ACK, ENQ and NAK while the script is sent. The answers are slowed down, so that a receiver that
+// repeats them is not overrun.
+void TakeHandshakes(Transfer& transfer, std::span<const uint8_t> bytes) {
+  TransferReceive(transfer, bytes);
+  for (const uint8_t byte : bytes) {
+    if (byte == kAck || byte == kEnq || byte == kNak) PauseTransfer(transfer, 50);
+  }
+}
+
+void StartDownload(Transfer& transfer) {
+  Show(transfer.view.title, "Download ( STB to PC )");
+  Show(transfer.view.status, "Downloading inprogress");
+  transfer.download_started = true;
+}
+
+bool OpenRegion(Transfer& transfer) {
+  std::FILE* file = transfer.context.files->create(RegionFile(transfer));
+  if (!file) {
+    Tell(transfer.context.messages, Icon::kStop,
+         "Terminated Receiving.\nCancel and close the Application and Retry !!!");
+    return false;
+  }
+  const std::lock_guard hold(transfer.region_lock);
+  transfer.region_file = file;
+  transfer.region_length = transfer.region_crc = 0;
+  return true;
+}
+
+void RequestNext(Transfer& transfer) {
+  transfer.line.purge();
+  SendByte(transfer, kEnq);
+  const int64_t counter = transfer.counter, expected = transfer.expected;
+  const int64_t percent = counter > 0 && expected > 0 ? counter * 100 / expected : 0;
+  if (transfer.view.position) transfer.view.position(static_cast<uint64_t>(percent));
+  ++transfer.counter;
+}
+
+void RequestAgain(Transfer& transfer) {
+  transfer.line.purge();
+  SendByte(transfer, kNak);
+  ++transfer.packets_repeated;
+  ++transfer.counter;
+}
+
+// False when cancelled.
+bool ReceiveRegion(Transfer& transfer) {
+  while (transfer.expected == 0 || transfer.counter != transfer.expected) {
+    if (transfer.cancel) return false;
+    if (transfer.enq.exchange(false)) {
+      RequestNext(transfer);
+    } else if (transfer.nak.exchange(false)) {
+      RequestAgain(transfer);
+    } else {
+      AwaitTransfer(transfer, 1000, [&] { return transfer.enq || transfer.nak; });
+    }
+  }
+  if (transfer.view.position) transfer.view.position(100);
+  return true;
+}
+
+bool AppendTo(const Path& path, std::span<const uint8_t> more, const FileOperations& files) {
+  Bytes all = ReadWholeFile(path).value_or(Bytes{});
+  all.insert(all.end(), more.begin(), more.end());
+  return WriteWholeFile(path, all, files) == WriteResult::kDone;
+}
+
+void VerifyRegion(Transfer& transfer, size_t region) {
+  uint32_t length = 0, expected_crc = 0;
+  bool written = true;
+  {
+    const std::lock_guard hold(transfer.region_lock);
+    written = transfer.context.files->finish(transfer.region_file);
+    transfer.region_file = nullptr;
+    length = transfer.region_length;
+    expected_crc = transfer.region_crc;
+  }
+  if (length != 0) {
+    const Bytes data = ReadWholeFile(RegionFile(transfer)).value_or(Bytes{});
+    bool right = written && Crc32Mpeg2(data) == expected_crc;
+    if (region < transfer.region_files.size()) {
+      right = AppendTo(transfer.region_files[region], data, *transfer.context.files) && right;
+    }
+    if (!right) transfer.crc_failed = true;
+    Show(transfer.view.result, transfer.crc_failed ? "CRC Verification - failed \n Retry once again"
+                                                   : "CRC Verification - Success");
+  }
+  Remove(RegionFile(transfer));
+}
+
+void CloseRegion(Transfer& transfer) {
+  const std::lock_guard hold(transfer.region_lock);
+  if (transfer.region_file) std::fclose(transfer.region_file);
+  transfer.region_file = nullptr;
+}
+
+// False when cancelled or when the work file cannot be made.
+bool DownloadRegion(Transfer& transfer) {
+  transfer.nak = false;
+  transfer.counter = -1;
+  transfer.expected = 0;
+  transfer.enq = true;
+  while (!transfer.download_started) {
+    if (!PauseTransfer(transfer, 100)) return false;
+  }
+  if (transfer.view.range) transfer.view.range(100);
+  if (transfer.view.position) transfer.view.position(0);
+  const size_t region = transfer.region_index++;
+  SendByte(transfer, kAck);
+  transfer.line.purge();
+  if (!OpenRegion(transfer)) {
+    transfer.refused = true;
+    return false;
+  }
+  if (!ReceiveRegion(transfer)) {
+    CloseRegion(transfer);
+    return false;
+  }
+  VerifyRegion(transfer, region);
+  return true;
+}
+
+}  // namespace
+
+void DownloadReceive(Transfer& transfer, std::span<const uint8_t> bytes) {
+  if (transfer.cancel) return;
+  if (!transfer.script_done) TakeHandshakes(transfer, bytes);
+  for (const uint8_t byte : bytes) {
+    if (transfer.in_packet) {
+      if (!TakePacketByte(transfer, byte)) break;
+    } else if (byte == kEtb && !transfer.download_started) {
+      StartDownload(transfer);
+    } else if (byte == kStx && transfer.download_started) {
+      if (!EnterPacket(transfer)) break;
+    }
+  }
+  Wake(transfer);
+}
+
+int DownloadReceiveThread(Transfer& transfer) {
+  while (transfer.region_index < transfer.regions) {
+    if (transfer.cancel) return 0;
+    if (DownloadRegion(transfer)) continue;
+    if (!transfer.cancel) PressCancel(transfer);
+    return 0;
+  }
+  Show(transfer.view.status, "Data download completed");
+  Remove(PacketFile(transfer));
+  SendByte(transfer, kCan);
+  transfer.decoded = transfer.decode && transfer.decode(transfer.crc_failed);
+  if (transfer.decoded) {
+    for (const Path& file : transfer.region_files) Remove(file);
+    Show(transfer.view.button, "&Close");
+  }
+  PressCancel(transfer);
+  return 1;
+}
+
+}  // namespace vexa

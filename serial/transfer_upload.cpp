@@ -1,0 +1,315 @@
+#include <algorithm>
+#include <chrono>
+
+#include "core/bytes.h"
+#include "platform/clock.h"
+#include "serial/port.h"
+#include "serial/transfer.h"
+
+namespace vexa {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kNoResponsePolling =
+    "Problem:\tNo response from target\nCaution:\t1. Target loader may not be running properly\n\t2. Serial "
+    "cable "
+    "connection may be faulty\n\t3. Port settings may be not correct";
+constexpr const char* kNoResponseSending =
+    "Problem:\tNo response from target\nCaution:\t1. Target loader may not be running properly\n\t2. Serial "
+    "cable "
+    "connection may be faulty\nSolution:\t1. Cancel the download process in tool\n\t2. Reboot the "
+    "target\n\t3.Retry "
+    "once again";
+
+// What the four upload jobs differ in.
+struct UploadStyle {
+  bool floods = false;  // ETB back to back until ACK, then one pause of 100 ms; else one ETB each 50 ms
+  bool warns = false;   // "no response" warnings each 15 s
+  bool console = false;
+  const char* open_failure = "";
+  const char* in_progress[2] = {"", ""};
+  const char* completed[2] = {"", ""};
+};
+
+constexpr UploadStyle kAdbStyle = {false,
+                                   false,
+                                   false,
+                                   "File access error - UploadAdbThread",
+                                   {"ADB upload inprogress.", "User Box Info upload inprogress."},
+                                   {"ADB upload completed.", "User Box Info upload completed."}};
+constexpr UploadStyle kSdbStyle = {true,
+                                   false,
+                                   false,
+                                   "File access error - UploadSdbThread",
+                                   {"SDB upload inprogress.", ""},
+                                   {"SDB upload completed.", ""}};
+constexpr UploadStyle kScriptStyle = {
+    false, true, false, "File access error - UploadDownloadScriptThread", {"", ""}, {"", ""}};
+constexpr UploadStyle kConsoleStyle = {true,     false,   true, "File access error - UploadURTPacketThread",
+                                       {"", ""}, {"", ""}};
+
+enum class Outcome { kSent, kAgain, kCancelled, kFailed };
+
+// Compared for equality, as the loader's users know it: a start in the last 15 s of an hour never warns.
+struct Deadline {
+  int at = 0;
+};
+
+int SecondsOfHour(const Transfer& transfer) {
+  if (transfer.seconds_of_hour) return transfer.seconds_of_hour();
+  const LocalTime now = LocalTimeNow();
+  return now.minute * 60 + now.second;
+}
+
+void Restart(const Transfer& transfer, Deadline& deadline) {
+  deadline.at = SecondsOfHour(transfer) + 15;
+}
+
+bool IsReached(const Transfer& transfer, const UploadStyle& style, const Deadline& deadline) {
+  return style.warns && SecondsOfHour(transfer) == deadline.at;
+}
+
+void ShowText(const std::function<void(const std::string&)>& view, const char* text) {
+  if (*text) Show(view, text);
+}
+
+bool WakeUpReceiver(Transfer& transfer, std::span<const uint8_t> message) {
+  Show(transfer.view.status, "Receiver not connected.");
+  transfer.xon = false;
+  transfer.file_index = 0;
+  while (!transfer.xon) {
+    if (transfer.cancel) return false;
+    transfer.line.write(message);
+    if (!PauseTransfer(transfer, 50)) return false;
+  }
+  for (int i = 0; i < 3; ++i) SendByte(transfer, kSyn);
+  Show(transfer.view.status, "Wait...");
+  return !transfer.cancel;
+}
+
+bool PollForAck(Transfer& transfer, const UploadStyle& style) {
+  Deadline deadline;
+  Restart(transfer, deadline);
+  while (!transfer.ack) {
+    if (transfer.cancel) return false;
+    SendByte(transfer, kEtb);
+    if (style.floods) continue;
+    if (!PauseTransfer(transfer, 50)) return false;
+    if (IsReached(transfer, style, deadline)) {
+      Tell(transfer.context.messages, Icon::kWarning, "%s", kNoResponsePolling);
+      Restart(transfer, deadline);
+    }
+  }
+  return style.floods ? PauseTransfer(transfer, 100) : !transfer.cancel;
+}
+
+void Report(Transfer& transfer, int code) {
+  if (transfer.report) transfer.report(code);
+}
+
+void BackToPolling(Transfer& transfer) {
+  transfer.ack = transfer.enq = false;
+}
+
+// The file as it is being sent.
+struct OpenUrt {
+  Bytes content;
+  size_t position = 0;
+  std::span<const uint8_t> last;  // the packet sent last
+  Clock::time_point line_free;    // when the line will have carried it
+};
+
+// At ten bits a byte; without a known speed the line is free at once.
+void SendLast(Transfer& transfer, OpenUrt& file) {
+  transfer.line.write(file.last);
+  if (transfer.baud == 0) return;
+  const std::chrono::microseconds duration(file.last.size() * 10'000'000 / transfer.baud);
+  file.line_free = std::max(file.line_free, Clock::now()) + duration;
+}
+
+bool OpenUrtFile(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
+  const size_t index = transfer.file_index;
+  auto content = index < transfer.files.size() ? ReadWholeFile(transfer.files[index]) : std::nullopt;
+  if (!content) {
+    BackToPolling(transfer);
+    transfer.counter = 0;
+    transfer.refused = true;
+    if (style.console && transfer.view.reset_console) transfer.view.reset_console();
+    Tell(transfer.context.messages, Icon::kStop, "%s", style.open_failure);
+    return false;
+  }
+  file.content = std::move(*content);
+  file.position = std::min<size_t>(6, file.content.size());
+  return true;
+}
+
+// Either letter of "MZ" in its place will do.
+bool ReadMagicAndCount(Transfer& transfer, const UploadStyle& style, const OpenUrt& file) {
+  const auto at = [&](size_t i) { return i < file.content.size() ? file.content[i] : uint8_t{0}; };
+  const bool magic = at(0) == 'M' || at(1) == 'Z';
+  if (!magic) {
+    Report(transfer, -6);
+    BackToPolling(transfer);
+  }
+  uint32_t count = 0;
+  for (size_t i = 2; i < 6; ++i) count = count << 8 | at(i);
+  transfer.packet_count = count;
+  if (transfer.view.range) transfer.view.range(count);
+  if (transfer.view.position) transfer.view.position(0);
+  if (style.console && transfer.view.console_total) transfer.view.console_total(count);
+  return magic;
+}
+
+// False: back to polling, nothing was sent.
+bool TakePacket(OpenUrt& file) {
+  ByteReader reader(file.content);
+  reader.Seek(file.position);
+  if (reader.remaining() < 4 || reader.U8() != kStx) return false;
+  const size_t wanted = size_t{reader.U24Big()} + 9;
+  const size_t there = std::min(wanted, file.content.size() - file.position);
+  file.last = std::span<const uint8_t>(file.content).subspan(file.position, there);
+  file.position += there;
+  return true;
+}
+
+void SendNextPacket(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
+  if (!TakePacket(file)) {
+    BackToPolling(transfer);
+    transfer.counter = 0;
+    if (style.console) Report(transfer, -1);
+    return;
+  }
+  SendLast(transfer, file);
+  if (file.last.back() != kEtx) {
+    transfer.ack = false;
+    if (style.console) {
+      transfer.enq = false;
+      Report(transfer, -3);
+    }
+  }
+  ++transfer.packets_moved;
+  const auto counter = static_cast<uint32_t>(++transfer.counter);
+  if (transfer.view.position) transfer.view.position(counter);
+  if (style.console && transfer.view.console_count) transfer.view.console_count(counter);
+}
+
+// NAK stays seen: the packet goes out again on every pass until the next ENQ. A pass begins when the line has
+// carried what was sent before. Without that a driver with a large queue, or a converter behind USB, fills up
+// with repeats; the receiver, still reading them, takes its ENQ for lost and asks for packets ahead of time.
+void SendAgain(Transfer& transfer, OpenUrt& file) {
+  const auto busy = std::chrono::ceil<std::chrono::milliseconds>(file.line_free - Clock::now()).count();
+  if (busy > 0) {
+    AwaitTransfer(transfer, static_cast<int>(busy), [&] { return transfer.enq || !transfer.ack; });
+    if (transfer.cancel || transfer.enq || !transfer.ack) return;
+  }
+  SendLast(transfer, file);
+  ++transfer.packets_repeated;
+}
+
+Outcome SendPackets(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
+  Deadline deadline;
+  Restart(transfer, deadline);
+  const auto something = [&] {
+    return transfer.enq || !transfer.ack || (transfer.nak && !file.last.empty());
+  };
+  for (;;) {
+    if (transfer.cancel) return Outcome::kCancelled;
+    if (transfer.packet_count > 0 && transfer.counter == transfer.packet_count) return Outcome::kSent;
+    if (!transfer.ack) return Outcome::kAgain;
+    if (transfer.enq.exchange(false)) {
+      SendNextPacket(transfer, style, file);
+    } else if (transfer.nak && !file.last.empty()) {
+      SendAgain(transfer, file);
+    } else {
+      AwaitTransfer(transfer, style.warns ? 200 : 1000, something);
+    }
+    if (IsReached(transfer, style, deadline)) {
+      Tell(transfer.context.messages, Icon::kWarning, "%s", kNoResponseSending);
+      Restart(transfer, deadline);
+    }
+  }
+}
+
+Outcome TryOneFile(Transfer& transfer, const UploadStyle& style) {
+  if (!PollForAck(transfer, style)) return Outcome::kCancelled;
+  while (!AwaitTransfer(transfer, 1000, [&] { return transfer.enq.load(); })) {
+    if (transfer.cancel) return Outcome::kCancelled;
+  }
+  if (transfer.cancel) return Outcome::kCancelled;
+  const size_t index = transfer.file_index;
+  if (index < 2) ShowText(transfer.view.status, style.in_progress[index]);
+  OpenUrt file;
+  if (!OpenUrtFile(transfer, style, file)) return Outcome::kFailed;
+  if (!ReadMagicAndCount(transfer, style, file)) return Outcome::kAgain;
+  return SendPackets(transfer, style, file);
+}
+
+Outcome SendOneFile(Transfer& transfer, const UploadStyle& style) {
+  Outcome outcome = Outcome::kAgain;
+  while (outcome == Outcome::kAgain) outcome = TryOneFile(transfer, style);
+  if (outcome != Outcome::kSent) return outcome;
+  BackToPolling(transfer);
+  transfer.counter = 0;
+  const size_t index = transfer.file_index++;
+  if (transfer.view.position) transfer.view.position(0);
+  if (index < 2) ShowText(transfer.view.status, style.completed[index]);
+  return outcome;
+}
+
+int UploadFiles(Transfer& transfer, const UploadStyle& style, size_t files) {
+  Outcome outcome = WakeUpReceiver(transfer, kUploadWakeUp) ? Outcome::kSent : Outcome::kCancelled;
+  while (outcome == Outcome::kSent && transfer.file_index < files) outcome = SendOneFile(transfer, style);
+  if (outcome == Outcome::kSent) {
+    std::error_code ignored;
+    for (size_t i = 0; i < files; ++i) std::filesystem::remove(transfer.files[i], ignored);
+  }
+  if (outcome != Outcome::kCancelled) PressCancel(transfer);
+  return outcome == Outcome::kSent ? 1 : 0;
+}
+
+}  // namespace
+
+int UploadAdbThread(Transfer& transfer) {
+  return UploadFiles(transfer, kAdbStyle, transfer.files.size());
+}
+
+int UploadSdbThread(Transfer& transfer) {
+  return UploadFiles(transfer, kSdbStyle, std::min<size_t>(1, transfer.files.size()));
+}
+
+int UploadUrtPacketThread(Transfer& transfer) {
+  transfer.file_index = 0;
+  transfer.console_active = true;
+  const Outcome outcome = SendOneFile(transfer, kConsoleStyle);
+  transfer.console_active = false;
+  if (outcome == Outcome::kSent) {
+    Report(transfer, 1);
+    if (transfer.view.reset_console) transfer.view.reset_console();
+  }
+  if (outcome == Outcome::kCancelled) Report(transfer, 23);
+  return outcome == Outcome::kSent ? 1 : 0;
+}
+
+int UploadDownloadScriptThread(Transfer& transfer) {
+  if (!WakeUpReceiver(transfer, kDownloadWakeUp)) return 0;
+  const Outcome outcome = SendOneFile(transfer, kScriptStyle);
+  if (outcome == Outcome::kFailed) PressCancel(transfer);
+  if (outcome != Outcome::kSent) return 0;
+  transfer.script_done = true;
+  transfer.regions = transfer.packet_count.load();
+  const auto start = transfer.start_thread ? transfer.start_thread : StartThread;
+  const bool started = start(transfer.receive_thread, [&transfer] {
+    transfer.receive_outcome = DownloadReceiveThread(transfer);
+    transfer.receive_ended = true;
+    Wake(transfer);
+  });
+  if (started) return 1;
+  transfer.receive_ended = true;
+  Tell(transfer.context.messages, Icon::kStop, "CreateThread failed - UploadDownloadScriptThread");
+  PressCancel(transfer);
+  return 0;
+}
+
+}  // namespace vexa

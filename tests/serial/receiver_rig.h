@@ -1,0 +1,84 @@
+// The simulated receiver behind a port made of memory.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "loader/receiver.h"
+#include "tests/serial/fake_comm.h"
+
+namespace vexa {
+
+// A receiver on a thread of its own behind a port made of memory. Answers come in pieces of random size.
+class ReceiverRig {
+ public:
+  explicit ReceiverRig(const LoaderFaults& faults = {}, LoaderMemory memory = {})
+      : receiver_(MakeReceiver(faults, std::move(memory))), random_(static_cast<unsigned>(faults.seed)) {
+    comm.on_write = [this](std::span<const uint8_t> bytes) {
+      std::unique_lock hold(lock_);
+      taken_.wait(hold, [&] { return queue_.size() < 16384; });  // a flood waits, as a driver makes it
+      queue_.insert(queue_.end(), bytes.begin(), bytes.end());
+    };
+    thread_ = std::thread([this] { Run(); });
+  }
+  ~ReceiverRig() {
+    stop_ = true;
+    thread_.join();
+  }
+  FakeComm comm;
+  LoaderMemory Memory() {
+    const std::lock_guard hold(lock_);
+    return receiver_.memory;
+  }
+  std::vector<std::string> Notes() {
+    const std::lock_guard hold(lock_);
+    return notes_;
+  }
+
+ private:
+  void Run() {
+    receiver_.note = [this](const std::string& line) { notes_.push_back(line); };
+    const auto start = std::chrono::steady_clock::now();
+    while (!stop_) {
+      {
+        const std::lock_guard hold(lock_);
+        const auto time = std::chrono::steady_clock::now() - start;
+        const auto now = 1000000 + static_cast<uint64_t>(
+                                       std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
+        const Bytes bytes(queue_.begin(), queue_.end());
+        queue_.clear();
+        ReceiverTakes(receiver_, now, bytes);
+        ReceiverPasses(receiver_, now);
+        Bytes answer;
+        while (TakeAnswer(receiver_, now, answer)) FeedPieces(answer);
+      }
+      taken_.notify_all();
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+  void FeedPieces(std::span<const uint8_t> answer) {
+    while (!answer.empty()) {
+      const size_t piece = std::min<size_t>(answer.size(), 1 + random_() % 3000);
+      comm.Feed(answer.first(piece));
+      answer = answer.subspan(piece);
+    }
+  }
+  std::mutex lock_;
+  std::condition_variable taken_;
+  std::deque<uint8_t> queue_;
+  std::vector<std::string> notes_;
+  Receiver receiver_;
+  std::mt19937 random_;
+  std::atomic<bool> stop_{false};
+  std::thread thread_;
+};
+
+}  // namespace vexa

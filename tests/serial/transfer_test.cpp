@@ -1,0 +1,368 @@
+// The jobs against a peer that answers inside the write itself, so that every byte and its order is certain.
+#include "serial/transfer.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include "core/bytes.h"
+#include "image/crc32_mpeg2.h"
+#include "serial/port.h"
+#include "tests/serial/shared_messages.h"
+#include "tests/support/recorder.h"
+
+namespace vexa {
+namespace {
+
+Bytes Frame(const Bytes& payload, int sum_error = 0) {
+  ByteWriter writer;
+  writer.U8(kStx);
+  writer.U24Big(static_cast<uint32_t>(payload.size()));
+  writer.Append(payload);
+  writer.U32Big(std::accumulate(payload.begin(), payload.end(), static_cast<uint32_t>(sum_error)));
+  writer.U8(kEtx);
+  return writer.bytes();
+}
+
+Bytes Urt(const std::vector<Bytes>& packets, const char* magic = "MZ") {
+  ByteWriter writer;
+  writer.Text(magic, 2);
+  writer.U32Big(static_cast<uint32_t>(packets.size()));
+  for (const Bytes& packet : packets) writer.Append(packet);
+  return writer.bytes();
+}
+
+struct TransferRig {
+  Recorder recorder;
+  SharedMessages messages;
+  Transfer transfer;
+  std::vector<Bytes> sent;
+  std::vector<std::string> statuses, results;
+  std::vector<int> codes;
+  int cancels = 0, purges = 0;
+  std::function<void(const Bytes&)> peer;
+
+  TransferRig() {
+    transfer.context = recorder.context;
+    transfer.context.messages = messages.messages();
+    transfer.view.status = [this](const std::string& text) { statuses.push_back(text); };
+    transfer.view.result = [this](const std::string& text) { results.push_back(text); };
+    transfer.view.press_cancel = [this] { ++cancels; };
+    transfer.report = [this](int code) { codes.push_back(code); };
+    transfer.line.purge = [this] { ++purges; };
+    transfer.line.write = [this](std::span<const uint8_t> bytes) {
+      sent.emplace_back(bytes.begin(), bytes.end());
+      if (peer) peer(Bytes(sent.back()));
+      return bytes.size();
+    };
+  }
+  Path Put(const char* name, const Bytes& content) {
+    const Path path = recorder.context.temporary_folder / name;
+    PutFile(path, content);
+    transfer.files.push_back(path);
+    return path;
+  }
+  void Receive(const Bytes& bytes) { TransferReceive(transfer, bytes); }
+  // Answers a poll with ACK, then ENQ, and each frame with ENQ.
+  void AnswerUpload(const Bytes& bytes) {
+    if (bytes.size() == 6) Receive({kXon});
+    if (bytes.size() == 1 && bytes[0] == kEtb) {
+      Receive({kAck});
+      Receive({kEnq});
+    }
+    if (bytes.size() > 6) Receive({kEnq});
+  }
+  size_t Times(const Bytes& bytes) const {
+    return static_cast<size_t>(std::count(sent.begin(), sent.end(), bytes));
+  }
+};
+
+TEST(TransferReceive, LooksAtWhatWasSeenBeforeTheChunk) {
+  struct Row {
+    const char* name;
+    std::vector<Bytes> chunks;
+    bool xon, ack, enq, nak;
+  };
+  const Row rows[] = {{"ENQ behind the first ACK is lost", {{kAck, kEnq}}, false, true, false, false},
+                      {"ENQ in the next chunk counts", {{kAck}, {kEnq}}, false, true, true, false},
+                      {"NAK and ENQ need an ACK", {{kNak, kEnq}}, false, false, false, false},
+                      {"NAK after ENQ is not looked at", {{kAck}, {kEnq}, {kNak}}, false, true, true, false},
+                      {"both in one chunk", {{kAck}, {kNak, kEnq}}, false, true, true, true},
+                      {"XON at any time", {{0x00, kXon, kAck}}, true, true, false, false}};
+  for (const Row& row : rows) {
+    TransferRig rig;
+    for (const Bytes& chunk : row.chunks) rig.Receive(chunk);
+    EXPECT_EQ(rig.transfer.xon, row.xon) << row.name;
+    EXPECT_EQ(rig.transfer.ack, row.ack) << row.name;
+    EXPECT_EQ(rig.transfer.enq, row.enq) << row.name;
+    EXPECT_EQ(rig.transfer.nak, row.nak) << row.name;
+  }
+}
+
+TEST(Upload, TwoFilesByteByByte) {
+  TransferRig rig;
+  const Bytes one = Frame(Bytes(300, 1)), two = Frame({2, 3, 2, 3, 4, 5, 6}), three = Frame(Bytes(10, 9), 5);
+  rig.Put("a.urt", Urt({one, two}));
+  rig.Put("b.urt", Urt({three}));  // a wrong sum goes out as it stands
+  int wake_ups = 0;
+  rig.peer = [&](const Bytes& bytes) {
+    if (bytes.size() == 6 && ++wake_ups < 3) return;
+    rig.AnswerUpload(bytes);
+  };
+  EXPECT_EQ(UploadAdbThread(rig.transfer), 1);
+  const Bytes wake(kUploadWakeUp.begin(), kUploadWakeUp.end()), syn{kSyn}, etb{kEtb};
+  EXPECT_EQ(rig.sent, (std::vector<Bytes>{wake, wake, wake, syn, syn, syn, etb, one, two, etb, three}));
+  EXPECT_EQ(rig.statuses,
+            (std::vector<std::string>{"Receiver not connected.", "Wait...", "ADB upload inprogress.",
+                                      "ADB upload completed.", "User Box Info upload inprogress.",
+                                      "User Box Info upload completed."}));
+  EXPECT_EQ(rig.cancels, 1);
+  for (const Path& file : rig.transfer.files) EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST(Upload, OneNakRepeatsEveryPacketUntilItsEnq) {
+  TransferRig rig;
+  const Bytes one = Frame({1, 1, 1, 1}), two = Frame({2, 2, 2, 2}), three = Frame({3, 3, 3, 3});
+  rig.Put("a.urt", Urt({one, two, three}));
+  rig.peer = [&](const Bytes& bytes) {
+    if (bytes.size() <= 6) return rig.AnswerUpload(bytes);
+    if (rig.Times(bytes) == 1 && bytes == one) rig.Receive({kNak});
+    if (rig.Times(bytes) == 4) rig.Receive({kEnq});
+  };
+  EXPECT_EQ(UploadAdbThread(rig.transfer), 1);
+  EXPECT_EQ(rig.Times(one), 4u);
+  EXPECT_EQ(rig.Times(two), 4u);    // NAK stays seen
+  EXPECT_EQ(rig.Times(three), 1u);  // the last is never confirmed
+}
+
+TEST(Upload, DamagedFilesAreReportedByTheConsole) {
+  const Bytes good = Frame({1, 2, 3}), no_stx = BytesOf("xyz-no-frame");
+  Bytes no_etx = good, cut = good;
+  no_etx.back() = 0;
+  cut.resize(6);
+  struct Row {
+    const char* name;
+    Bytes file;
+    std::vector<int> codes;
+    std::vector<Bytes> packets;  // sent before the third poll ends it
+  };
+  const Row rows[] = {{"good", Urt({good}), {1}, {good}},
+                      {"first letter right", Urt({good}, "Mx"), {1}, {good}},
+                      {"second letter right", Urt({good}, "xZ"), {1}, {good}},
+                      {"no magic", Urt({good}, "xx"), {-6, -6, 23}, {}},
+                      {"empty", {}, {-6, -6, 23}, {}},
+                      {"no STX", Urt({no_stx}), {-1, -1, 23}, {}},
+                      {"fewer packets than counted", Urt({good, {}}), {-1, -1, 23}, {good, good}},
+                      {"no ETX, the last", Urt({no_etx}), {-3, 1}, {no_etx}},
+                      {"cut", Urt({cut}), {-3, 1}, {cut}}};
+  for (const Row& row : rows) {
+    TransferRig rig;
+    rig.Put("a.urt", row.file);
+    int polls = 0;
+    rig.peer = [&](const Bytes& bytes) {
+      if (bytes == Bytes{kEtb} && ++polls == 3) {
+        rig.transfer.cancel = true;
+        return;
+      }
+      if (bytes == Bytes{kEtb}) return rig.AnswerUpload(bytes);
+      rig.Receive({kEnq});
+    };
+    EXPECT_EQ(UploadUrtPacketThread(rig.transfer), row.codes.back() == 1) << row.name;
+    EXPECT_EQ(rig.codes, row.codes) << row.name;
+    std::vector<Bytes> packets;
+    for (const Bytes& bytes : rig.sent) {
+      if (bytes.size() > 1) packets.push_back(bytes);
+    }
+    EXPECT_EQ(packets, row.packets) << row.name;
+    EXPECT_FALSE(rig.transfer.console_active) << row.name;
+  }
+}
+
+TEST(Upload, AFileThatCannotBeOpenedEndsTheJob) {
+  struct Row {
+    int (*job)(Transfer&);
+    const char* text;
+    int cancels;
+  };
+  const Row rows[] = {{UploadAdbThread, "File access error - UploadAdbThread", 1},
+                      {UploadSdbThread, "File access error - UploadSdbThread", 1},
+                      {UploadDownloadScriptThread, "File access error - UploadDownloadScriptThread", 1},
+                      {UploadUrtPacketThread, "File access error - UploadURTPacketThread", 0}};
+  for (const Row& row : rows) {
+    TransferRig rig;
+    rig.transfer.files = {rig.recorder.context.temporary_folder / "none"};
+    rig.peer = [&](const Bytes& bytes) { rig.AnswerUpload(bytes); };
+    EXPECT_EQ(row.job(rig.transfer), 0);
+    EXPECT_EQ(rig.messages.Texts(), std::vector<std::string>{row.text});
+    EXPECT_EQ(rig.cancels, row.cancels) << row.text;
+    EXPECT_FALSE(rig.transfer.ack || rig.transfer.enq) << row.text;
+  }
+}
+
+TEST(Upload, TheScriptWarnsOfSilenceAtTheExactSecond) {
+  for (const int step : {15, 16}) {
+    TransferRig rig;
+    int asked = 0;
+    rig.transfer.seconds_of_hour = [&] { return asked++ == 0 ? 100 : 100 + step; };
+    rig.Put("a.urt", Urt({Frame({1})}));
+    int polls = 0;
+    rig.peer = [&](const Bytes& bytes) {
+      if (bytes.size() == 6) rig.Receive({kXon});
+      if (bytes == Bytes{kEtb} && ++polls == 3) rig.transfer.cancel = true;
+    };
+    EXPECT_EQ(UploadDownloadScriptThread(rig.transfer), 0);
+    const auto texts = rig.messages.Texts();
+    ASSERT_EQ(texts.size(), step == 15 ? 1u : 0u);
+    if (texts.empty()) continue;
+    EXPECT_TRUE(texts[0].starts_with("Problem:\tNo response from target\nCaution:\t1. Target loader"));
+  }
+}
+
+// A receiver of one region that answers each request from a list of frames.
+struct RegionRig : TransferRig {
+  std::vector<std::vector<Bytes>> regions;  // what answers each ENQ or NAK, in order
+  size_t region = 0, next = 0, piece = 0;   // piece: bytes in a chunk, 0: whole
+
+  void Deliver(const Bytes& bytes) {
+    for (size_t i = 0; i < bytes.size();) {
+      const size_t count = piece == 0 ? bytes.size() : std::min(piece, bytes.size() - i);
+      DownloadReceive(transfer, std::span(bytes).subspan(i, count));
+      i += count;
+    }
+  }
+  int Run() {
+    transfer.script_done = true;
+    transfer.regions = static_cast<uint32_t>(regions.size());
+    transfer.region_files = {recorder.context.temporary_folder / "r1",
+                             recorder.context.temporary_folder / "r2"};
+    peer = [this](const Bytes& bytes) {
+      if (bytes == Bytes{kAck}) {
+        ++region;
+        next = 0;
+      }
+      if (bytes != Bytes{kEnq} && bytes != Bytes{kNak}) return;
+      const auto& frames = regions[region - 1];
+      if (next < frames.size()) Deliver(frames[next++]);
+    };
+    Deliver({kEtb});
+    return DownloadReceiveThread(transfer);
+  }
+};
+
+Bytes Header(const Bytes& data, std::vector<uint8_t> packets, uint32_t crc_error = 0,
+             uint32_t extra_entries = 0) {
+  ByteWriter writer;
+  writer.U8(0xF1);
+  writer.Fill(23, 0);
+  writer.U32Big(static_cast<uint32_t>(data.size()));
+  writer.Fill(16, 0);
+  writer.U24Big(static_cast<uint32_t>(packets.size()) + extra_entries);
+  for (const uint8_t count : packets) {
+    writer.Fill(4, 0);
+    writer.U8(count);
+    writer.Fill(9, 0);
+  }
+  writer.U32Big(Crc32Mpeg2(data) ^ crc_error);
+  return writer.bytes();
+}
+
+Bytes Data(const Bytes& data) {
+  Bytes payload(12, 0);
+  payload[0] = 0xF2;
+  payload.insert(payload.end(), data.begin(), data.end());
+  return payload;
+}
+
+Bytes Join(Bytes one, const Bytes& two) {
+  one.insert(one.end(), two.begin(), two.end());
+  return one;
+}
+
+TEST(Download, TwoRegionsInPiecesOfAnySize) {
+  const Bytes a = {kStx, kEtx, kEtb, kAck, kEtx, kNak, 7}, b(500, kEtx), c = {1, 2};
+  for (const size_t piece : {0, 1, 3}) {
+    RegionRig rig;
+    rig.piece = piece;
+    rig.regions = {{Frame(Header(Join(a, b), {1, 1})), Frame(Data(a)), Frame(Data(b))},
+                   {Frame(Header(c, {1})), Frame(Data(c))}};
+    bool failed = true;
+    Bytes first, second;
+    rig.transfer.decode = [&](bool crc_failed) {
+      failed = crc_failed;
+      first = *ReadWholeFile(rig.transfer.region_files[0]);
+      second = *ReadWholeFile(rig.transfer.region_files[1]);
+      return true;
+    };
+    EXPECT_EQ(rig.Run(), 1) << piece;
+    const Bytes ack{kAck}, enq{kEnq}, can{kCan};
+    EXPECT_EQ(rig.sent, (std::vector<Bytes>{ack, enq, enq, enq, enq, ack, enq, enq, enq, can})) << piece;
+    EXPECT_FALSE(failed);
+    EXPECT_EQ(first, Join(a, b)) << piece;
+    EXPECT_EQ(second, c) << piece;
+    EXPECT_EQ(rig.results,
+              (std::vector<std::string>{"CRC Verification - Success", "CRC Verification - Success"}));
+    EXPECT_FALSE(std::filesystem::exists(rig.transfer.region_files[0]));
+  }
+}
+
+TEST(Download, EveryBadPacketIsAskedForAgainOnce) {
+  const Bytes data = {9, 8, 7};
+  const Bytes header = Frame(Header(data, {1})), good = Frame(Data(data));
+  Bytes no_etx = good, long_one = good;
+  no_etx.back() = 0x55;
+  long_one[1] = 0x20;  // more than 8192 bytes
+  struct Row {
+    const char* name;
+    std::vector<Bytes> frames;
+  };
+  const Row rows[] = {{"wrong sum", {header, Frame(Data(data), 1), good}},
+                      {"wrong sum of the header", {Frame(Header(data, {1}), 1), header, good}},
+                      {"table beyond the header", {Frame(Header(data, {1}, 0, 200)), header, good}},
+                      {"no ETX, the rest of the chunk dropped", {header, Join(no_etx, good), good}},
+                      {"too long", {header, long_one, good}}};
+  for (const Row& row : rows) {
+    RegionRig rig;
+    rig.regions = {row.frames};
+    EXPECT_EQ(rig.Run(), 1) << row.name;
+    EXPECT_EQ(rig.Times({kNak}), 1u) << row.name;
+    EXPECT_EQ(rig.Times({kEnq}), 3u) << row.name;
+    EXPECT_EQ(rig.results, std::vector<std::string>{"CRC Verification - Success"}) << row.name;
+  }
+}
+
+TEST(Download, AFailedCrcStaysFailed) {
+  const Bytes data = {9, 8, 7};
+  RegionRig rig;
+  rig.regions = {{Frame(Header(data, {1}, 1)), Frame(Data(data))},
+                 {Frame(Header(data, {1})), Frame(Data(data))}};
+  bool failed = false;
+  rig.transfer.decode = [&](bool crc_failed) { return !(failed = crc_failed); };
+  EXPECT_EQ(rig.Run(), 1);
+  EXPECT_TRUE(failed);
+  EXPECT_EQ(rig.results.back(), "CRC Verification - failed \n Retry once again");
+  EXPECT_EQ(ReadWholeFile(rig.transfer.region_files[0]), data);  // kept for whoever wants it all the same
+}
+
+TEST(Download, FilesAndThreadsThatCannotBeMade) {
+  const Bytes data = {1};
+  RegionRig rig;
+  rig.transfer.context.files = &rig.recorder.files;
+  rig.recorder.FailStep(1);
+  rig.regions = {{Frame(Header(data, {1})), Frame(Data(data))}};
+  EXPECT_EQ(rig.Run(), 0);
+  EXPECT_EQ(
+      rig.messages.Texts(),
+      std::vector<std::string>{"Terminated Receiving.\nCancel and close the Application and Retry !!!"});
+  EXPECT_EQ(rig.cancels, 1);
+
+  TransferRig script;
+  script.Put("a.urt", Urt({Frame({1})}));
+  script.transfer.start_thread = [](std::thread&, const std::function<void()>&) { return false; };
+  script.peer = [&](const Bytes& bytes) { script.AnswerUpload(bytes); };
+  EXPECT_EQ(UploadDownloadScriptThread(script.transfer), 0);
+  EXPECT_EQ(script.messages.Texts(),
+            std::vector<std::string>{"CreateThread failed - UploadDownloadScriptThread"});
+}
+
+}  // namespace
+}  // namespace vexa
