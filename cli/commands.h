@@ -1,0 +1,71 @@
+// The command line tool's own state and the command groups, one file a group. Each Add... function hangs its
+// commands under the program; a command's callback returns nothing and throws `CommandFailed` to end with
+// status 1.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+
+#include "config/project_config.h"
+#include "core/context.h"
+#include "core/database.h"
+#include "platform/clock.h"
+
+namespace vexa {
+
+// Ends the running command with exit status 1; whatever was to be said has been said.
+struct CommandFailed {};
+
+struct CommandState {
+  Context context;                       // messages go to standard error; temporary folder of this process
+  std::string output;                    // results: printed to standard output only when the command succeeds
+  bool print_output_on_failure = false;  // `check` and `urt show`: the findings are the result
+  bool yes = false;                      // --yes
+  std::string time_text;                 // --time
+  std::string ecf;                       // --ecf
+  std::string select = "0/0/0";
+  std::string software = "1.0";
+};
+
+// Options shared by commands. Call while building the command.
+void AddTimeOption(CLI::App& command, CommandState& state);
+void AddConfigurationOptions(CLI::App& command, CommandState& state);  // --ecf --select --software
+
+// All numbers are decimal or 0x hexadecimal.
+//
+// "MAJOR.MINOR" with numbers up to 255 and `largest_minor`; nothing for other text.
+std::optional<std::pair<uint8_t, uint8_t>> ParseVersion(const std::string& text,
+                                                        unsigned largest_minor = 255);
+
+// Zero-based positions in a configuration file.
+struct Selection {
+  uint8_t manufacturer = 0, product = 0, configuration = 0;
+};
+// "M/P/C"; nothing for other text.
+std::optional<Selection> ParseSelection(const std::string& text);
+std::string CheckSelection(const std::string& text);  // why the text is no selection; empty when it is one
+
+Path ShippedConfiguration();                           // "receivers.ecf" beside the program
+LocalTime CommandTime(const CommandState& state);      // --time or now
+ProjectConfig LoadCommandConfig(CommandState& state);  // throws CommandFailed after the message
+Document OpenDocument(CommandState& state,
+                      const std::string& file);  // throws CommandFailed after the message
+// One-based list "1,3-5", "all", "none" (when allowed) to zero-based positions, ascending, each once.
+// Throws CLI::ValidationError for text that is no list; a number beyond `count` is refused with an error
+// message.
+std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count,
+                              bool none_allowed = false);
+// Writes the whole output file; throws CommandFailed after "Could not creat file ..." when it cannot.
+void WriteOutput(CommandState& state, const std::string& file, std::span<const uint8_t> content);
+
+void AddDatabaseCommands(CLI::App& program, CommandState& state);  // info check save sort export
+void AddExportCommand(CLI::App& program, CommandState& state);
+void AddSortCommand(CLI::App& program, CommandState& state);
+void AddCheckCommand(CLI::App& program, CommandState& state);
+void AddListCommands(CLI::App& program, CommandState& state);           // import merge
+void AddConfigurationCommands(CLI::App& program, CommandState& state);  // ecf show, ecf build
+void AddImageCommands(CLI::App& program, CommandState& state);          // adb, urt
+void AddReceiverCommands(CLI::App& program, CommandState& state);       // ports upload download loader
+
+}  // namespace vexa

@@ -1,0 +1,223 @@
+// `vexa ecf show` and `vexa ecf build`.
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "cli/commands.h"
+#include "config/ecf.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct EcfOptions {
+  std::string file, select, output;
+  bool json = false;
+};
+
+std::string Hex(std::span<const uint8_t> bytes) {
+  std::string text;
+  for (const uint8_t byte : bytes) text += Format(text.empty() ? "%02X" : " %02X", unsigned{byte});
+  return text;
+}
+
+std::string FacilitiesText(const EcfConfiguration& configuration) {
+  std::string text;
+  if (configuration.has_images) text += ", images";
+  if (configuration.has_partitions) text += ", partitions";
+  if (configuration.has_extra) text += ", extra";
+  return text;
+}
+
+std::string TreeText(const EcfTree& tree) {
+  std::string text;
+  for (size_t i = 0; i < tree.manufacturers.size(); ++i) {
+    const EcfManufacturer& manufacturer = tree.manufacturers[i];
+    text += Format("%zu: manufacturer %X\n", i, unsigned{manufacturer.id});
+    for (size_t j = 0; j < manufacturer.products.size(); ++j) {
+      const EcfProduct& product = manufacturer.products[j];
+      text += Format("  %zu/%zu: product \"%s\", variant %u\n", i, j, Utf8FromLatin(product.name).c_str(),
+                     unsigned{product.database_variant});
+      for (size_t k = 0; k < product.configurations.size(); ++k) {
+        const EcfConfiguration& configuration = product.configurations[k];
+        text += Format("    %zu/%zu/%zu: configuration \"%s\"%s\n", i, j, k,
+                       Utf8FromLatin(configuration.name).c_str(), FacilitiesText(configuration).c_str());
+        for (const std::string& region : configuration.region_names) {
+          text += Format("      region \"%s\"\n", Utf8FromLatin(region).c_str());
+        }
+      }
+    }
+  }
+  return text;
+}
+
+Json TreeJson(const EcfTree& tree) {
+  Json manufacturers = Json::array();
+  for (const EcfManufacturer& manufacturer : tree.manufacturers) {
+    Json products = Json::array();
+    for (const EcfProduct& product : manufacturer.products) {
+      Json configurations = Json::array();
+      for (const EcfConfiguration& configuration : product.configurations) {
+        Json regions = Json::array();
+        for (const std::string& region : configuration.region_names) regions.push_back(Utf8FromLatin(region));
+        configurations.push_back({{"name", Utf8FromLatin(configuration.name)},
+                                  {"images", configuration.has_images},
+                                  {"partitions", configuration.has_partitions},
+                                  {"extra", configuration.has_extra},
+                                  {"regions", regions}});
+      }
+      products.push_back({{"name", Utf8FromLatin(product.name)},
+                          {"variant", product.database_variant},
+                          {"configurations", configurations}});
+    }
+    manufacturers.push_back({{"id", manufacturer.id}, {"products", products}});
+  }
+  return {{"manufacturers", manufacturers}};
+}
+
+std::string LanguagesText(const char* title, const LanguageList& list) {
+  std::string text = Format("%s: %zu, header %s\n", title, list.records.size(), Hex(list.header).c_str());
+  for (const LanguageRecord& record : list.records) {
+    text += Format("  %s \"%s\" (%s)\n", Utf8FromLatin(LanguageCode(record)).c_str(),
+                   Utf8FromLatin(LanguageName(record)).c_str(), Hex(record).c_str());
+  }
+  return text;
+}
+
+std::string ConfigText(const ProjectConfig& config) {
+  std::string text = Format("manufacturer: %X\nproduct: \"%s\"\nproduct byte: %u\ndatabase variant: %u\n",
+                            unsigned{config.manufacturer_id}, Utf8FromLatin(config.product_name).c_str(),
+                            unsigned{config.product_byte}, unsigned{config.database_variant});
+  text += Format("configuration: \"%s\"\nversion bytes: %u %u\n",
+                 Utf8FromLatin(config.configuration_name).c_str(), unsigned{config.version_a},
+                 unsigned{config.version_b});
+  text += Format("regions: %zu (image entry count %u)\n", config.regions.size(),
+                 unsigned{config.image_entry_count});
+  for (const RegionEntry& region : config.regions) {
+    text += Format("  \"%s\" type %u, 0x%08X - 0x%08X\n", Utf8FromLatin(region.name).c_str(),
+                   unsigned{region.type}, region.start, region.end);
+  }
+  text +=
+      Format("loader parameters: header tag 0x%02X, packet tag 0x%02X, block size %u KiB, packet size %u\n",
+             unsigned{config.loader.byte0}, unsigned{config.loader.byte2}, unsigned{config.loader.word4},
+             unsigned{config.loader.word6});
+  text += Format("partitions: %zu (partition count %u)\n", config.partitions.size(),
+                 unsigned{config.partition_count});
+  for (const Partition& partition : config.partitions) {
+    text += Format("  number %u, type %u, 0x%08X - 0x%08X\n", unsigned{partition.number},
+                   unsigned{partition.type}, partition.start, partition.end);
+  }
+  text += "partition sizes:";
+  for (const uint32_t size : config.partition_sizes) text += Format(" %u", size);
+  text += Format("\nextra: %s\n", Hex(config.extra).c_str());
+  text += LanguagesText("first languages", config.first_languages);
+  text += LanguagesText("second languages", config.second_languages);
+  text += Format("product table: %zu\n", config.product_table.size());
+  for (const ProductTableRecord& record : config.product_table) text += "  " + Hex(record) + "\n";
+  return text;
+}
+
+Json LanguagesJson(const LanguageList& list) {
+  Json records = Json::array();
+  for (const LanguageRecord& record : list.records) {
+    records.push_back({{"code", Utf8FromLatin(LanguageCode(record))},
+                       {"name", Utf8FromLatin(LanguageName(record))},
+                       {"bytes", Hex(record)}});
+  }
+  return {{"header", Hex(list.header)}, {"records", records}};
+}
+
+Json ConfigJson(const ProjectConfig& config) {
+  Json regions = Json::array(), partitions = Json::array(), table = Json::array();
+  for (const RegionEntry& region : config.regions) {
+    regions.push_back({{"name", Utf8FromLatin(region.name)},
+                       {"type", region.type},
+                       {"start", region.start},
+                       {"end", region.end}});
+  }
+  for (const Partition& partition : config.partitions) {
+    partitions.push_back({{"number", partition.number},
+                          {"type", partition.type},
+                          {"start", partition.start},
+                          {"end", partition.end}});
+  }
+  for (const ProductTableRecord& record : config.product_table) table.push_back(Hex(record));
+  Json json;
+  json["manufacturer_id"] = config.manufacturer_id;
+  json["product_name"] = Utf8FromLatin(config.product_name);
+  json["product_byte"] = config.product_byte;
+  json["database_variant"] = config.database_variant;
+  json["configuration_name"] = Utf8FromLatin(config.configuration_name);
+  json["version_a"] = config.version_a;
+  json["version_b"] = config.version_b;
+  json["image_entry_count"] = config.image_entry_count;
+  json["regions"] = regions;
+  json["loader"] = {{"header_tag", config.loader.byte0},
+                    {"packet_tag", config.loader.byte2},
+                    {"block_size", config.loader.word4},
+                    {"packet_size", config.loader.word6}};
+  json["partition_count"] = config.partition_count;
+  json["partitions"] = partitions;
+  json["partition_sizes"] = config.partition_sizes;
+  json["extra"] = Hex(config.extra);
+  json["first_languages"] = LanguagesJson(config.first_languages);
+  json["second_languages"] = LanguagesJson(config.second_languages);
+  json["product_table"] = table;
+  return json;
+}
+
+ProjectConfig LoadSelected(const CommandState& state, const EcfOptions& options) {
+  const Selection selection = ParseSelection(options.select).value_or(Selection{});
+  ProjectConfig config;
+  config.manufacturer_index = selection.manufacturer;
+  config.product_index = selection.product;
+  config.configuration_index = selection.configuration;
+  if (!InitConfig(state.context, PathFromUtf8(options.file), config)) throw CommandFailed{};
+  if (!config.configuration_found) {
+    Tell(state.context.messages, Icon::kInformation, "Invalid configuration selection.");
+    throw CommandFailed{};
+  }
+  return config;
+}
+
+void Show(CommandState& state, const EcfOptions& options) {
+  if (!options.select.empty()) {
+    const ProjectConfig config = LoadSelected(state, options);
+    state.output += options.json ? ConfigJson(config).dump(2) + "\n" : ConfigText(config);
+    return;
+  }
+  const auto tree = ReadEcfTree(state.context, PathFromUtf8(options.file));
+  if (!tree) throw CommandFailed{};
+  state.output += options.json ? TreeJson(*tree).dump(2) + "\n" : TreeText(*tree);
+}
+
+void Build(CommandState& state, const EcfOptions& options) {
+  const auto file = CompileEcf(state.context, PathFromUtf8(options.file));
+  if (!file) throw CommandFailed{};
+  WriteOutput(state, options.output, *file);
+}
+
+}  // namespace
+
+void AddConfigurationCommands(CLI::App& program, CommandState& state) {
+  CLI::App* ecf = program.add_subcommand("ecf", "Configuration files: which receivers there are");
+  ecf->require_subcommand(1);
+  const auto options = std::make_shared<EcfOptions>();
+
+  CLI::App* show =
+      ecf->add_subcommand("show", "Prints the manufacturers, products and configurations of an ECF file");
+  show->add_option("FILE", options->file, "ECF file")->required();
+  show->add_option("--select", options->select, "M/P/C: prints everything loaded from this configuration")
+      ->check(CLI::Validator(CheckSelection, "M/P/C"));
+  show->add_flag("--json", options->json, "Prints JSON");
+  show->callback([&state, options] { Show(state, *options); });
+
+  CLI::App* build = ecf->add_subcommand("build", "Compiles a readable description into an ECF file");
+  build->add_option("SOURCE", options->file, "Description (TOML)")->required();
+  build->add_option("-o,--output", options->output, "ECF file to write")->required();
+  build->callback([&state, options] { Build(state, *options); });
+}
+
+}  // namespace vexa

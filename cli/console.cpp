@@ -1,0 +1,226 @@
+#include "cli/console.h"
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+
+#include "config/ecf.h"
+#include "core/bin_file.h"
+#include "platform/terminal.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+const char* KindOf(Icon icon) {
+  switch (icon) {
+    case Icon::kInformation:
+      return "info";
+    case Icon::kWarning:
+      return "warning";
+    case Icon::kNone:
+      return "info";
+    default:
+      return "error";
+  }
+}
+
+Progress TerminalProgress() {
+  Progress progress;
+  if (!StandardErrorIsTerminal()) return progress;
+  struct State {
+    uint64_t total = 0;
+    int shown = -1;
+  };
+  const auto state = std::make_shared<State>();
+  progress.range = [state](uint64_t total) { *state = {total, -1}; };
+  progress.position = [state](uint64_t position) {
+    if (state->total == 0) return;
+    const int percent = static_cast<int>(position * 100 / state->total);
+    if (percent == state->shown) return;
+    state->shown = percent;
+    std::fprintf(stderr, position < state->total ? "\r%3d%%" : "\r    \r", percent);
+    std::fflush(stderr);
+  };
+  return progress;
+}
+
+// The number at `position`, decimal or 0x hexadecimal, and the place behind it; false when none is there.
+template <class Number>
+bool TakeNumber(std::string_view text, size_t& position, Number& value) {
+  const std::string_view rest = text.substr(std::min(position, text.size()));
+  const bool hexadecimal = rest.starts_with("0x") || rest.starts_with("0X");
+  const char* const start = rest.data() + (hexadecimal ? 2 : 0);
+  const auto result = std::from_chars(start, rest.data() + rest.size(), value, hexadecimal ? 16 : 10);
+  if (result.ec != std::errc{}) return false;
+  position = static_cast<size_t>(result.ptr - text.data());
+  return true;
+}
+
+bool TakeSign(std::string_view text, size_t& position, char sign) {
+  if (position >= text.size() || text[position] != sign) return false;
+  ++position;
+  return true;
+}
+
+[[noreturn]] void RefuseList(const std::string& text) {
+  throw CLI::ValidationError("list", "\"" + text + "\" is no list of numbers");
+}
+
+}  // namespace
+
+TemporaryFolder::TemporaryFolder() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+  char name[64];
+  std::snprintf(name, sizeof name, "vexa-%lx-%llx", ProcessNumber(), static_cast<unsigned long long>(now));
+  if (const auto folder = CreateTemporaryFolder(name)) path = *folder;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  RemoveFolder(path);
+}
+
+Context ConsoleContext(CommandState& state, const Path& temporary_folder) {
+  Context context;
+  context.temporary_folder = temporary_folder;
+  context.messages.tell = [](Icon icon, const std::string& text, const std::string&) {
+    std::fprintf(stderr, "%s: %s\n", KindOf(icon), text.c_str());
+  };
+  context.messages.ask = [&state](const std::string& text, const std::string&, bool) {
+    std::fprintf(stderr, "question: %s\n", text.c_str());
+    return state.yes;
+  };
+  context.progress = TerminalProgress();
+  return context;
+}
+
+void PrintResults(const CommandState& state) {
+  SetBinaryOutput();
+  std::fwrite(state.output.data(), 1, state.output.size(), stdout);
+  std::fflush(stdout);
+}
+
+Utf8Arguments::Utf8Arguments(int count, wchar_t** wide) {
+  for (int i = 0; i < count; ++i) {
+    std::u16string text;
+    for (const wchar_t* c = wide[i]; *c; ++c) text.push_back(static_cast<char16_t>(*c));
+    texts_.push_back(Utf8FromUtf16(text));
+  }
+  for (std::string& text : texts_) pointers_.push_back(text.data());
+  pointers_.push_back(nullptr);
+}
+
+void AddTimeOption(CLI::App& command, CommandState& state) {
+  command.add_option("--time", state.time_text, "Local time to write into files: \"YYYY-MM-DD HH:MM:SS\"")
+      ->check([](const std::string& text) {
+        return ParseLocalTime(text) ? std::string() : "\"" + text + "\" is no time YYYY-MM-DD HH:MM:SS";
+      });
+}
+
+void AddConfigurationOptions(CLI::App& command, CommandState& state) {
+  command.add_option("--ecf", state.ecf, "Configuration file; default: the one that ships with the program");
+  command.add_option("--select", state.select, "Zero-based manufacturer/product/configuration")
+      ->check(CheckSelection);
+  command.add_option("--software", state.software, "Software version MAJOR.MINOR")
+      ->check([](const std::string& text) {
+        return ParseVersion(text, 99) ? std::string() : "\"" + text + "\" is no version MAJOR.MINOR";
+      });
+}
+
+std::optional<std::pair<uint8_t, uint8_t>> ParseVersion(const std::string& text, unsigned largest_minor) {
+  uint8_t major = 0, minor = 0;
+  size_t position = 0;
+  if (!TakeNumber(text, position, major) || !TakeSign(text, position, '.') ||
+      !TakeNumber(text, position, minor) || position != text.size() || minor > largest_minor)
+    return std::nullopt;
+  return std::pair{major, minor};
+}
+
+std::optional<Selection> ParseSelection(const std::string& text) {
+  Selection selection;
+  size_t position = 0;
+  if (!TakeNumber(text, position, selection.manufacturer) || !TakeSign(text, position, '/') ||
+      !TakeNumber(text, position, selection.product) || !TakeSign(text, position, '/') ||
+      !TakeNumber(text, position, selection.configuration) || position != text.size())
+    return std::nullopt;
+  return selection;
+}
+
+std::string CheckSelection(const std::string& text) {
+  return ParseSelection(text) ? std::string() : "\"" + text + "\" is no M/P/C with positions up to 255";
+}
+
+LocalTime CommandTime(const CommandState& state) {
+  return state.time_text.empty() ? LocalTimeNow() : *ParseLocalTime(state.time_text);
+}
+
+Path ShippedConfiguration() {
+  return ProgramFolder() / "receivers.ecf";
+}
+
+ProjectConfig LoadCommandConfig(CommandState& state) {
+  ProjectConfig config;
+  const Selection selection = ParseSelection(state.select).value_or(Selection{});
+  config.manufacturer_index = selection.manufacturer;
+  config.product_index = selection.product;
+  config.configuration_index = selection.configuration;
+  const auto software = ParseVersion(state.software, 99);
+  config.software_major = software->first;
+  config.software_minor = software->second;
+  const Path file = state.ecf.empty() ? ShippedConfiguration() : PathFromUtf8(state.ecf);
+  if (!InitConfig(state.context, file, config)) throw CommandFailed{};
+  if (!config.configuration_found) {
+    Tell(state.context.messages, Icon::kInformation, "Invalid configuration selection.");
+    throw CommandFailed{};
+  }
+  return config;
+}
+
+Document OpenDocument(CommandState& state, const std::string& file) {
+  Document document;
+  if (!OpenBin(state.context, PathFromUtf8(file), document)) throw CommandFailed{};
+  return document;
+}
+
+std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count, bool none_allowed) {
+  std::vector<bool> chosen(count);
+  if (none_allowed && text == "none") return {};
+  if (text == "all") chosen.assign(count, true);
+  for (size_t position = 0; text != "all";) {
+    size_t first = 0;
+    if (!TakeNumber(text, position, first)) RefuseList(text);
+    size_t last = first;
+    if (TakeSign(text, position, '-') && !TakeNumber(text, position, last)) RefuseList(text);
+    if (first == 0 || last < first) RefuseList(text);
+    if (last > count) {
+      Tell(state.context.messages, Icon::kStop, "Number %zu is beyond the %zu that there are.", last, count);
+      throw CommandFailed{};
+    }
+    for (size_t i = first; i <= last; ++i) chosen[i - 1] = true;
+    if (position == text.size()) break;
+    if (!TakeSign(text, position, ',')) RefuseList(text);
+  }
+  std::vector<size_t> positions;
+  for (size_t i = 0; i < count; ++i) {
+    if (chosen[i]) positions.push_back(i);
+  }
+  return positions;
+}
+
+void WriteOutput(CommandState& state, const std::string& file, std::span<const uint8_t> content) {
+  switch (WriteWholeFile(PathFromUtf8(file), content, *state.context.files)) {
+    case WriteResult::kDone:
+      return;
+    case WriteResult::kCannotCreate:
+      Tell(state.context.messages, Icon::kStop, "Could not creat file \"%s\".", file.c_str());
+      break;
+    case WriteResult::kFailed:
+      Tell(state.context.messages, Icon::kStop, "Could not write file \"%s\".", file.c_str());
+      break;
+  }
+  throw CommandFailed{};
+}
+
+}  // namespace vexa

@@ -1,0 +1,91 @@
+// info, save: the database file itself. check, sort and export have files of their own.
+#include "cli/commands.h"
+#include "core/bin_file.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+struct SaveOptions {
+  std::string file, output, sdbs = "all", ubis = "all", satellites, version = "1.0", initials;
+  std::string compress_bin, compress_sdb;
+};
+
+uint32_t MaskOf(const std::vector<size_t>& positions) {
+  uint32_t mask = 0;
+  for (const size_t position : positions) mask |= 1u << position;
+  return mask;
+}
+
+void Info(CommandState& state, const std::string& file) {
+  const Document document = OpenDocument(state, file);
+  state.output = BinInformation(state.context, document) + "\n";
+}
+
+void Save(CommandState& state, const SaveOptions& options) {
+  Document document = OpenDocument(state, options.file);
+  const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size());
+  const auto ubis = ParseList(state, options.ubis, document.ubis.size(), true);
+  if (!options.compress_bin.empty()) document.compress_payload = options.compress_bin == "on";
+  if (!options.compress_sdb.empty()) {
+    document.compress_ubis = options.compress_sdb == "on";
+    for (OpenSdb& sdb : document.sdbs) sdb.database->compressed = options.compress_sdb == "on";
+  }
+  BinVersion version;
+  std::tie(version.major, version.minor) = *ParseVersion(options.version);
+  version.initials = LatinFromUtf8(options.initials);
+  const Path output = PathFromUtf8(options.output);
+  bool saved = false;
+  if (options.satellites.empty()) {
+    saved = SaveBin(state.context, document, output, version, {MaskOf(sdbs), MaskOf(ubis)});
+  } else {
+    if (sdbs.size() != 1) throw CLI::ValidationError("--satellites", "needs a single --sdb");
+    const auto count = document.sdbs[sdbs[0]].database->satellites.size();
+    const auto chosen = ParseList(state, options.satellites, count);
+    saved = SaveSatellites(state.context, document, sdbs[0], chosen, output, version);
+  }
+  if (!saved || !CheckBinSize(state.context, output)) throw CommandFailed{};
+}
+
+void AddSave(CLI::App& program, CommandState& state) {
+  const auto options = std::make_shared<SaveOptions>();
+  CLI::App& save = *program.add_subcommand("save", "Open a database and save it");
+  save.add_option("FILE", options->file, "Database file")->required();
+  save.add_option("-o,--output", options->output, "Database file to write")->required();
+  save.add_option("--sdb", options->sdbs, "SDBs to save: 1,3-5 or all");
+  save.add_option("--ubi", options->ubis, "User box records to save: 1,3-5, all or none");
+  save.add_option("--satellites", options->satellites,
+                  "Only these satellites of the single --sdb, as a subset stream");
+  save.add_option("--compress-bin", options->compress_bin, "Compress the payload (default: as read)")
+      ->check(CLI::IsMember({"on", "off"}));
+  save.add_option("--compress-sdb", options->compress_sdb, "Compress each SDB and the user box records")
+      ->check(CLI::IsMember({"on", "off"}));
+  save.add_option("--version", options->version, "Database version MAJOR.MINOR")
+      ->check([](const std::string& text) {
+        return ParseVersion(text) ? std::string() : "\"" + text + "\" is no version MAJOR.MINOR";
+      });
+  save.add_option("--initials", options->initials, "User's initials, up to three characters")
+      ->check([](const std::string& text) {
+        const std::string initials = LatinFromUtf8(text);
+        // A character that the file cannot hold comes back as another one.
+        if (Utf8FromLatin(initials) != text) return "\"" + text + "\" has characters that no database holds";
+        return initials.size() <= 3 ? std::string() : "at most three characters";
+      });
+  save.callback([&state, options] { Save(state, *options); });
+}
+
+}  // namespace
+
+void AddDatabaseCommands(CLI::App& program, CommandState& state) {
+  CLI::App& info = *program.add_subcommand("info", "Print what the \"Bin file information\" box shows");
+  const auto file = std::make_shared<std::string>();
+  info.add_option("FILE", *file, "Database file")->required();
+  info.callback([&state, file] { Info(state, *file); });
+  AddCheckCommand(program, state);
+  AddSave(program, state);
+  AddSortCommand(program, state);
+  AddExportCommand(program, state);
+}
+
+}  // namespace vexa

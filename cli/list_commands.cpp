@@ -1,0 +1,202 @@
+// import, merge: channel lists of other programs.
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <utility>
+
+#include "cli/commands.h"
+#include "core/bin_file.h"
+#include "import/build_bin.h"
+#include "import/import_command.h"
+#include "import/merger.h"
+#include "import/wizard.h"
+
+namespace vexa {
+
+namespace {
+
+struct ImportOptions {
+  std::string list, output, work_folder, satellites = "all";
+  bool stream = false, filter = false;
+  std::vector<std::string> carriers = {"all"}, services = {"all"};
+};
+
+struct MergeOptions {
+  std::string format, output, folder;
+  std::vector<std::string> files;
+};
+
+struct NamedOption {
+  std::string_view name;
+  uint8_t bit;
+};
+constexpr NamedOption kCarrierOptions[] = {{"all", kAllCarriers},
+                                           {"c", kCBand},
+                                           {"ku", kKuBand},
+                                           {"vertical", kVerticalPolar},
+                                           {"horizontal", kHorizontalPolar}};
+constexpr NamedOption kServiceOptions[] = {{"all", kAllServices},
+                                           {"fta", kFreeServices},
+                                           {"scrambled", kScrambled},
+                                           {"tv", kTvServices},
+                                           {"radio", kRadioServices}};
+
+uint8_t BitsOf(std::span<const NamedOption> known, const std::vector<std::string>& names) {
+  uint8_t bits = 0;
+  for (const std::string& name : names) {
+    for (const NamedOption& option : known) {
+      if (option.name == name) bits = static_cast<uint8_t>(bits | option.bit);
+    }
+  }
+  return bits;
+}
+
+// The wizard's three steps with the same boxes ticked for all satellites and all carriers.
+void FilterWorkFiles(CommandState& state, const ImportOptions& options, WorkFiles& work) {
+  Wizard wizard(work);
+  for (const size_t i : ParseList(state, options.satellites, work.satellites.size()))
+    ChooseSatellite(wizard, i, true);
+  wizard.carrier_options = BitsOf(kCarrierOptions, options.carriers);
+  BeginCarrierStep(wizard);
+  wizard.service_options = BitsOf(kServiceOptions, options.services);
+  BeginServiceStep(wizard);
+  CompactWorkFiles(wizard);
+}
+
+// The three work files in the folder that the user named. Until `Keep` is called they are taken back at the
+// end: files that were there before get their content again, and a folder that was made goes.
+class WorkFolder {
+ public:
+  explicit WorkFolder(const std::string& name) : folder_(PathFromUtf8(name)) {}
+  ~WorkFolder() {
+    if (!keep_) TakeBack();
+  }
+  WorkFolder(const WorkFolder&) = delete;
+  WorkFolder& operator=(const WorkFolder&) = delete;
+
+  void Write(CommandState& state, const WorkFiles& work) {
+    if (folder_.empty()) return;
+    std::error_code error;
+    for (Path part = folder_; !part.empty() && !std::filesystem::exists(part, error);) {
+      made_ = part;
+      part = part.parent_path();
+      if (part == made_) break;  // a drive that is not there
+    }
+    for (const Path& file : WorkFilePaths(folder_)) before_.emplace_back(file, ReadWholeFile(file));
+    if (!WriteWorkFiles(state.context, work, folder_)) throw CommandFailed{};
+  }
+  void Keep() { keep_ = true; }
+
+ private:
+  void TakeBack() {
+    std::error_code error;
+    for (const auto& [file, content] : before_) {
+      if (content) {
+        WriteWholeFile(file, *content);
+      } else if (!std::filesystem::is_directory(file, error)) {
+        std::filesystem::remove(file, error);
+      }
+    }
+    RemoveFolder(made_);
+  }
+  Path folder_, made_;  // made_: the uppermost folder that was not there
+  std::vector<std::pair<Path, std::optional<Bytes>>> before_;
+  bool keep_ = false;
+};
+
+void Import(CommandState& state, const ImportOptions& options) {
+  const DefaultRecords defaults;
+  const Path list = PathFromUtf8(options.list), output = PathFromUtf8(options.output);
+  WorkFiles work;
+  const auto format = CheckListFile(state.context, list);
+  if (!format || !ReadList(state.context, list, *format, defaults, work)) throw CommandFailed{};
+  if (options.filter) FilterWorkFiles(state, options, work);
+  WorkFolder folder(options.work_folder);
+  if (options.stream) {
+    folder.Write(state, work);
+    WriteOutput(state, options.output, BuildBinFromWorkFiles(work, defaults));
+    return folder.Keep();
+  }
+  Document document;
+  if (!OpenWorkFiles(state.context, work, defaults, document)) throw CommandFailed{};
+  folder.Write(state, work);
+  if (!SaveBin(state.context, document, output)) throw CommandFailed{};
+  folder.Keep();  // the database stands from here on, even when it is too large for a receiver
+  if (!CheckBinSize(state.context, output)) throw CommandFailed{};
+}
+
+void AddImport(CLI::App& program, CommandState& state) {
+  const auto options = std::make_shared<ImportOptions>();
+  CLI::App& command =
+      *program.add_subcommand("import", "Make a database from a channel list (.sdx, .dvb, .dat)");
+  command.add_option("LIST", options->list, "Channel list")->required();
+  command.add_option("-o,--output", options->output, "Database file to write")->required();
+  command.add_flag("--stream", options->stream, "Write the bare SDB stream that the import builds");
+  command.add_option("--work-dir", options->work_folder, "Also leave the three work files in this folder");
+  CLI::Option* satellites = command.add_option(
+      "--satellites", options->satellites, "Only these satellites of the list: 1,3-5 or all (filter mode)");
+  CLI::Option* carriers =
+      command.add_option("--carriers", options->carriers, "all,c,ku,vertical,horizontal (filter mode)")
+          ->delimiter(',')
+          ->allow_extra_args(false)
+          ->check(CLI::IsMember({"all", "c", "ku", "vertical", "horizontal"}));
+  CLI::Option* services =
+      command.add_option("--services", options->services, "all,fta,scrambled,tv,radio (filter mode)")
+          ->delimiter(',')
+          ->allow_extra_args(false)
+          ->check(CLI::IsMember({"all", "fta", "scrambled", "tv", "radio"}));
+  command.callback([&state, options, satellites, carriers, services] {
+    options->filter = satellites->count() + carriers->count() + services->count() != 0;
+    Import(state, *options);
+  });
+}
+
+MergeMode ModeOf(const std::string& format) {
+  if (format == "satcodx") return MergeMode::kSatcodx;
+  return format == "lyngsat" ? MergeMode::kLyngsat : MergeMode::kDvb2000;
+}
+
+void CollectFiles(CommandState& state, const MergeOptions& options, Merger& merger) {
+  for (const std::string& file : options.files) {
+    const Path path = PathFromUtf8(file);
+    std::error_code error;
+    // The open dialog of the window only gives files that are there.
+    if (!std::filesystem::is_regular_file(path, error)) {
+      Tell(state.context.messages, Icon::kStop, "Unable to open the given file.");
+      throw CommandFailed{};
+    }
+    if (!AddMergeFile(state.context, merger, path)) throw CommandFailed{};
+  }
+  if (!options.folder.empty() && !AddMergeFolder(state.context, merger, PathFromUtf8(options.folder))) {
+    throw CommandFailed{};
+  }
+}
+
+void Merge(CommandState& state, const MergeOptions& options) {
+  Merger merger{ModeOf(options.format), {}};
+  CollectFiles(state, options, merger);
+  if (!CanMerge(state.context, merger)) throw CommandFailed{};
+  WriteOutput(state, options.output, MergedContent(merger));
+  TellMerged(state.context, PathFromUtf8(options.output));
+}
+
+void AddMerge(CLI::App& program, CommandState& state) {
+  const auto options = std::make_shared<MergeOptions>();
+  CLI::App& merge = *program.add_subcommand("merge", "Join channel lists of one format");
+  merge.add_option("FORMAT", options->format, "satcodx, dvb2000 or lyngsat")
+      ->required()
+      ->check(CLI::IsMember({"satcodx", "dvb2000", "lyngsat"}));
+  merge.add_option("FILE", options->files, "Lists, in the order of the result");
+  merge.add_option("--folder", options->folder, "Then all lists of this folder, by name");
+  merge.add_option("-o,--output", options->output, "List to write")->required();
+  merge.callback([&state, options] { Merge(state, *options); });
+}
+
+}  // namespace
+
+void AddListCommands(CLI::App& program, CommandState& state) {
+  AddImport(program, state);
+  AddMerge(program, state);
+}
+
+}  // namespace vexa

@@ -1,0 +1,13 @@
+// vexa: the editor's engine without its windows.
+#include "cli/console.h"
+
+#if defined(_WIN32)
+int wmain(int count, wchar_t** wide) {
+  vexa::Utf8Arguments arguments(count, wide);
+  return vexa::RunProgram(arguments.count(), arguments.values());
+}
+#else
+int main(int count, char** arguments) {
+  return vexa::RunProgram(count, arguments);
+}
+#endif

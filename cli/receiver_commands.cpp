@@ -1,0 +1,279 @@
+// ports, upload, download: the receiver's line. The simulated receiver has a file of its own.
+#include "cli/receiver_commands.h"
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+
+#include "image/decoder.h"
+#include "serial/prepare.h"
+#include "serial/reports.h"
+#include "serial/session.h"
+#include "serial/trace.h"
+
+namespace vexa {
+
+namespace {
+
+std::atomic<bool> interrupted{false};
+
+struct LineOptions {
+  std::string port, baud = "115200", parity = "None", data_bits = "8", stop_bits = "1", trace;
+  double timeout = 0;  // s; 0: none
+};
+
+struct UploadOptions {
+  LineOptions line;
+  std::string file, sdbs = "1", ubis = "none", format = "single";
+  size_t sdb = 1;
+  uint32_t image_type = 0;
+};
+
+std::vector<std::string> Texts(std::span<const char* const> texts) {
+  return {texts.begin(), texts.end()};
+}
+
+std::vector<std::string> BaudTexts() {
+  std::vector<std::string> texts;
+  for (size_t i = 0; i < kListedBaudRates; ++i) texts.push_back(std::to_string(kLineSpeeds[i]));
+  return texts;
+}
+
+uint8_t IndexOf(const std::vector<std::string>& texts, const std::string& text) {
+  return static_cast<uint8_t>(std::find(texts.begin(), texts.end(), text) - texts.begin());
+}
+
+void AddLineOptions(CLI::App& command, LineOptions& line) {
+  command.add_option("--port", line.port, "Serial port: COM1, or the path of a terminal device")->required();
+  command.add_option("--baud", line.baud, "Bits a second")->check(CLI::IsMember(BaudTexts()));
+  command.add_option("--parity", line.parity)->check(CLI::IsMember(Texts(kParityTexts)));
+  command.add_option("--data-bits", line.data_bits)->check(CLI::IsMember(Texts(kDataBitsTexts)));
+  command.add_option("--stop-bits", line.stop_bits)->check(CLI::IsMember(Texts(kStopBitsTexts)));
+  command.add_option("--timeout", line.timeout, "Give up after so many seconds without a new packet")
+      ->check(CLI::PositiveNumber);
+  command.add_option("--trace", line.trace, "File for what crosses the line, both ways, with times");
+}
+
+void SetLine(ProjectConfig& config, const LineOptions& line) {
+  config.port_name = line.port;
+  config.baud_index = IndexOf(BaudTexts(), line.baud);
+  config.parity_index = IndexOf(Texts(kParityTexts), line.parity);
+  config.data_bits_index = IndexOf(Texts(kDataBitsTexts), line.data_bits);
+  config.stop_bits_index = IndexOf(Texts(kStopBitsTexts), line.stop_bits);
+}
+
+// What the command adds to a session: why it ended.
+struct LineRun {
+  TransferSession session;
+  Trace trace;
+  std::atomic<bool> pressed{false};
+  std::atomic<bool> file_refused{false};
+};
+
+void PrintStatus(const std::string& text) {
+  if (!text.empty()) std::fprintf(stderr, "%s\n", text.c_str());
+}
+
+void Connect(CommandState& state, LineRun& run, const LineOptions& line, TransferJob job) {
+  Transfer& transfer = run.session.transfer;
+  transfer.context = state.context;
+  run.session.port.messages = state.context.messages;
+  transfer.view.status = PrintStatus;
+  transfer.view.range = state.context.progress.range;
+  transfer.view.position = state.context.progress.position;
+  transfer.view.press_cancel = [&run] { run.pressed = true; };
+  transfer.report = [&run, job](int code) {
+    ReportTarget target;
+    target.frame_upload = job == TransferJob::kAdb || job == TransferJob::kSdb;
+    target.download = job == TransferJob::kDownload;
+    target.append = [](const std::string& text, ReportColour) { std::fputs(text.c_str(), stderr); };
+    if (code == 23 && run.file_refused) return;  // the file's own report has been made
+    ReportLoaderStatus(target, code);
+    if (code < 0) run.file_refused = true;
+  };
+  if (line.trace.empty()) return;
+  if (!run.trace.Open(PathFromUtf8(line.trace))) {
+    Tell(state.context.messages, Icon::kStop, "Could not creat file \"%s\".", line.trace.c_str());
+    throw CommandFailed{};
+  }
+  run.session.port.tap = [&run](bool sent, std::span<const uint8_t> bytes) { run.trace.Bytes(sent, bytes); };
+}
+
+// Until the job presses Cancel or is through, the user interrupts, or nothing moves. True: the job ended by
+// itself.
+bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
+  using Clock = std::chrono::steady_clock;
+  Transfer& transfer = run.session.transfer;
+  uint64_t moved = 0;
+  auto last = Clock::now();
+  while (!run.pressed && !IsTransferOver(run.session)) {
+    if (interrupted || run.file_refused) return false;
+    const auto now = Clock::now();
+    if (transfer.packets_moved != moved) {
+      moved = transfer.packets_moved;
+      last = now;
+    }
+    if (line.timeout > 0 && std::chrono::duration<double>(now - last).count() > line.timeout) {
+      Tell(state.context.messages, Icon::kStop, "The transfer made no progress for %g seconds.",
+           line.timeout);
+      return false;
+    }
+    AwaitTransfer(transfer, 20, [&run] { return run.pressed.load(); });
+  }
+  return true;
+}
+
+// Runs the whole transfer; throws CommandFailed unless it was done.
+void RunTransfer(CommandState& state, LineRun& run, const ProjectConfig& config, const LineOptions& line,
+                 TransferJob job) {
+  interrupted = false;
+  const auto old_handler = std::signal(SIGINT, [](int) { interrupted = true; });
+  bool ended = false;
+  if (StartTransfer(run.session, config, job)) {
+    const bool over = AwaitJob(state, run, line);
+    ended = CancelTransfer(run.session) && over;
+  }
+  std::signal(SIGINT, old_handler);
+  if (!ended || run.session.outcome != 1 || run.file_refused) throw CommandFailed{};
+}
+
+void Upload(CommandState& state, const ProjectConfig& config, const LineOptions& line, TransferJob job,
+            std::vector<Path> files) {
+  const auto run = std::make_unique<LineRun>();
+  Connect(state, *run, line, job);
+  run->session.transfer.files = std::move(files);
+  if (job == TransferJob::kSdb && !TestPort(run->session, config)) throw CommandFailed{};
+  RunTransfer(state, *run, config, line, job);
+}
+
+void UploadAdb(CommandState& state, const UploadOptions& options) {
+  ProjectConfig config = LoadCommandConfig(state);
+  SetLine(config, options.line);
+  const Document document = OpenDocument(state, options.file);
+  const auto chosen = ParseList(state, std::to_string(options.sdb), document.sdbs.size());
+  auto files = PrepareAdbUpload(state.context, document, chosen[0], config, CommandTime(state));
+  if (!files) throw CommandFailed{};
+  Upload(state, config, options.line, TransferJob::kAdb, std::move(*files));
+}
+
+uint32_t MaskOf(const std::vector<size_t>& positions) {
+  uint32_t mask = 0;
+  for (const size_t position : positions) mask |= 1u << position;
+  return mask;
+}
+
+void UploadSdb(CommandState& state, const UploadOptions& options) {
+  ProjectConfig config = LoadCommandConfig(state);
+  SetLine(config, options.line);
+  config.sdb_format = options.format == "single" ? 0 : 1;
+  if (options.image_type != 0 && options.image_type >= config.regions.size()) {
+    Tell(state.context.messages, Icon::kStop, "The configuration has no image type %u.", options.image_type);
+    throw CommandFailed{};
+  }
+  config.image_type_index = static_cast<uint8_t>(options.image_type);
+  const Document document = OpenDocument(state, options.file);
+  const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size());
+  const auto ubis = ParseList(state, options.ubis, document.ubis.size(), true);
+  if (config.sdb_format == 0 && (sdbs.size() != 1 || !ubis.empty())) {
+    throw CLI::ValidationError("--format", "single takes one SDB and no user box record");
+  }
+  auto files =
+      PrepareSdbUpload(state.context, document, {MaskOf(sdbs), MaskOf(ubis)}, config, CommandTime(state));
+  if (!files) throw CommandFailed{};
+  Upload(state, config, options.line, TransferJob::kSdb, std::move(*files));
+}
+
+void UploadUrt(CommandState& state, const UploadOptions& options) {
+  ProjectConfig config;
+  SetLine(config, options.line);
+  Upload(state, config, options.line, TransferJob::kConsole, {PathFromUtf8(options.file)});
+}
+
+void Download(CommandState& state, const LineOptions& line, const std::string& output) {
+  ProjectConfig config = LoadCommandConfig(state);
+  SetLine(config, line);
+  auto files = PrepareDownload(state.context, config);
+  if (!files) throw CommandFailed{};
+  const auto run = std::make_unique<LineRun>();
+  Connect(state, *run, line, TransferJob::kDownload);
+  Bytes database;
+  Transfer& transfer = run->session.transfer;
+  transfer.files = std::move(files->script);
+  transfer.region_files = std::move(files->regions);
+  transfer.decode = [&](bool crc_failed) {
+    if (crc_failed) {
+      Tell(state.context.messages, Icon::kStop, "CRC Verification - failed \n Retry once again");
+      return false;
+    }
+    PrintStatus("CRC Verification - Success");
+    auto decoded = DecodeDownload(state.context, config, UserBoxInfo{});
+    if (decoded) database = std::move(decoded->file);
+    return decoded.has_value();
+  };
+  RunTransfer(state, *run, config, line, TransferJob::kDownload);
+  if (!transfer.decoded) throw CommandFailed{};
+  WriteOutput(state, output, database);
+}
+
+CLI::App& AddUpload(CLI::App& upload, CommandState& state, const char* name, const char* what,
+                    const std::shared_ptr<UploadOptions>& options,
+                    void (*run)(CommandState&, const UploadOptions&)) {
+  CLI::App& command = *upload.add_subcommand(name, what);
+  command.add_option("FILE", options->file)->required();
+  AddLineOptions(command, options->line);
+  command.callback([&state, options, run] { run(state, *options); });
+  return command;
+}
+
+void AddUploads(CLI::App& program, CommandState& state) {
+  CLI::App& upload = *program.add_subcommand("upload", "Send a database or an image to the receiver");
+  upload.require_subcommand(1);
+  const auto adb_options = std::make_shared<UploadOptions>();
+  CLI::App& adb =
+      AddUpload(upload, state, "adb", "Build the image of a database and send it", adb_options, UploadAdb);
+  adb.add_option("--sdb", adb_options->sdb, "Which SDB, from 1");
+  const auto sdb_options = std::make_shared<UploadOptions>();
+  CLI::App& sdb = AddUpload(upload, state, "sdb", "Send SDBs as they stand in files", sdb_options, UploadSdb);
+  sdb.add_option("--sdb", sdb_options->sdbs, "SDBs: 1,3-5 or all");
+  sdb.add_option("--ubi", sdb_options->ubis, "User box records: 1,3-5, all or none");
+  sdb.add_option("--format", sdb_options->format)->check(CLI::IsMember({"single", "multiple"}));
+  sdb.add_option("--image-type", sdb_options->image_type, "Region of the configuration, from 0")
+      ->check(CLI::Range(0, 255));
+  for (CLI::App* command : {&adb, &sdb}) {
+    AddConfigurationOptions(*command, state);
+    AddTimeOption(*command, state);
+  }
+  AddUpload(upload, state, "urt", "Send a URT file as it is, as the console does",
+            std::make_shared<UploadOptions>(), UploadUrt);
+}
+
+void AddDownload(CLI::App& program, CommandState& state) {
+  struct Options {
+    LineOptions line;
+    std::string output;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App& download = *program.add_subcommand("download", "Fetch the receiver's database");
+  download.add_option("-o,--output", options->output, "Database file to write")->required();
+  AddLineOptions(download, options->line);
+  AddConfigurationOptions(download, state);
+  download.callback([&state, options] { Download(state, options->line, options->output); });
+}
+
+void Ports(CommandState& state) {
+  for (const SerialPortInfo& port : ListSerialPorts()) {
+    state.output += port.description.empty() ? port.name + "\n" : port.name + "\t" + port.description + "\n";
+  }
+}
+
+}  // namespace
+
+void AddReceiverCommands(CLI::App& program, CommandState& state) {
+  program.add_subcommand("ports", "List the serial ports")->callback([&state] { Ports(state); });
+  AddUploads(program, state);
+  AddDownload(program, state);
+  AddLoaderCommand(program, state);
+}
+
+}  // namespace vexa
