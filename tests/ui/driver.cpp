@@ -1,0 +1,441 @@
+#include "tests/ui/driver.h"
+
+#include <gtest/gtest.h>
+#include <objbase.h>
+#include <shlobj.h>
+
+#include <algorithm>
+#include <cstring>
+#include <sstream>
+
+#include "core/messages.h"
+#include "ui/application.h"
+#include "ui/test_mode.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr size_t kRemoteSize = 8192, kTextOffset = 1024, kTextUnits = 1024;
+constexpr UINT kAnswerTime = 15000;  // ms; a window silent for longer hangs
+
+std::wstring ClassOf(HWND window) {
+  wchar_t name[64] = L"";
+  GetClassNameW(window, name, 64);
+  return name;
+}
+
+// Top windows of one process that pass the test.
+std::vector<HWND> TopWindows(DWORD process, const std::function<bool(HWND)>& wanted) {
+  struct Search {
+    DWORD process;
+    const std::function<bool(HWND)>* wanted;
+    std::vector<HWND> found;
+  } search{process, &wanted, {}};
+  EnumWindows(
+      [](HWND window, LPARAM parameter) -> BOOL {
+        auto& all = *reinterpret_cast<Search*>(parameter);
+        DWORD owner = 0;
+        GetWindowThreadProcessId(window, &owner);
+        if (owner == all.process && (*all.wanted)(window)) all.found.push_back(window);
+        return TRUE;
+      },
+      reinterpret_cast<LPARAM>(&search));
+  return search.found;
+}
+
+}  // namespace
+
+EditorDriver::EditorDriver(const Path& program, std::vector<std::wstring> arguments) {
+  std::wstring line = L"\"" + program.native() + L"\"";
+  for (const std::wstring& argument : arguments) line += L" \"" + argument + L"\"";
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  EXPECT_TRUE(
+      CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process_))
+      << Utf8(line);
+}
+
+EditorDriver::~EditorDriver() {
+  if (Running()) TerminateProcess(process_.hProcess, 99);
+  WaitForSingleObject(process_.hProcess, 5000);
+  // What an ended program could not clear away itself.
+  if (frame_) RemoveFolder(TemporaryFolder());
+  CloseHandle(process_.hThread);
+  CloseHandle(process_.hProcess);
+}
+
+bool EditorDriver::Until(const std::string& what, const std::function<bool()>& done, double seconds) {
+  const ULONGLONG end = GetTickCount64() + static_cast<ULONGLONG>(seconds * 1000);
+  while (!done()) {
+    if (GetTickCount64() > end) {
+      ADD_FAILURE() << "waited in vain for: " << what;
+      return false;
+    }
+    Sleep(30);
+  }
+  return true;
+}
+
+bool EditorDriver::Running() {
+  return process_.hProcess && WaitForSingleObject(process_.hProcess, 0) == WAIT_TIMEOUT;
+}
+
+std::optional<unsigned> EditorDriver::ExitCode(double seconds) {
+  if (WaitForSingleObject(process_.hProcess, static_cast<DWORD>(seconds * 1000)) != WAIT_OBJECT_0)
+    return std::nullopt;
+  DWORD code = 0;
+  GetExitCodeProcess(process_.hProcess, &code);
+  return code;
+}
+
+bool EditorDriver::WaitForFrame() {
+  return Until(
+      "the frame",
+      [this] {
+        const auto frames = TopWindows(process_.dwProcessId, [](HWND window) {
+          return ClassOf(window) == kFrameClass && IsWindowVisible(window);
+        });
+        if (!frames.empty()) frame_ = frames[0];
+        return frame_ != nullptr;
+      },
+      60);
+}
+
+LRESULT EditorDriver::Send(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  DWORD_PTR result = 0;
+  if (!SendMessageTimeoutW(window, message, wparam, lparam, SMTO_NORMAL, kAnswerTime, &result)) {
+    ADD_FAILURE() << "the window does not answer message " << message;
+  }
+  return static_cast<LRESULT>(result);
+}
+
+bool EditorDriver::Answers() {
+  DWORD_PTR result = 0;
+  return SendMessageTimeoutW(frame_, WM_NULL, 0, 0, SMTO_NORMAL, kAnswerTime, &result) != 0;
+}
+
+void EditorDriver::Command(unsigned id) {
+  // Not waited for, as the command may show a box; but taken before the next question, which is sent too.
+  SendNotifyMessageW(frame_, WM_COMMAND, id, 0);
+  EXPECT_TRUE(Answers()) << "hangs after command " << id;
+}
+
+void EditorDriver::Close() {
+  PostMessageW(frame_, WM_CLOSE, 0, 0);
+}
+
+std::vector<HWND> EditorDriver::Children() {
+  std::vector<HWND> children;
+  HWND client = FindWindowExW(frame_, nullptr, L"MDIClient", nullptr);
+  for (HWND child = nullptr; (child = FindWindowExW(client, child, kEditorClass, nullptr)) != nullptr;)
+    children.push_back(child);
+  return children;
+}
+
+HWND EditorDriver::ActiveChild() {
+  HWND client = FindWindowExW(frame_, nullptr, L"MDIClient", nullptr);
+  return reinterpret_cast<HWND>(Send(client, WM_MDIGETACTIVE, 0, 0));
+}
+
+std::string EditorDriver::Title(HWND window) {
+  wchar_t text[2048] = L"";
+  DWORD_PTR length = 0;
+  SendMessageTimeoutW(window, WM_GETTEXT, 2048, reinterpret_cast<LPARAM>(text), SMTO_NORMAL, kAnswerTime,
+                      &length);
+  return Utf8(text);
+}
+
+Path EditorDriver::TemporaryFolder() const {
+  std::error_code error;
+  return std::filesystem::temp_directory_path(error) /
+         Format("Temp%x", static_cast<unsigned>(reinterpret_cast<UINT_PTR>(frame_)));
+}
+
+HWND EditorDriver::FindBox(const std::string& title) {
+  const auto boxes = TopWindows(process_.dwProcessId, [&](HWND window) {
+    return ClassOf(window) == L"#32770" && IsWindowVisible(window) &&
+           (title.empty() || Title(window) == title);
+  });
+  return boxes.empty() ? nullptr : boxes[0];
+}
+
+HWND EditorDriver::WaitForBox(const std::string& title) {
+  HWND box = nullptr;
+  Until("a box \"" + title + "\"", [&] { return (box = FindBox(title)) != nullptr; });
+  return box;
+}
+
+std::string EditorDriver::BoxText(HWND box) {
+  std::string text;
+  for (HWND label = nullptr; (label = FindWindowExW(box, label, L"Static", nullptr)) != nullptr;) {
+    const std::string line = Title(label);
+    if (line.empty()) continue;
+    if (!text.empty()) text += '\n';
+    text += line;
+  }
+  return text;
+}
+
+void EditorDriver::Press(HWND box, int button) {
+  PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button),
+               reinterpret_cast<LPARAM>(GetDlgItem(box, button)));
+  Until("the box to close", [&] { return !IsWindow(box) || !IsWindowVisible(box); });
+}
+
+std::string EditorDriver::Answer(int button) {
+  HWND box = WaitForBox();
+  if (!box) return "";
+  const std::string text = BoxText(box);
+  Press(box, button);
+  return text;
+}
+
+void EditorDriver::ChooseFile(const std::string& title, const Path& path) {
+  HWND dialog = WaitForBox(title);
+  if (!dialog) return;
+  constexpr int kEdit = 0x480, kCombo = 0x47C;  // the name's control: plain, or in a list of earlier names
+  HWND edit = nullptr;
+  Until("the name's control", [&] {
+    edit = GetDlgItem(dialog, kEdit);
+    if (!edit) edit = GetDlgItem(dialog, kCombo);
+    return edit != nullptr;
+  });
+  Sleep(200);  // the dialog fills its list first
+  Send(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+  Press(dialog, IDOK);
+}
+
+HWND EditorDriver::ChildControl(const wchar_t* window_class) {
+  return FindWindowExW(ActiveChild(), nullptr, window_class, nullptr);
+}
+
+void* EditorDriver::Remote() {
+  if (!remote_) {
+    remote_ =
+        VirtualAllocEx(process_.hProcess, nullptr, kRemoteSize, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+  }
+  return remote_;
+}
+
+std::string EditorDriver::ItemText(HWND tree, HTREEITEM item) {
+  auto* remote = static_cast<char*>(Remote());
+  TVITEMW asked{};
+  asked.mask = TVIF_TEXT;
+  asked.hItem = item;
+  asked.pszText = reinterpret_cast<wchar_t*>(remote + kTextOffset);
+  asked.cchTextMax = kTextUnits;
+  WriteProcessMemory(process_.hProcess, remote, &asked, sizeof asked, nullptr);
+  Send(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(remote));
+  wchar_t text[kTextUnits] = L"";
+  ReadProcessMemory(process_.hProcess, remote + kTextOffset, text, sizeof text, nullptr);
+  text[kTextUnits - 1] = 0;
+  return Utf8(text);
+}
+
+void EditorDriver::Walk(HWND tree, HTREEITEM item, int depth, bool expand, std::vector<std::string>& lines) {
+  for (; item && lines.size() < 2000;
+       item = reinterpret_cast<HTREEITEM>(
+           Send(tree, TVM_GETNEXTITEM, TVGN_NEXT, reinterpret_cast<LPARAM>(item)))) {
+    lines.push_back(std::string(static_cast<size_t>(depth) * 2, ' ') + ItemText(tree, item));
+    if (expand) Send(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(item));
+    const auto child =
+        reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_CHILD, reinterpret_cast<LPARAM>(item)));
+    Walk(tree, child, depth + 1, expand, lines);
+  }
+}
+
+std::vector<std::string> EditorDriver::Tree(bool expand_all) {
+  HWND tree = ChildControl(WC_TREEVIEWW);
+  std::vector<std::string> lines;
+  Walk(tree, reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0)), 0, expand_all, lines);
+  return lines;
+}
+
+bool EditorDriver::SelectItem(const std::vector<std::string>& path) {
+  HWND tree = ChildControl(WC_TREEVIEWW);
+  auto item = reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0));
+  for (size_t i = 0; i < path.size(); ++i) {
+    while (item && ItemText(tree, item) != path[i]) {
+      item =
+          reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_NEXT, reinterpret_cast<LPARAM>(item)));
+    }
+    if (!item) {
+      ADD_FAILURE() << "no tree item " << path[i];
+      return false;
+    }
+    if (i + 1 == path.size()) break;
+    Send(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(item));
+    item =
+        reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_CHILD, reinterpret_cast<LPARAM>(item)));
+  }
+  return Send(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item)) != 0;
+}
+
+std::vector<std::string> EditorDriver::ListColumns() {
+  HWND list = ChildControl(WC_LISTVIEWW);
+  const auto header = reinterpret_cast<HWND>(Send(list, LVM_GETHEADER, 0, 0));
+  const int count = static_cast<int>(Send(header, HDM_GETITEMCOUNT, 0, 0));
+  auto* remote = static_cast<char*>(Remote());
+  std::vector<std::string> titles;
+  for (int i = 0; i < count; ++i) {
+    HDITEMW asked{};
+    asked.mask = HDI_TEXT;
+    asked.pszText = reinterpret_cast<wchar_t*>(remote + kTextOffset);
+    asked.cchTextMax = kTextUnits;
+    WriteProcessMemory(process_.hProcess, remote, &asked, sizeof asked, nullptr);
+    Send(header, HDM_GETITEMW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(remote));
+    wchar_t text[kTextUnits] = L"";
+    ReadProcessMemory(process_.hProcess, remote + kTextOffset, text, sizeof text, nullptr);
+    text[kTextUnits - 1] = 0;
+    titles.push_back(Utf8(text));
+  }
+  return titles;
+}
+
+int EditorDriver::ListCount() {
+  return static_cast<int>(Send(ChildControl(WC_LISTVIEWW), LVM_GETITEMCOUNT, 0, 0));
+}
+
+std::string EditorDriver::Cell(int row, int column) {
+  return CellOf(ChildControl(WC_LISTVIEWW), row, column);
+}
+
+std::string EditorDriver::CellOf(HWND list, int row, int column) {
+  auto* remote = static_cast<char*>(Remote());
+  LVITEMW asked{};
+  asked.iSubItem = column;
+  asked.pszText = reinterpret_cast<wchar_t*>(remote + kTextOffset);
+  asked.cchTextMax = kTextUnits;
+  WriteProcessMemory(process_.hProcess, remote, &asked, sizeof asked, nullptr);
+  const auto length =
+      Send(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(remote));
+  std::wstring text(static_cast<size_t>(std::clamp<LRESULT>(length, 0, kTextUnits)), L'\0');
+  ReadProcessMemory(process_.hProcess, remote + kTextOffset, text.data(), text.size() * sizeof(wchar_t),
+                    nullptr);
+  return Utf8(text);
+}
+
+std::vector<std::string> EditorDriver::Labels() {
+  std::vector<std::string> texts;
+  HWND child = ActiveChild();
+  for (HWND label = nullptr; (label = FindWindowExW(child, label, L"Static", nullptr)) != nullptr;)
+    texts.push_back(Title(label));
+  return texts;
+}
+
+int EditorDriver::RowsOf(HWND list) {
+  return static_cast<int>(Send(list, LVM_GETITEMCOUNT, 0, 0));
+}
+
+bool EditorDriver::IsTicked(HWND list, int row) {
+  const LRESULT state =
+      Send(list, LVM_GETITEMSTATE, static_cast<WPARAM>(row), static_cast<LPARAM>(LVIS_STATEIMAGEMASK));
+  return state == INDEXTOSTATEIMAGEMASK(2);
+}
+
+void EditorDriver::Key(HWND control, unsigned key) {
+  Send(control, WM_KEYDOWN, key, 1);
+  Send(control, WM_KEYUP, key, 1);
+}
+
+void EditorDriver::GoTo(HWND list, int row) {
+  const auto focused = [&] {
+    return static_cast<int>(Send(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+  };
+  for (int steps = 0; focused() != row && steps < 200; ++steps) Key(list, focused() < row ? VK_DOWN : VK_UP);
+  EXPECT_EQ(focused(), row);
+}
+
+void EditorDriver::Tick(HWND list, int row) {
+  GoTo(list, row);
+  Key(list, VK_SPACE);
+}
+
+void EditorDriver::ClickTick(HWND list, int row) {
+  const bool before = IsTicked(list, row);
+  auto* remote = static_cast<char*>(Remote());
+  RECT label{};
+  label.left = LVIR_LABEL;
+  WriteProcessMemory(process_.hProcess, remote, &label, sizeof label, nullptr);
+  Send(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(remote));
+  ReadProcessMemory(process_.hProcess, remote, &label, sizeof label, nullptr);
+  // The first point of the row's line that the list itself calls its box.
+  for (int x = 2; x < label.left; x += 2) {
+    LVHITTESTINFO hit{};
+    hit.pt = {x, (label.top + label.bottom) / 2};
+    WriteProcessMemory(process_.hProcess, remote, &hit, sizeof hit, nullptr);
+    Send(list, LVM_HITTEST, 0, reinterpret_cast<LPARAM>(remote));
+    ReadProcessMemory(process_.hProcess, remote, &hit, sizeof hit, nullptr);
+    if (hit.flags != LVHT_ONITEMSTATEICON || hit.iItem != row) continue;
+    const LPARAM point = MAKELPARAM(hit.pt.x, hit.pt.y);
+    PostMessageW(list, WM_LBUTTONDOWN, MK_LBUTTON, point);
+    PostMessageW(list, WM_LBUTTONUP, 0, point);
+    Until("the tick to change", [&] { return IsTicked(list, row) != before; });
+    return;
+  }
+  ADD_FAILURE() << "row " << row << " has no box";
+}
+
+std::vector<std::string> EditorDriver::EntriesOf(HWND list_box) {
+  std::vector<std::string> entries;
+  const auto count = static_cast<int>(Send(list_box, LB_GETCOUNT, 0, 0));
+  for (int i = 0; i < count; ++i) {
+    wchar_t text[kTextUnits] = L"";
+    Send(list_box, LB_GETTEXT, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(text));
+    entries.push_back(Utf8(text));
+  }
+  return entries;
+}
+
+void EditorDriver::Push(HWND box, int button) {
+  // Like a command: taken before the next question, which is sent too.
+  SendNotifyMessageW(GetDlgItem(box, button), BM_CLICK, 0, 0);
+  EXPECT_TRUE(Answers()) << "hangs after button " << button;
+}
+
+void EditorDriver::ChooseFolder(HWND dialog, const Path& folder) {
+  auto* remote = static_cast<char*>(Remote()) + kTextOffset;
+  WriteProcessMemory(process_.hProcess, remote, folder.c_str(),
+                     (folder.native().size() + 1) * sizeof(wchar_t), nullptr);
+  Send(dialog, BFFM_SETSELECTIONW, TRUE, reinterpret_cast<LPARAM>(remote));
+  Until("the folder's path in the dialog",
+        [&] { return BoxText(dialog).find(Utf8FromPath(folder.filename())) != std::string::npos; });
+  Press(dialog, IDOK);
+}
+
+void EditorDriver::DropFiles(const std::vector<Path>& files) {
+  std::wstring names;
+  for (const Path& path : files) names += path.native() + L'\0';
+  names += L'\0';
+  DROPFILES header{};
+  header.pFiles = sizeof header;
+  header.fWide = TRUE;
+  auto* remote = static_cast<char*>(Remote());
+  WriteProcessMemory(process_.hProcess, remote, &header, sizeof header, nullptr);
+  WriteProcessMemory(process_.hProcess, remote + sizeof header, names.data(), names.size() * sizeof(wchar_t),
+                     nullptr);
+  SendNotifyMessageW(frame_, WM_DROPFILES, reinterpret_cast<WPARAM>(remote), 0);
+  EXPECT_TRUE(Answers());
+}
+
+std::vector<MenuLine> EditorDriver::Menus() {
+  std::vector<MenuLine> lines;
+  EXPECT_EQ(Send(frame_, RegisterWindowMessageW(kDescribeMenus), 0, 0), 1);
+  const auto text = ReadWholeFile(TemporaryFolder() / "menus.txt");
+  if (!text) return lines;
+  std::istringstream input(std::string(text->begin(), text->end()));
+  for (std::string line; std::getline(input, line);) {
+    std::istringstream fields(line);
+    std::string depth, id, marks, name;
+    std::getline(fields, depth, '\t');
+    std::getline(fields, id, '\t');
+    std::getline(fields, marks, '\t');
+    std::getline(fields, name);
+    lines.push_back({std::stoi(depth), static_cast<unsigned>(std::stoul(id)),
+                     marks.find('g') != std::string::npos, marks.find('c') != std::string::npos, name});
+  }
+  return lines;
+}
+
+}  // namespace vexa

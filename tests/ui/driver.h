@@ -1,0 +1,97 @@
+// Drives one running editor from outside, by messages, and reads its windows. Every wait ends: a window that
+// does not answer fails the test, and the program is ended with the object.
+#pragma once
+
+#include <windows.h>
+// After windows.h.
+#include <commctrl.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/files.h"
+
+namespace vexa {
+
+struct MenuLine {
+  int depth = 0;
+  unsigned id = 0;
+  bool greyed = false, checked = false;
+  std::string text;  // a tab reads '|'
+};
+
+class EditorDriver {
+ public:
+  // Starts `program` with arguments, in test mode unless they say how.
+  explicit EditorDriver(const Path& program, std::vector<std::wstring> arguments = {L"--test-mode"});
+  ~EditorDriver();
+  EditorDriver(const EditorDriver&) = delete;
+  EditorDriver& operator=(const EditorDriver&) = delete;
+
+  // Waits until `done`; fails the test after `seconds` with `what`.
+  bool Until(const std::string& what, const std::function<bool()>& done, double seconds = 20);
+  bool WaitForFrame();
+  // The program answers messages.
+  bool Answers();
+  // Sends the command and waits until the program has carried it out or shows a box for it.
+  void Command(unsigned id);
+  void Close();
+  // The exit code; nothing when it does not end.
+  std::optional<unsigned> ExitCode(double seconds = 20);
+  bool Running();
+
+  HWND frame() const { return frame_; }
+  HWND ActiveChild();
+  std::vector<HWND> Children();
+  std::string Title(HWND window);
+  Path TemporaryFolder() const;
+
+  // A dialog or message box of the program, once it shows; nullptr after a failure.
+  HWND WaitForBox(const std::string& title = "");
+  HWND FindBox(const std::string& title = "");
+  std::string BoxText(HWND box);  // texts of its labels, joined by '\n'
+  void Press(HWND box, int button);
+  // Waits for a message box and answers it; its text.
+  std::string Answer(int button);
+  // Gives a name to the open file dialog and takes it.
+  void ChooseFile(const std::string& title, const Path& path);
+
+  // The active child's tree as lines, two blanks a level, with the nodes opened on the way.
+  std::vector<std::string> Tree(bool expand_all);
+  // Selects the item at the labels, opening what is on the way.
+  bool SelectItem(const std::vector<std::string>& path);
+  std::vector<std::string> ListColumns();
+  int ListCount();
+  std::string Cell(int row, int column);
+  std::vector<std::string> Labels();
+  // List controls and list boxes of dialogs. Rows are reached by the keys of the user.
+  int RowsOf(HWND list);
+  std::string CellOf(HWND list, int row, int column);
+  bool IsTicked(HWND list, int row);
+  void GoTo(HWND list, int row);
+  void Tick(HWND list, int row);       // by the space key
+  void ClickTick(HWND list, int row);  // by the mouse
+  std::vector<std::string> EntriesOf(HWND list_box);
+  void Key(HWND control, unsigned key);
+  void Push(HWND box, int button);  // a button or box of a dialog that may stay open
+  // Gives a folder to the open folder dialog and takes it.
+  void ChooseFolder(HWND dialog, const Path& folder);
+  // Files dropped on the frame.
+  void DropFiles(const std::vector<Path>& files);
+  std::vector<MenuLine> Menus();
+
+ private:
+  HWND ChildControl(const wchar_t* window_class);
+  LRESULT Send(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+  std::string ItemText(HWND tree, HTREEITEM item);
+  void Walk(HWND tree, HTREEITEM item, int depth, bool expand, std::vector<std::string>& lines);
+  void* Remote();  // memory in the program for one structure and one text
+
+  PROCESS_INFORMATION process_{};
+  HWND frame_ = nullptr;
+  void* remote_ = nullptr;
+};
+
+}  // namespace vexa

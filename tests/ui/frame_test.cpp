@@ -1,0 +1,437 @@
+// The editor as its user meets it: every test starts the real program, works it by commands, and reads its
+// windows.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <set>
+
+#include "core/bin_file.h"
+#include "core/command_table.h"
+#include "core/messages.h"
+#include "import/text_export.h"
+#include "tests/support/list_maker.h"
+#include "tests/support/recorder.h"
+#include "tests/ui/driver.h"
+#include "ui/windows_api.h"
+
+namespace vexa {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::IsSupersetOf;
+
+Path Program() {
+  return ProgramFolder() / "VexaEditor.exe";
+}
+
+template <class Record>
+void Named(Record& record, const std::string& name) {
+  SetName(record.record.name, name);
+}
+
+void AddServices(StaticDatabase& database, Carrier* carrier, int count) {
+  for (int i = 0; i < count; ++i) {
+    Service* service = database.service_pool.Take();
+    Named(*service, Format("Service %d", i + 1));
+    service->record.type = i % 2 == 0 ? kTv : kRadio;
+    service->record.video_pid = 255;
+    service->record.program_number = static_cast<uint16_t>(i + 1);
+    service->carrier = carrier;
+    service->carrier_position = static_cast<uint16_t>(carrier->satellite->carriers.size() - 1);
+    carrier->services.push_back(service);
+    database.services.push_back(service);
+    database.service_order.push_back(service);
+  }
+  carrier->record.service_count = static_cast<uint16_t>(count);
+}
+
+// One LNB, a satellite "Test Sat" with `carriers` carriers, each with `services` services, TV and radio by
+// turns.
+Document SampleDocument(int carriers, int services) {
+  Document document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+  database.lnb_count = 1;
+  Satellite* satellite = database.satellite_pool.Take();
+  Named(*satellite, "Test Sat");
+  satellite->record.east = 1;
+  satellite->record.angle = 192;
+  database.satellites.push_back(satellite);
+  for (int i = 0; i < carriers; ++i) {
+    Carrier* carrier = database.carrier_pool.Take();
+    Named(*carrier, Format("Carrier %d", i + 1));
+    carrier->record.frequency = static_cast<uint32_t>(10700 + i);
+    carrier->satellite = satellite;
+    satellite->carriers.push_back(carrier);
+    database.carriers.push_back(carrier);
+    AddServices(database, carrier, services);
+  }
+  satellite->record.carrier_count = static_cast<uint16_t>(carriers);
+  return document;
+}
+
+class Frame : public testing::Test {
+ protected:
+  Path PutSample(const std::string& name, int carriers = 2, int services = 3) {
+    const auto bytes = BuildBin(recorder_.context, SampleDocument(carriers, services), {}, {});
+    const Path path = recorder_.context.temporary_folder / name;
+    EXPECT_TRUE(bytes.has_value());
+    if (bytes) PutFile(path, *bytes);
+    return path;
+  }
+  Path Folder() { return recorder_.context.temporary_folder; }
+
+  Recorder recorder_;
+};
+
+// Closes without a question and ends with 0.
+void ExpectCleanEnd(EditorDriver& editor) {
+  const Path folder = editor.TemporaryFolder();
+  editor.Close();
+  const auto code = editor.ExitCode();
+  ASSERT_TRUE(code.has_value()) << "does not end";
+  EXPECT_EQ(*code, 0u);
+  EXPECT_FALSE(std::filesystem::exists(folder)) << "the temporary folder is left behind";
+}
+
+TEST_F(Frame, StartsMaximisedWithItsTitleAndFolder) {
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  EXPECT_EQ(editor.Title(editor.frame()), "Vexa Editor 1.0.0");
+  EXPECT_TRUE(editor.Until("the maximised frame", [&] { return IsZoomed(editor.frame()) != 0; }));
+  EXPECT_TRUE(std::filesystem::is_directory(editor.TemporaryFolder()));
+  EXPECT_THAT(editor.Children(), IsEmpty());
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, TwoFramesHaveFoldersOfTheirOwn) {
+  EditorDriver first(Program()), second(Program());
+  ASSERT_TRUE(first.WaitForFrame() && second.WaitForFrame());
+  EXPECT_NE(first.TemporaryFolder(), second.TemporaryFolder());
+  ExpectCleanEnd(first);
+  EXPECT_TRUE(std::filesystem::is_directory(second.TemporaryFolder()));
+  ExpectCleanEnd(second);
+}
+
+TEST_F(Frame, AboutNamesTheProgram) {
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.Command(kCmdAbout);
+  HWND box = editor.WaitForBox("About software");
+  ASSERT_NE(box, nullptr);
+  const std::string text = editor.BoxText(box);
+  for (const char* part : {"Project ID - VEXA", "Version - 1.0.0", "Build Date - ", "Build Time - "}) {
+    EXPECT_THAT(text, HasSubstr(part));
+  }
+  editor.Press(box, IDOK);
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, NewDatabaseIsEmptyAndClosesWithoutQuestion) {
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.Command(kCmdNew);
+  ASSERT_EQ(editor.Children().size(), 1u);
+  const auto tree = editor.Tree(true);
+  ASSERT_EQ(tree.size(), 13u) << "SDB1, three levels, eight groups, the box infos";
+  EXPECT_EQ(tree.front(), "SDB1");
+  EXPECT_EQ(tree[4], "    [ 1 ] Favourite1");
+  EXPECT_EQ(tree.back(), "Box Infos");
+  EXPECT_THAT(editor.Labels(), IsSupersetOf({"SDB:SDB1  Index 1/1", "LNBs\t0", "Satellites  0", "Carriers\t0",
+                                             "Services  0"}));
+  editor.Command(kCmdClose);
+  EXPECT_THAT(editor.Children(), IsEmpty());
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, OpenShowsTreeListAndDetails) {
+  const Path path = PutSample("sample.bin");
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.Command(kCmdOpen);
+  editor.ChooseFile("Open", path);
+  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  EXPECT_THAT(editor.Tree(true), IsSupersetOf({"    [ 1 ] LNB", "    [ 1 ] Test Sat", "      [ 2 ] Carrier 2",
+                                               "        [ 3 ] Service 3"}));
+  ASSERT_TRUE(editor.SelectItem({"SDB1", "Satellites", "[ 1 ] Test Sat", "[ 1 ] Carrier 1"}));
+  ASSERT_EQ(editor.ListCount(), 3);
+  EXPECT_THAT(editor.ListColumns(), IsSupersetOf({"Video (Dec)", "Audio (Dec)", "PCR (Dec)"}));
+  EXPECT_EQ(editor.Cell(1, 1), "Service 2");
+  EXPECT_EQ(editor.Cell(1, 4), "Radio");
+  EXPECT_EQ(editor.Cell(0, 5), "255");
+  editor.Command(kCmdViewRadio);
+  EXPECT_EQ(editor.ListCount(), 1);
+  ASSERT_TRUE(editor.SelectItem({"SDB1", "Satellites", "[ 1 ] Test Sat"}));
+  editor.Command(kCmdInformation);
+  EXPECT_EQ(editor.ListColumns().front(), "Info - Test Sat");
+  EXPECT_EQ(editor.Cell(3, 0), "Angle");
+  EXPECT_EQ(editor.Cell(3, 1), "019.2");
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, FileOfTheCommandLineIsOpenedAndDescribed) {
+  const Path path = PutSample(
+      "von \xC3\xBC"
+      "ber.bin",
+      1, 2);
+  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  ASSERT_TRUE(editor.WaitForFrame());
+  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  EXPECT_EQ(editor.Title(editor.Children()[0]), Utf8FromPath(path));
+  editor.Command(kCmdSdbInformation);
+  HWND box = editor.WaitForBox("Bin file information");
+  ASSERT_NE(box, nullptr);
+  EXPECT_THAT(editor.BoxText(box), HasSubstr("\nSDB1    No \t016\t085\t001\t002\t"));
+  editor.Press(box, IDOK);
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, DamagedFileOpensNoWindow) {
+  const Path path = Folder() / "damaged.bin";
+  PutFile(path, BytesOf("Qz, too short"));
+  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  ASSERT_TRUE(editor.WaitForFrame());
+  EXPECT_EQ(editor.Answer(IDOK), "Invalid or unknown file format.");
+  EXPECT_THAT(editor.Children(), IsEmpty());
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, SaveAsWritesTheDatabaseAndUnsavedChangesAsk) {
+  const Path path = PutSample("sample.bin"), copy = Folder() / "copy.bin";
+  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  ASSERT_TRUE(editor.WaitForFrame());
+  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  editor.Command(kCmdSaveAs);
+  editor.ChooseFile("Save", copy);
+  ASSERT_TRUE(editor.Until("the copy", [&] { return std::filesystem::exists(copy); }));
+  EXPECT_TRUE(editor.Answers());
+  EXPECT_EQ(editor.Title(editor.Children()[0]), Utf8FromPath(copy));
+  Document saved;
+  EXPECT_TRUE(OpenBin(recorder_.context, copy, saved));
+  ASSERT_EQ(saved.sdbs.size(), 1u);
+  EXPECT_EQ(saved.sdbs[0].database->services.size(), 6u);
+
+  editor.Command(kCmdCompressBin);
+  EXPECT_EQ(editor.Title(editor.Children()[0]), Utf8FromPath(copy) + " *");
+  editor.Command(kCmdClose);
+  EXPECT_EQ(editor.Answer(IDCANCEL), "Changes made are not saved. Do you want to save ?");
+  ASSERT_EQ(editor.Children().size(), 1u) << "Cancel keeps the window";
+  const auto before = std::filesystem::file_size(copy);
+  editor.Close();
+  EXPECT_EQ(editor.Answer(IDYES), "Changes made are not saved. Do you want to save ?");
+  EXPECT_EQ(editor.ExitCode(), 0u);
+  EXPECT_LT(std::filesystem::file_size(copy), before) << "saved compressed on the way out";
+}
+
+TEST_F(Frame, SavingAnEmptyDatabaseIsRefused) {
+  const Path path = Folder() / "never.bin";
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.Command(kCmdNew);
+  editor.Command(kCmdSave);
+  editor.ChooseFile("Save", path);
+  EXPECT_EQ(editor.Answer(IDOK), "Add atleast one LNB and Satellite to save as a bin");
+  EXPECT_FALSE(std::filesystem::exists(path));
+  ExpectCleanEnd(editor);
+}
+
+std::map<unsigned, MenuLine> ById(const std::vector<MenuLine>& lines) {
+  std::map<unsigned, MenuLine> items;
+  for (const MenuLine& line : lines) {
+    if (line.id) items.emplace(line.id, line);
+  }
+  return items;
+}
+
+TEST_F(Frame, MenusFollowTheActiveWindow) {
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  auto items = ById(editor.Menus());
+  EXPECT_FALSE(items.contains(kCmdSave)) << "no database, no such item";
+  EXPECT_FALSE(items.at(kCmdNew).greyed);
+  EXPECT_FALSE(items.contains(kCmdMergeSdb)) << "no database to merge into";
+  editor.Command(kCmdNew);
+  items = ById(editor.Menus());
+  ASSERT_TRUE(items.contains(kCmdSave));
+  EXPECT_FALSE(items.at(kCmdSave).greyed);
+  EXPECT_TRUE(items.at(kCmdUndo).greyed) << "nothing to undo";
+  EXPECT_FALSE(items.at(kCmdCompressBin).checked);
+  EXPECT_EQ(items.at(kCmdTextFile).text, "&Text file|Ctrl+E");
+  editor.Command(kCmdCompressBin);
+  EXPECT_TRUE(ById(editor.Menus()).at(kCmdCompressBin).checked);
+  // A greyed command does nothing, whoever sends it.
+  editor.Command(kCmdUndo);
+  EXPECT_EQ(editor.FindBox(), nullptr);
+  editor.Command(kCmdClose);
+  editor.Answer(IDNO);
+  EXPECT_FALSE(ById(editor.Menus()).contains(kCmdSave)) << "the frame's own menu again";
+  ExpectCleanEnd(editor);
+}
+
+// Items whose text is fixed and meets another one's key.
+void ExpectNoDoubledKeys(const std::vector<MenuLine>& lines) {
+  std::vector<std::set<char>> used(1);
+  for (const MenuLine& line : lines) {
+    const auto depth = static_cast<size_t>(line.depth);
+    used.resize(std::min(used.size(), depth + 1));
+    while (used.size() <= depth) used.emplace_back();
+    const char key = AccessKey(line.text);
+    if (key && line.id != kCmdMergeSdb) {
+      EXPECT_TRUE(used[depth].insert(key).second) << line.text;
+    }
+  }
+}
+
+TEST_F(Frame, NoMenuHasAnAccessKeyTwice) {
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  const auto frame_lines = editor.Menus();
+  EXPECT_GT(frame_lines.size(), 20u);
+  ExpectNoDoubledKeys(frame_lines);
+  editor.Command(kCmdNew);
+  const auto editor_lines = editor.Menus();
+  EXPECT_GT(editor_lines.size(), frame_lines.size());
+  ExpectNoDoubledKeys(editor_lines);
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, WithoutConfigurationTheUserChoosesOrTheProgramEnds) {
+  const Path lonely = Folder() / "lonely";
+  std::filesystem::create_directory(lonely);
+  std::filesystem::copy_file(Program(), lonely / "VexaEditor.exe");
+  const Path wrong = Folder() / "wrong.ecf";
+  PutFile(wrong, BytesOf("not a configuration"));
+  EditorDriver editor(lonely / "VexaEditor.exe");
+  EXPECT_EQ(editor.Answer(IDOK), "Invalid configuration file.");
+  editor.ChooseFile("Open a Configuration File", wrong);
+  EXPECT_EQ(editor.Answer(IDOK), "Invalid Configuration file.");
+  HWND dialog = editor.WaitForBox("Open a Configuration File");
+  ASSERT_NE(dialog, nullptr);
+  editor.Press(dialog, IDCANCEL);
+  EXPECT_TRUE(editor.ExitCode().has_value()) << "the program must end";
+}
+
+TEST_F(Frame, ImportOpensTheListInAWindowOfItsOwn) {
+  const Path list = Folder() / "list.sdx";
+  std::vector<SdxRecord> records(3);
+  records[1].name = "DREI____";
+  records[1].video = "0501";
+  records[1].id = "00002";
+  records[2].satellite = "HOT BIRD";
+  records[2].position = "0130";
+  records[2].frequency = "012000";
+  PutFile(list, BytesOf(SdxList(records, true)));
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.Command(kCmdImportSatcodx);
+  editor.ChooseFile("Open a File", list);
+  EXPECT_EQ(editor.Answer(IDNO), "Do you want to generate Bin file with filter mode");
+  ASSERT_TRUE(editor.Until("the imported database", [&] { return editor.Children().size() == 1; }));
+  EXPECT_THAT(editor.Labels(), IsSupersetOf({"LNBs\t16", "Services  3"}));
+  ASSERT_TRUE(editor.SelectItem({"SDB1", "Satellites", "[ 2 ] HOT BIRD__________"}));
+  EXPECT_EQ(editor.ListCount(), 1);
+  EXPECT_EQ(editor.FindBox("Import"), nullptr) << "the progress box is gone";
+  // An import is not in any file yet.
+  editor.Close();
+  EXPECT_EQ(editor.Answer(IDNO), "Changes made are not saved. Do you want to save ?");
+  EXPECT_EQ(editor.ExitCode(), 0u);
+}
+
+TEST_F(Frame, ImportRefusesAForeignFile) {
+  const Path list = Folder() / "list.sdx";
+  PutFile(list, BytesOf("DVSO is another format"));
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.Command(kCmdImportSatcodx);
+  editor.ChooseFile("Open a File", list);
+  EXPECT_EQ(editor.Answer(IDOK), "Error - Invalid File");
+  EXPECT_THAT(editor.Children(), IsEmpty());
+  ExpectCleanEnd(editor);
+}
+
+void CloseViewer(const std::wstring& file) {
+  for (int i = 0; i < 200; ++i) {
+    HWND viewer = FindWindowW(L"Notepad", nullptr);
+    wchar_t title[512] = L"";
+    if (viewer) GetWindowTextW(viewer, title, 512);
+    if (viewer && wcsstr(title, file.c_str())) {
+      PostMessageW(viewer, WM_CLOSE, 0, 0);
+      return;
+    }
+    Sleep(50);
+  }
+  ADD_FAILURE() << "the viewer did not show the report";
+}
+
+TEST_F(Frame, TextFileWritesAndShowsTheReport) {
+  const Path path = PutSample("sample.bin"), report = Folder() / "report.txt";
+  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  ASSERT_TRUE(editor.WaitForFrame());
+  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  editor.Command(kCmdTextFile);
+  editor.ChooseFile("Save", report);
+  ASSERT_TRUE(editor.Until("the report", [&] { return std::filesystem::exists(report); }));
+  CloseViewer(L"report");
+  Document document;
+  ASSERT_TRUE(OpenBin(recorder_.context, path, document));
+  EXPECT_EQ(ReadWholeFile(report), BytesOf(DatabaseReport(*document.sdbs[0].database)));
+  editor.Command(kCmdNew);
+  editor.Command(kCmdTextFile);
+  EXPECT_EQ(editor.Answer(IDOK), "There is no information to export");
+  ExpectCleanEnd(editor);
+}
+
+// Settings of these runs lie in a key for tests, which goes with the object.
+struct TestSettings {
+  std::wstring name = L"Run" + std::to_wstring(GetCurrentProcessId());
+  ~TestSettings() {
+    RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\VexaEditorTests\\" + name).c_str());
+    RegDeleteKeyW(HKEY_CURRENT_USER, (L"Software\\VexaEditorTests\\" + name).c_str());
+  }
+};
+
+TEST_F(Frame, RecentFilesComeBackFromTheSecondRunOn) {
+  const TestSettings settings;
+  const Path path = PutSample("first & last.bin");
+  const std::wstring mode = L"--test-mode=" + settings.name;
+  for (int run = 1; run <= 2; ++run) {
+    EditorDriver editor(Program(), {mode, path.native()});
+    ASSERT_TRUE(editor.WaitForFrame());
+    ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+    const auto items = ById(editor.Menus());
+    ASSERT_TRUE(items.contains(kCmdRecent1)) << "run " << run;
+    EXPECT_FALSE(items.contains(kCmdRecent1 + 1)) << "run " << run;
+    ExpectCleanEnd(editor);
+  }
+  EditorDriver editor(Program(), {mode});
+  ASSERT_TRUE(editor.WaitForFrame());
+  const auto items = ById(editor.Menus());
+  ASSERT_TRUE(items.contains(kCmdRecent1));
+  EXPECT_THAT(items.at(kCmdRecent1).text, HasSubstr("first && last.bin"));
+  editor.Command(kCmdRecent1);
+  EXPECT_TRUE(editor.Until("the recent file's window", [&] { return editor.Children().size() == 1; }));
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, LargestDatabaseIsThereAtOnce) {
+  const Path path = PutSample("largest.bin", 257, 255);
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.Command(kCmdOpen);
+  editor.ChooseFile("Open", path);
+  ASSERT_TRUE(editor.Until(
+      "the database window", [&] { return editor.Children().size() == 1; }, 10));
+  const ULONGLONG start = GetTickCount64();
+  editor.Command(kCmdViewServices);
+  EXPECT_EQ(editor.ListCount(), 65535);
+  EXPECT_EQ(editor.Cell(65534, 1), "Service 255");
+  EXPECT_LT(GetTickCount64() - start, 3000u);
+  ExpectCleanEnd(editor);
+}
+
+}  // namespace
+
+}  // namespace vexa

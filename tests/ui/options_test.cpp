@@ -1,0 +1,433 @@
+// Options and tools as their user meets them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "config/settings.h"
+#include "core/bin_file.h"
+#include "core/command_table.h"
+#include "core/messages.h"
+#include "tests/support/random_database.h"
+#include "tests/support/recorder.h"
+#include "tests/ui/driver.h"
+#include "ui/options_resource.h"
+#include "ui/windows_api.h"
+
+namespace vexa {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::IsSupersetOf;
+
+constexpr UINT kAnswerTime = 15000;
+
+// Settings in a key of the test's own, so that they outlive the program; gone with the object.
+struct TestKey {
+  std::wstring name = L"options-" + std::to_wstring(GetCurrentProcessId());
+  TestKey() { Remove(); }
+  ~TestKey() { Remove(); }
+  void Remove() const { RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\VexaEditorTests\\" + name).c_str()); }
+  std::string Value(const char* subkey, const char* value) const {
+    wchar_t text[256] = L"";
+    DWORD size = sizeof text;
+    const std::wstring key = L"Software\\VexaEditorTests\\" + name + L"\\" + Wide(SettingsKey(subkey));
+    RegGetValueW(HKEY_CURRENT_USER, key.c_str(), Wide(value).c_str(), RRF_RT_REG_SZ, nullptr, text, &size);
+    return Utf8(text);
+  }
+};
+
+class Options : public testing::Test {
+ protected:
+  // A satellite "Zeta" with two carriers, "Low" with the services "Cap", "ant", "Bee", then "High" with
+  // "Bee"; a satellite "Alpha" without. Program numbers 3, 2, 1; video PIDs from 255 up; no other PID.
+  Path PutSample(const std::string& name = "sample.bin") {
+    Document document = NewDocument();
+    StaticDatabase& database = *document.sdbs[0].database;
+    database.lnb_count = 1;
+    for (const char* satellite : {"Zeta", "Alpha"}) AddTestSatellite(database, satellite)->record.angle = 192;
+    for (const char* carrier : {"Low", "High"}) SetName(AddTestCarrier(database, 0)->record.name, carrier);
+    uint16_t number = 3;
+    for (const char* service : {"Cap", "ant", "Bee", "Bee"}) {
+      Service* added = AddTestService(database, database.carriers[database.services.size() / 3]);
+      SetName(added->record.name, service);
+      added->record.program_number = number == 0 ? uint16_t{1} : number;
+      added->record.video_pid = (255u + 3 - number) & 0x3FFF;
+      added->record.audio_pid = added->record.pcr_pid = kNoPid;
+      number = static_cast<uint16_t>(number - 1);
+    }
+    const auto bytes = BuildBin(recorder_.context, document, {}, {});
+    const Path path = recorder_.context.temporary_folder / name;
+    EXPECT_TRUE(bytes.has_value());
+    if (bytes) PutFile(path, *bytes);
+    return path;
+  }
+
+  void Start(std::vector<std::wstring> arguments = {L"--test-mode"}, const Path& file = {}) {
+    if (!file.empty()) arguments.push_back(file.native());
+    driver_.reset();
+    driver_ = std::make_unique<EditorDriver>(ProgramFolder() / "VexaEditor.exe", arguments);
+    ASSERT_TRUE(driver_->WaitForFrame());
+    if (file.empty()) return;
+    ASSERT_TRUE(driver_->Until("the database window", [&] { return driver_->Children().size() == 1; }));
+    ASSERT_TRUE(driver_->Answers());
+  }
+  void StartWithSample() { Start({L"--test-mode"}, PutSample()); }
+  bool SelectLow() { return driver_->SelectItem({"SDB1", "Satellites", "[ 1 ] Zeta", "[ 1 ] Low"}); }
+
+  static LRESULT Send(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
+    DWORD_PTR result = 0;
+    EXPECT_TRUE(SendMessageTimeoutW(window, message, wparam, lparam, SMTO_NORMAL, kAnswerTime, &result));
+    return static_cast<LRESULT>(result);
+  }
+  static void Type(HWND box, int id, const std::string& text) {
+    const std::wstring wide = Wide(text);
+    Send(GetDlgItem(box, id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(wide.c_str()));
+  }
+  std::string Shown(HWND box, int id) { return driver_->Title(GetDlgItem(box, id)); }
+  static void Pick(HWND box, int id, int entry) {
+    HWND control = GetDlgItem(box, id);
+    Send(control, CB_SETCURSEL, static_cast<WPARAM>(entry));
+    Send(box, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(control));
+  }
+  static bool Enabled(HWND box, int id) { return IsWindowEnabled(GetDlgItem(box, id)) != 0; }
+  // A push of a button that may show another box; not waited for.
+  static void Push(HWND box, int id) {
+    PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(id), reinterpret_cast<LPARAM>(GetDlgItem(box, id)));
+  }
+  // The dialog or message box that stands over `dialog`.
+  HWND BoxOver(HWND dialog) {
+    HWND box = nullptr;
+    driver_->Until("a box over the dialog", [&] {
+      for (box = nullptr; (box = FindWindowExW(nullptr, box, L"#32770", nullptr)) != nullptr;) {
+        if (GetWindow(box, GW_OWNER) == dialog && IsWindowVisible(box)) return true;
+      }
+      return false;
+    });
+    return box;
+  }
+  // Answers a message over `dialog`; its text.
+  std::string AnswerOver(HWND dialog) {
+    HWND box = BoxOver(dialog);
+    if (!box) return "";
+    const std::string text = driver_->BoxText(box);
+    driver_->Press(box, IDOK);
+    return text;
+  }
+  HWND List() { return FindWindowExW(driver_->ActiveChild(), nullptr, WC_LISTVIEWW, nullptr); }
+  int SelectedRow() {
+    return static_cast<int>(Send(List(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
+  }
+  std::vector<std::string> Column(int column) {
+    std::vector<std::string> cells;
+    for (int i = 0; i < driver_->ListCount(); ++i) cells.push_back(driver_->Cell(i, column));
+    return cells;
+  }
+  std::string Caption() { return driver_->Title(driver_->Children().at(0)); }
+  void End() {
+    driver_->Close();
+    EXPECT_EQ(driver_->ExitCode(), 0u);
+  }
+
+  Recorder recorder_;
+  std::unique_ptr<EditorDriver> driver_;
+};
+
+TEST_F(Options, SettingsDecideHowPidsAreShown) {
+  StartWithSample();
+  ASSERT_TRUE(SelectLow());
+  EXPECT_THAT(driver_->ListColumns(), IsSupersetOf({"Video (Dec)", "Audio (Dec)", "PCR (Dec)"}));
+  driver_->Command(kCmdSettings);
+  HWND box = driver_->WaitForBox("Settings");
+  ASSERT_NE(box, nullptr);
+  EXPECT_THAT(driver_->BoxText(box), HasSubstr("Manufacture Id"));
+  EXPECT_TRUE(Enabled(box, IDC_SETTINGS_FILE));
+  EXPECT_TRUE(Enabled(box, IDC_SETTINGS_BAUD));
+  EXPECT_FALSE(Enabled(box, IDC_SETTINGS_LEVEL)) << "images are not compressed";
+  Send(GetDlgItem(box, IDC_SETTINGS_COMPRESSED), BM_CLICK);
+  EXPECT_TRUE(Enabled(box, IDC_SETTINGS_LEVEL));
+  Pick(box, IDC_SETTINGS_COMPRESSION, 1);
+  EXPECT_FALSE(Enabled(box, IDC_SETTINGS_LEVEL)) << "this compression has no levels";
+  Pick(box, IDC_SETTINGS_RADIX, 0);
+  driver_->Press(box, IDOK);
+  EXPECT_THAT(driver_->ListColumns(), IsSupersetOf({"Video (Hex)", "Audio (Hex)", "PCR (Hex)"}));
+  EXPECT_EQ(driver_->Cell(0, 5), "FF");
+  // A changed format brings its own way of showing, over the list's.
+  driver_->Command(kCmdSettings);
+  box = driver_->WaitForBox("Settings");
+  EXPECT_EQ(Send(GetDlgItem(box, IDC_SETTINGS_RADIX), CB_GETCURSEL), 0);
+  Pick(box, IDC_SETTINGS_FORMAT, 0);
+  driver_->Press(box, IDOK);
+  EXPECT_EQ(driver_->Cell(0, 5), "255");
+  EXPECT_THAT(Caption(), testing::Not(HasSubstr("*"))) << "the database is not changed";
+  // A file that is not there keeps the dialog.
+  driver_->Command(kCmdSettings);
+  box = driver_->WaitForBox("Settings");
+  ASSERT_NE(box, nullptr);
+  Type(box, IDC_SETTINGS_FILE, "C:\\none.ecf");
+  Push(box, IDOK);
+  EXPECT_EQ(AnswerOver(box), "Configuration file does not exist or invalid path.");
+  ASSERT_TRUE(IsWindow(box));
+  const Path empty = recorder_.context.temporary_folder / "empty.ecf";
+  PutFile(empty, {});
+  Type(box, IDC_SETTINGS_FILE, Utf8FromPath(empty));
+  Push(box, IDOK);
+  EXPECT_EQ(AnswerOver(box), "Configuration file does not contains any information.");
+  driver_->Press(box, IDCANCEL);
+  End();
+}
+
+TEST_F(Options, DefaultValuesAreJudgedKeptAndUsed) {
+  const TestKey key;
+  Start({L"--test-mode=" + key.name});
+  driver_->Command(kCmdDefaultValues);
+  HWND box = driver_->WaitForBox("Default Values");
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(Shown(box, IDC_DEFAULTS_CARRIER_FREQUENCY), "10700");
+  Type(box, IDC_DEFAULTS_CARRIER_FREQUENCY, "950");
+  Type(box, IDC_DEFAULTS_LNB_FREQUENCY1, "5150");
+  Push(box, IDOK);
+  EXPECT_EQ(AnswerOver(box), "Carrier frequency should be in the range of 10700 - 12750");
+  ASSERT_TRUE(IsWindow(box));
+  Pick(box, IDC_DEFAULTS_LNB_SWITCH, 2);
+  EXPECT_EQ(Send(GetDlgItem(box, IDC_DEFAULTS_LNB_SELECTION), CB_GETCOUNT), 5) << "None and A to D";
+  Type(box, IDC_DEFAULTS_CARRIER_FREQUENCY, "11000");
+  driver_->Press(box, IDOK);
+  End();
+  EXPECT_EQ(key.Value("Defaults", "CarrierFrequency"), "11000");
+  EXPECT_EQ(key.Value("Defaults", "LnbFrequency1"), "5150");
+
+  Start({L"--test-mode=" + key.name});
+  driver_->Command(kCmdDefaultValues);
+  box = driver_->WaitForBox("Default Values");
+  EXPECT_EQ(Shown(box, IDC_DEFAULTS_CARRIER_FREQUENCY), "11000");
+  EXPECT_EQ(Send(GetDlgItem(box, IDC_DEFAULTS_LNB_SWITCH), CB_GETCURSEL), 2);
+  Push(box, IDC_DEFAULTS_FACTORY);
+  driver_->Until("the factory's value",
+                 [&] { return Shown(box, IDC_DEFAULTS_CARRIER_FREQUENCY) == "10700"; });
+  driver_->Press(box, IDCANCEL);
+  End();
+  EXPECT_EQ(key.Value("Defaults", "CarrierFrequency"), "11000") << "cancelled";
+}
+
+TEST_F(Options, ColoursAreKeptTogether) {
+  const TestKey key;
+  Start({L"--test-mode=" + key.name});
+  driver_->Command(kCmdColour);
+  HWND box = driver_->WaitForBox("Color");
+  ASSERT_NE(box, nullptr);
+  Push(box, IDC_COLOURS_FIRST + 4);
+  HWND mixer = BoxOver(box);
+  ASSERT_NE(mixer, nullptr);
+  constexpr int kRed = 706;  // green and blue follow
+  const char* parts[] = {"1", "2", "3"};
+  for (int i = 0; i < 3; ++i) Type(mixer, kRed + i, parts[i]);
+  driver_->Press(mixer, IDOK);
+  driver_->Press(box, IDOK);
+  EXPECT_TRUE(driver_->Answers());
+  EXPECT_EQ(key.Value("Color", "TVService"), "197121");
+  EXPECT_EQ(key.Value("Color", "InactSatellite"), "37120") << "written with it";
+  driver_->Command(kCmdColour);
+  box = driver_->WaitForBox("Color");
+  Push(box, IDC_COLOURS_STANDARD);
+  driver_->Press(box, IDOK);
+  EXPECT_TRUE(driver_->Answers());
+  EXPECT_EQ(key.Value("Color", "TVService"), "8388863");
+  End();
+}
+
+TEST_F(Options, WidthsAndPlacesOutliveTheProgram) {
+  const TestKey key;
+  const Path path = PutSample();
+  Start({L"--test-mode=" + key.name}, path);
+  ASSERT_TRUE(SelectLow());
+  const auto standard = Send(List(), LVM_GETCOLUMNWIDTH, 2);
+  Send(List(), LVM_SETCOLUMNWIDTH, 2, 211);
+  ShowWindow(driver_->frame(), SW_RESTORE);
+  SetWindowPos(driver_->frame(), nullptr, 33, 44, 620, 480, SWP_NOZORDER);
+  ASSERT_TRUE(driver_->Answers());
+  End();
+  EXPECT_EQ(key.Value("Window", "Width"), "620");
+  Start({L"--test-mode=" + key.name}, path);
+  EXPECT_TRUE(driver_->Until("the maximised frame", [&] { return IsZoomed(driver_->frame()) != 0; }));
+  ShowWindow(driver_->frame(), SW_RESTORE);
+  ASSERT_TRUE(driver_->Answers());
+  RECT place{};
+  GetWindowRect(driver_->frame(), &place);
+  EXPECT_EQ(place.left, 33);
+  EXPECT_EQ(place.top, 44);
+  EXPECT_EQ(place.right, 33 + 620);
+  ASSERT_TRUE(SelectLow());
+  EXPECT_NE(standard, 211);
+  EXPECT_EQ(Send(List(), LVM_GETCOLUMNWIDTH, 2), 211);
+  End();
+}
+
+TEST_F(Options, SortingToAFileLeavesTheWindowAloneSortingHereDoesNot) {
+  StartWithSample();
+  const Path sorted = recorder_.context.temporary_folder / "sorted.bin";
+  driver_->Command(kCmdSort);
+  HWND box = driver_->WaitForBox("Sort SDB information");
+  ASSERT_NE(box, nullptr);
+  Send(GetDlgItem(box, IDC_SORT_SEPARATE), BM_CLICK);
+  Push(box, IDOK);
+  driver_->ChooseFile("Save As", sorted);
+  ASSERT_TRUE(driver_->Until("the end of the dialog", [&] { return !IsWindow(box); }));
+  EXPECT_THAT(Caption(), testing::Not(HasSubstr("*")));
+  Document document;
+  ASSERT_TRUE(OpenBin(recorder_.context, sorted, document));
+  EXPECT_EQ(NameOf(document.sdbs[0].database->services[0]->record.name), "Bee")
+      << "the carrier High is first";
+  ASSERT_TRUE(SelectLow());
+  EXPECT_THAT(Column(1), ElementsAre("Cap", "ant", "Bee"));
+
+  driver_->Command(kCmdSort);
+  box = driver_->WaitForBox("Sort SDB information");
+  Pick(box, IDC_SORT_CARRIERS, 0);
+  EXPECT_TRUE(Enabled(box, IDOK));
+  for (const int kind : {IDC_SORT_SATELLITES, IDC_SORT_SERVICES}) Pick(box, kind, 0);
+  EXPECT_FALSE(Enabled(box, IDOK)) << "no key";
+  Pick(box, IDC_SORT_SERVICES + 1, 1);
+  EXPECT_TRUE(Enabled(box, IDOK));
+  driver_->Press(box, IDOK);
+  EXPECT_TRUE(driver_->Answers());
+  EXPECT_THAT(Caption(), HasSubstr(" *"));
+  ASSERT_TRUE(SelectLow());
+  EXPECT_THAT(Column(1), ElementsAre("ant", "Bee", "Cap"));
+  driver_->Command(kCmdUndo);
+  ASSERT_TRUE(SelectLow());
+  EXPECT_THAT(Column(1), ElementsAre("Cap", "ant", "Bee"));
+  EXPECT_THAT(Caption(), testing::Not(HasSubstr("*")));
+
+  driver_->Command(kCmdNew);
+  driver_->Command(kCmdSort);
+  box = driver_->WaitForBox("Sort SDB information");
+  Push(box, IDOK);
+  EXPECT_EQ(AnswerOver(box),
+            "Invalid SDB(s) - SDB1. \nNOTE: Valid SDB should contain atleast one satellite record.");
+  driver_->Press(box, IDCANCEL);
+  End();
+}
+
+TEST_F(Options, FindGoesToTheRecordAndATitleOrdersTheListAlone) {
+  StartWithSample();
+  driver_->Command(kCmdFind);
+  HWND box = driver_->WaitForBox("Find");
+  ASSERT_NE(box, nullptr);
+  Type(box, IDC_FIND_TEXT, "nowhere");
+  Push(box, IDOK);
+  EXPECT_EQ(AnswerOver(box), "No record found.");
+  Type(box, IDC_FIND_TEXT, "BEE");
+  driver_->Press(box, IDOK);
+  EXPECT_THAT(Column(1), ElementsAre("Cap", "ant", "Bee")) << "the carrier is selected";
+  EXPECT_EQ(SelectedRow(), 2);
+  driver_->Command(kCmdFindNext);
+  EXPECT_THAT(Column(2), ElementsAre("High"));
+  EXPECT_EQ(SelectedRow(), 0);
+  driver_->Command(kCmdFindPrevious);
+  EXPECT_EQ(driver_->ListCount(), 3);
+  EXPECT_EQ(SelectedRow(), 2);
+  // By number, in a list that another view had filtered.
+  driver_->Command(kCmdViewRadio);
+  driver_->Command(kCmdFind);
+  box = driver_->WaitForBox("Find");
+  EXPECT_EQ(Shown(box, IDC_FIND_TEXT), "BEE");
+  Type(box, IDC_FIND_TEXT, "256");
+  Pick(box, IDC_FIND_BY, 2);
+  driver_->Press(box, IDOK);
+  EXPECT_EQ(driver_->ListCount(), 3);
+  EXPECT_EQ(SelectedRow(), 1);
+
+  // The same list in another order, by clicks on its titles.
+  ASSERT_TRUE(SelectLow());
+  const auto header = reinterpret_cast<HWND>(Send(List(), LVM_GETHEADER));
+  const auto click = [&](int column) {
+    int x = 4;
+    for (int i = 0; i < column; ++i)
+      x += static_cast<int>(Send(List(), LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(i)));
+    Send(header, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(x + 12, 6));
+    Send(header, WM_LBUTTONUP, 0, MAKELPARAM(x + 12, 6));
+  };
+  click(1);
+  EXPECT_THAT(Column(1), ElementsAre("ant", "Bee", "Cap"));
+  EXPECT_THAT(Column(0), ElementsAre("2", "3", "1")) << "the numbers stay the records' own";
+  click(1);
+  EXPECT_THAT(Column(1), ElementsAre("Cap", "Bee", "ant"));
+  click(3);
+  EXPECT_THAT(Column(3), ElementsAre("1", "2", "3"));
+  EXPECT_THAT(Caption(), testing::Not(HasSubstr("*")));
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites", "[ 1 ] Zeta", "[ 2 ] High"}));
+  ASSERT_TRUE(SelectLow());
+  EXPECT_THAT(Column(1), ElementsAre("Cap", "ant", "Bee")) << "another node, the order of the records";
+  End();
+}
+
+TEST_F(Options, FindingsLeadToTheirRecords) {
+  Document document = NewDocument();
+  ASSERT_TRUE(OpenBin(recorder_.context, PutSample(), document));
+  StaticDatabase& database = *document.sdbs[1].database;
+  database.services[2]->record.pcr_pid = 5;
+  database.carriers[1]->record.symbol_rate = 7;
+  document.sdbs.erase(document.sdbs.begin());
+  const Path path = recorder_.context.temporary_folder / "wrong.bin";
+  PutFile(path, *BuildBin(recorder_.context, document, {}, {}));
+  Start({L"--test-mode"}, path);
+  driver_->Command(kCmdCheck);
+  HWND box = driver_->WaitForBox("Check Database - " + Utf8FromPath(path));
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(Shown(box, IDC_FINDINGS_COUNT), "Findings: 2");
+  EXPECT_TRUE(IsWindowEnabled(driver_->frame())) << "the database can be mended meanwhile";
+  HWND rows = GetDlgItem(box, IDC_FINDINGS_LIST);
+  EXPECT_EQ(driver_->CellOf(rows, 0, 0),
+            "SDB1 satellite 1 carrier 1 service 3: Invalid PCR PID. "
+            "Do you want to update default PID ?");
+  driver_->GoTo(rows, 0);
+  EXPECT_EQ(driver_->ListCount(), 3);
+  EXPECT_EQ(SelectedRow(), 2);
+  driver_->GoTo(rows, 1);
+  EXPECT_THAT(Column(1), ElementsAre("Low", "High"));
+  EXPECT_EQ(SelectedRow(), 1);
+  // The list outlives its database window without harm.
+  driver_->Command(kCmdClose);
+  Push(box, IDC_FINDINGS_AGAIN);
+  Push(box, IDOK);
+  EXPECT_TRUE(driver_->Until("the end of the list", [&] { return !IsWindow(box); }));
+  EXPECT_TRUE(driver_->Answers());
+  End();
+}
+
+TEST_F(Options, MergeAddsTheSdbsOfAFile) {
+  StartWithSample();
+  driver_->Command(kCmdMergeSdb);
+  driver_->ChooseFile("Open", PutSample("other.bin"));
+  ASSERT_TRUE(driver_->Until("the change", [&] { return Caption().ends_with(" *"); }));
+  const auto tree = driver_->Tree(false);
+  EXPECT_EQ(std::count(tree.begin(), tree.end(), "SDB1"), 2);
+  const Path damaged = recorder_.context.temporary_folder / "damaged.bin";
+  PutFile(damaged, BytesOf("Qz, too short"));
+  driver_->Command(kCmdMergeSdb);
+  driver_->ChooseFile("Open", damaged);
+  EXPECT_EQ(driver_->Answer(IDOK), "Invalid or unknown file format.");
+  EXPECT_EQ(driver_->Tree(false).size(), tree.size());
+  driver_->Command(kCmdUndo);
+  const auto undone = driver_->Tree(false);
+  EXPECT_EQ(std::count(undone.begin(), undone.end(), "SDB1"), 1);
+  End();
+}
+
+TEST_F(Options, MissingHelpIsTold) {
+  const Path lonely = recorder_.context.temporary_folder / "lonely";
+  std::filesystem::create_directory(lonely);
+  for (const char* name : {"VexaEditor.exe", "receivers.ecf"})
+    std::filesystem::copy_file(ProgramFolder() / name, lonely / name);
+  driver_ = std::make_unique<EditorDriver>(lonely / "VexaEditor.exe");
+  ASSERT_TRUE(driver_->WaitForFrame());
+  driver_->Command(kCmdContents);
+  EXPECT_THAT(driver_->Answer(IDOK), HasSubstr("The help file is missing:"));
+  End();
+}
+
+}  // namespace
+
+}  // namespace vexa

@@ -1,0 +1,373 @@
+// Images and transfers as the user meets them. The tests of the line run against a simulated receiver at COM1
+// when VEXA_TEST_LINE says that there is one.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "config/settings.h"
+#include "core/bin_file.h"
+#include "core/command_table.h"
+#include "core/messages.h"
+#include "image/urt.h"
+#include "tests/support/recorder.h"
+#include "tests/ui/driver.h"
+#include "ui/image_resource.h"
+#include "ui/transfer_resource.h"
+#include "ui/windows_api.h"
+
+namespace vexa {
+
+namespace {
+
+using testing::HasSubstr;
+
+class Transfers : public testing::Test {
+ protected:
+  Path Folder() { return recorder_.context.temporary_folder; }
+  Path PutBytes(const std::string& name, const Bytes& bytes) {
+    PutFile(Folder() / name, bytes);
+    return Folder() / name;
+  }
+  // Two SDBs, each with one LNB and one satellite, and a user box record.
+  Path PutDatabase() {
+    Document document = NewDocument();
+    AppendSdb(document, "SDB2");
+    document.ubis.resize(1);
+    document.ubis[0].name = "UBI1";
+    for (OpenSdb& sdb : document.sdbs) {
+      sdb.database->lnb_count = 1;
+      Satellite* satellite = sdb.database->satellite_pool.Take();
+      SetName(satellite->record.name, sdb.name + " Sat");
+      satellite->record.angle = 192;
+      sdb.database->satellites.push_back(satellite);
+    }
+    const auto bytes = BuildBin(recorder_.context, document, {}, {});
+    EXPECT_TRUE(bytes.has_value());
+    return PutBytes("list.bin", bytes.value_or(Bytes{}));
+  }
+  std::unique_ptr<EditorDriver> Start(std::vector<std::wstring> arguments = {L"--test-mode"}) {
+    auto editor = std::make_unique<EditorDriver>(ProgramFolder() / "VexaEditor.exe", std::move(arguments));
+    EXPECT_TRUE(editor->WaitForFrame());
+    return editor;
+  }
+  std::unique_ptr<EditorDriver> StartWithDatabase(const std::wstring& mode = L"--test-mode") {
+    auto editor = Start({mode, PutDatabase().native()});
+    editor->Until("the database's window", [&] { return editor->Children().size() == 1; });
+    return editor;
+  }
+  Recorder recorder_;
+};
+
+LRESULT Send(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
+  DWORD_PTR result = 0;
+  EXPECT_TRUE(SendMessageTimeoutW(window, message, wparam, lparam, SMTO_NORMAL, 15000, &result)) << message;
+  return static_cast<LRESULT>(result);
+}
+
+void Put(HWND dialog, int id, const std::string& text) {
+  Send(GetDlgItem(dialog, id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(Wide(text).c_str()));
+}
+
+void Choose(HWND dialog, int id, int place) {
+  HWND control = GetDlgItem(dialog, id);
+  Send(control, CB_SETCURSEL, static_cast<WPARAM>(place));
+  Send(dialog, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(control));
+}
+
+void Click(HWND dialog, int id) {
+  PostMessageW(GetDlgItem(dialog, id), BM_CLICK, 0, 0);
+}
+
+// The control with the focus of another process's window.
+int FocusedId(HWND dialog) {
+  GUITHREADINFO information{};
+  information.cbSize = sizeof information;
+  GetGUIThreadInfo(GetWindowThreadProcessId(dialog, nullptr), &information);
+  return information.hwndFocus ? GetDlgCtrlID(information.hwndFocus) : 0;
+}
+
+void ExpectFocus(EditorDriver& editor, HWND dialog, int id) {
+  editor.Until(
+      Format("the focus at %d", id), [&] { return FocusedId(dialog) == id; }, 5);
+}
+
+// Answers the program's own message box; its text.
+std::string Told(EditorDriver& editor) {
+  HWND box = editor.WaitForBox("Vexa Editor 1.0.0");
+  if (!box) return "";
+  const std::string text = editor.BoxText(box);
+  editor.Press(box, IDOK);
+  return text;
+}
+
+void ExpectCleanEnd(EditorDriver& editor) {
+  const Path folder = editor.TemporaryFolder();
+  editor.Close();
+  EXPECT_EQ(editor.ExitCode(), 0u);
+  EXPECT_FALSE(std::filesystem::exists(folder)) << "the temporary folder is left behind";
+}
+
+TEST_F(Transfers, PortThatCannotBeOpenedIsToldTwice) {
+  // The settings of this test name a port that no machine has.
+  const std::wstring name = L"transfers-" + std::to_wstring(GetCurrentProcessId());
+  const std::wstring root = L"Software\\VexaEditorTests\\" + name;
+  const std::wstring key = root + L"\\" + Wide(SettingsKey(kPortSettingsKey));
+  const wchar_t port[] = L"COM99";
+  RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"Port", REG_SZ, port, sizeof port);
+  const auto editor = StartWithDatabase(L"--test-mode=" + name);
+  for (const unsigned command : {kCmdUploadAdb, kCmdUploadThisSdb, kCmdDownload}) {
+    SCOPED_TRACE(command);
+    editor->Command(command);
+    HWND box = editor->WaitForBox("Serial Comm lib");
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(editor->BoxText(box), "Port is not available.");
+    editor->Press(box, IDOK);
+    EXPECT_EQ(Told(*editor), "Can't open port.\nPort may be opened by another application.");
+    EXPECT_TRUE(editor->Answers());
+    EXPECT_TRUE(IsWindowEnabled(editor->frame()));
+  }
+  ExpectCleanEnd(*editor);
+  RegDeleteTreeW(HKEY_CURRENT_USER, root.c_str());
+}
+
+TEST_F(Transfers, UploadAsSdbOffersEverythingAndNeedsOneSdb) {
+  const auto editor = StartWithDatabase();
+  editor->Command(kCmdUploadSdb);
+  HWND dialog = editor->WaitForBox("Upload as SDB");
+  ASSERT_NE(dialog, nullptr);
+  HWND list = GetDlgItem(dialog, IDC_UPLOAD_LIST);
+  ASSERT_EQ(Send(list, LVM_GETITEMCOUNT), 3) << "two SDBs and a box record";
+  for (WPARAM i = 0; i < 3; ++i) EXPECT_EQ(Send(list, LVM_GETITEMSTATE, i, LVIS_STATEIMAGEMASK) >> 12, 2);
+  // Space takes the tick of the focused row away.
+  for (int i = 0; i < 2; ++i) {
+    PostMessageW(list, WM_KEYDOWN, VK_SPACE, 0);
+    PostMessageW(list, WM_KEYDOWN, VK_DOWN, 0);
+    editor->Until("the tick to go", [&] {
+      return Send(list, LVM_GETITEMSTATE, static_cast<WPARAM>(i), LVIS_STATEIMAGEMASK) >> 12 == 1;
+    });
+  }
+  Click(dialog, IDOK);
+  EXPECT_EQ(Told(*editor), "Add atleast one SDB to upload.");
+  EXPECT_TRUE(IsWindowVisible(dialog));
+  editor->Press(dialog, IDCANCEL);
+  ExpectCleanEnd(*editor);
+}
+
+TEST_F(Transfers, SingleImageRefusesAndThenConverts) {
+  const Bytes content(3000, 0x5A);
+  const Path image = PutBytes("image.bin", content);
+  const auto editor = Start();
+  editor->Command(kCmdSingleImage);
+  HWND dialog = editor->WaitForBox("Single Image");
+  ASSERT_NE(dialog, nullptr);
+  Click(dialog, IDOK);
+  EXPECT_EQ(Told(*editor), "Choose an image file.");
+  ExpectFocus(*editor, dialog, IDC_IMAGE_FILE);
+  Put(dialog, IDC_IMAGE_FILE, Utf8FromPath(image));
+  Put(dialog, IDC_IMAGE_URT, Utf8FromPath(Folder() / "made.urt"));
+  Choose(dialog, IDC_IMAGE_TYPE, 1);
+  EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_NAME)), "SDB Data") << "the region brings its name";
+  Put(dialog, IDC_IMAGE_MAJOR, "12");
+  Put(dialog, IDC_IMAGE_MINOR, "16");
+  Click(dialog, IDOK);
+  EXPECT_THAT(Told(*editor), HasSubstr("0 to 15"));
+  ExpectFocus(*editor, dialog, IDC_IMAGE_MINOR);
+  Put(dialog, IDC_IMAGE_MINOR, "7");
+  Click(dialog, IDOK);
+  EXPECT_THAT(Told(*editor), HasSubstr("made.urt\" is ready."));
+  const auto file = ReadWholeFile(Folder() / "made.urt");
+  ASSERT_TRUE(file.has_value());
+  const UrtContent urt = ReadUrt(*file);
+  EXPECT_TRUE(urt.findings.empty());
+  EXPECT_EQ(urt.type, 4);
+  EXPECT_EQ(urt.software_major, 12);
+  EXPECT_EQ(urt.software_minor, 7);
+  EXPECT_EQ(OriginalImage(urt), content);
+  ExpectCleanEnd(*editor);
+}
+
+TEST_F(Transfers, ImageTooLargeBringsTheDialogBack) {
+  const Path image = PutBytes("image.bin", Bytes(0x20000, 1));
+  const auto editor = Start();
+  editor->Command(kCmdBin2Urt);
+  editor->ChooseFile("Open", image);
+  HWND dialog = editor->WaitForBox("Single Image");
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_FILE)), Utf8FromPath(image));
+  EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_URT)), Utf8FromPath(Folder() / "image.urt"));
+  Choose(dialog, IDC_IMAGE_TYPE, 1);
+  Put(dialog, IDC_IMAGE_NAME, "Kept");
+  PutBytes("image.bin", Bytes(0x30000, 1));
+  Click(dialog, IDOK);
+  HWND box = editor->WaitForBox("URT Conversion");
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(editor->BoxText(box), "Image exceeds the allowed memory space.");
+  editor->Press(box, IDOK);
+  dialog = editor->WaitForBox("Single Image");
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_NAME)), "Kept");
+  editor->Press(dialog, IDCANCEL);
+  EXPECT_FALSE(std::filesystem::exists(Folder() / "image.urt"));
+  ExpectCleanEnd(*editor);
+}
+
+TEST_F(Transfers, MultipleImageKeepsATypeForEachImage) {
+  const Path images[] = {PutBytes("one.bin", Bytes(100, 1)), PutBytes("two.bin", Bytes(200, 2))};
+  const auto editor = Start();
+  editor->Command(kCmdMultipleImage);
+  HWND dialog = editor->WaitForBox("Multiple Image");
+  ASSERT_NE(dialog, nullptr);
+  EXPECT_FALSE(IsWindowEnabled(GetDlgItem(dialog, IDC_IMAGE_REMOVE)));
+  for (const Path& image : {images[0], images[1], images[1]}) {
+    const LRESULT before = Send(GetDlgItem(dialog, IDC_IMAGE_LIST), LVM_GETITEMCOUNT);
+    Click(dialog, IDC_IMAGE_ADD);
+    editor->ChooseFile("Add Images", image);
+    editor->Until("the new row",
+                  [&] { return Send(GetDlgItem(dialog, IDC_IMAGE_LIST), LVM_GETITEMCOUNT) == before + 1; });
+  }
+  Click(dialog, IDOK);
+  EXPECT_EQ(Told(*editor), "Two images would be written to the same URT file.");
+  Click(dialog, IDC_IMAGE_REMOVE);
+  editor->Until("the row to go",
+                [&] { return Send(GetDlgItem(dialog, IDC_IMAGE_LIST), LVM_GETITEMCOUNT) == 2; });
+  Choose(dialog, IDC_IMAGE_TYPE, 2);
+  PostMessageW(GetDlgItem(dialog, IDC_IMAGE_LIST), WM_KEYDOWN, VK_UP, 0);
+  editor->Until("the first row's fields", [&] {
+    return editor->Title(GetDlgItem(dialog, IDC_IMAGE_URT)) == Utf8FromPath(Folder() / "one.urt");
+  });
+  Choose(dialog, IDC_IMAGE_TYPE, 1);
+  Click(dialog, IDOK);
+  EXPECT_EQ(Told(*editor), "2 URT files are ready.");
+  const std::pair<const char*, int> made[] = {{"one.urt", 4}, {"two.urt", 2}};
+  for (const auto& [name, type] : made) {
+    const UrtContent urt = ReadUrt(ReadWholeFile(Folder() / name).value_or(Bytes{}));
+    EXPECT_TRUE(urt.findings.empty()) << name;
+    EXPECT_EQ(urt.type, type) << name;
+  }
+  ExpectCleanEnd(*editor);
+}
+
+TEST_F(Transfers, CompressionGoesThereAndBack) {
+  const Bytes content(100000, 'x');
+  const Path file = PutBytes("text.txt", content);
+  const auto editor = Start();
+  for (const bool expand : {false, true}) {
+    editor->Command(kCmdCompression);
+    HWND dialog = editor->WaitForBox("Compression");
+    ASSERT_NE(dialog, nullptr);
+    if (expand) {
+      Click(dialog, IDC_COMPRESSION_EXPAND);
+      editor->Until("the level to grey",
+                    [&] { return !IsWindowEnabled(GetDlgItem(dialog, IDC_COMPRESSION_LEVEL)); });
+    }
+    Put(dialog, IDC_COMPRESSION_FILE, Utf8FromPath(expand ? Path(file) += ".z" : file));
+    EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_COMPRESSION_OUTPUT)),
+              Utf8FromPath(expand ? file : Path(file) += ".z"));
+    if (expand) Put(dialog, IDC_COMPRESSION_OUTPUT, Utf8FromPath(Folder() / "back.txt"));
+    Click(dialog, IDOK);
+    EXPECT_THAT(Told(*editor), HasSubstr("is ready: "));
+  }
+  EXPECT_EQ(ReadWholeFile(Folder() / "back.txt"), content);
+  EXPECT_LT(std::filesystem::file_size(Path(file) += ".z"), 1000u);
+  ExpectCleanEnd(*editor);
+}
+
+// What a transfer dialog showed until it went.
+struct Watched {
+  std::vector<std::string> statuses, titles, figures;
+  LRESULT furthest = 0;
+};
+
+Watched Watch(EditorDriver& editor, HWND dialog, double seconds = 60) {
+  Watched seen;
+  const auto note = [&](std::vector<std::string>& list, const std::string& text) {
+    if (!text.empty() && (list.empty() || list.back() != text)) list.push_back(text);
+  };
+  editor.Until(
+      "the transfer to end",
+      [&] {
+        if (!IsWindow(dialog)) return true;
+        note(seen.titles, editor.Title(dialog));
+        note(seen.statuses, editor.Title(GetDlgItem(dialog, IDC_TRANSFER_STATUS)));
+        note(seen.figures, editor.Title(GetDlgItem(dialog, IDC_TRANSFER_FIGURES)));
+        DWORD_PTR place = 0;
+        SendMessageTimeoutW(GetDlgItem(dialog, IDC_TRANSFER_BAR), PBM_GETPOS, 0, 0, SMTO_NORMAL, 5000,
+                            &place);
+        seen.furthest = std::max(seen.furthest, static_cast<LRESULT>(place));
+        return false;
+      },
+      seconds);
+  return seen;
+}
+
+class Line : public Transfers {
+ protected:
+  void SetUp() override {
+    if (!std::getenv("VEXA_TEST_LINE")) GTEST_SKIP() << "no receiver at COM1";
+  }
+};
+
+TEST_F(Line, UploadsTheDatabaseAndFetchesItBack) {
+  const auto editor = StartWithDatabase();
+  editor->Command(kCmdUploadAdb);
+  HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
+  ASSERT_NE(dialog, nullptr);
+  Watched seen = Watch(*editor, dialog);
+  EXPECT_THAT(seen.statuses, testing::Contains("ADB upload inprogress."));
+  EXPECT_GT(seen.furthest, 10);
+  ASSERT_FALSE(seen.figures.empty());
+  EXPECT_THAT(seen.figures, testing::Contains(HasSubstr("bytes/s")));
+  EXPECT_TRUE(editor->FindBox() == nullptr) << editor->BoxText(editor->FindBox());
+
+  editor->Command(kCmdDownload);
+  dialog = editor->WaitForBox();
+  ASSERT_NE(dialog, nullptr);
+  seen = Watch(*editor, dialog);
+  EXPECT_THAT(seen.titles, testing::Contains("Download ( STB to PC )"));
+  EXPECT_THAT(seen.statuses, testing::Contains("Downloading inprogress"));
+  EXPECT_GT(seen.furthest, 50);
+  editor->Until("the fetched database", [&] { return editor->Children().size() == 2; });
+  const auto fetched = editor->Tree(true);
+  EXPECT_THAT(fetched, testing::Contains("    [ 1 ] SDB1 Sat")) << "the satellite that was sent";
+  editor->Close();
+  EXPECT_THAT(editor->Answer(IDNO), HasSubstr("Changes made are not saved."));
+  EXPECT_EQ(editor->ExitCode(), 0u);
+}
+
+TEST_F(Line, UploadsSdbs) {
+  const auto editor = StartWithDatabase();
+  editor->Command(kCmdUploadSdb);
+  HWND dialog = editor->WaitForBox("Upload as SDB");
+  ASSERT_NE(dialog, nullptr);
+  Click(dialog, IDOK);
+  dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
+  ASSERT_NE(dialog, nullptr);
+  Watch(*editor, dialog);
+  EXPECT_TRUE(editor->FindBox() == nullptr) << editor->BoxText(editor->FindBox());
+  EXPECT_FALSE(std::filesystem::exists(editor->TemporaryFolder() / "TempURTFile.eut"))
+      << "was not sent whole";
+  ExpectCleanEnd(*editor);
+}
+
+TEST_F(Line, CancelsInTheMiddleAndOutlivesAnAttemptToClose) {
+  const auto editor = StartWithDatabase();
+  for (int round = 0; round < 2; ++round) {
+    editor->Command(kCmdUploadAdb);
+    HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
+    ASSERT_NE(dialog, nullptr);
+    editor->Until("the first packets",
+                  [&] { return Send(GetDlgItem(dialog, IDC_TRANSFER_BAR), PBM_GETPOS) > 5; });
+    editor->Close();
+    EXPECT_TRUE(editor->Answers());
+    EXPECT_TRUE(IsWindow(dialog)) << "the frame waits for the transfer";
+    editor->Press(dialog, IDCANCEL);
+    EXPECT_TRUE(editor->Answers());
+    EXPECT_TRUE(editor->FindBox() == nullptr) << editor->BoxText(editor->FindBox());
+  }
+  ExpectCleanEnd(*editor);
+}
+
+}  // namespace
+
+}  // namespace vexa

@@ -1,0 +1,66 @@
+// The state of the whole program, owned by the entry point and handed to every window that it makes.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config/project_config.h"
+#include "config/settings.h"
+#include "core/context.h"
+#include "core/database.h"
+#include "core/find.h"
+#include "import/work_files.h"
+#include "ui/windows_api.h"
+
+namespace vexa {
+
+struct Application {
+  HINSTANCE instance = nullptr;
+  std::string title = "Vexa Editor";  // caption of every message box
+  HANDLE thread_exit_event = nullptr;
+  std::optional<Path> open_at_start;
+  HWND frame = nullptr, client = nullptr, toolbar = nullptr, status = nullptr;
+  HIMAGELIST toolbar_pictures = nullptr, tree_pictures = nullptr;
+  HMENU frame_menu = nullptr, editor_menu = nullptr, console_menu = nullptr;
+  std::vector<HMENU> recent_menus;  // the "Recent Files" menus of the three bars
+  HACCEL editor_keys = nullptr, other_keys = nullptr;
+  HWND console = nullptr;  // the uploader console, while it is open
+
+  Context context;  // its messages are boxes over the frame; its temporary folder is the program's
+  SettingsStore settings;
+  Path configuration_file;
+  ProjectConfig config;
+  bool hexadecimal = false;  // PIDs in headers, values and input
+  RecentFiles recent;
+  EditorColorTable colours = DefaultColors();
+  DefaultRecords defaults;
+  UINT describe_menus = 0;  // test mode only: the message that asks for the menus
+  int exit_code = 0;        // of the program
+  int busy = 0;             // jobs that let messages through while they run; commands and closing wait
+  int untitled = 0;         // new databases so far, for their captions
+  Path merge_file;          // chosen last in the merger's file dialogs
+  // The import wizard: leaves the chosen records; false when the user gave up.
+  std::function<bool(WorkFiles&)> choose_records;
+  WindowSettings window;
+  FindQuery last_search;
+  HWND findings = nullptr;  // the window of the database check, while it is open
+  // The uploader console's: whether its port is open, and its line of the port's settings. Empty: no console.
+  std::function<bool()> port_connected;
+  std::function<void(const std::string&)> show_port_status;
+};
+
+inline constexpr const wchar_t* kFrameClass = L"VexaMdi";
+inline constexpr const wchar_t* kEditorClass = L"VexaChild";
+inline constexpr const wchar_t* kConsoleClass = L"PortloadChild";
+
+// Messages as boxes over the program's top window.
+Messages BoxMessages(Application& app);
+// The window that a box or dialog belongs to: the active dialog, else the frame.
+HWND OwnerWindow(const Application& app);
+enum class Answer { kYes, kNo, kCancel };
+Answer AskYesNoCancel(const Application& app, const std::string& text);
+bool AskOkCancel(const Application& app, const std::string& text);
+
+}  // namespace vexa

@@ -1,0 +1,324 @@
+#include "ui/commands.h"
+
+#include "core/bin_file.h"
+#include "core/messages.h"
+#include "import/import_command.h"
+#include "import/text_export.h"
+#include "ui/change.h"
+#include "ui/console.h"
+#include "ui/dialogs.h"
+#include "ui/editor.h"
+#include "ui/file_dialogs.h"
+#include "ui/frame.h"
+
+namespace vexa {
+
+namespace {
+
+void NewDatabase(Application& app) {
+  OpenEditor(app, NewDocument(app.defaults), {}, false);
+}
+
+void OpenDatabase(Application& app) {
+  if (const auto path = AskOpenFile(app.frame, {"Open", kBinFilters, "bin"})) OpenDatabaseFile(app, *path);
+}
+
+void Save(Application& app) {
+  SaveEditor(*ActiveEditor(app));
+}
+void SaveAs(Application& app) {
+  SaveEditorAs(*ActiveEditor(app));
+}
+void CloseDatabase(Application& app) {
+  SendMessageW(ActiveEditor(app)->window, WM_CLOSE, 0, 0);
+}
+void Exit(Application& app) {
+  PostMessageW(app.frame, WM_CLOSE, 0, 0);
+}
+
+// HTML Help is loaded when it is asked for: not every system has it.
+void Contents(Application& app) {
+  const Path file = ProgramFolder() / "help.chm";
+  using HtmlHelp = HWND(WINAPI*)(HWND, LPCWSTR, UINT, DWORD_PTR);
+  static HMODULE library = LoadLibraryW(L"hhctrl.ocx");
+  const auto show =
+      library ? reinterpret_cast<HtmlHelp>(reinterpret_cast<void*>(GetProcAddress(library, "HtmlHelpW")))
+              : nullptr;
+  std::error_code error;
+  if (!std::filesystem::exists(file, error)) {
+    Tell(app.context.messages, Icon::kInformation, "The help file is missing:\n%s",
+         Utf8FromPath(file).c_str());
+  } else if (!show) {
+    Tell(app.context.messages, Icon::kInformation, "HTML Help is not installed on this system.");
+  } else if (!show(app.frame, file.c_str(), 0, 0)) {
+    Tell(app.context.messages, Icon::kInformation, "The help file cannot be shown:\n%s",
+         Utf8FromPath(file).c_str());
+  }
+}
+
+void SdbInformation(Application& app) {
+  const std::string text = BinInformation(app.context, ActiveEditor(app)->document);
+  app.context.messages.tell(Icon::kInformation, text, "Bin file information");
+}
+
+void Information(Application& app) {
+  ShowInformation(*ActiveEditor(app));
+}
+
+void ShowReport(Application& app, const Path& path) {
+  std::wstring line = L"Notepad.exe " + path.native();
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) {
+    Tell(app.context.messages, Icon::kStop, "Error in loading notepad");
+    return;
+  }
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+}
+
+void TextFile(Application& app) {
+  const OpenSdb* sdb = SelectedSdb(*ActiveEditor(app));
+  if (!sdb || sdb->database->satellites.empty()) {
+    Tell(app.context.messages, Icon::kStop, "There is no information to export");
+    return;
+  }
+  const auto path = AskSaveFile(app.frame, {"Save", {{"Text Files ( *.TXT )", "*.txt"}}, "txt"});
+  if (!path) return;
+  if (!ExportDatabaseText(*sdb->database, *path)) {
+    Tell(app.context.messages, Icon::kStop, "Export process failed");
+    return;
+  }
+  ShowReport(app, *path);
+}
+
+// The limit judges the active window, though the list opens in a window of its own.
+bool SdbLimitReached(Application& app) {
+  const EditorWindow* editor = ActiveEditor(app);
+  if (!editor || editor->document.sdbs.size() < kMaximumSdbs) return false;
+  Tell(app.context.messages, Icon::kStop, "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
+  return true;
+}
+
+bool ImportInto(Application& app, const Path& path, Document& document) {
+  const auto format = CheckListFile(app.context, path);
+  if (!format) return false;
+  const bool filtered = AskFilterMode(app.context);
+  WorkFiles work;
+  {
+    const ProgressBox progress(app, Utf8FromPath(path));
+    if (!ReadList(progress.context(), path, *format, app.defaults, work)) return false;
+  }
+  if (filtered && app.choose_records && !app.choose_records(work)) return false;
+  return OpenWorkFiles(app.context, work, app.defaults, document);
+}
+
+void Import(Application& app, size_t filter) {
+  if (SdbLimitReached(app)) return;
+  const auto path = AskOpenFile(app.frame, {"Open a File",
+                                            {{"SatcoDX Industry Standard Protocol ( *.SDX )", "*.sdx"},
+                                             {"DVB2000 files ( *.DVB )", "*.dvb"},
+                                             {"Lyngsat Dat files ( *.DAT )", "*.dat"}},
+                                            nullptr,
+                                            filter});
+  Document document;
+  if (path && ImportInto(app, *path, document)) OpenEditor(app, std::move(document), {}, true);
+}
+
+void ImportSatcodx(Application& app) {
+  Import(app, 0);
+}
+void ImportDvb2000(Application& app) {
+  Import(app, 1);
+}
+void ImportLyngsat(Application& app) {
+  Import(app, 2);
+}
+
+void CompressBin(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  ChangeDocument(editor, [&] {
+    editor.document.compress_payload = !editor.document.compress_payload;
+    return true;
+  });
+}
+
+void Undo(Application& app) {
+  UndoChange(*ActiveEditor(app));
+}
+void Redo(Application& app) {
+  RedoChange(*ActiveEditor(app));
+}
+
+template <size_t N>
+void Recent(Application& app) {
+  if (N < app.recent.paths.size()) OpenDatabaseFile(app, PathFromUtf8(app.recent.paths[N]));
+}
+
+void Cascade(Application& app) {
+  SendMessageW(app.client, WM_MDICASCADE, 0, 0);
+}
+void TileHorizontally(Application& app) {
+  SendMessageW(app.client, WM_MDITILE, MDITILE_HORIZONTAL, 0);
+}
+void TileVertically(Application& app) {
+  SendMessageW(app.client, WM_MDITILE, MDITILE_VERTICAL, 0);
+}
+
+template <ListView view>
+void View(Application& app) {
+  ShowView(*ActiveEditor(app), view);
+}
+
+using CommandFunction = void (*)(Application&);
+
+constexpr CommandId RecentId(int place) {
+  return static_cast<CommandId>(kCmdRecent1 + place);
+}
+
+constexpr CommandRow kFunctions[] = {
+    {kCmdNew, NewDatabase},
+    {kCmdOpen, OpenDatabase},
+    {kCmdSave, Save},
+    {kCmdSaveAs, SaveAs},
+    {kCmdClose, CloseDatabase},
+    {kCmdExit, Exit},
+    {kCmdContents, Contents},
+    {kCmdAbout, ShowAbout},
+    {kCmdSdbInformation, SdbInformation},
+    {kCmdInformation, Information},
+    {kCmdTextFile, TextFile},
+    {kCmdExportSdb, TextFile},
+    {kCmdImportSatcodx, ImportSatcodx},
+    {kCmdImportDvb2000, ImportDvb2000},
+    {kCmdImportLyngsat, ImportLyngsat},
+    {kCmdCompressBin, CompressBin},
+    {kCmdUndo, Undo},
+    {kCmdRedo, Redo},
+    {RecentId(0), Recent<0>},
+    {RecentId(1), Recent<1>},
+    {RecentId(2), Recent<2>},
+    {RecentId(3), Recent<3>},
+    {kCmdCascade, Cascade},
+    {kCmdTileHorizontally, TileHorizontally},
+    {kCmdTileVertically, TileVertically},
+    {kCmdViewTv, View<ListView::kTvServices>},
+    {kCmdViewRadio, View<ListView::kRadioServices>},
+    {kCmdViewBoth, View<ListView::kServices>},
+    {kCmdViewServices, View<ListView::kServices>},
+    {kCmdViewCarriers, View<ListView::kCarriers>},
+};
+
+using CommandGroup = std::span<const CommandRow> (*)();
+
+constexpr CommandGroup kGroups[] = {FileCommands,     MergeCommands,   OptionCommands,
+                                    TransferCommands, ConsoleCommands, ImageCommands};
+
+CommandFunction FunctionOf(UINT id) {
+  for (const CommandGroup group : kGroups) {
+    for (const CommandRow& row : group()) {
+      if (row.id == id) return row.run;
+    }
+  }
+  return nullptr;
+}
+
+bool ConsoleIsActive(const Application& app) {
+  return app.console &&
+         reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDIGETACTIVE, 0, 0)) == app.console;
+}
+
+bool IsRecord(NodeKind kind) {
+  switch (kind) {
+    case NodeKind::kNone:
+    case NodeKind::kSdb:
+    case NodeKind::kLnbLevel:
+    case NodeKind::kSatelliteLevel:
+    case NodeKind::kFavouriteLevel:
+    case NodeKind::kUbiLevel:
+      return false;
+    default:
+      return true;
+  }
+}
+
+}  // namespace
+
+std::span<const CommandRow> FileCommands() {
+  return kFunctions;
+}
+
+uint32_t PresentNeeds(Application& app) {
+  uint32_t present = kNeedsNothing;
+  if (!app.console) present |= kNeedsNoConsole;
+  if (ConsoleIsActive(app)) present |= kNeedsConsole | ConsoleNeeds(app);
+  if (!app.config.regions.empty()) present |= kNeedsImages;
+  if (app.config.partitions_loaded) present |= kNeedsPartitions;
+  const EditorWindow* editor = ActiveEditor(app);
+  if (!editor) return present;
+  present |= kNeedsEditor;
+  if (CanUndo(editor->history)) present |= kNeedsUndo;
+  if (CanRedo(editor->history)) present |= kNeedsRedo;
+  const NodeRef node = CommandNode(*editor);
+  const bool among_boxes = node.kind == NodeKind::kUbi || node.kind == NodeKind::kUbiLevel;
+  if (!among_boxes && SelectedSdb(*editor)) present |= kNeedsSdb;
+  if (IsRecord(node.kind)) present |= kNeedsRecord;
+  if (node.kind == NodeKind::kSatellite) present |= kNeedsSatellite;
+  return present;
+}
+
+bool CanRun(Application& app, UINT id) {
+  const CommandInfo* command = FindCommand(id);
+  return command && FunctionOf(id) && CommandEnabled(*command, PresentNeeds(app));
+}
+
+bool RunCommand(Application& app, UINT id) {
+  if (!FindCommand(id)) return false;
+  // Keys for two windows: the log of the console, or the database.
+  if (id == kCmdSave && ConsoleIsActive(app)) id = kCmdConsoleSaveLog;
+  if (id == kCmdFind && ConsoleIsActive(app)) id = kCmdConsoleFind;
+  if (app.busy == 0 && CanRun(app, id)) {
+    FunctionOf(id)(app);
+    RefreshFrame(app);
+  }
+  return true;
+}
+
+bool IsChecked(Application& app, UINT id) {
+  const EditorWindow* editor = ActiveEditor(app);
+  if (!editor) return IsConsoleChecked(app, id);
+  switch (id) {
+    case kCmdCompressBin:
+      return editor->document.compress_payload;
+    case kCmdCompressSdb: {
+      const NodeKind kind = editor->selected.kind;
+      if (kind == NodeKind::kUbiLevel || kind == NodeKind::kUbi) return editor->document.compress_ubis;
+      const OpenSdb* sdb = SelectedSdb(*editor);
+      return sdb && sdb->database->compressed;
+    }
+    case kCmdViewCarriers:
+      return editor->view == ListView::kCarriers;
+    case kCmdViewTv:
+      return editor->view == ListView::kTvServices;
+    case kCmdViewRadio:
+      return editor->view == ListView::kRadioServices;
+    default:
+      return false;
+  }
+}
+
+std::string ChangedText(Application& app, UINT id) {
+  if (id == kCmdConnect) return ConsoleText(app, id);
+  const EditorWindow* editor = ActiveEditor(app);
+  return id == kCmdUndo && editor ? UndoText(editor->history) : "";
+}
+
+std::string CommandHelp(Application& app, UINT id) {
+  const CommandInfo* command = FindCommand(id);
+  if (!command) return "";
+  const std::string missing = MissingNeeds(*command, PresentNeeds(app));
+  return missing.empty() ? command->tip : std::string(command->tip) + ". " + missing;
+}
+
+}  // namespace vexa

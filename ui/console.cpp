@@ -1,0 +1,428 @@
+#include "ui/console.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "core/command_table.h"
+#include "ui/console_log.h"
+#include "ui/console_resource.h"
+#include "ui/frame.h"
+#include "ui/menus.h"
+#include "ui/resource.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr UINT_PTR kTimer = 1, kLineSubclass = 1;
+constexpr int kLogHeight = 418, kLineHeight = 44;  // at 96 dots an inch; the log's is its least
+constexpr int kPanelUnits = 50;                    // dialog units
+constexpr int kDisconnectFailure = 18;             // exit code
+
+struct PanelButton {
+  int id;
+  CommandId command;
+  const wchar_t* tip;
+};
+constexpr PanelButton kPanelButtons[] = {
+    {IDC_CONSOLE_CONNECT, kCmdConnect, L"Connect to the receiver, or disconnect"},
+    {IDC_CONSOLE_UPLOAD, kCmdConsoleUpload, L"Upload ( PC to STB )"},
+    {IDC_CONSOLE_CANCEL, kCmdConsoleCancel, L"Cancel"},
+    {IDC_CONSOLE_SAVE, kCmdConsoleSaveLog, L"Save log file"},
+    {IDC_CONSOLE_CLEAR, kCmdConsoleClear, L"Clear"},
+    {IDC_CONSOLE_COMMAND, kNoCommand, L"Test Tool Command Window"}};
+
+ConsoleWindow* ConsoleOf(HWND window) {
+  return reinterpret_cast<ConsoleWindow*>(GetWindowLongPtrW(window, 0));
+}
+
+HWND PanelControl(const ConsoleWindow& console, int id) {
+  return GetDlgItem(console.panel, id);
+}
+
+void ShowPanelText(ConsoleWindow& console, int id, const std::string& text) {
+  HWND control = PanelControl(console, id);
+  if (WindowText(control) != text) SetText(control, text);
+}
+
+// --- the command line ---
+
+// Number and text of the line that the caret is in.
+std::pair<int, std::string> CurrentLine(HWND edit) {
+  const auto number = static_cast<int>(SendMessageW(edit, EM_LINEFROMCHAR, static_cast<WPARAM>(-1), 0));
+  std::wstring text(32768, L'\0');
+  text[0] = static_cast<wchar_t>(text.size() - 1);
+  const auto length =
+      SendMessageW(edit, EM_GETLINE, static_cast<WPARAM>(number), reinterpret_cast<LPARAM>(text.data()));
+  text.resize(static_cast<size_t>(std::max<LRESULT>(0, length)));
+  return {number, Utf8(text)};
+}
+
+void ReplaceCurrentLine(HWND edit, const std::string& text) {
+  const auto number = static_cast<WPARAM>(CurrentLine(edit).first);
+  const auto start = static_cast<WPARAM>(SendMessageW(edit, EM_LINEINDEX, number, 0));
+  const auto length = SendMessageW(edit, EM_LINELENGTH, start, 0);
+  SendMessageW(edit, EM_SETSEL, start, static_cast<LPARAM>(start) + length);
+  SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(Wide(text).c_str()));
+}
+
+void SendLine(ConsoleWindow& console, const std::string& line) {
+  if (SendConsoleLine(console.console, line)) Remember(console.history, line);
+}
+
+// Complete lines of a pasted text are sent, the rest goes into the command line. False: not for us.
+bool PasteLines(ConsoleWindow& console) {
+  if (console.console.state != ConsoleState::kConnected || !OpenClipboard(console.line)) return false;
+  std::string text;
+  if (HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
+    if (const auto* wide = static_cast<const wchar_t*>(GlobalLock(data))) {
+      text = Utf8(std::wstring_view(wide, wcsnlen(wide, GlobalSize(data) / sizeof(wchar_t))));
+      GlobalUnlock(data);
+    }
+  }
+  CloseClipboard();
+  PastedText pasted = SplitPasted(text);
+  if (pasted.lines.empty()) return false;
+  // What was typed already begins the first line.
+  pasted.lines.front() = CurrentLine(console.line).second + pasted.lines.front();
+  for (const std::string& line : pasted.lines) {
+    if (!SendConsoleLine(console.console, line)) break;
+    Remember(console.history, line);
+  }
+  ReplaceCurrentLine(console.line, pasted.rest);
+  return true;
+}
+
+LRESULT CALLBACK LineProcedure(HWND edit, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                               DWORD_PTR data) {
+  auto& console = *reinterpret_cast<ConsoleWindow*>(data);
+  if (message == WM_CHAR && wparam == kKeyEnter) {
+    if (console.console.state == ConsoleState::kConnected) SendLine(console, CurrentLine(edit).second);
+  } else if (message == WM_PASTE) {
+    if (PasteLines(console)) return 0;
+  } else if (message == WM_KEYDOWN && (wparam == VK_UP || wparam == VK_DOWN)) {
+    const auto line =
+        wparam == VK_UP ? Older(console.history, CurrentLine(edit).second) : Newer(console.history);
+    if (line) ReplaceCurrentLine(edit, *line);
+    return 0;
+  }
+  return DefSubclassProc(edit, message, wparam, lparam);
+}
+
+// --- the window ---
+
+INT_PTR CALLBACK PanelProcedure(HWND panel, UINT message, WPARAM wparam, LPARAM) {
+  if (message == WM_INITDIALOG) return FALSE;  // the focus stays where it is
+  if (message != WM_COMMAND || HIWORD(wparam) != BN_CLICKED) return FALSE;
+  ConsoleWindow* console = ConsoleOf(GetParent(panel));
+  if (!console) return FALSE;
+  if (LOWORD(wparam) == IDC_CONSOLE_COMMAND) {
+    ShowCommandLine(*console, !console->line_shown);
+    return TRUE;
+  }
+  for (const PanelButton& button : kPanelButtons) {
+    if (button.id == LOWORD(wparam)) SendMessageW(console->app->frame, WM_COMMAND, button.command, 0);
+  }
+  return TRUE;
+}
+
+void AddTips(ConsoleWindow& console) {
+  console.tips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0,
+                                 0, 0, console.window, nullptr, console.app->instance, nullptr);
+  for (const PanelButton& button : kPanelButtons) {
+    TTTOOLINFOW tool{};
+    tool.cbSize = TTTOOLINFOW_V1_SIZE;
+    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+    tool.hwnd = console.panel;
+    tool.uId = reinterpret_cast<UINT_PTR>(PanelControl(console, button.id));
+    tool.lpszText = const_cast<wchar_t*>(button.tip);
+    SendMessageW(console.tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+  }
+}
+
+void SetLineFont(ConsoleWindow& console) {
+  HFONT old = console.font;
+  console.font = MakeFont(console.window);
+  SendMessageW(console.line, WM_SETFONT, reinterpret_cast<WPARAM>(console.font), TRUE);
+  if (old) DeleteObject(old);
+}
+
+bool CreateControls(ConsoleWindow& console) {
+  Application& app = *console.app;
+  console.panel = CreateDialogParamW(app.instance, MAKEINTRESOURCEW(IDD_CONSOLE_PANEL), console.window,
+                                     PanelProcedure, 0);
+  if (!console.panel) {
+    Tell(app.context.messages, Icon::kStop, "Status Window creation problem");
+    return false;
+  }
+  console.log = CreateLogView(console.window, app.instance, IDC_CONSOLE_LOG);
+  console.line = CreateWindowExW(
+      WS_EX_CLIENTEDGE, L"EDIT", L"",
+      WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | ES_MULTILINE | ES_AUTOVSCROLL | ES_AUTOHSCROLL, 0, 0,
+      0, 0, console.window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(IDC_CONSOLE_LINE)), app.instance,
+      nullptr);
+  if (!console.log || !console.line) return false;
+  SetLogFont(console.log);
+  SetLineFont(console);
+  SetWindowSubclass(console.line, LineProcedure, kLineSubclass, reinterpret_cast<DWORD_PTR>(&console));
+  AddTips(console);
+  CheckDlgButton(console.panel, IDC_CONSOLE_COMMAND, BST_CHECKED);
+  OpenConsole(console.console, app.context);
+  SetTimer(console.window, kTimer, kUpdateInterval, nullptr);
+  ShowConsoleState(console);
+  return true;
+}
+
+int PanelHeight(const ConsoleWindow& console) {
+  RECT units{0, 0, 4, kPanelUnits};
+  MapDialogRect(console.panel, &units);
+  return static_cast<int>(units.bottom);
+}
+
+int LineHeight(const ConsoleWindow& console) {
+  return console.line_shown ? Scaled(console.window, kLineHeight) : 0;
+}
+
+// Log at the top, command line below it, panel along the bottom.
+void LayOut(ConsoleWindow& console) {
+  if (!console.line) return;
+  RECT area{};
+  GetClientRect(console.window, &area);
+  const int width = static_cast<int>(area.right), height = static_cast<int>(area.bottom);
+  const int panel = PanelHeight(console), line = LineHeight(console);
+  const int log = std::max(0, height - panel - line);
+  MoveWindow(console.log, 0, 0, width, log, TRUE);
+  MoveWindow(console.line, 0, log, width, line, TRUE);
+  MoveWindow(console.panel, 0, log + line, width, panel, TRUE);
+}
+
+// The window is never so low that the log would be lower than it may be.
+void LimitSize(ConsoleWindow& console, MINMAXINFO& sizes) {
+  if (!console.panel) return;
+  RECT outer{0, 0, 0, PanelHeight(console) + LineHeight(console) + Scaled(console.window, kLogHeight)};
+  AdjustWindowRectEx(&outer, static_cast<DWORD>(GetWindowLongPtrW(console.window, GWL_STYLE)), FALSE,
+                     static_cast<DWORD>(GetWindowLongPtrW(console.window, GWL_EXSTYLE)));
+  sizes.ptMinTrackSize.y = std::max<LONG>(sizes.ptMinTrackSize.y, outer.bottom - outer.top);
+}
+
+void Tick(HWND window) {
+  ConsoleWindow& console = *ConsoleOf(window);
+  const ConsoleUpdate update = UpdateConsole(console.console, ConsoleClock());
+  AppendToLog(console.log, update.pieces, update.start_anew);
+  ShowPanelText(console, IDC_CONSOLE_RECEIVED, update.received ? "R" : "");
+  ShowPanelText(console, IDC_CONSOLE_SENT, update.sent ? "T" : "");
+  const bool known = update.packets_total > 0;
+  ShowPanelText(console, IDC_CONSOLE_TOTAL, known ? Format("%u", update.packets_total) : "");
+  ShowPanelText(console, IDC_CONSOLE_COUNT, known ? Format("%u", update.packets_sent) : "");
+  ShowPanelText(console, IDC_CONSOLE_RATE, update.rate);
+  const int place = known ? static_cast<int>(uint64_t{update.packets_sent} * 1000 / update.packets_total) : 0;
+  SendMessageW(PanelControl(console, IDC_CONSOLE_BAR), PBM_SETPOS, static_cast<WPARAM>(place), 0);
+  if (update.focus_log && GetFocus() == console.line) SetFocus(console.log);
+  ShowConsoleState(console);
+  // One box at a time, and none while another one stands.
+  if (console.telling || !IsWindowEnabled(console.app->frame)) return;
+  console.telling = true;
+  TellConsoleMessages(console.console, ConsoleClock());
+  console.telling = false;
+  ShowConsoleState(console);
+}
+
+void Activate(ConsoleWindow& console, HWND active) {
+  Application& app = *console.app;
+  const bool own = active == console.window;
+  if (!own && active) return;  // another child puts its own bar
+  HMENU bar = own ? app.console_menu : app.frame_menu;
+  SendMessageW(app.client, WM_MDISETMENU, reinterpret_cast<WPARAM>(bar),
+               reinterpret_cast<LPARAM>(WindowMenu(bar)));
+  DrawMenuBar(app.frame);
+  RefreshFrame(app);
+}
+
+LRESULT Destroy(ConsoleWindow* console, HWND window, WPARAM wparam, LPARAM lparam) {
+  Application& app = *console->app;
+  SetWindowLongPtrW(window, 0, 0);
+  app.console = nullptr;
+  app.port_connected = nullptr;
+  if (console->font) DeleteObject(console->font);
+  delete console;
+  RefreshFrame(app);
+  return DefMDIChildProcW(window, WM_NCDESTROY, wparam, lparam);
+}
+
+LRESULT CALLBACK ConsoleProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_NCCREATE) {
+    const auto* create = reinterpret_cast<CREATESTRUCTW*>(lparam);
+    auto* console =
+        reinterpret_cast<ConsoleWindow*>(static_cast<MDICREATESTRUCTW*>(create->lpCreateParams)->lParam);
+    console->window = window;
+    console->app->console = window;
+    SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(console));
+  }
+  ConsoleWindow* console = ConsoleOf(window);
+  if (!console) return DefMDIChildProcW(window, message, wparam, lparam);
+  switch (message) {
+    case WM_CREATE:
+      return CreateControls(*console) ? 0 : -1;
+    case WM_SIZE:
+      LayOut(*console);
+      break;  // the default needs it too
+    case WM_GETMINMAXINFO: {
+      const LRESULT result = DefMDIChildProcW(window, message, wparam, lparam);
+      LimitSize(*console, *reinterpret_cast<MINMAXINFO*>(lparam));
+      return result;
+    }
+    case WM_SETTINGCHANGE:
+      SetLineFont(*console);
+      LayOut(*console);
+      return 0;
+    case WM_TIMER:
+      Tick(window);
+      return 0;
+    case WM_MDIACTIVATE:
+      Activate(*console, reinterpret_cast<HWND>(lparam));
+      return 0;
+    case WM_SETFOCUS:
+      SetFocus(console->line_shown ? console->line : console->log);
+      break;
+    case WM_CLOSE:
+      if (!MayCloseConsole(*console)) return 0;
+      break;
+    case WM_DESTROY:
+      KillTimer(window, kTimer);
+      break;
+    case WM_NCDESTROY:
+      return Destroy(console, window, wparam, lparam);
+    default:
+      break;
+  }
+  return DefMDIChildProcW(window, message, wparam, lparam);
+}
+
+}  // namespace
+
+bool RegisterConsoleClass(Application& app) {
+  WNDCLASSEXW console{};
+  console.cbSize = sizeof console;
+  console.style = CS_HREDRAW | CS_VREDRAW;
+  console.lpfnWndProc = ConsoleProcedure;
+  console.cbWndExtra = sizeof(LONG_PTR);
+  console.hInstance = app.instance;
+  console.hIcon = LoadIconW(app.instance, MAKEINTRESOURCEW(IDI_VEXA));
+  console.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+  console.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+  console.lpszClassName = kConsoleClass;
+  return RegisterClassExW(&console) != 0;
+}
+
+uint64_t ConsoleClock() {
+  return GetTickCount64();
+}
+
+ConsoleWindow* OpenConsoleOf(const Application& app) {
+  return app.console ? ConsoleOf(app.console) : nullptr;
+}
+
+bool OpenConsoleWindow(Application& app) {
+  if (app.console) return true;
+  auto* console = new ConsoleWindow;
+  console->app = &app;
+  MDICREATESTRUCTW create{};
+  create.szClass = kConsoleClass;
+  create.szTitle = L"Portload";
+  create.hOwner = app.instance;
+  create.x = create.y = 50;
+  create.cx = create.cy = CW_USEDEFAULT;
+  create.lParam = reinterpret_cast<LPARAM>(console);
+  const auto window =
+      reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDICREATE, 0, reinterpret_cast<LPARAM>(&create)));
+  if (!window) return false;  // the window took the structure with it
+  app.port_connected = [&app] {
+    const ConsoleWindow* open = OpenConsoleOf(app);
+    return open && open->console.state == ConsoleState::kConnected;
+  };
+  SetFocus(console->line);
+  return true;
+}
+
+bool TranslateConsoleKey(Application& app, const MSG& message) {
+  ConsoleWindow* console = OpenConsoleOf(app);
+  if (!console || message.message != WM_KEYDOWN || !IsChild(console->window, message.hwnd)) return false;
+  if (message.wParam == VK_F3) {
+    SendMessageW(app.frame, WM_COMMAND, kCmdConsoleFindNext, 0);
+    return true;
+  }
+  if (message.wParam != VK_TAB || GetKeyState(VK_CONTROL) < 0) return false;
+  HWND next = GetNextDlgTabItem(console->window, GetFocus(), GetKeyState(VK_SHIFT) < 0);
+  if (next) SetFocus(next);
+  return next != nullptr;
+}
+
+void ShowCommandLine(ConsoleWindow& console, bool shown) {
+  console.line_shown = shown;
+  ShowWindow(console.line, shown ? SW_SHOW : SW_HIDE);
+  CheckDlgButton(console.panel, IDC_CONSOLE_COMMAND, shown ? BST_CHECKED : BST_UNCHECKED);
+  RECT place{};
+  GetWindowRect(console.window, &place);
+  MINMAXINFO sizes{};
+  LimitSize(console, sizes);
+  const LONG height = std::max(place.bottom - place.top, sizes.ptMinTrackSize.y);
+  if (!IsZoomed(console.window) && height != place.bottom - place.top) {
+    SetWindowPos(console.window, nullptr, 0, 0, static_cast<int>(place.right - place.left),
+                 static_cast<int>(height), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+  }
+  LayOut(console);
+  SetFocus(shown ? console.line : console.log);
+}
+
+void ShowConsoleState(ConsoleWindow& console) {
+  Console& model = console.console;
+  const bool connected = model.state == ConsoleState::kConnected, upload = IsUploading(model);
+  const bool data = HasConsoleLog(model);
+  static constexpr const char* kStates[] = {"Disconnected", "Connected", "Waiting for port"};
+  ShowPanelText(console, IDC_CONSOLE_STATE, kStates[static_cast<int>(model.state)]);
+  ShowPanelText(console, IDC_CONSOLE_PORT, PortStatusText(console.app->config));
+  ShowPanelText(console, IDC_CONSOLE_FILE, model.upload_name);
+  ShowPanelText(console, IDC_CONSOLE_CONNECT,
+                model.state == ConsoleState::kDisconnected ? "Connect" : "Disconnect");
+  EnableWindow(PanelControl(console, IDC_CONSOLE_UPLOAD), connected && !upload);
+  EnableWindow(PanelControl(console, IDC_CONSOLE_CANCEL), upload && !model.transfer.cancel);
+  SendMessageW(PanelControl(console, IDC_CONSOLE_BAR), PBM_SETRANGE32, 0, 1000);
+  if (model.state == console.shown_state && upload == console.shown_upload && data == console.shown_data)
+    return;
+  console.shown_state = model.state;
+  console.shown_upload = upload;
+  console.shown_data = data;
+  RefreshFrame(*console.app);
+}
+
+void Disconnect(ConsoleWindow& console) {
+  Application& app = *console.app;
+  if (!DisconnectConsole(console.console)) {
+    app.exit_code = kDisconnectFailure;
+    DestroyWindow(app.frame);
+    return;
+  }
+  ShowConsoleState(console);
+}
+
+bool MayCloseConsole(ConsoleWindow& console) {
+  Application& app = *console.app;
+  if (!AskOkCancel(app, "Do you want to close application ?")) return false;
+  Disconnect(console);
+  return OpenConsoleOf(app) != nullptr;
+}
+
+bool MayEndConsole(Application& app) {
+  const ConsoleWindow* console = OpenConsoleOf(app);
+  if (!console || console->console.state != ConsoleState::kConnected) return true;
+  return AskOkCancel(app, "Do you want to close application ?");
+}
+
+void EndConsole(Application& app) {
+  ConsoleWindow* console = OpenConsoleOf(app);
+  if (!console) return;
+  if (!DisconnectConsole(console->console)) app.exit_code = kDisconnectFailure;
+  SendMessageW(app.client, WM_MDIDESTROY, reinterpret_cast<WPARAM>(console->window), 0);
+}
+
+}  // namespace vexa

@@ -1,0 +1,49 @@
+// The uploader console's window: log, command line and control panel over serial/console.h. One at most.
+#pragma once
+
+#include "serial/console.h"
+#include "ui/application.h"
+
+namespace vexa {
+
+struct ConsoleWindow {
+  Application* app = nullptr;
+  HWND window = nullptr, log = nullptr, line = nullptr, panel = nullptr, tips = nullptr;
+  HFONT font = nullptr;
+  bool line_shown = true;
+  CommandHistory history;
+  std::string searched;
+  bool match_case = false;
+  ConsoleState shown_state = ConsoleState::kDisconnected;
+  bool shown_upload = false, shown_data = false, telling = false;
+  Console console;
+};
+
+bool RegisterConsoleClass(Application& app);
+// nullptr: it is not open.
+ConsoleWindow* OpenConsoleOf(const Application& app);
+
+// What the commands need of it, as `Need` bits.
+uint32_t ConsoleNeeds(const Application& app);
+bool IsConsoleChecked(const Application& app, UINT id);
+// The text that follows the state; empty: the table's.
+std::string ConsoleText(const Application& app, UINT id);
+// The frame is about to close: asks when a port is connected. False: everything stays open.
+bool MayEndConsole(Application& app);
+// Closes it without a question; before the temporary folder goes.
+void EndConsole(Application& app);
+// Tab goes round the console's controls, F3 finds again; true when the message was such a key.
+bool TranslateConsoleKey(Application& app, const MSG& message);
+
+// --- shared by the console's files ---
+
+bool OpenConsoleWindow(Application& app);
+bool MayCloseConsole(ConsoleWindow& console);
+// Disconnects; a port that does not close ends the whole program.
+void Disconnect(ConsoleWindow& console);
+// Shows connection, upload and port settings as they are now.
+void ShowConsoleState(ConsoleWindow& console);
+void ShowCommandLine(ConsoleWindow& console, bool shown);
+uint64_t ConsoleClock();
+
+}  // namespace vexa

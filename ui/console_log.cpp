@@ -1,0 +1,160 @@
+#include "ui/console_log.h"
+
+#include <commdlg.h>
+#include <richedit.h>
+
+#include <algorithm>
+
+namespace vexa {
+
+namespace {
+
+constexpr COLORREF kErrorColour = RGB(255, 0, 0), kSuccessColour = RGB(0, 0, 255);
+constexpr LPARAM kTextLimit = 16 << 20;  // characters; what is shown is kept far below
+
+struct StreamSource {
+  const std::string* text;
+  size_t position;
+};
+
+DWORD CALLBACK ReadSource(DWORD_PTR cookie, LPBYTE buffer, LONG wanted, LONG* moved) {
+  auto& source = *reinterpret_cast<StreamSource*>(cookie);
+  const size_t count =
+      std::min(static_cast<size_t>(std::max<LONG>(0, wanted)), source.text->size() - source.position);
+  std::copy_n(source.text->data() + source.position, count, reinterpret_cast<char*>(buffer));
+  source.position += count;
+  *moved = static_cast<LONG>(count);
+  return 0;
+}
+
+LONG Length(HWND log) {
+  return static_cast<LONG>(SendMessageW(log, WM_GETTEXTLENGTH, 0, 0));
+}
+
+CHARRANGE Selection(HWND log) {
+  CHARRANGE range{};
+  SendMessageW(log, EM_EXGETSEL, 0, reinterpret_cast<LPARAM>(&range));
+  return range;
+}
+
+void Select(HWND log, LONG first, LONG last) {
+  CHARRANGE range{first, last};
+  SendMessageW(log, EM_EXSETSEL, 0, reinterpret_cast<LPARAM>(&range));
+}
+
+void Colour(HWND log, ReportColour colour) {
+  CHARFORMATW format{};
+  format.cbSize = sizeof format;
+  format.dwMask = CFM_COLOR;
+  if (colour == ReportColour::kNeutral) format.dwEffects = CFE_AUTOCOLOR;
+  format.crTextColor = colour == ReportColour::kError ? kErrorColour : kSuccessColour;
+  SendMessageW(log, EM_SETCHARFORMAT, SCF_SELECTION, reinterpret_cast<LPARAM>(&format));
+}
+
+void InsertPiece(HWND log, const ConsolePiece& piece) {
+  const LONG end = Length(log);
+  Select(log, end, end);
+  StreamSource source{&piece.text, 0};
+  EDITSTREAM stream{};
+  stream.dwCookie = reinterpret_cast<DWORD_PTR>(&source);
+  stream.pfnCallback = ReadSource;
+  SendMessageW(log, EM_STREAMIN, SF_TEXT | SFF_SELECTION, reinterpret_cast<LPARAM>(&stream));
+  Select(log, end, Length(log));
+  Colour(log, piece.colour);
+}
+
+bool ShowsItsEnd(HWND log) {
+  SCROLLINFO bar{};
+  bar.cbSize = sizeof bar;
+  bar.fMask = SIF_ALL;
+  if (!GetScrollInfo(log, SB_VERT, &bar) || bar.nPage == 0) return true;
+  // Half a page of tolerance: the last line may be cut.
+  return bar.nPos + static_cast<int>(bar.nPage) + static_cast<int>(bar.nPage) / 4 >= bar.nMax;
+}
+
+// Takes the oldest text out; gives how many characters.
+LONG TrimFront(HWND log) {
+  const LONG length = Length(log);
+  const auto excess = static_cast<LONG>(ViewExcess(static_cast<size_t>(length)));
+  if (excess == 0) return 0;
+  Select(log, 0, excess);
+  SendMessageW(log, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L""));
+  return length - Length(log);
+}
+
+}  // namespace
+
+HWND CreateLogView(HWND parent, HINSTANCE instance, int id) {
+  static const HMODULE library = LoadLibraryW(L"RICHED32.DLL");
+  if (!library) return nullptr;
+  HWND log = CreateWindowExW(WS_EX_CLIENTEDGE, L"RICHEDIT", L"",
+                             WS_CHILD | WS_VISIBLE | WS_VSCROLL | WS_TABSTOP | ES_MULTILINE | ES_READONLY |
+                                 ES_AUTOVSCROLL | ES_NOHIDESEL,
+                             0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), instance,
+                             nullptr);
+  if (log) SendMessageW(log, EM_EXLIMITTEXT, 0, kTextLimit);
+  return log;
+}
+
+void SetLogFont(HWND log) {
+  CHARFORMATW format{};
+  format.cbSize = sizeof format;
+  format.dwMask = CFM_FACE | CFM_SIZE | CFM_CHARSET | CFM_BOLD | CFM_ITALIC;
+  format.yHeight = 180;  // twentieths of a point
+  format.bCharSet = DEFAULT_CHARSET;
+  wcscpy(format.szFaceName, L"Arial");
+  SendMessageW(log, EM_SETCHARFORMAT, SCF_ALL, reinterpret_cast<LPARAM>(&format));
+}
+
+void AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew) {
+  if (pieces.empty() && !start_anew) return;
+  CHARRANGE selection = Selection(log);
+  const bool follows = start_anew || (selection.cpMin == selection.cpMax && ShowsItsEnd(log));
+  POINT place{};
+  SendMessageW(log, EM_GETSCROLLPOS, 0, reinterpret_cast<LPARAM>(&place));
+  SendMessageW(log, WM_SETREDRAW, FALSE, 0);
+  if (start_anew) {
+    SetWindowTextW(log, L"");
+    SetLogFont(log);
+  }
+  for (const ConsolePiece& piece : pieces) InsertPiece(log, piece);
+  if (follows) {
+    TrimFront(log);
+    const LONG end = Length(log);
+    Select(log, end, end);
+  } else {
+    // The oldest text stays as long as the user looks at it, within reason.
+    Select(log, selection.cpMin, selection.cpMax);
+    if (Length(log) > static_cast<LONG>(16 * kViewBytes)) {
+      const LONG taken = TrimFront(log);
+      Select(log, std::max<LONG>(0, selection.cpMin - taken), std::max<LONG>(0, selection.cpMax - taken));
+    }
+    SendMessageW(log, EM_SETSCROLLPOS, 0, reinterpret_cast<LPARAM>(&place));
+  }
+  SendMessageW(log, WM_SETREDRAW, TRUE, 0);
+  if (follows) {
+    SendMessageW(log, EM_SCROLLCARET, 0, 0);
+    // Without the focus the caret alone does not scroll everywhere.
+    SendMessageW(log, WM_VSCROLL, SB_BOTTOM, 0);
+  }
+  InvalidateRect(log, nullptr, TRUE);
+}
+
+bool FindInLog(HWND log, const std::string& text, bool match_case) {
+  const std::wstring wide = Wide(text);
+  if (wide.empty()) return false;
+  const LONG from = Selection(log).cpMax;
+  for (const LONG start : {from, LONG{0}}) {
+    FINDTEXTEXW question{};
+    question.chrg = {start, -1};
+    question.lpstrText = wide.c_str();
+    const WPARAM flags = FR_DOWN | (match_case ? FR_MATCHCASE : 0);
+    if (SendMessageW(log, EM_FINDTEXTEXW, flags, reinterpret_cast<LPARAM>(&question)) < 0) continue;
+    Select(log, question.chrgText.cpMin, question.chrgText.cpMax);
+    SendMessageW(log, EM_SCROLLCARET, 0, 0);
+    return true;
+  }
+  return false;
+}
+
+}  // namespace vexa

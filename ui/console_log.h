@@ -1,0 +1,22 @@
+// The console's log view: a read-only rich-edit control that keeps its place while texts are added.
+#pragma once
+
+#include <deque>
+#include <string>
+
+#include "serial/console_text.h"
+#include "ui/windows_api.h"
+
+namespace vexa {
+
+// nullptr when the system has no such control.
+HWND CreateLogView(HWND parent, HINSTANCE instance, int id);
+// Font "Arial" for all text, at the window's resolution.
+void SetLogFont(HWND log);
+// Adds the pieces at the end, each in its colour. The view follows when its end was in sight and nothing is
+// selected; else place and selection stay as they are.
+void AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew);
+// Selects the next place of the text behind the selection, going on at the start; false when there is none.
+bool FindInLog(HWND log, const std::string& text, bool match_case);
+
+}  // namespace vexa

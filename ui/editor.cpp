@@ -1,0 +1,380 @@
+#include "ui/editor.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "core/command_table.h"
+#include "core/messages.h"
+#include "ui/editor_parts.h"
+#include "ui/frame.h"
+#include "ui/menus.h"
+#include "ui/resource.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr int kSplitterWidth = 5;
+constexpr int kButtonWidth = 84, kButtonHeight = 23, kGap = 6, kLabelHeight = 18;
+
+enum ControlId : int {
+  kTreeId = 100,
+  kListId,
+  kInformationId,
+  kFirstViewId,  // four of them
+  kFirstLabelId = kFirstViewId + 4,
+  kBarId = kFirstLabelId + 5,
+};
+
+struct ViewButton {
+  const wchar_t* text;
+  CommandId command;
+};
+constexpr ViewButton kViewButtons[] = {{L"Ser&vice", kCmdViewServices},
+                                       {L"&Carrier", kCmdViewCarriers},
+                                       {L"TV / R&adio", kCmdViewBoth},
+                                       {L"&Radio", kCmdViewRadio}};
+
+constexpr const wchar_t* kListTip =
+    L"Right click to get the options menu or \n Drag & Drop a item to change that item's location";
+constexpr const wchar_t* kTreeTip =
+    L"Right click to get the options menu or \n Under corresponding level press F2 to insert a new item";
+
+HWND Control(EditorWindow& editor, const wchar_t* window_class, const wchar_t* text, DWORD style, int id,
+             DWORD extended = 0) {
+  return CreateWindowExW(extended, window_class, text, WS_CHILD | WS_VISIBLE | style, 0, 0, 0, 0,
+                         editor.window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)),
+                         editor.app->instance, nullptr);
+}
+
+void AddTip(EditorWindow& editor, HWND control, const wchar_t* text) {
+  TTTOOLINFOW tool{};
+  tool.cbSize = TTTOOLINFOW_V1_SIZE;
+  tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tool.hwnd = editor.window;
+  tool.uId = reinterpret_cast<UINT_PTR>(control);
+  tool.lpszText = const_cast<wchar_t*>(text);
+  SendMessageW(editor.tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+void SetFonts(EditorWindow& editor) {
+  HFONT old = editor.font;
+  editor.font = MakeFont(editor.window);
+  for (HWND child = GetWindow(editor.window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+    SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(editor.font), TRUE);
+  }
+  if (old) DeleteObject(old);
+}
+
+bool CreateControls(EditorWindow& editor) {
+  editor.tree = Control(editor, WC_TREEVIEWW, L"",
+                        WS_TABSTOP | TVS_HASBUTTONS | TVS_HASLINES | TVS_LINESATROOT | TVS_SHOWSELALWAYS,
+                        kTreeId, WS_EX_CLIENTEDGE);
+  editor.list =
+      Control(editor, WC_LISTVIEWW, L"", WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS, kListId,
+              WS_EX_CLIENTEDGE);
+  if (!editor.tree || !editor.list) {
+    Tell(editor.app->context.messages, Icon::kStop, "Can't Init the ListView Control");
+    return false;
+  }
+  editor.information = Control(editor, L"button", L"Information", WS_TABSTOP | BS_PUSHBUTTON, kInformationId);
+  for (size_t i = 0; i < editor.view_buttons.size(); ++i) {
+    editor.view_buttons[i] = Control(editor, L"BUTTON", kViewButtons[i].text, WS_TABSTOP | BS_PUSHBUTTON,
+                                     kFirstViewId + static_cast<int>(i));
+  }
+  static constexpr const wchar_t* kLabels[] = {L"SDBIndex", L"LNB count", L"Satellite Count",
+                                               L"Carrier count", L"Service count"};
+  for (size_t i = 0; i < editor.labels.size(); ++i) {
+    editor.labels[i] =
+        Control(editor, L"STATIC", kLabels[i], SS_LEFT | SS_NOPREFIX, kFirstLabelId + static_cast<int>(i));
+  }
+  editor.bar = Control(editor, L"STATIC", L"static bottom", SS_LEFT | SS_NOPREFIX | SS_SUNKEN, kBarId);
+  SendMessageW(editor.list, LVM_SETEXTENDEDLISTVIEWSTYLE, 0,
+               LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_HEADERDRAGDROP | LVS_EX_DOUBLEBUFFER);
+  SendMessageW(editor.tree, TVM_SETIMAGELIST, TVSIL_NORMAL,
+               reinterpret_cast<LPARAM>(editor.app->tree_pictures));
+  SendMessageW(editor.list, LVM_SETIMAGELIST, LVSIL_SMALL,
+               reinterpret_cast<LPARAM>(editor.app->tree_pictures));
+  editor.tips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0,
+                                0, editor.window, nullptr, editor.app->instance, nullptr);
+  SendMessageW(editor.tips, TTM_SETMAXTIPWIDTH, 0, 600);
+  AddTip(editor, editor.list, kListTip);
+  AddTip(editor, editor.tree, kTreeTip);
+  SetFonts(editor);
+  return true;
+}
+
+// Tree at the left, list at the right, the buttons below the list, panel and bar along the bottom.
+void LayOut(EditorWindow& editor) {
+  if (!editor.bar) return;
+  RECT area{};
+  GetClientRect(editor.window, &area);
+  const auto dots = [&](int length) { return Scaled(editor.window, length); };
+  const int width = static_cast<int>(area.right), height = static_cast<int>(area.bottom);
+  const int label = dots(kLabelHeight), gap = dots(kGap), button = dots(kButtonHeight);
+  const int split = std::clamp(dots(editor.split), 0, std::max(0, width - dots(kSplitterWidth)));
+  const int left = split + dots(kSplitterWidth);
+  const int panel_top = std::max(0, height - 2 * label - gap);
+  const int buttons_top = std::max(0, panel_top - button - gap);
+  HDWP moves = BeginDeferWindowPos(14);
+  const auto place = [&](HWND control, int x, int y, int w, int h) {
+    if (moves)
+      moves = DeferWindowPos(moves, control, nullptr, x, y, std::max(0, w), std::max(0, h),
+                             SWP_NOZORDER | SWP_NOACTIVATE);
+  };
+  place(editor.tree, 0, 0, split, panel_top - gap);
+  place(editor.list, left, 0, width - left, buttons_top - gap);
+  const int button_width = dots(kButtonWidth);
+  place(editor.information, left, buttons_top, button_width, button);
+  for (size_t i = 0; i < editor.view_buttons.size(); ++i) {
+    place(editor.view_buttons[i], left + (button_width + gap) * (static_cast<int>(i) + 1), buttons_top,
+          button_width, button);
+  }
+  const int label_width = width / 6;
+  for (size_t i = 0; i < editor.labels.size(); ++i) {
+    // The first label, with the name, is twice as wide as the others.
+    const int x = i == 0 ? gap : label_width * (static_cast<int>(i) + 1);
+    place(editor.labels[i], x, panel_top, i == 0 ? 2 * label_width - gap : label_width, label);
+  }
+  place(editor.bar, 0, height - label, width, label);
+  if (moves) EndDeferWindowPos(moves);
+}
+
+void TrackSplitter(EditorWindow& editor, UINT message, LPARAM lparam) {
+  if (message == WM_LBUTTONDOWN) {
+    editor.splitting = true;
+    SetCapture(editor.window);
+  } else if (message == WM_LBUTTONUP && editor.splitting) {
+    editor.splitting = false;
+    editor.app->window.split = editor.split;
+    ReleaseCapture();
+  } else if (message == WM_MOUSEMOVE && editor.splitting) {
+    RECT area{};
+    GetClientRect(editor.window, &area);
+    const int hundred = std::max(1, Scaled(editor.window, 100));
+    const int right = static_cast<int>(area.right) - hundred;
+    editor.split = std::clamp(GET_X_LPARAM(lparam), hundred, std::max(hundred, right)) * 100 / hundred;
+    LayOut(editor);
+  }
+}
+
+bool SetSplitterCursor(const EditorWindow& editor) {
+  POINT at{};
+  GetCursorPos(&at);
+  ScreenToClient(editor.window, &at);
+  RECT tree{};
+  GetClientRect(editor.tree, &tree);
+  if (at.x < tree.right || at.x > tree.right + Scaled(editor.window, kSplitterWidth + 4) ||
+      at.y > tree.bottom)
+    return false;
+  SetCursor(LoadCursorW(nullptr, IDC_SIZEWE));
+  return true;
+}
+
+MenuName PopupFor(NodeKind kind) {
+  switch (kind) {
+    case NodeKind::kSdb:
+    case NodeKind::kUbiLevel:
+      return MenuName::kSdb;
+    case NodeKind::kLnbLevel:
+      return MenuName::kLnbLevel;
+    case NodeKind::kSatelliteLevel:
+      return MenuName::kSatelliteLevel;
+    default:
+      return MenuName::kRecord;
+  }
+}
+
+// A right click selects what it hits, then shows the menu of its kind at the cursor.
+void ShowPopup(EditorWindow& editor, HWND source, LPARAM lparam) {
+  POINT at = {GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)};
+  if (source == editor.tree && lparam != -1) {
+    TVHITTESTINFO hit{};
+    hit.pt = at;
+    ScreenToClient(editor.tree, &hit.pt);
+    if (auto item = TreeView_HitTest(editor.tree, &hit)) TreeView_SelectItem(editor.tree, item);
+  }
+  if (lparam == -1) {
+    RECT place{};
+    GetWindowRect(source, &place);
+    at = {place.left + 20, place.top + 20};
+  }
+  const NodeRef node = CommandNode(editor);
+  if (node.kind == NodeKind::kNone) return;
+  HMENU menu = MakePopup(*editor.app, PopupFor(node.kind));
+  TrackPopupMenu(menu, TPM_LEFTALIGN | TPM_RIGHTBUTTON, at.x, at.y, 0, editor.app->frame, nullptr);
+  DestroyMenu(menu);
+}
+
+void Activate(EditorWindow& editor, HWND active) {
+  Application& app = *editor.app;
+  const bool own = active == editor.window;
+  HMENU bar = app.frame_menu;
+  if (own) bar = app.editor_menu;
+  // Another child puts its own bar.
+  if (!own && active) return;
+  SendMessageW(app.client, WM_MDISETMENU, reinterpret_cast<WPARAM>(bar),
+               reinterpret_cast<LPARAM>(WindowMenu(bar)));
+  DrawMenuBar(app.frame);
+  RefreshFrame(app);
+}
+
+void Command(EditorWindow& editor, int id) {
+  if (id == kInformationId) SendMessageW(editor.app->frame, WM_COMMAND, kCmdInformation, 0);
+  const int view = id - kFirstViewId;
+  if (view >= 0 && view < static_cast<int>(std::size(kViewButtons))) {
+    SendMessageW(editor.app->frame, WM_COMMAND, kViewButtons[view].command, 0);
+  }
+}
+
+LRESULT Destroy(EditorWindow* editor, HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  SetWindowLongPtrW(window, 0, 0);
+  if (editor->font) DeleteObject(editor->font);
+  delete editor;
+  return DefMDIChildProcW(window, message, wparam, lparam);
+}
+
+LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_NCCREATE) {
+    const auto* create = reinterpret_cast<CREATESTRUCTW*>(lparam);
+    auto* editor =
+        reinterpret_cast<EditorWindow*>(static_cast<MDICREATESTRUCTW*>(create->lpCreateParams)->lParam);
+    editor->window = window;
+    SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(editor));
+  }
+  EditorWindow* editor = EditorOf(window);
+  if (!editor) return DefMDIChildProcW(window, message, wparam, lparam);
+  switch (message) {
+    case WM_CREATE:
+      return CreateControls(*editor) ? 0 : -1;
+    case WM_SIZE:
+      LayOut(*editor);
+      break;  // the default needs it too
+    case WM_SETTINGCHANGE:
+      SetFonts(*editor);
+      LayOut(*editor);
+      return 0;
+    case WM_NOTIFY:
+      return EditorNotify(*editor, *reinterpret_cast<NMHDR*>(lparam), lparam);
+    case WM_COMMAND:
+      if (HIWORD(wparam) == BN_CLICKED) Command(*editor, LOWORD(wparam));
+      return 0;
+    case WM_CONTEXTMENU:
+      ShowPopup(*editor, reinterpret_cast<HWND>(wparam), lparam);
+      return 0;
+    case WM_SETCURSOR:
+      if (reinterpret_cast<HWND>(wparam) == window && LOWORD(lparam) == HTCLIENT &&
+          SetSplitterCursor(*editor))
+        return TRUE;
+      break;
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONUP:
+    case WM_MOUSEMOVE:
+      TrackSplitter(*editor, message, lparam);
+      return 0;
+    case WM_MDIACTIVATE:
+      Activate(*editor, reinterpret_cast<HWND>(lparam));
+      return 0;
+    case WM_SETFOCUS:
+      SetFocus(editor->tree);
+      break;
+    case WM_CLOSE:
+      if (!MayClose(*editor)) return 0;
+      break;
+    case WM_DESTROY:
+      KeepColumnWidths(*editor);
+      break;
+    case WM_NCDESTROY:
+      return Destroy(editor, window, message, wparam, lparam);
+    default:
+      break;
+  }
+  return DefMDIChildProcW(window, message, wparam, lparam);
+}
+
+}  // namespace
+
+bool RegisterEditorClass(Application& app) {
+  WNDCLASSEXW editor{};
+  editor.cbSize = sizeof editor;
+  editor.style = CS_HREDRAW | CS_VREDRAW;
+  editor.lpfnWndProc = EditorProcedure;
+  editor.cbWndExtra = sizeof(LONG_PTR);
+  editor.hInstance = app.instance;
+  editor.hIcon = LoadIconW(app.instance, MAKEINTRESOURCEW(IDI_VEXA));
+  editor.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+  editor.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+  editor.lpszClassName = kEditorClass;
+  return RegisterClassExW(&editor) != 0;
+}
+
+EditorWindow* EditorOf(HWND window) {
+  wchar_t name[32] = L"";
+  if (!window || !GetClassNameW(window, name, std::size(name)) || wcscmp(name, kEditorClass) != 0)
+    return nullptr;
+  return reinterpret_cast<EditorWindow*>(GetWindowLongPtrW(window, 0));
+}
+
+EditorWindow* ActiveEditor(const Application& app) {
+  if (!app.client) return nullptr;
+  return EditorOf(reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDIGETACTIVE, 0, 0)));
+}
+
+std::vector<EditorWindow*> AllEditors(const Application& app) {
+  std::vector<EditorWindow*> editors;
+  for (HWND child = GetWindow(app.client, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+    if (EditorWindow* editor = EditorOf(child)) editors.push_back(editor);
+  }
+  return editors;
+}
+
+EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed) {
+  auto* editor = new EditorWindow;
+  editor->app = &app;
+  editor->document = std::move(document);
+  editor->path = path;
+  editor->changed = changed;
+  StartHistory(editor->history, editor->document);
+  if (changed) MarkUnsaved(editor->history);
+  editor->split = app.window.split;
+  if (path.empty()) editor->name = Format("Untitled%d", ++app.untitled);
+  BOOL maximised = FALSE;
+  const auto active = SendMessageW(app.client, WM_MDIGETACTIVE, 0, reinterpret_cast<LPARAM>(&maximised));
+  MDICREATESTRUCTW create{};
+  create.szClass = kEditorClass;
+  create.szTitle = L"";
+  create.hOwner = app.instance;
+  create.x = create.y = create.cx = create.cy = CW_USEDEFAULT;
+  // The first window takes the whole frame, the next ones do as the active one does.
+  create.style = !active || maximised ? WS_MAXIMIZE : 0;
+  create.lParam = reinterpret_cast<LPARAM>(editor);
+  const auto window =
+      reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDICREATE, 0, reinterpret_cast<LPARAM>(&create)));
+  if (!window) return nullptr;  // the window took the structure with it
+  RefreshCaption(*editor);
+  ReloadEditor(*editor);
+  RefreshFrame(app);
+  return editor;
+}
+
+void RefreshCaption(EditorWindow& editor) {
+  const std::string name = editor.path.empty() ? editor.name : Utf8FromPath(editor.path);
+  SetText(editor.window, name + (editor.changed ? " *" : ""));
+}
+
+void MarkChanged(EditorWindow& editor, bool changed) {
+  if (editor.changed == changed) return;
+  editor.changed = changed;
+  RefreshCaption(editor);
+  RefreshFrame(*editor.app);
+}
+
+const OpenSdb* SelectedSdb(const EditorWindow& editor) {
+  const auto& sdbs = editor.document.sdbs;
+  const NodeKind kind = editor.selected.kind;
+  const bool none = kind == NodeKind::kNone || kind == NodeKind::kUbiLevel || kind == NodeKind::kUbi;
+  const size_t place = none ? 0 : editor.selected.sdb;
+  return place < sdbs.size() ? &sdbs[place] : nullptr;
+}
+
+}  // namespace vexa

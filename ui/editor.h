@@ -1,0 +1,76 @@
+// The database window: tree, list, panel and view buttons over one open document.
+#pragma once
+
+#include <array>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "core/row_order.h"
+#include "core/tree_path.h"
+#include "core/undo.h"
+#include "core/view_model.h"
+#include "ui/application.h"
+
+namespace vexa {
+
+struct EditorWindow {
+  Application* app = nullptr;
+  HWND window = nullptr;
+  Document document;
+  Path path;         // empty: not saved yet
+  std::string name;  // caption of a document without path
+  bool changed = false;
+  UndoHistory history;
+
+  HWND tree = nullptr, list = nullptr, information = nullptr, bar = nullptr, tips = nullptr;
+  std::array<HWND, 5> labels{};
+  std::array<HWND, 4> view_buttons{};
+  HFONT font = nullptr;
+  int split = 280;  // width of the tree at 96 dots an inch
+  bool splitting = false;
+
+  std::deque<NodeRef> nodes;          // what the tree items stand for; an item's parameter is a place in here
+  std::vector<uint32_t> shown_slots;  // of the SDBs in the tree, in its order
+  bool refreshing = false;            // tree items may stand for records that are gone
+  bool settled = true;                // false: the tree's selection is not the user's
+  NodeRef selected;                   // tree node
+  ListView view = ListView::kBelow;
+  bool details = false;  // the list shows the details of `shown_record`
+  NodeRef shown_record;
+  ListModel rows;
+  RowOrder order;     // of the list's rows; the records keep theirs
+  std::wstring cell;  // text handed to the list control
+};
+
+// A new window over `document`; an empty `path` for a database without file.
+EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed);
+// The active database window; nullptr when there is none or another window is active.
+EditorWindow* ActiveEditor(const Application& app);
+EditorWindow* EditorOf(HWND window);
+std::vector<EditorWindow*> AllEditors(const Application& app);
+
+// Fills tree, list and panel anew, after the document has changed as a whole.
+void ReloadEditor(EditorWindow& editor);
+void RefreshList(EditorWindow& editor);
+void RefreshCaption(EditorWindow& editor);
+void MarkChanged(EditorWindow& editor, bool changed);
+void ShowView(EditorWindow& editor, ListView view);
+void ShowInformation(EditorWindow& editor);
+// Shows the record at the place: its parent selected in the tree, itself in the list, which gets the focus if
+// asked. False when there is no such record.
+bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus);
+// The record that a command acts on: the list's when the list has a selected row and the focus, else the
+// tree's.
+NodeRef CommandNode(const EditorWindow& editor);
+// The SDB of the selection, the first one without; nullptr when there is none.
+const OpenSdb* SelectedSdb(const EditorWindow& editor);
+
+// False when the user keeps the window open or a save failed.
+bool MayClose(EditorWindow& editor);
+bool SaveEditor(EditorWindow& editor);
+bool SaveEditorAs(EditorWindow& editor);
+
+bool RegisterEditorClass(Application& app);
+
+}  // namespace vexa

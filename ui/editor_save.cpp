@@ -1,0 +1,50 @@
+// Saving and closing a database window.
+#include "core/bin_file.h"
+#include "ui/editor.h"
+#include "ui/file_dialogs.h"
+#include "ui/frame.h"
+
+namespace vexa {
+
+namespace {
+
+bool SaveTo(EditorWindow& editor, const Path& path) {
+  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  if (!SaveBin(editor.app->context, editor.document, path, {kVersionMajor, kVersionMinor, ""})) return false;
+  // The user's work is saved whatever its size; the receiver's limit is told afterwards.
+  CheckBinSize(editor.app->context, path);
+  editor.path = path;
+  MarkSaved(editor.history);
+  editor.changed = false;
+  RefreshCaption(editor);
+  RefreshFrame(*editor.app);
+  return true;
+}
+
+}  // namespace
+
+bool SaveEditor(EditorWindow& editor) {
+  return editor.path.empty() ? SaveEditorAs(editor) : SaveTo(editor, editor.path);
+}
+
+bool SaveEditorAs(EditorWindow& editor) {
+  const auto path = AskSaveFile(editor.app->frame, {"Save", kBinFilters, "bin"}, editor.path);
+  if (!path || !SaveTo(editor, *path)) return false;
+  RememberFile(*editor.app, *path);
+  return true;
+}
+
+bool MayClose(EditorWindow& editor) {
+  if (!editor.changed) return true;
+  SendMessageW(editor.app->client, WM_MDIACTIVATE, reinterpret_cast<WPARAM>(editor.window), 0);
+  switch (AskYesNoCancel(*editor.app, "Changes made are not saved. Do you want to save ?")) {
+    case Answer::kYes:
+      return SaveEditor(editor);
+    case Answer::kNo:
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace vexa

@@ -1,0 +1,225 @@
+// Tree, list and panel of the database window: filled with what is seen.
+#include <algorithm>
+
+#include "core/messages.h"
+#include "ui/editor_parts.h"
+#include "ui/frame.h"
+
+namespace vexa {
+
+namespace {
+
+bool SameColumns(const std::vector<ListColumn>& left, const std::vector<ListColumn>& right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](const ListColumn& a, const ListColumn& b) { return a.title == b.title; });
+}
+
+void RefreshPanel(EditorWindow& editor) {
+  const auto labels = PanelLabels(editor.document, editor.selected);
+  for (size_t i = 0; i < labels.size(); ++i) SetText(editor.labels[i], labels[i]);
+  SetText(editor.bar, editor.rows.title.empty() ? "" : Format(" %s", editor.rows.title.c_str()));
+}
+
+COLORREF ColourOf(const EditorWindow& editor, const NodeRef& node) {
+  const ColourRole role = NodeColour(editor.document, node);
+  return role == ColourRole::kPlain ? GetSysColor(COLOR_WINDOWTEXT)
+                                    : editor.app->colours[static_cast<size_t>(role)];
+}
+
+LRESULT DrawTree(EditorWindow& editor, NMTVCUSTOMDRAW& draw) {
+  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+  if (draw.nmcd.dwDrawStage == CDDS_ITEMPREPAINT && !(draw.nmcd.uItemState & CDIS_SELECTED)) {
+    draw.clrText = ColourOf(editor, NodeOf(editor, draw.nmcd.lItemlParam));
+  }
+  return CDRF_DODEFAULT;
+}
+
+LRESULT DrawList(EditorWindow& editor, NMLVCUSTOMDRAW& draw) {
+  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+  if (draw.nmcd.dwDrawStage == CDDS_ITEMPREPAINT && draw.nmcd.dwItemSpec < editor.rows.rows.size()) {
+    draw.clrText = ColourOf(editor, editor.rows.rows[draw.nmcd.dwItemSpec]);
+  }
+  return CDRF_DODEFAULT;
+}
+
+void GiveTreeItem(EditorWindow& editor, NMTVDISPINFOW& asked) {
+  TVITEMW& item = asked.item;
+  const NodeRef& node = NodeOf(editor, item.lParam);
+  if ((item.mask & TVIF_TEXT) && item.cchTextMax > 0)
+    lstrcpynW(item.pszText, Wide(NodeLabel(editor.document, node)).c_str(), item.cchTextMax);
+  if (item.mask & TVIF_IMAGE) item.iImage = static_cast<int>(IconOf(node));
+  if (item.mask & TVIF_SELECTEDIMAGE) item.iSelectedImage = static_cast<int>(IconOf(node));
+  if (item.mask & TVIF_CHILDREN) item.cChildren = HasChildNodes(editor.document, node);
+}
+
+void GiveCell(EditorWindow& editor, NMLVDISPINFOW& asked) {
+  const auto row = static_cast<size_t>(asked.item.iItem);
+  if (asked.item.mask & LVIF_TEXT) {
+    editor.cell = Wide(CellText(editor.document, editor.rows, row, static_cast<size_t>(asked.item.iSubItem),
+                                editor.app->hexadecimal));
+    if (asked.item.cchTextMax > 0) lstrcpynW(asked.item.pszText, editor.cell.c_str(), asked.item.cchTextMax);
+  }
+  if (asked.item.mask & LVIF_IMAGE) {
+    asked.item.iImage =
+        row < editor.rows.rows.size() ? static_cast<int>(IconOf(editor.rows.rows[row])) : I_IMAGENONE;
+  }
+}
+
+// Typing letters in the list goes to the next row whose name (its second column) starts so.
+LRESULT FindRow(EditorWindow& editor, const NMLVFINDITEMW& find) {
+  if (!(find.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) || !find.lvfi.psz || editor.rows.size() == 0)
+    return -1;
+  const size_t length = wcslen(find.lvfi.psz), count = editor.rows.size();
+  const size_t column = editor.rows.details.empty() ? 1 : 0;
+  for (size_t i = 0; i < count; ++i) {
+    const size_t row = (static_cast<size_t>(std::max(find.iStart, 0)) + i) % count;
+    const std::wstring text =
+        Wide(CellText(editor.document, editor.rows, row, column, editor.app->hexadecimal));
+    if (_wcsnicmp(text.c_str(), find.lvfi.psz, length) == 0) return static_cast<LRESULT>(row);
+  }
+  return -1;
+}
+
+void SelectNode(EditorWindow& editor, const NodeRef& node) {
+  editor.selected = node;
+  editor.view = ListView::kBelow;
+  editor.order = {};
+  editor.details = false;
+  RefreshList(editor);
+  RefreshFrame(*editor.app);
+}
+
+}  // namespace
+
+HTREEITEM InsertNode(EditorWindow& editor, HTREEITEM parent, HTREEITEM after, const NodeRef& node) {
+  TVINSERTSTRUCTW insert{};
+  insert.hParent = parent;
+  insert.hInsertAfter = after;
+  insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_CHILDREN | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+  insert.item.pszText = LPSTR_TEXTCALLBACKW;
+  insert.item.lParam = static_cast<LPARAM>(editor.nodes.size());
+  insert.item.cChildren = I_CHILDRENCALLBACK;
+  insert.item.iImage = insert.item.iSelectedImage = I_IMAGECALLBACK;
+  editor.nodes.push_back(node);
+  return reinterpret_cast<HTREEITEM>(
+      SendMessageW(editor.tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+}
+
+void FillNode(EditorWindow& editor, HTREEITEM item, const NodeRef& node) {
+  if (TreeView_GetChild(editor.tree, item)) return;
+  SendMessageW(editor.tree, WM_SETREDRAW, FALSE, 0);
+  HTREEITEM after = TVI_FIRST;
+  for (const NodeRef& child : ChildNodes(editor.document, node))
+    after = InsertNode(editor, item, after, child);
+  SendMessageW(editor.tree, WM_SETREDRAW, TRUE, 0);
+}
+
+LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
+  if (header.hwndFrom == editor.tree) {
+    auto& change = *reinterpret_cast<NMTREEVIEWW*>(lparam);
+    switch (header.code) {
+      case TVN_GETDISPINFOW:
+        if (!editor.refreshing) GiveTreeItem(editor, *reinterpret_cast<NMTVDISPINFOW*>(lparam));
+        return 0;
+      case TVN_ITEMEXPANDINGW:
+        if (!editor.refreshing && (change.action & TVE_EXPAND))
+          FillNode(editor, change.itemNew.hItem, NodeRef(NodeOf(editor, change.itemNew.lParam)));
+        return 0;
+      case TVN_SELCHANGEDW:
+        if (editor.settled && change.itemNew.hItem) SelectNode(editor, NodeOf(editor, change.itemNew.lParam));
+        return 0;
+      case NM_CUSTOMDRAW:
+        return editor.refreshing ? LRESULT{CDRF_DODEFAULT}
+                                 : DrawTree(editor, *reinterpret_cast<NMTVCUSTOMDRAW*>(lparam));
+      default:
+        return 0;
+    }
+  }
+  if (header.hwndFrom != editor.list) return 0;
+  switch (header.code) {
+    case LVN_GETDISPINFOW:
+      GiveCell(editor, *reinterpret_cast<NMLVDISPINFOW*>(lparam));
+      return 0;
+    case LVN_ODFINDITEMW:
+      return FindRow(editor, *reinterpret_cast<NMLVFINDITEMW*>(lparam));
+    case LVN_COLUMNCLICK:
+      editor.order = OrderAfterClick(editor.order, reinterpret_cast<NMLISTVIEW*>(lparam)->iSubItem);
+      RefreshList(editor);
+      return 0;
+    case LVN_ITEMCHANGED:
+    case LVN_ODSTATECHANGED:
+      RefreshFrame(*editor.app);
+      return 0;
+    case NM_CUSTOMDRAW:
+      return DrawList(editor, *reinterpret_cast<NMLVCUSTOMDRAW*>(lparam));
+    default:
+      return 0;
+  }
+}
+
+void RefreshList(EditorWindow& editor) {
+  const bool hexadecimal = editor.app->hexadecimal;
+  ListModel rows = editor.details ? DetailsOf(editor.document, editor.shown_record, hexadecimal)
+                                  : ListBelow(editor.document, editor.selected, editor.view, hexadecimal);
+  const bool same = SameColumns(rows.columns, editor.rows.columns);
+  ListView_SetItemCountEx(editor.list, 0, 0);
+  if (!same) KeepColumnWidths(editor);
+  OrderRows(editor.document, rows, editor.order, hexadecimal);
+  editor.rows = std::move(rows);
+  if (!same) FillColumns(editor);
+  ShowRowOrder(editor);
+  ListView_SetItemState(editor.list, -1, 0, LVIS_SELECTED);
+  ListView_SetItemCountEx(editor.list, static_cast<int>(editor.rows.size()), 0);
+  InvalidateRect(editor.list, nullptr, TRUE);
+  RefreshPanel(editor);
+}
+
+void ReloadEditor(EditorWindow& editor) {
+  SendMessageW(editor.tree, WM_SETREDRAW, FALSE, 0);
+  editor.selected = {};
+  editor.rows = {};
+  TreeView_DeleteAllItems(editor.tree);
+  editor.nodes.clear();
+  editor.shown_slots.clear();
+  for (const OpenSdb& sdb : editor.document.sdbs) editor.shown_slots.push_back(sdb.slot);
+  HTREEITEM first = nullptr, after = TVI_FIRST;
+  for (const NodeRef& root : RootNodes(editor.document)) {
+    after = InsertNode(editor, TVI_ROOT, after, root);
+    if (!first) first = after;
+  }
+  SendMessageW(editor.tree, WM_SETREDRAW, TRUE, 0);
+  if (!first) return;
+  TreeView_SelectItem(editor.tree, first);
+  TreeView_Expand(editor.tree, first, TVE_EXPAND);
+}
+
+void ShowView(EditorWindow& editor, ListView view) {
+  editor.view = view;
+  editor.order = {};
+  editor.details = false;
+  RefreshList(editor);
+}
+
+NodeRef CommandNode(const EditorWindow& editor) {
+  const int row = ListView_GetNextItem(editor.list, -1, LVNI_SELECTED);
+  if (GetFocus() != editor.tree && row >= 0 && static_cast<size_t>(row) < editor.rows.rows.size()) {
+    return editor.rows.rows[static_cast<size_t>(row)];
+  }
+  return editor.details ? editor.shown_record : editor.selected;
+}
+
+void ShowInformation(EditorWindow& editor) {
+  const NodeRef node = CommandNode(editor);
+  const bool service = node.kind == NodeKind::kService || node.kind == NodeKind::kFavouriteTvEntry ||
+                       node.kind == NodeKind::kFavouriteRadioEntry;
+  if (service && ListView_GetSelectedCount(editor.list) > 1) {
+    Tell(editor.app->context.messages, Icon::kInformation, "Select any one service record");
+    return;
+  }
+  if (DetailsOf(editor.document, node, editor.app->hexadecimal).details.empty()) return;
+  editor.shown_record = node;
+  editor.details = true;
+  RefreshList(editor);
+}
+
+}  // namespace vexa

@@ -1,0 +1,323 @@
+#include "ui/frame.h"
+
+#include <shellapi.h>
+
+#include <algorithm>
+#include <iterator>
+
+#include "config/ecf.h"
+#include "core/bin_file.h"
+#include "core/messages.h"
+#include "platform/text.h"
+#include "ui/commands.h"
+#include "ui/console.h"
+#include "ui/editor.h"
+#include "ui/file_dialogs.h"
+#include "ui/menus.h"
+#include "ui/resource.h"
+#include "ui/test_mode.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr UINT kFirstChildId = 45000;  // of the window menu; above all commands
+constexpr UINT kOpenAtStart = WM_APP + 1;
+
+Application* AppOf(HWND frame) {
+  return reinterpret_cast<Application*>(GetWindowLongPtrW(frame, GWLP_USERDATA));
+}
+
+bool CreateClient(Application& app) {
+  CLIENTCREATESTRUCT client{nullptr, kFirstChildId};
+  app.client = CreateWindowExW(WS_EX_CLIENTEDGE, L"MDICLIENT", nullptr,
+                               WS_CHILD | WS_CLIPCHILDREN | WS_VISIBLE | WS_VSCROLL | WS_HSCROLL, 0, 0, 0, 0,
+                               app.frame, nullptr, app.instance, &client);
+  return app.client != nullptr;
+}
+
+// Without a usable file the user chooses one; cancelling that ends the program.
+bool FindConfiguration(Application& app) {
+  if (const auto found = FindConfigurationFile(app.settings, ProgramFolder())) {
+    app.configuration_file = *found;
+    return true;
+  }
+  Tell(app.context.messages, Icon::kStop, "Invalid configuration file.");
+  const FileQuestion question = {
+      "Open a Configuration File", {{"Vexa Editor Configuration File ( *.ECF )", "*.ecf"}}, "ecf"};
+  while (const auto chosen = AskOpenFile(app.frame, question)) {
+    if (IsEcfFile(*chosen)) {
+      app.configuration_file = *chosen;
+      return true;
+    }
+    Tell(app.context.messages, Icon::kStop, "Invalid Configuration file.");
+  }
+  return false;
+}
+
+bool LoadSettings(Application& app) {
+  if (!InitConfig(app.context, app.configuration_file, app.config)) {
+    Tell(app.context.messages, Icon::kStop, "Cannot read Configuration details.");
+  }
+  app.recent = LoadRecentFiles(app.settings);
+  RefreshRecentMenus(app);
+  app.colours = LoadColors(app.settings);
+  LoadDefaultRecords(app.settings, app.defaults);
+  app.context.defaults = &app.defaults;
+  app.window = LoadWindowSettings(app.settings);
+  if (LoadPortSettings(app.settings, app.config)) return true;
+  Tell(app.context.messages, Icon::kStop, "Cannot initialize port settings.");
+  return false;
+}
+
+bool CreateProgramFolder(Application& app) {
+  const auto number = static_cast<unsigned>(reinterpret_cast<UINT_PTR>(app.frame));
+  const auto folder = CreateTemporaryFolder(Format("Temp%x", number));
+  if (!folder) {
+    Tell(app.context.messages, Icon::kStop, "Failed to create new directory.");
+    return false;
+  }
+  app.context.temporary_folder = *folder;
+  return true;
+}
+
+bool StartFrame(Application& app) {
+  if (!CreateClient(app) || !FindConfiguration(app) || !LoadSettings(app) || !CreateProgramFolder(app))
+    return false;
+  SetCurrentDirectoryW(ProgramFolder().c_str());
+  if (!CreateToolbar(app)) return false;
+  app.status = CreateWindowExW(0, STATUSCLASSNAMEW, nullptr, WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0, 0,
+                               0, app.frame, nullptr, app.instance, nullptr);
+  DragAcceptFiles(app.frame, TRUE);
+  SetText(app.frame, Format("Vexa Editor %d.%d.%d", kVersionMajor, kVersionMinor, kVersionBuild));
+  app.title = WindowText(app.frame);
+  // Opened once the frame stands, so that what the file has to say appears over it.
+  if (app.open_at_start) PostMessageW(app.frame, kOpenAtStart, 0, 0);
+  return true;
+}
+
+void LayOut(Application& app) {
+  if (!app.toolbar || !app.status) return;
+  SendMessageW(app.toolbar, TB_AUTOSIZE, 0, 0);
+  SendMessageW(app.status, WM_SIZE, 0, 0);
+  RECT area{}, bar{};
+  GetClientRect(app.frame, &area);
+  GetWindowRect(app.toolbar, &bar);
+  const int top = bar.bottom - bar.top;
+  GetWindowRect(app.status, &bar);
+  const int bottom = bar.bottom - bar.top;
+  const int parts[] = {area.right - Scaled(app.frame, 420), area.right - Scaled(app.frame, 200),
+                       area.right - Scaled(app.frame, 110), -1};
+  SendMessageW(app.status, SB_SETPARTS, std::size(parts), reinterpret_cast<LPARAM>(parts));
+  MoveWindow(app.client, 0, top, area.right, std::max<int>(0, area.bottom - top - bottom), TRUE);
+}
+
+void ShowStatus(Application& app, int part, const std::string& text) {
+  SendMessageW(app.status, SB_SETTEXTW, static_cast<WPARAM>(part),
+               reinterpret_cast<LPARAM>(Wide(text).c_str()));
+}
+
+bool MayCloseAll(Application& app) {
+  if (!MayEndConsole(app)) return false;
+  for (EditorWindow* editor : AllEditors(app)) {
+    if (!MayClose(*editor)) return false;
+  }
+  return true;
+}
+
+void KeepFramePlace(Application& app) {
+  WINDOWPLACEMENT placement{};
+  placement.length = sizeof placement;
+  if (!GetWindowPlacement(app.frame, &placement)) return;
+  const RECT& place = placement.rcNormalPosition;
+  app.window.left = static_cast<int>(place.left);
+  app.window.top = static_cast<int>(place.top);
+  app.window.width = static_cast<int>(place.right - place.left);
+  app.window.height = static_cast<int>(place.bottom - place.top);
+}
+
+// The frame always starts maximised; the kept place is the one to which it is restored. One that is on no
+// screen any more is left to the system.
+void ShowFrame(Application& app) {
+  const WindowSettings& window = app.window;
+  WINDOWPLACEMENT placement{};
+  placement.length = sizeof placement;
+  const RECT place = {window.left, window.top, window.left + window.width, window.top + window.height};
+  if (window.width > 0 && MonitorFromRect(&place, MONITOR_DEFAULTTONULL) &&
+      GetWindowPlacement(app.frame, &placement)) {
+    placement.rcNormalPosition = place;
+    placement.showCmd = SW_SHOWMAXIMIZED;
+    SetWindowPlacement(app.frame, &placement);
+  }
+  ShowWindow(app.frame, SW_SHOWMAXIMIZED);
+}
+
+void EndFrame(Application& app) {
+  EndConsole(app);
+  for (EditorWindow* editor : AllEditors(app))
+    SendMessageW(app.client, WM_MDIDESTROY, reinterpret_cast<WPARAM>(editor->window), 0);
+  if (!app.configuration_file.empty()) SaveConfigurationPaths(app.settings, app.configuration_file, "");
+  SaveRecentFiles(app.settings, app.recent);
+  KeepFramePlace(app);
+  SaveWindowSettings(app.settings, app.window);
+  RemoveFolder(app.context.temporary_folder);
+  // The bar on the frame goes with it; the others are destroyed by the entry point.
+  SetMenu(app.frame, nullptr);
+}
+
+void OpenDropped(Application& app, HDROP drop) {
+  const UINT count = DragQueryFileW(drop, 0xFFFFFFFF, nullptr, 0);
+  for (UINT i = 0; i < count; ++i) {
+    std::wstring path(DragQueryFileW(drop, i, nullptr, 0) + size_t{1}, L'\0');
+    DragQueryFileW(drop, i, path.data(), static_cast<UINT>(path.size()));
+    OpenDatabaseFile(app, Path(path.c_str()));
+  }
+  DragFinish(drop);
+}
+
+LRESULT Notify(Application& app, HWND frame, NMHDR& header, WPARAM wparam, LPARAM lparam) {
+  if (header.code == TBN_DROPDOWN && header.hwndFrom == app.toolbar) {
+    DropDown(app, reinterpret_cast<NMTOOLBARW&>(header));
+    return TBDDRET_DEFAULT;
+  }
+  if (header.code == TTN_GETDISPINFOW) {
+    static std::wstring tip;
+    auto& asked = reinterpret_cast<NMTTDISPINFOW&>(header);
+    const CommandInfo* command = FindCommand(static_cast<uint32_t>(header.idFrom));
+    tip = Wide(command ? command->tip : "");
+    asked.lpszText = tip.data();
+    return 0;
+  }
+  return DefFrameProcW(frame, app.client, WM_NOTIFY, wparam, lparam);
+}
+
+void ShowMenuHelp(Application& app, WPARAM wparam) {
+  const bool popup = HIWORD(wparam) & (MF_POPUP | MF_SEPARATOR | MF_SYSMENU);
+  ShowStatus(app, 0, popup || HIWORD(wparam) == 0xFFFF ? "" : CommandHelp(app, LOWORD(wparam)));
+}
+
+LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_NCCREATE) {
+    auto* app = static_cast<Application*>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams);
+    app->frame = frame;
+    SetWindowLongPtrW(frame, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(app));
+  }
+  Application* app = AppOf(frame);
+  if (!app) return DefWindowProcW(frame, message, wparam, lparam);
+  if (app->describe_menus && message == app->describe_menus) return DescribeMenus(*app);
+  switch (message) {
+    case WM_CREATE:
+      return StartFrame(*app) ? 0 : -1;
+    case WM_SIZE:
+      LayOut(*app);
+      return 0;
+    case WM_DPICHANGED: {
+      const RECT& place = *reinterpret_cast<const RECT*>(lparam);
+      SetWindowPos(frame, nullptr, place.left, place.top, place.right - place.left, place.bottom - place.top,
+                   SWP_NOZORDER | SWP_NOACTIVATE);
+      for (EditorWindow* editor : AllEditors(*app)) SendMessageW(editor->window, WM_SETTINGCHANGE, 0, 0);
+      return 0;
+    }
+    case WM_COMMAND:
+      if (RunCommand(*app, LOWORD(wparam))) return 0;
+      break;
+    case WM_ENABLE:
+      // A dialog over the frame is one over its companion, too.
+      if (app->findings) EnableWindow(app->findings, wparam != 0);
+      break;
+    case WM_NOTIFY:
+      return Notify(*app, frame, *reinterpret_cast<NMHDR*>(lparam), wparam, lparam);
+    case WM_INITMENUPOPUP:
+      PrepareMenu(*app, reinterpret_cast<HMENU>(wparam));
+      break;
+    case WM_MENUSELECT:
+      ShowMenuHelp(*app, wparam);
+      break;
+    case WM_DROPFILES:
+      OpenDropped(*app, reinterpret_cast<HDROP>(wparam));
+      return 0;
+    case kOpenAtStart:
+      OpenDatabaseFile(*app, *app->open_at_start);
+      return 0;
+    case WM_QUERYENDSESSION:
+      return MayCloseAll(*app);
+    case WM_CLOSE:
+      if (app->busy == 0 && MayCloseAll(*app)) DestroyWindow(frame);
+      return 0;
+    case WM_DESTROY:
+      EndFrame(*app);
+      PostQuitMessage(app->exit_code);
+      return 0;
+    default:
+      break;
+  }
+  return DefFrameProcW(frame, app->client, message, wparam, lparam);
+}
+
+}  // namespace
+
+bool RegisterClasses(Application& app) {
+  WNDCLASSEXW frame{};
+  frame.cbSize = sizeof frame;
+  frame.style = CS_HREDRAW | CS_VREDRAW;
+  frame.lpfnWndProc = FrameProcedure;
+  frame.hInstance = app.instance;
+  frame.hIcon = LoadIconW(app.instance, MAKEINTRESOURCEW(IDI_VEXA));
+  frame.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+  frame.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
+  frame.lpszClassName = kFrameClass;
+  return RegisterClassExW(&frame) && RegisterEditorClass(app) && RegisterConsoleClass(app);
+}
+
+bool CreateFrame(Application& app) {
+  HWND frame = CreateWindowExW(0, kFrameClass, Wide(app.title).c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+                               CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, nullptr,
+                               app.frame_menu, app.instance, &app);
+  if (!frame) return false;
+  ShowFrame(app);
+  UpdateWindow(frame);
+  RefreshFrame(app);
+  return true;
+}
+
+int RunMessageLoop(Application& app) {
+  MSG message;
+  while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+    if (TranslateMDISysAccel(app.client, &message)) continue;
+    if (app.findings && IsDialogMessageW(app.findings, &message)) continue;
+    // Dialogs without a loop of their own must not see the frame's keys.
+    if (IsWindowEnabled(app.frame) &&
+        TranslateAcceleratorW(app.frame, ActiveEditor(app) ? app.editor_keys : app.other_keys, &message)) {
+      continue;
+    }
+    if (TranslateConsoleKey(app, message)) continue;
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+  }
+  return static_cast<int>(message.wParam);
+}
+
+bool OpenDatabaseFile(Application& app, const Path& path) {
+  Document document;
+  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  const bool opened = OpenBin(app.context, path, document);
+  if (!opened && document.sdbs.empty() && document.ubis.empty()) return false;
+  OpenEditor(app, std::move(document), path, false);
+  RememberFile(app, path);
+  return true;
+}
+
+void RememberFile(Application& app, const Path& path) {
+  AddRecentFile(app.recent, Utf8FromPath(path));
+  RefreshRecentMenus(app);
+}
+
+void RefreshFrame(Application& app) {
+  if (!app.toolbar || !app.status) return;
+  RefreshToolbar(app);
+  ShowStatus(app, 1, Utf8FromLatin(app.config.product_name + "  " + app.config.configuration_name));
+  ShowStatus(app, 2, app.hexadecimal ? "PIDs (Hex)" : "PIDs (Dec)");
+  ShowStatus(app, 3, app.config.sdb_format == 0 ? "Single SDB" : "Multiple SDB");
+}
+
+}  // namespace vexa

@@ -1,0 +1,391 @@
+// URT files from images, and the compression of files.
+#include "ui/windows_api.h"
+// After windows.h.
+#include <commdlg.h>
+
+#include "config/settings_dialog.h"
+#include "core/messages.h"
+#include "image/compression_dialog.h"
+#include "image/urt_dialog.h"
+#include "ui/commands.h"
+#include "ui/dialogs.h"
+#include "ui/file_dialogs.h"
+#include "ui/form.h"
+#include "ui/image_resource.h"
+
+namespace vexa {
+
+namespace {
+
+const std::vector<FileFilter> kImageFilters = {{"BIN Files ( *.BIN )", "*.bin"},
+                                               {"All Files ( *.* )", "*.*"}};
+const std::vector<FileFilter> kUrtFilters = {{"UART File ( *.URT )", "*.urt"}};
+const std::vector<FileFilter> kAllFilters = {{"All Files ( *.* )", "*.*"}};
+
+// Several files of one folder; empty when the user cancels.
+std::vector<Path> AskImages(HWND owner) {
+  std::wstring names(65536, L'\0');
+  std::wstring filter = L"BIN Files ( *.BIN )";
+  for (const wchar_t* part : {L"*.bin", L"All Files ( *.* )", L"*.*"}) filter.append(1, L'\0').append(part);
+  filter.append(2, L'\0');
+  OPENFILENAMEW dialog{};
+  dialog.lStructSize = sizeof dialog;
+  dialog.hwndOwner = owner;
+  dialog.lpstrFilter = filter.c_str();
+  dialog.lpstrFile = names.data();
+  dialog.nMaxFile = static_cast<DWORD>(names.size());
+  dialog.lpstrTitle = L"Add Images";
+  dialog.Flags = OFN_EXPLORER | OFN_ALLOWMULTISELECT | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | OFN_FILEMUSTEXIST;
+  std::vector<Path> files;
+  if (!GetOpenFileNameW(&dialog)) return files;
+  // One file is its path; several are their folder and then their names, each with its NUL.
+  const Path first = names.c_str();
+  for (const wchar_t* name = names.c_str() + first.native().size() + 1; *name; name += wcslen(name) + 1) {
+    files.push_back(first / name);
+  }
+  if (files.empty()) files.push_back(first);
+  return files;
+}
+
+struct UrtForm {
+  const ProjectConfig& config;
+  UrtDialog model;
+  bool several = false;
+  size_t row = 0;        // whose fields are shown
+  bool loading = false;  // the fields are being filled, nobody types
+
+  UrtRow* Row() { return row < model.rows.size() ? &model.rows[row] : nullptr; }
+};
+
+void ShowRowInList(UrtForm& urt, Form& form, size_t place) {
+  const UrtRow& row = urt.model.rows[place];
+  const auto region = static_cast<size_t>(row.region);
+  const std::string texts[] = {Utf8FromPath(row.image.filename()),
+                               region < urt.model.regions.size() ? urt.model.regions[region] : "", row.name};
+  for (int i = 0; i < 3; ++i) {
+    std::wstring text = Wide(texts[i]);
+    ListView_SetItemText(form.Control(IDC_IMAGE_LIST), static_cast<int>(place), i, text.data());
+  }
+}
+
+void ShowRow(UrtForm& urt, Form& form) {
+  urt.loading = true;
+  const UrtRow* row = urt.Row();
+  if (!urt.several) form.SetText(IDC_IMAGE_FILE, Utf8FromPath(row->image));
+  form.SetText(IDC_IMAGE_URT, row ? Utf8FromPath(row->urt) : "");
+  form.SetText(IDC_IMAGE_NAME, row ? row->name : "");
+  SendDlgItemMessageW(form.window, IDC_IMAGE_TYPE, CB_SETCURSEL, static_cast<WPARAM>(row ? row->region : -1),
+                      0);
+  for (const int id : {IDC_IMAGE_URT, IDC_IMAGE_URT_BROWSE, IDC_IMAGE_NAME, IDC_IMAGE_TYPE}) {
+    form.Enable(id, row != nullptr);
+  }
+  if (urt.several) form.Enable(IDC_IMAGE_REMOVE, row != nullptr);
+  urt.loading = false;
+}
+
+void SelectRow(UrtForm& urt, Form& form, size_t row) {
+  urt.row = row;
+  ListView_SetItemState(form.Control(IDC_IMAGE_LIST), static_cast<int>(row), LVIS_FOCUSED | LVIS_SELECTED,
+                        LVIS_FOCUSED | LVIS_SELECTED);
+  ShowRow(urt, form);
+}
+
+void AddRows(UrtForm& urt, Form& form, const std::vector<Path>& images) {
+  HWND list = form.Control(IDC_IMAGE_LIST);
+  for (const Path& image : images) {
+    if (urt.model.rows.size() == kMostUrtRows) break;
+    urt.model.rows.push_back(MakeUrtRow(urt.config, image));
+    const size_t place = urt.model.rows.size() - 1;
+    LVITEMW item{};
+    item.iItem = static_cast<int>(place);
+    SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+    ShowRowInList(urt, form, place);
+  }
+  if (!images.empty()) SelectRow(urt, form, urt.model.rows.size() - 1);
+}
+
+void RemoveRow(UrtForm& urt, Form& form) {
+  if (!urt.Row()) return;
+  const size_t row = urt.row;
+  urt.model.rows.erase(urt.model.rows.begin() + static_cast<std::ptrdiff_t>(row));
+  ListView_DeleteItem(form.Control(IDC_IMAGE_LIST), static_cast<int>(row));
+  SelectRow(urt, form, urt.model.rows.empty() ? 0 : std::min(row, urt.model.rows.size() - 1));
+  form.Focus(urt.model.rows.empty() ? IDC_IMAGE_ADD : IDC_IMAGE_LIST);
+}
+
+void EnableCompression(UrtForm& urt, Form& form) {
+  form.Enable(IDC_IMAGE_METHOD, urt.model.compressed);
+  form.Enable(IDC_IMAGE_LEVEL, urt.model.compressed && urt.model.compression_type == 0);
+}
+
+void OpenList(UrtForm& urt, Form& form) {
+  HWND list = form.Control(IDC_IMAGE_LIST);
+  SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
+  const std::pair<const wchar_t*, int> columns[] = {
+      {L"Image file", 150}, {L"Image Type", 120}, {L"Name", 120}};
+  for (int i = 0; i < 3; ++i) {
+    std::wstring title = columns[i].first;
+    LVCOLUMNW column{};
+    column.mask = LVCF_TEXT | LVCF_WIDTH;
+    column.pszText = title.data();
+    column.cx = Scaled(form.window, columns[i].second);
+    SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&column));
+  }
+  std::vector<UrtRow> rows = std::move(urt.model.rows);
+  urt.model.rows.clear();
+  for (UrtRow& row : rows) {
+    AddRows(urt, form, {row.image});
+    urt.model.rows.back() = std::move(row);
+    ShowRowInList(urt, form, urt.model.rows.size() - 1);
+  }
+}
+
+void OpenUrt(UrtForm& urt, Form& form) {
+  form.Fill(IDC_IMAGE_TYPE, urt.model.regions, -1);
+  form.Fill(IDC_IMAGE_METHOD, {kCompressionTypes.begin(), kCompressionTypes.end()},
+            urt.model.compression_type);
+  form.Fill(IDC_IMAGE_LEVEL, {kCompressionLevels.begin(), kCompressionLevels.end()},
+            urt.model.compression_level);
+  form.Limit(IDC_IMAGE_NAME, static_cast<int>(kLongestImageName));
+  form.Limit(IDC_IMAGE_MAJOR, 3);
+  form.Limit(IDC_IMAGE_MINOR, 2);
+  urt.loading = true;
+  form.SetText(IDC_IMAGE_MAJOR, urt.model.software_major);
+  form.SetText(IDC_IMAGE_MINOR, urt.model.software_minor);
+  form.Check(IDC_IMAGE_COMPRESSED, urt.model.compressed);
+  urt.loading = false;
+  EnableCompression(urt, form);
+  if (urt.several) OpenList(urt, form);
+  ShowRow(urt, form);
+}
+
+int ControlOf(UrtField field, bool several) {
+  switch (field) {
+    case UrtField::kUrt:
+      return IDC_IMAGE_URT;
+    case UrtField::kRegion:
+      return IDC_IMAGE_TYPE;
+    case UrtField::kName:
+      return IDC_IMAGE_NAME;
+    case UrtField::kMajor:
+      return IDC_IMAGE_MAJOR;
+    case UrtField::kMinor:
+      return IDC_IMAGE_MINOR;
+    default:
+      return several ? IDC_IMAGE_ADD : IDC_IMAGE_FILE;
+  }
+}
+
+bool AcceptUrt(UrtForm& urt, Form& form) {
+  const auto refusal = CheckUrtDialog(urt.model);
+  if (!refusal) return true;
+  if (urt.several && refusal->row < urt.model.rows.size()) SelectRow(urt, form, refusal->row);
+  form.Refuse({refusal->text}, ControlOf(refusal->field, urt.several));
+  return false;
+}
+
+void BrowseImage(UrtForm& urt, Form& form) {
+  const auto path = AskOpenFile(form.window, {"Open", kImageFilters, "bin"});
+  UrtRow* row = urt.Row();
+  if (!path || !row) return;
+  // The image type and a name of the user's own stay.
+  row->image = *path;
+  row->urt = UrtPathIn(path->parent_path(), *path);
+  ShowRow(urt, form);
+}
+
+void BrowseUrt(UrtForm& urt, Form& form) {
+  UrtRow* row = urt.Row();
+  if (!row) return;
+  const auto path = AskSaveFile(form.window, {"Save", kUrtFilters, "urt"}, row->urt);
+  if (!path) return;
+  row->urt = *path;
+  ShowRow(urt, form);
+}
+
+// What the user typed or chose in the fields goes into the row and the model.
+void FieldChanged(UrtForm& urt, Form& form, int id) {
+  UrtRow* row = urt.Row();
+  if (id == IDC_IMAGE_MAJOR) urt.model.software_major = form.Text(id);
+  if (id == IDC_IMAGE_MINOR) urt.model.software_minor = form.Text(id);
+  if (id == IDC_IMAGE_METHOD) urt.model.compression_type = form.Choice(id);
+  if (id == IDC_IMAGE_LEVEL) urt.model.compression_level = form.Choice(id);
+  EnableCompression(urt, form);
+  if (!row) return;
+  if (id == IDC_IMAGE_FILE) row->image = PathFromUtf8(form.Text(id));
+  if (id == IDC_IMAGE_URT) row->urt = PathFromUtf8(form.Text(id));
+  if (id == IDC_IMAGE_NAME) row->name = form.Text(id);
+  if (id == IDC_IMAGE_TYPE) {
+    ChooseUrtRegion(urt.model, *row, form.Choice(id));
+    ShowRow(urt, form);
+  }
+  if (urt.several) ShowRowInList(urt, form, urt.row);
+}
+
+void UrtCommand(UrtForm& urt, Form& form, int id, int code) {
+  if (code == EN_CHANGE || (code == CBN_SELCHANGE && id != IDC_IMAGE_COMPRESSED)) {
+    if (!urt.loading) FieldChanged(urt, form, id);
+    return;
+  }
+  if (code != BN_CLICKED) return;
+  switch (id) {
+    case IDC_IMAGE_COMPRESSED:
+      urt.model.compressed = form.Checked(id);
+      return EnableCompression(urt, form);
+    case IDC_IMAGE_BROWSE:
+      return BrowseImage(urt, form);
+    case IDC_IMAGE_URT_BROWSE:
+      return BrowseUrt(urt, form);
+    case IDC_IMAGE_ADD:
+      return AddRows(urt, form, AskImages(form.window));
+    case IDC_IMAGE_REMOVE:
+      return RemoveRow(urt, form);
+    default:
+      return;
+  }
+}
+
+LRESULT UrtNotify(UrtForm& urt, Form& form, NMHDR& header) {
+  if (header.idFrom != IDC_IMAGE_LIST) return 0;
+  if (header.code == LVN_ITEMCHANGED) {
+    const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
+    const auto place = static_cast<size_t>(change.iItem);
+    if ((change.uNewState & LVIS_SELECTED) && !(change.uOldState & LVIS_SELECTED) && place != urt.row &&
+        place < urt.model.rows.size()) {
+      urt.row = place;
+      ShowRow(urt, form);
+    }
+  }
+  if (header.code == LVN_KEYDOWN && reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey == VK_DELETE) {
+    RemoveRow(urt, form);
+  }
+  return 0;
+}
+
+// The dialog comes back with its fields as they were when the conversion fails.
+void RunUrtForm(Application& app, UrtForm& urt) {
+  FormActions actions;
+  actions.open = [&urt](Form& form) { OpenUrt(urt, form); };
+  actions.accept = [&urt](Form& form) { return AcceptUrt(urt, form); };
+  actions.command = [&urt](Form& form, int id, int code) { UrtCommand(urt, form, id, code); };
+  actions.notify = [&urt](Form& form, NMHDR& header) { return UrtNotify(urt, form, header); };
+  while (RunForm(app, urt.several ? IDD_MULTIPLE_IMAGE : IDD_SINGLE_IMAGE, actions)) {
+    size_t made = 0;
+    {
+      const ProgressBox progress(app, Utf8FromPath(urt.model.rows[0].urt));
+      made = ConvertRows(progress.context(), app.config, urt.model, LocalTimeNow());
+    }
+    if (made < urt.model.rows.size()) continue;
+    if (made == 1) {
+      Tell(app.context.messages, Icon::kInformation, "The URT file \"%s\" is ready.",
+           Utf8FromPath(urt.model.rows[0].urt).c_str());
+    } else {
+      Tell(app.context.messages, Icon::kInformation, "%zu URT files are ready.", made);
+    }
+    return;
+  }
+}
+
+void SingleImageOf(Application& app, const Path& image) {
+  UrtForm urt{app.config, OpenUrtDialog(app.config)};
+  urt.model.rows.push_back(MakeUrtRow(app.config, image));
+  RunUrtForm(app, urt);
+}
+
+void SingleImage(Application& app) {
+  SingleImageOf(app, {});
+}
+
+void MultipleImage(Application& app) {
+  UrtForm urt{app.config, OpenUrtDialog(app.config), true};
+  RunUrtForm(app, urt);
+}
+
+void Bin2Urt(Application& app) {
+  if (const auto image = AskOpenFile(app.frame, {"Open", kImageFilters, "bin"})) SingleImageOf(app, *image);
+}
+
+// The new file's name follows the file's until the user gave one.
+void ProposeOutput(Form& form, CompressionDialog& model, const Path& input, bool expand) {
+  const bool follows =
+      model.output.empty() || model.output == ProposeCompressionOutput(model.input, model.expand);
+  model.input = input;
+  model.expand = expand;
+  if (follows) {
+    model.output = ProposeCompressionOutput(input, expand);
+    form.SetText(IDC_COMPRESSION_OUTPUT, Utf8FromPath(model.output));
+  }
+  form.Enable(IDC_COMPRESSION_LEVEL, !expand);
+}
+
+void CompressionCommand(Form& form, CompressionDialog& model, int id, int code) {
+  switch (id) {
+    case IDC_COMPRESSION_COMPRESS:
+    case IDC_COMPRESSION_EXPAND:
+      return ProposeOutput(form, model, model.input, form.Checked(IDC_COMPRESSION_EXPAND));
+    case IDC_COMPRESSION_FILE:
+      if (code == EN_CHANGE) ProposeOutput(form, model, PathFromUtf8(form.Text(id)), model.expand);
+      return;
+    case IDC_COMPRESSION_OUTPUT:
+      if (code == EN_CHANGE) model.output = PathFromUtf8(form.Text(id));
+      return;
+    case IDC_COMPRESSION_LEVEL:
+      if (code == CBN_SELCHANGE) model.level = form.Choice(id);
+      return;
+    case IDC_COMPRESSION_BROWSE:
+      if (const auto path = AskOpenFile(form.window, {"Open", kAllFilters})) {
+        form.SetText(IDC_COMPRESSION_FILE, Utf8FromPath(*path));
+      }
+      return;
+    case IDC_COMPRESSION_OUTPUT_BROWSE:
+      if (const auto path = AskSaveFile(form.window, {"Save", kAllFilters}, model.output)) {
+        form.SetText(IDC_COMPRESSION_OUTPUT, Utf8FromPath(*path));
+      }
+      return;
+    default:
+      return;
+  }
+}
+
+void Compression(Application& app) {
+  CompressionDialog model;
+  FormActions actions;
+  actions.open = [&model](Form& form) {
+    form.Check(model.expand ? IDC_COMPRESSION_EXPAND : IDC_COMPRESSION_COMPRESS, true);
+    form.Fill(IDC_COMPRESSION_LEVEL, {kCompressionLevels.begin(), kCompressionLevels.end()}, model.level);
+    const Path output = model.output;
+    form.SetText(IDC_COMPRESSION_FILE, Utf8FromPath(model.input));
+    form.SetText(IDC_COMPRESSION_OUTPUT, Utf8FromPath(output));
+    form.Enable(IDC_COMPRESSION_LEVEL, !model.expand);
+  };
+  actions.accept = [&model](Form& form) {
+    const auto refusal = CheckCompression(model);
+    if (!refusal) return true;
+    form.Refuse({refusal->text},
+                refusal->field == CompressionField::kInput ? IDC_COMPRESSION_FILE : IDC_COMPRESSION_OUTPUT);
+    return false;
+  };
+  actions.command = [&model](Form& form, int id, int code) { CompressionCommand(form, model, id, code); };
+  while (RunForm(app, IDD_COMPRESSION, actions)) {
+    SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+    const auto sizes = RunCompression(app.context, model);
+    if (!sizes) continue;
+    Tell(app.context.messages, Icon::kInformation, "\"%s\" is ready: %llu bytes, before %llu bytes.",
+         Utf8FromPath(model.output).c_str(), static_cast<unsigned long long>(sizes->after),
+         static_cast<unsigned long long>(sizes->before));
+    return;
+  }
+}
+
+constexpr CommandRow kRows[] = {{kCmdSingleImage, SingleImage},
+                                {kCmdMultipleImage, MultipleImage},
+                                {kCmdBin2Urt, Bin2Urt},
+                                {kCmdCompression, Compression}};
+
+}  // namespace
+
+std::span<const CommandRow> ImageCommands() {
+  return kRows;
+}
+
+}  // namespace vexa

@@ -1,0 +1,182 @@
+#include "ui/menus.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "ui/commands.h"
+#include "ui/resource.h"
+
+namespace vexa {
+
+namespace {
+
+void AppendRow(Application& app, HMENU menu, const MenuRow& row) {
+  switch (row.kind) {
+    case MenuRowKind::kSeparator:
+      AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+      return;
+    case MenuRowKind::kCommand:
+      if (const CommandInfo* command = FindCommand(row.command)) {
+        AppendMenuW(menu, MF_STRING, command->id, Wide(command->text).c_str());
+      }
+      return;
+    case MenuRowKind::kRecentFiles:
+    case MenuRowKind::kPopup: {
+      HMENU popup = CreatePopupMenu();
+      AppendMenuW(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(popup), Wide(row.text).c_str());
+      if (row.kind == MenuRowKind::kRecentFiles) app.recent_menus.push_back(popup);
+      return;
+    }
+  }
+}
+
+// Rows stand in the order of a depth-first walk; `depth` 0 goes into `top`.
+HMENU FillMenu(Application& app, HMENU top, MenuName name) {
+  std::vector<HMENU> open = {top};
+  for (const MenuRow& row : MenuRows(name)) {
+    open.resize(row.depth + size_t{1});
+    HMENU menu = open.back();
+    AppendRow(app, menu, row);
+    if (row.kind == MenuRowKind::kPopup) open.push_back(GetSubMenu(menu, GetMenuItemCount(menu) - 1));
+  }
+  return top;
+}
+
+// The commands of the view buttons take Alt keys that are menu keys where no database is shown.
+HACCEL MakeKeys(bool editor) {
+  std::vector<ACCEL> keys;
+  for (const CommandInfo& command : Commands()) {
+    if (command.key.code == 0 || (!editor && (command.key.modifiers & kAlt))) continue;
+    ACCEL key{};
+    key.fVirt = static_cast<BYTE>(FVIRTKEY | (command.key.modifiers & kCtrl ? FCONTROL : 0) |
+                                  (command.key.modifiers & kAlt ? FALT : 0) |
+                                  (command.key.modifiers & kShift ? FSHIFT : 0));
+    key.key = command.key.code;
+    key.cmd = command.id;
+    keys.push_back(key);
+  }
+  return CreateAcceleratorTableW(keys.data(), static_cast<int>(keys.size()));
+}
+
+}  // namespace
+
+void LoadMenus(Application& app) {
+  app.frame_menu = FillMenu(app, CreateMenu(), MenuName::kFrame);
+  app.editor_menu = FillMenu(app, CreateMenu(), MenuName::kEditor);
+  app.console_menu = FillMenu(app, CreateMenu(), MenuName::kConsole);
+  app.editor_keys = MakeKeys(true);
+  app.other_keys = MakeKeys(false);
+  RefreshRecentMenus(app);
+}
+
+void DestroyMenus(Application& app) {
+  for (HMENU* menu : {&app.frame_menu, &app.editor_menu, &app.console_menu}) {
+    if (*menu && IsMenu(*menu)) DestroyMenu(*menu);
+    *menu = nullptr;
+  }
+  app.recent_menus.clear();
+  for (HACCEL* keys : {&app.editor_keys, &app.other_keys}) {
+    if (*keys) DestroyAcceleratorTable(*keys);
+    *keys = nullptr;
+  }
+}
+
+HMENU MakePopup(Application& app, MenuName menu) {
+  return FillMenu(app, CreatePopupMenu(), menu);
+}
+
+HMENU WindowMenu(HMENU bar) {
+  for (int i = 0; i < GetMenuItemCount(bar); ++i) {
+    HMENU menu = GetSubMenu(bar, i);
+    if (menu && GetMenuItemID(menu, 0) == kCmdCascade) return menu;
+  }
+  return nullptr;
+}
+
+void RefreshRecentMenus(Application& app) {
+  for (HMENU menu : app.recent_menus) {
+    while (DeleteMenu(menu, 0, MF_BYPOSITION)) {
+    }
+    for (size_t i = 0; i < app.recent.paths.size(); ++i) {
+      // A path may hold the character that marks access keys.
+      std::string text = RecentFileItem(app.recent, i);
+      for (size_t at = text.find('&', 1); at != std::string::npos; at = text.find('&', at + 2))
+        text.insert(at, "&");
+      AppendMenuW(menu, MF_STRING, kCmdRecent1 + i, Wide(text).c_str());
+    }
+    if (app.recent.paths.empty()) AppendMenuW(menu, MF_STRING | MF_GRAYED, 0, L"(none)");
+  }
+}
+
+void PrepareMenu(Application& app, HMENU menu) {
+  for (int i = 0; i < GetMenuItemCount(menu); ++i) {
+    const UINT id = GetMenuItemID(menu, i);
+    if (!FindCommand(id)) continue;
+    const auto at = static_cast<UINT>(i);
+    EnableMenuItem(menu, at, MF_BYPOSITION | (CanRun(app, id) ? MF_ENABLED : MF_GRAYED));
+    CheckMenuItem(menu, at, MF_BYPOSITION | (IsChecked(app, id) ? MF_CHECKED : MF_UNCHECKED));
+    const std::string text = ChangedText(app, id);
+    if (text.empty()) continue;
+    MENUITEMINFOW item{};
+    std::wstring wide = Wide(text);
+    item.cbSize = sizeof item;
+    item.fMask = MIIM_STRING;
+    item.dwTypeData = wide.data();
+    SetMenuItemInfoW(menu, at, TRUE, &item);
+  }
+}
+
+bool CreateToolbar(Application& app) {
+  app.toolbar_pictures = ImageList_LoadImageW(app.instance, MAKEINTRESOURCEW(IDB_TOOLBAR), 16, 0,
+                                              RGB(255, 0, 255), IMAGE_BITMAP, LR_CREATEDIBSECTION);
+  app.tree_pictures = ImageList_LoadImageW(app.instance, MAKEINTRESOURCEW(IDB_TREE), 16, 0, RGB(255, 0, 255),
+                                           IMAGE_BITMAP, LR_CREATEDIBSECTION);
+  app.toolbar = CreateWindowExW(0, TOOLBARCLASSNAMEW, nullptr,
+                                WS_CHILD | WS_VISIBLE | TBSTYLE_FLAT | TBSTYLE_TOOLTIPS | CCS_TOP, 0, 0, 0, 0,
+                                app.frame, nullptr, app.instance, nullptr);
+  if (!app.toolbar) return false;
+  SendMessageW(app.toolbar, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
+  SendMessageW(app.toolbar, TB_SETEXTENDEDSTYLE, 0, TBSTYLE_EX_DRAWDDARROWS);
+  SendMessageW(app.toolbar, TB_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(app.toolbar_pictures));
+  for (const ToolbarButton& row : ToolbarButtons()) {
+    TBBUTTON button{};
+    button.iBitmap = row.picture;
+    button.idCommand = row.command;
+    button.fsState = TBSTATE_ENABLED;
+    button.fsStyle = row.command == kNoCommand ? BTNS_SEP : BTNS_BUTTON;
+    if (row.command == kNoCommand) button.iBitmap = 8;
+    if (row.drop_down != MenuName::kFrame) button.fsStyle |= BTNS_DROPDOWN;
+    SendMessageW(app.toolbar, TB_ADDBUTTONSW, 1, reinterpret_cast<LPARAM>(&button));
+  }
+  SendMessageW(app.toolbar, TB_AUTOSIZE, 0, 0);
+  return true;
+}
+
+void RefreshToolbar(Application& app) {
+  for (const ToolbarButton& row : ToolbarButtons()) {
+    if (row.command == kNoCommand) continue;
+    // A button with a menu is dead only when all of the menu is.
+    const auto rows = MenuRows(row.drop_down);
+    const bool enabled =
+        CanRun(app, row.command) ||
+        (row.drop_down != MenuName::kFrame &&
+         std::any_of(rows.begin(), rows.end(), [&](const MenuRow& r) { return CanRun(app, r.command); }));
+    SendMessageW(app.toolbar, TB_ENABLEBUTTON, row.command, MAKELPARAM(enabled, 0));
+  }
+}
+
+void DropDown(Application& app, const NMTOOLBARW& button) {
+  for (const ToolbarButton& row : ToolbarButtons()) {
+    if (row.command != button.iItem || row.drop_down == MenuName::kFrame) continue;
+    RECT place{};
+    SendMessageW(app.toolbar, TB_GETRECT, static_cast<WPARAM>(button.iItem),
+                 reinterpret_cast<LPARAM>(&place));
+    MapWindowPoints(app.toolbar, HWND_DESKTOP, reinterpret_cast<POINT*>(&place), 2);
+    HMENU menu = MakePopup(app, row.drop_down);
+    TrackPopupMenu(menu, TPM_LEFTALIGN | TPM_TOPALIGN, place.left, place.bottom, 0, app.frame, nullptr);
+    DestroyMenu(menu);
+    return;
+  }
+}
+
+}  // namespace vexa

@@ -1,0 +1,64 @@
+// Commands of options and tools.
+#include "ui/options.h"
+
+#include "core/merge.h"
+#include "ui/change.h"
+#include "ui/commands.h"
+#include "ui/file_dialogs.h"
+
+namespace vexa {
+
+namespace {
+
+void Settings(Application& app) {
+  SettingsRequest request;
+  request.needs = {true, true, true};
+  request.image_command = request.urt_conversion = true;
+  request.from_console = app.console && !ActiveEditor(app);
+  request.port_connected = app.port_connected && app.port_connected();
+  ShowSettings(app, request);
+}
+
+void Sort(Application& app) {
+  ShowSort(*ActiveEditor(app));
+}
+void Find(Application& app) {
+  ShowFind(*ActiveEditor(app));
+}
+void FindNextRecord(Application& app) {
+  FindAgain(*ActiveEditor(app), false);
+}
+void FindPreviousRecord(Application& app) {
+  FindAgain(*ActiveEditor(app), true);
+}
+void Check(Application& app) {
+  ShowFindings(*ActiveEditor(app));
+}
+
+void MergeSdbs(Application& app) {
+  const auto files = AskOpenFiles(app.frame, {"Open", kBinFilters, "bin"});
+  EditorWindow* editor = ActiveEditor(app);
+  if (files.empty() || !editor) return;
+  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  ChangeDocument(*editor, [&] { return MergeBins(app.context, files, editor->document); });
+}
+
+constexpr CommandRow kOptionCommands[] = {
+    {kCmdDefaultValues, ShowDefaultValues},
+    {kCmdSettings, Settings},
+    {kCmdColour, ShowColours},
+    {kCmdSort, Sort},
+    {kCmdFind, Find},
+    {kCmdFindNext, FindNextRecord},
+    {kCmdFindPrevious, FindPreviousRecord},
+    {kCmdCheck, Check},
+    {kCmdMergeSdb, MergeSdbs},
+};
+
+}  // namespace
+
+std::span<const CommandRow> OptionCommands() {
+  return kOptionCommands;
+}
+
+}  // namespace vexa

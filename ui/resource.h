@@ -1,0 +1,16 @@
+// Numbers of the resources and of the controls in dialogs.
+#pragma once
+
+#define IDI_VEXA 300
+#define IDB_TOOLBAR 301
+#define IDB_TREE 302
+
+#define IDD_ABOUT 400
+#define IDC_ABOUT_PROJECT 401
+#define IDC_ABOUT_VERSION 402
+#define IDC_ABOUT_DATE 403
+#define IDC_ABOUT_TIME 404
+
+#define IDD_PROGRESS 410
+#define IDC_PROGRESS_BAR 411
+#define IDC_PROGRESS_TEXT 412

@@ -1,0 +1,74 @@
+// What a file is saved with: version, initials, and the parts of the document.
+#include <algorithm>
+
+#include "core/validation.h"
+#include "platform/text.h"
+#include "ui/form.h"
+#include "ui/record_dialogs.h"
+#include "ui/records_resource.h"
+#include "ui/virtual_list.h"
+
+namespace vexa {
+
+namespace {
+
+uint8_t VersionNumber(const Form& form, int id) {
+  return static_cast<uint8_t>(std::clamp<int64_t>(NumberOf(form.Text(id)), 0, 255));
+}
+
+}  // namespace
+
+bool AskVersion(EditorWindow& editor) {
+  FormActions actions;
+  actions.open = [&](Form& form) {
+    form.Limit(IDC_VERSION_MAJOR, 3);
+    form.Limit(IDC_VERSION_MINOR, 3);
+    form.Limit(IDC_VERSION_INITIALS, 3);
+    form.SetText(IDC_VERSION_MAJOR, Format("%d", editor.version.major));
+    form.SetText(IDC_VERSION_MINOR, Format("%d", editor.version.minor));
+    form.SetText(IDC_VERSION_INITIALS, Utf8FromLatin(editor.version.initials));
+  };
+  actions.accept = [&](Form& form) {
+    editor.version.major = VersionNumber(form, IDC_VERSION_MAJOR);
+    editor.version.minor = VersionNumber(form, IDC_VERSION_MINOR);
+    editor.version.initials = LatinFromUtf8(form.Text(IDC_VERSION_INITIALS)).substr(0, 3);
+    return true;
+  };
+  return RunForm(*editor.app, IDD_VERSION, actions);
+}
+
+std::optional<BinSelection> AskParts(EditorWindow& editor) {
+  const Document& document = editor.document;
+  const size_t sdbs = document.sdbs.size(), count = sdbs + document.ubis.size();
+  std::vector<bool> taken(count, true);
+  VirtualList list;
+  list.id = IDC_PARTS_LIST;
+  list.text = [&](size_t row, int column) -> std::string {
+    if (column == 1) return row < sdbs ? "SDB" : "UBI";
+    return Utf8FromLatin(row < sdbs ? document.sdbs[row].name : document.ubis[row - sdbs].name);
+  };
+  list.ticked = [&](size_t row) { return taken[row]; };
+  list.tick = [&](const Form& form, size_t row, bool ticked) {
+    taken[row] = ticked;
+    const auto first_ubi = taken.begin() + static_cast<std::ptrdiff_t>(sdbs);
+    form.Enable(IDOK, std::find(taken.begin(), first_ubi, true) != first_ubi);
+  };
+  FormActions actions;
+  actions.open = [&](Form& form) {
+    SetUpList(form, list, {{"Name", 160}, {"Kind", 0}}, nullptr);
+    ShowRows(form, list, count, std::nullopt);
+  };
+  actions.notify = [&](Form& form, NMHDR& header) {
+    return ListNotification(form, list, header).value_or(0);
+  };
+  if (!RunForm(*editor.app, IDD_SELECT_PARTS, actions)) return std::nullopt;
+  BinSelection selection{0, 0};
+  for (size_t i = 0; i < count; ++i) {
+    if (!taken[i]) continue;
+    uint32_t& bits = i < sdbs ? selection.sdbs : selection.ubis;
+    bits |= uint32_t{1} << (i < sdbs ? i : i - sdbs);
+  }
+  return selection;
+}
+
+}  // namespace vexa

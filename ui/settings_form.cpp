@@ -1,0 +1,155 @@
+// The configuration dialog.
+#include "ui/file_dialogs.h"
+#include "ui/form.h"
+#include "ui/frame.h"
+#include "ui/options.h"
+#include "ui/options_resource.h"
+
+namespace vexa {
+
+namespace {
+
+// Lists that follow the configuration file and what is chosen above them.
+void ShowLists(const Form& form, const SettingsDialog& dialog) {
+  form.Fill(IDC_SETTINGS_MANUFACTURER, dialog.manufacturers, dialog.manufacturer);
+  form.Fill(IDC_SETTINGS_PRODUCT, dialog.products, dialog.product);
+  form.Fill(IDC_SETTINGS_CONFIGURATION, dialog.configurations, dialog.configuration);
+  form.Fill(IDC_SETTINGS_IMAGE_TYPE, dialog.image_types, dialog.image_type);
+}
+
+void ShowEnabling(const Form& form, const SettingsDialog& dialog) {
+  const SettingsEnabling enabled = EnabledControls(dialog);
+  const struct {
+    int id;
+    bool enabled;
+  } rows[] = {{IDC_SETTINGS_FILE, enabled.file},
+              {IDC_SETTINGS_BROWSE, enabled.file},
+              {IDC_SETTINGS_MANUFACTURER, enabled.lists},
+              {IDC_SETTINGS_PRODUCT, enabled.lists},
+              {IDC_SETTINGS_CONFIGURATION, enabled.lists},
+              {IDC_SETTINGS_MAJOR, enabled.software},
+              {IDC_SETTINGS_MINOR, enabled.software},
+              {IDC_SETTINGS_FORMAT, enabled.sdb_format},
+              {IDC_SETTINGS_RADIX, enabled.radix},
+              {IDC_SETTINGS_IMAGE_TYPE, enabled.image_type},
+              {IDC_SETTINGS_IMAGE_LABEL, enabled.image_type},
+              {IDC_SETTINGS_COMPRESSED, enabled.compression},
+              {IDC_SETTINGS_COMPRESSION, enabled.compression_type},
+              {IDC_SETTINGS_LEVEL, enabled.compression_level},
+              {IDC_SETTINGS_PORT, enabled.serial},
+              {IDC_SETTINGS_BAUD, enabled.serial},
+              {IDC_SETTINGS_DATA_BITS, enabled.serial},
+              {IDC_SETTINGS_PARITY, enabled.serial},
+              {IDC_SETTINGS_STOP_BITS, enabled.serial}};
+  for (const auto& row : rows) form.Enable(row.id, row.enabled);
+}
+
+void Open(const Form& form, const SettingsDialog& dialog) {
+  form.SetText(IDC_SETTINGS_FILE, dialog.file);
+  ShowLists(form, dialog);
+  form.Limit(IDC_SETTINGS_MAJOR, 3);
+  form.Limit(IDC_SETTINGS_MINOR, 2);
+  form.SetText(IDC_SETTINGS_MAJOR, dialog.software_major);
+  form.SetText(IDC_SETTINGS_MINOR, dialog.software_minor);
+  form.Fill(IDC_SETTINGS_FORMAT, TextsOf(kSdbFormats), dialog.sdb_format);
+  form.Fill(IDC_SETTINGS_RADIX, TextsOf(kRadixes), dialog.radix);
+  form.Check(IDC_SETTINGS_COMPRESSED, dialog.compressed);
+  form.Fill(IDC_SETTINGS_COMPRESSION, TextsOf(kCompressionTypes), dialog.compression_type);
+  form.Fill(IDC_SETTINGS_LEVEL, TextsOf(kCompressionLevels), dialog.compression_level);
+  form.Fill(IDC_SETTINGS_PORT, TextsOf(kPortNames), -1);
+  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_LIMITTEXT, 5, 0);
+  form.SetText(IDC_SETTINGS_PORT, dialog.port_name);
+  form.Fill(IDC_SETTINGS_BAUD, TextsOf(kBaudRates), dialog.baud);
+  form.Fill(IDC_SETTINGS_DATA_BITS, TextsOf(kDataBits), dialog.data_bits);
+  form.Fill(IDC_SETTINGS_PARITY, TextsOf(kParities), dialog.parity);
+  form.Fill(IDC_SETTINGS_STOP_BITS, TextsOf(kStopBits), dialog.stop_bits);
+  ShowEnabling(form, dialog);
+}
+
+// What the controls hold, but for the lists of the configuration, which the model follows at once.
+void Take(const Form& form, SettingsDialog& dialog) {
+  dialog.file = form.Text(IDC_SETTINGS_FILE);
+  dialog.image_type = form.Choice(IDC_SETTINGS_IMAGE_TYPE);
+  dialog.software_major = form.Text(IDC_SETTINGS_MAJOR);
+  dialog.software_minor = form.Text(IDC_SETTINGS_MINOR);
+  dialog.sdb_format = form.Choice(IDC_SETTINGS_FORMAT);
+  dialog.radix = form.Choice(IDC_SETTINGS_RADIX);
+  dialog.compressed = form.Checked(IDC_SETTINGS_COMPRESSED);
+  dialog.compression_type = form.Choice(IDC_SETTINGS_COMPRESSION);
+  dialog.compression_level = form.Choice(IDC_SETTINGS_LEVEL);
+  dialog.port_name = form.Text(IDC_SETTINGS_PORT);
+  dialog.baud = form.Choice(IDC_SETTINGS_BAUD);
+  dialog.data_bits = form.Choice(IDC_SETTINGS_DATA_BITS);
+  dialog.parity = form.Choice(IDC_SETTINGS_PARITY);
+  dialog.stop_bits = form.Choice(IDC_SETTINGS_STOP_BITS);
+}
+
+void Browse(const Form& form, SettingsDialog& dialog) {
+  const auto file = AskOpenFile(form.window, {kOpenEcfTitle, {{kEcfFilterName, kEcfFilterPattern}}, "ecf"});
+  if (!file) return;
+  BrowseConfiguration(form.app.context, dialog, *file);
+  form.SetText(IDC_SETTINGS_FILE, dialog.file);
+  ShowLists(form, dialog);
+}
+
+void Command(const Form& form, SettingsDialog& dialog, int id, int code) {
+  const Context& context = form.app.context;
+  if (id == IDC_SETTINGS_FILE && code == EN_CHANGE) {
+    dialog.file = form.Text(id);
+    return;
+  }
+  if (code != CBN_SELCHANGE && code != BN_CLICKED) return;
+  switch (id) {
+    case IDC_SETTINGS_BROWSE:
+      Browse(form, dialog);
+      break;
+    case IDC_SETTINGS_MANUFACTURER:
+      ChooseManufacturer(context, dialog, form.Choice(id));
+      ShowLists(form, dialog);
+      break;
+    case IDC_SETTINGS_PRODUCT:
+      ChooseProduct(context, dialog, form.Choice(id));
+      ShowLists(form, dialog);
+      break;
+    case IDC_SETTINGS_CONFIGURATION:
+      ChooseConfiguration(context, dialog, form.Choice(id));
+      ShowLists(form, dialog);
+      break;
+    default:
+      Take(form, dialog);
+      break;
+  }
+  ShowEnabling(form, dialog);
+}
+
+void TakeEffect(Application& app, const SettingsOutcome& outcome) {
+  app.hexadecimal = outcome.hexadecimal_pids;
+  if (outcome.refill) {
+    for (EditorWindow* editor : AllEditors(app)) RefreshList(*editor);
+  }
+  if (outcome.status && app.show_port_status) app.show_port_status(*outcome.status);
+  RefreshFrame(app);
+}
+
+}  // namespace
+
+bool ShowSettings(Application& app, const SettingsRequest& request) {
+  auto dialog = OpenSettingsDialog(app.context, request, app.configuration_file, app.config, app.hexadecimal);
+  SettingsOutcome outcome;
+  if (dialog) {
+    FormActions actions;
+    actions.open = [&](Form& form) { Open(form, *dialog); };
+    actions.command = [&](Form& form, int id, int code) { Command(form, *dialog, id, code); };
+    actions.accept = [&](Form& form) {
+      Take(form, *dialog);
+      outcome = AcceptSettings(app.context, *dialog, app.configuration_file, app.config);
+      if (!outcome.close) form.Focus(IDC_SETTINGS_FILE);
+      return outcome.close;
+    };
+    if (RunForm(app, IDD_SETTINGS, actions)) TakeEffect(app, outcome);
+  }
+  StoreSettingsDialog(app.settings, dialog ? *dialog : SettingsDialog{}, app.configuration_file, app.config);
+  return outcome.loaded;
+}
+
+}  // namespace vexa

@@ -1,0 +1,47 @@
+#include "ui/test_mode.h"
+
+#include <iterator>
+
+#include "core/messages.h"
+#include "ui/menus.h"
+
+namespace vexa {
+
+namespace {
+
+std::string ItemText(HMENU menu, int place) {
+  wchar_t text[512] = L"";
+  GetMenuStringW(menu, static_cast<UINT>(place), text, std::size(text), MF_BYPOSITION);
+  std::string line = Utf8(text);
+  // A tab parts the columns of the description.
+  for (char& character : line) {
+    if (character == '\t') character = '|';
+  }
+  return line;
+}
+
+void DescribeMenu(Application& app, HMENU menu, int depth, std::string& text) {
+  PrepareMenu(app, menu);
+  for (int i = 0; i < GetMenuItemCount(menu); ++i) {
+    HMENU below = GetSubMenu(menu, i);
+    const UINT id = below ? 0 : GetMenuItemID(menu, i);
+    const UINT state = GetMenuState(menu, static_cast<UINT>(i), MF_BYPOSITION);
+    std::string marks;
+    if (!below && (state & (MF_GRAYED | MF_DISABLED))) marks += 'g';
+    if (!below && (state & MF_CHECKED)) marks += 'c';
+    text += Format("%d\t%u\t%s\t%s\n", depth, id, marks.c_str(), ItemText(menu, i).c_str());
+    if (below) DescribeMenu(app, below, depth + 1, text);
+  }
+}
+
+}  // namespace
+
+bool DescribeMenus(Application& app) {
+  std::string text;
+  DescribeMenu(app, GetMenu(app.frame), 0, text);
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  return WriteWholeFile(app.context.temporary_folder / "menus.txt", {bytes, text.size()}) ==
+         WriteResult::kDone;
+}
+
+}  // namespace vexa

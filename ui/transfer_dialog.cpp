@@ -1,0 +1,160 @@
+#include "ui/transfer_dialog.h"
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+
+#include "serial/relay.h"
+#include "ui/transfer_resource.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr UINT kWork = WM_APP + 1;  // the relay has work
+constexpr UINT_PTR kTimer = 1;
+constexpr UINT kRefresh = 200;  // ms between looks at bar and figures
+
+struct TransferWindow {
+  TransferWindow(Application& application, TransferOrder what) : app(application), order(std::move(what)) {}
+
+  Application& app;
+  TransferOrder order;
+  HWND dialog = nullptr;
+  // What the job's threads write.
+  std::atomic<HWND> target{nullptr};
+  std::atomic<uint64_t> bytes{0}, position{0}, range{0};
+  Relay relay{[this] {
+    if (HWND window = target) PostMessageW(window, kWork, 0, 0);
+  }};
+  TransferSession session;
+  // The dialog's own.
+  TransferMeter meter;
+  std::string figures;
+  uint64_t shown_range = 0;
+  int running = 0;  // calls of the relay's Run, which boxes nest
+  bool pressed = false, ended = false;
+};
+
+void Show(TransferWindow& window, int id, const std::string& text) {
+  window.relay.Post([&window, id, text] { SetText(GetDlgItem(window.dialog, id), text); });
+}
+
+void Connect(TransferWindow& window) {
+  TransferSession& session = window.session;
+  Transfer& transfer = session.transfer;
+  const Messages messages = RelayedMessages(window.relay, window.app.context.messages);
+  session.port.messages = messages;
+  session.port.tap = [&window](bool, std::span<const uint8_t> bytes) { window.bytes += bytes.size(); };
+  transfer.context = window.app.context;
+  transfer.context.messages = messages;
+  transfer.context.progress = {};
+  transfer.files = window.order.files;
+  transfer.region_files = window.order.region_files;
+  transfer.view.title = [&window](const std::string& text) {
+    window.relay.Post([&window, text] { SetText(window.dialog, text); });
+  };
+  transfer.view.status = [&window](const std::string& text) { Show(window, IDC_TRANSFER_STATUS, text); };
+  transfer.view.result = [&window](const std::string& text) { Show(window, IDC_TRANSFER_RESULT, text); };
+  transfer.view.button = [&window](const std::string& text) { Show(window, IDCANCEL, text); };
+  transfer.view.range = [&window](uint64_t total) { window.range = total; };
+  transfer.view.position = [&window](uint64_t position) { window.position = position; };
+  transfer.view.press_cancel = [&window] { window.relay.Post([&window] { window.pressed = true; }); };
+  if (window.order.decode) {
+    transfer.decode = [&window](bool crc_failed) {
+      return window.order.decode(window.session.transfer.context, crc_failed);
+    };
+  }
+}
+
+void ShowProgress(TransferWindow& window) {
+  const uint64_t range = window.range, position = window.position;
+  const auto bounded = [](uint64_t value) {
+    return static_cast<LPARAM>(std::min<uint64_t>(value, std::numeric_limits<int>::max()));
+  };
+  if (range != window.shown_range) {
+    window.shown_range = range;
+    SendDlgItemMessageW(window.dialog, IDC_TRANSFER_BAR, PBM_SETRANGE32, 0, bounded(range));
+  }
+  SendDlgItemMessageW(window.dialog, IDC_TRANSFER_BAR, PBM_SETPOS, static_cast<WPARAM>(bounded(position)), 0);
+  if (range == 0) return;
+  window.meter.Sample(static_cast<double>(GetTickCount64()) / 1000, window.bytes, position, range);
+  const std::string text = window.meter.Text(window.session.transfer.packets_repeated);
+  if (text == window.figures) return;
+  window.figures = text;
+  SetText(GetDlgItem(window.dialog, IDC_TRANSFER_FIGURES), text);
+}
+
+void EndTransfer(TransferWindow& window) {
+  if (window.ended) return;
+  window.ended = true;
+  if (window.dialog) {
+    KillTimer(window.dialog, kTimer);
+    EnableWindow(GetDlgItem(window.dialog, IDCANCEL), FALSE);
+    SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  }
+  window.relay.Close();
+  CancelTransfer(window.session);
+  window.target = nullptr;
+  if (window.dialog) EndDialog(window.dialog, IDCANCEL);
+}
+
+// A box of a job may be up, with this called from its message loop: the end waits for its answer.
+void DoWork(TransferWindow& window) {
+  ++window.running;
+  window.relay.Run();
+  --window.running;
+  if (window.pressed && window.running == 0) EndTransfer(window);
+}
+
+void OpenTransfer(TransferWindow& window, HWND dialog) {
+  window.dialog = dialog;
+  SetText(dialog, window.order.job == TransferJob::kDownload ? kDownloadTitle : kUploadTitle);
+  SetTimer(dialog, kTimer, kRefresh, nullptr);
+  // From now on the jobs' work is announced here; what came before waits in the relay.
+  window.target = dialog;
+  PostMessageW(dialog, kWork, 0, 0);
+}
+
+INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
+  if (message == WM_INITDIALOG) {
+    SetWindowLongPtrW(dialog, DWLP_USER, lparam);
+    OpenTransfer(*reinterpret_cast<TransferWindow*>(lparam), dialog);
+    return TRUE;
+  }
+  auto* window = reinterpret_cast<TransferWindow*>(GetWindowLongPtrW(dialog, DWLP_USER));
+  if (!window) return FALSE;
+  switch (message) {
+    case WM_COMMAND:
+      if (LOWORD(wparam) == IDCANCEL && window->running == 0) EndTransfer(*window);
+      return TRUE;
+    case WM_TIMER:
+      ShowProgress(*window);
+      return TRUE;
+    case kWork:
+      DoWork(*window);
+      return TRUE;
+    default:
+      return FALSE;
+  }
+}
+
+}  // namespace
+
+bool RunTransferDialog(Application& app, TransferOrder order) {
+  TransferWindow window(app, std::move(order));
+  Connect(window);
+  ++app.busy;
+  const bool started = StartTransfer(window.session, app.config, window.order.job);
+  if (started) {
+    DialogBoxParamW(app.instance, MAKEINTRESOURCEW(IDD_TRANSFER), OwnerWindow(app), TransferProcedure,
+                    reinterpret_cast<LPARAM>(&window));
+    EndTransfer(window);  // a dialog that could not be made, or was ended from elsewhere
+  }
+  --app.busy;
+  if (!started) return false;
+  return window.order.job == TransferJob::kDownload ? window.session.transfer.receive_outcome == 1
+                                                    : window.session.outcome == 1;
+}
+
+}  // namespace vexa

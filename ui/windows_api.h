@@ -1,0 +1,24 @@
+// The window system, and the few helpers every window needs: UTF-8 to its UTF-16 and back, sizes at its
+// resolution.
+#pragma once
+
+#include <windows.h>
+// After windows.h.
+#include <commctrl.h>
+#include <windowsx.h>
+
+#include <string>
+#include <string_view>
+
+namespace vexa {
+
+std::wstring Wide(std::string_view utf8);
+std::string Utf8(std::wstring_view wide);
+std::string WindowText(HWND window);
+void SetText(HWND window, const std::string& utf8);
+// A length given at 96 dots an inch, at the resolution of the window's screen.
+int Scaled(HWND window, int length);
+// "MS Sans Serif" at the window's resolution; the caller deletes it.
+HFONT MakeFont(HWND window);
+
+}  // namespace vexa
