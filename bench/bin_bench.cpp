@@ -1,0 +1,141 @@
+// Opening and saving the largest database (65,535 carriers and services) beside `cp` of its file, the packed
+// save beside bare zlib, and peak memory beside the file's size. Each figure is the best of several runs.
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#if !defined(_WIN32)
+#include <sys/resource.h>
+#endif
+
+#include "core/bin_file.h"
+#include "tests/support/random_database.h"
+
+namespace vexa {
+namespace {
+
+double BestMilliseconds(int runs, const std::function<void()>& work) {
+  double best = 1e9;
+  for (int i = 0; i < runs; ++i) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    const std::chrono::duration<double, std::milli> spent = std::chrono::steady_clock::now() - start;
+    best = std::min(best, spent.count());
+  }
+  return best;
+}
+
+void Require(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "%s failed\n", what);
+  std::exit(1);
+}
+
+void PrintRatio(const char* what, double milliseconds, double base, const char* beside) {
+  std::printf("%-34s %8.2f ms  %6.2f x %s (%.2f ms)\n", what, milliseconds, milliseconds / base, beside,
+              base);
+}
+
+void MakeLargest(const Context& context, const Path& path) {
+  std::mt19937 random(1);
+  RandomShape shape;
+  shape.lnbs = 16;
+  shape.satellites = 85;
+  shape.carriers = kMaximumCarriers;
+  shape.services = kMaximumServices;
+  shape.favourites = 1000;
+  Document document = NewDocument();
+  document.sdbs[0].database = MakeRandomDatabase(random, shape);
+  Require(SaveBin(context, document, path), "making the database");
+}
+
+// One open and save in a process of its own: the peak that a user's session reaches.
+void PrintMemory(const Context& context, const Path& path) {
+#if !defined(_WIN32)
+  Document document;
+  Require(OpenBin(context, path, document), "opening");
+  Require(SaveBin(context, document, path), "saving");
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  const double size = static_cast<double>(std::filesystem::file_size(path));
+  std::printf("%-34s %8.2f MB  %6.2f x the file (%.2f MB)\n", "peak memory of open and save",
+              static_cast<double>(usage.ru_maxrss) / 1024, static_cast<double>(usage.ru_maxrss) * 1024 / size,
+              size / 1024 / 1024);
+#else
+  (void)context, (void)path;
+#endif
+}
+
+void PrintTimes(const Context& context, const Path& path, const Path& copy) {
+  const std::string cp = "cp '" + path.string() + "' '" + copy.string() + "'";
+  const std::string cp_synced = cp + " && sync '" + copy.string() + "'";
+  const double copying = BestMilliseconds(15, [&] { Require(std::system(cp.c_str()) == 0, "cp"); });
+  const double synced =
+      BestMilliseconds(15, [&] { Require(std::system(cp_synced.c_str()) == 0, "cp and sync"); });
+  const double opening = BestMilliseconds(15, [&] {
+    Document document;
+    Require(OpenBin(context, path, document), "opening");
+  });
+  Document document;
+  Require(OpenBin(context, path, document), "opening");
+  const double building =
+      BestMilliseconds(15, [&] { Require(BuildBin(context, document, {}, {}).has_value(), "building"); });
+  const double saving = BestMilliseconds(15, [&] { Require(SaveBin(context, document, copy), "saving"); });
+  PrintRatio("open the largest database", opening, copying, "cp");
+  PrintRatio("lay its file out in memory", building, copying, "cp");
+  PrintRatio("save it, flushed to the disk", saving, copying, "cp");
+  PrintRatio("save it, flushed to the disk", saving, synced, "cp and sync");
+}
+
+void PrintCompression(const Context& context, const Path& path) {
+  Document document;
+  Require(OpenBin(context, path, document), "opening");
+  const Bytes plain = *BuildBin(context, document, {}, {});
+  const double bare = BestMilliseconds(3, [&] {
+    uLongf length = compressBound(static_cast<uLong>(plain.size()));
+    Bytes packed(length);
+    Require(compress2(packed.data(), &length, plain.data(), static_cast<uLong>(plain.size()), 6) == Z_OK,
+            "zlib");
+  });
+  document.compress_payload = true;
+  const double packed =
+      BestMilliseconds(3, [&] { Require(BuildBin(context, document, {}, {}).has_value(), "packing"); });
+  PrintRatio("compressed save", packed, bare, "zlib level 6");
+}
+
+int Run(int argc, char** argv) {
+  Context context;
+  context.messages.tell = [](Icon, const std::string& text, const std::string&) {
+    std::fprintf(stderr, "%s\n", text.c_str());
+  };
+  if (argc == 3 && std::strcmp(argv[1], "--memory") == 0) {
+    PrintMemory(context, argv[2]);
+    return 0;
+  }
+  const auto folder = CreateTemporaryFolder("vexa-bin-bench");
+  Require(folder.has_value(), "making a folder");
+  const Path path = *folder / "largest.bin";
+  MakeLargest(context, path);
+  PrintTimes(context, path, *folder / "copy.bin");
+  PrintCompression(context, path);
+  std::fflush(stdout);
+  const std::string memory = "\"" + std::string(argv[0]) + "\" --memory '" + path.string() + "'";
+  Require(std::system(memory.c_str()) == 0, "measuring memory");
+  RemoveFolder(*folder);
+  return 0;
+}
+
+}  // namespace
+}  // namespace vexa
+
+int main(int argc, char** argv) {
+  return vexa::Run(argc, argv);
+}

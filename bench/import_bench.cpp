@@ -1,0 +1,88 @@
+// Importing lists of 100,000 entries, from the file to the bytes of the database stream, beside copying the
+// file with `cp` and beside cutting the same columns out of it in one pass with `mawk`. Best of several runs
+// each.
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+
+#include "import/build_bin.h"
+#include "import/dvb2000.h"
+#include "import/lyngsat.h"
+#include "import/satcodx.h"
+#include "tools/list_generator.h"
+
+namespace {
+
+using namespace vexa;
+
+double Milliseconds(const std::function<void()>& work, int runs = 15) {
+  double best = 1e9;
+  for (int i = 0; i < runs; ++i) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
+    best = std::min(best, time.count());
+  }
+  return best;
+}
+
+void Command(const std::string& text) {
+  if (std::system(text.c_str()) != 0) std::fprintf(stderr, "failed: %s\n", text.c_str());
+}
+
+using Import = int (*)(const Context&, const Path&, const DefaultRecords&, WorkFiles&);
+
+double ImportTime(Import import, const Path& path, size_t& services) {
+  const Context context;
+  const DefaultRecords defaults;
+  return Milliseconds([&] {
+    WorkFiles work;
+    import(context, path, defaults, work);
+    const Bytes stream = BuildBinFromWorkFiles(work, defaults);
+    services = work.services.size();
+    if (stream.empty()) std::abort();
+  });
+}
+
+void Write(const Path& path, const std::string& list) {
+  WriteWholeFile(path, {reinterpret_cast<const uint8_t*>(list.data()), list.size()});
+}
+
+void Compare(const char* name, Import import, const Path& path, double empty_process) {
+  const std::string file = Utf8FromPath(path);
+  size_t services = 0;
+  const double own = ImportTime(import, path, services);
+  const double copy = Milliseconds([&] { Command("cp '" + file + "' '" + file + ".copy'"); });
+  const double bytes = static_cast<double>(std::filesystem::file_size(path));
+  std::printf(
+      "%-8s %6.2f MB %7zu services  import %6.2f ms  cp %6.2f ms (%.2f without its process)  ratio %.2f\n",
+      name, bytes / 1e6, services, own, copy, copy - empty_process, own / copy);
+  if (import != ImportSdxFile) return;
+  const std::string columns =
+      "mawk '{ print substr($0,11,18), substr($0,29,1), substr($0,34,6), substr($0,43,1), substr($0,44,8), "
+      "substr($0,52,4), substr($0,70,5), substr($0,75,1), substr($0,76,4), substr($0,80,4), substr($0,84,4), "
+      "substr($0,88,5), substr($0,112,4), substr($0,116,12) }' '";
+  const double cut = Milliseconds([&] { Command(columns + file + "' > /dev/null"); }, 5);
+  std::printf("%-8s mawk %6.2f ms  ratio %.3f\n", name, cut, own / cut);
+}
+
+}  // namespace
+
+int main() {
+  const auto folder = CreateTemporaryFolder("vexa-import-bench");
+  if (!folder) return 1;
+  ListSettings settings;
+  settings.records = 100000;
+  settings.line_ends = true;
+  settings.per_satellite = 1200;
+  Write(*folder / "list.sdx", MakeSatcodxList(settings));
+  Write(*folder / "list.dvb", MakeDvb2000List(settings));
+  Write(*folder / "list.dat", MakeLyngsatList(settings));
+  const double empty_process = Milliseconds([] { Command("true"); });
+  Compare("SatcoDX", ImportSdxFile, *folder / "list.sdx", empty_process);
+  Compare("DVB2000", ImportDvbFile, *folder / "list.dvb", empty_process);
+  Compare("Lyngsat", ImportLyngsatFile, *folder / "list.dat", empty_process);
+  RemoveFolder(*folder);
+}

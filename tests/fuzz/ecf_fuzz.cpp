@@ -1,0 +1,47 @@
+// The ECF reader: three bytes choose the indices, the rest is the file.
+#include <cstdlib>
+#include <filesystem>
+
+#include "config/ecf.h"
+
+namespace {
+
+// One folder a process, so that several can run at a time.
+const vexa::Path& File() {
+  static const vexa::Path path = [] {
+    std::string pattern = (std::filesystem::temp_directory_path() / "ecf-fuzz-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) std::abort();
+    return vexa::Path(pattern) / "f.ecf";
+  }();
+  return path;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  if (size < 3) return 0;
+  int messages = 0;
+  vexa::Context context;
+  context.messages.tell = [&](vexa::Icon, const std::string&, const std::string&) { ++messages; };
+  context.messages.ask = [](const std::string&, const std::string&, bool) { return false; };
+  if (vexa::WriteWholeFile(File(), {data + 3, size - 3}) != vexa::WriteResult::kDone) std::abort();
+  vexa::ProjectConfig config;
+  config.manufacturer_index = data[0] & 3;
+  config.product_index = data[1] & 3;
+  config.configuration_index = data[2] & 3;
+  // A load that fails says so once and leaves the configuration alone.
+  const bool loaded = vexa::InitConfig(context, File(), config);
+  if (messages != (loaded ? 0 : 1)) std::abort();
+  if (!loaded && !config.product_name.empty()) std::abort();
+  messages = 0;
+  const auto tree = vexa::ReadEcfTree(context, File());
+  if (messages != (tree ? 0 : 1)) std::abort();
+  // What a walk of everything finds, a load finds too.
+  if (tree && loaded && config.configuration_found &&
+      !vexa::FindConfiguration(*tree, config.manufacturer_index, config.product_index,
+                               config.configuration_index)) {
+    std::abort();
+  }
+  vexa::IsConfigurationAvailable(context, File(), data[1], {true, true, true});
+  return 0;
+}
