@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "core/bin_file.h"
 #include "core/row_order.h"
 #include "core/tree_path.h"
 #include "core/undo.h"
@@ -22,6 +23,7 @@ struct EditorWindow {
   std::string name;  // caption of a document without path
   bool changed = false;
   UndoHistory history;
+  BinVersion version{kVersionMajor, kVersionMinor, ""};  // of the next save
 
   HWND tree = nullptr, list = nullptr, information = nullptr, bar = nullptr, tips = nullptr;
   std::array<HWND, 5> labels{};

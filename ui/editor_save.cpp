@@ -10,7 +10,7 @@ namespace {
 
 bool SaveTo(EditorWindow& editor, const Path& path) {
   SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  if (!SaveBin(editor.app->context, editor.document, path, {kVersionMajor, kVersionMinor, ""})) return false;
+  if (!SaveBin(editor.app->context, editor.document, path, editor.version)) return false;
   // The user's work is saved whatever its size; the receiver's limit is told afterwards.
   CheckBinSize(editor.app->context, path);
   editor.path = path;
