@@ -94,14 +94,22 @@ void CheckLimits(const StaticDatabase& database, const std::string& place, Findi
     findings.Add(place, "Can't add service information. It exceeds the limit.");
 }
 
-void CheckGroup(const FavouriteGroup& group, const std::string& place, size_t index, Findings& findings) {
-  const std::string tv = Numbered(place, "TV group", index), radio = Numbered(place, "radio group", index);
-  const std::string_view tv_name = NameOf(group.record.tv_name), radio_name = NameOf(group.record.radio_name);
+void CheckTvGroup(const FavouriteGroup& group, const std::string& place, size_t index, Findings& findings) {
+  const Below level(findings, kTvGroupLevelPosition), below(findings, index);
+  const std::string tv = Numbered(place, "TV group", index);
+  const std::string_view tv_name = NameOf(group.record.tv_name);
   findings.Add(tv, GroupNameText(tv_name));
   if (group.tv.size() > kMaximumTvEntries)
     findings.Add(tv,
                  Format("This service cannot be added in %s group since it exceeds more than 2500 records",
                         Utf8FromLatin(tv_name).c_str()));
+}
+
+void CheckRadioGroup(const FavouriteGroup& group, const std::string& place, size_t index,
+                     Findings& findings) {
+  const Below level(findings, kRadioGroupLevelPosition), below(findings, index);
+  const std::string radio = Numbered(place, "radio group", index);
+  const std::string_view radio_name = NameOf(group.record.radio_name);
   findings.Add(radio, GroupNameText(radio_name));
   if (group.radio.size() > kMaximumRadioEntries)
     findings.Add(radio,
@@ -127,10 +135,9 @@ std::vector<Finding> FindFaults(const Document& document) {
         CheckSatellite(database, *database.satellites[i], Numbered(place, "satellite", i), findings);
       }
     }
-    const Below level(findings, kFavouriteLevelPosition);
     for (size_t i = 0; i < kFavouriteGroups; ++i) {
-      const Below below(findings, i);
-      CheckGroup(database.favourites[i], place, i, findings);
+      CheckTvGroup(database.favourites[i], place, i, findings);
+      CheckRadioGroup(database.favourites[i], place, i, findings);
     }
   }
   const Below boxes(findings, document.sdbs.size());

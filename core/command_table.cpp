@@ -85,14 +85,15 @@ constexpr CommandInfo kCommands[] = {
      "Show TV and radio services"},
     {kCmdViewCarriers, "&Carriers\tAlt+C", Alt('C'), kNeedsEditor | kNeedsSdb, "Show the carriers"},
     {kCmdViewServices, "Ser&vices\tAlt+V", Alt('V'), kNeedsEditor | kNeedsSdb, "Show the services"},
-    {kCmdEdit, "&Edit\tEnter", kNoKey, kNeedsEditor | kNeedsRecord, "Change the selected record"},
-    {kCmdAdd, "&Add\tF2", kNoKey, kNeedsEditor, "Add a record"},
-    {kCmdInsert, "&Insert\tIns", kNoKey, kNeedsEditor | kNeedsRecord, "Insert a record here"},
-    {kCmdDelete, "&Delete\tDel", kNoKey, kNeedsEditor | kNeedsRecord, "Delete the selected records"},
-    {kCmdMove, "&Move\tF3", kNoKey, kNeedsEditor | kNeedsRecord, "Move the selected records"},
-    {kCmdSwap, "S&wap", kNoKey, kNeedsEditor | kNeedsRecord, "Swap two records"},
-    {kCmdSelectAll, "A&ll", kNoKey, kNeedsEditor, "Select all records"},
-    {kCmdInvertSelection, "&Invert Selection", kNoKey, kNeedsEditor, "Select what is not selected"},
+    {kCmdEdit, "&Edit\tEnter", kNoKey, kNeedsEditor | kNeedsEditable, "Change the selected record"},
+    {kCmdAdd, "&Add\tF2", kNoKey, kNeedsEditor | kNeedsAddable, "Add a record"},
+    {kCmdInsert, "&Insert\tIns", kNoKey, kNeedsEditor | kNeedsInsertable, "Insert a record here"},
+    {kCmdDelete, "&Delete\tDel", kNoKey, kNeedsEditor | kNeedsDeletable, "Delete the selected records"},
+    {kCmdMove, "&Move\tF3", kNoKey, kNeedsEditor | kNeedsMovable, "Move the selected records"},
+    {kCmdSwap, "S&wap", kNoKey, kNeedsEditor | kNeedsMovable, "Swap two records"},
+    {kCmdSelectAll, "A&ll\tCtrl+A", kNoKey, kNeedsEditor | kNeedsRows, "Select all records"},
+    {kCmdInvertSelection, "&Invert Selection", kNoKey, kNeedsEditor | kNeedsRows,
+     "Select what is not selected"},
     {kCmdCompressSdb, "Com&press on Save", kNoKey, kNeedsEditor, "Compress this part when the file is saved"},
     {kCmdSaveSdb, "&Save as seperate bin", kNoKey, kNeedsEditor | kNeedsSdb,
      "Save this SDB as a file of its own"},
@@ -101,6 +102,9 @@ constexpr CommandInfo kCommands[] = {
      "Write this SDB as a text report"},
     {kCmdSaveSatellites, "&Save Selected Satellite(s)", kNoKey, kNeedsEditor | kNeedsSatellite,
      "Save the selected satellites as a file of their own"},
+    {kCmdSaveParts, "Save Par&ts", kNoKey, kNeedsEditor, "Save chosen SDBs and UBIs as another file"},
+    {kCmdVersion, "Database &Version", kNoKey, kNeedsEditor,
+     "Version and initials that the file is saved with"},
     {kCmdConsoleFind, "&Find\tCtrl+F", kNoKey, kNeedsConsole, "Find a text in the log"},
     {kCmdConsoleFindNext, "Find Ne&xt\tF3", kNoKey, kNeedsConsole, "Find the text again"},
     {kCmdConsoleHexadecimalView, "&Hexadecimal View", kNoKey, kNeedsConsole,
@@ -178,6 +182,8 @@ constexpr MenuRow kEditorRows[] = {
     Item(1, kCmdOpen),
     Item(1, kCmdSave),
     Item(1, kCmdSaveAs),
+    Item(1, kCmdSaveParts),
+    Item(1, kCmdVersion),
     Item(1, kCmdClose),
     Line(1),
     Popup(1, "I&mport"),
@@ -200,6 +206,17 @@ constexpr MenuRow kEditorRows[] = {
     Popup(0, "&Edit"),
     Item(1, kCmdUndo),
     Item(1, kCmdRedo),
+    Line(1),
+    Popup(1, "Rec&ord"),
+    Item(2, kCmdEdit),
+    Item(2, kCmdAdd),
+    Item(2, kCmdInsert),
+    Item(2, kCmdDelete),
+    Line(2),
+    Item(2, kCmdMove),
+    Item(2, kCmdSwap),
+    Item(1, kCmdSelectAll),
+    Item(1, kCmdInvertSelection),
     Line(1),
     Item(1, kCmdSort),
     Item(1, kCmdFind),
@@ -281,17 +298,78 @@ constexpr MenuRow kConsoleRows[] = {
     Item(1, kCmdAbout),
 };
 
-constexpr MenuRow kRecordRows[] = {Item(0, kCmdEdit),   Item(0, kCmdAdd), Item(0, kCmdInsert),
-                                   Item(0, kCmdDelete), Line(0),          Item(0, kCmdMove),
-                                   Item(0, kCmdSwap),   Line(0),          Item(0, kCmdInformation)};
+constexpr MenuRow Filled(uint8_t depth, MenuRowKind kind) {
+  return {depth, kind, nullptr, kNoCommand};
+}
+
+// The pop-ups of records: editing and moving, what else the kind allows, selecting.
+constexpr MenuRow kRecordRows[] = {Item(0, kCmdEdit),
+                                   Item(0, kCmdAdd),
+                                   Item(0, kCmdInsert),
+                                   Item(0, kCmdDelete),
+                                   Line(0),
+                                   Item(0, kCmdMove),
+                                   Item(0, kCmdSwap),
+                                   Line(0),
+                                   Popup(0, "Se&lect"),
+                                   Item(1, kCmdSelectAll),
+                                   Item(1, kCmdInvertSelection),
+                                   Line(0),
+                                   Item(0, kCmdInformation)};
+constexpr MenuRow kServiceRows[] = {Item(0, kCmdEdit),
+                                    Item(0, kCmdAdd),
+                                    Item(0, kCmdInsert),
+                                    Item(0, kCmdDelete),
+                                    Line(0),
+                                    Item(0, kCmdMove),
+                                    Item(0, kCmdSwap),
+                                    Line(0),
+                                    Popup(0, "Add to &Group"),
+                                    Filled(1, MenuRowKind::kFavouriteGroups),
+                                    Popup(0, "Se&lect"),
+                                    Item(1, kCmdSelectAll),
+                                    Item(1, kCmdInvertSelection),
+                                    Line(0),
+                                    Item(0, kCmdInformation)};
+constexpr MenuRow kCarrierLevelRows[] = {Item(0, kCmdEdit),
+                                         Item(0, kCmdAdd),
+                                         Item(0, kCmdInsert),
+                                         Item(0, kCmdDelete),
+                                         Line(0),
+                                         Item(0, kCmdMove),
+                                         Item(0, kCmdSwap),
+                                         Line(0),
+                                         Popup(0, "Mar&k As"),
+                                         Filled(1, MenuRowKind::kMarkFields),
+                                         Popup(0, "Se&lect"),
+                                         Filled(1, MenuRowKind::kSelectFields),
+                                         Line(1),
+                                         Item(1, kCmdSelectAll),
+                                         Item(1, kCmdInvertSelection),
+                                         Line(0),
+                                         Item(0, kCmdInformation)};
+constexpr MenuRow kSatelliteLevelRows[] = {Item(0, kCmdEdit),
+                                           Item(0, kCmdAdd),
+                                           Item(0, kCmdInsert),
+                                           Item(0, kCmdDelete),
+                                           Line(0),
+                                           Item(0, kCmdMove),
+                                           Item(0, kCmdSwap),
+                                           Line(0),
+                                           Popup(0, "Mar&k As"),
+                                           Filled(1, MenuRowKind::kMarkFields),
+                                           Popup(0, "Se&lect"),
+                                           Filled(1, MenuRowKind::kSelectFields),
+                                           Line(1),
+                                           Item(1, kCmdSelectAll),
+                                           Item(1, kCmdInvertSelection),
+                                           Line(0),
+                                           Item(0, kCmdSaveSatellites),
+                                           Line(0),
+                                           Item(0, kCmdInformation)};
 constexpr MenuRow kSdbRows[] = {
     Item(0, kCmdAdd),         Item(0, kCmdEdit),    Item(0, kCmdDelete),        Line(0),
     Item(0, kCmdCompressSdb), Item(0, kCmdSaveSdb), Item(0, kCmdUploadThisSdb), Item(0, kCmdExportSdb)};
-constexpr MenuRow kLevelRows[] = {Item(0, kCmdAdd), Item(0, kCmdSelectAll), Item(0, kCmdInvertSelection)};
-constexpr MenuRow kSatelliteLevelRows[] = {Item(0, kCmdAdd), Item(0, kCmdSelectAll),
-                                           Item(0, kCmdInvertSelection), Line(0),
-                                           Item(0, kCmdSaveSatellites)};
-
 constexpr ToolbarButton kToolbar[] = {
     {kCmdNew, 0, MenuName::kFrame},
     {kCmdOpen, 1, MenuName::kFrame},
@@ -324,7 +402,7 @@ constexpr NeedText kNeedTexts[] = {
     {kNeedsEditor, "Needs an open database."},
     {kNeedsConsole, "Needs the uploader console."},
     {kNeedsSdb, "Needs a selected SDB."},
-    {kNeedsRecord, "Needs a selected record."},
+    {kNeedsRows, "Needs a list of records."},
     {kNeedsSatellite, "Needs a selected satellite."},
     {kNeedsUndo, "There is nothing to undo."},
     {kNeedsRedo, "There is nothing to redo."},
@@ -334,6 +412,11 @@ constexpr NeedText kNeedTexts[] = {
     {kNeedsConnection, "Needs a connection to the receiver."},
     {kNeedsConsoleUpload, "No upload is running."},
     {kNeedsNoConsoleUpload, "An upload is running."},
+    {kNeedsEditable, "Needs a selected record."},
+    {kNeedsAddable, "Nothing can be added here."},
+    {kNeedsInsertable, "Needs a selected satellite, carrier or service."},
+    {kNeedsDeletable, "Needs a selected record."},
+    {kNeedsMovable, "Needs a selected satellite, carrier, service or favourite."},
 };
 
 }  // namespace
@@ -379,11 +462,14 @@ std::span<const MenuRow> MenuRows(MenuName menu) {
       return kRecordRows;
     case MenuName::kSdb:
       return kSdbRows;
+    case MenuName::kService:
+      return kServiceRows;
     case MenuName::kSatelliteLevel:
       return kSatelliteLevelRows;
-    case MenuName::kLnbLevel:
     case MenuName::kCarrierLevel:
-      return kLevelRows;
+      return kCarrierLevelRows;
+    case MenuName::kLnbLevel:
+      return kRecordRows;
   }
   return {};
 }

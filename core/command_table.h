@@ -83,6 +83,8 @@ enum CommandId : uint16_t {
   kCmdUploadThisSdb = 40232,
   kCmdExportSdb = 40233,
   kCmdSaveSatellites = 40234,
+  kCmdSaveParts = 40235,
+  kCmdVersion = 40236,
   kCmdConsoleFind = 40280,
   kCmdConsoleFindNext = 40281,
   kCmdConsoleHexadecimalView = 40282,
@@ -101,7 +103,7 @@ enum Need : uint32_t {
   kNeedsEditor = 1 << 0,            // a database window is active
   kNeedsConsole = 1 << 1,           // the uploader console is active
   kNeedsSdb = 1 << 2,               // an SDB, or one of its records, is selected
-  kNeedsRecord = 1 << 3,            // a record is selected
+  kNeedsRows = 1 << 3,              // the list shows records
   kNeedsSatellite = 1 << 4,         // a satellite is selected
   kNeedsUndo = 1 << 5,              // there is a change to take back
   kNeedsRedo = 1 << 6,              // there is a change to bring back
@@ -111,6 +113,12 @@ enum Need : uint32_t {
   kNeedsConnection = 1 << 10,       // the console's port is open
   kNeedsConsoleUpload = 1 << 11,    // the console uploads
   kNeedsNoConsoleUpload = 1 << 12,  // it does not
+  // What is selected is of a kind ...
+  kNeedsEditable = 1 << 13,    // that a dialog changes
+  kNeedsAddable = 1 << 14,     // to which another one can be added
+  kNeedsInsertable = 1 << 15,  // before which another one can be inserted
+  kNeedsDeletable = 1 << 16,
+  kNeedsMovable = 1 << 17,
 };
 
 enum KeyModifier : uint8_t { kCtrl = 1, kAlt = 2, kShift = 4 };
@@ -143,7 +151,16 @@ bool CommandEnabled(const CommandInfo& command, uint32_t present);
 std::string MissingNeeds(const CommandInfo& command, uint32_t present);
 
 // Menus as rows; `depth` 0 are the titles of the bar (of a pop-up menu: its only top level).
-enum class MenuRowKind : uint8_t { kPopup, kCommand, kSeparator, kRecentFiles };
+enum class MenuRowKind : uint8_t {
+  kPopup,
+  kCommand,
+  kSeparator,
+  // What the window puts there:
+  kRecentFiles,      // a pop-up of the files
+  kMarkFields,       // for each field of the records a pop-up of its values
+  kSelectFields,     // the same, to select by
+  kFavouriteGroups,  // the favourite groups of the SDB
+};
 struct MenuRow {
   uint8_t depth;
   MenuRowKind kind;
@@ -160,12 +177,17 @@ enum class MenuName : uint8_t {
   kUpload,
   kUrt,
   kRecord,  // pop-ups of the editor window
+  kService,
   kSdb,
   kLnbLevel,
   kSatelliteLevel,
   kCarrierLevel,
 };
 std::span<const MenuRow> MenuRows(MenuName menu);
+
+// Commands of the rows that the window fills, by place; they stand in no table.
+inline constexpr uint32_t kFirstMarkCommand = 41000, kFirstSelectCommand = 41200, kFirstGroupCommand = 41400,
+                          kEndOfRowCommands = 41500;
 
 struct ToolbarButton {
   CommandId command;   // kNoCommand: a gap

@@ -85,7 +85,8 @@ bool NodeTakes(NodeKind kind, NodeAction action) {
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
       return action != NodeAction::kInsert;
-    case NodeKind::kFavouriteGroup:
+    case NodeKind::kTvGroup:
+    case NodeKind::kRadioGroup:
       return action == NodeAction::kEdit || action == NodeAction::kAdd;
     case NodeKind::kLnbLevel:
     case NodeKind::kSatelliteLevel:
@@ -116,13 +117,18 @@ TreePath PathOfNode(const Document& document, const NodeRef& node) {
       return {node.sdb, kLnbLevelPosition, node.index};
     case NodeKind::kSatelliteLevel:
       return {node.sdb, kSatelliteLevelPosition};
-    case NodeKind::kFavouriteLevel:
-      return {node.sdb, kFavouriteLevelPosition};
-    case NodeKind::kFavouriteGroup:
-      return {node.sdb, kFavouriteLevelPosition, node.index};
+    case NodeKind::kTvGroupLevel:
+      return {node.sdb, kTvGroupLevelPosition};
+    case NodeKind::kRadioGroupLevel:
+      return {node.sdb, kRadioGroupLevelPosition};
+    case NodeKind::kTvGroup:
+      return {node.sdb, kTvGroupLevelPosition, node.index};
+    case NodeKind::kRadioGroup:
+      return {node.sdb, kRadioGroupLevelPosition, node.index};
     case NodeKind::kFavouriteTvEntry:
+      return {node.sdb, kTvGroupLevelPosition, node.group};
     case NodeKind::kFavouriteRadioEntry:
-      return {node.sdb, kFavouriteLevelPosition, node.group};
+      return {node.sdb, kRadioGroupLevelPosition, node.group};
     case NodeKind::kSdb:
       return {node.sdb};
     default:
@@ -348,7 +354,7 @@ const std::vector<FieldChoice>& FieldChoices() {
     // Access keys: 1 to 9, then A to G.
     for (uint32_t i = 0; i < kMaximumLnbs; ++i) {
       const int number = static_cast<int>(i) + 1;
-      satellite("&LNB Index",
+      satellite("LNB Inde&x",
                 i < 9 ? Format("LNB&%d", number)
                       : Format("&%c  LNB%d", static_cast<char>('A' + static_cast<int>(i) - 9), number),
                 SatelliteField::kLnbIndex, i);

@@ -12,7 +12,8 @@ namespace vexa {
 
 // Position among its siblings of each node on the way, from the root: {0, 1, 4} is the fifth satellite of the
 // first SDB. Positions of the levels of an SDB:
-inline constexpr uint32_t kLnbLevelPosition = 0, kSatelliteLevelPosition = 1, kFavouriteLevelPosition = 2;
+inline constexpr uint32_t kLnbLevelPosition = 0, kSatelliteLevelPosition = 1, kTvGroupLevelPosition = 2,
+                          kRadioGroupLevelPosition = 3;
 using TreePath = std::vector<uint32_t>;
 
 // The nodes along the path, as far as they exist.

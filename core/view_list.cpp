@@ -85,12 +85,9 @@ Columns ServiceColumns(bool hexadecimal) {
           {"Scrambled", 72, false}};
 }
 
-Columns FavouriteColumns() {
-  return {{"No.", 44, true},
-          {"TV List", 150, false},
-          {"TV Services", 84, true},
-          {"Radio List", 150, false},
-          {"Radio Services", 96, true}};
+Columns FavouriteColumns(bool radio) {
+  if (radio) return {{"No.", 44, true}, {"Radio List", 150, false}, {"Radio Services", 100, true}};
+  return {{"No.", 44, true}, {"TV List", 150, false}, {"TV Services", 100, true}};
 }
 
 Columns UbiColumns() {
@@ -192,8 +189,8 @@ ListModel FavouriteEntries(const Document& document, const NodeRef& node, bool h
   list.title = NodeLabel(document, node);
   list.columns = ServiceColumns(hexadecimal);
   const FavouriteGroup& group = document.sdbs[node.sdb].database->favourites[node.index];
-  AddEntries(list, node, group.tv, NodeKind::kFavouriteTvEntry);
-  AddEntries(list, node, group.radio, NodeKind::kFavouriteRadioEntry);
+  if (node.kind == NodeKind::kTvGroup) AddEntries(list, node, group.tv, NodeKind::kFavouriteTvEntry);
+  if (node.kind == NodeKind::kRadioGroup) AddEntries(list, node, group.radio, NodeKind::kFavouriteRadioEntry);
   return list;
 }
 
@@ -209,8 +206,9 @@ Columns ColumnsBelow(NodeKind kind, bool hexadecimal) {
       return CarrierColumns();
     case NodeKind::kCarrier:
       return ServiceColumns(hexadecimal);
-    case NodeKind::kFavouriteLevel:
-      return FavouriteColumns();
+    case NodeKind::kTvGroupLevel:
+    case NodeKind::kRadioGroupLevel:
+      return FavouriteColumns(kind == NodeKind::kRadioGroupLevel);
     case NodeKind::kUbiLevel:
       return UbiColumns();
     default:
@@ -225,7 +223,8 @@ ListModel ListBelow(const Document& document, const NodeRef& node, ListView view
   if (node.kind == NodeKind::kService || node.kind == NodeKind::kUbi)
     return DetailsOf(document, node, hexadecimal);
   if (node.kind != NodeKind::kUbiLevel && node.sdb >= document.sdbs.size()) return {};
-  if (node.kind == NodeKind::kFavouriteGroup) return FavouriteEntries(document, node, hexadecimal);
+  if (node.kind == NodeKind::kTvGroup || node.kind == NodeKind::kRadioGroup)
+    return FavouriteEntries(document, node, hexadecimal);
   if (view != ListView::kBelow && HasViews(node.kind)) return ListOfView(document, node, view, hexadecimal);
   ListModel list;
   list.title = NodeLabel(document, node);
@@ -323,21 +322,13 @@ std::string ServiceCell(const Service& service, size_t column, bool hexadecimal)
     case 7:
       return PidText(record.pcr_pid, hexadecimal);
     default:
-      return YesNo(!record.free);
+      return record.free ? "---" : "Yes";
   }
 }
 
-std::string FavouriteCell(const FavouriteGroup& group, size_t column) {
-  switch (column) {
-    case 1:
-      return NameText(group.record.tv_name);
-    case 2:
-      return Number(static_cast<uint32_t>(group.tv.size()));
-    case 3:
-      return NameText(group.record.radio_name);
-    default:
-      return Number(static_cast<uint32_t>(group.radio.size()));
-  }
+std::string FavouriteCell(const FavouriteGroup& group, bool radio, size_t column) {
+  if (column == 1) return NameText(radio ? group.record.radio_name : group.record.tv_name);
+  return Number(static_cast<uint32_t>(radio ? group.radio.size() : group.tv.size()));
 }
 
 std::string UbiCell(const OpenUbi& ubi, size_t column) {
@@ -372,8 +363,10 @@ std::string CellText(const Document& document, const ListModel& list, size_t row
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
       return ServiceCell(*node.service, column, hexadecimal);
-    case NodeKind::kFavouriteGroup:
-      return FavouriteCell(document.sdbs[node.sdb].database->favourites[node.index], column);
+    case NodeKind::kTvGroup:
+    case NodeKind::kRadioGroup:
+      return FavouriteCell(document.sdbs[node.sdb].database->favourites[node.index],
+                           node.kind == NodeKind::kRadioGroup, column);
     case NodeKind::kUbi:
       return UbiCell(document.ubis[node.index], column);
     default:
@@ -479,7 +472,8 @@ ColumnSet ColumnSetOf(const ListModel& list) {
   static constexpr Row kSets[] = {
       {"LNB freq 1", ColumnSet::kLnbs},       {"Satellite Name", ColumnSet::kSatellites},
       {"Carrier Name", ColumnSet::kCarriers}, {"Service Name", ColumnSet::kServices},
-      {"TV List", ColumnSet::kFavourites},    {"UBI Name", ColumnSet::kUbis}};
+      {"TV List", ColumnSet::kFavourites},    {"Radio List", ColumnSet::kFavourites},
+      {"UBI Name", ColumnSet::kUbis}};
   for (const Row& row : kSets) {
     if (list.columns[1].title == row.title) return row.set;
   }

@@ -126,13 +126,15 @@ std::vector<NodeRef> ChildNodes(const Document& document, const NodeRef& node) {
   switch (node.kind) {
     case NodeKind::kSdb:
       return {Node(NodeKind::kLnbLevel, node.sdb), Node(NodeKind::kSatelliteLevel, node.sdb),
-              Node(NodeKind::kFavouriteLevel, node.sdb)};
+              Node(NodeKind::kTvGroupLevel, node.sdb), Node(NodeKind::kRadioGroupLevel, node.sdb)};
     case NodeKind::kLnbLevel:
       return Numbered(NodeKind::kLnb, node.sdb, database->lnb_count);
     case NodeKind::kSatelliteLevel:
       return SatelliteNodes(*database, node.sdb);
-    case NodeKind::kFavouriteLevel:
-      return Numbered(NodeKind::kFavouriteGroup, node.sdb, kFavouriteGroups);
+    case NodeKind::kTvGroupLevel:
+      return Numbered(NodeKind::kTvGroup, node.sdb, kFavouriteGroups);
+    case NodeKind::kRadioGroupLevel:
+      return Numbered(NodeKind::kRadioGroup, node.sdb, kFavouriteGroups);
     case NodeKind::kSatellite:
       return CarrierNodes(*node.satellite, node.sdb);
     case NodeKind::kCarrier:
@@ -148,7 +150,8 @@ bool HasChildNodes(const Document& document, const NodeRef& node) {
     case NodeKind::kUbiLevel:
       return !document.ubis.empty();
     case NodeKind::kSdb:
-    case NodeKind::kFavouriteLevel:
+    case NodeKind::kTvGroupLevel:
+    case NodeKind::kRadioGroupLevel:
       return true;
     case NodeKind::kLnbLevel:
       return database && database->lnb_count != 0;
@@ -173,8 +176,10 @@ std::string NodeLabel(const Document& document, const NodeRef& node) {
       return "LNBs";
     case NodeKind::kSatelliteLevel:
       return "Satellites";
-    case NodeKind::kFavouriteLevel:
-      return "Favourites";
+    case NodeKind::kTvGroupLevel:
+      return "TV Groups";
+    case NodeKind::kRadioGroupLevel:
+      return "Radio Groups";
     case NodeKind::kLnb:
       return Format("[ %d ] LNB", number);
     case NodeKind::kSatellite:
@@ -185,10 +190,13 @@ std::string NodeLabel(const Document& document, const NodeRef& node) {
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
       return Format("[ %d ] %s", number, NameText(node.service->record.name).c_str());
-    case NodeKind::kFavouriteGroup:
-      return database ? Format("[ %d ] %s", number,
-                               NameText(database->favourites[node.index].record.tv_name).c_str())
-                      : "";
+    case NodeKind::kTvGroup:
+    case NodeKind::kRadioGroup: {
+      if (!database) return "";
+      const FavouriteRecord& record = database->favourites[node.index].record;
+      const std::string name = NameText(node.kind == NodeKind::kTvGroup ? record.tv_name : record.radio_name);
+      return Format("[ %d ] %s", number, name.c_str());
+    }
     case NodeKind::kUbiLevel:
       return "Box Infos";
     case NodeKind::kUbi:
@@ -217,11 +225,12 @@ ColourRole NodeColour(const Document& document, const NodeRef& node) {
       return node.carrier->services.empty() ? ColourRole::kInactiveCarrier : ColourRole::kActiveCarrier;
     case NodeKind::kService:
       return node.service->record.type == kTv ? ColourRole::kTvService : ColourRole::kRadioService;
-    case NodeKind::kFavouriteGroup: {
+    case NodeKind::kTvGroup:
+    case NodeKind::kRadioGroup: {
       if (!database) return ColourRole::kPlain;
       const FavouriteGroup& group = database->favourites[node.index];
-      return group.tv.empty() && group.radio.empty() ? ColourRole::kInactiveFavourite
-                                                     : ColourRole::kActiveFavourite;
+      const bool empty = node.kind == NodeKind::kTvGroup ? group.tv.empty() : group.radio.empty();
+      return empty ? ColourRole::kInactiveFavourite : ColourRole::kActiveFavourite;
     }
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
@@ -245,7 +254,8 @@ NodeIcon IconOf(const NodeRef& node) {
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
       return node.service->record.type == kTv ? NodeIcon::kTv : NodeIcon::kRadio;
-    case NodeKind::kFavouriteGroup:
+    case NodeKind::kTvGroup:
+    case NodeKind::kRadioGroup:
       return NodeIcon::kFavourite;
     case NodeKind::kUbi:
       return NodeIcon::kUbi;

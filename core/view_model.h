@@ -4,7 +4,8 @@
 //
 //   SDB ---+-- LNBs ---------- [ n ] LNB
 //          +-- Satellites ---- [ n ] satellite ---- [ n ] carrier ---- [ n ] service
-//          +-- Favourites ---- [ n ] group
+//          +-- TV Groups ----- [ n ] favourite group, by the name of its TV list
+//          +-- Radio Groups -- [ n ] favourite group, by the name of its radio list
 //   Box Infos --- UBI
 //
 // All texts are UTF-8. Numbers shown are one-based. A NodeRef is good until the document is changed.
@@ -25,12 +26,14 @@ enum class NodeKind : uint8_t {
   kSdb,
   kLnbLevel,
   kSatelliteLevel,
-  kFavouriteLevel,
+  kTvGroupLevel,
+  kRadioGroupLevel,
   kLnb,
   kSatellite,
   kCarrier,
   kService,
-  kFavouriteGroup,
+  kTvGroup,
+  kRadioGroup,
   kFavouriteTvEntry,  // list rows only
   kFavouriteRadioEntry,
   kUbiLevel,

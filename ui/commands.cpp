@@ -212,7 +212,7 @@ constexpr CommandRow kFunctions[] = {
 
 using CommandGroup = std::span<const CommandRow> (*)();
 
-constexpr CommandGroup kGroups[] = {FileCommands,     MergeCommands,   OptionCommands,
+constexpr CommandGroup kGroups[] = {FileCommands,     RecordCommands,  MergeCommands, OptionCommands,
                                     TransferCommands, ConsoleCommands, ImageCommands};
 
 CommandFunction FunctionOf(UINT id) {
@@ -227,20 +227,6 @@ CommandFunction FunctionOf(UINT id) {
 bool ConsoleIsActive(const Application& app) {
   return app.console &&
          reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDIGETACTIVE, 0, 0)) == app.console;
-}
-
-bool IsRecord(NodeKind kind) {
-  switch (kind) {
-    case NodeKind::kNone:
-    case NodeKind::kSdb:
-    case NodeKind::kLnbLevel:
-    case NodeKind::kSatelliteLevel:
-    case NodeKind::kFavouriteLevel:
-    case NodeKind::kUbiLevel:
-      return false;
-    default:
-      return true;
-  }
 }
 
 }  // namespace
@@ -260,12 +246,10 @@ uint32_t PresentNeeds(Application& app) {
   present |= kNeedsEditor;
   if (CanUndo(editor->history)) present |= kNeedsUndo;
   if (CanRedo(editor->history)) present |= kNeedsRedo;
-  const NodeRef node = CommandNode(*editor);
-  const bool among_boxes = node.kind == NodeKind::kUbi || node.kind == NodeKind::kUbiLevel;
+  const NodeKind kind = editor->selected.kind;
+  const bool among_boxes = kind == NodeKind::kUbi || kind == NodeKind::kUbiLevel;
   if (!among_boxes && SelectedSdb(*editor)) present |= kNeedsSdb;
-  if (IsRecord(node.kind)) present |= kNeedsRecord;
-  if (node.kind == NodeKind::kSatellite) present |= kNeedsSatellite;
-  return present;
+  return present | RecordNeeds(*editor);
 }
 
 bool CanRun(Application& app, UINT id) {
@@ -274,6 +258,7 @@ bool CanRun(Application& app, UINT id) {
 }
 
 bool RunCommand(Application& app, UINT id) {
+  if (RunRowCommand(app, id)) return true;
   if (!FindCommand(id)) return false;
   // Keys for two windows: the log of the console, or the database.
   if (id == kCmdSave && ConsoleIsActive(app)) id = kCmdConsoleSaveLog;

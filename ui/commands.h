@@ -16,6 +16,7 @@ struct CommandRow {
 };
 
 std::span<const CommandRow> FileCommands();      // commands.cpp: files, views, windows
+std::span<const CommandRow> RecordCommands();    // record_commands.cpp
 std::span<const CommandRow> OptionCommands();    // options.cpp
 std::span<const CommandRow> MergeCommands();     // merger_dialog.cpp
 std::span<const CommandRow> TransferCommands();  // transfer_commands.cpp
@@ -28,6 +29,8 @@ bool CanRun(Application& app, UINT id);
 bool IsChecked(Application& app, UINT id);
 // The item's text where it follows the state ("&Undo"); empty: the table's.
 std::string ChangedText(Application& app, UINT id);
+// Runs a command of the rows that a pop-up menu fills by itself; false when `id` is none.
+bool RunRowCommand(Application& app, UINT id);
 // What is there, as `Need` bits.
 uint32_t PresentNeeds(Application& app);
 // Help for the status line: what it does, or what it lacks.

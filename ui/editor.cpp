@@ -171,7 +171,12 @@ bool SetSplitterCursor(const EditorWindow& editor) {
   return true;
 }
 
-MenuName PopupFor(NodeKind kind) {
+// The menus of a level hold what can be done with its list.
+MenuName PopupFor(const EditorWindow& editor, HWND source) {
+  NodeKind kind = editor.selected.kind;
+  if (source == editor.list && editor.details) kind = editor.shown_record.kind;
+  if (source == editor.list && !editor.rows.rows.empty()) kind = editor.rows.rows[0].kind;
+  const bool in_list = source == editor.list && !editor.details;
   switch (kind) {
     case NodeKind::kSdb:
     case NodeKind::kUbiLevel:
@@ -180,9 +185,34 @@ MenuName PopupFor(NodeKind kind) {
       return MenuName::kLnbLevel;
     case NodeKind::kSatelliteLevel:
       return MenuName::kSatelliteLevel;
+    case NodeKind::kSatellite:
+      return in_list ? MenuName::kSatelliteLevel : MenuName::kRecord;
+    case NodeKind::kCarrier:
+      return in_list ? MenuName::kCarrierLevel : MenuName::kRecord;
+    case NodeKind::kService:
+      return MenuName::kService;
     default:
       return MenuName::kRecord;
   }
+}
+
+// Where the menu key puts the menu: at what is selected.
+POINT SelectionPlace(const EditorWindow& editor, HWND source) {
+  RECT place{};
+  bool found = false;
+  if (source == editor.tree) {
+    HTREEITEM item = TreeView_GetSelection(editor.tree);
+    found = item && TreeView_GetItemRect(editor.tree, item, &place, TRUE);
+  } else if (source == editor.list) {
+    const int row = ListView_GetNextItem(editor.list, -1, LVNI_SELECTED);
+    found = row >= 0 && ListView_GetItemRect(editor.list, row, &place, LVIR_LABEL);
+  }
+  RECT area{};
+  GetClientRect(source, &area);
+  POINT at = {area.left + Scaled(source, 20), area.top + Scaled(source, 30)};
+  if (found && place.bottom > area.top && place.bottom <= area.bottom) at = {place.left, place.bottom};
+  ClientToScreen(source, &at);
+  return at;
 }
 
 // A right click selects what it hits, then shows the menu of its kind at the cursor.
@@ -194,14 +224,11 @@ void ShowPopup(EditorWindow& editor, HWND source, LPARAM lparam) {
     ScreenToClient(editor.tree, &hit.pt);
     if (auto item = TreeView_HitTest(editor.tree, &hit)) TreeView_SelectItem(editor.tree, item);
   }
-  if (lparam == -1) {
-    RECT place{};
-    GetWindowRect(source, &place);
-    at = {place.left + 20, place.top + 20};
-  }
-  const NodeRef node = CommandNode(editor);
-  if (node.kind == NodeKind::kNone) return;
-  HMENU menu = MakePopup(*editor.app, PopupFor(node.kind));
+  if (source != editor.tree && source != editor.list) return;
+  if (GetFocus() != source) SetFocus(source);
+  if (lparam == -1) at = SelectionPlace(editor, source);
+  if (CommandNode(editor).kind == NodeKind::kNone || editor.app->busy != 0) return;
+  HMENU menu = MakePopup(*editor.app, PopupFor(editor, source));
   TrackPopupMenu(menu, TPM_LEFTALIGN | TPM_RIGHTBUTTON, at.x, at.y, 0, editor.app->frame, nullptr);
   DestroyMenu(menu);
 }
@@ -270,7 +297,10 @@ LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARA
     case WM_LBUTTONDOWN:
     case WM_LBUTTONUP:
     case WM_MOUSEMOVE:
-      TrackSplitter(*editor, message, lparam);
+    case WM_TIMER:
+    case WM_RBUTTONDOWN:
+    case WM_CAPTURECHANGED:
+      if (!DragMessage(*editor, message, wparam, lparam)) TrackSplitter(*editor, message, lparam);
       return 0;
     case WM_MDIACTIVATE:
       Activate(*editor, reinterpret_cast<HWND>(lparam));
@@ -293,6 +323,23 @@ LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARA
 }
 
 }  // namespace
+
+bool TranslateEditorKey(EditorWindow& editor, const MSG& message) {
+  if (message.message != WM_KEYDOWN || !IsChild(editor.window, message.hwnd)) return false;
+  if (message.wParam == VK_ESCAPE && editor.drag.active) {
+    CancelDrag(editor);
+    return true;
+  }
+  if (message.wParam == VK_TAB && GetKeyState(VK_CONTROL) >= 0) {
+    SendMessageW(editor.window, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
+    if (HWND next = GetNextDlgTabItem(editor.window, message.hwnd, GetKeyState(VK_SHIFT) < 0)) SetFocus(next);
+    return true;
+  }
+  const bool button = message.hwnd != editor.tree && message.hwnd != editor.list;
+  if (message.wParam != VK_RETURN || !button) return false;
+  SendMessageW(message.hwnd, BM_CLICK, 0, 0);
+  return true;
+}
 
 bool RegisterEditorClass(Application& app) {
   WNDCLASSEXW editor{};

@@ -15,6 +15,16 @@
 
 namespace vexa {
 
+// Records on their way to another place.
+struct DragState {
+  bool active = false;
+  std::vector<NodeRef> rows;
+  HIMAGELIST image = nullptr;
+  POINT at{};                       // in the window
+  HTREEITEM target_item = nullptr;  // under the cursor, or
+  int target_row = -1;
+};
+
 struct EditorWindow {
   Application* app = nullptr;
   HWND window = nullptr;
@@ -41,7 +51,8 @@ struct EditorWindow {
   bool details = false;  // the list shows the details of `shown_record`
   NodeRef shown_record;
   ListModel rows;
-  RowOrder order;     // of the list's rows; the records keep theirs
+  RowOrder order;  // of the list's rows; the records keep theirs
+  DragState drag;
   std::wstring cell;  // text handed to the list control
 };
 
@@ -65,6 +76,10 @@ bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus);
 // The record that a command acts on: the list's when the list has a selected row and the focus, else the
 // tree's.
 NodeRef CommandNode(const EditorWindow& editor);
+// All of them: the list's selected rows, else the tree's node.
+std::vector<NodeRef> CommandRows(const EditorWindow& editor);
+// What can be done with them, as `Need` bits.
+uint32_t RecordNeeds(const EditorWindow& editor);
 // The SDB of the selection, the first one without; nullptr when there is none.
 const OpenSdb* SelectedSdb(const EditorWindow& editor);
 
@@ -72,6 +87,9 @@ const OpenSdb* SelectedSdb(const EditorWindow& editor);
 bool MayClose(EditorWindow& editor);
 bool SaveEditor(EditorWindow& editor);
 bool SaveEditorAs(EditorWindow& editor);
+
+// Keys that no control of the window takes: the way from control to control, a drag's end. True when taken.
+bool TranslateEditorKey(EditorWindow& editor, const MSG& message);
 
 bool RegisterEditorClass(Application& app);
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "ui/editor_parts.h"
+#include "ui/frame.h"
 
 namespace vexa {
 
@@ -23,7 +24,35 @@ HTREEITEM ItemAlong(const EditorWindow& editor, const TreePath& place) {
   return item;
 }
 
-bool SelectRow(EditorWindow& editor, const NodeRef& node) {
+}  // namespace
+
+std::vector<size_t> SelectedRows(const EditorWindow& editor) {
+  std::vector<size_t> rows;
+  for (int row = -1; (row = ListView_GetNextItem(editor.list, row, LVNI_SELECTED)) >= 0;)
+    rows.push_back(static_cast<size_t>(row));
+  return rows;
+}
+
+void SelectListRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen) {
+  const size_t count = editor.rows.size();
+  size_t selected = 0;
+  for (size_t row = 0; row < count; ++row) selected += chosen(row);
+  editor.settled = false;  // one look at the result is enough
+  SendMessageW(editor.list, WM_SETREDRAW, FALSE, 0);
+  // All rows at once, and then the smaller part one by one.
+  const bool most = selected > count / 2;
+  ListView_SetItemState(editor.list, -1, most ? LVIS_SELECTED : 0, LVIS_SELECTED);
+  for (size_t row = 0; row < count; ++row) {
+    if (chosen(row) != most)
+      ListView_SetItemState(editor.list, static_cast<int>(row), most ? 0 : LVIS_SELECTED, LVIS_SELECTED);
+  }
+  SendMessageW(editor.list, WM_SETREDRAW, TRUE, 0);
+  editor.settled = true;
+  if (selected != 0) SetFocus(editor.list);
+  RefreshFrame(*editor.app);
+}
+
+bool SelectListRow(EditorWindow& editor, const NodeRef& node) {
   const auto& rows = editor.rows.rows;
   const auto found = std::find(rows.begin(), rows.end(), node);
   if (found == rows.end()) return false;
@@ -33,8 +62,6 @@ bool SelectRow(EditorWindow& editor, const NodeRef& node) {
   ListView_EnsureVisible(editor.list, row, FALSE);
   return true;
 }
-
-}  // namespace
 
 void FillColumns(EditorWindow& editor) {
   HWND header = ListView_GetHeader(editor.list);
@@ -89,7 +116,7 @@ bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus) {
   TreeView_EnsureVisible(editor.tree, item);
   // It may have been selected before, with another view or in another order.
   if (editor.view != ListView::kBelow || editor.details) ShowView(editor, ListView::kBelow);
-  const bool selected = place.size() > 1 && SelectRow(editor, nodes.back());
+  const bool selected = place.size() > 1 && SelectListRow(editor, nodes.back());
   if (focus) SetFocus(selected ? editor.list : editor.tree);
   return true;
 }

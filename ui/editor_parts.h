@@ -1,6 +1,8 @@
 // Between the parts of the database window: what its tree and list report.
 #pragma once
 
+#include <functional>
+
 #include "ui/editor.h"
 
 namespace vexa {
@@ -10,6 +12,20 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam);
 void FillColumns(EditorWindow& editor);
 void KeepColumnWidths(EditorWindow& editor);
 void ShowRowOrder(EditorWindow& editor);  // the arrow in a title
+// Places of the selected rows, ascending.
+std::vector<size_t> SelectedRows(const EditorWindow& editor);
+// Selects the rows that `chosen` names, and no others.
+void SelectListRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen);
+// Selects the record's row alone and brings it in sight; false when the list does not show it.
+bool SelectListRow(EditorWindow& editor, const NodeRef& node);
+
+// Drag and drop; `at` is in the control. DragMessage takes what the window gets while it lasts.
+void BeginTreeDrag(EditorWindow& editor, HTREEITEM item, POINT at);
+void BeginListDrag(EditorWindow& editor, int row, POINT at);
+void StartDrag(EditorWindow& editor, const std::vector<NodeRef>& rows, HIMAGELIST image, POINT at,
+               HWND source);
+bool DragMessage(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lparam);
+void CancelDrag(EditorWindow& editor);
 
 // The tree's items. An item's parameter is its place in `nodes`.
 NodeRef& NodeOf(EditorWindow& editor, LPARAM parameter);
@@ -18,6 +34,7 @@ HTREEITEM InsertNode(EditorWindow& editor, HTREEITEM parent, HTREEITEM after, co
 void FillNode(EditorWindow& editor, HTREEITEM item, const NodeRef& node);
 // Positions from the root.
 TreePath PathOfItem(const EditorWindow& editor, HTREEITEM item);
+void OpenSelectedNode(EditorWindow& editor);
 
 // Brings tree, list and panel into line with a changed document. Records that were rebuilt are told apart by
 // their places, others by their addresses.

@@ -40,7 +40,8 @@ NodeKey KeyOf(const std::vector<uint32_t>& slots, const NodeRef& node) {
       key.index = node.group;
       break;
     case NodeKind::kLnb:
-    case NodeKind::kFavouriteGroup:
+    case NodeKind::kTvGroup:
+    case NodeKind::kRadioGroup:
     case NodeKind::kUbi:
       key.index = node.index;
       break;
@@ -229,6 +230,10 @@ TreePath PathOfItem(const EditorWindow& editor, HTREEITEM item) {
     path.insert(path.begin(), position);
   }
   return path;
+}
+
+void OpenSelectedNode(EditorWindow& editor) {
+  if (HTREEITEM item = TreeView_GetSelection(editor.tree)) TreeView_Expand(editor.tree, item, TVE_EXPAND);
 }
 
 void RefreshDocument(EditorWindow& editor, Records records) {

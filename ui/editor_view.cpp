@@ -1,6 +1,7 @@
 // Tree, list and panel of the database window: filled with what is seen.
 #include <algorithm>
 
+#include "core/command_table.h"
 #include "core/messages.h"
 #include "ui/editor_parts.h"
 #include "ui/frame.h"
@@ -114,6 +115,28 @@ void FillNode(EditorWindow& editor, HTREEITEM item, const NodeRef& node) {
   SendMessageW(editor.tree, WM_SETREDRAW, TRUE, 0);
 }
 
+namespace {
+
+// The keys of tree and list. True when the key is one of them.
+bool RunKey(const EditorWindow& editor, WORD key, bool in_list) {
+  struct Row {
+    WORD key;
+    CommandId command;
+  };
+  static constexpr Row kRows[] = {{VK_RETURN, kCmdEdit},   {VK_F2, kCmdAdd},  {VK_INSERT, kCmdInsert},
+                                  {VK_DELETE, kCmdDelete}, {VK_F3, kCmdMove}, {'A', kCmdSelectAll}};
+  const bool control = GetKeyState(VK_CONTROL) < 0;
+  for (const Row& row : kRows) {
+    // Ctrl+A is the list's alone.
+    if (row.key != key || control != (key == 'A') || (key == 'A' && !in_list)) continue;
+    PostMessageW(editor.app->frame, WM_COMMAND, row.command, 0);
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
+
 LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
   if (header.hwndFrom == editor.tree) {
     auto& change = *reinterpret_cast<NMTREEVIEWW*>(lparam);
@@ -127,6 +150,15 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
         return 0;
       case TVN_SELCHANGEDW:
         if (editor.settled && change.itemNew.hItem) SelectNode(editor, NodeOf(editor, change.itemNew.lParam));
+        return 0;
+      case TVN_KEYDOWN:
+        // What is taken does not look for an item of that name.
+        return RunKey(editor, reinterpret_cast<NMTVKEYDOWN*>(lparam)->wVKey, false);
+      case TVN_BEGINDRAGW:
+        BeginTreeDrag(editor, change.itemNew.hItem, change.ptDrag);
+        return 0;
+      case NM_SETFOCUS:
+        RefreshFrame(*editor.app);
         return 0;
       case NM_CUSTOMDRAW:
         return editor.refreshing ? LRESULT{CDRF_DODEFAULT}
@@ -148,6 +180,21 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
       return 0;
     case LVN_ITEMCHANGED:
     case LVN_ODSTATECHANGED:
+      if (editor.settled) RefreshFrame(*editor.app);
+      return 0;
+    case LVN_KEYDOWN:
+      RunKey(editor, reinterpret_cast<NMLVKEYDOWN*>(lparam)->wVKey, true);
+      return 0;
+    case LVN_BEGINDRAG: {
+      const auto& drag = *reinterpret_cast<NMLISTVIEW*>(lparam);
+      BeginListDrag(editor, drag.iItem, drag.ptAction);
+      return 0;
+    }
+    case NM_DBLCLK:
+      if (reinterpret_cast<NMITEMACTIVATE*>(lparam)->iItem >= 0)
+        PostMessageW(editor.app->frame, WM_COMMAND, kCmdEdit, 0);
+      return 0;
+    case NM_SETFOCUS:
       RefreshFrame(*editor.app);
       return 0;
     case NM_CUSTOMDRAW:
@@ -206,6 +253,17 @@ NodeRef CommandNode(const EditorWindow& editor) {
     return editor.rows.rows[static_cast<size_t>(row)];
   }
   return editor.details ? editor.shown_record : editor.selected;
+}
+
+std::vector<NodeRef> CommandRows(const EditorWindow& editor) {
+  std::vector<NodeRef> nodes;
+  if (GetFocus() != editor.tree) {
+    for (const size_t row : SelectedRows(editor)) {
+      if (row < editor.rows.rows.size()) nodes.push_back(editor.rows.rows[row]);
+    }
+  }
+  if (nodes.empty()) nodes.push_back(editor.details ? editor.shown_record : editor.selected);
+  return nodes;
 }
 
 void ShowInformation(EditorWindow& editor) {

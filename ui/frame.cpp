@@ -290,6 +290,8 @@ int RunMessageLoop(Application& app) {
         TranslateAcceleratorW(app.frame, ActiveEditor(app) ? app.editor_keys : app.other_keys, &message)) {
       continue;
     }
+    EditorWindow* editor = ActiveEditor(app);
+    if (editor && IsWindowEnabled(app.frame) && TranslateEditorKey(*editor, message)) continue;
     if (TranslateConsoleKey(app, message)) continue;
     TranslateMessage(&message);
     DispatchMessageW(&message);

@@ -1,16 +1,58 @@
 #include "ui/menus.h"
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
+#include "core/messages.h"
+#include "core/node_edit.h"
+#include "platform/text.h"
 #include "ui/commands.h"
+#include "ui/editor.h"
 #include "ui/resource.h"
 
 namespace vexa {
 
 namespace {
 
-void AppendRow(Application& app, HMENU menu, const MenuRow& row) {
+// For each field of the records a pop-up of its values.
+void AppendFields(HMENU menu, UINT first, bool carriers) {
+  HMENU values = nullptr;
+  const char* field = "";
+  const auto& choices = FieldChoices();
+  for (size_t i = 0; i < choices.size(); ++i) {
+    const FieldChoice& choice = choices[i];
+    if (choice.carrier != carriers) continue;
+    if (strcmp(choice.field, field) != 0) {
+      field = choice.field;
+      values = CreatePopupMenu();
+      AppendMenuW(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(values), Wide(field).c_str());
+    }
+    AppendMenuW(values, MF_STRING, first + i, Wide(choice.text).c_str());
+  }
+}
+
+// An '&' of a text that is no access key.
+std::string Plain(std::string text) {
+  for (size_t at = text.find('&'); at != std::string::npos; at = text.find('&', at + 2)) text.insert(at, "&");
+  return text;
+}
+
+void AppendGroups(const Application& app, HMENU menu) {
+  const EditorWindow* editor = ActiveEditor(app);
+  const OpenSdb* sdb = editor ? SelectedSdb(*editor) : nullptr;
+  if (!sdb) return;
+  for (size_t i = 0; i < kFavouriteGroups; ++i) {
+    const auto& record = sdb->database->favourites[i].record;
+    const std::string tv = Utf8FromLatin(NameOf(record.tv_name)),
+                      radio = Utf8FromLatin(NameOf(record.radio_name));
+    const std::string text =
+        Format("&%d  ", static_cast<int>(i) + 1) + Plain(tv == radio ? tv : tv + " / " + radio);
+    AppendMenuW(menu, MF_STRING, kFirstGroupCommand + i, Wide(text).c_str());
+  }
+}
+
+void AppendRow(Application& app, HMENU menu, const MenuRow& row, MenuName name) {
   switch (row.kind) {
     case MenuRowKind::kSeparator:
       AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
@@ -27,6 +69,15 @@ void AppendRow(Application& app, HMENU menu, const MenuRow& row) {
       if (row.kind == MenuRowKind::kRecentFiles) app.recent_menus.push_back(popup);
       return;
     }
+    case MenuRowKind::kMarkFields:
+      AppendFields(menu, kFirstMarkCommand, name == MenuName::kCarrierLevel);
+      return;
+    case MenuRowKind::kSelectFields:
+      AppendFields(menu, kFirstSelectCommand, name == MenuName::kCarrierLevel);
+      return;
+    case MenuRowKind::kFavouriteGroups:
+      AppendGroups(app, menu);
+      return;
   }
 }
 
@@ -36,7 +87,7 @@ HMENU FillMenu(Application& app, HMENU top, MenuName name) {
   for (const MenuRow& row : MenuRows(name)) {
     open.resize(row.depth + size_t{1});
     HMENU menu = open.back();
-    AppendRow(app, menu, row);
+    AppendRow(app, menu, row, name);
     if (row.kind == MenuRowKind::kPopup) open.push_back(GetSubMenu(menu, GetMenuItemCount(menu) - 1));
   }
   return top;
@@ -99,9 +150,8 @@ void RefreshRecentMenus(Application& app) {
     }
     for (size_t i = 0; i < app.recent.paths.size(); ++i) {
       // A path may hold the character that marks access keys.
-      std::string text = RecentFileItem(app.recent, i);
-      for (size_t at = text.find('&', 1); at != std::string::npos; at = text.find('&', at + 2))
-        text.insert(at, "&");
+      const std::string item = RecentFileItem(app.recent, i);
+      const std::string text = "&" + Plain(item.substr(1));
       AppendMenuW(menu, MF_STRING, kCmdRecent1 + i, Wide(text).c_str());
     }
     if (app.recent.paths.empty()) AppendMenuW(menu, MF_STRING | MF_GRAYED, 0, L"(none)");

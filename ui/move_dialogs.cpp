@@ -12,8 +12,8 @@ namespace vexa {
 namespace {
 
 void AddTip(const Form& form, int id, const std::string& tip) {
-  HWND tips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0, 0,
-                              form.window, nullptr, form.app.instance, nullptr);
+  HWND tips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0,
+                              0, form.window, nullptr, form.app.instance, nullptr);
   std::wstring text = Wide(tip);
   TTTOOLINFOW tool{};
   tool.cbSize = TTTOOLINFOW_V1_SIZE;
@@ -139,9 +139,10 @@ bool MoveServicesOf(EditorWindow& editor, const std::vector<NodeRef>& rows) {
   FormActions actions;
   actions.open = [&](Form& form) {
     form.SetText(IDC_MOVE_SERVICE_SELECTED,
-                 rows.size() == 1 ? Format("%s  ( %s )", Utf8FromLatin(NameOf(rows[0].service->record.name)).c_str(),
-                                           CarrierText(*rows[0].carrier).c_str())
-                                  : Format("%d services", static_cast<int>(rows.size())));
+                 rows.size() == 1
+                     ? Format("%s  ( %s )", Utf8FromLatin(NameOf(rows[0].service->record.name)).c_str(),
+                              CarrierText(*rows[0].carrier).c_str())
+                     : Format("%d services", static_cast<int>(rows.size())));
     form.Check(IDC_MOVE_SERVICE_TO_CARRIER, true);
     form.Limit(IDC_MOVE_TARGET, 5);
     ShowServiceMove(form, move);

@@ -201,9 +201,8 @@ bool EditSatellite(EditorWindow& editor, const NodeRef& node) {
   FormActions actions;
   actions.open = [&](Form& form) { ShowSatellite(form, SatelliteFormOf(record)); };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form, [&] {
-      return StoreSatellite(editor.app->context.messages, TakenSatellite(form), record);
-    });
+    return Accept(editor, form,
+                  [&] { return StoreSatellite(editor.app->context.messages, TakenSatellite(form), record); });
   };
   return RunForm(*editor.app, IDD_SATELLITE, actions);
 }
@@ -252,8 +251,9 @@ bool EditRecord(EditorWindow& editor, const NodeRef& node) {
     case NodeKind::kFavouriteRadioEntry:
       ShowServiceDetails(editor, node);
       return false;
-    case NodeKind::kFavouriteGroup:
-      return EditFavourites(editor, node, editor.view == ListView::kRadioServices);
+    case NodeKind::kTvGroup:
+    case NodeKind::kRadioGroup:
+      return EditFavourites(editor, node, node.kind == NodeKind::kRadioGroup);
     case NodeKind::kSdb:
       return EditSdb(editor, node.sdb);
     case NodeKind::kUbi:

@@ -66,7 +66,7 @@ TEST_F(Tools, PathsLeadToTheRecordAndBack) {
   EXPECT_EQ(PlaceOf(document, nodes[1]), (RecordPlace{0, -1, -1, -1}));
   // A favourite entry stands for its service.
   database.favourites[3].tv.push_back(two);
-  const auto group = NodesAlong(document, {0, kFavouriteLevelPosition, 3});
+  const auto group = NodesAlong(document, {0, kTvGroupLevelPosition, 3});
   EXPECT_EQ(PlaceOf(document, ListBelow(document, group.back(), ListView::kBelow, false).rows.at(0)), place);
 }
 
@@ -86,7 +86,7 @@ TEST_F(Tools, FindingsLeadToTheirRecords) {
   std::vector<TreePath> places;
   for (const Finding& finding : FindFaults(document)) places.push_back(finding.place);
   EXPECT_THAT(places,
-              ElementsAre(TreePath{0, 1, 0, 0}, TreePath{0, 1, 0, 1, 0}, TreePath{0, 2, 2}, TreePath{1, 0}));
+              ElementsAre(TreePath{0, 1, 0, 0}, TreePath{0, 1, 0, 1, 0}, TreePath{0, 3, 2}, TreePath{1, 0}));
 }
 
 TEST_F(Tools, RowsFollowAColumn) {

@@ -111,7 +111,7 @@ struct TreeCase {
 
 TEST_F(ViewModel, TreeHoldsEveryRecordUnderItsOwner) {
   const TreeCase cases[] = {
-      {{"SDB1"}, {"LNBs", "Satellites", "Favourites"}},
+      {{"SDB1"}, {"LNBs", "Satellites", "TV Groups", "Radio Groups"}},
       {{"SDB1", "LNBs"}, {"[ 1 ] LNB", "[ 2 ] LNB"}},
       {{"SDB1", "LNBs", "[ 1 ] LNB"}, {}},
       {{"SDB1", "Satellites"}, {"[ 1 ] Astra", "[ 2 ] Empty"}},
@@ -127,7 +127,7 @@ TEST_F(ViewModel, TreeHoldsEveryRecordUnderItsOwner) {
     EXPECT_EQ(labels, test.below) << test.path.back();
     EXPECT_EQ(HasChildNodes(document_, node), !test.below.empty()) << test.path.back();
   }
-  EXPECT_EQ(ChildNodes(document_, At({"SDB1", "Favourites"})).size(), 8u);
+  EXPECT_EQ(ChildNodes(document_, At({"SDB1", "TV Groups"})).size(), 8u);
 }
 
 TEST_F(ViewModel, ColoursTellWhatIsInUse) {
@@ -141,7 +141,7 @@ TEST_F(ViewModel, ColoursTellWhatIsInUse) {
   EXPECT_EQ(NodeColour(document_, services[0]), ColourRole::kTvService);
   zwei_->record.type = 0;  // every type but TV is radio
   EXPECT_EQ(NodeColour(document_, services[1]), ColourRole::kRadioService);
-  const auto groups = ChildNodes(document_, At({"SDB1", "Favourites"}));
+  const auto groups = ChildNodes(document_, At({"SDB1", "Radio Groups"}));
   EXPECT_EQ(NodeColour(document_, groups[2]), ColourRole::kActiveFavourite);
   EXPECT_EQ(NodeColour(document_, groups[3]), ColourRole::kInactiveFavourite);
   EXPECT_EQ(IconOf(astra), NodeIcon::kUserSatellite);

@@ -1,0 +1,236 @@
+// Commands on the records that tree and list show: adding, changing, deleting, moving, marking, selecting,
+// and saving parts of the database.
+#include "core/messages.h"
+#include "core/node_edit.h"
+#include "platform/text.h"
+#include "ui/change.h"
+#include "ui/commands.h"
+#include "ui/editor_parts.h"
+#include "ui/file_dialogs.h"
+#include "ui/record_dialogs.h"
+
+namespace vexa {
+
+namespace {
+
+const Messages& MessagesOf(const EditorWindow& editor) {
+  return editor.app->context.messages;
+}
+
+void Edit(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const std::vector<NodeRef> rows = CommandRows(editor);
+  if (rows.size() > 1 && rows[0].kind == NodeKind::kService) {
+    Tell(MessagesOf(editor), Icon::kInformation, "Select any one service record");
+    return;
+  }
+  if (!rows.empty()) EditRecord(editor, rows[0]);
+}
+
+// A new record in the list is selected there; tree items that are opened show it anyway.
+void ShowAdded(EditorWindow& editor, const std::optional<NodeRef>& added) {
+  if (added) SelectListRow(editor, *added);
+}
+
+void Add(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const NodeRef at = editor.selected;
+  if (at.kind == NodeKind::kTvGroup || at.kind == NodeKind::kRadioGroup) {
+    EditFavourites(editor, at, at.kind == NodeKind::kRadioGroup);
+    return;
+  }
+  std::optional<NodeRef> added;
+  ChangeDocument(editor, [&] {
+    added = AddAtNode(MessagesOf(editor), editor.document, at, app.defaults, FilterOf(editor.view))
+                .value_or(NodeRef{});
+    return added->kind != NodeKind::kNone;
+  });
+  if (added->kind == NodeKind::kNone) return;
+  // What is added below the selected node shall be seen.
+  if (at.kind != added->kind) OpenSelectedNode(editor);
+  ShowAdded(editor, added);
+}
+
+void Insert(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const std::vector<NodeRef> rows = CommandRows(editor);
+  std::optional<NodeRef> added;
+  ChangeDocument(editor, [&] {
+    added = InsertAtRows(MessagesOf(editor), editor.document, rows, app.defaults, FilterOf(editor.view));
+    return added.has_value();
+  });
+  ShowAdded(editor, added);
+}
+
+void Delete(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const std::vector<NodeRef> rows = CommandRows(editor);
+  ChangeDocument(editor, [&] { return DeleteNodes(MessagesOf(editor), editor.document, rows); });
+}
+
+void MoveOrSwap(EditorWindow& editor, bool swap) {
+  const Messages& messages = MessagesOf(editor);
+  const std::vector<NodeRef> rows = CommandRows(editor);
+  if (!CheckMoveNodes(messages, rows, swap)) return;
+  if (rows[0].kind != NodeKind::kService) {
+    MoveRecords(editor, rows, swap);
+  } else if (!swap) {
+    MoveServicesOf(editor, rows);
+  } else {
+    ChangeDocument(editor, [&] {
+      return SwapServices(messages, *editor.document.sdbs[rows[0].sdb].database, ServicesOf(rows));
+    });
+  }
+}
+
+void Move(Application& app) {
+  MoveOrSwap(*ActiveEditor(app), false);
+}
+void Swap(Application& app) {
+  MoveOrSwap(*ActiveEditor(app), true);
+}
+
+void SelectAll(Application& app) {
+  SelectListRows(*ActiveEditor(app), [](size_t) { return true; });
+}
+
+void InvertRows(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  std::vector<bool> selected(editor.rows.size());
+  for (const size_t row : SelectedRows(editor)) selected[row] = true;
+  SelectListRows(editor, [&](size_t row) { return !selected[row]; });
+}
+
+void CompressPart(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const NodeKind kind = editor.selected.kind;
+  const bool boxes = kind == NodeKind::kUbiLevel || kind == NodeKind::kUbi;
+  const OpenSdb* sdb = SelectedSdb(editor);
+  if (!boxes && !sdb) return;
+  bool& flag = boxes ? editor.document.compress_ubis : sdb->database->compressed;
+  ChangeDocument(editor, [&] {
+    flag = !flag;
+    return true;
+  });
+}
+
+void SavePart(EditorWindow& editor, const char* title,
+              const std::function<bool(const Context&, const Path&)>& save) {
+  const auto path =
+      AskSaveFile(editor.app->frame, {title, {{"Static Database BIN Files ( *.BIN )", "*.bin"}}, "bin"});
+  if (!path) return;
+  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  const Context& context = editor.app->context;
+  if (save(context, *path)) CheckBinSize(context, *path);
+}
+
+void SaveSdb(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const OpenSdb* sdb = SelectedSdb(editor);
+  if (!sdb || !CheckSeparateSdb(MessagesOf(editor), *sdb->database)) return;
+  const auto place = static_cast<uint32_t>(sdb - editor.document.sdbs.data());
+  SavePart(editor, "Save selected SDB as", [&](const Context& context, const Path& path) {
+    return SaveBin(context, editor.document, path, editor.version, {uint32_t{1} << place, 0});
+  });
+}
+
+void SaveChosenSatellites(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const std::vector<NodeRef> rows = CommandRows(editor);
+  const Rows satellites = SatelliteRows(rows);
+  if (satellites.empty()) return;
+  SavePart(editor, "Save selected Satellite(s) as", [&](const Context& context, const Path& path) {
+    return SaveSatellites(context, editor.document, rows[0].sdb, satellites, path, editor.version);
+  });
+}
+
+void SaveParts(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const auto parts = AskParts(editor);
+  if (!parts) return;
+  SavePart(editor, "Save", [&](const Context& context, const Path& path) {
+    return SaveBin(context, editor.document, path, editor.version, *parts);
+  });
+}
+
+void Version(Application& app) {
+  AskVersion(*ActiveEditor(app));
+}
+
+constexpr CommandRow kRecordCommands[] = {
+    {kCmdEdit, Edit},
+    {kCmdAdd, Add},
+    {kCmdInsert, Insert},
+    {kCmdDelete, Delete},
+    {kCmdMove, Move},
+    {kCmdSwap, Swap},
+    {kCmdSelectAll, SelectAll},
+    {kCmdInvertSelection, InvertRows},
+    {kCmdCompressSdb, CompressPart},
+    {kCmdSaveSdb, SaveSdb},
+    {kCmdSaveSatellites, SaveChosenSatellites},
+    {kCmdSaveParts, SaveParts},
+    {kCmdVersion, Version},
+};
+
+std::vector<NodeRef> SelectedRecords(const EditorWindow& editor) {
+  std::vector<NodeRef> records;
+  for (const size_t row : SelectedRows(editor)) {
+    if (row < editor.rows.rows.size()) records.push_back(editor.rows.rows[row]);
+  }
+  return records;
+}
+
+}  // namespace
+
+std::span<const CommandRow> RecordCommands() {
+  return kRecordCommands;
+}
+
+uint32_t RecordNeeds(const EditorWindow& editor) {
+  struct Row {
+    NodeAction action;
+    Need need;
+  };
+  static constexpr Row kRows[] = {{NodeAction::kEdit, kNeedsEditable},
+                                  {NodeAction::kInsert, kNeedsInsertable},
+                                  {NodeAction::kDelete, kNeedsDeletable},
+                                  {NodeAction::kMove, kNeedsMovable}};
+  const NodeRef node = CommandNode(editor);
+  uint32_t present = 0;
+  for (const Row& row : kRows) {
+    if (NodeTakes(node.kind, row.action)) present |= row.need;
+  }
+  // New records belong to the node of the tree, whatever the list has selected.
+  if (NodeTakes(editor.selected.kind, NodeAction::kAdd)) present |= kNeedsAddable;
+  if (!editor.rows.rows.empty()) present |= kNeedsRows;
+  if (node.kind == NodeKind::kSatellite) present |= kNeedsSatellite;
+  return present;
+}
+
+bool RunRowCommand(Application& app, UINT id) {
+  EditorWindow* editor = ActiveEditor(app);
+  if (id < kFirstMarkCommand || id >= kEndOfRowCommands || !editor) return false;
+  if (app.busy != 0) return true;
+  const auto& choices = FieldChoices();
+  const std::vector<NodeRef> records = SelectedRecords(*editor);
+  if (id >= kFirstGroupCommand) {
+    ChangeDocument(*editor, [&] {
+      return AddRowsToGroup(MessagesOf(*editor), editor->document,
+                            records.empty() ? CommandRows(*editor) : records, id - kFirstGroupCommand);
+    });
+  } else if (id >= kFirstSelectCommand && id - kFirstSelectCommand < choices.size()) {
+    std::vector<bool> matching(editor->rows.size());
+    for (const size_t row : MatchingRows(editor->rows.rows, choices[id - kFirstSelectCommand]))
+      matching[row] = true;
+    SelectListRows(*editor, [&](size_t row) { return matching[row]; });
+  } else if (id < kFirstSelectCommand && id - kFirstMarkCommand < choices.size()) {
+    ChangeDocument(*editor, [&] {
+      MarkNodes(editor->document, records, choices[id - kFirstMarkCommand]);
+      return true;
+    });
+  }
+  return true;
+}
+
+}  // namespace vexa
