@@ -448,20 +448,20 @@ void ClearConsoleLog(Console& console) {
   console.log.stamps = {};
   console.log.lines = {};
   console.log.queue = {};
-  console.log.queue.start_anew = true;
+  console.log.queue.cleared = true;
   hold.unlock();
   if (!created) Tell(console.context.messages, Icon::kStop, "%s", kWriteProblem);
 }
 
-ConsoleUpdate UpdateConsole(Console& console, uint64_t now) {
+ConsoleUpdate UpdateConsole(Console& console, uint64_t now, ViewUse use, size_t shown) {
   WatchJob(console, now);
   TryAgain(console, now);
   ConsoleUpdate update;
   {
     const std::lock_guard hold(console.log.lock);
-    update.pieces.swap(console.log.queue.pieces);
-    update.start_anew = console.log.queue.start_anew;
-    console.log.queue = {};
+    ViewQueue taken = TakePieces(console.log.queue, use, shown);
+    update.pieces.swap(taken.pieces);
+    update.start_anew = taken.start_anew;
   }
   update.focus_log = console.focus_log.exchange(false);
   update.received = console.received.exchange(false);

@@ -142,8 +142,9 @@ struct ConsoleUpdate {
   uint32_t packets_total = 0, packets_sent = 0;
   std::string rate;  // "11,310 bytes/s"
 };
-// `now` in ms of a clock that never goes back.
-ConsoleUpdate UpdateConsole(Console& console, uint64_t now);
+// `now` in ms of a clock that never goes back; `shown`: characters that the view holds.
+ConsoleUpdate UpdateConsole(Console& console, uint64_t now, ViewUse use = ViewUse::kFollows,
+                            size_t shown = 0);
 // Tells what the other threads left, and that the port is gone. While a message is shown the owner may call
 // everything but this.
 void TellConsoleMessages(Console& console, uint64_t now);

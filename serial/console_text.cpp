@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <utility>
 
 #include "core/messages.h"
 #include "platform/clock.h"
@@ -170,22 +171,39 @@ std::string ViewText(ViewLines& lines, std::string_view text) {
   return shown;
 }
 
-void Enqueue(ViewQueue& queue, std::string text, ReportColour colour) {
-  if (text.empty()) return;
-  if (text.size() > kViewBytes) text.erase(0, text.size() - kViewBytes);
+void Enqueue(ViewQueue& queue, std::string_view text, ReportColour colour) {
   queue.bytes += text.size();
-  const bool joins = !queue.pieces.empty() && queue.pieces.back().colour == colour &&
-                     queue.pieces.back().text.size() + text.size() <= kPieceBytes;
-  if (joins) {
-    queue.pieces.back().text += text;
-  } else {
-    queue.pieces.push_back({std::move(text), colour});
+  while (!text.empty()) {
+    if (queue.pieces.empty() || queue.pieces.back().colour != colour ||
+        queue.pieces.back().text.size() >= kPieceBytes)
+      queue.pieces.push_back({"", colour});
+    std::string& piece = queue.pieces.back().text;
+    size_t count = std::min(text.size(), kPieceBytes - piece.size());
+    if (count < text.size() && text[count - 1] == '\r') ++count;  // a line end stays whole
+    piece += text.substr(0, count);
+    text.remove_prefix(count);
   }
-  while (queue.bytes > kViewBytes && queue.pieces.size() > 1) {
+  while (queue.bytes > kViewBytes) {
     queue.bytes -= queue.pieces.front().text.size();
     queue.pieces.pop_front();
     queue.start_anew = true;  // what the view holds is older than what was dropped
   }
+}
+
+ViewQueue TakePieces(ViewQueue& queue, ViewUse use, size_t shown) {
+  ViewQueue taken;
+  const bool cleared = std::exchange(queue.cleared, false);
+  if (!cleared && use == ViewUse::kSelects) return taken;
+  if (!cleared && use == ViewUse::kLooks && (queue.start_anew || shown > kKeptBytes)) return taken;
+  taken.start_anew = std::exchange(queue.start_anew, false) || cleared;
+  while (!queue.pieces.empty() && taken.bytes < kUpdateBytes) {
+    const size_t size = queue.pieces.front().text.size();
+    taken.bytes += size;
+    queue.bytes -= size;
+    taken.pieces.push_back(std::move(queue.pieces.front()));
+    queue.pieces.pop_front();
+  }
+  return taken;
 }
 
 size_t ViewExcess(size_t characters) {

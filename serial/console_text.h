@@ -24,10 +24,12 @@ struct ConsoleOptions {
   bool reconnect = false;                                // when a lost port comes back
 };
 
-inline constexpr size_t kCommandLimit = 260;     // characters of a command line
-inline constexpr size_t kHistoryLimit = 200;     // lines
-inline constexpr size_t kViewBytes = 128 << 10;  // of the log that the view holds, at least
-inline constexpr size_t kViewColumns = 2000;     // a longer line goes on in a new one in the view
+inline constexpr size_t kCommandLimit = 260;      // characters of a command line
+inline constexpr size_t kHistoryLimit = 200;      // lines
+inline constexpr size_t kViewBytes = 128 << 10;   // of the log that the view holds, at least
+inline constexpr size_t kUpdateBytes = 16 << 10;  // that one update adds to it
+inline constexpr size_t kKeptBytes = 2 << 20;     // that it grows to while its user looks at older text
+inline constexpr size_t kViewColumns = 2000;      // a longer line goes on in a new one in the view
 
 // Bytes that would disturb a text become blanks: 00 04 05 06 07 11 13 15 17 91 99.
 void BlankControlBytes(std::span<uint8_t> bytes);
@@ -68,8 +70,18 @@ struct ViewQueue {
   std::deque<ConsolePiece> pieces;
   size_t bytes = 0;
   bool start_anew = false;  // the view is emptied first
+  bool cleared = false;     // by the user, whatever he was doing
 };
-void Enqueue(ViewQueue& queue, std::string text, ReportColour colour);
+void Enqueue(ViewQueue& queue, std::string_view text, ReportColour colour);
+
+// What the view's user is doing.
+enum class ViewUse {
+  kFollows,  // sees the end
+  kLooks,    // scrolled up, or has selected something: nothing may be taken away
+  kSelects,  // with the mouse or the keys, just now: nothing may be added
+};
+// The next part to add, about kUpdateBytes. Empty when the view cannot take any now.
+ViewQueue TakePieces(ViewQueue& queue, ViewUse use, size_t shown);
 // Characters to take from the front of a view that holds so many, so that it stays quick; 0: none.
 size_t ViewExcess(size_t characters);
 

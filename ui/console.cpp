@@ -205,10 +205,22 @@ void LimitSize(ConsoleWindow& console, MINMAXINFO& sizes) {
   sizes.ptMinTrackSize.y = std::max<LONG>(sizes.ptMinTrackSize.y, outer.bottom - outer.top);
 }
 
+// Moves what has arrived into the log. A view that takes long to show it has the window to itself for a third
+// of the time, so that keys and mouse come through.
+ConsoleUpdate UpdateLog(ConsoleWindow& console) {
+  const uint64_t start = ConsoleClock();
+  const ConsoleUpdate update =
+      UpdateConsole(console.console, start, LogUse(console.log), LogLength(console.log));
+  AppendToLog(console.log, update.pieces, update.start_anew);
+  const uint64_t end = ConsoleClock();
+  console.next_update = end + 2 * (end - start);
+  return update;
+}
+
 void Tick(HWND window) {
   ConsoleWindow& console = *ConsoleOf(window);
-  const ConsoleUpdate update = UpdateConsole(console.console, ConsoleClock());
-  AppendToLog(console.log, update.pieces, update.start_anew);
+  if (ConsoleClock() < console.next_update) return;
+  const ConsoleUpdate update = UpdateLog(console);
   ShowPanelText(console, IDC_CONSOLE_RECEIVED, update.received ? "R" : "");
   ShowPanelText(console, IDC_CONSOLE_SENT, update.sent ? "T" : "");
   const bool known = update.packets_total > 0;

@@ -16,6 +16,7 @@ struct ConsoleWindow {
   bool match_case = false;
   ConsoleState shown_state = ConsoleState::kDisconnected;
   bool shown_upload = false, shown_data = false, telling = false;
+  uint64_t next_update = 0;  // of the view
   Console console;
 };
 

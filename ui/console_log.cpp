@@ -51,14 +51,24 @@ void Colour(HWND log, ReportColour colour) {
   SendMessageW(log, EM_SETCHARFORMAT, SCF_SELECTION, reinterpret_cast<LPARAM>(&format));
 }
 
+// True when text that is added at the selection has no colour of its own.
+bool IsNeutral(HWND log) {
+  CHARFORMATW format{};
+  format.cbSize = sizeof format;
+  SendMessageW(log, EM_GETCHARFORMAT, SCF_SELECTION, reinterpret_cast<LPARAM>(&format));
+  return (format.dwEffects & CFE_AUTOCOLOR) != 0;
+}
+
 void InsertPiece(HWND log, const ConsolePiece& piece) {
   const LONG end = Length(log);
   Select(log, end, end);
+  const bool as_it_is = piece.colour == ReportColour::kNeutral && IsNeutral(log);
   StreamSource source{&piece.text, 0};
   EDITSTREAM stream{};
   stream.dwCookie = reinterpret_cast<DWORD_PTR>(&source);
   stream.pfnCallback = ReadSource;
   SendMessageW(log, EM_STREAMIN, SF_TEXT | SFF_SELECTION, reinterpret_cast<LPARAM>(&stream));
+  if (as_it_is) return;  // to colour it takes as long as to add it
   Select(log, end, Length(log));
   Colour(log, piece.colour);
 }
@@ -72,14 +82,12 @@ bool ShowsItsEnd(HWND log) {
   return bar.nPos + static_cast<int>(bar.nPage) + static_cast<int>(bar.nPage) / 4 >= bar.nMax;
 }
 
-// Takes the oldest text out; gives how many characters.
-LONG TrimFront(HWND log) {
-  const LONG length = Length(log);
-  const auto excess = static_cast<LONG>(ViewExcess(static_cast<size_t>(length)));
-  if (excess == 0) return 0;
+// Takes the oldest text out.
+void TrimFront(HWND log) {
+  const auto excess = static_cast<LONG>(ViewExcess(static_cast<size_t>(Length(log))));
+  if (excess == 0) return;
   Select(log, 0, excess);
   SendMessageW(log, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L""));
-  return length - Length(log);
 }
 
 }  // namespace
@@ -93,6 +101,7 @@ HWND CreateLogView(HWND parent, HINSTANCE instance, int id) {
                              0, 0, 0, 0, parent, reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), instance,
                              nullptr);
   if (log) SendMessageW(log, EM_EXLIMITTEXT, 0, kTextLimit);
+  if (log) SendMessageW(log, EM_SETUNDOLIMIT, 0, 0);
   return log;
 }
 
@@ -106,10 +115,21 @@ void SetLogFont(HWND log) {
   SendMessageW(log, EM_SETCHARFORMAT, SCF_ALL, reinterpret_cast<LPARAM>(&format));
 }
 
+ViewUse LogUse(HWND log) {
+  const bool extends = GetFocus() == log && GetKeyState(VK_SHIFT) < 0;
+  if (extends || GetCapture() == log) return ViewUse::kSelects;
+  const CHARRANGE selection = Selection(log);
+  return selection.cpMin == selection.cpMax && ShowsItsEnd(log) ? ViewUse::kFollows : ViewUse::kLooks;
+}
+
+size_t LogLength(HWND log) {
+  return static_cast<size_t>(Length(log));
+}
+
 void AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew) {
   if (pieces.empty() && !start_anew) return;
-  CHARRANGE selection = Selection(log);
-  const bool follows = start_anew || (selection.cpMin == selection.cpMax && ShowsItsEnd(log));
+  const CHARRANGE selection = Selection(log);
+  const bool follows = start_anew || LogUse(log) == ViewUse::kFollows;
   POINT place{};
   SendMessageW(log, EM_GETSCROLLPOS, 0, reinterpret_cast<LPARAM>(&place));
   SendMessageW(log, WM_SETREDRAW, FALSE, 0);
@@ -123,12 +143,7 @@ void AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_an
     const LONG end = Length(log);
     Select(log, end, end);
   } else {
-    // The oldest text stays as long as the user looks at it, within reason.
     Select(log, selection.cpMin, selection.cpMax);
-    if (Length(log) > static_cast<LONG>(16 * kViewBytes)) {
-      const LONG taken = TrimFront(log);
-      Select(log, std::max<LONG>(0, selection.cpMin - taken), std::max<LONG>(0, selection.cpMax - taken));
-    }
     SendMessageW(log, EM_SETSCROLLPOS, 0, reinterpret_cast<LPARAM>(&place));
   }
   SendMessageW(log, WM_SETREDRAW, TRUE, 0);

@@ -13,8 +13,11 @@ namespace vexa {
 HWND CreateLogView(HWND parent, HINSTANCE instance, int id);
 // Font "Arial" for all text, at the window's resolution.
 void SetLogFont(HWND log);
-// Adds the pieces at the end, each in its colour. The view follows when its end was in sight and nothing is
-// selected; else place and selection stay as they are.
+// It follows when its end is in sight and nothing is selected.
+ViewUse LogUse(HWND log);
+size_t LogLength(HWND log);  // characters
+// Adds the pieces at the end, each in its colour. Where the view does not follow, place and selection stay as
+// they are.
 void AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew);
 // Selects the next place of the text behind the selection, going on at the start; false when there is none.
 bool FindInLog(HWND log, const std::string& text, bool match_case);
