@@ -15,3 +15,17 @@ build() {
   [ $# -gt 0 ] && targets=(--target "$@")
   (cd "$root" && cmake --build --preset "$preset" "${targets[@]}" >"build/$preset.build.log" 2>&1) || { tail -40 "$root/build/$preset.build.log"; return 1; }
 }
+
+# wine_prefix: makes the Wine prefix once. It is whole only when its server has ended: a display that goes away
+# earlier leaves it without folders and drives. Unmanaged windows: without a window manager Wine waits seconds for
+# one each time a window closes, unless it manages windows itself.
+wine_prefix() {
+  [ -f "$WINEPREFIX/whole" ] && return 0
+  rm -rf "$WINEPREFIX"
+  mkdir -p "$root/build"
+  timeout 300 xvfb-run -a sh -c '
+    wineboot -i
+    wineserver -w
+    wine reg add "HKCU\\Software\\Wine\\X11 Driver" /v Managed /d N /f
+    wineserver -w' >"$root/build/wineboot.log" 2>&1 && touch "$WINEPREFIX/whole"
+}

@@ -6,8 +6,8 @@ set -eu
 picture=$(realpath -m "$1")
 shift
 export picture SECONDS_TO_WAIT="${SECONDS_TO_WAIT:-12}"
+wine_prefix
 timeout 180 xvfb-run -a -s '-screen 0 1280x960x24' bash -c '
-  wineboot -i >/dev/null 2>&1
   wine explorer /desktop=vexa,1280x960 "$@" >/dev/null 2>&1 &
   sleep "$SECONDS_TO_WAIT"
   import -window root "$picture"
