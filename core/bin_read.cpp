@@ -161,6 +161,7 @@ void ReadServiceOrder(ByteReader& reader, StaticDatabase& database) {
 
 void ReadEntries(ByteReader& reader, size_t count, const StaticDatabase& database,
                  std::vector<Service*>& list) {
+  list.reserve(count);
   for (size_t i = 0; i < count; ++i) {
     const uint16_t index = reader.U16();
     if (reader.ok() && index < database.services.size()) list.push_back(database.services[index]);

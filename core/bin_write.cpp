@@ -388,7 +388,8 @@ bool SaveSatellites(const Context& context, const Document& document, size_t sdb
 bool CheckBinSize(const Context& context, const Path& path) {
   std::error_code error;
   const bool opens = std::ifstream(path, std::ios::binary).is_open();
-  const uint64_t size = opens ? std::filesystem::file_size(path, error) : 0;
+  const bool has_size = std::filesystem::is_regular_file(path, error);  // a device or pipe has none
+  const uint64_t size = opens && has_size ? std::filesystem::file_size(path, error) : 0;
   if (!opens || error) {
     Tell(context.messages, Icon::kStop, "Error No: -11 \n Save as BIN File");
     return false;

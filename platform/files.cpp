@@ -23,6 +23,36 @@ Path ScratchBeside(const Path& target) {
   return scratch;
 }
 
+// Gone at the end, unless it was renamed.
+struct Scratch {
+  const Path path;
+  ~Scratch() {
+    std::error_code ignored;
+    fs::remove(path, ignored);
+  }
+};
+
+// A file without any permission to write: its user wants it kept.
+bool IsReadOnly(const fs::file_status& status) {
+  constexpr auto kWrite = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+  return fs::is_regular_file(status) && (status.permissions() & kWrite) == fs::perms::none;
+}
+
+// Creates the file and fills it; it is closed in every case.
+WriteResult Fill(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
+                 const FileOperations& files) {
+  std::FILE* file = files.create(path);
+  if (!file) return WriteResult::kCannotCreate;
+  bool done = false;
+  try {
+    done = produce([&](std::span<const uint8_t> piece) { return files.write(file, piece); });
+  } catch (...) {
+    files.finish(file);
+    throw;
+  }
+  return files.finish(file) && done ? WriteResult::kDone : WriteResult::kFailed;
+}
+
 }  // namespace
 
 std::FILE* OpenFile(const Path& path, bool writing);  // platform/windows, platform/posix
@@ -58,22 +88,17 @@ WriteResult WriteWholeFile(const Path& path, std::span<const uint8_t> content, c
 WriteResult WriteWholeFileBy(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
                              const FileOperations& files) {
   std::error_code error;
-  if (path.empty() || fs::is_directory(path, error)) return WriteResult::kCannotCreate;
+  const auto before = fs::status(path, error);
+  if (path.empty() || fs::is_directory(before) || IsReadOnly(before)) return WriteResult::kCannotCreate;
+  // A device or a pipe takes the content as it comes; nothing may take its place.
+  if (fs::exists(before) && !fs::is_regular_file(before)) return Fill(path, produce, files);
   // Through a link, so that the file it names is replaced and not the link.
   const Path target = fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : path;
-  const Path scratch = ScratchBeside(target);
-  std::FILE* file = files.create(scratch);
-  if (!file) return WriteResult::kCannotCreate;
-  bool done = produce([&](std::span<const uint8_t> piece) { return files.write(file, piece); });
-  done = files.finish(file) && done;
-  if (done) {
-    const auto before = fs::status(target, error);
-    if (fs::is_regular_file(before)) fs::permissions(scratch, before.permissions(), error);
-    done = files.replace(scratch, target);
-  }
-  if (done) return WriteResult::kDone;
-  fs::remove(scratch, error);
-  return WriteResult::kFailed;
+  const Scratch scratch{ScratchBeside(target)};
+  const WriteResult filled = Fill(scratch.path, produce, files);
+  if (filled != WriteResult::kDone) return filled;
+  if (fs::is_regular_file(before)) fs::permissions(scratch.path, before.permissions(), error);
+  return files.replace(scratch.path, target) ? WriteResult::kDone : WriteResult::kFailed;
 }
 
 std::optional<Path> CreateTemporaryFolder(const std::string& name) {

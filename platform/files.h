@@ -1,7 +1,8 @@
 // Files of the operating system, as the engine needs them: read whole, or written whole.
 //
 // A file is written beside its target under a name of its own, flushed to the disk and renamed over
-// the target, so that the target is at every moment the old file or the new one, never a part.
+// the target, so that the target is at every moment the old file or the new one, never a part. A device or a
+// pipe is written to as it stands; a read-only file is refused.
 //
 // `FileOperations` is the table of the primitive steps; the tests hand in one whose n-th step fails.
 // All paths may hold any character of the system's file names. Thread-safe: no shared state.
@@ -23,7 +24,7 @@ using Bytes = std::vector<uint8_t>;
 
 enum class WriteResult {
   kDone,
-  kCannotCreate,  // no file could be made beside the target: the target's folder refuses
+  kCannotCreate,  // the target is read-only, or no file could be made beside it
   kFailed,        // writing, flushing or renaming failed; the target is as it was
 };
 

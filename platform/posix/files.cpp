@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 
 namespace vexa {
@@ -18,7 +19,9 @@ const FileOperations& SystemFiles() {
         return bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
       },
       [](std::FILE* file) {
-        const bool flushed = std::fflush(file) == 0 && fsync(fileno(file)) == 0;
+        // A pipe or a device has nothing to flush to, and says so.
+        const bool flushed =
+            std::fflush(file) == 0 && (fsync(fileno(file)) == 0 || errno == EINVAL || errno == ENOTSUP);
         return (std::fclose(file) == 0) && flushed;
       },
       [](const Path& from, const Path& to) { return std::rename(from.c_str(), to.c_str()) == 0; },

@@ -1,5 +1,11 @@
 #include <gtest/gtest.h>
 
+#if !defined(_WIN32)
+#include <sys/stat.h>
+#endif
+
+#include <thread>
+
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/settings_store.h"
@@ -43,6 +49,33 @@ TEST(Files, RefusesFoldersMissingFilesAndWhatIsTooLarge) {
   EXPECT_FALSE(ReadWholeFile(folder / "file", 9));
   EXPECT_TRUE(ReadWholeFile(folder / "file", 10));
 }
+
+TEST(Files, AReadOnlyFileIsKept) {
+  Recorder recorder;
+  const Path file = recorder.context.temporary_folder / "kept";
+  PutFile(file, BytesOf("old"));
+  constexpr auto kWrite = std::filesystem::perms::owner_write | std::filesystem::perms::group_write |
+                          std::filesystem::perms::others_write;
+  std::filesystem::permissions(file, kWrite, std::filesystem::perm_options::remove);
+  EXPECT_EQ(WriteWholeFile(file, BytesOf("new")), WriteResult::kCannotCreate);
+  EXPECT_EQ(ReadWholeFile(file), BytesOf("old"));
+  std::filesystem::permissions(file, kWrite, std::filesystem::perm_options::add);
+}
+
+#if !defined(_WIN32)
+TEST(Files, APipeIsWrittenToAndStays) {
+  Recorder recorder;
+  const Path pipe = recorder.context.temporary_folder / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::optional<Bytes> read;
+  std::thread reader([&] { read = ReadWholeFile(pipe); });
+  EXPECT_EQ(WriteWholeFile(pipe, BytesOf("through")), WriteResult::kDone);
+  reader.join();
+  EXPECT_EQ(read, BytesOf("through"));
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+  EXPECT_EQ(WriteWholeFile("/dev/full", BytesOf("lost")), WriteResult::kFailed);
+}
+#endif
 
 TEST(Files, LongPathsWork) {
   Recorder recorder;
