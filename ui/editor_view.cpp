@@ -209,13 +209,14 @@ void RefreshList(EditorWindow& editor) {
   ListModel rows = editor.details ? DetailsOf(editor.document, editor.shown_record, hexadecimal)
                                   : ListBelow(editor.document, editor.selected, editor.view, hexadecimal);
   const bool same = SameColumns(rows.columns, editor.rows.columns);
+  // Rows selected now must not be selected by their places among the next ones.
+  ListView_SetItemState(editor.list, -1, 0, LVIS_SELECTED);
   ListView_SetItemCountEx(editor.list, 0, 0);
   if (!same) KeepColumnWidths(editor);
   OrderRows(editor.document, rows, editor.order, hexadecimal);
   editor.rows = std::move(rows);
   if (!same) FillColumns(editor);
   ShowRowOrder(editor);
-  ListView_SetItemState(editor.list, -1, 0, LVIS_SELECTED);
   ListView_SetItemCountEx(editor.list, static_cast<int>(editor.rows.size()), 0);
   InvalidateRect(editor.list, nullptr, TRUE);
   RefreshPanel(editor);
