@@ -67,6 +67,7 @@ void ShowTarget(EditorWindow& editor, HTREEITEM item, int row) {
   SendMessageW(editor.tree, TVM_SETINSERTMARK, LandsBehind(drag.rows[0], target),
                reinterpret_cast<LPARAM>(fits ? item : nullptr));
   if (row >= 0) ListView_SetItemState(editor.list, row, LVIS_DROPHILITED, LVIS_DROPHILITED);
+  InvalidateRect(editor.tree, nullptr, FALSE);  // not every system takes the old mark off by itself
   UpdateWindow(editor.tree);
   UpdateWindow(editor.list);
   ImageList_DragShowNolock(TRUE);
