@@ -82,7 +82,7 @@ bool ReadSatellites(const Context& context, ByteReader& reader, StaticDatabase& 
     Satellite* satellite = database.satellite_pool.Take();
     if (!reader.Read(satellite->record)) return Fail(context);
     if (satellite->record.lnb_index >= kMaximumLnbs) satellite->record.lnb_index = 0;
-    if (satellite->record.name[0] == 0) SetName(satellite->record.name, Format("%u", i + 1));
+    if (satellite->record.name[0] == 0) SetName(satellite->record.name, Format("Satellite%u", i + 1));
     database.satellites.push_back(satellite);
   }
   return true;

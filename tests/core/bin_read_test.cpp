@@ -167,8 +167,9 @@ INSTANTIATE_TEST_SUITE_P(
                    [](const StaticDatabase& d) { EXPECT_EQ(d.satellites[1]->record.lnb_index, 0u); }},
         StreamCase{"lnb_index_15", [](PlainStream& s) { s.satellites[1].lnb = 15; },
                    [](const StaticDatabase& d) { EXPECT_EQ(d.satellites[1]->record.lnb_index, 15u); }},
-        StreamCase{"satellite_without_name", [](PlainStream& s) { s.satellites[1].name = ""; },
-                   [](const StaticDatabase& d) { EXPECT_EQ(NameOf(d.satellites[1]->record.name), "2"); }},
+        StreamCase{
+            "satellite_without_name", [](PlainStream& s) { s.satellites[1].name = ""; },
+            [](const StaticDatabase& d) { EXPECT_EQ(NameOf(d.satellites[1]->record.name), "Satellite2"); }},
         StreamCase{"wrong_carrier_count", [](PlainStream& s) { s.satellites[0].carriers = 60000; },
                    [](const StaticDatabase& d) { EXPECT_EQ(d.satellites[0]->record.carrier_count, 2u); }},
         StreamCase{"carrier_indices_mean_nothing",
