@@ -56,7 +56,9 @@ Document OpenDocument(CommandState& state,
 // message.
 std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count,
                               bool none_allowed = false);
-// Writes the whole output file; throws CommandFailed after "Could not creat file ..." when it cannot.
+// Throws CommandFailed after a message unless the output file was written.
+void ExpectWritten(CommandState& state, const std::string& file, WriteResult result);
+// Writes the whole output file, and expects that it was written.
 void WriteOutput(CommandState& state, const std::string& file, std::span<const uint8_t> content);
 
 void AddDatabaseCommands(CLI::App& program, CommandState& state);  // info check save sort export

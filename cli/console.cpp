@@ -209,8 +209,8 @@ std::vector<size_t> ParseList(CommandState& state, const std::string& text, size
   return positions;
 }
 
-void WriteOutput(CommandState& state, const std::string& file, std::span<const uint8_t> content) {
-  switch (WriteWholeFile(PathFromUtf8(file), content, *state.context.files)) {
+void ExpectWritten(CommandState& state, const std::string& file, WriteResult result) {
+  switch (result) {
     case WriteResult::kDone:
       return;
     case WriteResult::kCannotCreate:
@@ -221,6 +221,10 @@ void WriteOutput(CommandState& state, const std::string& file, std::span<const u
       break;
   }
   throw CommandFailed{};
+}
+
+void WriteOutput(CommandState& state, const std::string& file, std::span<const uint8_t> content) {
+  ExpectWritten(state, file, WriteWholeFile(PathFromUtf8(file), content, *state.context.files));
 }
 
 }  // namespace vexa

@@ -175,9 +175,10 @@ void CollectFiles(CommandState& state, const MergeOptions& options, Merger& merg
 void Merge(CommandState& state, const MergeOptions& options) {
   Merger merger{ModeOf(options.format), {}};
   CollectFiles(state, options, merger);
-  if (!CanMerge(state.context, merger)) throw CommandFailed{};
-  WriteOutput(state, options.output, MergedContent(merger));
-  TellMerged(state.context, PathFromUtf8(options.output));
+  const Path output = PathFromUtf8(options.output);
+  if (!CanMerge(state.context, merger) || !CanMergeInto(state.context, merger, output)) throw CommandFailed{};
+  ExpectWritten(state, options.output, WriteMerged(state.context, merger, output));
+  TellMerged(state.context, output);
 }
 
 void AddMerge(CLI::App& program, CommandState& state) {

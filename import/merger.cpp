@@ -140,16 +140,7 @@ bool CanMergeInto(const Context& context, const Merger& merger, const Path& outp
   return true;
 }
 
-Bytes MergedContent(const Merger& merger) {
-  Bytes merged;
-  for (const Path& path : merger.files) {
-    const Bytes content = ReadWholeFile(path).value_or(Bytes{});
-    merged.insert(merged.end(), content.begin(), content.end());
-  }
-  return merged;
-}
-
-bool WriteMerged(const Context& context, const Merger& merger, const Path& output) {
+WriteResult WriteMerged(const Context& context, const Merger& merger, const Path& output) {
   const Progress& progress = context.progress;
   if (progress.range) progress.range(merger.files.size());
   const auto produce = [&](const PieceWriter& write) {
@@ -159,7 +150,7 @@ bool WriteMerged(const Context& context, const Merger& merger, const Path& outpu
     }
     return true;
   };
-  return WriteWholeFileBy(output, produce, *context.files) == WriteResult::kDone;
+  return WriteWholeFileBy(output, produce, *context.files);
 }
 
 void TellMerged(const Context& context, const Path& output) {

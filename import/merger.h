@@ -41,10 +41,8 @@ bool CanMerge(const Context& context, const Merger& merger);
 // False after a message when `output` is one of the lists that are to be joined, by whatever path.
 bool CanMergeInto(const Context& context, const Merger& merger, const Path& output);
 
-// The merged list; a file that cannot be read adds nothing.
-Bytes MergedContent(const Merger& merger);
-// Writes it, with progress by files. True when it was written.
-bool WriteMerged(const Context& context, const Merger& merger, const Path& output);
+// Writes the merged list, with progress by files; a file that cannot be read adds nothing.
+WriteResult WriteMerged(const Context& context, const Merger& merger, const Path& output);
 // Says that the merged list is there; said in any case.
 void TellMerged(const Context& context, const Path& output);
 

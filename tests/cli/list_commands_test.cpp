@@ -214,6 +214,9 @@ TEST_F(ListCommands, MergeRefusals) {
       {{"merge", "lyngsat", a, old, "--folder", In("."), "-o", out},
        1,
        "error: No Lyngsat ( DAT ) file found.\n"},
+      {{"merge", "dvb2000", a, out, "-o", In("./out")},
+       1,
+       "error: The merged file cannot be one of the selected files.\n"},
       {{"merge", "other", a, old, "-o", out}, 2, nullptr},
       {{"merge", "lyngsat", a, old}, 2, nullptr},
   };
