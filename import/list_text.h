@@ -16,7 +16,8 @@ namespace vexa {
 
 // Leading blanks and a sign are skipped, then digits are taken up to the first other character, modulo 2^32.
 // No digits: 0.
-inline uint32_t DecimalPrefix(std::string_view text) {
+// `text` moves behind the digits.
+inline uint32_t TakeDecimalPrefix(std::string_view& text) {
   size_t i = 0;
   while (i < text.size() && (text[i] == ' ' || (text[i] >= '\t' && text[i] <= '\r'))) ++i;
   if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
@@ -26,7 +27,11 @@ inline uint32_t DecimalPrefix(std::string_view text) {
     if (digit > 9) break;
     value = value * 10 + digit;
   }
+  text.remove_prefix(i);
   return value;
+}
+inline uint32_t DecimalPrefix(std::string_view text) {
+  return TakeDecimalPrefix(text);
 }
 
 // `name` up to its first NUL, cut to 19 characters, NUL-padded.

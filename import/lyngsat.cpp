@@ -62,10 +62,8 @@ std::optional<NamedLine> ReadNamedLine(std::string_view line) {
 
 // Degrees to tenths, further digits dropped.
 uint32_t TenthsOf(std::string_view degrees) {
-  const size_t point = degrees.find('.');
-  uint32_t tenths = DecimalPrefix(degrees.substr(0, point)) * 10;
-  if (point != std::string_view::npos) tenths += DecimalPrefix(degrees.substr(point + 1).substr(0, 1));
-  return tenths;
+  const uint32_t tenths = TakeDecimalPrefix(degrees) * 10;
+  return degrees.starts_with('.') ? tenths + DecimalPrefix(degrees.substr(1, 1)) : tenths;
 }
 
 void TakeSatellite(Reader& reader, std::string_view line) {

@@ -31,6 +31,7 @@ TEST(Lyngsat, Satellites) {
       {":SAT \"Digits dropped\" 5.49 E", "Digits dropped", 54, 1},
       {":SAT \"No digit\" 5. E", "No digit", 50, 1},
       {":SAT \"Point\" .7 E", "Point", 7, 1},
+      {":SAT \"Number ends\" 19x.2 E", "Number ends", 190, 1},
       {":SAT \"Decimal\" 57.3 E", "Decimal", 573, 1},  // 57.3 * 10 is below 573 in binary fractions
       {":SAT \"Wraps\" 409.6 E", "Wraps", 0, 1},
       {":SAT \"A name of more than nineteen\" 1.0 E", "A name of more than", 10, 1},
