@@ -252,10 +252,19 @@ std::vector<std::string> EditorDriver::Tree(bool expand_all) {
   return lines;
 }
 
+HTREEITEM EditorDriver::FirstBelow(HWND tree, HTREEITEM item) {
+  Send(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(item));
+  return reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_CHILD, reinterpret_cast<LPARAM>(item)));
+}
+
 bool EditorDriver::SelectItem(const std::vector<std::string>& path) {
   HWND tree = ChildControl(WC_TREEVIEWW);
-  auto item = reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0));
+  return SelectFrom(tree, reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0)), path);
+}
+
+bool EditorDriver::SelectFrom(HWND tree, HTREEITEM item, const std::vector<std::string>& path) {
   for (size_t i = 0; i < path.size(); ++i) {
+    if (i > 0) item = FirstBelow(tree, item);
     while (item && ItemText(tree, item) != path[i]) {
       item =
           reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_NEXT, reinterpret_cast<LPARAM>(item)));
@@ -264,10 +273,6 @@ bool EditorDriver::SelectItem(const std::vector<std::string>& path) {
       ADD_FAILURE() << "no tree item " << path[i];
       return false;
     }
-    if (i + 1 == path.size()) break;
-    Send(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(item));
-    item =
-        reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_CHILD, reinterpret_cast<LPARAM>(item)));
   }
   return Send(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item)) != 0;
 }
@@ -395,10 +400,17 @@ void EditorDriver::Push(HWND box, int button) {
 }
 
 void EditorDriver::ChooseFolder(HWND dialog, const Path& folder) {
+  // Only the drive is asked for by its path. Wine looks for a path's folders by their names and times, and
+  // does not find one that something was written to since it was listed; the tree is walked by names alone.
   auto* remote = static_cast<char*>(Remote()) + kTextOffset;
-  WriteProcessMemory(process_.hProcess, remote, folder.c_str(),
-                     (folder.native().size() + 1) * sizeof(wchar_t), nullptr);
+  const std::wstring drive = folder.root_path().native();
+  WriteProcessMemory(process_.hProcess, remote, drive.c_str(), (drive.size() + 1) * sizeof(wchar_t), nullptr);
   Send(dialog, BFFM_SETSELECTIONW, TRUE, reinterpret_cast<LPARAM>(remote));
+  HWND tree = FindWindowExW(dialog, nullptr, WC_TREEVIEWW, nullptr);
+  const auto top = reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_CARET, 0));
+  std::vector<std::string> names;
+  for (const Path& name : folder.relative_path()) names.push_back(Utf8FromPath(name));
+  SelectFrom(tree, FirstBelow(tree, top), names);
   Until("the folder's path in the dialog",
         [&] { return BoxText(dialog).find(Utf8FromPath(folder.filename())) != std::string::npos; });
   Press(dialog, IDOK);

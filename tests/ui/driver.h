@@ -86,6 +86,9 @@ class EditorDriver {
   HWND ChildControl(const wchar_t* window_class);
   LRESULT Send(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   std::string ItemText(HWND tree, HTREEITEM item);
+  HTREEITEM FirstBelow(HWND tree, HTREEITEM item);  // opens the item
+  // The same as SelectItem, with the path's first label looked for from `item` on.
+  bool SelectFrom(HWND tree, HTREEITEM item, const std::vector<std::string>& path);
   void Walk(HWND tree, HTREEITEM item, int depth, bool expand, std::vector<std::string>& lines);
   void* Remote();  // memory in the program for one structure and one text
 
