@@ -98,38 +98,4 @@ void MarkCarriers(Satellite& satellite, const Rows& rows, CarrierField field, ui
   }
 }
 
-Rows SelectSatellites(const StaticDatabase& database, SatelliteField field, uint32_t value) {
-  Rows rows;
-  for (size_t row = 0; row < database.satellites.size(); ++row) {
-    const SatelliteRecord& record = database.satellites[row]->record;
-    const bool matches = field == SatelliteField::kLnbIndex ? record.lnb_index == value
-                         : field == SatelliteField::kEast   ? record.east == (value != 0)
-                                                            : record.user == (value == 0);
-    if (matches) rows.push_back(row);
-  }
-  return rows;
-}
-
-Rows SelectCarriers(const Satellite& satellite, CarrierField field, uint32_t value) {
-  Rows rows;
-  for (size_t row = 0; row < satellite.carriers.size(); ++row) {
-    const CarrierRecord& record = satellite.carriers[row]->record;
-    const bool matches = field == CarrierField::kPolarization ? record.polarization == value
-                         : field == CarrierField::kFec        ? record.fec == value
-                                                              : record.user == (value == 0);
-    if (matches) rows.push_back(row);
-  }
-  return rows;
-}
-
-Rows InvertSelection(size_t count, const Rows& rows) {
-  std::vector<bool> chosen(count);
-  for (const size_t row : rows)
-    if (row < count) chosen[row] = true;
-  Rows inverted;
-  for (size_t row = 0; row < count; ++row)
-    if (!chosen[row]) inverted.push_back(row);
-  return inverted;
-}
-
 }  // namespace vexa

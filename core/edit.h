@@ -92,14 +92,11 @@ struct MoveDialogTexts {
 MoveDialogTexts SatelliteMoveTexts(size_t row, bool swap);
 MoveDialogTexts CarrierMoveTexts(size_t row, bool swap);
 
-// ---- Mark as, select by, invert.
+// ---- Mark as.
 enum class SatelliteField { kLnbIndex, kEast, kFactoryDefault };  // LNB indices from 0
 enum class CarrierField { kPolarization, kFec, kFactoryDefault };
 void MarkSatellites(StaticDatabase& database, const Rows& rows, SatelliteField field, uint32_t value);
 void MarkCarriers(Satellite& satellite, const Rows& rows, CarrierField field, uint32_t value);
-Rows SelectSatellites(const StaticDatabase& database, SatelliteField field, uint32_t value);
-Rows SelectCarriers(const Satellite& satellite, CarrierField field, uint32_t value);
-Rows InvertSelection(size_t count, const Rows& rows);
 
 // ---- Drag and drop in the tree.
 enum class DropKind { kSdb, kLnb, kSatellite, kCarrier, kService, kTvEntry, kRadioEntry, kUbi, kOther };

@@ -107,12 +107,6 @@ bool CheckNumbers(const Messages& messages, const Carrier& carrier, const std::v
   return false;
 }
 
-bool CheckServiceRoom(const Messages& messages, const Carrier& carrier, size_t incoming) {
-  if (carrier.services.size() + incoming <= kMaximumServices) return true;
-  Tell(messages, Icon::kStop, "Service records exceed the limit. Can not add.");
-  return false;
-}
-
 size_t PlaceOf(const Carrier& carrier, const Service* service) {
   return static_cast<size_t>(std::find(carrier.services.begin(), carrier.services.end(), service) -
                              carrier.services.begin());
@@ -213,9 +207,7 @@ bool MoveServicesToCarrier(const Messages& messages, StaticDatabase& database,
          "Both selected and destination carriers are same. Select a valid destination carrier.");
     return false;
   }
-  if (!CheckNumbers(messages, destination, selected) ||
-      !CheckServiceRoom(messages, destination, selected.size()))
-    return false;
+  if (!CheckNumbers(messages, destination, selected)) return false;
   std::unordered_set<Carrier*> sources;
   const std::unordered_set<const Service*> moved(selected.begin(), selected.end());
   const auto& siblings = destination.satellite->carriers;
@@ -304,8 +296,7 @@ bool DropService(const Messages& messages, StaticDatabase& database, const DropN
     return true;
   }
   Service& service = *source->services[dragged.row];
-  if (!CheckNumbers(messages, *destination, {&service}) || !CheckServiceRoom(messages, *destination, 1))
-    return false;
+  if (!CheckNumbers(messages, *destination, {&service})) return false;
   Rehome(database, service, *destination, target.row);
   return true;
 }

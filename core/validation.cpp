@@ -216,7 +216,7 @@ ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal) {
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
                                     const Carrier* carrier, ServiceRecord& record) {
   const std::string name = LatinFromUtf8(form.name);
-  const uint32_t number = static_cast<uint32_t>(NumberOf(form.program_number)) & 0xFFFF;
+  const auto number = static_cast<uint32_t>(std::clamp<int64_t>(NumberOf(form.program_number), 0, 0xFFFF));
   const int64_t video_entered = NumberOf(form.video_pid, hexadecimal);
   const int64_t audio_entered = NumberOf(form.audio_pid, hexadecimal);
   const int64_t pcr_entered = NumberOf(form.pcr_pid, hexadecimal);

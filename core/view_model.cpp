@@ -194,8 +194,7 @@ std::string NodeLabel(const Document& document, const NodeRef& node) {
     case NodeKind::kRadioGroup: {
       if (!database) return "";
       const FavouriteRecord& record = database->favourites[node.index].record;
-      const std::string name = NameText(node.kind == NodeKind::kTvGroup ? record.tv_name : record.radio_name);
-      return Format("[ %d ] %s", number, name.c_str());
+      return NameText(node.kind == NodeKind::kTvGroup ? record.tv_name : record.radio_name);
     }
     case NodeKind::kUbiLevel:
       return "Box Infos";

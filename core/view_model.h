@@ -4,8 +4,8 @@
 //
 //   SDB ---+-- LNBs ---------- [ n ] LNB
 //          +-- Satellites ---- [ n ] satellite ---- [ n ] carrier ---- [ n ] service
-//          +-- TV Groups ----- [ n ] favourite group, by the name of its TV list
-//          +-- Radio Groups -- [ n ] favourite group, by the name of its radio list
+//          +-- TV Groups ----- name of the favourite group's TV list
+//          +-- Radio Groups -- name of the favourite group's radio list
 //   Box Infos --- UBI
 //
 // All texts are UTF-8. Numbers shown are one-based. A NodeRef is good until the document is changed.

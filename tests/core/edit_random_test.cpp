@@ -1,5 +1,6 @@
-// Long random sequences of operations: the links hold after each, what is saved opens again as it was, and
-// every step can be undone and redone to the bit.
+// Long random sequences of operations, through the nodes that a window shows: the links hold after each, a
+// refused one changes nothing, every step can be undone and redone to the bit, and what is saved opens again
+// as it was.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -7,7 +8,8 @@
 #include <map>
 
 #include "core/bin_file.h"
-#include "core/edit.h"
+#include "core/node_edit.h"
+#include "core/row_order.h"
 #include "core/sort.h"
 #include "core/undo.h"
 #include "core/validation.h"
@@ -75,6 +77,8 @@ std::string Difference(const Document& one, const Document& other) {
 }
 
 struct Player {
+  enum class Result { kRefused, kDone, kSorted };
+
   std::mt19937 random;
   Recorder recorder;
   Document document;
@@ -83,183 +87,154 @@ struct Player {
   explicit Player(unsigned seed) : random(seed), document(MakeRandomDocument(random)) {}
   const Messages& messages() { return recorder.context.messages; }
   size_t Upto(size_t highest) { return std::uniform_int_distribution<size_t>(0, highest)(random); }
+  uint32_t Code(uint32_t highest) { return static_cast<uint32_t>(Upto(highest)); }
+  bool Rarely() { return Upto(4) == 0; }
   template <class T>
   T* Any(const std::vector<T*>& list) {
     return list.empty() ? nullptr : list[Upto(list.size() - 1)];
   }
   StaticDatabase& Database() { return *document.sdbs[Upto(document.sdbs.size() - 1)].database; }
-  Rows Run(size_t count) {
-    if (count == 0) return {};
-    Rows rows = {Upto(count - 1)};
-    while (Upto(1) == 0 && rows.back() + 1 < count) rows.push_back(rows.back() + 1);
+
+  NodeRef AnyNode() {
+    auto nodes = RootNodes(document);
+    while (true) {
+      const NodeRef node = nodes[Upto(nodes.size() - 1)];
+      nodes = ChildNodes(document, node);
+      if (nodes.empty() || Rarely()) return node;
+    }
+  }
+  // What a user selects in the list: mostly rows that follow one another.
+  std::vector<NodeRef> AnyRows() {
+    ListModel list = ListBelow(document, AnyNode(), static_cast<ListView>(Upto(4)), false);
+    if (Rarely()) OrderRows(document, list, {static_cast<int>(Upto(8)), Upto(1) == 1}, false);
+    std::vector<NodeRef> rows;
+    for (size_t row = Upto(list.rows.size()); row < list.rows.size(); row += Rarely() ? 2 : 1) {
+      rows.push_back(list.rows[row]);
+      if (Upto(1) == 0) break;
+    }
     return rows;
   }
-  std::string Target(size_t count) { return std::to_string(Upto(count + 1)); }
-  std::vector<Service*> Services(const StaticDatabase& database) {
+  std::vector<Service*> AnyServices(const StaticDatabase& database) {
     std::vector<Service*> services;
     for (size_t i = Upto(4); i-- > 0 && !database.services.empty();)
       services.push_back(Any(database.services));
     return services;
   }
+  std::string Number(size_t highest) { return std::to_string(Upto(highest)); }
 
-  void Add(StaticDatabase& database) {
-    Satellite* satellite = Any(database.satellites);
-    Carrier* carrier = Any(database.carriers);
-    const auto filter = static_cast<ServiceFilter>(Upto(2));
-    switch (Upto(8)) {
-      case 0:
-        AddLnb(messages(), database, defaults);
-        break;
-      case 1:
-        AddSatellite(messages(), database, defaults);
-        break;
-      case 2:
-        InsertSatellite(messages(), database, defaults, Run(database.satellites.size()));
-        break;
-      case 3:
-        if (satellite) AddCarrier(messages(), database, *satellite, defaults);
-        break;
-      case 4:
-        if (satellite)
-          InsertCarrier(messages(), database, *satellite, defaults, Run(satellite->carriers.size()));
-        break;
-      case 5:
-        if (carrier) AddService(messages(), database, *carrier, defaults, filter);
-        break;
-      case 6:
-        if (carrier)
-          InsertService(messages(), database, *carrier, defaults, Run(carrier->services.size()), filter);
-        break;
-      case 7:
-        Upto(1) ? (void)AddSdb(messages(), document) : (void)AddUbi(messages(), document);
-        break;
-      default:
-        AddFavourites(messages(), database.favourites[Upto(7)], static_cast<GroupKind>(Upto(1)),
-                      Services(database));
-    }
+  bool Delete() {
+    const auto rows = Upto(9) == 0 ? std::vector<NodeRef>{AnyNode()} : AnyRows();
+    const bool much = !rows.empty() && rows[0].kind <= NodeKind::kSatellite;
+    return (!much || Rarely()) && DeleteNodes(messages(), document, rows);
   }
 
-  void Delete(StaticDatabase& database) {
-    Satellite* satellite = Any(database.satellites);
-    switch (Upto(6)) {
-      case 0:
-        DeleteLnbs(messages(), database, Run(database.lnb_count));
-        break;
-      case 1:
-        if (Upto(3) == 0) DeleteSatellites(database, Run(database.satellites.size()));
-        break;
-      case 2:
-        if (satellite) DeleteCarriers(database, *satellite, Run(satellite->carriers.size()));
-        break;
-      case 3:
-        DeleteServices(database, Services(database));
-        break;
-      case 4:
-        DeleteUbi(document, Upto(2));
-        break;
-      case 5: {
-        FavouriteGroup& group = database.favourites[Upto(7)];
-        DeleteFavourites(group, GroupKind::kTv, Run(group.tv.size()));
-        break;
-      }
-      default:
-        if (Upto(4) == 0) DeleteSdb(messages(), document, Upto(document.sdbs.size() - 1));
-    }
+  bool Move() {
+    const auto rows = AnyRows();
+    const bool swap = Upto(1) == 1;
+    if (!CheckMoveNodes(messages(), rows, swap)) return false;
+    StaticDatabase& database = *document.sdbs[rows[0].sdb].database;
+    if (rows[0].kind != NodeKind::kService || (!swap && Upto(1) == 0))
+      return MoveNodes(messages(), document, rows, swap, Number(rows.back().index + 3));
+    if (swap) return SwapServices(messages(), database, ServicesOf(rows));
+    return MoveServicesToCarrier(messages(), database, ServicesOf(rows), *Any(database.carriers));
   }
 
-  void Move(StaticDatabase& database) {
-    Satellite* satellite = Any(database.satellites);
-    Carrier* carrier = Any(database.carriers);
-    FavouriteGroup& group = database.favourites[Upto(7)];
-    const size_t satellites = database.satellites.size(),
-                 carriers = satellite ? satellite->carriers.size() : 0;
-    const size_t services = carrier ? carrier->services.size() : 0;
-    switch (Upto(7)) {
-      case 0:
-        MoveSatellites(messages(), database, Run(satellites), Target(satellites));
-        break;
-      case 1:
-        SwapSatellites(messages(), database, Run(satellites), Target(satellites));
-        break;
-      case 2:
-        if (satellite) MoveCarriers(messages(), database, *satellite, Run(carriers), Target(carriers));
-        break;
-      case 3:
-        if (satellite) SwapCarriers(messages(), database, *satellite, Run(carriers), Target(carriers));
-        break;
-      case 4:
-        if (carrier) MoveServices(messages(), database, *carrier, Run(services), Target(services));
-        break;
-      case 5:
-        SwapServices(messages(), database, Services(database));
-        break;
-      case 6:
-        if (carrier) MoveServicesToCarrier(messages(), database, Services(database), *carrier);
-        break;
-      default:
-        MoveFavourites(messages(), group, GroupKind::kTv, Run(group.tv.size()), Target(group.tv.size()));
-    }
+  bool Drop() {
+    const NodeRef from = AnyNode();
+    NodeRef to = AnyNode();
+    for (int i = 0; i < 20 && to.kind != from.kind; ++i) to = AnyNode();
+    if (Upto(3) > 0) return DropNodeOn(messages(), document, from, to);
+    const auto rows = AnyRows();
+    return rows.size() > 1 && DropNodeOn(messages(), document, rows.front(), rows.back());
   }
 
-  void Edit(StaticDatabase& database) {
-    Satellite* satellite = Any(database.satellites);
-    switch (Upto(4)) {
-      case 0:
-        MarkSatellites(database, Run(database.satellites.size()), static_cast<SatelliteField>(Upto(2)),
-                       static_cast<uint32_t>(Upto(15)));
-        break;
-      case 1:
-        if (satellite)
-          MarkCarriers(*satellite, Run(satellite->carriers.size()), static_cast<CarrierField>(Upto(2)),
-                       static_cast<uint32_t>(Upto(3)));
-        break;
-      case 2:
-        StoreSdbName(Upto(1) ? "New" : "Old", document.sdbs[0]);
-        break;
-      case 3:
-        StoreGroupName("News", database.favourites[Upto(7)], Upto(1) == 1);
-        break;
-      default:
-        document.compress_payload = !document.compress_payload;
-    }
-  }
-
-  DropNode Node() { return {static_cast<DropKind>(Upto(8)), Upto(1), Upto(3), Upto(3), Upto(7), Upto(4)}; }
-
-  // True when it was a sort.
-  bool Step() {
+  bool FillGroup() {
     StaticDatabase& database = Database();
-    switch (Upto(9)) {
-      case 0:
-      case 1:
-      case 2:
-      case 3:
-        Add(database);
-        return false;
-      case 4:
-        Delete(database);
-        return false;
-      case 5:
-      case 6:
-        Move(database);
-        return false;
-      case 7: {
-        DropNode from = Node(), to = Node();
-        if (Upto(3) > 0) to.kind = from.kind, to.sdb = from.sdb = 0;
-        DropRecord(messages(), document, from, to);
-        return false;
-      }
-      case 8:
-        Edit(database);
-        return false;
-      default: {
-        const bool descending = Upto(1) == 1;
-        SortDatabase(database, {{{static_cast<SatelliteKey>(Upto(2))}, descending},
-                                {{static_cast<CarrierKey>(Upto(2)), CarrierKey::kName}, descending},
-                                {{static_cast<ServiceKey>(Upto(2)), ServiceKey::kName}, descending}});
+    if (Upto(1) == 0) return AddRowsToGroup(messages(), document, AnyRows(), Code(8));
+    const auto services = AnyServices(database);
+    return SetEntries(messages(), database.favourites[Upto(7)], static_cast<GroupKind>(Upto(1)),
+                      database.services, {services.begin(), services.end()});
+  }
+
+  bool EditSatellite(SatelliteRecord& record) {
+    SatelliteForm form = SatelliteFormOf(record);
+    form.angle = Number(400);
+    form.position = Number(70);
+    return !StoreSatellite(messages(), form, record);
+  }
+  bool EditCarrier(const NodeRef& node) {
+    CarrierForm form = CarrierFormOf(node.carrier->record);
+    form.name = Rarely() ? "" : "Edited";
+    const auto& database = *document.sdbs[node.sdb].database;
+    return !StoreCarrier(form, LnbOf(database, *node.satellite), node.carrier->record);
+  }
+  bool EditService(const NodeRef& node) {
+    ServiceForm form = ServiceFormOf(node.service->record, false);
+    form.program_number = Number(9);
+    form.type = Code(3);
+    form.audio_pid = Number(9000);
+    recorder.answer = Upto(1) == 1;
+    return !StoreService(messages(), form, false, node.carrier, node.service->record);
+  }
+  bool Edit() {
+    const NodeRef node = AnyNode();
+    auto& ubis = document.ubis;
+    switch (node.kind) {
+      case NodeKind::kSdb:
+        return !StoreSdbName(Rarely() ? "" : Number(99), document.sdbs[node.sdb]);
+      case NodeKind::kLnb:
+        StoreLnb({Number(20000), "1", Code(3), 1, 2, Code(2), 3, 1},
+                 document.sdbs[node.sdb].database->lnbs[node.index], Code(1));
         return true;
+      case NodeKind::kSatellite:
+        return EditSatellite(node.satellite->record);
+      case NodeKind::kCarrier:
+        return EditCarrier(node);
+      case NodeKind::kService:
+        return EditService(node);
+      case NodeKind::kTvGroup:
+      case NodeKind::kRadioGroup:
+        return !StoreGroupName(Rarely() ? "" : "News", Database().favourites[node.index], Upto(1) == 1);
+      case NodeKind::kUbi: {
+        UbiForm form = UbiFormOf(ubis[node.index]);
+        form.lock_code = Number(9999);
+        return !StoreUbi(form, ubis[node.index]);
       }
+      default:
+        Database().compressed ^= true;
+        document.compress_payload ^= true;
+        return true;
     }
+  }
+
+  bool Sort() {
+    const bool descending = Upto(1) == 1;
+    return SortSdbs(messages(), document, {Upto(document.sdbs.size() - 1)},
+                    {{{static_cast<SatelliteKey>(Upto(2))}, descending},
+                     {{static_cast<CarrierKey>(Upto(2)), CarrierKey::kName}, descending},
+                     {{static_cast<ServiceKey>(Upto(2)), ServiceKey::kName}, descending}});
+  }
+
+  bool Mark() {
+    const auto& choices = FieldChoices();
+    MarkNodes(document, AnyRows(), choices[Upto(choices.size() - 1)]);
+    return true;
+  }
+
+  Result Step() {
+    const size_t kind = Upto(14);
+    const auto filter = static_cast<ServiceFilter>(Upto(2));
+    bool done = false;
+    if (kind < 4) done = AddAtNode(messages(), document, AnyNode(), defaults, filter).has_value();
+    if (kind == 4) done = InsertAtRows(messages(), document, AnyRows(), defaults, filter).has_value();
+    if (kind == 5) done = Delete();
+    if (kind == 6 || kind == 7) done = Move();
+    if (kind == 8 || kind == 9) done = Drop();
+    if (kind == 10) done = FillGroup();
+    if (kind == 11) done = Mark();
+    if (kind == 12 || kind == 13) done = Edit();
+    if (kind == 14) done = Sort();
+    return !done ? Result::kRefused : kind == 14 ? Result::kSorted : Result::kDone;
   }
 
   void CheckAll() {
@@ -271,83 +246,96 @@ struct Player {
     }
     ASSERT_EQ(document.slot_mask, mask);
   }
-};
 
-TEST(RandomEdits, LinksHoldAndEveryStepIsUndoneAndRedone) {
-  for (unsigned seed = 1; seed <= 25; ++seed) {
-    SCOPED_TRACE(seed);
-    Player player(seed);
-    UndoHistory history;
-    StartHistory(history, player.document);
-    std::vector<Document> states;
-    states.push_back(CopyDocument(player.document));
-    std::vector<bool> sorts;
-    for (int i = 0; i < 120; ++i) {
-      const bool sort = player.Step();
-      player.CheckAll();
-      if (testing::Test::HasFatalFailure()) return;
-      const std::string change = Difference(states.back(), player.document);
-      ASSERT_EQ(RecordChange(history, player.document, sort), !change.empty()) << change;
-      if (change.empty()) continue;
-      states.push_back(CopyDocument(player.document));
-      sorts.push_back(sort);
-    }
-    ASSERT_GT(states.size(), 40u);
-    for (size_t i = states.size() - 1; i-- > 0;) {
-      EXPECT_STREQ(UndoText(history), sorts[i] ? "&Undo Sorting\tCtrl+Z" : "&Undo\tCtrl+Z");
-      ASSERT_TRUE(Undo(history, player.document));
-      player.CheckAll();
-      ASSERT_EQ(Difference(states[i], player.document), "") << "step " << i;
-      ASSERT_EQ(IsChanged(history), i != 0);
-    }
-    ASSERT_FALSE(Undo(history, player.document));
-    for (size_t i = 1; i < states.size(); ++i) {
-      ASSERT_TRUE(Redo(history, player.document));
-      ASSERT_EQ(Difference(states[i], player.document), "") << "step " << i;
-    }
-    ASSERT_FALSE(Redo(history, player.document));
-  }
-}
-
-TEST(RandomEdits, WhatIsSavedOpensAsItWas) {
-  int opened = 0;
-  for (unsigned seed = 100; seed < 140; ++seed) {
-    SCOPED_TRACE(seed);
-    Player player(seed);
-    for (int i = 0; i < 60; ++i) player.Step();
-    player.recorder.Texts();
-    const auto file = BuildBin(player.recorder.context, player.document, {}, {});
+  void CheckSaved() {
+    const auto file = BuildBin(recorder.context, document, {}, {});
     ASSERT_TRUE(file);
     Document reopened;
-    ASSERT_TRUE(OpenBinBytes(player.recorder.context, *file, reopened));
-    ++opened;
-    ASSERT_EQ(reopened.sdbs.size(), player.document.sdbs.size());
+    ASSERT_TRUE(OpenBinBytes(recorder.context, *file, reopened));
+    ASSERT_EQ(reopened.sdbs.size(), document.sdbs.size());
     for (size_t i = 0; i < reopened.sdbs.size(); ++i) {
-      const StaticDatabase& before = *player.document.sdbs[i].database;
+      const StaticDatabase& before = *document.sdbs[i].database;
       StaticDatabase& after = *reopened.sdbs[i].database;
       ASSERT_EQ(CheckLinks(after), "");
       after.satellites.resize(before.satellites.size());  // a file holds 85 and 16
       after.lnb_count = before.lnb_count;
-      EXPECT_EQ(DatabaseDifference(before, after), "");
+      ASSERT_EQ(DatabaseDifference(before, after), "");
     }
   }
-  EXPECT_EQ(opened, 40);
-}
+};
 
-TEST(RandomEdits, ARefusedOperationChangesNothing) {
-  int refused = 0;
-  for (unsigned seed = 200; seed < 215; ++seed) {
+// The states that the history goes through, whole.
+struct States {
+  UndoHistory history;
+  std::vector<Document> states;
+  std::vector<bool> sorts;  // whether a sort made the state
+  size_t present = 0;
+  std::optional<size_t> saved = 0;
+
+  explicit States(const Document& document) {
+    StartHistory(history, document);
+    states.push_back(CopyDocument(document));
+    sorts.push_back(true);  // the text without any change
+  }
+
+  void Take(const Document& document, Player::Result result) {
+    const std::string change = Difference(states[present], document);
+    if (result == Player::Result::kRefused) {
+      ASSERT_EQ(change, "");
+    }
+    const bool sort = result == Player::Result::kSorted;
+    ASSERT_EQ(RecordChange(history, document, sort), !change.empty()) << change;
+    if (change.empty()) return;
+    if (saved && *saved > present) saved.reset();
+    states.resize(++present);
+    sorts.resize(present);
+    states.push_back(CopyDocument(document));
+    sorts.push_back(sort);
+  }
+
+  // As many steps back (below 0) or forth as there are, at most `steps`.
+  void Go(int steps, Document& document) {
+    for (; steps != 0; steps += steps < 0 ? 1 : -1) {
+      const bool back = steps < 0;
+      const bool there = back ? present > 0 : present + 1 < states.size();
+      ASSERT_EQ(back ? Undo(history, document) : Redo(history, document), there);
+      if (!there) return;
+      present += back ? size_t(-1) : 1;
+      ASSERT_EQ(Difference(states[present], document), "") << "state " << present;
+      ASSERT_STREQ(UndoText(history), sorts[present] ? "&Undo Sorting\tCtrl+Z" : "&Undo\tCtrl+Z");
+      ASSERT_EQ(IsChanged(history), saved != present);
+    }
+  }
+};
+
+TEST(RandomEdits, KeepAllLinksAndEveryStateOfTheHistory) {
+  size_t refused = 0, longest = 0;
+  for (unsigned seed = 1; seed <= 30; ++seed) {
     SCOPED_TRACE(seed);
     Player player(seed);
-    for (int i = 0; i < 150; ++i) {
-      const Document before = CopyDocument(player.document);
-      player.Step();
-      if (player.recorder.Texts().empty()) continue;
-      ++refused;
-      ASSERT_EQ(Difference(before, player.document), "");
+    States states(player.document);
+    for (int i = 0; i < 120; ++i) {
+      player.recorder.Texts();
+      const auto result = player.Step();
+      refused += result == Player::Result::kRefused && !player.recorder.Texts().empty();
+      player.CheckAll();
+      states.Take(player.document, result);
+      if (player.Upto(9) == 0) states.Go(static_cast<int>(player.Upto(8)) - 6, player.document);
+      if (player.Upto(19) == 0) {
+        MarkSaved(states.history);
+        states.saved = states.present;
+      }
+      player.CheckAll();
+      if (testing::Test::HasFatalFailure()) return;
     }
+    player.CheckSaved();
+    longest = std::max(longest, states.states.size());
+    states.Go(-1000, player.document);
+    states.Go(1000, player.document);
+    if (testing::Test::HasFatalFailure()) return;
   }
-  EXPECT_GT(refused, 200);
+  EXPECT_GT(refused, 200u);
+  EXPECT_GT(longest, 40u);
 }
 
 }  // namespace

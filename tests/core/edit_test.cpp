@@ -1,8 +1,7 @@
-#include "core/edit.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/node_edit.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 
@@ -261,23 +260,66 @@ TEST_F(Edits, DeletedStorageIsNotSeenAgain) {
 
 TEST_F(Edits, MarkAndSelectByEveryField) {
   Make(4, 4);
-  Satellite& satellite = *database.satellites[0];
-  MarkSatellites(database, {1, 3}, SatelliteField::kLnbIndex, 15);
-  MarkSatellites(database, {0, 1}, SatelliteField::kEast, 1);
-  MarkSatellites(database, {2}, SatelliteField::kFactoryDefault, 0);
-  EXPECT_THAT(SelectSatellites(database, SatelliteField::kLnbIndex, 15), ElementsAre(1, 3));
-  EXPECT_THAT(SelectSatellites(database, SatelliteField::kEast, 0), ElementsAre(2, 3));
-  EXPECT_THAT(SelectSatellites(database, SatelliteField::kFactoryDefault, 1), ElementsAre(0, 1, 3));
-  MarkSatellites(database, {0, 1, 2, 3}, SatelliteField::kLnbIndex, 16);  // no such LNB
-  EXPECT_THAT(SelectSatellites(database, SatelliteField::kLnbIndex, 0), ElementsAre(0, 2));
-  MarkCarriers(satellite, {0, 2}, CarrierField::kPolarization, kRight);
-  MarkCarriers(satellite, {1}, CarrierField::kFec, 5);
-  MarkCarriers(satellite, {3, 9}, CarrierField::kFactoryDefault, 0);
-  EXPECT_THAT(SelectCarriers(satellite, CarrierField::kPolarization, kRight), ElementsAre(0, 2));
-  EXPECT_THAT(SelectCarriers(satellite, CarrierField::kFec, 5), ElementsAre(1));
-  EXPECT_THAT(SelectCarriers(satellite, CarrierField::kFactoryDefault, 0), ElementsAre(3));
-  EXPECT_THAT(InvertSelection(4, {0, 2, 7}), ElementsAre(1, 3));
+  const auto rows_below = [&](const TreePath& path) {
+    return ListBelow(document, NodesAlong(document, path).back(), ListView::kBelow, false).rows;
+  };
+  const auto satellites = rows_below({0, 1}), carriers = rows_below({0, 1, 0});
+  // Marks two rows of both kinds with each choice of the menu: those, and those alone, are found by it then.
+  for (const FieldChoice& choice : FieldChoices()) {
+    const auto& rows = choice.carrier ? carriers : satellites;
+    for (const FieldChoice& other : FieldChoices()) MarkNodes(document, rows, other);
+    const Rows all = MatchingRows(rows, choice);
+    MarkNodes(document, {satellites[1], carriers[1], satellites[3], carriers[3]}, choice);
+    const bool last = all.size() == 4;  // of its field: what all were marked with
+    EXPECT_EQ(MatchingRows(rows, choice), last ? Rows({0, 1, 2, 3}) : Rows({1, 3})) << choice.text;
+    EXPECT_THAT(MatchingRows(choice.carrier ? satellites : carriers, choice), IsEmpty());
+  }
+  // The last choice of each field, in its bits.
+  const SatelliteRecord& satellite = satellites[0].satellite->record;
+  EXPECT_EQ(satellite.lnb_index, 15u);
+  EXPECT_EQ(satellite.east, 0u);
+  EXPECT_EQ(satellite.user, 1u);
+  const CarrierRecord& carrier = carriers[0].carrier->record;
+  EXPECT_EQ(carrier.polarization, kRight);
+  EXPECT_EQ(carrier.fec, 5u);
+  EXPECT_EQ(carrier.user, 1u);
   EXPECT_EQ(Links(), "");
+}
+
+TEST_F(Edits, ChosenServicesOfAListKeepTheirOrder) {
+  Make(1, 1, 5);
+  const auto& all = database.services;
+  FavouriteGroup& group = database.favourites[0];
+  all[4]->record.type = kRadio;
+  group.tv = {all[3], all[1], all[4], all[3]};  // as a file may have them
+  EXPECT_TRUE(SetEntries(messages, group, GroupKind::kTv, all, {all[0], all[2], all[3], all[4]}));
+  EXPECT_THAT(group.tv, ElementsAre(all[3], all[4], all[3], all[0], all[2]));
+  // Both lists of a group, or neither.
+  Fill(1200);
+  for (size_t i = 5; i < 1010; ++i) all[i]->record.type = kRadio;
+  const auto rows =
+      ListBelow(document, NodesAlong(document, {0, 1, 0, 0}).back(), ListView::kBelow, false).rows;
+  EXPECT_FALSE(AddRowsToGroup(messages, document, rows, 1));
+  EXPECT_THAT(database.favourites[1].tv, IsEmpty());
+  EXPECT_TRUE(AddRowsToGroup(messages, document, {rows[0], rows[1], rows[4]}, 1));
+  EXPECT_THAT(database.favourites[1].tv, ElementsAre(all[0], all[1]));
+  EXPECT_THAT(database.favourites[1].radio, ElementsAre(all[4]));
+  EXPECT_THAT(recorder.Texts(), ElementsAre("This service cannot be added in Favourite2\tgroup since it "
+                                            "exceeds more than 1000 records"));
+}
+
+TEST_F(Edits, AnSdbOfItsOwnFileNeedsASatelliteAndACarrier) {
+  EXPECT_FALSE(CheckSeparateSdb(messages, database));
+  Make(1);
+  EXPECT_FALSE(CheckSeparateSdb(messages, database));
+  AddCarrier(messages, database, *database.satellites[0], defaults);
+  EXPECT_TRUE(CheckSeparateSdb(messages, database));
+  database.lnb_count = 17;
+  EXPECT_FALSE(CheckSeparateSdb(messages, database));
+  EXPECT_THAT(recorder.Texts(),
+              ElementsAre("Invalid SDB. \nNOTE: Valid SDB should contain atleast one satellite record.",
+                          "Invalid SDB. \nNOTE: Valid SDB should contain atleast one Carrier record.",
+                          "Invalid SDB. LNB count exceecds the limit 16."));
 }
 
 }  // namespace

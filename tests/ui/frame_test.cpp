@@ -138,7 +138,7 @@ TEST_F(Frame, NewDatabaseIsEmptyAndClosesWithoutQuestion) {
   const auto tree = editor.Tree(true);
   ASSERT_EQ(tree.size(), 13u) << "SDB1, three levels, eight groups, the box infos";
   EXPECT_EQ(tree.front(), "SDB1");
-  EXPECT_EQ(tree[4], "    [ 1 ] Favourite1");
+  EXPECT_EQ(tree[4], "    Favourite1");
   EXPECT_EQ(tree.back(), "Box Infos");
   EXPECT_THAT(editor.Labels(), IsSupersetOf({"SDB:SDB1  Index 1/1", "LNBs\t0", "Satellites  0", "Carriers\t0",
                                              "Services  0"}));
