@@ -58,6 +58,18 @@ std::string Difference(const StaticDatabase& one, const StaticDatabase& other) {
   return {};
 }
 
+std::string BoxDifference(const Document& one, const Document& other) {
+  if (one.ubis.size() != other.ubis.size()) return "UBI count";
+  for (size_t i = 0; i < one.ubis.size(); ++i)
+    if (one.ubis[i].name != other.ubis[i].name ||
+        std::memcmp(&one.ubis[i].record, &other.ubis[i].record, sizeof(UserBoxInfo)) != 0)
+      return "UBI";
+  // No file knows the flag of boxes that it does not hold.
+  const bool same = one.compress_payload == other.compress_payload &&
+                    (one.ubis.empty() || one.compress_ubis == other.compress_ubis);
+  return same ? "" : "flags";
+}
+
 std::string Difference(const Document& one, const Document& other) {
   if (one.sdbs.size() != other.sdbs.size()) return "SDB count";
   for (size_t i = 0; i < one.sdbs.size(); ++i) {
@@ -66,14 +78,8 @@ std::string Difference(const Document& one, const Document& other) {
     const std::string difference = Difference(*one.sdbs[i].database, *other.sdbs[i].database);
     if (!difference.empty()) return one.sdbs[i].name + ": " + difference;
   }
-  if (one.ubis.size() != other.ubis.size()) return "UBI count";
-  for (size_t i = 0; i < one.ubis.size(); ++i)
-    if (one.ubis[i].name != other.ubis[i].name ||
-        std::memcmp(&one.ubis[i].record, &other.ubis[i].record, sizeof(UserBoxInfo)) != 0)
-      return "UBI";
-  const bool same = one.slot_mask == other.slot_mask && one.compress_payload == other.compress_payload &&
-                    one.compress_ubis == other.compress_ubis && one.settings_block == other.settings_block;
-  return same ? "" : "flags";
+  if (one.slot_mask != other.slot_mask || one.settings_block != other.settings_block) return "slots";
+  return BoxDifference(one, other);
 }
 
 struct Player {
@@ -203,6 +209,7 @@ struct Player {
       default:
         Database().compressed ^= true;
         document.compress_payload ^= true;
+        document.compress_ubis ^= !ubis.empty();
         return true;
     }
   }
@@ -252,14 +259,19 @@ struct Player {
     ASSERT_TRUE(file);
     Document reopened;
     ASSERT_TRUE(OpenBinBytes(recorder.context, *file, reopened));
+    ASSERT_EQ(*BuildBin(recorder.context, document, {}, {}), *file) << "not by what a save leaves behind";
     ASSERT_EQ(reopened.sdbs.size(), document.sdbs.size());
+    ASSERT_EQ(BoxDifference(reopened, document), "");
     for (size_t i = 0; i < reopened.sdbs.size(); ++i) {
       const StaticDatabase& before = *document.sdbs[i].database;
       StaticDatabase& after = *reopened.sdbs[i].database;
       ASSERT_EQ(CheckLinks(after), "");
-      after.satellites.resize(before.satellites.size());  // a file holds 85 and 16
+      ASSERT_EQ(after.satellites.size(), 85u);
+      ASSERT_EQ(after.lnb_count, 16u);
+      after.satellites.resize(before.satellites.size());
       after.lnb_count = before.lnb_count;
       ASSERT_EQ(DatabaseDifference(before, after), "");
+      ASSERT_EQ(before.compressed, after.compressed);
     }
   }
 };
@@ -313,6 +325,7 @@ TEST(RandomEdits, KeepAllLinksAndEveryStateOfTheHistory) {
   for (unsigned seed = 1; seed <= 30; ++seed) {
     SCOPED_TRACE(seed);
     Player player(seed);
+    player.CheckSaved();
     States states(player.document);
     for (int i = 0; i < 120; ++i) {
       player.recorder.Texts();

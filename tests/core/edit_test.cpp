@@ -87,6 +87,7 @@ TEST_F(Edits, CarriersAndServicesEndAt65535) {
 }
 
 TEST_F(Edits, SdbsAndUbisEndAtSixteen) {
+  EXPECT_EQ(document.sdbs[0].name, "SDB1");
   for (int i = 2; i <= 16; ++i) EXPECT_EQ(AddSdb(messages, document)->name, "SDB" + std::to_string(i));
   EXPECT_FALSE(AddSdb(messages, document));
   for (int i = 1; i <= 16; ++i) EXPECT_EQ(AddUbi(messages, document)->name, "UBI" + std::to_string(i));
@@ -247,15 +248,6 @@ TEST_F(Edits, WhatStandsBelowGoesWithARecord) {
   EXPECT_EQ(Links(), "");
   EXPECT_THAT(database.favourites[0].tv, IsEmpty());
   EXPECT_EQ(database.satellites.size(), 1u);
-}
-
-TEST_F(Edits, DeletedStorageIsNotSeenAgain) {
-  Make(1, 1, 1);
-  FirstCarrier().record.kept_16 = 0xFFFF;
-  DeleteCarriers(database, *database.satellites[0], {0});
-  Carrier& carrier = *AddCarrier(messages, database, *database.satellites[0], defaults);
-  EXPECT_TRUE(carrier.services.empty());
-  EXPECT_EQ(carrier.record.kept_16, 0u);
 }
 
 TEST_F(Edits, MarkAndSelectByEveryField) {

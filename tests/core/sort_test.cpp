@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cctype>
-
 #include "core/bin_file.h"
 #include "core/edit.h"
 #include "tests/support/random_database.h"
@@ -15,58 +13,35 @@ namespace {
 
 using testing::ElementsAre;
 
-// The passes word for word, slow: what SortDatabase is measured against.
-int CompareNames(std::string_view a, std::string_view b) {
-  for (size_t i = 0; i < std::max(a.size(), b.size()); ++i) {
-    const int x = i < a.size() ? static_cast<uint8_t>(a[i]) : 0,
-              y = i < b.size() ? static_cast<uint8_t>(b[i]) : 0;
-    const auto fold = [](int c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; };
-    if (fold(x) != fold(y)) return fold(x) - fold(y);
-  }
-  return 0;
-}
+// The passes word for word, slow: what SortDatabase is measured against. Of a record by a key: what must be
+// equal for a later key to count, and what the order follows.
+using Values = std::pair<std::string, std::string>;
 
-template <class T>
-bool Earlier(const T& a, const T& b, bool descending) {
-  return descending ? a > b : a < b;
+Values NameValues(std::string_view name) {
+  std::string folded(name);
+  for (char& c : folded)
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+  return {std::string(name), folded};
 }
-
-bool EarlierName(std::string_view a, std::string_view b, bool descending) {
-  const int order = CompareNames(a, b);
-  return descending ? order > 0 : order < 0;
+Values NumberValues(uint32_t number) {
+  return {Format("%010u", number), Format("%010u", number)};
 }
-
-bool Before(const Satellite& a, const Satellite& b, SatelliteKey key, bool descending) {
-  if (key == SatelliteKey::kName)
-    return EarlierName(NameOf(a.record.name), NameOf(b.record.name), descending);
-  if (key == SatelliteKey::kAngle) return Earlier<uint32_t>(a.record.angle, b.record.angle, descending);
-  return descending ? !a.record.east && b.record.east : a.record.east && !b.record.east;
+Values ValuesOf(const Satellite& satellite, SatelliteKey key, bool) {
+  const SatelliteRecord& record = satellite.record;
+  if (key == SatelliteKey::kName) return NameValues(NameOf(record.name));
+  return NumberValues(key == SatelliteKey::kAngle ? record.angle : 1u - record.east);
 }
-bool Before(const Carrier& a, const Carrier& b, CarrierKey key, bool descending) {
-  if (key == CarrierKey::kName) return EarlierName(NameOf(a.record.name), NameOf(b.record.name), descending);
-  if (key == CarrierKey::kFrequency)
-    return Earlier<uint32_t>(a.record.frequency, b.record.frequency, descending);
-  return !descending && a.record.symbol_rate < b.record.symbol_rate;
+Values ValuesOf(const Carrier& carrier, CarrierKey key, bool descending) {
+  const CarrierRecord& record = carrier.record;
+  if (key == CarrierKey::kName) return NameValues(NameOf(record.name));
+  if (key == CarrierKey::kFrequency) return NumberValues(record.frequency);
+  return {NumberValues(record.symbol_rate).first, descending ? "" : NumberValues(record.symbol_rate).second};
 }
-bool Before(const Service& a, const Service& b, ServiceKey key, bool descending) {
-  if (key == ServiceKey::kName) return EarlierName(NameOf(a.record.name), NameOf(b.record.name), descending);
-  if (key == ServiceKey::kStatus)
-    return descending ? !a.record.free && b.record.free : a.record.free && !b.record.free;
-  const bool a_tv = a.record.type == kTv, b_tv = b.record.type == kTv;
-  return descending ? !a_tv && b_tv : a_tv && !b_tv;
-}
-bool Equal(const Satellite& a, const Satellite& b, SatelliteKey key) {
-  if (key == SatelliteKey::kName) return NameOf(a.record.name) == NameOf(b.record.name);
-  return key == SatelliteKey::kFlag ? a.record.east == b.record.east : a.record.angle == b.record.angle;
-}
-bool Equal(const Carrier& a, const Carrier& b, CarrierKey key) {
-  if (key == CarrierKey::kName) return NameOf(a.record.name) == NameOf(b.record.name);
-  return key == CarrierKey::kFrequency ? a.record.frequency == b.record.frequency
-                                       : a.record.symbol_rate == b.record.symbol_rate;
-}
-bool Equal(const Service& a, const Service& b, ServiceKey key) {
-  if (key == ServiceKey::kName) return NameOf(a.record.name) == NameOf(b.record.name);
-  return key == ServiceKey::kStatus ? a.record.free == b.record.free : a.record.type == b.record.type;
+Values ValuesOf(const Service& service, ServiceKey key, bool) {
+  const ServiceRecord& record = service.record;
+  if (key == ServiceKey::kName) return NameValues(NameOf(record.name));
+  if (key == ServiceKey::kStatus) return NumberValues(1u - record.free);
+  return {NumberValues(record.type).first, record.type == kTv ? "0" : "1"};
 }
 bool TakesFirst(SatelliteKey key) {
   return key == SatelliteKey::kFlag;
@@ -77,13 +52,9 @@ bool TakesFirst(CarrierKey) {
 bool TakesFirst(ServiceKey key) {
   return key != ServiceKey::kName;
 }
-bool Comparable(const Satellite& a, const Satellite& b) {
-  return a.carriers.empty() == b.carriers.empty();
-}
-bool Comparable(const Carrier&, const Carrier&) {
-  return true;
-}
-bool Comparable(const Service&, const Service&) {
+template <class T>
+bool Comparable(const T& a, const T& b) {
+  if constexpr (std::is_same_v<T, Satellite>) return a.carriers.empty() == b.carriers.empty();
   return true;
 }
 
@@ -94,9 +65,13 @@ std::vector<T*> LiteralSort(std::vector<T*> list, const SortKeys<Key>& options) 
       size_t best = i;
       for (size_t j = i + 1; j < list.size(); ++j) {
         bool considered = Comparable(*list[j], *list[best]);
+        const auto values = [&](size_t row, size_t k) {
+          return ValuesOf(*list[row], options.keys[k], options.descending);
+        };
         for (size_t k = 0; k < pass; ++k)
-          considered = considered && Equal(*list[j], *list[best], options.keys[k]);
-        if (!considered || !Before(*list[j], *list[best], options.keys[pass], options.descending)) continue;
+          considered = considered && values(j, k).first == values(best, k).first;
+        const std::string mine = values(j, pass).second, its = values(best, pass).second;
+        if (!considered || !(options.descending ? mine > its : mine < its)) continue;
         best = j;
         if (TakesFirst(options.keys[pass])) break;
       }

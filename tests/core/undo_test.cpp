@@ -13,9 +13,9 @@ struct History : testing::Test {
   Document document = NewDocument();
   UndoHistory history;
   History() { StartHistory(history, document); }
-  bool Rename(const char* name, bool sort = false) {
+  bool Rename(const char* name) {
     document.sdbs[0].name = name;
-    return RecordChange(history, document, sort);
+    return RecordChange(history, document);
   }
 };
 
@@ -45,16 +45,6 @@ TEST_F(History, ASavedStateThatIsOverwrittenIsNeverReachedAgain) {
   EXPECT_TRUE(IsChanged(history));
   Undo(history, document);
   EXPECT_TRUE(IsChanged(history));
-}
-
-TEST_F(History, TheTextNamesASortOrNothing) {
-  EXPECT_STREQ(UndoText(history), "&Undo Sorting\tCtrl+Z");
-  Rename("A");
-  EXPECT_STREQ(UndoText(history), "&Undo\tCtrl+Z");
-  Rename("B", true);
-  EXPECT_STREQ(UndoText(history), "&Undo Sorting\tCtrl+Z");
-  Undo(history, document);
-  EXPECT_STREQ(UndoText(history), "&Undo\tCtrl+Z");
 }
 
 TEST_F(History, UntouchedSdbsKeepTheirRecords) {

@@ -6,39 +6,14 @@
 
 #include <chrono>
 
+#include "tests/support/random_database.h"
+
 namespace vexa {
 
 namespace {
 
 using testing::ElementsAre;
 using testing::Pair;
-
-Satellite* AddSatellite(StaticDatabase& database, const char* name, uint32_t lnb) {
-  Satellite* satellite = database.satellite_pool.Take();
-  SetName(satellite->record.name, name);
-  satellite->record.lnb_index = lnb & 0xFF;
-  database.satellites.push_back(satellite);
-  return satellite;
-}
-
-Carrier* AddCarrier(StaticDatabase& database, Satellite* satellite, const char* name) {
-  Carrier* carrier = database.carrier_pool.Take();
-  SetName(carrier->record.name, name);
-  carrier->satellite = satellite;
-  satellite->carriers.push_back(carrier);
-  database.carriers.push_back(carrier);
-  return carrier;
-}
-
-Service* AddService(StaticDatabase& database, Carrier* carrier, const char* name, uint32_t type) {
-  Service* service = database.service_pool.Take();
-  SetName(service->record.name, name);
-  service->record.type = type & 3;
-  service->carrier = carrier;
-  carrier->services.push_back(service);
-  database.services.push_back(service);
-  return service;
-}
 
 // SDB1: two LNBs; "Astra" on LNB 2 with carriers C1 (TV "Eins", radio "Zwei") and C2 (nothing); "Empty" on
 // LNB 1.
@@ -47,29 +22,23 @@ class ViewModel : public testing::Test {
   ViewModel() : document_(NewDocument()) {
     StaticDatabase& database = *document_.sdbs[0].database;
     database.lnb_count = 2;
-    database.lnbs[1] = {};
-    database.lnbs[1].frequency1 = 9750;
-    database.lnbs[1].frequency2 = 10600;
-    database.lnbs[1].type = kLnbUniversal;
-    database.lnbs[1].power = 1;
-    astra_ = AddSatellite(database, "Astra", 1);
-    astra_->record.east = 1;
-    astra_->record.angle = 192;
-    astra_->record.position = 7;
-    astra_->record.user = 1;
-    AddSatellite(database, "Empty", 0);
-    Carrier* first = AddCarrier(database, astra_, "C1");
+    database.lnbs[0].type = kLnbNormal;
+    astra_ = AddTestSatellite(database, "Astra");
+    astra_->record = {0, 1, 7, 1, 1, 192, 0, "Astra"};
+    AddTestSatellite(database, "Empty");
+    Carrier* first = AddTestCarrier(database, 0);
     first->record.frequency = 11778;
-    first->record.symbol_rate = 27500;
     first->record.polarization = kVertical;
     first->record.fec = 3;
-    AddCarrier(database, astra_, "C2");
-    eins_ = AddService(database, first, "Eins \xE4", kTv);
+    SetName(first->record.name, "C1");
+    SetName(AddTestCarrier(database, 0)->record.name, "C2");
+    eins_ = AddTestService(database, first);
     eins_->record.program_number = 28106;
     eins_->record.video_pid = 255;
-    eins_->record.audio_pid = kNoPid;
-    eins_->record.free = 1;
-    zwei_ = AddService(database, first, "Zwei", kRadio);
+    SetName(eins_->record.name, "Eins \xE4");
+    zwei_ = AddTestService(database, first);
+    zwei_->record.type = kRadio;
+    SetName(zwei_->record.name, "Zwei");
     database.favourites[2].tv.push_back(eins_);
     database.favourites[2].radio.push_back(zwei_);
     document_.ubis.push_back({"UBI1", {}});
@@ -128,6 +97,7 @@ TEST_F(ViewModel, TreeHoldsEveryRecordUnderItsOwner) {
     EXPECT_EQ(HasChildNodes(document_, node), !test.below.empty()) << test.path.back();
   }
   EXPECT_EQ(ChildNodes(document_, At({"SDB1", "TV Groups"})).size(), 8u);
+  EXPECT_EQ(At({"SDB1", "Radio Groups", "Favourite8"}).index, 7u);
 }
 
 TEST_F(ViewModel, ColoursTellWhatIsInUse) {
@@ -235,8 +205,9 @@ TEST(ViewTexts, AnglesAndCodes) {
 TEST(ViewSpeed, LargestDatabaseIsListedAtOnce) {
   Document document = NewDocument();
   StaticDatabase& database = *document.sdbs[0].database;
-  Carrier* carrier = AddCarrier(database, AddSatellite(database, "S", 0), "C");
-  for (uint32_t i = 0; i < kMaximumServices; ++i) AddService(database, carrier, "x", i % 2 ? kTv : kRadio);
+  AddTestSatellite(database, "S");
+  AddTestCarrier(database, 0);
+  for (uint32_t i = 0; i < kMaximumServices; ++i) AddTestService(database, database.carriers[0]);
   const auto start = std::chrono::steady_clock::now();
   const ListModel list = ListBelow(document, RootNodes(document)[0], ListView::kServices, false);
   const auto end = std::chrono::steady_clock::now();
