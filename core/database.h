@@ -27,7 +27,7 @@ struct Service {
   ServiceRecord record{};
   Carrier* carrier = nullptr;
   uint16_t carrier_position = 0;  // of its carrier within the satellite, from 0
-  uint16_t place = 0;             // scratch of CopyDatabase and of writing a stream; means nothing between
+  uint16_t place = 0;             // scratch of whoever turns references into numbers; means nothing between
 };
 
 struct Carrier {

@@ -1,7 +1,5 @@
 #include "core/undo_state.h"
 
-#include <unordered_map>
-
 #include "core/bytes.h"
 #include "core/edit.h"
 
@@ -28,14 +26,10 @@ enum SdbTable {
 
 static_assert(kSdbTables == kSdbStateTables);
 
-using Places = std::unordered_map<const void*, uint32_t>;
-
 template <class T>
-Places PlacesOf(const std::vector<T*>& records) {
-  Places places;
-  places.reserve(records.size());
-  for (uint32_t i = 0; i < records.size(); ++i) places[records[i]] = i;
-  return places;
+void NumberPlaces(const std::vector<T*>& records) {
+  uint16_t place = 0;
+  for (T* record : records) record->place = place++;
 }
 
 struct PlaceWriter {
@@ -46,8 +40,8 @@ struct PlaceWriter {
     last = place;
   }
   template <class T>
-  void PutAll(const std::vector<T*>& list, const Places& places) {
-    for (const T* record : list) Put(places.at(record));
+  void PutAll(const std::vector<T*>& list) {
+    for (const T* record : list) Put(record->place);
   }
 };
 
@@ -63,22 +57,23 @@ struct PlaceReader {
 };
 
 void PutLists(const StaticDatabase& database, StateTables& tables) {
-  const Places carriers = PlacesOf(database.carriers), services = PlacesOf(database.services);
+  NumberPlaces(database.carriers);
+  NumberPlaces(database.services);
   ByteWriter carrier_counts, service_counts, entry_counts;
   PlaceWriter carrier_lists, service_lists, order, entry_lists;
   for (const Satellite* satellite : database.satellites) {
     carrier_counts.U16(static_cast<uint32_t>(satellite->carriers.size()));
-    carrier_lists.PutAll(satellite->carriers, carriers);
+    carrier_lists.PutAll(satellite->carriers);
   }
   for (const Carrier* carrier : database.carriers) {
     service_counts.U16(static_cast<uint32_t>(carrier->services.size()));
-    service_lists.PutAll(carrier->services, services);
+    service_lists.PutAll(carrier->services);
   }
-  order.PutAll(database.service_order, services);
+  order.PutAll(database.service_order);
   for (const FavouriteGroup& group : database.favourites) {
     for (const auto kind : {GroupKind::kTv, GroupKind::kRadio}) {
       entry_counts.U32(static_cast<uint32_t>(EntriesOf(group, kind).size()));
-      entry_lists.PutAll(EntriesOf(group, kind), services);
+      entry_lists.PutAll(EntriesOf(group, kind));
     }
   }
   tables[kCarrierCounts] = std::move(carrier_counts.bytes());
