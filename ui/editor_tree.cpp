@@ -4,6 +4,7 @@
 #include <compare>
 #include <set>
 
+#include "core/messages.h"
 #include "ui/editor_parts.h"
 #include "ui/frame.h"
 
@@ -77,7 +78,8 @@ class TreeSync {
         old_slots_(editor.shown_slots),
         slots_(SlotsOf(editor.document)) {}
 
-  void Run() {
+  // Nothing, or what to tell the user: the tree has not followed the database, which stays changed.
+  const char* Run() {
     selected_ = KeyOf(old_slots_, editor_.selected);
     CollectOpened(TreeView_GetRoot(editor_.tree));
     editor_.refreshing = true;
@@ -86,6 +88,7 @@ class TreeSync {
     editor_.shown_slots = slots_;
     for (const HTREEITEM item : to_open_) Reopen(item);
     if (selected_item_) TreeView_SelectItem(editor_.tree, selected_item_);
+    return refusal_;
   }
 
  private:
@@ -102,6 +105,12 @@ class TreeSync {
     const bool root = node.kind == NodeKind::kSdb || node.kind == NodeKind::kUbiLevel;
     if (records_ == Records::kRebuilt && !root) return old_node.kind == node.kind;
     return KeyOf(old_slots_, old_node) == KeyOf(slots_, node);
+  }
+
+  void DeleteItem(HTREEITEM item, NodeKind kind) {
+    if (TreeView_DeleteItem(editor_.tree, item)) return;
+    if (kind == NodeKind::kSatellite) refusal_ = "Satellite record cannot be deleted.";
+    if (kind == NodeKind::kCarrier) refusal_ = "Carrier record cannot be deleted.";
   }
 
   void SyncChildren(HTREEITEM parent, const std::vector<NodeRef>& fresh) {
@@ -122,7 +131,8 @@ class TreeSync {
     while (tail < shorter - head && same_at(items.size() - 1 - tail, fresh.size() - 1 - tail)) ++tail;
     // Between equal head and tail, items are used again for other records as far as there are.
     const size_t old_middle = items.size() - head - tail, middle = fresh.size() - head - tail;
-    for (size_t i = middle; i < old_middle; ++i) TreeView_DeleteItem(editor_.tree, items[head + i]);
+    for (size_t i = middle; i < old_middle; ++i)
+      DeleteItem(items[head + i], NodeOf(editor_, places[head + i]).kind);
     for (size_t i = 0; i < fresh.size(); ++i) {
       const bool in_head = i < head + std::min(middle, old_middle), in_tail = i >= fresh.size() - tail;
       if (in_head || in_tail) {
@@ -131,6 +141,7 @@ class TreeSync {
         after_ = items[old_place];
       } else {
         after_ = InsertNode(editor_, parent, i == 0 ? TVI_FIRST : after_, fresh[i]);
+        if (!after_) refusal_ = "Error No: -1 \n( Invalid Process ) Can't Add Information";
         Note(after_, fresh[i]);
         to_open_.push_back(after_);
       }
@@ -176,6 +187,7 @@ class TreeSync {
   std::vector<HTREEITEM> to_open_;
   NodeKey selected_;
   HTREEITEM selected_item_ = nullptr, after_ = nullptr;
+  const char* refusal_ = nullptr;
 };
 
 // The list's rows by what they stand for, to be selected again.
@@ -248,7 +260,7 @@ void RefreshDocument(EditorWindow& editor, Records records) {
   const ListView view = editor.view;
   const RowOrder order = editor.order;
   editor.settled = false;
-  TreeSync(editor, records).Run();
+  const char* refusal = TreeSync(editor, records).Run();
   editor.settled = true;
   editor.selected = NodeOfItem(editor, TreeView_GetSelection(editor.tree));
   const bool same_kind = editor.selected.kind == shown;
@@ -261,6 +273,7 @@ void RefreshDocument(EditorWindow& editor, Records records) {
   InvalidateRect(editor.list, nullptr, TRUE);
   InvalidateRect(editor.tree, nullptr, TRUE);
   RefreshFrame(*editor.app);
+  if (refusal) Tell(editor.app->context.messages, Icon::kStop, "%s", refusal);
 }
 
 }  // namespace vexa
