@@ -38,24 +38,27 @@ std::string ArraysFollowLists(const StaticDatabase& database) {
   return {};
 }
 
+template <class T>
+bool SameBits(const std::vector<T*>& one, const std::vector<T*>& other) {
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](const T* a, const T* b) {
+    return std::memcmp(&a->record, &b->record, sizeof a->record) == 0;
+  });
+}
+
 // Every bit and every order, as places.
 std::string Difference(const StaticDatabase& one, const StaticDatabase& other) {
   std::string difference = DatabaseDifference(one, other);
   if (!difference.empty()) return difference;
   if (std::memcmp(&one.lnbs, &other.lnbs, sizeof one.lnbs) != 0) return "LNB table";
   if (one.compressed != other.compressed) return "compressed";
-  for (size_t i = 0; i < one.carriers.size(); ++i)
-    if (std::memcmp(&one.carriers[i]->record, &other.carriers[i]->record, sizeof(CarrierRecord)) != 0)
-      return Format("bits of carrier %zu", i);
-  for (size_t i = 0; i < one.services.size(); ++i)
-    if (std::memcmp(&one.services[i]->record, &other.services[i]->record, sizeof(ServiceRecord)) != 0)
-      return Format("bits of service %zu", i);
+  if (!SameBits(one.carriers, other.carriers)) return "bits of a carrier";
+  if (!SameBits(one.services, other.services)) return "bits of a service";
   for (size_t i = 0; i < kFavouriteGroups; ++i)
     if (std::memcmp(&one.favourites[i].record, &other.favourites[i].record, sizeof(FavouriteRecord)) != 0)
       return Format("bits of group %zu", i);
-  if (PlacesIn(one.services, one.service_order) != PlacesIn(other.services, other.service_order))
-    return "order";
-  return {};
+  const bool same_order =
+      PlacesIn(one.services, one.service_order) == PlacesIn(other.services, other.service_order);
+  return same_order ? "" : "order";
 }
 
 std::string BoxDifference(const Document& one, const Document& other) {
