@@ -219,6 +219,8 @@ bool EditFavourites(EditorWindow& editor, const NodeRef& node, bool radio) {
   favourites.chosen[1].insert(group.radio.begin(), group.radio.end());
   SetUpFavourites(favourites);
   FormActions actions;
+  actions.anchors = ListAnchors(IDC_FAVOURITES_LIST);
+  actions.resized = [&](Form& form) { FitLastColumn(form, favourites.list); };
   actions.open = [&](Form& form) {
     form.Limit(IDC_RECORD_NAME, static_cast<int>(kNameSize) - 1);
     SetUpList(form, favourites.list, {{"Service Name", 130}, {"Carrier Name", 120}, {"Satellite Name", 0}},

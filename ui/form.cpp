@@ -1,5 +1,7 @@
 #include "ui/form.h"
 
+#include <algorithm>
+
 namespace vexa {
 
 namespace {
@@ -7,7 +9,28 @@ namespace {
 struct OpenForm {
   Application& app;
   FormActions actions;
+  Anchors anchors{};
 };
+
+RECT PlaceOf(HWND dialog, HWND control) {
+  RECT place{};
+  GetWindowRect(control, &place);
+  MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
+  return place;
+}
+
+// The anchor of a control that is not named.
+Anchor AnchorBeside(const std::vector<Anchors::Control>& named, const RECT& place) {
+  Anchor anchor{0, 0, 0, 0, 0};
+  for (const Anchors::Control& other : named) {
+    if (other.anchor.bottom > other.anchor.top && place.top >= other.place.bottom)
+      anchor.top = anchor.bottom = std::max(anchor.top, other.anchor.bottom);
+    const bool beside = place.top < other.place.bottom && place.bottom > other.place.top;
+    if (other.anchor.right > other.anchor.left && beside && place.left >= other.place.right)
+      anchor.left = anchor.right = std::max(anchor.left, other.anchor.right);
+  }
+  return anchor;
+}
 
 void Command(OpenForm& open, HWND dialog, int id, int code) {
   Form form{open.app, dialog};
@@ -25,6 +48,7 @@ INT_PTR CALLBACK FormProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM 
     OpenForm& open = *reinterpret_cast<OpenForm*>(lparam);
     Form form{open.app, dialog};
     if (open.actions.open) open.actions.open(form);
+    open.anchors = TakeAnchors(dialog, open.actions.anchors);
     return TRUE;
   }
   OpenForm* open = reinterpret_cast<OpenForm*>(GetWindowLongPtrW(dialog, DWLP_USER));
@@ -44,7 +68,11 @@ INT_PTR CALLBACK FormProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM 
       open->actions.draw(form, *reinterpret_cast<const DRAWITEMSTRUCT*>(lparam));
       return TRUE;
     case WM_SIZE:
-      if (open->actions.size) open->actions.size(form, LOWORD(lparam), HIWORD(lparam));
+      FollowSize(open->anchors);
+      if (open->actions.resized) open->actions.resized(form);
+      return TRUE;
+    case WM_GETMINMAXINFO:
+      LimitSize(open->anchors, *reinterpret_cast<MINMAXINFO*>(lparam));
       return TRUE;
     default:
       return FALSE;
@@ -52,6 +80,59 @@ INT_PTR CALLBACK FormProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM 
 }
 
 }  // namespace
+
+std::vector<Anchor> ListAnchors(int list) {
+  return {{list, 0, 0, kWhole, kWhole},
+          {IDOK, kWhole, kWhole, kWhole, kWhole},
+          {IDCANCEL, kWhole, kWhole, kWhole, kWhole}};
+}
+
+Anchors TakeAnchors(HWND dialog, const std::vector<Anchor>& named) {
+  Anchors anchors{dialog, {}, {}, {}};
+  for (const Anchor& anchor : named) {
+    HWND control = GetDlgItem(dialog, anchor.id);
+    if (control) anchors.controls.push_back({control, anchor, PlaceOf(dialog, control)});
+  }
+  const std::vector<Anchors::Control> before = anchors.controls;
+  for (HWND child = GetWindow(dialog, GW_CHILD); child && !before.empty();
+       child = GetWindow(child, GW_HWNDNEXT)) {
+    const RECT place = PlaceOf(dialog, child);
+    if (std::none_of(before.begin(), before.end(), [&](const auto& each) { return each.window == child; }))
+      anchors.controls.push_back({child, AnchorBeside(before, place), place});
+  }
+  RECT size{};
+  GetClientRect(dialog, &size);
+  anchors.client = {size.right, size.bottom};
+  GetWindowRect(dialog, &size);
+  anchors.window = {size.right - size.left, size.bottom - size.top};
+  return anchors;
+}
+
+void FollowSize(const Anchors& anchors) {
+  if (anchors.controls.empty()) return;
+  RECT size{};
+  GetClientRect(anchors.dialog, &size);
+  const LONG wider = std::max(size.right - anchors.client.cx, 0L);
+  const LONG higher = std::max(size.bottom - anchors.client.cy, 0L);
+  HDWP moves = BeginDeferWindowPos(static_cast<int>(anchors.controls.size()));
+  for (const Anchors::Control& control : anchors.controls) {
+    if (!moves) break;
+    RECT place = control.place;
+    place.left += wider * control.anchor.left / kWhole;
+    place.top += higher * control.anchor.top / kWhole;
+    place.right += wider * control.anchor.right / kWhole;
+    place.bottom += higher * control.anchor.bottom / kWhole;
+    moves = DeferWindowPos(moves, control.window, nullptr, place.left, place.top, place.right - place.left,
+                           place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+  }
+  if (moves) EndDeferWindowPos(moves);
+  InvalidateRect(anchors.dialog, nullptr, TRUE);
+}
+
+void LimitSize(const Anchors& anchors, MINMAXINFO& limits) {
+  limits.ptMinTrackSize = {std::max(limits.ptMinTrackSize.x, anchors.window.cx),
+                           std::max(limits.ptMinTrackSize.y, anchors.window.cy)};
+}
 
 void Form::Check(int id, bool checked) const {
   CheckDlgButton(window, id, checked ? BST_CHECKED : BST_UNCHECKED);

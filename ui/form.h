@@ -32,6 +32,34 @@ struct Form {
   void End(bool accepted) const;
 };
 
+// How a control of a resizable dialog follows its size: each edge moves by so many percent of what the dialog
+// has grown since it opened.
+struct Anchor {
+  int id;
+  int left, top, right, bottom;
+};
+inline constexpr int kWhole = 100, kHalf = 50;
+// The one list of a dialog, which takes all that the dialog grows, and OK and Cancel in the lower right
+// corner.
+std::vector<Anchor> ListAnchors(int list);
+
+// Where the controls of a dialog stand in the size it opened with, which is also its smallest.
+struct Anchors {
+  HWND dialog = nullptr;
+  struct Control {
+    HWND window;
+    Anchor anchor;
+    RECT place;
+  };
+  std::vector<Control> controls;
+  SIZE client{}, window{};
+};
+// Controls that are not named keep their place beside what grows: below it they go down with the lower edge,
+// right beside it with the right edge. Without any named control the dialog keeps its layout.
+Anchors TakeAnchors(HWND dialog, const std::vector<Anchor>& named);
+void FollowSize(const Anchors& anchors);                     // WM_SIZE
+void LimitSize(const Anchors& anchors, MINMAXINFO& limits);  // WM_GETMINMAXINFO
+
 struct FormActions {
   std::function<void(Form&)> open;  // fills the controls
   // OK was pressed; true ends the dialog as accepted.
@@ -42,8 +70,8 @@ struct FormActions {
   std::function<LRESULT(Form&, NMHDR&)> notify;
   // WM_DRAWITEM of a control that its owner draws.
   std::function<void(Form&, const DRAWITEMSTRUCT&)> draw;
-  // The client area has a new size (resizable dialogs).
-  std::function<void(Form&, int width, int height)> size;
+  std::vector<Anchor> anchors;         // of a resizable dialog
+  std::function<void(Form&)> resized;  // the anchored controls have followed
 };
 
 // Runs the modal dialog of the resource `id`; true when it ended accepted.

@@ -265,6 +265,9 @@ LRESULT UrtNotify(UrtForm& urt, Form& form, NMHDR& header) {
 // The dialog comes back with its fields as they were when the conversion fails.
 void RunUrtForm(Application& app, UrtForm& urt) {
   FormActions actions;
+  actions.anchors = ListAnchors(IDC_IMAGE_LIST);
+  for (const int id : {IDC_IMAGE_URT, IDC_IMAGE_TYPE, IDC_IMAGE_NAME})
+    actions.anchors.push_back({id, 0, kWhole, kWhole, kWhole});
   actions.open = [&urt](Form& form) { OpenUrt(urt, form); };
   actions.accept = [&urt](Form& form) { return AcceptUrt(urt, form); };
   actions.command = [&urt](Form& form, int id, int code) { UrtCommand(urt, form, id, code); };

@@ -39,6 +39,9 @@ StepEnd ChooseSatellites(Application& app, Wizard& wizard) {
   };
 
   FormActions actions;
+  actions.anchors = ListAnchors(IDC_WIZARD_ITEMS);
+  actions.anchors.push_back({IDC_WIZARD_INFORMATION_GROUP, 0, kWhole, kWhole, kWhole});
+  actions.anchors.push_back({IDC_WIZARD_INFORMATION, 0, kWhole, kWhole, kWhole});
   actions.open = [&](Form& form) {
     SetUpList(form, list, {{"S.No", 60}, {"Satellite Name", 380}}, nullptr);
     ShowRows(form, list, satellites.size(), size_t{0});
@@ -135,10 +138,27 @@ void DescribeLists(StepDialog& dialog) {
   };
 }
 
+// Both lists grow alike, the groups below them over their whole width.
+std::vector<Anchor> StepAnchors() {
+  return {{IDC_WIZARD_OWNERS, 0, 0, kHalf, kWhole},
+          {IDC_WIZARD_ITEMS_LABEL, kHalf, 0, kHalf, 0},
+          {IDC_WIZARD_ITEMS, kHalf, 0, kWhole, kWhole},
+          {IDC_WIZARD_OPTION_GROUP, 0, kWhole, kWhole, kWhole},
+          {IDC_WIZARD_INFORMATION_GROUP, 0, kWhole, kWhole, kWhole},
+          {IDC_WIZARD_INFORMATION, 0, kWhole, kWhole, kWhole},
+          {IDC_WIZARD_BACK, kWhole, kWhole, kWhole, kWhole},
+          {IDOK, kWhole, kWhole, kWhole, kWhole}};
+}
+
 StepEnd RunStep(Application& app, WizardStep step) {
   StepDialog dialog{app, step, {}, {}};
   DescribeLists(dialog);
   FormActions actions;
+  actions.anchors = StepAnchors();
+  actions.resized = [&](Form& form) {
+    FitLastColumn(form, dialog.owners);
+    FitLastColumn(form, dialog.items);
+  };
   actions.open = [&](Form& form) { OpenStep(dialog, form); };
   actions.command = [&](Form& form, int id, int) { StepCommand(dialog, form, id); };
   actions.notify = [&](Form& form, NMHDR& header) {

@@ -13,6 +13,9 @@
 #define IDC_WIZARD_TOTAL 1514
 #define IDC_WIZARD_BACK 1515
 #define IDC_WIZARD_ALL 1516
+#define IDC_WIZARD_ITEMS_LABEL 1517
+#define IDC_WIZARD_OPTION_GROUP 1518
+#define IDC_WIZARD_INFORMATION_GROUP 1519
 // The option boxes of steps 2 and 3: this number and that of the option's bit, 0 to 4.
 #define IDC_WIZARD_OPTION 1520
 

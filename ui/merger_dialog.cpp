@@ -235,6 +235,7 @@ LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM wparam, LPARAM lp
 void ShowMerger(Application& app, MergeMode mode) {
   MergerDialog dialog{app, {mode, {}}};
   FormActions actions;
+  actions.anchors = ListAnchors(IDC_MERGE_LIST);
   actions.open = [&](Form& form) {
     SetText(form.window, TextsOf(mode).title);
     dialog.list = form.Control(IDC_MERGE_LIST);

@@ -55,6 +55,8 @@ Carrier* AskCarrier(Application& app, const StaticDatabase& database, Carrier* c
     ShowRows(form, list, satellite->carriers.size(), row);
   };
   FormActions actions;
+  actions.anchors = ListAnchors(IDC_CARRIERS_LIST);
+  actions.resized = [&](Form& form) { FitLastColumn(form, list); };
   actions.open = [&](Form& form) {
     std::vector<std::string> names;
     int choice = 0;
@@ -167,6 +169,8 @@ void ShowServiceDetails(EditorWindow& editor, const NodeRef& node) {
     return column == 0 ? details.details[row].first : details.details[row].second;
   };
   FormActions actions;
+  actions.anchors = ListAnchors(IDC_DETAILS_LIST);
+  actions.resized = [&](Form& form) { FitLastColumn(form, list); };
   actions.open = [&](Form& form) {
     SetUpList(form, list, {{"Name", 120}, {"Value", 0}}, nullptr);
     ShowRows(form, list, details.details.size(), std::nullopt);

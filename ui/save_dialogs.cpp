@@ -54,6 +54,8 @@ std::optional<BinSelection> AskParts(EditorWindow& editor) {
     form.Enable(IDOK, std::find(taken.begin(), first_ubi, true) != first_ubi);
   };
   FormActions actions;
+  actions.anchors = ListAnchors(IDC_PARTS_LIST);
+  actions.resized = [&](Form& form) { FitLastColumn(form, list); };
   actions.open = [&](Form& form) {
     SetUpList(form, list, {{"Name", 160}, {"Kind", 0}}, nullptr);
     ShowRows(form, list, count, std::nullopt);

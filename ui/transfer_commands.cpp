@@ -43,6 +43,7 @@ std::optional<BinSelection> ChooseWhatToSend(Application& app, const Document& d
   const int sdbs = static_cast<int>(document.sdbs.size()),
             all = sdbs + static_cast<int>(document.ubis.size());
   FormActions actions;
+  actions.anchors = ListAnchors(IDC_UPLOAD_LIST);
   actions.open = [&](Form& form) {
     HWND list = form.Control(IDC_UPLOAD_LIST);
     SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);

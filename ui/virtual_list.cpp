@@ -65,19 +65,28 @@ void SetUpList(const Form& form, const VirtualList& list, const std::vector<Virt
   ListView_SetExtendedListViewStyle(control, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | boxes | grid);
   if (list.ticked) ListView_SetCallbackMask(control, LVIS_STATEIMAGEMASK);
   if (pictures) ListView_SetImageList(control, pictures, LVSIL_SMALL);
-  RECT area{};
-  GetClientRect(control, &area);
-  int left = area.right - GetSystemMetrics(SM_CXVSCROLL);
   for (size_t i = 0; i < columns.size(); ++i) {
     std::wstring title = Wide(columns[i].title);
     LVCOLUMNW column{};
     column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_SUBITEM;
-    column.cx = columns[i].width ? Scaled(form.window, columns[i].width) : std::max(left, 1);
+    column.cx = Scaled(form.window, columns[i].width);
     column.pszText = title.data();
     column.iSubItem = static_cast<int>(i);
-    left -= column.cx;
     SendMessageW(control, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
   }
+  if (columns.back().width == 0) FitLastColumn(form, list);
+}
+
+void FitLastColumn(const Form& form, const VirtualList& list) {
+  HWND control = form.Control(list.id);
+  RECT area{};
+  GetClientRect(control, &area);
+  // The scroll bar comes and goes with the rows: room is left for it.
+  const bool scrolls = GetWindowLongPtrW(control, GWL_STYLE) & WS_VSCROLL;
+  LONG left = area.right - (scrolls ? 0 : GetSystemMetrics(SM_CXVSCROLL));
+  const int last = Header_GetItemCount(ListView_GetHeader(control)) - 1;
+  for (int i = 0; i < last; ++i) left -= ListView_GetColumnWidth(control, i);
+  ListView_SetColumnWidth(control, last, std::max(left, 1L));
 }
 
 void ShowRows(const Form& form, VirtualList& list, size_t count, std::optional<size_t> highlighted) {

@@ -26,12 +26,14 @@ struct VirtualList {
 
 struct VirtualColumn {
   const char* title;
-  int width;  // at 96 dots an inch; 0: what is left
+  int width;  // at 96 dots an inch; 0 for the last one: what is left
 };
 
 // Call when the form opens. `pictures` may be nullptr.
 void SetUpList(const Form& form, const VirtualList& list, const std::vector<VirtualColumn>& columns,
                HIMAGELIST pictures);
+// Gives the last column what the others leave of the list's width.
+void FitLastColumn(const Form& form, const VirtualList& list);
 // Shows `count` rows with `highlighted` in sight; does not call `highlight`.
 void ShowRows(const Form& form, VirtualList& list, size_t count, std::optional<size_t> highlighted);
 void RedrawRows(const Form& form, const VirtualList& list);

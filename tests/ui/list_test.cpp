@@ -416,6 +416,38 @@ TEST_F(Lists, MergerHasThreeModes) {
   }
 }
 
+RECT PlaceOf(HWND box, int id) {
+  RECT place{};
+  GetWindowRect(GetDlgItem(box, id), &place);
+  MapWindowPoints(nullptr, box, reinterpret_cast<POINT*>(&place), 2);
+  return place;
+}
+
+// The list takes what the dialog grows; the buttons keep their distance from the edges they stand at.
+TEST_F(Lists, MergerGrowsWithItsList) {
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.Command(kCmdMergeDvb2000);
+  HWND box = editor.WaitForBox("DVB2000 [ DVB ] File Merger");
+  ASSERT_NE(box, nullptr);
+  const int ids[] = {IDC_MERGE_LIST, IDC_MERGE_FILES, IDCANCEL};
+  // Growth of each control's edges: left, top, right, bottom.
+  const RECT growth[] = {{0, 0, 90, 60}, {90, 0, 90, 0}, {90, 60, 90, 60}};
+  RECT before[3], size{};
+  for (int i = 0; i < 3; ++i) before[i] = PlaceOf(box, ids[i]);
+  GetWindowRect(box, &size);
+  SetWindowPos(box, nullptr, 0, 0, size.right - size.left + 90, size.bottom - size.top + 60,
+               SWP_NOMOVE | SWP_NOZORDER);
+  EXPECT_TRUE(editor.Answers());
+  for (int i = 0; i < 3; ++i) {
+    const RECT now = PlaceOf(box, ids[i]);
+    EXPECT_EQ(now.left - before[i].left, growth[i].left) << i;
+    EXPECT_EQ(now.top - before[i].top, growth[i].top) << i;
+    EXPECT_EQ(now.right - before[i].right, growth[i].right) << i;
+    EXPECT_EQ(now.bottom - before[i].bottom, growth[i].bottom) << i;
+  }
+}
+
 TEST_F(Lists, MergerAddsAndRemoves) {
   EditorDriver editor(Program());
   ASSERT_TRUE(editor.WaitForFrame());
