@@ -175,7 +175,8 @@ void CheckStoredBytes(UrtContent& content, uint64_t offset) {
   if (!std::all_of(fill.begin(), fill.end(), [](uint8_t byte) { return byte == 0xFF; })) {
     Add(content, offset, "The fill behind the stored bytes is not all FF.");
   }
-  if (crc == header.stored_crc && !OriginalImage(content))
+  const bool compressed = header.size != header.stored_size;
+  if (crc == header.stored_crc && compressed && !OriginalImage(content))
     Add(content, offset, "The compressed image cannot be expanded.");
 }
 
@@ -302,6 +303,7 @@ UrtContent ReadUrt(std::span<const uint8_t> file) {
   }
   const auto first = NextFrame(reader, content);
   if (!first || !ReadDescriptionBody(first->body, first->offset, content)) return content;
+  content.image.reserve(reader.remaining());
   Assembler assembler{content};
   uint64_t frames = 1, last = first->offset;
   while (reader.remaining() > 0 && frames < content.frames) {

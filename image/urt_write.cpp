@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <functional>
 #include <numeric>
 #include <utility>
 
@@ -8,6 +9,7 @@
 #include "image/crc32_mpeg2.h"
 #include "image/rc4.h"
 #include "image/urt.h"
+#include "platform/file_reader.h"
 
 namespace vexa {
 
@@ -16,28 +18,49 @@ namespace {
 constexpr const char* kTitle = "URT Conversion";
 constexpr size_t kPacketHeader = 12, kFrameOverhead = 9;
 
+// Of `length` bytes the first `stored` are stored ones.
 struct Block {
   uint64_t offset = 0;
-  uint32_t length = 0, packets = 0, crc = 0;
+  uint32_t length = 0, packets = 0, crc = 0, stored = 0, stored_crc = 0;
 };
 
-// The image as it is cut: stored bytes and behind them fill and header. Two spans, as the stored bytes may be
-// many.
+// The stored bytes, in memory or in a file. They are gone through twice, block by block: for the CRCs, which
+// stand first in the URT file, and for the packets.
+struct Source {
+  uint64_t size = 0;
+  // Nothing when they cannot be read.
+  std::function<std::optional<std::span<const uint8_t>>(uint64_t offset, size_t length)> take;
+};
+
+Source MemorySource(std::span<const uint8_t> bytes) {
+  return {bytes.size(), [bytes](uint64_t offset, size_t length) {
+            return std::optional(bytes.subspan(static_cast<size_t>(offset), length));
+          }};
+}
+
+Source FileSource(FileReader& reader) {
+  return {reader.size, [&reader, buffer = Bytes()](uint64_t offset, size_t length) mutable {
+            if (buffer.size() < length) buffer.resize(length);
+            const std::span<uint8_t> part = std::span(buffer).first(length);
+            using Part = std::optional<std::span<const uint8_t>>;
+            return reader.Read(offset, part) ? Part(part) : Part();
+          }};
+}
+
+// The image as it is cut: stored bytes and behind them fill and header.
 struct Prepared {
   uint64_t space = 0;  // the header packet's image space
-  std::span<const uint8_t> stored;
-  Bytes compressed;  // what `stored` spans when the image was compressed
+  Source stored;
+  Bytes compressed;  // what `stored` takes from when the image was compressed
   Bytes tail;
   std::vector<Block> blocks;
+  bool read_failed = false;  // while it was written
 
-  uint64_t size() const { return uint64_t{stored.size()} + tail.size(); }
-  // The two parts of bytes that may lie across the end of the stored ones.
-  std::pair<std::span<const uint8_t>, std::span<const uint8_t>> Part(uint64_t offset, size_t length) const {
-    const uint64_t split = std::min<uint64_t>(offset + length, stored.size());
-    const size_t first = split > offset ? static_cast<size_t>(split - offset) : 0;
-    const auto place = first == length ? size_t{0} : static_cast<size_t>(offset + first - stored.size());
-    return {stored.subspan(first == 0 ? 0 : static_cast<size_t>(offset), first),
-            std::span(tail).subspan(place, length - first)};
+  uint64_t size() const { return stored.size + tail.size(); }
+  // What of the block, from `offset` in it on, is behind the stored bytes.
+  std::span<const uint8_t> Tail(const Block& block, uint32_t offset, size_t length) const {
+    if (length == 0) return {};
+    return std::span(tail).subspan(static_cast<size_t>(block.offset + offset - stored.size), length);
   }
 };
 
@@ -53,20 +76,20 @@ void RefuseSpace(const Context& context) {
   context.messages.tell(Icon::kStop, "Image exceeds the allowed memory space.", kTitle);
 }
 
-bool CompressImage(const Context& context, const ConversionParameters& parameters, Prepared& prepared) {
+bool CompressImage(const Context& context, const ConversionParameters& parameters,
+                   std::span<const uint8_t> image, Prepared& prepared) {
+  Bytes& output = prepared.compressed;
   if (parameters.compression_type == 1) {
-    prepared.compressed = CompressBin2Cod(prepared.stored);
+    output = CompressBin2Cod(image);
   } else {
-    Bytes& output = prepared.compressed;
-    output.resize(static_cast<size_t>(CompressedCapacity(prepared.stored.size())));
-    const uint64_t length =
-        CompressBuffer(context.messages, prepared.stored, output, parameters.level, kTitle);
+    output.resize(static_cast<size_t>(CompressedCapacity(image.size())));
+    const uint64_t length = CompressBuffer(context.messages, image, output, parameters.level, kTitle);
     if (length == 0) return false;
     output.resize(static_cast<size_t>(length));
   }
   // The receiver knows a compressed image by a stored size that differs from its size: one that came out just
   // as long goes as it is.
-  if (prepared.compressed.size() != prepared.stored.size()) prepared.stored = prepared.compressed;
+  if (output.size() != image.size()) prepared.stored = MemorySource(output);
   return true;
 }
 
@@ -104,61 +127,56 @@ Bytes PlainHeader(const ConversionParameters& parameters, const ImageDescription
   return std::move(header.bytes());
 }
 
-// Cuts `size` bytes into blocks, each with the CRC of what of it is stored; gives back the CRC of all stored
-// bytes.
-uint32_t CutBlocks(const ConversionParameters& parameters, uint64_t size, Prepared& prepared) {
-  uint32_t stored_crc = kCrcStart;
+// Cuts `size` bytes into blocks, each with the CRC of what of it is stored, and joins these to the CRC of all
+// stored bytes. False when they cannot be read.
+bool CutBlocks(const ConversionParameters& parameters, uint64_t size, Prepared& prepared,
+               uint32_t& stored_crc) {
+  const Source& source = prepared.stored;
+  stored_crc = kCrcStart;
   for (uint64_t offset = 0; offset < size; offset += parameters.block_size) {
     Block block;
     block.offset = offset;
     block.length = static_cast<uint32_t>(std::min<uint64_t>(parameters.block_size, size - offset));
     block.packets = (block.length + parameters.packet_size - 1) / parameters.packet_size;
     block.crc = kCrcStart;
-    if (offset < prepared.stored.size()) {
-      const size_t length =
-          std::min<size_t>(block.length, prepared.stored.size() - static_cast<size_t>(offset));
-      block.crc = Crc32Mpeg2(prepared.stored.subspan(static_cast<size_t>(offset), length));
-      stored_crc = JoinCrc32Mpeg2(stored_crc, block.crc, length);
+    if (offset < source.size) {
+      block.stored = static_cast<uint32_t>(std::min<uint64_t>(block.length, source.size - offset));
+      const auto bytes = source.take(offset, block.stored);
+      if (!bytes) return false;
+      block.crc = block.stored_crc = Crc32Mpeg2(*bytes);
+      stored_crc = JoinCrc32Mpeg2(stored_crc, block.crc, block.stored);
     }
     prepared.blocks.push_back(block);
   }
-  return stored_crc;
+  return true;
 }
 
-// Compression, fill, header and blocks. False after a message.
-bool PrepareImage(const Context& context, const ConversionParameters& parameters,
-                  const ImageDescription& description, std::span<const uint8_t> image, Prepared& prepared) {
+// Fill, header and blocks around what is stored of an image of `size` bytes.
+ConversionResult PrepareImage(const Context& context, const ConversionParameters& parameters,
+                              const ImageDescription& description, uint64_t size, Prepared& prepared) {
   const ImageRoom room = RoomOfImage(description.type, description.flag);
   const uint64_t space = uint64_t{description.end} - description.start;
-  const uint64_t least = room.header == 0 ? 0 : room.header + 1;
-  const bool fits = description.end >= description.start && space >= least &&
-                    image.size() <= kMaximumImageSize && (room.open || space <= kMaximumImageSize);
-  if (!fits) {
-    RefuseSpace(context);
-    return false;
-  }
-  prepared.stored = image;
-  if (parameters.compressed && !CompressImage(context, parameters, prepared)) return false;
-  const uint64_t stored = prepared.stored.size();
+  const uint64_t stored = prepared.stored.size;
   if (stored > space - room.header) {
     RefuseSpace(context);
-    return false;
+    return ConversionResult::kRefused;
   }
   const uint64_t open_size = stored + room.header;
   const uint64_t fill = room.open ? 4 - open_size % 4 : space - room.header - stored;
   prepared.space = room.open ? open_size + fill : space;
-  const uint32_t stored_crc = CutBlocks(parameters, stored + fill + room.header, prepared);
-  Bytes header;
-  if (room.header != 0) {
-    header = PlainHeader(parameters, description, room.open, image.size(), stored, stored_crc, fill);
-    Rc4(header, kImageHeaderKey);
-  }
+  uint32_t stored_crc = 0;
+  if (!CutBlocks(parameters, stored + fill + room.header, prepared, stored_crc))
+    return ConversionResult::kReadFailed;
   prepared.tail.assign(static_cast<size_t>(fill), 0xFF);
-  prepared.tail.insert(prepared.tail.end(), header.begin(), header.end());
-  for (Block& block : prepared.blocks) {
-    block.crc = Crc32Mpeg2(prepared.Part(block.offset, block.length).second, block.crc);
+  if (room.header != 0) {
+    Bytes header = PlainHeader(parameters, description, room.open, size, stored, stored_crc, fill);
+    Rc4(header, kImageHeaderKey);
+    prepared.tail.insert(prepared.tail.end(), header.begin(), header.end());
   }
-  return true;
+  for (Block& block : prepared.blocks) {
+    block.crc = Crc32Mpeg2(prepared.Tail(block, block.stored, block.length - block.stored), block.crc);
+  }
+  return ConversionResult::kDone;
 }
 
 Bytes DescriptionBody(const ConversionParameters& parameters, const ImageDescription& description,
@@ -229,9 +247,17 @@ void AppendFrameEnd(uint8_t*& out, uint32_t sum) {
   *out++ = 3;
 }
 
-bool AppendPackets(const ConversionParameters& parameters, const Prepared& prepared, uint32_t index,
+bool AppendPackets(const ConversionParameters& parameters, Prepared& prepared, uint32_t index,
                    FrameWriter& writer) {
   const Block& block = prepared.blocks[index];
+  std::span<const uint8_t> stored;
+  if (block.stored != 0) {
+    const auto bytes = prepared.stored.take(block.offset, block.stored);
+    // Someone may have written to the file since its CRCs were taken.
+    prepared.read_failed = !bytes || Crc32Mpeg2(*bytes) != block.stored_crc;
+    if (prepared.read_failed) return false;
+    stored = *bytes;
+  }
   for (uint32_t packet = 0; packet < block.packets; ++packet) {
     const uint32_t offset = packet * parameters.packet_size;
     const uint32_t length = std::min(parameters.packet_size, block.length - offset);
@@ -246,9 +272,11 @@ bool AppendPackets(const ConversionParameters& parameters, const Prepared& prepa
     AppendBig(out, index, 3);
     *out++ = static_cast<uint8_t>(packet);
     AppendBig(out, length, 2);
-    const auto [stored, tail] = prepared.Part(block.offset + offset, length);
-    out = std::copy(stored.begin(), stored.end(), out);
-    out = std::copy(tail.begin(), tail.end(), out);
+    const uint32_t from_stored = offset < block.stored ? std::min(length, block.stored - offset) : 0;
+    const auto first = stored.subspan(from_stored == 0 ? 0 : offset, from_stored);
+    const auto rest = prepared.Tail(block, offset + from_stored, length - from_stored);
+    out = std::copy(first.begin(), first.end(), out);
+    out = std::copy(rest.begin(), rest.end(), out);
     AppendFrameEnd(out, SumOf({body, out}));
     writer.Advance(out);
   }
@@ -274,8 +302,8 @@ Bytes FileStart(const Bytes& body, uint64_t packets) {
   return std::move(start.bytes());
 }
 
-bool WriteUrt(const ConversionParameters& parameters, const ImageDescription& description,
-              const Prepared& prepared, const PieceWriter& write) {
+bool WriteUrt(const ConversionParameters& parameters, const ImageDescription& description, Prepared& prepared,
+              const PieceWriter& write) {
   const Bytes start = FileStart(DescriptionBody(parameters, description, prepared), PacketsOf(prepared));
   FrameWriter writer(write);
   if (!write(start)) return false;
@@ -285,16 +313,34 @@ bool WriteUrt(const ConversionParameters& parameters, const ImageDescription& de
   return writer.Flush();
 }
 
-// The checks and preparation before anything is written. False after a message.
-bool Prepare(const Context& context, const ConversionParameters& parameters,
-             const ImageDescription& description, std::span<const uint8_t> image, Prepared& prepared) {
+// What can be told before any byte of an image of `size` bytes is read. False after a message.
+bool Check(const Context& context, const ConversionParameters& parameters,
+           const ImageDescription& description, uint64_t size) {
   if (parameters.block_size == 0 || parameters.packet_size == 0 ||
       parameters.packet_size > kMaximumUrtPacket) {
     Tell(context.messages, Icon::kStop,
          "Configuration settings not found to process.\nUpdate configuration file and continue");
     return false;
   }
-  return PrepareImage(context, parameters, description, image, prepared);
+  const ImageRoom room = RoomOfImage(description.type, description.flag);
+  const uint64_t space = uint64_t{description.end} - description.start;
+  const uint64_t least = room.header == 0 ? 0 : room.header + 1;
+  const bool fits = description.end >= description.start && space >= least && size <= kMaximumImageSize &&
+                    (room.open || space <= kMaximumImageSize);
+  if (!fits) RefuseSpace(context);
+  return fits;
+}
+
+// Everything before the first byte is written. `image`, in memory, is needed for a compressed one only.
+ConversionResult Prepare(const Context& context, const ConversionParameters& parameters,
+                         const ImageDescription& description, Source source, std::span<const uint8_t> image,
+                         Prepared& prepared) {
+  const uint64_t size = source.size;
+  if (!Check(context, parameters, description, size)) return ConversionResult::kRefused;
+  prepared.stored = std::move(source);
+  if (parameters.compressed && !CompressImage(context, parameters, image, prepared))
+    return ConversionResult::kRefused;
+  return PrepareImage(context, parameters, description, size, prepared);
 }
 
 }  // namespace
@@ -332,7 +378,8 @@ ImageDescription DescribeImage(const ProjectConfig& config) {
 ConversionResult BuildUrt(const Context& context, const ConversionParameters& parameters,
                           const ImageDescription& description, std::span<const uint8_t> image, Bytes& urt) {
   Prepared prepared;
-  if (!Prepare(context, parameters, description, image, prepared)) return ConversionResult::kRefused;
+  const auto result = Prepare(context, parameters, description, MemorySource(image), image, prepared);
+  if (result != ConversionResult::kDone) return result;
   urt.clear();
   const uint64_t packets = PacketsOf(prepared) * (kFrameOverhead + kPacketHeader);
   urt.reserve(static_cast<size_t>(prepared.size() + packets + prepared.blocks.size() * 14 +
@@ -346,8 +393,12 @@ ConversionResult BuildUrt(const Context& context, const ConversionParameters& pa
 
 ConversionResult ConvertToUrt(const Context& context, const ConversionParameters& parameters,
                               const ImageDescription& description, const Path& input, const Path& output) {
-  const auto image = ReadWholeFile(input, kMaximumImageSize);
-  if (!image) {
+  // Compression wants the image whole, and what is no regular file can be read once only.
+  std::optional<FileReader> reader;
+  std::optional<Bytes> image;
+  if (!parameters.compressed) reader = OpenFileReader(input);
+  if (!reader) image = ReadWholeFile(input, kMaximumImageSize);
+  if (!reader && !image) {
     std::error_code error;
     const auto size = std::filesystem::file_size(input, error);
     if (error) return ConversionResult::kCannotOpen;
@@ -356,15 +407,21 @@ ConversionResult ConvertToUrt(const Context& context, const ConversionParameters
     return ConversionResult::kRefused;
   }
   Prepared prepared;
-  if (!Prepare(context, parameters, description, *image, prepared)) return ConversionResult::kRefused;
+  const std::span<const uint8_t> whole =
+      image ? std::span<const uint8_t>(*image) : std::span<const uint8_t>();
+  const auto result = Prepare(context, parameters, description,
+                              reader ? FileSource(*reader) : MemorySource(whole), whole, prepared);
+  if (result != ConversionResult::kDone) return result;
   const auto produce = [&](const PieceWriter& write) {
-    return WriteUrt(parameters, description, prepared, write);
+    const bool done = WriteUrt(parameters, description, prepared, write);
+    reader.reset();  // the output may take its place
+    return done;
   };
   switch (WriteWholeFileBy(output, produce, *context.files)) {
     case WriteResult::kCannotCreate:
       return ConversionResult::kCannotOpen;
     case WriteResult::kFailed:
-      return ConversionResult::kWriteFailed;
+      return prepared.read_failed ? ConversionResult::kReadFailed : ConversionResult::kWriteFailed;
     case WriteResult::kDone:
       break;
   }

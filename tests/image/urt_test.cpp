@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <random>
+#include <fstream>
 
 #include "image/crc32_mpeg2.h"
 #include "image/rc4.h"
@@ -376,6 +376,34 @@ TEST_F(Urt, FilesAppearWholeOrNotAtAll) {
        std::filesystem::directory_iterator(recorder.context.temporary_folder))
     ++left;
   EXPECT_EQ(left, 2u);
+}
+
+// Files are read block by block, twice, memory is not: both make the same.
+TEST_F(Urt, FilesOfManyBlocksAndChangingOnes) {
+  const Path input = recorder.context.temporary_folder / "in.bin",
+             output = recorder.context.temporary_folder / "out.urt";
+  parameters.packet_size = 1000;
+  for (const uint32_t size : {1u, 1023u, 1024u, 1025u, 5000u}) {
+    Type(1, 0, 0, 9000);
+    PutFile(input, Counting(size));
+    EXPECT_EQ(ConvertToUrt(recorder.context, parameters, description, input, output),
+              ConversionResult::kDone);
+    EXPECT_EQ(ReadWholeFile(output), Build(Counting(size))) << size;
+  }
+  for (const bool cut : {true, false}) {
+    PutFile(input, Counting(5000));
+    FileOperations files = SystemFiles();
+    files.create = [&](const Path& path) {
+      if (cut) std::filesystem::resize_file(input, 4999);
+      if (!cut) std::fstream(input, std::ios::in | std::ios::out | std::ios::binary).seekp(10).put('?');
+      return SystemFiles().create(path);
+    };
+    Context context = recorder.context;
+    context.files = &files;
+    EXPECT_EQ(ConvertToUrt(context, parameters, description, input, output), ConversionResult::kReadFailed)
+        << cut;
+    EXPECT_EQ(ReadWholeFile(output), Build(Counting(5000))) << "kept";
+  }
 }
 
 }  // namespace
