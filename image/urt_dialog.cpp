@@ -77,13 +77,20 @@ UrtDialog OpenUrtDialog(const ProjectConfig& config) {
 
 UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image) {
   UrtRow row;
-  row.image = image;
-  if (!image.empty()) row.urt = UrtPathIn(image.parent_path(), image);
+  ChooseUrtImage(row, image);
   if (config.regions.empty()) return row;
   const size_t region = config.image_type_index < config.regions.size() ? config.image_type_index : 0;
   row.region = static_cast<int>(region);
   row.name = Utf8FromLatin(config.regions[region].name);
   return row;
+}
+
+void ChooseUrtImage(UrtRow& row, const Path& image) {
+  const auto proposed = [](const Path& path) {
+    return path.empty() ? Path() : UrtPathIn(path.parent_path(), path);
+  };
+  if (row.urt == proposed(row.image)) row.urt = proposed(image);
+  row.image = image;
 }
 
 void ChooseUrtRegion(const UrtDialog& dialog, UrtRow& row, int region) {

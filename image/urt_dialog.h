@@ -42,6 +42,8 @@ inline constexpr int kSoftwareMinorLimit = 15;   // four bits of it
 UrtDialog OpenUrtDialog(const ProjectConfig& config);
 // A row for the image: the configuration's image type and that region's name, the URT file beside the image.
 UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image);
+// Another image brings its URT file's name along, unless the user gave that one of its own.
+void ChooseUrtImage(UrtRow& row, const Path& image);
 // Another region brings its name along, unless the user gave the row a name of its own.
 void ChooseUrtRegion(const UrtDialog& dialog, UrtRow& row, int region);
 // The image's own name with "urt" behind the last dot, in `folder`.

@@ -188,9 +188,7 @@ void BrowseImage(UrtForm& urt, Form& form) {
   const auto path = AskOpenFile(form.window, {"Open", kImageFilters, "bin"});
   UrtRow* row = urt.Row();
   if (!path || !row) return;
-  // The image type and a name of the user's own stay.
-  row->image = *path;
-  row->urt = UrtPathIn(path->parent_path(), *path);
+  ChooseUrtImage(*row, *path);
   ShowRow(urt, form);
 }
 
@@ -212,7 +210,12 @@ void FieldChanged(UrtForm& urt, Form& form, int id) {
   if (id == IDC_IMAGE_LEVEL) urt.model.compression_level = form.Choice(id);
   EnableCompression(urt, form);
   if (!row) return;
-  if (id == IDC_IMAGE_FILE) row->image = PathFromUtf8(form.Text(id));
+  if (id == IDC_IMAGE_FILE) {
+    ChooseUrtImage(*row, PathFromUtf8(form.Text(id)));
+    urt.loading = true;
+    form.SetText(IDC_IMAGE_URT, Utf8FromPath(row->urt));
+    urt.loading = false;
+  }
   if (id == IDC_IMAGE_URT) row->urt = PathFromUtf8(form.Text(id));
   if (id == IDC_IMAGE_NAME) row->name = form.Text(id);
   if (id == IDC_IMAGE_TYPE) {

@@ -51,9 +51,15 @@ TEST_F(UrtDialogTest, OpensWithTheConfigurationsChoices) {
   EXPECT_EQ(MakeUrtRow(config_, "x").region, -1);
 }
 
-TEST_F(UrtDialogTest, RegionBringsItsNameUntilTheUserGaveOne) {
+TEST_F(UrtDialogTest, ImageAndRegionBringTheirNamesUntilTheUserGaveOne) {
   const UrtDialog dialog = OpenUrtDialog(config_);
-  UrtRow row = MakeUrtRow(config_, "x");
+  UrtRow row = MakeUrtRow(config_, {});
+  EXPECT_EQ(row.urt, Path());
+  ChooseUrtImage(row, "x.bin");
+  EXPECT_EQ(row.urt, "x.urt");
+  row.urt = "my.urt";
+  ChooseUrtImage(row, "y.bin");
+  EXPECT_EQ(row.urt, "my.urt");
   ChooseUrtRegion(dialog, row, 2);
   EXPECT_EQ(row.name, "Other");
   row.name = "My own";
