@@ -231,7 +231,6 @@ TEST_F(ConsoleLine, UploadsCancelsSavesAndClearsAndClosesWithAQuestion) {
   editor_->Until("the upload's end", [&] { return Enabled(IDC_CONSOLE_UPLOAD); });
   editor_->Command(kCmdConsoleClear);
   editor_->Until("an empty log", [&] { return Log().find("Terminated") == std::string::npos; });
-  Sleep(2500);  // the receiver gives the broken transfer up
   Upload(MakeUrt(20000));
   editor_->Until("the success", [&] { return Log().find("Upload Success") != std::string::npos; });
   const Path copy = Folder() / "log.txt";

@@ -72,7 +72,7 @@ bool EditorDriver::Until(const std::string& what, const std::function<bool()>& d
       ADD_FAILURE() << "waited in vain for: " << what;
       return false;
     }
-    Sleep(30);
+    Sleep(10);
   }
   return true;
 }
@@ -201,9 +201,17 @@ void EditorDriver::ChooseFile(const std::string& title, const Path& path) {
     if (!edit) edit = GetDlgItem(dialog, kCombo);
     return edit != nullptr;
   });
-  Sleep(200);  // the dialog fills its list first
-  Send(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
-  Press(dialog, IDOK);
+  // The dialog may still fill its list, and what it selects there replaces the name: until it has taken ours.
+  ULONGLONG next_try = 0;
+  Until("the file dialog to close", [&] {
+    if (!IsWindow(dialog) || !IsWindowVisible(dialog)) return true;
+    if (GetTickCount64() < next_try || FindBox() != dialog) return false;
+    Send(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
+    if (Title(edit) != Utf8FromPath(path)) return false;
+    PostMessageW(dialog, WM_COMMAND, IDOK, reinterpret_cast<LPARAM>(GetDlgItem(dialog, IDOK)));
+    next_try = GetTickCount64() + 2000;
+    return false;
+  });
 }
 
 HWND EditorDriver::ChildControl(const wchar_t* window_class) {
