@@ -2,6 +2,7 @@
 
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "core/out_of_memory.h"
 
 namespace vexa {
 
@@ -50,9 +51,7 @@ int RunProgram(int count, char** arguments) {
     if (state.print_output_on_failure) PrintResults(state);
     return 1;
   } catch (const std::bad_alloc&) {
-    state.context.messages.tell(
-        Icon::kStop,
-        "Memory allocation failure. Cannot continue. \nClose one or more applications and continue.", "");
+    state.context.messages.tell(Icon::kStop, kOutOfMemoryText, "");
     return 1;
   }
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <new>
 
 #include "core/bytes.h"
 
@@ -286,9 +287,7 @@ void ReadListEntry(const ConfigurationHeader& header, Walk& walk, EcfProduct& pr
   product.configurations.push_back(std::move(configuration));
 }
 
-}  // namespace
-
-bool InitConfig(const Context& context, const Path& ecf, ProjectConfig& config) {
+bool LoadConfig(const Context& context, const Path& ecf, ProjectConfig& config) {
   const auto file = ReadWholeFile(ecf, kMaximumEcfSize);
   if (!file) {
     Tell(context.messages, Icon::kStop, "File access error - UpdateConfig");
@@ -326,6 +325,17 @@ bool InitConfig(const Context& context, const Path& ecf, ProjectConfig& config) 
   if (state != Walk::kGoing) return false;
   config = std::move(loaded);
   return true;
+}
+
+}  // namespace
+
+bool InitConfig(const Context& context, const Path& ecf, ProjectConfig& config) {
+  try {
+    return LoadConfig(context, ecf, config);
+  } catch (const std::bad_alloc&) {
+    Tell(context.messages, Icon::kStop, "malloc failed - InitConfig");
+    return false;
+  }
 }
 
 std::optional<EcfTree> ReadEcfTree(const Context& context, const Path& ecf) {

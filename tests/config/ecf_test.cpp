@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/ecf_maker.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/recorder.h"
 
 namespace vexa {
@@ -290,6 +291,21 @@ TEST_F(EcfTest, EveryCutIsAMessageAndKeepsTheConfiguration) {
     EXPECT_TRUE(config.product_name.empty());
   }
   EXPECT_TRUE(Load(whole));
+}
+
+TEST_F(EcfTest, MemoryThatRunsOutIsAMessageAndKeepsTheConfiguration) {
+  PutFile(path, FullFile());
+  config.manufacturer_index = config.product_index = config.configuration_index = 1;
+  config.configuration_name = "before";
+  bool loaded = false;
+  int n = 0;
+  while (!loaded) {
+    const FailingMemory failing(++n);
+    loaded = InitConfig(recorder.context, path, config);
+    EXPECT_EQ(config.configuration_name, loaded ? "full" : "before") << n;
+    EXPECT_EQ(recorder.Texts(), loaded ? Texts{} : Texts{"malloc failed - InitConfig"}) << n;
+  }
+  EXPECT_GT(n, 10) << "the failures did not reach the load";
 }
 
 TEST_F(EcfTest, EveryMutatedByteEndsWellOrWithOneMessage) {
