@@ -51,11 +51,14 @@ LocalTime CommandTime(const CommandState& state);      // --time or now
 ProjectConfig LoadCommandConfig(CommandState& state);  // throws CommandFailed after the message
 Document OpenDocument(CommandState& state,
                       const std::string& file);  // throws CommandFailed after the message
-// One-based list "1,3-5", "all", "none" (when allowed) to zero-based positions, ascending, each once.
-// Throws CLI::ValidationError for text that is no list; a number beyond `count` is refused with an error
-// message.
-std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count,
-                              bool none_allowed = false);
+// Validators of the options that name records: "1,3-5" or "all"; these or "none"; one number. Why the text is
+// wrong; empty when it is right.
+std::string CheckList(const std::string& text);
+std::string CheckListOrNone(const std::string& text);
+std::string CheckPlace(const std::string& text);
+// Such a text, one-based, to zero-based positions, ascending, each once. A number beyond `count` is refused
+// with an error message.
+std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count);
 // Throws CommandFailed after a message unless the output file was written.
 void ExpectWritten(CommandState& state, const std::string& file, WriteResult result);
 // Writes the whole output file, and expects that it was written.

@@ -65,8 +65,20 @@ bool TakeSign(std::string_view text, size_t& position, char sign) {
   return true;
 }
 
-[[noreturn]] void RefuseList(const std::string& text) {
-  throw CLI::ValidationError("list", "\"" + text + "\" is no list of numbers");
+// First and last numbers, one-based, as they stand; nothing for text that is no list of numbers.
+using Ranges = std::vector<std::pair<size_t, size_t>>;
+std::optional<Ranges> ParseRanges(const std::string& text) {
+  Ranges ranges;
+  size_t position = 0;
+  do {
+    size_t first = 0;
+    if (!TakeNumber(text, position, first)) return std::nullopt;
+    size_t last = first;
+    if (TakeSign(text, position, '-') && !TakeNumber(text, position, last)) return std::nullopt;
+    if (first == 0 || last < first) return std::nullopt;
+    ranges.emplace_back(first, last);
+  } while (TakeSign(text, position, ','));
+  return position == text.size() ? std::optional(ranges) : std::nullopt;
 }
 
 }  // namespace
@@ -184,23 +196,28 @@ Document OpenDocument(CommandState& state, const std::string& file) {
   return document;
 }
 
-std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count, bool none_allowed) {
-  std::vector<bool> chosen(count);
-  if (none_allowed && text == "none") return {};
-  if (text == "all") chosen.assign(count, true);
-  for (size_t position = 0; text != "all";) {
-    size_t first = 0;
-    if (!TakeNumber(text, position, first)) RefuseList(text);
-    size_t last = first;
-    if (TakeSign(text, position, '-') && !TakeNumber(text, position, last)) RefuseList(text);
-    if (first == 0 || last < first) RefuseList(text);
+std::string CheckList(const std::string& text) {
+  return text == "all" || ParseRanges(text) ? std::string() : "\"" + text + "\" is no list of numbers";
+}
+
+std::string CheckListOrNone(const std::string& text) {
+  return text == "none" ? std::string() : CheckList(text);
+}
+
+std::string CheckPlace(const std::string& text) {
+  const auto ranges = ParseRanges(text);
+  const bool one = ranges && ranges->size() == 1 && ranges->front().first == ranges->front().second;
+  return one ? std::string() : "\"" + text + "\" is no number from 1";
+}
+
+std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count) {
+  std::vector<bool> chosen(count, text == "all");
+  for (const auto& [first, last] : ParseRanges(text).value_or(Ranges{})) {
     if (last > count) {
       Tell(state.context.messages, Icon::kStop, "Number %zu is beyond the %zu that there are.", last, count);
       throw CommandFailed{};
     }
     for (size_t i = first; i <= last; ++i) chosen[i - 1] = true;
-    if (position == text.size()) break;
-    if (!TakeSign(text, position, ',')) RefuseList(text);
   }
   std::vector<size_t> positions;
   for (size_t i = 0; i < count; ++i) {

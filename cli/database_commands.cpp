@@ -26,7 +26,7 @@ void Info(CommandState& state, const std::string& file) {
 void Save(CommandState& state, const SaveOptions& options) {
   Document document = OpenDocument(state, options.file);
   const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size());
-  const auto ubis = ParseList(state, options.ubis, document.ubis.size(), true);
+  const auto ubis = ParseList(state, options.ubis, document.ubis.size());
   if (!options.compress_bin.empty()) document.compress_payload = options.compress_bin == "on";
   if (!options.compress_sdb.empty()) {
     document.compress_ubis = options.compress_sdb == "on";
@@ -53,10 +53,12 @@ void AddSave(CLI::App& program, CommandState& state) {
   CLI::App& save = *program.add_subcommand("save", "Open a database and save it");
   save.add_option("FILE", options->file, "Database file")->required();
   save.add_option("-o,--output", options->output, "Database file to write")->required();
-  save.add_option("--sdb", options->sdbs, "SDBs to save: 1,3-5 or all");
-  save.add_option("--ubi", options->ubis, "User box records to save: 1,3-5, all or none");
+  save.add_option("--sdb", options->sdbs, "SDBs to save: 1,3-5 or all")->check(CheckList);
+  save.add_option("--ubi", options->ubis, "User box records to save: 1,3-5, all or none")
+      ->check(CheckListOrNone);
   save.add_option("--satellites", options->satellites,
-                  "Only these satellites of the single --sdb, as a subset stream");
+                  "Only these satellites of the single --sdb, as a subset stream")
+      ->check(CheckList);
   save.add_option("--compress-bin", options->compress_bin, "Compress the payload (default: as read)")
       ->check(CLI::IsMember({"on", "off"}));
   save.add_option("--compress-sdb", options->compress_sdb, "Compress each SDB and the user box records")

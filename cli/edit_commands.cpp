@@ -82,7 +82,7 @@ void AddSortCommand(CLI::App& program, CommandState& state) {
                   "Keys, most important first: name,frequency,symbol-rate");
   sort.add_option("--services", arguments->services, "Keys, most important first: name,status,type");
   sort.add_flag("--descending", arguments->descending, "Z to A, for every kind named");
-  sort.add_option("--sdb", arguments->sdbs, "SDBs to sort: 1,3-5 or all");
+  sort.add_option("--sdb", arguments->sdbs, "SDBs to sort: 1,3-5 or all")->check(CheckList);
   sort.callback([&state, &sort, arguments] { Sort(state, sort, *arguments); });
 }
 

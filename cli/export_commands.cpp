@@ -150,7 +150,9 @@ std::string JsonText(const OpenSdb& sdb) {
     Json fields = {{"tv_name", NameText(group.record.tv_name)},
                    {"radio_name", NameText(group.record.radio_name)}};
     fields.update(FieldsOf(group.record));
+    fields["tv_count"] = group.tv.size();
     fields["tv"] = NumbersOf(group.tv, places);
+    fields["radio_count"] = group.radio.size();
     fields["radio"] = NumbersOf(group.radio, places);
     root["favourites"].push_back(std::move(fields));
   }
@@ -237,6 +239,8 @@ void AddFavouriteRows(CsvTable& table, const FavouriteGroup& group, size_t numbe
   auto row = NewRow("favourite", {{"group", number}});
   row.emplace_back("tv_name", NameText(group.record.tv_name));
   row.emplace_back("radio_name", NameText(group.record.radio_name));
+  row.emplace_back("tv_count", std::to_string(group.tv.size()));
+  row.emplace_back("radio_count", std::to_string(group.radio.size()));
   AddFields(row, group.record);
   table.Add(std::move(row));
   const auto add = [&](const char* kind, const std::vector<Service*>& services) {
@@ -272,7 +276,6 @@ std::string CsvText(const OpenSdb& sdb) {
 void Export(CommandState& state, const ExportOptions& options) {
   const Document document = OpenDocument(state, options.file);
   const auto chosen = ParseList(state, options.sdb, document.sdbs.size());
-  if (chosen.size() != 1) throw CLI::ValidationError("--sdb", "takes one SDB");
   const OpenSdb& sdb = document.sdbs[chosen.front()];
   if (sdb.database->satellites.empty()) {
     Tell(state.context.messages, Icon::kStop, "There is no information to export");
@@ -291,7 +294,7 @@ void AddExportCommand(CLI::App& program, CommandState& state) {
   CLI::App& command = *program.add_subcommand("export", "Write one SDB as a text report, CSV or JSON");
   command.add_option("FILE", options->file, "Database file")->required();
   command.add_option("-o,--output", options->output, "File to write")->required();
-  command.add_option("--sdb", options->sdb, "Which SDB, from 1 (default 1)");
+  command.add_option("--sdb", options->sdb, "Which SDB, from 1 (default 1)")->check(CheckPlace);
   command.add_option("--format", options->format, "text, csv or json (default text)")
       ->check(CLI::IsMember({"text", "csv", "json"}));
   command.callback([&state, options] { Export(state, *options); });

@@ -13,8 +13,7 @@ namespace vexa {
 namespace {
 
 struct BuildOptions {
-  std::string file, output;
-  size_t sdb = 1;
+  std::string file, output, sdb = "1";
 };
 
 struct UrtOptions {
@@ -34,7 +33,7 @@ Bytes ReadMade(CommandState& state, const char* name) {
 void BuildAdb(CommandState& state, const BuildOptions& options) {
   const ProjectConfig config = LoadCommandConfig(state);
   const Document document = OpenDocument(state, options.file);
-  const auto chosen = ParseList(state, std::to_string(options.sdb), document.sdbs.size());
+  const auto chosen = ParseList(state, options.sdb, document.sdbs.size());
   int count = 0;
   if (!CreateAdbPartitionFiles(state.context, document, chosen[0], config, CommandTime(state), count))
     throw CommandFailed{};
@@ -221,7 +220,7 @@ void AddAdb(CLI::App& program, CommandState& state) {
   const auto made = std::make_shared<BuildOptions>();
   build.add_option("DB", made->file, "Database file")->required();
   build.add_option("-o,--output", made->output, "Folder for the image and URT files")->required();
-  build.add_option("--sdb", made->sdb, "Which SDB, from 1")->check(CLI::Range(size_t{1}, size_t{65535}));
+  build.add_option("--sdb", made->sdb, "Which SDB, from 1")->check(CheckPlace);
   AddConfigurationOptions(build, state);
   AddTimeOption(build, state);
   build.callback([&state, made] { BuildAdb(state, *made); });

@@ -133,8 +133,10 @@ void AddImport(CLI::App& program, CommandState& state) {
   command.add_option("-o,--output", options->output, "Database file to write")->required();
   command.add_flag("--stream", options->stream, "Write the bare SDB stream that the import builds");
   command.add_option("--work-dir", options->work_folder, "Also leave the three work files in this folder");
-  CLI::Option* satellites = command.add_option(
-      "--satellites", options->satellites, "Only these satellites of the list: 1,3-5 or all (filter mode)");
+  CLI::Option* satellites = command
+                                .add_option("--satellites", options->satellites,
+                                            "Only these satellites of the list: 1,3-5 or all (filter mode)")
+                                ->check(CheckList);
   CLI::Option* carriers =
       command.add_option("--carriers", options->carriers, "all,c,ku,vertical,horizontal (filter mode)")
           ->delimiter(',')

@@ -25,8 +25,7 @@ struct LineOptions {
 
 struct UploadOptions {
   LineOptions line;
-  std::string file, sdbs = "1", ubis = "none", format = "single";
-  size_t sdb = 1;
+  std::string file, sdb = "1", sdbs = "1", ubis = "none", format = "single";
   uint32_t image_type = 0;
 };
 
@@ -151,7 +150,7 @@ void UploadAdb(CommandState& state, const UploadOptions& options) {
   ProjectConfig config = LoadCommandConfig(state);
   SetLine(config, options.line);
   const Document document = OpenDocument(state, options.file);
-  const auto chosen = ParseList(state, std::to_string(options.sdb), document.sdbs.size());
+  const auto chosen = ParseList(state, options.sdb, document.sdbs.size());
   auto files = PrepareAdbUpload(state.context, document, chosen[0], config, CommandTime(state));
   if (!files) throw CommandFailed{};
   Upload(state, config, options.line, TransferJob::kAdb, std::move(*files));
@@ -174,7 +173,7 @@ void UploadSdb(CommandState& state, const UploadOptions& options) {
   config.image_type_index = static_cast<uint8_t>(options.image_type);
   const Document document = OpenDocument(state, options.file);
   const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size());
-  const auto ubis = ParseList(state, options.ubis, document.ubis.size(), true);
+  const auto ubis = ParseList(state, options.ubis, document.ubis.size());
   if (config.sdb_format == 0 && (sdbs.size() != 1 || !ubis.empty())) {
     throw CLI::ValidationError("--format", "single takes one SDB and no user box record");
   }
@@ -232,11 +231,11 @@ void AddUploads(CLI::App& program, CommandState& state) {
   const auto adb_options = std::make_shared<UploadOptions>();
   CLI::App& adb =
       AddUpload(upload, state, "adb", "Build the image of a database and send it", adb_options, UploadAdb);
-  adb.add_option("--sdb", adb_options->sdb, "Which SDB, from 1");
+  adb.add_option("--sdb", adb_options->sdb, "Which SDB, from 1")->check(CheckPlace);
   const auto sdb_options = std::make_shared<UploadOptions>();
   CLI::App& sdb = AddUpload(upload, state, "sdb", "Send SDBs as they stand in files", sdb_options, UploadSdb);
-  sdb.add_option("--sdb", sdb_options->sdbs, "SDBs: 1,3-5 or all");
-  sdb.add_option("--ubi", sdb_options->ubis, "User box records: 1,3-5, all or none");
+  sdb.add_option("--sdb", sdb_options->sdbs, "SDBs: 1,3-5 or all")->check(CheckList);
+  sdb.add_option("--ubi", sdb_options->ubis, "User box records: 1,3-5, all or none")->check(CheckListOrNone);
   sdb.add_option("--format", sdb_options->format)->check(CLI::IsMember({"single", "multiple"}));
   sdb.add_option("--image-type", sdb_options->image_type, "Region of the configuration, from 0")
       ->check(CLI::Range(0, 255));
