@@ -16,11 +16,11 @@ constexpr size_t kOldUbiSize = 24;
 // deflate makes at most 1032 bytes out of one.
 constexpr uint64_t kInflateRatio = 1040;
 
-const DefaultRecords& DefaultsOf(const Context& context) {
+const DefaultRecords &DefaultsOf(const Context &context) {
   return context.defaults ? *context.defaults : FactoryDefaults();
 }
 
-bool Fail(const Context& context) {
+bool Fail(const Context &context) {
   Tell(context.messages, Icon::kStop, "Invalid or unknown file format.");
   return false;
 }
@@ -35,8 +35,19 @@ struct BlockHeader {
   uint16_t record_size = 0, count = 0;
 };
 
+// What the last blocks of a stream name by its place in the service block. It
+// is resolved when the bytes of the file are gone, so that they and the links
+// never stand in memory together.
+struct References {
+  struct Group {
+    std::vector<uint16_t> tv, radio;
+  };
+  std::vector<uint16_t> order;  // empty: the services' own order
+  std::array<Group, kFavouriteGroups> favourites;
+};
+
 // False, and the place unchanged, when the bytes do not suffice.
-bool ReadBlockHeader(ByteReader& reader, BlockHeader& header) {
+bool ReadBlockHeader(ByteReader &reader, BlockHeader &header) {
   if (reader.remaining() < kBlockHeaderSize) return false;
   header.name = TextOf(reader.Take(8));
   header.record_size = reader.U16();
@@ -47,19 +58,20 @@ bool ReadBlockHeader(ByteReader& reader, BlockHeader& header) {
 }
 
 // As above, and only when the block here has this name.
-bool ReadNamedBlockHeader(ByteReader& reader, const char* name, BlockHeader& header) {
+bool ReadNamedBlockHeader(ByteReader &reader, const char *name, BlockHeader &header) {
   const size_t start = reader.position();
   if (ReadBlockHeader(reader, header) && header.name == name) return true;
   reader.Seek(start);
   return false;
 }
 
-// The two bytes after an odd count of 16-bit entries; built lists leave them out at the end.
-void SkipPad(ByteReader& reader, size_t count) {
+// The two bytes after an odd count of 16-bit entries; built lists leave them
+// out at the end.
+void SkipPad(ByteReader &reader, size_t count) {
   if (count % 2 != 0) reader.Skip(std::min<size_t>(2, reader.remaining()));
 }
 
-bool ReadLnbs(const Context& context, ByteReader& reader, StaticDatabase& database) {
+bool ReadLnbs(const Context &context, ByteReader &reader, StaticDatabase &database) {
   BlockHeader header;
   if (!ReadBlockHeader(reader, header)) return Fail(context);
   if (header.count > kMaximumLnbs) {
@@ -71,7 +83,7 @@ bool ReadLnbs(const Context& context, ByteReader& reader, StaticDatabase& databa
   return reader.ok() || Fail(context);
 }
 
-bool ReadSatellites(const Context& context, ByteReader& reader, StaticDatabase& database) {
+bool ReadSatellites(const Context &context, ByteReader &reader, StaticDatabase &database) {
   BlockHeader header;
   if (!ReadBlockHeader(reader, header)) return Fail(context);
   if (header.count > kMaximumSatellites) {
@@ -79,7 +91,7 @@ bool ReadSatellites(const Context& context, ByteReader& reader, StaticDatabase& 
     return false;
   }
   for (unsigned i = 0; i < header.count; ++i) {
-    Satellite* satellite = database.satellite_pool.Take();
+    Satellite *satellite = database.satellite_pool.Take();
     if (!reader.Read(satellite->record)) return Fail(context);
     if (satellite->record.lnb_index >= kMaximumLnbs) satellite->record.lnb_index = 0;
     if (satellite->record.name[0] == 0) SetName(satellite->record.name, Format("Satellite%u", i + 1));
@@ -88,7 +100,7 @@ bool ReadSatellites(const Context& context, ByteReader& reader, StaticDatabase& 
   return true;
 }
 
-bool ReadCarriers(const Context& context, ByteReader& reader, StaticDatabase& database) {
+bool ReadCarriers(const Context &context, ByteReader &reader, StaticDatabase &database) {
   BlockHeader header;
   if (!ReadBlockHeader(reader, header)) return Fail(context);
   ByteReader records(reader.Take(header.count * sizeof(CarrierRecord)));
@@ -97,7 +109,7 @@ bool ReadCarriers(const Context& context, ByteReader& reader, StaticDatabase& da
   database.carriers.reserve(header.count);
   std::array<uint16_t, kMaximumSatellites> counts{};
   for (size_t i = 0; i < header.count; ++i) {
-    Carrier* carrier = database.carrier_pool.Take();
+    Carrier *carrier = database.carrier_pool.Take();
     records.Read(carrier->record);
     const size_t satellite = carrier->record.satellite_index;
     if (satellite >= database.satellites.size()) return Fail(context);
@@ -105,84 +117,134 @@ bool ReadCarriers(const Context& context, ByteReader& reader, StaticDatabase& da
     ++counts[satellite];
     database.carriers.push_back(carrier);
   }
-  for (size_t i = 0; i < database.satellites.size(); ++i) {
+  for (size_t i = 0; i < database.satellites.size(); ++i)
     database.satellites[i]->record.carrier_count = counts[i];
-    database.satellites[i]->carriers.reserve(counts[i]);
-  }
   return true;
 }
 
-// Hands the services out by the carriers' counts; carrier indices in the service records mean nothing.
-bool ReadServices(const Context& context, ByteReader& reader, StaticDatabase& database) {
+bool ReadServices(const Context &context, ByteReader &reader, StaticDatabase &database) {
   BlockHeader header;
   if (!ReadBlockHeader(reader, header)) return Fail(context);
   ByteReader records(reader.Take(header.count * sizeof(ServiceRecord)));
   size_t counted = 0;
-  for (const Carrier* carrier : database.carriers) counted += carrier->record.service_count;
+  for (const Carrier *carrier : database.carriers) counted += carrier->record.service_count;
   if (!reader.ok() || counted != header.count) return Fail(context);
   database.service_pool.Reserve(header.count);
   database.services.reserve(header.count);
-  for (Carrier* carrier : database.carriers) {
-    const auto position = static_cast<uint16_t>(carrier->satellite->carriers.size());
-    carrier->satellite->carriers.push_back(carrier);
-    carrier->services.reserve(carrier->record.service_count);
-    for (size_t i = 0; i < carrier->record.service_count; ++i) {
-      Service* service = database.service_pool.Take();
-      records.Read(service->record);
-      service->carrier = carrier;
-      service->carrier_position = position;
-      carrier->services.push_back(service);
-      database.services.push_back(service);
-    }
+  for (size_t i = 0; i < header.count; ++i) {
+    database.services.push_back(database.service_pool.Take());
+    records.Read(database.services.back()->record);
   }
   return true;
 }
 
-// A list that is missing, cut short or no permutation becomes the services' own order.
-void ReadServiceOrder(ByteReader& reader, StaticDatabase& database) {
-  database.service_order = database.services;
+// A list that is missing, cut short or no permutation becomes the services' own
+// order.
+void ReadServiceOrder(ByteReader &reader, size_t services, References &references) {
   BlockHeader header;
   if (!ReadNamedBlockHeader(reader, "OSL", header)) return;
   const size_t there = std::min<size_t>(reader.remaining() / 2, header.count);
-  const bool whole = there == header.count && there == database.services.size();
-  std::vector<bool> seen(database.services.size());
-  bool permutation = whole;
+  std::vector<bool> seen(services);
+  bool permutation = there == header.count && there == services;
+  references.order.reserve(there);
   for (size_t i = 0; i < there; ++i) {
     const uint16_t index = reader.U16();
-    if (!permutation) continue;
-    permutation = index < seen.size() && !seen[index];
+    permutation = permutation && index < services && !seen[index];
     if (!permutation) continue;
     seen[index] = true;
-    database.service_order[i] = database.services[index];
+    references.order.push_back(index);
   }
-  if (!permutation) database.service_order = database.services;
+  if (!permutation) references.order.clear();
   SkipPad(reader, header.count);
 }
 
-void ReadEntries(ByteReader& reader, size_t count, const StaticDatabase& database,
-                 std::vector<Service*>& list) {
+// An entry that names no service is dropped.
+void ReadEntries(ByteReader &reader, size_t count, size_t services, std::vector<uint16_t> &list) {
   list.reserve(count);
   for (size_t i = 0; i < count; ++i) {
     const uint16_t index = reader.U16();
-    if (reader.ok() && index < database.services.size()) list.push_back(database.services[index]);
+    if (index < services) list.push_back(index);
   }
 }
 
-bool ReadFavourites(const Context& context, ByteReader& reader, StaticDatabase& database) {
+bool ReadFavourites(const Context &context, ByteReader &reader, StaticDatabase &database,
+                    References &references) {
   BlockHeader header;
   if (!ReadNamedBlockHeader(reader, "FGLblk", header)) return true;
-  for (FavouriteGroup& group : database.favourites) {
-    reader.Read(group.record);
-    const size_t tv = group.record.tv_count;
-    const size_t radio = group.record.radio_count;
+  for (size_t i = 0; i < kFavouriteGroups; ++i) {
+    FavouriteRecord &record = database.favourites[i].record;
+    reader.Read(record);
+    const size_t tv = record.tv_count;
+    const size_t radio = record.radio_count;
     if (!reader.ok() || tv > kMaximumTvEntries || radio > kMaximumRadioEntries ||
         reader.remaining() < 2 * (tv + radio))
       return Fail(context);
-    ReadEntries(reader, tv, database, group.tv);
-    ReadEntries(reader, radio, database, group.radio);
+    ReadEntries(reader, tv, database.services.size(), references.favourites[i].tv);
+    ReadEntries(reader, radio, database.services.size(), references.favourites[i].radio);
     SkipPad(reader, tv + radio);
   }
   return true;
+}
+
+// The records of a stream, without the links between them. False after a
+// message.
+bool ReadRecords(const Context &context, std::span<const uint8_t> stream, StaticDatabase &database,
+                 References &references, size_t &used) {
+  ByteReader reader(stream);
+  const auto header = reader.Take(kHeaderSize);
+  if (header.empty()) return Fail(context);
+  if (header[0] != 'Q' || header[1] != 'z') {
+    Tell(context.messages, Icon::kStop, "StaticDB file magic ID mismatch. Input a valid SDB.");
+    return false;
+  }
+  const int version = header[6] | header[7] << 8;
+  if (!ReadLnbs(context, reader, database) || !ReadSatellites(context, reader, database) ||
+      !ReadCarriers(context, reader, database) || !ReadServices(context, reader, database))
+    return false;
+  ReadServiceOrder(reader, database.services.size(), references);
+  if (version == 6 && !ReadFavourites(context, reader, database, references)) return false;
+  used = reader.position();
+  return true;
+}
+
+std::vector<Service *> Resolve(const std::vector<uint16_t> &places, const StaticDatabase &database) {
+  std::vector<Service *> services;
+  services.reserve(places.size());
+  for (const uint16_t place : places) services.push_back(database.services[place]);
+  return services;
+}
+
+// Hands the services out by the carriers' counts; carrier indices in the
+// service records mean nothing.
+void Link(StaticDatabase &database, const References &references) {
+  for (Satellite *satellite : database.satellites)
+    satellite->carriers.reserve(satellite->record.carrier_count);
+  auto next = database.services.begin();
+  for (Carrier *carrier : database.carriers) {
+    const auto position = static_cast<uint16_t>(carrier->satellite->carriers.size());
+    carrier->satellite->carriers.push_back(carrier);
+    carrier->services.assign(next, next + carrier->record.service_count);
+    next += carrier->record.service_count;
+    for (Service *service : carrier->services) {
+      service->carrier = carrier;
+      service->carrier_position = position;
+    }
+  }
+  database.service_order = references.order.empty() ? database.services : Resolve(references.order, database);
+  for (size_t i = 0; i < kFavouriteGroups; ++i) {
+    database.favourites[i].tv = Resolve(references.favourites[i].tv, database);
+    database.favourites[i].radio = Resolve(references.favourites[i].radio, database);
+  }
+}
+
+// A document that is being filled.
+struct Opening {
+  Document &document;
+  std::vector<std::pair<StaticDatabase *, References>> unlinked;
+};
+
+void LinkAll(const Opening &opening) {
+  for (const auto &[database, references] : opening.unlinked) Link(*database, references);
 }
 
 // A directory entry.
@@ -192,7 +254,7 @@ struct StreamEntry {
   uint32_t size = 0, stored = 0, offset = 0;
 };
 
-bool ReadEntry(const Context& context, std::span<const uint8_t> layout, size_t number, StreamEntry& entry) {
+bool ReadEntry(const Context &context, std::span<const uint8_t> layout, size_t number, StreamEntry &entry) {
   ByteReader reader(layout);
   reader.Seek(kHeaderSize + kEntrySize * number);
   entry.name = TextOf(reader.Take(7));
@@ -204,13 +266,15 @@ bool ReadEntry(const Context& context, std::span<const uint8_t> layout, size_t n
   return (reader.ok() && entry.offset <= layout.size()) || Fail(context);
 }
 
-// Inflates the first `stored` bytes of `source` behind what `result` holds; they must give `size` bytes.
-bool Inflate(const Context& context, std::span<const uint8_t> source, uint64_t stored, uint64_t size,
-             Bytes& result) {
+// Inflates the first `stored` bytes of `source` behind what `result` holds;
+// they must give `size` bytes.
+bool Inflate(const Context &context, std::span<const uint8_t> source, uint64_t stored, uint64_t size,
+             Bytes &result) {
   if (stored > source.size() || stored > kMaximumStreamSize || size > kMaximumStreamSize)
     return Fail(context);
   const size_t before = result.size();
-  // More than the data can give is a lie of the header, found by the length below.
+  // More than the data can give is a lie of the header, found by the length
+  // below.
   const auto room = static_cast<size_t>(std::min(size, stored * kInflateRatio + 64));
   result.resize(before + room);
   uint64_t length = 0;
@@ -220,9 +284,10 @@ bool Inflate(const Context& context, std::span<const uint8_t> source, uint64_t s
   return length == size || Fail(context);
 }
 
-// The stream of an entry: the bytes from its offset on, or `scratch` with the stream inflated.
-bool StreamOf(const Context& context, std::span<const uint8_t> layout, const StreamEntry& entry,
-              Bytes& scratch, std::span<const uint8_t>& stream) {
+// The stream of an entry: the bytes from its offset on, or `scratch` with the
+// stream inflated.
+bool StreamOf(const Context &context, std::span<const uint8_t> layout, const StreamEntry &entry,
+              Bytes &scratch, std::span<const uint8_t> &stream) {
   stream = layout.subspan(entry.offset);
   if (!entry.compressed) return true;
   if (!Inflate(context, stream, entry.stored, entry.size, scratch)) return false;
@@ -230,12 +295,16 @@ bool StreamOf(const Context& context, std::span<const uint8_t> layout, const Str
   return true;
 }
 
-// Takes the place of an SDB in the document only when the whole stream was good.
-bool AddSdb(const Context& context, std::span<const uint8_t> stream, std::string name, bool compressed,
-            Document& document, size_t& used) {
+// Takes the place of an SDB in the document only when the whole stream was
+// good.
+bool AddSdb(const Context &context, std::span<const uint8_t> stream, std::string name, bool compressed,
+            Opening &opening, size_t &used) {
+  Document &document = opening.document;
   auto database = std::make_unique<StaticDatabase>(DefaultsOf(context));
-  if (!ReadSdbStream(context, stream, *database, used)) return false;
+  References references;
+  if (!ReadRecords(context, stream, *database, references, used)) return false;
   database->compressed = compressed;
+  opening.unlinked.emplace_back(database.get(), std::move(references));
   if (name.empty()) name = Format("SDB%zu", document.sdbs.size() + 1);
   const int slot = ClaimSlot(document);
   document.sdbs.push_back({static_cast<uint32_t>(slot), std::move(name), std::move(database)});
@@ -243,32 +312,33 @@ bool AddSdb(const Context& context, std::span<const uint8_t> stream, std::string
 }
 
 // False after the message of a record size that no receiver of this kind has.
-bool CheckUbiSize(const Context& context, size_t record_size) {
+bool CheckUbiSize(const Context &context, size_t record_size) {
   if (record_size == kOldUbiSize || record_size == sizeof(UserBoxInfo)) return true;
   Tell(context.messages, Icon::kStop, "Project type mismatch!!. Can not open user box information.");
   return false;
 }
 
-void TellOldUbi(const Context& context, size_t record_size) {
+void TellOldUbi(const Context &context, size_t record_size) {
   if (record_size == kOldUbiSize)
     Tell(context.messages, Icon::kInformation,
          "Older version static binary!!. Does not contain parental lock code.");
 }
 
-void TellUbiLimit(const Context& context) {
+void TellUbiLimit(const Context &context) {
   Tell(context.messages, Icon::kStop, "Can't add USER BOX Information. It exceeds the limit %d.",
        static_cast<int>(kMaximumUbis));
 }
 
-void AddUbi(std::string name, std::span<const uint8_t> record, Document& document) {
+void AddUbi(std::string name, std::span<const uint8_t> record, Document &document) {
   OpenUbi ubi;
   ubi.name = name.empty() ? Format("UBI%zu", document.ubis.size() + 1) : std::move(name);
-  std::memcpy(&ubi.record, record.data(), record.size());  // the lock code of an old record stays 0
+  std::memcpy(&ubi.record, record.data(),
+              record.size());  // the lock code of an old record stays 0
   document.ubis.push_back(std::move(ubi));
 }
 
-bool ReadUbiStream(const Context& context, std::span<const uint8_t> stream, size_t count,
-                   Document& document) {
+bool ReadUbiStream(const Context &context, std::span<const uint8_t> stream, size_t count,
+                   Document &document) {
   ByteReader reader(stream);
   BlockHeader header;
   if (reader.remaining() < kBlockHeaderSize) return Fail(context);
@@ -287,8 +357,8 @@ bool ReadUbiStream(const Context& context, std::span<const uint8_t> stream, size
   return true;
 }
 
-bool ReadUbis(const Context& context, std::span<const uint8_t> layout, size_t entry_number, size_t count,
-              Document& document) {
+bool ReadUbis(const Context &context, std::span<const uint8_t> layout, size_t entry_number, size_t count,
+              Document &document) {
   StreamEntry entry;
   Bytes scratch;
   std::span<const uint8_t> stream;
@@ -298,7 +368,8 @@ bool ReadUbis(const Context& context, std::span<const uint8_t> layout, size_t en
   return ReadUbiStream(context, stream, count, document);
 }
 
-bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Document& document) {
+bool ReadStreams(const Context &context, std::span<const uint8_t> layout, Opening &opening) {
+  Document &document = opening.document;
   ByteReader reader(layout);
   reader.Seek(20);
   const size_t sdbs = reader.U16();
@@ -318,37 +389,38 @@ bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Docume
       break;
     }
     size_t used = 0;
-    if (!AddSdb(context, stream, entry.name, entry.compressed, document, used)) return false;
+    if (!AddSdb(context, stream, entry.name, entry.compressed, opening, used)) return false;
   }
   if (ubis == 0 || opened == 0) return true;
   return ReadUbis(context, layout, sdbs, ubis, document);
 }
 
-bool OpenContainer(const Context& context, std::span<const uint8_t> file, Document& document) {
+bool OpenContainer(const Context &context, std::span<const uint8_t> file, Opening &opening) {
   ByteReader reader(file);
   reader.Seek(11);
   if (reader.U8() == 0) {
-    document.compress_payload = false;
-    return ReadStreams(context, file, document);
+    opening.document.compress_payload = false;
+    return ReadStreams(context, file, opening);
   }
   const uint32_t size = reader.U32();
   const uint32_t stored = reader.U32();
   const auto header = file.first(kHeaderSize);
   Bytes layout(header.begin(), header.end());
   if (!Inflate(context, file.subspan(kHeaderSize), stored, size, layout)) return false;
-  document.compress_payload = true;
-  return ReadStreams(context, layout, document);
+  opening.document.compress_payload = true;
+  return ReadStreams(context, layout, opening);
 }
 
 // One SDB, and behind it at most one UBI without a name.
-bool OpenBareStream(const Context& context, std::span<const uint8_t> file, Document& document) {
+bool OpenBareStream(const Context &context, std::span<const uint8_t> file, Opening &opening) {
+  Document &document = opening.document;
   if (document.sdbs.size() >= kMaximumSdbs) {
     Tell(context.messages, Icon::kInformation,
          "Can not open more than %d SDBs (opened 0 of 1 SDBs in the bin).", static_cast<int>(kMaximumSdbs));
     return true;
   }
   size_t used = 0;
-  if (!AddSdb(context, file, {}, false, document, used)) return false;
+  if (!AddSdb(context, file, {}, false, opening, used)) return false;
   ByteReader reader(file);
   reader.Seek(used);
   BlockHeader header;
@@ -364,44 +436,44 @@ bool OpenBareStream(const Context& context, std::span<const uint8_t> file, Docum
   return true;
 }
 
-}  // namespace
-
-bool ReadSdbStream(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
-                   size_t& used) {
-  ByteReader reader(stream);
-  const auto header = reader.Take(kHeaderSize);
-  if (header.empty()) return Fail(context);
-  if (header[0] != 'Q' || header[1] != 'z') {
-    Tell(context.messages, Icon::kStop, "StaticDB file magic ID mismatch. Input a valid SDB.");
-    return false;
-  }
-  const int version = header[6] | header[7] << 8;
-  if (!ReadLnbs(context, reader, database) || !ReadSatellites(context, reader, database) ||
-      !ReadCarriers(context, reader, database) || !ReadServices(context, reader, database))
-    return false;
-  ReadServiceOrder(reader, database);
-  if (version == 6 && !ReadFavourites(context, reader, database)) return false;
-  used = reader.position();
-  return true;
-}
-
-bool OpenBinBytes(const Context& context, std::span<const uint8_t> file, Document& document) {
+bool OpenAny(const Context &context, std::span<const uint8_t> file, Opening &opening) {
   if (file.size() < kHeaderSize) return Fail(context);
-  if (file[4] != 0x10) return OpenBareStream(context, file, document);
+  if (file[4] != 0x10) return OpenBareStream(context, file, opening);
   if (file[5] != 0) {
     Tell(context.messages, Icon::kStop, "Unsupport file version. can not open!.");
     return false;
   }
-  return OpenContainer(context, file, document);
+  return OpenContainer(context, file, opening);
 }
 
-bool OpenBin(const Context& context, const Path& path, Document& document) {
-  const std::optional<Bytes> file = ReadWholeFile(path);
+}  // namespace
+
+bool ReadSdbStream(const Context &context, std::span<const uint8_t> stream, StaticDatabase &database,
+                   size_t &used) {
+  References references;
+  if (!ReadRecords(context, stream, database, references, used)) return false;
+  Link(database, references);
+  return true;
+}
+
+bool OpenBinBytes(const Context &context, std::span<const uint8_t> file, Document &document) {
+  Opening opening{document, {}};
+  const bool opened = OpenAny(context, file, opening);
+  LinkAll(opening);
+  return opened;
+}
+
+bool OpenBin(const Context &context, const Path &path, Document &document) {
+  Opening opening{document, {}};
+  std::optional<Bytes> file = ReadWholeFile(path);
   if (!file) {
     Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
     return false;
   }
-  return OpenBinBytes(context, *file, document);
+  const bool opened = OpenAny(context, *file, opening);
+  file.reset();
+  LinkAll(opening);
+  return opened;
 }
 
 }  // namespace vexa

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 
 #include "core/bin_file.h"
 #include "core/bytes.h"
@@ -12,6 +13,9 @@ namespace vexa {
 namespace {
 
 constexpr size_t kHeaderSize = 24;
+constexpr size_t kBlockHeaderSize = 16;
+constexpr size_t kEntrySize = 28;
+constexpr size_t kPieceSize = size_t{64} << 10;  // of a large file, as it is handed on
 constexpr uint16_t kFullStream = 6;
 constexpr uint16_t kSubsetStream = 5;  // no favourite groups
 constexpr uint16_t kMark = 0xFFFF;
@@ -32,6 +36,11 @@ void WriteBlockHeader(ByteWriter& out, std::string_view name, size_t record_size
   out.U16(mark);
   out.U16(static_cast<uint32_t>(count));
   out.U16(mark);
+}
+
+// Entries of two bytes come in pairs.
+size_t Even(size_t count) {
+  return count + count % 2;
 }
 
 // What a stream takes of a database: satellites with their new places, and all that stands on them.
@@ -72,12 +81,15 @@ StreamPlan PlanWholeStream(const StaticDatabase& database) {
   return PlanStream(database, kFullStream, positions);
 }
 
+// What the stream has, to the byte.
 size_t StreamSize(const StreamPlan& plan) {
-  size_t size = kHeaderSize + 6 * 16 + kMaximumLnbs * sizeof(LnbRecord) +
+  size_t size = kHeaderSize + 5 * kBlockHeaderSize + kMaximumLnbs * sizeof(LnbRecord) +
                 kMaximumSatellites * sizeof(SatelliteRecord) + plan.carriers * sizeof(CarrierRecord) +
-                plan.services * (sizeof(ServiceRecord) + 2) + 2;
+                plan.services * sizeof(ServiceRecord) + 2 * Even(plan.services);
+  if (plan.stream_version != kFullStream) return size;
+  size += kBlockHeaderSize;
   for (const FavouriteGroup& group : plan.database->favourites)
-    size += sizeof(FavouriteRecord) + 2 * (group.tv.size() + group.radio.size()) + 2;
+    size += sizeof(FavouriteRecord) + 2 * Even(group.tv.size() + group.radio.size());
   return size;
 }
 
@@ -116,7 +128,10 @@ void WriteSatellites(ByteWriter& out, const StreamPlan& plan, const DefaultRecor
   }
 }
 
-void WriteCarriers(ByteWriter& out, const StreamPlan& plan) {
+// Called behind each record of a large block: may take away what was written so far.
+using Flush = std::function<void()>;
+
+void WriteCarriers(ByteWriter& out, const StreamPlan& plan, const Flush& flush) {
   WriteBlockHeader(out, "Carrier", sizeof(CarrierRecord), plan.carriers);
   size_t number = 0, services = 0;
   for (Carrier* carrier : plan.database->carriers) {
@@ -129,10 +144,11 @@ void WriteCarriers(ByteWriter& out, const StreamPlan& plan) {
     record.satellite_index = static_cast<uint32_t>(plan.places[record.satellite_index]) & 0x3FF;
     out.Write(record);
     services += carrier->services.size();
+    flush();
   }
 }
 
-void WriteServices(ByteWriter& out, const StreamPlan& plan) {
+void WriteServices(ByteWriter& out, const StreamPlan& plan, const Flush& flush) {
   WriteBlockHeader(out, "Service", sizeof(ServiceRecord), plan.services);
   size_t number = 0;
   for (const Carrier* carrier : plan.database->carriers) {
@@ -142,6 +158,7 @@ void WriteServices(ByteWriter& out, const StreamPlan& plan) {
       ServiceRecord record = service->record;
       record.carrier_index = carrier->place;
       out.Write(record);
+      flush();
     }
   }
 }
@@ -167,13 +184,14 @@ void WriteFavourites(ByteWriter& out, const StaticDatabase& database) {
   }
 }
 
-void WriteStream(ByteWriter& out, const StreamPlan& plan, const BinVersion& version,
-                 const DefaultRecords& defaults) {
+void WriteStream(
+    ByteWriter& out, const StreamPlan& plan, const BinVersion& version, const DefaultRecords& defaults,
+    const Flush& flush = [] {}) {
   WriteStreamHeader(out, plan, version);
   WriteLnbs(out, *plan.database, defaults);
   WriteSatellites(out, plan, defaults);
-  WriteCarriers(out, plan);
-  WriteServices(out, plan);
+  WriteCarriers(out, plan, flush);
+  WriteServices(out, plan, flush);
   WriteServiceOrder(out, plan);
   if (plan.stream_version == kFullStream) WriteFavourites(out, *plan.database);
 }
@@ -186,27 +204,37 @@ void WriteUbiStream(ByteWriter& out, const std::vector<const OpenUbi*>& ubis) {
   }
 }
 
-// One SDB of a container.
-struct SdbPart {
+// One stream of a container and its directory entry.
+struct ContainerPart {
   std::string name;
-  StreamPlan plan;
+  bool compressed = false;
+  std::optional<StreamPlan> sdb;  // none: the user box records
+  size_t size = 0, stored = 0;
+  Bytes packed;  // the stream, when it is stored compressed
 };
 
 struct ContainerPlan {
-  std::vector<SdbPart> sdbs;
+  std::vector<ContainerPart> parts;
   std::vector<const OpenUbi*> ubis;
-  bool compress_ubis = false, compress_payload = false;
+  bool compress_payload = false;
+
+  size_t SdbCount() const { return parts.size() - (ubis.empty() ? 0 : 1); }
+  // Of everything behind the header, as it is before the payload is compressed.
+  size_t PayloadSize() const {
+    size_t size = kEntrySize * parts.size();
+    for (const ContainerPart& part : parts) size += part.stored;
+    return size;
+  }
 };
 
-void WriteEntry(ByteWriter& out, std::string_view name, bool compressed, bool slots, size_t carriers,
-                size_t services) {
-  out.Text(name.substr(0, 6), 7);
-  out.U8(compressed ? 1 : 0);
-  out.Fill(12, 0xFF);  // the sizes and the offset, known when the stream is written
-  out.U16(slots ? kMaximumLnbs : 0);
-  out.U16(slots ? kMaximumSatellites : 0);
-  out.U16(static_cast<uint32_t>(carriers));
-  out.U16(static_cast<uint32_t>(services));
+void WritePart(
+    ByteWriter& out, const ContainerPlan& plan, const ContainerPart& part, const BinVersion& version,
+    const DefaultRecords& defaults, const Flush& flush = [] {}) {
+  if (part.sdb) {
+    WriteStream(out, *part.sdb, version, defaults, flush);
+  } else {
+    WriteUbiStream(out, plan.ubis);
+  }
 }
 
 // Compresses `source` behind what `out` holds.
@@ -219,28 +247,23 @@ bool AppendCompressed(const Context& context, std::span<const uint8_t> source, B
   return length != 0;
 }
 
-// Appends a stream and completes its directory entry.
-template <class WriteStreamTo>
-bool AppendStream(const Context& context, ByteWriter& out, size_t entry, bool compressed,
-                  WriteStreamTo write) {
-  const size_t offset = out.size();
-  size_t size = 0;
-  if (compressed) {
+// Finds the size of every stream, and compresses those that are stored so.
+bool PrepareParts(const Context& context, ContainerPlan& plan, const BinVersion& version) {
+  for (ContainerPart& part : plan.parts) {
+    part.size = part.stored =
+        part.sdb ? StreamSize(*part.sdb) : kBlockHeaderSize + (8 + sizeof(UserBoxInfo)) * plan.ubis.size();
+    if (!part.compressed) continue;
     ByteWriter stream;
-    write(stream);
-    size = stream.size();
-    if (!AppendCompressed(context, stream.bytes(), out.bytes())) return false;
-  } else {
-    write(out);
-    size = out.size() - offset;
+    stream.bytes().reserve(part.size);
+    WritePart(stream, plan, part, version, DefaultsOf(context));
+    if (!AppendCompressed(context, stream.bytes(), part.packed)) return false;
+    part.stored = part.packed.size();
   }
-  out.PatchU32(entry + 8, static_cast<uint32_t>(size));
-  out.PatchU32(entry + 12, static_cast<uint32_t>(out.size() - offset));
-  out.PatchU32(entry + 16, static_cast<uint32_t>(offset));
   return true;
 }
 
-void WriteContainerHeader(ByteWriter& out, const ContainerPlan& plan, const BinVersion& version) {
+void WriteContainerHeader(ByteWriter& out, const ContainerPlan& plan, const BinVersion& version,
+                          size_t stored) {
   out.Text("Qz", 2);
   out.U8(version.major);
   out.U8(version.minor);
@@ -250,49 +273,78 @@ void WriteContainerHeader(ByteWriter& out, const ContainerPlan& plan, const BinV
   out.U8(0xFF);
   WriteInitials(out, version);
   out.U8(plan.compress_payload ? 1 : 0);
-  out.U32(0xFFFFFFFF);
-  out.U32(0xFFFFFFFF);
-  out.U16(static_cast<uint32_t>(plan.sdbs.size()));
+  out.U32(static_cast<uint32_t>(plan.PayloadSize()));
+  out.U32(static_cast<uint32_t>(stored));
+  out.U16(static_cast<uint32_t>(plan.SdbCount()));
   out.U16(static_cast<uint32_t>(plan.ubis.size()));
 }
 
-// Compresses everything behind the header where asked, and completes the header.
-bool FinishPayload(const Context& context, ByteWriter& out, bool compress) {
-  const size_t size = out.size() - kHeaderSize;
-  if (compress) {
-    const auto header = std::span(out.bytes()).first(kHeaderSize);
-    Bytes packed(header.begin(), header.end());
-    if (!AppendCompressed(context, std::span(out.bytes()).subspan(kHeaderSize), packed)) return false;
-    out.bytes() = std::move(packed);
+void WriteDirectory(ByteWriter& out, const ContainerPlan& plan) {
+  size_t offset = kHeaderSize + kEntrySize * plan.parts.size();
+  for (const ContainerPart& part : plan.parts) {
+    out.Text(std::string_view(part.name).substr(0, 6), 7);
+    out.U8(part.compressed ? 1 : 0);
+    out.U32(static_cast<uint32_t>(part.size));
+    out.U32(static_cast<uint32_t>(part.stored));
+    out.U32(static_cast<uint32_t>(offset));
+    out.U16(part.sdb ? kMaximumLnbs : 0);
+    out.U16(part.sdb ? kMaximumSatellites : 0);
+    out.U16(part.sdb ? static_cast<uint32_t>(part.sdb->carriers) : 0);
+    out.U16(part.sdb ? static_cast<uint32_t>(part.sdb->services) : 0);
+    offset += part.stored;
   }
-  out.PatchU32(12, static_cast<uint32_t>(size));
-  out.PatchU32(16, static_cast<uint32_t>(out.size() - kHeaderSize));
-  return true;
 }
 
-std::optional<Bytes> BuildContainer(const Context& context, const ContainerPlan& plan,
-                                    const BinVersion& version) {
+// Directory and streams behind what `out` holds, handed to `write` in pieces, so that a large file and the
+// database never stand in memory together. False as soon as `write` says so.
+bool WritePayload(const Context& context, const ContainerPlan& plan, const BinVersion& version,
+                  ByteWriter& out, const PieceWriter& write) {
+  bool going = true;
+  const auto flush = [&] {
+    if (out.size() < kPieceSize) return;
+    going = going && write(out.bytes());
+    out.bytes().clear();
+  };
+  WriteDirectory(out, plan);
+  for (const ContainerPart& part : plan.parts) {
+    if (part.compressed) {
+      out.Append(part.packed);
+    } else {
+      WritePart(out, plan, part, version, DefaultsOf(context), flush);
+    }
+  }
+  return going && write(out.bytes());
+}
+
+void AppendPayload(const Context& context, const ContainerPlan& plan, const BinVersion& version,
+                   Bytes& bytes) {
   ByteWriter out;
-  size_t expected = kHeaderSize + 28 * (plan.sdbs.size() + 1) + 16 + 36 * plan.ubis.size();
-  for (const SdbPart& sdb : plan.sdbs) {
-    if (!sdb.plan.database->compressed) expected += StreamSize(sdb.plan);
-  }
-  out.bytes().reserve(expected);
-  WriteContainerHeader(out, plan, version);
-  size_t entry = out.size();
-  for (const SdbPart& sdb : plan.sdbs)
-    WriteEntry(out, sdb.name, sdb.plan.database->compressed, true, sdb.plan.carriers, sdb.plan.services);
-  if (!plan.ubis.empty()) WriteEntry(out, "UBIblk", plan.compress_ubis, false, 0, 0);
-  for (const SdbPart& sdb : plan.sdbs) {
-    const auto write = [&](ByteWriter& to) { WriteStream(to, sdb.plan, version, DefaultsOf(context)); };
-    if (!AppendStream(context, out, entry, sdb.plan.database->compressed, write)) return std::nullopt;
-    entry += 28;
-  }
-  if (!plan.ubis.empty()) {
-    const auto write = [&](ByteWriter& to) { WriteUbiStream(to, plan.ubis); };
-    if (!AppendStream(context, out, entry, plan.compress_ubis, write)) return std::nullopt;
-  }
-  if (!FinishPayload(context, out, plan.compress_payload)) return std::nullopt;
+  WritePayload(context, plan, version, out, [&](std::span<const uint8_t> piece) {
+    bytes.insert(bytes.end(), piece.begin(), piece.end());
+    return true;
+  });
+}
+
+// The prepared container with its payload compressed. Nothing after a message.
+std::optional<Bytes> PackContainer(const Context& context, const ContainerPlan& plan,
+                                   const BinVersion& version) {
+  Bytes payload, packed;
+  payload.reserve(plan.PayloadSize());
+  AppendPayload(context, plan, version, payload);
+  if (!AppendCompressed(context, payload, packed)) return std::nullopt;
+  ByteWriter out;
+  WriteContainerHeader(out, plan, version, packed.size());
+  out.Append(packed);
+  return std::move(out.bytes());
+}
+
+std::optional<Bytes> BuildContainer(const Context& context, ContainerPlan& plan, const BinVersion& version) {
+  if (!PrepareParts(context, plan, version)) return std::nullopt;
+  if (plan.compress_payload) return PackContainer(context, plan, version);
+  ByteWriter out;
+  out.bytes().reserve(kHeaderSize + plan.PayloadSize());
+  WriteContainerHeader(out, plan, version, plan.PayloadSize());
+  AppendPayload(context, plan, version, out.bytes());
   return std::move(out.bytes());
 }
 
@@ -300,36 +352,45 @@ bool Selected(uint32_t mask, size_t number) {
   return number < 32 && (mask >> number & 1) != 0;
 }
 
+void PlanSdb(ContainerPlan& plan, const OpenSdb& sdb, StreamPlan stream) {
+  plan.parts.push_back({sdb.name, sdb.database->compressed, std::move(stream), 0, 0, {}});
+}
+
 ContainerPlan PlanContainer(const Document& document, const BinSelection& selection) {
   ContainerPlan plan;
   plan.compress_payload = document.compress_payload;
-  plan.compress_ubis = document.compress_ubis;
   for (size_t i = 0; i < document.sdbs.size(); ++i) {
     if (Selected(selection.sdbs, i))
-      plan.sdbs.push_back({document.sdbs[i].name, PlanWholeStream(*document.sdbs[i].database)});
+      PlanSdb(plan, document.sdbs[i], PlanWholeStream(*document.sdbs[i].database));
   }
   for (size_t i = 0; i < document.ubis.size(); ++i) {
     if (Selected(selection.ubis, i)) plan.ubis.push_back(&document.ubis[i]);
   }
+  if (!plan.ubis.empty()) plan.parts.push_back({"UBIblk", document.compress_ubis, std::nullopt, 0, 0, {}});
   return plan;
 }
 
 // A receiver takes no database without them.
 bool HasLnbAndSatellite(const Context& context, const ContainerPlan& plan) {
   const bool complete =
-      !plan.sdbs.empty() && std::all_of(plan.sdbs.begin(), plan.sdbs.end(), [](const SdbPart& sdb) {
-        return sdb.plan.database->lnb_count > 0 && !sdb.plan.satellites.empty();
+      plan.SdbCount() > 0 && std::all_of(plan.parts.begin(), plan.parts.end(), [](const ContainerPart& part) {
+        return !part.sdb || (part.sdb->database->lnb_count > 0 && !part.sdb->satellites.empty());
       });
   if (!complete) Tell(context.messages, Icon::kStop, "Add atleast one LNB and Satellite to save as a bin");
   return complete;
 }
 
-bool SaveContainer(const Context& context, const ContainerPlan& plan, const Path& path,
-                   const BinVersion& version) {
-  if (!HasLnbAndSatellite(context, plan)) return false;
-  const std::optional<Bytes> file = BuildContainer(context, plan, version);
-  if (!file) return false;
-  switch (WriteWholeFile(path, *file, *context.files)) {
+bool SaveContainer(const Context& context, ContainerPlan plan, const Path& path, const BinVersion& version) {
+  if (!HasLnbAndSatellite(context, plan) || !PrepareParts(context, plan, version)) return false;
+  std::optional<Bytes> packed;
+  if (plan.compress_payload && !(packed = PackContainer(context, plan, version))) return false;
+  const auto produce = [&](const PieceWriter& write) {
+    if (packed) return write(*packed);
+    ByteWriter out;
+    WriteContainerHeader(out, plan, version, plan.PayloadSize());
+    return WritePayload(context, plan, version, out, write);
+  };
+  switch (WriteWholeFileBy(path, produce, *context.files)) {
     case WriteResult::kDone:
       return true;
     case WriteResult::kCannotCreate:
@@ -340,12 +401,6 @@ bool SaveContainer(const Context& context, const ContainerPlan& plan, const Path
   }
   Tell(context.messages, Icon::kStop, "Error No: -11 \n Save as BIN File");
   return false;
-}
-
-uint32_t EntryField(std::span<const uint8_t> layout, size_t entry, size_t offset) {
-  ByteReader reader(layout);
-  reader.Seek(kHeaderSize + 28 * entry + offset);
-  return reader.U32();
 }
 
 }  // namespace
@@ -368,7 +423,8 @@ Bytes WriteSatelliteStream(const StaticDatabase& database, const BinVersion& ver
 
 std::optional<Bytes> BuildBin(const Context& context, const Document& document, const BinVersion& version,
                               const BinSelection& selection) {
-  return BuildContainer(context, PlanContainer(document, selection), version);
+  ContainerPlan plan = PlanContainer(document, selection);
+  return BuildContainer(context, plan, version);
 }
 
 bool SaveBin(const Context& context, const Document& document, const Path& path, const BinVersion& version,
@@ -381,8 +437,8 @@ bool SaveSatellites(const Context& context, const Document& document, size_t sdb
   ContainerPlan plan;
   plan.compress_payload = document.compress_payload;
   const OpenSdb& source = document.sdbs.at(sdb);
-  plan.sdbs.push_back({source.name, PlanStream(*source.database, kSubsetStream, satellites)});
-  return SaveContainer(context, plan, path, version);
+  PlanSdb(plan, source, PlanStream(*source.database, kSubsetStream, satellites));
+  return SaveContainer(context, std::move(plan), path, version);
 }
 
 bool CheckBinSize(const Context& context, const Path& path) {
@@ -400,16 +456,13 @@ bool CheckBinSize(const Context& context, const Path& path) {
 }
 
 std::string BinInformation(const Context& context, const Document& document) {
-  // The directory tells the sizes; the payload is built plain to read it, then packed for the total.
   ContainerPlan plan = PlanContainer(document, {});
-  plan.compress_payload = false;
-  const std::optional<Bytes> built = BuildContainer(context, plan, {});
-  if (!built) return {};
+  if (!PrepareParts(context, plan, {})) return {};
   std::string text = "SDB     Comp\tLNB\tSat\tCar\tSer\tSize(KB/bytes)\n";
   const auto kilobytes = [](size_t bytes) { return static_cast<double>(bytes) / 1024; };
   for (size_t i = 0; i < document.sdbs.size(); ++i) {
     const OpenSdb& sdb = document.sdbs[i];
-    const uint32_t size = EntryField(*built, i, 12);
+    const size_t size = plan.parts[i].stored;
     text += Format("\n%-8s", sdb.name.c_str());
     text += sdb.database->compressed ? "Yes\t" : "No \t";
     text += Format("%03d\t%03d\t%03d\t%03d\t%5.2f/%03d", static_cast<int>(sdb.database->lnb_count),
@@ -417,12 +470,12 @@ std::string BinInformation(const Context& context, const Document& document) {
                    static_cast<int>(sdb.database->carriers.size()),
                    static_cast<int>(sdb.database->services.size()), kilobytes(size), static_cast<int>(size));
   }
-  const uint32_t ubis = document.ubis.empty() ? 0 : EntryField(*built, document.sdbs.size(), 12);
-  size_t total = built->size();
-  if (document.compress_payload) {
-    Bytes packed;
-    if (!AppendCompressed(context, std::span(*built).subspan(kHeaderSize), packed)) return {};
-    total = kHeaderSize + packed.size();
+  const size_t ubis = plan.ubis.empty() ? 0 : plan.parts.back().stored;
+  size_t total = kHeaderSize + plan.PayloadSize();
+  if (plan.compress_payload) {
+    const std::optional<Bytes> packed = PackContainer(context, plan, {});
+    if (!packed) return {};
+    total = packed->size();
   }
   text += Format("\n\nUBI size\t\t: %5.2fKB/%dbytes\n", kilobytes(ubis), static_cast<int>(ubis));
   text += Format("Total bin size \t: %5.2fKB/%dbytes\n", kilobytes(total), static_cast<int>(total));

@@ -7,6 +7,7 @@
 #include "core/bin_file.h"
 #include "core/messages.h"
 #include "tests/core/bin_bytes.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 
@@ -229,6 +230,29 @@ TEST(BinWrite, FailedStepLeavesTheOldFile) {
     }
   }
   EXPECT_EQ(step, 6);  // create, write, finish and replace failed once each
+}
+
+TEST(BinWrite, MemoryThatRunsOutLeavesTheOldFile) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder / "target";
+  std::filesystem::create_directory(folder);
+  const Path path = folder / "a.bin";
+  Document document = SampleDocument();
+  document.sdbs[0].database->compressed = document.compress_ubis = true;
+  const Bytes old = BytesOf("the old file"), whole = Built(document);
+  bool saved = false;
+  for (int n = 1; !saved; ++n) {
+    PutFile(path, old);
+    try {
+      const FailingMemory failing(n);
+      saved = SaveBin(recorder.context, document, path);
+      ASSERT_TRUE(saved) << n;
+    } catch (const std::bad_alloc&) {
+    }
+    EXPECT_EQ(*ReadWholeFile(path), saved ? whole : old) << n;
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "scratch left at " << n;
+    EXPECT_TRUE(recorder.shown.empty()) << n;
+  }
 }
 
 TEST(BinWrite, TargetThatCannotBeCreated) {
