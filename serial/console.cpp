@@ -381,7 +381,7 @@ bool StartConsoleUpload(Console& console, const Path& file, const std::string& n
   ResetTransfer(transfer);
   ClearProgress(console);
   ConnectViews(console);
-  transfer.baud = console.port.dcb.baud_rate;
+  transfer.bytes_per_second = BytesPerSecond(console.port.dcb);
   transfer.files = {file};
   transfer.console_active = true;
   console.job_ended = false;

@@ -1,5 +1,6 @@
 #include "serial/port.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 
@@ -263,6 +264,12 @@ void BuildPortDcb(Port& port, const ProjectConfig& config) {
   dcb.rts_control = 0;
   dcb.parity_check = true;
   dcb.dtr_control = 1;
+}
+
+double BytesPerSecond(const PortDcb& dcb) {
+  constexpr double stop_bits[] = {1, 1.5, 2};
+  const double stop = stop_bits[std::min<size_t>(dcb.stop_bits, 2)];
+  return dcb.baud_rate / (1.0 + dcb.byte_size + (dcb.parity == kNoParity ? 0 : 1) + stop);
 }
 
 bool DetectPlatform(Port& port) {

@@ -75,6 +75,8 @@ struct Port {
 };
 
 void BuildPortDcb(Port& port, const ProjectConfig& config);
+// What the line carries with these settings; 0: not known.
+double BytesPerSecond(const PortDcb& dcb);
 // False after "Port is not available.", and silently on a system that cannot.
 bool OpenPort(Port& port, const std::string& name);
 void ApplyPortState(Port& port);

@@ -1,8 +1,6 @@
 #include "serial/session.h"
 
-#include <algorithm>
 #include <chrono>
-#include <iterator>
 
 namespace vexa {
 
@@ -24,6 +22,7 @@ int RunJob(Transfer& transfer, TransferJob job) {
 
 bool OpenForFrame(TransferSession& session, const ProjectConfig& config, bool console) {
   BuildPortDcb(session.port, config);
+  session.transfer.bytes_per_second = BytesPerSecond(session.port.dcb);
   if (OpenPort(session.port, config.port_name)) return true;
   if (!console) {
     Tell(session.transfer.context.messages, Icon::kStop,
@@ -60,7 +59,6 @@ bool StartTransfer(TransferSession& session, const ProjectConfig& config, Transf
   ResetTransfer(transfer);
   session.outcome = 0;
   session.job_ended = false;
-  transfer.baud = kLineSpeeds[std::min<size_t>(config.baud_index, std::size(kLineSpeeds) - 1)];
   if (!transfer.start_thread) transfer.start_thread = session.port.api->start_thread;
   transfer.line.write = [&session](std::span<const uint8_t> bytes) { return WritePort(session.port, bytes); };
   transfer.line.purge = [&session] { PurgeReceived(session.port); };

@@ -121,12 +121,14 @@ struct OpenUrt {
   Clock::time_point line_free;    // when the line will have carried it
 };
 
-// At ten bits a byte; without a known speed the line is free at once.
+// Without a known speed the line is free at once.
 void SendLast(Transfer& transfer, OpenUrt& file) {
+  constexpr double tolerance = 1.01;  // a line may be a little slower than its settings say
   transfer.line.write(file.last);
-  if (transfer.baud == 0) return;
-  const std::chrono::microseconds duration(file.last.size() * 10'000'000 / transfer.baud);
-  file.line_free = std::max(file.line_free, Clock::now()) + duration;
+  if (transfer.bytes_per_second <= 0) return;
+  const std::chrono::duration<double> busy(tolerance * static_cast<double>(file.last.size()) /
+                                           transfer.bytes_per_second);
+  file.line_free = std::max(file.line_free, Clock::now()) + std::chrono::duration_cast<Clock::duration>(busy);
 }
 
 bool OpenUrtFile(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
