@@ -329,7 +329,8 @@ bool ModemStatus(const SerialDevicePtr& device, uint32_t& modem) {
 bool ClearError(const SerialDevicePtr& device, CommStatus& status) {
   int waiting = 0;
   status = {};
-  if (ioctl(FileOf(device), FIONREAD, &waiting) == 0) status.in_queue = static_cast<uint32_t>(waiting);
+  if (ioctl(FileOf(device), FIONREAD, &waiting) != 0) return errno != EIO && errno != ENODEV;  // unplugged
+  status.in_queue = static_cast<uint32_t>(waiting);
   return true;
 }
 
@@ -374,6 +375,27 @@ const CommApi& SystemCommApi() {
   return api;
 }
 
+namespace {
+
+// What a converter calls itself, some steps above the terminal's device; else the driver's name. The kernel
+// puts devices of the drivers "port" and "ctrl" between a UART and its own.
+std::string DescriptionOf(const Path& device) {
+  std::error_code error;
+  Path place = std::filesystem::canonical(device, error);
+  std::string driver;
+  for (int step = 0; !error && step < 4; ++step, place = place.parent_path()) {
+    std::string product;
+    std::ifstream file(place / "product");
+    if (std::getline(file, product) && !product.empty()) return product;
+    std::error_code none;
+    const std::string name = std::filesystem::read_symlink(place / "driver", none).filename().string();
+    if (driver.empty() && name != "port" && name != "ctrl") driver = name;
+  }
+  return driver;
+}
+
+}  // namespace
+
 std::vector<SerialPortInfo> ListSerialPorts() {
   namespace fs = std::filesystem;
   std::vector<SerialPortInfo> ports;
@@ -385,7 +407,7 @@ std::vector<SerialPortInfo> ListSerialPorts() {
     std::string kind;
     std::ifstream(entry.path() / "type") >> kind;  // a UART's kind; 0 where the driver found none
     if (kind == "0" || !fs::exists("/dev/" + name, error)) continue;
-    ports.push_back({"/dev/" + name, driver});
+    ports.push_back({"/dev/" + name, DescriptionOf(entry.path() / "device")});
   }
   std::sort(ports.begin(), ports.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
   return ports;

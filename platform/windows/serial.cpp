@@ -1,15 +1,23 @@
 #include "platform/serial.h"
 
+// The second needs the first.
+// clang-format off
 #include <windows.h>
+#include <setupapi.h>
+// clang-format on
 
 #include <algorithm>
 #include <array>
+#include <map>
 
 #include "platform/text.h"
 
 namespace vexa {
 
 namespace {
+
+// The device class of serial and parallel ports; its name in the headers needs a library of names.
+constexpr GUID kPortsClass = {0x4D36E978, 0xE325, 0x11CE, {0xBF, 0xC1, 0x08, 0x00, 0x2B, 0xE1, 0x03, 0x18}};
 
 struct Device : SerialDevice {
   HANDLE handle = INVALID_HANDLE_VALUE;
@@ -240,15 +248,46 @@ std::string Utf8(const std::wstring& text) {
   return Utf8FromUtf16(std::u16string(text.begin(), text.end()));
 }
 
-}  // namespace
-
-const CommApi& SystemCommApi() {
-  static const CommApi api = MakeApi();
-  return api;
+std::wstring DeviceText(HDEVINFO devices, SP_DEVINFO_DATA& device, DWORD property) {
+  std::array<wchar_t, 256> text{};
+  SetupDiGetDeviceRegistryPropertyW(devices, &device, property, nullptr, reinterpret_cast<BYTE*>(text.data()),
+                                    sizeof(wchar_t) * (text.size() - 1), nullptr);
+  return text.data();
 }
+
+std::wstring PortNameOf(HDEVINFO devices, SP_DEVINFO_DATA& device) {
+  HKEY key = SetupDiOpenDevRegKey(devices, &device, DICS_FLAG_GLOBAL, 0, DIREG_DEV, KEY_READ);
+  if (key == INVALID_HANDLE_VALUE) return {};
+  std::array<wchar_t, 64> name{};
+  DWORD size = sizeof(wchar_t) * (name.size() - 1);
+  RegQueryValueExW(key, L"PortName", nullptr, nullptr, reinterpret_cast<BYTE*>(name.data()), &size);
+  RegCloseKey(key);
+  return name.data();
+}
+
+// "USB Serial Port (COM3)" by port; the name at its end says nothing more and goes.
+std::map<std::wstring, std::wstring> FriendlyNames() {
+  std::map<std::wstring, std::wstring> names;
+  HDEVINFO devices = SetupDiGetClassDevsW(&kPortsClass, nullptr, nullptr, DIGCF_PRESENT);
+  if (devices == INVALID_HANDLE_VALUE) return names;
+  SP_DEVINFO_DATA device{};
+  device.cbSize = sizeof device;
+  for (DWORD i = 0; SetupDiEnumDeviceInfo(devices, i, &device); ++i) {
+    const std::wstring port = PortNameOf(devices, device), suffix = L" (" + port + L")";
+    std::wstring name = DeviceText(devices, device, SPDRP_FRIENDLYNAME);
+    if (name.empty()) name = DeviceText(devices, device, SPDRP_DEVICEDESC);
+    if (name.ends_with(suffix)) name.resize(name.size() - suffix.size());
+    if (!port.empty()) names[port] = name;
+  }
+  SetupDiDestroyDeviceInfoList(devices);
+  return names;
+}
+
+}  // namespace
 
 std::vector<SerialPortInfo> ListSerialPorts() {
   std::vector<SerialPortInfo> ports;
+  const auto friendly = FriendlyNames();
   HKEY key = nullptr;
   if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"HARDWARE\\DEVICEMAP\\SERIALCOMM", 0, KEY_READ, &key) !=
       ERROR_SUCCESS) {
@@ -261,13 +300,21 @@ std::vector<SerialPortInfo> ListSerialPorts() {
                       reinterpret_cast<BYTE*>(name.data()), &name_size) != ERROR_SUCCESS) {
       break;
     }
-    if (type == REG_SZ) ports.push_back({Utf8(name.data()), Utf8(device.data())});
+    const auto found = friendly.find(name.data());
+    const std::wstring description =
+        found == friendly.end() || found->second.empty() ? device.data() : found->second;
+    if (type == REG_SZ) ports.push_back({Utf8(name.data()), Utf8(description)});
   }
   RegCloseKey(key);
   std::sort(ports.begin(), ports.end(), [](const auto& a, const auto& b) {
     return a.name.size() != b.name.size() ? a.name.size() < b.name.size() : a.name < b.name;
   });
   return ports;
+}
+
+const CommApi& SystemCommApi() {
+  static const CommApi api = MakeApi();
+  return api;
 }
 
 }  // namespace vexa
