@@ -20,8 +20,12 @@ uint32_t SumOf(std::span<const uint8_t> bytes) {
   return std::accumulate(bytes.begin(), bytes.end(), uint32_t{0});
 }
 
+uint64_t Since(uint64_t then, uint64_t now) {
+  return now - std::min(now, then);  // a delayed answer lies ahead
+}
+
 void SendEnq(Receiver& receiver, uint64_t now) {
-  receiver.last_enq = now;
+  receiver.last_enq = now + receiver.faults.delay;
   receiver.enq_sent = true;
   SendHandshake(receiver, now, kEnq);
 }
@@ -61,9 +65,9 @@ void Polled(Receiver& receiver, uint64_t now) {
     receiver.upload_open = false;
     BeginFile(receiver);
   }
-  if (receiver.ack_sent && now - receiver.last_ack < kAckEvery) return;
+  if (receiver.ack_sent && Since(receiver.last_ack, now) < kAckEvery) return;
   receiver.ack_sent = true;
-  receiver.last_ack = now;
+  receiver.last_ack = now + receiver.faults.delay;
   SendHandshake(receiver, now, kAck);
 }
 
@@ -87,8 +91,24 @@ void EndSession(Receiver& receiver) {
   Note(receiver, "session ended");
 }
 
+// In the middle of a transfer, at a frame that was taken or asked for.
+bool GoesWrong(Receiver& receiver) {
+  if (Happens(receiver, receiver.faults.silence)) {
+    Note(receiver, "fault: silent from now on");
+    receiver.state = LoaderState::kFailed;
+  } else if (Happens(receiver, receiver.faults.reset)) {
+    Note(receiver, "fault: reset");
+    EndSession(receiver);
+  } else {
+    return false;
+  }
+  receiver.in.clear();
+  receiver.out.clear();
+  return true;
+}
+
 void TakeRegionControl(Receiver& receiver, uint64_t now, uint8_t byte) {
-  if (byte != kEnq && byte != kNak) return;
+  if ((byte != kEnq && byte != kNak) || GoesWrong(receiver)) return;
   receiver.repeats = 0;
   if (byte == kNak) {
     // One that is still waiting to go out is the answer.
@@ -202,7 +222,7 @@ void EndFile(Receiver& receiver, uint64_t now) {
 
 void TakeRepeated(Receiver& receiver, uint64_t now, size_t length) {
   const uint64_t frame_time = receiver.baud == 0 ? 0 : (length + 9) * 10000 / receiver.baud;
-  if (now - receiver.last_enq >= kRepeatAfter + 2 * frame_time) SendEnq(receiver, now);
+  if (Since(receiver.last_enq, now) >= kRepeatAfter + 2 * frame_time) SendEnq(receiver, now);
 }
 
 void TakeFrame(Receiver& receiver, uint64_t now, const Bytes& payload) {
@@ -213,6 +233,7 @@ void TakeFrame(Receiver& receiver, uint64_t now, const Bytes& payload) {
   } else if (!IsDue(receiver, payload)) {
     return FailUpload(receiver, "a frame out of order");
   }
+  if (GoesWrong(receiver)) return;
   const bool last = receiver.frames.size() + 1 >= receiver.frames_expected;
   if (!last && Happens(receiver, receiver.faults.nak)) {
     Note(receiver, "fault: a good frame refused");
@@ -313,7 +334,7 @@ void Parse(Receiver& receiver, uint64_t now) {
 
 void PassSilence(Receiver& receiver, uint64_t now) {
   const uint64_t since = std::max({receiver.last_byte, receiver.last_enq, receiver.timer});
-  if (now - std::min(now, since) < kSilence) return;
+  if (Since(since, now) < kSilence) return;
   receiver.in.clear();
   receiver.timer = now;
   if (receiver.other_since_enq) {
@@ -373,8 +394,9 @@ void ReceiverTakes(Receiver& receiver, uint64_t now, std::span<const uint8_t> by
 void ReceiverPasses(Receiver& receiver, uint64_t now) {
   switch (receiver.state) {
     case LoaderState::kPolled:
-      if (now - std::min(now, receiver.last_byte) >= kSilence) receiver.in.clear();
-      if (!receiver.in.empty() || now - std::max(receiver.last_etb, receiver.last_ack) < kPollQuiet) break;
+      if (Since(receiver.last_byte, now) >= kSilence) receiver.in.clear();
+      if (!receiver.in.empty() || Since(std::max(receiver.last_etb, receiver.last_ack), now) < kPollQuiet)
+        break;
       receiver.state = LoaderState::kReceiving;
       BeginFile(receiver);
       receiver.timer = now;
@@ -393,8 +415,7 @@ void ReceiverPasses(Receiver& receiver, uint64_t now) {
     default:
       break;
   }
-  if (receiver.upload_open &&
-      now - std::max(receiver.last_file, std::min(receiver.last_etb, now)) >= kSessionEnd) {
+  if (receiver.upload_open && Since(std::max(receiver.last_file, receiver.last_etb), now) >= kSessionEnd) {
     receiver.upload_open = false;
     EndSession(receiver);
   }

@@ -30,6 +30,8 @@ struct LoaderFaults {
   double corrupt = 0;  // a sent frame has one payload bit flipped, its sum unchanged
   double drop = 0;     // a handshake byte is left out
   uint32_t delay = 0;  // ms before every answer
+  double silence = 0;  // at a frame taken or asked for: nothing more is heard of it until the next wake-up
+  double reset = 0;    // likewise: it starts anew, idle
 };
 
 enum class LoaderState { kIdle, kWoken, kPolled, kReceiving, kFailed, kAnnounce, kRegion, kDone };

@@ -1,5 +1,5 @@
 // A pseudo-terminal: a serial line without hardware. The far end has a path that any program can open as a
-// port.
+// port. Whoever serves one may be given a real port in its place (loader/run.h).
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,7 @@ namespace vexa {
 struct PseudoTerminal {
   virtual ~PseudoTerminal() = default;  // closes it and removes the link
   std::string path;                     // of the far end
+  bool keeps_pace = false;              // the line has a speed of its own
   // Waits at most `milliseconds` for bytes; the number read, 0 when there were none.
   virtual size_t Read(std::span<uint8_t> buffer, int milliseconds) = 0;
   // The number of bytes taken; less than all when the far end does not read.
