@@ -3,8 +3,8 @@
 namespace vexa {
 
 void RemoveTransferFiles(const Path& folder) {
-  for (const char* name :
-       {kAdbImageFile, kE2pImageFile, kAdbUrtFile, kE2pUrtFile, kRequestFile, kDecodedFile}) {
+  for (const char* name : {kAdbImageFile, kE2pImageFile, kAdbUrtFile, kE2pUrtFile, kRequestFile, kDecodedFile,
+                           kPacketFile, kRegionFile}) {
     std::error_code ignored;
     std::filesystem::remove(folder / name, ignored);
   }

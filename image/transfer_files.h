@@ -11,10 +11,12 @@ inline constexpr const char* kAdbUrtFile = "~001adb.urt";
 inline constexpr const char* kE2pUrtFile = "~001e2p.urt";
 inline constexpr const char* kRequestFile = "~001dcl.urt";
 inline constexpr const char* kDecodedFile = "~001sdb.bin";
+inline constexpr const char* kPacketFile = "pckurt.bin";  // one downloaded packet
+inline constexpr const char* kRegionFile = "~001db.bin";  // one downloaded region
 inline constexpr const char* kConsoleLogFile =
     "~001ldr.log";  // belongs to the console, which removes it itself
 
-// Removes all of them but the console's log; before a new upload or download begins.
+// Removes all of them but the console's log; before a new upload or download begins, and when one ends.
 void RemoveTransferFiles(const Path& folder);
 
 }  // namespace vexa

@@ -173,13 +173,6 @@ bool TryConnect(Console& console) {
   return false;
 }
 
-// The port itself is asked: a failed call alone may pass.
-bool IsPortGone(Console& console) {
-  CommStatus status;
-  return console.state == ConsoleState::kConnected &&
-         !console.port.api->clear_error(console.port.device, status);
-}
-
 void LoseConnection(Console& console, uint64_t now) {
   const bool again = OptionsOf(console).reconnect;
   console.quiet = true;
@@ -484,7 +477,8 @@ void TellConsoleMessages(Console& console, uint64_t now) {
     messages.swap(console.log.messages);
   }
   if (messages.empty()) return;
-  if (IsPortGone(console)) return LoseConnection(console, now);
+  if (console.state == ConsoleState::kConnected && IsPortGone(console.port))
+    return LoseConnection(console, now);
   for (const ConsoleMessage& message : messages) {
     const bool library = message.title != kApplicationTitle;
     if (library && !console.told.insert(message.text).second) continue;

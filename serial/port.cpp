@@ -364,6 +364,11 @@ bool StopReaderThread(Port& port) {
   return ended;
 }
 
+bool IsPortGone(const Port& port) {
+  CommStatus status;
+  return port.device && !port.api->clear_error(port.device, status);
+}
+
 bool ClosePort(Port& port) {
   if (!port.device || !port.api->close_file(port.device)) return false;
   port.device = nullptr;

@@ -91,6 +91,8 @@ void AbandonWrites(Port& port);
 bool StopReaderThread(Port& port);
 // False when the port's handle did not close.
 bool ClosePort(Port& port);
+// Whether an open port was unplugged. The port itself is asked: a failed call alone may pass.
+bool IsPortGone(const Port& port);
 // False: refuse to open. Sets `plain_writes`.
 bool DetectPlatform(Port& port);
 

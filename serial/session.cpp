@@ -1,6 +1,11 @@
 #include "serial/session.h"
 
 #include <chrono>
+#include <memory>
+#include <mutex>
+#include <set>
+
+#include "image/transfer_files.h"
 
 namespace vexa {
 
@@ -52,13 +57,48 @@ bool StartThreads(TransferSession& session, TransferJob job) {
   return started;
 }
 
+void RemoveFiles(TransferSession& session) {
+  Transfer& transfer = session.transfer;
+  if (transfer.packet.file) std::fclose(transfer.packet.file);
+  transfer.packet.file = nullptr;
+  if (!session.own_files) return;
+  std::error_code ignored;
+  for (const auto* files : {&transfer.files, &transfer.region_files}) {
+    for (const Path& file : *files) std::filesystem::remove(file, ignored);
+  }
+  RemoveTransferFiles(transfer.context.temporary_folder);
+}
+
 }  // namespace
+
+Messages WatchedPortMessages(TransferSession& session, const Messages& messages) {
+  struct Told {
+    std::mutex lock;
+    std::set<std::string> texts;
+  };
+  Messages watched = messages;
+  const auto told = std::make_shared<Told>();
+  watched.tell = [&session, told, tell = messages.tell](Icon icon, const std::string& text,
+                                                        const std::string& title) {
+    if (IsPortGone(session.port)) {
+      session.port_gone = true;
+      return;
+    }
+    {
+      const std::lock_guard hold(told->lock);
+      if (!told->texts.insert(text).second) return;
+    }
+    if (tell) tell(icon, text, title);
+  };
+  return watched;
+}
 
 bool StartTransfer(TransferSession& session, const ProjectConfig& config, TransferJob job) {
   Transfer& transfer = session.transfer;
   ResetTransfer(transfer);
   session.outcome = 0;
-  session.job_ended = false;
+  session.job_ended = session.port_gone = false;
+  session.own_files = job != TransferJob::kConsole;
   if (!transfer.start_thread) transfer.start_thread = session.port.api->start_thread;
   transfer.line.write = [&session](std::span<const uint8_t> bytes) { return WritePort(session.port, bytes); };
   transfer.line.purge = [&session] { PurgeReceived(session.port); };
@@ -84,6 +124,7 @@ bool CancelTransfer(TransferSession& session) {
   if (!stopped) Tell(messages, Icon::kStop, "Exit Thread API failed");
   const bool closed = ClosePort(session.port);
   if (!closed) Tell(messages, Icon::kStop, "Port Close API failed");
+  RemoveFiles(session);
   return stopped && closed;
 }
 

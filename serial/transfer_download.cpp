@@ -2,6 +2,7 @@
 
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
+#include "image/transfer_files.h"
 #include "serial/port.h"
 #include "serial/transfer.h"
 
@@ -12,10 +13,10 @@ namespace {
 constexpr uint8_t kHeaderTag = 0xF1, kDataTag = 0xF2;
 
 Path PacketFile(const Transfer& transfer) {
-  return transfer.context.temporary_folder / "pckurt.bin";
+  return transfer.context.temporary_folder / kPacketFile;
 }
 Path RegionFile(const Transfer& transfer) {
-  return transfer.context.temporary_folder / "~001db.bin";
+  return transfer.context.temporary_folder / kRegionFile;
 }
 
 void Remove(const Path& path) {

@@ -44,7 +44,7 @@ void Connect(TransferWindow& window) {
   TransferSession& session = window.session;
   Transfer& transfer = session.transfer;
   const Messages messages = RelayedMessages(window.relay, window.app.context.messages);
-  session.port.messages = messages;
+  session.port.messages = WatchedPortMessages(session, messages);
   session.port.tap = [&window](bool, std::span<const uint8_t> bytes) { window.bytes += bytes.size(); };
   transfer.context = window.app.context;
   transfer.context.messages = messages;
@@ -130,6 +130,7 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
       return TRUE;
     case WM_TIMER:
       ShowProgress(*window);
+      if (window->session.port_gone && window->running == 0) EndTransfer(*window);
       return TRUE;
     case kWork:
       DoWork(*window);
@@ -152,6 +153,10 @@ bool RunTransferDialog(Application& app, TransferOrder order) {
     EndTransfer(window);  // a dialog that could not be made, or was ended from elsewhere
   }
   --app.busy;
+  if (started && window.session.port_gone) {
+    Tell(app.context.messages, Icon::kStop, "%s is not available any more.\nThe transfer was ended.",
+         app.config.port_name.c_str());
+  }
   if (!started) return false;
   return window.order.job == TransferJob::kDownload ? window.session.transfer.receive_outcome == 1
                                                     : window.session.outcome == 1;
