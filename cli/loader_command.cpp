@@ -1,6 +1,4 @@
-// loader: the simulated receiver on a pseudo-terminal.
-#include <atomic>
-#include <csignal>
+// loader: the simulated receiver on a pseudo-terminal, or on a port that is there already.
 #include <cstdio>
 
 #include "cli/receiver_commands.h"
@@ -11,7 +9,7 @@ namespace vexa {
 
 namespace {
 
-std::atomic<bool> stopped{false};
+constexpr uint32_t kPortBaud = 115200;  // of a real port without --baud
 
 struct LoaderOptions {
   std::string link, memory, log;
@@ -24,29 +22,32 @@ void SaveTo(CommandState& state, const Receiver& receiver, const std::string& fo
   Tell(state.context.messages, Icon::kStop, "Could not write the memory to \"%s\".", folder.c_str());
 }
 
+// A port that is there already is opened as one; elsewhere a pseudo-terminal is made.
+std::unique_ptr<PseudoTerminal> OpenLine(CommandState& state, const std::string& link, LoaderRun& run) {
+  if (auto terminal = OpenPseudoTerminal(PathFromUtf8(link))) return terminal;
+  if (run.baud == 0) run.baud = kPortBaud;
+  if (auto port = OpenReceiverPort(link, run.baud, state.context.messages)) return port;
+  Tell(state.context.messages, Icon::kStop, "No line can be made or opened at \"%s\".", link.c_str());
+  TellPorts(state);
+  throw CommandFailed{};
+}
+
 void RunLoader(CommandState& state, const LoaderOptions& options) {
+  const InterruptWatch watch;
   Trace log;
   if (!options.log.empty() && !log.Open(PathFromUtf8(options.log))) {
     Tell(state.context.messages, Icon::kStop, "Could not creat file \"%s\".", options.log.c_str());
     throw CommandFailed{};
   }
-  const auto terminal = OpenPseudoTerminal(PathFromUtf8(options.link));
-  if (!terminal) {
-    Tell(state.context.messages, Icon::kStop, "A pseudo-terminal at \"%s\" cannot be made.",
-         options.link.c_str());
-    throw CommandFailed{};
-  }
+  LoaderRun run = options.run;
+  const auto terminal = OpenLine(state, options.link, run);
   LoaderMemory memory;
   if (!options.memory.empty()) memory = OpenMemory(PathFromUtf8(options.memory));
   Receiver receiver = MakeReceiver(options.faults, std::move(memory));
   receiver.note = [&log](const std::string& line) { log.Line(line); };
   receiver.stored = [&] { SaveTo(state, receiver, options.memory); };
-  LoaderRun run = options.run;
   run.tap = [&log](bool from_pc, std::span<const uint8_t> bytes) { log.Bytes(from_pc, bytes); };
-  run.stop = [] { return stopped.load(); };
-  stopped = false;
-  std::signal(SIGINT, [](int) { stopped = true; });
-  std::signal(SIGTERM, [](int) { stopped = true; });
+  run.stop = InterruptWatch::IsInterrupted;
   std::fprintf(stderr, "Receiver at %s\n", terminal->path.c_str());
   RunReceiver(receiver, *terminal, run);
   SaveTo(state, receiver, options.memory);
@@ -56,20 +57,28 @@ void RunLoader(CommandState& state, const LoaderOptions& options) {
 
 void AddLoaderCommand(CLI::App& program, CommandState& state) {
   const auto options = std::make_shared<LoaderOptions>();
-  CLI::App& loader = *program.add_subcommand("loader", "A simulated receiver on a pseudo-terminal");
-  loader.add_option("--link", options->link, "Path of the line's other end")->required();
+  CLI::App& loader =
+      *program.add_subcommand("loader", "A simulated receiver on a pseudo-terminal or a serial port");
+  loader
+      .add_option("--link", options->link,
+                  "Path of the line's other end to be made; or a serial port that is there")
+      ->required();
   loader.add_option("--memory", options->memory, "Folder that keeps the memory between runs");
   loader.add_option("--log", options->log, "File for what crosses the line, both ways, with times");
   loader.add_flag("--once", options->run.once, "End after one session");
-  loader.add_option("--baud", options->run.baud, "Pace both directions, bits a second")
+  loader.add_option("--baud", options->run.baud, "Pace both directions, bits a second; of a port, its speed")
       ->check(CLI::Range(1, 100000000));
   loader.add_option("--seed", options->faults.seed, "Repeats the same faults");
   const std::pair<const char*, double*> faults[] = {{"--nak", &options->faults.nak},
                                                     {"--corrupt", &options->faults.corrupt},
-                                                    {"--drop", &options->faults.drop}};
+                                                    {"--drop", &options->faults.drop},
+                                                    {"--silence", &options->faults.silence},
+                                                    {"--reset", &options->faults.reset}};
   const char* texts[] = {"Probability that a good upload frame is refused",
                          "Probability of a flipped bit in a sent frame",
-                         "Probability that a handshake byte is left out"};
+                         "Probability that a handshake byte is left out",
+                         "Probability, at each frame, of falling silent until the next wake-up",
+                         "Probability, at each frame, of starting anew in the middle"};
   for (size_t i = 0; i < std::size(faults); ++i) {
     loader.add_option(faults[i].first, *faults[i].second, texts[i])->check(CLI::Range(0.0, 1.0));
   }

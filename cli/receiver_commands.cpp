@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 
 #include "image/decoder.h"
@@ -15,8 +14,6 @@
 namespace vexa {
 
 namespace {
-
-std::atomic<bool> interrupted{false};
 
 struct LineOptions {
   std::string port, baud = "115200", parity = "None", data_bits = "8", stop_bits = "1", trace;
@@ -77,7 +74,7 @@ void PrintStatus(const std::string& text) {
 void Connect(CommandState& state, LineRun& run, const LineOptions& line, TransferJob job) {
   Transfer& transfer = run.session.transfer;
   transfer.context = state.context;
-  run.session.port.messages = state.context.messages;
+  run.session.port.messages = WatchedPortMessages(run.session, state.context.messages);
   transfer.view.status = PrintStatus;
   transfer.view.range = state.context.progress.range;
   transfer.view.position = state.context.progress.position;
@@ -87,7 +84,8 @@ void Connect(CommandState& state, LineRun& run, const LineOptions& line, Transfe
     target.frame_upload = job == TransferJob::kAdb || job == TransferJob::kSdb;
     target.download = job == TransferJob::kDownload;
     target.append = [](const std::string& text, ReportColour) { std::fputs(text.c_str(), stderr); };
-    if (code == 23 && run.file_refused) return;  // the file's own report has been made
+    if (code == 23 && (run.file_refused || run.session.port_gone))
+      return;  // told already, and not the user's doing
     ReportLoaderStatus(target, code);
     if (code < 0) run.file_refused = true;
   };
@@ -107,7 +105,12 @@ bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
   uint64_t moved = 0;
   auto last = Clock::now();
   while (!run.pressed && !IsTransferOver(run.session)) {
-    if (interrupted || run.file_refused) return false;
+    if (InterruptWatch::IsInterrupted() || run.file_refused) return false;
+    if (run.session.port_gone) {
+      Tell(state.context.messages, Icon::kStop, "%s is not available any more.\nThe transfer was ended.",
+           line.port.c_str());
+      return false;
+    }
     const auto now = Clock::now();
     if (transfer.packets_moved != moved) {
       moved = transfer.packets_moved;
@@ -126,14 +129,13 @@ bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
 // Runs the whole transfer; throws CommandFailed unless it was done.
 void RunTransfer(CommandState& state, LineRun& run, const ProjectConfig& config, const LineOptions& line,
                  TransferJob job) {
-  interrupted = false;
-  const auto old_handler = std::signal(SIGINT, [](int) { interrupted = true; });
-  bool ended = false;
-  if (StartTransfer(run.session, config, job)) {
-    const bool over = AwaitJob(state, run, line);
-    ended = CancelTransfer(run.session) && over;
+  if (InterruptWatch::IsInterrupted()) throw CommandFailed{};
+  if (!StartTransfer(run.session, config, job)) {
+    TellPorts(state);
+    throw CommandFailed{};
   }
-  std::signal(SIGINT, old_handler);
+  const bool over = AwaitJob(state, run, line);
+  const bool ended = CancelTransfer(run.session) && over;
   if (!ended || run.session.outcome != 1 || run.file_refused) throw CommandFailed{};
 }
 
@@ -142,7 +144,10 @@ void Upload(CommandState& state, const ProjectConfig& config, const LineOptions&
   const auto run = std::make_unique<LineRun>();
   Connect(state, *run, line, job);
   run->session.transfer.files = std::move(files);
-  if (job == TransferJob::kSdb && !TestPort(run->session, config)) throw CommandFailed{};
+  if (job == TransferJob::kSdb && !TestPort(run->session, config)) {
+    TellPorts(state);
+    throw CommandFailed{};
+  }
   RunTransfer(state, *run, config, line, job);
 }
 
@@ -221,7 +226,10 @@ CLI::App& AddUpload(CLI::App& upload, CommandState& state, const char* name, con
   CLI::App& command = *upload.add_subcommand(name, what);
   command.add_option("FILE", options->file)->required();
   AddLineOptions(command, options->line);
-  command.callback([&state, options, run] { run(state, *options); });
+  command.callback([&state, options, run] {
+    const InterruptWatch watch;
+    run(state, *options);
+  });
   return command;
 }
 
@@ -257,7 +265,10 @@ void AddDownload(CLI::App& program, CommandState& state) {
   download.add_option("-o,--output", options->output, "Database file to write")->required();
   AddLineOptions(download, options->line);
   AddConfigurationOptions(download, state);
-  download.callback([&state, options] { Download(state, options->line, options->output); });
+  download.callback([&state, options] {
+    const InterruptWatch watch;
+    Download(state, options->line, options->output);
+  });
 }
 
 void Ports(CommandState& state) {
@@ -267,6 +278,17 @@ void Ports(CommandState& state) {
 }
 
 }  // namespace
+
+void TellPorts(const CommandState& state) {
+  std::string names;
+  for (const SerialPortInfo& port : ListSerialPorts()) {
+    names += (names.empty() ? "" : ", ") + port.name;
+    if (!port.description.empty()) names += " (" + port.description + ")";
+  }
+  Tell(
+      state.context.messages, Icon::kInformation, "%s",
+      names.empty() ? "This system has no serial ports." : ("Serial ports of this system: " + names).c_str());
+}
 
 void AddReceiverCommands(CLI::App& program, CommandState& state) {
   program.add_subcommand("ports", "List the serial ports")->callback([&state] { Ports(state); });
