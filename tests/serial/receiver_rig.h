@@ -26,6 +26,7 @@ class ReceiverRig {
       std::unique_lock hold(lock_);
       taken_.wait(hold, [&] { return queue_.size() < 16384; });  // a flood waits, as a driver makes it
       queue_.insert(queue_.end(), bytes.begin(), bytes.end());
+      arrived_.notify_one();
     };
     thread_ = std::thread([this] { Run(); });
   }
@@ -34,6 +35,8 @@ class ReceiverRig {
     thread_.join();
   }
   FakeComm comm;
+  std::atomic<unsigned> swaps_per_thousand{
+      0};  // frames with two bytes of their data exchanged: the sum stays right
   LoaderMemory Memory() {
     const std::lock_guard hold(lock_);
     return receiver_.memory;
@@ -49,7 +52,8 @@ class ReceiverRig {
     const auto start = std::chrono::steady_clock::now();
     while (!stop_) {
       {
-        const std::lock_guard hold(lock_);
+        std::unique_lock hold(lock_);
+        arrived_.wait_for(hold, std::chrono::milliseconds(4), [&] { return !queue_.empty(); });
         const auto time = std::chrono::steady_clock::now() - start;
         const auto now = 1000000 + static_cast<uint64_t>(
                                        std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
@@ -58,11 +62,17 @@ class ReceiverRig {
         ReceiverTakes(receiver_, now, bytes);
         ReceiverPasses(receiver_, now);
         Bytes answer;
-        while (TakeAnswer(receiver_, now, answer)) FeedPieces(answer);
+        while (TakeAnswer(receiver_, now, answer)) {
+          if (answer.size() > 40 && random_() % 1000 < swaps_per_thousand) Swap(answer);
+          FeedPieces(answer);
+        }
       }
       taken_.notify_all();
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+  }
+  void Swap(Bytes& frame) {
+    const size_t one = 16 + random_() % (frame.size() - 21), two = 16 + random_() % (frame.size() - 21);
+    std::swap(frame[one], frame[two]);
   }
   void FeedPieces(std::span<const uint8_t> answer) {
     while (!answer.empty()) {
@@ -72,7 +82,7 @@ class ReceiverRig {
     }
   }
   std::mutex lock_;
-  std::condition_variable taken_;
+  std::condition_variable taken_, arrived_;
   std::deque<uint8_t> queue_;
   std::vector<std::string> notes_;
   Receiver receiver_;

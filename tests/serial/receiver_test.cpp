@@ -4,12 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <numeric>
 #include <random>
 
 #include "core/bytes.h"
 #include "serial/port.h"
 #include "serial/transfer.h"
+#include "tests/serial/upload_frames.h"
 #include "tests/support/recorder.h"
 
 namespace vexa {
@@ -50,31 +50,8 @@ struct Line {
   }
 };
 
-// The frames of an upload of `size` bytes in packets of 100, without their URT file's first six bytes.
 std::vector<Bytes> UploadFrames(size_t size) {
-  Recorder recorder;
-  ConversionParameters parameters;
-  parameters.header_tag = 0xF0;
-  parameters.packet_tag = 0xF5;
-  parameters.block_size = 1024;
-  parameters.packet_size = 100;
-  ImageDescription description;
-  description.type = 3;
-  description.kind = 5;
-  description.name = "Test";
-  description.start = 0x40;
-  description.end = static_cast<uint32_t>(0x40 + size);
-  Bytes urt;
-  EXPECT_EQ(BuildUrt(recorder.context, parameters, description, Bytes(size, 0x17), urt),
-            ConversionResult::kDone);
-  std::vector<Bytes> frames;
-  for (size_t at = 6; at < urt.size();) {
-    const size_t length = (size_t{urt[at + 2]} << 8 | urt[at + 3]) + 9;
-    frames.emplace_back(urt.begin() + static_cast<std::ptrdiff_t>(at),
-                        urt.begin() + static_cast<std::ptrdiff_t>(at + length));
-    at += length;
-  }
-  return frames;
+  return FramesOf(UploadFile(Bytes(size, 0x17)));
 }
 
 TEST(SimulatedReceiver, TakesAnUploadIntoItsMemory) {
@@ -149,26 +126,10 @@ TEST(SimulatedReceiver, PollingAgainBeginsTheFileAnew) {
   EXPECT_EQ(line.receiver.frames.size(), 1u);
 }
 
-Bytes Request(uint32_t start, uint32_t end) {
-  ByteWriter payload;
-  payload.U32Big(1);
-  payload.U8(1);
-  payload.U32Big(start);
-  payload.U32Big(end);
-  payload.Fill(3, 0);
-  ByteWriter frame;
-  frame.U8(kStx);
-  frame.U24Big(16);
-  frame.Append(payload.bytes());
-  frame.U32Big(std::accumulate(payload.bytes().begin(), payload.bytes().end(), uint32_t{0}));
-  frame.U8(kEtx);
-  return frame.bytes();
-}
-
 TEST(SimulatedReceiver, AnnouncesEightTimes) {
   Line line;
   line.Begin(true);
-  EXPECT_EQ(line.Send(Request(0, 100)), Bytes{});
+  EXPECT_EQ(line.Send(RequestFrame(0, 100)), Bytes{});
   EXPECT_EQ(line.Pass(90), Bytes{});
   EXPECT_EQ(line.Pass(30), Bytes{kEtb});
   EXPECT_EQ(line.Pass(20000), Bytes(7, kEtb));
@@ -179,7 +140,7 @@ TEST(SimulatedReceiver, HandsARegionOutFrameByFrame) {
   Line line;
   StoreBytes(line.receiver.memory, 0, 10, Bytes(3000, 0xAB));
   line.Begin(true);
-  line.Send(Request(0, 3100));
+  line.Send(RequestFrame(0, 3100));
   line.Pass(120);
   EXPECT_EQ(line.Send(kAck), Bytes{});
   EXPECT_EQ(line.Send(kNak), Bytes{});  // nothing was sent yet
@@ -214,7 +175,7 @@ TEST(SimulatedReceiver, AnyBytesAreBorne) {
           break;
         case 2:
           line.Send(
-              Request(static_cast<uint32_t>(random() % 1000), static_cast<uint32_t>(random() % 100000)));
+              RequestFrame(static_cast<uint32_t>(random() % 1000), static_cast<uint32_t>(random() % 100000)));
           break;
         case 3:
           line.Send(std::array<uint8_t, 6>{kStx, kEnq, kAck, kNak, kEtb,
