@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 
+#include "config/settings.h"
 #include "image/decoder.h"
 #include "serial/prepare.h"
 #include "serial/reports.h"
@@ -30,22 +31,16 @@ std::vector<std::string> Texts(std::span<const char* const> texts) {
   return {texts.begin(), texts.end()};
 }
 
-std::vector<std::string> BaudTexts() {
-  std::vector<std::string> texts;
-  for (size_t i = 0; i < kListedBaudRates; ++i) texts.push_back(std::to_string(kLineSpeeds[i]));
-  return texts;
-}
-
 uint8_t IndexOf(const std::vector<std::string>& texts, const std::string& text) {
   return static_cast<uint8_t>(std::find(texts.begin(), texts.end(), text) - texts.begin());
 }
 
 void AddLineOptions(CLI::App& command, LineOptions& line) {
   command.add_option("--port", line.port, "Serial port: COM1, or the path of a terminal device")->required();
-  command.add_option("--baud", line.baud, "Bits a second")->check(CLI::IsMember(BaudTexts()));
-  command.add_option("--parity", line.parity)->check(CLI::IsMember(Texts(kParityTexts)));
-  command.add_option("--data-bits", line.data_bits)->check(CLI::IsMember(Texts(kDataBitsTexts)));
-  command.add_option("--stop-bits", line.stop_bits)->check(CLI::IsMember(Texts(kStopBitsTexts)));
+  command.add_option("--baud", line.baud, "Bits a second")->check(CLI::IsMember(Texts(kBaudRates)));
+  command.add_option("--parity", line.parity)->check(CLI::IsMember(Texts(kParities)));
+  command.add_option("--data-bits", line.data_bits)->check(CLI::IsMember(Texts(kDataBits)));
+  command.add_option("--stop-bits", line.stop_bits)->check(CLI::IsMember(Texts(kStopBits)));
   command.add_option("--timeout", line.timeout, "Give up after so many seconds without a new packet")
       ->check(CLI::PositiveNumber);
   command.add_option("--trace", line.trace, "File for what crosses the line, both ways, with times");
@@ -53,10 +48,10 @@ void AddLineOptions(CLI::App& command, LineOptions& line) {
 
 void SetLine(ProjectConfig& config, const LineOptions& line) {
   config.port_name = line.port;
-  config.baud_index = IndexOf(BaudTexts(), line.baud);
-  config.parity_index = IndexOf(Texts(kParityTexts), line.parity);
-  config.data_bits_index = IndexOf(Texts(kDataBitsTexts), line.data_bits);
-  config.stop_bits_index = IndexOf(Texts(kStopBitsTexts), line.stop_bits);
+  config.baud_index = IndexOf(Texts(kBaudRates), line.baud);
+  config.parity_index = IndexOf(Texts(kParities), line.parity);
+  config.data_bits_index = IndexOf(Texts(kDataBits), line.data_bits);
+  config.stop_bits_index = IndexOf(Texts(kStopBits), line.stop_bits);
 }
 
 // What the command adds to a session: why it ended.

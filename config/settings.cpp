@@ -70,8 +70,6 @@ constexpr PortIndex kPortIndices[] = {
     {&ProjectConfig::sdb_format, 2},
 };
 
-constexpr size_t kPortNameSize = 5;
-
 void ReadPortSettings(const SettingsStore& store, const std::string& key, ProjectConfig& config) {
   const auto rows = RowsOf(kPortSettingsKey);
   const auto port = store.read(key, rows[0]->name);
@@ -182,6 +180,28 @@ std::string SettingsKey(const char* subkey) {
 
 std::span<const SettingRow> SettingsTable() {
   return kSettings;
+}
+
+std::vector<std::string> PortChoices(const std::vector<SerialPortInfo>& there) {
+  std::vector<SerialPortInfo> ports;
+  for (const char* name : kPortNames) ports.push_back({name, ""});
+  for (const SerialPortInfo& port : there) {
+    const auto known =
+        std::find_if(ports.begin(), ports.end(), [&](const auto& p) { return p.name == port.name; });
+    if (known != ports.end()) {
+      known->description = port.description;
+    } else if (port.name.size() <= kPortNameSize) {
+      ports.push_back(port);
+    }
+  }
+  std::vector<std::string> choices;
+  for (const SerialPortInfo& port : ports)
+    choices.push_back(port.description.empty() ? port.name : port.name + "  " + port.description);
+  return choices;
+}
+
+std::string PortNameIn(const std::string& choice) {
+  return choice.substr(0, choice.find(' '));
 }
 
 std::string PortStatusText(const ProjectConfig& config) {

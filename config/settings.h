@@ -16,6 +16,7 @@
 #include "config/project_config.h"
 #include "core/database.h"
 #include "core/view_model.h"
+#include "platform/serial.h"
 #include "platform/settings_store.h"
 
 namespace vexa {
@@ -51,6 +52,14 @@ inline constexpr std::array kDataBits = {"4", "5", "6", "7", "8"};
 inline constexpr std::array kParities = {"None", "Even", "Odd", "Mark", "Space"};
 inline constexpr std::array kStopBits = {"1", "1.5", "2"};
 inline constexpr std::array kPortNames = {"COM1", "COM2", "COM3", "COM4"};
+
+inline constexpr size_t kPortNameSize = 5;  // characters
+
+// What the list of ports offers: kPortNames and whatever else `there` has, each with its friendly name beside
+// it.
+std::vector<std::string> PortChoices(const std::vector<SerialPortInfo>& there);
+// The name in a line of that list, or in what was typed.
+std::string PortNameIn(const std::string& choice);
 
 // "COM1 115200 8 N 1", the console's status line. An index beyond its list shows as the list's default.
 std::string PortStatusText(const ProjectConfig& config);

@@ -45,13 +45,9 @@ inline constexpr uint32_t kPortEventMask =
     kEventCts | kEventDsr | kEventRlsd | kEventBreak | kEventError | kEventRing;
 inline constexpr uint32_t kIdleWait = 500;  // ms between looks at the line's status
 
-// The settings lists, index 0 first. The last two bit rates are valid but not offered.
+// By the index in the settings. The last two are valid but not offered.
 inline constexpr uint32_t kLineSpeeds[] = {110,   300,   600,   1200,  2400,   4800,   9600,  14400,
                                            19200, 38400, 56000, 57600, 115200, 128000, 256000};
-inline constexpr size_t kListedBaudRates = 13;
-inline constexpr const char* kDataBitsTexts[] = {"4", "5", "6", "7", "8"};
-inline constexpr const char* kParityTexts[] = {"None", "Even", "Odd", "Mark", "Space"};
-inline constexpr const char* kStopBitsTexts[] = {"1", "1.5", "2"};
 
 // Called on the reader's thread with 1 to kReadSize bytes, valid during the call.
 using ReceiveCallback = std::function<void(std::span<uint8_t> bytes)>;

@@ -56,8 +56,9 @@ void Open(const Form& form, const SettingsDialog& dialog) {
   form.Check(IDC_SETTINGS_COMPRESSED, dialog.compressed);
   form.Fill(IDC_SETTINGS_COMPRESSION, TextsOf(kCompressionTypes), dialog.compression_type);
   form.Fill(IDC_SETTINGS_LEVEL, TextsOf(kCompressionLevels), dialog.compression_level);
-  form.Fill(IDC_SETTINGS_PORT, TextsOf(kPortNames), -1);
-  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_LIMITTEXT, 5, 0);
+  form.Fill(IDC_SETTINGS_PORT, PortChoices(ListSerialPorts()), -1);
+  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_LIMITTEXT, kPortNameSize, 0);
+  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_SETDROPPEDWIDTH, 320, 0);
   form.SetText(IDC_SETTINGS_PORT, dialog.port_name);
   form.Fill(IDC_SETTINGS_BAUD, TextsOf(kBaudRates), dialog.baud);
   form.Fill(IDC_SETTINGS_DATA_BITS, TextsOf(kDataBits), dialog.data_bits);
@@ -77,7 +78,7 @@ void Take(const Form& form, SettingsDialog& dialog) {
   dialog.compressed = form.Checked(IDC_SETTINGS_COMPRESSED);
   dialog.compression_type = form.Choice(IDC_SETTINGS_COMPRESSION);
   dialog.compression_level = form.Choice(IDC_SETTINGS_LEVEL);
-  dialog.port_name = form.Text(IDC_SETTINGS_PORT);
+  dialog.port_name = PortNameIn(form.Text(IDC_SETTINGS_PORT));
   dialog.baud = form.Choice(IDC_SETTINGS_BAUD);
   dialog.data_bits = form.Choice(IDC_SETTINGS_DATA_BITS);
   dialog.parity = form.Choice(IDC_SETTINGS_PARITY);

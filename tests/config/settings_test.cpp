@@ -315,6 +315,14 @@ TEST_F(DialogTest, TheOpenerDecidesWhatAnswers) {
   EXPECT_FALSE(EnabledControls(dialog).image_type);
 }
 
+TEST(PortList, OffersWhatTheSystemHasBesideTheUsual) {
+  EXPECT_EQ(
+      PortChoices({{"COM3", "USB Serial Port"}, {"COM17", "Modem"}, {"COM1234", "too long for the setting"}}),
+      (std::vector<std::string>{"COM1", "COM2", "COM3  USB Serial Port", "COM4", "COM17  Modem"}));
+  EXPECT_EQ(PortNameIn("COM17  Modem"), "COM17");
+  EXPECT_EQ(PortNameIn("COM5"), "COM5");
+}
+
 TEST_F(DialogTest, OkStoresEverything) {
   SettingsDialog dialog = Open({.needs = {}, .from_console = true});
   ChooseManufacturer(recorder.context, dialog, 1);
