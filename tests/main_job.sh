@@ -1,11 +1,17 @@
 #!/usr/bin/env bash
-# The main job on the command line, on the sample data: list -> database -> report -> saved again, all the same twice.
+# The main job on the command line, on the sample data: list -> database -> report -> saved again, and image -> upload to
+# the simulated receiver -> download -> the same database.
 # Usage: main_job.sh VEXA
 set -euo pipefail
 vexa=$(realpath "$1")
 data=$(realpath "$(dirname "$0")/../data")
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+loader=
+finish() {
+  [ -z "$loader" ] || kill "$loader" 2>/dev/null || true
+  rm -rf "$work"
+}
+trap finish EXIT
 cd "$work"
 
 step() { echo "- $*"; }
@@ -26,4 +32,15 @@ cp list.bin kept.bin
 if "$vexa" save "$data/sample.sdx" -o kept.bin 2>error.txt; then echo "a list was taken for a database"; exit 1; fi
 cmp list.bin kept.bin
 grep -q '^error: ' error.txt
+step "to the receiver and back"
+"$vexa" loader --link line --memory memory 2>loader.txt &
+loader=$!
+for _ in $(seq 100); do [ -L line ] && break; sleep 0.05; done
+for choice in 0/0/0 0/0/1; do
+  "$vexa" upload adb list.bin --select $choice --port line --timeout 60
+  "$vexa" download -o back.bin --select $choice --port line --timeout 60
+  "$vexa" adb build list.bin --select $choice -o images
+  "$vexa" adb decode images --select $choice -o direct.bin
+  cmp direct.bin back.bin
+done
 echo done

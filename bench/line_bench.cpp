@@ -1,0 +1,243 @@
+// An upload over a line of 115200 baud 8N1 beside the time that its bytes alone need there, and beside
+// YMODEM-1k (lrzsz) with the same file on the same line. The line is two pseudo-terminals with a relay
+// between them that carries ten bits a byte; whoever sends stands at one end, whoever receives at the other,
+// in processes of their own. Usage: line_bench DATABASE [BAUD]; `vexa` is looked for beside the bench and in
+// build/native.
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "core/bin_file.h"
+#include "platform/files.h"
+#include "platform/pseudo_terminal.h"
+#include "serial/port.h"
+#include "tests/support/random_database.h"
+
+namespace vexa {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+void Require(bool holds, const std::string& what) {
+  if (holds) return;
+  std::fprintf(stderr, "%s failed\n", what.c_str());
+  std::exit(1);
+}
+
+double Seconds() {
+  static const auto start = Clock::now();
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+void SleepUntil(double seconds) {
+  const double left = seconds - Seconds();
+  if (left > 0) std::this_thread::sleep_for(std::chrono::duration<double>(left));
+}
+
+// Finds the frames in what the sender writes, from the first one behind a SYN on.
+struct FrameWatch {
+  bool woken = false;
+  uint32_t head = 0, length = 0, left = 0;
+  double first = 0, last = 0;  // s: the line begins with the first frame, is through with the last
+  uint64_t bytes = 0;
+  std::atomic<double> asked{0};  // s: when the sender was last given something
+  std::vector<double> answers;   // s from there to the frame
+
+  void Take(std::span<const uint8_t> chunk, double start, double end) {
+    for (const uint8_t byte : chunk) {
+      if (left == 0 && head == 0) {
+        woken = woken || byte == kSyn;
+        if (!woken || byte != kStx) continue;
+        if (bytes == 0) first = start;
+        answers.push_back(start - asked);
+        length = 0;
+        head = 1;
+      } else if (left == 0) {
+        length = length << 8 | byte;
+        if (++head == 4) left = length + 5;
+      } else if (--left == 0) {
+        head = 0;
+      }
+      ++bytes;
+      last = end;
+    }
+  }
+};
+
+// One direction. What is there when the line gets free follows without a gap.
+void Carry(PseudoTerminal& from, PseudoTerminal& to, uint32_t baud, const std::atomic<bool>& stop,
+           FrameWatch& watch, bool back) {
+  prctl(PR_SET_TIMERSLACK, 1);
+  std::array<uint8_t, 16> buffer{}, following{};
+  double line_free = 0;
+  while (!stop) {
+    size_t count = from.Read(buffer, 5);
+    double start = std::max(line_free, Seconds());
+    while (count > 0) {
+      line_free = start + static_cast<double>(count) * 10 / baud;
+      SleepUntil(line_free);
+      const size_t more = from.Read(following, 0);
+      const auto chunk = std::span<const uint8_t>(buffer).first(count);
+      if (back) watch.asked = Seconds();
+      for (size_t sent = 0; sent < count && !stop;) sent += to.Write(chunk.subspan(sent));
+      if (!back) watch.Take(chunk, start, line_free);
+      buffer = following;
+      count = more;
+      start = line_free;
+    }
+  }
+}
+
+struct Line {
+  std::unique_ptr<PseudoTerminal> sender, receiver;
+  FrameWatch watch;
+  std::atomic<bool> stop{false};
+  std::thread there, back;
+
+  Line(std::unique_ptr<PseudoTerminal> far_end, uint32_t baud)
+      : sender(OpenPseudoTerminal({})), receiver(std::move(far_end)) {
+    Require(sender && receiver, "a pseudo-terminal");
+    there = std::thread([this, baud] { Carry(*sender, *receiver, baud, stop, watch, false); });
+    back = std::thread([this, baud] { Carry(*receiver, *sender, baud, stop, watch, true); });
+  }
+  ~Line() {
+    stop = true;
+    there.join();
+    back.join();
+  }
+};
+
+// A terminal that another program made, taken as the relay's end.
+struct OpenedTerminal : PseudoTerminal {
+  int file = -1;
+  explicit OpenedTerminal(const Path& link) {
+    file = open(link.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    Require(file >= 0, "opening the receiver's line");
+  }
+  ~OpenedTerminal() override { close(file); }
+  size_t Read(std::span<uint8_t> buffer, int milliseconds) override {
+    pollfd watched{file, POLLIN, 0};
+    if (poll(&watched, 1, milliseconds) <= 0) return 0;
+    return static_cast<size_t>(std::max<ssize_t>(0, read(file, buffer.data(), buffer.size())));
+  }
+  size_t Write(std::span<const uint8_t> bytes) override {
+    return static_cast<size_t>(std::max<ssize_t>(0, write(file, bytes.data(), bytes.size())));
+  }
+};
+
+// Standard input and output at `terminal` where one is given, messages nowhere.
+pid_t Start(const std::vector<std::string>& arguments, const std::string& terminal, const Path& folder) {
+  const pid_t child = fork();
+  Require(child >= 0, "fork");
+  if (child > 0) return child;
+  const int null = open("/dev/null", O_RDWR), line = terminal.empty() ? null : open(terminal.c_str(), O_RDWR);
+  dup2(line, 0), dup2(line, 1), dup2(null, 2);
+  if (chdir(folder.c_str()) != 0) _exit(127);
+  std::vector<char*> pointers;
+  for (const std::string& argument : arguments) pointers.push_back(const_cast<char*>(argument.c_str()));
+  pointers.push_back(nullptr);
+  execvp(pointers[0], pointers.data());
+  _exit(127);
+}
+
+struct Usage {
+  double seconds = 0, processor = 0;
+};
+
+Usage Await(pid_t child, double start, const std::string& what) {
+  int status = 0;
+  rusage used{};
+  Require(wait4(child, &status, 0, &used) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0, what);
+  const auto of = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+  };
+  return {Seconds() - start, of(used.ru_utime) + of(used.ru_stime)};
+}
+
+Usage RunProgram(const std::vector<std::string>& arguments, const std::string& terminal, const Path& folder) {
+  const double start = Seconds();
+  return Await(Start(arguments, terminal, folder), start, arguments[0] + " " + arguments[1]);
+}
+
+void PrintUpload(const std::string& vexa, const std::string& database, uint32_t baud, const Path& folder) {
+  const Path link = folder / "loader";
+  const pid_t loader = Start({vexa, "loader", "--link", link.string()}, "", folder);
+  for (int i = 0; i < 500 && !std::filesystem::exists(link); ++i) SleepUntil(Seconds() + 0.01);
+  {
+    Line line(std::make_unique<OpenedTerminal>(link), baud);
+    const Usage building = RunProgram({vexa, "adb", "build", database, "-o", folder.string()}, "", folder);
+    const Usage all = RunProgram({vexa, "upload", "adb", database, "--port", line.sender->path}, "", folder);
+    FrameWatch& watch = line.watch;
+    const double alone = static_cast<double>(watch.bytes) * 10 / baud, taken = watch.last - watch.first;
+    std::printf(
+        "packets of an ADB upload           %8.3f s   %6.2f %% of the time that their %llu bytes need\n",
+        taken, alone / taken * 100, static_cast<unsigned long long>(watch.bytes));
+    std::nth_element(watch.answers.begin(),
+                     watch.answers.begin() + static_cast<std::ptrdiff_t>(watch.answers.size() / 2),
+                     watch.answers.end());
+    std::printf("from a request to its packet       %8.3f ms at the median\n",
+                watch.answers[watch.answers.size() / 2] * 1000);
+    std::printf("the whole upload, with wake-up     %8.3f s   %6.2f %%\n", all.seconds,
+                alone / all.seconds * 100);
+    std::printf("its processor time                 %8.3f s   %6.2f %%, of it %.3f s for the image\n",
+                all.processor, all.processor / all.seconds * 100, building.processor);
+  }
+  kill(loader, SIGINT);
+  waitpid(loader, nullptr, 0);
+}
+
+void PrintYmodem(uint32_t baud, const Path& folder) {
+  const Path file = folder / "~001adb.urt", received = folder / "received";
+  std::filesystem::create_directory(received);
+  Line line(OpenPseudoTerminal({}), baud);
+  const pid_t receiver = Start({"rz", "--ymodem", "--quiet"}, line.receiver->path, received);
+  const Usage all =
+      RunProgram({"sz", "--ymodem", "--1k", "--quiet", file.string()}, line.sender->path, folder);
+  waitpid(receiver, nullptr, 0);
+  Require(ReadWholeFile(received / file.filename()) == ReadWholeFile(file), "the file of YMODEM");
+  const double alone = static_cast<double>(std::filesystem::file_size(file)) * 10 / baud;
+  std::printf("the same file by YMODEM-1k (lrzsz) %8.3f s   %6.2f %%\n", all.seconds,
+              alone / all.seconds * 100);
+  std::printf("its processor time                 %8.3f s   %6.2f %%\n", all.processor,
+              all.processor / all.seconds * 100);
+}
+
+int Run(int count, char** arguments) {
+  const auto baud = static_cast<uint32_t>(count > 1 ? std::atoi(arguments[1]) : 115200);
+  const Path vexa = std::filesystem::canonical("/proc/self/exe").parent_path() / "vexa";
+  const auto folder = CreateTemporaryFolder("vexa-line-bench-" + std::to_string(getpid()));
+  Require(folder.has_value() && std::filesystem::exists(vexa), "finding vexa beside the bench");
+  std::mt19937 random(1);
+  Document document = NewDocument();
+  document.sdbs[0].database = MakeRandomDatabase(random, RandomShape{});
+  const Path database = *folder / "list.bin";
+  Require(SaveBin(Context{}, document, database), "making the database");
+  PrintUpload(vexa.string(), database.string(), baud, *folder);
+  PrintYmodem(baud, *folder);
+  RemoveFolder(*folder);
+  return 0;
+}
+
+}  // namespace
+}  // namespace vexa
+
+int main(int count, char** arguments) {
+  return vexa::Run(count, arguments);
+}
