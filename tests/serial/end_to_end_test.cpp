@@ -209,7 +209,9 @@ TEST(EndToEnd, CancelEndsEveryWait) {
     FakeComm comm;  // nobody answers
     comm.write_mode = row.mode;
     SessionRig rig(comm.api);
-    rig.session.transfer.files = {"none"};
+    const Path file = rig.recorder.context.temporary_folder / "sent";
+    PutFile(file, BytesOf("MZ"));
+    rig.session.transfer.files = {file};
     std::atomic<int> code{0};
     rig.session.transfer.report = [&](int value) { code = value; };
     ASSERT_TRUE(StartTransfer(rig.session, ProjectConfig{}, row.job)) << row.name;
@@ -218,6 +220,7 @@ TEST(EndToEnd, CancelEndsEveryWait) {
     EXPECT_TRUE(CancelTransfer(rig.session)) << row.name;
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2)) << row.name;
     EXPECT_EQ(rig.session.outcome, 0) << row.name;
+    EXPECT_EQ(std::filesystem::exists(file), row.job == TransferJob::kConsole) << "the user's own stays";
     EXPECT_EQ(code, row.job == TransferJob::kConsole ? 23 : 0) << row.name;
     EXPECT_TRUE(rig.messages.Texts().empty()) << row.name;
   }
@@ -236,6 +239,11 @@ TEST(EndToEnd, StartingTellsWhatCannotBeOpenedOrClosed) {
   comm.failing = {"close_file"};
   EXPECT_FALSE(TestPort(rig.session, ProjectConfig{}));
   EXPECT_EQ(rig.messages.Texts(), std::vector<std::string>{"Port Close API failed - Upload as SDB"});
+  comm.failing = {"start_thread 2"};  // behind the reader's
+  EXPECT_FALSE(StartTransfer(rig.session, ProjectConfig{}, TransferJob::kAdb));
+  EXPECT_EQ(rig.messages.Texts(), (std::vector<std::string>{"Thread creation problem - Upload as ADB",
+                                                            "Unable to initialise ADB uploading process."}));
+  comm.failing = {"close_file"};
   ASSERT_TRUE(StartTransfer(rig.session, ProjectConfig{}, TransferJob::kAdb));
   EXPECT_FALSE(CancelTransfer(rig.session));
   EXPECT_EQ(rig.messages.Texts(), std::vector<std::string>{"Port Close API failed"});

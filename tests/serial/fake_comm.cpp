@@ -22,9 +22,9 @@ struct Operation {
 
 bool FakeComm::Step(const std::string& operation) {
   const std::lock_guard hold(lock_);
-  ++counts_[operation];
+  const int number = ++counts_[operation];
   changed_.notify_all();
-  return !failing.contains(operation);
+  return !failing.contains(operation) && !failing.contains(operation + " " + std::to_string(number));
 }
 
 void FakeComm::Fail(std::set<std::string> operations) {
@@ -178,10 +178,7 @@ FakeComm::FakeComm() {
   };
   api.close_file = simple("close_file");
   api.create_event = [this](bool manual, bool signalled) -> SerialEventPtr {
-    // Named by order within a port's life: exit, read, status, then one a write.
-    const int number = Count("create_event") + 1;
-    const bool works = Step("create_event") && !failing.contains("create_event " + std::to_string(number));
-    if (!works) return nullptr;
+    if (!Step("create_event")) return nullptr;  // by order: exit, read, status, then one a write
     const auto event = std::make_shared<Event>();
     event->manual = manual;
     event->signalled = signalled;

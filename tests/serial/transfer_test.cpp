@@ -214,8 +214,29 @@ TEST(Upload, TheScriptWarnsOfSilenceAtTheExactSecond) {
     const auto texts = rig.messages.Texts();
     ASSERT_EQ(texts.size(), step == 15 ? 1u : 0u);
     if (texts.empty()) continue;
-    EXPECT_TRUE(texts[0].starts_with("Problem:\tNo response from target\nCaution:\t1. Target loader"));
+    EXPECT_EQ(texts[0],
+              "Problem:\tNo response from target\nCaution:\t1. Target loader may not be running properly\n"
+              "\t2. Serial cable connection may be faulty\n\t3. Port settings may be not correct");
   }
+  TransferRig rig;
+  int asked = 0;  // since the first packet
+  bool sending = false;
+  rig.transfer.seconds_of_hour = [&] {
+    if (sending && ++asked == 3) rig.transfer.cancel = true;
+    return sending ? 115 : 100;
+  };
+  rig.Put("a.urt", Urt({Frame(Bytes(9, 1)), Frame({2})}));
+  rig.peer = [&](const Bytes& bytes) {
+    if (bytes.size() <= 6) return rig.AnswerUpload(bytes);
+    sending = true;
+  };
+  EXPECT_EQ(UploadDownloadScriptThread(rig.transfer), 0);
+  EXPECT_EQ(
+      rig.messages.Texts(),
+      std::vector<std::string>{
+          "Problem:\tNo response from target\nCaution:\t1. Target loader may not be running properly\n"
+          "\t2. Serial cable connection may be faulty\nSolution:\t1. Cancel the download process in tool\n"
+          "\t2. Reboot the target\n\t3.Retry once again"});
 }
 
 // A receiver of one region that answers each request from a list of frames.
@@ -354,6 +375,16 @@ TEST(Download, FilesAndThreadsThatCannotBeMade) {
       rig.messages.Texts(),
       std::vector<std::string>{"Terminated Receiving.\nCancel and close the Application and Retry !!!"});
   EXPECT_EQ(rig.cancels, 1);
+
+  TransferRig packet;
+  packet.transfer.context.files = &packet.recorder.files;
+  packet.recorder.FailStep(1);
+  packet.transfer.script_done = packet.transfer.download_started = true;
+  DownloadReceive(packet.transfer, Bytes{kStx, 0, 0});
+  EXPECT_EQ(packet.messages.Texts(), std::vector<std::string>{"File Access Error"});
+  EXPECT_FALSE(packet.transfer.in_packet);
+  DownloadReceive(packet.transfer, Bytes{kStx, 0, 0});
+  EXPECT_TRUE(packet.transfer.in_packet);
 
   TransferRig script;
   script.Put("a.urt", Urt({Frame({1})}));
