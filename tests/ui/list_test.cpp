@@ -344,14 +344,15 @@ TEST_F(Lists, LongestListStandsAtOnce) {
   editor.Press(box, IDOK);
   ASSERT_NE(box = editor.WaitForBox(kStep2), nullptr);
   editor.Push(box, IDC_WIZARD_OPTION);
-  const ULONGLONG start = GetTickCount64();
   editor.Press(box, IDOK);
   ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
   HWND items = GetDlgItem(box, IDC_WIZARD_ITEMS);
+  // Not timed: a busy machine says nothing about the program. The list asks for what it shows, and each
+  // message has to be answered within the driver's time.
+  EXPECT_NE(GetWindowLongPtrW(items, GWL_STYLE) & LVS_OWNERDATA, 0);
   EXPECT_EQ(editor.RowsOf(items), 60001);
   editor.Tick(items, 0);
   EXPECT_EQ(editor.Title(GetDlgItem(box, IDC_WIZARD_TOTAL)), "Total selected services - 60000");
-  EXPECT_LT(GetTickCount64() - start, 3000u);
   ExpectNothingLeft(editor, box);
 }
 
