@@ -220,7 +220,7 @@ bool EditFavourites(EditorWindow& editor, const NodeRef& node, bool radio) {
   SetUpFavourites(favourites);
   FormActions actions;
   actions.anchors = ListAnchors(IDC_FAVOURITES_LIST);
-  actions.resized = [&](Form& form) { FitLastColumn(form, favourites.list); };
+  actions.resized = [&](Form& form) { FitLastColumn(form.Control(favourites.list.id)); };
   actions.open = [&](Form& form) {
     form.Limit(IDC_RECORD_NAME, static_cast<int>(kNameSize) - 1);
     SetUpList(form, favourites.list, {{"Service Name", 130}, {"Carrier Name", 120}, {"Satellite Name", 0}},

@@ -5,6 +5,7 @@
 #include "core/messages.h"
 #include "ui/options.h"
 #include "ui/options_resource.h"
+#include "ui/virtual_list.h"
 
 namespace vexa {
 
@@ -15,6 +16,7 @@ struct FindingsWindow {
   HWND editor;  // the window that was looked over
   std::vector<Finding> findings;
   std::wstring cell;  // text handed to the list control
+  Anchors anchors;
 };
 
 void Look(HWND dialog, FindingsWindow& window) {
@@ -45,37 +47,16 @@ void GoTo(HWND dialog, FindingsWindow& window, bool focus) {
   ShowRecord(*editor, window.findings[static_cast<size_t>(row)].place, focus);
 }
 
-void LayOut(HWND dialog) {
-  RECT area{}, margin{7, 7, 7, 7}, button{0, 0, 60, 14};
-  GetClientRect(dialog, &area);
-  MapDialogRect(dialog, &margin);
-  MapDialogRect(dialog, &button);
-  const int gap = static_cast<int>(margin.left), width = static_cast<int>(area.right),
-            height = static_cast<int>(button.bottom), wide = static_cast<int>(button.right);
-  const int top = static_cast<int>(area.bottom) - gap - height;
-  HWND list = GetDlgItem(dialog, IDC_FINDINGS_LIST);
-  MoveWindow(list, gap, gap, std::max(0, width - 2 * gap), std::max(0, top - 2 * gap), TRUE);
-  int left = width - gap;
-  for (const int id : {IDCANCEL, IDC_FINDINGS_AGAIN, IDOK}) {
-    left -= wide;
-    MoveWindow(GetDlgItem(dialog, id), left, top, wide, height, TRUE);
-    left -= gap / 2;
-  }
-  MoveWindow(GetDlgItem(dialog, IDC_FINDINGS_COUNT), gap, top + gap / 2, std::max(0, left - gap), height,
-             TRUE);
-  RECT inside{};
-  GetClientRect(list, &inside);
-  ListView_SetColumnWidth(list, 0, inside.right - GetSystemMetrics(SM_CXVSCROLL));
-}
-
 void Open(HWND dialog, FindingsWindow& window) {
   HWND list = GetDlgItem(dialog, IDC_FINDINGS_LIST);
   LVCOLUMNW column{};
   column.mask = LVCF_WIDTH;
-  column.cx = 400;
   SendMessageW(list, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
   SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, 0, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
-  LayOut(dialog);
+  FitLastColumn(list);
+  std::vector<Anchor> anchors = ListAnchors(IDC_FINDINGS_LIST);
+  anchors.push_back({IDC_FINDINGS_AGAIN, kWhole, kWhole, kWhole, kWhole});
+  window.anchors = TakeAnchors(dialog, anchors);
   Look(dialog, window);
 }
 
@@ -113,7 +94,11 @@ INT_PTR CALLBACK FindingsProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
       Notify(dialog, *window, *reinterpret_cast<const NMHDR*>(lparam), lparam);
       return TRUE;
     case WM_SIZE:
-      LayOut(dialog);
+      FollowSize(window->anchors);
+      FitLastColumn(GetDlgItem(dialog, IDC_FINDINGS_LIST));
+      return TRUE;
+    case WM_GETMINMAXINFO:
+      LimitSize(window->anchors, *reinterpret_cast<MINMAXINFO*>(lparam));
       return TRUE;
     case WM_NCDESTROY:
       SetWindowLongPtrW(dialog, DWLP_USER, 0);
@@ -130,7 +115,7 @@ INT_PTR CALLBACK FindingsProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
 void ShowFindings(EditorWindow& editor) {
   Application& app = *editor.app;
   if (app.findings) DestroyWindow(app.findings);
-  auto* window = new FindingsWindow{app, editor.window, {}, {}};
+  auto* window = new FindingsWindow{app, editor.window, {}, {}, {}};
   app.findings = CreateDialogParamW(app.instance, MAKEINTRESOURCEW(IDD_FINDINGS), app.frame,
                                     FindingsProcedure, reinterpret_cast<LPARAM>(window));
   if (!app.findings) {

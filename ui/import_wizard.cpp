@@ -156,8 +156,8 @@ StepEnd RunStep(Application& app, WizardStep step) {
   FormActions actions;
   actions.anchors = StepAnchors();
   actions.resized = [&](Form& form) {
-    FitLastColumn(form, dialog.owners);
-    FitLastColumn(form, dialog.items);
+    FitLastColumn(form.Control(dialog.owners.id));
+    FitLastColumn(form.Control(dialog.items.id));
   };
   actions.open = [&](Form& form) { OpenStep(dialog, form); };
   actions.command = [&](Form& form, int id, int) { StepCommand(dialog, form, id); };

@@ -56,7 +56,7 @@ Carrier* AskCarrier(Application& app, const StaticDatabase& database, Carrier* c
   };
   FormActions actions;
   actions.anchors = ListAnchors(IDC_CARRIERS_LIST);
-  actions.resized = [&](Form& form) { FitLastColumn(form, list); };
+  actions.resized = [&](Form& form) { FitLastColumn(form.Control(list.id)); };
   actions.open = [&](Form& form) {
     std::vector<std::string> names;
     int choice = 0;
@@ -170,7 +170,7 @@ void ShowServiceDetails(EditorWindow& editor, const NodeRef& node) {
   };
   FormActions actions;
   actions.anchors = ListAnchors(IDC_DETAILS_LIST);
-  actions.resized = [&](Form& form) { FitLastColumn(form, list); };
+  actions.resized = [&](Form& form) { FitLastColumn(form.Control(list.id)); };
   actions.open = [&](Form& form) {
     SetUpList(form, list, {{"Name", 120}, {"Value", 0}}, nullptr);
     ShowRows(form, list, details.details.size(), std::nullopt);

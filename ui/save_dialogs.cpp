@@ -55,7 +55,7 @@ std::optional<BinSelection> AskParts(EditorWindow& editor) {
   };
   FormActions actions;
   actions.anchors = ListAnchors(IDC_PARTS_LIST);
-  actions.resized = [&](Form& form) { FitLastColumn(form, list); };
+  actions.resized = [&](Form& form) { FitLastColumn(form.Control(list.id)); };
   actions.open = [&](Form& form) {
     SetUpList(form, list, {{"Name", 160}, {"Kind", 0}}, nullptr);
     ShowRows(form, list, count, std::nullopt);

@@ -74,19 +74,18 @@ void SetUpList(const Form& form, const VirtualList& list, const std::vector<Virt
     column.iSubItem = static_cast<int>(i);
     SendMessageW(control, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
   }
-  if (columns.back().width == 0) FitLastColumn(form, list);
+  if (columns.back().width == 0) FitLastColumn(control);
 }
 
-void FitLastColumn(const Form& form, const VirtualList& list) {
-  HWND control = form.Control(list.id);
+void FitLastColumn(HWND list) {
   RECT area{};
-  GetClientRect(control, &area);
+  GetClientRect(list, &area);
   // The scroll bar comes and goes with the rows: room is left for it.
-  const bool scrolls = GetWindowLongPtrW(control, GWL_STYLE) & WS_VSCROLL;
+  const bool scrolls = GetWindowLongPtrW(list, GWL_STYLE) & WS_VSCROLL;
   LONG left = area.right - (scrolls ? 0 : GetSystemMetrics(SM_CXVSCROLL));
-  const int last = Header_GetItemCount(ListView_GetHeader(control)) - 1;
-  for (int i = 0; i < last; ++i) left -= ListView_GetColumnWidth(control, i);
-  ListView_SetColumnWidth(control, last, std::max(left, 1L));
+  const int last = Header_GetItemCount(ListView_GetHeader(list)) - 1;
+  for (int i = 0; i < last; ++i) left -= ListView_GetColumnWidth(list, i);
+  ListView_SetColumnWidth(list, last, std::max(left, 1L));
 }
 
 void ShowRows(const Form& form, VirtualList& list, size_t count, std::optional<size_t> highlighted) {

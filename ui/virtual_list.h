@@ -33,7 +33,7 @@ struct VirtualColumn {
 void SetUpList(const Form& form, const VirtualList& list, const std::vector<VirtualColumn>& columns,
                HIMAGELIST pictures);
 // Gives the last column what the others leave of the list's width.
-void FitLastColumn(const Form& form, const VirtualList& list);
+void FitLastColumn(HWND list);
 // Shows `count` rows with `highlighted` in sight; does not call `highlight`.
 void ShowRows(const Form& form, VirtualList& list, size_t count, std::optional<size_t> highlighted);
 void RedrawRows(const Form& form, const VirtualList& list);
