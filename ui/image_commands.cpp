@@ -122,7 +122,7 @@ void OpenList(UrtForm& urt, Form& form) {
   HWND list = form.Control(IDC_IMAGE_LIST);
   SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
   const std::pair<const wchar_t*, int> columns[] = {
-      {L"Image file", 150}, {L"Image Type", 120}, {L"Name", 120}};
+      {L"Image file", 170}, {L"Image Type", 140}, {L"Name", 140}};
   for (int i = 0; i < 3; ++i) {
     std::wstring title = columns[i].first;
     LVCOLUMNW column{};
