@@ -14,6 +14,12 @@ namespace {
 
 constexpr const char* kWriteProblem = "WriteFile problem";
 
+// With the lock held. Each text waits once: a job that floods a lost port fails thousands of times a second.
+void LeaveMessage(ConsoleLog& log, const ConsoleMessage& message) {
+  const auto same = [&](const ConsoleMessage& waiting) { return waiting.text == message.text; };
+  if (std::none_of(log.messages.begin(), log.messages.end(), same)) log.messages.push_back(message);
+}
+
 // Told at once on the owner's thread, left for the next update on the others.
 void TellConsole(Console& console, const ConsoleMessage& message) {
   if (std::this_thread::get_id() == console.owner) {
@@ -22,7 +28,7 @@ void TellConsole(Console& console, const ConsoleMessage& message) {
     return;
   }
   const std::lock_guard hold(console.log.lock);
-  console.log.messages.push_back(message);
+  LeaveMessage(console.log, message);
 }
 
 Messages ConsoleMessages(Console& console) {
@@ -42,7 +48,7 @@ void WriteLog(Console& console, std::string_view text) {
   if (written) {
     log.size += text.size();
   } else if (!log.failed) {
-    log.messages.push_back({Icon::kStop, kWriteProblem, kApplicationTitle});
+    LeaveMessage(log, {Icon::kStop, kWriteProblem, kApplicationTitle});
   }
   log.failed = !written;
 }
@@ -309,7 +315,10 @@ void ConsoleReceive(Console& console, std::span<uint8_t> bytes) {
   {
     const std::lock_guard hold(console.log.lock);
     if (console.log.options.hexadecimal_view) {
-      AppendText(console, HexadecimalText(console.log.hexadecimal, bytes), ReportColour::kNeutral);
+      // A first row does not go on in a line of text.
+      const bool fresh = console.log.hexadecimal.row.empty() && !console.log.stamps.at_line_start;
+      const std::string rows = HexadecimalText(console.log.hexadecimal, bytes);
+      AppendText(console, fresh ? "\r\n" + rows : rows, ReportColour::kNeutral);
     } else {
       BlankControlBytes(bytes);
       AppendText(console, {reinterpret_cast<const char*>(bytes.data()), bytes.size()},
@@ -455,6 +464,7 @@ ConsoleUpdate UpdateConsole(Console& console, uint64_t now, ViewUse use, size_t 
     ViewQueue taken = TakePieces(console.log.queue, use, shown);
     update.pieces.swap(taken.pieces);
     update.start_anew = taken.start_anew;
+    update.text_dropped = taken.text_dropped;
   }
   update.focus_log = console.focus_log.exchange(false);
   update.received = console.received.exchange(false);

@@ -135,7 +135,8 @@ void ClearConsoleLog(Console& console);
 
 // What has changed since the last call.
 struct ConsoleUpdate {
-  bool start_anew = false;  // empty the view first
+  bool start_anew = false;    // empty the view first
+  bool text_dropped = false;  // text is missing between what was shown and the first piece
   std::deque<ConsolePiece> pieces;
   bool focus_log = false;
   bool received = false, sent = false;  // indicators to show until the next call

@@ -186,7 +186,7 @@ void Enqueue(ViewQueue& queue, std::string_view text, ReportColour colour) {
   while (queue.bytes > kViewBytes) {
     queue.bytes -= queue.pieces.front().text.size();
     queue.pieces.pop_front();
-    queue.start_anew = true;  // what the view holds is older than what was dropped
+    queue.text_dropped = true;
   }
 }
 
@@ -194,8 +194,9 @@ ViewQueue TakePieces(ViewQueue& queue, ViewUse use, size_t shown) {
   ViewQueue taken;
   const bool cleared = std::exchange(queue.cleared, false);
   if (!cleared && use == ViewUse::kSelects) return taken;
-  if (!cleared && use == ViewUse::kLooks && (queue.start_anew || shown > kKeptBytes)) return taken;
-  taken.start_anew = std::exchange(queue.start_anew, false) || cleared;
+  if (!cleared && use == ViewUse::kLooks && (queue.text_dropped || shown > kKeptBytes)) return taken;
+  taken.text_dropped = std::exchange(queue.text_dropped, false);
+  taken.start_anew = taken.text_dropped || cleared;
   while (!queue.pieces.empty() && taken.bytes < kUpdateBytes) {
     const size_t size = queue.pieces.front().text.size();
     taken.bytes += size;

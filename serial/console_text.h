@@ -69,8 +69,9 @@ struct ConsolePiece {
 struct ViewQueue {
   std::deque<ConsolePiece> pieces;
   size_t bytes = 0;
-  bool start_anew = false;  // the view is emptied first
-  bool cleared = false;     // by the user, whatever he was doing
+  bool text_dropped = false;  // what the view holds is older than what was dropped
+  bool cleared = false;       // by the user, whatever he was doing
+  bool start_anew = false;    // of a part that is taken: the view is emptied first
 };
 void Enqueue(ViewQueue& queue, std::string_view text, ReportColour colour);
 

@@ -68,17 +68,27 @@ void ReportCommEvent(PortReader& reader, uint32_t mask) {
   if (!(mask & kEventError)) CheckComStatus(reader, false);
 }
 
-void Deliver(PortReader& reader, size_t count) {
-  if (count == 0 || count > reader.buffer.size() || reader.stop) return;
-  const std::span<uint8_t> chunk(reader.buffer.data(), count);
-  if (reader.tap) reader.tap(false, chunk);
-  reader.callback(chunk);
-}
-
 // What failed once will fail again: not more than twice a second.
 void PauseReader(PortReader& reader) {
   std::unique_lock hold(reader.lock);
   reader.changed.wait_for(hold, std::chrono::milliseconds(kIdleWait), [&] { return reader.stop.load(); });
+}
+
+// A read that ends without a byte, or fails in the end, is one of a line that was hung up: it is looked at as
+// after a time-out.
+void ReadNothing(PortReader& reader) {
+  if (reader.stop) return;
+  CheckModemStatus(reader, false);
+  CheckComStatus(reader, false);
+  PauseReader(reader);
+}
+
+void Deliver(PortReader& reader, size_t count) {
+  if (count == 0) return ReadNothing(reader);
+  if (count > reader.buffer.size() || reader.stop) return;
+  const std::span<uint8_t> chunk(reader.buffer.data(), count);
+  if (reader.tap) reader.tap(false, chunk);
+  reader.callback(chunk);
 }
 
 void StartRead(PortReader& reader) {
@@ -122,7 +132,7 @@ void WaitForSomething(PortReader& reader) {
     case 0: {
       const bool done = reader.api->result(reader.device, reader.reading, count) == IoResult::kDone;
       reader.read_outstanding = false;
-      if (done) Deliver(reader, count);
+      done ? Deliver(reader, count) : ReadNothing(reader);
       break;
     }
     case 1:

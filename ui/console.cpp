@@ -18,6 +18,7 @@ constexpr UINT_PTR kTimer = 1, kLineSubclass = 1;
 constexpr int kLogHeight = 418, kLineHeight = 44;  // at 96 dots an inch; the log's is its least
 constexpr int kPanelUnits = 50;                    // dialog units
 constexpr int kDisconnectFailure = 18;             // exit code
+constexpr int kLineTextKept = 16000;               // characters; the control takes about twice as many
 
 struct PanelButton {
   int id;
@@ -47,27 +48,42 @@ void ShowPanelText(ConsoleWindow& console, int id, const std::string& text) {
 
 // --- the command line ---
 
-// Number and text of the line that the caret is in.
-std::pair<int, std::string> CurrentLine(HWND edit) {
-  const auto number = static_cast<int>(SendMessageW(edit, EM_LINEFROMCHAR, static_cast<WPARAM>(-1), 0));
+// The line that the caret is in: where it starts, and its text.
+std::pair<LRESULT, std::wstring> CurrentLine(HWND edit) {
+  const auto number = static_cast<WPARAM>(SendMessageW(edit, EM_LINEFROMCHAR, static_cast<WPARAM>(-1), 0));
   std::wstring text(32768, L'\0');
   text[0] = static_cast<wchar_t>(text.size() - 1);
-  const auto length =
-      SendMessageW(edit, EM_GETLINE, static_cast<WPARAM>(number), reinterpret_cast<LPARAM>(text.data()));
+  const auto length = SendMessageW(edit, EM_GETLINE, number, reinterpret_cast<LPARAM>(text.data()));
   text.resize(static_cast<size_t>(std::max<LRESULT>(0, length)));
-  return {number, Utf8(text)};
+  return {SendMessageW(edit, EM_LINEINDEX, number, 0), text};
+}
+
+void ReplaceText(HWND edit, LRESULT first, LRESULT last, const std::wstring& text) {
+  SendMessageW(edit, EM_SETSEL, static_cast<WPARAM>(first), last);
+  SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
 }
 
 void ReplaceCurrentLine(HWND edit, const std::string& text) {
-  const auto number = static_cast<WPARAM>(CurrentLine(edit).first);
-  const auto start = static_cast<WPARAM>(SendMessageW(edit, EM_LINEINDEX, number, 0));
-  const auto length = SendMessageW(edit, EM_LINELENGTH, start, 0);
-  SendMessageW(edit, EM_SETSEL, start, static_cast<LPARAM>(start) + length);
-  SendMessageW(edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(Wide(text).c_str()));
+  const auto [start, line] = CurrentLine(edit);
+  ReplaceText(edit, start, start + static_cast<LRESULT>(line.size()), Wide(text));
 }
 
-void SendLine(ConsoleWindow& console, const std::string& line) {
-  if (SendConsoleLine(console.console, line)) Remember(console.history, line);
+// Lines that were sent long ago go, so that the control never is full.
+void DropOldLines(HWND edit) {
+  if (GetWindowTextLengthW(edit) <= kLineTextKept) return;
+  DWORD caret = 0;
+  SendMessageW(edit, EM_GETSEL, reinterpret_cast<WPARAM>(&caret), 0);
+  const LRESULT line = SendMessageW(edit, EM_LINEFROMCHAR, kLineTextKept / 2, 0);
+  const auto count = static_cast<DWORD>(SendMessageW(edit, EM_LINEINDEX, static_cast<WPARAM>(line), 0));
+  ReplaceText(edit, 0, static_cast<LRESULT>(count), L"");
+  caret -= std::min(caret, count);
+  SendMessageW(edit, EM_SETSEL, caret, static_cast<LPARAM>(caret));
+}
+
+bool SendLine(ConsoleWindow& console, const std::string& line) {
+  if (!SendConsoleLine(console.console, line)) return false;
+  Remember(console.history, line);
+  return true;
 }
 
 // Complete lines of a pasted text are sent, the rest goes into the command line. False: not for us.
@@ -83,13 +99,19 @@ bool PasteLines(ConsoleWindow& console) {
   CloseClipboard();
   PastedText pasted = SplitPasted(text);
   if (pasted.lines.empty()) return false;
-  // What was typed already begins the first line.
-  pasted.lines.front() = CurrentLine(console.line).second + pasted.lines.front();
-  for (const std::string& line : pasted.lines) {
-    if (!SendConsoleLine(console.console, line)) break;
-    Remember(console.history, line);
-  }
-  ReplaceCurrentLine(console.line, pasted.rest);
+  // The first line goes on from what stands in front of the caret, the rest goes in front of what follows it.
+  DWORD first = 0, last = 0;
+  SendMessageW(console.line, EM_GETSEL, reinterpret_cast<WPARAM>(&first), reinterpret_cast<LPARAM>(&last));
+  SendMessageW(console.line, EM_SETSEL, first, static_cast<LPARAM>(first));
+  const auto [start, line] = CurrentLine(console.line);
+  pasted.lines.front().insert(0, Utf8(line.substr(0, first - static_cast<size_t>(start))));
+  size_t sent = 0;
+  while (sent < pasted.lines.size() && SendLine(console, pasted.lines[sent])) ++sent;
+  // A line that was refused comes back, to be mended.
+  std::string left;
+  for (; sent < pasted.lines.size(); ++sent) left += pasted.lines[sent] + "\r\n";
+  ReplaceText(console.line, start, static_cast<LRESULT>(last), Wide(left + pasted.rest));
+  DropOldLines(console.line);
   return true;
 }
 
@@ -97,12 +119,13 @@ LRESULT CALLBACK LineProcedure(HWND edit, UINT message, WPARAM wparam, LPARAM lp
                                DWORD_PTR data) {
   auto& console = *reinterpret_cast<ConsoleWindow*>(data);
   if (message == WM_CHAR && wparam == kKeyEnter) {
-    if (console.console.state == ConsoleState::kConnected) SendLine(console, CurrentLine(edit).second);
+    if (console.console.state == ConsoleState::kConnected) SendLine(console, Utf8(CurrentLine(edit).second));
+    DropOldLines(edit);
   } else if (message == WM_PASTE) {
     if (PasteLines(console)) return 0;
   } else if (message == WM_KEYDOWN && (wparam == VK_UP || wparam == VK_DOWN)) {
     const auto line =
-        wparam == VK_UP ? Older(console.history, CurrentLine(edit).second) : Newer(console.history);
+        wparam == VK_UP ? Older(console.history, Utf8(CurrentLine(edit).second)) : Newer(console.history);
     if (line) ReplaceCurrentLine(edit, *line);
     return 0;
   }
@@ -138,6 +161,13 @@ void AddTips(ConsoleWindow& console) {
     tool.lpszText = const_cast<wchar_t*>(button.tip);
     SendMessageW(console.tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
   }
+}
+
+// A button that goes grey does not keep the keys.
+void EnableButton(ConsoleWindow& console, int id, bool enabled) {
+  HWND button = PanelControl(console, id);
+  if (!enabled && GetFocus() == button) SetFocus(console.line_shown ? console.line : console.log);
+  EnableWindow(button, enabled);
 }
 
 void SetLineFont(ConsoleWindow& console) {
@@ -211,7 +241,8 @@ ConsoleUpdate UpdateLog(ConsoleWindow& console) {
   const uint64_t start = ConsoleClock();
   const ConsoleUpdate update =
       UpdateConsole(console.console, start, LogUse(console.log), LogLength(console.log));
-  AppendToLog(console.log, update.pieces, update.start_anew);
+  if (update.start_anew) console.log_cut = update.text_dropped;
+  if (AppendToLog(console.log, update.pieces, update.start_anew)) console.log_cut = true;
   const uint64_t end = ConsoleClock();
   console.next_update = end + 2 * (end - start);
   return update;
@@ -359,11 +390,17 @@ bool OpenConsoleWindow(Application& app) {
 bool TranslateConsoleKey(Application& app, const MSG& message) {
   ConsoleWindow* console = OpenConsoleOf(app);
   if (!console || message.message != WM_KEYDOWN || !IsChild(console->window, message.hwnd)) return false;
+  const bool control = GetKeyState(VK_CONTROL) < 0;
   if (message.wParam == VK_F3) {
     SendMessageW(app.frame, WM_COMMAND, kCmdConsoleFindNext, 0);
     return true;
   }
-  if (message.wParam != VK_TAB || GetKeyState(VK_CONTROL) < 0) return false;
+  if (message.hwnd == console->line && control && (message.wParam == 'Z' || message.wParam == 'A')) {
+    const bool undo = message.wParam == 'Z';
+    SendMessageW(console->line, undo ? EM_UNDO : EM_SETSEL, 0, undo ? 0 : -1);
+    return true;
+  }
+  if (message.wParam != VK_TAB || control) return false;
   HWND next = GetNextDlgTabItem(console->window, GetFocus(), GetKeyState(VK_SHIFT) < 0);
   if (next) SetFocus(next);
   return next != nullptr;
@@ -392,12 +429,13 @@ void ShowConsoleState(ConsoleWindow& console) {
   const bool data = HasConsoleLog(model);
   static constexpr const char* kStates[] = {"Disconnected", "Connected", "Waiting for port"};
   ShowPanelText(console, IDC_CONSOLE_STATE, kStates[static_cast<int>(model.state)]);
-  ShowPanelText(console, IDC_CONSOLE_PORT, PortStatusText(console.app->config));
+  ShowPanelText(console, IDC_CONSOLE_PORT,
+                PortStatusText(connected ? model.connected_with : console.app->config));
   ShowPanelText(console, IDC_CONSOLE_FILE, model.upload_name);
   ShowPanelText(console, IDC_CONSOLE_CONNECT,
                 model.state == ConsoleState::kDisconnected ? "Connect" : "Disconnect");
-  EnableWindow(PanelControl(console, IDC_CONSOLE_UPLOAD), connected && !upload);
-  EnableWindow(PanelControl(console, IDC_CONSOLE_CANCEL), upload && !model.transfer.cancel);
+  EnableButton(console, IDC_CONSOLE_UPLOAD, connected && !upload);
+  EnableButton(console, IDC_CONSOLE_CANCEL, upload && !model.transfer.cancel);
   SendMessageW(PanelControl(console, IDC_CONSOLE_BAR), PBM_SETRANGE32, 0, 1000);
   if (model.state == console.shown_state && upload == console.shown_upload && data == console.shown_data)
     return;

@@ -14,6 +14,7 @@ struct ConsoleWindow {
   CommandHistory history;
   std::string searched;
   bool match_case = false;
+  bool log_cut = false;  // the view does not hold the log's beginning
   ConsoleState shown_state = ConsoleState::kDisconnected;
   bool shown_upload = false, shown_data = false, telling = false;
   uint64_t next_update = 0;  // of the view
@@ -33,7 +34,8 @@ std::string ConsoleText(const Application& app, UINT id);
 bool MayEndConsole(Application& app);
 // Closes it without a question; before the temporary folder goes.
 void EndConsole(Application& app);
-// Tab goes round the console's controls, F3 finds again; true when the message was such a key.
+// Tab goes round the console's controls, F3 finds again, Ctrl+Z and Ctrl+A are the command line's own while
+// it has the focus; true when the message was such a key.
 bool TranslateConsoleKey(Application& app, const MSG& message);
 
 // --- shared by the console's files ---

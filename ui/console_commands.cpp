@@ -64,7 +64,10 @@ void CloseCommand(Application& app) {
 void FindAgain(Application& app) {
   ConsoleWindow& console = Current(app);
   if (!FindInLog(console.log, console.searched, console.match_case))
-    Tell(app.context.messages, Icon::kInformation, "\"%s\" is not in the log.", console.searched.c_str());
+    Tell(app.context.messages, Icon::kInformation,
+         console.log_cut ? "\"%s\" is not in the last part of the log, which is shown.\nA saved log is whole."
+                         : "\"%s\" is not in the log.",
+         console.searched.c_str());
 }
 
 void Find(Application& app) {

@@ -82,12 +82,13 @@ bool ShowsItsEnd(HWND log) {
   return bar.nPos + static_cast<int>(bar.nPage) + static_cast<int>(bar.nPage) / 4 >= bar.nMax;
 }
 
-// Takes the oldest text out.
-void TrimFront(HWND log) {
+// Takes the oldest text out of a view that holds too much. True when it did.
+bool TrimFront(HWND log) {
   const auto excess = static_cast<LONG>(ViewExcess(static_cast<size_t>(Length(log))));
-  if (excess == 0) return;
+  if (excess == 0) return false;
   Select(log, 0, excess);
   SendMessageW(log, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L""));
+  return true;
 }
 
 }  // namespace
@@ -126,8 +127,8 @@ size_t LogLength(HWND log) {
   return static_cast<size_t>(Length(log));
 }
 
-void AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew) {
-  if (pieces.empty() && !start_anew) return;
+bool AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew) {
+  if (pieces.empty() && !start_anew) return false;
   const CHARRANGE selection = Selection(log);
   const bool follows = start_anew || LogUse(log) == ViewUse::kFollows;
   POINT place{};
@@ -138,8 +139,9 @@ void AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_an
     SetLogFont(log);
   }
   for (const ConsolePiece& piece : pieces) InsertPiece(log, piece);
+  bool trimmed = false;
   if (follows) {
-    TrimFront(log);
+    trimmed = TrimFront(log);
     const LONG end = Length(log);
     Select(log, end, end);
   } else {
@@ -153,6 +155,7 @@ void AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_an
     SendMessageW(log, WM_VSCROLL, SB_BOTTOM, 0);
   }
   InvalidateRect(log, nullptr, TRUE);
+  return trimmed;
 }
 
 bool FindInLog(HWND log, const std::string& text, bool match_case) {

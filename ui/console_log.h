@@ -17,8 +17,8 @@ void SetLogFont(HWND log);
 ViewUse LogUse(HWND log);
 size_t LogLength(HWND log);  // characters
 // Adds the pieces at the end, each in its colour. Where the view does not follow, place and selection stay as
-// they are.
-void AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew);
+// they are. True when the view became too long and lost its oldest text.
+bool AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew);
 // Selects the next place of the text behind the selection, going on at the start; false when there is none.
 bool FindInLog(HWND log, const std::string& text, bool match_case);
 

@@ -285,6 +285,7 @@ int RunMessageLoop(Application& app) {
   while (GetMessageW(&message, nullptr, 0, 0) > 0) {
     if (TranslateMDISysAccel(app.client, &message)) continue;
     if (app.findings && IsDialogMessageW(app.findings, &message)) continue;
+    if (TranslateConsoleKey(app, message)) continue;
     // Dialogs without a loop of their own must not see the frame's keys.
     if (IsWindowEnabled(app.frame) &&
         TranslateAcceleratorW(app.frame, ActiveEditor(app) ? app.editor_keys : app.other_keys, &message)) {
@@ -292,7 +293,6 @@ int RunMessageLoop(Application& app) {
     }
     EditorWindow* editor = ActiveEditor(app);
     if (editor && IsWindowEnabled(app.frame) && TranslateEditorKey(*editor, message)) continue;
-    if (TranslateConsoleKey(app, message)) continue;
     TranslateMessage(&message);
     DispatchMessageW(&message);
   }

@@ -92,10 +92,10 @@ TEST(ConsoleText, QueueKeepsTheEndOfAFlood) {
   Enqueue(queue, "red", ReportColour::kError);
   ASSERT_EQ(queue.pieces.size(), 2u);
   EXPECT_EQ(queue.pieces[0].text, "onetwo");
-  EXPECT_FALSE(queue.start_anew);
+  EXPECT_FALSE(queue.text_dropped);
   for (int i = 0; i < 3000; ++i) Enqueue(queue, std::string(100, 'x'), ReportColour::kNeutral);
   Enqueue(queue, "last", ReportColour::kSuccess);
-  EXPECT_TRUE(queue.start_anew);
+  EXPECT_TRUE(queue.text_dropped);
   EXPECT_LE(queue.bytes, kViewBytes);
   EXPECT_GT(queue.bytes, kViewBytes - 8192);
   EXPECT_EQ(queue.pieces.back().text, "last");
@@ -316,6 +316,8 @@ TEST_F(ConsoleRig, ConnectingAndDisconnectingTellTheirFailures) {
 TEST_F(ConsoleRig, OptionsShapeTheLog) {
   Connect();
   ConsoleOptions options;
+  comm_.Feed(BytesOf("text"));
+  ASSERT_TRUE(Shows("text"));
   options.hexadecimal_view = true;
   SetConsoleOptions(console_, options);
   comm_.Feed(Bytes{0x06, 0x41});
@@ -328,7 +330,7 @@ TEST_F(ConsoleRig, OptionsShapeTheLog) {
   comm_.Feed(BytesOf("plain"));
   ASSERT_TRUE(Shows("plain"));
   EXPECT_EQ(view_, LogFile());
-  EXPECT_THAT(view_, HasSubstr("06 41 " + std::string(14 * 3 + 1, ' ') +
+  EXPECT_THAT(view_, HasSubstr("text\r\n06 41 " + std::string(14 * 3 + 1, ' ') +
                                ".A\r\n\r\n<========== Upload Success ==========>\r\n["));
   EXPECT_THAT(view_, testing::EndsWith("] plain"));
 }
@@ -399,6 +401,14 @@ TEST_F(ConsoleRig, UnpluggingGivesOneMessageAndADisconnectedConsole) {
   ConnectAgain();
   comm_.Feed(BytesOf("again"));
   EXPECT_TRUE(Shows("again"));
+  // A line that was hung up lets its reads end with nothing.
+  const int reads = comm_.Count("read");
+  comm_.hung_up = true;
+  comm_.Fail({"clear_error"});
+  comm_.Feed(BytesOf("x"));
+  ASSERT_TRUE(Until([&] { return console_.state == ConsoleState::kDisconnected; }));
+  EXPECT_LT(comm_.Count("read") - reads, 10);
+  EXPECT_EQ(recorder_.Texts().size(), 1u);
 }
 
 TEST_F(ConsoleRig, AFailureOfALivePortIsToldOnceAConnection) {
@@ -512,7 +522,13 @@ TEST_F(ConsoleRig, DisconnectingAndLosingThePortEndTheUpload) {
   ClearConsoleLog(console_);
   ASSERT_TRUE(ConnectConsole(console_, config_));
   ASSERT_TRUE(StartConsoleUpload(console_, urt, "file.urt"));
-  comm_.Fail({"clear_error", "modem_status"});
+  const int writes = comm_.Count("write");
+  comm_.Fail({"clear_error", "modem_status", "write"});
+  ASSERT_TRUE(comm_.AwaitCount("write", writes + 1000));  // a flood of failures while nobody looks
+  {
+    const std::lock_guard hold(console_.log.lock);
+    EXPECT_LT(console_.log.messages.size(), 10u);
+  }
   ASSERT_TRUE(Until([&] { return console_.state == ConsoleState::kDisconnected; }));
   EXPECT_FALSE(IsUploading(console_));
   EXPECT_EQ(LogFile(), "");  // no user terminated it

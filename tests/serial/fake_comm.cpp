@@ -92,6 +92,7 @@ IoResult FakeComm::Read(std::span<uint8_t> buffer, size_t& count, Overlapped& ov
     operation->state = IoResult::kFailed;
     return IoResult::kFailed;
   }
+  if (hung_up) return operation->state = IoResult::kDone;
   read_ = operation;
   read_buffer_ = buffer;
   read_event_ = nullptr;

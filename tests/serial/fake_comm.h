@@ -2,6 +2,7 @@
 // fed in from any thread.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -31,7 +32,8 @@ class FakeComm {
  public:
   FakeComm();
   CommApi api;
-  std::set<std::string> failing;  // operations that fail from now on
+  std::set<std::string> failing;     // operations that fail from now on
+  std::atomic<bool> hung_up{false};  // reads end at once without a byte
   WriteMode write_mode = WriteMode::kDone;
   SerialPlatform platform = SerialPlatform::kWindowsNt;
   std::function<void(std::span<const uint8_t>)> on_write;  // called on the writer's thread; may be empty
