@@ -43,6 +43,10 @@ picture 'fill #202830 rectangle 1,2 14,13 stroke #60E060 line 3,5 5,7 line 5,7 3
 picture 'fill #D8D8D8 rectangle 3,3 12,12 fill #404040 rectangle 6,6 9,9 line 1,5 3,5 line 1,8 3,8 line 1,11 3,11 line 12,5 14,5 line 12,8 14,8 line 12,11 14,11'  # images
 picture 'fill #B8BEC8 circle 7.5,7.5 7.5,2 fill white circle 7.5,7.5 7.5,5 stroke-width 2 line 7.5,0 7.5,2 line 7.5,13 7.5,15 line 0,7.5 2,7.5 line 13,7.5 15,7.5'  # settings
 picture 'fill #F5D76E circle 7.5,7.5 7.5,1 stroke-width 2 fill none path "M 5,6 A 2.5,2.5 0 1,1 8,8 L 8,10" fill black rectangle 7,12 8,12'  # help
+plug='fill #D8D8D8 rectangle 1,5 5,10 line 0,7.5 1,7.5'
+socket='fill #404858 rectangle 10,4 14,11 line 14,7.5 15,7.5'
+picture "$plug $socket line 5,6 7,6 line 5,9 7,9"                                                     # disconnected
+picture "$plug $socket stroke #208020 stroke-width 2 line 6,6 9,6 line 6,9 9,9"                        # connected
 strip toolbar.bmp
 
 dish() { echo "fill $1 path \"M 2,3 A 8,8 0 0,0 12,13 Z\" line 7,8 12,3 fill black circle 12,3 12,2 line 6,12 4,15 line 4,15 9,15"; }

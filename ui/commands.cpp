@@ -229,6 +229,12 @@ bool ConsoleIsActive(const Application& app) {
          reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDIGETACTIVE, 0, 0)) == app.console;
 }
 
+// Keys and buttons for two windows: the log of the console, or the database.
+UINT OfActiveWindow(const Application& app, UINT id) {
+  if ((id != kCmdSave && id != kCmdFind) || !ConsoleIsActive(app)) return id;
+  return id == kCmdSave ? kCmdConsoleSaveLog : kCmdConsoleFind;
+}
+
 }  // namespace
 
 std::span<const CommandRow> FileCommands() {
@@ -253,6 +259,7 @@ uint32_t PresentNeeds(Application& app) {
 }
 
 bool CanRun(Application& app, UINT id) {
+  id = OfActiveWindow(app, id);
   const CommandInfo* command = FindCommand(id);
   return command && FunctionOf(id) && CommandEnabled(*command, PresentNeeds(app));
 }
@@ -260,9 +267,7 @@ bool CanRun(Application& app, UINT id) {
 bool RunCommand(Application& app, UINT id) {
   if (RunRowCommand(app, id)) return true;
   if (!FindCommand(id)) return false;
-  // Keys for two windows: the log of the console, or the database.
-  if (id == kCmdSave && ConsoleIsActive(app)) id = kCmdConsoleSaveLog;
-  if (id == kCmdFind && ConsoleIsActive(app)) id = kCmdConsoleFind;
+  id = OfActiveWindow(app, id);
   if (app.busy == 0 && CanRun(app, id)) {
     FunctionOf(id)(app);
     RefreshFrame(app);

@@ -15,6 +15,8 @@ namespace vexa {
 
 namespace {
 
+constexpr int kConnectedPicture = 18;  // of the toolbar's connect button, while the console's port is open
+
 // For each field of the records a pop-up of its values.
 void AppendFields(HMENU menu, UINT first, bool carriers) {
   HMENU values = nullptr;
@@ -212,6 +214,10 @@ void RefreshToolbar(Application& app) {
         (row.drop_down != MenuName::kFrame &&
          std::any_of(rows.begin(), rows.end(), [&](const MenuRow& r) { return CanRun(app, r.command); }));
     SendMessageW(app.toolbar, TB_ENABLEBUTTON, row.command, MAKELPARAM(enabled, 0));
+    if (row.command != kCmdConnect) continue;
+    const bool connected = app.port_connected && app.port_connected();
+    SendMessageW(app.toolbar, TB_CHANGEBITMAP, row.command,
+                 MAKELPARAM(connected ? kConnectedPicture : row.picture, 0));
   }
 }
 
