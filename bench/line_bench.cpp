@@ -210,7 +210,12 @@ void PrintYmodem(uint32_t baud, const Path& folder) {
   const pid_t receiver = Start({"rz", "--ymodem", "--quiet"}, line.receiver->path, received);
   const Usage all =
       RunProgram({"sz", "--ymodem", "--1k", "--quiet", file.string()}, line.sender->path, folder);
-  waitpid(receiver, nullptr, 0);
+  // What ends the session may be lost when the sender has gone: the receiver then waits for it in vain.
+  const double end = Seconds() + 3;
+  while (waitpid(receiver, nullptr, WNOHANG) == 0) {
+    if (Seconds() > end) kill(receiver, SIGKILL);
+    SleepUntil(Seconds() + 0.01);
+  }
   Require(ReadWholeFile(received / file.filename()) == ReadWholeFile(file), "the file of YMODEM");
   const double alone = static_cast<double>(std::filesystem::file_size(file)) * 10 / baud;
   std::printf("the same file by YMODEM-1k (lrzsz) %8.3f s   %6.2f %%\n", all.seconds,
