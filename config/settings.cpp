@@ -46,6 +46,14 @@ constexpr SettingRow kSettings[] = {
     {kWindowKey, "ServiceColumns", false, nullptr},
     {kWindowKey, "FavouriteColumns", false, nullptr},
     {kWindowKey, "UbiColumns", false, nullptr},
+    // Columns from left to right, by their places in the list's own order.
+    {kWindowKey, "DetailOrder", false, nullptr},
+    {kWindowKey, "LnbOrder", false, nullptr},
+    {kWindowKey, "SatelliteOrder", false, nullptr},
+    {kWindowKey, "CarrierOrder", false, nullptr},
+    {kWindowKey, "ServiceOrder", false, nullptr},
+    {kWindowKey, "FavouriteOrder", false, nullptr},
+    {kWindowKey, "UbiOrder", false, nullptr},
 };
 
 // Rows of one subkey, in the table's order.
@@ -364,24 +372,34 @@ constexpr int kLongest = 32767;  // what a window coordinate can be
 constexpr size_t kMostColumns = 16;
 
 // Nothing when one of them makes no sense.
-std::vector<int> WidthsOf(const std::string& text) {
-  std::vector<int> widths;
+std::vector<int> NumbersOf(const std::string& text) {
+  std::vector<int> numbers;
   std::istringstream words(text);
   for (std::string word; words >> word;) {
-    const int64_t width = DecimalValue(word);
-    if (width < 0 || width > kLongest || widths.size() == kMostColumns) return {};
-    widths.push_back(static_cast<int>(width));
+    const int64_t number = DecimalValue(word);
+    if (number < 0 || number > kLongest || numbers.size() == kMostColumns) return {};
+    numbers.push_back(static_cast<int>(number));
   }
-  return widths;
+  return numbers;
 }
 
-std::string TextOf(const std::vector<int>& widths) {
+// Nothing when a place is missing or doubled.
+std::vector<int> OrderOf(const std::string& text) {
+  std::vector<int> order = NumbersOf(text), sorted = order;
+  std::sort(sorted.begin(), sorted.end());
+  for (size_t i = 0; i < sorted.size(); ++i) {
+    if (sorted[i] != static_cast<int>(i)) return {};
+  }
+  return order;
+}
+
+std::string TextOf(const std::vector<int>& numbers) {
   std::string text;
-  for (const int width : widths) text += (text.empty() ? "" : " ") + std::to_string(width);
+  for (const int number : numbers) text += (text.empty() ? "" : " ") + std::to_string(number);
   return text;
 }
 
-constexpr size_t kFirstColumnRow = 5;  // of the rows of the subkey
+constexpr size_t kFirstColumnRow = 5, kFirstOrderRow = kFirstColumnRow + kColumnSets;  // of the subkey's rows
 
 }  // namespace
 
@@ -408,7 +426,9 @@ WindowSettings LoadWindowSettings(const SettingsStore& store) {
   if (const auto split = number(4, 1)) window.split = *split;
   for (size_t i = 0; i < window.columns.size(); ++i) {
     if (const auto text = store.read(key, rows[kFirstColumnRow + i]->name))
-      window.columns[i] = WidthsOf(*text);
+      window.columns[i] = NumbersOf(*text);
+    if (const auto text = store.read(key, rows[kFirstOrderRow + i]->name))
+      window.column_orders[i] = OrderOf(*text);
   }
   return window;
 }
@@ -426,6 +446,8 @@ void SaveWindowSettings(const SettingsStore& store, const WindowSettings& window
   for (size_t i = 0; i < window.columns.size(); ++i) {
     if (!window.columns[i].empty())
       store.write(key, rows[kFirstColumnRow + i]->name, TextOf(window.columns[i]));
+    if (!window.column_orders[i].empty())
+      store.write(key, rows[kFirstOrderRow + i]->name, TextOf(window.column_orders[i]));
   }
 }
 

@@ -120,8 +120,11 @@ struct WindowSettings {
   int left = 0, top = 0, width = 0, height = 0;
   int split = 280;                                    // width of the tree
   std::array<std::vector<int>, kColumnSets> columns;  // widths, by ColumnSet; empty: the standard ones
+  // Places of the columns from left to right; empty: as they are made.
+  std::array<std::vector<int>, kColumnSets> column_orders;
 };
-// A value that makes no sense counts as not readable: lengths below 1 or above 32767, a place beyond +-32767.
+// A value that makes no sense counts as not readable: lengths below 1 or above 32767, a place beyond +-32767,
+// an order that is no permutation.
 WindowSettings LoadWindowSettings(const SettingsStore& store);
 void SaveWindowSettings(const SettingsStore& store, const WindowSettings& window);
 

@@ -99,6 +99,7 @@ TEST(WindowSettings, AreReadAsTheyWereWritten) {
   window.height = 700;
   window.split = 333;
   window.columns[static_cast<size_t>(ColumnSet::kServices)] = {44, 0, 150};
+  window.column_orders[static_cast<size_t>(ColumnSet::kServices)] = {2, 0, 1};
   SaveWindowSettings(store, window);
   const WindowSettings read = LoadWindowSettings(store);
   EXPECT_EQ(read.left, -1200);
@@ -107,13 +108,15 @@ TEST(WindowSettings, AreReadAsTheyWereWritten) {
   EXPECT_EQ(read.height, 700);
   EXPECT_EQ(read.split, 333);
   EXPECT_EQ(read.columns, window.columns);
+  EXPECT_EQ(read.column_orders, window.column_orders);
 }
 
 TEST(WindowSettings, ValuesWithoutSenseAreNotTaken) {
   const struct {
     const char *name, *value;
-  } rows[] = {{"Width", "0"},     {"Height", "-5"},          {"Left", "99999999999"},
-              {"TreeWidth", "0"}, {"LnbColumns", "10 -1 5"}, {"LnbColumns", "40000"}};
+  } rows[] = {{"Width", "0"},      {"Height", "-5"},          {"Left", "99999999999"},
+              {"TreeWidth", "0"},  {"LnbColumns", "10 -1 5"}, {"LnbColumns", "40000"},
+              {"LnbOrder", "0 2"}, {"LnbOrder", "1 0 1"}};
   for (const auto& row : rows) {
     const SettingsStore store = MemorySettingsStore();
     WindowSettings good;
@@ -121,10 +124,11 @@ TEST(WindowSettings, ValuesWithoutSenseAreNotTaken) {
     SaveWindowSettings(store, good);
     store.write(SettingsKey(kWindowKey), row.name, row.value);
     const WindowSettings read = LoadWindowSettings(store);
-    const bool place = std::string(row.name) != "TreeWidth" && std::string(row.name) != "LnbColumns";
+    const bool place = !std::string(row.name).starts_with("Lnb") && std::string(row.name) != "TreeWidth";
     EXPECT_EQ(read.width, place ? 0 : 500) << row.name;
     EXPECT_EQ(read.split, 280) << row.name;
     EXPECT_THAT(read.columns[static_cast<size_t>(ColumnSet::kLnbs)], IsEmpty()) << row.value;
+    EXPECT_THAT(read.column_orders[static_cast<size_t>(ColumnSet::kLnbs)], IsEmpty()) << row.value;
   }
 }
 
