@@ -93,9 +93,9 @@ Columns FavouriteColumns(bool radio) {
 Columns UbiColumns() {
   return {{"No.", 44, true},
           {"UBI Name", 120, false},
-          {"RF Channel", 80, true},
-          {"Start Volume", 84, true},
-          {"Start Programme", 100, true}};
+          {"RF Channel", 90, true},
+          {"Start Volume", 100, true},
+          {"Start Programme", 124, true}};
 }
 
 bool Shown(const Service& service, ListView view) {

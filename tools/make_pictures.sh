@@ -1,19 +1,26 @@
 #!/usr/bin/env bash
-# Draws the pictures of the window program (ImageMagick): the strips of 16 x 16 toolbar and tree pictures, magenta where
-# they are clear, and the program's icon. Usage: make_pictures.sh [FOLDER]; the folder is ui/ unless given.
+# Draws the pictures of the window program (ImageMagick): the strips of toolbar and tree pictures in several sizes, magenta
+# where they are clear, and the program's icon. Usage: make_pictures.sh [FOLDER]; the folder is ui/ unless given.
 set -eu
 out=$(realpath "${1:-$(dirname "$0")/../ui}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+sizes='16 20 24 32'  # dots of a picture's side; the drawings are for 16
 number=0
-picture() {  # DRAWING: one more picture for the strip
-  convert -size 16x16 xc:'#FF00FF' +antialias -stroke black -strokewidth 1 -draw "$1" \
-    "$work/$(printf '%02d' $number).png"
+picture() {  # DRAWING: one more picture for the strips
+  local size
+  for size in $sizes; do
+    convert -size "${size}x$size" xc:'#FF00FF' +antialias -stroke black -strokewidth 1 \
+      -draw "scale $(echo "$size/16" | bc -l),$(echo "$size/16" | bc -l) $1" "$work/$size-$(printf '%02d' $number).png"
+  done
   number=$((number + 1))
 }
-strip() {  # FILE
-  convert "$work"/*.png +append -type TrueColor "BMP3:$out/$1"
+strip() {  # NAME
+  local size
+  for size in $sizes; do
+    convert "$work/$size"-*.png +append -colors 256 -type Palette -compress None "BMP3:$out/$1$size.bmp"
+  done
   rm -f "$work"/*.png
   number=0
 }
@@ -47,7 +54,7 @@ plug='fill #D8D8D8 rectangle 1,5 5,10 line 0,7.5 1,7.5'
 socket='fill #404858 rectangle 10,4 14,11 line 14,7.5 15,7.5'
 picture "$plug $socket line 5,6 7,6 line 5,9 7,9"                                                     # disconnected
 picture "$plug $socket stroke #208020 stroke-width 2 line 6,6 9,6 line 6,9 9,9"                        # connected
-strip toolbar.bmp
+strip toolbar
 
 dish() { echo "fill $1 path \"M 2,3 A 8,8 0 0,0 12,13 Z\" line 7,8 12,3 fill black circle 12,3 12,2 line 6,12 4,15 line 4,15 9,15"; }
 wave() { echo "fill none stroke $1 stroke-width 1 path \"M 1,8 C 3,1 5,1 7.5,8 C 10,15 12,15 14,8\" line 1,8 14,8"; }
@@ -62,7 +69,7 @@ picture 'fill #404858 rectangle 1,3 14,12 fill #9FC8F0 rectangle 3,5 12,10 line 
 picture 'fill #C09060 rectangle 1,6 14,13 line 4,6 11,1 fill #F0E0C0 circle 5,9.5 5,7.5 fill #F0E0C0 rectangle 9,8 12,9'  # radio
 picture 'fill #F5C518 polygon 7.5,1 9.5,6 14.5,6 10.5,9 12,14 7.5,11 3,14 4.5,9 0.5,6 5.5,6'          # favourites
 picture 'fill #404858 rectangle 1,7 14,12 fill #60E060 rectangle 3,9 6,10 fill #C0C0C0 circle 11,9.5 11,8.5'  # box
-strip tree.bmp
+strip tree
 
 for size in 16 32 48 64; do
   convert -size 256x256 xc:none -fill '#1F3F77' -draw 'roundrectangle 8,8 247,247 40,40' \

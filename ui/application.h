@@ -23,6 +23,7 @@ struct Application {
   std::optional<Path> open_at_start;
   HWND frame = nullptr, client = nullptr, toolbar = nullptr, status = nullptr;
   HIMAGELIST toolbar_pictures = nullptr, tree_pictures = nullptr;
+  HFONT status_font = nullptr;
   HMENU frame_menu = nullptr, editor_menu = nullptr, console_menu = nullptr;
   std::vector<HMENU> recent_menus;  // the "Recent Files" menus of the three bars
   HACCEL editor_keys = nullptr, other_keys = nullptr;

@@ -287,6 +287,8 @@ bool IsChecked(Application& app, UINT id) {
       const OpenSdb* sdb = SelectedSdb(*editor);
       return sdb && sdb->database->compressed;
     }
+    case kCmdViewServices:
+      return editor->view == ListView::kServices;
     case kCmdViewCarriers:
       return editor->view == ListView::kCarriers;
     case kCmdViewTv:

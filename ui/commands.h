@@ -31,6 +31,8 @@ bool IsChecked(Application& app, UINT id);
 std::string ChangedText(Application& app, UINT id);
 // Runs a command of the rows that a pop-up menu fills by itself; false when `id` is none.
 bool RunRowCommand(Application& app, UINT id);
+// Whether such a command has something to act on.
+bool CanRunRow(Application& app, UINT id);
 // What is there, as `Need` bits.
 uint32_t PresentNeeds(Application& app);
 // Help for the status line: what it does, or what it lacks.

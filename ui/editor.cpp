@@ -15,7 +15,7 @@ namespace vexa {
 namespace {
 
 constexpr int kSplitterWidth = 5;
-constexpr int kButtonWidth = 84, kButtonHeight = 23, kGap = 6, kLabelHeight = 18;
+constexpr int kButtonWidth = 84, kButtonHeight = 23, kGap = 6, kLabelHeight = 18, kLabelTab = 64;
 
 enum ControlId : int {
   kTreeId = 100,
@@ -57,22 +57,31 @@ void AddTip(EditorWindow& editor, HWND control, const wchar_t* text) {
   SendMessageW(editor.tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
-void SetFonts(EditorWindow& editor) {
+void ShowFontsAndPictures(EditorWindow& editor) {
   HFONT old = editor.font;
   editor.font = MakeFont(editor.window);
   for (HWND child = GetWindow(editor.window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
     SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(editor.font), TRUE);
   }
   if (old) DeleteObject(old);
+  const auto pictures = reinterpret_cast<LPARAM>(editor.app->tree_pictures);
+  SendMessageW(editor.tree, TVM_SETIMAGELIST, TVSIL_NORMAL, pictures);
+  SendMessageW(editor.tree, TVM_SETITEMHEIGHT, static_cast<WPARAM>(-1), 0);
+  SendMessageW(editor.list, LVM_SETIMAGELIST, LVSIL_SMALL, pictures);
+}
+
+std::wstring TipOf(CommandId id) {
+  const CommandInfo* command = FindCommand(id);
+  return Wide(command ? command->tip : "");
 }
 
 bool CreateControls(EditorWindow& editor) {
   editor.tree = Control(editor, WC_TREEVIEWW, L"",
                         WS_TABSTOP | TVS_HASBUTTONS | TVS_HASLINES | TVS_LINESATROOT | TVS_SHOWSELALWAYS,
                         kTreeId, WS_EX_CLIENTEDGE);
-  editor.list =
-      Control(editor, WC_LISTVIEWW, L"", WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS, kListId,
-              WS_EX_CLIENTEDGE);
+  editor.list = Control(editor, WC_LISTVIEWW, L"",
+                        WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS,
+                        kListId, WS_EX_CLIENTEDGE);
   if (!editor.tree || !editor.list) {
     Tell(editor.app->context.messages, Icon::kStop, "Can't Init the ListView Control");
     return false;
@@ -86,21 +95,20 @@ bool CreateControls(EditorWindow& editor) {
                                                L"Carrier count", L"Service count"};
   for (size_t i = 0; i < editor.labels.size(); ++i) {
     editor.labels[i] =
-        Control(editor, L"STATIC", kLabels[i], SS_LEFT | SS_NOPREFIX, kFirstLabelId + static_cast<int>(i));
+        Control(editor, L"STATIC", kLabels[i], SS_OWNERDRAW, kFirstLabelId + static_cast<int>(i));
   }
   editor.bar = Control(editor, L"STATIC", L"static bottom", SS_LEFT | SS_NOPREFIX | SS_SUNKEN, kBarId);
   SendMessageW(editor.list, LVM_SETEXTENDEDLISTVIEWSTYLE, 0,
                LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_HEADERDRAGDROP | LVS_EX_DOUBLEBUFFER);
-  SendMessageW(editor.tree, TVM_SETIMAGELIST, TVSIL_NORMAL,
-               reinterpret_cast<LPARAM>(editor.app->tree_pictures));
-  SendMessageW(editor.list, LVM_SETIMAGELIST, LVSIL_SMALL,
-               reinterpret_cast<LPARAM>(editor.app->tree_pictures));
   editor.tips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0,
                                 0, editor.window, nullptr, editor.app->instance, nullptr);
   SendMessageW(editor.tips, TTM_SETMAXTIPWIDTH, 0, 600);
   AddTip(editor, editor.list, kListTip);
   AddTip(editor, editor.tree, kTreeTip);
-  SetFonts(editor);
+  AddTip(editor, editor.information, TipOf(kCmdInformation).c_str());
+  for (size_t i = 0; i < editor.view_buttons.size(); ++i)
+    AddTip(editor, editor.view_buttons[i], TipOf(kViewButtons[i].command).c_str());
+  ShowFontsAndPictures(editor);
   return true;
 }
 
@@ -140,12 +148,34 @@ void LayOut(EditorWindow& editor) {
   if (moves) EndDeferWindowPos(moves);
 }
 
+bool IsOnSplitter(const EditorWindow& editor, POINT at) {
+  RECT tree{};
+  GetClientRect(editor.tree, &tree);
+  return at.x >= tree.right && at.x <= tree.right + Scaled(editor.window, kSplitterWidth + 4) &&
+         at.y <= tree.bottom;
+}
+
+// The tab in a label's text stands before its number; the control's own tab stops may lie right behind the
+// word.
+void DrawLabel(const EditorWindow& editor, const DRAWITEMSTRUCT& item) {
+  const std::wstring text = Wide(WindowText(item.hwndItem));
+  FillRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNFACE));
+  SetBkMode(item.hDC, TRANSPARENT);
+  SetTextColor(item.hDC, GetSysColor(COLOR_BTNTEXT));
+  HGDIOBJ old = SelectObject(item.hDC, editor.font);
+  const int stop = Scaled(editor.window, kLabelTab);
+  TabbedTextOutW(item.hDC, 0, 0, text.c_str(), static_cast<int>(text.size()), 1, &stop, 0);
+  SelectObject(item.hDC, old);
+}
+
 void TrackSplitter(EditorWindow& editor, UINT message, LPARAM lparam) {
   if (message == WM_LBUTTONDOWN) {
+    if (!IsOnSplitter(editor, {GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)})) return;
     editor.splitting = true;
     SetCapture(editor.window);
-  } else if (message == WM_LBUTTONUP && editor.splitting) {
+  } else if (message == WM_CAPTURECHANGED) {
     editor.splitting = false;
+  } else if (message == WM_LBUTTONUP && editor.splitting) {
     editor.app->window.split = editor.split;
     ReleaseCapture();
   } else if (message == WM_MOUSEMOVE && editor.splitting) {
@@ -162,11 +192,7 @@ bool SetSplitterCursor(const EditorWindow& editor) {
   POINT at{};
   GetCursorPos(&at);
   ScreenToClient(editor.window, &at);
-  RECT tree{};
-  GetClientRect(editor.tree, &tree);
-  if (at.x < tree.right || at.x > tree.right + Scaled(editor.window, kSplitterWidth + 4) ||
-      at.y > tree.bottom)
-    return false;
+  if (!IsOnSplitter(editor, at)) return false;
   SetCursor(LoadCursorW(nullptr, IDC_SIZEWE));
   return true;
 }
@@ -227,7 +253,7 @@ void ShowPopup(EditorWindow& editor, HWND source, LPARAM lparam) {
   if (source != editor.tree && source != editor.list) return;
   if (GetFocus() != source) SetFocus(source);
   if (lparam == -1) at = SelectionPlace(editor, source);
-  if (CommandNode(editor).kind == NodeKind::kNone || editor.app->busy != 0) return;
+  if (editor.selected.kind == NodeKind::kNone || editor.app->busy != 0) return;
   HMENU menu = MakePopup(*editor.app, PopupFor(editor, source));
   TrackPopupMenu(menu, TPM_LEFTALIGN | TPM_RIGHTBUTTON, at.x, at.y, 0, editor.app->frame, nullptr);
   DestroyMenu(menu);
@@ -278,7 +304,9 @@ LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARA
       LayOut(*editor);
       break;  // the default needs it too
     case WM_SETTINGCHANGE:
-      SetFonts(*editor);
+      KeepColumns(*editor);
+      ShowFontsAndPictures(*editor);
+      FillColumns(*editor);
       LayOut(*editor);
       return 0;
     case WM_NOTIFY:
@@ -286,6 +314,9 @@ LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARA
     case WM_COMMAND:
       if (HIWORD(wparam) == BN_CLICKED) Command(*editor, LOWORD(wparam));
       return 0;
+    case WM_DRAWITEM:
+      DrawLabel(*editor, *reinterpret_cast<const DRAWITEMSTRUCT*>(lparam));
+      return TRUE;
     case WM_CONTEXTMENU:
       ShowPopup(*editor, reinterpret_cast<HWND>(wparam), lparam);
       return 0;
@@ -312,7 +343,8 @@ LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARA
       if (!MayClose(*editor)) return 0;
       break;
     case WM_DESTROY:
-      KeepColumnWidths(*editor);
+      KeepColumns(*editor);
+      DestroyWindow(editor->tips);  // its owner is the frame
       break;
     case WM_NCDESTROY:
       return Destroy(editor, window, message, wparam, lparam);
@@ -326,10 +358,6 @@ LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARA
 
 bool TranslateEditorKey(EditorWindow& editor, const MSG& message) {
   if (message.message != WM_KEYDOWN || !IsChild(editor.window, message.hwnd)) return false;
-  if (message.wParam == VK_ESCAPE && editor.drag.active) {
-    CancelDrag(editor);
-    return true;
-  }
   if (message.wParam == VK_TAB && GetKeyState(VK_CONTROL) >= 0) {
     SendMessageW(editor.window, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
     if (HWND next = GetNextDlgTabItem(editor.window, message.hwnd, GetKeyState(VK_SHIFT) < 0)) SetFocus(next);

@@ -23,6 +23,7 @@ struct DragState {
   POINT at{};                       // in the window
   HTREEITEM target_item = nullptr;  // under the cursor, or
   int target_row = -1;
+  bool fits = false, lands_behind = false;  // the record can stand there; behind the target, else before it
 };
 
 struct EditorWindow {
@@ -51,7 +52,8 @@ struct EditorWindow {
   bool details = false;  // the list shows the details of `shown_record`
   NodeRef shown_record;
   ListModel rows;
-  RowOrder order;  // of the list's rows; the records keep theirs
+  RowOrder order;          // of the list's rows; the records keep theirs
+  int column_scale = 100;  // percent, of the columns' widths; that of the screen when they were made
   DragState drag;
   std::wstring cell;  // text handed to the list control
 };
@@ -76,6 +78,8 @@ bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus);
 // The record that a command acts on: the list's when the list has a selected row and the focus, else the
 // tree's.
 NodeRef CommandNode(const EditorWindow& editor);
+// What the user looks at: that record, or the tree's node where no command finds one.
+NodeRef ShownNode(const EditorWindow& editor);
 // All of them: the list's selected rows, else the tree's node.
 std::vector<NodeRef> CommandRows(const EditorWindow& editor);
 // What can be done with them, as `Need` bits.
@@ -88,7 +92,9 @@ bool MayClose(EditorWindow& editor);
 bool SaveEditor(EditorWindow& editor);
 bool SaveEditorAs(EditorWindow& editor);
 
-// Keys that no control of the window takes: the way from control to control, a drag's end. True when taken.
+// While records are dragged no key may change them: Esc ends the drag, the others are lost. True when taken.
+bool TakeDragKey(EditorWindow& editor, const MSG& message);
+// Keys that no control of the window takes: the way from control to control. True when taken.
 bool TranslateEditorKey(EditorWindow& editor, const MSG& message);
 
 bool RegisterEditorClass(Application& app);

@@ -54,19 +54,28 @@ bool LandsBehind(const NodeRef& dragged, const NodeRef& target) {
   return dragged.kind != NodeKind::kService || dragged.carrier == target.carrier;
 }
 
+void ShowTargetRow(EditorWindow& editor, int row, bool is_target) {
+  RECT place{};
+  if (row < 0) return;
+  ListView_SetItemState(editor.list, row, is_target ? LVIS_DROPHILITED : 0u, LVIS_DROPHILITED);
+  // Its insertion mark, too.
+  if (ListView_GetItemRect(editor.list, row, &place, LVIR_BOUNDS)) InvalidateRect(editor.list, &place, TRUE);
+}
+
 void ShowTarget(EditorWindow& editor, HTREEITEM item, int row) {
   DragState& drag = editor.drag;
   if (item == drag.target_item && row == drag.target_row) return;
   ImageList_DragShowNolock(FALSE);
-  if (drag.target_row >= 0) ListView_SetItemState(editor.list, drag.target_row, 0, LVIS_DROPHILITED);
+  ShowTargetRow(editor, drag.target_row, false);
   drag.target_item = item;
   drag.target_row = row;
   const NodeRef target = TargetOf(editor);
-  const bool fits = target.kind == drag.rows[0].kind;
+  drag.fits = target.kind == drag.rows[0].kind;
+  drag.lands_behind = LandsBehind(drag.rows[0], target);
   TreeView_SelectDropTarget(editor.tree, item);
-  SendMessageW(editor.tree, TVM_SETINSERTMARK, LandsBehind(drag.rows[0], target),
-               reinterpret_cast<LPARAM>(fits ? item : nullptr));
-  if (row >= 0) ListView_SetItemState(editor.list, row, LVIS_DROPHILITED, LVIS_DROPHILITED);
+  SendMessageW(editor.tree, TVM_SETINSERTMARK, drag.lands_behind,
+               reinterpret_cast<LPARAM>(drag.fits ? item : nullptr));
+  ShowTargetRow(editor, row, true);
   InvalidateRect(editor.tree, nullptr, FALSE);  // not every system takes the old mark off by itself
   UpdateWindow(editor.tree);
   UpdateWindow(editor.list);
@@ -198,6 +207,13 @@ bool DragMessage(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lpara
     default:
       return false;
   }
+}
+
+bool TakeDragKey(EditorWindow& editor, const MSG& message) {
+  const bool down = message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN;
+  if (!down || !editor.drag.active) return false;
+  if (message.wParam == VK_ESCAPE) CancelDrag(editor);
+  return true;
 }
 
 void CancelDrag(EditorWindow& editor) {

@@ -11,6 +11,9 @@ namespace {
 std::vector<int>& KeptWidths(EditorWindow& editor) {
   return editor.app->window.columns[static_cast<size_t>(ColumnSetOf(editor.rows))];
 }
+std::vector<int>& KeptOrder(EditorWindow& editor) {
+  return editor.app->window.column_orders[static_cast<size_t>(ColumnSetOf(editor.rows))];
+}
 
 // Children are there once their parent is opened.
 HTREEITEM ItemAlong(const EditorWindow& editor, const TreePath& place) {
@@ -33,7 +36,15 @@ std::vector<size_t> SelectedRows(const EditorWindow& editor) {
   return rows;
 }
 
-void SelectListRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen) {
+std::vector<NodeRef> SelectedRecords(const EditorWindow& editor) {
+  std::vector<NodeRef> records;
+  for (const size_t row : SelectedRows(editor)) {
+    if (row < editor.rows.rows.size()) records.push_back(editor.rows.rows[row]);
+  }
+  return records;
+}
+
+void SelectRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen) {
   const size_t count = editor.rows.size();
   size_t selected = 0;
   for (size_t row = 0; row < count; ++row) selected += chosen(row);
@@ -48,7 +59,11 @@ void SelectListRows(EditorWindow& editor, const std::function<bool(size_t)>& cho
   }
   SendMessageW(editor.list, WM_SETREDRAW, TRUE, 0);
   editor.settled = true;
-  if (selected != 0) SetFocus(editor.list);
+}
+
+void SelectListRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen) {
+  SelectRows(editor, chosen);
+  if (ListView_GetSelectedCount(editor.list) != 0) SetFocus(editor.list);
   RefreshFrame(*editor.app);
 }
 
@@ -79,18 +94,24 @@ void FillColumns(EditorWindow& editor) {
     column.iSubItem = static_cast<int>(i);
     SendMessageW(editor.list, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
   }
+  editor.column_scale = std::max(1, Scaled(editor.window, 100));
+  std::vector<int>& order = KeptOrder(editor);
+  if (order.size() == columns.size())
+    ListView_SetColumnOrderArray(editor.list, static_cast<int>(order.size()), order.data());
+  ShowRowOrder(editor);
 }
 
-void KeepColumnWidths(EditorWindow& editor) {
+void KeepColumns(EditorWindow& editor) {
   const size_t count = editor.rows.columns.size();
   if (count == 0) return;
-  const int hundred = std::max(1, Scaled(editor.window, 100));
-  std::vector<int> widths;
+  std::vector<int> widths, order(count);
   for (size_t i = 0; i < count; ++i) {
     const int width = ListView_GetColumnWidth(editor.list, static_cast<int>(i));
-    widths.push_back(MulDiv(width, 100, hundred));
+    widths.push_back(MulDiv(width, 100, editor.column_scale));
   }
   KeptWidths(editor) = std::move(widths);
+  if (ListView_GetColumnOrderArray(editor.list, static_cast<int>(count), order.data()))
+    KeptOrder(editor) = std::move(order);
 }
 
 void ShowRowOrder(EditorWindow& editor) {

@@ -8,13 +8,17 @@
 namespace vexa {
 
 LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam);
-// The list's columns: made with the widths that the user last gave them, and remembered before they go.
+// The list's columns: made with the widths and in the order that the user last gave them, and remembered
+// before they go.
 void FillColumns(EditorWindow& editor);
-void KeepColumnWidths(EditorWindow& editor);
+void KeepColumns(EditorWindow& editor);
 void ShowRowOrder(EditorWindow& editor);  // the arrow in a title
 // Places of the selected rows, ascending.
 std::vector<size_t> SelectedRows(const EditorWindow& editor);
+std::vector<NodeRef> SelectedRecords(const EditorWindow& editor);
 // Selects the rows that `chosen` names, and no others.
+void SelectRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen);
+// The same for the user: the list gets the focus, the commands follow.
 void SelectListRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen);
 // Selects the record's row alone and brings it in sight; false when the list does not show it.
 bool SelectListRow(EditorWindow& editor, const NodeRef& node);
@@ -32,9 +36,10 @@ NodeRef& NodeOf(EditorWindow& editor, LPARAM parameter);
 NodeRef NodeOfItem(EditorWindow& editor, HTREEITEM item);
 HTREEITEM InsertNode(EditorWindow& editor, HTREEITEM parent, HTREEITEM after, const NodeRef& node);
 void FillNode(EditorWindow& editor, HTREEITEM item, const NodeRef& node);
-// Positions from the root.
-TreePath PathOfItem(const EditorWindow& editor, HTREEITEM item);
 void OpenSelectedNode(EditorWindow& editor);
+
+// Shows the list's rows in that order; the selected ones stay so.
+void ReorderList(EditorWindow& editor, const RowOrder& order);
 
 // Brings tree, list and panel into line with a changed document. Records that were rebuilt are told apart by
 // their places, others by their addresses.

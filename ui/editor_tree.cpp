@@ -131,8 +131,9 @@ class TreeSync {
     while (tail < shorter - head && same_at(items.size() - 1 - tail, fresh.size() - 1 - tail)) ++tail;
     // Between equal head and tail, items are used again for other records as far as there are.
     const size_t old_middle = items.size() - head - tail, middle = fresh.size() - head - tail;
-    for (size_t i = middle; i < old_middle; ++i)
-      DeleteItem(items[head + i], NodeOf(editor_, places[head + i]).kind);
+    // From the last to the first: the control numbers anew what stands behind a deleted item.
+    for (size_t i = old_middle; i > middle; --i)
+      DeleteItem(items[head + i - 1], NodeOf(editor_, places[head + i - 1]).kind);
     for (size_t i = 0; i < fresh.size(); ++i) {
       const bool in_head = i < head + std::min(middle, old_middle), in_tail = i >= fresh.size() - tail;
       if (in_head || in_tail) {
@@ -190,35 +191,44 @@ class TreeSync {
   const char* refusal_ = nullptr;
 };
 
-// The list's rows by what they stand for, to be selected again.
+// The list's selected rows by what they stand for and by their places.
 struct KeptRows {
   std::set<NodeKey> selected;
+  std::vector<bool> places;
   int focused = -1, top = 0;
 };
 
 KeptRows KeepRows(const EditorWindow& editor) {
   KeptRows kept;
-  for (int row = -1; (row = ListView_GetNextItem(editor.list, row, LVNI_SELECTED)) >= 0;) {
-    if (static_cast<size_t>(row) < editor.rows.rows.size())
-      kept.selected.insert(KeyOf(editor.shown_slots, editor.rows.rows[static_cast<size_t>(row)]));
+  kept.places.resize(editor.rows.rows.size());
+  for (const size_t row : SelectedRows(editor)) {
+    if (row >= kept.places.size()) continue;
+    kept.selected.insert(KeyOf(editor.shown_slots, editor.rows.rows[row]));
+    kept.places[row] = true;
   }
   kept.focused = ListView_GetNextItem(editor.list, -1, LVNI_FOCUSED);
   kept.top = ListView_GetTopIndex(editor.list);
   return kept;
 }
 
-void ShowKeptRows(EditorWindow& editor, const KeptRows& kept) {
+// New records may lie where old ones did: rows of rebuilt records are known again by their places, as long as
+// there are as many as before.
+void SelectKeptRows(EditorWindow& editor, const KeptRows& kept, Records records) {
+  const auto& rows = editor.rows.rows;
+  if (kept.selected.empty() || (records == Records::kRebuilt && rows.size() != kept.places.size())) return;
+  const std::vector<uint32_t> slots = SlotsOf(editor.document);
+  SelectRows(editor, [&](size_t row) {
+    if (records == Records::kRebuilt) return bool{kept.places[row]};
+    return row < rows.size() && kept.selected.contains(KeyOf(slots, rows[row]));
+  });
+}
+
+void ShowKeptRows(EditorWindow& editor, const KeptRows& kept, Records records) {
   const auto count = static_cast<int>(editor.rows.size());
   if (count == 0) return;
   ListView_EnsureVisible(editor.list, count - 1, FALSE);
   ListView_EnsureVisible(editor.list, std::min(kept.top, count - 1), FALSE);
-  const std::vector<uint32_t> slots = SlotsOf(editor.document);
-  if (!kept.selected.empty()) {
-    for (size_t row = 0; row < editor.rows.rows.size(); ++row) {
-      if (kept.selected.contains(KeyOf(slots, editor.rows.rows[row])))
-        ListView_SetItemState(editor.list, static_cast<int>(row), LVIS_SELECTED, LVIS_SELECTED);
-    }
-  }
+  SelectKeptRows(editor, kept, records);
   if (kept.focused >= 0)
     ListView_SetItemState(editor.list, std::min(kept.focused, count - 1), LVIS_FOCUSED, LVIS_FOCUSED);
 }
@@ -233,19 +243,19 @@ NodeRef NodeOfItem(EditorWindow& editor, HTREEITEM item) {
   return item ? NodeOf(editor, ParameterOf(editor, item)) : NodeRef{};
 }
 
-TreePath PathOfItem(const EditorWindow& editor, HTREEITEM item) {
-  TreePath path;
-  for (; item; item = TreeView_GetParent(editor.tree, item)) {
-    uint32_t position = 0;
-    for (HTREEITEM before = item; (before = TreeView_GetPrevSibling(editor.tree, before)) != nullptr;)
-      ++position;
-    path.insert(path.begin(), position);
-  }
-  return path;
-}
-
 void OpenSelectedNode(EditorWindow& editor) {
   if (HTREEITEM item = TreeView_GetSelection(editor.tree)) TreeView_Expand(editor.tree, item, TVE_EXPAND);
+}
+
+void ReorderList(EditorWindow& editor, const RowOrder& order) {
+  const KeptRows kept = KeepRows(editor);
+  editor.order = order;
+  RefreshList(editor);
+  SelectKeptRows(editor, kept, Records::kKept);
+  const int row = ListView_GetNextItem(editor.list, -1, LVNI_SELECTED);
+  if (row < 0) return;
+  ListView_SetItemState(editor.list, row, LVIS_FOCUSED, LVIS_FOCUSED);
+  ListView_EnsureVisible(editor.list, row, FALSE);
 }
 
 void RefreshDocument(EditorWindow& editor, Records records) {
@@ -267,7 +277,7 @@ void RefreshDocument(EditorWindow& editor, Records records) {
   editor.view = same_kind ? view : ListView::kBelow;
   editor.order = same_kind ? order : RowOrder{};
   RefreshList(editor);
-  ShowKeptRows(editor, kept);
+  ShowKeptRows(editor, kept, records);
   SendMessageW(editor.list, WM_SETREDRAW, TRUE, 0);
   SendMessageW(editor.tree, WM_SETREDRAW, TRUE, 0);
   InvalidateRect(editor.list, nullptr, TRUE);

@@ -35,12 +35,27 @@ LRESULT DrawTree(EditorWindow& editor, NMTVCUSTOMDRAW& draw) {
   return CDRF_DODEFAULT;
 }
 
+// Where dragged rows will come to stand; the list control marks places between icons only.
+void DrawInsertMark(const EditorWindow& editor, const NMCUSTOMDRAW& draw) {
+  RECT row{};
+  if (!ListView_GetItemRect(editor.list, static_cast<int>(draw.dwItemSpec), &row, LVIR_BOUNDS)) return;
+  const int thickness = Scaled(editor.window, 2);
+  if (editor.drag.lands_behind)
+    row.top = row.bottom - thickness;
+  else
+    row.bottom = row.top + thickness;
+  FillRect(draw.hdc, &row, GetSysColorBrush(COLOR_WINDOWTEXT));
+}
+
 LRESULT DrawList(EditorWindow& editor, NMLVCUSTOMDRAW& draw) {
+  const size_t row = draw.nmcd.dwItemSpec;
   if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
-  if (draw.nmcd.dwDrawStage == CDDS_ITEMPREPAINT && draw.nmcd.dwItemSpec < editor.rows.rows.size()) {
-    draw.clrText = ColourOf(editor, editor.rows.rows[draw.nmcd.dwItemSpec]);
-  }
-  return CDRF_DODEFAULT;
+  if (draw.nmcd.dwDrawStage == CDDS_ITEMPOSTPAINT) DrawInsertMark(editor, draw.nmcd);
+  if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT || row >= editor.rows.rows.size()) return CDRF_DODEFAULT;
+  draw.clrText = ColourOf(editor, editor.rows.rows[row]);
+  const DragState& drag = editor.drag;
+  return drag.active && drag.fits && static_cast<int>(row) == drag.target_row ? CDRF_NOTIFYPOSTPAINT
+                                                                              : CDRF_DODEFAULT;
 }
 
 void GiveTreeItem(EditorWindow& editor, NMTVDISPINFOW& asked) {
@@ -175,8 +190,8 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
     case LVN_ODFINDITEMW:
       return FindRow(editor, *reinterpret_cast<NMLVFINDITEMW*>(lparam));
     case LVN_COLUMNCLICK:
-      editor.order = OrderAfterClick(editor.order, reinterpret_cast<NMLISTVIEW*>(lparam)->iSubItem);
-      RefreshList(editor);
+      if (editor.rows.details.empty())
+        ReorderList(editor, OrderAfterClick(editor.order, reinterpret_cast<NMLISTVIEW*>(lparam)->iSubItem));
       return 0;
     case LVN_ITEMCHANGED:
     case LVN_ODSTATECHANGED:
@@ -212,11 +227,13 @@ void RefreshList(EditorWindow& editor) {
   // Rows selected now must not be selected by their places among the next ones.
   ListView_SetItemState(editor.list, -1, 0, LVIS_SELECTED);
   ListView_SetItemCountEx(editor.list, 0, 0);
-  if (!same) KeepColumnWidths(editor);
+  if (!same) KeepColumns(editor);
   OrderRows(editor.document, rows, editor.order, hexadecimal);
   editor.rows = std::move(rows);
-  if (!same) FillColumns(editor);
-  ShowRowOrder(editor);
+  if (same)
+    ShowRowOrder(editor);
+  else
+    FillColumns(editor);
   ListView_SetItemCountEx(editor.list, static_cast<int>(editor.rows.size()), 0);
   InvalidateRect(editor.list, nullptr, TRUE);
   RefreshPanel(editor);
@@ -248,27 +265,39 @@ void ShowView(EditorWindow& editor, ListView view) {
   RefreshList(editor);
 }
 
+namespace {
+
+// With the focus in a list of records, none of which is selected, nothing is meant: least of all what they
+// all belong to.
+NodeRef NodeWithoutRows(const EditorWindow& editor) {
+  if (GetFocus() == editor.list && editor.rows.details.empty()) return {};
+  return editor.details ? editor.shown_record : editor.selected;
+}
+
+}  // namespace
+
 NodeRef CommandNode(const EditorWindow& editor) {
   const int row = ListView_GetNextItem(editor.list, -1, LVNI_SELECTED);
   if (GetFocus() != editor.tree && row >= 0 && static_cast<size_t>(row) < editor.rows.rows.size()) {
     return editor.rows.rows[static_cast<size_t>(row)];
   }
-  return editor.details ? editor.shown_record : editor.selected;
+  return NodeWithoutRows(editor);
+}
+
+NodeRef ShownNode(const EditorWindow& editor) {
+  const NodeRef node = CommandNode(editor);
+  return node.kind == NodeKind::kNone ? editor.selected : node;
 }
 
 std::vector<NodeRef> CommandRows(const EditorWindow& editor) {
   std::vector<NodeRef> nodes;
-  if (GetFocus() != editor.tree) {
-    for (const size_t row : SelectedRows(editor)) {
-      if (row < editor.rows.rows.size()) nodes.push_back(editor.rows.rows[row]);
-    }
-  }
-  if (nodes.empty()) nodes.push_back(editor.details ? editor.shown_record : editor.selected);
+  if (GetFocus() != editor.tree) nodes = SelectedRecords(editor);
+  if (nodes.empty()) nodes.push_back(NodeWithoutRows(editor));
   return nodes;
 }
 
 void ShowInformation(EditorWindow& editor) {
-  const NodeRef node = CommandNode(editor);
+  const NodeRef node = ShownNode(editor);
   const bool service = node.kind == NodeKind::kService || node.kind == NodeKind::kFavouriteTvEntry ||
                        node.kind == NodeKind::kFavouriteRadioEntry;
   if (service && ListView_GetSelectedCount(editor.list) > 1) {

@@ -11,7 +11,7 @@ namespace {
 bool GoToMatch(EditorWindow& editor, bool before) {
   Application& app = *editor.app;
   app.last_search.hexadecimal = app.hexadecimal;
-  const RecordPlace from = PlaceOf(editor.document, CommandNode(editor));
+  const RecordPlace from = PlaceOf(editor.document, ShownNode(editor));
   const auto found = before ? FindPrevious(editor.document, app.last_search, from)
                             : FindNext(editor.document, app.last_search, from);
   if (!found) {

@@ -14,6 +14,7 @@
 #include "ui/editor.h"
 #include "ui/file_dialogs.h"
 #include "ui/menus.h"
+#include "ui/pictures.h"
 #include "ui/resource.h"
 #include "ui/test_mode.h"
 
@@ -81,13 +82,22 @@ bool CreateProgramFolder(Application& app) {
   return true;
 }
 
+void ShowStatusFont(Application& app) {
+  HFONT old = app.status_font;
+  app.status_font = MakeFont(app.frame);
+  SendMessageW(app.status, WM_SETFONT, reinterpret_cast<WPARAM>(app.status_font), TRUE);
+  if (old) DeleteObject(old);
+}
+
 bool StartFrame(Application& app) {
   if (!CreateClient(app) || !FindConfiguration(app) || !LoadSettings(app) || !CreateProgramFolder(app))
     return false;
   SetCurrentDirectoryW(ProgramFolder().c_str());
+  app.tree_pictures = LoadPictures(app.instance, IDB_TREE, app.frame);
   if (!CreateToolbar(app)) return false;
   app.status = CreateWindowExW(0, STATUSCLASSNAMEW, nullptr, WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0, 0,
                                0, app.frame, nullptr, app.instance, nullptr);
+  ShowStatusFont(app);
   DragAcceptFiles(app.frame, TRUE);
   SetText(app.frame, Format("Vexa Editor %d.%d.%d", kVersionMajor, kVersionMinor, kVersionBuild));
   app.title = WindowText(app.frame);
@@ -165,6 +175,21 @@ void EndFrame(Application& app) {
   SetMenu(app.frame, nullptr);
 }
 
+// Fonts, pictures and lengths follow the frame to a screen of another resolution; dialogs do so by
+// themselves.
+void ChangeResolution(Application& app, const RECT& place) {
+  HIMAGELIST old = app.tree_pictures;
+  app.tree_pictures = LoadPictures(app.instance, IDB_TREE, app.frame);
+  ShowToolbarPictures(app);
+  ShowStatusFont(app);
+  for (HWND child = GetWindow(app.client, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+    SendMessageW(child, WM_SETTINGCHANGE, 0, 0);
+  if (old) ImageList_Destroy(old);
+  SetWindowPos(app.frame, nullptr, place.left, place.top, place.right - place.left, place.bottom - place.top,
+               SWP_NOZORDER | SWP_NOACTIVATE);
+  LayOut(app);
+}
+
 void OpenDropped(Application& app, HDROP drop) {
   const UINT count = DragQueryFileW(drop, 0xFFFFFFFF, nullptr, 0);
   for (UINT i = 0; i < count; ++i) {
@@ -211,13 +236,9 @@ LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM 
     case WM_SIZE:
       LayOut(*app);
       return 0;
-    case WM_DPICHANGED: {
-      const RECT& place = *reinterpret_cast<const RECT*>(lparam);
-      SetWindowPos(frame, nullptr, place.left, place.top, place.right - place.left, place.bottom - place.top,
-                   SWP_NOZORDER | SWP_NOACTIVATE);
-      for (EditorWindow* editor : AllEditors(*app)) SendMessageW(editor->window, WM_SETTINGCHANGE, 0, 0);
+    case WM_DPICHANGED:
+      ChangeResolution(*app, *reinterpret_cast<const RECT*>(lparam));
       return 0;
-    }
     case WM_COMMAND:
       if (RunCommand(*app, LOWORD(wparam))) return 0;
       break;
@@ -283,15 +304,16 @@ bool CreateFrame(Application& app) {
 int RunMessageLoop(Application& app) {
   MSG message;
   while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+    EditorWindow* editor = ActiveEditor(app);
+    if (editor && TakeDragKey(*editor, message)) continue;
     if (TranslateMDISysAccel(app.client, &message)) continue;
     if (app.findings && IsDialogMessageW(app.findings, &message)) continue;
     if (TranslateConsoleKey(app, message)) continue;
     // Dialogs without a loop of their own must not see the frame's keys.
     if (IsWindowEnabled(app.frame) &&
-        TranslateAcceleratorW(app.frame, ActiveEditor(app) ? app.editor_keys : app.other_keys, &message)) {
+        TranslateAcceleratorW(app.frame, editor ? app.editor_keys : app.other_keys, &message)) {
       continue;
     }
-    EditorWindow* editor = ActiveEditor(app);
     if (editor && IsWindowEnabled(app.frame) && TranslateEditorKey(*editor, message)) continue;
     TranslateMessage(&message);
     DispatchMessageW(&message);

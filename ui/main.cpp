@@ -68,6 +68,7 @@ int RunEditor(HINSTANCE instance) {
   }
   if (app.toolbar_pictures) ImageList_Destroy(app.toolbar_pictures);
   if (app.tree_pictures) ImageList_Destroy(app.tree_pictures);
+  if (app.status_font) DeleteObject(app.status_font);
   if (app.thread_exit_event) CloseHandle(app.thread_exit_event);
   return status;
 }

@@ -9,6 +9,7 @@
 #include "platform/text.h"
 #include "ui/commands.h"
 #include "ui/editor.h"
+#include "ui/pictures.h"
 #include "ui/resource.h"
 
 namespace vexa {
@@ -16,6 +17,7 @@ namespace vexa {
 namespace {
 
 constexpr int kConnectedPicture = 18;  // of the toolbar's connect button, while the console's port is open
+constexpr int kButtonWidth = 23, kButtonHeight = 22;  // of the toolbar, at 96 dots an inch
 
 // For each field of the records a pop-up of its values.
 void AppendFields(HMENU menu, UINT first, bool carriers) {
@@ -163,8 +165,10 @@ void RefreshRecentMenus(Application& app) {
 void PrepareMenu(Application& app, HMENU menu) {
   for (int i = 0; i < GetMenuItemCount(menu); ++i) {
     const UINT id = GetMenuItemID(menu, i);
-    if (!FindCommand(id)) continue;
     const auto at = static_cast<UINT>(i);
+    if (id >= kFirstMarkCommand && id < kEndOfRowCommands)
+      EnableMenuItem(menu, at, MF_BYPOSITION | (CanRunRow(app, id) ? MF_ENABLED : MF_GRAYED));
+    if (!FindCommand(id)) continue;
     EnableMenuItem(menu, at, MF_BYPOSITION | (CanRun(app, id) ? MF_ENABLED : MF_GRAYED));
     CheckMenuItem(menu, at, MF_BYPOSITION | (IsChecked(app, id) ? MF_CHECKED : MF_UNCHECKED));
     const std::string text = ChangedText(app, id);
@@ -178,18 +182,24 @@ void PrepareMenu(Application& app, HMENU menu) {
   }
 }
 
+void ShowToolbarPictures(Application& app) {
+  HIMAGELIST old = app.toolbar_pictures;
+  app.toolbar_pictures = LoadPictures(app.instance, IDB_TOOLBAR, app.frame);
+  SendMessageW(app.toolbar, TB_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(app.toolbar_pictures));
+  SendMessageW(app.toolbar, TB_SETBUTTONSIZE, 0,
+               MAKELPARAM(Scaled(app.frame, kButtonWidth), Scaled(app.frame, kButtonHeight)));
+  SendMessageW(app.toolbar, TB_AUTOSIZE, 0, 0);
+  if (old) ImageList_Destroy(old);
+}
+
 bool CreateToolbar(Application& app) {
-  app.toolbar_pictures = ImageList_LoadImageW(app.instance, MAKEINTRESOURCEW(IDB_TOOLBAR), 16, 0,
-                                              RGB(255, 0, 255), IMAGE_BITMAP, LR_CREATEDIBSECTION);
-  app.tree_pictures = ImageList_LoadImageW(app.instance, MAKEINTRESOURCEW(IDB_TREE), 16, 0, RGB(255, 0, 255),
-                                           IMAGE_BITMAP, LR_CREATEDIBSECTION);
   app.toolbar = CreateWindowExW(0, TOOLBARCLASSNAMEW, nullptr,
                                 WS_CHILD | WS_VISIBLE | TBSTYLE_FLAT | TBSTYLE_TOOLTIPS | CCS_TOP, 0, 0, 0, 0,
                                 app.frame, nullptr, app.instance, nullptr);
   if (!app.toolbar) return false;
   SendMessageW(app.toolbar, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
   SendMessageW(app.toolbar, TB_SETEXTENDEDSTYLE, 0, TBSTYLE_EX_DRAWDDARROWS);
-  SendMessageW(app.toolbar, TB_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(app.toolbar_pictures));
+  ShowToolbarPictures(app);
   for (const ToolbarButton& row : ToolbarButtons()) {
     TBBUTTON button{};
     button.iBitmap = row.picture;

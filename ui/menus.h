@@ -16,6 +16,8 @@ void RefreshRecentMenus(Application& app);
 // Greys, checks and names the items of a menu that is about to open.
 void PrepareMenu(Application& app, HMENU menu);
 bool CreateToolbar(Application& app);
+// At the resolution of the frame's screen.
+void ShowToolbarPictures(Application& app);
 void RefreshToolbar(Application& app);
 // Shows the drop-down of a toolbar button below it.
 void DropDown(Application& app, const NMTOOLBARW& button);

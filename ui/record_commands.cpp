@@ -1,5 +1,7 @@
 // Commands on the records that tree and list show: adding, changing, deleting, moving, marking, selecting,
 // and saving parts of the database.
+#include <algorithm>
+
 #include "core/messages.h"
 #include "core/node_edit.h"
 #include "platform/text.h"
@@ -65,7 +67,13 @@ void Insert(Application& app) {
 void Delete(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
   const std::vector<NodeRef> rows = CommandRows(editor);
-  ChangeDocument(editor, [&] { return DeleteNodes(MessagesOf(editor), editor.document, rows); });
+  const std::vector<size_t> places = SelectedRows(editor);
+  const bool in_list = GetFocus() == editor.list && !places.empty();
+  const bool done =
+      ChangeDocument(editor, [&] { return DeleteNodes(MessagesOf(editor), editor.document, rows); });
+  // The keyboard goes on where it was.
+  if (done && in_list && !editor.rows.rows.empty())
+    SelectListRow(editor, editor.rows.rows[std::min(places[0], editor.rows.rows.size() - 1)]);
 }
 
 void MoveOrSwap(EditorWindow& editor, bool swap) {
@@ -173,14 +181,6 @@ constexpr CommandRow kRecordCommands[] = {
     {kCmdVersion, Version},
 };
 
-std::vector<NodeRef> SelectedRecords(const EditorWindow& editor) {
-  std::vector<NodeRef> records;
-  for (const size_t row : SelectedRows(editor)) {
-    if (row < editor.rows.rows.size()) records.push_back(editor.rows.rows[row]);
-  }
-  return records;
-}
-
 }  // namespace
 
 std::span<const CommandRow> RecordCommands() {
@@ -208,25 +208,32 @@ uint32_t RecordNeeds(const EditorWindow& editor) {
   return present;
 }
 
-bool RunRowCommand(Application& app, UINT id) {
+bool CanRunRow(Application& app, UINT id) {
   EditorWindow* editor = ActiveEditor(app);
-  if (id < kFirstMarkCommand || id >= kEndOfRowCommands || !editor) return false;
-  if (app.busy != 0) return true;
+  if (!editor || app.busy != 0) return false;
+  if (id < kFirstSelectCommand) return ListView_GetSelectedCount(editor->list) != 0;
+  if (id < kFirstGroupCommand) return !editor->rows.rows.empty();
+  return CommandNode(*editor).service != nullptr;
+}
+
+bool RunRowCommand(Application& app, UINT id) {
+  if (id < kFirstMarkCommand || id >= kEndOfRowCommands) return false;
+  if (!CanRunRow(app, id)) return true;
+  EditorWindow& editor = *ActiveEditor(app);
   const auto& choices = FieldChoices();
-  const std::vector<NodeRef> records = SelectedRecords(*editor);
   if (id >= kFirstGroupCommand) {
-    ChangeDocument(*editor, [&] {
-      return AddRowsToGroup(MessagesOf(*editor), editor->document,
-                            records.empty() ? CommandRows(*editor) : records, id - kFirstGroupCommand);
+    ChangeDocument(editor, [&] {
+      return AddRowsToGroup(MessagesOf(editor), editor.document, CommandRows(editor),
+                            id - kFirstGroupCommand);
     });
   } else if (id >= kFirstSelectCommand && id - kFirstSelectCommand < choices.size()) {
-    std::vector<bool> matching(editor->rows.size());
-    for (const size_t row : MatchingRows(editor->rows.rows, choices[id - kFirstSelectCommand]))
+    std::vector<bool> matching(editor.rows.size());
+    for (const size_t row : MatchingRows(editor.rows.rows, choices[id - kFirstSelectCommand]))
       matching[row] = true;
-    SelectListRows(*editor, [&](size_t row) { return matching[row]; });
+    SelectListRows(editor, [&](size_t row) { return matching[row]; });
   } else if (id < kFirstSelectCommand && id - kFirstMarkCommand < choices.size()) {
-    ChangeDocument(*editor, [&] {
-      MarkNodes(editor->document, records, choices[id - kFirstMarkCommand]);
+    ChangeDocument(editor, [&] {
+      MarkNodes(editor.document, SelectedRecords(editor), choices[id - kFirstMarkCommand]);
       return true;
     });
   }

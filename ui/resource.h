@@ -2,8 +2,9 @@
 #pragma once
 
 #define IDI_VEXA 300
+// Strips of pictures; the same in more sizes behind them, in the order of kPictureSizes.
 #define IDB_TOOLBAR 301
-#define IDB_TREE 302
+#define IDB_TREE 311
 
 #define IDD_ABOUT 400
 #define IDC_ABOUT_PROJECT 401
