@@ -265,12 +265,7 @@ HTREEITEM EditorDriver::FirstBelow(HWND tree, HTREEITEM item) {
   return reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_CHILD, reinterpret_cast<LPARAM>(item)));
 }
 
-bool EditorDriver::SelectItem(const std::vector<std::string>& path) {
-  HWND tree = ChildControl(WC_TREEVIEWW);
-  return SelectFrom(tree, reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0)), path);
-}
-
-bool EditorDriver::SelectFrom(HWND tree, HTREEITEM item, const std::vector<std::string>& path) {
+HTREEITEM EditorDriver::ItemFrom(HWND tree, HTREEITEM item, const std::vector<std::string>& path) {
   for (size_t i = 0; i < path.size(); ++i) {
     if (i > 0) item = FirstBelow(tree, item);
     while (item && ItemText(tree, item) != path[i]) {
@@ -279,10 +274,78 @@ bool EditorDriver::SelectFrom(HWND tree, HTREEITEM item, const std::vector<std::
     }
     if (!item) {
       ADD_FAILURE() << "no tree item " << path[i];
-      return false;
+      return nullptr;
     }
   }
-  return Send(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item)) != 0;
+  return item;
+}
+
+HTREEITEM EditorDriver::ItemAt(HWND tree, const std::vector<std::string>& path) {
+  return ItemFrom(tree, reinterpret_cast<HTREEITEM>(Send(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0)), path);
+}
+
+bool EditorDriver::SelectItem(const std::vector<std::string>& path) {
+  HWND tree = ChildControl(WC_TREEVIEWW);
+  HTREEITEM item = ItemAt(tree, path);
+  return item && Send(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item)) != 0;
+}
+
+bool EditorDriver::SelectFrom(HWND tree, HTREEITEM item, const std::vector<std::string>& path) {
+  item = ItemFrom(tree, item, path);
+  return item && Send(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item)) != 0;
+}
+
+RECT EditorDriver::AskRect(HWND control, UINT message, WPARAM wparam, RECT asked) {
+  void* remote = Remote();
+  WriteProcessMemory(process_.hProcess, remote, &asked, sizeof asked, nullptr);
+  Send(control, message, wparam, reinterpret_cast<LPARAM>(remote));
+  ReadProcessMemory(process_.hProcess, remote, &asked, sizeof asked, nullptr);
+  return asked;
+}
+
+RECT EditorDriver::RowPlace(HWND list, int row) {
+  return AskRect(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), {LVIR_LABEL, 0, 0, 0});
+}
+
+RECT EditorDriver::ItemPlace(const std::vector<std::string>& path) {
+  HWND tree = ChildControl(WC_TREEVIEWW);
+  HTREEITEM item = ItemAt(tree, path);
+  Send(tree, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(item));
+  RECT asked{};
+  memcpy(&asked, &item, sizeof item);
+  return AskRect(tree, TVM_GETITEMRECT, TRUE, asked);
+}
+
+void EditorDriver::SetColumnOrder(HWND list, const std::vector<int>& order) {
+  WriteProcessMemory(process_.hProcess, Remote(), order.data(), order.size() * sizeof order[0], nullptr);
+  Send(list, LVM_SETCOLUMNORDERARRAY, order.size(), reinterpret_cast<LPARAM>(Remote()));
+}
+
+void EditorDriver::Click(HWND control, POINT at) {
+  PostMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(at.x, at.y));
+  PostMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(at.x, at.y));
+  EXPECT_TRUE(Answers());
+}
+
+// Once the control has found that it is a drag, the window has the mouse.
+void EditorDriver::Drag(HWND control, POINT from, POINT to, bool drop) {
+  HWND window = ActiveChild();
+  PostMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(from.x, from.y));
+  for (int step = 4; step <= 12; step += 4)
+    PostMessageW(control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(from.x + step, from.y + step));
+  EXPECT_TRUE(Answers());
+  MapWindowPoints(control, window, &to, 1);
+  PostMessageW(window, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(to.x, to.y));
+  if (!drop) PostMessageW(control, WM_KEYDOWN, VK_ESCAPE, 1);
+  PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(to.x, to.y));
+  EXPECT_TRUE(Answers());
+}
+
+HWND EditorDriver::Focused() {
+  GUITHREADINFO info{};
+  info.cbSize = sizeof info;
+  GetGUIThreadInfo(GetWindowThreadProcessId(frame_, nullptr), &info);
+  return info.hwndFocus;
 }
 
 std::vector<std::string> EditorDriver::ListColumns() {
@@ -367,12 +430,8 @@ void EditorDriver::Tick(HWND list, int row) {
 
 void EditorDriver::ClickTick(HWND list, int row) {
   const bool before = IsTicked(list, row);
-  auto* remote = static_cast<char*>(Remote());
-  RECT label{};
-  label.left = LVIR_LABEL;
-  WriteProcessMemory(process_.hProcess, remote, &label, sizeof label, nullptr);
-  Send(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(remote));
-  ReadProcessMemory(process_.hProcess, remote, &label, sizeof label, nullptr);
+  void* remote = Remote();
+  const RECT label = RowPlace(list, row);
   // The first point of the row's line that the list itself calls its box.
   for (int x = 2; x < label.left; x += 2) {
     LVHITTESTINFO hit{};
@@ -381,9 +440,7 @@ void EditorDriver::ClickTick(HWND list, int row) {
     Send(list, LVM_HITTEST, 0, reinterpret_cast<LPARAM>(remote));
     ReadProcessMemory(process_.hProcess, remote, &hit, sizeof hit, nullptr);
     if (hit.flags != LVHT_ONITEMSTATEICON || hit.iItem != row) continue;
-    const LPARAM point = MAKELPARAM(hit.pt.x, hit.pt.y);
-    PostMessageW(list, WM_LBUTTONDOWN, MK_LBUTTON, point);
-    PostMessageW(list, WM_LBUTTONUP, 0, point);
+    Click(list, hit.pt);
     Until("the tick to change", [&] { return IsTicked(list, row) != before; });
     return;
   }

@@ -73,6 +73,14 @@ class EditorDriver {
   void GoTo(HWND list, int row);
   void Tick(HWND list, int row);       // by the space key
   void ClickTick(HWND list, int row);  // by the mouse
+  RECT RowPlace(HWND list, int row);   // its label, in the control
+  // The tree's item at the labels, opened on the way and brought in sight.
+  RECT ItemPlace(const std::vector<std::string>& path);
+  void SetColumnOrder(HWND list, const std::vector<int>& order);
+  void Click(HWND control, POINT at);
+  // With the mouse from one place of a control to another; Esc comes before the drop unless it shall be one.
+  void Drag(HWND control, POINT from, POINT to, bool drop = true);
+  HWND Focused();
   std::vector<std::string> EntriesOf(HWND list_box);
   void Key(HWND control, unsigned key);
   void Push(HWND box, int button);  // a button or box of a dialog that may stay open
@@ -87,8 +95,11 @@ class EditorDriver {
   LRESULT Send(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
   std::string ItemText(HWND tree, HTREEITEM item);
   HTREEITEM FirstBelow(HWND tree, HTREEITEM item);  // opens the item
-  // The same as SelectItem, with the path's first label looked for from `item` on.
+  // The item at the path, its first label looked for from `item` or the root on.
+  HTREEITEM ItemFrom(HWND tree, HTREEITEM item, const std::vector<std::string>& path);
+  HTREEITEM ItemAt(HWND tree, const std::vector<std::string>& path);
   bool SelectFrom(HWND tree, HTREEITEM item, const std::vector<std::string>& path);
+  RECT AskRect(HWND control, UINT message, WPARAM wparam, RECT asked);
   void Walk(HWND tree, HTREEITEM item, int depth, bool expand, std::vector<std::string>& lines);
   void* Remote();  // memory in the program for one structure and one text
 

@@ -5,12 +5,8 @@
 #include "config/settings.h"
 #include "core/bin_file.h"
 #include "core/command_table.h"
-#include "core/messages.h"
-#include "tests/support/random_database.h"
-#include "tests/support/recorder.h"
-#include "tests/ui/driver.h"
+#include "tests/ui/editor_fixture.h"
 #include "ui/options_resource.h"
-#include "ui/windows_api.h"
 
 namespace vexa {
 
@@ -20,8 +16,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
-
-constexpr UINT kAnswerTime = 15000;
 
 // Settings in a key of the test's own, so that they outlive the program; gone with the object.
 struct TestKey {
@@ -38,101 +32,7 @@ struct TestKey {
   }
 };
 
-class Options : public testing::Test {
- protected:
-  // A satellite "Zeta" with two carriers, "Low" with the services "Cap", "ant", "Bee", then "High" with
-  // "Bee"; a satellite "Alpha" without. Program numbers 3, 2, 1; video PIDs from 255 up; no other PID.
-  Path PutSample(const std::string& name = "sample.bin") {
-    Document document = NewDocument();
-    StaticDatabase& database = *document.sdbs[0].database;
-    database.lnb_count = 1;
-    for (const char* satellite : {"Zeta", "Alpha"}) AddTestSatellite(database, satellite)->record.angle = 192;
-    for (const char* carrier : {"Low", "High"}) SetName(AddTestCarrier(database, 0)->record.name, carrier);
-    uint16_t number = 3;
-    for (const char* service : {"Cap", "ant", "Bee", "Bee"}) {
-      Service* added = AddTestService(database, database.carriers[database.services.size() / 3]);
-      SetName(added->record.name, service);
-      added->record.program_number = number == 0 ? uint16_t{1} : number;
-      added->record.video_pid = (255u + 3 - number) & 0x3FFF;
-      added->record.audio_pid = added->record.pcr_pid = kNoPid;
-      number = static_cast<uint16_t>(number - 1);
-    }
-    const auto bytes = BuildBin(recorder_.context, document, {}, {});
-    const Path path = recorder_.context.temporary_folder / name;
-    EXPECT_TRUE(bytes.has_value());
-    if (bytes) PutFile(path, *bytes);
-    return path;
-  }
-
-  void Start(std::vector<std::wstring> arguments = {L"--test-mode"}, const Path& file = {}) {
-    if (!file.empty()) arguments.push_back(file.native());
-    driver_.reset();
-    driver_ = std::make_unique<EditorDriver>(ProgramFolder() / "VexaEditor.exe", arguments);
-    ASSERT_TRUE(driver_->WaitForFrame());
-    if (file.empty()) return;
-    ASSERT_TRUE(driver_->Until("the database window", [&] { return driver_->Children().size() == 1; }));
-    ASSERT_TRUE(driver_->Answers());
-  }
-  void StartWithSample() { Start({L"--test-mode"}, PutSample()); }
-  bool SelectLow() { return driver_->SelectItem({"SDB1", "Satellites", "[ 1 ] Zeta", "[ 1 ] Low"}); }
-
-  static LRESULT Send(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
-    DWORD_PTR result = 0;
-    EXPECT_TRUE(SendMessageTimeoutW(window, message, wparam, lparam, SMTO_NORMAL, kAnswerTime, &result));
-    return static_cast<LRESULT>(result);
-  }
-  static void Type(HWND box, int id, const std::string& text) {
-    const std::wstring wide = Wide(text);
-    Send(GetDlgItem(box, id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(wide.c_str()));
-  }
-  std::string Shown(HWND box, int id) { return driver_->Title(GetDlgItem(box, id)); }
-  static void Pick(HWND box, int id, int entry) {
-    HWND control = GetDlgItem(box, id);
-    Send(control, CB_SETCURSEL, static_cast<WPARAM>(entry));
-    Send(box, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(control));
-  }
-  static bool Enabled(HWND box, int id) { return IsWindowEnabled(GetDlgItem(box, id)) != 0; }
-  // A push of a button that may show another box; not waited for.
-  static void Push(HWND box, int id) {
-    PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(id), reinterpret_cast<LPARAM>(GetDlgItem(box, id)));
-  }
-  // The dialog or message box that stands over `dialog`.
-  HWND BoxOver(HWND dialog) {
-    HWND box = nullptr;
-    driver_->Until("a box over the dialog", [&] {
-      for (box = nullptr; (box = FindWindowExW(nullptr, box, L"#32770", nullptr)) != nullptr;) {
-        if (GetWindow(box, GW_OWNER) == dialog && IsWindowVisible(box)) return true;
-      }
-      return false;
-    });
-    return box;
-  }
-  // Answers a message over `dialog`; its text.
-  std::string AnswerOver(HWND dialog) {
-    HWND box = BoxOver(dialog);
-    if (!box) return "";
-    const std::string text = driver_->BoxText(box);
-    driver_->Press(box, IDOK);
-    return text;
-  }
-  HWND List() { return FindWindowExW(driver_->ActiveChild(), nullptr, WC_LISTVIEWW, nullptr); }
-  int SelectedRow() {
-    return static_cast<int>(Send(List(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
-  }
-  std::vector<std::string> Column(int column) {
-    std::vector<std::string> cells;
-    for (int i = 0; i < driver_->ListCount(); ++i) cells.push_back(driver_->Cell(i, column));
-    return cells;
-  }
-  std::string Caption() { return driver_->Title(driver_->Children().at(0)); }
-  void End() {
-    driver_->Close();
-    EXPECT_EQ(driver_->ExitCode(), 0u);
-  }
-
-  Recorder recorder_;
-  std::unique_ptr<EditorDriver> driver_;
-};
+class Options : public EditorTest {};
 
 TEST_F(Options, SettingsDecideHowPidsAreShown) {
   StartWithSample();
@@ -244,6 +144,8 @@ TEST_F(Options, WidthsAndPlacesOutliveTheProgram) {
   ASSERT_TRUE(SelectLow());
   const auto standard = Send(List(), LVM_GETCOLUMNWIDTH, 2);
   Send(List(), LVM_SETCOLUMNWIDTH, 2, 211);
+  driver_->SetColumnOrder(List(), {0, 2, 1, 3, 4, 5, 6, 7, 8});
+  HWND header = reinterpret_cast<HWND>(Send(List(), LVM_GETHEADER));
   ShowWindow(driver_->frame(), SW_RESTORE);
   SetWindowPos(driver_->frame(), nullptr, 33, 44, 620, 480, SWP_NOZORDER);
   ASSERT_TRUE(driver_->Answers());
@@ -261,6 +163,15 @@ TEST_F(Options, WidthsAndPlacesOutliveTheProgram) {
   ASSERT_TRUE(SelectLow());
   EXPECT_NE(standard, 211);
   EXPECT_EQ(Send(List(), LVM_GETCOLUMNWIDTH, 2), 211);
+  header = reinterpret_cast<HWND>(Send(List(), LVM_GETHEADER));
+  EXPECT_EQ(Send(header, HDM_ORDERTOINDEX, 1), 2);
+  // In another window, after a list of other columns, too.
+  driver_->Command(kCmdNew);
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "LNBs"}));
+  driver_->Command(kCmdClose);
+  ASSERT_TRUE(driver_->SelectItem({"SDB1"}));
+  ASSERT_TRUE(SelectLow());
+  EXPECT_EQ(Send(header, HDM_ORDERTOINDEX, 1), 2);
   End();
 }
 
