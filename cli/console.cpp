@@ -114,16 +114,6 @@ void PrintResults(const CommandState& state) {
   std::fflush(stdout);
 }
 
-Utf8Arguments::Utf8Arguments(int count, wchar_t** wide) {
-  for (int i = 0; i < count; ++i) {
-    std::u16string text;
-    for (const wchar_t* c = wide[i]; *c; ++c) text.push_back(static_cast<char16_t>(*c));
-    texts_.push_back(Utf8FromUtf16(text));
-  }
-  for (std::string& text : texts_) pointers_.push_back(text.data());
-  pointers_.push_back(nullptr);
-}
-
 void AddTimeOption(CLI::App& command, CommandState& state) {
   command.add_option("--time", state.time_text, "Local time to write into files: \"YYYY-MM-DD HH:MM:SS\"")
       ->check([](const std::string& text) {

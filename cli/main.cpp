@@ -1,5 +1,5 @@
 // vexa: the editor's engine without its windows.
-#include "cli/console.h"
+#include "cli/program.h"
 
 #if defined(_WIN32)
 int wmain(int count, wchar_t** wide) {

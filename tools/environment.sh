@@ -1,6 +1,6 @@
 # Sourced by ./run and ./test: one compiler cache for every checkout, a Wine of the build tree's own.
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-export CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1
+export CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1 CCACHE_SLOPPINESS=pch_defines,time_macros
 export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml=' WINEARCH=win64
 export WINEPREFIX="${TMPDIR:-/tmp}/vexa-wine-$(id -u)-$(echo "$root" | cksum | cut -d' ' -f1)"
 export XDG_RUNTIME_DIR="${XDG_RUNTIME_DIR:-/tmp}"

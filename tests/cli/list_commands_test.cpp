@@ -9,6 +9,7 @@
 #include "import/import_command.h"
 #include "import/satcodx.h"
 #include "import/text_export.h"
+#include "tests/support/data_folder.h"
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
 #include "tests/support/run_vexa.h"
@@ -52,7 +53,7 @@ std::string ThreeSatellites() {
 
 TEST_F(ListCommands, ContainerIsWhatSavingTheImportedDatabaseGives) {
   for (const std::string name : {"sample.sdx", "sample.dvb", "sample.dat"}) {
-    const Path list = PathFromUtf8(VEXA_DATA_DIR "/" + name);
+    const Path list = DataFolder() / name;
     EXPECT_EQ(RunVexa({"import", Utf8FromPath(list), "-o", In("out.bin")}).status, 0) << name;
     WorkFiles work;
     const auto format = CheckListFile(recorder.context, list);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cli/console.h"
+#include "cli/program.h"
 
 namespace vexa {
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "config/ecf.h"
+#include "tests/support/data_folder.h"
 #include "tests/support/recorder.h"
 
 namespace vexa {
@@ -160,7 +161,7 @@ TEST_F(CompileTest, EveryFaultIsOneMessageWithItsLine) {
 
 TEST(ShippedConfiguration, FitsTheImagesThatAreMadeForIt) {
   Recorder recorder;
-  const auto file = CompileEcf(recorder.context, Path(VEXA_DATA_DIR) / "receivers.toml");
+  const auto file = CompileEcf(recorder.context, DataFolder() / "receivers.toml");
   ASSERT_TRUE(file) << testing::PrintToString(recorder.Texts());
   const Path ecf = recorder.context.temporary_folder / "r.ecf";
   PutFile(ecf, *file);
