@@ -3,55 +3,18 @@
 
 #include <zlib.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <string>
 
-#include "core/bin_file.h"
-#include "tests/support/random_database.h"
+#include "bench/measure.h"
 
 namespace vexa {
 namespace {
 
-double BestMilliseconds(int runs, const std::function<void()>& work) {
-  double best = 1e9;
-  for (int i = 0; i < runs; ++i) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    const std::chrono::duration<double, std::milli> spent = std::chrono::steady_clock::now() - start;
-    best = std::min(best, spent.count());
-  }
-  return best;
-}
-
-void Require(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "%s failed\n", what);
-  std::exit(1);
-}
-
 void PrintRatio(const char* what, double milliseconds, double base, const char* beside) {
   std::printf("%-34s %8.2f ms  %6.2f x %s (%.2f ms)\n", what, milliseconds, milliseconds / base, beside,
               base);
-}
-
-void MakeLargest(const Context& context, const Path& path) {
-  std::mt19937 random(1);
-  RandomShape shape;
-  shape.lnbs = 16;
-  shape.satellites = 85;
-  shape.carriers = kMaximumCarriers;
-  shape.services = kMaximumServices;
-  shape.favourites = 1000;
-  Document document = NewDocument();
-  document.sdbs[0].database = MakeRandomDatabase(random, shape);
-  Require(SaveBin(context, document, path), "making the database");
 }
 
 // The highest memory in use of this program so far, in KiB; 0 where the system does not tell. What getrusage
@@ -84,9 +47,8 @@ void PrintMemory(const Context& context, const Path& path) {
 void PrintTimes(const Context& context, const Path& path, const Path& copy) {
   const std::string cp = "cp '" + path.string() + "' '" + copy.string() + "'";
   const std::string cp_synced = cp + " && sync '" + copy.string() + "'";
-  const double copying = BestMilliseconds(15, [&] { Require(std::system(cp.c_str()) == 0, "cp"); });
-  const double synced =
-      BestMilliseconds(15, [&] { Require(std::system(cp_synced.c_str()) == 0, "cp and sync"); });
+  const double copying = BestMilliseconds(15, [&] { RunCommand(cp); });
+  const double synced = BestMilliseconds(15, [&] { RunCommand(cp_synced); });
   const double opening = BestMilliseconds(15, [&] {
     Document document;
     Require(OpenBin(context, path, document), "opening");
@@ -130,12 +92,12 @@ int Run(int argc, char** argv) {
   const auto folder = CreateTemporaryFolder("vexa-bin-bench");
   Require(folder.has_value(), "making a folder");
   const Path path = *folder / "largest.bin";
-  MakeLargest(context, path);
+  SaveLargestDatabase(context, path);
   PrintTimes(context, path, *folder / "copy.bin");
   PrintCompression(context, path);
   std::fflush(stdout);
   const std::string memory = "\"" + std::string(argv[0]) + "\" --memory '" + path.string() + "'";
-  Require(std::system(memory.c_str()) == 0, "measuring memory");
+  RunCommand(memory);
   RemoveFolder(*folder);
   return 0;
 }

@@ -2,38 +2,15 @@
 // with the program's own flush stands beside it), and the ADB image of the largest database that passes the
 // limits, there and back. Each figure is the best of several runs.
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <functional>
-#include <string>
 
+#include "bench/measure.h"
 #include "image/adb.h"
 #include "image/decoder.h"
 #include "image/urt.h"
-#include "tests/support/random_database.h"
 
 namespace vexa {
 namespace {
-
-double BestMilliseconds(int runs, const std::function<void()>& work) {
-  double best = 1e9;
-  for (int i = 0; i < runs; ++i) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    const std::chrono::duration<double, std::milli> spent = std::chrono::steady_clock::now() - start;
-    best = std::min(best, spent.count());
-  }
-  return best;
-}
-
-void Require(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "%s failed\n", what);
-  std::exit(1);
-}
 
 void MeasureUrt(const Context& context, uint8_t compression, bool compressed) {
   const Path input = context.temporary_folder / "image.bin", output = context.temporary_folder / "image.urt";
@@ -56,7 +33,7 @@ void MeasureUrt(const Context& context, uint8_t compression, bool compressed) {
   description.end = static_cast<uint32_t>(image.size()) + kImageHeaderSize;
   const int runs = compressed ? 1 : 7;
   const std::string command = "cp '" + Utf8FromPath(input) + "' '" + Utf8FromPath(copy) + "'";
-  const double cp = BestMilliseconds(runs, [&] { Require(std::system(command.c_str()) == 0, "cp"); });
+  const double cp = BestMilliseconds(runs, [&] { RunCommand(command); });
   const double convert = BestMilliseconds(runs, [&] {
     Require(ConvertToUrt(context, parameters, description, input, output) == ConversionResult::kDone,
             "conversion");

@@ -1,12 +1,7 @@
 // Importing lists of 100,000 entries, from the file to the bytes of the database stream, beside copying the
 // file with `cp` and beside cutting the same columns out of it in one pass with `mawk`. Best of several runs
 // each.
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <functional>
-#include <string>
-
+#include "bench/measure.h"
 #include "import/build_bin.h"
 #include "import/dvb2000.h"
 #include "import/lyngsat.h"
@@ -17,27 +12,12 @@ namespace {
 
 using namespace vexa;
 
-double Milliseconds(const std::function<void()>& work, int runs = 15) {
-  double best = 1e9;
-  for (int i = 0; i < runs; ++i) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
-    best = std::min(best, time.count());
-  }
-  return best;
-}
-
-void Command(const std::string& text) {
-  if (std::system(text.c_str()) != 0) std::fprintf(stderr, "failed: %s\n", text.c_str());
-}
-
 using Import = int (*)(const Context&, const Path&, const DefaultRecords&, WorkFiles&);
 
 double ImportTime(Import import, const Path& path, size_t& services) {
   const Context context;
   const DefaultRecords defaults;
-  return Milliseconds([&] {
+  return BestMilliseconds(15, [&] {
     WorkFiles work;
     import(context, path, defaults, work);
     const Bytes stream = BuildBinFromWorkFiles(work, defaults);
@@ -54,7 +34,7 @@ void Compare(const char* name, Import import, const Path& path, double empty_pro
   const std::string file = Utf8FromPath(path);
   size_t services = 0;
   const double own = ImportTime(import, path, services);
-  const double copy = Milliseconds([&] { Command("cp '" + file + "' '" + file + ".copy'"); });
+  const double copy = BestMilliseconds(15, [&] { RunCommand("cp '" + file + "' '" + file + ".copy'"); });
   const double bytes = static_cast<double>(std::filesystem::file_size(path));
   std::printf(
       "%-8s %6.2f MB %7zu services  import %6.2f ms  cp %6.2f ms (%.2f without its process)  ratio %.2f\n",
@@ -64,7 +44,7 @@ void Compare(const char* name, Import import, const Path& path, double empty_pro
       "mawk '{ print substr($0,11,18), substr($0,29,1), substr($0,34,6), substr($0,43,1), substr($0,44,8), "
       "substr($0,52,4), substr($0,70,5), substr($0,75,1), substr($0,76,4), substr($0,80,4), substr($0,84,4), "
       "substr($0,88,5), substr($0,112,4), substr($0,116,12) }' '";
-  const double cut = Milliseconds([&] { Command(columns + file + "' > /dev/null"); }, 5);
+  const double cut = BestMilliseconds(5, [&] { RunCommand(columns + file + "' > /dev/null"); });
   std::printf("%-8s mawk %6.2f ms  ratio %.3f\n", name, cut, own / cut);
 }
 
@@ -80,7 +60,7 @@ int main() {
   Write(*folder / "list.sdx", MakeSatcodxList(settings));
   Write(*folder / "list.dvb", MakeDvb2000List(settings));
   Write(*folder / "list.dat", MakeLyngsatList(settings));
-  const double empty_process = Milliseconds([] { Command("true"); });
+  const double empty_process = BestMilliseconds(15, [] { RunCommand("true"); });
   Compare("SatcoDX", ImportSdxFile, *folder / "list.sdx", empty_process);
   Compare("DVB2000", ImportDvbFile, *folder / "list.dvb", empty_process);
   Compare("Lyngsat", ImportLyngsatFile, *folder / "list.dat", empty_process);

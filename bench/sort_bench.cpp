@@ -1,36 +1,19 @@
 // Sorting 65,535 services of one carrier by three keys beside `sort -s` on the same keys, and what an undo
 // step of that sort costs. Each time is the best of several runs.
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <random>
 
+#include "bench/measure.h"
 #include "core/edit.h"
 #include "core/sort.h"
 #include "core/undo.h"
-#include "tests/support/random_database.h"
 
 namespace vexa {
 namespace {
 
 constexpr int kRuns = 7;
-
-double BestMilliseconds(const std::function<void()>& prepare, const std::function<void()>& work) {
-  double best = 1e9;
-  for (int i = 0; i < kRuns; ++i) {
-    prepare();
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    const std::chrono::duration<double, std::milli> spent = std::chrono::steady_clock::now() - start;
-    best = std::min(best, spent.count());
-  }
-  return best;
-}
 
 Document MakeServices() {
   Document document = NewDocument();
@@ -58,7 +41,7 @@ void WriteText(const StaticDatabase& database, const std::filesystem::path& path
          << NameOf(service->record.name) << '\n';
 }
 
-int Run() {
+void Run() {
   Document document = MakeServices();
   StaticDatabase& database = *document.sdbs[0].database;
   const auto unsorted = database.carriers[0]->services;
@@ -67,7 +50,8 @@ int Run() {
     RefillAll(database);
   };
   const SortOptions options{{}, {}, {{ServiceKey::kStatus, ServiceKey::kType, ServiceKey::kName}, false}};
-  const double ours = BestMilliseconds(shuffle, [&] { SortDatabase(database, options); });
+  const double ours = BestMilliseconds(
+      kRuns, [&] { SortDatabase(database, options); }, shuffle);
 
   shuffle();
   const auto text = std::filesystem::temp_directory_path() / "vexa_sort_bench.txt";
@@ -75,11 +59,13 @@ int Run() {
   UndoHistory history;
   StartHistory(history, document);
   SortDatabase(database, options);
-  const double record = BestMilliseconds([&] { StartHistory(history, document); },
-                                         [&] {
-                                           database.lnbs[0].power ^= 1;
-                                           RecordChange(history, document);
-                                         });
+  const double record = BestMilliseconds(
+      kRuns,
+      [&] {
+        database.lnbs[0].power ^= 1;
+        RecordChange(history, document);
+      },
+      [&] { StartHistory(history, document); });
   const size_t small = history.steps.back().parts[0].tables[0].packed.size();
   shuffle();
   StartHistory(history, document);
@@ -89,32 +75,26 @@ int Run() {
   for (const TableChange& table : history.steps.back().parts[0].tables) large += table.packed.size();
   // From here on the database is another object.
   const double undo = BestMilliseconds(
+      kRuns, [&] { Undo(history, document); },
       [&] {
         while (Redo(history, document)) {
         }
-      },
-      [&] { Undo(history, document); });
+      });
 
   const std::string command = "LC_ALL=C sort -s -t '\t' -k1,1n -k2,2n -k3,3f \"" + text.string() +
                               "\" -o \"" + text.string() + ".out\"";
-  bool done = true;
-  const double rival = BestMilliseconds([] {}, [&] { done = std::system(command.c_str()) == 0 && done; });
+  const double rival = BestMilliseconds(kRuns, [&] { RunCommand(command); });
   std::filesystem::remove(text);
   std::filesystem::remove(text.string() + ".out");
-  if (!done) {
-    std::fprintf(stderr, "sort -s failed\n");
-    return 1;
-  }
   std::printf("65,535 services by three keys      %8.2f ms  %6.2f x sort -s (%.2f ms)\n", ours, ours / rival,
               rival);
   std::printf("undo step of one bit               %8.2f ms  %8zu bytes\n", record, small);
   std::printf("undo of that sort                  %8.2f ms  %8zu bytes\n", undo, large);
-  return 0;
 }
 
 }  // namespace
 }  // namespace vexa
 
 int main() {
-  return vexa::Run();
+  vexa::Run();
 }
