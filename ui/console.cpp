@@ -116,7 +116,7 @@ bool PasteLines(ConsoleWindow& console) {
 }
 
 LRESULT CALLBACK LineProcedure(HWND edit, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
-                               DWORD_PTR data) {
+                               DWORD_PTR data) noexcept {
   auto& console = *reinterpret_cast<ConsoleWindow*>(data);
   if (message == WM_CHAR && wparam == kKeyEnter) {
     if (console.console.state == ConsoleState::kConnected) SendLine(console, Utf8(CurrentLine(edit).second));
@@ -134,7 +134,7 @@ LRESULT CALLBACK LineProcedure(HWND edit, UINT message, WPARAM wparam, LPARAM lp
 
 // --- the window ---
 
-INT_PTR CALLBACK PanelProcedure(HWND panel, UINT message, WPARAM wparam, LPARAM) {
+INT_PTR CALLBACK PanelProcedure(HWND panel, UINT message, WPARAM wparam, LPARAM) noexcept {
   if (message == WM_INITDIALOG) return FALSE;  // the focus stays where it is
   if (message != WM_COMMAND || HIWORD(wparam) != BN_CLICKED) return FALSE;
   ConsoleWindow* console = ConsoleOf(GetParent(panel));
@@ -292,7 +292,7 @@ LRESULT Destroy(ConsoleWindow* console, HWND window, WPARAM wparam, LPARAM lpara
   return DefMDIChildProcW(window, WM_NCDESTROY, wparam, lparam);
 }
 
-LRESULT CALLBACK ConsoleProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+LRESULT CALLBACK ConsoleProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
   if (message == WM_NCCREATE) {
     const auto* create = reinterpret_cast<CREATESTRUCTW*>(lparam);
     auto* console =

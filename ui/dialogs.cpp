@@ -7,7 +7,7 @@ namespace vexa {
 
 namespace {
 
-INT_PTR CALLBACK AboutProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM) {
+INT_PTR CALLBACK AboutProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM) noexcept {
   switch (message) {
     case WM_INITDIALOG:
       SetText(GetDlgItem(dialog, IDC_ABOUT_PROJECT), Format("Project ID - %s", kProjectId));

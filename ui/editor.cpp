@@ -287,7 +287,7 @@ LRESULT Destroy(EditorWindow* editor, HWND window, UINT message, WPARAM wparam, 
   return DefMDIChildProcW(window, message, wparam, lparam);
 }
 
-LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
   if (message == WM_NCCREATE) {
     const auto* create = reinterpret_cast<CREATESTRUCTW*>(lparam);
     auto* editor =

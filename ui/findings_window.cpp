@@ -76,7 +76,7 @@ void Notify(HWND dialog, FindingsWindow& window, const NMHDR& header, LPARAM lpa
   }
 }
 
-INT_PTR CALLBACK FindingsProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
+INT_PTR CALLBACK FindingsProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(dialog, DWLP_USER, lparam);
     Open(dialog, *reinterpret_cast<FindingsWindow*>(lparam));

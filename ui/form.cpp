@@ -42,7 +42,7 @@ void Command(OpenForm& open, HWND dialog, int id, int code) {
   if (open.actions.command) open.actions.command(form, id, code);
 }
 
-INT_PTR CALLBACK FormProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
+INT_PTR CALLBACK FormProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(dialog, DWLP_USER, lparam);
     OpenForm& open = *reinterpret_cast<OpenForm*>(lparam);

@@ -166,11 +166,14 @@ void EndFrame(Application& app) {
   EndConsole(app);
   for (EditorWindow* editor : AllEditors(app))
     SendMessageW(app.client, WM_MDIDESTROY, reinterpret_cast<WPARAM>(editor->window), 0);
-  if (!app.configuration_file.empty()) SaveConfigurationPaths(app.settings, app.configuration_file, "");
-  SaveRecentFiles(app.settings, app.recent);
-  KeepFramePlace(app);
-  SaveWindowSettings(app.settings, app.window);
-  RemoveFolder(app.context.temporary_folder);
+  // A frame that never stood has nothing to remember, and has not read what it would overwrite.
+  if (!app.context.temporary_folder.empty()) {
+    SaveConfigurationPaths(app.settings, app.configuration_file, "");
+    SaveRecentFiles(app.settings, app.recent);
+    KeepFramePlace(app);
+    SaveWindowSettings(app.settings, app.window);
+    RemoveFolder(app.context.temporary_folder);
+  }
   // The bar on the frame goes with it; the others are destroyed by the entry point.
   SetMenu(app.frame, nullptr);
 }
@@ -221,7 +224,7 @@ void ShowMenuHelp(Application& app, WPARAM wparam) {
   ShowStatus(app, 0, popup || HIWORD(wparam) == 0xFFFF ? "" : CommandHelp(app, LOWORD(wparam)));
 }
 
-LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
+LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
   if (message == WM_NCCREATE) {
     auto* app = static_cast<Application*>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams);
     app->frame = frame;
@@ -229,7 +232,7 @@ LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM 
   }
   Application* app = AppOf(frame);
   if (!app) return DefWindowProcW(frame, message, wparam, lparam);
-  if (app->describe_menus && message == app->describe_menus) return DescribeMenus(*app);
+  if (app->describe_menus && message == app->describe_menus) return AnswerTest(*app, wparam);
   switch (message) {
     case WM_CREATE:
       return StartFrame(*app) ? 0 : -1;

@@ -4,7 +4,11 @@
 #include <objbase.h>
 #include <shellapi.h>
 
+#include <exception>
+#include <new>
+
 #include "core/messages.h"
+#include "core/out_of_memory.h"
 #include "ui/application.h"
 #include "ui/frame.h"
 #include "ui/import_wizard.h"
@@ -35,7 +39,7 @@ void ReadArguments(Application& app) {
   wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
   for (int i = 1; arguments && i < count; ++i) {
     const std::wstring argument = arguments[i];
-    if (argument.starts_with(kTestMode)) app.describe_menus = RegisterWindowMessageW(kDescribeMenus);
+    if (argument.starts_with(kTestMode)) app.describe_menus = RegisterWindowMessageW(kTestMessage);
     if (argument == kTestMode) {
       app.settings = MemorySettingsStore();
     } else if (argument.starts_with(std::wstring(kTestMode) + L"=")) {
@@ -49,10 +53,28 @@ void ReadArguments(Application& app) {
   LocalFree(arguments);
 }
 
+Application* running = nullptr;  // for the handler below, which is handed nothing
+
+// No exception may pass through the window system, so every procedure that it calls is noexcept: what one of
+// them lets out ends here, after the objects on the way have put their files in order.
+[[noreturn]] void EndAfterException() {
+  try {
+    if (const std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
+  } catch (const std::bad_alloc&) {
+    Tell(running->context.messages, Icon::kStop, "%s", kOutOfMemoryText);
+    RemoveFolder(running->context.temporary_folder);
+    ExitProcess(1);
+  } catch (...) {
+  }
+  std::abort();
+}
+
 int RunEditor(HINSTANCE instance) {
   Application app;
   app.instance = instance;
   app.context.messages = BoxMessages(app);
+  running = &app;
+  std::set_terminate(EndAfterException);
   app.choose_records = [&app](WorkFiles& work) { return RunImportWizard(app, work); };
   ReadArguments(app);
   app.thread_exit_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);

@@ -223,7 +223,7 @@ bool ListMessage(MergerDialog& dialog, UINT message, WPARAM wparam, LPARAM lpara
 }
 
 LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR id,
-                               DWORD_PTR reference) {
+                               DWORD_PTR reference) noexcept {
   MergerDialog& dialog = *reinterpret_cast<MergerDialog*>(reference);
   if (message == WM_NCDESTROY) RemoveWindowSubclass(list, ListProcedure, id);
   // While entries are dragged, Escape ends that and not the dialog.

@@ -1,16 +1,18 @@
-// What a window test cannot see from outside: menus are private to a process on some systems. In test mode
-// the frame writes its menu bar, as it would open now, to "menus.txt" in the program's temporary folder when
-// asked to.
+// What a window test cannot see or do from outside. Menus are private to a process on some systems: in test
+// mode the frame writes its menu bar, as it would open now, to "menus.txt" in the program's temporary folder
+// when asked to. Nor can memory be made to run out there.
 #pragma once
 
 #include "ui/application.h"
 
 namespace vexa {
 
-inline constexpr const wchar_t* kDescribeMenus = L"VexaEditorDescribeMenus";  // registered message; answers 1
+// A registered message with the request as its first parameter; answers 1.
+inline constexpr const wchar_t* kTestMessage = L"VexaEditorTest";
+enum TestRequest : WPARAM { kDescribeMenus, kExhaustMemory };
 
-// Lines "depth TAB id TAB state TAB text" in UTF-8, id 0 for pop-ups and separators; state: g greyed, c
-// checked.
-bool DescribeMenus(Application& app);
+// Menus are described in lines "depth TAB id TAB state TAB text" in UTF-8, id 0 for pop-ups and separators;
+// state: g greyed, c checked.
+bool AnswerTest(Application& app, WPARAM request);
 
 }  // namespace vexa

@@ -116,7 +116,7 @@ void OpenTransfer(TransferWindow& window, HWND dialog) {
   PostMessageW(dialog, kWork, 0, 0);
 }
 
-INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
+INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(dialog, DWLP_USER, lparam);
     OpenTransfer(*reinterpret_cast<TransferWindow*>(lparam), dialog);

@@ -498,7 +498,7 @@ void EditorDriver::DropFiles(const std::vector<Path>& files) {
 
 std::vector<MenuLine> EditorDriver::Menus() {
   std::vector<MenuLine> lines;
-  EXPECT_EQ(Send(frame_, RegisterWindowMessageW(kDescribeMenus), 0, 0), 1);
+  EXPECT_EQ(Send(frame_, RegisterWindowMessageW(kTestMessage), kDescribeMenus, 0), 1);
   const auto text = ReadWholeFile(TemporaryFolder() / "menus.txt");
   if (!text) return lines;
   std::istringstream input(std::string(text->begin(), text->end()));
@@ -513,6 +513,10 @@ std::vector<MenuLine> EditorDriver::Menus() {
                      marks.find('g') != std::string::npos, marks.find('c') != std::string::npos, name});
   }
   return lines;
+}
+
+void EditorDriver::ExhaustMemory() {
+  PostMessageW(frame_, RegisterWindowMessageW(kTestMessage), kExhaustMemory, 0);
 }
 
 }  // namespace vexa

@@ -89,6 +89,7 @@ class EditorDriver {
   // Files dropped on the frame.
   void DropFiles(const std::vector<Path>& files);
   std::vector<MenuLine> Menus();
+  void ExhaustMemory();  // the program's next allocation fails
 
  private:
   HWND ChildControl(const wchar_t* window_class);

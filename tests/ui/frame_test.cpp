@@ -6,9 +6,11 @@
 #include <map>
 #include <set>
 
+#include "config/settings.h"
 #include "core/bin_file.h"
 #include "core/command_table.h"
 #include "core/messages.h"
+#include "core/out_of_memory.h"
 #include "import/text_export.h"
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
@@ -314,6 +316,37 @@ TEST_F(Frame, WithoutConfigurationTheUserChoosesOrTheProgramEnds) {
   EXPECT_TRUE(editor.ExitCode().has_value()) << "the program must end";
 }
 
+TEST_F(Frame, ADamagedConfigurationIsToldAndTheProgramGoesOn) {
+  const Path lonely = Folder() / "lonely";
+  std::filesystem::create_directory(lonely);
+  std::filesystem::copy_file(Program(), lonely / "VexaEditor.exe");
+  PutFile(lonely / "damaged.ecf", BytesOf("Qx, and then nothing"));
+  EditorDriver editor(lonely / "VexaEditor.exe");
+  EXPECT_EQ(editor.Answer(IDOK), "Invalid Configuration file.");
+  EXPECT_EQ(editor.Answer(IDOK), "Cannot read Configuration details.");
+  ASSERT_TRUE(editor.WaitForFrame());
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, WithoutATemporaryFolderTheProgramEnds) {
+  wchar_t before[MAX_PATH];
+  ASSERT_NE(GetEnvironmentVariableW(L"TMP", before, MAX_PATH), 0u);
+  SetEnvironmentVariableW(L"TMP", (Folder() / "nowhere").c_str());
+  EditorDriver editor(Program());
+  SetEnvironmentVariableW(L"TMP", before);
+  EXPECT_EQ(editor.Answer(IDOK), "Failed to create new directory.");
+  EXPECT_TRUE(editor.ExitCode().has_value());
+}
+
+TEST_F(Frame, MemoryThatRunsOutIsToldAndEndsTheProgram) {
+  EditorDriver editor(Program());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.ExhaustMemory();
+  EXPECT_EQ(editor.Answer(IDOK), kOutOfMemoryText);
+  EXPECT_EQ(editor.ExitCode(), 1u);
+  EXPECT_FALSE(std::filesystem::exists(editor.TemporaryFolder()));
+}
+
 TEST_F(Frame, ImportOpensTheListInAWindowOfItsOwn) {
   const Path list = Folder() / "list.sdx";
   std::vector<SdxRecord> records(3);
@@ -378,6 +411,12 @@ TEST_F(Frame, TextFileWritesAndShowsTheReport) {
   Document document;
   ASSERT_TRUE(OpenBin(recorder_.context, path, document));
   EXPECT_EQ(ReadWholeFile(report), BytesOf(DatabaseReport(*document.sdbs[0].database)));
+  HANDLE held = CreateFileW(report.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  editor.Command(kCmdTextFile);
+  editor.ChooseFile("Save", report);
+  editor.Answer(IDYES);  // the system's question about the existing file
+  EXPECT_EQ(editor.Answer(IDOK), "Export process failed");
+  CloseHandle(held);
   editor.Command(kCmdNew);
   editor.Command(kCmdTextFile);
   EXPECT_EQ(editor.Answer(IDOK), "There is no information to export");
@@ -392,6 +431,22 @@ struct TestSettings {
     RegDeleteKeyW(HKEY_CURRENT_USER, (L"Software\\VexaEditorTests\\" + name).c_str());
   }
 };
+
+// Below a volatile key no lasting one can be made.
+TEST_F(Frame, WithoutPortSettingsTheProgramEnds) {
+  const TestSettings settings;
+  const std::string key = SettingsKey("");
+  const std::wstring path =
+      L"Software\\VexaEditorTests\\" + settings.name + L"\\" + std::wstring(key.begin(), key.end() - 1);
+  HKEY made = nullptr;
+  ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
+                            nullptr, &made, nullptr),
+            ERROR_SUCCESS);
+  RegCloseKey(made);
+  EditorDriver editor(Program(), {L"--test-mode=" + settings.name});
+  EXPECT_EQ(editor.Answer(IDOK), "Cannot initialize port settings.");
+  EXPECT_TRUE(editor.ExitCode().has_value());
+}
 
 TEST_F(Frame, RecentFilesComeBackFromTheSecondRunOn) {
   const TestSettings settings;
