@@ -72,7 +72,7 @@ TEST_F(Records, DialogsRefuseAndStayOpen) {
       {kCap, "Service Information", IDC_SERVICE_AUDIO, "31",
        "Invalid Audio PID.\nDo you want to update default PID ?"},
       {kSdb, "Edit SDB", IDC_RECORD_NAME, "", "SDB Name can not be empty. Enter a valid name."},
-      {{"SDB1", "TV Groups", "[ 1 ] Favourite1"},
+      {{"SDB1", "TV Groups", "Favourite1"},
        "FGL Information (TV)",
        IDC_RECORD_NAME,
        "",
