@@ -124,9 +124,8 @@ HTREEITEM InsertNode(EditorWindow& editor, HTREEITEM parent, HTREEITEM after, co
 void FillNode(EditorWindow& editor, HTREEITEM item, const NodeRef& node) {
   if (TreeView_GetChild(editor.tree, item)) return;
   SendMessageW(editor.tree, WM_SETREDRAW, FALSE, 0);
-  HTREEITEM after = TVI_FIRST;
-  for (const NodeRef& child : ChildNodes(editor.document, node))
-    after = InsertNode(editor, item, after, child);
+  // Behind the last one, not behind a named one: some tree controls look a named item up among all of them.
+  for (const NodeRef& child : ChildNodes(editor.document, node)) InsertNode(editor, item, TVI_LAST, child);
   SendMessageW(editor.tree, WM_SETREDRAW, TRUE, 0);
 }
 
