@@ -15,6 +15,15 @@ void* operator new(std::size_t size) {
   throw std::bad_alloc();
 }
 
+// Sanitizers bring one of their own, whose memory the delete below could not take.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 void operator delete(void* memory) noexcept {
   std::free(memory);
 }
