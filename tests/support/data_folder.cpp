@@ -1,6 +1,5 @@
 #include "tests/support/data_folder.h"
 
-
 namespace vexa {
 
 Path DataFolder() {
