@@ -1,8 +1,8 @@
 // An upload over a line of 115200 baud 8N1 beside the time that its bytes alone need there, and beside
 // YMODEM-1k (lrzsz) with the same file on the same line. The line is two pseudo-terminals with a relay
 // between them that carries ten bits a byte; whoever sends stands at one end, whoever receives at the other,
-// in processes of their own. Usage: line_bench DATABASE [BAUD]; `vexa` is looked for beside the bench and in
-// build/native.
+// in processes of their own. Usage: line_bench [BAUD]; `vexa` stands beside the
+// bench.
 
 #include <fcntl.h>
 #include <poll.h>
@@ -24,22 +24,15 @@
 #include <thread>
 #include <vector>
 
-#include "core/bin_file.h"
+#include "bench/measure.h"
 #include "platform/files.h"
 #include "platform/pseudo_terminal.h"
 #include "serial/port.h"
-#include "tests/support/random_database.h"
 
 namespace vexa {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-void Require(bool holds, const std::string& what) {
-  if (holds) return;
-  std::fprintf(stderr, "%s failed\n", what.c_str());
-  std::exit(1);
-}
 
 double Seconds() {
   static const auto start = Clock::now();
