@@ -192,6 +192,7 @@ std::span<const SettingRow> SettingsTable() {
 
 std::vector<std::string> PortChoices(const std::vector<SerialPortInfo>& there) {
   std::vector<SerialPortInfo> ports;
+  ports.reserve(std::size(kPortNames) + there.size());
   for (const char* name : kPortNames) ports.push_back({name, ""});
   for (const SerialPortInfo& port : there) {
     const auto known =
@@ -203,6 +204,7 @@ std::vector<std::string> PortChoices(const std::vector<SerialPortInfo>& there) {
     }
   }
   std::vector<std::string> choices;
+  choices.reserve(ports.size());
   for (const SerialPortInfo& port : ports)
     choices.push_back(port.description.empty() ? port.name : port.name + "  " + port.description);
   return choices;

@@ -201,11 +201,14 @@ void EditorDriver::ChooseFile(const std::string& title, const Path& path) {
     if (!edit) edit = GetDlgItem(dialog, kCombo);
     return edit != nullptr;
   });
-  // The dialog may still fill its list, and what it selects there replaces the name: until it has taken ours.
+  // The dialog may still fill its list, and what it selects there replaces the name: until it has taken ours,
+  // or asks about it.
   ULONGLONG next_try = 0;
   Until("the file dialog to close", [&] {
     if (!IsWindow(dialog) || !IsWindowVisible(dialog)) return true;
-    if (GetTickCount64() < next_try || FindBox() != dialog) return false;
+    const HWND top = FindBox();
+    if (next_try && top && top != dialog) return true;
+    if (GetTickCount64() < next_try || top != dialog) return false;
     Send(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(path.c_str()));
     if (Title(edit) != Utf8FromPath(path)) return false;
     PostMessageW(dialog, WM_COMMAND, IDOK, reinterpret_cast<LPARAM>(GetDlgItem(dialog, IDOK)));

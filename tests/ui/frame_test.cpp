@@ -415,6 +415,7 @@ TEST_F(Frame, TextFileWritesAndShowsTheReport) {
   editor.Command(kCmdTextFile);
   editor.ChooseFile("Save", report);
   editor.Answer(IDYES);  // the system's question about the existing file
+  editor.Until("the dialog to close", [&] { return !editor.FindBox("Save"); });
   EXPECT_EQ(editor.Answer(IDOK), "Export process failed");
   CloseHandle(held);
   editor.Command(kCmdNew);
