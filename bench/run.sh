@@ -10,7 +10,7 @@ for name in $names; do
   echo "== $name"
   if [ "$name" = start ]; then
     [ -x build/native/vexa ] || build native vexa
-    build bench-windows start_bench VexaEditor
+    build bench-windows start_bench VexaEditor receivers  # without a configuration the editor asks for one
     wine_prefix
     xvfb-run -a -s '-screen 0 1280x960x24' wine build/bench-windows/start_bench.exe build/bench-windows/VexaEditor.exe
   else
