@@ -16,11 +16,11 @@ constexpr size_t kOldUbiSize = 24;
 // deflate makes at most 1032 bytes out of one.
 constexpr uint64_t kInflateRatio = 1040;
 
-const DefaultRecords &DefaultsOf(const Context &context) {
+const DefaultRecords& DefaultsOf(const Context& context) {
   return context.defaults ? *context.defaults : FactoryDefaults();
 }
 
-bool Fail(const Context &context) {
+bool Fail(const Context& context) {
   Tell(context.messages, Icon::kStop, "Invalid or unknown file format.");
   return false;
 }
@@ -47,7 +47,7 @@ struct References {
 };
 
 // False, and the place unchanged, when the bytes do not suffice.
-bool ReadBlockHeader(ByteReader &reader, BlockHeader &header) {
+bool ReadBlockHeader(ByteReader& reader, BlockHeader& header) {
   if (reader.remaining() < kBlockHeaderSize) return false;
   header.name = TextOf(reader.Take(8));
   header.record_size = reader.U16();
@@ -58,7 +58,7 @@ bool ReadBlockHeader(ByteReader &reader, BlockHeader &header) {
 }
 
 // As above, and only when the block here has this name.
-bool ReadNamedBlockHeader(ByteReader &reader, const char *name, BlockHeader &header) {
+bool ReadNamedBlockHeader(ByteReader& reader, const char* name, BlockHeader& header) {
   const size_t start = reader.position();
   if (ReadBlockHeader(reader, header) && header.name == name) return true;
   reader.Seek(start);
@@ -67,11 +67,11 @@ bool ReadNamedBlockHeader(ByteReader &reader, const char *name, BlockHeader &hea
 
 // The two bytes after an odd count of 16-bit entries; built lists leave them
 // out at the end.
-void SkipPad(ByteReader &reader, size_t count) {
+void SkipPad(ByteReader& reader, size_t count) {
   if (count % 2 != 0) reader.Skip(std::min<size_t>(2, reader.remaining()));
 }
 
-bool ReadLnbs(const Context &context, ByteReader &reader, StaticDatabase &database) {
+bool ReadLnbs(const Context& context, ByteReader& reader, StaticDatabase& database) {
   BlockHeader header;
   if (!ReadBlockHeader(reader, header)) return Fail(context);
   if (header.count > kMaximumLnbs) {
@@ -83,7 +83,7 @@ bool ReadLnbs(const Context &context, ByteReader &reader, StaticDatabase &databa
   return reader.ok() || Fail(context);
 }
 
-bool ReadSatellites(const Context &context, ByteReader &reader, StaticDatabase &database) {
+bool ReadSatellites(const Context& context, ByteReader& reader, StaticDatabase& database) {
   BlockHeader header;
   if (!ReadBlockHeader(reader, header)) return Fail(context);
   if (header.count > kMaximumSatellites) {
@@ -91,7 +91,7 @@ bool ReadSatellites(const Context &context, ByteReader &reader, StaticDatabase &
     return false;
   }
   for (unsigned i = 0; i < header.count; ++i) {
-    Satellite *satellite = database.satellite_pool.Take();
+    Satellite* satellite = database.satellite_pool.Take();
     if (!reader.Read(satellite->record)) return Fail(context);
     if (satellite->record.lnb_index >= kMaximumLnbs) satellite->record.lnb_index = 0;
     if (satellite->record.name[0] == 0) SetName(satellite->record.name, Format("Satellite%u", i + 1));
@@ -100,7 +100,7 @@ bool ReadSatellites(const Context &context, ByteReader &reader, StaticDatabase &
   return true;
 }
 
-bool ReadCarriers(const Context &context, ByteReader &reader, StaticDatabase &database) {
+bool ReadCarriers(const Context& context, ByteReader& reader, StaticDatabase& database) {
   BlockHeader header;
   if (!ReadBlockHeader(reader, header)) return Fail(context);
   ByteReader records(reader.Take(header.count * sizeof(CarrierRecord)));
@@ -109,7 +109,7 @@ bool ReadCarriers(const Context &context, ByteReader &reader, StaticDatabase &da
   database.carriers.reserve(header.count);
   std::array<uint16_t, kMaximumSatellites> counts{};
   for (size_t i = 0; i < header.count; ++i) {
-    Carrier *carrier = database.carrier_pool.Take();
+    Carrier* carrier = database.carrier_pool.Take();
     records.Read(carrier->record);
     const size_t satellite = carrier->record.satellite_index;
     if (satellite >= database.satellites.size()) return Fail(context);
@@ -122,12 +122,12 @@ bool ReadCarriers(const Context &context, ByteReader &reader, StaticDatabase &da
   return true;
 }
 
-bool ReadServices(const Context &context, ByteReader &reader, StaticDatabase &database) {
+bool ReadServices(const Context& context, ByteReader& reader, StaticDatabase& database) {
   BlockHeader header;
   if (!ReadBlockHeader(reader, header)) return Fail(context);
   ByteReader records(reader.Take(header.count * sizeof(ServiceRecord)));
   size_t counted = 0;
-  for (const Carrier *carrier : database.carriers) counted += carrier->record.service_count;
+  for (const Carrier* carrier : database.carriers) counted += carrier->record.service_count;
   if (!reader.ok() || counted != header.count) return Fail(context);
   database.service_pool.Reserve(header.count);
   database.services.reserve(header.count);
@@ -140,7 +140,7 @@ bool ReadServices(const Context &context, ByteReader &reader, StaticDatabase &da
 
 // A list that is missing, cut short or no permutation becomes the services' own
 // order.
-void ReadServiceOrder(ByteReader &reader, size_t services, References &references) {
+void ReadServiceOrder(ByteReader& reader, size_t services, References& references) {
   BlockHeader header;
   if (!ReadNamedBlockHeader(reader, "OSL", header)) return;
   const size_t there = std::min<size_t>(reader.remaining() / 2, header.count);
@@ -159,7 +159,7 @@ void ReadServiceOrder(ByteReader &reader, size_t services, References &reference
 }
 
 // An entry that names no service is dropped.
-void ReadEntries(ByteReader &reader, size_t count, size_t services, std::vector<uint16_t> &list) {
+void ReadEntries(ByteReader& reader, size_t count, size_t services, std::vector<uint16_t>& list) {
   list.reserve(count);
   for (size_t i = 0; i < count; ++i) {
     const uint16_t index = reader.U16();
@@ -167,12 +167,12 @@ void ReadEntries(ByteReader &reader, size_t count, size_t services, std::vector<
   }
 }
 
-bool ReadFavourites(const Context &context, ByteReader &reader, StaticDatabase &database,
-                    References &references) {
+bool ReadFavourites(const Context& context, ByteReader& reader, StaticDatabase& database,
+                    References& references) {
   BlockHeader header;
   if (!ReadNamedBlockHeader(reader, "FGLblk", header)) return true;
   for (size_t i = 0; i < kFavouriteGroups; ++i) {
-    FavouriteRecord &record = database.favourites[i].record;
+    FavouriteRecord& record = database.favourites[i].record;
     reader.Read(record);
     const size_t tv = record.tv_count;
     const size_t radio = record.radio_count;
@@ -188,8 +188,8 @@ bool ReadFavourites(const Context &context, ByteReader &reader, StaticDatabase &
 
 // The records of a stream, without the links between them. False after a
 // message.
-bool ReadRecords(const Context &context, std::span<const uint8_t> stream, StaticDatabase &database,
-                 References &references, size_t &used) {
+bool ReadRecords(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
+                 References& references, size_t& used) {
   ByteReader reader(stream);
   const auto header = reader.Take(kHeaderSize);
   if (header.empty()) return Fail(context);
@@ -207,8 +207,8 @@ bool ReadRecords(const Context &context, std::span<const uint8_t> stream, Static
   return true;
 }
 
-std::vector<Service *> Resolve(const std::vector<uint16_t> &places, const StaticDatabase &database) {
-  std::vector<Service *> services;
+std::vector<Service*> Resolve(const std::vector<uint16_t>& places, const StaticDatabase& database) {
+  std::vector<Service*> services;
   services.reserve(places.size());
   for (const uint16_t place : places) services.push_back(database.services[place]);
   return services;
@@ -216,16 +216,16 @@ std::vector<Service *> Resolve(const std::vector<uint16_t> &places, const Static
 
 // Hands the services out by the carriers' counts; carrier indices in the
 // service records mean nothing.
-void Link(StaticDatabase &database, const References &references) {
-  for (Satellite *satellite : database.satellites)
+void Link(StaticDatabase& database, const References& references) {
+  for (Satellite* satellite : database.satellites)
     satellite->carriers.reserve(satellite->record.carrier_count);
   auto next = database.services.begin();
-  for (Carrier *carrier : database.carriers) {
+  for (Carrier* carrier : database.carriers) {
     const auto position = static_cast<uint16_t>(carrier->satellite->carriers.size());
     carrier->satellite->carriers.push_back(carrier);
     carrier->services.assign(next, next + carrier->record.service_count);
     next += carrier->record.service_count;
-    for (Service *service : carrier->services) {
+    for (Service* service : carrier->services) {
       service->carrier = carrier;
       service->carrier_position = position;
     }
@@ -239,12 +239,12 @@ void Link(StaticDatabase &database, const References &references) {
 
 // A document that is being filled.
 struct Opening {
-  Document &document;
-  std::vector<std::pair<StaticDatabase *, References>> unlinked;
+  Document& document;
+  std::vector<std::pair<StaticDatabase*, References>> unlinked;
 };
 
-void LinkAll(const Opening &opening) {
-  for (const auto &[database, references] : opening.unlinked) Link(*database, references);
+void LinkAll(const Opening& opening) {
+  for (const auto& [database, references] : opening.unlinked) Link(*database, references);
 }
 
 // A directory entry.
@@ -254,7 +254,7 @@ struct StreamEntry {
   uint32_t size = 0, stored = 0, offset = 0;
 };
 
-bool ReadEntry(const Context &context, std::span<const uint8_t> layout, size_t number, StreamEntry &entry) {
+bool ReadEntry(const Context& context, std::span<const uint8_t> layout, size_t number, StreamEntry& entry) {
   ByteReader reader(layout);
   reader.Seek(kHeaderSize + kEntrySize * number);
   entry.name = TextOf(reader.Take(7));
@@ -268,8 +268,8 @@ bool ReadEntry(const Context &context, std::span<const uint8_t> layout, size_t n
 
 // Inflates the first `stored` bytes of `source` behind what `result` holds;
 // they must give `size` bytes.
-bool Inflate(const Context &context, std::span<const uint8_t> source, uint64_t stored, uint64_t size,
-             Bytes &result) {
+bool Inflate(const Context& context, std::span<const uint8_t> source, uint64_t stored, uint64_t size,
+             Bytes& result) {
   if (stored > source.size() || stored > kMaximumStreamSize || size > kMaximumStreamSize)
     return Fail(context);
   const size_t before = result.size();
@@ -286,8 +286,8 @@ bool Inflate(const Context &context, std::span<const uint8_t> source, uint64_t s
 
 // The stream of an entry: the bytes from its offset on, or `scratch` with the
 // stream inflated.
-bool StreamOf(const Context &context, std::span<const uint8_t> layout, const StreamEntry &entry,
-              Bytes &scratch, std::span<const uint8_t> &stream) {
+bool StreamOf(const Context& context, std::span<const uint8_t> layout, const StreamEntry& entry,
+              Bytes& scratch, std::span<const uint8_t>& stream) {
   stream = layout.subspan(entry.offset);
   if (!entry.compressed) return true;
   if (!Inflate(context, stream, entry.stored, entry.size, scratch)) return false;
@@ -297,9 +297,9 @@ bool StreamOf(const Context &context, std::span<const uint8_t> layout, const Str
 
 // Takes the place of an SDB in the document only when the whole stream was
 // good.
-bool AddSdb(const Context &context, std::span<const uint8_t> stream, std::string name, bool compressed,
-            Opening &opening, size_t &used) {
-  Document &document = opening.document;
+bool AddSdb(const Context& context, std::span<const uint8_t> stream, std::string name, bool compressed,
+            Opening& opening, size_t& used) {
+  Document& document = opening.document;
   auto database = std::make_unique<StaticDatabase>(DefaultsOf(context));
   References references;
   if (!ReadRecords(context, stream, *database, references, used)) return false;
@@ -312,24 +312,24 @@ bool AddSdb(const Context &context, std::span<const uint8_t> stream, std::string
 }
 
 // False after the message of a record size that no receiver of this kind has.
-bool CheckUbiSize(const Context &context, size_t record_size) {
+bool CheckUbiSize(const Context& context, size_t record_size) {
   if (record_size == kOldUbiSize || record_size == sizeof(UserBoxInfo)) return true;
   Tell(context.messages, Icon::kStop, "Project type mismatch!!. Can not open user box information.");
   return false;
 }
 
-void TellOldUbi(const Context &context, size_t record_size) {
+void TellOldUbi(const Context& context, size_t record_size) {
   if (record_size == kOldUbiSize)
     Tell(context.messages, Icon::kInformation,
          "Older version static binary!!. Does not contain parental lock code.");
 }
 
-void TellUbiLimit(const Context &context) {
+void TellUbiLimit(const Context& context) {
   Tell(context.messages, Icon::kStop, "Can't add USER BOX Information. It exceeds the limit %d.",
        static_cast<int>(kMaximumUbis));
 }
 
-void AddUbi(std::string name, std::span<const uint8_t> record, Document &document) {
+void AddUbi(std::string name, std::span<const uint8_t> record, Document& document) {
   OpenUbi ubi;
   ubi.name = name.empty() ? Format("UBI%zu", document.ubis.size() + 1) : std::move(name);
   std::memcpy(&ubi.record, record.data(),
@@ -337,8 +337,8 @@ void AddUbi(std::string name, std::span<const uint8_t> record, Document &documen
   document.ubis.push_back(std::move(ubi));
 }
 
-bool ReadUbiStream(const Context &context, std::span<const uint8_t> stream, size_t count,
-                   Document &document) {
+bool ReadUbiStream(const Context& context, std::span<const uint8_t> stream, size_t count,
+                   Document& document) {
   ByteReader reader(stream);
   BlockHeader header;
   if (reader.remaining() < kBlockHeaderSize) return Fail(context);
@@ -357,8 +357,8 @@ bool ReadUbiStream(const Context &context, std::span<const uint8_t> stream, size
   return true;
 }
 
-bool ReadUbis(const Context &context, std::span<const uint8_t> layout, size_t entry_number, size_t count,
-              Document &document) {
+bool ReadUbis(const Context& context, std::span<const uint8_t> layout, size_t entry_number, size_t count,
+              Document& document) {
   StreamEntry entry;
   Bytes scratch;
   std::span<const uint8_t> stream;
@@ -368,8 +368,8 @@ bool ReadUbis(const Context &context, std::span<const uint8_t> layout, size_t en
   return ReadUbiStream(context, stream, count, document);
 }
 
-bool ReadStreams(const Context &context, std::span<const uint8_t> layout, Opening &opening) {
-  Document &document = opening.document;
+bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Opening& opening) {
+  Document& document = opening.document;
   ByteReader reader(layout);
   reader.Seek(20);
   const size_t sdbs = reader.U16();
@@ -395,7 +395,7 @@ bool ReadStreams(const Context &context, std::span<const uint8_t> layout, Openin
   return ReadUbis(context, layout, sdbs, ubis, document);
 }
 
-bool OpenContainer(const Context &context, std::span<const uint8_t> file, Opening &opening) {
+bool OpenContainer(const Context& context, std::span<const uint8_t> file, Opening& opening) {
   ByteReader reader(file);
   reader.Seek(11);
   if (reader.U8() == 0) {
@@ -412,8 +412,8 @@ bool OpenContainer(const Context &context, std::span<const uint8_t> file, Openin
 }
 
 // One SDB, and behind it at most one UBI without a name.
-bool OpenBareStream(const Context &context, std::span<const uint8_t> file, Opening &opening) {
-  Document &document = opening.document;
+bool OpenBareStream(const Context& context, std::span<const uint8_t> file, Opening& opening) {
+  Document& document = opening.document;
   if (document.sdbs.size() >= kMaximumSdbs) {
     Tell(context.messages, Icon::kInformation,
          "Can not open more than %d SDBs (opened 0 of 1 SDBs in the bin).", static_cast<int>(kMaximumSdbs));
@@ -436,7 +436,7 @@ bool OpenBareStream(const Context &context, std::span<const uint8_t> file, Openi
   return true;
 }
 
-bool OpenAny(const Context &context, std::span<const uint8_t> file, Opening &opening) {
+bool OpenAny(const Context& context, std::span<const uint8_t> file, Opening& opening) {
   if (file.size() < kHeaderSize) return Fail(context);
   if (file[4] != 0x10) return OpenBareStream(context, file, opening);
   if (file[5] != 0) {
@@ -448,22 +448,22 @@ bool OpenAny(const Context &context, std::span<const uint8_t> file, Opening &ope
 
 }  // namespace
 
-bool ReadSdbStream(const Context &context, std::span<const uint8_t> stream, StaticDatabase &database,
-                   size_t &used) {
+bool ReadSdbStream(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
+                   size_t& used) {
   References references;
   if (!ReadRecords(context, stream, database, references, used)) return false;
   Link(database, references);
   return true;
 }
 
-bool OpenBinBytes(const Context &context, std::span<const uint8_t> file, Document &document) {
+bool OpenBinBytes(const Context& context, std::span<const uint8_t> file, Document& document) {
   Opening opening{document, {}};
   const bool opened = OpenAny(context, file, opening);
   LinkAll(opening);
   return opened;
 }
 
-bool OpenBin(const Context &context, const Path &path, Document &document) {
+bool OpenBin(const Context& context, const Path& path, Document& document) {
   Opening opening{document, {}};
   std::optional<Bytes> file = ReadWholeFile(path);
   if (!file) {
