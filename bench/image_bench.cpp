@@ -8,6 +8,7 @@
 #include "image/adb.h"
 #include "image/decoder.h"
 #include "image/urt.h"
+#include "platform/heap.h"
 
 namespace vexa {
 namespace {
@@ -106,5 +107,6 @@ int Main() {
 }  // namespace vexa
 
 int main() {
+  vexa::PrepareHeap();
   return vexa::Main();
 }

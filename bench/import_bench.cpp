@@ -6,6 +6,7 @@
 #include "import/dvb2000.h"
 #include "import/lyngsat.h"
 #include "import/satcodx.h"
+#include "platform/heap.h"
 #include "tools/list_generator.h"
 
 namespace {
@@ -51,6 +52,7 @@ void Compare(const char* name, Import import, const Path& path, double empty_pro
 }  // namespace
 
 int main() {
+  PrepareHeap();
   const auto folder = CreateTemporaryFolder("vexa-import-bench");
   if (!folder) return 1;
   ListSettings settings;
