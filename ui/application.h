@@ -35,6 +35,7 @@ struct Application {
   ProjectConfig config;
   bool hexadecimal = false;  // PIDs in headers, values and input
   RecentFiles recent;
+  std::wstring report_viewer = L"Notepad.exe";
   EditorColorTable colours = DefaultColors();
   DefaultRecords defaults;
   UINT describe_menus = 0;  // test mode only: the message that asks for the menus

@@ -66,7 +66,7 @@ void Information(Application& app) {
 }
 
 void ShowReport(Application& app, const Path& path) {
-  std::wstring line = L"Notepad.exe " + path.native();
+  std::wstring line = app.report_viewer + L" " + path.native();
   STARTUPINFOW start{};
   start.cb = sizeof start;
   PROCESS_INFORMATION process{};

@@ -77,7 +77,7 @@ int RunEditor(HINSTANCE instance) {
   std::set_terminate(EndAfterException);
   app.choose_records = [&app](WorkFiles& work) { return RunImportWizard(app, work); };
   ReadArguments(app);
-  app.thread_exit_event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  app.thread_exit_event = CreateEventW(nullptr, TRUE, FALSE, app.describe_menus ? kTestExitEvent : nullptr);
   if (!app.thread_exit_event)
     Tell(app.context.messages, Icon::kStop, "Failed to create event( Thread exit event ).");
   INITCOMMONCONTROLSEX controls{sizeof controls, ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES | ICC_BAR_CLASSES};

@@ -48,6 +48,10 @@ bool DescribeMenus(Application& app) {
 
 bool AnswerTest(Application& app, WPARAM request) {
   if (request == kDescribeMenus) return DescribeMenus(app);
+  if (request == kLoseViewer) {
+    app.report_viewer = L"no such viewer.exe";
+    return true;
+  }
   // More than any system has, asked for in a way that no compiler foresees.
   const volatile size_t all = PTRDIFF_MAX;
   ::operator delete(::operator new(all));

@@ -522,4 +522,8 @@ void EditorDriver::ExhaustMemory() {
   PostMessageW(frame_, RegisterWindowMessageW(kTestMessage), kExhaustMemory, 0);
 }
 
+void EditorDriver::LoseViewer() {
+  EXPECT_EQ(Send(frame_, RegisterWindowMessageW(kTestMessage), kLoseViewer, 0), 1);
+}
+
 }  // namespace vexa

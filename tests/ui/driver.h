@@ -90,6 +90,7 @@ class EditorDriver {
   void DropFiles(const std::vector<Path>& files);
   std::vector<MenuLine> Menus();
   void ExhaustMemory();  // the program's next allocation fails
+  void LoseViewer();     // reports cannot be shown
 
  private:
   HWND ChildControl(const wchar_t* window_class);

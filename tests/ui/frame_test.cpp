@@ -15,6 +15,7 @@
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
+#include "ui/test_mode.h"
 #include "ui/windows_api.h"
 
 namespace vexa {
@@ -412,15 +413,30 @@ TEST_F(Frame, TextFileWritesAndShowsTheReport) {
   ASSERT_TRUE(OpenBin(recorder_.context, path, document));
   EXPECT_EQ(ReadWholeFile(report), BytesOf(DatabaseReport(*document.sdbs[0].database)));
   HANDLE held = CreateFileW(report.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-  editor.Command(kCmdTextFile);
-  editor.ChooseFile("Save", report);
-  editor.Answer(IDYES);  // the system's question about the existing file
-  editor.Until("the dialog to close", [&] { return !editor.FindBox("Save"); });
-  EXPECT_EQ(editor.Answer(IDOK), "Export process failed");
+  const auto save_again = [&] {
+    editor.Command(kCmdTextFile);
+    editor.ChooseFile("Save", report);
+    editor.Answer(IDYES);  // the system's question about the existing file
+    editor.Until("the dialog to close", [&] { return !editor.FindBox("Save"); });
+    return editor.Answer(IDOK);
+  };
+  EXPECT_EQ(save_again(), "Export process failed");
   CloseHandle(held);
+  editor.LoseViewer();
+  EXPECT_EQ(save_again(), "Error in loading notepad");
   editor.Command(kCmdNew);
   editor.Command(kCmdTextFile);
   EXPECT_EQ(editor.Answer(IDOK), "There is no information to export");
+  ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, WithoutAnExitEventTheProgramStartsAllTheSame) {
+  HANDLE other = CreateMutexW(nullptr, FALSE, kTestExitEvent);
+  ASSERT_NE(other, nullptr);
+  EditorDriver editor(Program());
+  EXPECT_EQ(editor.Answer(IDOK), "Failed to create event( Thread exit event ).");
+  CloseHandle(other);
+  ASSERT_TRUE(editor.WaitForFrame());
   ExpectCleanEnd(editor);
 }
 
