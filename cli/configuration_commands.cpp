@@ -77,7 +77,7 @@ Json TreeJson(const EcfTree& tree) {
   return {{"manufacturers", manufacturers}};
 }
 
-std::string LanguagesText(const char* title, const LanguageList& list) {
+std::string LanguagesText(const char* title, const LanguageBlock& list) {
   std::string text = Format("%s: %zu, header %s\n", title, list.records.size(), Hex(list.header).c_str());
   for (const LanguageRecord& record : list.records) {
     text += Format("  %s \"%s\" (%s)\n", Utf8FromLatin(LanguageCode(record)).c_str(),
@@ -105,7 +105,7 @@ std::string ConfigText(const ProjectConfig& config) {
              unsigned{config.loader.word6});
   text += Format("partitions: %zu (partition count %u)\n", config.partitions.size(),
                  unsigned{config.partition_count});
-  for (const Partition& partition : config.partitions) {
+  for (const PartitionEntry& partition : config.partitions) {
     text += Format("  number %u, type %u, 0x%08X - 0x%08X\n", unsigned{partition.number},
                    unsigned{partition.type}, partition.start, partition.end);
   }
@@ -119,7 +119,7 @@ std::string ConfigText(const ProjectConfig& config) {
   return text;
 }
 
-Json LanguagesJson(const LanguageList& list) {
+Json LanguagesJson(const LanguageBlock& list) {
   Json records = Json::array();
   for (const LanguageRecord& record : list.records) {
     records.push_back({{"code", Utf8FromLatin(LanguageCode(record))},
@@ -137,7 +137,7 @@ Json ConfigJson(const ProjectConfig& config) {
                        {"start", region.start},
                        {"end", region.end}});
   }
-  for (const Partition& partition : config.partitions) {
+  for (const PartitionEntry& partition : config.partitions) {
     partitions.push_back({{"number", partition.number},
                           {"type", partition.type},
                           {"start", partition.start},

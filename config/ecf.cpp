@@ -15,20 +15,24 @@ constexpr size_t kRegionSize = 96;
 constexpr size_t kPartitionEntrySize = 16;
 constexpr size_t kTableHeaderSize = 8;
 
-struct ManufacturerHeader {
+struct EcfHeader {
+  uint16_t manufacturers = 0;
+};
+
+struct ManufacturerBlock {
   uint8_t id = 0;
   uint16_t products = 0;
   uint32_t next = 0;
 };
 
-struct ProductHeader {
+struct ProductEntry {
   uint8_t byte = 0;
   std::string name;
   uint8_t configurations = 0, variant = 0, table_count = 0, second_count = 0;
   uint32_t next = 0;
 };
 
-struct ConfigurationHeader {
+struct ConfigurationEntry {
   std::string name;
   uint8_t version_a = 0, version_b = 0;
   uint8_t extra = 0, partitions = 0, images = 0, languages = 0;
@@ -69,11 +73,11 @@ struct Walk {
 // What is done with the headers of a walk. A level whose answer is false is passed over; empty means: passed
 // over.
 struct Visitor {
-  std::function<bool(size_t index, const ManufacturerHeader&)> manufacturer;
-  std::function<bool(size_t index, const ProductHeader&)> product;
+  std::function<bool(size_t index, const ManufacturerBlock&)> manufacturer;
+  std::function<bool(size_t index, const ProductEntry&)> product;
   // Called with the reader at the configuration's blocks.
-  std::function<void(size_t index, const ConfigurationHeader&, Walk&)> configuration;
-  std::function<void(const ProductHeader&, Walk&)> product_end;
+  std::function<void(size_t index, const ConfigurationEntry&, Walk&)> configuration;
+  std::function<void(const ProductEntry&, Walk&)> product_end;
 };
 
 std::string TextOf(std::span<const uint8_t> field) {
@@ -88,14 +92,14 @@ uint16_t HalfAt(std::span<const uint8_t> bytes, size_t offset) {
   return ByteReader(bytes.subspan(offset, 2)).U16();
 }
 
-void WalkConfigurations(Walk& walk, const ProductHeader& product, const Visitor& visitor) {
+void WalkConfigurations(Walk& walk, const ProductEntry& product, const Visitor& visitor) {
   uint32_t next = 0;
   for (size_t k = 0; k < product.configurations; ++k) {
     if (k > 0) walk.MoveTo(next);
     if (!walk.Going()) return;
     const auto bytes = walk.Take(148);
     if (!walk.Going()) return;
-    ConfigurationHeader header;
+    ConfigurationEntry header;
     header.name = TextOf(bytes.first(128));
     header.version_a = bytes[128];
     header.version_b = bytes[129];
@@ -109,14 +113,14 @@ void WalkConfigurations(Walk& walk, const ProductHeader& product, const Visitor&
   }
 }
 
-void WalkProducts(Walk& walk, const ManufacturerHeader& manufacturer, const Visitor& visitor) {
+void WalkProducts(Walk& walk, const ManufacturerBlock& manufacturer, const Visitor& visitor) {
   uint32_t next = 0;
   for (size_t j = 0; j < manufacturer.products; ++j) {
     if (j > 0) walk.MoveTo(next);
     if (!walk.Going()) return;
     const auto bytes = walk.Take(48);
     if (!walk.Going()) return;
-    ProductHeader header;
+    ProductEntry header;
     header.byte = bytes[3];
     header.name = TextOf(bytes.subspan(4, 33));
     header.configurations = bytes[37];
@@ -134,16 +138,16 @@ void WalkProducts(Walk& walk, const ManufacturerHeader& manufacturer, const Visi
 // `file` begins with the magic.
 Walk::State WalkFile(std::span<const uint8_t> file, const Visitor& visitor) {
   Walk walk(file);
-  const auto file_header = walk.Take(kHeaderSize);
+  const auto header_bytes = walk.Take(kHeaderSize);
   if (!walk.Going()) return walk.state;
-  const size_t count = HalfAt(file_header, 14);
+  const EcfHeader file_header{HalfAt(header_bytes, 14)};
   uint32_t next = kHeaderSize;
-  for (size_t i = 0; i < count; ++i) {
+  for (size_t i = 0; i < file_header.manufacturers; ++i) {
     walk.MoveTo(next);
     if (!walk.Going()) return walk.state;
     const auto bytes = walk.Take(8);
     if (!walk.Going()) return walk.state;
-    const ManufacturerHeader header{bytes[0], HalfAt(bytes, 2), WordAt(bytes, 4)};
+    const ManufacturerBlock header{bytes[0], HalfAt(bytes, 2), WordAt(bytes, 4)};
     next = header.next;
     if (visitor.manufacturer(i, header)) WalkProducts(walk, header, visitor);
     if (!walk.Going()) return walk.state;
@@ -180,7 +184,7 @@ void ReadPartitions(Walk& walk, ProjectConfig& config) {
     const auto bytes = walk.Take(kPartitionEntrySize);
     if (!walk.Going()) return;
     if (config.partitions.size() == kMaximumPartitions) continue;
-    Partition partition;
+    PartitionEntry partition;
     partition.type = bytes[0];
     partition.number = static_cast<uint8_t>(bytes[1] + 1);
     partition.start = WordAt(bytes, 8);
@@ -191,7 +195,7 @@ void ReadPartitions(Walk& walk, ProjectConfig& config) {
   // The configuration's own count says how many enter the table, not the block's.
   const size_t used = std::min<size_t>(config.partition_count, config.partitions.size());
   for (size_t i = 0; i < used; ++i) {
-    const Partition& partition = config.partitions[i];
+    const PartitionEntry& partition = config.partitions[i];
     if (partition.type < kPartitionTypes)
       config.partition_sizes[partition.type] = partition.end - partition.start;
   }
@@ -203,7 +207,7 @@ bool ReadLanguages(Walk& walk, ProjectConfig& config) {
   const auto header = walk.Take(8);
   if (!walk.Going()) return true;
   if (header[0] != 'L' || header[1] != 'G' || header[2] != 0) return false;
-  LanguageList list;
+  LanguageBlock list;
   std::copy_n(header.begin(), 8, list.header.begin());
   for (size_t i = 0; i < header[3] && walk.Going(); ++i) {
     LanguageRecord record{};
@@ -214,7 +218,7 @@ bool ReadLanguages(Walk& walk, ProjectConfig& config) {
 }
 
 // False when a language block has another name.
-bool ReadConfiguration(Walk& walk, const ConfigurationHeader& header, ProjectConfig& config) {
+bool ReadConfiguration(Walk& walk, const ConfigurationEntry& header, ProjectConfig& config) {
   config.configuration_found = true;
   config.configuration_name = header.name;
   config.version_a = header.version_a;
@@ -233,7 +237,7 @@ bool ReadConfiguration(Walk& walk, const ConfigurationHeader& header, ProjectCon
   return true;
 }
 
-void ReadProductTable(Walk& walk, const ProductHeader& product, ProjectConfig& config) {
+void ReadProductTable(Walk& walk, const ProductEntry& product, ProjectConfig& config) {
   const size_t total = product.table_count, second = product.second_count;
   if (total == 0) return;
   const uint64_t size =
@@ -273,7 +277,7 @@ ProjectConfig WithoutLoaded(const ProjectConfig& config) {
   return fresh;
 }
 
-void ReadListEntry(const ConfigurationHeader& header, Walk& walk, EcfProduct& product) {
+void ReadListEntry(const ConfigurationEntry& header, Walk& walk, EcfProduct& product) {
   EcfConfiguration configuration;
   configuration.name = header.name;
   configuration.has_images = header.images != 0;
@@ -299,12 +303,12 @@ bool LoadConfig(const Context& context, const Path& ecf, ProjectConfig& config) 
   }
   ProjectConfig loaded = WithoutLoaded(config);
   Visitor visitor;
-  visitor.manufacturer = [&](size_t index, const ManufacturerHeader& header) {
+  visitor.manufacturer = [&](size_t index, const ManufacturerBlock& header) {
     if (index != config.manufacturer_index) return false;
     loaded.manufacturer_id = header.id;
     return true;
   };
-  visitor.product = [&](size_t index, const ProductHeader& header) {
+  visitor.product = [&](size_t index, const ProductEntry& header) {
     if (index != config.product_index) return false;
     loaded.product_byte = header.byte;
     loaded.product_name = header.name;
@@ -312,12 +316,12 @@ bool LoadConfig(const Context& context, const Path& ecf, ProjectConfig& config) 
     loaded.product_table_count = header.table_count;
     return true;
   };
-  visitor.configuration = [&](size_t index, const ConfigurationHeader& header, Walk& walk) {
+  visitor.configuration = [&](size_t index, const ConfigurationEntry& header, Walk& walk) {
     if (index != config.configuration_index || ReadConfiguration(walk, header, loaded)) return;
     Tell(context.messages, Icon::kStop, "Language block name mismatch - InitConfig");
     walk.state = Walk::kStopped;
   };
-  visitor.product_end = [&](const ProductHeader& header, Walk& walk) {
+  visitor.product_end = [&](const ProductEntry& header, Walk& walk) {
     ReadProductTable(walk, header, loaded);
   };
   const Walk::State state = WalkFile(*file, visitor);
@@ -350,15 +354,15 @@ std::optional<EcfTree> ReadEcfTree(const Context& context, const Path& ecf) {
   }
   EcfTree tree;
   Visitor visitor;
-  visitor.manufacturer = [&](size_t, const ManufacturerHeader& header) {
+  visitor.manufacturer = [&](size_t, const ManufacturerBlock& header) {
     tree.manufacturers.push_back({header.id, {}});
     return true;
   };
-  visitor.product = [&](size_t, const ProductHeader& header) {
+  visitor.product = [&](size_t, const ProductEntry& header) {
     tree.manufacturers.back().products.push_back({header.name, header.variant, {}});
     return true;
   };
-  visitor.configuration = [&](size_t, const ConfigurationHeader& header, Walk& walk) {
+  visitor.configuration = [&](size_t, const ConfigurationEntry& header, Walk& walk) {
     ReadListEntry(header, walk, tree.manufacturers.back().products.back());
   };
   if (WalkFile(*file, visitor) != Walk::kGoing) {
@@ -386,9 +390,9 @@ bool IsConfigurationAvailable(const Context& context, const Path& ecf, uint8_t p
   }
   bool found = false;
   Visitor visitor;
-  visitor.manufacturer = [](size_t, const ManufacturerHeader&) { return true; };
-  visitor.product = [&](size_t index, const ProductHeader&) { return index == product_index; };
-  visitor.configuration = [&](size_t, const ConfigurationHeader& header, Walk& walk) {
+  visitor.manufacturer = [](size_t, const ManufacturerBlock&) { return true; };
+  visitor.product = [&](size_t index, const ProductEntry&) { return index == product_index; };
+  visitor.configuration = [&](size_t, const ConfigurationEntry& header, Walk& walk) {
     if (needs.images && header.images == 0) return;
     if (needs.partitions && header.partitions == 0) return;
     if (needs.extra && header.extra == 0) return;

@@ -23,7 +23,7 @@ struct LoaderParameters {
   uint16_t word4 = 0, word6 = 0;  // block size in KiB, packet size in bytes
 };
 
-struct Partition {
+struct PartitionEntry {
   uint32_t start = 0, end = 0;  // end includes the rounded bitmap
   uint8_t number = 0;           // from 1
   uint8_t type = 0;
@@ -31,8 +31,9 @@ struct Partition {
 
 using LanguageRecord = std::array<uint8_t, 36>;
 using ProductTableRecord = std::array<uint8_t, 20>;
+using ProductTable = std::vector<ProductTableRecord>;
 
-struct LanguageList {
+struct LanguageBlock {
   std::array<uint8_t, 8> header{};
   std::vector<LanguageRecord> records;
 };
@@ -60,11 +61,11 @@ struct ProjectConfig {
   uint8_t image_entry_count = 0;                 // only says whether there are any; the list is `regions`
   std::vector<RegionEntry> regions;
   LoaderParameters loader;
-  std::vector<Partition> partitions;  // at most kMaximumPartitions
+  std::vector<PartitionEntry> partitions;  // at most kMaximumPartitions
   std::array<uint32_t, kPartitionTypes> partition_sizes{};
   std::array<uint8_t, 8> extra{};
-  LanguageList first_languages, second_languages;
-  std::vector<ProductTableRecord> product_table;
+  LanguageBlock first_languages, second_languages;
+  ProductTable product_table;
   bool partitions_loaded = false;
   bool configuration_found = false;  // the file has a configuration at the three indices
 };

@@ -24,7 +24,7 @@ uint32_t Code(const Form& form, int id) {
 }
 
 // Names of the configuration's languages; numbers for places that it has not.
-void ShowLanguage(const Form& form, int id, const LanguageList& list, uint32_t chosen) {
+void ShowLanguage(const Form& form, int id, const LanguageBlock& list, uint32_t chosen) {
   std::vector<std::string> names;
   for (const LanguageRecord& record : list.records) {
     char name[std::tuple_size_v<LanguageRecord> - kLanguageCode];
