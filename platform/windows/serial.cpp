@@ -19,6 +19,8 @@ namespace {
 // The device class of serial and parallel ports; its name in the headers needs a library of names.
 constexpr GUID kPortsClass = {0x4D36E978, 0xE325, 0x11CE, {0xBF, 0xC1, 0x08, 0x00, 0x2B, 0xE1, 0x03, 0x18}};
 
+constexpr DWORD kCancelSteps = 1000;  // of a millisecond or more, for a wait for line events to end
+
 struct Device : SerialDevice {
   HANDLE handle = INVALID_HANDLE_VALUE;
   ~Device() override {
@@ -200,13 +202,23 @@ IoResult Result(const SerialDevicePtr& device, Overlapped& overlapped, size_t& c
   return IoResult::kDone;
 }
 
+// Not GetOverlappedResult: it waits for the event, which its owner may have signalled himself, and what the
+// system still owns would be freed. Drivers that cannot cancel a wait for line events end it when the events
+// change; one that does not end it at all keeps its memory.
 void CancelPending(const SerialDevicePtr& device, Overlapped& overlapped) {
   const auto pending = std::static_pointer_cast<Pending>(overlapped.system);
   if (!pending) return;
-  DWORD moved = 0;
-  CancelIoEx(HandleOf(device), &pending->overlapped);
-  GetOverlappedResult(HandleOf(device), &pending->overlapped, &moved, TRUE);
   overlapped.system = nullptr;
+  if (HasOverlappedIoCompleted(&pending->overlapped)) return;
+  CancelIoEx(HandleOf(device), &pending->overlapped);
+  if (pending->mask_to) SetCommMask(HandleOf(device), 0);
+  for (DWORD waited = 0; !HasOverlappedIoCompleted(&pending->overlapped); ++waited) {
+    if (pending->mask_to && waited == kCancelSteps) {
+      new std::shared_ptr<Pending>(pending);
+      return;
+    }
+    Sleep(1);
+  }
 }
 
 CommApi MakeApi() {
