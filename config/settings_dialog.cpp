@@ -216,7 +216,6 @@ SettingsOutcome AcceptSettings(const Context& context, const SettingsDialog& dia
   } else {
     Tell(context.messages, Icon::kInformation, "Invalid configuration selection.");
   }
-  if (dialog.request.from_console) outcome.status = PortStatusText(config);
   // A changed format brings its own way of showing PIDs, over the list's.
   const bool format_changed = dialog.sdb_format != dialog.had_sdb_format;
   outcome.hexadecimal_pids = format_changed ? dialog.sdb_format == 1 : dialog.radix == 0;

@@ -84,10 +84,9 @@ enum class SettingsField { kNone, kFile };
 struct SettingsOutcome {
   bool close = false;  // false: the dialog stays, `focus` gets the focus
   SettingsField focus = SettingsField::kNone;
-  bool loaded = false;                // the chosen configuration is in force
-  bool hexadecimal_pids = false;      // the display option from now on
-  bool refill = false;                // the option changed: columns are retitled and lists filled again
-  std::optional<std::string> status;  // for the console's status line
+  bool loaded = false;            // the chosen configuration is in force
+  bool hexadecimal_pids = false;  // the display option from now on
+  bool refill = false;            // the option changed: columns are retitled and lists filled again
 };
 // OK. On success `ecf` and `config` hold the choices. When the configuration cannot be loaded the dialog
 // closes nevertheless: the file, its choices and what was loaded of them stay as they were, all other values

@@ -409,7 +409,6 @@ constexpr NeedText kNeedTexts[] = {
     {kNeedsRedo, "There is nothing to redo."},
     {kNeedsImages, "Needs a configuration with images."},
     {kNeedsPartitions, "Needs a configuration with partitions."},
-    {kNeedsNoConsole, "The uploader console is open."},
     {kNeedsConnection, "Needs a connection to the receiver."},
     {kNeedsConsoleUpload, "No upload is running."},
     {kNeedsNoConsoleUpload, "An upload is running."},

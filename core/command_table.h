@@ -109,16 +109,15 @@ enum Need : uint32_t {
   kNeedsRedo = 1 << 6,              // there is a change to bring back
   kNeedsImages = 1 << 7,            // the configuration lists images
   kNeedsPartitions = 1 << 8,        // the configuration has partitions
-  kNeedsNoConsole = 1 << 9,         // the console is not open
-  kNeedsConnection = 1 << 10,       // the console's port is open
-  kNeedsConsoleUpload = 1 << 11,    // the console uploads
-  kNeedsNoConsoleUpload = 1 << 12,  // it does not
+  kNeedsConnection = 1 << 9,        // the console's port is open
+  kNeedsConsoleUpload = 1 << 10,    // the console uploads
+  kNeedsNoConsoleUpload = 1 << 11,  // it does not
   // What is selected is of a kind ...
-  kNeedsEditable = 1 << 13,    // that a dialog changes
-  kNeedsAddable = 1 << 14,     // to which another one can be added
-  kNeedsInsertable = 1 << 15,  // before which another one can be inserted
-  kNeedsDeletable = 1 << 16,
-  kNeedsMovable = 1 << 17,
+  kNeedsEditable = 1 << 12,    // that a dialog changes
+  kNeedsAddable = 1 << 13,     // to which another one can be added
+  kNeedsInsertable = 1 << 14,  // before which another one can be inserted
+  kNeedsDeletable = 1 << 15,
+  kNeedsMovable = 1 << 16,
 };
 
 enum KeyModifier : uint8_t { kCtrl = 1, kAlt = 2, kShift = 4 };

@@ -47,10 +47,8 @@ struct Application {
   std::function<bool(WorkFiles&)> choose_records;
   WindowSettings window;
   FindQuery last_search;
-  HWND findings = nullptr;  // the window of the database check, while it is open
-  // The uploader console's: whether its port is open, and its line of the port's settings. Empty: no console.
-  std::function<bool()> port_connected;
-  std::function<void(const std::string&)> show_port_status;
+  HWND findings = nullptr;               // the window of the database check, while it is open
+  std::function<bool()> port_connected;  // whether the uploader console's port is open; empty: no console
 };
 
 inline constexpr const wchar_t* kFrameClass = L"VexaMdi";

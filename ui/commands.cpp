@@ -243,7 +243,6 @@ std::span<const CommandRow> FileCommands() {
 
 uint32_t PresentNeeds(Application& app) {
   uint32_t present = kNeedsNothing;
-  if (!app.console) present |= kNeedsNoConsole;
   if (ConsoleIsActive(app)) present |= kNeedsConsole | ConsoleNeeds(app);
   if (!app.config.regions.empty()) present |= kNeedsImages;
   if (app.config.partitions_loaded) present |= kNeedsPartitions;

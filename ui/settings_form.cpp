@@ -128,7 +128,6 @@ void TakeEffect(Application& app, const SettingsOutcome& outcome) {
   if (outcome.refill) {
     for (EditorWindow* editor : AllEditors(app)) RefreshList(*editor);
   }
-  if (outcome.status && app.show_port_status) app.show_port_status(*outcome.status);
   RefreshFrame(app);
 }
 

@@ -338,7 +338,7 @@ TEST_F(DialogTest, OkStoresEverything) {
   const SettingsOutcome outcome = AcceptSettings(recorder.context, dialog, ecf, config);
   EXPECT_TRUE(outcome.close && outcome.loaded);
   EXPECT_FALSE(outcome.refill);
-  EXPECT_EQ(outcome.status, "COM2 115200 8 E 1");
+  EXPECT_EQ(PortStatusText(config), "COM2 115200 8 E 1");
   EXPECT_EQ(config.manufacturer_id, 5);
   EXPECT_EQ(config.configuration_name, "two");
   EXPECT_EQ(config.image_type_index, 1);
