@@ -64,6 +64,10 @@ void AppendText(Console& console, std::string_view text, ReportColour colour) {
   } else {
     log.stamps.at_line_start = text.back() == '\r' || text.back() == '\n';
   }
+  if (colour != ReportColour::kNeutral) {
+    log.coloured.push_back({log.size, text.size(), colour});
+    if (log.coloured.size() > kColouredTexts) log.coloured.pop_front();
+  }
   WriteLog(console, text);
   Enqueue(log.queue, ViewText(log.lines, text), colour);
 }
@@ -450,6 +454,8 @@ void ClearConsoleLog(Console& console) {
   console.log.stamps = {};
   console.log.lines = {};
   console.log.queue = {};
+  console.log.coloured = {};
+  console.log.part_end = 0;
   console.log.queue.cleared = true;
   hold.unlock();
   if (!created) Tell(console.context.messages, Icon::kStop, "%s", kWriteProblem);
@@ -461,6 +467,7 @@ ConsoleUpdate UpdateConsole(Console& console, uint64_t now, ViewUse use, size_t 
   ConsoleUpdate update;
   {
     const std::lock_guard hold(console.log.lock);
+    if (console.log.part_end > 0 && use == ViewUse::kFollows) ReturnToEndOfLog(console);
     ViewQueue taken = TakePieces(console.log.queue, use, shown);
     update.pieces.swap(taken.pieces);
     update.start_anew = taken.start_anew;
@@ -472,9 +479,10 @@ ConsoleUpdate UpdateConsole(Console& console, uint64_t now, ViewUse use, size_t 
   update.packets_total = console.packets_total;
   update.packets_sent = console.packets_sent;
   if (console.state == ConsoleState::kConnected) {
-    console.meter.Sample(static_cast<double>(now) / 1000, console.bytes_moved, update.packets_sent,
-                         update.packets_total);
-    update.rate = console.meter.Text(IsUploading(console) ? console.transfer.packets_repeated.load() : 0);
+    const bool upload = IsUploading(console);
+    console.meter.Sample(static_cast<double>(now) / 1000, console.bytes_moved,
+                         upload ? update.packets_sent : 0, upload ? update.packets_total : 0);
+    update.rate = console.meter.Text(upload ? console.transfer.packets_repeated.load() : 0);
   }
   return update;
 }

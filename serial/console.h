@@ -40,6 +40,13 @@ struct ConsoleMessage {
   std::string text, title;
 };
 
+// Where a report stands in the log file.
+struct ColouredText {
+  uint64_t place = 0, size = 0;
+  ReportColour colour = ReportColour::kNeutral;
+};
+inline constexpr size_t kColouredTexts = 1000;  // that are remembered, the last ones
+
 // The log file and what the view has not shown yet; shared by all threads, guarded by `lock`.
 struct ConsoleLog {
   std::mutex lock;
@@ -52,6 +59,8 @@ struct ConsoleLog {
   LineStamps stamps;
   ViewLines lines;
   ViewQueue queue;
+  std::deque<ColouredText> coloured;
+  uint64_t part_end = 0;  // the owner's: the view shows a part of the log up to here; 0: the log's end
   std::deque<ConsoleMessage> messages;  // told by other threads than the owner's
 };
 
@@ -132,6 +141,16 @@ void CancelConsoleUpload(Console& console, uint64_t now);
 bool HasConsoleLog(Console& console);
 bool SaveConsoleLog(Console& console, const Path& path);
 void ClearConsoleLog(Console& console);
+
+// A text in the log with its surroundings, for a view that shows them instead of the log's end.
+struct FoundText {
+  std::deque<ConsolePiece> before, text, after;
+};
+// Searches the log file behind the part that the view shows, then from its beginning. The view takes nothing
+// that arrives until it follows again: then it gets the log's end anew.
+std::optional<FoundText> FindInWholeLog(Console& console, const std::string& text, bool match_case);
+// What the view shows next is the log's end. With the log's lock held.
+void ReturnToEndOfLog(Console& console);
 
 // What has changed since the last call.
 struct ConsoleUpdate {

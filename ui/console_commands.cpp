@@ -63,11 +63,14 @@ void CloseCommand(Application& app) {
 
 void FindAgain(Application& app) {
   ConsoleWindow& console = Current(app);
-  if (!FindInLog(console.log, console.searched, console.match_case))
-    Tell(app.context.messages, Icon::kInformation,
-         console.log_cut ? "\"%s\" is not in the last part of the log, which is shown.\nA saved log is whole."
-                         : "\"%s\" is not in the log.",
-         console.searched.c_str());
+  if (FindInLog(console.log, console.searched, console.match_case, !console.log_cut)) return;
+  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  if (const auto found = FindInWholeLog(console.console, console.searched, console.match_case)) {
+    ShowFound(console.log, *found);
+    console.log_cut = true;
+    return;
+  }
+  Tell(app.context.messages, Icon::kInformation, "\"%s\" is not in the log.", console.searched.c_str());
 }
 
 void Find(Application& app) {

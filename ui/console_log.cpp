@@ -11,6 +11,7 @@ namespace {
 
 constexpr COLORREF kErrorColour = RGB(255, 0, 0), kSuccessColour = RGB(0, 0, 255);
 constexpr LPARAM kTextLimit = 16 << 20;  // characters; what is shown is kept far below
+constexpr int kLinesAbove = 8;           // in sight above what was found
 
 struct StreamSource {
   const std::string* text;
@@ -71,6 +72,11 @@ void InsertPiece(HWND log, const ConsolePiece& piece) {
   if (as_it_is) return;  // to colour it takes as long as to add it
   Select(log, end, Length(log));
   Colour(log, piece.colour);
+}
+
+void Empty(HWND log) {
+  SetWindowTextW(log, L"");
+  SetLogFont(log);
 }
 
 bool ShowsItsEnd(HWND log) {
@@ -134,10 +140,7 @@ bool AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_an
   POINT place{};
   SendMessageW(log, EM_GETSCROLLPOS, 0, reinterpret_cast<LPARAM>(&place));
   SendMessageW(log, WM_SETREDRAW, FALSE, 0);
-  if (start_anew) {
-    SetWindowTextW(log, L"");
-    SetLogFont(log);
-  }
+  if (start_anew) Empty(log);
   for (const ConsolePiece& piece : pieces) InsertPiece(log, piece);
   bool trimmed = false;
   if (follows) {
@@ -158,11 +161,12 @@ bool AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_an
   return trimmed;
 }
 
-bool FindInLog(HWND log, const std::string& text, bool match_case) {
+bool FindInLog(HWND log, const std::string& text, bool match_case, bool round) {
   const std::wstring wide = Wide(text);
   if (wide.empty()) return false;
   const LONG from = Selection(log).cpMax;
   for (const LONG start : {from, LONG{0}}) {
+    if (start < from && !round) break;
     FINDTEXTEXW question{};
     question.chrg = {start, -1};
     question.lpstrText = wide.c_str();
@@ -173,6 +177,22 @@ bool FindInLog(HWND log, const std::string& text, bool match_case) {
     return true;
   }
   return false;
+}
+
+void ShowFound(HWND log, const FoundText& found) {
+  SendMessageW(log, WM_SETREDRAW, FALSE, 0);
+  Empty(log);
+  for (const ConsolePiece& piece : found.before) InsertPiece(log, piece);
+  const LONG first = Length(log);
+  for (const ConsolePiece& piece : found.text) InsertPiece(log, piece);
+  const LONG last = Length(log);
+  for (const ConsolePiece& piece : found.after) InsertPiece(log, piece);
+  Select(log, first, last);
+  SendMessageW(log, WM_SETREDRAW, TRUE, 0);
+  const auto line = static_cast<int>(SendMessageW(log, EM_EXLINEFROMCHAR, 0, first));
+  const auto top = static_cast<int>(SendMessageW(log, EM_GETFIRSTVISIBLELINE, 0, 0));
+  SendMessageW(log, EM_LINESCROLL, 0, std::max(0, line - kLinesAbove) - top);
+  InvalidateRect(log, nullptr, TRUE);
 }
 
 }  // namespace vexa

@@ -4,7 +4,7 @@
 #include <deque>
 #include <string>
 
-#include "serial/console_text.h"
+#include "serial/console.h"
 #include "ui/windows_api.h"
 
 namespace vexa {
@@ -19,7 +19,10 @@ size_t LogLength(HWND log);  // characters
 // Adds the pieces at the end, each in its colour. Where the view does not follow, place and selection stay as
 // they are. True when the view became too long and lost its oldest text.
 bool AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew);
-// Selects the next place of the text behind the selection, going on at the start; false when there is none.
-bool FindInLog(HWND log, const std::string& text, bool match_case);
+// Selects the next place of the text behind the selection, going on at the start when `round`; false when
+// there is none.
+bool FindInLog(HWND log, const std::string& text, bool match_case, bool round);
+// Shows a part of the log instead, what was found in it selected.
+void ShowFound(HWND log, const FoundText& found);
 
 }  // namespace vexa

@@ -293,6 +293,41 @@ TEST_F(ConsoleRig, ALineThatTakesNothingStopsNobody) {
   EXPECT_THAT(recorder_.Texts(), IsEmpty());
 }
 
+TEST_F(ConsoleRig, FindsInTheWholeLogAndComesBackToItsEnd) {
+  Open();
+  EXPECT_FALSE(FindInWholeLog(console_, "x", false));
+  // Long enough that the ends of parts cut some in two.
+  const std::string mark = "<" + std::string(398, 'M') + "\xC9>", filler(597, '.');
+  for (int i = 0; i < 300; ++i) AppendToConsole(console_, mark + filler, ReportColour::kNeutral);
+  ReportToConsole(console_, 1);
+  const auto text = [](const std::deque<ConsolePiece>& pieces) {
+    std::string joined;
+    for (const ConsolePiece& piece : pieces) joined += piece.text;
+    std::erase_if(joined, [](char character) { return character == '\r' || character == '\n'; });
+    return joined;
+  };
+  // The view finds what is in the part, the log what is behind it.
+  const std::string wanted = "<" + std::string(398, 'm') + "\xC3\xA9>";
+  EXPECT_FALSE(FindInWholeLog(console_, wanted, true));
+  int places = 0;
+  while (places < 300) {
+    const auto found = FindInWholeLog(console_, wanted, false);
+    ASSERT_TRUE(found);
+    ASSERT_EQ(text(found->text), mark);
+    const std::string after = text(found->after);
+    ++places;
+    for (size_t at = 0; (at = after.find(mark, at)) != std::string::npos; ++at) ++places;
+  }
+  EXPECT_EQ(places, 300);
+  const auto report = FindInWholeLog(console_, "upload success", false);
+  ASSERT_TRUE(report);
+  EXPECT_EQ(report->text.front().colour, ReportColour::kSuccess);
+  EXPECT_TRUE(UpdateConsole(console_, 0, ViewUse::kLooks).pieces.empty());
+  ASSERT_TRUE(Shows("Upload Success"));
+  EXPECT_GT(view_.size(), kViewBytes / 4);
+  EXPECT_THAT(colours_, ElementsAre(ReportColour::kSuccess));
+}
+
 TEST_F(ConsoleRig, ConnectingAndDisconnectingTellTheirFailures) {
   struct Row {
     const char* operation;
