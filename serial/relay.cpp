@@ -118,7 +118,7 @@ std::string TransferMeter::Text(uint64_t repeated) const {
   std::string text;
   const auto add = [&text](const std::string& part) { text += (text.empty() ? "" : "   ") + part; };
   const double rate = BytesPerSecond(), left = SecondsLeft();
-  if (rate > 0) add(Grouped(static_cast<uint64_t>(std::llround(rate))) + " bytes/s");
+  if (rate >= 0.5) add(Grouped(static_cast<uint64_t>(std::llround(rate))) + " bytes/s");
   if (left >= 0) {
     const auto seconds = static_cast<unsigned long long>(std::ceil(left));
     add(Format("%llu:%02llu left", seconds / 60, seconds % 60));

@@ -160,6 +160,12 @@ void AddTips(ConsoleWindow& console) {
     tool.uId = reinterpret_cast<UINT_PTR>(PanelControl(console, button.id));
     tool.lpszText = const_cast<wchar_t*>(button.tip);
     SendMessageW(console.tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    // A grey button's mouse messages go to the panel.
+    GetWindowRect(PanelControl(console, button.id), &tool.rect);
+    MapWindowPoints(nullptr, console.panel, reinterpret_cast<POINT*>(&tool.rect), 2);
+    tool.uFlags = TTF_SUBCLASS;
+    tool.uId = static_cast<UINT_PTR>(button.id);
+    SendMessageW(console.tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
   }
 }
 
@@ -221,7 +227,9 @@ void LayOut(ConsoleWindow& console) {
   const int width = static_cast<int>(area.right), height = static_cast<int>(area.bottom);
   const int panel = PanelHeight(console), line = LineHeight(console);
   const int log = std::max(0, height - panel - line);
+  const bool follows = LogUse(console.log) == ViewUse::kFollows;
   MoveWindow(console.log, 0, 0, width, log, TRUE);
+  if (follows) ScrollLogToEnd(console.log);
   MoveWindow(console.line, 0, log, width, line, TRUE);
   MoveWindow(console.panel, 0, log + line, width, panel, TRUE);
 }

@@ -64,8 +64,10 @@ void CloseCommand(Application& app) {
 void FindAgain(Application& app) {
   ConsoleWindow& console = Current(app);
   if (FindInLog(console.log, console.searched, console.match_case, !console.log_cut)) return;
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  if (const auto found = FindInWholeLog(console.console, console.searched, console.match_case)) {
+  HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  const auto found = FindInWholeLog(console.console, console.searched, console.match_case);
+  SetCursor(before);
+  if (found) {
     ShowFound(console.log, *found);
     console.log_cut = true;
     return;

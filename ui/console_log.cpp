@@ -129,6 +129,12 @@ ViewUse LogUse(HWND log) {
   return selection.cpMin == selection.cpMax && ShowsItsEnd(log) ? ViewUse::kFollows : ViewUse::kLooks;
 }
 
+void ScrollLogToEnd(HWND log) {
+  SendMessageW(log, EM_SCROLLCARET, 0, 0);
+  // Without the focus the caret alone does not scroll everywhere.
+  SendMessageW(log, WM_VSCROLL, SB_BOTTOM, 0);
+}
+
 size_t LogLength(HWND log) {
   return static_cast<size_t>(Length(log));
 }
@@ -152,11 +158,7 @@ bool AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_an
     SendMessageW(log, EM_SETSCROLLPOS, 0, reinterpret_cast<LPARAM>(&place));
   }
   SendMessageW(log, WM_SETREDRAW, TRUE, 0);
-  if (follows) {
-    SendMessageW(log, EM_SCROLLCARET, 0, 0);
-    // Without the focus the caret alone does not scroll everywhere.
-    SendMessageW(log, WM_VSCROLL, SB_BOTTOM, 0);
-  }
+  if (follows) ScrollLogToEnd(log);
   InvalidateRect(log, nullptr, TRUE);
   return trimmed;
 }

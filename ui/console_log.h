@@ -15,6 +15,7 @@ HWND CreateLogView(HWND parent, HINSTANCE instance, int id);
 void SetLogFont(HWND log);
 // It follows when its end is in sight and nothing is selected.
 ViewUse LogUse(HWND log);
+void ScrollLogToEnd(HWND log);
 size_t LogLength(HWND log);  // characters
 // Adds the pieces at the end, each in its colour. Where the view does not follow, place and selection stay as
 // they are. True when the view became too long and lost its oldest text.
