@@ -19,14 +19,6 @@
 namespace vexa {
 namespace {
 
-template <class T>
-std::vector<size_t> PlacesIn(const std::vector<T*>& all, const std::vector<T*>& list) {
-  std::vector<size_t> places;
-  for (const T* record : list)
-    places.push_back(static_cast<size_t>(std::find(all.begin(), all.end(), record) - all.begin()));
-  return places;
-}
-
 // Beyond the links: the arrays of the SDB hold each list in its own order.
 std::string ArraysFollowLists(const StaticDatabase& database) {
   std::map<const Satellite*, size_t> next_carrier;
@@ -36,29 +28,6 @@ std::string ArraysFollowLists(const StaticDatabase& database) {
   for (const Service* service : database.services)
     if (service->carrier->services[next_service[service->carrier]++] != service) return "service array";
   return {};
-}
-
-template <class T>
-bool SameBits(const std::vector<T*>& one, const std::vector<T*>& other) {
-  return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](const T* a, const T* b) {
-    return std::memcmp(&a->record, &b->record, sizeof a->record) == 0;
-  });
-}
-
-// Every bit and every order, as places.
-std::string Difference(const StaticDatabase& one, const StaticDatabase& other) {
-  std::string difference = DatabaseDifference(one, other);
-  if (!difference.empty()) return difference;
-  if (std::memcmp(&one.lnbs, &other.lnbs, sizeof one.lnbs) != 0) return "LNB table";
-  if (one.compressed != other.compressed) return "compressed";
-  if (!SameBits(one.carriers, other.carriers)) return "bits of a carrier";
-  if (!SameBits(one.services, other.services)) return "bits of a service";
-  for (size_t i = 0; i < kFavouriteGroups; ++i)
-    if (std::memcmp(&one.favourites[i].record, &other.favourites[i].record, sizeof(FavouriteRecord)) != 0)
-      return Format("bits of group %zu", i);
-  const bool same_order =
-      PlacesIn(one.services, one.service_order) == PlacesIn(other.services, other.service_order);
-  return same_order ? "" : "order";
 }
 
 std::string BoxDifference(const Document& one, const Document& other) {
@@ -78,7 +47,7 @@ std::string Difference(const Document& one, const Document& other) {
   for (size_t i = 0; i < one.sdbs.size(); ++i) {
     if (one.sdbs[i].slot != other.sdbs[i].slot || one.sdbs[i].name != other.sdbs[i].name)
       return "SDB name or slot";
-    const std::string difference = Difference(*one.sdbs[i].database, *other.sdbs[i].database);
+    const std::string difference = DatabaseDifference(*one.sdbs[i].database, *other.sdbs[i].database, true);
     if (!difference.empty()) return one.sdbs[i].name + ": " + difference;
   }
   if (one.slot_mask != other.slot_mask || one.settings_block != other.settings_block) return "slots";

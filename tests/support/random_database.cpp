@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <unordered_map>
 
 #include "core/messages.h"
@@ -129,61 +130,46 @@ void AddFavourites(Random& random, const RandomShape& shape, StaticDatabase& dat
   }
 }
 
-using Places = std::unordered_map<const Service*, size_t>;
+template <class Value>
+void Append(std::string& bytes, const Value& value) {
+  bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
+}
 
-Places PlacesOf(const StaticDatabase& database) {
-  Places places;
-  size_t number = 0;
+// The content by kind, in bytes; services are named by their places when all are counted carrier by carrier.
+std::map<std::string, std::string> ContentOf(const StaticDatabase& database, bool exact) {
+  std::map<std::string, std::string> content;
+  std::unordered_map<const Service*, size_t> places;
+  const auto append_list = [&](std::string& bytes, const std::vector<Service*>& list) {
+    Append(bytes, list.size());
+    for (const Service* service : list) Append(bytes, places.at(service));
+  };
+  Append(content["LNBs"], database.lnb_count);
+  for (size_t i = 0; i < (exact ? kMaximumLnbs : database.lnb_count); ++i)
+    Append(content["LNBs"], database.lnbs[i]);
+  for (const Satellite* satellite : database.satellites) Append(content["satellites"], satellite->record);
   for (const Carrier* carrier : database.carriers) {
-    for (const Service* service : carrier->services) places[service] = number++;
-  }
-  return places;
-}
-
-bool SameEntries(const std::vector<Service*>& one, const Places& ones, const std::vector<Service*>& other,
-                 const Places& others) {
-  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                    [&](const Service* a, const Service* b) { return ones.at(a) == others.at(b); });
-}
-
-template <class Record>
-bool SameBytes(const Record& one, const Record& other) {
-  return std::memcmp(&one, &other, sizeof one) == 0;
-}
-
-std::string CarrierDifference(const StaticDatabase& one, const StaticDatabase& other) {
-  if (one.carriers.size() != other.carriers.size())
-    return Format("%zu and %zu carriers", one.carriers.size(), other.carriers.size());
-  for (size_t i = 0; i < one.carriers.size(); ++i) {
-    CarrierRecord a = one.carriers[i]->record, b = other.carriers[i]->record;
-    a.lnb_index = b.lnb_index = 0;
-    a.first_service = b.first_service = 0;
-    if (!SameBytes(a, b)) return Format("carrier %zu", i);
-    const auto& services = one.carriers[i]->services;
-    if (services.size() != other.carriers[i]->services.size()) return Format("services of carrier %zu", i);
-    for (size_t number = 0; number < services.size(); ++number) {
-      ServiceRecord c = services[number]->record, d = other.carriers[i]->services[number]->record;
-      c.carrier_index = d.carrier_index = 0;
-      if (!SameBytes(c, d)) return Format("service %zu of carrier %zu", number, i);
+    CarrierRecord record = carrier->record;
+    if (!exact) record.lnb_index = record.first_service = 0;
+    Append(content["carriers"], record);
+    for (const Service* service : carrier->services) {
+      places.emplace(service, places.size());
+      ServiceRecord service_record = service->record;
+      if (!exact) service_record.carrier_index = 0;
+      Append(content["services"], service_record);
     }
   }
-  return {};
-}
-
-std::string ListDifference(const StaticDatabase& one, const StaticDatabase& other) {
-  const Places ones = PlacesOf(one), others = PlacesOf(other);
-  if (!SameEntries(one.service_order, ones, other.service_order, others)) return "service order";
-  for (size_t i = 0; i < kFavouriteGroups; ++i) {
-    FavouriteRecord a = one.favourites[i].record, b = other.favourites[i].record;
-    a.tv_count = b.tv_count = 0;
-    a.radio_count = b.radio_count = 0;
-    if (!SameBytes(a, b)) return Format("favourite record %zu", i);
-    if (!SameEntries(one.favourites[i].tv, ones, other.favourites[i].tv, others))
-      return Format("TV list %zu", i);
-    if (!SameEntries(one.favourites[i].radio, ones, other.favourites[i].radio, others))
-      return Format("radio list %zu", i);
+  append_list(content["order"], database.service_order);
+  for (const FavouriteGroup& group : database.favourites) {
+    FavouriteRecord record = group.record;
+    if (!exact) record.tv_count = record.radio_count = 0;
+    Append(content["groups"], record);
+    append_list(content["groups"], group.tv);
+    append_list(content["groups"], group.radio);
   }
-  return {};
+  if (!exact) return content;
+  append_list(content["services' array"], database.services);
+  Append(content["compression"], database.compressed);
+  return content;
 }
 
 }  // namespace
@@ -267,18 +253,11 @@ Document MakeRandomDocument(std::mt19937& random) {
   return document;
 }
 
-std::string DatabaseDifference(const StaticDatabase& one, const StaticDatabase& other) {
-  if (one.lnb_count != other.lnb_count) return Format("%u and %u LNBs", one.lnb_count, other.lnb_count);
-  for (size_t i = 0; i < one.lnb_count; ++i) {
-    if (!SameBytes(one.lnbs[i], other.lnbs[i])) return Format("LNB %zu", i);
-  }
-  if (one.satellites.size() != other.satellites.size())
-    return Format("%zu and %zu satellites", one.satellites.size(), other.satellites.size());
-  for (size_t i = 0; i < one.satellites.size(); ++i) {
-    if (!SameBytes(one.satellites[i]->record, other.satellites[i]->record)) return Format("satellite %zu", i);
-  }
-  const std::string carriers = CarrierDifference(one, other);
-  return carriers.empty() ? ListDifference(one, other) : carriers;
+std::string DatabaseDifference(const StaticDatabase& one, const StaticDatabase& other, bool exact) {
+  const auto content = ContentOf(one, exact), others = ContentOf(other, exact);
+  const auto [place, unlike] = std::mismatch(content.begin(), content.end(), others.begin(), others.end());
+  if (place != content.end()) return place->first;
+  return unlike != others.end() ? unlike->first : "";
 }
 
 }  // namespace vexa

@@ -29,8 +29,16 @@ Carrier* AddTestCarrier(StaticDatabase& database, size_t satellite);
 Service* AddTestService(StaticDatabase& database, Carrier* carrier);
 Satellite* AddTestSatellite(StaticDatabase& database, const std::string& name);
 
-// The first difference of content in words, empty when there is none. Records are compared but for what a
-// save sets (first service, carrier and LNB indices); orders and favourites by the places of what they name.
-std::string DatabaseDifference(const StaticDatabase& one, const StaticDatabase& other);
+template <class T>
+std::vector<std::string> NamesOf(const std::vector<T*>& records) {
+  std::vector<std::string> names;
+  for (const T* record : records) names.emplace_back(NameOf(record->record.name));
+  return names;
+}
+
+// What differs first in content, empty when nothing does. What a save sets (first service, carrier and LNB
+// indices, counts of groups) is compared only when `exact`, and so are LNBs out of use, the order of the
+// services' array and the compression.
+std::string DatabaseDifference(const StaticDatabase& one, const StaticDatabase& other, bool exact = false);
 
 }  // namespace vexa
