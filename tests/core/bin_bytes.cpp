@@ -2,19 +2,15 @@
 
 #include <zlib.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 
 namespace vexa {
 
-Plain& Plain::U8(unsigned value) {
+Plain& Plain::U8(size_t value) {
   bytes.push_back(static_cast<uint8_t>(value & 0xFF));
   return *this;
-}
-Plain& Plain::U16(unsigned value) {
-  return U8(value).U8(value >> 8);
-}
-Plain& Plain::U32(unsigned value) {
-  return U16(value).U16(value >> 16);
 }
 Plain& Plain::Text(const std::string& text, size_t width) {
   for (size_t i = 0; i < width; ++i) U8(i < text.size() ? static_cast<unsigned char>(text[i]) : 0);
@@ -29,64 +25,68 @@ Plain& Plain::Add(const Bytes& part) {
   return *this;
 }
 
-Bytes BlockHeader(const std::string& name, unsigned size, unsigned count, unsigned mark) {
+Bytes BlockHeader(const std::string& name, size_t size, size_t count, unsigned mark) {
   return Plain{}.Text(name, 8).U16(size).U16(mark).U16(count).U16(mark).bytes;
 }
 
-Bytes StreamHeader(unsigned version, unsigned major, unsigned minor, const std::string& initials) {
-  Plain out;
-  out.U8(0x51).U8(0x7A).U8(2).U8(0).U8(0).U8(0).U16(version).Fill(8, 0).Text(initials, 3);
-  return out.U8(0).U8(major).U8(minor).U8(0xFF).U8(0).bytes;
-}
-
-Bytes PlainStream::Join() const {
-  Plain out;
-  out.Add(header).Add(lnbs);
-  out.Add(BlockHeader("Satelli", 28, static_cast<unsigned>(satellites.size())));
-  for (const auto& s : satellites) out.U16(s.carriers).U8(s.lnb).U8(s.position).U32(s.word1).Text(s.name, 20);
-  out.Add(BlockHeader("Carrier", 36, static_cast<unsigned>(carriers.size())));
-  for (const auto& c : carriers) {
-    out.U32(c.symbol_rate | c.lnb << 24).U16(c.first_service).U16(c.services);
-    out.U32(c.satellite | c.word2_high).Text(c.name, 20).U32(c.frequency);
-  }
-  out.Add(BlockHeader("Service", 32, static_cast<unsigned>(services.size())));
-  for (const auto& s : services) out.U16(s.program).U16(s.carrier).U32(s.word1).U32(s.word2).Text(s.name, 20);
-  if (has_order) {
-    out.Add(BlockHeader("OSL", 2, static_cast<unsigned>(order.size())));
-    for (const unsigned entry : order) out.U16(entry);
-    if (order.size() % 2 != 0) out.U16(0xFFFF);
-  }
-  if (groups.empty()) return out.bytes;
-  out.Add(BlockHeader("FGLblk", 0, 8));
-  for (const auto& g : groups) {
-    out.U32(0x50000005u | static_cast<unsigned>(g.tv.size()) << 4 |
-            static_cast<unsigned>(g.radio.size()) << 16);
-    out.Text(g.tv_name, 20).Text(g.radio_name, 20);
-    for (const unsigned entry : g.tv) out.U16(entry);
-    for (const unsigned entry : g.radio) out.U16(entry);
-    if ((g.tv.size() + g.radio.size()) % 2 != 0) out.U16(0xFFFF);
-  }
-  return out.bytes;
+Bytes StreamHeader(unsigned version, uint8_t major, uint8_t minor, const std::string& initials) {
+  Plain out{{0x51, 0x7A, 2, 0, 0, 0}};
+  return out.U16(version).Fill(8, 0).Text(initials, 3).Add({0, major, minor, 0xFF, 0}).bytes;
 }
 
 namespace {
+
+template <class Record>
+Bytes Table(const std::string& name, const std::vector<Record>& records) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(records.data());
+  return Plain{BlockHeader(name, sizeof(Record), records.size())}
+      .Add(Bytes(bytes, bytes + records.size() * sizeof(Record)))
+      .bytes;
+}
+
+void AddPlaces(Plain& out, const std::vector<unsigned>& places) {
+  for (const unsigned place : places) out.U16(place);
+}
 
 const Bytes kSampleLnb = {0x16, 0x26, 0x5A, 0xEA, 0x04, 0x00, 0x0D, 0xAB};
 const Bytes kDefaultLnb = {0x16, 0x26, 0x5A, 0x6A, 0x00, 0x00, 0x01, 0x00};
 
 }  // namespace
 
+Bytes PlainStream::Join() const {
+  Plain out{header};
+  out.Add(lnbs)
+      .Add(Table("Satelli", satellites))
+      .Add(Table("Carrier", carriers))
+      .Add(Table("Service", services));
+  if (has_order) {
+    out.Add(BlockHeader("OSL", 2, order.size()));
+    AddPlaces(out, order);
+    if (order.size() % 2 != 0) out.U16(0xFFFF);
+  }
+  if (groups.empty()) return out.bytes;
+  out.Add(BlockHeader("FGLblk", 0, 8));
+  for (const auto& g : groups) {
+    out.U32(0x50000005u | g.tv.size() << 4 | g.radio.size() << 16).Text(g.tv_name, 20).Text(g.radio_name, 20);
+    AddPlaces(out, g.tv);
+    AddPlaces(out, g.radio);
+    if ((g.tv.size() + g.radio.size()) % 2 != 0) out.U16(0xFFFF);
+  }
+  return out.bytes;
+}
+
 PlainStream SampleStream() {
   PlainStream s;
   s.header = StreamHeader(6);
-  s.lnbs = Plain{}.Add(BlockHeader("lnb", 8, 1)).Add(kSampleLnb).bytes;
-  s.satellites = {{2, 0, 5, 0x80000000u | 192 << 2 | 2 | 1, "Astra"}, {1, 3, 255, 130 << 2, "Hot Bird"}};
-  s.carriers = {{27500, 3, 0, 1, 1, 1u << 10 | 3u << 12 | 0xABCD0000u, "First", 10853},
-                {22000, 0, 1, 2, 0, 2u << 10 | 5u << 12 | 1u << 15, "", 12000},
-                {45000, 0, 3, 0, 0, 0, "12345678901234567890", 11778}};
-  s.services = {{1, 0, 0x70000000u | 257u << 14 | 256, 1u << 14 | 1u << 16 | 256, "Eins"},
-                {28006, 1, 8192u << 14 | 8192, 2u << 14 | 8192, "Zwei"},
-                {7, 1, 0xF0000000u | 515u << 14 | 514, 3u << 14 | 0xFFFE0000u | 514, "Drei"}};
+  s.lnbs = Plain{BlockHeader("lnb", 8, 1)}.Add(kSampleLnb).bytes;
+  s.satellites = {{2, 0, 5, 1, 1, 192, 1u << 17, "Astra"}, {1, 3, 255, 0, 0, 130, 0, "Hot Bird"}};
+  s.carriers = {{27500, 3, 0, 1, 1, 1, 3, 0, 0xABCD, "First", 10853},
+                {22000, 0, 1, 2, 0, 2, 5, 1, 0, "", 12000},
+                {45000, 0, 3, 0, 0, 0, 0, 0, 0, "", 11778}};
+  std::fill_n(s.carriers[2].name, kNameSize, 'x');  // without a NUL
+  s.services = {{1, 0, 256, 257, 7, 256, 1, 1, 0, "Eins"},
+                {28006, 1, 8192, 8192, 0, 8192, 2, 0, 0, "Zwei"},
+                {7, 1, 514, 515, 15, 514, 3, 0, 0x7FFF, "Drei"}};
   s.order = {2, 0, 1};
   s.groups = {{{1}, {}, "Mine", "Radio"}, {{0, 0}, {2, 1}, "Even", ""}, {{2}, {1}, "One", "One"}};
   for (int i = 4; i <= 8; ++i) s.groups.push_back({{}, {}, "G" + std::to_string(i), "R" + std::to_string(i)});
@@ -95,11 +95,11 @@ PlainStream SampleStream() {
 
 PlainStream FilledSampleStream() {
   PlainStream s = SampleStream();
-  Plain lnbs;
-  lnbs.Add(BlockHeader("lnb", 8, 16)).Add(kSampleLnb);
+  Plain lnbs{BlockHeader("lnb", 8, 16)};
+  lnbs.Add(kSampleLnb);
   for (int i = 1; i < 16; ++i) lnbs.Add(kDefaultLnb);
   s.lnbs = lnbs.bytes;
-  for (int i = 1; i <= 83; ++i) s.satellites.push_back({0, 0, 0, 0, "NewSat " + std::to_string(i)});
+  for (int i = 1; i <= 83; ++i) SetName(s.satellites.emplace_back().name, "NewSat " + std::to_string(i));
   return s;
 }
 
@@ -113,48 +113,30 @@ Bytes PackPlain(const Bytes& plain) {
 }
 
 Bytes UbiStream(const std::vector<std::pair<std::string, Bytes>>& ubis, unsigned record_size) {
-  Plain out;
-  out.Add(BlockHeader("UserBox", record_size, static_cast<unsigned>(ubis.size()), 0x00FF));
+  Plain out{BlockHeader("UserBox", record_size, ubis.size(), 0x00FF)};
   for (const auto& [name, record] : ubis) out.Text(name, 8).Add(record);
   return out.bytes;
 }
 
 Bytes PlainContainer::Join() const {
-  struct Part {
-    std::string name;
-    Bytes plain, stored;
-    bool compressed, ubi;
-    unsigned carriers, services;
+  Plain directory, streams;
+  const size_t parts = sdbs.size() + (ubi_count != 0 ? 1 : 0);
+  const auto add = [&](const std::string& name, const Bytes& plain, bool compressed,
+                       const std::array<unsigned, 4>& counts) {
+    const Bytes stored = compressed ? PackPlain(plain) : plain;
+    directory.Text(name, 7).U8(compressed).U32(plain.size()).U32(stored.size());
+    directory.U32(24 + 28 * parts + streams.bytes.size());
+    for (const unsigned count : counts) directory.U16(count);
+    streams.Add(stored);
   };
-  std::vector<Part> parts;
-  for (const auto& sdb : sdbs)
-    parts.push_back({sdb.name, sdb.stream, sdb.compressed ? PackPlain(sdb.stream) : sdb.stream,
-                     sdb.compressed, false, sdb.carriers, sdb.services});
-  if (ubi_count != 0)
-    parts.push_back({"UBIblk", ubis, compress_ubis ? PackPlain(ubis) : ubis, compress_ubis, true, 0, 0});
-  Plain payload;
-  size_t offset = 24 + 28 * parts.size();
-  for (const Part& part : parts) {
-    payload.Text(part.name, 7).U8(part.compressed).U32(static_cast<unsigned>(part.plain.size()));
-    payload.U32(static_cast<unsigned>(part.stored.size())).U32(static_cast<unsigned>(offset));
-    payload.U16(part.ubi ? 0 : 16).U16(part.ubi ? 0 : 85).U16(part.carriers).U16(part.services);
-    offset += part.stored.size();
-  }
-  for (const Part& part : parts) payload.Add(part.stored);
-  const Bytes stored = compress_payload ? PackPlain(payload.bytes) : payload.bytes;
-  Plain out;
-  out.U8(0x51)
-      .U8(0x7A)
-      .U8(major)
-      .U8(minor)
-      .U8(0x10)
-      .U8(0)
-      .U8(0)
-      .U8(0xFF)
-      .Text(initials, 3)
-      .U8(compress_payload);
-  out.U32(static_cast<unsigned>(payload.bytes.size())).U32(static_cast<unsigned>(stored.size()));
-  return out.U16(static_cast<unsigned>(sdbs.size())).U16(ubi_count).Add(stored).bytes;
+  for (const PlainSdb& sdb : sdbs)
+    add(sdb.name, sdb.stream, sdb.compressed, {16, 85, sdb.carriers, sdb.services});
+  if (ubi_count != 0) add("UBIblk", ubis, compress_ubis, {});
+  const Bytes payload = directory.Add(streams.bytes).bytes;
+  const Bytes stored = compress_payload ? PackPlain(payload) : payload;
+  Plain out{{0x51, 0x7A, major, minor, 0x10, 0, 0, 0xFF}};
+  out.Text(initials, 3).U8(compress_payload).U32(payload.size()).U32(stored.size());
+  return out.U16(sdbs.size()).U16(ubi_count).Add(stored).bytes;
 }
 
 PlainContainer SampleContainer() {

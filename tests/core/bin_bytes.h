@@ -6,49 +6,37 @@
 #include <utility>
 #include <vector>
 
+#include "core/records.h"
 #include "platform/files.h"
 
 namespace vexa {
 
 struct Plain {
   Bytes bytes;
-  Plain& U8(unsigned value);
-  Plain& U16(unsigned value);
-  Plain& U32(unsigned value);
+  Plain& U8(size_t value);
+  Plain& U16(size_t value) { return U8(value).U8(value >> 8); }
+  Plain& U32(size_t value) { return U16(value).U16(value >> 16); }
   Plain& Text(const std::string& text, size_t width);
   Plain& Fill(size_t count, unsigned value);
   Plain& Add(const Bytes& part);
 };
 
-Bytes BlockHeader(const std::string& name, unsigned size, unsigned count, unsigned mark = 0xFFFF);
-Bytes StreamHeader(unsigned version, unsigned major = 1, unsigned minor = 0,
+Bytes BlockHeader(const std::string& name, size_t size, size_t count, unsigned mark = 0xFFFF);
+Bytes StreamHeader(unsigned version, uint8_t major = 1, uint8_t minor = 0,
                    const std::string& initials = "   ");
 
-struct PlainSatellite {
-  unsigned carriers, lnb, position, word1;
-  std::string name;
-};
-struct PlainCarrier {
-  unsigned symbol_rate, lnb, first_service, services, satellite,
-      word2_high;  // word2_high: bits 10-31 in place
-  std::string name;
-  unsigned frequency;
-};
-struct PlainService {
-  unsigned program, carrier, word1, word2;
-  std::string name;
-};
 struct PlainGroup {
   std::vector<unsigned> tv, radio;
   std::string tv_name, radio_name;
 };
 
-// An SDB stream in parts that a test may change before it joins them.
+// An SDB stream in parts that a test may change before it joins them. Records are their own bytes:
+// records_test.cpp says where each field stands in them.
 struct PlainStream {
   Bytes header, lnbs;
-  std::vector<PlainSatellite> satellites;
-  std::vector<PlainCarrier> carriers;
-  std::vector<PlainService> services;
+  std::vector<SatelliteRecord> satellites;
+  std::vector<CarrierRecord> carriers;
+  std::vector<ServiceRecord> services;
   std::vector<unsigned> order;
   bool has_order = true;
   std::vector<PlainGroup> groups;  // none: no block
@@ -71,7 +59,7 @@ struct PlainSdb {
   unsigned carriers = 3, services = 3;
 };
 struct PlainContainer {
-  unsigned major = 1, minor = 0;
+  uint8_t major = 1, minor = 0;
   std::string initials = "   ";
   std::vector<PlainSdb> sdbs;
   unsigned ubi_count = 0;

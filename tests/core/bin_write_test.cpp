@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "core/bin_file.h"
+#include "core/edit.h"
 #include "core/messages.h"
 #include "tests/core/bin_bytes.h"
 #include "tests/support/failing_memory.h"
@@ -13,6 +15,8 @@
 
 namespace vexa {
 namespace {
+
+const char* const kNotSaved = "Error No: -11 \n Save as BIN File";
 
 // The sample database with its service table in another order than the carriers'.
 void FillSample(StaticDatabase& d) {
@@ -39,12 +43,9 @@ Bytes Built(const Document& document, const BinVersion& version = {}, const BinS
   return bytes.value_or(Bytes{});
 }
 
-TEST(BinWrite, PlainContainerToTheByte) {
-  EXPECT_EQ(Built(SampleDocument()), SampleContainer().Join());
-}
-
 TEST(BinWrite, WhatASaveSetsIsSetInTheBytesOnly) {
   Document document = SampleDocument();
+  EXPECT_EQ(Built(document), SampleContainer().Join());
   StaticDatabase& d = *document.sdbs[0].database;
   d.carriers[1]->record.lnb_index = 9;
   d.carriers[1]->record.first_service = 77;
@@ -55,26 +56,12 @@ TEST(BinWrite, WhatASaveSetsIsSetInTheBytesOnly) {
   EXPECT_EQ(d.services[1]->record.carrier_index, 500u);
 }
 
-TEST(BinWrite, EveryCombinationOfCompression) {
-  for (unsigned flags = 0; flags < 8; ++flags) {
-    Document document = SampleDocument();
-    PlainContainer expected = SampleContainer();
-    document.sdbs[0].database->compressed = expected.sdbs[0].compressed = flags & 1;
-    document.compress_ubis = expected.compress_ubis = flags & 2;
-    document.compress_payload = expected.compress_payload = flags & 4;
-    EXPECT_EQ(Built(document), expected.Join()) << "flags " << flags;
-  }
-}
-
-struct VersionCase {
-  uint8_t major, minor;
-  const char *given, *initials;
-};
-
 TEST(BinWrite, VersionAndInitialsStandInBothHeaders) {
-  static const VersionCase cases[] = {{3, 17, "AB", "AB "}, {255, 0, "WXYZ", "WXY"}, {0, 9, "", "   "}};
-  for (const auto& [major, minor, given, initials] : cases) {
-    const BinVersion version{major, minor, given};
+  const struct {
+    BinVersion version;
+    const char* initials;
+  } rows[] = {{{3, 17, "AB"}, "AB "}, {{255, 0, "WXYZ"}, "WXY"}, {{0, 9, ""}, "   "}};
+  for (const auto& [version, initials] : rows) {
     PlainContainer expected = SampleContainer();
     PlainStream stream = FilledSampleStream();
     stream.header = StreamHeader(6, version.major, version.minor, initials);
@@ -130,138 +117,117 @@ TEST(BinWrite, UsersDefaultsFillUnusedPlaces) {
   recorder.context.defaults = &defaults;
   const auto bytes = BuildBin(recorder.context, SampleDocument(), {}, {});
   ASSERT_TRUE(bytes.has_value());
-  const size_t stream = 24 + 2 * 28;
-  const size_t lnb = stream + 24 + 16 + 15 * 8;
-  EXPECT_EQ((*bytes)[lnb] | ((*bytes)[lnb + 1] & 0x3F) << 8, 5150);
-  const size_t filler = stream + 24 + 16 + 128 + 16 + 2 * 28;
-  EXPECT_EQ(
-      Bytes(bytes->begin() + static_cast<long>(filler), bytes->begin() + static_cast<long>(filler) + 16),
-      (Plain{}.U16(0).U8(0).U8(9).U32(0).Text("NewSat 1", 8).bytes));
+  Document reopened;
+  ASSERT_TRUE(OpenBinBytes(recorder.context, *bytes, reopened));
+  const StaticDatabase& d = *reopened.sdbs[0].database;
+  EXPECT_EQ(d.lnbs[15].frequency1, 5150u);
+  const SatelliteRecord& filler = d.satellites[2]->record;
+  EXPECT_EQ(filler.position, 9u);
+  EXPECT_EQ(NameOf(filler.name), "NewSat 1");
 }
 
 TEST(BinWrite, SubsetKeepsChosenSatellitesAlone) {
-  const auto subset = [] {
-    PlainStream s = FilledSampleStream();
-    s.header = StreamHeader(5);
-    s.groups.clear();
-    return s;
-  };
   Document document = SampleDocument();
-  PlainStream second = subset();
-  second.satellites.erase(second.satellites.begin());
-  second.satellites.push_back({0, 0, 0, 0, "NewSat 84"});
-  second.carriers = {second.carriers[0]};
-  second.carriers[0].satellite = 0;
-  second.services = {second.services[0]};
-  second.order = {0};
-  EXPECT_EQ(WriteSatelliteStream(*document.sdbs[0].database, {}, {1}), second.Join());
-  PlainStream first = subset();
-  first.satellites.erase(first.satellites.begin() + 1);
-  first.satellites.push_back({0, 0, 0, 0, "NewSat 84"});
-  first.carriers.erase(first.carriers.begin());
-  first.carriers[0].first_service = 0;
-  first.carriers[1].first_service = 2;
-  first.services.erase(first.services.begin());
-  first.services[0].carrier = first.services[1].carrier = 0;
-  first.order = {1, 0};
-  EXPECT_EQ(WriteSatelliteStream(*document.sdbs[0].database, {}, {0}), first.Join());
-  EXPECT_EQ(WriteSatelliteStream(*document.sdbs[0].database, {}, {0, 1}), subset().Join());
-
+  StaticDatabase& database = *document.sdbs[0].database;
+  const Bytes groups = BytesOf("FGLblk");
+  Bytes first;
+  for (const std::vector<size_t>& chosen : {std::vector<size_t>{0, 1}, {1}, {0}}) {
+    // As a save without the other satellites, but for the version and the groups, which stand at the end.
+    const auto reduced = CopyDatabase(database);
+    if (chosen.size() == 1) DeleteSatellites(*reduced, {1 - chosen[0]});
+    Bytes expected = WriteSdbStream(*reduced, {});
+    expected.erase(std::search(expected.begin(), expected.end(), groups.begin(), groups.end()),
+                   expected.end());
+    expected[6] = 5;
+    first = WriteSatelliteStream(database, {}, chosen);
+    EXPECT_EQ(first, expected) << testing::PrintToString(chosen);
+  }
   Recorder recorder;
-  document.sdbs[0].database->compressed = true;
-  document.compress_payload = true;
+  database.compressed = document.compress_payload = true;
   const Path path = recorder.context.temporary_folder / "subset.bin";
   ASSERT_TRUE(SaveSatellites(recorder.context, document, 0, {0}, path));
   PlainContainer expected;
-  expected.sdbs = {{"SDB1", first.Join(), true, 2, 2}};
+  expected.sdbs = {{"SDB1", first, true, 2, 2}};
   expected.compress_payload = true;
   EXPECT_EQ(*ReadWholeFile(path), expected.Join());
   // The database itself is as it was.
-  document.sdbs[0].database->compressed = document.compress_payload = false;
+  database.compressed = document.compress_payload = false;
   EXPECT_EQ(Built(document), SampleContainer().Join());
 }
 
 TEST(BinWrite, SdbWithoutLnbOrSatelliteIsRefused) {
-  const std::vector<std::string> refused = {"Add atleast one LNB and Satellite to save as a bin"};
   Recorder recorder;
   const Path path = recorder.context.temporary_folder / "x.bin";
   Document document = NewDocument();
-  EXPECT_FALSE(SaveBin(recorder.context, document, path));
-  EXPECT_EQ(recorder.Texts(), refused);
+  const auto expect_refusal = [&](bool saved) {
+    EXPECT_FALSE(saved);
+    EXPECT_EQ(recorder.Texts(),
+              std::vector<std::string>{"Add atleast one LNB and Satellite to save as a bin"});
+    EXPECT_FALSE(std::filesystem::exists(path));
+  };
+  expect_refusal(SaveBin(recorder.context, document, path));
   document.sdbs[0].database->lnb_count = 1;
-  EXPECT_FALSE(SaveBin(recorder.context, document, path));
-  EXPECT_EQ(recorder.Texts(), refused);
+  expect_refusal(SaveBin(recorder.context, document, path));
   AddTestSatellite(*document.sdbs[0].database, "S");
-  EXPECT_TRUE(SaveBin(recorder.context, document, path));
-  std::filesystem::remove(path);
   AppendSdb(document, "SDB2");
-  EXPECT_FALSE(SaveBin(recorder.context, document, path));
-  EXPECT_FALSE(SaveBin(recorder.context, document, path, {}, {2, 0}));
-  EXPECT_FALSE(SaveBin(recorder.context, document, path, {}, {0, 0}));
-  EXPECT_FALSE(SaveSatellites(recorder.context, document, 0, {}, path));
-  EXPECT_EQ(recorder.Texts().size(), 4u);
-  EXPECT_FALSE(std::filesystem::exists(path));
+  expect_refusal(SaveBin(recorder.context, document, path));
+  expect_refusal(SaveBin(recorder.context, document, path, {}, {2, 0}));
+  expect_refusal(SaveBin(recorder.context, document, path, {}, {0, 0}));
+  expect_refusal(SaveSatellites(recorder.context, document, 0, {}, path));
   EXPECT_TRUE(SaveBin(recorder.context, document, path, {}, {1, 0}));
 }
 
-TEST(BinWrite, FailedStepLeavesTheOldFile) {
+// An old file, alone in its folder, that a save which fails must leave.
+struct OldFile : testing::Test {
   Recorder recorder;
   const Path folder = recorder.context.temporary_folder / "target";
-  std::filesystem::create_directory(folder);
   const Path path = folder / "caf\xC3\xA9.bin";
   const Bytes old = BytesOf("the old file");
+  OldFile() { std::filesystem::create_directory(folder); }
+  void ExpectContent(const Bytes& content) {
+    EXPECT_EQ(*ReadWholeFile(path), content);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "scratch left";
+  }
+};
+
+TEST_F(OldFile, StaysWhenAnyStepFails) {
   const Document document = SampleDocument();
+  const std::string cannot_create = "Could not creat file \"" + Utf8FromPath(path) + "\".";
   int step = 1;
   for (bool saved = false; !saved; ++step) {
+    SCOPED_TRACE(step);
     ASSERT_LT(step, 20);
     PutFile(path, old);
     recorder.FailStep(step);
     saved = SaveBin(recorder.context, document, path);
+    ExpectContent(saved ? SampleContainer().Join() : old);
     const auto texts = recorder.Texts();
-    EXPECT_EQ(*ReadWholeFile(path), saved ? SampleContainer().Join() : old) << "step " << step;
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1)
-        << "scratch left at step " << step;
     if (saved) {
       EXPECT_TRUE(texts.empty());
-    } else if (step == 1) {
-      EXPECT_EQ(texts, std::vector<std::string>{"Could not creat file \"" + Utf8FromPath(path) + "\"."});
     } else {
-      EXPECT_EQ(texts, std::vector<std::string>{"Error No: -11 \n Save as BIN File"});
+      EXPECT_EQ(texts, std::vector<std::string>{step == 1 ? cannot_create : kNotSaved});
     }
   }
   EXPECT_EQ(step, 6);  // create, write, finish and replace failed once each
 }
 
-TEST(BinWrite, MemoryThatRunsOutLeavesTheOldFile) {
-  Recorder recorder;
-  const Path folder = recorder.context.temporary_folder / "target";
-  std::filesystem::create_directory(folder);
-  const Path path = folder / "a.bin";
+TEST_F(OldFile, StaysWhenMemoryRunsOut) {
   Document document = SampleDocument();
   document.sdbs[0].database->compressed = document.compress_ubis = true;
-  const Bytes old = BytesOf("the old file"), whole = Built(document);
+  const Bytes whole = Built(document);
   bool saved = false;
   for (int n = 1; !saved; ++n) {
+    SCOPED_TRACE(n);
     PutFile(path, old);
     try {
       const FailingMemory failing(n);
       saved = SaveBin(recorder.context, document, path);
-      ASSERT_TRUE(saved) << n;
+      ASSERT_TRUE(saved);
     } catch (const std::bad_alloc&) {
     }
-    EXPECT_EQ(*ReadWholeFile(path), saved ? whole : old) << n;
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1) << "scratch left at " << n;
-    EXPECT_TRUE(recorder.shown.empty()) << n;
+    ExpectContent(saved ? whole : old);
+    EXPECT_TRUE(recorder.shown.empty());
   }
-}
-
-TEST(BinWrite, TargetThatCannotBeCreated) {
-  Recorder recorder;
-  const Path path = recorder.context.temporary_folder / "missing" / "x.bin";
-  EXPECT_FALSE(SaveBin(recorder.context, SampleDocument(), path));
-  ASSERT_EQ(recorder.shown.size(), 1u);
-  EXPECT_EQ(recorder.shown[0].text, "Could not creat file \"" + Utf8FromPath(path) + "\".");
-  EXPECT_EQ(recorder.shown[0].icon, Icon::kStop);
 }
 
 TEST(BinSize, LimitIs131072Bytes) {
@@ -274,7 +240,7 @@ TEST(BinSize, LimitIs131072Bytes) {
   EXPECT_FALSE(CheckBinSize(recorder.context, path));
   EXPECT_EQ(recorder.Texts(), std::vector<std::string>{"File size exceeds the limit. Can not continue."});
   EXPECT_FALSE(CheckBinSize(recorder.context, path / "none"));
-  EXPECT_EQ(recorder.Texts(), std::vector<std::string>{"Error No: -11 \n Save as BIN File"});
+  EXPECT_EQ(recorder.Texts(), std::vector<std::string>{kNotSaved});
 }
 
 TEST(BinInformation, SizesAsASaveStoresThem) {
@@ -282,22 +248,20 @@ TEST(BinInformation, SizesAsASaveStoresThem) {
   Document document = SampleDocument();
   document.sdbs[0].name = "caf\xE9";
   const Bytes stream = FilledSampleStream().Join();
-  const std::string head = "SDB     Comp\tLNB\tSat\tCar\tSer\tSize(KB/bytes)\n\ncaf\xC3\xA9    ";
+  const auto kilobytes = [](size_t size) { return static_cast<double>(size) / 1024; };
+  const char* const format =
+      "SDB     Comp\tLNB\tSat\tCar\tSer\tSize(KB/bytes)\n\ncaf\xC3\xA9    %s\t001\t002\t003\t003\t%5.2f/%03zu"
+      "\n\nUBI size\t\t:  %s\nTotal bin size \t: %5.2fKB/%zubytes\n(%s)";
   const size_t plain = 24 + 2 * 28 + stream.size() + 16 + 36;
   EXPECT_EQ(BinInformation(recorder.context, document),
-            head + "No \t001\t002\t003\t003\t" +
-                Format("%5.2f/%zu", static_cast<double>(stream.size()) / 1024, stream.size()) +
-                "\n\nUBI size\t\t:  0.05KB/52bytes\nTotal bin size \t: " +
-                Format("%5.2fKB/%zubytes\n(Uncompressed)", static_cast<double>(plain) / 1024, plain));
+            Format(format, "No ", kilobytes(stream.size()), stream.size(), "0.05KB/52bytes", kilobytes(plain),
+                   plain, "Uncompressed"));
   document.sdbs[0].database->compressed = document.compress_payload = true;
   document.ubis.clear();
-  const size_t packed = PackPlain(stream).size();
-  const size_t total = Built(document).size();
+  const size_t packed = PackPlain(stream).size(), total = Built(document).size();
   EXPECT_EQ(BinInformation(recorder.context, document),
-            head + "Yes\t001\t002\t003\t003\t" +
-                Format("%5.2f/%03zu", static_cast<double>(packed) / 1024, packed) +
-                "\n\nUBI size\t\t:  0.00KB/0bytes\nTotal bin size \t: " +
-                Format("%5.2fKB/%zubytes\n(Compressed)", static_cast<double>(total) / 1024, total));
+            Format(format, "Yes", kilobytes(packed), packed, "0.00KB/0bytes", kilobytes(total), total,
+                   "Compressed"));
 }
 
 }  // namespace
