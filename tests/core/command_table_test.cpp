@@ -44,24 +44,22 @@ TEST(CommandTable, HoldsTheWholeVocabulary) {
   }
 }
 
+// Code and modifiers of "Ctrl+N", "F12", "Esc".
+std::pair<int, int> KeyNamed(std::string name) {
+  int modifiers = 0;
+  const std::pair<std::string, int> prefixes[] = {{"Ctrl+", kCtrl}, {"Shift+", kShift}, {"Alt+", kAlt}};
+  for (const auto& [prefix, modifier] : prefixes) {
+    if (!name.starts_with(prefix)) continue;
+    name.erase(0, prefix.size());
+    modifiers |= modifier;
+  }
+  if (name == "Esc") return {kKeyEscape, modifiers};
+  return {name.size() > 1 ? KeyF(std::stoi(name.substr(1))) : name[0], modifiers};
+}
+
 // The key in a text is the one that works. One text names a key that is bound to nothing, two keys are bound
 // elsewhere.
 TEST(CommandTable, TextsNameTheKeysThatWork) {
-  const std::map<std::string, std::pair<uint16_t, uint8_t>> keys = {
-      {"Ctrl+N", {'N', kCtrl}}, {"Ctrl+O", {'O', kCtrl}},
-      {"Ctrl+S", {'S', kCtrl}}, {"F12", {KeyF(12), 0}},
-      {"Ctrl+I", {'I', kCtrl}}, {"Ctrl+R", {'R', kCtrl}},
-      {"Ctrl+Z", {'Z', kCtrl}}, {"Ctrl+D", {'D', kCtrl}},
-      {"Ctrl+T", {'T', kCtrl}}, {"Ctrl+L", {'L', kCtrl}},
-      {"F6", {KeyF(6), 0}},     {"F7", {KeyF(7), 0}},
-      {"F8", {KeyF(8), 0}},     {"Ctrl+W", {'W', kCtrl}},
-      {"F9", {KeyF(9), 0}},     {"Esc", {kKeyEscape, 0}},
-      {"Ctrl+P", {'P', kCtrl}}, {"F10", {KeyF(10), 0}},
-      {"Ctrl+Y", {'Y', kCtrl}}, {"Ctrl+F", {'F', kCtrl}},
-      {"F4", {KeyF(4), 0}},     {"Shift+F4", {KeyF(4), kShift}},
-      {"Alt+T", {'T', kAlt}},   {"Alt+R", {'R', kAlt}},
-      {"Alt+A", {'A', kAlt}},   {"Alt+C", {'C', kAlt}},
-      {"Alt+V", {'V', kAlt}}};
   // The keys of tree and list, one that is shared, one that never worked.
   const std::set<int> unbound = {
       kCmdEdit,           kCmdAdd,      kCmdInsert,      kCmdDelete,         kCmdMove, kCmdSelectAll,
@@ -73,10 +71,9 @@ TEST(CommandTable, TextsNameTheKeysThatWork) {
       EXPECT_EQ(command.key.code, 0) << text;
       continue;
     }
-    const auto key = keys.find(text.substr(tab + 1));
-    ASSERT_NE(key, keys.end()) << text;
-    EXPECT_EQ(command.key.code, key->second.first) << text;
-    EXPECT_EQ(command.key.modifiers, key->second.second) << text;
+    const auto key = KeyNamed(text.substr(tab + 1));
+    EXPECT_EQ(command.key.code, key.first) << text;
+    EXPECT_EQ(command.key.modifiers, key.second) << text;
   }
 }
 

@@ -58,8 +58,8 @@ const char* const kTooLow = "Invalid record index. Enter a index between 1 and 5
 const char* const kTooHigh = "Record Index should not exceed 5";
 const char* const kInside = "Invalid Index for current process";
 
-TEST_F(Moves, TargetsOfAMove) {
-  const MoveCase rows[] = {
+TEST_F(Moves, TargetsOfAMoveAndOfASwap) {
+  const MoveCase moves[] = {
       {{2, 3, 4}, "1", "34512"},
       {{0, 1, 2}, "5", "45123"},
       {{0}, "5", "23451"},
@@ -80,46 +80,29 @@ TEST_F(Moves, TargetsOfAMove) {
       {{2}, "6", kTooHigh},
       {{2}, "99999999999999999999", kTooHigh},
   };
-  for (const MoveCase& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.rows) + " to " + row.target);
-    std::sort(database.satellites.begin(), database.satellites.end(),
-              [](const Satellite* a, const Satellite* b) {
-                return NameOf(a->record.name) < NameOf(b->record.name);
-              });
-    NumberSatellites(database);
-    const Satellite* first = row.rows.empty() || row.rows[0] > 4 ? nullptr : database.satellites[row.rows[0]];
-    const auto landed = MoveSatellites(messages, database, row.rows, row.target);
-    const auto texts = recorder.Texts();
-    if (landed) {
-      EXPECT_EQ(Names(database.satellites), row.order);
-      EXPECT_EQ(database.satellites[*landed], first);
-      EXPECT_THAT(texts, IsEmpty());
-    } else {
-      EXPECT_EQ(Names(database.satellites), "12345");
-      EXPECT_THAT(texts, ElementsAre(row.order));
-    }
-    EXPECT_EQ(CheckLinks(database), "");
-  }
-}
-
-TEST_F(Moves, TargetsOfASwap) {
-  const MoveCase rows[] = {
+  const MoveCase swaps[] = {
       {{0}, "5", "52341"},  {{3}, "2", "14325"}, {{1}, "2", kInside},  {{1, 2}, "5", kSequence},
       {{}, "5", kSequence}, {{1}, "0", kTooLow}, {{1}, "6", kTooHigh},
   };
-  for (const MoveCase& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.rows) + " with " + row.target);
-    const auto swapped = SwapSatellites(messages, database, row.rows, row.target);
+  const auto check = [&](const MoveCase& row, auto operation) {
+    SCOPED_TRACE(testing::PrintToString(row.rows) + " and " + row.target);
+    const auto before = database.satellites;
+    const auto landed = operation(messages, database, row.rows, row.target);
     const auto texts = recorder.Texts();
-    if (!swapped) {
-      EXPECT_EQ(Names(database.satellites), "12345");
-      EXPECT_THAT(texts, ElementsAre(row.order));
-      continue;
-    }
-    EXPECT_EQ(Names(database.satellites), row.order);
     EXPECT_EQ(CheckLinks(database), "");
-    SwapSatellites(messages, database, row.rows, row.target);
-  }
+    if (landed) {
+      EXPECT_EQ(Names(database.satellites), row.order);
+      EXPECT_EQ(database.satellites[*landed], before[row.rows[0]]);
+      EXPECT_THAT(texts, IsEmpty());
+    } else {
+      EXPECT_EQ(database.satellites, before);
+      EXPECT_THAT(texts, ElementsAre(row.order));
+    }
+    database.satellites = before;
+    NumberSatellites(database);
+  };
+  for (const MoveCase& row : moves) check(row, MoveSatellites);
+  for (const MoveCase& row : swaps) check(row, SwapSatellites);
 }
 
 TEST_F(Moves, RowsAreJudgedBeforeTheDialogOpens) {
@@ -155,12 +138,10 @@ TEST_F(Moves, ServicesRefillThePlacesOfTheirCarrierAndKeepTheirOrderAndFavourite
 
 TEST_F(Moves, SwapOfServicesWantsTwo) {
   Service *v = At(0).services[0], *x = At(0).services[2], *seven = At(1).services[1];
-  EXPECT_FALSE(SwapServices(messages, database, {v}));
-  EXPECT_FALSE(SwapServices(messages, database, {v, x, seven}));
-  EXPECT_FALSE(SwapServices(messages, database, {v, v}));
-  EXPECT_THAT(recorder.Texts(),
-              ElementsAre("Select two services to be swapped.", "Select two services to be swapped.",
-                          "Select two services to be swapped."));
+  for (const auto& chosen : {std::vector{v}, {v, x, seven}, {v, v}}) {
+    EXPECT_FALSE(SwapServices(messages, database, chosen));
+    EXPECT_THAT(recorder.Texts(), ElementsAre("Select two services to be swapped."));
+  }
   EXPECT_TRUE(SwapServices(messages, database, {x, v}));
   EXPECT_EQ(Names(database.services), "xwvyz67");
   EXPECT_TRUE(SwapServices(messages, database, {x, seven}));
@@ -212,35 +193,45 @@ TEST_F(Moves, DropsAndTheirRefusals) {
     EXPECT_THAT(recorder.Texts(), ElementsAre(row.text));
   }
   EXPECT_EQ(Names(database.carriers), "AaBbCcDdEe");
-  EXPECT_FALSE(DropRecord(messages, document, {DropKind::kCarrier, 0, 0, 9}, {DropKind::kCarrier, 0, 0, 1}));
-  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kCarrier, 0, 0, 0}, {DropKind::kCarrier, 0, 0, 2}));
+  const auto drop = [&](const DropNode& dragged, const DropNode& target) {
+    return DropRecord(messages, document, dragged, target);
+  };
+  EXPECT_FALSE(drop({DropKind::kCarrier, 0, 0, 9}, {DropKind::kCarrier, 0, 0, 1}));
+  EXPECT_TRUE(drop({DropKind::kCarrier, 0, 0, 0}, {DropKind::kCarrier, 0, 0, 2}));
   EXPECT_EQ(Names(First().carriers), "BCADE");
-  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kSatellite, 0, 4}, {DropKind::kSatellite, 0, 1}));
+  EXPECT_TRUE(drop({DropKind::kSatellite, 0, 4}, {DropKind::kSatellite, 0, 1}));
   EXPECT_EQ(Names(database.satellites), "15234");
   // Within its carrier, then to the second place of the other one.
-  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kService, 0, 0, 2, 0, 4},
-                         {DropKind::kService, 0, 0, 2, 0, 0}));
+  EXPECT_TRUE(drop({DropKind::kService, 0, 0, 2, 0, 4}, {DropKind::kService, 0, 0, 2, 0, 0}));
   EXPECT_EQ(Names(At(2).services), "zvwxy");
-  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kService, 0, 0, 2, 0, 0},
-                         {DropKind::kService, 0, 0, 0, 0, 1}));
+  EXPECT_TRUE(drop({DropKind::kService, 0, 0, 2, 0, 0}, {DropKind::kService, 0, 0, 0, 0, 1}));
   EXPECT_EQ(Names(At(0).services), "6z7");
   EXPECT_EQ(Names(At(2).services), "vwxy");
   AddFavourites(messages, database.favourites[1], GroupKind::kTv, At(2).services);
-  EXPECT_TRUE(DropRecord(messages, document, {DropKind::kTvEntry, 0, 0, 0, 1, 0},
-                         {DropKind::kTvEntry, 0, 0, 0, 1, 3}));
+  EXPECT_TRUE(drop({DropKind::kTvEntry, 0, 0, 0, 1, 0}, {DropKind::kTvEntry, 0, 0, 0, 1, 3}));
   EXPECT_EQ(Names(database.favourites[1].tv), "wxyv");
   EXPECT_THAT(recorder.Texts(), IsEmpty());
 }
 
 TEST_F(Moves, TextsOfTheDialogs) {
-  EXPECT_EQ(SatelliteMoveTexts(2, false).title, "Move Satellite Information");
-  EXPECT_EQ(SatelliteMoveTexts(2, false).prompt, "Move Satellite Information from \"3\" to ");
-  EXPECT_EQ(SatelliteMoveTexts(2, false).tip, "Click to move satellite record.");
-  EXPECT_EQ(SatelliteMoveTexts(0, true).prompt, "Swap Satellite Information \"1\" with ");
-  EXPECT_EQ(CarrierMoveTexts(9, false).prompt, "Move Carrier Information from \"10\" to ");
-  EXPECT_EQ(CarrierMoveTexts(9, true).title, "Swap Carrier Information");
-  EXPECT_EQ(CarrierMoveTexts(9, true).prompt, "Swap Carrier Information \"10\" with ");
-  EXPECT_EQ(CarrierMoveTexts(9, true).tip, "Click to swap carrier record.");
+  const struct {
+    MoveDialogTexts texts;
+    const char *title, *prompt, *tip;
+  } rows[] = {
+      {SatelliteMoveTexts(2, false), "Move Satellite Information",
+       "Move Satellite Information from \"3\" to ", "Click to move satellite record."},
+      {SatelliteMoveTexts(0, true), "Swap Satellite Information", "Swap Satellite Information \"1\" with ",
+       "Click to swap satellite record."},
+      {CarrierMoveTexts(9, false), "Move Carrier Information", "Move Carrier Information from \"10\" to ",
+       "Click to move carrier record."},
+      {CarrierMoveTexts(9, true), "Swap Carrier Information", "Swap Carrier Information \"10\" with ",
+       "Click to swap carrier record."},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.texts.title, row.title);
+    EXPECT_EQ(row.texts.prompt, row.prompt);
+    EXPECT_EQ(row.texts.tip, row.tip);
+  }
 }
 
 }  // namespace

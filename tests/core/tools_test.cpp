@@ -114,13 +114,10 @@ TEST_F(Tools, RowsFollowAColumn) {
 }
 
 TEST(RowOrder, ClicksGoRound) {
-  RowOrder order;
-  order = OrderAfterClick(order, 2);
-  EXPECT_EQ(order, (RowOrder{2, false}));
-  order = OrderAfterClick(order, 2);
-  EXPECT_EQ(order, (RowOrder{2, true}));
-  EXPECT_EQ(OrderAfterClick(order, 1), (RowOrder{1, false}));
-  EXPECT_EQ(OrderAfterClick(order, 2), RowOrder{});
+  EXPECT_EQ(OrderAfterClick({}, 2), (RowOrder{2, false}));
+  EXPECT_EQ(OrderAfterClick({2, false}, 2), (RowOrder{2, true}));
+  EXPECT_EQ(OrderAfterClick({2, true}, 1), (RowOrder{1, false}));
+  EXPECT_EQ(OrderAfterClick({2, true}, 2), RowOrder{});
 }
 
 TEST_F(Tools, EveryListKnowsItsColumns) {
@@ -140,15 +137,17 @@ TEST_F(Tools, EveryListKnowsItsColumns) {
   }
 }
 
+Document OtherDocument(const char* sdb) {
+  Document document = NewDocument();
+  document.sdbs[0].name = sdb;
+  document.sdbs[0].database->lnb_count = 1;
+  AddTestSatellite(*document.sdbs[0].database, "Other");
+  return document;
+}
+
 TEST_F(Tools, MergeAddsTheContentOfFilesInTheirOrder) {
-  Document first = NewDocument(), second = NewDocument();
-  for (Document* other : {&first, &second}) {
-    other->sdbs[0].database->lnb_count = 1;
-    AddTestSatellite(*other->sdbs[0].database, "Other");
-    other->compress_payload = true;
-  }
-  first.sdbs[0].name = "First";
-  second.sdbs[0].name = "Second";
+  Document first = OtherDocument("First"), second = OtherDocument("Second");
+  first.compress_payload = second.compress_payload = true;
   second.sdbs[0].database->compressed = true;
   second.ubis.push_back({"BOX", {}});
   ASSERT_TRUE(MergeBins(recorder.context, {Put("2.bin", second), Put("1.bin", first)}, document));
@@ -158,19 +157,15 @@ TEST_F(Tools, MergeAddsTheContentOfFilesInTheirOrder) {
   EXPECT_EQ(document.sdbs[2].name, "First");
   EXPECT_EQ(document.slot_mask, 7u);
   EXPECT_EQ(document.sdbs[2].slot, 2u);
-  ASSERT_EQ(document.ubis.size(), 1u);
-  EXPECT_EQ(document.ubis[0].name, "BOX");
+  EXPECT_EQ(document.ubis.at(0).name, "BOX");
   EXPECT_FALSE(document.compress_payload) << "the document's own";
   EXPECT_EQ(CheckLinks(*document.sdbs[1].database), "");
   EXPECT_THAT(recorder.Texts(), IsEmpty());
 }
 
 TEST_F(Tools, MergeBeyondALimitOrOfADamagedFileAddsNothing) {
-  Document many = NewDocument();
-  many.sdbs[0].database->lnb_count = 1;
-  AddTestSatellite(*many.sdbs[0].database, "Other");
-  const Path good = Put("good.bin", many);
-  Document boxes = CopyDocument(many);
+  const Path good = Put("good.bin", OtherDocument("Other"));
+  Document boxes = OtherDocument("Boxes");
   for (int i = 0; i < 9; ++i) boxes.ubis.push_back({"BOX", {}});
   const Path nine = Put("boxes.bin", boxes), damaged = recorder.context.temporary_folder / "damaged.bin";
   PutFile(damaged, BytesOf("Qz"));
@@ -196,8 +191,7 @@ TEST_F(Tools, MergeBeyondALimitOrOfADamagedFileAddsNothing) {
 
 TEST(SortForm, KeysAreTakenOnceAndInOrder) {
   SortForm form;
-  form.satellites.keys = {3, 0, 1};
-  form.satellites.descending = true;
+  form.satellites = {{3, 0, 1}, true};
   form.carriers.keys = {2, 2, 3};
   form.services.keys = {0, 0, 0};
   const SortOptions options = SortOptionsOf(form);

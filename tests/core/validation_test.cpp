@@ -30,6 +30,9 @@ Record AllOnes() {
 
 TEST(Validation, Satellites) {
   const char* const zero = "Invalid satellite angle.";
+  const char* const range = "Satellite angle should be 0 - 360.";
+  const char* const format = "Invalid format of satellite angle";
+  const char* const position = "Satellite Position should be less then 64.";
   const struct {
     const char *name, *position, *angle;
     const char* refusal;  // "": stored
@@ -45,14 +48,14 @@ TEST(Validation, Satellites) {
       {"Astra", "1", ".5", "", 0, 5, {}},
       {"Astra", "1", "0.0", "", 0, 0, {zero}},
       {"Astra", "1", "", "", 0, 0, {zero}},
-      {"Astra", "1", "361", "Satellite angle should be 0 - 360.", kFieldAngle, 0, {}},
-      {"Astra", "1", "-1", "Satellite angle should be 0 - 360.", kFieldAngle, 0, {}},
-      {"Astra", "1", "-0.5", "Satellite angle should be 0 - 360.", kFieldAngle, 0, {}},
-      {"Astra", "1", "99999999999999999999", "Satellite angle should be 0 - 360.", kFieldAngle, 0, {}},
-      {"Astra", "1", "1.2.3", "Invalid format of satellite angle", kFieldAngle, 0, {}},
-      {"Astra", "65", "1.2.3", "Satellite Position should be less then 64.", kFieldPosition, 0, {}},
-      {"Astra", "-1", "1", "Satellite Position should be less then 64.", kFieldPosition, 0, {}},
-      {"Astra", "4294967296", "1", "Satellite Position should be less then 64.", kFieldPosition, 0, {}},
+      {"Astra", "1", "361", range, kFieldAngle, 0, {}},
+      {"Astra", "1", "-1", range, kFieldAngle, 0, {}},
+      {"Astra", "1", "-0.5", range, kFieldAngle, 0, {}},
+      {"Astra", "1", "99999999999999999999", range, kFieldAngle, 0, {}},
+      {"Astra", "1", "1.2.3", format, kFieldAngle, 0, {}},
+      {"Astra", "65", "1.2.3", position, kFieldPosition, 0, {}},
+      {"Astra", "-1", "1", position, kFieldPosition, 0, {}},
+      {"Astra", "4294967296", "1", position, kFieldPosition, 0, {}},
       {"", "65", "1.2.3", "Satellite name can not be empty.\nEnter a valid name.", kFieldName, 0, {}},
   };
   for (const auto& row : rows) {
@@ -65,20 +68,17 @@ TEST(Validation, Satellites) {
     if (refusal) {
       EXPECT_EQ(refusal->text, row.refusal);
       EXPECT_EQ(refusal->field, row.field);
-      EXPECT_EQ(refusal->icon,
-                refusal->text == "Invalid format of satellite angle" ? Icon::kWarning : Icon::kStop);
+      EXPECT_EQ(refusal->icon, row.refusal == format ? Icon::kWarning : Icon::kStop);
       EXPECT_TRUE(SameBytes(record, AllOnes<SatelliteRecord>()));
       continue;
     }
     EXPECT_STREQ(row.refusal, "");
-    EXPECT_EQ(record.angle, row.tenths);
-    EXPECT_EQ(record.lnb_index, 3u);
-    EXPECT_EQ(record.user, 0u);
-    EXPECT_EQ(record.kept_14, 0x3FFFFu);
-    EXPECT_EQ(record.carrier_count, 0xFFFFu);
-    const SatelliteRecord before = record;
+    SatelliteRecord expected{0xFFFF, 3, record.position, 0, 1, row.tenths & 0xFFF, 0x3FFFF, {}};
+    SetName(expected.name, row.name[0] == 'T' ? "T\xFCrksat" : row.name);
+    EXPECT_EQ(std::to_string(record.position), row.position);
+    EXPECT_TRUE(SameBytes(record, expected));
     EXPECT_FALSE(StoreSatellite(recorder.context.messages, SatelliteFormOf(record), record));
-    EXPECT_TRUE(SameBytes(record, before));
+    EXPECT_TRUE(SameBytes(record, expected));
   }
 }
 
@@ -89,6 +89,7 @@ TEST(Validation, AnglesAsTexts) {
 
 TEST(Validation, Carriers) {
   const char* const empty = "Carrier name can not be empty.\nEnter a valid name.";
+  const char* const input = "Carrier frequency should be in the range of 950 - 2150";
   const char* const rate = "Carrier symbol rate should be in the range of 1000 - 45000.";
   const struct {
     uint32_t lnb;
@@ -103,9 +104,9 @@ TEST(Validation, Carriers) {
       {kLnbUniversal, "C", "12750", "1000", ""},
       {kLnbUniversal, "C", "10699", "999", "Carrier frequency should be in the range of 10700 - 12750"},
       {kLnbIfInput, "C", "950", "1000", ""},
-      {kLnbIfInput, "C", "2151", "1000", "Carrier frequency should be in the range of 950 - 2150"},
-      {kLnbIfInput, "C", "", "1000", "Carrier frequency should be in the range of 950 - 2150"},
-      {kLnbIfInput, "C", "4294968246", "1000", "Carrier frequency should be in the range of 950 - 2150"},
+      {kLnbIfInput, "C", "2151", "1000", input},
+      {kLnbIfInput, "C", "", "1000", input},
+      {kLnbIfInput, "C", "4294968246", "1000", input},
       {kLnbIfInput, "C", "950", "999", rate},
       {kLnbUniversal, "C", "11000", "45001", rate},
       {kLnbUniversal, "C", "11000", "16778216", rate},
@@ -143,53 +144,44 @@ TEST(Validation, ServicePids) {
     bool hexadecimal;
     const char *video, *audio, *pcr;
     std::vector<std::string> questions;
+    int field;  // of the first question
     uint32_t stored[3];
   } rows[] = {
-      {kTv, false, "32", "8192", "8191", {}, {32, 8192, 8191}},
-      {kTv, false, "31", "31", "31", {kVideo, kAudio, kPcr}, {8192, 8192, 8192}},
-      {kTv, false, "8193", "100", "0", {kVideo, kPcr}, {8192, 100, 8192}},
-      {kRadio, false, "1", "100", "101", {}, {8192, 100, 101}},
-      {0, false, "500", "20", "101", {kAudio}, {8192, 8192, 101}},
-      {kTv, true, "20", "2000", "1fff", {}, {32, 8192, 8191}},
-      {kTv, true, "1F", "2001", "0x100", {kVideo, kAudio}, {8192, 8192, 256}},
-      {kTv, false, "", "1FF", "-50", {kVideo, kAudio, kPcr}, {8192, 8192, 8192}},
-      {kTv, false, "4294967396", "100", "100", {kVideo}, {8192, 100, 100}},
+      {kTv, false, "32", "8192", "8191", {}, 0, {32, 8192, 8191}},
+      {kTv, false, "31", "31", "31", {kVideo, kAudio, kPcr}, kFieldVideoPid, {8192, 8192, 8192}},
+      {kTv, false, "8193", "100", "0", {kVideo, kPcr}, kFieldVideoPid, {8192, 100, 8192}},
+      {kTv, false, "100", "100", "1", {kPcr}, kFieldPcrPid, {100, 100, 8192}},
+      {kRadio, false, "1", "100", "101", {}, 0, {8192, 100, 101}},
+      {0, false, "500", "20", "101", {kAudio}, kFieldAudioPid, {8192, 8192, 101}},
+      {kTv, true, "20", "2000", "1fff", {}, 0, {32, 8192, 8191}},
+      {kTv, true, "1F", "2001", "0x100", {kVideo, kAudio}, kFieldVideoPid, {8192, 8192, 256}},
+      {kTv, false, "", "1FF", "-50", {kVideo, kAudio, kPcr}, kFieldVideoPid, {8192, 8192, 8192}},
+      {kTv, false, "4294967396", "100", "100", {kVideo}, kFieldVideoPid, {8192, 100, 100}},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(std::string(row.video) + "/" + row.audio + "/" + row.pcr);
     Recorder recorder;
     auto record = AllOnes<ServiceRecord>();
     const ServiceForm form{"S", "7", row.type, false, row.video, row.audio, row.pcr};
-    EXPECT_FALSE(StoreService(recorder.context.messages, form, row.hexadecimal, nullptr, record));
+    const auto store = [&] {
+      return StoreService(recorder.context.messages, form, row.hexadecimal, nullptr, record);
+    };
+    // The first question answered no moves the focus, and nothing is stored.
+    recorder.answer = false;
+    if (const auto refusal = store()) {
+      EXPECT_EQ(refusal->text, "");
+      EXPECT_EQ(refusal->field, row.field);
+      EXPECT_THAT(recorder.Texts(), ElementsAre(row.questions.at(0)));
+      EXPECT_TRUE(SameBytes(record, AllOnes<ServiceRecord>()));
+    }
+    recorder.answer = true;
+    EXPECT_FALSE(store());
     EXPECT_THAT(recorder.Texts(), ElementsAreArray(row.questions));
     EXPECT_EQ(record.video_pid, row.stored[0]);
     EXPECT_EQ(record.audio_pid, row.stored[1]);
     EXPECT_EQ(record.pcr_pid, row.stored[2]);
     EXPECT_EQ(record.kept_28, 15u);
     EXPECT_EQ(record.kept_17, 0x7FFFu);
-  }
-}
-
-TEST(Validation, AQuestionAnsweredNoMovesTheFocusAndStoresNothing) {
-  const struct {
-    const char *video, *audio, *pcr;
-    int field;
-    const char* question;
-  } rows[] = {{"1", "1", "1", kFieldVideoPid, kVideo},
-              {"100", "1", "1", kFieldAudioPid, kAudio},
-              {"100", "100", "1", kFieldPcrPid, kPcr}};
-  for (const auto& row : rows) {
-    Recorder recorder;
-    recorder.answer = false;
-    auto record = AllOnes<ServiceRecord>();
-    const auto refusal =
-        StoreService(recorder.context.messages, {"S", "7", kTv, true, row.video, row.audio, row.pcr}, false,
-                     nullptr, record);
-    ASSERT_TRUE(refusal);
-    EXPECT_EQ(refusal->text, "");
-    EXPECT_EQ(refusal->field, row.field);
-    EXPECT_THAT(recorder.Texts(), ElementsAre(row.question));
-    EXPECT_TRUE(SameBytes(record, AllOnes<ServiceRecord>()));
   }
 }
 
@@ -275,30 +267,23 @@ TEST(Validation, Names) {
 }
 
 TEST(Validation, UserBoxesKeepTheirOpenBits) {
-  auto record = AllOnes<UserBoxInfo>();
-  OpenUbi ubi{"Box", record};
-  UbiForm form;
-  form.name = "MyBoxIsLong";
-  form.time_zone = -11;
-  form.rf_output = true;
-  form.tv_standard = 2;
-  form.screen = 1;
-  form.rf_channel = "99";
-  form.start_volume = "-3";
-  form.start_programme = "513";
-  form.lock_code = "12x";
+  OpenUbi ubi{"Box", AllOnes<UserBoxInfo>()};
+  const UbiForm form{.name = "MyBoxIsLong",
+                     .time_zone = -11,
+                     .rf_output = true,
+                     .tv_standard = 2,
+                     .screen = 1,
+                     .rf_channel = "99",
+                     .start_volume = "-3",
+                     .start_programme = "513",
+                     .lock_code = "12x"};
   EXPECT_FALSE(StoreUbi(form, ubi));
   EXPECT_EQ(ubi.name, "MyBoxIs");
-  EXPECT_EQ(ubi.record.time_zone, -11);
-  EXPECT_EQ(ubi.record.flags, 0x80 | 2 | 2 << 2 | 1 << 4);
-  EXPECT_EQ(ubi.record.rf_channel, 69);
-  EXPECT_EQ(ubi.record.start_volume, 0);
-  EXPECT_EQ(ubi.record.start_programme, 513);
-  EXPECT_EQ(std::string(ubi.record.lock_code, 4), "1200");
-  EXPECT_EQ(ubi.record.kept[15], 0xFF);
-  const UserBoxInfo before = ubi.record;
+  UserBoxInfo expected{0, 0, -11, 0x80 | 2 | 2 << 2 | 1 << 4, 69, 0, 513, {}, {'1', '2', '0', '0'}};
+  std::memset(expected.kept, 0xFF, sizeof expected.kept);
+  EXPECT_TRUE(SameBytes(ubi.record, expected));
   EXPECT_FALSE(StoreUbi(UbiFormOf(ubi), ubi));
-  EXPECT_TRUE(SameBytes(ubi.record, before));
+  EXPECT_TRUE(SameBytes(ubi.record, expected));
 }
 
 }  // namespace
