@@ -2,6 +2,7 @@
 
 #include "config/ecf.h"
 #include "tests/support/data_folder.h"
+#include "tests/support/ecf_maker.h"
 #include "tests/support/recorder.h"
 
 namespace vexa {
@@ -60,45 +61,27 @@ extra = "00 00 00 00 00 00 00 01"
 )",
                    config))
       << testing::PrintToString(recorder.Texts());
-  EXPECT_EQ(config.manufacturer_id, 7);
-  EXPECT_EQ(config.product_name, "P\xE9ri");
-  EXPECT_EQ(config.product_byte, 5);
-  EXPECT_EQ(config.database_variant, 1);
-  ASSERT_EQ(config.product_table.size(), 2u);
-  EXPECT_EQ(config.product_table[0][19], 0x13);
-  EXPECT_EQ(config.product_table[1][0], 0xFF);
-  EXPECT_EQ(config.configuration_name, "D");
-  EXPECT_EQ(config.version_b, 2);
-  ASSERT_EQ(config.regions.size(), 1u);
-  EXPECT_EQ(config.regions[0].type, 3);
-  EXPECT_EQ(config.regions[0].start, 0x10u);
-  EXPECT_EQ(config.regions[0].end, 0xFFFFFFFFu);
-  EXPECT_EQ(config.loader.byte0, 1);
-  EXPECT_EQ(config.loader.byte2, 2);
-  EXPECT_EQ(config.loader.word4, 256);
-  EXPECT_EQ(config.loader.word6, 2979);
-  EXPECT_EQ(config.partition_count, 2);
-  EXPECT_EQ(config.partition_sizes[6], 2u);
-  EXPECT_EQ(config.partition_sizes[0], 12u);
-  EXPECT_EQ(config.partitions.at(0).number, 1);
-  EXPECT_EQ(config.partitions.at(1).number, 9);
-  EXPECT_EQ(config.extra, (std::array<uint8_t, 8>{0, 0, 0, 0, 0, 0, 0, 1}));
-  ASSERT_EQ(config.first_languages.records.size(), 1u);
+  EXPECT_EQ(Listing(config),
+            "maker 7\nproduct P\xE9ri 5 1\ntable 0-13\ntable ff-ff\nconfiguration D 1.2\n"
+            "region R 3 10-ffffffff\nloader 1 2 256 2979\npartition 1 6 1-3\npartition 9 0 3-15\n"
+            "sizes 12 0 0 0 0 0 2\nextra 0 0 0 0 0 0 0 1\nlanguages eng 0\nlanguages fra 0 deu 0");
   EXPECT_EQ(LanguageName(config.first_languages.records[0]), "English");
-  ASSERT_EQ(config.second_languages.records.size(), 2u);
-  EXPECT_EQ(LanguageCode(config.second_languages.records[0]), "fra");
   EXPECT_EQ(LanguageName(config.second_languages.records[0]),
             "Fran\xE7"
             "ais");
 }
 
 TEST_F(CompileTest, EveryFaultIsOneMessageWithItsLine) {
-  const std::string head = std::string(kMaker) + kProduct;  // 6 lines
-  const std::string loader = "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n";
-  const std::string region = "regions = [{name=\"R\",type=3,start=0,end=1}]\n";
-  struct {
-    std::string text, message;
-  } const rows[] = {
+  const auto expect_fault = [&](const std::string& text, const std::string& message) {
+    EXPECT_FALSE(Compile(text)) << text;
+    const Texts texts = recorder.Texts();
+    ASSERT_EQ(texts.size(), 1u) << text << testing::PrintToString(texts);
+    EXPECT_NE(texts[0].find("s.toml" + message), std::string::npos) << texts[0] << "\n" << message;
+  };
+  struct Fault {
+    const char *text, *message;
+  };
+  const Fault of_the_file[] = {
       {"x = ", "(1): "},
       {"", ": \"manufacturer\" is missing in the file."},
       {"colour = 1", "(1): Unknown key \"colour\"."},
@@ -109,52 +92,51 @@ TEST_F(CompileTest, EveryFaultIsOneMessageWithItsLine) {
       {"[[manufacturer]]\nid = \"7\"\nproducts = []", "(2): \"id\" must be a number from 0 to 255."},
       {"[[manufacturer]]\nid = 1", ": \"products\" is missing in a manufacturer."},
       {kMaker, "(3): There is no product \"p\"."},
-      {std::string(kMaker) + "[product.p]\nparent = \"q\"", "(5): There is no product \"q\"."},
-      {std::string(kMaker) + "[product.p]\nparent = \"p\"", "(5): The product \"p\" is its own parent."},
-      {std::string(kMaker) + "[product.p]\nparent = \"q\"\n[product.q]\nparent = \"p\"",
-       "(7): The product \"p\" is its own parent."},
-      {std::string(kMaker) + "[product.p]\nparent = 3", "(5): \"parent\" must be a name."},
-      {std::string(kMaker) + "[product.p]\nname = \"P\"",
-       ": \"configurations\" is missing in the product \"p\"."},
-      {std::string(kMaker) + "[product.p]\nconfigurations = []",
-       ": \"name\" is missing in the product \"p\"."},
-      {std::string(kMaker) + "[product.p]\nconfigurations = []\nname = \"123456789012345678901234567890123\"",
-       "(6): \"name\" has more than 32 characters."},
-      {std::string(kMaker) + "[product.p]\nconfigurations = []\nname = \"\\u0416\"",
-       "(6): \"name\" has a character that the single-byte text cannot hold."},
-      {std::string(kMaker) + "[product.p]\nconfigurations = []\nname = \"P\"\ntable = [\"00\"]",
-       "(7): \"table\" must be 20 bytes in hexadecimal digits."},
-      {head, "(6): There is no configuration \"c\"."},
-      {head + kConfiguration + "version = [1]", "(9): \"version\" must be a list of two numbers."},
-      {head + kConfiguration + "version = [1, 300]", "(9): \"version\" must be a number from 0 to 255."},
-      {head + kConfiguration + "extra = \"00 0\"", "(9): \"extra\" must be 8 bytes in hexadecimal digits."},
-      {head + kConfiguration + "extra = 5", "(9): \"extra\" must be 8 bytes in hexadecimal digits."},
-      {head + kConfiguration + region, ": \"loader\" is missing in the configuration \"c\"."},
-      {head + kConfiguration + loader + "regions = [{name=\"R\",type=3,start=2,end=1}]",
-       "(10): The region \"R\" ends before it starts."},
-      {head + kConfiguration + region + "loader = {header_tag=1,packet_tag=1,block_size=1,packet_size=1}",
-       "(10): The two tags of the loader must differ."},
-      {head + kConfiguration + region + "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=2980}",
-       "(10): \"packet_size\" must be a number from 1 to 2979."},
-      {head + kConfiguration + region + "loader = {header_tag=1,packet_tag=2,block_size=0,packet_size=1}",
-       "(10): \"block_size\" must be a number from 1 to 256."},
-      {head + kConfiguration + "partitions = [{type=7,start=0,length=0}]",
-       "(9): \"type\" must be a number from 0 to 6."},
-      {head + kConfiguration + "partitions = [{type=1,start=0,length=0,size=1}]",
-       "(9): Unknown key \"size\"."},
-      {head + kConfiguration + "partitions = [{},{},{},{},{},{},{}]",
-       "(9): \"partitions\" has more than 6 entries."},
-      {head + kConfiguration + "menu_languages = [[\"eng\"]]",
-       "(9): \"menu_languages\" must be a list of pairs of code and name."},
-      {head + kConfiguration + "audio_languages = [[\"engl\", \"English\"]]",
-       "(9): \"audio_languages\" has more than 3 characters."},
   };
-  for (const auto& row : rows) {
-    EXPECT_FALSE(Compile(row.text)) << row.text;
-    const Texts texts = recorder.Texts();
-    ASSERT_EQ(texts.size(), 1u) << row.text << testing::PrintToString(texts);
-    EXPECT_NE(texts[0].find("s.toml" + row.message), std::string::npos) << texts[0] << "\n" << row.message;
-  }
+  for (const Fault& row : of_the_file) expect_fault(row.text, row.message);
+  const Fault of_a_product[] = {
+      {"parent = \"q\"", "(5): There is no product \"q\"."},
+      {"parent = \"p\"", "(5): The product \"p\" is its own parent."},
+      {"parent = \"q\"\n[product.q]\nparent = \"p\"", "(7): The product \"p\" is its own parent."},
+      {"parent = 3", "(5): \"parent\" must be a name."},
+      {"name = \"P\"", ": \"configurations\" is missing in the product \"p\"."},
+      {"configurations = []", ": \"name\" is missing in the product \"p\"."},
+      {"configurations = []\nname = \"123456789012345678901234567890123\"",
+       "(6): \"name\" has more than 32 characters."},
+      {"configurations = []\nname = \"\\u0416\"",
+       "(6): \"name\" has a character that the single-byte text cannot hold."},
+      {"configurations = []\nname = \"P\"\ntable = [\"00\"]",
+       "(7): \"table\" must be 20 bytes in hexadecimal digits."},
+      {"name = \"P\"\nconfigurations = [\"c\"]", "(6): There is no configuration \"c\"."},
+  };
+  for (const Fault& row : of_a_product)
+    expect_fault(std::string(kMaker) + "[product.p]\n" + row.text, row.message);
+  const char* const region = "regions = [{name=\"R\",type=3,start=0,end=1}]\n";
+  const Fault of_a_configuration[] = {
+      {"version = [1]", "(9): \"version\" must be a list of two numbers."},
+      {"version = [1, 300]", "(9): \"version\" must be a number from 0 to 255."},
+      {"extra = \"00 0\"", "(9): \"extra\" must be 8 bytes in hexadecimal digits."},
+      {"extra = 5", "(9): \"extra\" must be 8 bytes in hexadecimal digits."},
+      {region, ": \"loader\" is missing in the configuration \"c\"."},
+      {"regions = [{name=\"R\",type=3,start=2,end=1}]\n"
+       "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}",
+       "(9): The region \"R\" ends before it starts."},
+      {"partitions = [{type=7,start=0,length=0}]", "(9): \"type\" must be a number from 0 to 6."},
+      {"partitions = [{type=1,start=0,length=0,size=1}]", "(9): Unknown key \"size\"."},
+      {"partitions = [{},{},{},{},{},{},{}]", "(9): \"partitions\" has more than 6 entries."},
+      {"menu_languages = [[\"eng\"]]", "(9): \"menu_languages\" must be a list of pairs of code and name."},
+      {"audio_languages = [[\"engl\", \"English\"]]", "(9): \"audio_languages\" has more than 3 characters."},
+  };
+  const std::string configuration = std::string(kMaker) + kProduct + kConfiguration;  // 8 lines
+  for (const Fault& row : of_a_configuration) expect_fault(configuration + row.text, row.message);
+  const Fault of_a_loader[] = {
+      {"packet_tag=1,block_size=1,packet_size=1", "(10): The two tags of the loader must differ."},
+      {"packet_tag=2,block_size=1,packet_size=2980",
+       "(10): \"packet_size\" must be a number from 1 to 2979."},
+      {"packet_tag=2,block_size=0,packet_size=1", "(10): \"block_size\" must be a number from 1 to 256."},
+  };
+  for (const Fault& row : of_a_loader)
+    expect_fault(configuration + region + "loader = {header_tag=1," + row.text + "}", row.message);
   EXPECT_FALSE(CompileEcf(recorder.context, source / "none"));
   EXPECT_EQ(recorder.Texts().size(), 1u);
 }

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 #include "config/settings_dialog.h"
 #include "tests/support/ecf_maker.h"
 #include "tests/support/recorder.h"
@@ -13,28 +11,20 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// A store of which a test sees every key and value.
-struct VisibleStore {
-  std::map<std::string, std::map<std::string, std::string>> keys;
-  bool available = true;
-  SettingsStore store;
+// Values under a key, '-' for those that are not there, joined by '|'.
+std::string Stored(const SettingsStore& store, const char* key, const Texts& names) {
+  std::string values;
+  for (const std::string& name : names) values += "|" + store.read(SettingsKey(key), name).value_or("-");
+  return values.substr(1);
+}
+// Stores values under a key as another run of the program would have.
+void Put(const SettingsStore& store, const char* key,
+         const std::vector<std::pair<std::string, std::string>>& values) {
+  store.open(SettingsKey(key));
+  for (const auto& [name, value] : values) store.write(SettingsKey(key), name, value);
+}
 
-  VisibleStore() {
-    store.open = [this](const std::string& key) {
-      if (!available) return KeyState::kUnavailable;
-      return keys.try_emplace(key).second ? KeyState::kCreated : KeyState::kExisted;
-    };
-    store.read = [this](const std::string& key, const std::string& name) -> std::optional<std::string> {
-      const auto at = keys.find(key);
-      if (at == keys.end() || !at->second.contains(name)) return std::nullopt;
-      return at->second.at(name);
-    };
-    store.write = [this](const std::string& key, const std::string& name, const std::string& value) {
-      if (available) keys[key][name] = value;
-    };
-  }
-};
-
+const Texts kPortNames = {"Port", "BaudRate", "DataBits", "Parity", "StopBits", "SDBFormat"};
 TEST(Settings, TheKeyNamesProjectAndVersion) {
   EXPECT_EQ(SettingsKey("Recently"), "Software\\QMV\\VexaEditor\\VEXA\\Version1.0.0\\Recently");
 }
@@ -49,18 +39,18 @@ TEST(Settings, DecimalTextIsReadLikeTheSystemDoes) {
   for (const auto& row : rows) EXPECT_EQ(DecimalValue(row.text), row.value) << row.text;
 }
 
+// Port, baud rate, data bits, parity, stop bits and SDB format.
+std::string PortOf(const ProjectConfig& config) {
+  return Format("%s %d %d %d %d %d", config.port_name.c_str(), config.baud_index, config.data_bits_index,
+                config.parity_index, config.stop_bits_index, config.sdb_format);
+}
+
 TEST(Settings, PortSettingsOfAFirstAndASecondStart) {
-  VisibleStore visible;
+  const SettingsStore store = MemorySettingsStore();
   ProjectConfig config;
   config.baud_index = 3;
-  ASSERT_TRUE(LoadPortSettings(visible.store, config));
-  const auto& key = visible.keys.at(SettingsKey("PortSettings"));
-  EXPECT_EQ(key, (std::map<std::string, std::string>{{"Port", "COM1"},
-                                                     {"BaudRate", "12"},
-                                                     {"DataBits", "4"},
-                                                     {"Parity", "0"},
-                                                     {"StopBits", "0"},
-                                                     {"SDBFormat", "1"}}));
+  ASSERT_TRUE(LoadPortSettings(store, config));
+  EXPECT_EQ(Stored(store, "PortSettings", kPortNames), "COM1|12|4|0|0|1");
   EXPECT_EQ(config.baud_index, 12);
   config.port_name = "COM4";
   config.baud_index = 2;
@@ -68,77 +58,65 @@ TEST(Settings, PortSettingsOfAFirstAndASecondStart) {
   config.parity_index = 4;
   config.stop_bits_index = 2;
   config.sdb_format = 0;
-  ASSERT_TRUE(SavePortSettings(visible.store, config));
+  ASSERT_TRUE(SavePortSettings(store, config));
   ProjectConfig second;
-  ASSERT_TRUE(LoadPortSettings(visible.store, second));
-  EXPECT_EQ(second.port_name, "COM4");
-  EXPECT_EQ(second.baud_index, 2);
-  EXPECT_EQ(second.data_bits_index, 3);
-  EXPECT_EQ(second.parity_index, 4);
-  EXPECT_EQ(second.stop_bits_index, 2);
-  EXPECT_EQ(second.sdb_format, 0);
+  ASSERT_TRUE(LoadPortSettings(store, second));
+  EXPECT_EQ(PortOf(second), "COM4 2 3 4 2 0");
 }
 
 TEST(Settings, ADialogThatCreatesThePortKeyWritesTheDefaults) {
-  VisibleStore visible;
+  const SettingsStore store = MemorySettingsStore();
   ProjectConfig config;
   config.baud_index = 5;
-  ASSERT_TRUE(SavePortSettings(visible.store, config));
-  EXPECT_EQ(visible.keys.at(SettingsKey("PortSettings")).at("BaudRate"), "12");
+  ASSERT_TRUE(SavePortSettings(store, config));
+  EXPECT_EQ(Stored(store, "PortSettings", kPortNames), "COM1|12|4|0|0|1");
   EXPECT_EQ(config.baud_index, 5);
 }
 
 TEST(Settings, EachPortValueThatCannotBeReadKeepsItsDefault) {
-  VisibleStore visible;
-  visible.keys[SettingsKey("PortSettings")] = {{"Port", "/dev/ttyUSB0"},
-                                               {"BaudRate", "13"},
-                                               {"DataBits", "-1"},
-                                               {"StopBits", "2"},
-                                               {"SDBFormat", "2"}};
+  const SettingsStore store = MemorySettingsStore();
+  Put(store, "PortSettings",
+      {{"Port", "/dev/ttyUSB0"},
+       {"BaudRate", "13"},
+       {"DataBits", "-1"},
+       {"StopBits", "2"},
+       {"SDBFormat", "2"}});
   ProjectConfig config;
   config.parity_index = 2;
-  ASSERT_TRUE(LoadPortSettings(visible.store, config));
-  EXPECT_EQ(config.port_name, "COM1");
-  EXPECT_EQ(config.baud_index, 12);
-  EXPECT_EQ(config.data_bits_index, 4);
-  EXPECT_EQ(config.parity_index, 0);
-  EXPECT_EQ(config.stop_bits_index, 2);
-  EXPECT_EQ(config.sdb_format, 1);
-  visible.available = false;
-  EXPECT_FALSE(LoadPortSettings(visible.store, config));
+  ASSERT_TRUE(LoadPortSettings(store, config));
+  EXPECT_EQ(PortOf(config), "COM1 12 4 0 2 1");
+  SettingsStore locked = store;
+  locked.open = [](const std::string&) { return KeyState::kUnavailable; };
+  EXPECT_FALSE(LoadPortSettings(locked, config));
 }
 
 TEST(Settings, StatusTextNamesTheLine) {
   ProjectConfig config;
-  EXPECT_EQ(PortStatusText(config), "COM1 115200 8 N 1");
   const char letters[] = {'N', 'E', 'O', 'N', 'N'};
   for (uint8_t i = 0; i < 5; ++i) {
     config.parity_index = i;
     EXPECT_EQ(PortStatusText(config), std::string("COM1 115200 8 ") + letters[i] + " 1");
   }
-  config = {};
   config.port_name = "COM2";
-  config.baud_index = 0;
-  config.data_bits_index = 0;
+  config.baud_index = config.data_bits_index = 0;
   config.stop_bits_index = 1;
   EXPECT_EQ(PortStatusText(config), "COM2 110 4 N 1.5");
 }
 
 TEST(Settings, RecentFilesOfAFirstAndASecondRun) {
-  VisibleStore visible;
-  RecentFiles recent = LoadRecentFiles(visible.store);
+  const SettingsStore store = MemorySettingsStore();
+  RecentFiles recent = LoadRecentFiles(store);
   AddRecentFile(recent, "a.bin");
-  SaveRecentFiles(visible.store, recent);
-  EXPECT_TRUE(visible.keys.at(SettingsKey("Recently")).empty());
+  SaveRecentFiles(store, recent);
+  EXPECT_EQ(Stored(store, "Recently", {"1"}), "-");
 
-  recent = LoadRecentFiles(visible.store);
+  recent = LoadRecentFiles(store);
   EXPECT_TRUE(recent.paths.empty());
   AddRecentFile(recent, "a.bin");
   AddRecentFile(recent, "b.bin");
-  SaveRecentFiles(visible.store, recent);
-  EXPECT_EQ(visible.keys.at(SettingsKey("Recently")),
-            (std::map<std::string, std::string>{{"1", "b.bin"}, {"2", "a.bin"}, {"3", ""}, {"4", ""}}));
-  EXPECT_EQ(LoadRecentFiles(visible.store).paths, (Texts{"b.bin", "a.bin"}));
+  SaveRecentFiles(store, recent);
+  EXPECT_EQ(Stored(store, "Recently", {"1", "2", "3", "4"}), "b.bin|a.bin||");
+  EXPECT_EQ(LoadRecentFiles(store).paths, (Texts{"b.bin", "a.bin"}));
 }
 
 TEST(Settings, RecentFilesKeepFourAndMoveAKnownPathUp) {
@@ -152,47 +130,43 @@ TEST(Settings, RecentFilesKeepFourAndMoveAKnownPathUp) {
 
 TEST(Settings, ConfigurationFileIsTheStoredOneOrTheFirstOfTheFolder) {
   Recorder recorder;
-  VisibleStore visible;
+  const SettingsStore store = MemorySettingsStore();
   const Path folder = recorder.context.temporary_folder;
-  EXPECT_FALSE(FindConfigurationFile(visible.store, folder));
-  EXPECT_FALSE(FindConfigurationFile(visible.store, folder / "none"));
+  EXPECT_FALSE(FindConfigurationFile(store, folder));
+  EXPECT_FALSE(FindConfigurationFile(store, folder / "none"));
   PutFile(folder / "a.ecf", BytesOf("none"));
   PutFile(folder / "C.ecf", BytesOf("Qx"));
   PutFile(folder / "b.ECF", BytesOf("Qx"));
   PutFile(folder / "a.ecg", BytesOf("Qx"));
   PutFile(folder / "stored", BytesOf("Qx"));
-  EXPECT_EQ(FindConfigurationFile(visible.store, folder), folder / "b.ECF");
-  SaveConfigurationPaths(visible.store, folder / "stored", "");
-  EXPECT_FALSE(visible.keys.contains(SettingsKey("Parser")));
-  EXPECT_EQ(FindConfigurationFile(visible.store, folder), folder / "stored");
-  SaveConfigurationPaths(visible.store, folder / "a.ecf", "typed");
-  EXPECT_EQ(visible.keys.at(SettingsKey("Parser")).at("FileName"), "typed");
-  EXPECT_EQ(FindConfigurationFile(visible.store, folder), folder / "b.ECF");
+  EXPECT_EQ(FindConfigurationFile(store, folder), folder / "b.ECF");
+  SaveConfigurationPaths(store, folder / "stored", "");
+  EXPECT_EQ(store.open(SettingsKey("Parser")), KeyState::kCreated) << "left alone so far";
+  EXPECT_EQ(FindConfigurationFile(store, folder), folder / "stored");
+  SaveConfigurationPaths(store, folder / "a.ecf", "typed");
+  EXPECT_EQ(Stored(store, "Parser", {"FileName"}), "typed");
+  EXPECT_EQ(FindConfigurationFile(store, folder), folder / "b.ECF");
   EXPECT_TRUE(recorder.shown.empty());
 }
 
 TEST(Settings, ColoursAreReadOneByOneAndWrittenTogether) {
-  VisibleStore visible;
-  EXPECT_EQ(LoadColors(visible.store),
+  const SettingsStore store = MemorySettingsStore();
+  EXPECT_EQ(LoadColors(store),
             (EditorColorTable{65793, 37120, 65793, 16711680, 8388863, 16711808, 65793, 9868950}));
-  auto& key = visible.keys.at(SettingsKey("Color"));
-  EXPECT_TRUE(key.empty());
-  key = {{"TVService", "255"}, {"FGLInactive", "-1"}, {"ActCarrier", "16777216"}};
-  EditorColorTable colors = LoadColors(visible.store);
-  EXPECT_EQ(colors[kTvService], 255u);
-  EXPECT_EQ(colors[kInactiveFavourite], 9868950u);
-  EXPECT_EQ(colors[kActiveCarrier], 65793u);
+  EXPECT_EQ(Stored(store, "Color", {"TVService"}), "-");
+  Put(store, "Color", {{"TVService", "255"}, {"FGLInactive", "-1"}, {"ActCarrier", "16777216"}});
+  EditorColorTable colors = LoadColors(store);
+  EXPECT_EQ(colors, (EditorColorTable{65793, 37120, 65793, 16711680, 255, 16711808, 65793, 9868950}));
   colors[kActiveFavourite] = 1;
-  SaveColors(visible.store, colors);
-  EXPECT_EQ(key.size(), 8u);
-  EXPECT_EQ(LoadColors(visible.store), colors);
+  SaveColors(store, colors);
+  EXPECT_EQ(LoadColors(store), colors);
 }
 
 TEST(Settings, EveryFieldOfTheDefaultRecordsComesBack) {
-  VisibleStore visible;
+  const SettingsStore store = MemorySettingsStore();
   DefaultRecords records;
   const DefaultRecords standard;
-  LoadDefaultRecords(visible.store, records);
+  LoadDefaultRecords(store, records);
   records.lnb.frequency1 = 5150;
   records.lnb.tone_22khz = 1;
   records.lnb.motor = 1;
@@ -205,27 +179,25 @@ TEST(Settings, EveryFieldOfTheDefaultRecordsComesBack) {
   records.carrier.symbol_rate = 45000;
   records.service.type = 2;
   records.service.pcr_pid = 8191;
-  SaveDefaultRecords(visible.store, records);
+  SaveDefaultRecords(store, records);
   DefaultRecords loaded;
-  LoadDefaultRecords(visible.store, loaded);
-  EXPECT_EQ(std::memcmp(&loaded.lnb, &records.lnb, sizeof loaded.lnb), 0);
-  EXPECT_EQ(std::memcmp(&loaded.satellite, &records.satellite, sizeof loaded.satellite), 0);
-  EXPECT_EQ(std::memcmp(&loaded.carrier, &records.carrier, sizeof loaded.carrier), 0);
-  EXPECT_EQ(std::memcmp(&loaded.service, &records.service, sizeof loaded.service), 0);
+  LoadDefaultRecords(store, loaded);
+  EXPECT_EQ(std::memcmp(&loaded, &records, sizeof loaded), 0);
   // What a field cannot hold, and what is no text at all, leaves the default.
-  for (auto& [name, value] : visible.keys.at(SettingsKey("Defaults")))
-    value = name == "LnbType" ? "" : "100000";
+  SettingsStore senseless = store;
+  senseless.read = [](const std::string&, const std::string& name) {
+    return std::optional<std::string>(name == "LnbType" ? "" : "100000");
+  };
   loaded = DefaultRecords();
-  LoadDefaultRecords(visible.store, loaded);
-  EXPECT_EQ(std::memcmp(&loaded.lnb, &standard.lnb, sizeof loaded.lnb), 0);
-  EXPECT_EQ(std::memcmp(&loaded.carrier, &standard.carrier, sizeof loaded.carrier), 0);
-  EXPECT_EQ(std::memcmp(&loaded.service, &standard.service, sizeof loaded.service), 0);
+  LoadDefaultRecords(senseless, loaded);
+  EXPECT_EQ(std::memcmp(&loaded, &standard, sizeof loaded), 0);
 }
 
 struct DialogTest : testing::Test {
   Recorder recorder;
   Path first = recorder.context.temporary_folder / "first.ecf",
        second = recorder.context.temporary_folder / "second.ecf";
+  Path ecf = first;
   ProjectConfig config;
 
   DialogTest() {
@@ -243,16 +215,25 @@ struct DialogTest : testing::Test {
     EXPECT_TRUE(dialog);
     return dialog.value_or(SettingsDialog{});
   }
+  // What the four lists hold, and the image type that is selected.
+  static std::string Lists(const SettingsDialog& dialog) {
+    std::string text;
+    for (const auto* list :
+         {&dialog.manufacturers, &dialog.products, &dialog.configurations, &dialog.image_types}) {
+      text += text.empty() ? "" : " /";
+      for (const std::string& entry : *list) text += (text.empty() ? "" : " ") + entry;
+    }
+    return text + Format(": %d", dialog.image_type);
+  }
+  SettingsOutcome Accept(const SettingsDialog& dialog) {
+    return AcceptSettings(recorder.context, dialog, ecf, config);
+  }
 };
 
 TEST_F(DialogTest, ListsAndSelectionsAtOpening) {
   config.image_type_index = 1;
-  SettingsDialog dialog = Open();
-  EXPECT_EQ(dialog.manufacturers, (Texts{"1A", "5"}));
-  EXPECT_EQ(dialog.products, (Texts{"A", "B\xC3\xA9"}));
-  EXPECT_EQ(dialog.configurations, (Texts{"two", "none"}));
-  EXPECT_EQ(dialog.image_types, (Texts{"R1", "R2"}));
-  EXPECT_EQ(dialog.image_type, 1);
+  const SettingsDialog dialog = Open();
+  EXPECT_EQ(Lists(dialog), "1A 5 / A B\xC3\xA9 / two none / R1 R2: 1");
   EXPECT_EQ(dialog.software_major, "1");
   PutFile(first, BytesOf("MZ"));
   EXPECT_FALSE(OpenSettingsDialog(recorder.context, {}, first, config, false));
@@ -264,21 +245,16 @@ TEST_F(DialogTest, ChoicesRefillTheListsBelow) {
   SettingsDialog dialog = Open();
   dialog.image_type = 1;
   ChooseManufacturer(recorder.context, dialog, 1);
-  EXPECT_EQ(dialog.products, Texts{"C"});
-  EXPECT_EQ(dialog.configurations, (Texts{"none", "two"}));
-  EXPECT_EQ(dialog.image_types, (Texts{"R1", "R2"}));  // only a configuration refills these
+  EXPECT_EQ(Lists(dialog), "1A 5 / C / none two / R1 R2: 1");  // only a configuration refills the last
   ChooseConfiguration(recorder.context, dialog, 0);
-  EXPECT_TRUE(dialog.image_types.empty());
-  EXPECT_EQ(dialog.image_type, -1);
+  EXPECT_EQ(Lists(dialog), "1A 5 / C / none two /: -1");
   ChooseConfiguration(recorder.context, dialog, 1);
-  EXPECT_EQ(dialog.image_type, 0);
+  EXPECT_EQ(Lists(dialog), "1A 5 / C / none two / R1 R2: 0");
   ChooseManufacturer(recorder.context, dialog, 0);
   ChooseProduct(recorder.context, dialog, 1);
-  EXPECT_EQ(dialog.configurations, Texts{"none"});
+  EXPECT_EQ(Lists(dialog), "1A 5 / A B\xC3\xA9 / none / R1 R2: 0");
   BrowseConfiguration(recorder.context, dialog, second);
-  EXPECT_EQ(dialog.manufacturers, Texts{"FF"});
-  EXPECT_EQ(dialog.products, Texts{"S"});
-  EXPECT_EQ(dialog.image_types, (Texts{"R1", "R2"}));
+  EXPECT_EQ(Lists(dialog), "FF / S / two / R1 R2: 0");
   EXPECT_EQ(dialog.file, Utf8FromPath(second));
   EXPECT_TRUE(recorder.Texts().empty());
   BrowseConfiguration(recorder.context, dialog, second / "none");
@@ -293,26 +269,27 @@ TEST_F(DialogTest, ChoicesRefillTheListsBelow) {
 
 TEST_F(DialogTest, TheOpenerDecidesWhatAnswers) {
   SettingsDialog dialog = Open();
-  SettingsEnabling enabled = EnabledControls(dialog);
-  EXPECT_FALSE(enabled.file || enabled.lists || enabled.image_type || enabled.compression ||
-               enabled.compression_level);
-  EXPECT_TRUE(enabled.sdb_format && enabled.radix && enabled.serial);
+  // One letter each for file, lists, image type, compression, its level, SDB format, radix and serial line.
+  const auto enabled = [&] {
+    const SettingsEnabling e = EnabledControls(dialog);
+    const bool answers[] = {e.file,       e.lists, e.image_type, e.compression, e.compression_level,
+                            e.sdb_format, e.radix, e.serial};
+    std::string letters;
+    for (size_t i = 0; i < std::size(answers); ++i) letters += answers[i] ? "flicLsrp"[i] : '-';
+    return letters;
+  };
+  EXPECT_EQ(enabled(), "-----srp");
   dialog.request = {{false, false, true}, true, true, true, false};
   dialog.compressed = true;
-  enabled = EnabledControls(dialog);
-  EXPECT_TRUE(enabled.file && enabled.lists && enabled.image_type && enabled.compression &&
-              enabled.compression_level);
-  EXPECT_TRUE(enabled.serial);
-  EXPECT_FALSE(enabled.sdb_format || enabled.radix);
+  EXPECT_EQ(enabled(), "flicL--p");
   dialog.compression_type = 1;
-  EXPECT_FALSE(EnabledControls(dialog).compression_level);
+  EXPECT_EQ(enabled(), "flic---p");
   dialog.compression_type = 0;
   dialog.compressed = false;
-  EXPECT_FALSE(EnabledControls(dialog).compression_level);
+  EXPECT_EQ(enabled(), "flic---p");
   dialog.request.port_connected = true;
-  EXPECT_FALSE(EnabledControls(dialog).serial);
   dialog.image_types.clear();
-  EXPECT_FALSE(EnabledControls(dialog).image_type);
+  EXPECT_EQ(enabled(), "fl-c----");
 }
 
 TEST(PortList, OffersWhatTheSystemHasBesideTheUsual) {
@@ -334,8 +311,7 @@ TEST_F(DialogTest, OkStoresEverything) {
   dialog.compression_level = 8;
   dialog.port_name = "COM2";
   dialog.parity = 1;
-  Path ecf = first;
-  const SettingsOutcome outcome = AcceptSettings(recorder.context, dialog, ecf, config);
+  const SettingsOutcome outcome = Accept(dialog);
   EXPECT_TRUE(outcome.close && outcome.loaded);
   EXPECT_FALSE(outcome.refill);
   EXPECT_EQ(PortStatusText(config), "COM2 115200 8 E 1");
@@ -351,11 +327,10 @@ TEST_F(DialogTest, OkStoresEverything) {
 TEST_F(DialogTest, OkRefusesMissingAndEmptyFiles) {
   SettingsDialog dialog = Open();
   dialog.software_major = "9";
-  Path ecf = first;
   for (const bool empty : {false, true}) {
     dialog.file = Utf8FromPath(second) + "x";
     if (empty) PutFile(PathFromUtf8(dialog.file), {});
-    const SettingsOutcome outcome = AcceptSettings(recorder.context, dialog, ecf, config);
+    const SettingsOutcome outcome = Accept(dialog);
     EXPECT_FALSE(outcome.close);
     EXPECT_EQ(outcome.focus, SettingsField::kFile);
     EXPECT_EQ(recorder.shown.at(0).icon, Icon::kStop);
@@ -372,8 +347,7 @@ TEST_F(DialogTest, AFailedOkClosesAndKeepsTheConfigurationInForce) {
   PutFile(second, BytesOf("MZ"));
   dialog.file = Utf8FromPath(second);
   dialog.baud = 3;
-  Path ecf = first;
-  const SettingsOutcome outcome = AcceptSettings(recorder.context, dialog, ecf, config);
+  const SettingsOutcome outcome = Accept(dialog);
   EXPECT_TRUE(outcome.close);
   EXPECT_FALSE(outcome.loaded);
   ASSERT_EQ(recorder.shown.size(), 2u);
@@ -387,38 +361,36 @@ TEST_F(DialogTest, AFailedOkClosesAndKeepsTheConfigurationInForce) {
 
 TEST_F(DialogTest, RadixFollowsTheListUnlessTheFormatChanged) {
   struct {
-    int format, radix;
+    int had_format, format, radix;
     bool hexadecimal, refill;
-  } const rows[] = {{1, 1, false, false}, {1, 0, true, true}, {0, 0, false, true}, {0, 1, false, true}};
+  } const rows[] = {{1, 1, 1, false, false},
+                    {1, 1, 0, true, true},
+                    {1, 0, 0, false, true},
+                    {1, 0, 1, false, true},
+                    {0, 1, 1, true, true}};
   for (const auto& row : rows) {
-    config.sdb_format = 1;
+    config.sdb_format = static_cast<uint8_t>(row.had_format);
     SettingsDialog dialog = Open();
     dialog.sdb_format = row.format;
     dialog.radix = row.radix;
-    Path ecf = first;
-    const SettingsOutcome outcome = AcceptSettings(recorder.context, dialog, ecf, config);
+    const SettingsOutcome outcome = Accept(dialog);
     EXPECT_EQ(outcome.hexadecimal_pids, row.hexadecimal);
     EXPECT_EQ(outcome.refill, row.refill);
   }
-  config.sdb_format = 0;
-  SettingsDialog dialog = Open();
-  dialog.sdb_format = 1;
-  Path ecf = first;
-  EXPECT_TRUE(AcceptSettings(recorder.context, dialog, ecf, config).hexadecimal_pids);
   EXPECT_STREQ(PidHeaders(true)[0], "Video (Hex)");
   EXPECT_STREQ(PidHeaders(false)[2], "PCR (Dec)");
 }
 
 TEST_F(DialogTest, ClosingStoresPortAndPaths) {
-  VisibleStore visible;
-  LoadPortSettings(visible.store, config);
+  const SettingsStore store = MemorySettingsStore();
+  LoadPortSettings(store, config);
   SettingsDialog dialog = Open();
   dialog.file = "typed";
   config.baud_index = 1;
-  StoreSettingsDialog(visible.store, dialog, first, config);
-  EXPECT_EQ(visible.keys.at(SettingsKey("PortSettings")).at("BaudRate"), "1");
-  EXPECT_EQ(visible.keys.at(SettingsKey("Parser")).at("FileName"), "typed");
-  EXPECT_EQ(visible.keys.at(SettingsKey("Configuration")).at("FileName"), Utf8FromPath(first));
+  StoreSettingsDialog(store, dialog, first, config);
+  EXPECT_EQ(Stored(store, "PortSettings", {"BaudRate"}), "1");
+  EXPECT_EQ(Stored(store, "Parser", {"FileName"}), "typed");
+  EXPECT_EQ(Stored(store, "Configuration", {"FileName"}), Utf8FromPath(first));
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tests/support/ecf_maker.h"
 
+#include "core/messages.h"
+
 namespace vexa {
 
 namespace {
@@ -105,6 +107,32 @@ Bytes MakeEcf(const std::vector<EcfManufacturerSpec>& manufacturers) {
     writer.PatchU32(next, static_cast<uint32_t>(writer.size()));
   }
   return writer.bytes();
+}
+
+std::string Listing(const ProjectConfig& config) {
+  std::string text = Format("maker %X\nproduct %s %d %d\n", config.manufacturer_id,
+                            config.product_name.c_str(), config.product_byte, config.database_variant);
+  for (const ProductTableRecord& record : config.product_table)
+    text += Format("table %x-%x\n", record.front(), record.back());
+  text += Format("configuration %s %d.%d%s\n", config.configuration_name.c_str(), config.version_a,
+                 config.version_b, config.configuration_found ? "" : " missing");
+  for (const RegionEntry& region : config.regions)
+    text += Format("region %s %d %x-%x\n", region.name.c_str(), region.type, region.start, region.end);
+  text += Format("loader %x %x %d %d\n", config.loader.byte0, config.loader.byte2, config.loader.word4,
+                 config.loader.word6);
+  for (const PartitionEntry& partition : config.partitions)
+    text +=
+        Format("partition %d %d %u-%u\n", partition.number, partition.type, partition.start, partition.end);
+  text += config.partitions_loaded ? "sizes" : "no sizes";
+  for (const uint32_t size : config.partition_sizes) text += Format(" %u", size);
+  text += "\nextra";
+  for (const uint8_t byte : config.extra) text += Format(" %d", byte);
+  for (const auto* languages : {&config.first_languages, &config.second_languages}) {
+    text += "\nlanguages";
+    for (const LanguageRecord& record : languages->records)
+      text += Format(" %s %d", LanguageCode(record).c_str(), record.back());
+  }
+  return text;
 }
 
 }  // namespace vexa

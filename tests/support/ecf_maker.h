@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "config/ecf.h"
 #include "core/bytes.h"
 #include "platform/files.h"
 
@@ -45,5 +46,9 @@ struct EcfManufacturerSpec {
 };
 
 Bytes MakeEcf(const std::vector<EcfManufacturerSpec>& manufacturers);
+
+// Everything that a load finds in a file, a line each: first and last byte of table records, code and last
+// byte of languages.
+std::string Listing(const ProjectConfig& config);
 
 }  // namespace vexa
