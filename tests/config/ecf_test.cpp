@@ -81,29 +81,25 @@ TEST_F(EcfTest, EachLoadFindsEverythingAndKeepsTheUsersChoices) {
 }
 
 TEST_F(EcfTest, IndicesBeyondTheCountsLoadTheLevelsAbove) {
-  struct {
-    uint8_t m, p, c;
-    uint8_t id;
-    const char* product;
-    const char* configuration;
-    bool found;
-  } const rows[] = {
-      {2, 0, 0, 0, "", "", false},
-      {1, 3, 0, 0x2B, "", "", false},
-      {1, 2, 0, 0x2B, "third", "", false},
-      {1, 0, 2, 0x2B, "first", "", false},
-      {1, 0, 1, 0x2B, "first", "plain", true},
+  const struct {
+    uint8_t manufacturer, product, configuration;
+    const char* loaded;
+  } rows[] = {
+      {2, 0, 0, "0//"},
+      {1, 3, 0, "2B//"},
+      {1, 2, 0, "2B/third/"},
+      {1, 0, 2, "2B/first/"},
+      {1, 0, 1, "2B/first/plain found"},
   };
   for (const auto& row : rows) {
     config = {};
-    config.manufacturer_index = row.m;
-    config.product_index = row.p;
-    config.configuration_index = row.c;
+    config.manufacturer_index = row.manufacturer;
+    config.product_index = row.product;
+    config.configuration_index = row.configuration;
     ASSERT_TRUE(Load(FullFile()));
-    EXPECT_EQ(config.manufacturer_id, row.id);
-    EXPECT_EQ(config.product_name, row.product);
-    EXPECT_EQ(config.configuration_name, row.configuration);
-    EXPECT_EQ(config.configuration_found, row.found);
+    EXPECT_EQ(Format("%X/%s/%s%s", config.manufacturer_id, config.product_name.c_str(),
+                     config.configuration_name.c_str(), config.configuration_found ? " found" : ""),
+              row.loaded);
   }
   ASSERT_TRUE(Load(MakeEcf({})));
   EXPECT_EQ(config.manufacturer_id, 0);

@@ -425,19 +425,5 @@ TEST(BinRead, BoxBehindABareStream) {
   EXPECT_EQ(opened.document.ubis.size(), 16u);
 }
 
-TEST(BinRead, RandomDamageNeverHarms) {
-  const unsigned seed = std::random_device{}();
-  std::mt19937 random(seed);
-  for (int round = 0; round < 3000; ++round) {
-    Bytes file = round % 2 ? SampleStream().Join() : PackedContainer(false, false);
-    for (unsigned hits = 1 + random() % 4; hits > 0; --hits)
-      file[random() % file.size()] = static_cast<uint8_t>(random());
-    const Opened opened = Open(file);
-    if (!opened.good) {
-      ASSERT_FALSE(opened.shown.empty()) << "seed " << seed << " round " << round;
-    }
-  }
-}
-
 }  // namespace
 }  // namespace vexa
