@@ -396,6 +396,7 @@ TEST(BinRead, BoxesOfContainers) {
       {"header_cut", with(Cut(one, 15), 1), false, {kInvalid}, 0},
       {"record_cut", with(Cut(one, one.size() - 1), 1), false, {kInvalid}, 0},
       {"count_beyond", with(one, 65535), false, {kInvalid}, 0},
+      {"entry_beyond", SetWord(with(one, 1), 24 + 28 + 16, 0x7FFFFFFF), false, {kInvalid}, 0},
       {"above_the_limit", with(UbiStream(Boxes(19, 28)), 19), true, {kBoxLimit}, 16},
   };
   for (const BoxCase& row : rows) ExpectBoxes(row);
