@@ -37,6 +37,7 @@ struct Event : SerialEvent {
 
 struct Pending {
   OVERLAPPED overlapped{};
+  bool taken = false;    // by the system, which ends it; what it refuses at once it never ends
   SerialEventPtr event;  // lives as long as the system may signal it
   DWORD mask = 0;
   uint32_t* mask_to = nullptr;
@@ -153,8 +154,23 @@ IoResult Failure(DWORD error) {
   return error == ERROR_OPERATION_ABORTED ? IoResult::kAborted : IoResult::kFailed;
 }
 
+bool IsRunning(const Pending& pending) {
+  return pending.taken && !HasOverlappedIoCompleted(&pending.overlapped);
+}
+
+// What the system may still write to is not freed, ever.
+void Release(Pending* pending) {
+  if (!IsRunning(*pending)) delete pending;
+}
+
+IoResult Started(Pending& pending, BOOL done) {
+  const IoResult result = done ? IoResult::kDone : Failure(GetLastError());
+  pending.taken = result == IoResult::kPending;
+  return result;
+}
+
 std::shared_ptr<Pending> Start(Overlapped& overlapped) {
-  const auto pending = std::make_shared<Pending>();
+  const std::shared_ptr<Pending> pending(new Pending, Release);
   pending->event = overlapped.event;
   if (overlapped.event) pending->overlapped.hEvent = HandleOf(overlapped.event);
   overlapped.system = pending;
@@ -167,26 +183,28 @@ IoResult Read(const SerialDevicePtr& device, std::span<uint8_t> buffer, size_t& 
   DWORD moved = 0;
   const BOOL done = ReadFile(HandleOf(device), buffer.data(), static_cast<DWORD>(buffer.size()), &moved,
                              &pending->overlapped);
+  const IoResult result = Started(*pending, done);
   count = done ? moved : 0;
-  return done ? IoResult::kDone : Failure(GetLastError());
+  return result;
 }
 
 IoResult Write(const SerialDevicePtr& device, std::span<const uint8_t> bytes, size_t& count,
                Overlapped* overlapped) {
+  const auto pending = overlapped ? Start(*overlapped) : nullptr;
   DWORD moved = 0;
-  OVERLAPPED* system = overlapped ? &Start(*overlapped)->overlapped : nullptr;
-  const BOOL done =
-      WriteFile(HandleOf(device), bytes.data(), static_cast<DWORD>(bytes.size()), &moved, system);
+  const BOOL done = WriteFile(HandleOf(device), bytes.data(), static_cast<DWORD>(bytes.size()), &moved,
+                              pending ? &pending->overlapped : nullptr);
   count = done ? moved : 0;
+  if (pending) return Started(*pending, done);
   return done ? IoResult::kDone : Failure(GetLastError());
 }
 
 IoResult WaitEvent(const SerialDevicePtr& device, uint32_t& mask, Overlapped& overlapped) {
   const auto pending = Start(overlapped);
   pending->mask_to = &mask;
-  if (!WaitCommEvent(HandleOf(device), &pending->mask, &pending->overlapped)) return Failure(GetLastError());
-  mask = pending->mask;
-  return IoResult::kDone;
+  const BOOL done = WaitCommEvent(HandleOf(device), &pending->mask, &pending->overlapped);
+  if (done) mask = pending->mask;
+  return Started(*pending, done);
 }
 
 IoResult Result(const SerialDevicePtr& device, Overlapped& overlapped, size_t& count) {
@@ -202,23 +220,16 @@ IoResult Result(const SerialDevicePtr& device, Overlapped& overlapped, size_t& c
   return IoResult::kDone;
 }
 
-// Not GetOverlappedResult: it waits for the event, which its owner may have signalled himself, and what the
-// system still owns would be freed. Drivers that cannot cancel a wait for line events end it when the events
-// change; one that does not end it at all keeps its memory.
+// Not by GetOverlappedResult: it waits for the event, which its owner may have signalled himself. Drivers
+// that cannot cancel a wait for line events end it when the events change; one that does not end it at all
+// keeps the memory, not the caller.
 void CancelPending(const SerialDevicePtr& device, Overlapped& overlapped) {
   const auto pending = std::static_pointer_cast<Pending>(overlapped.system);
-  if (!pending) return;
   overlapped.system = nullptr;
-  if (HasOverlappedIoCompleted(&pending->overlapped)) return;
+  if (!pending || !IsRunning(*pending)) return;
   CancelIoEx(HandleOf(device), &pending->overlapped);
   if (pending->mask_to) SetCommMask(HandleOf(device), 0);
-  for (DWORD waited = 0; !HasOverlappedIoCompleted(&pending->overlapped); ++waited) {
-    if (pending->mask_to && waited == kCancelSteps) {
-      new std::shared_ptr<Pending>(pending);
-      return;
-    }
-    Sleep(1);
-  }
+  for (DWORD step = 0; IsRunning(*pending) && (!pending->mask_to || step < kCancelSteps); ++step) Sleep(1);
 }
 
 CommApi MakeApi() {
