@@ -47,10 +47,12 @@ HWND Control(EditorWindow& editor, const wchar_t* window_class, const wchar_t* t
                          editor.app->instance, nullptr);
 }
 
+// The message loop hands the mouse on: a tooltip that listened to the controls by itself would make every
+// message to a tree of 65,535 nodes several times as slow.
 void AddTip(EditorWindow& editor, HWND control, const wchar_t* text) {
   TTTOOLINFOW tool{};
   tool.cbSize = TTTOOLINFOW_V1_SIZE;
-  tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+  tool.uFlags = TTF_IDISHWND;
   tool.hwnd = editor.window;
   tool.uId = reinterpret_cast<UINT_PTR>(control);
   tool.lpszText = const_cast<wchar_t*>(text);
@@ -369,6 +371,12 @@ bool TranslateEditorKey(EditorWindow& editor, const MSG& message) {
   return true;
 }
 
+void ShowTips(const EditorWindow& editor, MSG message) {
+  const bool mouse = message.message >= WM_MOUSEFIRST && message.message <= WM_MOUSELAST;
+  if (mouse && IsChild(editor.window, message.hwnd))
+    SendMessageW(editor.tips, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&message));
+}
+
 bool RegisterEditorClass(Application& app) {
   WNDCLASSEXW editor{};
   editor.cbSize = sizeof editor;
@@ -427,7 +435,7 @@ EditorWindow* OpenEditor(Application& app, Document document, const Path& path, 
       reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDICREATE, 0, reinterpret_cast<LPARAM>(&create)));
   if (!window) return nullptr;  // the window took the structure with it
   RefreshCaption(*editor);
-  ReloadEditor(*editor);
+  FillTree(*editor);
   RefreshFrame(app);
   return editor;
 }

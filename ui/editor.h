@@ -2,7 +2,7 @@
 #pragma once
 
 #include <array>
-#include <deque>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +14,16 @@
 #include "ui/application.h"
 
 namespace vexa {
+
+// An item of the tree. The control looks up each item that a message names among all of its items; what can
+// be known without it is therefore kept here.
+struct TreeNode {
+  NodeRef ref;
+  HTREEITEM item = nullptr;  // its parameter is the address of this node
+  TreeNode* parent = nullptr;
+  bool expanded = false;
+  std::vector<std::unique_ptr<TreeNode>> children;  // once they are in the control
+};
 
 // Records on their way to another place.
 struct DragState {
@@ -43,9 +53,8 @@ struct EditorWindow {
   int split = 280;  // width of the tree at 96 dots an inch
   bool splitting = false;
 
-  std::deque<NodeRef> nodes;          // what the tree items stand for; an item's parameter is a place in here
+  TreeNode root;                      // above the roots of the tree
   std::vector<uint32_t> shown_slots;  // of the SDBs in the tree, in its order
-  bool refreshing = false;            // tree items may stand for records that are gone
   bool settled = true;                // false: the tree's selection is not the user's
   NodeRef selected;                   // tree node
   ListView view = ListView::kBelow;
@@ -65,8 +74,6 @@ EditorWindow* ActiveEditor(const Application& app);
 EditorWindow* EditorOf(HWND window);
 std::vector<EditorWindow*> AllEditors(const Application& app);
 
-// Fills tree, list and panel anew, after the document has changed as a whole.
-void ReloadEditor(EditorWindow& editor);
 void RefreshList(EditorWindow& editor);
 void RefreshCaption(EditorWindow& editor);
 void MarkChanged(EditorWindow& editor, bool changed);
@@ -96,6 +103,8 @@ bool SaveEditorAs(EditorWindow& editor);
 bool TakeDragKey(EditorWindow& editor, const MSG& message);
 // Keys that no control of the window takes: the way from control to control. True when taken.
 bool TranslateEditorKey(EditorWindow& editor, const MSG& message);
+// Lets the tooltip of the control under the mouse come and go.
+void ShowTips(const EditorWindow& editor, MSG message);
 
 bool RegisterEditorClass(Application& app);
 

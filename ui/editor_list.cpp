@@ -15,16 +15,14 @@ std::vector<int>& KeptOrder(EditorWindow& editor) {
   return editor.app->window.column_orders[static_cast<size_t>(ColumnSetOf(editor.rows))];
 }
 
-// Children are there once their parent is opened.
-HTREEITEM ItemAlong(const EditorWindow& editor, const TreePath& place) {
-  HTREEITEM item = nullptr;
+TreeNode* NodeAlong(EditorWindow& editor, const TreePath& place) {
+  TreeNode* node = &editor.root;
   for (const uint32_t position : place) {
-    if (item) TreeView_Expand(editor.tree, item, TVE_EXPAND);
-    item = item ? TreeView_GetChild(editor.tree, item) : TreeView_GetRoot(editor.tree);
-    for (uint32_t i = 0; item && i < position; ++i) item = TreeView_GetNextSibling(editor.tree, item);
-    if (!item) return nullptr;
+    if (node != &editor.root) ExpandNode(editor, *node);
+    if (position >= node->children.size()) return nullptr;
+    node = node->children[position].get();
   }
-  return item;
+  return node;
 }
 
 }  // namespace
@@ -131,10 +129,10 @@ bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus) {
   if (place.empty() || nodes.size() != place.size()) return false;
   TreePath parent = place;
   if (place.size() > 1) parent.pop_back();
-  const HTREEITEM item = ItemAlong(editor, parent);
-  if (!item) return false;
-  TreeView_SelectItem(editor.tree, item);
-  TreeView_EnsureVisible(editor.tree, item);
+  const TreeNode* node = NodeAlong(editor, parent);
+  if (!node) return false;
+  TreeView_SelectItem(editor.tree, node->item);
+  TreeView_EnsureVisible(editor.tree, node->item);
   // It may have been selected before, with another view or in another order.
   if (editor.view != ListView::kBelow || editor.details) ShowView(editor, ListView::kBelow);
   const bool selected = place.size() > 1 && SelectListRow(editor, nodes.back());

@@ -31,12 +31,13 @@ void StartDrag(EditorWindow& editor, const std::vector<NodeRef>& rows, HIMAGELIS
 bool DragMessage(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lparam);
 void CancelDrag(EditorWindow& editor);
 
-// The tree's items. An item's parameter is its place in `nodes`.
-NodeRef& NodeOf(EditorWindow& editor, LPARAM parameter);
-NodeRef NodeOfItem(EditorWindow& editor, HTREEITEM item);
-HTREEITEM InsertNode(EditorWindow& editor, HTREEITEM parent, HTREEITEM after, const NodeRef& node);
-void FillNode(EditorWindow& editor, HTREEITEM item, const NodeRef& node);
+// The tree's items.
+TreeNode& NodeOf(LPARAM parameter);
+NodeRef NodeOfItem(const EditorWindow& editor, HTREEITEM item);
+void FillNode(EditorWindow& editor, TreeNode& node);
+void ExpandNode(EditorWindow& editor, TreeNode& node);
 void OpenSelectedNode(EditorWindow& editor);
+void FillTree(EditorWindow& editor);  // of a new window
 
 // Shows the list's rows in that order; the selected ones stay so.
 void ReorderList(EditorWindow& editor, const RowOrder& order);

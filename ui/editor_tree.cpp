@@ -58,47 +58,98 @@ std::vector<uint32_t> SlotsOf(const Document& document) {
   return slots;
 }
 
-LPARAM ParameterOf(const EditorWindow& editor, HTREEITEM item) {
+std::vector<NodeRef> NodesBelow(const Document& document, const TreeNode& node) {
+  return node.parent ? ChildNodes(document, node.ref) : RootNodes(document);
+}
+
+std::unique_ptr<TreeNode> NewNode(TreeNode& parent, const NodeRef& ref) {
+  auto node = std::make_unique<TreeNode>();
+  node->ref = ref;
+  node->parent = &parent;
+  return node;
+}
+
+bool InsertItem(const EditorWindow& editor, TreeNode& node, HTREEITEM after) {
+  TVINSERTSTRUCTW insert{};
+  insert.hParent = node.parent->item;
+  insert.hInsertAfter = after;
+  insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_CHILDREN | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+  insert.item.pszText = LPSTR_TEXTCALLBACKW;
+  insert.item.lParam = reinterpret_cast<LPARAM>(&node);
+  insert.item.cChildren = I_CHILDRENCALLBACK;
+  insert.item.iImage = insert.item.iSelectedImage = I_IMAGECALLBACK;
+  node.item = reinterpret_cast<HTREEITEM>(
+      SendMessageW(editor.tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+  return node.item != nullptr;
+}
+
+TreeNode* NodeBehind(const EditorWindow& editor, HTREEITEM item) {
+  if (!item) return nullptr;
   TVITEMW asked{};
   asked.mask = TVIF_PARAM;
   asked.hItem = item;
-  SendMessageW(editor.tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&asked));
-  return asked.lParam;
+  if (!SendMessageW(editor.tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&asked))) return nullptr;
+  return &NodeOf(asked.lParam);
 }
 
-UINT StateOf(const EditorWindow& editor, HTREEITEM item) {
-  return TreeView_GetItemState(editor.tree, item, TVIS_EXPANDED | TVIS_EXPANDEDONCE);
-}
+// More changes than these below one node cost more than filling it anew: the control goes through everything
+// that is opened for each of them.
+constexpr size_t kManyChanges = 64;
 
+// Brings the nodes into line first and then the control, which may ask for their texts meanwhile.
 class TreeSync {
  public:
   TreeSync(EditorWindow& editor, Records records)
       : editor_(editor),
         records_(records),
         old_slots_(editor.shown_slots),
-        slots_(SlotsOf(editor.document)) {}
+        slots_(SlotsOf(editor.document)),
+        selected_(KeyOf(old_slots_, editor.selected)) {}
 
   // Nothing, or what to tell the user: the tree has not followed the database, which stays changed.
   const char* Run() {
-    selected_ = KeyOf(old_slots_, editor_.selected);
-    CollectOpened(TreeView_GetRoot(editor_.tree));
-    editor_.refreshing = true;
-    SyncChildren(TVI_ROOT, RootNodes(editor_.document));
-    editor_.refreshing = false;
+    const TreePath place = SelectedPlace();
+    CollectOpened(editor_.root);
+    Update(editor_.root);
     editor_.shown_slots = slots_;
-    for (const HTREEITEM item : to_open_) Reopen(item);
-    if (selected_item_) TreeView_SelectItem(editor_.tree, selected_item_);
+    for (TreeNode* node : emptied_) RemoveItemsBelow(*node);
+    for (auto& node : gone_) DeleteItem(node);
+    for (TreeNode* node : added_) AddItem(*node);
+    for (TreeNode* node : to_open_) Reopen(*node);
+    if (records_ == Records::kRebuilt) wanted_ = NodeAt(place);
+    if (wanted_ && wanted_->item && wanted_->item != TreeView_GetSelection(editor_.tree))
+      TreeView_SelectItem(editor_.tree, wanted_->item);
     return refusal_;
   }
 
  private:
-  void CollectOpened(HTREEITEM first) {
-    for (HTREEITEM item = first; item; item = TreeView_GetNextSibling(editor_.tree, item)) {
-      const NodeRef node = NodeOf(editor_, ParameterOf(editor_, item));
-      if (node.kind == NodeKind::kService) return;  // a leaf among leaves
-      if (StateOf(editor_, item) & TVIS_EXPANDED) opened_.insert(KeyOf(old_slots_, node));
-      CollectOpened(TreeView_GetChild(editor_.tree, item));
+  static uint32_t PositionOf(const TreeNode& node) {
+    const auto& nodes = node.parent->children;
+    const auto found =
+        std::find_if(nodes.begin(), nodes.end(), [&](const auto& n) { return n.get() == &node; });
+    return static_cast<uint32_t>(found - nodes.begin());
+  }
+
+  TreePath SelectedPlace() const {
+    TreePath place;
+    const TreeNode* node = NodeBehind(editor_, TreeView_GetSelection(editor_.tree));
+    for (; node && node->parent; node = node->parent) place.insert(place.begin(), PositionOf(*node));
+    return place;
+  }
+
+  // As far along the path as there are nodes; at the last one where there are fewer.
+  TreeNode* NodeAt(const TreePath& place) const {
+    TreeNode* node = &editor_.root;
+    for (const size_t position : place) {
+      if (node->children.empty()) break;
+      node = node->children[std::min(position, node->children.size() - 1)].get();
     }
+    return node->parent ? node : nullptr;
+  }
+
+  void CollectOpened(const TreeNode& node) {
+    if (node.expanded) opened_.insert(KeyOf(old_slots_, node.ref));
+    for (const auto& child : node.children) CollectOpened(*child);
   }
 
   bool Same(const NodeRef& old_node, const NodeRef& node) const {
@@ -107,87 +158,113 @@ class TreeSync {
     return KeyOf(old_slots_, old_node) == KeyOf(slots_, node);
   }
 
-  void DeleteItem(HTREEITEM item, NodeKind kind) {
-    if (TreeView_DeleteItem(editor_.tree, item)) return;
-    if (kind == NodeKind::kSatellite) refusal_ = "Satellite record cannot be deleted.";
-    if (kind == NodeKind::kCarrier) refusal_ = "Carrier record cannot be deleted.";
-  }
-
-  void SyncChildren(HTREEITEM parent, const std::vector<NodeRef>& fresh) {
-    std::vector<HTREEITEM> items;
-    std::vector<LPARAM> places;
-    HTREEITEM item =
-        parent == TVI_ROOT ? TreeView_GetRoot(editor_.tree) : TreeView_GetChild(editor_.tree, parent);
-    for (; item; item = TreeView_GetNextSibling(editor_.tree, item)) {
-      items.push_back(item);
-      places.push_back(ParameterOf(editor_, item));
-    }
-    const size_t shorter = std::min(items.size(), fresh.size());
-    size_t head = 0, tail = 0;
-    const auto same_at = [&](size_t old_place, size_t place) {
-      return Same(NodeOf(editor_, places[old_place]), fresh[place]);
-    };
-    while (head < shorter && same_at(head, head)) ++head;
-    while (tail < shorter - head && same_at(items.size() - 1 - tail, fresh.size() - 1 - tail)) ++tail;
-    // Between equal head and tail, items are used again for other records as far as there are.
-    const size_t old_middle = items.size() - head - tail, middle = fresh.size() - head - tail;
-    // From the last to the first: the control numbers anew what stands behind a deleted item.
-    for (size_t i = old_middle; i > middle; --i)
-      DeleteItem(items[head + i - 1], NodeOf(editor_, places[head + i - 1]).kind);
-    for (size_t i = 0; i < fresh.size(); ++i) {
-      const bool in_head = i < head + std::min(middle, old_middle), in_tail = i >= fresh.size() - tail;
-      if (in_head || in_tail) {
-        const size_t old_place = in_head ? i : i + items.size() - fresh.size();
-        SyncItem(items[old_place], NodeOf(editor_, places[old_place]), fresh[i]);
-        after_ = items[old_place];
-      } else {
-        after_ = InsertNode(editor_, parent, i == 0 ? TVI_FIRST : after_, fresh[i]);
-        if (!after_) refusal_ = "Error No: -1 \n( Invalid Process ) Can't Add Information";
-        Note(after_, fresh[i]);
-        to_open_.push_back(after_);
-      }
-    }
-  }
-
-  void SyncItem(HTREEITEM item, NodeRef& shown, const NodeRef& node) {
-    const bool same = Same(shown, node);
-    shown = node;
-    Note(item, node);
-    if (!same) {
-      TreeView_Expand(editor_.tree, item, TVE_COLLAPSE | TVE_COLLAPSERESET);
-      to_open_.push_back(item);
+  // Between equal head and tail, nodes are used again for other records as far as there are.
+  void Update(TreeNode& parent) {
+    auto& nodes = parent.children;
+    const std::vector<NodeRef> fresh = NodesBelow(editor_.document, parent);
+    const size_t shorter = std::min(nodes.size(), fresh.size());
+    const bool many = std::max(nodes.size(), fresh.size()) - shorter > kManyChanges;
+    if (parent.parent && (many || nodes.empty())) {
+      if (parent.expanded) opened_.insert(KeyOf(slots_, parent.ref));
+      Empty(parent);
       return;
     }
-    const bool filled = TreeView_GetChild(editor_.tree, item) || (StateOf(editor_, item) & TVIS_EXPANDEDONCE);
-    if (!filled) return;
-    const HTREEITEM after = after_;
-    SyncChildren(item, ChildNodes(editor_.document, node));
-    after_ = after;
+    size_t head = 0, tail = 0;
+    while (head < shorter && Same(nodes[head]->ref, fresh[head])) ++head;
+    while (tail < shorter - head && Same(nodes[nodes.size() - 1 - tail]->ref, fresh[fresh.size() - 1 - tail]))
+      ++tail;
+    while (nodes.size() > fresh.size()) {
+      Drop(std::move(nodes[nodes.size() - 1 - tail]));
+      nodes.erase(nodes.end() - 1 - static_cast<std::ptrdiff_t>(tail));
+    }
+    while (nodes.size() < fresh.size()) {
+      const size_t place = nodes.size() - tail;
+      nodes.insert(nodes.end() - static_cast<std::ptrdiff_t>(tail), NewNode(parent, fresh[place]));
+      added_.push_back(nodes[place].get());
+      to_open_.push_back(nodes[place].get());
+    }
+    for (size_t i = 0; i < fresh.size(); ++i) UpdateNode(*nodes[i], fresh[i]);
+  }
+
+  void UpdateNode(TreeNode& node, const NodeRef& fresh) {
+    const bool added = !node.item, same = added || Same(node.ref, fresh);
+    node.ref = fresh;
+    Note(node);
+    if (!same)
+      Empty(node);
+    else if (!node.children.empty() || node.expanded)
+      Update(node);
+  }
+
+  // Its children go, to come again with the records that are now below it if it was opened or is to be.
+  void Empty(TreeNode& node) {
+    const bool filled = node.expanded || !node.children.empty();
+    if (filled) emptied_.push_back(&node);
+    for (auto& child : node.children) Forget(*child);
+    to_open_.push_back(&node);
+  }
+
+  // The control may still ask for the node, whose record is gone.
+  void Drop(std::unique_ptr<TreeNode> node) {
+    Forget(*node);
+    gone_.push_back(std::move(node));
+  }
+  static void Forget(TreeNode& node) {
+    node.ref = {};
+    for (auto& child : node.children) Forget(*child);
+  }
+
+  void RemoveItemsBelow(TreeNode& node) {
+    TreeView_Expand(editor_.tree, node.item, TVE_COLLAPSE | TVE_COLLAPSERESET);
+    while (HTREEITEM left = TreeView_GetChild(editor_.tree, node.item)) {
+      if (!TreeView_DeleteItem(editor_.tree, left)) return;  // its node must live as long
+    }
+    node.children.clear();
+    node.expanded = false;
+  }
+
+  void DeleteItem(std::unique_ptr<TreeNode>& node) {
+    if (TreeView_DeleteItem(editor_.tree, node->item)) return;
+    TreeNode& parent = *node->parent;
+    if (parent.ref.kind == NodeKind::kSatelliteLevel) refusal_ = "Satellite record cannot be deleted.";
+    if (parent.ref.kind == NodeKind::kSatellite) refusal_ = "Carrier record cannot be deleted.";
+    parent.children.push_back(std::move(node));
+  }
+
+  void AddItem(TreeNode& node) {
+    auto& siblings = node.parent->children;
+    const size_t position = PositionOf(node);
+    HTREEITEM after = position == 0 ? TVI_FIRST : siblings[position - 1]->item;
+    if (position + 1 == siblings.size()) after = TVI_LAST;
+    if (InsertItem(editor_, node, after)) return;
+    refusal_ = "Error No: -1 \n( Invalid Process ) Can't Add Information";
+    Drop(std::move(siblings[position]));
+    siblings.erase(siblings.begin() + static_cast<std::ptrdiff_t>(position));
   }
 
   // The selection goes with its record; where records are known by place only, it stays where it is.
-  void Note(HTREEITEM item, const NodeRef& node) {
-    if (records_ == Records::kKept && KeyOf(slots_, node) == selected_) selected_item_ = item;
+  void Note(TreeNode& node) {
+    if (records_ == Records::kKept && KeyOf(slots_, node.ref) == selected_) wanted_ = &node;
   }
 
-  void Reopen(HTREEITEM item) {
-    const NodeRef node = NodeOfItem(editor_, item);
-    if (!opened_.contains(KeyOf(slots_, node)) || !HasChildNodes(editor_.document, node)) return;
-    FillNode(editor_, item, node);
-    TreeView_Expand(editor_.tree, item, TVE_EXPAND);
-    if (node.kind == NodeKind::kCarrier) return;
-    for (HTREEITEM child = TreeView_GetChild(editor_.tree, item); child;
-         child = TreeView_GetNextSibling(editor_.tree, child))
-      Reopen(child);
+  void Reopen(TreeNode& node) {
+    if (!opened_.contains(KeyOf(slots_, node.ref))) return;
+    ExpandNode(editor_, node);
+    node.expanded = true;  // without children: as soon as it has some again
+    for (auto& child : node.children) {
+      Note(*child);
+      Reopen(*child);
+    }
   }
 
   EditorWindow& editor_;
   Records records_;
   std::vector<uint32_t> old_slots_, slots_;
-  std::set<NodeKey> opened_;
-  std::vector<HTREEITEM> to_open_;
   NodeKey selected_;
-  HTREEITEM selected_item_ = nullptr, after_ = nullptr;
+  TreeNode* wanted_ = nullptr;  // to be selected
+  std::set<NodeKey> opened_;
+  std::vector<TreeNode*> emptied_, added_, to_open_;
+  std::vector<std::unique_ptr<TreeNode>> gone_;
   const char* refusal_ = nullptr;
 };
 
@@ -235,16 +312,43 @@ void ShowKeptRows(EditorWindow& editor, const KeptRows& kept, Records records) {
 
 }  // namespace
 
-NodeRef& NodeOf(EditorWindow& editor, LPARAM parameter) {
-  return editor.nodes[static_cast<size_t>(parameter)];
+TreeNode& NodeOf(LPARAM parameter) {
+  return *reinterpret_cast<TreeNode*>(parameter);
 }
 
-NodeRef NodeOfItem(EditorWindow& editor, HTREEITEM item) {
-  return item ? NodeOf(editor, ParameterOf(editor, item)) : NodeRef{};
+NodeRef NodeOfItem(const EditorWindow& editor, HTREEITEM item) {
+  const TreeNode* node = NodeBehind(editor, item);
+  return node ? node->ref : NodeRef{};
+}
+
+// The control goes through all opened items when drawing is turned on again: it is left on.
+void FillNode(EditorWindow& editor, TreeNode& node) {
+  if (!node.children.empty()) return;
+  for (const NodeRef& ref : NodesBelow(editor.document, node)) {
+    auto child = NewNode(node, ref);
+    if (!InsertItem(editor, *child, TVI_LAST)) return;
+    node.children.push_back(std::move(child));
+  }
+}
+
+void ExpandNode(EditorWindow& editor, TreeNode& node) {
+  FillNode(editor, node);
+  TreeView_Expand(editor.tree, node.item, TVE_EXPAND);
+  node.expanded = !node.children.empty();
 }
 
 void OpenSelectedNode(EditorWindow& editor) {
-  if (HTREEITEM item = TreeView_GetSelection(editor.tree)) TreeView_Expand(editor.tree, item, TVE_EXPAND);
+  if (TreeNode* node = NodeBehind(editor, TreeView_GetSelection(editor.tree))) ExpandNode(editor, *node);
+}
+
+void FillTree(EditorWindow& editor) {
+  editor.root.item = TVI_ROOT;
+  editor.shown_slots = SlotsOf(editor.document);
+  FillNode(editor, editor.root);
+  if (editor.root.children.empty()) return;
+  TreeNode& first = *editor.root.children.front();
+  TreeView_SelectItem(editor.tree, first.item);
+  ExpandNode(editor, first);
 }
 
 void ReorderList(EditorWindow& editor, const RowOrder& order) {
@@ -260,7 +364,6 @@ void ReorderList(EditorWindow& editor, const RowOrder& order) {
 
 void RefreshDocument(EditorWindow& editor, Records records) {
   const KeptRows kept = KeepRows(editor);
-  SendMessageW(editor.tree, WM_SETREDRAW, FALSE, 0);
   SendMessageW(editor.list, WM_SETREDRAW, FALSE, 0);
   // Nothing may ask for the old rows any more.
   ListView_SetItemCountEx(editor.list, 0, 0);
@@ -279,7 +382,6 @@ void RefreshDocument(EditorWindow& editor, Records records) {
   RefreshList(editor);
   ShowKeptRows(editor, kept, records);
   SendMessageW(editor.list, WM_SETREDRAW, TRUE, 0);
-  SendMessageW(editor.tree, WM_SETREDRAW, TRUE, 0);
   InvalidateRect(editor.list, nullptr, TRUE);
   InvalidateRect(editor.tree, nullptr, TRUE);
   RefreshFrame(*editor.app);

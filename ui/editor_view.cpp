@@ -30,7 +30,7 @@ COLORREF ColourOf(const EditorWindow& editor, const NodeRef& node) {
 LRESULT DrawTree(EditorWindow& editor, NMTVCUSTOMDRAW& draw) {
   if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
   if (draw.nmcd.dwDrawStage == CDDS_ITEMPREPAINT && !(draw.nmcd.uItemState & CDIS_SELECTED)) {
-    draw.clrText = ColourOf(editor, NodeOf(editor, draw.nmcd.lItemlParam));
+    draw.clrText = ColourOf(editor, NodeOf(draw.nmcd.lItemlParam).ref);
   }
   return CDRF_DODEFAULT;
 }
@@ -60,12 +60,14 @@ LRESULT DrawList(EditorWindow& editor, NMLVCUSTOMDRAW& draw) {
 
 void GiveTreeItem(EditorWindow& editor, NMTVDISPINFOW& asked) {
   TVITEMW& item = asked.item;
-  const NodeRef& node = NodeOf(editor, item.lParam);
+  const TreeNode& shown = NodeOf(item.lParam);
+  const NodeRef& node = shown.ref;
   if ((item.mask & TVIF_TEXT) && item.cchTextMax > 0)
     lstrcpynW(item.pszText, Wide(NodeLabel(editor.document, node)).c_str(), item.cchTextMax);
   if (item.mask & TVIF_IMAGE) item.iImage = static_cast<int>(IconOf(node));
   if (item.mask & TVIF_SELECTEDIMAGE) item.iSelectedImage = static_cast<int>(IconOf(node));
-  if (item.mask & TVIF_CHILDREN) item.cChildren = HasChildNodes(editor.document, node);
+  if (item.mask & TVIF_CHILDREN)
+    item.cChildren = !shown.children.empty() || HasChildNodes(editor.document, node);
 }
 
 void GiveCell(EditorWindow& editor, NMLVDISPINFOW& asked) {
@@ -107,28 +109,6 @@ void SelectNode(EditorWindow& editor, const NodeRef& node) {
 
 }  // namespace
 
-HTREEITEM InsertNode(EditorWindow& editor, HTREEITEM parent, HTREEITEM after, const NodeRef& node) {
-  TVINSERTSTRUCTW insert{};
-  insert.hParent = parent;
-  insert.hInsertAfter = after;
-  insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_CHILDREN | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
-  insert.item.pszText = LPSTR_TEXTCALLBACKW;
-  insert.item.lParam = static_cast<LPARAM>(editor.nodes.size());
-  insert.item.cChildren = I_CHILDRENCALLBACK;
-  insert.item.iImage = insert.item.iSelectedImage = I_IMAGECALLBACK;
-  editor.nodes.push_back(node);
-  return reinterpret_cast<HTREEITEM>(
-      SendMessageW(editor.tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
-}
-
-void FillNode(EditorWindow& editor, HTREEITEM item, const NodeRef& node) {
-  if (TreeView_GetChild(editor.tree, item)) return;
-  SendMessageW(editor.tree, WM_SETREDRAW, FALSE, 0);
-  // Behind the last one, not behind a named one: some tree controls look a named item up among all of them.
-  for (const NodeRef& child : ChildNodes(editor.document, node)) InsertNode(editor, item, TVI_LAST, child);
-  SendMessageW(editor.tree, WM_SETREDRAW, TRUE, 0);
-}
-
 namespace {
 
 // The keys of tree and list. True when the key is one of them.
@@ -156,14 +136,16 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
     auto& change = *reinterpret_cast<NMTREEVIEWW*>(lparam);
     switch (header.code) {
       case TVN_GETDISPINFOW:
-        if (!editor.refreshing) GiveTreeItem(editor, *reinterpret_cast<NMTVDISPINFOW*>(lparam));
+        GiveTreeItem(editor, *reinterpret_cast<NMTVDISPINFOW*>(lparam));
         return 0;
       case TVN_ITEMEXPANDINGW:
-        if (!editor.refreshing && (change.action & TVE_EXPAND))
-          FillNode(editor, change.itemNew.hItem, NodeRef(NodeOf(editor, change.itemNew.lParam)));
+        if (change.action & TVE_EXPAND) FillNode(editor, NodeOf(change.itemNew.lParam));
+        return 0;
+      case TVN_ITEMEXPANDEDW:
+        NodeOf(change.itemNew.lParam).expanded = (change.action & TVE_EXPAND) != 0;
         return 0;
       case TVN_SELCHANGEDW:
-        if (editor.settled && change.itemNew.hItem) SelectNode(editor, NodeOf(editor, change.itemNew.lParam));
+        if (editor.settled && change.itemNew.hItem) SelectNode(editor, NodeOf(change.itemNew.lParam).ref);
         return 0;
       case TVN_KEYDOWN:
         // What is taken does not look for an item of that name.
@@ -175,8 +157,7 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
         RefreshFrame(*editor.app);
         return 0;
       case NM_CUSTOMDRAW:
-        return editor.refreshing ? LRESULT{CDRF_DODEFAULT}
-                                 : DrawTree(editor, *reinterpret_cast<NMTVCUSTOMDRAW*>(lparam));
+        return DrawTree(editor, *reinterpret_cast<NMTVCUSTOMDRAW*>(lparam));
       default:
         return 0;
     }
@@ -236,25 +217,6 @@ void RefreshList(EditorWindow& editor) {
   ListView_SetItemCountEx(editor.list, static_cast<int>(editor.rows.size()), 0);
   InvalidateRect(editor.list, nullptr, TRUE);
   RefreshPanel(editor);
-}
-
-void ReloadEditor(EditorWindow& editor) {
-  SendMessageW(editor.tree, WM_SETREDRAW, FALSE, 0);
-  editor.selected = {};
-  editor.rows = {};
-  TreeView_DeleteAllItems(editor.tree);
-  editor.nodes.clear();
-  editor.shown_slots.clear();
-  for (const OpenSdb& sdb : editor.document.sdbs) editor.shown_slots.push_back(sdb.slot);
-  HTREEITEM first = nullptr, after = TVI_FIRST;
-  for (const NodeRef& root : RootNodes(editor.document)) {
-    after = InsertNode(editor, TVI_ROOT, after, root);
-    if (!first) first = after;
-  }
-  SendMessageW(editor.tree, WM_SETREDRAW, TRUE, 0);
-  if (!first) return;
-  TreeView_SelectItem(editor.tree, first);
-  TreeView_Expand(editor.tree, first, TVE_EXPAND);
 }
 
 void ShowView(EditorWindow& editor, ListView view) {

@@ -318,6 +318,7 @@ int RunMessageLoop(Application& app) {
       continue;
     }
     if (editor && IsWindowEnabled(app.frame) && TranslateEditorKey(*editor, message)) continue;
+    if (editor) ShowTips(*editor, message);
     TranslateMessage(&message);
     DispatchMessageW(&message);
   }

@@ -501,6 +501,19 @@ TEST_F(Frame, LargestDatabaseIsThereAtOnce) {
   EXPECT_EQ(editor.ListCount(), 65535);
   EXPECT_EQ(editor.Cell(65534, 1), "Service 255");
   EXPECT_LT(GetTickCount64() - start, 3000u);
+  ASSERT_TRUE(editor.SelectItem({"SDB1", "Satellites", "[ 1 ] Test Sat", "[ 1 ] Carrier 1"}));
+  HWND tree = FindWindowExW(editor.ActiveChild(), nullptr, WC_TREEVIEWW, nullptr);
+  SendMessageW(tree, TVM_EXPAND, TVE_EXPAND, SendMessageW(tree, TVM_GETNEXTITEM, TVGN_CARET, 0));
+  const auto nodes = [&] { return SendMessageW(tree, TVM_GETCOUNT, 0, 0); };
+  const auto all = nodes();
+  editor.Command(kCmdSelectAll);
+  editor.Command(kCmdDelete);
+  EXPECT_EQ(nodes(), all - 255);
+  editor.Command(kCmdUndo);
+  EXPECT_EQ(nodes(), all);
+  editor.Command(kCmdRedo);
+  EXPECT_EQ(nodes(), all - 255);
+  editor.Command(kCmdUndo);
   ExpectCleanEnd(editor);
 }
 
