@@ -5,13 +5,12 @@
 namespace vexa {
 
 bool ChangeDocument(EditorWindow& editor, const std::function<bool()>& operation, bool is_sort) {
-  HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  const WaitPointer wait;
   const bool done = operation();
   if (done && RecordChange(editor.history, editor.document, is_sort)) {
     RefreshDocument(editor, Records::kKept);
     RefreshChanged(editor);
   }
-  SetCursor(before);
   return done;
 }
 

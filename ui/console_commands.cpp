@@ -64,9 +64,10 @@ void CloseCommand(Application& app) {
 void FindAgain(Application& app) {
   ConsoleWindow& console = Current(app);
   if (FindInLog(console.log, console.searched, console.match_case, !console.log_cut)) return;
-  HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  const auto found = FindInWholeLog(console.console, console.searched, console.match_case);
-  SetCursor(before);
+  const auto found = [&console] {
+    const WaitPointer wait;
+    return FindInWholeLog(console.console, console.searched, console.match_case);
+  }();
   if (found) {
     ShowFound(console.log, *found);
     console.log_cut = true;

@@ -9,7 +9,7 @@ namespace vexa {
 namespace {
 
 bool SaveTo(EditorWindow& editor, const Path& path) {
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  const WaitPointer wait;
   if (!SaveBin(editor.app->context, editor.document, path, editor.version)) return false;
   // The user's work is saved whatever its size; the receiver's limit is told afterwards.
   CheckBinSize(editor.app->context, path);

@@ -22,7 +22,7 @@ struct FindingsWindow {
 void Look(HWND dialog, FindingsWindow& window) {
   const EditorWindow* editor = EditorOf(window.editor);
   if (!editor) return;
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  const WaitPointer wait;
   HWND list = GetDlgItem(dialog, IDC_FINDINGS_LIST);
   ListView_SetItemCountEx(list, 0, 0);
   window.findings = FindFaults(editor->document);

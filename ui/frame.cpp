@@ -327,7 +327,7 @@ int RunMessageLoop(Application& app) {
 
 bool OpenDatabaseFile(Application& app, const Path& path) {
   Document document;
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  const WaitPointer wait;
   const bool opened = OpenBin(app.context, path, document);
   if (!opened && document.sdbs.empty() && document.ubis.empty()) return false;
   OpenEditor(app, std::move(document), path, false);

@@ -373,8 +373,10 @@ void Compression(Application& app) {
   };
   actions.command = [&model](Form& form, int id, int code) { CompressionCommand(form, model, id, code); };
   while (RunForm(app, IDD_COMPRESSION, actions)) {
-    SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-    const auto sizes = RunCompression(app.context, model);
+    const auto sizes = [&] {
+      const WaitPointer wait;
+      return RunCompression(app.context, model);
+    }();
     if (!sizes) continue;
     Tell(app.context.messages, Icon::kInformation, "\"%s\" is ready: %llu bytes, before %llu bytes.",
          Utf8FromPath(model.output).c_str(), static_cast<unsigned long long>(sizes->after),

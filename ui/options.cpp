@@ -39,7 +39,6 @@ void MergeSdbs(Application& app) {
   const auto files = AskOpenFiles(app.frame, {"Open", kBinFilters, "bin"});
   EditorWindow* editor = ActiveEditor(app);
   if (files.empty() || !editor) return;
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
   ChangeDocument(*editor, [&] { return MergeBins(app.context, files, editor->document); });
 }
 

@@ -127,7 +127,7 @@ void SavePart(EditorWindow& editor, const char* title,
   const auto path =
       AskSaveFile(editor.app->frame, {title, {{"Static Database BIN Files ( *.BIN )", "*.bin"}}, "bin"});
   if (!path) return;
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  const WaitPointer wait;
   const Context& context = editor.app->context;
   if (save(context, *path)) CheckBinSize(context, *path);
 }

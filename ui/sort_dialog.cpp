@@ -68,7 +68,7 @@ bool SortHere(EditorWindow& editor, const SortForm& form) {
 bool SortToSeparateFile(const EditorWindow& editor, const SortForm& form, HWND owner) {
   const auto path = AskSaveFile(owner, {"Save As", kBinFilters, "bin"});
   if (!path) return false;
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  const WaitPointer wait;
   return SortToFile(editor.app->context, editor.document, form.sdbs, SortOptionsOf(form), *path);
 }
 

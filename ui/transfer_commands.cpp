@@ -22,8 +22,10 @@ void UploadAdb(Application& app) {
   if (!MayUploadAdb(app.context, app.config, document)) return;
   const OpenSdb* sdb = SelectedSdb(editor);
   const auto place = static_cast<size_t>(sdb ? sdb - document.sdbs.data() : 0);
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  auto files = PrepareAdbUpload(app.context, document, place, app.config, LocalTimeNow());
+  auto files = [&] {
+    const WaitPointer wait;
+    return PrepareAdbUpload(app.context, document, place, app.config, LocalTimeNow());
+  }();
   if (files) RunTransferDialog(app, {TransferJob::kAdb, std::move(*files), {}, nullptr});
 }
 
@@ -81,8 +83,10 @@ bool PortAnswers(Application& app) {
 
 void SendSdbs(Application& app, const Document& document, const BinSelection& selection) {
   if (!PortAnswers(app)) return;
-  SetCursor(LoadCursorW(nullptr, IDC_WAIT));
-  auto files = PrepareSdbUpload(app.context, document, selection, app.config, LocalTimeNow());
+  auto files = [&] {
+    const WaitPointer wait;
+    return PrepareSdbUpload(app.context, document, selection, app.config, LocalTimeNow());
+  }();
   if (files) RunTransferDialog(app, {TransferJob::kSdb, std::move(*files), {}, nullptr});
 }
 

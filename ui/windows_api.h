@@ -21,4 +21,16 @@ int Scaled(HWND window, int length);
 // "MS Sans Serif" at the window's resolution; the caller deletes it.
 HFONT MakeFont(HWND window);
 
+// The pointer of a program at work, for as long as the object lives.
+class WaitPointer {
+ public:
+  WaitPointer() : before_(SetCursor(LoadCursorW(nullptr, IDC_WAIT))) {}
+  ~WaitPointer() { SetCursor(before_); }
+  WaitPointer(const WaitPointer&) = delete;
+  WaitPointer& operator=(const WaitPointer&) = delete;
+
+ private:
+  HCURSOR before_;
+};
+
 }  // namespace vexa
