@@ -15,76 +15,52 @@ WorkFiles Read(const std::vector<DvbRecord>& records) {
 }
 
 DvbRecord Satellite(const std::string& text) {
-  DvbRecord record;
-  record.text = text;
-  return record;
+  return {.text = text};
 }
 
 DvbRecord Service(const char* name, uint16_t id, uint16_t video, uint16_t audio, uint16_t frequency = 11778) {
-  DvbRecord record;
-  record.id = id;
-  record.frequency = frequency;
-  record.symbol_rate = 27500;
-  record.video = video;
-  record.audio = audio;
-  record.pcr = video;
-  record.fec = 4;
-  record.polarization = 1;
-  record.type = 1;
-  record.text = name;
-  return record;
+  return {.id = id,
+          .frequency = frequency,
+          .symbol_rate = 27500,
+          .video = video,
+          .audio = audio,
+          .pcr = video,
+          .fec = 4,
+          .polarization = 1,
+          .type = 1,
+          .text = name};
 }
 
-const char* const kAstra =
-    "Astra-192\xB0"
-    "E";
-
-struct SatelliteCase {
-  const char *text, *name;
-  uint32_t angle, east;
-};
+const char* const kAstra = "Astra-192\260E";  // \260: the degree sign
 
 TEST(Dvb2000, SatelliteRecords) {
-  const SatelliteCase cases[] = {
-      {"Astra-192\xB0"
-       "E",
-       "Astra", 192, 0},
-      {"Hispasat-300\xB0"
-       "W",
-       "Hispasat", 300, 1},  // West sets the flag
-      {"Sat-19.2\xB0"
-       "E",
-       "Sat", 19, 0},  // whole numbers only
-      {"Sat- 70\xB0w", "Sat", 70, 0},
-      {"Sat-70W", "Sat", 70, 0},  // no degree sign
-      {"\xB0W-1\xB0"
-       "E",
-       "\xB0W", 1, 0},  // only the sign behind the dash counts
-      {"A-B-3\xB0W", "A", 0, 1},
-      {"-5\xB0"
-       "E",
-       "", 5, 0},
-      {"Name of a satellite-5000\xB0"
-       "E",
-       "Name of a satellite", 904, 0},
+  const struct {
+    const char *text, *name;
+    uint32_t angle, east;
+  } cases[] = {
+      {kAstra, "Astra", 192, 0},
+      {"Hispasat-300\260W", "Hispasat", 300, 1},  // West sets the flag
+      {"Sat-19.2\260E", "Sat", 19, 0},            // whole numbers only
+      {"Sat- 70\260w", "Sat", 70, 0},
+      {"Sat-70W", "Sat", 70, 0},        // no degree sign
+      {"\260W-1\260E", "\260W", 1, 0},  // only the sign behind the dash counts
+      {"A-B-3\260W", "A", 0, 1},
+      {"-5\260E", "", 5, 0},
+      {"Name of a satellite-5000\260E", "Name of a satellite", 904, 0},
   };
-  for (const SatelliteCase& c : cases) {
+  for (const auto& c : cases) {
     const WorkFiles work = Read({Satellite(c.text)});
     ASSERT_EQ(work.satellites.size(), 1u) << c.text;
-    EXPECT_EQ(Name(work.satellites[0].name), c.name);
-    EXPECT_EQ(work.satellites[0].angle, c.angle) << c.text;
-    EXPECT_EQ(work.satellites[0].east, c.east) << c.text;
-    EXPECT_EQ(work.satellites[0].read, 1u);
+    const WorkSatellite& satellite = work.satellites[0];
+    EXPECT_EQ(std::tuple(Name(satellite.name), satellite.angle, satellite.east, satellite.read),
+              std::tuple(c.name, c.angle, c.east, 1u))
+        << c.text;
   }
 }
 
 TEST(Dvb2000, TextEndsAtNul) {
-  DvbRecord record =
-      Satellite(std::string("Astra\0-192\xB0"
-                            "E",
-                            12));
-  EXPECT_TRUE(Read({record}).satellites.empty());
-  record = Service("", 1, 1, 1);
+  EXPECT_TRUE(Read({Satellite(std::string("Astra\0-192\260E", 12))}).satellites.empty());
+  DvbRecord record = Service("", 1, 1, 1);
   record.text = std::string("ARTE\0HD", 7);
   EXPECT_EQ(Names(Read({Satellite(kAstra), record}).services), "ARTE");
 }
@@ -99,27 +75,20 @@ TEST(Dvb2000, SkippedRecords) {
 }
 
 TEST(Dvb2000, ServiceFields) {
-  DvbRecord record = Service("123456789012345678", 0x1234, 0xC191, 0, 0xABCD);
+  DvbRecord record = Service("1234567890123456789", 0x1234, 0xC191, 0, 0xABCD);  // a byte too long
   record.pcr = 0x3FFF;
   record.polarization = 0xFE;
-  record.text += "9";  // the 19th byte is no part of the name
   const WorkFiles work = Read({Satellite(kAstra), record});
   ASSERT_EQ(work.services.size(), 1u);
   const WorkService& service = work.services[0];
   EXPECT_EQ(Name(service.name), "123456789012345678");
-  EXPECT_EQ(service.program_number, 0x1234u);
-  EXPECT_EQ(service.video_pid, 0x191u);
-  EXPECT_EQ(service.audio_pid, 8192u);
-  EXPECT_EQ(service.pcr_pid, 0x3FFFu);
+  EXPECT_EQ(std::tuple(service.program_number, service.video_pid, service.audio_pid, service.pcr_pid),
+            std::tuple(0x1234u, 0x191u, 8192u, 0x3FFFu));
   EXPECT_EQ(service.carrier_index, 1u);  // one higher than its carrier's place
-  EXPECT_EQ(service.free, 1u);
-  EXPECT_EQ(service.read, 1u);
-  EXPECT_EQ(service.read_service, 1u);
+  EXPECT_EQ(std::tuple(service.free, service.read, service.read_service), std::tuple(1u, 1u, 1u));
   const WorkCarrier& carrier = work.carriers.at(0);
-  EXPECT_EQ(carrier.frequency, 0xABCDu);
-  EXPECT_EQ(carrier.symbol_rate, 27500u);
-  EXPECT_EQ(carrier.polarization, kLeft);
-  EXPECT_EQ(carrier.read, 1u);
+  EXPECT_EQ(std::tuple(carrier.frequency, carrier.symbol_rate, carrier.polarization, carrier.read),
+            std::tuple(0xABCDu, 27500u, kLeft, 1u));
 }
 
 TEST(Dvb2000, CodesOfTheFile) {
@@ -138,11 +107,8 @@ TEST(Dvb2000, CarriersAndSatellites) {
   DvbRecord rate = Service("C", 3, 3, 3), polarization = Service("D", 4, 4, 4);
   rate.symbol_rate = 22000;
   polarization.polarization = 0;
-  const WorkFiles work =
-      Read({Satellite(kAstra), Service("A", 1, 1, 1), Service("B", 2, 2, 2), rate, polarization,
-            Satellite("Hotbird-130\xB0"
-                      "E"),
-            polarization});
+  const WorkFiles work = Read({Satellite(kAstra), Service("A", 1, 1, 1), Service("B", 2, 2, 2), rate,
+                               polarization, Satellite("Hotbird-130\260E"), polarization});
   EXPECT_EQ(Names(work.carriers), "Carrier1_S1|Carrier2_S1|Carrier3_S1|Carrier1_S2");
   EXPECT_EQ(work.satellites[0].carrier_count, 3u);
   EXPECT_EQ(work.satellites[1].first_carrier, 3u);
@@ -152,20 +118,18 @@ TEST(Dvb2000, CarriersAndSatellites) {
   EXPECT_EQ(work.carriers[1].first_service, 2u);
 }
 
-struct DuplicateCase {
-  const char* name;
-  uint16_t video[2], audio[2];
-  size_t kept;
-};
-
 TEST(Dvb2000, Duplicates) {
-  const DuplicateCase cases[] = {
+  const struct {
+    const char* name;
+    uint16_t video[2], audio[2];
+    size_t kept;
+  } cases[] = {
       {"equal video, other audio", {5, 5}, {1, 2}, 1},
       {"no video, other audio", {0, 0}, {1, 2}, 2},
       {"no video, equal audio", {0, 0}, {1, 1}, 1},
       {"other video", {5, 6}, {1, 1}, 2},
   };
-  for (const DuplicateCase& c : cases) {
+  for (const auto& c : cases) {
     const WorkFiles work = Read({Satellite(kAstra), Service("A", 1, c.video[0], c.audio[0]),
                                  Service("B", 2, c.video[1], c.audio[1])});
     EXPECT_EQ(work.services.size(), c.kept) << c.name;
@@ -177,14 +141,12 @@ TEST(Dvb2000, Duplicates) {
 }
 
 TEST(Dvb2000, ProgramNumbers) {
-  const WorkFiles work = Read({Satellite(kAstra), Service("A", 8, 1, 1), Service("B", 7, 2, 1),
-                               Service("C", 7, 3, 1), Service("D", 8, 4, 1, 12000)});
-  std::vector<uint32_t> ids;
-  for (const WorkService& service : work.services) ids.push_back(service.program_number);
-  EXPECT_EQ(ids, (std::vector<uint32_t>{8, 7, 8, 8}));
+  EXPECT_EQ(Ids(Read({Satellite(kAstra), Service("A", 8, 1, 1), Service("B", 7, 2, 1), Service("C", 7, 3, 1),
+                      Service("D", 8, 4, 1, 12000)})),
+            (std::vector<uint32_t>{8, 7, 8, 8}));
 }
 
-TEST(Dvb2000, SizesAndFailure) {
+TEST(Dvb2000, FileSizes) {
   Recorder recorder;
   const Path path = recorder.context.temporary_folder / "list.dvb";
   const std::string list = DvbList({Satellite(kAstra)});
@@ -195,9 +157,6 @@ TEST(Dvb2000, SizesAndFailure) {
     EXPECT_EQ(ImportDvbFile(recorder.context, path, {}, work), 1) << size;
     EXPECT_EQ(work.satellites.size(), size / 64);
   }
-  WorkFiles work;
-  EXPECT_EQ(ImportDvbFile(recorder.context, path / "none", {}, work), 0);
-  EXPECT_EQ(recorder.Texts(), std::vector<std::string>{"Error in opening file"});
 }
 
 }  // namespace

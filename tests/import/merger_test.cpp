@@ -9,26 +9,21 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-struct VersionCase {
-  const char* start;
-  bool passes;
-};
-
 TEST(Merger, SatcodxVersion) {
-  const VersionCase cases[] = {
+  const std::pair<const char*, bool> cases[] = {
       {"SATCODX_03", true},  {"SATCODX102", true}, {"satcodx 03x", true}, {"SATCODX_04", false},
       {"SATCODX_13", false}, {"SATCODX_0", false}, {"SATCODY_03", false}, {"", false}};
   Recorder recorder;
   const Path path = recorder.context.temporary_folder / "a.sdx";
-  for (const VersionCase& c : cases) {
-    PutFile(path, BytesOf(c.start));
-    EXPECT_EQ(IsSatcodxVersion2Or3(path), c.passes) << c.start;
+  for (const auto& [start, passes] : cases) {
+    PutFile(path, BytesOf(start));
+    EXPECT_EQ(IsSatcodxVersion2Or3(path), passes) << start;
     Merger merger;
-    EXPECT_EQ(AddMergeFile(recorder.context, merger, path), c.passes);
+    EXPECT_EQ(AddMergeFile(recorder.context, merger, path), passes);
     const Texts refused = {
         "SatcoDX Merger allows only SatcoDX Protocol Version 2 and 3.\nPlease download latest "
         "SatcoDX ( SDX ) file from website"};
-    EXPECT_EQ(recorder.Texts(), c.passes ? Texts{} : refused);
+    EXPECT_EQ(recorder.Texts(), passes ? Texts{} : refused);
     // The version matters in this mode alone, and for single files alone.
     Merger other{MergeMode::kLyngsat, {}};
     EXPECT_TRUE(AddMergeFile(recorder.context, other, path));
@@ -50,17 +45,16 @@ TEST(Merger, SamePathOnce) {
 }
 
 TEST(Merger, Folder) {
-  struct FolderCase {
+  const struct {
     MergeMode mode;
     Texts names;
     const char* empty;
-  };
-  const FolderCase cases[] = {
+  } cases[] = {
       {MergeMode::kSatcodx, {"a.SDX", "B.sdx", "c.sdx"}, "No SatcoDX ( SDX ) file found."},
       {MergeMode::kLyngsat, {"x.dat"}, "No Lyngsat ( DAT ) file found."},
       {MergeMode::kDvb2000, {"y.dvb"}, "No DVB2000 ( DVB ) file found."},
   };
-  for (const FolderCase& c : cases) {
+  for (const auto& c : cases) {
     Recorder recorder;
     const Path folder = recorder.context.temporary_folder;
     Merger merger{c.mode, {}};
@@ -74,8 +68,8 @@ TEST(Merger, Folder) {
     EXPECT_TRUE(AddMergeFolder(recorder.context, merger, folder));
     Texts names;
     for (const Path& path : merger.files) names.push_back(Utf8FromPath(path.filename()));
-    Texts expected = {c.names.back()};
-    expected.insert(expected.end(), c.names.begin(), c.names.end() - 1);
+    Texts expected = c.names;
+    std::rotate(expected.begin(), expected.end() - 1, expected.end());  // the one that was there leads
     EXPECT_EQ(names, expected);
     EXPECT_TRUE(recorder.shown.empty());
   }
@@ -138,14 +132,12 @@ TEST(Merger, FailedWriteLeavesTheOldFile) {
   EXPECT_EQ(*ReadWholeFile(output), BytesOf("onetwo"));
 }
 
-struct MoveCase {
-  std::vector<size_t> positions;
-  size_t before, first;
-  const char* order;
-};
-
 TEST(Merger, Move) {
-  const MoveCase cases[] = {
+  const struct {
+    std::vector<size_t> positions;
+    size_t before, first;
+    const char* order;
+  } cases[] = {
       {{}, 2, 2, "abcde"},     {{0}, 0, 0, "abcde"},
       {{0}, 1, 0, "abcde"},    {{0}, 2, 1, "bacde"},
       {{0}, 5, 4, "bcdea"},    {{4}, 0, 0, "eabcd"},
@@ -153,7 +145,7 @@ TEST(Merger, Move) {
       {{1, 3}, 5, 3, "acebd"}, {{0, 1, 2, 3, 4}, 3, 0, "abcde"},
       {{9}, 9, 5, "abcde"},
   };
-  for (const MoveCase& c : cases) {
+  for (const auto& c : cases) {
     Merger merger{MergeMode::kDvb2000, {"a", "b", "c", "d", "e"}};
     EXPECT_EQ(MoveMergeFiles(merger, c.positions, c.before), c.first) << c.order;
     std::string order;

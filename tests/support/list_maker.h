@@ -44,6 +44,9 @@ std::string Names(const std::vector<Record>& records) {
   return names;
 }
 
+// Program numbers of all services.
+std::vector<uint32_t> Ids(const WorkFiles& work);
+
 // The bytes of a work file.
 template <class Record>
 Bytes BytesOfRecords(const std::vector<Record>& records) {
