@@ -71,53 +71,38 @@ TEST_F(Adb, DefaultLnbAndUnusedSlots) {
 }
 
 TEST_F(Adb, EveryLnbFieldHasItsPlace) {
-  LnbRecord& lnb = database().lnbs[2];
-  lnb = {};
-  const struct {
-    const char* field;
-    std::function<void()> set;
-    uint32_t word0, word1;
-  } rows[] = {
-      {"frequency 1", [&] { lnb.frequency1 = 0x3FFF; }, 0x3FFF, 0},
-      {"frequency 2", [&] { lnb.frequency2 = 0x3FFF; }, 0x0FFFC000, 0},
-      {"type", [&] { lnb.type = 3; }, 0x30000000, 0},
-      {"power", [&] { lnb.power = 1; }, 0, 1u << 27},
-      {"bit 31", [&] { lnb.kept_31 = 1; }, 0, 1u << 28},
-      {"upper bits", [&] { lnb.kept_20 = 0xFFF; }, 0, 0xFFF},
-      {"tone", [&] { lnb.tone_22khz = 3; }, 0, 3u << 12},
-      {"switch type", [&] { lnb.switch_type = 3; }, 0, 3u << 14},
-      {"motor", [&] { lnb.motor = 1; }, 0, 1u << 16},
-      {"DiSEqC", [&] { lnb.diseqc_switch = 7; }, 0, 7u << 17},
-      {"plain", [&] { lnb.plain_switch = 31; }, 0, 31u << 20},
-      {"tone burst", [&] { lnb.tone_burst_switch = 3; }, 0, 3u << 25},
-      {"cleared",
-       [&] {
-         lnb.cleared_0 = 3;
-         lnb.cleared_12 = 7;
-       },
-       0, 0},
-  };
-  for (const auto& row : rows) {
-    lnb = {};
-    row.set();
-    uint8_t entry[8];
+  LnbRecord lnb{.frequency1 = 9750,
+                .frequency2 = 10600,
+                .type = 2,
+                .power = 1,
+                .kept_31 = 0,
+                .cleared_0 = 3,
+                .diseqc_switch = 3,
+                .plain_switch = 17,
+                .tone_burst_switch = 2,
+                .cleared_12 = 7,
+                .tone_22khz = 1,
+                .switch_type = 2,
+                .motor = 0,
+                .kept_20 = 0xA5C};
+  uint8_t entry[8];
+  const auto words = [&] {
     PackLnb(lnb, entry);
-    EXPECT_EQ(WordAt(entry, 0), 0xC0000000u | row.word0) << row.field;
-    EXPECT_EQ(WordAt(entry, 4), 0xE0000000u | row.word1) << row.field;
-  }
+    return std::pair(WordAt(entry, 0), WordAt(entry, 4));
+  };
+  const uint32_t word0 = 0xEA5A2616, word1 = 0xED169A5C;
+  EXPECT_EQ(words(), std::pair(word0, word1));
+  for (size_t i = 0; i < sizeof lnb; ++i) reinterpret_cast<uint8_t*>(&lnb)[i] ^= 0xFF;
+  EXPECT_EQ(words(), std::pair(word0 ^ 0x3FFFFFFF, word1 ^ 0x1FFFFFFF));
+  lnb.motor = 0;
+  EXPECT_EQ(words().second, word1 ^ 0x1FFEFFFF);
 }
 
 TEST_F(Adb, RecordsByHand) {
+  const char* name = "ABCDEFGHIJKLMNOPQRST";  // fills its field
   uint8_t entry[44];
-  SatelliteRecord satellite{.carrier_count = 3,
-                            .lnb_index = 5,
-                            .position = 7,
-                            .user = 0,
-                            .east = 1,
-                            .angle = 192,
-                            .kept_14 = 0,
-                            .name = {}};
-  SetName(satellite.name, "Astra 1");
+  // Carriers, LNB, position; user, east, angle, kept.
+  SatelliteRecord satellite{3, 5, 7, 0, 1, 192, 0, "Astra 1"};
   PackSatellite(satellite, entry);
   EXPECT_EQ(WordAt(entry, 0), 0x50070003u);
   EXPECT_EQ(WordAt(entry, 4), 0x000050C0u);
@@ -128,23 +113,15 @@ TEST_F(Adb, RecordsByHand) {
   EXPECT_EQ(WordAt(entry, 0), 0xD3070003u);
   EXPECT_EQ(WordAt(entry, 4), 0xFFFF50C0u);
 
-  CarrierRecord carrier{};
-  carrier.symbol_rate = 27500;
-  carrier.lnb_index = 9;
-  carrier.service_count = 2;
-  carrier.satellite_index = 5;
-  carrier.polarization = kRight;
-  carrier.fec = 3;
-  carrier.user = 1;
-  carrier.kept_16 = 0xBEEF;
-  carrier.frequency = 11778;
-  std::memcpy(carrier.name, "ABCDEFGHIJKLMNOPQRST", 20);
+  // Symbol rate, LNB; first service, services; satellite, polarization, FEC, user, kept; frequency.
+  CarrierRecord carrier{27500, 9, 0, 2, 5, kRight, 3, 1, 0xBEEF, "", 11778};
+  std::memcpy(carrier.name, name, 20);
   PackCarrier(carrier, entry);
   EXPECT_EQ(WordAt(entry, 0), 0x5F006B6Cu);
   EXPECT_EQ(WordAt(entry, 4), 11778u);
   EXPECT_EQ(WordAt(entry, 8), 0x00020000u);
   EXPECT_EQ(WordAt(entry, 12), 0xBEEFFC05u);
-  EXPECT_EQ(TextAt(entry, 16, 20), "ABCDEFGHIJKLMNOPQRST");
+  EXPECT_EQ(TextAt(entry, 16, 20), name);
   for (uint32_t code = 0; code < 4; ++code) {
     carrier.polarization = code & 3;
     PackCarrier(carrier, entry);
@@ -152,22 +129,14 @@ TEST_F(Adb, RecordsByHand) {
     EXPECT_EQ(WordAt(entry, 0) >> 24 & 3, code) << code;
   }
 
-  ServiceRecord service{};
-  service.program_number = 1234;
-  service.carrier_index = 9;
-  service.video_pid = 100;
-  service.audio_pid = 200;
-  service.kept_28 = 5;
-  service.pcr_pid = kNoPid;
-  service.type = kTv;
-  service.free = 1;
-  service.kept_17 = 1;
-  std::memcpy(service.name, "ABCDEFGHIJKLMNOPQRST", 20);
+  // Program number, carrier; video, audio, kept; PCR, type, free, kept.
+  ServiceRecord service{1234, 9, 100, 200, 5, kNoPid, kTv, 1, 1, ""};
+  std::memcpy(service.name, name, 20);
   PackService(service, entry);
   EXPECT_EQ(WordAt(entry, 0), 0x50320064u);
   EXPECT_EQ(WordAt(entry, 4), 0x00026000u);
   EXPECT_EQ(WordAt(entry, 8), 0xF00904D2u);
-  EXPECT_EQ(TextAt(entry, 12, 32), Padded("ABCDEFGHIJKLMNOPQRST", 32));
+  EXPECT_EQ(TextAt(entry, 12, 32), Padded(name, 32));
   service.free = 0;
   PackService(service, entry);
   EXPECT_EQ(WordAt(entry, 4), 0x00036000u);
@@ -176,8 +145,8 @@ TEST_F(Adb, RecordsByHand) {
 TEST_F(Adb, TablesGrowTowardsEachOther) {
   Grow(3, 0);
   auto& carriers = database().carriers;
-  std::swap(carriers[0],
-            carriers[2]);  // the SDB's own order, not the satellite's, is the order in the receiver
+  // The SDB's own order, not the satellite's, is the order in the receiver.
+  std::swap(carriers[0], carriers[2]);
   for (size_t i = 0; i < 3; ++i) SetName(carriers[i]->record.name, "C" + std::to_string(i));
   for (const size_t carrier : {2u, 0u, 2u, 0u, 0u}) {
     SetName(AddTestService(database(), carriers[carrier])->record.name, "S" + std::to_string(carrier));
@@ -197,9 +166,8 @@ TEST_F(Adb, TablesGrowTowardsEachOther) {
   }
   // In the order of making: S2 S0 S2 S0 S0.
   const uint16_t order[] = {3, 0, 4, 1, 2, 0xFFFF};
-  for (uint32_t i = 0; i < 6; ++i) {
-    EXPECT_EQ(adb[layout.tables_end + 2 * i] | adb[layout.tables_end + 2 * i + 1] << 8, order[i]) << i;
-  }
+  const uint8_t* entries = &adb[static_cast<size_t>(layout.tables_end)];
+  for (uint32_t i = 0; i < 6; ++i) EXPECT_EQ(entries[2 * i] | entries[2 * i + 1] << 8, order[i]) << i;
 }
 
 TEST_F(Adb, FavouritesAndTheirHeaders) {
@@ -334,13 +302,11 @@ TEST_F(Adb, PartitionsAndRegionMustHoldTheirContent) {
     config.regions[1].end = config.regions[1].start - 1;
     ExpectRefused(kVerifyCounts);
   }
-}
-
-// The image header takes the last 64 bytes of the region at configuration index 0: nothing may stand there.
-TEST_F(Adb, NothingMayStandUnderTheImageHeader) {
-  const AdbLayout layout = LayoutOf(config);
+  // The image header takes the last 64 bytes of the region at configuration index 0: nothing may stand there.
+  config = MakeImageConfig(0);
   config.partition_sizes[2] = 72 + 64;
-  config.regions[1].end = config.regions[1].start + static_cast<uint32_t>(layout.selection) + 72 + 64;
+  config.regions[1].end =
+      config.regions[1].start + static_cast<uint32_t>(LayoutOf(config).selection) + 72 + 64;
   Build();
   --config.partition_sizes[2];
   --config.regions[1].end;

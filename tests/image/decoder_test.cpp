@@ -56,12 +56,11 @@ std::unique_ptr<StaticDatabase> Expected(const Context& context, const StaticDat
     trim(name);
     if (name[0] == 0) SetName(name, "Carrier_" + std::to_string(i));
   }
-  size_t group = 0;
-  for (FavouriteGroup& favourite : expected->favourites) {
-    ++group;
-    if (favourite.record.tv_name[0] != 0 || favourite.record.radio_name[0] != 0) continue;
-    SetName(favourite.record.tv_name, "Favourite" + std::to_string(group));
-    SetName(favourite.record.radio_name, "Favourite" + std::to_string(group));
+  for (size_t i = 0; i < expected->favourites.size(); ++i) {
+    FavouriteRecord& record = expected->favourites[i].record;
+    if (record.tv_name[0] != 0 || record.radio_name[0] != 0) continue;
+    SetName(record.tv_name, "Favourite" + std::to_string(i + 1));
+    SetName(record.radio_name, "Favourite" + std::to_string(i + 1));
   }
   const Bytes stream = WriteSdbStream(*expected, {});
   auto reopened = std::make_unique<StaticDatabase>();
@@ -77,8 +76,7 @@ TEST_F(Decoder, WhateverFitsComesBack) {
     if (round % 30 == 0) shape = {16, 85, 1200, 4000, 900, false, false};
     shape.any_bits = round % 2 == 0;
     shape.long_names = round % 3 == 0;
-    auto made = MakeRandomDatabase(random, shape);
-    document.sdbs[0].database = std::move(made);
+    document.sdbs[0].database = MakeRandomDatabase(random, shape);
     for (uint8_t& byte : document.settings_block) byte = static_cast<uint8_t>(random());
     config = MakeImageConfig(static_cast<uint8_t>(round % 3));
     Build();
@@ -103,40 +101,31 @@ TEST_F(Decoder, WhateverFitsComesBack) {
   }
 }
 
-TEST_F(Decoder, EverySatelliteCarrierAndServiceBitComesBack) {
+TEST_F(Decoder, EveryRecordBitComesBack) {
   std::mt19937 random(5);
-  const auto fill = [&](auto& record, size_t bytes) {
-    auto* raw = reinterpret_cast<uint8_t*>(&record);
-    for (size_t i = 0; i < bytes; ++i) raw[i] = static_cast<uint8_t>(random());
+  // Packs and unpacks records of random bits in their first `bytes`, less those that `clear` takes away.
+  const auto comes_back = [&](auto record, size_t bytes, auto clear, auto pack, auto unpack) {
+    for (int round = 0; round < 2000; ++round) {
+      auto* raw = reinterpret_cast<uint8_t*>(&record);
+      for (size_t i = 0; i < bytes; ++i) raw[i] = static_cast<uint8_t>(random());
+      clear(record);
+      std::array<uint8_t, 44> entry;
+      pack(record, entry);
+      const auto back = unpack(entry);
+      ASSERT_EQ(std::memcmp(&record, &back, sizeof record), 0) << sizeof record << ' ' << round;
+    }
   };
-  uint8_t entry[44];
-  for (int round = 0; round < 2000; ++round) {
-    LnbRecord lnb{};
-    fill(lnb, 8);
-    lnb.cleared_0 = 0, lnb.cleared_12 = 0;
-    PackLnb(lnb, entry);
-    const LnbRecord lnb_back = UnpackLnb(entry);
-    ASSERT_EQ(std::memcmp(&lnb, &lnb_back, 8), 0) << round;
-    SatelliteRecord satellite{};
-    fill(satellite, 8);
-    satellite.lnb_index &= 15;
-    PackSatellite(satellite, entry);
-    const SatelliteRecord satellite_back = UnpackSatellite(entry);
-    ASSERT_EQ(std::memcmp(&satellite, &satellite_back, sizeof satellite), 0) << round;
-    CarrierRecord carrier{};
-    fill(carrier, 12);
-    carrier.lnb_index = 0;
-    carrier.frequency = random() & 0xFFFFFFFF;
-    PackCarrier(carrier, entry);
-    const CarrierRecord carrier_back = UnpackCarrier(entry);
-    ASSERT_EQ(std::memcmp(&carrier, &carrier_back, sizeof carrier), 0) << round;
-    ServiceRecord service{};
-    fill(service, 12);
-    service.carrier_index &= 0xFFF;
-    PackService(service, entry);
-    const ServiceRecord service_back = UnpackService(entry);
-    ASSERT_EQ(std::memcmp(&service, &service_back, sizeof service), 0) << round;
-  }
+  const auto lnb = [](LnbRecord& r) { r.cleared_0 = 0, r.cleared_12 = 0; };
+  comes_back(LnbRecord{}, 8, lnb, PackLnb, UnpackLnb);
+  comes_back(
+      SatelliteRecord{}, 8, [](SatelliteRecord& r) { r.lnb_index &= 15; }, PackSatellite, UnpackSatellite);
+  const auto carrier = [&](CarrierRecord& r) {
+    r.lnb_index = 0;
+    r.frequency = random() & 0xFFFFFFFF;
+  };
+  comes_back(CarrierRecord{}, 12, carrier, PackCarrier, UnpackCarrier);
+  comes_back(
+      ServiceRecord{}, 12, [](ServiceRecord& r) { r.carrier_index &= 0xFFF; }, PackService, UnpackService);
 }
 
 TEST_F(Decoder, EmptySlotsAreDefaultSatellites) {
@@ -158,9 +147,7 @@ TEST(Journal, AllLeadingBitCases) {
     }
   }
   EXPECT_EQ(JournalSlot(0), 0u);
-  EXPECT_EQ(JournalSlot(0x7FFFFFFFFFFFFFFF), 0u);
   EXPECT_EQ(JournalSlot(uint64_t{1} << 28), 34u);
-  EXPECT_EQ(JournalSlot(uint64_t{1} << 27), 0u);
 }
 
 TEST_F(Decoder, TheCurrentCopyIsTaken) {
@@ -170,9 +157,8 @@ TEST_F(Decoder, TheCurrentCopyIsTaken) {
   const Bytes first(Settings().begin(), Settings().end());
   for (uint32_t slot = 0; slot < 35; ++slot) {
     for (uint32_t i = 0; i < 35; ++i) {
-      const auto place =
-          std::span(images.adb).subspan(static_cast<size_t>(layout.settings) + kMarker + i * 96, 96);
-      std::copy(first.begin(), first.end(), place.begin());
+      uint8_t* place = &images.adb[static_cast<size_t>(layout.settings) + kMarker + i * 96];
+      std::copy(first.begin(), first.end(), place);
       place[95] = static_cast<uint8_t>(i + 1);
       images.adb[static_cast<size_t>(layout.selection) + kMarker + i * 64] = static_cast<uint8_t>(i + 1);
     }
@@ -201,13 +187,10 @@ TEST_F(Decoder, FileByItsParts) {
   const auto decoded = Decode(box);
   ASSERT_TRUE(decoded);
   const Bytes& file = decoded->file;
-  Bytes header(24, 0xFF);
-  header[0] = 'Q';
-  header[1] = 'z';
-  header[2] = 2;
-  header[6] = 6;
-  header[7] = 0;
-  EXPECT_EQ(Bytes(file.begin(), file.begin() + 24), header);
+  Bytes expected(24, 0xFF);
+  const uint8_t header[] = {'Q', 'z', 2, 0xFF, 0xFF, 0xFF, 6, 0};
+  std::copy(std::begin(header), std::end(header), expected.begin());
+  EXPECT_EQ(Bytes(file.begin(), file.begin() + 24), expected);
   const struct {
     const char* name;
     uint16_t size, count;
@@ -217,21 +200,18 @@ TEST_F(Decoder, FileByItsParts) {
                 {"UserBox", 28, 1, 28}};
   size_t at = 24;
   for (const auto& block : blocks) {
-    Bytes expected = BytesOf(block.name);
+    expected = BytesOf(block.name);
     expected.resize(8, 0);
     expected.insert(expected.end(), {static_cast<uint8_t>(block.size), 0, 0xFF, 0xFF,
                                      static_cast<uint8_t>(block.count), 0, 0xFF, 0xFF});
     ASSERT_LE(at + 16, file.size());
-    EXPECT_EQ(Bytes(file.begin() + static_cast<std::ptrdiff_t>(at),
-                    file.begin() + static_cast<std::ptrdiff_t>(at) + 16),
-              expected)
-        << block.name;
+    EXPECT_EQ(Bytes(&file[at], &file[at] + 16), expected) << block.name;
     at += 16 + block.bytes;
-    if (block.count == 3 && block.size == 2) {
-      EXPECT_EQ(file[at - 2] & file[at - 1], 0xFF) << "pad of an odd service count";
-    }
   }
   EXPECT_EQ(at, file.size());
+  const size_t groups = 16 + 8 * 44 + 4, box_block = 16 + 28;
+  EXPECT_EQ(file[at - box_block - groups - 2], 0xFF) << "pad of an odd service count";
+  EXPECT_EQ(file[at - box_block - groups - 1], 0xFF);
   const Document opened = Open(*decoded);
   EXPECT_EQ(opened.sdbs[0].database->carriers[0]->record.lnb_index, 6u);
   ASSERT_EQ(opened.ubis.size(), 1u);

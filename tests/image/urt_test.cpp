@@ -27,6 +27,8 @@ std::string HexOf(std::span<const uint8_t> bytes) {
 
 struct Urt : testing::Test {
   Recorder recorder;
+  const Path input = recorder.context.temporary_folder / "in.bin",
+             output = recorder.context.temporary_folder / "out.urt";
   ConversionParameters parameters{.header_tag = 0xF0,
                                   .packet_tag = 0xF5,
                                   .block_size = 1024,
@@ -51,6 +53,9 @@ struct Urt : testing::Test {
     Bytes urt;
     EXPECT_EQ(BuildUrt(recorder.context, parameters, description, image, urt), ConversionResult::kDone);
     return urt;
+  }
+  ConversionResult Convert(const Context& context) {
+    return ConvertToUrt(context, parameters, description, input, output);
   }
   // Builds, reads back and expects no finding.
   UrtContent Reread(const Bytes& image) {
@@ -98,25 +103,25 @@ TEST_F(Urt, RoomByTypeAndFlag) {
               {1, 1, 65, 64}, {2, 0, 1025, 1024}, {2, 1, 1025, 1024}, {3, 0, 0, 0},
               {3, 2, 0, 0},   {4, 0, 65, 64},     {5, 3, 65, 64},     {15, 1, 65, 64}};
   for (const auto& row : rows) {
-    const std::string label = Format("type %u flag %u", row.type, row.flag);
-    Bytes urt;
+    SCOPED_TRACE(Format("type %u flag %u", row.type, row.flag));
+    const auto refuses = [&](size_t size) {
+      Bytes urt;
+      EXPECT_EQ(BuildUrt(recorder.context, parameters, description, Bytes(size), urt),
+                ConversionResult::kRefused);
+      ASSERT_EQ(recorder.shown.size(), 1u);
+      EXPECT_EQ(recorder.shown[0].title, "URT Conversion");
+      EXPECT_THAT(recorder.Texts(), ElementsAre(kNoRoom));
+    };
     for (const uint32_t space : {row.smallest, row.smallest + 7}) {
       Type(row.type, row.flag, 0x500, 0x500 + space);
       const UrtContent content = Reread(Bytes(space - row.header, 0x11));
-      EXPECT_EQ(content.image.size(), space) << label;
-      EXPECT_EQ(content.header.has_value(), row.header != 0) << label;
-      EXPECT_EQ(BuildUrt(recorder.context, parameters, description, Bytes(space - row.header + 1), urt),
-                ConversionResult::kRefused)
-          << label;
-      EXPECT_THAT(recorder.Texts(), ElementsAre(kNoRoom)) << label;
+      EXPECT_EQ(content.image.size(), space);
+      EXPECT_EQ(content.header.has_value(), row.header != 0);
+      refuses(space - row.header + 1);
     }
     if (row.smallest == 0) continue;
     Type(row.type, row.flag, 0x500, 0x500 + row.smallest - 1);
-    EXPECT_EQ(BuildUrt(recorder.context, parameters, description, {}, urt), ConversionResult::kRefused)
-        << label;
-    ASSERT_EQ(recorder.shown.size(), 1u) << label;
-    EXPECT_EQ(recorder.shown[0].title, "URT Conversion");
-    EXPECT_EQ(recorder.Texts(), std::vector<std::string>{kNoRoom});
+    refuses(0);
   }
 }
 
@@ -196,10 +201,8 @@ TEST_F(Urt, CountsAndOffsetsWrapAndAreStillRead) {
   const UrtContent content = Reread(Counting(700 * 1024));
   ASSERT_EQ(content.blocks.size(), 3u);
   EXPECT_EQ(content.blocks[0].packets, 308u);
-}
-
-TEST_F(Urt, MoreBlocksThanTheLengthFieldHolds) {
-  parameters.packet_size = 1024;
+  // More blocks than the description's length field holds.
+  parameters.block_size = 1024;
   Type(0, 1, 0, 300 * 1024);
   const Bytes urt = Build(Counting(300 * 1024));
   EXPECT_EQ(urt[11] << 8 | urt[12], 0x8000 | ((300 * 14 + 47) & 0xFFF));
@@ -224,9 +227,8 @@ TEST_F(Urt, DescriptionFieldsReachBothHeaders) {
         std::tuple(content.type, content.kind, content.manufacturer_id, content.version_a, content.version_b),
         std::tuple(type, 14, 0x2A, 3, 4));
     EXPECT_EQ(std::tuple(content.software_major, content.software_minor, content.start, content.end,
-                         content.configuration_flag),
-              std::tuple(7, 5, 0x80001000u, 0x80002000u, 1));
-    EXPECT_EQ(content.time.second, 59);
+                         content.configuration_flag, content.time.second),
+              std::tuple(7, 5, 0x80001000u, 0x80002000u, 1, 59));
     ASSERT_TRUE(content.header);
     const ImageHeader& header = *content.header;
     EXPECT_EQ(std::tuple(header.type, header.kind, header.flag, header.manufacturer_id, header.version_a,
@@ -351,43 +353,31 @@ TEST_F(Urt, FindingsNameThePlace) {
 }
 
 TEST_F(Urt, FilesAppearWholeOrNotAtAll) {
-  const Path input = recorder.context.temporary_folder / "in.bin",
-             output = recorder.context.temporary_folder / "out.urt";
   Type(3, 0, 0, 8);
-  EXPECT_EQ(ConvertToUrt(recorder.context, parameters, description, input, output),
-            ConversionResult::kCannotOpen);
+  EXPECT_EQ(Convert(recorder.context), ConversionResult::kCannotOpen);
   PutFile(input, Counting(8));
   PutFile(output, BytesOf("old"));
-  const ConversionResult expected[] = {ConversionResult::kCannotOpen, ConversionResult::kWriteFailed,
-                                       ConversionResult::kWriteFailed, ConversionResult::kWriteFailed,
-                                       ConversionResult::kWriteFailed};
   // Create, description, packets, finish, replace.
   for (int step = 1; step <= 5; ++step) {
     recorder.FailStep(step);
-    EXPECT_EQ(ConvertToUrt(recorder.context, parameters, description, input, output), expected[step - 1])
+    EXPECT_EQ(Convert(recorder.context),
+              step == 1 ? ConversionResult::kCannotOpen : ConversionResult::kWriteFailed)
         << step;
     EXPECT_EQ(ReadWholeFile(output), BytesOf("old")) << step;
   }
   recorder.FailStep(0);
-  EXPECT_EQ(ConvertToUrt(recorder.context, parameters, description, input, output), ConversionResult::kDone);
+  EXPECT_EQ(Convert(recorder.context), ConversionResult::kDone);
   EXPECT_EQ(ReadWholeFile(output), Build(Counting(8)));
-  size_t left = 0;
-  for ([[maybe_unused]] const auto& entry :
-       std::filesystem::directory_iterator(recorder.context.temporary_folder))
-    ++left;
-  EXPECT_EQ(left, 2u);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(recorder.context.temporary_folder), {}), 2);
 }
 
 // Files are read block by block, twice, memory is not: both make the same.
 TEST_F(Urt, FilesOfManyBlocksAndChangingOnes) {
-  const Path input = recorder.context.temporary_folder / "in.bin",
-             output = recorder.context.temporary_folder / "out.urt";
   parameters.packet_size = 1000;
   for (const uint32_t size : {1u, 1023u, 1024u, 1025u, 5000u}) {
     Type(1, 0, 0, 9000);
     PutFile(input, Counting(size));
-    EXPECT_EQ(ConvertToUrt(recorder.context, parameters, description, input, output),
-              ConversionResult::kDone);
+    EXPECT_EQ(Convert(recorder.context), ConversionResult::kDone);
     EXPECT_EQ(ReadWholeFile(output), Build(Counting(size))) << size;
   }
   for (const bool cut : {true, false}) {
@@ -400,8 +390,7 @@ TEST_F(Urt, FilesOfManyBlocksAndChangingOnes) {
     };
     Context context = recorder.context;
     context.files = &files;
-    EXPECT_EQ(ConvertToUrt(context, parameters, description, input, output), ConversionResult::kReadFailed)
-        << cut;
+    EXPECT_EQ(Convert(context), ConversionResult::kReadFailed) << cut;
     EXPECT_EQ(ReadWholeFile(output), Build(Counting(5000))) << "kept";
   }
 }
