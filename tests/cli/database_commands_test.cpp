@@ -1,9 +1,4 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "core/bin_file.h"
-#include "tests/support/recorder.h"
-#include "tests/support/run_vexa.h"
+#include "tests/cli/cli_test.h"
 
 namespace vexa {
 namespace {
@@ -11,137 +6,102 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-struct DatabaseCommands : testing::Test {
-  Recorder recorder;
-  Path folder = recorder.context.temporary_folder;
-  std::string In(const std::string& name) { return Utf8FromPath(folder / PathFromUtf8(name)); }
-
-  // A database of `sdbs` SDBs, each with one LNB, three satellites and a carrier, and two user box records.
-  std::string MakeDatabase(int sdbs = 2) {
+struct DatabaseCommands : CliTest {
+  // base.bin: SDBs of three satellites and a carrier at the second, and two user box records.
+  void MakeDatabase(int sdbs = 2) {
     Document document;
     for (int i = 1; i <= sdbs; ++i) {
       StaticDatabase& database = *AppendSdb(document, "SDB" + std::to_string(i))->database;
       database.lnb_count = 1;
-      for (const char* name : {"Astra", "Hotbird", "Thor"}) {
-        Satellite* satellite = database.satellite_pool.Take();
-        SetName(satellite->record.name, name);
-        database.satellites.push_back(satellite);
-      }
-      Carrier* carrier = database.carrier_pool.Take();
-      SetName(carrier->record.name, "Carrier1");
-      carrier->satellite = database.satellites[1];
-      carrier->record.satellite_index = 1;
-      carrier->satellite->carriers.push_back(carrier);
-      carrier->satellite->record.carrier_count = 1;
-      database.carriers.push_back(carrier);
+      for (const char* name : {"Astra", "Hotbird", "Thor"}) AddTestSatellite(database, name);
+      AddTestCarrier(database, 1);
     }
     document.ubis = {{"UBI1", {}}, {"UBI2", {}}};
-    const std::string file = In("base.bin");
-    EXPECT_TRUE(SaveBin(recorder.context, document, PathFromUtf8(file)));
-    return file;
-  }
-  Document Open(const std::string& file) {
-    Document document;
-    EXPECT_TRUE(OpenBin(recorder.context, PathFromUtf8(file), document)) << file;
-    return document;
+    Save(document, "base.bin");
   }
 };
 
 TEST_F(DatabaseCommands, WrongUsageIsStatusTwoAndSaysNothingOnOutput) {
-  const std::string file = MakeDatabase(), out = In("out.bin");
-  const std::vector<std::vector<std::string>> rows = {
-      {},
-      {"nonsense"},
-      {"info"},
-      {"info", file, "--nonsense"},
-      {"save", file},
-      {"save", file, "-o", out, "--version", "256.0"},
-      {"save", file, "-o", out, "--version", "1"},
-      {"save", file, "-o", out, "--initials", "ABCD"},
-      {"save", file, "-o", out, "--compress-bin", "maybe"},
-      {"save", In("missing.bin"), "-o", out, "--sdb", "1,x"},
-      {"export", file, "-o", out, "--sdb", "1-2"},
-      {"save", file, "-o", out, "--sdb", "0"},
-      {"save", file, "-o", out, "--sdb", "2-1"},
-      {"save", file, "-o", out, "--satellites", "1"},
+  MakeDatabase();
+  const std::string lines[] = {
+      "",
+      "nonsense",
+      "info",
+      "info @base.bin --nonsense",
+      "save @base.bin",
+      "save @missing.bin -o @out.bin --sdb 1,x",
+      "export @base.bin -o @out.bin --sdb 1-2",
   };
-  for (const auto& row : rows) {
-    const ProgramResult result = RunVexa(row);
-    EXPECT_EQ(result.status, 2) << testing::PrintToString(row);
-    EXPECT_EQ(result.output, "") << testing::PrintToString(row);
-    EXPECT_NE(result.errors, "") << testing::PrintToString(row);
-  }
-  EXPECT_FALSE(std::filesystem::exists(PathFromUtf8(out)));
+  const std::string options[] = {"--version 256.0",
+                                 "--version 1",
+                                 "--version 0x100.0",
+                                 "--version '1.0 '",
+                                 "--initials ABCD",
+                                 "--initials \xE6\x97\xA5",
+                                 "--compress-bin maybe",
+                                 "--sdb 0",
+                                 "--sdb 2-1",
+                                 "--sdb 0x",
+                                 "--sdb 1x",
+                                 "--sdb 1,",
+                                 "--sdb 0x1-",
+                                 "--satellites 1"};
+  const auto refuses = [&](const std::string& line) {
+    const ProgramResult result = Vexa(line);
+    EXPECT_EQ(result.status, 2) << line;
+    EXPECT_EQ(result.output, "") << line;
+    EXPECT_NE(result.errors, "") << line;
+  };
+  for (const std::string& line : lines) refuses(line);
+  for (const std::string& option : options) refuses("save @base.bin -o @out.bin " + option);
+  EXPECT_FALSE(Exists("out.bin"));
+}
+
+TEST_F(DatabaseCommands, NumbersAreDecimalOrHexadecimal) {
+  MakeDatabase();
+  for (const std::string option : {"--sdb 0x1", "--sdb 0X1-0x02,01", "--version 0xFF.0x0A"})
+    EXPECT_EQ(Vexa("save @base.bin -o @out.bin " + option).status, 0) << option;
 }
 
 TEST_F(DatabaseCommands, RefusalsAreStatusOneWithTheBoxTextAndKeepTheOldOutput) {
-  const std::string file = MakeDatabase(), out = In("out.bin");
-  PutFile(PathFromUtf8(out), BytesOf("old"));
-  PutFile(PathFromUtf8(In("bad.bin")), BytesOf("no database at all, but long enough"));
+  MakeDatabase();
+  Put("out.bin", "old");
+  Put("bad.bin", "no database at all, but long enough");
   const struct {
-    std::vector<std::string> arguments;
-    const char* text;
+    const char *line, *text;
   } rows[] = {
-      {{"info", In("missing.bin")}, "error: Error No: -3 \n File Access Error!!!\n"},
-      {{"save", In("bad.bin"), "-o", out}, "error: StaticDB file magic ID mismatch. Input a valid SDB.\n"},
-      {{"save", file, "-o", out, "--sdb", "3"}, "error: "},
-      {{"save", file, "-o", out, "--sdb", "1", "--satellites", "86"}, "error: "},
-      {{"save", file, "-o", In("no/such/folder.bin")}, "error: Could not creat file \""},
+      {"info @missing.bin", "error: Error No: -3 \n File Access Error!!!\n"},
+      {"save @bad.bin -o @out.bin", "error: StaticDB file magic ID mismatch. Input a valid SDB.\n"},
+      {"save @base.bin -o @out.bin --sdb 3", "error: "},
+      {"save @base.bin -o @out.bin --sdb 1 --satellites 86", "error: "},
+      {"save @base.bin -o @no/such/folder.bin", "error: Could not creat file \""},
   };
   for (const auto& row : rows) {
-    const ProgramResult result = RunVexa(row.arguments);
-    EXPECT_EQ(result.status, 1) << row.text;
-    EXPECT_EQ(result.output, "") << row.text;
+    const ProgramResult result = Vexa(row.line);
+    EXPECT_EQ(result.status, 1) << row.line;
+    EXPECT_EQ(result.output, "") << row.line;
     EXPECT_THAT(result.errors, StartsWith(row.text));
-    EXPECT_EQ(ReadWholeFile(PathFromUtf8(out)), BytesOf("old")) << row.text;
+    EXPECT_EQ(Get("out.bin"), BytesOf("old")) << row.line;
   }
 }
 
 TEST_F(DatabaseCommands, SaveChoosesSdbsAndUbis) {
-  const std::string file = MakeDatabase(3), out = In("\xC3\xBC out.bin");
-  ASSERT_EQ(RunVexa({"save", file, "-o", out, "--sdb", "3,1", "--ubi", "2"}).status, 0);
-  Document document = Open(out);
+  MakeDatabase(3);
+  const std::string out = "\xC3\xBC out.bin", save = "save @base.bin -o '@" + out + "' ";
+  ASSERT_EQ(Vexa(save + "--sdb 3,1 --ubi 2").status, 0);
+  const Document document = Open(out);
   ASSERT_EQ(document.sdbs.size(), 2u);
   EXPECT_EQ(document.sdbs[1].name, "SDB3");
   ASSERT_EQ(document.ubis.size(), 1u);
   EXPECT_EQ(document.ubis[0].name, "UBI2");
-  ASSERT_EQ(RunVexa({"save", file, "-o", out, "--ubi", "none"}).status, 0);
+  ASSERT_EQ(Vexa(save + "--ubi none").status, 0);
   EXPECT_EQ(Open(out).ubis.size(), 0u);
 }
 
-TEST_F(DatabaseCommands, NumbersAreDecimalOrHexadecimal) {
-  const std::string file = MakeDatabase(), out = In("out.bin");
-  const struct {
-    std::vector<std::string> arguments;
-    int status;
-  } cases[] = {
-      {{"save", file, "-o", out, "--sdb", "0x1"}, 0},
-      {{"save", file, "-o", out, "--sdb", "0X1-0x02,01"}, 0},
-      {{"save", file, "-o", out, "--sdb", "0x"}, 2},
-      {{"save", file, "-o", out, "--sdb", "1x"}, 2},
-      {{"save", file, "-o", out, "--sdb", "1,"}, 2},
-      {{"save", file, "-o", out, "--sdb", "0x1-"}, 2},
-      {{"save", file, "-o", out, "--version", "0xFF.0x0A"}, 0},
-      {{"save", file, "-o", out, "--version", "0x100.0"}, 2},
-      {{"save", file, "-o", out, "--version", "1.0 "}, 2},
-  };
-  for (const auto& c : cases)
-    EXPECT_EQ(RunVexa(c.arguments).status, c.status) << testing::PrintToString(c.arguments);
-}
-
-TEST_F(DatabaseCommands, InitialsAreCharactersOfTheFileNotOfTheTerminal) {
-  const std::string file = MakeDatabase(), out = In("out.bin");
-  EXPECT_EQ(RunVexa({"save", file, "-o", out, "--initials", "\xC3\xA4\xC3\xB6\xC3\xBC"}).status, 0);
-  const Bytes saved = ReadWholeFile(PathFromUtf8(out)).value_or(Bytes{});
-  ASSERT_GT(saved.size(), 24u);
-  EXPECT_EQ(std::string(saved.begin() + 8, saved.begin() + 11), "\xE4\xF6\xFC");
-  EXPECT_EQ(RunVexa({"save", file, "-o", out, "--initials", "\xE6\x97\xA5"}).status, 2);
-}
-
 TEST_F(DatabaseCommands, SaveSatellitesWritesASubset) {
-  const std::string file = MakeDatabase(), out = In("subset.bin");
-  ASSERT_EQ(RunVexa({"save", file, "-o", out, "--sdb", "2", "--satellites", "2-3"}).status, 0);
-  const Document document = Open(out);
+  MakeDatabase();
+  ASSERT_EQ(Vexa("save @base.bin -o @subset.bin --sdb 2 --satellites 2-3").status, 0);
+  const Document document = Open("subset.bin");
   ASSERT_EQ(document.sdbs.size(), 1u);
   const StaticDatabase& database = *document.sdbs[0].database;
   EXPECT_EQ(NameOf(database.satellites[0]->record.name), "Hotbird");
@@ -150,17 +110,19 @@ TEST_F(DatabaseCommands, SaveSatellitesWritesASubset) {
 }
 
 TEST_F(DatabaseCommands, VersionInitialsAndCompressionReachTheFile) {
-  const std::string file = MakeDatabase(), out = In("out.bin");
-  ASSERT_EQ(RunVexa({"save", file, "-o", out, "--version", "255.7", "--initials", "AB", "--compress-bin",
-                     "on", "--compress-sdb", "on"})
-                .status,
-            0);
-  const Bytes bytes = *ReadWholeFile(PathFromUtf8(out));
-  EXPECT_EQ(bytes[2], 255);
-  EXPECT_EQ(bytes[3], 7);
-  EXPECT_EQ(std::string(bytes.begin() + 8, bytes.begin() + 11), "AB ");
-  EXPECT_EQ(bytes[11], 1);
-  const ProgramResult info = RunVexa({"info", out});
+  MakeDatabase();
+  const std::string save = "save @base.bin -o @out.bin --version 255.7 --compress-bin on --compress-sdb on ";
+  const std::pair<const char*, const char*> rows[] = {
+      {"AB", "AB "}, {"\xC3\xA4\xC3\xB6\xC3\xBC", "\xE4\xF6\xFC"}};  // characters of the file
+  for (const auto& [initials, stored] : rows) {
+    ASSERT_EQ(Vexa(save + "--initials " + initials).status, 0);
+    const Bytes bytes = Get("out.bin");
+    ASSERT_GT(bytes.size(), 24u);
+    EXPECT_EQ(Bytes(bytes.begin() + 2, bytes.begin() + 4), (Bytes{255, 7}));
+    EXPECT_EQ(std::string(bytes.begin() + 8, bytes.begin() + 11), stored);
+    EXPECT_EQ(bytes[11], 1);
+  }
+  const ProgramResult info = Vexa("info @out.bin");
   EXPECT_EQ(info.status, 0);
   EXPECT_THAT(info.output, HasSubstr("Yes\t016\t085\t001\t000\t"));
   EXPECT_THAT(info.output, HasSubstr("(Compressed)"));

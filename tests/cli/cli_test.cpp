@@ -1,6 +1,7 @@
-#include "tests/support/run_vexa.h"
+#include "tests/cli/cli_test.h"
 
-#include <gtest/gtest.h>
+#include <iomanip>
+#include <sstream>
 
 #include "cli/program.h"
 
@@ -18,6 +19,14 @@ ProgramResult RunVexa(std::vector<std::string> arguments) {
   result.output = testing::internal::GetCapturedStdout();
   result.errors = testing::internal::GetCapturedStderr();
   return result;
+}
+
+ProgramResult CliTest::Vexa(const std::string& line) {
+  std::vector<std::string> arguments;
+  std::istringstream words(line);
+  for (std::string word; words >> std::quoted(word, '\'');)
+    arguments.push_back(word.starts_with('@') ? In(word.substr(1)) : word);
+  return RunVexa(arguments);
 }
 
 }  // namespace vexa
