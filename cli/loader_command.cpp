@@ -51,6 +51,9 @@ void RunLoader(CommandState& state, const LoaderOptions& options) {
   std::fprintf(stderr, "Receiver at %s\n", terminal->path.c_str());
   RunReceiver(receiver, *terminal, run);
   SaveTo(state, receiver, options.memory);
+  if (!terminal->gone) return;
+  Tell(state.context.messages, Icon::kStop, "%s is not available any more.", terminal->path.c_str());
+  throw CommandFailed{};
 }
 
 }  // namespace

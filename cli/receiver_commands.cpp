@@ -69,7 +69,8 @@ void PrintStatus(const std::string& text) {
 void Connect(CommandState& state, LineRun& run, const LineOptions& line, TransferJob job) {
   Transfer& transfer = run.session.transfer;
   transfer.context = state.context;
-  run.session.port.messages = WatchedPortMessages(run.session, state.context.messages);
+  run.session.port.messages =
+      WatchedPortMessages(run.session.port, run.session.port_gone, state.context.messages);
   transfer.view.status = PrintStatus;
   transfer.view.range = state.context.progress.range;
   transfer.view.position = state.context.progress.position;
@@ -122,28 +123,31 @@ bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
 }
 
 // Runs the whole transfer; throws CommandFailed unless it was done.
-void RunTransfer(CommandState& state, LineRun& run, const ProjectConfig& config, const LineOptions& line,
-                 TransferJob job) {
+void RunTransfer(CommandState& state, std::unique_ptr<LineRun>& owned, const ProjectConfig& config,
+                 const LineOptions& line, TransferJob job) {
+  LineRun& run = *owned;
   if (InterruptWatch::IsInterrupted()) throw CommandFailed{};
   if (!StartTransfer(run.session, config, job)) {
+    if (run.session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
     TellPorts(state);
     throw CommandFailed{};
   }
   const bool over = AwaitJob(state, run, line);
   const bool ended = CancelTransfer(run.session) && over;
+  if (run.session.left_behind) static_cast<void>(owned.release());
   if (!ended || run.session.outcome != 1 || run.file_refused) throw CommandFailed{};
 }
 
 void Upload(CommandState& state, const ProjectConfig& config, const LineOptions& line, TransferJob job,
             std::vector<Path> files) {
-  const auto run = std::make_unique<LineRun>();
+  auto run = std::make_unique<LineRun>();
   Connect(state, *run, line, job);
   run->session.transfer.files = std::move(files);
   if (job == TransferJob::kSdb && !TestPort(run->session, config)) {
     TellPorts(state);
     throw CommandFailed{};
   }
-  RunTransfer(state, *run, config, line, job);
+  RunTransfer(state, run, config, line, job);
 }
 
 void UploadAdb(CommandState& state, const UploadOptions& options) {
@@ -194,7 +198,7 @@ void Download(CommandState& state, const LineOptions& line, const std::string& o
   SetLine(config, line);
   auto files = PrepareDownload(state.context, config);
   if (!files) throw CommandFailed{};
-  const auto run = std::make_unique<LineRun>();
+  auto run = std::make_unique<LineRun>();
   Connect(state, *run, line, TransferJob::kDownload);
   Bytes database;
   Transfer& transfer = run->session.transfer;
@@ -210,7 +214,7 @@ void Download(CommandState& state, const LineOptions& line, const std::string& o
     if (decoded) database = std::move(decoded->file);
     return decoded.has_value();
   };
-  RunTransfer(state, *run, config, line, TransferJob::kDownload);
+  RunTransfer(state, run, config, line, TransferJob::kDownload);
   if (!transfer.decoded) throw CommandFailed{};
   WriteOutput(state, output, database);
 }

@@ -22,8 +22,7 @@ struct PortLine : PseudoTerminal {
 
   ~PortLine() override {
     AbandonWrites(port);
-    StopReaderThread(port);
-    ClosePort(port);
+    if (StopReaderThread(port)) ClosePort(port);
   }
   void Take(std::span<const uint8_t> chunk) {
     const std::lock_guard hold(lock);
@@ -49,7 +48,7 @@ std::unique_ptr<PseudoTerminal> OpenReceiverPort(const std::string& name, uint32
   auto line = std::make_unique<PortLine>();
   line->keeps_pace = true;
   line->path = name;
-  line->port.messages = messages;
+  line->port.messages = WatchedPortMessages(line->port, line->gone, messages);
   BuildPortDcb(line->port, ProjectConfig{});
   line->port.dcb.baud_rate = baud;
   if (!OpenPort(line->port, name)) return nullptr;

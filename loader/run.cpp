@@ -64,7 +64,7 @@ void RunReceiver(Receiver& receiver, PseudoTerminal& terminal, const LoaderRun& 
   std::array<uint8_t, 4096> buffer{};
   receiver.baud = run.baud;
   receiver.session_ended = false;
-  while (!run.stop()) {
+  while (!run.stop() && !terminal.gone) {
     const size_t allowed = std::min(buffer.size(), incoming.Allowance(seconds()));
     if (allowed == 0) std::this_thread::sleep_for(std::chrono::milliseconds(2));
     const bool busy = !outgoing.bytes.empty();

@@ -21,6 +21,7 @@ struct LoaderRun {
 std::unique_ptr<PseudoTerminal> OpenReceiverPort(const std::string& name, uint32_t baud,
                                                  const Messages& messages);
 
+// Until it is stopped, the one session is over, or the line is gone.
 void RunReceiver(Receiver& receiver, PseudoTerminal& terminal, const LoaderRun& run);
 
 }  // namespace vexa

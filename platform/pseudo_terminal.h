@@ -2,6 +2,7 @@
 // port. Whoever serves one may be given a real port in its place (loader/run.h).
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -15,6 +16,7 @@ struct PseudoTerminal {
   virtual ~PseudoTerminal() = default;  // closes it and removes the link
   std::string path;                     // of the far end
   bool keeps_pace = false;              // the line has a speed of its own
+  std::atomic<bool> gone{false};        // unplugged: nothing more will come
   // Waits at most `milliseconds` for bytes; the number read, 0 when there were none.
   virtual size_t Read(std::span<uint8_t> buffer, int milliseconds) = 0;
   // The number of bytes taken; less than all when the far end does not read.

@@ -105,6 +105,8 @@ struct CommApi {
   std::function<IoResult(const SerialDevicePtr&, Overlapped&, size_t& count)> result;
   // Ends a pending operation; its buffer is free afterwards. Nothing when none is pending.
   std::function<void(const SerialDevicePtr&, Overlapped&)> cancel;
+  // Asks the driver to let go of whatever any thread has under way on the port; does not wait for it.
+  std::function<void(const SerialDevicePtr&)> cancel_all;
 
   // False when the system has no thread left.
   std::function<bool(std::thread&, std::function<void()>)> start_thread;

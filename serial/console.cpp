@@ -107,19 +107,24 @@ bool StartSender(Console& console) {
   return false;
 }
 
-// A write that does not end is given up after a while.
-void StopSender(Console& console) {
+// A write that does not end is given up after a while. False when it does not answer even then.
+bool StopSender(Console& console) {
   ConsoleSender& sender = console.sender;
-  if (!sender.thread.joinable()) return;
-  {
+  if (!sender.thread.joinable()) return true;
+  const auto ends_in = [&sender](std::chrono::milliseconds time) {
     std::unique_lock hold(sender.lock);
+    return sender.changed.wait_for(hold, time, [&sender] { return sender.ended; });
+  };
+  {
+    const std::lock_guard hold(sender.lock);
     sender.stop = true;
     sender.lines.clear();
     sender.changed.notify_all();
-    if (!sender.changed.wait_for(hold, std::chrono::milliseconds(500), [&] { return sender.ended; }))
-      AbandonWrites(console.port);
   }
+  if (!ends_in(std::chrono::milliseconds(500))) AbandonWrites(console.port);
+  if (!AwaitEnd(console.port, ends_in)) return false;
   sender.thread.join();
+  return true;
 }
 
 void ClearProgress(Console& console) {
@@ -127,20 +132,38 @@ void ClearProgress(Console& console) {
   console.reset_progress = false;
 }
 
-void EndJob(Console& console) {
-  if (!console.job.joinable()) return;
+// False when the job does not answer.
+bool EndJob(Console& console) {
+  if (!console.job.joinable()) return true;
   Transfer& transfer = console.transfer;
+  const auto ends_in = [&](std::chrono::milliseconds time) {
+    std::unique_lock hold(transfer.lock);
+    return transfer.changed.wait_for(hold, time, [&] { return console.job_ended.load(); });
+  };
   transfer.cancel = true;
   Wake(transfer);
-  {
-    std::unique_lock hold(transfer.lock);
-    const auto ended = [&] { return console.job_ended.load(); };
-    if (!transfer.changed.wait_for(hold, std::chrono::milliseconds(kCancelTime), ended))
-      AbandonWrites(console.port);
-  }
+  if (!ends_in(std::chrono::milliseconds(kCancelTime))) AbandonWrites(console.port);
+  if (!AwaitEnd(console.port, ends_in)) return false;
   console.job.join();
   ResetTransfer(transfer);
   console.ending = false;
+  return true;
+}
+
+bool HasSenderEnded(Console& console) {
+  const std::lock_guard hold(console.sender.lock);
+  return console.sender.ended;
+}
+
+// Whether no thread of an earlier connection hangs in the driver any more.
+bool IsLetGo(Console& console) {
+  if (!console.stuck) return true;
+  if ((console.job.joinable() && !console.job_ended) || !HasSenderEnded(console)) return false;
+  EndJob(console);
+  StopSender(console);
+  console.port.device = nullptr;  // closed with the last that holds it
+  console.stuck = false;
+  return true;
 }
 
 void PreparePort(Console& console) {
@@ -155,19 +178,26 @@ void PreparePort(Console& console) {
 
 // Closes the port with all that hangs on it.
 bool EndConnection(Console& console) {
-  EndJob(console);
-  StopSender(console);
-  const bool stopped = StopReaderThread(console.port);
-  if (!stopped) Tell(ConsoleMessages(console), Icon::kStop, "Exit Thread API failed");
-  const bool closed = ClosePort(console.port);
-  if (!closed) Tell(ConsoleMessages(console), Icon::kStop, "Port Close API failed");
-  console.port.device = nullptr;
+  const bool job_ended = EndJob(console), sender_ended = StopSender(console),
+             reader_ended = StopReaderThread(console.port);
+  console.stuck = !job_ended || !sender_ended || !reader_ended;
+  const bool closed = !console.stuck && ClosePort(console.port);
+  if (console.stuck) {
+    TellNoAnswer(ConsoleMessages(console));
+  } else {
+    if (!closed) Tell(ConsoleMessages(console), Icon::kStop, "Port Close API failed");
+    console.port.device = nullptr;
+  }
   console.state = ConsoleState::kDisconnected;
   ClearProgress(console);
-  return stopped && closed;
+  return closed;
 }
 
 bool TryConnect(Console& console) {
+  if (!IsLetGo(console)) {
+    TellNoAnswer(ConsoleMessages(console));
+    return false;
+  }
   PreparePort(console);
   BuildPortDcb(console.port, console.connected_with);
   if (!OpenPort(console.port, console.connected_with.port_name)) return false;

@@ -95,6 +95,7 @@ struct Console {
   bool quiet = false;        // failures of a try are not told
   bool ever_opened = false;  // the log was created
   bool ending = false;       // a cancelled upload has not ended yet
+  bool stuck = false;        // a thread hangs in the port's driver: this object must stay
   uint64_t cancelled_at = 0, next_try = 0, retry_wait = 0;
   std::set<std::string> told;  // the library's texts since the port was opened: each is shown once
   std::string upload_name;     // of the file, while its upload runs and after
@@ -109,7 +110,7 @@ struct Console {
 // Creates the log file, which goes with the object. False when that failed ("WriteFile problem" shown); the
 // console works without it.
 bool OpenConsole(Console& console, const Context& context);
-void CloseConsole(Console& console);
+void CloseConsole(Console& console);  // afterwards the object may go, unless it is `stuck`
 void SetConsoleOptions(Console& console, const ConsoleOptions& options);
 ConsoleOptions OptionsOf(Console& console);
 
@@ -120,10 +121,10 @@ void ConsoleReceive(Console& console, std::span<uint8_t> bytes);
 // A transfer's status code, in words; any thread.
 void ReportToConsole(Console& console, int code);
 
-// False after the port library's message.
+// False after the port library's message, or one that the driver does not answer yet.
 bool ConnectConsole(Console& console, const ProjectConfig& config);
-// Ends a running upload and the wait for a lost port too. False when reader or port did not end (messages
-// shown).
+// Ends a running upload and the wait for a lost port too. False when a thread or the port did not end
+// (messages shown).
 bool DisconnectConsole(Console& console);
 
 // Sends the line when connected. False: nothing was sent; a refusal of hexadecimal input was shown.

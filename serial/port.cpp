@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <set>
 
 namespace vexa {
 
@@ -43,26 +44,35 @@ struct PortReader {
 
 namespace {
 
+// A reader that was stopped may come out of the driver when its owner is no more.
+void TellOwner(const PortReader& reader, const std::string& text, Icon icon = Icon::kStop) {
+  if (!reader.stop) TellPort(reader.messages, text, icon);
+}
+
+void ShowStatus(const PortReader& reader, const std::string& line) {
+  if (!reader.stop && reader.status) reader.status(line);
+}
+
 void CheckComStatus(PortReader& reader, bool update_now) {
   CommStatus now;
-  if (!reader.api->clear_error(reader.device, now)) return TellPort(reader.messages, "ClearCommError");
+  if (!reader.api->clear_error(reader.device, now)) return TellOwner(reader, "ClearCommError");
   if (update_now || now != reader.last_status) reader.last_status = now;
 }
 
 void CheckModemStatus(PortReader& reader, bool update_now) {
   uint32_t now = 0;
-  if (!reader.api->modem_status(reader.device, now)) return TellPort(reader.messages, "GetCommModemStatus");
+  if (!reader.api->modem_status(reader.device, now)) return TellOwner(reader, "GetCommModemStatus");
   if (update_now || now != reader.last_modem) reader.last_modem = now;
 }
 
 void ReportCommError(PortReader& reader) {
   CommStatus now;
-  if (!reader.api->clear_error(reader.device, now)) TellPort(reader.messages, "ClearCommError");
-  if (reader.status) reader.status(CommErrorText(now.errors));
+  if (!reader.api->clear_error(reader.device, now)) TellOwner(reader, "ClearCommError");
+  ShowStatus(reader, CommErrorText(now.errors));
 }
 
 void ReportCommEvent(PortReader& reader, uint32_t mask) {
-  if (reader.status) reader.status(CommEventText(mask));
+  ShowStatus(reader, CommEventText(mask));
   if (mask & kEventError) ReportCommError(reader);
   CheckModemStatus(reader, false);
   if (!(mask & kEventError)) CheckComStatus(reader, false);
@@ -103,8 +113,7 @@ void StartRead(PortReader& reader) {
 
 void ApplyMask(PortReader& reader) {
   if (reader.mask_applied && reader.applied_mask == reader.event_mask) return;
-  if (!reader.api->set_mask(reader.device, reader.event_mask))
-    TellPort(reader.messages, "Error - SetCommMask");
+  if (!reader.api->set_mask(reader.device, reader.event_mask)) TellOwner(reader, "Error - SetCommMask");
   reader.applied_mask = reader.event_mask;
   reader.mask_applied = true;
 }
@@ -118,7 +127,7 @@ bool StartStatusWait(PortReader& reader) {
     reader.wait_outstanding = true;
     return true;
   }
-  TellPort(reader.messages, "Error - WaitCommEvent");
+  TellOwner(reader, "Error - WaitCommEvent");
   PauseReader(reader);
   return false;
 }
@@ -146,7 +155,7 @@ void WaitForSomething(PortReader& reader) {
       CheckComStatus(reader, false);
       break;
     default:
-      TellPort(reader.messages, "Error - WaitForMultipleObjects(Reader & Status handles)");
+      TellOwner(reader, "Error - WaitForMultipleObjects(Reader & Status handles)");
       PauseReader(reader);
       break;
   }
@@ -156,8 +165,8 @@ void PrepareReader(PortReader& reader) {
   reader.api->purge(reader.device, kPurgeTransmit | kPurgeReceive);
   reader.api->setup_queues(reader.device, kQueueSize, kQueueSize);
   reader.api->set_mask(reader.device, kEventRxChar | kEventCts | kEventDsr | kEventRlsd | kEventRing);
-  if (!reader.read_event) TellPort(reader.messages, "Error - CreateEvent ( Reader Event )", Icon::kNone);
-  if (!reader.status_event) TellPort(reader.messages, "Error - CreateEvent ( Status Event )");
+  if (!reader.read_event) TellOwner(reader, "Error - CreateEvent ( Reader Event )", Icon::kNone);
+  if (!reader.status_event) TellOwner(reader, "Error - CreateEvent ( Status Event )");
   reader.reading.event = reader.read_event;
   reader.waiting.event = reader.status_event;
   CheckModemStatus(reader, true);
@@ -357,15 +366,28 @@ void AbandonWrites(Port& port) {
   if (port.exit_event) port.api->set_event(port.exit_event);
 }
 
+bool AwaitEnd(const Port& port, const std::function<bool(std::chrono::milliseconds)>& wait) {
+  if (wait(kAnswerTime)) return true;
+  if (port.device) port.api->cancel_all(port.device);
+  return wait(kAnswerTime);
+}
+
+void TellNoAnswer(const Messages& messages) {
+  Tell(messages, Icon::kStop, "Exit Thread API failed");
+  Tell(messages, Icon::kStop,
+       "The driver of the port does not answer.\nThe port may stay in use until this program has ended.");
+}
+
 bool StopReaderThread(Port& port) {
   const auto reader = std::move(port.reader);
   if (!reader) return true;
-  std::unique_lock hold(reader->lock);
   reader->stop = true;
   if (reader->status_event) port.api->set_event(reader->status_event);  // the wait ends at once
-  reader->changed.notify_all();
-  const bool ended = reader->changed.wait_for(hold, std::chrono::seconds(5), [&] { return reader->ended; });
-  hold.unlock();
+  const bool ended = AwaitEnd(port, [&](std::chrono::milliseconds time) {
+    std::unique_lock hold(reader->lock);
+    reader->changed.notify_all();
+    return reader->changed.wait_for(hold, time, [&] { return reader->ended; });
+  });
   if (ended) {
     reader->thread.join();
   } else {
@@ -377,6 +399,28 @@ bool StopReaderThread(Port& port) {
 bool IsPortGone(const Port& port) {
   CommStatus status;
   return port.device && !port.api->clear_error(port.device, status);
+}
+
+Messages WatchedPortMessages(const Port& port, std::atomic<bool>& gone, const Messages& messages) {
+  struct Told {
+    std::mutex lock;
+    std::set<std::string> texts;
+  };
+  Messages watched = messages;
+  const auto told = std::make_shared<Told>();
+  watched.tell = [&port, &gone, told, tell = messages.tell](Icon icon, const std::string& text,
+                                                            const std::string& title) {
+    if (IsPortGone(port)) {
+      gone = true;
+      return;
+    }
+    {
+      const std::lock_guard hold(told->lock);
+      if (!told->texts.insert(text).second) return;
+    }
+    if (tell) tell(icon, text, title);
+  };
+  return watched;
 }
 
 bool ClosePort(Port& port) {

@@ -10,6 +10,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -44,6 +45,9 @@ inline constexpr uint32_t kQueueSize = 3000;  // bytes in the driver, each way
 inline constexpr uint32_t kPortEventMask =
     kEventCts | kEventDsr | kEventRlsd | kEventBreak | kEventError | kEventRing;
 inline constexpr uint32_t kIdleWait = 500;  // ms between looks at the line's status
+// How long a thread may take to end that was asked to. Then the driver is told to let go, and it has as long
+// again.
+inline constexpr std::chrono::milliseconds kAnswerTime{2000};
 
 // By the index in the settings. The last two are valid but not offered.
 inline constexpr uint32_t kLineSpeeds[] = {110,   300,   600,   1200,  2400,   4800,   9600,  14400,
@@ -82,13 +86,22 @@ size_t WritePort(Port& port, std::span<const uint8_t> bytes);
 void PurgeReceived(Port& port);
 // Pending writes and all later ones that do not complete at once return 0.
 void AbandonWrites(Port& port);
-// Asks the reader to stop and waits for it, 5 s at most. False when it did not end: it is left behind, and
-// its callback is not called any more. True without a reader.
+// Waits for a thread that was asked to end. `wait`: true once it has, false when the time is over before.
+// False when it does not answer: it hangs in the driver, whatever it uses must stay, and so must the port,
+// whose handle it may come back to.
+bool AwaitEnd(const Port& port, const std::function<bool(std::chrono::milliseconds)>& wait);
+// Tells that a thread did not answer.
+void TellNoAnswer(const Messages& messages);
+// Asks the reader to stop and waits for it. False when it does not answer: it is left behind, and calls
+// nothing of its owner's any more. True without a reader.
 bool StopReaderThread(Port& port);
 // False when the port's handle did not close.
 bool ClosePort(Port& port);
 // Whether an open port was unplugged. The port itself is asked: a failed call alone may pass.
 bool IsPortGone(const Port& port);
+// For `messages`: a failure may repeat with every write and twice a second, so each text is told once; of a
+// port that is gone nothing is told, `gone` is set instead. Both must outlive the port's threads.
+Messages WatchedPortMessages(const Port& port, std::atomic<bool>& gone, const Messages& messages);
 // False: refuse to open. Sets `plain_writes`.
 bool DetectPlatform(Port& port);
 

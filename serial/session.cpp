@@ -1,9 +1,7 @@
 #include "serial/session.h"
 
 #include <chrono>
-#include <memory>
 #include <mutex>
-#include <set>
 
 #include "image/transfer_files.h"
 
@@ -57,10 +55,26 @@ bool StartThreads(TransferSession& session, TransferJob job) {
   return started;
 }
 
+// Joins the job and the part of a download that it started. False when one of them does not answer.
+bool EndJobs(TransferSession& session) {
+  Transfer& transfer = session.transfer;
+  std::thread* const threads[] = {&session.job, &transfer.receive_thread};
+  const bool ended = !session.job.joinable() || AwaitEnd(session.port, [&](std::chrono::milliseconds time) {
+    std::unique_lock hold(transfer.lock);
+    return transfer.changed.wait_for(hold, time, [&] { return IsTransferOver(session); });
+  });
+  for (std::thread* thread : threads) {
+    if (ended && thread->joinable()) thread->join();
+  }
+  return ended;
+}
+
 void RemoveFiles(TransferSession& session) {
   Transfer& transfer = session.transfer;
-  if (transfer.packet.file) std::fclose(transfer.packet.file);
-  transfer.packet.file = nullptr;
+  if (transfer.packet.file && !session.left_behind) {
+    std::fclose(transfer.packet.file);
+    transfer.packet.file = nullptr;
+  }
   if (!session.own_files) return;
   std::error_code ignored;
   for (const auto* files : {&transfer.files, &transfer.region_files}) {
@@ -70,28 +84,6 @@ void RemoveFiles(TransferSession& session) {
 }
 
 }  // namespace
-
-Messages WatchedPortMessages(TransferSession& session, const Messages& messages) {
-  struct Told {
-    std::mutex lock;
-    std::set<std::string> texts;
-  };
-  Messages watched = messages;
-  const auto told = std::make_shared<Told>();
-  watched.tell = [&session, told, tell = messages.tell](Icon icon, const std::string& text,
-                                                        const std::string& title) {
-    if (IsPortGone(session.port)) {
-      session.port_gone = true;
-      return;
-    }
-    {
-      const std::lock_guard hold(told->lock);
-      if (!told->texts.insert(text).second) return;
-    }
-    if (tell) tell(icon, text, title);
-  };
-  return watched;
-}
 
 bool StartTransfer(TransferSession& session, const ProjectConfig& config, TransferJob job) {
   Transfer& transfer = session.transfer;
@@ -104,8 +96,8 @@ bool StartTransfer(TransferSession& session, const ProjectConfig& config, Transf
   transfer.line.purge = [&session] { PurgeReceived(session.port); };
   if (!OpenForFrame(session, config, job == TransferJob::kConsole)) return false;
   if (StartThreads(session, job)) return true;
-  StopReaderThread(session.port);
-  ClosePort(session.port);
+  session.left_behind = !StopReaderThread(session.port);
+  if (!session.left_behind) ClosePort(session.port);
   return false;
 }
 
@@ -118,14 +110,16 @@ bool CancelTransfer(TransferSession& session) {
   Wake(transfer);
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
   AbandonWrites(session.port);
-  if (session.job.joinable()) session.job.join();
-  if (transfer.receive_thread.joinable()) transfer.receive_thread.join();
-  const bool stopped = StopReaderThread(session.port);
-  if (!stopped) Tell(messages, Icon::kStop, "Exit Thread API failed");
-  const bool closed = ClosePort(session.port);
-  if (!closed) Tell(messages, Icon::kStop, "Port Close API failed");
+  const bool jobs_ended = EndJobs(session);
+  session.left_behind = !StopReaderThread(session.port) || !jobs_ended;
+  const bool closed = !session.left_behind && ClosePort(session.port);
+  if (session.left_behind) {
+    TellNoAnswer(messages);
+  } else if (!closed) {
+    Tell(messages, Icon::kStop, "Port Close API failed");
+  }
   RemoveFiles(session);
-  return stopped && closed;
+  return closed;
 }
 
 bool TestPort(TransferSession& session, const ProjectConfig& config) {

@@ -25,20 +25,18 @@ struct TransferSession {
   std::atomic<int> outcome{0};  // what the job returned; of a download, whether it ran to its end
   std::atomic<bool> job_ended{false};
   bool own_files = false;              // what is sent was made for it, and goes with it
+  bool left_behind = false;            // a thread hangs in the driver: this object must stay
   std::atomic<bool> port_gone{false};  // unplugged; the face tells it and cancels
 };
 
 inline constexpr const char* kUploadTitle = "Transfer Data ( PC to STB )";
 inline constexpr const char* kDownloadTitle = "Data from STB ( STB to PC )";
 
-// For `port.messages`: a failure may repeat with every write and twice a second, so each text is told once;
-// of a port that is gone nothing is told, `port_gone` is set instead.
-Messages WatchedPortMessages(TransferSession& session, const Messages& messages);
-
 // False after a message, with the port closed. The console shows the port library's own message only.
 bool StartTransfer(TransferSession& session, const ProjectConfig& config, TransferJob job);
 // Ends the transfer in any state, after 500 ms that let the last bytes go out; joins the jobs, closes the
-// port and removes the transfer's files. False when the reader or the port did not end (message shown).
+// port and removes the transfer's files. False after a message, when the port did not close or a thread did
+// not answer; then see `left_behind`.
 bool CancelTransfer(TransferSession& session);
 // Opens and closes the port, as is done before an SDB upload. False after a message.
 bool TestPort(TransferSession& session, const ProjectConfig& config);

@@ -279,6 +279,7 @@ int DownloadReceiveThread(Transfer& transfer) {
   Show(transfer.view.status, "Data download completed");
   Remove(PacketFile(transfer));
   SendByte(transfer, kCan);
+  if (transfer.cancel) return 0;  // whoever wanted the data may be gone
   transfer.decoded = transfer.decode && transfer.decode(transfer.crc_failed);
   if (transfer.decoded) {
     for (const Path& file : transfer.region_files) Remove(file);

@@ -295,7 +295,8 @@ LRESULT Destroy(ConsoleWindow* console, HWND window, WPARAM wparam, LPARAM lpara
   app.console = nullptr;
   app.port_connected = nullptr;
   if (console->font) DeleteObject(console->font);
-  delete console;
+  CloseConsole(console->console);
+  if (!console->console.stuck) delete console;
   RefreshFrame(app);
   return DefMDIChildProcW(window, WM_NCDESTROY, wparam, lparam);
 }

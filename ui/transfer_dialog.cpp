@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <memory>
 
 #include "serial/relay.h"
 #include "ui/transfer_resource.h"
@@ -44,7 +45,7 @@ void Connect(TransferWindow& window) {
   TransferSession& session = window.session;
   Transfer& transfer = session.transfer;
   const Messages messages = RelayedMessages(window.relay, window.app.context.messages);
-  session.port.messages = WatchedPortMessages(session, messages);
+  session.port.messages = WatchedPortMessages(session.port, session.port_gone, messages);
   session.port.tap = [&window](bool, std::span<const uint8_t> bytes) { window.bytes += bytes.size(); };
   transfer.context = window.app.context;
   transfer.context.messages = messages;
@@ -143,7 +144,8 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
 }  // namespace
 
 bool RunTransferDialog(Application& app, TransferOrder order) {
-  TransferWindow window(app, std::move(order));
+  auto owned = std::make_unique<TransferWindow>(app, std::move(order));
+  TransferWindow& window = *owned;
   Connect(window);
   ++app.busy;
   const bool started = StartTransfer(window.session, app.config, window.order.job);
@@ -157,6 +159,7 @@ bool RunTransferDialog(Application& app, TransferOrder order) {
     Tell(app.context.messages, Icon::kStop, "%s is not available any more.\nThe transfer was ended.",
          app.config.port_name.c_str());
   }
+  if (window.session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
   if (!started) return false;
   return window.order.job == TransferJob::kDownload ? window.session.transfer.receive_outcome == 1
                                                     : window.session.outcome == 1;

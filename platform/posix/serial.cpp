@@ -364,6 +364,8 @@ CommApi MakeApi() {
   api.wait_event = WaitEvent;
   api.result = Result;
   api.cancel = Cancel;
+  api.cancel_all = [](const SerialDevicePtr&) {
+  };  // nothing waits inside the driver: the file is non-blocking
   api.start_thread = StartThread;
   return api;
 }

@@ -263,6 +263,7 @@ CommApi MakeApi() {
   api.wait_event = WaitEvent;
   api.result = Result;
   api.cancel = CancelPending;
+  api.cancel_all = [](const SerialDevicePtr& device) { CancelIoEx(HandleOf(device), nullptr); };
   api.start_thread = StartThread;
   return api;
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <future>
 
 #include "image/transfer_files.h"
 #include "serial/prepare.h"
@@ -326,6 +327,23 @@ TEST_F(ConsoleRig, FindsInTheWholeLogAndComesBackToItsEnd) {
   ASSERT_TRUE(Shows("Upload Success"));
   EXPECT_GT(view_.size(), kViewBytes / 4);
   EXPECT_THAT(colours_, ElementsAre(ReportColour::kSuccess));
+}
+
+TEST_F(ConsoleRig, ADriverThatNeverReturnsIsLeftAloneUntilItDoes) {
+  std::promise<void> release;
+  comm_.on_write = [&, released = release.get_future().share()](std::span<const uint8_t>) {
+    released.wait();
+  };
+  Connect();
+  EXPECT_TRUE(SendConsoleLine(console_, "one"));
+  ASSERT_TRUE(comm_.AwaitCount("write", 1));
+  EXPECT_FALSE(DisconnectConsole(console_));
+  EXPECT_FALSE(ConnectConsole(console_, config_));
+  EXPECT_THAT(recorder_.Texts(), ElementsAre("Exit Thread API failed", HasSubstr("does not answer"),
+                                             "Exit Thread API failed", HasSubstr("does not answer")));
+  release.set_value();
+  EXPECT_TRUE(Until([&] { return ConnectConsole(console_, config_); }));
+  EXPECT_TRUE(DisconnectConsole(console_));
 }
 
 TEST_F(ConsoleRig, ConnectingAndDisconnectingTellTheirFailures) {

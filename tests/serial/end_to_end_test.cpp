@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <future>
 #include <random>
 
 #include "core/bin_file.h"
@@ -223,6 +224,46 @@ TEST(EndToEnd, CancelEndsEveryWait) {
     EXPECT_EQ(std::filesystem::exists(file), row.job == TransferJob::kConsole) << "the user's own stays";
     EXPECT_EQ(code, row.job == TransferJob::kConsole ? 23 : 0) << row.name;
     EXPECT_TRUE(rig.messages.Texts().empty()) << row.name;
+  }
+}
+
+// The driver keeps a thread inside one of its functions, until it is told to let go or for good.
+TEST(EndToEnd, CancelDoesNotWaitForADriverThatNeverReturns) {
+  struct Row {
+    const char* name;
+    bool reading, lets_go;
+  };
+  const Row rows[] = {{"a write, let go", false, true}, {"a write", false, false}, {"a read", true, false}};
+  for (const Row& row : rows) {
+    FakeComm comm;
+    std::promise<void> release;
+    const auto released = release.get_future().share();
+    const auto hang = [released] { released.wait(); };
+    if (!row.reading) comm.on_write = [hang](std::span<const uint8_t>) { hang(); };
+    if (row.lets_go) comm.on_cancel_all = [&release] { release.set_value(); };
+    if (row.reading) {
+      comm.api.modem_status = [hang](const SerialDevicePtr&, uint32_t&) { return hang(), false; };
+    }
+    auto rig = std::make_unique<SessionRig>(comm.api);
+    ASSERT_TRUE(StartTransfer(rig->session, ProjectConfig{}, TransferJob::kAdb)) << row.name;
+    EXPECT_TRUE(comm.AwaitCount(row.reading ? "purge" : "write", 1));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(CancelTransfer(rig->session), row.lets_go) << row.name;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 4 * kAnswerTime) << row.name;
+    EXPECT_EQ(rig->session.left_behind, !row.lets_go) << row.name;
+    EXPECT_EQ(comm.Count("close_file"), row.lets_go ? 1 : 0) << "not below the feet of who hangs in it";
+    const auto texts = rig->messages.Texts();
+    ASSERT_EQ(texts.size(), row.lets_go ? 0u : 2u) << row.name;
+    if (!row.lets_go) {
+      EXPECT_EQ(texts[0], "Exit Thread API failed");
+    }
+    if (!row.lets_go) release.set_value();
+    if (rig->session.job.joinable()) rig->session.job.join();
+    EXPECT_EQ(rig->session.outcome, 0) << row.name;
+    EXPECT_TRUE(rig->messages.Texts().empty()) << row.name << ": what comes back late says nothing";
+    if (row.reading) {
+      EXPECT_TRUE(comm.AwaitCount("cancel", 2)) << "the reader ends when it can";
+    }
   }
 }
 

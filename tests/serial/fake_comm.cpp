@@ -232,10 +232,17 @@ FakeComm::FakeComm() {
     return Result(overlapped, count);
   };
   api.cancel = [this](const SerialDevicePtr&, Overlapped& overlapped) {
-    const std::lock_guard hold(lock_);
-    if (read_ == overlapped.system) read_ = nullptr;
-    if (wait_ == overlapped.system) wait_ = nullptr;
-    overlapped.system = nullptr;
+    {
+      const std::lock_guard hold(lock_);
+      if (read_ == overlapped.system) read_ = nullptr;
+      if (wait_ == overlapped.system) wait_ = nullptr;
+      overlapped.system = nullptr;
+    }
+    Step("cancel");  // last: a test may then take the port away
+  };
+  api.cancel_all = [this](const SerialDevicePtr&) {
+    Step("cancel_all");
+    if (on_cancel_all) on_cancel_all();
   };
   api.start_thread = [this](std::thread& thread, std::function<void()> run) {
     return Step("start_thread") && StartThread(thread, std::move(run));

@@ -37,6 +37,7 @@ class FakeComm {
   WriteMode write_mode = WriteMode::kDone;
   SerialPlatform platform = SerialPlatform::kWindowsNt;
   std::function<void(std::span<const uint8_t>)> on_write;  // called on the writer's thread; may be empty
+  std::function<void()> on_cancel_all;                     // may be empty
 
   void Fail(std::set<std::string> operations);  // sets `failing` while the port is in use
   void Feed(std::span<const uint8_t> bytes);
