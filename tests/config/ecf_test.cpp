@@ -165,7 +165,7 @@ TEST_F(EcfTest, ProductTableGroups) {
 
 TEST_F(EcfTest, TheLastLanguageBlockOfAKindWins) {
   ASSERT_TRUE(Load(EcfConfigurationSpec{
-      .languages = {{"LG", 9, {1, 2}}, {"LG", 0, {3}}, {"LG", 1, {}}, {"LG", 0, {4, 5}}}}));
+      .languages = {{"LG", 1, {1, 2}}, {"LG", 0, {3}}, {"LG", 9, {}}, {"LG", 0, {4, 5}}}}));
   EXPECT_THAT(Listing(config), testing::EndsWith("languages\nlanguages \4\4\4\4 4 \5\5\5\5 5"));
   EXPECT_EQ(config.first_languages.header[0], 'L');
 }

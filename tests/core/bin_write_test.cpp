@@ -123,6 +123,8 @@ TEST(BinWrite, UsersDefaultsFillUnusedPlaces) {
   EXPECT_EQ(d.lnbs[15].frequency1, 5150u);
   const SatelliteRecord& filler = d.satellites[2]->record;
   EXPECT_EQ(filler.position, 9u);
+  const size_t place = 24 + 2 * 28 + 24 + 16 + 16 * 8 + 16 + 2 * 28;  // of the first filler in the file
+  EXPECT_EQ((*bytes)[place], 0) << "its carrier count, which a reader would correct";
   EXPECT_EQ(NameOf(filler.name), "NewSat 1");
 }
 

@@ -38,7 +38,7 @@ class ViewModel : public testing::Test {
     zwei_->record.type = kRadio;
     SetName(zwei_->record.name, "Zwei");
     database.favourites[2].tv.push_back(eins);
-    database.favourites[2].radio.push_back(zwei_);
+    database.favourites[3].radio.push_back(zwei_);
     document_.ubis.push_back({"UBI1", {}});
   }
 
@@ -92,7 +92,7 @@ TEST_F(ViewModel, ColoursTellWhatIsInUse) {
       {{0, 1, 0}, ColourRole::kActiveSatellite},  {{0, 1, 1}, ColourRole::kInactiveSatellite},
       {{0, 1, 0, 0}, ColourRole::kActiveCarrier}, {{0, 1, 0, 1}, ColourRole::kInactiveCarrier},
       {{0, 1, 0, 0, 0}, ColourRole::kTvService},  {{0, 1, 0, 0, 1}, ColourRole::kRadioService},
-      {{0, 3, 2}, ColourRole::kActiveFavourite},  {{0, 3, 3}, ColourRole::kInactiveFavourite},
+      {{0, 3, 3}, ColourRole::kActiveFavourite},  {{0, 3, 2}, ColourRole::kInactiveFavourite},
   };
   for (const auto& [path, role] : rows) EXPECT_EQ(NodeColour(document_, At(path)), role);
   EXPECT_EQ(IconOf(At({0, 1, 0})), NodeIcon::kUserSatellite);
