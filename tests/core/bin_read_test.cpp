@@ -198,7 +198,7 @@ Bytes SetWord(Bytes bytes, size_t place, uint32_t value) {
 }
 // The word at the place grows by `growth`.
 Bytes Grow(const Bytes& bytes, size_t place, int growth) {
-  const uint32_t word = bytes[place] | bytes[place + 1] << 8 | bytes[place + 2] << 16;
+  const uint32_t word = bytes[place] | bytes[place + 1] * 0x100u | bytes[place + 2] * 0x10000u;
   return SetWord(bytes, place, word + static_cast<uint32_t>(growth));
 }
 Bytes PackedContainer(bool sdb, bool payload) {
@@ -299,7 +299,7 @@ TEST(BinRead, RefusesContainers) {
 
 TEST(BinRead, PlainSizesAreNotLookedAt) {
   Bytes file = SampleContainer().Join();
-  for (const size_t place : {12, 16, 24 + 8, 24 + 12, 24 + 20, 24 + 24})
+  for (const size_t place : {12u, 16u, 24u + 8, 24u + 12, 24u + 20, 24u + 24})
     file = SetWord(file, place, 0xFFFFFFFF);
   EXPECT_TRUE(Open(file).good);
   EXPECT_TRUE(Open(Set(file, 24 + 7, 0)).good);

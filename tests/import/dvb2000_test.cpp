@@ -150,7 +150,7 @@ TEST(Dvb2000, FileSizes) {
   Recorder recorder;
   const Path path = recorder.context.temporary_folder / "list.dvb";
   const std::string list = DvbList({Satellite(kAstra)});
-  for (const size_t size : {0, 63, 64, 127}) {
+  for (const size_t size : {0u, 63u, 64u, 127u}) {
     std::string content = list + list;
     PutFile(path, BytesOf(content.substr(0, size)));
     WorkFiles work;

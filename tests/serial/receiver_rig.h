@@ -20,7 +20,8 @@ namespace vexa {
 // A receiver on a thread of its own behind a port made of memory. Answers come in pieces of random size.
 class ReceiverRig {
  public:
-  explicit ReceiverRig(const LoaderFaults& faults = {}, LoaderMemory memory = {})
+  explicit ReceiverRig(const LoaderFaults& faults = {}) : ReceiverRig(faults, LoaderMemory()) {}
+  ReceiverRig(const LoaderFaults& faults, LoaderMemory memory)
       : receiver_(MakeReceiver(faults, std::move(memory))), random_(static_cast<unsigned>(faults.seed)) {
     comm.on_write = [this](std::span<const uint8_t> bytes) {
       std::unique_lock hold(lock_);

@@ -301,7 +301,7 @@ Bytes Join(Bytes one, const Bytes& two) {
 
 TEST(Download, TwoRegionsInPiecesOfAnySize) {
   const Bytes a = {kStx, kEtx, kEtb, kAck, kEtx, kNak, 7}, b(500, kEtx), c = {1, 2};
-  for (const size_t piece : {0, 1, 3}) {
+  for (const size_t piece : {0u, 1u, 3u}) {
     RegionRig rig;
     rig.piece = piece;
     rig.regions = {{Frame(Header(Join(a, b), {1, 1})), Frame(Data(a)), Frame(Data(b))},
