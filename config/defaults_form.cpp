@@ -24,7 +24,7 @@ std::optional<Refusal> StoreDefaults(const Messages& messages, const DefaultsFor
   DefaultRecords stored = records;
   DefaultsForm named = form;
   named.satellite.name = named.carrier.name = named.service.name = kAnyName;
-  StoreLnb(named.lnb, stored.lnb, 0);
+  if (auto refusal = StoreLnb(named.lnb, stored.lnb, 0)) return refusal;
   // An angle of 0 is what a satellite starts with; it is judged when the record is stored.
   Messages silent = messages;
   silent.tell = [](Icon, const std::string&, const std::string&) {};

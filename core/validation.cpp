@@ -97,6 +97,11 @@ std::string SatelliteZeroAngleText(uint32_t tenths) {
   return tenths == 0 ? "Invalid satellite angle." : "";
 }
 
+std::string RangeText(const char* name, int64_t number, int lowest, int highest) {
+  if (number >= lowest && number <= highest) return "";
+  return Format("%s should be in the range of %d - %d.", name, lowest, highest);
+}
+
 std::string CarrierNameText(std::string_view name) {
   return name.empty() ? "Carrier name can not be empty.\nEnter a valid name." : "";
 }
@@ -216,11 +221,15 @@ ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal) {
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
                                     const Carrier* carrier, ServiceRecord& record) {
   const std::string name = LatinFromUtf8(form.name);
-  const auto number = static_cast<uint32_t>(std::clamp<int64_t>(NumberOf(form.program_number), 0, 0xFFFF));
+  const int64_t number_entered = NumberOf(form.program_number);
   const int64_t video_entered = NumberOf(form.video_pid, hexadecimal);
   const int64_t audio_entered = NumberOf(form.audio_pid, hexadecimal);
   const int64_t pcr_entered = NumberOf(form.pcr_pid, hexadecimal);
   if (auto refusal = Verdict(ServiceNameText(name), kFieldName)) return refusal;
+  if (auto refusal =
+          Verdict(RangeText("Service program number", number_entered, 0, 0xFFFF), kFieldProgramNumber))
+    return refusal;
+  const auto number = static_cast<uint32_t>(number_entered);
   if (carrier)
     for (const Service* other : carrier->services)
       if (&other->record != &record && other->record.program_number == number)

@@ -26,6 +26,12 @@ enum RecordField : int {
   kFieldVideoPid,
   kFieldAudioPid,
   kFieldPcrPid,
+  kFieldOscillator1,
+  kFieldOscillator2,
+  kFieldRfChannel,
+  kFieldStartVolume,
+  kFieldStartProgramme,
+  kFieldLockCode,
 };
 
 struct LnbForm {
@@ -37,7 +43,7 @@ struct LnbForm {
 };
 LnbForm LnbFormOf(const LnbRecord& record);
 // The second word is stored only when the configuration's DatabaseVariant is 0.
-void StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t database_variant);
+std::optional<Refusal> StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t database_variant);
 // Choices of the selection list for a switch type: "None" and "A".. or "1"..
 std::vector<std::string> SwitchChoices(uint32_t switch_type);
 
@@ -85,10 +91,11 @@ struct UbiForm {
   bool summer_time = false, rf_output = false, parental_lock = false;
   uint32_t tv_standard = 0;                               // PAL, NTSC, Auto
   uint32_t screen = 0;                                    // 4:3, 16:9, letterbox
-  std::string rf_channel, start_volume, start_programme;  // brought into 21-69, 0-63, 0-65535
+  std::string rf_channel, start_volume, start_programme;  // 21-69, 0-63, 0-65535
   std::string lock_code;                                  // four digits
 };
 UbiForm UbiFormOf(const OpenUbi& ubi);
+// A number or code that stands as the record gave it is kept, also outside its range.
 std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi);
 
 // ---- The rules one by one, on stored values; an empty text means that the rule holds.
@@ -107,6 +114,8 @@ std::string PcrPidText(int64_t pid);
 std::string SdbNameText(std::string_view name);
 std::string GroupNameText(std::string_view name);
 std::string UbiNameText(std::string_view name);
+// "NAME should be in the range of LOWEST - HIGHEST."
+std::string RangeText(const char* name, int64_t number, int lowest, int highest);
 
 // What a number field holds: leading blanks, a sign, digits; 0 without digits; far values saturate.
 int64_t NumberOf(std::string_view text, bool hexadecimal = false);

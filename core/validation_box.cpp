@@ -10,23 +10,25 @@ namespace vexa {
 namespace {
 
 constexpr size_t kSdbNameLength = 6, kUbiNameLength = 7;  // characters that a file keeps
-constexpr int64_t kHighestOscillator = 0x3FFF;            // MHz
-
-uint32_t Oscillator(const std::string& text) {
-  return static_cast<uint32_t>(std::clamp<int64_t>(NumberOf(text), 0, kHighestOscillator));
-}
+constexpr int kHighestOscillator = 0x3FFF;                // MHz
 
 std::string Number(uint32_t number) {
   return Format("%u", number);
 }
 
-uint32_t Within(const std::string& text, int64_t lowest, int64_t highest) {
-  return static_cast<uint32_t>(std::clamp(NumberOf(text), lowest, highest));
+std::optional<Refusal> Verdict(std::string text, int field) {
+  if (text.empty()) return std::nullopt;
+  return Refusal{std::move(text), Icon::kStop, field};
 }
 
-std::optional<Refusal> NameVerdict(std::string text) {
-  if (text.empty()) return std::nullopt;
-  return Refusal{std::move(text), Icon::kStop, kFieldName};
+std::optional<Refusal> OscillatorVerdict(int64_t frequency, int field) {
+  return Verdict(RangeText("LNB frequency", frequency, 0, kHighestOscillator), field);
+}
+
+// A new code has a digit for every byte of it.
+bool IsLockCode(std::string_view code) {
+  const bool digits = std::all_of(code.begin(), code.end(), [](char c) { return c >= '0' && c <= '9'; });
+  return digits && code.size() == sizeof UserBoxInfo::lock_code;
 }
 
 }  // namespace
@@ -46,12 +48,15 @@ LnbForm LnbFormOf(const LnbRecord& record) {
   return form;
 }
 
-void StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t database_variant) {
-  record.frequency1 = Oscillator(form.frequency1) & 0x3FFF;
-  record.frequency2 = Oscillator(form.frequency2) & 0x3FFF;
+std::optional<Refusal> StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t database_variant) {
+  const int64_t frequency1 = NumberOf(form.frequency1), frequency2 = NumberOf(form.frequency2);
+  if (auto refusal = OscillatorVerdict(frequency1, kFieldOscillator1)) return refusal;
+  if (auto refusal = OscillatorVerdict(frequency2, kFieldOscillator2)) return refusal;
+  record.frequency1 = static_cast<uint32_t>(frequency1) & 0x3FFF;
+  record.frequency2 = static_cast<uint32_t>(frequency2) & 0x3FFF;
   record.type = form.type & 3;
   record.power = form.power & 1;
-  if (database_variant != 0) return;
+  if (database_variant != 0) return std::nullopt;
   record.cleared_0 = 0;
   record.cleared_12 = 0;
   record.diseqc_switch = 0;
@@ -69,6 +74,7 @@ void StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t database_variant)
   record.tone_22khz = form.tone_22khz & 3;
   record.switch_type = form.switch_type & 3;
   record.motor = form.motor & 1;
+  return std::nullopt;
 }
 
 std::vector<std::string> SwitchChoices(uint32_t switch_type) {
@@ -81,14 +87,14 @@ std::vector<std::string> SwitchChoices(uint32_t switch_type) {
 
 std::optional<Refusal> StoreSdbName(const std::string& name, OpenSdb& sdb) {
   const std::string latin = LatinFromUtf8(name);
-  if (auto refusal = NameVerdict(SdbNameText(latin))) return refusal;
+  if (auto refusal = Verdict(SdbNameText(latin), kFieldName)) return refusal;
   sdb.name = latin.substr(0, kSdbNameLength);
   return std::nullopt;
 }
 
 std::optional<Refusal> StoreGroupName(const std::string& name, FavouriteGroup& group, bool radio) {
   const std::string latin = LatinFromUtf8(name);
-  if (auto refusal = NameVerdict(GroupNameText(latin))) return refusal;
+  if (auto refusal = Verdict(GroupNameText(latin), kFieldName)) return refusal;
   SetName(radio ? group.record.radio_name : group.record.tv_name, latin);
   return std::nullopt;
 }
@@ -114,9 +120,26 @@ UbiForm UbiFormOf(const OpenUbi& ubi) {
 
 std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi) {
   const std::string name = LatinFromUtf8(form.name);
-  if (auto refusal = NameVerdict(UbiNameText(name))) return refusal;
-  ubi.name = name.substr(0, kUbiNameLength);
   UserBoxInfo& record = ubi.record;
+  if (auto refusal = Verdict(UbiNameText(name), kFieldName)) return refusal;
+  const bool new_code = form.lock_code != Utf8FromLatin(NameOf(record.lock_code));
+  if (new_code && !IsLockCode(form.lock_code))
+    return Verdict("Lock code should have four digits.", kFieldLockCode);
+  const struct {
+    const char* name;
+    const std::string& text;
+    uint32_t stored;
+    int lowest, highest, field;
+  } numbers[] = {
+      {"RF channel", form.rf_channel, record.rf_channel, 21, 69, kFieldRfChannel},
+      {"Start volume", form.start_volume, record.start_volume, 0, 63, kFieldStartVolume},
+      {"Start programme", form.start_programme, record.start_programme, 0, 0xFFFF, kFieldStartProgramme}};
+  for (const auto& number : numbers) {
+    if (number.text == Number(number.stored)) continue;
+    const std::string text = RangeText(number.name, NumberOf(number.text), number.lowest, number.highest);
+    if (auto refusal = Verdict(text, number.field)) return refusal;
+  }
+  ubi.name = name.substr(0, kUbiNameLength);
   record.menu_language = static_cast<uint8_t>(form.menu_language);
   record.audio_language = static_cast<uint8_t>(form.audio_language);
   record.time_zone = static_cast<int8_t>(form.time_zone);
@@ -124,13 +147,10 @@ std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi) {
   record.flags = static_cast<uint8_t>(kept | (form.summer_time ? 1u : 0u) | (form.rf_output ? 2u : 0u) |
                                       (form.tv_standard & 3) << 2 | (form.screen & 3) << 4 |
                                       (form.parental_lock ? 0x40u : 0u));
-  record.rf_channel = static_cast<uint8_t>(Within(form.rf_channel, 21, 69));
-  record.start_volume = static_cast<uint8_t>(Within(form.start_volume, 0, 63));
-  record.start_programme = static_cast<uint16_t>(Within(form.start_programme, 0, 65535));
-  for (size_t i = 0; i < sizeof record.lock_code; ++i) {
-    const char digit = i < form.lock_code.size() ? form.lock_code[i] : '0';
-    record.lock_code[i] = digit >= '0' && digit <= '9' ? digit : '0';
-  }
+  record.rf_channel = static_cast<uint8_t>(NumberOf(form.rf_channel));
+  record.start_volume = static_cast<uint8_t>(NumberOf(form.start_volume));
+  record.start_programme = static_cast<uint16_t>(NumberOf(form.start_programme));
+  if (new_code) std::copy(form.lock_code.begin(), form.lock_code.end(), record.lock_code);
   return std::nullopt;
 }
 

@@ -463,6 +463,24 @@ ListModel DetailsOf(const Document& document, const NodeRef& node, bool hexadeci
   return list;
 }
 
+const char* UnreadableText(const Document& document, const NodeRef& node) {
+  const bool service = node.kind == NodeKind::kService || node.kind == NodeKind::kFavouriteTvEntry ||
+                       node.kind == NodeKind::kFavouriteRadioEntry;
+  if (!service && node.kind != NodeKind::kSatellite && node.kind != NodeKind::kCarrier) return nullptr;
+  const auto holds = [](const auto& records, const auto* record) {
+    return std::find(records.begin(), records.end(), record) != records.end();
+  };
+  if (node.sdb < document.sdbs.size()) {
+    const StaticDatabase& database = *document.sdbs[node.sdb].database;
+    if (service                             ? holds(database.services, node.service)
+        : node.kind == NodeKind::kSatellite ? holds(database.satellites, node.satellite)
+                                            : holds(database.carriers, node.carrier))
+      return nullptr;
+  }
+  return service ? "Error No: -10 \n( Invalid Process ) Display Service Information"
+                 : "Error reading satellite information. Cannot proceed.";
+}
+
 ColumnSet ColumnSetOf(const ListModel& list) {
   if (list.columns.size() < 2 || !list.details.empty()) return ColumnSet::kDetails;
   struct Row {

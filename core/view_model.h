@@ -111,6 +111,8 @@ struct ListModel {
 ListModel ListBelow(const Document& document, const NodeRef& node, ListView view, bool hexadecimal);
 // "Information": everything about one record.
 ListModel DetailsOf(const Document& document, const NodeRef& node, bool hexadecimal);
+// What to say instead when the record that the node names is not in the database; nullptr when it is.
+const char* UnreadableText(const Document& document, const NodeRef& node);
 std::string CellText(const Document& document, const ListModel& list, size_t row, size_t column,
                      bool hexadecimal);
 

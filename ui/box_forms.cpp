@@ -89,10 +89,25 @@ UbiForm TakenUbi(const Form& form, const UbiForm& shown) {
   return taken;
 }
 
+int ControlOf(int field) {
+  switch (field) {
+    case kFieldRfChannel:
+      return IDC_BOX_RF_CHANNEL;
+    case kFieldStartVolume:
+      return IDC_BOX_VOLUME;
+    case kFieldStartProgramme:
+      return IDC_BOX_PROGRAMME;
+    case kFieldLockCode:
+      return IDC_BOX_CODE;
+    default:
+      return IDC_RECORD_NAME;
+  }
+}
+
 bool Accept(EditorWindow& editor, const Form& form, const std::function<std::optional<Refusal>()>& store) {
   std::optional<Refusal> refusal;
   ChangeDocument(editor, [&] { return !(refusal = store()); });
-  if (refusal) form.Refuse(*refusal, IDC_RECORD_NAME);
+  if (refusal) form.Refuse(*refusal, ControlOf(refusal->field));
   return !refusal;
 }
 

@@ -106,6 +106,10 @@ DefaultsForm Taken(const Form& form) {
 
 int ControlOf(int field) {
   switch (field) {
+    case kFieldOscillator1:
+      return IDC_DEFAULTS_LNB_FREQUENCY1;
+    case kFieldOscillator2:
+      return IDC_DEFAULTS_LNB_FREQUENCY2;
     case kFieldPosition:
       return IDC_DEFAULTS_SATELLITE_POSITION;
     case kFieldAngle:

@@ -102,6 +102,7 @@ bool CreateControls(EditorWindow& editor) {
   editor.bar = Control(editor, L"STATIC", L"static bottom", SS_LEFT | SS_NOPREFIX | SS_SUNKEN, kBarId);
   SendMessageW(editor.list, LVM_SETEXTENDEDLISTVIEWSTYLE, 0,
                LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_HEADERDRAGDROP | LVS_EX_DOUBLEBUFFER);
+  SendMessageW(editor.tree, TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
   editor.tips = CreateWindowExW(0, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0,
                                 0, editor.window, nullptr, editor.app->instance, nullptr);
   SendMessageW(editor.tips, TTM_SETMAXTIPWIDTH, 0, 600);

@@ -74,7 +74,7 @@ EditorWindow* ActiveEditor(const Application& app);
 EditorWindow* EditorOf(HWND window);
 std::vector<EditorWindow*> AllEditors(const Application& app);
 
-void RefreshList(EditorWindow& editor);
+bool RefreshList(EditorWindow& editor);  // false: the control does not follow
 void RefreshCaption(EditorWindow& editor);
 void MarkChanged(EditorWindow& editor, bool changed);
 void ShowView(EditorWindow& editor, ListView view);

@@ -97,7 +97,8 @@ void ScrollAtEdge(const EditorWindow& editor, HWND control, POINT at) {
   if (y >= top + edge && y < area.bottom - edge) return;
   ImageList_DragShowNolock(FALSE);
   SendMessageW(control, WM_VSCROLL, y < top + edge ? SB_LINEUP : SB_LINEDOWN, 0);
-  UpdateWindow(control);
+  // What was moved on the screen may have had a dragged picture over it.
+  RedrawWindow(control, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
   ImageList_DragShowNolock(TRUE);
 }
 
@@ -189,6 +190,7 @@ bool DragMessage(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lpara
       return true;
     case WM_TIMER:
       if (wparam != kScrollTimer) return false;
+      SendMessageW(editor.tips, TTM_POP, 0, 0);  // one that was on its way
       ScrollAtEdge(editor, editor.tree, drag.at);
       ScrollAtEdge(editor, editor.list, drag.at);
       FindTarget(editor);

@@ -29,7 +29,8 @@ TreeNode* NodeAlong(EditorWindow& editor, const TreePath& place) {
 
 std::vector<size_t> SelectedRows(const EditorWindow& editor) {
   std::vector<size_t> rows;
-  for (int row = -1; (row = ListView_GetNextItem(editor.list, row, LVNI_SELECTED)) >= 0;)
+  int last = -1;
+  for (int row; (row = ListView_GetNextItem(editor.list, last, LVNI_SELECTED)) > last; last = row)
     rows.push_back(static_cast<size_t>(row));
   return rows;
 }

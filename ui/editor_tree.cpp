@@ -379,13 +379,14 @@ void RefreshDocument(EditorWindow& editor, Records records) {
   const bool same_kind = editor.selected.kind == shown;
   editor.view = same_kind ? view : ListView::kBelow;
   editor.order = same_kind ? order : RowOrder{};
-  RefreshList(editor);
+  const bool follows = RefreshList(editor);
   ShowKeptRows(editor, kept, records);
   SendMessageW(editor.list, WM_SETREDRAW, TRUE, 0);
   InvalidateRect(editor.list, nullptr, TRUE);
   InvalidateRect(editor.tree, nullptr, TRUE);
   RefreshFrame(*editor.app);
   if (refusal) Tell(editor.app->context.messages, Icon::kStop, "%s", refusal);
+  if (!follows) EndWithoutList(*editor.app);
 }
 
 }  // namespace vexa

@@ -199,7 +199,7 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
   }
 }
 
-void RefreshList(EditorWindow& editor) {
+bool RefreshList(EditorWindow& editor) {
   const bool hexadecimal = editor.app->hexadecimal;
   ListModel rows = editor.details ? DetailsOf(editor.document, editor.shown_record, hexadecimal)
                                   : ListBelow(editor.document, editor.selected, editor.view, hexadecimal);
@@ -214,9 +214,11 @@ void RefreshList(EditorWindow& editor) {
     ShowRowOrder(editor);
   else
     FillColumns(editor);
-  ListView_SetItemCountEx(editor.list, static_cast<int>(editor.rows.size()), 0);
+  const auto count = static_cast<int>(editor.rows.size());
+  ListView_SetItemCountEx(editor.list, count, 0);
   InvalidateRect(editor.list, nullptr, TRUE);
   RefreshPanel(editor);
+  return ListView_GetItemCount(editor.list) == count;
 }
 
 void ShowView(EditorWindow& editor, ListView view) {
@@ -263,6 +265,10 @@ void ShowInformation(EditorWindow& editor) {
                        node.kind == NodeKind::kFavouriteRadioEntry;
   if (service && ListView_GetSelectedCount(editor.list) > 1) {
     Tell(editor.app->context.messages, Icon::kInformation, "Select any one service record");
+    return;
+  }
+  if (const char* text = UnreadableText(editor.document, node)) {
+    Tell(editor.app->context.messages, Icon::kStop, "%s", text);
     return;
   }
   if (DetailsOf(editor.document, node, editor.app->hexadecimal).details.empty()) return;

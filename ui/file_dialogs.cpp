@@ -28,8 +28,10 @@ enum class Asked { kOne, kSeveral, kNew };
 std::optional<std::wstring> AskNames(HWND owner, const FileQuestion& question, const Path& proposed,
                                      Asked asked) {
   std::wstring name(32768, L'\0');
-  const std::wstring start = proposed.native();
-  if (start.size() < name.size()) name.replace(0, start.size(), start);
+  // The system's dialog fails on a longer proposal: the name alone is left of it.
+  const std::wstring start =
+      proposed.native().size() < MAX_PATH ? proposed.native() : proposed.filename().native();
+  name.replace(0, start.size(), start);
   const std::wstring filter = FilterText(question.filters), title = Wide(question.title);
   const std::wstring extension = question.extension ? Wide(question.extension) : L"";
   OPENFILENAMEW dialog{};

@@ -128,9 +128,9 @@ void ShowStatus(Application& app, int part, const std::string& text) {
 }
 
 bool MayCloseAll(Application& app) {
-  if (!MayEndConsole(app)) return false;
+  if (!MayEndConsole(app) && !app.must_end) return false;
   for (EditorWindow* editor : AllEditors(app)) {
-    if (!MayClose(*editor)) return false;
+    if (!MayClose(*editor) && !app.must_end) return false;
   }
   return true;
 }
@@ -302,6 +302,13 @@ bool CreateFrame(Application& app) {
   UpdateWindow(frame);
   RefreshFrame(app);
   return true;
+}
+
+void EndWithoutList(Application& app) {
+  Tell(app.context.messages, Icon::kStop, "Updating list view failed. Can not continue.");
+  app.must_end = true;
+  app.exit_code = 1;
+  PostMessageW(app.frame, WM_CLOSE, 0, 0);
 }
 
 int RunMessageLoop(Application& app) {

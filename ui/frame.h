@@ -8,6 +8,8 @@ namespace vexa {
 bool RegisterClasses(Application& app);
 // Creates and shows the frame. False when the program cannot start; the reason was shown.
 bool CreateFrame(Application& app);
+// A list does not take its rows any more: tells so, offers to save what was changed, and ends the program.
+void EndWithoutList(Application& app);
 int RunMessageLoop(Application& app);
 
 // Opens a database file in a window of its own. False when there is nothing to show.

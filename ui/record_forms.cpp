@@ -27,6 +27,10 @@ uint32_t Code(const Form& form, int id) {
 
 int ControlOf(int field) {
   switch (field) {
+    case kFieldOscillator1:
+      return IDC_LNB_FREQUENCY1;
+    case kFieldOscillator2:
+      return IDC_LNB_FREQUENCY2;
     case kFieldName:
       return IDC_RECORD_NAME;
     case kFieldPosition:
@@ -188,10 +192,8 @@ bool EditLnb(EditorWindow& editor, const NodeRef& node) {
     if (id == IDC_LNB_SWITCH && code == CBN_SELCHANGE) ShowSelection(form, Code(form, id), 0);
   };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form, [&]() -> std::optional<Refusal> {
-      StoreLnb(TakenLnb(form), record, editor.app->config.database_variant);
-      return std::nullopt;
-    });
+    return Accept(editor, form,
+                  [&] { return StoreLnb(TakenLnb(form), record, editor.app->config.database_variant); });
   };
   return RunForm(*editor.app, IDD_LNB, actions);
 }

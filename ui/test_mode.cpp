@@ -5,6 +5,7 @@
 #include <new>
 
 #include "core/messages.h"
+#include "ui/editor.h"
 #include "ui/menus.h"
 
 namespace vexa {
@@ -51,6 +52,10 @@ bool AnswerTest(Application& app, WPARAM request) {
   if (request == kLoseViewer) {
     app.report_viewer = L"no such viewer.exe";
     return true;
+  }
+  if (request == kLoseTree || request == kLoseList) {
+    const EditorWindow* editor = ActiveEditor(app);
+    return editor && DestroyWindow(request == kLoseTree ? editor->tree : editor->list);
   }
   // More than any system has, asked for in a way that no compiler foresees.
   const volatile size_t all = PTRDIFF_MAX;

@@ -1,7 +1,7 @@
 // What a window test cannot see or do from outside. Menus are private to a process on some systems: in test
 // mode the frame writes its menu bar, as it would open now, to "menus.txt" in the program's temporary folder
-// when asked to. Nor can memory be made to run out there, or the viewer of reports or an event be made to
-// fail.
+// when asked to. Nor can memory be made to run out there, or the viewer of reports, an event, a tree or a
+// list be made to fail.
 #pragma once
 
 #include "ui/application.h"
@@ -10,7 +10,8 @@ namespace vexa {
 
 // A registered message with the request as its first parameter; answers 1.
 inline constexpr const wchar_t* kTestMessage = L"VexaEditorTest";
-enum TestRequest : WPARAM { kDescribeMenus, kExhaustMemory, kLoseViewer };
+// The tree and the list to lose are those of the active database window.
+enum TestRequest : WPARAM { kDescribeMenus, kExhaustMemory, kLoseViewer, kLoseTree, kLoseList };
 // In test mode the thread exit event has this name: an object of another kind in its place makes it fail.
 inline constexpr const wchar_t* kTestExitEvent = L"VexaEditorTestExit";
 

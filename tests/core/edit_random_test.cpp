@@ -161,9 +161,8 @@ struct Player {
       case NodeKind::kSdb:
         return !StoreSdbName(Rarely() ? "" : Number(99), document.sdbs[node.sdb]);
       case NodeKind::kLnb:
-        StoreLnb({Number(20000), "1", Code(3), 1, 2, Code(2), 3, 1},
-                 document.sdbs[node.sdb].database->lnbs[node.index], Code(1));
-        return true;
+        return !StoreLnb({Number(20000), "1", Code(3), 1, 2, Code(2), 3, 1},
+                         document.sdbs[node.sdb].database->lnbs[node.index], Code(1));
       case NodeKind::kSatellite:
         return EditSatellite(node.satellite->record);
       case NodeKind::kCarrier:

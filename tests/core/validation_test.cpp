@@ -203,6 +203,10 @@ TEST(Validation, ServiceNamesAndNumbers) {
   auto refusal = StoreService(recorder.context.messages, form, true, carrier, record);
   EXPECT_EQ(refusal->text, "Service program number already exists.");
   EXPECT_EQ(refusal->field, kFieldProgramNumber);
+  form.program_number = "65536";
+  refusal = StoreService(recorder.context.messages, form, true, carrier, record);
+  EXPECT_EQ(refusal->text, "Service program number should be in the range of 0 - 65535.");
+  EXPECT_EQ(refusal->field, kFieldProgramNumber);
   form.name = "";
   refusal = StoreService(recorder.context.messages, form, true, carrier, record);
   EXPECT_EQ(refusal->text, "Service name can not be empty.\nEnter a valid name.");
@@ -221,7 +225,16 @@ TEST(Validation, LnbsStoreTheirSecondWordForVariantZeroAlone) {
     std::memcpy(&word, reinterpret_cast<const uint8_t*>(&record) + 4, 4);
     return word;
   };
-  StoreLnb({"5150", "20000", kLnbNormal, 0, 0, kSwitchNone, 0, 0}, record, 1);
+  const LnbForm form{"5150", "16383", kLnbNormal, 0, 0, kSwitchNone, 0, 0};
+  for (std::string LnbForm::*const field : {&LnbForm::frequency1, &LnbForm::frequency2}) {
+    LnbForm high = form;
+    high.*field = "16384";
+    const auto refusal = StoreLnb(high, record, 0);
+    EXPECT_EQ(refusal->text, "LNB frequency should be in the range of 0 - 16383.");
+    EXPECT_EQ(refusal->field, field == &LnbForm::frequency1 ? kFieldOscillator1 : kFieldOscillator2);
+    EXPECT_TRUE(SameBytes(record, AllOnes<LnbRecord>()));
+  }
+  EXPECT_FALSE(StoreLnb(form, record, 1));
   EXPECT_EQ(record.frequency1, 5150u);
   EXPECT_EQ(record.frequency2, 16383u);
   EXPECT_EQ(record.kept_31, 1u);
@@ -273,10 +286,37 @@ TEST(Validation, UserBoxesKeepTheirOpenBits) {
                      .rf_output = true,
                      .tv_standard = 2,
                      .screen = 1,
-                     .rf_channel = "99",
-                     .start_volume = "-3",
+                     .rf_channel = "69",
+                     .start_volume = "0",
                      .start_programme = "513",
-                     .lock_code = "12x"};
+                     .lock_code = "1200"};
+  const struct {
+    std::string UbiForm::*entry;
+    const char *text, *refusal;
+    int field;
+  } rows[] = {
+      {&UbiForm::name, "", "UBI name can not be empty. Enter a valid name.", kFieldName},
+      {&UbiForm::rf_channel, "20", "RF channel should be in the range of 21 - 69.", kFieldRfChannel},
+      {&UbiForm::rf_channel, "", "RF channel should be in the range of 21 - 69.", kFieldRfChannel},
+      {&UbiForm::start_volume, "64", "Start volume should be in the range of 0 - 63.", kFieldStartVolume},
+      {&UbiForm::start_programme, "65536", "Start programme should be in the range of 0 - 65535.",
+       kFieldStartProgramme},
+      {&UbiForm::lock_code, "120", "Lock code should have four digits.", kFieldLockCode},
+      {&UbiForm::lock_code, "12x4", "Lock code should have four digits.", kFieldLockCode},
+  };
+  for (const auto& row : rows) {
+    UbiForm wrong = form;
+    wrong.*row.entry = row.text;
+    const auto refusal = StoreUbi(wrong, ubi);
+    EXPECT_EQ(refusal->text, row.refusal);
+    EXPECT_EQ(refusal->field, row.field);
+    EXPECT_EQ(ubi.name, "Box");
+    EXPECT_TRUE(SameBytes(ubi.record, AllOnes<UserBoxInfo>()));
+  }
+  // What stands in the record may stay.
+  const UserBoxInfo strange = ubi.record;
+  EXPECT_FALSE(StoreUbi(UbiFormOf(ubi), ubi));
+  EXPECT_TRUE(SameBytes(ubi.record, strange));
   EXPECT_FALSE(StoreUbi(form, ubi));
   EXPECT_EQ(ubi.name, "MyBoxIs");
   UserBoxInfo expected{0, 0, -11, 0x80 | 2 | 2 << 2 | 1 << 4, 69, 0, 513, {}, {'1', '2', '0', '0'}};

@@ -158,6 +158,24 @@ TEST_F(ViewModel, DetailsNameEveryField) {
   EXPECT_EQ(DetailsOf(document_, At({0}), false).size(), 0u);
 }
 
+TEST_F(ViewModel, RecordsThatAreGoneAreNotRead) {
+  const struct {
+    TreePath place;
+    const char* text;
+  } rows[] = {{{0, 1, 0}, "Error reading satellite information. Cannot proceed."},
+              {{0, 1, 0, 0}, "Error reading satellite information. Cannot proceed."},
+              {{0, 1, 0, 0, 0}, "Error No: -10 \n( Invalid Process ) Display Service Information"}};
+  for (const auto& row : rows) {
+    NodeRef node = At(row.place);
+    EXPECT_EQ(UnreadableText(document_, node), nullptr);
+    Document other = NewDocument();
+    EXPECT_STREQ(UnreadableText(other, node), row.text);
+    node.sdb = 1;
+    EXPECT_STREQ(UnreadableText(document_, node), row.text);
+  }
+  EXPECT_EQ(UnreadableText(document_, At({0, 0, 1})), nullptr);
+}
+
 TEST_F(ViewModel, PanelCountsTheSelectedPart) {
   EXPECT_THAT(PanelLabels(document_, At({0, 1})),
               ElementsAre("SDB:SDB1  Index 1/1", "LNBs\t2", "Satellites  2", "Carriers\t2", "Services  2"));

@@ -306,6 +306,10 @@ RECT EditorDriver::AskRect(HWND control, UINT message, WPARAM wparam, RECT asked
   return asked;
 }
 
+void EditorDriver::ChangeResolution(unsigned dots, const RECT& place) {
+  AskRect(frame_, WM_DPICHANGED, MAKEWPARAM(dots, dots), place);
+}
+
 RECT EditorDriver::RowPlace(HWND list, int row) {
   return AskRect(list, LVM_GETITEMRECT, static_cast<WPARAM>(row), {LVIR_LABEL, 0, 0, 0});
 }
@@ -522,8 +526,8 @@ void EditorDriver::ExhaustMemory() {
   PostMessageW(frame_, RegisterWindowMessageW(kTestMessage), kExhaustMemory, 0);
 }
 
-void EditorDriver::LoseViewer() {
-  EXPECT_EQ(Send(frame_, RegisterWindowMessageW(kTestMessage), kLoseViewer, 0), 1);
+void EditorDriver::Lose(unsigned request) {
+  EXPECT_EQ(Send(frame_, RegisterWindowMessageW(kTestMessage), request, 0), 1);
 }
 
 }  // namespace vexa

@@ -86,11 +86,13 @@ class EditorDriver {
   void Push(HWND box, int button);  // a button or box of a dialog that may stay open
   // Gives a folder to the open folder dialog and takes it.
   void ChooseFolder(HWND dialog, const Path& folder);
+  // The frame comes to a screen of other resolution, which suggests the place.
+  void ChangeResolution(unsigned dots, const RECT& place);
   // Files dropped on the frame.
   void DropFiles(const std::vector<Path>& files);
   std::vector<MenuLine> Menus();
-  void ExhaustMemory();  // the program's next allocation fails
-  void LoseViewer();     // reports cannot be shown
+  void ExhaustMemory();         // the program's next allocation fails
+  void Lose(unsigned request);  // one of the losses of test mode: kLoseViewer, kLoseTree, kLoseList
 
  private:
   HWND ChildControl(const wchar_t* window_class);

@@ -229,6 +229,29 @@ TEST_F(Frame, SaveAsWritesTheDatabaseAndUnsavedChangesAsk) {
   EXPECT_LT(std::filesystem::file_size(copy), before) << "saved compressed on the way out";
 }
 
+TEST_F(Frame, PathsMayBeLong) {
+  const Path folder = Folder() / std::string(150, 'a') / std::string(150, 'b'), copy = Folder() / "copy.bin";
+  std::filesystem::create_directories(folder);
+  const Path path = folder / "long.bin";
+  std::filesystem::copy_file(PutSample("sample.bin"), path);
+  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  ASSERT_TRUE(editor.WaitForFrame());
+  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  const auto before = std::filesystem::file_size(path);
+  editor.Command(kCmdCompressBin);
+  editor.Command(kCmdSave);
+  EXPECT_EQ(editor.Title(editor.Children()[0]), Utf8FromPath(path));
+  EXPECT_LT(std::filesystem::file_size(path), before);
+  editor.Command(kCmdSaveAs);
+  editor.ChooseFile("Save", copy);
+  ASSERT_TRUE(editor.Until("the copy", [&] { return std::filesystem::exists(copy); }));
+  editor.Command(kCmdClose);
+  editor.DropFiles({path});
+  EXPECT_TRUE(editor.Until("the dropped file's window", [&] { return editor.Children().size() == 1; }));
+  EXPECT_EQ(editor.Title(editor.Children()[0]), Utf8FromPath(path));
+  ExpectCleanEnd(editor);
+}
+
 TEST_F(Frame, SavingAnEmptyDatabaseIsRefused) {
   const Path path = Folder() / "never.bin";
   EditorDriver editor(Program());
@@ -422,7 +445,7 @@ TEST_F(Frame, TextFileWritesAndShowsTheReport) {
   };
   EXPECT_EQ(save_again(), "Export process failed");
   CloseHandle(held);
-  editor.LoseViewer();
+  editor.Lose(kLoseViewer);
   EXPECT_EQ(save_again(), "Error in loading notepad");
   editor.Command(kCmdNew);
   editor.Command(kCmdTextFile);

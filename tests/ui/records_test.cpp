@@ -6,6 +6,7 @@
 #include "core/node_edit.h"
 #include "tests/ui/editor_fixture.h"
 #include "ui/records_resource.h"
+#include "ui/test_mode.h"
 
 namespace vexa {
 
@@ -64,6 +65,11 @@ TEST_F(Records, DialogsRefuseAndStayOpen) {
       {kZeta, "Satellite Information", IDC_SATELLITE_POSITION, "65",
        "Satellite Position should be less then 64."},
       {kZeta, "Satellite Information", IDC_SATELLITE_ANGLE, "1.2.3", "Invalid format of satellite angle"},
+      {{"SDB1", "LNBs", "[ 1 ] LNB"},
+       "LNB Information",
+       IDC_LNB_FREQUENCY2,
+       "16384",
+       "LNB frequency should be in the range of 0 - 16383."},
       {kLow, "Carrier Information", IDC_CARRIER_FREQUENCY, "10699",
        "Carrier frequency should be in the range of 10700 - 12750"},
       {kLow, "Carrier Information", IDC_CARRIER_SYMBOL_RATE, "999",
@@ -82,6 +88,11 @@ TEST_F(Records, DialogsRefuseAndStayOpen) {
        IDC_RECORD_NAME,
        "",
        "UBI name can not be empty. Enter a valid name."},
+      {{"Box Infos", "UBI1"},
+       "UserBox Information",
+       IDC_BOX_RF_CHANNEL,
+       "70",
+       "RF channel should be in the range of 21 - 69."},
   };
   StartWithSample();
   ASSERT_TRUE(driver_->SelectItem({"Box Infos"}));
@@ -167,6 +178,35 @@ TEST_F(Records, KeysOfTheListActOnItsRows) {
   for (int i = 0; i < 7; ++i) driver_->Command(kCmdUndo);
   EXPECT_THAT(Column(1), ElementsAre("Cap", "ant", "Bee"));
   End();
+}
+
+// The records go or come first: what the tree refuses stays changed in the database.
+TEST_F(Records, RefusalsOfTheTreeAreTold) {
+  const struct {
+    Labels node;
+    unsigned command;
+    const char* text;
+  } rows[] = {{kZeta, kCmdDelete, "Satellite record cannot be deleted."},
+              {kLow, kCmdDelete, "Carrier record cannot be deleted."},
+              {kCap, kCmdAdd, "Error No: -1 \n( Invalid Process ) Can't Add Information"}};
+  for (const auto& row : rows) {
+    StartWithSample();
+    ASSERT_TRUE(driver_->SelectItem(row.node));
+    driver_->Lose(kLoseTree);
+    driver_->Command(row.command);
+    EXPECT_EQ(driver_->Answer(IDOK), row.text);
+    EXPECT_THAT(Caption(), HasSubstr("*"));
+  }
+}
+
+TEST_F(Records, AListThatFailsEndsTheProgramAfterTheQuestionForChanges) {
+  StartWithSample();
+  ASSERT_TRUE(SelectLow());
+  driver_->Lose(kLoseList);
+  driver_->Command(kCmdAdd);
+  EXPECT_EQ(driver_->Answer(IDOK), "Updating list view failed. Can not continue.");
+  EXPECT_EQ(driver_->Answer(IDCANCEL), "Changes made are not saved. Do you want to save ?");
+  EXPECT_EQ(driver_->ExitCode(), 1u);
 }
 
 // A saved file holds 85 satellites.
