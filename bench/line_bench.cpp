@@ -1,12 +1,11 @@
 // An upload over a line of 115200 baud 8N1 beside the time that its bytes alone need there, and beside
 // YMODEM-1k (lrzsz) with the same file on the same line. The line is two pseudo-terminals with a relay
 // between them that carries ten bits a byte; whoever sends stands at one end, whoever receives at the other,
-// in processes of their own. Usage: line_bench [BAUD]; `vexa` stands beside the
-// bench.
+// in processes of their own. The relay needs a processor for itself. Usage: line_bench [BAUD]; `vexa` stands
+// beside the bench.
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -50,8 +49,8 @@ struct FrameWatch {
   uint32_t head = 0, length = 0, left = 0;
   double first = 0, last = 0;  // s: the line begins with the first frame, is through with the last
   uint64_t bytes = 0;
-  std::atomic<double> asked{0};  // s: when the sender was last given something
-  std::vector<double> answers;   // s from there to the frame
+  double asked = 0;             // s: when the sender was last given something
+  std::vector<double> answers;  // s from there to the frame
 
   void Take(std::span<const uint8_t> chunk, double start, double end) {
     for (const uint8_t byte : chunk) {
@@ -74,46 +73,57 @@ struct FrameWatch {
   }
 };
 
-// One direction. What is there when the line gets free follows without a gap.
-void Carry(PseudoTerminal& from, PseudoTerminal& to, uint32_t baud, const std::atomic<bool>& stop,
-           FrameWatch& watch, bool back) {
-  prctl(PR_SET_TIMERSLACK, 1);
-  std::array<uint8_t, 16> buffer{}, following{};
-  double line_free = 0;
-  while (!stop) {
-    size_t count = from.Read(buffer, 5);
-    double start = std::max(line_free, Seconds());
-    while (count > 0) {
-      line_free = start + static_cast<double>(count) * 10 / baud;
-      SleepUntil(line_free);
-      const size_t more = from.Read(following, 0);
-      const auto chunk = std::span<const uint8_t>(buffer).first(count);
-      if (back) watch.asked = Seconds();
-      for (size_t sent = 0; sent < count && !stop;) sent += to.Write(chunk.subspan(sent));
-      if (!back) watch.Take(chunk, start, line_free);
-      buffer = following;
-      count = more;
-      start = line_free;
-    }
-  }
-}
+// One direction of the line. What is there when the line gets free follows without a gap.
+struct Direction {
+  PseudoTerminal &from, &to;
+  bool back = false;
+  std::array<uint8_t, 16> carried{};
+  size_t count = 0, sent = 0;
+  double start = 0, free = 0;  // s: when the carried bytes began, when they are through
 
+  void Take(double earliest, uint32_t baud) {
+    count = from.Read(carried, 0);
+    if (count == 0) return;
+    start = std::max(free, earliest);
+    free = start + static_cast<double>(count) * 10 / baud;
+  }
+  void Step(uint32_t baud, FrameWatch& watch) {
+    const double now = Seconds();
+    if (count == 0) return Take(now, baud);
+    if (now < free) return;
+    const auto chunk = std::span<const uint8_t>(carried).first(count);
+    sent += to.Write(chunk.subspan(sent));
+    if (sent < count) return;  // the far end does not read at the moment
+    sent = 0;
+    if (back)
+      watch.asked = free;
+    else
+      watch.Take(chunk, start, free);
+    Take(free, baud);
+  }
+};
+
+// A wire has no scheduler that wakes it: one thread looks after both directions and never sleeps.
 struct Line {
   std::unique_ptr<PseudoTerminal> sender, receiver;
   FrameWatch watch;
   std::atomic<bool> stop{false};
-  std::thread there, back;
+  std::thread relay;
 
   Line(std::unique_ptr<PseudoTerminal> far_end, uint32_t baud)
       : sender(OpenPseudoTerminal({})), receiver(std::move(far_end)) {
     Require(sender && receiver, "a pseudo-terminal");
-    there = std::thread([this, baud] { Carry(*sender, *receiver, baud, stop, watch, false); });
-    back = std::thread([this, baud] { Carry(*receiver, *sender, baud, stop, watch, true); });
+    relay = std::thread([this, baud] {
+      Direction there{.from = *sender, .to = *receiver}, back{.from = *receiver, .to = *sender, .back = true};
+      while (!stop) {
+        there.Step(baud, watch);
+        back.Step(baud, watch);
+      }
+    });
   }
   ~Line() {
     stop = true;
-    there.join();
-    back.join();
+    relay.join();
   }
 };
 
@@ -154,19 +164,21 @@ struct Usage {
   double seconds = 0, processor = 0;
 };
 
-Usage Await(pid_t child, double start, const std::string& what) {
-  int status = 0;
-  rusage used{};
-  Require(wait4(child, &status, 0, &used) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0, what);
+double ProcessorSeconds(const rusage& used) {
   const auto of = [](const timeval& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
   };
-  return {Seconds() - start, of(used.ru_utime) + of(used.ru_stime)};
+  return of(used.ru_utime) + of(used.ru_stime);
 }
 
 Usage RunProgram(const std::vector<std::string>& arguments, const std::string& terminal, const Path& folder) {
   const double start = Seconds();
-  return Await(Start(arguments, terminal, folder), start, arguments[0] + " " + arguments[1]);
+  const pid_t child = Start(arguments, terminal, folder);
+  int status = 0;
+  rusage used{};
+  Require(wait4(child, &status, 0, &used) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0,
+          arguments[0] + " " + arguments[1]);
+  return {Seconds() - start, ProcessorSeconds(used)};
 }
 
 void PrintUpload(const std::string& vexa, const std::string& database, uint32_t baud, const Path& folder) {
@@ -185,8 +197,11 @@ void PrintUpload(const std::string& vexa, const std::string& database, uint32_t 
     std::nth_element(watch.answers.begin(),
                      watch.answers.begin() + static_cast<std::ptrdiff_t>(watch.answers.size() / 2),
                      watch.answers.end());
-    std::printf("from a request to its packet       %8.3f ms at the median\n",
-                watch.answers[watch.answers.size() / 2] * 1000);
+    std::printf(
+        "from a packet's end to the next    %8.3f ms on the average of %zu, of them from the request on "
+        "%.3f\n",
+        (taken - alone) / static_cast<double>(watch.answers.size()) * 1000, watch.answers.size(),
+        watch.answers[watch.answers.size() / 2] * 1000);
     std::printf("the whole upload, with wake-up     %8.3f s   %6.2f %%\n", all.seconds,
                 alone / all.seconds * 100);
     std::printf("its processor time                 %8.3f s   %6.2f %%, of it %.3f s for the image\n",
@@ -200,14 +215,21 @@ void PrintYmodem(uint32_t baud, const Path& folder) {
   const Path file = folder / "~001adb.urt", received = folder / "received";
   std::filesystem::create_directory(received);
   Line line(OpenPseudoTerminal({}), baud);
+  const double start = Seconds();
   const pid_t receiver = Start({"rz", "--ymodem", "--quiet"}, line.receiver->path, received);
-  const Usage all =
-      RunProgram({"sz", "--ymodem", "--1k", "--quiet", file.string()}, line.sender->path, folder);
-  // What ends the session may be lost when the sender has gone: the receiver then waits for it in vain.
-  const double end = Seconds() + 3;
-  while (waitpid(receiver, nullptr, WNOHANG) == 0) {
-    if (Seconds() > end) kill(receiver, SIGKILL);
-    SleepUntil(Seconds() + 0.01);
+  const pid_t sender = Start({"sz", "--ymodem", "--1k", "--quiet", file.string()}, line.sender->path, folder);
+  // What ends the session may be lost when one of them has gone: the other then waits for it in vain. The
+  // first to go gives the time.
+  Usage all;
+  for (bool sends = true, takes = true; sends || takes; SleepUntil(Seconds() + 0.001)) {
+    rusage used{};
+    const bool sent = sends && wait4(sender, nullptr, WNOHANG, &used) == sender;
+    const bool taken = takes && waitpid(receiver, nullptr, WNOHANG) == receiver;
+    if (sent) all.processor = ProcessorSeconds(used);
+    if (sends && takes && (sent || taken)) all.seconds = Seconds() - start;
+    sends = sends && !sent;
+    takes = takes && !taken;
+    if (sends != takes && Seconds() - start > all.seconds + 3) kill(sends ? sender : receiver, SIGKILL);
   }
   Require(ReadWholeFile(received / file.filename()) == ReadWholeFile(file), "the file of YMODEM");
   const double alone = static_cast<double>(std::filesystem::file_size(file)) * 10 / baud;
@@ -228,6 +250,7 @@ int Run(int count, char** arguments) {
   const Path database = *folder / "list.bin";
   Require(SaveBin(Context{}, document, database), "making the database");
   PrintUpload(vexa.string(), database.string(), baud, *folder);
+  std::fflush(stdout);
   PrintYmodem(baud, *folder);
   RemoveFolder(*folder);
   return 0;
