@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "core/view_model.h"
 #include "import/text_export.h"
 #include "platform/text.h"
 
@@ -80,11 +81,6 @@ template <class Take>
 void ForEachField(const FavouriteRecord& group, Take take) {
   take("kept_word0_0_3", group.kept_0);
   take("kept_word0_28_31", group.kept_28);
-}
-
-template <size_t N>
-std::string NameText(const char (&field)[N]) {
-  return Utf8FromLatin(NameOf(field));
 }
 
 // One-based places that the references of the output use.

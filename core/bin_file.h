@@ -24,6 +24,9 @@
 
 namespace vexa {
 
+inline constexpr size_t kBinHeaderSize = 24;          // of the container, and of each stream
+inline constexpr size_t kBinEntrySize = 28;           // of the directory
+inline constexpr size_t kBinBlockHeaderSize = 16;     // of a stream's blocks
 inline constexpr uint64_t kMaximumBinSize = 0x20000;  // what a receiver takes
 inline constexpr uint64_t kMaximumStreamSize = uint64_t{128} << 20;
 
@@ -37,6 +40,9 @@ struct BinSelection {
   uint32_t sdbs = ~0u;
   uint32_t ubis = ~0u;
 };
+
+// What fills the unused places of a stream.
+const DefaultRecords& DefaultsOf(const Context& context);
 
 // Adds every SDB and UBI of the file to `document`. True when the open succeeded; on false the document holds
 // what was read before the failure (nothing when nothing was), and a message was shown.

@@ -8,17 +8,10 @@ namespace vexa {
 
 namespace {
 
-constexpr size_t kHeaderSize = 24;
-constexpr size_t kEntrySize = 28;
-constexpr size_t kBlockHeaderSize = 16;
 constexpr size_t kUbiNameSize = 8;
 constexpr size_t kOldUbiSize = 24;
 // deflate makes at most 1032 bytes out of one.
 constexpr uint64_t kInflateRatio = 1040;
-
-const DefaultRecords& DefaultsOf(const Context& context) {
-  return context.defaults ? *context.defaults : FactoryDefaults();
-}
 
 bool Fail(const Context& context) {
   Tell(context.messages, Icon::kStop, "Invalid or unknown file format.");
@@ -48,7 +41,7 @@ struct References {
 
 // False, and the place unchanged, when the bytes do not suffice.
 bool ReadBlockHeader(ByteReader& reader, BlockHeader& header) {
-  if (reader.remaining() < kBlockHeaderSize) return false;
+  if (reader.remaining() < kBinBlockHeaderSize) return false;
   header.name = TextOf(reader.Take(8));
   header.record_size = reader.U16();
   reader.Skip(2);
@@ -191,7 +184,7 @@ bool ReadFavourites(const Context& context, ByteReader& reader, StaticDatabase& 
 bool ReadRecords(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
                  References& references, size_t& used) {
   ByteReader reader(stream);
-  const auto header = reader.Take(kHeaderSize);
+  const auto header = reader.Take(kBinHeaderSize);
   if (header.empty()) return Fail(context);
   if (header[0] != 'Q' || header[1] != 'z') {
     Tell(context.messages, Icon::kStop, "StaticDB file magic ID mismatch. Input a valid SDB.");
@@ -256,7 +249,7 @@ struct StreamEntry {
 
 bool ReadEntry(const Context& context, std::span<const uint8_t> layout, size_t number, StreamEntry& entry) {
   ByteReader reader(layout);
-  reader.Seek(kHeaderSize + kEntrySize * number);
+  reader.Seek(kBinHeaderSize + kBinEntrySize * number);
   entry.name = TextOf(reader.Take(7));
   entry.compressed = reader.U8() != 0;
   entry.size = reader.U32();
@@ -341,7 +334,7 @@ bool ReadUbiStream(const Context& context, std::span<const uint8_t> stream, size
                    Document& document) {
   ByteReader reader(stream);
   BlockHeader header;
-  if (reader.remaining() < kBlockHeaderSize) return Fail(context);
+  if (reader.remaining() < kBinBlockHeaderSize) return Fail(context);
   if (!ReadNamedBlockHeader(reader, "UserBox", header)) return true;
   if (!CheckUbiSize(context, header.record_size)) return false;
   if (reader.remaining() < count * (kUbiNameSize + header.record_size)) return Fail(context);
@@ -374,7 +367,8 @@ bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Openin
   reader.Seek(20);
   const size_t sdbs = reader.U16();
   const size_t ubis = reader.U16();
-  if (sdbs == 0 || layout.size() < kHeaderSize + kEntrySize * (sdbs + (ubis != 0))) return Fail(context);
+  if (sdbs == 0 || layout.size() < kBinHeaderSize + kBinEntrySize * (sdbs + (ubis != 0)))
+    return Fail(context);
   size_t opened = 0;
   for (; opened < sdbs; ++opened) {
     StreamEntry entry;
@@ -404,9 +398,9 @@ bool OpenContainer(const Context& context, std::span<const uint8_t> file, Openin
   }
   const uint32_t size = reader.U32();
   const uint32_t stored = reader.U32();
-  const auto header = file.first(kHeaderSize);
+  const auto header = file.first(kBinHeaderSize);
   Bytes layout(header.begin(), header.end());
-  if (!Inflate(context, file.subspan(kHeaderSize), stored, size, layout)) return false;
+  if (!Inflate(context, file.subspan(kBinHeaderSize), stored, size, layout)) return false;
   opening.document.compress_payload = true;
   return ReadStreams(context, layout, opening);
 }
@@ -437,7 +431,7 @@ bool OpenBareStream(const Context& context, std::span<const uint8_t> file, Openi
 }
 
 bool OpenAny(const Context& context, std::span<const uint8_t> file, Opening& opening) {
-  if (file.size() < kHeaderSize) return Fail(context);
+  if (file.size() < kBinHeaderSize) return Fail(context);
   if (file[4] != 0x10) return OpenBareStream(context, file, opening);
   if (file[5] != 0) {
     Tell(context.messages, Icon::kStop, "Unsupport file version. can not open!.");
@@ -447,6 +441,10 @@ bool OpenAny(const Context& context, std::span<const uint8_t> file, Opening& ope
 }
 
 }  // namespace
+
+const DefaultRecords& DefaultsOf(const Context& context) {
+  return context.defaults ? *context.defaults : FactoryDefaults();
+}
 
 bool ReadSdbStream(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
                    size_t& used) {

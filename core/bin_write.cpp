@@ -12,18 +12,11 @@ namespace vexa {
 
 namespace {
 
-constexpr size_t kHeaderSize = 24;
-constexpr size_t kBlockHeaderSize = 16;
-constexpr size_t kEntrySize = 28;
 constexpr size_t kPieceSize = size_t{64} << 10;  // of a large file, as it is handed on
 constexpr uint16_t kFullStream = 6;
 constexpr uint16_t kSubsetStream = 5;  // no favourite groups
 constexpr uint16_t kMark = 0xFFFF;
 constexpr uint16_t kUbiMark = 0x00FF;
-
-const DefaultRecords& DefaultsOf(const Context& context) {
-  return context.defaults ? *context.defaults : FactoryDefaults();
-}
 
 void WriteInitials(ByteWriter& out, const BinVersion& version) {
   out.Text(version.initials, 3, ' ');
@@ -83,11 +76,11 @@ StreamPlan PlanWholeStream(const StaticDatabase& database) {
 
 // What the stream has, to the byte.
 size_t StreamSize(const StreamPlan& plan) {
-  size_t size = kHeaderSize + 5 * kBlockHeaderSize + kMaximumLnbs * sizeof(LnbRecord) +
+  size_t size = kBinHeaderSize + 5 * kBinBlockHeaderSize + kMaximumLnbs * sizeof(LnbRecord) +
                 kMaximumSatellites * sizeof(SatelliteRecord) + plan.carriers * sizeof(CarrierRecord) +
                 plan.services * sizeof(ServiceRecord) + 2 * Even(plan.services);
   if (plan.stream_version != kFullStream) return size;
-  size += kBlockHeaderSize;
+  size += kBinBlockHeaderSize;
   for (const FavouriteGroup& group : plan.database->favourites)
     size += sizeof(FavouriteRecord) + 2 * Even(group.tv.size() + group.radio.size());
   return size;
@@ -221,7 +214,7 @@ struct ContainerPlan {
   size_t SdbCount() const { return parts.size() - (ubis.empty() ? 0 : 1); }
   // Of everything behind the header, as it is before the payload is compressed.
   size_t PayloadSize() const {
-    size_t size = kEntrySize * parts.size();
+    size_t size = kBinEntrySize * parts.size();
     for (const ContainerPart& part : parts) size += part.stored;
     return size;
   }
@@ -251,7 +244,7 @@ bool AppendCompressed(const Context& context, std::span<const uint8_t> source, B
 bool PrepareParts(const Context& context, ContainerPlan& plan, const BinVersion& version) {
   for (ContainerPart& part : plan.parts) {
     part.size = part.stored =
-        part.sdb ? StreamSize(*part.sdb) : kBlockHeaderSize + (8 + sizeof(UserBoxInfo)) * plan.ubis.size();
+        part.sdb ? StreamSize(*part.sdb) : kBinBlockHeaderSize + (8 + sizeof(UserBoxInfo)) * plan.ubis.size();
     if (!part.compressed) continue;
     ByteWriter stream;
     stream.bytes().reserve(part.size);
@@ -280,7 +273,7 @@ void WriteContainerHeader(ByteWriter& out, const ContainerPlan& plan, const BinV
 }
 
 void WriteDirectory(ByteWriter& out, const ContainerPlan& plan) {
-  size_t offset = kHeaderSize + kEntrySize * plan.parts.size();
+  size_t offset = kBinHeaderSize + kBinEntrySize * plan.parts.size();
   for (const ContainerPart& part : plan.parts) {
     out.Text(std::string_view(part.name).substr(0, 6), 7);
     out.U8(part.compressed ? 1 : 0);
@@ -342,7 +335,7 @@ std::optional<Bytes> BuildContainer(const Context& context, ContainerPlan& plan,
   if (!PrepareParts(context, plan, version)) return std::nullopt;
   if (plan.compress_payload) return PackContainer(context, plan, version);
   ByteWriter out;
-  out.bytes().reserve(kHeaderSize + plan.PayloadSize());
+  out.bytes().reserve(kBinHeaderSize + plan.PayloadSize());
   WriteContainerHeader(out, plan, version, plan.PayloadSize());
   AppendPayload(context, plan, version, out.bytes());
   return std::move(out.bytes());
@@ -471,7 +464,7 @@ std::string BinInformation(const Context& context, const Document& document) {
                    static_cast<int>(sdb.database->services.size()), kilobytes(size), static_cast<int>(size));
   }
   const size_t ubis = plan.ubis.empty() ? 0 : plan.parts.back().stored;
-  size_t total = kHeaderSize + plan.PayloadSize();
+  size_t total = kBinHeaderSize + plan.PayloadSize();
   if (plan.compress_payload) {
     const std::optional<Bytes> packed = PackContainer(context, plan, {});
     if (!packed) return {};

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/edit.h"
+#include "core/view_model.h"
 #include "platform/text.h"
 
 namespace vexa {
@@ -13,14 +14,6 @@ constexpr int64_t kHighestPosition = 64;
 constexpr int64_t kFullCircle = 361;  // degrees, first refused
 constexpr int64_t kLowestSymbolRate = 1000, kHighestSymbolRate = 45000;
 constexpr int64_t kLowestPid = 32;
-
-std::string Decimal(uint32_t number) {
-  return Format("%u", number);
-}
-
-std::string PidText(uint32_t pid, bool hexadecimal) {
-  return Format(hexadecimal ? "%X" : "%u", pid);
-}
 
 std::optional<Refusal> Verdict(std::string text, RecordField field, Icon icon = Icon::kStop) {
   if (text.empty()) return std::nullopt;
@@ -153,7 +146,7 @@ SatelliteForm SatelliteFormOf(const SatelliteRecord& record) {
   form.lnb_index = record.lnb_index;
   form.east = record.east != 0;
   form.angle = AngleText(record.angle);
-  form.position = Decimal(record.position);
+  form.position = std::to_string(record.position);
   form.factory_default = record.user == 0;
   return form;
 }
@@ -183,8 +176,8 @@ std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteF
 CarrierForm CarrierFormOf(const CarrierRecord& record) {
   CarrierForm form;
   form.name = Utf8FromLatin(NameOf(record.name));
-  form.frequency = Decimal(record.frequency);
-  form.symbol_rate = Decimal(record.symbol_rate);
+  form.frequency = std::to_string(record.frequency);
+  form.symbol_rate = std::to_string(record.symbol_rate);
   form.polarization = record.polarization;
   form.fec = record.fec;
   form.factory_default = record.user == 0;
@@ -209,7 +202,7 @@ std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& ln
 ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal) {
   ServiceForm form;
   form.name = Utf8FromLatin(NameOf(record.name));
-  form.program_number = Decimal(record.program_number);
+  form.program_number = std::to_string(record.program_number);
   form.type = record.type;
   form.free = record.free != 0;
   form.video_pid = PidText(record.video_pid, hexadecimal);

@@ -12,10 +12,6 @@ namespace {
 constexpr size_t kSdbNameLength = 6, kUbiNameLength = 7;  // characters that a file keeps
 constexpr int kHighestOscillator = 0x3FFF;                // MHz
 
-std::string Number(uint32_t number) {
-  return Format("%u", number);
-}
-
 std::optional<Refusal> Verdict(std::string text, int field) {
   if (text.empty()) return std::nullopt;
   return Refusal{std::move(text), Icon::kStop, field};
@@ -35,8 +31,8 @@ bool IsLockCode(std::string_view code) {
 
 LnbForm LnbFormOf(const LnbRecord& record) {
   LnbForm form;
-  form.frequency1 = Number(record.frequency1);
-  form.frequency2 = Number(record.frequency2);
+  form.frequency1 = std::to_string(record.frequency1);
+  form.frequency2 = std::to_string(record.frequency2);
   form.type = record.type;
   form.power = record.power;
   form.tone_22khz = record.tone_22khz;
@@ -81,7 +77,7 @@ std::vector<std::string> SwitchChoices(uint32_t switch_type) {
   if (switch_type == kSwitchDiseqc) return {"None", "A", "B", "C", "D"};
   if (switch_type == kSwitchToneBurst) return {"None", "A", "B"};
   std::vector<std::string> choices = {"None"};
-  for (uint32_t i = 1; i <= 16; ++i) choices.push_back(Number(i));
+  for (uint32_t i = 1; i <= 16; ++i) choices.push_back(std::to_string(i));
   return choices;
 }
 
@@ -111,9 +107,9 @@ UbiForm UbiFormOf(const OpenUbi& ubi) {
   form.tv_standard = record.flags >> 2 & 3;
   form.screen = record.flags >> 4 & 3;
   form.parental_lock = (record.flags & 0x40) != 0;
-  form.rf_channel = Number(record.rf_channel);
-  form.start_volume = Number(record.start_volume);
-  form.start_programme = Number(record.start_programme);
+  form.rf_channel = std::to_string(record.rf_channel);
+  form.start_volume = std::to_string(record.start_volume);
+  form.start_programme = std::to_string(record.start_programme);
   form.lock_code = Utf8FromLatin(NameOf(record.lock_code));
   return form;
 }
@@ -135,7 +131,7 @@ std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi) {
       {"Start volume", form.start_volume, record.start_volume, 0, 63, kFieldStartVolume},
       {"Start programme", form.start_programme, record.start_programme, 0, 0xFFFF, kFieldStartProgramme}};
   for (const auto& number : numbers) {
-    if (number.text == Number(number.stored)) continue;
+    if (number.text == std::to_string(number.stored)) continue;
     const std::string text = RangeText(number.name, NumberOf(number.text), number.lowest, number.highest);
     if (auto refusal = Verdict(text, number.field)) return refusal;
   }

@@ -9,14 +9,6 @@ namespace vexa {
 
 namespace {
 
-template <size_t N>
-std::string NameText(const char (&field)[N]) {
-  return Utf8FromLatin(NameOf(field));
-}
-
-std::string Number(uint32_t value) {
-  return Format("%u", static_cast<unsigned>(value));
-}
 const char* YesNo(bool yes) {
   return yes ? "Yes" : "No";
 }
@@ -35,7 +27,7 @@ std::string SwitchText(const LnbRecord& lnb) {
     case kSwitchDiseqc:
       return lnb.diseqc_switch ? "DiSEqC 1.0 " + letter(lnb.diseqc_switch) : "DiSEqC 1.0";
     default:
-      return lnb.plain_switch ? Number(lnb.plain_switch) : "None";
+      return lnb.plain_switch ? std::to_string(lnb.plain_switch) : "None";
   }
 }
 
@@ -246,9 +238,9 @@ namespace {
 std::string LnbCell(const LnbRecord& lnb, size_t column) {
   switch (column) {
     case 1:
-      return Number(lnb.frequency1);
+      return std::to_string(lnb.frequency1);
     case 2:
-      return Number(lnb.frequency2);
+      return std::to_string(lnb.frequency2);
     case 3:
       return LnbTypeName(lnb.type);
     case 4:
@@ -274,11 +266,11 @@ std::string SatelliteCell(const Satellite& satellite, size_t column) {
     case 4:
       return ViewAngleText(record.angle);
     case 5:
-      return Number(record.position);
+      return std::to_string(record.position);
     case 6:
       return YesNo(!record.user);
     default:
-      return Number(static_cast<uint32_t>(satellite.carriers.size()));
+      return std::to_string(satellite.carriers.size());
   }
 }
 
@@ -290,9 +282,9 @@ std::string CarrierCell(const Carrier& carrier, size_t column) {
     case 2:
       return carrier.satellite ? NameText(carrier.satellite->record.name) : "";
     case 3:
-      return Number(record.frequency);
+      return std::to_string(record.frequency);
     case 4:
-      return Number(record.symbol_rate);
+      return std::to_string(record.symbol_rate);
     case 5:
       return PolarizationName(record.polarization);
     case 6:
@@ -300,7 +292,7 @@ std::string CarrierCell(const Carrier& carrier, size_t column) {
     case 7:
       return YesNo(!record.user);
     default:
-      return Number(static_cast<uint32_t>(carrier.services.size()));
+      return std::to_string(carrier.services.size());
   }
 }
 
@@ -312,7 +304,7 @@ std::string ServiceCell(const Service& service, size_t column, bool hexadecimal)
     case 2:
       return service.carrier ? NameText(service.carrier->record.name) : "";
     case 3:
-      return Number(record.program_number);
+      return std::to_string(record.program_number);
     case 4:
       return TypeName(record);
     case 5:
@@ -328,7 +320,7 @@ std::string ServiceCell(const Service& service, size_t column, bool hexadecimal)
 
 std::string FavouriteCell(const FavouriteGroup& group, bool radio, size_t column) {
   if (column == 1) return NameText(radio ? group.record.radio_name : group.record.tv_name);
-  return Number(static_cast<uint32_t>(radio ? group.radio.size() : group.tv.size()));
+  return std::to_string(radio ? group.radio.size() : group.tv.size());
 }
 
 std::string UbiCell(const OpenUbi& ubi, size_t column) {
@@ -336,11 +328,11 @@ std::string UbiCell(const OpenUbi& ubi, size_t column) {
     case 1:
       return Utf8FromLatin(ubi.name);
     case 2:
-      return Number(ubi.record.rf_channel);
+      return std::to_string(ubi.record.rf_channel);
     case 3:
-      return Number(ubi.record.start_volume);
+      return std::to_string(ubi.record.start_volume);
     default:
-      return Number(ubi.record.start_programme);
+      return std::to_string(ubi.record.start_programme);
   }
 }
 
@@ -351,7 +343,7 @@ std::string CellText(const Document& document, const ListModel& list, size_t row
   if (row >= list.size() || column >= list.columns.size()) return "";
   if (!list.details.empty()) return column == 0 ? list.details[row].first : list.details[row].second;
   const NodeRef& node = list.rows[row];
-  if (column == 0) return Number(node.index + 1);
+  if (column == 0) return std::to_string(node.index + 1);
   switch (node.kind) {
     case NodeKind::kLnb:
       return LnbCell(document.sdbs[node.sdb].database->lnbs[node.index], column);
@@ -379,8 +371,8 @@ namespace {
 using Details = std::vector<std::pair<std::string, std::string>>;
 
 Details LnbDetails(const LnbRecord& lnb) {
-  return {{"LNB freq 1", Number(lnb.frequency1)},
-          {"LNB freq 2", Number(lnb.frequency2)},
+  return {{"LNB freq 1", std::to_string(lnb.frequency1)},
+          {"LNB freq 2", std::to_string(lnb.frequency2)},
           {"LNB Type", LnbTypeName(lnb.type)},
           {"Power Control", lnb.power ? "On" : "Off"}};
 }
@@ -414,16 +406,16 @@ Details UbiDetails(const OpenUbi& ubi) {
   static constexpr const char* kScreens[] = {"4:3", "16:9", "Letterbox", ""};
   const UserBoxInfo& record = ubi.record;
   return {{"UBI Name", Utf8FromLatin(ubi.name)},
-          {"Menu Language", Number(record.menu_language)},
-          {"Audio Language", Number(record.audio_language)},
+          {"Menu Language", std::to_string(record.menu_language)},
+          {"Audio Language", std::to_string(record.audio_language)},
           {"Time Zone", Format("%+.1f", record.time_zone / 2.0)},
           {"Summer Time", YesNo(record.flags & 1)},
           {"RF Output", record.flags & 2 ? "On" : "Off"},
           {"TV Standard", kStandards[record.flags >> 2 & 3]},
           {"Screen", kScreens[record.flags >> 4 & 3]},
-          {"RF Channel", Number(record.rf_channel)},
-          {"Start Volume", Number(record.start_volume)},
-          {"Start Programme", Number(record.start_programme)},
+          {"RF Channel", std::to_string(record.rf_channel)},
+          {"Start Volume", std::to_string(record.start_volume)},
+          {"Start Programme", std::to_string(record.start_programme)},
           {"Parental Lock", record.flags & 64 ? "On" : "Off"}};
 }
 

@@ -10,11 +10,6 @@ namespace vexa {
 
 namespace {
 
-template <size_t N>
-std::string NameText(const char (&field)[N]) {
-  return Utf8FromLatin(NameOf(field));
-}
-
 const StaticDatabase* DatabaseOf(const Document& document, const NodeRef& node) {
   return node.sdb < document.sdbs.size() ? document.sdbs[node.sdb].database.get() : nullptr;
 }

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "core/database.h"
+#include "platform/text.h"
 
 namespace vexa {
 
@@ -139,5 +140,10 @@ std::string FecName(uint32_t fec);
 // Degrees from tenths: "019.2", "000.0".
 std::string ViewAngleText(uint32_t tenths);
 std::string PidText(uint32_t pid, bool hexadecimal);
+// A record's name field as UTF-8.
+template <size_t N>
+std::string NameText(const char (&field)[N]) {
+  return Utf8FromLatin(NameOf(field));
+}
 
 }  // namespace vexa

@@ -18,11 +18,6 @@ namespace {
 constexpr int kLowestZone = -24, kHighestZone = 28;  // half hours
 constexpr size_t kLanguageCode = 4;                  // bytes before a language's name
 
-uint32_t Code(const Form& form, int id) {
-  const int choice = form.Choice(id);
-  return choice < 0 ? 0 : static_cast<uint32_t>(choice);
-}
-
 // Names of the configuration's languages; numbers for places that it has not.
 void ShowLanguage(const Form& form, int id, const LanguageBlock& list, uint32_t chosen) {
   std::vector<std::string> names;
@@ -74,14 +69,14 @@ void ShowUbi(const Form& form, const UbiForm& ubi) {
 UbiForm TakenUbi(const Form& form, const UbiForm& shown) {
   UbiForm taken = shown;
   taken.name = form.Text(IDC_RECORD_NAME);
-  taken.menu_language = Code(form, IDC_BOX_MENU_LANGUAGE);
-  taken.audio_language = Code(form, IDC_BOX_AUDIO_LANGUAGE);
+  taken.menu_language = form.Code(IDC_BOX_MENU_LANGUAGE);
+  taken.audio_language = form.Code(IDC_BOX_AUDIO_LANGUAGE);
   taken.time_zone = form.Choice(IDC_BOX_TIME_ZONE) + LowestZone(shown);
   taken.summer_time = form.Checked(IDC_BOX_SUMMER_TIME);
   taken.rf_output = form.Checked(IDC_BOX_RF_OUTPUT);
   taken.parental_lock = form.Checked(IDC_BOX_LOCK);
-  if (form.Choice(IDC_BOX_STANDARD) >= 0) taken.tv_standard = Code(form, IDC_BOX_STANDARD);
-  if (form.Choice(IDC_BOX_SCREEN) >= 0) taken.screen = Code(form, IDC_BOX_SCREEN);
+  if (form.Choice(IDC_BOX_STANDARD) >= 0) taken.tv_standard = form.Code(IDC_BOX_STANDARD);
+  if (form.Choice(IDC_BOX_SCREEN) >= 0) taken.screen = form.Code(IDC_BOX_SCREEN);
   taken.rf_channel = form.Text(IDC_BOX_RF_CHANNEL);
   taken.start_volume = form.Text(IDC_BOX_VOLUME);
   taken.start_programme = form.Text(IDC_BOX_PROGRAMME);
@@ -89,7 +84,7 @@ UbiForm TakenUbi(const Form& form, const UbiForm& shown) {
   return taken;
 }
 
-int ControlOf(int field) {
+int BoxControl(int field) {
   switch (field) {
     case kFieldRfChannel:
       return IDC_BOX_RF_CHANNEL;
@@ -107,7 +102,7 @@ int ControlOf(int field) {
 bool Accept(EditorWindow& editor, const Form& form, const std::function<std::optional<Refusal>()>& store) {
   std::optional<Refusal> refusal;
   ChangeDocument(editor, [&] { return !(refusal = store()); });
-  if (refusal) form.Refuse(*refusal, ControlOf(refusal->field));
+  if (refusal) form.Refuse(*refusal, BoxControl(refusal->field));
   return !refusal;
 }
 

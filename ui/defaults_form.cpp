@@ -71,30 +71,25 @@ void Show(const Form& form, const DefaultsForm& defaults) {
   ShowService(form, defaults.service);
 }
 
-uint32_t Code(const Form& form, int id) {
-  const int choice = form.Choice(id);
-  return choice < 0 ? 0 : static_cast<uint32_t>(choice);
-}
-
 DefaultsForm Taken(const Form& form) {
   DefaultsForm taken;
   taken.lnb.frequency1 = form.Text(IDC_DEFAULTS_LNB_FREQUENCY1);
   taken.lnb.frequency2 = form.Text(IDC_DEFAULTS_LNB_FREQUENCY2);
-  taken.lnb.type = Code(form, IDC_DEFAULTS_LNB_TYPE);
+  taken.lnb.type = form.Code(IDC_DEFAULTS_LNB_TYPE);
   taken.lnb.power = form.Checked(IDC_DEFAULTS_LNB_POWER);
-  taken.lnb.tone_22khz = Code(form, IDC_DEFAULTS_LNB_TONE);
-  taken.lnb.switch_type = Code(form, IDC_DEFAULTS_LNB_SWITCH);
-  taken.lnb.selection = Code(form, IDC_DEFAULTS_LNB_SELECTION);
+  taken.lnb.tone_22khz = form.Code(IDC_DEFAULTS_LNB_TONE);
+  taken.lnb.switch_type = form.Code(IDC_DEFAULTS_LNB_SWITCH);
+  taken.lnb.selection = form.Code(IDC_DEFAULTS_LNB_SELECTION);
   taken.lnb.motor = form.Checked(IDC_DEFAULTS_LNB_MOTOR);
-  taken.satellite.lnb_index = Code(form, IDC_DEFAULTS_SATELLITE_LNB);
+  taken.satellite.lnb_index = form.Code(IDC_DEFAULTS_SATELLITE_LNB);
   taken.satellite.east = form.Choice(IDC_DEFAULTS_SATELLITE_FLAG) == 1;
   taken.satellite.angle = form.Text(IDC_DEFAULTS_SATELLITE_ANGLE);
   taken.satellite.position = form.Text(IDC_DEFAULTS_SATELLITE_POSITION);
   taken.satellite.factory_default = form.Checked(IDC_DEFAULTS_SATELLITE_FACTORY);
   taken.carrier.frequency = form.Text(IDC_DEFAULTS_CARRIER_FREQUENCY);
   taken.carrier.symbol_rate = form.Text(IDC_DEFAULTS_CARRIER_SYMBOL_RATE);
-  taken.carrier.polarization = Code(form, IDC_DEFAULTS_CARRIER_POLARIZATION);
-  taken.carrier.fec = Code(form, IDC_DEFAULTS_CARRIER_FEC);
+  taken.carrier.polarization = form.Code(IDC_DEFAULTS_CARRIER_POLARIZATION);
+  taken.carrier.fec = form.Code(IDC_DEFAULTS_CARRIER_FEC);
   taken.carrier.factory_default = form.Checked(IDC_DEFAULTS_CARRIER_FACTORY);
   taken.service.type = form.Choice(IDC_DEFAULTS_SERVICE_TYPE) == 0 ? kTv : kRadio;
   taken.service.free = !form.Checked(IDC_DEFAULTS_SERVICE_SCRAMBLED);
@@ -104,7 +99,7 @@ DefaultsForm Taken(const Form& form) {
   return taken;
 }
 
-int ControlOf(int field) {
+int DefaultsControl(int field) {
   switch (field) {
     case kFieldOscillator1:
       return IDC_DEFAULTS_LNB_FREQUENCY1;
@@ -145,7 +140,7 @@ void ShowDefaultValues(Application& app) {
   FormActions actions;
   actions.open = [](Form& form) { Open(form); };
   actions.command = [&](Form& form, int id, int code) {
-    if (id == IDC_DEFAULTS_LNB_SWITCH && code == CBN_SELCHANGE) ShowSelection(form, Code(form, id), 0);
+    if (id == IDC_DEFAULTS_LNB_SWITCH && code == CBN_SELCHANGE) ShowSelection(form, form.Code(id), 0);
     if (id == IDC_DEFAULTS_SERVICE_TYPE && code == CBN_SELCHANGE) ShowServiceType(form);
     if (id == IDC_DEFAULTS_FACTORY && code == BN_CLICKED)
       Show(form, DefaultsFormOf(FactoryDefaults(), app.hexadecimal));
@@ -153,7 +148,7 @@ void ShowDefaultValues(Application& app) {
   actions.accept = [&](Form& form) {
     const auto refusal = StoreDefaults(app.context.messages, Taken(form), app.hexadecimal, app.defaults);
     if (refusal) {
-      form.Refuse(*refusal, ControlOf(refusal->field));
+      form.Refuse(*refusal, DefaultsControl(refusal->field));
       return false;
     }
     SaveDefaultRecords(app.settings, app.defaults);

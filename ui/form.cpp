@@ -159,6 +159,11 @@ int Form::Choice(int id) const {
   return static_cast<int>(SendDlgItemMessageW(window, id, CB_GETCURSEL, 0, 0));
 }
 
+uint32_t Form::Code(int id) const {
+  const int choice = Choice(id);
+  return choice < 0 ? 0 : static_cast<uint32_t>(choice);
+}
+
 void Form::Limit(int id, int characters) const {
   SendDlgItemMessageW(window, id, EM_SETLIMITTEXT, static_cast<WPARAM>(characters), 0);
 }

@@ -20,12 +20,7 @@ std::vector<std::string> NamesOf(std::string (*name)(uint32_t), uint32_t count) 
   return names;
 }
 
-uint32_t Code(const Form& form, int id) {
-  const int choice = form.Choice(id);
-  return choice < 0 ? 0 : static_cast<uint32_t>(choice);
-}
-
-int ControlOf(int field) {
+int RecordControl(int field) {
   switch (field) {
     case kFieldOscillator1:
       return IDC_LNB_FREQUENCY1;
@@ -56,7 +51,7 @@ int ControlOf(int field) {
 bool Accept(EditorWindow& editor, const Form& form, const std::function<std::optional<Refusal>()>& store) {
   std::optional<Refusal> refusal;
   ChangeDocument(editor, [&] { return !(refusal = store()); });
-  if (refusal) form.Refuse(*refusal, ControlOf(refusal->field));
+  if (refusal) form.Refuse(*refusal, RecordControl(refusal->field));
   return !refusal;
 }
 
@@ -84,11 +79,11 @@ LnbForm TakenLnb(const Form& form) {
   LnbForm taken;
   taken.frequency1 = form.Text(IDC_LNB_FREQUENCY1);
   taken.frequency2 = form.Text(IDC_LNB_FREQUENCY2);
-  taken.type = Code(form, IDC_LNB_TYPE);
+  taken.type = form.Code(IDC_LNB_TYPE);
   taken.power = form.Checked(IDC_LNB_POWER);
-  taken.tone_22khz = Code(form, IDC_LNB_TONE);
-  taken.switch_type = Code(form, IDC_LNB_SWITCH);
-  taken.selection = Code(form, IDC_LNB_SELECTION);
+  taken.tone_22khz = form.Code(IDC_LNB_TONE);
+  taken.switch_type = form.Code(IDC_LNB_SWITCH);
+  taken.selection = form.Code(IDC_LNB_SELECTION);
   taken.motor = form.Checked(IDC_LNB_MOTOR);
   return taken;
 }
@@ -110,7 +105,7 @@ void ShowSatellite(const Form& form, const SatelliteForm& satellite) {
 SatelliteForm TakenSatellite(const Form& form) {
   SatelliteForm taken;
   taken.name = form.Text(IDC_RECORD_NAME);
-  taken.lnb_index = Code(form, IDC_SATELLITE_LNB);
+  taken.lnb_index = form.Code(IDC_SATELLITE_LNB);
   taken.east = form.Choice(IDC_SATELLITE_FLAG) == 1;
   taken.angle = form.Text(IDC_SATELLITE_ANGLE);
   taken.position = form.Text(IDC_SATELLITE_POSITION);
@@ -137,8 +132,8 @@ CarrierForm TakenCarrier(const Form& form, const CarrierForm& shown) {
   taken.name = form.Text(IDC_RECORD_NAME);
   taken.frequency = form.Text(IDC_CARRIER_FREQUENCY);
   taken.symbol_rate = form.Text(IDC_CARRIER_SYMBOL_RATE);
-  taken.polarization = Code(form, IDC_CARRIER_POLARIZATION);
-  if (form.Choice(IDC_CARRIER_FEC) >= 0) taken.fec = Code(form, IDC_CARRIER_FEC);
+  taken.polarization = form.Code(IDC_CARRIER_POLARIZATION);
+  if (form.Choice(IDC_CARRIER_FEC) >= 0) taken.fec = form.Code(IDC_CARRIER_FEC);
   taken.factory_default = form.Checked(IDC_CARRIER_FACTORY);
   return taken;
 }
@@ -189,7 +184,7 @@ bool EditLnb(EditorWindow& editor, const NodeRef& node) {
   FormActions actions;
   actions.open = [&](Form& form) { ShowLnb(form, LnbFormOf(record)); };
   actions.command = [](Form& form, int id, int code) {
-    if (id == IDC_LNB_SWITCH && code == CBN_SELCHANGE) ShowSelection(form, Code(form, id), 0);
+    if (id == IDC_LNB_SWITCH && code == CBN_SELCHANGE) ShowSelection(form, form.Code(id), 0);
   };
   actions.accept = [&](Form& form) {
     return Accept(editor, form,

@@ -1,17 +1,6 @@
 #include "ui/windows_api.h"
 
-#include "platform/text.h"
-
 namespace vexa {
-
-std::wstring Wide(std::string_view utf8) {
-  const std::u16string text = Utf16FromUtf8(utf8);
-  return {text.begin(), text.end()};
-}
-
-std::string Utf8(std::wstring_view wide) {
-  return Utf8FromUtf16(std::u16string(wide.begin(), wide.end()));
-}
 
 std::string WindowText(HWND window) {
   std::wstring text(static_cast<size_t>(GetWindowTextLengthW(window)) + 1, L'\0');

@@ -10,10 +10,10 @@
 #include <string>
 #include <string_view>
 
+#include "platform/windows/wide.h"
+
 namespace vexa {
 
-std::wstring Wide(std::string_view utf8);
-std::string Utf8(std::wstring_view wide);
 std::string WindowText(HWND window);
 void SetText(HWND window, const std::string& utf8);
 // A length given at 96 dots an inch, at the resolution of the window's screen.

@@ -10,7 +10,7 @@
 #include <array>
 #include <map>
 
-#include "platform/text.h"
+#include "platform/windows/wide.h"
 
 namespace vexa {
 
@@ -48,11 +48,6 @@ HANDLE HandleOf(const SerialDevicePtr& device) {
 }
 HANDLE HandleOf(const SerialEventPtr& event) {
   return static_cast<Event&>(*event).handle;
-}
-
-std::wstring Wide(const std::string& text) {
-  const std::u16string wide = Utf16FromUtf8(text);
-  return {wide.begin(), wide.end()};
 }
 
 SerialDevicePtr OpenDevice(const std::string& name) {
@@ -266,10 +261,6 @@ CommApi MakeApi() {
   api.cancel_all = [](const SerialDevicePtr& device) { CancelIoEx(HandleOf(device), nullptr); };
   api.start_thread = StartThread;
   return api;
-}
-
-std::string Utf8(const std::wstring& text) {
-  return Utf8FromUtf16(std::u16string(text.begin(), text.end()));
 }
 
 std::wstring DeviceText(HDEVINFO devices, SP_DEVINFO_DATA& device, DWORD property) {

@@ -2,16 +2,11 @@
 
 #include <windows.h>
 
-#include "platform/text.h"
+#include "platform/windows/wide.h"
 
 namespace vexa {
 
 namespace {
-
-std::wstring Wide(const std::string& text) {
-  const std::u16string wide = Utf16FromUtf8(text);
-  return {wide.begin(), wide.end()};
-}
 
 struct Key {
   HKEY handle = nullptr;
@@ -37,7 +32,7 @@ std::optional<std::string> ReadValue(const std::string& key, const std::string& 
     return std::nullopt;
   }
   value.resize(wcslen(value.c_str()));
-  return Utf8FromUtf16(std::u16string(value.begin(), value.end()));
+  return Utf8(value);
 }
 
 void WriteValue(const std::string& key, const std::string& name, const std::string& value) {

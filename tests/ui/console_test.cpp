@@ -27,8 +27,7 @@ constexpr const char* kTitle = "Vexa Editor 1.0.0";
 class ConsoleUi : public testing::Test {
  protected:
   void Start(const std::wstring& mode = L"--test-mode") {
-    editor_ =
-        std::make_unique<EditorDriver>(ProgramFolder() / "VexaEditor.exe", std::vector<std::wstring>{mode});
+    editor_ = std::make_unique<EditorDriver>(EditorProgram(), std::vector<std::wstring>{mode});
     ASSERT_TRUE(editor_->WaitForFrame());
     editor_->Command(kCmdPortload);
     console_ = editor_->ActiveChild();

@@ -17,7 +17,6 @@ namespace vexa {
 namespace {
 
 constexpr size_t kRemoteSize = 8192, kTextOffset = 1024, kTextUnits = 1024;
-constexpr UINT kAnswerTime = 15000;  // ms; a window silent for longer hangs
 
 std::wstring ClassOf(HWND window) {
   wchar_t name[64] = L"";
@@ -528,6 +527,17 @@ void EditorDriver::ExhaustMemory() {
 
 void EditorDriver::Lose(unsigned request) {
   EXPECT_EQ(Send(frame_, RegisterWindowMessageW(kTestMessage), request, 0), 1);
+}
+
+Path EditorProgram() {
+  return ProgramFolder() / "VexaEditor.exe";
+}
+
+void ExpectCleanEnd(EditorDriver& editor) {
+  const Path folder = editor.TemporaryFolder();
+  editor.Close();
+  EXPECT_EQ(editor.ExitCode(), 0u);
+  EXPECT_FALSE(std::filesystem::exists(folder)) << "the temporary folder is left behind";
 }
 
 }  // namespace vexa

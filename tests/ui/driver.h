@@ -15,6 +15,8 @@
 
 namespace vexa {
 
+inline constexpr UINT kAnswerTime = 15000;  // ms; a window silent for longer hangs
+
 struct MenuLine {
   int depth = 0;
   unsigned id = 0;
@@ -111,5 +113,10 @@ class EditorDriver {
   HWND frame_ = nullptr;
   void* remote_ = nullptr;
 };
+
+// The editor beside the running program.
+Path EditorProgram();
+// Closes the editor: it ends with status 0 and takes its temporary folder with it.
+void ExpectCleanEnd(EditorDriver& editor);
 
 }  // namespace vexa

@@ -15,8 +15,6 @@
 
 namespace vexa {
 
-inline constexpr UINT kAnswerTime = 15000;  // milliseconds
-
 class EditorTest : public testing::Test {
  protected:
   // A satellite "Zeta" with two carriers, "Low" with the services "Cap", "ant", "Bee", then "High" with
@@ -46,7 +44,7 @@ class EditorTest : public testing::Test {
   void Start(std::vector<std::wstring> arguments = {L"--test-mode"}, const Path& file = {}) {
     if (!file.empty()) arguments.push_back(file.native());
     driver_.reset();
-    driver_ = std::make_unique<EditorDriver>(ProgramFolder() / "VexaEditor.exe", arguments);
+    driver_ = std::make_unique<EditorDriver>(EditorProgram(), arguments);
     ASSERT_TRUE(driver_->WaitForFrame());
     if (file.empty()) return;
     ASSERT_TRUE(driver_->Until("the database window", [&] { return driver_->Children().size() == 1; }));

@@ -27,10 +27,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
 
-Path Program() {
-  return ProgramFolder() / "VexaEditor.exe";
-}
-
 template <class Record>
 void Named(Record& record, const std::string& name) {
   SetName(record.record.name, name);
@@ -91,17 +87,8 @@ class Frame : public testing::Test {
 };
 
 // Closes without a question and ends with 0.
-void ExpectCleanEnd(EditorDriver& editor) {
-  const Path folder = editor.TemporaryFolder();
-  editor.Close();
-  const auto code = editor.ExitCode();
-  ASSERT_TRUE(code.has_value()) << "does not end";
-  EXPECT_EQ(*code, 0u);
-  EXPECT_FALSE(std::filesystem::exists(folder)) << "the temporary folder is left behind";
-}
-
 TEST_F(Frame, StartsMaximisedWithItsTitleAndFolder) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   EXPECT_EQ(editor.Title(editor.frame()), "Vexa Editor 1.0.0");
   EXPECT_TRUE(editor.Until("the maximised frame", [&] { return IsZoomed(editor.frame()) != 0; }));
@@ -111,7 +98,7 @@ TEST_F(Frame, StartsMaximisedWithItsTitleAndFolder) {
 }
 
 TEST_F(Frame, TwoFramesHaveFoldersOfTheirOwn) {
-  EditorDriver first(Program()), second(Program());
+  EditorDriver first(EditorProgram()), second(EditorProgram());
   ASSERT_TRUE(first.WaitForFrame() && second.WaitForFrame());
   EXPECT_NE(first.TemporaryFolder(), second.TemporaryFolder());
   ExpectCleanEnd(first);
@@ -120,7 +107,7 @@ TEST_F(Frame, TwoFramesHaveFoldersOfTheirOwn) {
 }
 
 TEST_F(Frame, AboutNamesTheProgram) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdAbout);
   HWND box = editor.WaitForBox("About software");
@@ -134,7 +121,7 @@ TEST_F(Frame, AboutNamesTheProgram) {
 }
 
 TEST_F(Frame, NewDatabaseIsEmptyAndClosesWithoutQuestion) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdNew);
   ASSERT_EQ(editor.Children().size(), 1u);
@@ -152,7 +139,7 @@ TEST_F(Frame, NewDatabaseIsEmptyAndClosesWithoutQuestion) {
 
 TEST_F(Frame, OpenShowsTreeListAndDetails) {
   const Path path = PutSample("sample.bin");
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdOpen);
   editor.ChooseFile("Open", path);
@@ -180,7 +167,7 @@ TEST_F(Frame, FileOfTheCommandLineIsOpenedAndDescribed) {
       "von \xC3\xBC"
       "ber.bin",
       1, 2);
-  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
   ASSERT_TRUE(editor.WaitForFrame());
   ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
   EXPECT_EQ(editor.Title(editor.Children()[0]), Utf8FromPath(path));
@@ -195,7 +182,7 @@ TEST_F(Frame, FileOfTheCommandLineIsOpenedAndDescribed) {
 TEST_F(Frame, DamagedFileOpensNoWindow) {
   const Path path = Folder() / "damaged.bin";
   PutFile(path, BytesOf("Qz, too short"));
-  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
   ASSERT_TRUE(editor.WaitForFrame());
   EXPECT_EQ(editor.Answer(IDOK), "Invalid or unknown file format.");
   EXPECT_THAT(editor.Children(), IsEmpty());
@@ -204,7 +191,7 @@ TEST_F(Frame, DamagedFileOpensNoWindow) {
 
 TEST_F(Frame, SaveAsWritesTheDatabaseAndUnsavedChangesAsk) {
   const Path path = PutSample("sample.bin"), copy = Folder() / "copy.bin";
-  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
   ASSERT_TRUE(editor.WaitForFrame());
   ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
   editor.Command(kCmdSaveAs);
@@ -234,7 +221,7 @@ TEST_F(Frame, PathsMayBeLong) {
   std::filesystem::create_directories(folder);
   const Path path = folder / "long.bin";
   std::filesystem::copy_file(PutSample("sample.bin"), path);
-  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
   ASSERT_TRUE(editor.WaitForFrame());
   ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
   const auto before = std::filesystem::file_size(path);
@@ -254,7 +241,7 @@ TEST_F(Frame, PathsMayBeLong) {
 
 TEST_F(Frame, SavingAnEmptyDatabaseIsRefused) {
   const Path path = Folder() / "never.bin";
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdNew);
   editor.Command(kCmdSave);
@@ -273,7 +260,7 @@ std::map<unsigned, MenuLine> ById(const std::vector<MenuLine>& lines) {
 }
 
 TEST_F(Frame, MenusFollowTheActiveWindow) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   auto items = ById(editor.Menus());
   EXPECT_FALSE(items.contains(kCmdSave)) << "no database, no such item";
@@ -312,7 +299,7 @@ void ExpectNoDoubledKeys(const std::vector<MenuLine>& lines) {
 }
 
 TEST_F(Frame, NoMenuHasAnAccessKeyTwice) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   const auto frame_lines = editor.Menus();
   EXPECT_GT(frame_lines.size(), 20u);
@@ -327,7 +314,7 @@ TEST_F(Frame, NoMenuHasAnAccessKeyTwice) {
 TEST_F(Frame, WithoutConfigurationTheUserChoosesOrTheProgramEnds) {
   const Path lonely = Folder() / "lonely";
   std::filesystem::create_directory(lonely);
-  std::filesystem::copy_file(Program(), lonely / "VexaEditor.exe");
+  std::filesystem::copy_file(EditorProgram(), lonely / "VexaEditor.exe");
   const Path wrong = Folder() / "wrong.ecf";
   PutFile(wrong, BytesOf("not a configuration"));
   EditorDriver editor(lonely / "VexaEditor.exe");
@@ -343,7 +330,7 @@ TEST_F(Frame, WithoutConfigurationTheUserChoosesOrTheProgramEnds) {
 TEST_F(Frame, ADamagedConfigurationIsToldAndTheProgramGoesOn) {
   const Path lonely = Folder() / "lonely";
   std::filesystem::create_directory(lonely);
-  std::filesystem::copy_file(Program(), lonely / "VexaEditor.exe");
+  std::filesystem::copy_file(EditorProgram(), lonely / "VexaEditor.exe");
   PutFile(lonely / "damaged.ecf", BytesOf("Qx, and then nothing"));
   EditorDriver editor(lonely / "VexaEditor.exe");
   EXPECT_EQ(editor.Answer(IDOK), "Invalid Configuration file.");
@@ -356,14 +343,14 @@ TEST_F(Frame, WithoutATemporaryFolderTheProgramEnds) {
   wchar_t before[MAX_PATH];
   ASSERT_NE(GetEnvironmentVariableW(L"TMP", before, MAX_PATH), 0u);
   SetEnvironmentVariableW(L"TMP", (Folder() / "nowhere").c_str());
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   SetEnvironmentVariableW(L"TMP", before);
   EXPECT_EQ(editor.Answer(IDOK), "Failed to create new directory.");
   EXPECT_TRUE(editor.ExitCode().has_value());
 }
 
 TEST_F(Frame, MemoryThatRunsOutIsToldAndEndsTheProgram) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.ExhaustMemory();
   EXPECT_EQ(editor.Answer(IDOK), kOutOfMemoryText);
@@ -381,7 +368,7 @@ TEST_F(Frame, ImportOpensTheListInAWindowOfItsOwn) {
   records[2].position = "0130";
   records[2].frequency = "012000";
   PutFile(list, BytesOf(SdxList(records, true)));
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdImportSatcodx);
   editor.ChooseFile("Open a File", list);
@@ -400,7 +387,7 @@ TEST_F(Frame, ImportOpensTheListInAWindowOfItsOwn) {
 TEST_F(Frame, ImportRefusesAForeignFile) {
   const Path list = Folder() / "list.sdx";
   PutFile(list, BytesOf("DVSO is another format"));
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdImportSatcodx);
   editor.ChooseFile("Open a File", list);
@@ -425,7 +412,7 @@ void CloseViewer(const std::wstring& file) {
 
 TEST_F(Frame, TextFileWritesAndShowsTheReport) {
   const Path path = PutSample("sample.bin"), report = Folder() / "report.txt";
-  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
   ASSERT_TRUE(editor.WaitForFrame());
   ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
   editor.Command(kCmdTextFile);
@@ -456,7 +443,7 @@ TEST_F(Frame, TextFileWritesAndShowsTheReport) {
 TEST_F(Frame, WithoutAnExitEventTheProgramStartsAllTheSame) {
   HANDLE other = CreateMutexW(nullptr, FALSE, kTestExitEvent);
   ASSERT_NE(other, nullptr);
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   EXPECT_EQ(editor.Answer(IDOK), "Failed to create event( Thread exit event ).");
   CloseHandle(other);
   ASSERT_TRUE(editor.WaitForFrame());
@@ -483,7 +470,7 @@ TEST_F(Frame, WithoutPortSettingsTheProgramEnds) {
                             nullptr, &made, nullptr),
             ERROR_SUCCESS);
   RegCloseKey(made);
-  EditorDriver editor(Program(), {L"--test-mode=" + settings.name});
+  EditorDriver editor(EditorProgram(), {L"--test-mode=" + settings.name});
   EXPECT_EQ(editor.Answer(IDOK), "Cannot initialize port settings.");
   EXPECT_TRUE(editor.ExitCode().has_value());
 }
@@ -493,7 +480,7 @@ TEST_F(Frame, RecentFilesComeBackFromTheSecondRunOn) {
   const Path path = PutSample("first & last.bin");
   const std::wstring mode = L"--test-mode=" + settings.name;
   for (int run = 1; run <= 2; ++run) {
-    EditorDriver editor(Program(), {mode, path.native()});
+    EditorDriver editor(EditorProgram(), {mode, path.native()});
     ASSERT_TRUE(editor.WaitForFrame());
     ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
     const auto items = ById(editor.Menus());
@@ -501,7 +488,7 @@ TEST_F(Frame, RecentFilesComeBackFromTheSecondRunOn) {
     EXPECT_FALSE(items.contains(kCmdRecent1 + 1)) << "run " << run;
     ExpectCleanEnd(editor);
   }
-  EditorDriver editor(Program(), {mode});
+  EditorDriver editor(EditorProgram(), {mode});
   ASSERT_TRUE(editor.WaitForFrame());
   const auto items = ById(editor.Menus());
   ASSERT_TRUE(items.contains(kCmdRecent1));
@@ -513,7 +500,7 @@ TEST_F(Frame, RecentFilesComeBackFromTheSecondRunOn) {
 
 TEST_F(Frame, LargestDatabaseIsThereAtOnce) {
   const Path path = PutSample("largest.bin", 257, 255);
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdOpen);
   editor.ChooseFile("Open", path);

@@ -84,7 +84,7 @@ std::string LyngsatList() {
          ":CHN \"Delta\" 4 T\r\n";
 }
 
-struct Format {
+struct ListFormat {
   unsigned command;
   const char* file;
   std::string (*content)();
@@ -96,7 +96,7 @@ const Lines kWhole = {"[ 1 ] Astra",    "  [ 1 ] Carrier1_S1", "    [ 1 ] Alpha"
                       "[ 2 ] Hotbird",  "  [ 1 ] Carrier1_S2", "    [ 1 ] Delta"};
 const Lines kRadio = {"[ 1 ] Astra", "  [ 1 ] Carrier1_S1", "    [ 1 ] Beta", "  [ 2 ] Carrier2_S1"};
 
-const Format kFormats[] = {
+const ListFormat kFormats[] = {
     {kCmdImportSatcodx,
      "list.sdx",
      SatcodxList,
@@ -116,7 +116,7 @@ class Lists : public testing::Test {
     return path;
   }
   // Up to the wizard's first step, or the window without it.
-  void Import(EditorDriver& editor, const Format& format, bool filtered) {
+  void Import(EditorDriver& editor, const ListFormat& format, bool filtered) {
     const Path list = Put(format.file, format.content());
     editor.Command(format.command);
     editor.ChooseFile("Open a File", list);
@@ -132,10 +132,6 @@ class Lists : public testing::Test {
 
   Recorder recorder_;
 };
-
-Path Program() {
-  return ProgramFolder() / "VexaEditor.exe";
-}
 
 // The tree's part below "Satellites".
 Lines Satellites(EditorDriver& editor) {
@@ -172,8 +168,8 @@ void ExpectKeysOnce(EditorDriver& editor, HWND box) {
 }
 
 TEST_F(Lists, EveryFormatOpensWhole) {
-  for (const Format& format : kFormats) {
-    EditorDriver editor(Program());
+  for (const ListFormat& format : kFormats) {
+    EditorDriver editor(EditorProgram());
     ASSERT_TRUE(editor.WaitForFrame());
     Import(editor, format, false);
     ExpectOneWindow(editor);
@@ -184,8 +180,8 @@ TEST_F(Lists, EveryFormatOpensWhole) {
 
 // The radio services of the first satellite; its carrier without one stays, as it was chosen.
 TEST_F(Lists, EveryFormatOpensFiltered) {
-  for (const Format& format : kFormats) {
-    EditorDriver editor(Program());
+  for (const ListFormat& format : kFormats) {
+    EditorDriver editor(EditorProgram());
     ASSERT_TRUE(editor.WaitForFrame());
     Import(editor, format, true);
     HWND box = editor.WaitForBox(kStep1);
@@ -205,7 +201,7 @@ TEST_F(Lists, EveryFormatOpensFiltered) {
 }
 
 TEST_F(Lists, FirstStepCountsAndEnablesNext) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   HWND box = FirstStep(editor);
   ASSERT_NE(box, nullptr);
@@ -243,7 +239,7 @@ TEST_F(Lists, FirstStepCountsAndEnablesNext) {
 }
 
 TEST_F(Lists, WizardWalkedWithBack) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   HWND box = FirstStep(editor);
   ASSERT_NE(box, nullptr);
@@ -315,7 +311,7 @@ void ExpectNothingLeft(EditorDriver& editor, HWND step) {
 }
 
 TEST_F(Lists, ClosingTheSecondStepLeavesNoWindow) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   HWND box = FirstStep(editor);
   ASSERT_NE(box, nullptr);
@@ -333,7 +329,7 @@ TEST_F(Lists, LongestListStandsAtOnce) {
     list += ":CHN \"Service " + std::to_string(i) + "\" " + std::to_string(i) + " T\n";
   }
   const Path path = Put("long.dat", list);
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdImportLyngsat);
   editor.ChooseFile("Open a File", path);
@@ -372,10 +368,10 @@ TEST_F(Lists, LimitOfSdbsRefusesTheCommand) {
   ASSERT_TRUE(bytes.has_value());
   const Path path = recorder_.context.temporary_folder / "full.bin";
   PutFile(path, *bytes);
-  EditorDriver editor(Program(), {L"--test-mode", path.native()});
+  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
   ASSERT_TRUE(editor.WaitForFrame());
   ExpectOneWindow(editor);
-  for (const Format& format : kFormats) {
+  for (const ListFormat& format : kFormats) {
     editor.Command(format.command);
     EXPECT_EQ(editor.Answer(IDOK), "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
   }
@@ -400,7 +396,7 @@ void ExpectMessage(EditorDriver& editor, const std::string& text) {
 }
 
 TEST_F(Lists, MergerHasThreeModes) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   for (const MergeCase& mode : kMergeCases) {
     editor.Command(mode.command);
@@ -426,7 +422,7 @@ RECT PlaceOf(HWND box, int id) {
 
 // The list takes what the dialog grows; the buttons keep their distance from the edges they stand at.
 TEST_F(Lists, MergerGrowsWithItsList) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdMergeDvb2000);
   HWND box = editor.WaitForBox("DVB2000 [ DVB ] File Merger");
@@ -450,7 +446,7 @@ TEST_F(Lists, MergerGrowsWithItsList) {
 }
 
 TEST_F(Lists, MergerAddsAndRemoves) {
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   const Path folder = recorder_.context.temporary_folder;
   const Path first = Put("b.sdx", "SATCODX_03"), old = Put("A.sdx", "SATCODX_04");
@@ -494,7 +490,7 @@ TEST_F(Lists, MergedListsAreImported) {
   const Path second =
       Put("2.dat", ":SAT \"Second\" 13.0 E\r\n:TRP 12000 27500S 0 H 0 3/4\r\n:CHN \"Two\" 2 T\r\n");
   const Path output = recorder_.context.temporary_folder / "merged.dat";
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.Command(kCmdMergeLyngsat);
   HWND box = editor.WaitForBox("Lyngsat [ DAT ] File Merger");
@@ -545,7 +541,7 @@ TEST_F(Lists, DroppedFilesOpen) {
   const Path folder = recorder_.context.temporary_folder;
   const std::vector<Path> paths = {folder / "first.bin", folder / L"zw\x00F6lf.bin"};
   for (const Path& path : paths) PutFile(path, *bytes);
-  EditorDriver editor(Program());
+  EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
   editor.DropFiles(paths);
   ASSERT_TRUE(editor.Until("both windows", [&] { return editor.Children().size() == 2; }));

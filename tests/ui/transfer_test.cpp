@@ -47,7 +47,7 @@ class Transfers : public testing::Test {
     return PutBytes("list.bin", bytes.value_or(Bytes{}));
   }
   std::unique_ptr<EditorDriver> Start(std::vector<std::wstring> arguments = {L"--test-mode"}) {
-    auto editor = std::make_unique<EditorDriver>(ProgramFolder() / "VexaEditor.exe", std::move(arguments));
+    auto editor = std::make_unique<EditorDriver>(EditorProgram(), std::move(arguments));
     EXPECT_TRUE(editor->WaitForFrame());
     return editor;
   }
@@ -99,13 +99,6 @@ std::string Told(EditorDriver& editor) {
   const std::string text = editor.BoxText(box);
   editor.Press(box, IDOK);
   return text;
-}
-
-void ExpectCleanEnd(EditorDriver& editor) {
-  const Path folder = editor.TemporaryFolder();
-  editor.Close();
-  EXPECT_EQ(editor.ExitCode(), 0u);
-  EXPECT_FALSE(std::filesystem::exists(folder)) << "the temporary folder is left behind";
 }
 
 TEST_F(Transfers, PortThatCannotBeOpenedIsToldTwice) {
