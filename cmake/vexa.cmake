@@ -38,6 +38,11 @@ endif()
 set(vexa_standard_headers <algorithm> <array> <chrono> <cstdint> <cstring> <filesystem> <functional> <map> <memory>
   <optional> <set> <span> <string> <string_view> <vector>)
 
+# vexa_alone(FILES...): these are never joined with others into one.
+function(vexa_alone)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
 # vexa_library(NAME [FOLDER dir] [EXCLUDE files] [PRECOMPILE headers of its own] [DEPENDS] libraries...)
 function(vexa_library name)
   cmake_parse_arguments(ARG "" "FOLDER" "EXCLUDE;DEPENDS;PRECOMPILE" ${ARGN})

@@ -5,7 +5,7 @@ export WINEDEBUG=-all WINEDLLOVERRIDES='mscoree=;mshtml=' WINEARCH=win64
 export WINEPREFIX="${TMPDIR:-/tmp}/vexa-wine-$(id -u)-$(echo "$root" | cksum | cut -d' ' -f1)"
 export XDG_RUNTIME_DIR="${XDG_RUNTIME_DIR:-/tmp}"
 
-# build PRESET [TARGET...]
+# build PRESET [TARGET...]: tests that run meanwhile go first; they wait for answers within a time, a build does not.
 build() {
   local preset=$1
   shift
@@ -13,7 +13,7 @@ build() {
   (cd "$root" && cmake --preset "$preset" >"build/$preset.configure.log" 2>&1) || { cat "$root/build/$preset.configure.log"; return 1; }
   local targets=()
   [ $# -gt 0 ] && targets=(--target "$@")
-  (cd "$root" && cmake --build --preset "$preset" "${targets[@]}" >"build/$preset.build.log" 2>&1) || { tail -40 "$root/build/$preset.build.log"; return 1; }
+  (cd "$root" && nice -n 15 cmake --build --preset "$preset" "${targets[@]}" >"build/$preset.build.log" 2>&1) || { tail -40 "$root/build/$preset.build.log"; return 1; }
 }
 
 # wine_prefix: makes the Wine prefix once. It is whole only when its server has ended: a display that goes away
