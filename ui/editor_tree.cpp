@@ -177,6 +177,9 @@ class TreeSync {
       Drop(std::move(nodes[nodes.size() - 1 - tail]));
       nodes.erase(nodes.end() - 1 - static_cast<std::ptrdiff_t>(tail));
     }
+    // Behind a long tail, whose nodes each take the record before: the control goes through all that follows
+    // an item put between others.
+    if (nodes.size() < fresh.size() && tail > kManyChanges) tail = 0;
     while (nodes.size() < fresh.size()) {
       const size_t place = nodes.size() - tail;
       nodes.insert(nodes.end() - static_cast<std::ptrdiff_t>(tail), NewNode(parent, fresh[place]));
@@ -331,9 +334,11 @@ void FillNode(EditorWindow& editor, TreeNode& node) {
   }
 }
 
+// Wine's control measures every item that is opened, even when the node was open already.
 void ExpandNode(EditorWindow& editor, TreeNode& node) {
   FillNode(editor, node);
-  TreeView_Expand(editor.tree, node.item, TVE_EXPAND);
+  if (!(TreeView_GetItemState(editor.tree, node.item, TVIS_EXPANDED) & TVIS_EXPANDED))
+    TreeView_Expand(editor.tree, node.item, TVE_EXPAND);
   node.expanded = !node.children.empty();
 }
 

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "core/command_table.h"
 #include "core/node_edit.h"
 #include "tests/ui/editor_fixture.h"
@@ -181,6 +183,42 @@ TEST_F(Records, KeysOfTheListActOnItsRows) {
 }
 
 // The records go or come first: what the tree refuses stays changed in the database.
+// The nodes behind take the record before each, and what was opened below one is opened again with its
+// record.
+TEST_F(Records, TreeFollowsWhatIsInsertedBeforeMany) {
+  Document document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+  database.lnb_count = 1;
+  AddTestSatellite(database, "Zeta");
+  for (int i = 1; i <= 100; ++i) {
+    Carrier* carrier = AddTestCarrier(database, 0);
+    SetName(carrier->record.name, "C" + std::to_string(i));
+    SetName(AddTestService(database, carrier)->record.name, "S" + std::to_string(i));
+  }
+  const Path path = recorder_.context.temporary_folder / "many.bin";
+  PutFile(path, *BuildBin(recorder_.context, document, {}, {}));
+  Start({L"--test-mode"}, path);
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites", "[ 1 ] Zeta", "[ 90 ] C90", "[ 1 ] S90"}));
+  ASSERT_TRUE(driver_->SelectItem(kZeta));
+  const Labels before = driver_->Tree(false);
+  ClickRow(3);
+  driver_->Key(List(), VK_INSERT);
+  ASSERT_TRUE(driver_->Until("the inserted carrier", [&] { return driver_->ListCount() == 101; }));
+  EXPECT_EQ(SelectedRow(), 3);
+  const Labels after = driver_->Tree(false);
+  const auto place = [](const Labels& lines, const char* line) {
+    return std::find(lines.begin(), lines.end(), line) - lines.begin();
+  };
+  EXPECT_EQ(after.size(), before.size() + 1);
+  EXPECT_EQ(place(after, "      [ 3 ] C3") + 2, place(after, "      [ 5 ] C4"));
+  EXPECT_EQ(place(after, "      [ 101 ] C100"), place(before, "      [ 100 ] C100") + 1);
+  EXPECT_EQ(place(after, "      [ 91 ] C90") + 1, place(after, "        [ 1 ] S90"));
+  EXPECT_EQ(place(after, "        [ 1 ] S90") + 1, place(after, "      [ 92 ] C91"));
+  driver_->Command(kCmdUndo);
+  EXPECT_EQ(place(driver_->Tree(false), "      [ 100 ] C100"), place(before, "      [ 100 ] C100"));
+  End();
+}
+
 TEST_F(Records, RefusalsOfTheTreeAreTold) {
   const struct {
     Labels node;
