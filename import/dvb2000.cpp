@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "core/bytes.h"
-#include "import/list_text.h"
+#include "import/list_reader.h"
 
 namespace vexa {
 
@@ -15,16 +15,6 @@ constexpr char kDegree = '\xB0';
 struct Entry {
   uint32_t program_number, frequency, symbol_rate, fec, polarization, video_pid, audio_pid, pcr_pid, type;
   std::string_view text;  // up to its NUL
-};
-
-struct Reader {
-  WorkFiles& work;
-  const WorkSatellite new_satellite;
-  const WorkCarrier new_carrier;
-  const WorkService new_service;
-  uint32_t carriers_of_satellite = 0;
-  WorkService previous_service{};  // of the current carrier
-  ServiceIds ids;
 };
 
 Entry ReadEntry(std::span<const uint8_t> record) {
@@ -54,11 +44,7 @@ bool IsSatellite(const Entry& entry) {
   return (entry.frequency | entry.symbol_rate | entry.video_pid | entry.audio_pid | entry.pcr_pid) == 0;
 }
 
-uint32_t Count(size_t size) {
-  return static_cast<uint32_t>(size);
-}
-
-void TakeSatellite(Reader& reader, const Entry& entry) {
+void TakeSatellite(ListReader& reader, const Entry& entry) {
   const size_t dash = entry.text.find('-');
   if (dash == std::string_view::npos) return;
   const std::string_view place = entry.text.substr(dash + 1);
@@ -68,11 +54,7 @@ void TakeSatellite(Reader& reader, const Entry& entry) {
   satellite.angle = DecimalPrefix(place) & 0xFFF;
   // The lists of this program count the other way round: West sets the flag.
   satellite.east = degree != std::string_view::npos && place.substr(degree + 1).starts_with('W');
-  satellite.read = 1;
-  satellite.first_carrier = Count(reader.work.carriers.size()) & 0xFFFF;
-  satellite.carrier_count = 0;
-  reader.work.satellites.push_back(satellite);
-  reader.carriers_of_satellite = 0;
+  reader.Add(satellite);
 }
 
 uint32_t FecCode(uint32_t value) {
@@ -80,18 +62,14 @@ uint32_t FecCode(uint32_t value) {
   return value < std::size(kCodes) ? kCodes[value] : 0;
 }
 
-void TakeCarrier(Reader& reader, const Entry& entry) {
-  auto& carriers = reader.work.carriers;
-  const uint32_t satellites = Count(reader.work.satellites.size());
+void TakeCarrier(ListReader& reader, const Entry& entry) {
+  const auto& carriers = reader.work.carriers;
   WorkCarrier carrier = reader.new_carrier;
   carrier.symbol_rate = entry.symbol_rate & 0xFFFFFF;
   carrier.frequency = entry.frequency;
   carrier.polarization = entry.polarization & 3;
   carrier.fec = FecCode(entry.fec) & 7;
-  carrier.read = 1;
-  carrier.first_service = Count(reader.work.services.size()) & 0xFFFF;
-  carrier.service_count = 0;
-  carrier.satellite_index = (satellites - 1) & 0x3FF;
+  carrier.satellite_index = (reader.satellites() - 1) & 0x3FF;
   if (!carriers.empty()) {
     const WorkCarrier& previous = carriers.back();
     if (previous.satellite_index == carrier.satellite_index && previous.symbol_rate == carrier.symbol_rate &&
@@ -99,43 +77,34 @@ void TakeCarrier(Reader& reader, const Entry& entry) {
       return;
     }
   }
-  ++reader.carriers_of_satellite;
-  reader.work.satellites.back().carrier_count = reader.carriers_of_satellite & 0xFFFF;
-  SetCarrierNumberName(carrier.name, reader.carriers_of_satellite, satellites);
-  carriers.push_back(carrier);
+  reader.NameByNumber(carrier);
+  reader.Add(carrier);
   reader.previous_service = {};
-  reader.ids.Clear();
 }
 
 uint32_t Pid(uint32_t value) {
   return value == 0 ? kNoPid : value;
 }
 
-bool IsDuplicate(const Reader& reader, const WorkService& service) {
+bool IsDuplicate(const ListReader& reader, const WorkService& service) {
   const WorkService& previous = reader.previous_service;
   if (previous.video_pid != service.video_pid) return false;
   if (previous.video_pid == kNoPid && previous.audio_pid != service.audio_pid) return false;
   return previous.carrier_index == service.carrier_index && !reader.work.services.empty();
 }
 
-void TakeService(Reader& reader, const Entry& entry) {
+void TakeService(ListReader& reader, const Entry& entry) {
   WorkService service = reader.new_service;
   SetListName(service.name, entry.text.substr(0, kServiceNameWidth));
   service.video_pid = Pid(entry.video_pid) & 0x3FFF;
   service.audio_pid = Pid(entry.audio_pid) & 0x3FFF;
   service.pcr_pid = Pid(entry.pcr_pid) & 0x3FFF;
-  service.carrier_index = Count(reader.work.carriers.size()) & 0xFFFF;
+  service.carrier_index = reader.carriers() & 0xFFFF;
   service.type = entry.type & 3;
   service.free = 1;
-  service.read_service = 1;
-  service.read = 1;
   service.program_number = reader.ids.Unique(entry.program_number) & 0xFFFF;
   if (IsDuplicate(reader, service)) return;
-  reader.work.services.push_back(service);
-  WorkCarrier& carrier = reader.work.carriers.back();
-  carrier.service_count = (carrier.service_count + 1) & 0xFFFF;
-  reader.previous_service = service;
-  reader.ids.Add(service.program_number);
+  reader.Add(service);
 }
 
 }  // namespace
@@ -145,11 +114,7 @@ void ReadDvb2000(std::span<const uint8_t> list, const DefaultRecords& defaults, 
   work = {};
   const size_t count = list.size() / kRecordSize;
   if (count == 0) return;
-  Reader reader{.work = work,
-                .new_satellite = NewWorkSatellite(defaults),
-                .new_carrier = NewWorkCarrier(defaults),
-                .new_service = NewWorkService(defaults),
-                .ids = {}};
+  ListReader reader(work, defaults);
   work.services.reserve(count);
   ListProgress bar(progress, count);
   for (size_t i = 0; i < count; ++i) {

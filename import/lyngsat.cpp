@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "import/list_text.h"
+#include "import/list_reader.h"
 
 namespace vexa {
 
@@ -14,20 +14,6 @@ namespace {
 
 constexpr size_t kLongestLine = 255, kNameStart = 6, kFieldStart = 5;
 constexpr uint32_t kLargestFrequency = 15000, kLargestSymbolRate = 45000;
-
-struct Reader {
-  WorkFiles& work;
-  const WorkSatellite new_satellite;
-  const WorkCarrier new_carrier;
-  const WorkService new_service;
-  uint32_t carriers_of_satellite = 0;
-  WorkService previous_service{};
-  ServiceIds ids;
-};
-
-uint32_t Count(size_t size) {
-  return static_cast<uint32_t>(size);
-}
 
 std::string_view WithoutLast(std::string_view text, size_t count) {
   return text.substr(0, text.size() < count ? 0 : text.size() - count);
@@ -66,18 +52,14 @@ uint32_t TenthsOf(std::string_view degrees) {
   return degrees.starts_with('.') ? tenths + DecimalPrefix(degrees.substr(1, 1)) : tenths;
 }
 
-void TakeSatellite(Reader& reader, std::string_view line) {
+void TakeSatellite(ListReader& reader, std::string_view line) {
   const auto parts = ReadNamedLine(line);
   if (!parts) return;
   WorkSatellite satellite = reader.new_satellite;
   SetListName(satellite.name, parts->name);
   satellite.angle = TenthsOf(parts->field) & 0xFFF;
   satellite.east = parts->letter != 'W';
-  satellite.read = 1;
-  satellite.first_carrier = Count(reader.work.carriers.size()) & 0xFFFF;
-  satellite.carrier_count = 0;
-  reader.work.satellites.push_back(satellite);
-  reader.carriers_of_satellite = 0;
+  reader.Add(satellite);
 }
 
 uint32_t PolarizationOf(std::string_view field) {
@@ -101,7 +83,7 @@ uint32_t FecOf(std::string_view rest) {
   return found == std::end(kFecs) ? 0 : static_cast<uint32_t>(found - std::begin(kFecs));
 }
 
-void TakeTransponder(Reader& reader, std::string_view line) {
+void TakeTransponder(ListReader& reader, std::string_view line) {
   if (reader.work.satellites.empty() || line.size() <= kFieldStart) return;
   std::string_view rest = line.substr(kFieldStart);
   const std::string_view frequency = NextField(rest), symbol_rate = NextField(rest);
@@ -117,25 +99,18 @@ void TakeTransponder(Reader& reader, std::string_view line) {
   carrier.symbol_rate = rate & 0xFFFFFF;
   carrier.polarization = PolarizationOf(polarization) & 3;
   carrier.fec = FecOf(rest) & 7;
-  carrier.satellite_index = (Count(reader.work.satellites.size()) - 1) & 0x3FF;
-  carrier.read = 1;
-  carrier.first_service = Count(reader.work.services.size()) & 0xFFFF;
-  carrier.service_count = 0;
-  ++reader.carriers_of_satellite;
-  reader.work.satellites.back().carrier_count = reader.carriers_of_satellite & 0xFFFF;
-  SetCarrierNumberName(carrier.name, reader.carriers_of_satellite, Count(reader.work.satellites.size()));
-  reader.work.carriers.push_back(carrier);
-  reader.ids.Clear();
+  reader.NameByNumber(carrier);
+  reader.Add(carrier);
 }
 
 // The previous service may be of another carrier, which then tells them apart.
-bool IsDuplicate(const Reader& reader, const WorkService& service) {
+bool IsDuplicate(const ListReader& reader, const WorkService& service) {
   const WorkService& previous = reader.previous_service;
   return previous.type == service.type && previous.carrier_index == service.carrier_index &&
          std::memcmp(previous.name, service.name, kNameSize) == 0;
 }
 
-void TakeService(Reader& reader, std::string_view line) {
+void TakeService(ListReader& reader, std::string_view line) {
   if (reader.work.carriers.empty()) return;
   const auto parts = ReadNamedLine(line);
   if (!parts) return;
@@ -144,19 +119,13 @@ void TakeService(Reader& reader, std::string_view line) {
   service.type = parts->letter == 'T' ? kTv : kRadio;
   service.video_pid = service.audio_pid = service.pcr_pid = kNoPid;
   service.free = 1;
-  service.read_service = 1;
-  service.read = 1;
-  service.carrier_index = (Count(reader.work.carriers.size()) - 1) & 0xFFFF;
+  service.carrier_index = (reader.carriers() - 1) & 0xFFFF;
   service.program_number = reader.ids.Unique(DecimalPrefix(parts->field)) & 0xFFFF;
   if (IsDuplicate(reader, service)) return;
-  reader.work.services.push_back(service);
-  WorkCarrier& carrier = reader.work.carriers.back();
-  carrier.service_count = (carrier.service_count + 1) & 0xFFFF;
-  reader.previous_service = service;
-  reader.ids.Add(service.program_number);
+  reader.Add(service);
 }
 
-void TakeLine(Reader& reader, std::string_view line) {
+void TakeLine(ListReader& reader, std::string_view line) {
   if (line.starts_with(":SAT")) return TakeSatellite(reader, line);
   if (line.starts_with(":TRP")) return TakeTransponder(reader, line);
   if (line.starts_with(":CHN")) return TakeService(reader, line);
@@ -167,11 +136,7 @@ void TakeLine(Reader& reader, std::string_view line) {
 void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
                  const Progress& progress) {
   work = {};
-  Reader reader{.work = work,
-                .new_satellite = NewWorkSatellite(defaults),
-                .new_carrier = NewWorkCarrier(defaults),
-                .new_service = NewWorkService(defaults),
-                .ids = {}};
+  ListReader reader(work, defaults);
   std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
   ListProgress bar(progress, static_cast<uint64_t>(std::count(text.begin(), text.end(), ':')));
   while (!text.empty()) {

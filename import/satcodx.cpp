@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "import/list_text.h"
+#include "import/list_reader.h"
 
 namespace vexa {
 
@@ -52,25 +52,15 @@ uint32_t Pid(Record record) {
   return IsEmpty<kColumn>(record) ? kNoPid : Number<kColumn>(record) & 0x3FFF;
 }
 
-struct Reader {
-  WorkFiles& work;
-  bool layout_a;
-  const WorkSatellite new_satellite;
-  const WorkCarrier new_carrier;
-  const WorkService new_service;
-  uint32_t carriers_of_satellite = 0;
-  WorkService previous_service{};  // of the current carrier
-  ServiceIds ids;
+struct Reader : ListReader {
+  using ListReader::ListReader;
+  bool layout_a = false;
 };
-
-uint32_t Count(size_t size) {
-  return static_cast<uint32_t>(size);
-}
 
 template <Column kColumn>
 void NameSatellite(const Reader& reader, Record record, WorkSatellite& satellite) {
   if (IsEmpty<kColumn>(record)) {
-    SetSatelliteNumberName(satellite.name, Count(reader.work.satellites.size()));
+    SetSatelliteNumberName(satellite.name, reader.satellites());
   } else {
     std::memcpy(satellite.name, record.data() + kColumn.offset, kColumn.width);
   }
@@ -79,7 +69,7 @@ void NameSatellite(const Reader& reader, Record record, WorkSatellite& satellite
 // Adjacent records belong to one satellite by their position; only records without one are told apart by
 // name.
 void TakeSatellite(Reader& reader, Record record) {
-  auto& satellites = reader.work.satellites;
+  const auto& satellites = reader.work.satellites;
   const uint32_t position = Number<kPosition>(record) & 0xFFF;
   const WorkSatellite* last = satellites.empty() ? nullptr : &satellites.back();
   if (last && position != 0 && position == last->angle) return;
@@ -91,11 +81,7 @@ void TakeSatellite(Reader& reader, Record record) {
   }
   if (last && position == 0 && std::memcmp(satellite.name, last->name, kNameSize) == 0) return;
   satellite.angle = position & 0xFFF;
-  satellite.read = 1;
-  satellite.first_carrier = Count(reader.work.carriers.size()) & 0xFFFF;
-  satellite.carrier_count = 0;
-  satellites.push_back(satellite);
-  reader.carriers_of_satellite = 0;
+  reader.Add(satellite);
 }
 
 void TakeTransponder(Record record, WorkCarrier& carrier) {
@@ -114,16 +100,9 @@ void TakeFec(Record record, WorkCarrier& carrier) {
   carrier.fec = code > 5 ? 0 : code & 7;
 }
 
-void AddCarrier(Reader& reader, WorkCarrier& carrier) {
-  carrier.satellite_index = (Count(reader.work.satellites.size()) - 1) & 0x3FF;
-  carrier.first_service = Count(reader.work.services.size()) & 0xFFFF;
-  carrier.service_count = 0;
-  carrier.read = 1;
-  reader.work.carriers.push_back(carrier);
-  ++reader.carriers_of_satellite;
-  reader.work.satellites.back().carrier_count = reader.carriers_of_satellite & 0xFFFF;
+void AddCarrier(Reader& reader, const WorkCarrier& carrier) {
+  reader.Add(carrier);
   reader.previous_service = {};
-  reader.ids.Clear();
 }
 
 void TrimName(char (&name)[kNameSize]) {
@@ -183,20 +162,14 @@ void TakeService(Reader& reader, Record record) {
   service.type = type == 'T' ? uint32_t{kTv} : type == 'R' ? uint32_t{kRadio} : 0;
   if (service.type == 0) return;  // other services only make their carrier
   NameService(reader, record, service);
-  service.carrier_index = (Count(reader.work.carriers.size()) - 1) & 0xFFFF;
+  service.carrier_index = (reader.carriers() - 1) & 0xFFFF;
   service.video_pid = Pid<kVideoPid>(record) & 0x3FFF;
   service.audio_pid = Pid<kAudioPid>(record) & 0x3FFF;
   service.pcr_pid = Pid<kPcrPid>(record) & 0x3FFF;
   service.program_number = reader.ids.Unique(Number<kProgramNumber>(record)) & 0xFFFF;
   service.free = IsEmpty<kAccess>(record);
-  service.read_service = 1;
-  service.read = 1;
   if (IsDuplicate(reader, service)) return;
-  reader.work.services.push_back(service);
-  WorkCarrier& carrier = reader.work.carriers.back();
-  carrier.service_count = (carrier.service_count + 1) & 0xFFFF;
-  reader.previous_service = service;
-  reader.ids.Add(service.program_number);
+  reader.Add(service);
 }
 
 void TakeRecord(Reader& reader, Record record) {
@@ -207,8 +180,7 @@ void TakeRecord(Reader& reader, Record record) {
   TakeTransponder(record, carrier);
   if (!IsPreviousCarrier(reader, carrier)) {
     TakeFec(record, carrier);
-    SetCarrierNumberName(carrier.name, reader.carriers_of_satellite + 1,
-                         Count(reader.work.satellites.size()));
+    reader.NameByNumber(carrier);
     AddCarrier(reader, carrier);
   }
   TakeService(reader, record);
@@ -233,12 +205,8 @@ void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, 
   const size_t count = text.size() / length;
   if (count == 0) return;
   const std::string_view version = Text<kVersion>(text.substr(0, kReadLength));
-  Reader reader{.work = work,
-                .layout_a = version == "02" || version == "03",
-                .new_satellite = NewWorkSatellite(defaults),
-                .new_carrier = NewWorkCarrier(defaults),
-                .new_service = NewWorkService(defaults),
-                .ids = {}};
+  Reader reader(work, defaults);
+  reader.layout_a = version == "02" || version == "03";
   work.services.reserve(count);
   ListProgress bar(progress, count);
   for (size_t i = 0; i < count; ++i) {

@@ -1,0 +1,63 @@
+// What every list reader does with what it has read: satellites, their carriers and their services, in the
+// order of the list, into the work files.
+#pragma once
+
+#include <cstdint>
+
+#include "import/list_text.h"
+#include "import/work_files.h"
+
+namespace vexa {
+
+struct ListReader {
+  ListReader(WorkFiles& files, const DefaultRecords& defaults)
+      : work(files),
+        new_satellite(NewWorkSatellite(defaults)),
+        new_carrier(NewWorkCarrier(defaults)),
+        new_service(NewWorkService(defaults)) {}
+
+  WorkFiles& work;
+  const WorkSatellite new_satellite;
+  const WorkCarrier new_carrier;
+  const WorkService new_service;
+  uint32_t carriers_of_satellite = 0;  // the current one
+  WorkService previous_service{};      // the last that was added, as long as the reader keeps it
+  ServiceIds ids;                      // of the current carrier
+
+  uint32_t satellites() const { return static_cast<uint32_t>(work.satellites.size()); }
+  uint32_t carriers() const { return static_cast<uint32_t>(work.carriers.size()); }
+
+  // Each becomes the current one; links, counts and marks are set here.
+  void Add(WorkSatellite satellite) {
+    satellite.read = 1;
+    satellite.first_carrier = carriers() & 0xFFFF;
+    satellite.carrier_count = 0;
+    work.satellites.push_back(satellite);
+    carriers_of_satellite = 0;
+  }
+  void Add(WorkCarrier carrier) {
+    carrier.read = 1;
+    carrier.satellite_index = (satellites() - 1) & 0x3FF;
+    carrier.first_service = static_cast<uint32_t>(work.services.size()) & 0xFFFF;
+    carrier.service_count = 0;
+    work.carriers.push_back(carrier);
+    ++carriers_of_satellite;
+    work.satellites.back().carrier_count = carriers_of_satellite & 0xFFFF;
+    ids.Clear();
+  }
+  void Add(WorkService service) {
+    service.read_service = 1;
+    service.read = 1;
+    work.services.push_back(service);
+    WorkCarrier& carrier = work.carriers.back();
+    carrier.service_count = (carrier.service_count + 1) & 0xFFFF;
+    previous_service = service;
+    ids.Add(service.program_number);
+  }
+  // "Carrier%d_S%d" for the carrier that comes next.
+  void NameByNumber(WorkCarrier& carrier) const {
+    SetCarrierNumberName(carrier.name, carriers_of_satellite + 1, satellites());
+  }
+};
+
+}  // namespace vexa
