@@ -57,6 +57,7 @@ bool AnswerTest(Application& app, WPARAM request) {
     const EditorWindow* editor = ActiveEditor(app);
     return editor && DestroyWindow(request == kLoseTree ? editor->tree : editor->list);
   }
+  if (request == kMarkQueue) return SetPropW(app.frame, kTestMessage, app.frame) != 0;
   // More than any system has, asked for in a way that no compiler foresees.
   const volatile size_t all = PTRDIFF_MAX;
   ::operator delete(::operator new(all));

@@ -10,8 +10,9 @@ namespace vexa {
 
 // A registered message with the request as its first parameter; answers 1.
 inline constexpr const wchar_t* kTestMessage = L"VexaEditorTest";
-// The tree and the list to lose are those of the active database window.
-enum TestRequest : WPARAM { kDescribeMenus, kExhaustMemory, kLoseViewer, kLoseTree, kLoseList };
+// The tree and the list to lose are those of the active database window. kMarkQueue, posted, gives the frame
+// a property of the message's name when it comes to its turn.
+enum TestRequest : WPARAM { kDescribeMenus, kExhaustMemory, kLoseViewer, kLoseTree, kLoseList, kMarkQueue };
 // In test mode the thread exit event has this name: an object of another kind in its place makes it fail.
 inline constexpr const wchar_t* kTestExitEvent = L"VexaEditorTestExit";
 

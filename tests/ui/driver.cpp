@@ -114,6 +114,12 @@ bool EditorDriver::Answers() {
   return SendMessageTimeoutW(frame_, WM_NULL, 0, 0, SMTO_NORMAL, kAnswerTime, &result) != 0;
 }
 
+bool EditorDriver::HasCaughtUp() {
+  RemovePropW(frame_, kTestMessage);
+  PostMessageW(frame_, RegisterWindowMessageW(kTestMessage), kMarkQueue, 0);
+  return Until("the mark in the queue", [&] { return GetPropW(frame_, kTestMessage) != nullptr; });
+}
+
 void EditorDriver::Command(unsigned id) {
   // Not waited for, as the command may show a box; but taken before the next question, which is sent too.
   SendNotifyMessageW(frame_, WM_COMMAND, id, 0);
@@ -330,7 +336,7 @@ void EditorDriver::SetColumnOrder(HWND list, const std::vector<int>& order) {
 void EditorDriver::Click(HWND control, POINT at) {
   PostMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(at.x, at.y));
   PostMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(at.x, at.y));
-  EXPECT_TRUE(Answers());
+  EXPECT_TRUE(HasCaughtUp());
 }
 
 // Once the control has found that it is a drag, the window has the mouse.
@@ -339,12 +345,12 @@ void EditorDriver::Drag(HWND control, POINT from, POINT to, bool drop) {
   PostMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(from.x, from.y));
   for (int step = 4; step <= 12; step += 4)
     PostMessageW(control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(from.x + step, from.y + step));
-  EXPECT_TRUE(Answers());
+  EXPECT_TRUE(HasCaughtUp());
   MapWindowPoints(control, window, &to, 1);
   PostMessageW(window, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(to.x, to.y));
   if (!drop) PostMessageW(control, WM_KEYDOWN, VK_ESCAPE, 1);
   PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(to.x, to.y));
-  EXPECT_TRUE(Answers());
+  EXPECT_TRUE(HasCaughtUp());
 }
 
 HWND EditorDriver::Focused() {

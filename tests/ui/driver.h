@@ -37,6 +37,8 @@ class EditorDriver {
   bool WaitForFrame();
   // The program answers messages.
   bool Answers();
+  // What was posted to the program before has had its turn.
+  bool HasCaughtUp();
   // Sends the command and waits until the program has carried it out or shows a box for it.
   void Command(unsigned id);
   void Close();
