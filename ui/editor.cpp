@@ -340,7 +340,8 @@ LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARA
       Activate(*editor, reinterpret_cast<HWND>(lparam));
       return 0;
     case WM_SETFOCUS:
-      SetFocus(editor->tree);
+      // A dialog over the list gives the focus back to the list.
+      SetFocus(editor->last_focus ? editor->last_focus : editor->tree);
       break;
     case WM_CLOSE:
       if (!MayClose(*editor)) return 0;

@@ -46,6 +46,7 @@ struct EditorWindow {
   UndoHistory history;
   BinVersion version{kVersionMajor, kVersionMinor, ""};  // of the next save
 
+  HWND last_focus = nullptr;  // tree or list, whichever had the focus last
   HWND tree = nullptr, list = nullptr, information = nullptr, bar = nullptr, tips = nullptr;
   std::array<HWND, 5> labels{};
   std::array<HWND, 4> view_buttons{};

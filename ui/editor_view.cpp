@@ -132,6 +132,11 @@ bool RunKey(const EditorWindow& editor, WORD key, bool in_list) {
 }  // namespace
 
 LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
+  if (header.code == NM_SETFOCUS) {
+    editor.last_focus = header.hwndFrom;
+    RefreshFrame(*editor.app);
+    return 0;
+  }
   if (header.hwndFrom == editor.tree) {
     auto& change = *reinterpret_cast<NMTREEVIEWW*>(lparam);
     switch (header.code) {
@@ -152,9 +157,6 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
         return RunKey(editor, reinterpret_cast<NMTVKEYDOWN*>(lparam)->wVKey, false);
       case TVN_BEGINDRAGW:
         BeginTreeDrag(editor, change.itemNew.hItem, change.ptDrag);
-        return 0;
-      case NM_SETFOCUS:
-        RefreshFrame(*editor.app);
         return 0;
       case NM_CUSTOMDRAW:
         return DrawTree(editor, *reinterpret_cast<NMTVCUSTOMDRAW*>(lparam));
@@ -188,9 +190,6 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
     case NM_DBLCLK:
       if (reinterpret_cast<NMITEMACTIVATE*>(lparam)->iItem >= 0)
         PostMessageW(editor.app->frame, WM_COMMAND, kCmdEdit, 0);
-      return 0;
-    case NM_SETFOCUS:
-      RefreshFrame(*editor.app);
       return 0;
     case NM_CUSTOMDRAW:
       return DrawList(editor, *reinterpret_cast<NMLVCUSTOMDRAW*>(lparam));

@@ -265,6 +265,7 @@ TEST_F(Records, MoveAsksForTheRow) {
   EXPECT_EQ(driver_->Cell(0, 1), "Alpha");
   EXPECT_EQ(driver_->Cell(1, 1), "Zeta");
   EXPECT_EQ(SelectedRow(), 1) << "the selection goes with its record";
+  EXPECT_TRUE(driver_->Until("the focus in the list again", [&] { return driver_->Focused() == List(); }));
   driver_->Command(kCmdUndo);
   End();
 }
