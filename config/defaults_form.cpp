@@ -24,6 +24,7 @@ std::optional<Refusal> StoreDefaults(const Messages& messages, const DefaultsFor
   DefaultRecords stored = records;
   DefaultsForm named = form;
   named.satellite.name = named.carrier.name = named.service.name = kAnyName;
+  named.service.program_number = std::to_string(stored.service.program_number);  // not of the form
   if (auto refusal = StoreLnb(named.lnb, stored.lnb, 0)) return refusal;
   // An angle of 0 is what a satellite starts with; it is judged when the record is stored.
   Messages silent = messages;

@@ -70,6 +70,10 @@ int64_t NumberOf(std::string_view text, bool hexadecimal) {
   return negative ? -number : number;
 }
 
+int64_t FilledNumberOf(std::string_view text) {
+  return text.find_first_of("0123456789") == std::string_view::npos ? -1 : NumberOf(text);
+}
+
 std::string AngleText(uint32_t tenths) {
   return tenths == 0 ? "000.00" : Format("%u.%u", tenths / 10, tenths % 10);
 }
@@ -154,11 +158,12 @@ SatelliteForm SatelliteFormOf(const SatelliteRecord& record) {
 std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteForm& form,
                                       SatelliteRecord& record) {
   const std::string name = LatinFromUtf8(form.name);
-  const int64_t position = NumberOf(form.position);
+  const int64_t position = FilledNumberOf(form.position);
   const Angle angle = AngleOf(form.angle);
   if (auto refusal = Verdict(SatelliteNameText(name), kFieldName)) return refusal;
   if (auto refusal = Verdict(SatellitePositionText(position), kFieldPosition)) return refusal;
-  if (std::count(form.angle.begin(), form.angle.end(), '.') > 1)
+  // A comma would drop what follows without a word.
+  if (std::count(form.angle.begin(), form.angle.end(), '.') > 1 || form.angle.find(',') != std::string::npos)
     return Verdict("Invalid format of satellite angle", kFieldAngle, Icon::kWarning);
   if (auto refusal = Verdict(SatelliteAngleText(angle.degrees), kFieldAngle)) return refusal;
   const uint32_t tenths = static_cast<uint32_t>(angle.tenths) & 0xFFF;
@@ -214,7 +219,7 @@ ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal) {
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
                                     const Carrier* carrier, ServiceRecord& record) {
   const std::string name = LatinFromUtf8(form.name);
-  const int64_t number_entered = NumberOf(form.program_number);
+  const int64_t number_entered = FilledNumberOf(form.program_number);
   const int64_t video_entered = NumberOf(form.video_pid, hexadecimal);
   const int64_t audio_entered = NumberOf(form.audio_pid, hexadecimal);
   const int64_t pcr_entered = NumberOf(form.pcr_pid, hexadecimal);

@@ -119,6 +119,8 @@ std::string RangeText(const char* name, int64_t number, int lowest, int highest)
 
 // What a number field holds: leading blanks, a sign, digits; 0 without digits; far values saturate.
 int64_t NumberOf(std::string_view text, bool hexadecimal = false);
+// The same of a field that must be filled: without digits -1, which lies in no range.
+int64_t FilledNumberOf(std::string_view text);
 // Tenths of a degree as a dialog and the lists show them: "19.2", "000.00" for 0.
 std::string AngleText(uint32_t tenths);
 

@@ -45,7 +45,7 @@ LnbForm LnbFormOf(const LnbRecord& record) {
 }
 
 std::optional<Refusal> StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t database_variant) {
-  const int64_t frequency1 = NumberOf(form.frequency1), frequency2 = NumberOf(form.frequency2);
+  const int64_t frequency1 = FilledNumberOf(form.frequency1), frequency2 = FilledNumberOf(form.frequency2);
   if (auto refusal = OscillatorVerdict(frequency1, kFieldOscillator1)) return refusal;
   if (auto refusal = OscillatorVerdict(frequency2, kFieldOscillator2)) return refusal;
   record.frequency1 = static_cast<uint32_t>(frequency1) & 0x3FFF;
@@ -132,7 +132,8 @@ std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi) {
       {"Start programme", form.start_programme, record.start_programme, 0, 0xFFFF, kFieldStartProgramme}};
   for (const auto& number : numbers) {
     if (number.text == std::to_string(number.stored)) continue;
-    const std::string text = RangeText(number.name, NumberOf(number.text), number.lowest, number.highest);
+    const std::string text =
+        RangeText(number.name, FilledNumberOf(number.text), number.lowest, number.highest);
     if (auto refusal = Verdict(text, number.field)) return refusal;
   }
   ubi.name = name.substr(0, kUbiNameLength);

@@ -53,8 +53,10 @@ TEST(Validation, Satellites) {
       {"Astra", "1", "-0.5", range, kFieldAngle, 0, {}},
       {"Astra", "1", "99999999999999999999", range, kFieldAngle, 0, {}},
       {"Astra", "1", "1.2.3", format, kFieldAngle, 0, {}},
+      {"Astra", "1", "19,2", format, kFieldAngle, 0, {}},
       {"Astra", "65", "1.2.3", position, kFieldPosition, 0, {}},
       {"Astra", "-1", "1", position, kFieldPosition, 0, {}},
+      {"Astra", "", "1", position, kFieldPosition, 0, {}},
       {"Astra", "4294967296", "1", position, kFieldPosition, 0, {}},
       {"", "65", "1.2.3", "Satellite name can not be empty.\nEnter a valid name.", kFieldName, 0, {}},
   };
@@ -203,10 +205,12 @@ TEST(Validation, ServiceNamesAndNumbers) {
   auto refusal = StoreService(recorder.context.messages, form, true, carrier, record);
   EXPECT_EQ(refusal->text, "Service program number already exists.");
   EXPECT_EQ(refusal->field, kFieldProgramNumber);
-  form.program_number = "65536";
-  refusal = StoreService(recorder.context.messages, form, true, carrier, record);
-  EXPECT_EQ(refusal->text, "Service program number should be in the range of 0 - 65535.");
-  EXPECT_EQ(refusal->field, kFieldProgramNumber);
+  for (const char* number : {"65536", ""}) {
+    form.program_number = number;
+    refusal = StoreService(recorder.context.messages, form, true, carrier, record);
+    EXPECT_EQ(refusal->text, "Service program number should be in the range of 0 - 65535.");
+    EXPECT_EQ(refusal->field, kFieldProgramNumber);
+  }
   form.name = "";
   refusal = StoreService(recorder.context.messages, form, true, carrier, record);
   EXPECT_EQ(refusal->text, "Service name can not be empty.\nEnter a valid name.");
