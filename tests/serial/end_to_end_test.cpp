@@ -14,6 +14,7 @@
 #include "serial/prepare.h"
 #include "serial/session.h"
 #include "tests/image/image_maker.h"
+#include "tests/serial/end_transfer.h"
 #include "tests/serial/fake_comm.h"
 #include "tests/serial/receiver_rig.h"
 #include "tests/serial/shared_messages.h"
@@ -44,7 +45,7 @@ struct SessionRig {
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     const bool ended = pressed || IsTransferOver(session);
-    return CancelTransfer(session) && ended;
+    return EndTransfer(session) && ended;
   }
   Recorder recorder;
   SharedMessages messages;

@@ -7,6 +7,7 @@
 
 #include "core/bytes.h"
 #include "serial/session.h"
+#include "tests/serial/end_transfer.h"
 #include "tests/serial/receiver_rig.h"
 #include "tests/serial/shared_messages.h"
 #include "tests/serial/upload_frames.h"
@@ -17,13 +18,21 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-#if defined(_WIN32) || defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__)  // GCC's way to say so, and Clang's
+#define VEXA_SANITIZED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VEXA_SANITIZED
+#endif
+#endif
+
+#if defined(_WIN32) || defined(VEXA_SANITIZED)
 constexpr int kTransfers = 300, kAtATime = 32;
 #else
 constexpr int kTransfers = 2000, kAtATime = 96;
 #endif
 
-enum class End { kRight, kTold, kStalled, kUnconfirmed, kWrong, kHung };
+enum class End { kRight, kTold, kStalled, kUnconfirmed, kWrong };
 
 struct FaultyRig {
   Recorder recorder;
@@ -50,9 +59,9 @@ struct FaultyRig {
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
       if (session.transfer.packets_moved != moved) last = Clock::now();
       moved = session.transfer.packets_moved;
-      if (Clock::now() - last > std::chrono::seconds(8)) return CancelTransfer(session), false;
+      if (Clock::now() - last > std::chrono::seconds(8)) return EndTransfer(session), false;
     }
-    return CancelTransfer(session);
+    return EndTransfer(session);
   }
 };
 
@@ -117,7 +126,7 @@ TEST(FaultyLine, EveryTransferEndsRightOrSaysThatItFailed) {
   const char* wanted = std::getenv("VEXA_TRANSFERS");
   const int transfers = wanted ? std::atoi(wanted) : kTransfers;
   std::atomic<int> next{0};
-  std::array<std::atomic<int>, 6> ends{};
+  std::array<std::atomic<int>, 5> ends{};
   std::mutex lock;
   std::vector<std::string> wrong;
   std::vector<std::thread> workers;
