@@ -36,7 +36,7 @@ struct PortLine : PseudoTerminal {
   // A reader that the driver does not let go keeps what it uses.
   ~PortLine() override {
     AbandonWrites(received->port);
-    if (StopReaderThread(received->port))
+    if (StopThread(received->port))
       ClosePort(received->port);
     else
       static_cast<void>(received.release());

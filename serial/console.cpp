@@ -179,7 +179,7 @@ void PreparePort(Console& console) {
 // Closes the port with all that hangs on it.
 bool EndConnection(Console& console) {
   const bool job_ended = EndJob(console), sender_ended = StopSender(console),
-             reader_ended = StopReaderThread(console.port);
+             reader_ended = StopThread(console.port);
   console.stuck = !job_ended || !sender_ended || !reader_ended;
   const bool closed = !console.stuck && ClosePort(console.port);
   if (console.stuck) {

@@ -378,7 +378,7 @@ void TellNoAnswer(const Messages& messages) {
        "The driver of the port does not answer.\nThe port may stay in use until this program has ended.");
 }
 
-bool StopReaderThread(Port& port) {
+bool StopThread(Port& port) {
   const auto reader = std::move(port.reader);
   if (!reader) return true;
   reader->stop = true;

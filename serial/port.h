@@ -2,7 +2,7 @@
 // thread that hands every received chunk to a callback, writes blocks (overlapped where the system can), and
 // closes.
 //
-//   Closed --OpenPort--> Open --StartReaderThread--> Reading --StopReaderThread, ClosePort--> Closed
+//   Closed --OpenPort--> Open --StartReaderThread--> Reading --StopThread, ClosePort--> Closed
 //
 // All failures are told with the title "Serial Comm lib" and the stop icon; apart from a port that cannot be
 // opened the library goes on after each. `Messages` must bear calls from the reader's and the writers'
@@ -94,7 +94,7 @@ bool AwaitEnd(const Port& port, const std::function<bool(std::chrono::millisecon
 void TellNoAnswer(const Messages& messages);
 // Asks the reader to stop and waits for it. False when it does not answer: it is left behind, and calls
 // nothing of its owner's any more. True without a reader.
-bool StopReaderThread(Port& port);
+bool StopThread(Port& port);
 // False when the port's handle did not close.
 bool ClosePort(Port& port);
 // Whether an open port was unplugged. The port itself is asked: a failed call alone may pass.

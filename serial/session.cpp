@@ -96,7 +96,7 @@ bool StartTransfer(TransferSession& session, const ProjectConfig& config, Transf
   transfer.line.purge = [&session] { PurgeReceived(session.port); };
   if (!OpenForFrame(session, config, job == TransferJob::kConsole)) return false;
   if (StartThreads(session, job)) return true;
-  session.left_behind = !StopReaderThread(session.port);
+  session.left_behind = !StopThread(session.port);
   if (!session.left_behind) ClosePort(session.port);
   return false;
 }
@@ -111,7 +111,7 @@ bool CancelTransfer(TransferSession& session) {
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
   AbandonWrites(session.port);
   const bool jobs_ended = EndJobs(session);
-  session.left_behind = !StopReaderThread(session.port) || !jobs_ended;
+  session.left_behind = !StopThread(session.port) || !jobs_ended;
   const bool closed = !session.left_behind && ClosePort(session.port);
   if (session.left_behind) {
     TellNoAnswer(messages);

@@ -27,7 +27,7 @@ struct PortRig {
   }
   ~PortRig() {
     comm.failing.clear();
-    StopReaderThread(port);
+    StopThread(port);
     ClosePort(port);
   }
   bool Open() {
@@ -147,7 +147,7 @@ TEST(Port, TheReaderTellsItsFailuresAndGoesOn) {
     ASSERT_TRUE(rig.Start());
     EXPECT_TRUE(rig.shown.Await(row.text)) << row.operation;
     EXPECT_EQ(rig.shown.All()[0].icon, row.icon) << row.operation;
-    EXPECT_TRUE(StopReaderThread(rig.port)) << row.operation;
+    EXPECT_TRUE(StopThread(rig.port)) << row.operation;
   }
   PortRig rig;
   ASSERT_TRUE(rig.Open());
@@ -177,7 +177,7 @@ TEST(Port, AFailedReadCountsAsOutstandingAndTheReaderStillStops) {
   ASSERT_TRUE(rig.comm.AwaitCount("clear_error", 3));  // looked at the line twice when idle
   EXPECT_EQ(rig.comm.Count("read"), 1);
   EXPECT_TRUE(rig.shown.Texts().empty());
-  EXPECT_TRUE(StopReaderThread(rig.port));
+  EXPECT_TRUE(StopThread(rig.port));
 }
 
 TEST(Port, LineEventsAreWordedAndShowNothing) {
