@@ -8,8 +8,7 @@
 // Product, 48 bytes: its configurations follow
 //   3 1 product byte    4 33 name    37 1 configurations    38 1 database variant
 //   39 1 T: records of the product table    42 1 K: how many of them are in the second group    44 4 next
-//   The product table ends at `next`: 8 bytes, T - K records of 20 bytes and, when K > 0, 8 bytes and K
-//   records.
+//   The product table ends at `next`: 8 bytes, T - K records of 20 bytes; when K > 0, 8 bytes and K records.
 // Configuration, 148 bytes
 //   0 128 name    128 1 version A    129 1 version B    132 1 extra block    133 1 partition block
 //   134 1 image block    135 1 language blocks    144 4 next

@@ -1,10 +1,12 @@
 // The receiver's application database: the open database laid out as it stands in the receiver's memory.
 //
-// ADB image, end - start bytes of its region, little-endian, 0xFF where nothing stands (s3..s6: partition
-// sizes)
-//   0             16 x 8     LNBs                       128   85 x 28   satellites
+// ADB image, end - start bytes of its region, little-endian, 0xFF where nothing stands; s3 to s6 are the
+// partition sizes
+//   0             16 x 8     LNBs
+//   128           85 x 28    satellites
 //   s3            n x 44     services, carrier by carrier
-//   s3+s4-36n     n x 36     carriers, carrier 0 last   s3+s4 n x 2     service order
+//   s3+s4-36n     n x 36     carriers, carrier 0 last
+//   s3+s4         n x 2      service order
 //   s3+s4+s5      8 x 7044   favourite groups: header of 44, 2500 TV entries, 1000 radio entries
 //   s3+s4+s5+s6   8 + 96     marker and settings block  (in the E2P image: the block at 0)
 //   ... + size[0] 8 + 64     marker and favourite-selection block  (in the E2P image: the block at size[0])

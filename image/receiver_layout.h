@@ -1,5 +1,4 @@
-// How the records of the database stand in the receiver's memory: its own bit order, fixed bits and name
-// fields.
+// How the records of the database stand in the receiver's memory: its bit order, fixed bits and name fields.
 //
 //   LNB        8 bytes: two words                         satellite  28 bytes: two words, name of 20
 //   carrier   36 bytes: four words, name of 20            service    44 bytes: three words, name of 32

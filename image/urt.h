@@ -1,9 +1,11 @@
 // The URT file: an image cut into blocks and packets, as the receiver's loader takes it. Big-endian
 // throughout.
 //
-// File     0 2 magic "MZ"   2 4 frame count   6 frames: the image's description, then one a packet, blocks in
-// order Frame    0 1 0x02   1 3 body length L   4 L body   4+L 4 sum of the body's bytes   8+L 1 0x03
-//
+// File: the image's description is the first frame, then one frame a packet, blocks in order
+//   0 2 magic "MZ"            2 4 frame count                        6 frames
+// Frame
+//   0 1 0x02                  1 3 body length L                      4 L body
+//   4+L 4 sum of the body's bytes                                    8+L 1 0x03
 // Description body, n bytes of name, b blocks
 //   0 1 header tag            1 2 0x8000 | (14 b + 47 mod 4096)      3 1 image type << 4 | image kind
 //   4 1 version B << 4 | software minor      5 1 manufacturer        6 1 version A   7 1 software major
@@ -12,8 +14,8 @@
 //   18+n 1 hour  19+n 1 minute  20+n 1 second   21+n 4 start address   25+n 4 end address
 //   29+n 3 b                  32+n 14 b block table                  32+n+14b 4 CRC of the whole image
 // Block table entry
-//   0 4 offset in the image   4 1 packets mod 256   5 3 length mod 2^24   8 1 packet size >> 8   9 1 packet
-//   size & 255 10 4 CRC of the block
+//   0 4 offset in the image   4 1 packets mod 256                    5 3 length mod 2^24
+//   8 1 packet size >> 8      9 1 packet size & 255                  10 4 CRC of the block
 // Packet body, d bytes of data
 //   0 1 packet tag            1 2 0x8000 | (d + 9)                   3 3 offset in the block mod 2^18
 //   6 3 block                 9 1 packet in the block mod 256        10 2 d (12 bits)         12 d data
@@ -21,10 +23,12 @@
 // The image in it is the stored bytes (compressed or as they were), a fill of 0xFF, and, for most image
 // types, a 64-byte header enciphered with RC4; type 2 has 1024 bytes there. That header, little-endian, 0xFF
 // where unnamed:
-//   0 1 manufacturer  1 1 1  2 1 version A  3 1 software major  4 1 version B << 4 | software minor  5 1
-//   image type 6 1 flag  7 1 image kind  8 4 start address  12 4 size before compression  16 4 CRC of the
-//   stored bytes 20 4 stored size  24 4 0xFFFFFFFF  28 1 day  29 1 month  30 2 year  32 1 hour  33 1 minute
-//   51 1 0  52 4 fill
+//   0 1 manufacturer          1 1 1                                  2 1 version A
+//   3 1 software major        4 1 version B << 4 | software minor    5 1 image type
+//   6 1 flag                  7 1 image kind                         8 4 start address
+//   12 4 size before compression                                     16 4 CRC of the stored bytes
+//   20 4 stored size          24 4 0xFFFFFFFF
+//   28 1 day  29 1 month  30 2 year  32 1 hour  33 1 minute          51 1 0   52 4 fill
 #pragma once
 
 #include <optional>

@@ -2,8 +2,9 @@
 // little-endian, without header, in the order of the list. Carriers of one satellite and services of one
 // carrier are contiguous.
 //
-//   WorkSatellite 28 bytes  "~001sat.bin"    WorkCarrier 36 bytes  "~001car.bin"    WorkService 32 bytes
-//   "~001ser.bin"
+//   WorkSatellite  28 bytes  "~001sat.bin"
+//   WorkCarrier    36 bytes  "~001car.bin"
+//   WorkService    32 bytes  "~001ser.bin"
 #pragma once
 
 #include <array>

@@ -1,7 +1,6 @@
 // A transfer from beginning to end, as a face runs it: port, reader, job thread, and the dialog's Cancel.
 //
-//   StartTransfer --> the job runs; it presses Cancel itself when it is through --> CancelTransfer -->
-//   `outcome`
+//   StartTransfer --> the job runs; it presses Cancel when it is through --> CancelTransfer --> `outcome`
 //
 // The face owns the object, fills `port.messages`, `transfer.context`, view, files and so on, and calls both
 // functions from one thread. `view.press_cancel` must lead to a call of CancelTransfer on that thread.

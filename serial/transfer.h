@@ -1,15 +1,15 @@
 // The transfer jobs and the protocol of the line between the editor and the receiver's loader.
 //
 // Frame, both ways: 02, length L (3 bytes, big-endian), L payload bytes, their 32-bit sum (big-endian), 03.
-// Upload:   wake-up message until XON, three SYN, then for each URT file: ETB until ACK, wait for ENQ, one
-// frame
-//           for each ENQ, the last frame again and again after a NAK. A console upload starts at the ETB.
-// Download: the wake-up message of its own, the request script as an upload, ETB from the receiver, then for
-// each
-//           region: ACK, and an ENQ (next) or NAK (again) for each frame; CAN after the last region.
-// Region frames, by the first payload byte:
-//   F1 header   24 4 data length   44 3 entry count N   47 14xN entries, packet count at +4   then 4 CRC of
-//   the data F2 data     12.. the data      any other: taken and ignored
+// Upload:   wake-up message until XON, three SYN; then for each URT file: ETB until ACK, wait for ENQ, one
+//           frame for each ENQ, the last frame again and again after a NAK. A console upload starts at the
+//           ETB.
+// Download: the wake-up message of its own, the request script as an upload, ETB from the receiver; then for
+//           each region: ACK, and an ENQ (next) or NAK (again) for each frame; CAN after the last region.
+// Region frames, by the first payload byte; any other is taken and ignored
+//   F1 header   24 4 data length   44 3 entry count N   47 14xN entries, packet count at +4
+//               47+14xN 4 CRC of the region's data
+//   F2 data     12.. the data
 //
 // Threads: the port's reader calls TransferReceive or DownloadReceive; a job runs on a thread of its own; the
 // face sets `cancel` through CancelTransfer (serial/session.h). They share the atomics of `Transfer` and

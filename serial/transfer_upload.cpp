@@ -13,15 +13,17 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kNoResponsePolling =
-    "Problem:\tNo response from target\nCaution:\t1. Target loader may not be running properly\n\t2. Serial "
-    "cable "
-    "connection may be faulty\n\t3. Port settings may be not correct";
+    "Problem:\tNo response from target\n"
+    "Caution:\t1. Target loader may not be running properly\n"
+    "\t2. Serial cable connection may be faulty\n"
+    "\t3. Port settings may be not correct";
 constexpr const char* kNoResponseSending =
-    "Problem:\tNo response from target\nCaution:\t1. Target loader may not be running properly\n\t2. Serial "
-    "cable "
-    "connection may be faulty\nSolution:\t1. Cancel the download process in tool\n\t2. Reboot the "
-    "target\n\t3.Retry "
-    "once again";
+    "Problem:\tNo response from target\n"
+    "Caution:\t1. Target loader may not be running properly\n"
+    "\t2. Serial cable connection may be faulty\n"
+    "Solution:\t1. Cancel the download process in tool\n"
+    "\t2. Reboot the target\n"
+    "\t3.Retry once again";
 
 // What the four upload jobs differ in.
 struct UploadStyle {
