@@ -1,6 +1,7 @@
 // info, save: the database file itself. check, sort and export have files of their own.
 #include "cli/commands.h"
 #include "core/bin_file.h"
+#include "core/validation.h"
 #include "platform/text.h"
 
 namespace vexa {
@@ -69,10 +70,8 @@ void AddSave(CLI::App& program, CommandState& state) {
       });
   save.add_option("--initials", options->initials, "User's initials, up to three characters")
       ->check([](const std::string& text) {
-        const std::string initials = LatinFromUtf8(text);
-        // A character that the file cannot hold comes back as another one.
-        if (Utf8FromLatin(initials) != text) return "\"" + text + "\" has characters that no database holds";
-        return initials.size() <= 3 ? std::string() : "at most three characters";
+        if (!FitsLatin(text)) return CharactersText(text);
+        return LatinFromUtf8(text).size() <= 3 ? std::string() : "at most three characters";
       });
   save.callback([&state, options] { Save(state, *options); });
 }

@@ -249,7 +249,9 @@ void AddUrt(CLI::App& program, CommandState& state) {
   build.add_option("--type", options->type, "Image type, 0-15")->required()->check(CLI::Range(0, 15));
   build.add_option("--kind", options->kind, "Image kind, 0-15")->required()->check(CLI::Range(0, 15));
   build.add_option("--flag", options->flag, "Image flag, 0-255")->required()->check(CLI::Range(0, 255));
-  build.add_option("--name", options->name, "Image name")->required();
+  build.add_option("--name", options->name, "Image name")->required()->check([](const std::string& text) {
+    return FitsLatin(text) ? std::string() : "\"" + text + "\" has characters that no URT file holds";
+  });
   build.add_option("--start", options->start, "Start address")->required();
   build.add_option("--end", options->end, "End address, exclusive")->required();
   build.add_option("--compress", options->compression, "zlib:LEVEL (1-9) or bin2cod")

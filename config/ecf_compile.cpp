@@ -111,7 +111,7 @@ std::string TextValue(Compiler& compiler, const toml::node& node, const char* wh
     Tell(compiler.context.messages, Icon::kStop, "%s(%u): \"%s\" has more than %zu characters.",
          compiler.file.c_str(), compiler.LineOf(node), what, limit);
   }
-  if ((Utf8FromLatin(text) != *value || text.find('\0') != std::string::npos) && !compiler.failed) {
+  if ((!FitsLatin(*value) || text.find('\0') != std::string::npos) && !compiler.failed) {
     compiler.failed = true;
     Tell(compiler.context.messages, Icon::kStop,
          "%s(%u): \"%s\" has a character that the single-byte text cannot hold.", compiler.file.c_str(),

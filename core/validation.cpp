@@ -144,6 +144,17 @@ std::string UbiNameText(std::string_view name) {
   return name.empty() ? "UBI name can not be empty. Enter a valid name." : "";
 }
 
+std::string CharactersText(std::string_view utf8) {
+  return FitsLatin(utf8) ? "" : "\"" + std::string(utf8) + "\" has characters that no database holds.";
+}
+
+std::optional<Refusal> JudgeName(const std::string& text, std::string (*rule)(std::string_view),
+                                 std::string& name) {
+  name = LatinFromUtf8(text);
+  if (auto refusal = Verdict(rule(name), kFieldName)) return refusal;
+  return Verdict(CharactersText(text), kFieldName);
+}
+
 SatelliteForm SatelliteFormOf(const SatelliteRecord& record) {
   SatelliteForm form;
   form.name = Utf8FromLatin(NameOf(record.name));
@@ -157,10 +168,10 @@ SatelliteForm SatelliteFormOf(const SatelliteRecord& record) {
 
 std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteForm& form,
                                       SatelliteRecord& record) {
-  const std::string name = LatinFromUtf8(form.name);
+  std::string name;
   const int64_t position = FilledNumberOf(form.position);
   const Angle angle = AngleOf(form.angle);
-  if (auto refusal = Verdict(SatelliteNameText(name), kFieldName)) return refusal;
+  if (auto refusal = JudgeName(form.name, SatelliteNameText, name)) return refusal;
   if (auto refusal = Verdict(SatellitePositionText(position), kFieldPosition)) return refusal;
   // A comma would drop what follows without a word.
   if (std::count(form.angle.begin(), form.angle.end(), '.') > 1 || form.angle.find(',') != std::string::npos)
@@ -190,9 +201,9 @@ CarrierForm CarrierFormOf(const CarrierRecord& record) {
 }
 
 std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& lnb, CarrierRecord& record) {
-  const std::string name = LatinFromUtf8(form.name);
+  std::string name;
   const int64_t frequency = NumberOf(form.frequency), symbol_rate = NumberOf(form.symbol_rate);
-  if (auto refusal = Verdict(CarrierNameText(name), kFieldName)) return refusal;
+  if (auto refusal = JudgeName(form.name, CarrierNameText, name)) return refusal;
   if (auto refusal = Verdict(CarrierFrequencyText(lnb.type, frequency), kFieldFrequency)) return refusal;
   if (auto refusal = Verdict(CarrierSymbolRateText(symbol_rate), kFieldSymbolRate)) return refusal;
   SetName(record.name, name);
@@ -218,12 +229,12 @@ ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal) {
 
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
                                     const Carrier* carrier, ServiceRecord& record) {
-  const std::string name = LatinFromUtf8(form.name);
+  std::string name;
   const int64_t number_entered = FilledNumberOf(form.program_number);
   const int64_t video_entered = NumberOf(form.video_pid, hexadecimal);
   const int64_t audio_entered = NumberOf(form.audio_pid, hexadecimal);
   const int64_t pcr_entered = NumberOf(form.pcr_pid, hexadecimal);
-  if (auto refusal = Verdict(ServiceNameText(name), kFieldName)) return refusal;
+  if (auto refusal = JudgeName(form.name, ServiceNameText, name)) return refusal;
   if (auto refusal =
           Verdict(RangeText("Service program number", number_entered, 0, 0xFFFF), kFieldProgramNumber))
     return refusal;

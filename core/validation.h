@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "core/bin_file.h"
 #include "core/database.h"
 #include "core/messages.h"
 
@@ -32,6 +33,9 @@ enum RecordField : int {
   kFieldStartVolume,
   kFieldStartProgramme,
   kFieldLockCode,
+  kFieldMajor,
+  kFieldMinor,
+  kFieldInitials,
 };
 
 struct LnbForm {
@@ -98,6 +102,18 @@ UbiForm UbiFormOf(const OpenUbi& ubi);
 // A number or code that stands as the record gave it is kept, also outside its range.
 std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi);
 
+struct VersionForm {
+  std::string major, minor;  // 0-255
+  std::string initials;      // three are kept
+};
+VersionForm VersionFormOf(const BinVersion& version);
+std::optional<Refusal> StoreVersion(const VersionForm& form, BinVersion& version);
+
+// The name that a record keeps of what a field holds, when `rule` (below) passes it and a record can hold its
+// characters.
+std::optional<Refusal> JudgeName(const std::string& text, std::string (*rule)(std::string_view),
+                                 std::string& name);
+
 // ---- The rules one by one, on stored values; an empty text means that the rule holds.
 std::string SatelliteNameText(std::string_view name);
 std::string SatellitePositionText(int64_t position);
@@ -114,6 +130,7 @@ std::string PcrPidText(int64_t pid);
 std::string SdbNameText(std::string_view name);
 std::string GroupNameText(std::string_view name);
 std::string UbiNameText(std::string_view name);
+std::string CharactersText(std::string_view utf8);
 // "NAME should be in the range of LOWEST - HIGHEST."
 std::string RangeText(const char* name, int64_t number, int lowest, int highest);
 

@@ -1,4 +1,4 @@
-// The forms of LNBs, of names, and of user box records.
+// The forms of LNBs, of names, of user box records, and of the version.
 #include <algorithm>
 #include <cstring>
 
@@ -82,15 +82,15 @@ std::vector<std::string> SwitchChoices(uint32_t switch_type) {
 }
 
 std::optional<Refusal> StoreSdbName(const std::string& name, OpenSdb& sdb) {
-  const std::string latin = LatinFromUtf8(name);
-  if (auto refusal = Verdict(SdbNameText(latin), kFieldName)) return refusal;
+  std::string latin;
+  if (auto refusal = JudgeName(name, SdbNameText, latin)) return refusal;
   sdb.name = latin.substr(0, kSdbNameLength);
   return std::nullopt;
 }
 
 std::optional<Refusal> StoreGroupName(const std::string& name, FavouriteGroup& group, bool radio) {
-  const std::string latin = LatinFromUtf8(name);
-  if (auto refusal = Verdict(GroupNameText(latin), kFieldName)) return refusal;
+  std::string latin;
+  if (auto refusal = JudgeName(name, GroupNameText, latin)) return refusal;
   SetName(radio ? group.record.radio_name : group.record.tv_name, latin);
   return std::nullopt;
 }
@@ -115,9 +115,9 @@ UbiForm UbiFormOf(const OpenUbi& ubi) {
 }
 
 std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi) {
-  const std::string name = LatinFromUtf8(form.name);
+  std::string name;
   UserBoxInfo& record = ubi.record;
-  if (auto refusal = Verdict(UbiNameText(name), kFieldName)) return refusal;
+  if (auto refusal = JudgeName(form.name, UbiNameText, name)) return refusal;
   const bool new_code = form.lock_code != Utf8FromLatin(NameOf(record.lock_code));
   if (new_code && !IsLockCode(form.lock_code))
     return Verdict("Lock code should have four digits.", kFieldLockCode);
@@ -148,6 +148,20 @@ std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi) {
   record.start_volume = static_cast<uint8_t>(NumberOf(form.start_volume));
   record.start_programme = static_cast<uint16_t>(NumberOf(form.start_programme));
   if (new_code) std::copy(form.lock_code.begin(), form.lock_code.end(), record.lock_code);
+  return std::nullopt;
+}
+
+VersionForm VersionFormOf(const BinVersion& version) {
+  return {std::to_string(version.major), std::to_string(version.minor), Utf8FromLatin(version.initials)};
+}
+
+std::optional<Refusal> StoreVersion(const VersionForm& form, BinVersion& version) {
+  const int64_t major = FilledNumberOf(form.major), minor = FilledNumberOf(form.minor);
+  if (auto refusal = Verdict(RangeText("Major version", major, 0, 255), kFieldMajor)) return refusal;
+  if (auto refusal = Verdict(RangeText("Minor version", minor, 0, 255), kFieldMinor)) return refusal;
+  if (auto refusal = Verdict(CharactersText(form.initials), kFieldInitials)) return refusal;
+  version = {static_cast<uint8_t>(major), static_cast<uint8_t>(minor),
+             LatinFromUtf8(form.initials).substr(0, 3)};
   return std::nullopt;
 }
 

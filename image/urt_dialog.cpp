@@ -35,6 +35,9 @@ std::optional<UrtRefusal> CheckRow(const UrtDialog& dialog, size_t place) {
   if (LatinFromUtf8(row.name).size() > kLongestImageName) {
     return refuse("An image name has at most 49 characters.", UrtField::kName);
   }
+  if (!FitsLatin(row.name)) {
+    return refuse("The image name has characters that no URT file holds.", UrtField::kName);
+  }
   for (size_t i = 0; i < place; ++i) {
     if (dialog.rows[i].urt == row.urt) {
       return refuse("Two images would be written to the same URT file.", UrtField::kUrt);

@@ -74,6 +74,10 @@ std::string LatinFromUtf8(std::string_view text) {
   return bytes;
 }
 
+bool FitsLatin(std::string_view text) {
+  return Utf8FromLatin(LatinFromUtf8(text)) == text;
+}
+
 std::u16string Utf16FromUtf8(std::string_view text) {
   std::u16string wide;
   for (size_t position = 0; position < text.size();) {

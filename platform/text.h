@@ -11,6 +11,8 @@ namespace vexa {
 std::string Utf8FromLatin(std::string_view bytes);
 // The other way; a character that Windows-1252 does not have becomes '?'. Invalid UTF-8 likewise.
 std::string LatinFromUtf8(std::string_view text);
+// Whether it has every character of the text.
+bool FitsLatin(std::string_view text);
 
 std::u16string Utf16FromUtf8(std::string_view text);
 std::string Utf8FromUtf16(std::u16string_view text);

@@ -10,29 +10,26 @@
 
 namespace vexa {
 
-namespace {
-
-uint8_t VersionNumber(const Form& form, int id) {
-  return static_cast<uint8_t>(std::clamp<int64_t>(NumberOf(form.Text(id)), 0, 255));
-}
-
-}  // namespace
-
 bool AskVersion(EditorWindow& editor) {
   FormActions actions;
   actions.open = [&](Form& form) {
     form.Limit(IDC_VERSION_MAJOR, 3);
     form.Limit(IDC_VERSION_MINOR, 3);
     form.Limit(IDC_VERSION_INITIALS, 3);
-    form.SetText(IDC_VERSION_MAJOR, Format("%d", editor.version.major));
-    form.SetText(IDC_VERSION_MINOR, Format("%d", editor.version.minor));
-    form.SetText(IDC_VERSION_INITIALS, Utf8FromLatin(editor.version.initials));
+    const VersionForm version = VersionFormOf(editor.version);
+    form.SetText(IDC_VERSION_MAJOR, version.major);
+    form.SetText(IDC_VERSION_MINOR, version.minor);
+    form.SetText(IDC_VERSION_INITIALS, version.initials);
   };
   actions.accept = [&](Form& form) {
-    editor.version.major = VersionNumber(form, IDC_VERSION_MAJOR);
-    editor.version.minor = VersionNumber(form, IDC_VERSION_MINOR);
-    editor.version.initials = LatinFromUtf8(form.Text(IDC_VERSION_INITIALS)).substr(0, 3);
-    return true;
+    const auto refusal = StoreVersion(
+        {form.Text(IDC_VERSION_MAJOR), form.Text(IDC_VERSION_MINOR), form.Text(IDC_VERSION_INITIALS)},
+        editor.version);
+    if (!refusal) return true;
+    form.Refuse(*refusal, refusal->field == kFieldMajor   ? IDC_VERSION_MAJOR
+                          : refusal->field == kFieldMinor ? IDC_VERSION_MINOR
+                                                          : IDC_VERSION_INITIALS);
+    return false;
   };
   return RunForm(*editor.app, IDD_VERSION, actions);
 }

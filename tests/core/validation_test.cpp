@@ -281,6 +281,45 @@ TEST(Validation, Names) {
   EXPECT_FALSE(StoreGroupName("0123456789012345678901", group, true));
   EXPECT_EQ(NameOf(group.record.radio_name), "0123456789012345678");
   EXPECT_EQ(NameOf(group.record.tv_name), "");
+  // A name in another script is refused whole: it would come back as question marks.
+  const std::string russian = "\xD0\x96",
+                    refusal = "\"" + russian + "\" has characters that no database holds.";
+  SatelliteForm satellite;
+  CarrierForm carrier;
+  ServiceForm service;
+  UbiForm box;
+  for (std::string* name : {&satellite.name, &carrier.name, &service.name, &box.name}) *name = russian;
+  SatelliteRecord satellite_record{};
+  CarrierRecord carrier_record{};
+  ServiceRecord service_record{};
+  const std::optional<Refusal> refusals[] = {StoreSdbName(russian, sdb),
+                                             StoreGroupName(russian, group, true),
+                                             StoreUbi(box, ubi),
+                                             StoreSatellite({}, satellite, satellite_record),
+                                             StoreCarrier(carrier, {}, carrier_record),
+                                             StoreService({}, service, false, nullptr, service_record)};
+  for (const auto& found : refusals) EXPECT_EQ(found ? found->text : "", refusal);
+}
+
+TEST(Validation, VersionsOfAFile) {
+  BinVersion version{2, 255, "ab "};
+  EXPECT_FALSE(StoreVersion(VersionFormOf(version), version));
+  const struct {
+    VersionForm form;
+    const char* text;
+    int field;
+  } rows[] = {
+      {{"256", "0", ""}, "Major version should be in the range of 0 - 255.", kFieldMajor},
+      {{"0", "", ""}, "Minor version should be in the range of 0 - 255.", kFieldMinor},
+      {{"0", "0", "\xD0\x96"}, "\"\xD0\x96\" has characters that no database holds.", kFieldInitials}};
+  for (const auto& row : rows) {
+    const auto refusal = StoreVersion(row.form, version);
+    ASSERT_TRUE(refusal) << row.text;
+    EXPECT_EQ(refusal->text, row.text);
+    EXPECT_EQ(refusal->field, row.field);
+  }
+  EXPECT_EQ(version.minor, 255);
+  EXPECT_EQ(version.initials, "ab ");
 }
 
 TEST(Validation, UserBoxesKeepTheirOpenBits) {
