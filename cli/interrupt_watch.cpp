@@ -7,6 +7,13 @@ namespace vexa {
 
 namespace {
 
+#ifdef SIGHUP
+constexpr int kHangUp = SIGHUP;  // the terminal was closed
+#else
+constexpr int kHangUp = SIGBREAK;  // Ctrl+Break
+#endif
+constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, kHangUp};
+
 std::atomic<bool> interrupted{false};
 
 void OnSignal(int number) {
@@ -18,13 +25,13 @@ void OnSignal(int number) {
 
 InterruptWatch::InterruptWatch() {
   interrupted = false;
-  old_interrupt_ = std::signal(SIGINT, OnSignal);
-  old_end_ = std::signal(SIGTERM, OnSignal);
+  for (size_t i = 0; i < kSignals.size(); ++i) old_[i] = std::signal(kSignals[i], OnSignal);
+  // Whoever starts a command that is to outlive its terminal says so by ignoring this one.
+  if (old_[2] == SIG_IGN) std::signal(kHangUp, SIG_IGN);
 }
 
 InterruptWatch::~InterruptWatch() {
-  std::signal(SIGINT, old_interrupt_);
-  std::signal(SIGTERM, old_end_);
+  for (size_t i = 0; i < kSignals.size(); ++i) std::signal(kSignals[i], old_[i]);
 }
 
 bool InterruptWatch::IsInterrupted() {

@@ -71,7 +71,10 @@ void AddLoaderCommand(CLI::App& program, CommandState& state) {
   loader.add_flag("--once", options->run.once, "End after one session");
   loader.add_option("--baud", options->run.baud, "Pace both directions, bits a second; of a port, its speed")
       ->check(CLI::Range(1, 100000000));
-  loader.add_option("--seed", options->faults.seed, "Repeats the same faults");
+  loader.add_option("--seed", options->faults.seed, "Repeats the same faults")
+      ->check([](const std::string& text) {
+        return text.find('-') == text.npos ? std::string() : "\"" + text + "\" is no number from 0";
+      });
   const std::pair<const char*, double*> faults[] = {{"--nak", &options->faults.nak},
                                                     {"--corrupt", &options->faults.corrupt},
                                                     {"--drop", &options->faults.drop},
@@ -83,7 +86,8 @@ void AddLoaderCommand(CLI::App& program, CommandState& state) {
                          "Probability, at each frame, of falling silent until the next wake-up",
                          "Probability, at each frame, of starting anew in the middle"};
   for (size_t i = 0; i < std::size(faults); ++i) {
-    loader.add_option(faults[i].first, *faults[i].second, texts[i])->check(CLI::Range(0.0, 1.0));
+    loader.add_option(faults[i].first, *faults[i].second, texts[i])
+        ->check(NumberCheck(0, 1, "probability from 0 to 1"));
   }
   loader.add_option("--delay", options->faults.delay, "Milliseconds before every answer")
       ->check(CLI::Range(0, 60000));

@@ -2,6 +2,7 @@
 #include "cli/receiver_commands.h"
 
 #include <atomic>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 
@@ -42,7 +43,7 @@ void AddLineOptions(CLI::App& command, LineOptions& line) {
   command.add_option("--data-bits", line.data_bits)->check(CLI::IsMember(Texts(kDataBits)));
   command.add_option("--stop-bits", line.stop_bits)->check(CLI::IsMember(Texts(kStopBits)));
   command.add_option("--timeout", line.timeout, "Give up after so many seconds without a new packet")
-      ->check(CLI::PositiveNumber);
+      ->check(NumberCheck(0.001, 1e9, "number of seconds from 0.001"));
   command.add_option("--trace", line.trace, "File for what crosses the line, both ways, with times");
 }
 
@@ -59,7 +60,7 @@ struct LineRun {
   TransferSession session;
   Trace trace;
   std::atomic<bool> pressed{false};
-  std::atomic<bool> file_refused{false};
+  std::atomic<bool> file_refused{false}, timed_out{false};
 };
 
 void PrintStatus(const std::string& text) {
@@ -80,7 +81,7 @@ void Connect(CommandState& state, LineRun& run, const LineOptions& line, Transfe
     target.frame_upload = job == TransferJob::kAdb || job == TransferJob::kSdb;
     target.download = job == TransferJob::kDownload;
     target.append = [](const std::string& text, ReportColour) { std::fputs(text.c_str(), stderr); };
-    if (code == 23 && (run.file_refused || run.session.port_gone))
+    if (code == 23 && (run.file_refused || run.session.port_gone || run.timed_out))
       return;  // told already, and not the user's doing
     ReportLoaderStatus(target, code);
     if (code < 0) run.file_refused = true;
@@ -115,6 +116,7 @@ bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
     if (line.timeout > 0 && std::chrono::duration<double>(now - last).count() > line.timeout) {
       Tell(state.context.messages, Icon::kStop, "The transfer made no progress for %g seconds.",
            line.timeout);
+      run.timed_out = true;
       return false;
     }
     AwaitTransfer(transfer, 20, [&run] { return run.pressed.load(); });
@@ -277,6 +279,16 @@ void Ports(CommandState& state) {
 }
 
 }  // namespace
+
+std::function<std::string(const std::string&)> NumberCheck(double lowest, double highest, const char* what) {
+  return [=](const std::string& text) {
+    double number = 0;
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    const bool right = read.ec == std::errc() && read.ptr == end && number >= lowest && number <= highest;
+    return right ? std::string() : "\"" + text + "\" is no " + what;
+  };
+}
 
 void TellPorts(const CommandState& state) {
   std::string names;

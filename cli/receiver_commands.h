@@ -1,14 +1,18 @@
 // The parts of the receiver's command group.
 #pragma once
 
+#include <array>
+#include <functional>
+#include <string>
+
 #include "cli/commands.h"
 
 namespace vexa {
 
 void AddLoaderCommand(CLI::App& program, CommandState& state);
 
-// While one lives, Ctrl+C and a request to end only set a flag: the command closes its port and goes in
-// order.
+// While one lives, Ctrl+C, a request to end and a closed terminal only set a flag: the command closes its
+// port and goes in order.
 class InterruptWatch {
  public:
   InterruptWatch();
@@ -18,9 +22,11 @@ class InterruptWatch {
   static bool IsInterrupted();
 
  private:
-  void (*old_interrupt_)(int) = nullptr;
-  void (*old_end_)(int) = nullptr;
+  std::array<void (*)(int), 3> old_{};
 };
+
+// An option's check: a number in the range, which "nan" is not. `what`: what else the text is said not to be.
+std::function<std::string(const std::string&)> NumberCheck(double lowest, double highest, const char* what);
 
 // Behind the message of a port that could not be opened: the ports that are there.
 void TellPorts(const CommandState& state);

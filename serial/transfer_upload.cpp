@@ -121,16 +121,19 @@ struct OpenUrt {
   size_t position = 0;
   std::span<const uint8_t> last;  // the packet sent last
   Clock::time_point line_free;    // when the line will have carried it
+  Clock::duration repeats{};      // what the line needs for its repeats
 };
 
-// Without a known speed the line is free at once.
-void SendLast(Transfer& transfer, OpenUrt& file) {
+// What the line needs for the packet. Without a known speed it is free at once.
+Clock::duration SendLast(Transfer& transfer, OpenUrt& file) {
   constexpr double tolerance = 1.01;  // a line may be a little slower than its settings say
   transfer.line.write(file.last);
-  if (transfer.bytes_per_second <= 0) return;
-  const std::chrono::duration<double> busy(tolerance * static_cast<double>(file.last.size()) /
-                                           transfer.bytes_per_second);
-  file.line_free = std::max(file.line_free, Clock::now()) + std::chrono::duration_cast<Clock::duration>(busy);
+  if (transfer.bytes_per_second <= 0) return {};
+  const std::chrono::duration<double> seconds(tolerance * static_cast<double>(file.last.size()) /
+                                              transfer.bytes_per_second);
+  const auto busy = std::chrono::duration_cast<Clock::duration>(seconds);
+  file.line_free = std::max(file.line_free, Clock::now()) + busy;
+  return busy;
 }
 
 bool OpenUrtFile(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
@@ -185,6 +188,10 @@ void SendNextPacket(Transfer& transfer, const UploadStyle& style, OpenUrt& file)
     if (style.console) Report(transfer, -1);
     return;
   }
+  // The ENQ tells that the packet before has arrived: only its repeats can still be on the line, also on one
+  // that is faster than its settings say.
+  file.line_free = std::min(file.line_free, Clock::now() + file.repeats);
+  file.repeats = {};
   SendLast(transfer, file);
   if (file.last.back() != kEtx) {
     transfer.ack = false;
@@ -208,7 +215,7 @@ void SendAgain(Transfer& transfer, OpenUrt& file) {
     AwaitTransfer(transfer, static_cast<int>(busy), [&] { return transfer.enq || !transfer.ack; });
     if (transfer.cancel || transfer.enq || !transfer.ack) return;
   }
-  SendLast(transfer, file);
+  file.repeats += SendLast(transfer, file);
   ++transfer.packets_repeated;
 }
 

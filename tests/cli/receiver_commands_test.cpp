@@ -13,6 +13,12 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
+#ifdef SIGHUP
+constexpr int kHangUp = SIGHUP;
+#else
+constexpr int kHangUp = SIGBREAK;
+#endif
+
 class ReceiverCommands : public CliTest {
  protected:
   ReceiverCommands() {
@@ -89,14 +95,18 @@ TEST_F(ReceiverCommands, ATransferThatCannotGoOnEndsWithItsReason) {
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.errors, HasSubstr("   Problem : Magic ID not found\n"));
   EXPECT_EQ(result.errors.find("Terminated"), std::string::npos);
-  result = Vexa("upload sdb @list.bin --port @line --timeout 0.4");
-  EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.errors, HasSubstr("error: The transfer made no progress for 0.4 seconds."));
-  for (const std::string what : {"urt", "adb"}) {
+  for (const std::string what : {"sdb", "urt"}) {
+    result = Vexa("upload " + what + " @list.bin --port @line --timeout 0.4");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, HasSubstr("error: The transfer made no progress for 0.4 seconds."));
+    EXPECT_EQ(result.errors.find("Terminated"), std::string::npos);
+  }
+  const std::pair<std::string, int> ends[] = {{"urt", SIGINT}, {"adb", SIGTERM}, {"adb", kHangUp}};
+  for (const auto& [what, signal] : ends) {
     heard_ = false;
-    std::thread user([this] {
+    std::thread user([this, number = signal] {
       while (!heard_) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-      std::raise(SIGINT);
+      std::raise(number);
     });
     result = Vexa("upload " + what + " @list.bin --port @line");
     user.join();

@@ -135,6 +135,31 @@ TEST(Upload, OneNakRepeatsEveryPacketUntilItsEnq) {
   EXPECT_EQ(rig.Times(three), 1u);  // the last is never confirmed
 }
 
+// A line that is faster than its settings say owes nothing for what an ENQ has told to have arrived.
+TEST(Upload, ARepeatWaitsForNoMoreThanItsOwnPacket) {
+  TransferRig rig;
+  std::vector<Bytes> packets;
+  for (uint8_t i = 0; i < 40; ++i) packets.push_back(Frame(Bytes(491, i)));
+  rig.Put("a.urt", Urt(packets));
+  rig.transfer.bytes_per_second = 5000;  // 0.1 s a packet
+  const Bytes& refused = packets[30];
+  using Clock = std::chrono::steady_clock;
+  Clock::time_point first;
+  Clock::duration wait{};
+  rig.peer = [&](const Bytes& bytes) {
+    if (bytes == refused && rig.Times(bytes) == 1) {
+      first = Clock::now();
+      return rig.Receive({kNak});
+    }
+    if (bytes == refused) wait = Clock::now() - first;
+    rig.AnswerUpload(bytes);
+  };
+  EXPECT_EQ(UploadAdbThread(rig.transfer), 1);
+  EXPECT_EQ(rig.Times(refused), 2u);
+  EXPECT_GE(wait, std::chrono::milliseconds(90));
+  EXPECT_LT(wait, std::chrono::milliseconds(1500));  // 31 packets: 3 s
+}
+
 TEST(Upload, DamagedFilesAreReportedByTheConsole) {
   const Bytes good = Frame({1, 2, 3}), no_stx = BytesOf("xyz-no-frame");
   Bytes no_etx = good, cut = good;
