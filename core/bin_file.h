@@ -46,6 +46,13 @@ const DefaultRecords& DefaultsOf(const Context& context);
 
 // Adds every SDB and UBI of the file to `document`. True when the open succeeded; on false the document holds
 // what was read before the failure (nothing when nothing was), and a message was shown.
+//
+// `document.read_whole` becomes false, on success as well, when something of the file was left out: a save
+// must not put the document in the place of that file then. (On success a maximum left it out, message
+// shown.)
+//
+// A file is judged by its first bytes and its size before the rest is read; what stands beyond
+// kMaximumStreamSize is not looked at.
 bool OpenBin(const Context& context, const Path& path, Document& document);
 bool OpenBinBytes(const Context& context, std::span<const uint8_t> file, Document& document);
 

@@ -3,6 +3,7 @@
 #include "core/bin_file.h"
 #include "core/bytes.h"
 #include "core/zlib_com.h"
+#include "platform/file_reader.h"
 
 namespace vexa {
 
@@ -179,6 +180,12 @@ bool ReadFavourites(const Context& context, ByteReader& reader, StaticDatabase& 
   return true;
 }
 
+bool CheckMagic(const Context& context, std::span<const uint8_t> stream) {
+  if (stream[0] == 'Q' && stream[1] == 'z') return true;
+  Tell(context.messages, Icon::kStop, "StaticDB file magic ID mismatch. Input a valid SDB.");
+  return false;
+}
+
 // The records of a stream, without the links between them. False after a
 // message.
 bool ReadRecords(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
@@ -186,10 +193,7 @@ bool ReadRecords(const Context& context, std::span<const uint8_t> stream, Static
   ByteReader reader(stream);
   const auto header = reader.Take(kBinHeaderSize);
   if (header.empty()) return Fail(context);
-  if (header[0] != 'Q' || header[1] != 'z') {
-    Tell(context.messages, Icon::kStop, "StaticDB file magic ID mismatch. Input a valid SDB.");
-    return false;
-  }
+  if (!CheckMagic(context, header)) return false;
   const int version = header[6] | header[7] << 8;
   if (!ReadLnbs(context, reader, database) || !ReadSatellites(context, reader, database) ||
       !ReadCarriers(context, reader, database) || !ReadServices(context, reader, database))
@@ -259,12 +263,16 @@ bool ReadEntry(const Context& context, std::span<const uint8_t> layout, size_t n
   return (reader.ok() && entry.offset <= layout.size()) || Fail(context);
 }
 
+// Whether the two sizes of compressed data go with the bytes that are there.
+bool FitsPacked(uint64_t stored, uint64_t size, uint64_t there) {
+  return stored <= there && stored <= kMaximumStreamSize && size <= kMaximumStreamSize;
+}
+
 // Inflates the first `stored` bytes of `source` behind what `result` holds;
 // they must give `size` bytes.
 bool Inflate(const Context& context, std::span<const uint8_t> source, uint64_t stored, uint64_t size,
              Bytes& result) {
-  if (stored > source.size() || stored > kMaximumStreamSize || size > kMaximumStreamSize)
-    return Fail(context);
+  if (!FitsPacked(stored, size, source.size())) return Fail(context);
   const size_t before = result.size();
   // More than the data can give is a lie of the header, found by the length
   // below.
@@ -342,6 +350,7 @@ bool ReadUbiStream(const Context& context, std::span<const uint8_t> stream, size
   for (size_t i = 0; i < count; ++i) {
     if (document.ubis.size() >= kMaximumUbis) {
       TellUbiLimit(context);
+      document.read_whole = false;
       break;
     }
     std::string name = TextOf(reader.Take(kUbiNameSize));
@@ -361,14 +370,22 @@ bool ReadUbis(const Context& context, std::span<const uint8_t> layout, size_t en
   return ReadUbiStream(context, stream, count, document);
 }
 
+// Of a container's header, and the size of the layout that it starts.
+bool HasDirectory(std::span<const uint8_t> header, uint64_t layout_size) {
+  ByteReader reader(header);
+  reader.Seek(20);
+  const uint64_t sdbs = reader.U16();
+  const bool ubis = reader.U16() != 0;
+  return sdbs > 0 && layout_size >= kBinHeaderSize + kBinEntrySize * (sdbs + ubis);
+}
+
 bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Opening& opening) {
   Document& document = opening.document;
   ByteReader reader(layout);
   reader.Seek(20);
   const size_t sdbs = reader.U16();
   const size_t ubis = reader.U16();
-  if (sdbs == 0 || layout.size() < kBinHeaderSize + kBinEntrySize * (sdbs + (ubis != 0)))
-    return Fail(context);
+  if (!HasDirectory(layout, layout.size())) return Fail(context);
   size_t opened = 0;
   for (; opened < sdbs; ++opened) {
     StreamEntry entry;
@@ -380,6 +397,7 @@ bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Openin
       Tell(context.messages, Icon::kInformation,
            "Can not open more than %d SDBs (Opened %d of %d SDBs in the bin).",
            static_cast<int>(kMaximumSdbs), static_cast<int>(opened), static_cast<int>(sdbs));
+      document.read_whole = false;
       break;
     }
     size_t used = 0;
@@ -411,6 +429,7 @@ bool OpenBareStream(const Context& context, std::span<const uint8_t> file, Openi
   if (document.sdbs.size() >= kMaximumSdbs) {
     Tell(context.messages, Icon::kInformation,
          "Can not open more than %d SDBs (opened 0 of 1 SDBs in the bin).", static_cast<int>(kMaximumSdbs));
+    document.read_whole = false;
     return true;
   }
   size_t used = 0;
@@ -430,14 +449,51 @@ bool OpenBareStream(const Context& context, std::span<const uint8_t> file, Openi
   return true;
 }
 
-bool OpenAny(const Context& context, std::span<const uint8_t> file, Opening& opening) {
-  if (file.size() < kBinHeaderSize) return Fail(context);
-  if (file[4] != 0x10) return OpenBareStream(context, file, opening);
-  if (file[5] != 0) {
+bool IsContainer(std::span<const uint8_t> file) {
+  return file[4] == 0x10;
+}
+
+// What the first bytes and the size of a file say against it. False after a message.
+bool JudgeHead(const Context& context, std::span<const uint8_t> head, uint64_t size,
+               const Document& document) {
+  if (head.size() < kBinHeaderSize) return Fail(context);
+  if (!IsContainer(head)) return document.sdbs.size() >= kMaximumSdbs || CheckMagic(context, head);
+  if (head[5] != 0) {
     Tell(context.messages, Icon::kStop, "Unsupport file version. can not open!.");
     return false;
   }
-  return OpenContainer(context, file, opening);
+  ByteReader reader(head);
+  reader.Seek(11);
+  if (reader.U8() == 0) return HasDirectory(head, size) || Fail(context);
+  const uint32_t unpacked = reader.U32(), stored = reader.U32();
+  return FitsPacked(stored, unpacked, size - kBinHeaderSize) || Fail(context);
+}
+
+bool OpenAny(const Context& context, std::span<const uint8_t> file, Opening& opening) {
+  const auto head = file.first(std::min(file.size(), kBinHeaderSize));
+  const bool opened =
+      JudgeHead(context, head, file.size(), opening.document) &&
+      (IsContainer(head) ? OpenContainer(context, file, opening) : OpenBareStream(context, file, opening));
+  if (!opened) opening.document.read_whole = false;
+  return opened;
+}
+
+// As much of the file as an open looks at, once its first bytes were found good. Nothing after a message.
+std::optional<Bytes> ReadBin(const Context& context, const Path& path, const Document& document) {
+  std::optional<Bytes> file;
+  if (std::optional<FileReader> reader = OpenFileReader(path)) {
+    file.emplace(static_cast<size_t>(std::min<uint64_t>(reader->size, kBinHeaderSize)));
+    bool good = reader->Read(0, *file);
+    if (good && !JudgeHead(context, *file, reader->size, document)) return std::nullopt;
+    const size_t head = file->size();
+    if (good) file->resize(static_cast<size_t>(std::min(reader->size, kBinHeaderSize + kMaximumStreamSize)));
+    good = good && reader->Read(head, std::span(*file).subspan(head));
+    if (!good) file.reset();
+  } else {
+    file = ReadWholeFile(path);  // a pipe, perhaps
+  }
+  if (!file) Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+  return file;
 }
 
 }  // namespace
@@ -463,9 +519,9 @@ bool OpenBinBytes(const Context& context, std::span<const uint8_t> file, Documen
 
 bool OpenBin(const Context& context, const Path& path, Document& document) {
   Opening opening{document, {}};
-  std::optional<Bytes> file = ReadWholeFile(path);
+  std::optional<Bytes> file = ReadBin(context, path, document);
   if (!file) {
-    Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+    document.read_whole = false;
     return false;
   }
   const bool opened = OpenAny(context, *file, opening);

@@ -135,6 +135,9 @@ struct Document {
   uint32_t slot_mask = 0;         // bit n: slot n is in use
   bool compress_payload = false;  // "Compress bin on save"
   bool compress_ubis = false;
+  // False: an open left something of its file out (a damaged SDB, a maximum, a project type that does not
+  // match). What is here must not replace that file.
+  bool read_whole = true;
   std::array<uint8_t, 96> settings_block{};  // the receiver's own settings, from a download
 };
 

@@ -325,6 +325,7 @@ TEST(BinRead, GoodSdbsBeforeADamagedOneStay) {
   EXPECT_EQ(opened.Texts(), List{kMagic});
   ASSERT_EQ(opened.document.sdbs.size(), 1u);
   EXPECT_TRUE(opened.document.ubis.empty());
+  EXPECT_FALSE(opened.document.read_whole);
 }
 
 TEST(BinRead, MoreSdbsThanSlots) {
@@ -338,12 +339,17 @@ TEST(BinRead, MoreSdbsThanSlots) {
   EXPECT_EQ(opened.shown[0].icon, Icon::kInformation);
   EXPECT_EQ(opened.document.sdbs.size(), 16u);
   EXPECT_EQ(opened.document.ubis.size(), 1u);
+  EXPECT_FALSE(opened.document.read_whole);
+  opened.document.read_whole = true;
   opened = Open(container.Join(), std::move(opened.document));
   EXPECT_EQ(opened.Texts(), List{"Can not open more than 16 SDBs (Opened 0 of 3 SDBs in the bin)."});
   EXPECT_EQ(opened.document.ubis.size(), 1u);  // none without an SDB
+  EXPECT_FALSE(opened.document.read_whole);
+  opened.document.read_whole = true;
   opened = Open(SampleStream().Join(), std::move(opened.document));
   EXPECT_EQ(opened.Texts(), List{"Can not open more than 16 SDBs (opened 0 of 1 SDBs in the bin)."});
   EXPECT_EQ(opened.shown[0].icon, Icon::kInformation);
+  EXPECT_FALSE(opened.document.read_whole);
 }
 
 // The user box streams of containers.
@@ -369,6 +375,7 @@ void ExpectBoxes(const BoxCase& row) {
   EXPECT_EQ(opened.good, row.good);
   EXPECT_EQ(opened.Texts(), row.texts);
   EXPECT_EQ(opened.document.sdbs.size(), 1u);
+  EXPECT_EQ(opened.document.read_whole, row.good && row.texts != List{kBoxLimit});
   ASSERT_EQ(opened.document.ubis.size(), row.ubis);
   for (const OpenUbi& ubi : opened.document.ubis) {
     EXPECT_FALSE(ubi.name.empty());
@@ -424,6 +431,35 @@ TEST(BinRead, BoxBehindABareStream) {
   EXPECT_EQ(opened.Texts(), List{kBoxLimit});
   EXPECT_EQ(opened.document.sdbs.size(), 1u);
   EXPECT_EQ(opened.document.ubis.size(), 16u);
+  EXPECT_FALSE(opened.document.read_whole);
+}
+
+// The files are larger than any that is read whole: 3 GiB, which take no room on the disk.
+TEST(BinRead, LargeFilesAreJudgedByTheirStart) {
+  Recorder recorder;
+  const Path path = recorder.context.temporary_folder / "large.bin";
+  const Bytes good = SampleContainer().Join();
+  const std::pair<Bytes, List> rows[] = {
+      {Bytes(24), {kMagic}},
+      {SetWord(good, 20, 0), {kInvalid}},
+      {Set(good, 5, 1), {"Unsupport file version. can not open!."}},
+      {SetWord(PackedContainer(true, true), 12, ~0u), {kInvalid}},
+      {SampleStream().Join(), {}},
+      {PackedContainer(true, true), {}},
+  };
+  for (const auto& [start, texts] : rows) {
+    PutFile(path, start);
+    std::filesystem::resize_file(path, uint64_t{3} << 30);
+    Document document;
+    EXPECT_EQ(OpenBin(recorder.context, path, document), texts.empty());
+    EXPECT_EQ(recorder.Texts(), texts);
+    EXPECT_EQ(document.sdbs.size(), texts.empty() ? 1u : 0u);
+  }
+  std::filesystem::resize_file(path, 23);
+  Document document;
+  EXPECT_FALSE(OpenBin(recorder.context, path, document));
+  EXPECT_FALSE(OpenBin(recorder.context, path / "none", document));
+  EXPECT_EQ(recorder.Texts(), (List{kInvalid, "Error No: -3 \n File Access Error!!!"}));
 }
 
 }  // namespace
