@@ -61,9 +61,9 @@ struct ConversionParameters {
   uint8_t header_tag = 0, packet_tag = 0;
   uint32_t block_size = 0, packet_size = 0;  // bytes
   uint8_t configuration_flag = 0;            // 1 when the configuration index is not 0
-  bool compressed = false;
-  uint8_t compression_type = 0;  // 0 Zlib, 1 Bin2Cod
-  int level = 6;                 // 1-9, Zlib
+  bool compressed = false;                   // where the image type may be
+  uint8_t compression_type = 0;              // 0 Zlib, 1 Bin2Cod
+  int level = 6;                             // 1-9, Zlib
   LocalTime time;
 };
 
@@ -85,6 +85,10 @@ struct ImageRoom {
   bool open = false;  // types 4 and 5 with flag 1 or 2: no fixed address, the fill only rounds up
 };
 ImageRoom RoomOfImage(uint16_t type, uint8_t flag);
+
+// False for an image type without a header: nothing could tell the receiver that such an image is compressed,
+// so it goes as it is, whatever `compressed` says.
+bool MayBeCompressed(uint16_t type, uint8_t flag);
 
 // The whole URT file of `image` in `urt`, which is left alone unless the result is kDone.
 ConversionResult BuildUrt(const Context& context, const ConversionParameters& parameters,

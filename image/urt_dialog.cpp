@@ -69,7 +69,11 @@ bool TellResult(const Context& context, ConversionResult result, const UrtRow& r
 
 UrtDialog OpenUrtDialog(const ProjectConfig& config) {
   UrtDialog dialog;
-  for (const RegionEntry& region : config.regions) dialog.regions.push_back(Utf8FromLatin(region.name));
+  for (size_t i = 0; i < config.regions.size(); ++i) {
+    dialog.regions.push_back(Utf8FromLatin(config.regions[i].name));
+    const ImageDescription description = DescribeForRegion(config, i);
+    dialog.compressible.push_back(MayBeCompressed(description.type, description.flag));
+  }
   dialog.software_major = std::to_string(config.software_major);
   dialog.software_minor = std::to_string(config.software_minor);
   dialog.compressed = config.compressed_image;
@@ -104,6 +108,18 @@ void ChooseUrtRegion(const UrtDialog& dialog, UrtRow& row, int region) {
   };
   if (row.name == name_of(row.region)) row.name = name_of(region);
   row.region = region;
+}
+
+CompressionChoices ChoicesOfCompression(const UrtDialog& dialog) {
+  const auto may = [&dialog](const UrtRow& row) {
+    const auto region = static_cast<size_t>(row.region);
+    return region >= dialog.compressible.size() || dialog.compressible[region];
+  };
+  CompressionChoices choices;
+  choices.compressed = dialog.rows.empty() || std::any_of(dialog.rows.begin(), dialog.rows.end(), may);
+  choices.method = choices.compressed && dialog.compressed;
+  choices.level = choices.method && dialog.compression_type == 0;
+  return choices;
 }
 
 Path UrtPathIn(const Path& folder, const Path& image) {

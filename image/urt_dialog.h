@@ -19,6 +19,7 @@ struct UrtRow {
 
 struct UrtDialog {
   std::vector<std::string> regions;  // the "Image Type" list
+  std::vector<bool> compressible;    // whether an image for that region may be compressed
   std::vector<UrtRow> rows;          // the single form has exactly one
   std::string software_major, software_minor;
   bool compressed = false;
@@ -46,6 +47,12 @@ UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image);
 void ChooseUrtImage(UrtRow& row, const Path& image);
 // Another region brings its name along, unless the user gave the row a name of its own.
 void ChooseUrtRegion(const UrtDialog& dialog, UrtRow& row, int region);
+// Which of the compression's fields take an answer. The check box: some row's image may be compressed, or
+// there is no row yet; images that may not go as they are beside those that may.
+struct CompressionChoices {
+  bool compressed = false, method = false, level = false;
+};
+CompressionChoices ChoicesOfCompression(const UrtDialog& dialog);
 // The image's own name with "urt" behind the last dot, in `folder`.
 Path UrtPathIn(const Path& folder, const Path& image);
 

@@ -331,6 +331,10 @@ bool Check(const Context& context, const ConversionParameters& parameters,
   return fits;
 }
 
+bool IsCompressed(const ConversionParameters& parameters, const ImageDescription& description) {
+  return parameters.compressed && MayBeCompressed(description.type, description.flag);
+}
+
 // Everything before the first byte is written. `image`, in memory, is needed for a compressed one only.
 ConversionResult Prepare(const Context& context, const ConversionParameters& parameters,
                          const ImageDescription& description, Source source, std::span<const uint8_t> image,
@@ -338,7 +342,7 @@ ConversionResult Prepare(const Context& context, const ConversionParameters& par
   const uint64_t size = source.size;
   if (!Check(context, parameters, description, size)) return ConversionResult::kRefused;
   prepared.stored = std::move(source);
-  if (parameters.compressed && !CompressImage(context, parameters, image, prepared))
+  if (IsCompressed(parameters, description) && !CompressImage(context, parameters, image, prepared))
     return ConversionResult::kRefused;
   return PrepareImage(context, parameters, description, size, prepared);
 }
@@ -349,6 +353,10 @@ ImageRoom RoomOfImage(uint16_t type, uint8_t flag) {
   if (type == 2) return {kType2HeaderSize, false};
   if (type == 3 || (type == 0 && flag == 1)) return {};
   return {kImageHeaderSize, (type == 4 || type == 5) && (flag == 1 || flag == 2)};
+}
+
+bool MayBeCompressed(uint16_t type, uint8_t flag) {
+  return RoomOfImage(type, flag).header != 0;
 }
 
 ConversionParameters SetConversionParameters(const ProjectConfig& config, const LocalTime& time) {
@@ -396,7 +404,7 @@ ConversionResult ConvertToUrt(const Context& context, const ConversionParameters
   // Compression wants the image whole, and what is no regular file can be read once only.
   std::optional<FileReader> reader;
   std::optional<Bytes> image;
-  if (!parameters.compressed) reader = OpenFileReader(input);
+  if (!IsCompressed(parameters, description)) reader = OpenFileReader(input);
   if (!reader) image = ReadWholeFile(input, kMaximumImageSize);
   if (!reader && !image) {
     std::error_code error;

@@ -68,6 +68,13 @@ void ShowRowInList(UrtForm& urt, Form& form, size_t place) {
   }
 }
 
+void EnableCompression(const UrtForm& urt, Form& form) {
+  const CompressionChoices choices = ChoicesOfCompression(urt.model);
+  form.Enable(IDC_IMAGE_COMPRESSED, choices.compressed);
+  form.Enable(IDC_IMAGE_METHOD, choices.method);
+  form.Enable(IDC_IMAGE_LEVEL, choices.level);
+}
+
 void ShowRow(UrtForm& urt, Form& form) {
   urt.loading = true;
   const UrtRow* row = urt.Row();
@@ -80,6 +87,7 @@ void ShowRow(UrtForm& urt, Form& form) {
     form.Enable(id, row != nullptr);
   }
   if (urt.several) form.Enable(IDC_IMAGE_REMOVE, row != nullptr);
+  EnableCompression(urt, form);
   urt.loading = false;
 }
 
@@ -111,11 +119,6 @@ void RemoveRow(UrtForm& urt, Form& form) {
   ListView_DeleteItem(form.Control(IDC_IMAGE_LIST), static_cast<int>(row));
   SelectRow(urt, form, urt.model.rows.empty() ? 0 : std::min(row, urt.model.rows.size() - 1));
   form.Focus(urt.model.rows.empty() ? IDC_IMAGE_ADD : IDC_IMAGE_LIST);
-}
-
-void EnableCompression(UrtForm& urt, Form& form) {
-  form.Enable(IDC_IMAGE_METHOD, urt.model.compressed);
-  form.Enable(IDC_IMAGE_LEVEL, urt.model.compressed && urt.model.compression_type == 0);
 }
 
 void OpenList(UrtForm& urt, Form& form) {
@@ -154,7 +157,6 @@ void OpenUrt(UrtForm& urt, Form& form) {
   form.SetText(IDC_IMAGE_MINOR, urt.model.software_minor);
   form.Check(IDC_IMAGE_COMPRESSED, urt.model.compressed);
   urt.loading = false;
-  EnableCompression(urt, form);
   if (urt.several) OpenList(urt, form);
   ShowRow(urt, form);
 }

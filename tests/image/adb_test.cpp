@@ -336,6 +336,7 @@ TEST_F(Adb, FilesAndTheirUrtFiles) {
   const LocalTime time{2003, 12, 9, 8, 5, 59};
   for (const uint8_t index : std::initializer_list<uint8_t>{0, 1, 2}) {
     config = MakeImageConfig(index);
+    config.compressed_image = index != 0;  // where no image has a header, none is compressed
     RemoveTransferFiles(recorder.context.temporary_folder);
     int files = -1;
     ASSERT_TRUE(CreateAdbPartitionFiles(recorder.context, document, 0, config, time, files));

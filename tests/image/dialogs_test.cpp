@@ -69,6 +69,34 @@ TEST_F(UrtDialogTest, ImageAndRegionBringTheirNamesUntilTheUserGaveOne) {
   EXPECT_EQ(row.name, "My own");
 }
 
+TEST_F(UrtDialogTest, CompressionIsOfferedWhereTheReceiverCanExpand) {
+  const struct {
+    uint8_t index;
+    std::vector<int> regions;
+    bool compressed, bin2cod, expected[3];  // check box, method, level
+  } rows[] = {
+      {0, {}, true, false, {true, true, true}},        {0, {1}, false, false, {true, false, false}},
+      {0, {1}, true, true, {true, true, false}},       {1, {0}, true, false, {true, true, true}},
+      {1, {1}, true, false, {false, false, false}},    {2, {1}, true, true, {false, false, false}},
+      {1, {1, 1}, true, false, {false, false, false}}, {1, {1, 2}, true, false, {true, true, true}},
+      {1, {-1}, true, false, {true, true, true}},
+  };
+  for (const auto& row : rows) {
+    config_ = MakeImageConfig(row.index);
+    UrtDialog dialog = OpenUrtDialog(config_);
+    dialog.compressed = row.compressed;
+    dialog.compression_type = row.bin2cod;
+    for (const int region : row.regions) {
+      dialog.rows.push_back(MakeUrtRow(config_, "x.bin"));
+      ChooseUrtRegion(dialog, dialog.rows.back(), region);
+    }
+    const CompressionChoices choices = ChoicesOfCompression(dialog);
+    EXPECT_EQ(std::tuple(choices.compressed, choices.method, choices.level),
+              std::tuple(row.expected[0], row.expected[1], row.expected[2]))
+        << int{row.index} << testing::PrintToString(row.regions);
+  }
+}
+
 TEST_F(UrtDialogTest, RefusesWhatCannotBeConverted) {
   const Path one = Put("one.bin", {1, 2, 3}), two = Put("two.bin", {4});
   const struct {

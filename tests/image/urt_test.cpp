@@ -271,6 +271,25 @@ TEST_F(Urt, CompressedImagesComeBack) {
   }
 }
 
+TEST_F(Urt, ImagesWithoutAHeaderGoAsTheyAreWhateverTheSettingsSay) {
+  PutFile(input, Counting(5000));
+  for (const auto& [type, flag] : {std::pair(3, 0), {3, 1}, {0, 1}}) {
+    Type(static_cast<uint16_t>(type), static_cast<uint8_t>(flag), 0, 8000);
+    EXPECT_FALSE(MayBeCompressed(description.type, description.flag));
+    parameters.compressed = false;
+    const Bytes plain = Build(Counting(5000));
+    for (const uint8_t method : std::initializer_list<uint8_t>{0, 1}) {
+      parameters.compressed = true;
+      parameters.compression_type = method;
+      EXPECT_EQ(Build(Counting(5000)), plain) << type << ' ' << flag;
+      EXPECT_EQ(Convert(recorder.context), ConversionResult::kDone);
+      EXPECT_EQ(ReadWholeFile(output), plain) << type << ' ' << flag;
+    }
+  }
+  for (const auto& [type, flag] : {std::pair(0, 0), {0, 2}, {1, 1}, {2, 0}, {4, 1}, {5, 2}, {15, 1}})
+    EXPECT_TRUE(MayBeCompressed(static_cast<uint16_t>(type), static_cast<uint8_t>(flag))) << type;
+}
+
 TEST_F(Urt, AnImageThatCompressesToItsOwnSizeGoesAsItIs) {
   Type(5, 2, 0, 1000);
   parameters.compressed = true;
