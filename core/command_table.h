@@ -97,7 +97,8 @@ enum CommandId : uint16_t {
   kCmdConsoleSendNothing = 40289,
 };
 
-// What must be there for a command to be enabled; all of them.
+// What must be there for a command to be enabled; all of them. What the configuration must hold is asked when
+// the command runs (config/command_needs.h).
 enum Need : uint32_t {
   kNeedsNothing = 0,
   kNeedsEditor = 1 << 0,            // a database window is active
@@ -107,8 +108,6 @@ enum Need : uint32_t {
   kNeedsSatellite = 1 << 4,         // a satellite is selected
   kNeedsUndo = 1 << 5,              // there is a change to take back
   kNeedsRedo = 1 << 6,              // there is a change to bring back
-  kNeedsImages = 1 << 7,            // the configuration lists images
-  kNeedsPartitions = 1 << 8,        // the configuration has partitions
   kNeedsConnection = 1 << 9,        // the console's port is open
   kNeedsConsoleUpload = 1 << 10,    // the console uploads
   kNeedsNoConsoleUpload = 1 << 11,  // it does not

@@ -1,5 +1,6 @@
 #include "ui/commands.h"
 
+#include "config/command_needs.h"
 #include "core/bin_file.h"
 #include "core/messages.h"
 #include "import/import_command.h"
@@ -244,8 +245,6 @@ std::span<const CommandRow> FileCommands() {
 uint32_t PresentNeeds(Application& app) {
   uint32_t present = kNeedsNothing;
   if (ConsoleIsActive(app)) present |= kNeedsConsole | ConsoleNeeds(app);
-  if (!app.config.regions.empty()) present |= kNeedsImages;
-  if (app.config.partitions_loaded) present |= kNeedsPartitions;
   const EditorWindow* editor = ActiveEditor(app);
   if (!editor) return present;
   present |= kNeedsEditor;
@@ -268,7 +267,8 @@ bool RunCommand(Application& app, UINT id) {
   if (!FindCommand(id)) return false;
   id = OfActiveWindow(app, id);
   if (app.busy == 0 && CanRun(app, id)) {
-    FunctionOf(id)(app);
+    if (ConfigurationServes(app.context, app.configuration_file, app.config.product_index, id))
+      FunctionOf(id)(app);
     RefreshFrame(app);
   }
   return true;

@@ -123,8 +123,8 @@ TEST(CommandTable, NeedsDecideAndSayWhatIsMissing) {
   EXPECT_TRUE(CommandEnabled(save, kNeedsEditor | kNeedsSdb));
   EXPECT_EQ(MissingNeeds(save, kNeedsEditor), "");
   const CommandInfo& upload = *FindCommand(kCmdUploadAdb);
-  EXPECT_FALSE(CommandEnabled(upload, kNeedsEditor));
-  EXPECT_EQ(MissingNeeds(upload, kNeedsEditor), "Needs a configuration with partitions.");
+  EXPECT_TRUE(CommandEnabled(upload, kNeedsEditor));
+  EXPECT_EQ(MissingNeeds(upload, kNeedsConsole), "Needs an open database.");
 }
 
 TEST(CommandTable, AccessKeys) {
