@@ -10,6 +10,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -81,9 +82,10 @@ std::optional<size_t> SwapFavourites(const Messages& messages, FavouriteGroup& g
 bool SwapServices(const Messages& messages, StaticDatabase& database, const std::vector<Service*>& selected);
 bool CheckServiceMove(const Messages& messages,
                       const std::vector<Service*>& selected);  // before the dialog opens
-// To the end of the destination's list, in the order given.
+// Into the destination's list from `place` on (SIZE_MAX: to its end), in the order given.
 bool MoveServicesToCarrier(const Messages& messages, StaticDatabase& database,
-                           const std::vector<Service*>& selected, Carrier& destination);
+                           const std::vector<Service*>& selected, Carrier& destination,
+                           size_t place = SIZE_MAX);
 
 // Title, prompt and button tip of the move and swap dialogs; `row` is the first selected one.
 struct MoveDialogTexts {
@@ -97,23 +99,6 @@ enum class SatelliteField { kLnbIndex, kEast, kFactoryDefault };  // LNB indices
 enum class CarrierField { kPolarization, kFec, kFactoryDefault };
 void MarkSatellites(StaticDatabase& database, const Rows& rows, SatelliteField field, uint32_t value);
 void MarkCarriers(Satellite& satellite, const Rows& rows, CarrierField field, uint32_t value);
-
-// ---- Drag and drop in the tree.
-enum class DropKind { kSdb, kLnb, kSatellite, kCarrier, kService, kTvEntry, kRadioEntry, kUbi, kOther };
-
-// A node as places in the lists above it; those that its kind has no use for are ignored.
-struct DropNode {
-  DropKind kind = DropKind::kOther;
-  size_t sdb = 0;
-  size_t satellite = 0, carrier = 0;  // of a satellite, carrier or service
-  size_t group = 0;                   // of a favourite entry
-  size_t row = 0;                     // of a service or favourite entry
-};
-
-// Moves the dragged record to the place of the other, as a move to that row would; a service may change its
-// carrier. False after a message, or when there is nothing to do.
-bool DropRecord(const Messages& messages, Document& document, const DropNode& dragged,
-                const DropNode& target);
 
 // ---- Parts shared by the operations.
 // Puts the carriers of a satellite, or the services of a carrier, into their places of the SDB's arrays in

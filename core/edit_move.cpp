@@ -112,20 +112,6 @@ size_t PlaceOf(const Carrier& carrier, const Service* service) {
                              carrier.services.begin());
 }
 
-// Takes the service out of its carrier and puts it into the list of another one.
-void Rehome(StaticDatabase& database, Service& service, Carrier& destination, size_t place) {
-  Carrier& source = *service.carrier;
-  std::erase(source.services, &service);
-  source.record.service_count = static_cast<uint16_t>(source.services.size());
-  const auto& siblings = destination.satellite->carriers;
-  const auto position = std::find(siblings.begin(), siblings.end(), &destination) - siblings.begin();
-  service.carrier = &destination;
-  service.carrier_position = static_cast<uint16_t>(position);
-  destination.services.insert(destination.services.begin() + static_cast<std::ptrdiff_t>(place), &service);
-  destination.record.service_count = static_cast<uint16_t>(destination.services.size());
-  RefillServices(database, destination);
-}
-
 }  // namespace
 
 bool CheckMoveRows(const Messages& messages, const Rows& rows) {
@@ -199,7 +185,7 @@ bool CheckServiceMove(const Messages& messages, const std::vector<Service*>& sel
 }
 
 bool MoveServicesToCarrier(const Messages& messages, StaticDatabase& database,
-                           const std::vector<Service*>& selected, Carrier& destination) {
+                           const std::vector<Service*>& selected, Carrier& destination, size_t place) {
   if (!CheckServiceMove(messages, selected)) return false;
   for (const Service* service : selected) {
     if (service->carrier != &destination) continue;
@@ -216,8 +202,10 @@ bool MoveServicesToCarrier(const Messages& messages, StaticDatabase& database,
     sources.insert(service->carrier);
     service->carrier = &destination;
     service->carrier_position = static_cast<uint16_t>(position);
-    destination.services.push_back(service);
   }
+  std::vector<Service*>& list = destination.services;
+  list.insert(list.begin() + static_cast<std::ptrdiff_t>(std::min(place, list.size())), selected.begin(),
+              selected.end());
   for (Carrier* source : sources) {
     std::erase_if(source->services, [&](const Service* service) { return moved.count(service) > 0; });
     source->record.service_count = static_cast<uint16_t>(source->services.size());
@@ -243,95 +231,6 @@ MoveDialogTexts CarrierMoveTexts(size_t row, bool swap) {
             "Click to swap carrier record."};
   return {"Move Carrier Information", Format("Move Carrier Information from \"%d\" to ", number),
           "Click to move carrier record."};
-}
-
-namespace {
-
-bool Mismatch(const Messages& messages) {
-  Tell(messages, Icon::kStop, "Can not drop in mismatched record type.");
-  return false;
-}
-
-bool DropSatellite(StaticDatabase& database, const DropNode& dragged, const DropNode& target) {
-  const size_t count = database.satellites.size();
-  if (dragged.satellite >= count || target.satellite >= count || dragged.satellite == target.satellite)
-    return false;
-  MoveRun(database.satellites, {dragged.satellite}, target.satellite);
-  NumberSatellites(database);
-  return true;
-}
-
-bool DropCarrier(const Messages& messages, StaticDatabase& database, const DropNode& dragged,
-                 const DropNode& target) {
-  if (dragged.satellite != target.satellite) {
-    Tell(messages, Icon::kStop, "Carrier move between satellites is not supported.");
-    return false;
-  }
-  if (dragged.satellite >= database.satellites.size()) return false;
-  Satellite& satellite = *database.satellites[dragged.satellite];
-  const size_t count = satellite.carriers.size();
-  if (dragged.carrier >= count || target.carrier >= count || dragged.carrier == target.carrier) return false;
-  MoveRun(satellite.carriers, {dragged.carrier}, target.carrier);
-  RefillCarriers(database, satellite);
-  NumberCarriers(satellite);
-  return true;
-}
-
-Carrier* CarrierAt(StaticDatabase& database, const DropNode& node) {
-  if (node.satellite >= database.satellites.size()) return nullptr;
-  Satellite& satellite = *database.satellites[node.satellite];
-  return node.carrier < satellite.carriers.size() ? satellite.carriers[node.carrier] : nullptr;
-}
-
-bool DropService(const Messages& messages, StaticDatabase& database, const DropNode& dragged,
-                 const DropNode& target) {
-  Carrier *source = CarrierAt(database, dragged), *destination = CarrierAt(database, target);
-  if (!source || !destination || dragged.row >= source->services.size() ||
-      target.row >= destination->services.size())
-    return false;
-  if (source == destination) {
-    if (dragged.row == target.row) return false;
-    MoveRun(source->services, {dragged.row}, target.row);
-    RefillServices(database, *source);
-    return true;
-  }
-  Service& service = *source->services[dragged.row];
-  if (!CheckNumbers(messages, *destination, {&service})) return false;
-  Rehome(database, service, *destination, target.row);
-  return true;
-}
-
-bool DropFavourite(const Messages& messages, StaticDatabase& database, GroupKind kind,
-                   const DropNode& dragged, const DropNode& target) {
-  if (dragged.group != target.group || dragged.group >= kFavouriteGroups) return Mismatch(messages);
-  std::vector<Service*>& entries = EntriesOf(database.favourites[dragged.group], kind);
-  if (dragged.row >= entries.size() || target.row >= entries.size() || dragged.row == target.row)
-    return false;
-  MoveRun(entries, {dragged.row}, target.row);
-  return true;
-}
-
-}  // namespace
-
-bool DropRecord(const Messages& messages, Document& document, const DropNode& dragged,
-                const DropNode& target) {
-  if (dragged.kind != target.kind || dragged.sdb != target.sdb) return Mismatch(messages);
-  if (dragged.sdb >= document.sdbs.size()) return false;
-  StaticDatabase& database = *document.sdbs[dragged.sdb].database;
-  switch (dragged.kind) {
-    case DropKind::kSatellite:
-      return DropSatellite(database, dragged, target);
-    case DropKind::kCarrier:
-      return DropCarrier(messages, database, dragged, target);
-    case DropKind::kService:
-      return DropService(messages, database, dragged, target);
-    case DropKind::kTvEntry:
-      return DropFavourite(messages, database, GroupKind::kTv, dragged, target);
-    case DropKind::kRadioEntry:
-      return DropFavourite(messages, database, GroupKind::kRadio, dragged, target);
-    default:
-      return Mismatch(messages);
-  }
 }
 
 }  // namespace vexa

@@ -29,6 +29,17 @@ bool InOneList(const NodeRef& one, const NodeRef& other) {
   return true;
 }
 
+bool AreInOneList(const std::vector<NodeRef>& nodes) {
+  return std::all_of(nodes.begin(), nodes.end(),
+                     [&](const NodeRef& node) { return InOneList(nodes[0], node); });
+}
+
+bool CheckOneList(const Messages& messages, const std::vector<NodeRef>& nodes) {
+  if (AreInOneList(nodes)) return true;
+  Tell(messages, Icon::kStop, "Invalid Sequence. Can not continue.");
+  return false;
+}
+
 Rows RowsOf(const std::vector<NodeRef>& nodes) {
   Rows rows;
   for (const NodeRef& node : nodes) rows.push_back(node.index);
@@ -265,16 +276,15 @@ std::vector<Service*> ServicesOf(const std::vector<NodeRef>& rows) {
 }
 
 bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, bool swap) {
-  if (rows.empty() || rows[0].kind == NodeKind::kService) {
-    if (!swap) return CheckServiceMove(messages, ServicesOf(rows));
+  const bool services = rows.empty() || rows[0].kind == NodeKind::kService;
+  if (services && swap) {
     if (rows.size() == 2) return true;
     Tell(messages, Icon::kStop, "Select two services to be swapped.");
     return false;
   }
-  const bool together =
-      std::all_of(rows.begin(), rows.end(), [&](const NodeRef& row) { return InOneList(rows[0], row); });
-  // Rows of several lists are no run in any of them.
-  const Rows places = together ? RowsOf(rows) : Rows{0, 2};
+  if (services) return CheckServiceMove(messages, ServicesOf(rows)) && CheckOneList(messages, rows);
+  if (!CheckOneList(messages, rows)) return false;
+  const Rows places = RowsOf(rows);
   return swap ? CheckSwapRows(messages, places) : CheckMoveRows(messages, places);
 }
 
@@ -292,7 +302,7 @@ MoveDialogTexts MoveTextsOf(const std::vector<NodeRef>& rows, bool swap) {
 bool MoveNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows, bool swap,
                const std::string& target) {
   StaticDatabase* database = rows.empty() ? nullptr : DatabaseOf(document, rows[0]);
-  if (!database) return false;
+  if (!database || !CheckOneList(messages, rows)) return false;
   const NodeRef& first = rows[0];
   const Rows places = RowsOf(rows);
   switch (first.kind) {
@@ -317,29 +327,32 @@ bool MoveNodes(const Messages& messages, Document& document, const std::vector<N
   }
 }
 
-bool DropNodeOn(const Messages& messages, Document& document, const NodeRef& dragged, const NodeRef& target) {
-  const auto drop_node = [&](const NodeRef& node) {
-    static const std::map<NodeKind, DropKind> kKinds = {
-        {NodeKind::kSdb, DropKind::kSdb},
-        {NodeKind::kLnb, DropKind::kLnb},
-        {NodeKind::kSatellite, DropKind::kSatellite},
-        {NodeKind::kCarrier, DropKind::kCarrier},
-        {NodeKind::kService, DropKind::kService},
-        {NodeKind::kFavouriteTvEntry, DropKind::kTvEntry},
-        {NodeKind::kFavouriteRadioEntry, DropKind::kRadioEntry},
-        {NodeKind::kUbi, DropKind::kUbi}};
-    DropNode drop;
-    const auto kind = kKinds.find(node.kind);
-    drop.kind = kind == kKinds.end() ? DropKind::kOther : kind->second;
-    drop.sdb = node.sdb;
-    drop.group = node.group;
-    drop.row = node.index;
-    const RecordPlace place = PlaceOf(document, node);
-    drop.satellite = static_cast<size_t>(std::max(place.satellite, 0));
-    drop.carrier = static_cast<size_t>(std::max(place.carrier, 0));
-    return drop;
-  };
-  return DropRecord(messages, document, drop_node(dragged), drop_node(target));
+DropMark DropMarkOf(const std::vector<NodeRef>& rows, const NodeRef& target) {
+  if (rows.empty() || !NodeTakes(target.kind, NodeAction::kMove)) return {};
+  const NodeRef& first = rows[0];
+  if (InOneList(first, target)) return {true, first.index < target.index};
+  return {target.kind == NodeKind::kService && first.kind == target.kind && first.sdb == target.sdb, false};
+}
+
+bool DropNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
+               const NodeRef& target) {
+  StaticDatabase* database = rows.empty() ? nullptr : DatabaseOf(document, rows[0]);
+  if (!database || std::find(rows.begin(), rows.end(), target) != rows.end()) return false;
+  if (!CheckOneList(messages, rows)) return false;
+  const NodeRef& first = rows[0];
+  if (DropMarkOf(rows, target).fits) {
+    if (InOneList(first, target))
+      return MoveNodes(messages, document, rows, false, Format("%d", static_cast<int>(target.index) + 1));
+    std::vector<NodeRef> sorted = rows;
+    std::sort(sorted.begin(), sorted.end(),
+              [](const NodeRef& one, const NodeRef& other) { return one.index < other.index; });
+    return MoveServicesToCarrier(messages, *database, ServicesOf(sorted), *target.carrier, target.index);
+  }
+  const bool carriers = first.kind == NodeKind::kCarrier && target.kind == first.kind;
+  Tell(messages, Icon::kStop,
+       carriers && target.sdb == first.sdb ? "Carrier move between satellites is not supported."
+                                           : "Can not drop in mismatched record type.");
+  return false;
 }
 
 const std::vector<FieldChoice>& FieldChoices() {

@@ -33,18 +33,31 @@ std::optional<NodeRef> InsertAtRows(const Messages& messages, Document& document
 // All rows are of the first one's kind and SDB.
 bool DeleteNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows);
 
-// Before the dialog opens: satellites, carriers and entries follow one another in one list, services are
-// chosen (two of them for a swap).
+// Before the dialog opens, or rows are dragged: they lie in one list (one SDB's satellites, one satellite's
+// carriers, one carrier's services, one group) and follow one another there, services need not. A swap wants
+// one row, or two services of any carriers.
 bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, bool swap);
 // Title, prompt and tip of the dialog; not for services.
 MoveDialogTexts MoveTextsOf(const std::vector<NodeRef>& rows, bool swap);
-// To the place in the list that `target` names (a number from 1).
+// To the place in their one list that `target` names (a number from 1).
 bool MoveNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows, bool swap,
                const std::string& target);
 std::vector<Service*> ServicesOf(const std::vector<NodeRef>& rows);
 
-// The dragged node moves to the place of the other one, as edit.h's DropRecord.
-bool DropNodeOn(const Messages& messages, Document& document, const NodeRef& dragged, const NodeRef& target);
+// ---- Drag and drop of rows of one list.
+// Whether dragged rows can be dropped on the target, and where they come to stand: a window marks that edge.
+struct DropMark {
+  bool fits = false;
+  bool behind = false;  // the target; else before it
+};
+DropMark DropMarkOf(const std::vector<NodeRef>& rows, const NodeRef& target);
+// The rows move to the place of the target, as a move to it would: upwards the first one takes its place,
+// downwards the last one. Services dropped on one of another carrier stand before it, in the order of their
+// list. Rows of different lists, rows of another kind or SDB than the target's, and carriers of another
+// satellite are refused with a message; a target that is one of the rows changes nothing. False when nothing
+// was changed.
+bool DropNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
+               const NodeRef& target);
 
 // ---- "Mark As" and "Select": a menu of values for the fields of satellites and of carriers.
 struct FieldChoice {

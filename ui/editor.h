@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/bin_file.h"
+#include "core/node_edit.h"
 #include "core/row_order.h"
 #include "core/tree_path.h"
 #include "core/undo.h"
@@ -33,7 +34,7 @@ struct DragState {
   POINT at{};                       // in the window
   HTREEITEM target_item = nullptr;  // under the cursor, or
   int target_row = -1;
-  bool fits = false, lands_behind = false;  // the record can stand there; behind the target, else before it
+  DropMark mark;  // of the target
 };
 
 struct EditorWindow {

@@ -1,6 +1,4 @@
 // Dragging records in the tree and the list of the database window to another place.
-#include <algorithm>
-#include <iterator>
 
 #include "core/messages.h"
 #include "core/node_edit.h"
@@ -48,12 +46,6 @@ NodeRef TargetOf(EditorWindow& editor) {
   return {};
 }
 
-// A record that moves down comes to stand behind the one it is dropped on.
-bool LandsBehind(const NodeRef& dragged, const NodeRef& target) {
-  if (dragged.kind != target.kind || dragged.index >= target.index) return false;
-  return dragged.kind != NodeKind::kService || dragged.carrier == target.carrier;
-}
-
 void ShowTargetRow(EditorWindow& editor, int row, bool is_target) {
   RECT place{};
   if (row < 0) return;
@@ -70,11 +62,10 @@ void ShowTarget(EditorWindow& editor, HTREEITEM item, int row) {
   drag.target_item = item;
   drag.target_row = row;
   const NodeRef target = TargetOf(editor);
-  drag.fits = target.kind == drag.rows[0].kind;
-  drag.lands_behind = LandsBehind(drag.rows[0], target);
+  drag.mark = DropMarkOf(drag.rows, target);
   TreeView_SelectDropTarget(editor.tree, item);
-  SendMessageW(editor.tree, TVM_SETINSERTMARK, drag.lands_behind,
-               reinterpret_cast<LPARAM>(drag.fits ? item : nullptr));
+  SendMessageW(editor.tree, TVM_SETINSERTMARK, drag.mark.behind,
+               reinterpret_cast<LPARAM>(drag.mark.fits ? item : nullptr));
   ShowTargetRow(editor, row, true);
   InvalidateRect(editor.tree, nullptr, FALSE);  // not every system takes the old mark off by itself
   UpdateWindow(editor.tree);
@@ -100,19 +91,6 @@ void ScrollAtEdge(const EditorWindow& editor, HWND control, POINT at) {
   // What was moved on the screen may have had a dragged picture over it.
   RedrawWindow(control, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
   ImageList_DragShowNolock(TRUE);
-}
-
-bool DropRows(EditorWindow& editor, const std::vector<NodeRef>& rows, const NodeRef& target) {
-  const Messages& messages = editor.app->context.messages;
-  Document& document = editor.document;
-  if (rows.size() == 1 || target.kind != rows[0].kind) return DropNodeOn(messages, document, rows[0], target);
-  if (target.kind == NodeKind::kService && target.carrier != rows[0].carrier) {
-    return target.sdb == rows[0].sdb && MoveServicesToCarrier(messages, *document.sdbs[target.sdb].database,
-                                                              ServicesOf(rows), *target.carrier);
-  }
-  if (target.kind == NodeKind::kCarrier && target.satellite != rows[0].satellite)
-    return DropNodeOn(messages, document, rows[0], target);  // refuses
-  return MoveNodes(messages, document, rows, false, Format("%d", static_cast<int>(target.index) + 1));
 }
 
 void FindTarget(EditorWindow& editor) {
@@ -198,8 +176,9 @@ bool DragMessage(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lpara
     case WM_LBUTTONUP: {
       const std::vector<NodeRef> rows = drag.rows;
       const NodeRef target = Finish(editor);
-      if (target.kind != NodeKind::kNone && std::find(rows.begin(), rows.end(), target) == rows.end())
-        ChangeDocument(editor, [&] { return DropRows(editor, rows, target); });
+      if (target.kind != NodeKind::kNone)
+        ChangeDocument(
+            editor, [&] { return DropNodes(editor.app->context.messages, editor.document, rows, target); });
       return true;
     }
     case WM_RBUTTONDOWN:

@@ -40,7 +40,7 @@ void DrawInsertMark(const EditorWindow& editor, const NMCUSTOMDRAW& draw) {
   RECT row{};
   if (!ListView_GetItemRect(editor.list, static_cast<int>(draw.dwItemSpec), &row, LVIR_BOUNDS)) return;
   const int thickness = Scaled(editor.window, 2);
-  if (editor.drag.lands_behind)
+  if (editor.drag.mark.behind)
     row.top = row.bottom - thickness;
   else
     row.bottom = row.top + thickness;
@@ -54,8 +54,8 @@ LRESULT DrawList(EditorWindow& editor, NMLVCUSTOMDRAW& draw) {
   if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT || row >= editor.rows.rows.size()) return CDRF_DODEFAULT;
   draw.clrText = ColourOf(editor, editor.rows.rows[row]);
   const DragState& drag = editor.drag;
-  return drag.active && drag.fits && static_cast<int>(row) == drag.target_row ? CDRF_NOTIFYPOSTPAINT
-                                                                              : CDRF_DODEFAULT;
+  return drag.active && drag.mark.fits && static_cast<int>(row) == drag.target_row ? CDRF_NOTIFYPOSTPAINT
+                                                                                   : CDRF_DODEFAULT;
 }
 
 void GiveTreeItem(EditorWindow& editor, NMTVDISPINFOW& asked) {

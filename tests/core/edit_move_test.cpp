@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "core/edit.h"
+#include "core/node_edit.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 
@@ -14,13 +14,13 @@ using testing::IsEmpty;
 // Two satellites of five carriers each, numbered in turns: the first holds the even places of the array, its
 // carriers are A to E; those of the second a to e. The first carrier has five services, numbers 1 to 5, the
 // second one two.
-struct Moves : testing::Test {
+struct MovedSample {
   Recorder recorder;
   const Messages& messages = recorder.context.messages;
   Document document = NewDocument();
   StaticDatabase& database = *document.sdbs[0].database;
 
-  Moves() {
+  MovedSample() {
     database.lnb_count = 1;
     for (const char* name : {"1", "2", "3", "4", "5"}) AddTestSatellite(database, name);
     for (const char* name : {"A", "a", "B", "b", "C", "c", "D", "d", "E", "e"}) {
@@ -44,6 +44,9 @@ struct Moves : testing::Test {
     for (const T* record : records) names += NameOf(record->record.name);
     return names;
   }
+};
+
+struct Moves : testing::Test, MovedSample {
   void TearDown() override { EXPECT_EQ(CheckLinks(database), ""); }
 };
 
@@ -174,43 +177,128 @@ TEST_F(Moves, ServicesMoveBetweenCarriers) {
   EXPECT_EQ(w->carrier_position, 1);
 }
 
-TEST_F(Moves, DropsAndTheirRefusals) {
-  const char* const mismatch = "Can not drop in mismatched record type.";
+// Two SDBs alike; entries in the order "zyxwv" stand in the second TV group, "vw" in the third, "67" in the
+// third radio group.
+struct DropSample : MovedSample {
+  std::vector<Satellite*> satellites = database.satellites;  // as they are called, wherever they stand
+  Carrier *a = &At(0), *b = &At(1);
+  DropSample() {
+    const auto& v = At(0).services;
+    for (Service* service : At(1).services) service->record.type = kRadio;
+    database.favourites[1].tv = {v[4], v[3], v[2], v[1], v[0]};
+    database.favourites[2].tv = {v[0], v[1]};
+    database.favourites[2].radio = At(1).services;
+    document.sdbs.push_back({1, "SDB2", CopyDatabase(database)});
+  }
+  // By places in the tree; below a group, its entries.
+  NodeRef Node(const TreePath& path) const {
+    if (path.size() < 4 || path[1] < kTvGroupLevelPosition) return NodesAlong(document, path).back();
+    const TreePath group(path.begin(), path.end() - 1);
+    return ListBelow(document, NodesAlong(document, group).back(), ListView::kBelow, false).rows.at(path[3]);
+  }
+  std::vector<NodeRef> Nodes(const std::vector<TreePath>& paths) const {
+    std::vector<NodeRef> nodes;
+    for (const TreePath& path : paths) nodes.push_back(Node(path));
+    return nodes;
+  }
+  std::string Picture() const {
+    return Names(database.satellites) + " " + Names(satellites[0]->carriers) + " " +
+           Names(satellites[1]->carriers) + " " + Names(a->services) + " " + Names(b->services) + " " +
+           Names(database.favourites[1].tv) + " " + Names(database.favourites[2].tv) + " " +
+           Names(database.favourites[2].radio);
+  }
+};
+
+const char* const kMismatch = "Can not drop in mismatched record type.";
+const char* const kUntouched = "12345 ABCDE abcde vwxyz 67 zyxwv vw 67";
+
+TEST(Drops, RowsComeToTheMarkedPlace) {
+  const struct {
+    std::vector<TreePath> rows;
+    TreePath target;
+    const char* after;
+    bool behind;
+  } cases[] = {
+      {{{0, 1, 0}}, {0, 1, 1}, "21345 ABCDE abcde vwxyz 67 zyxwv vw 67", true},
+      {{{0, 1, 4}}, {0, 1, 1}, "15234 ABCDE abcde vwxyz 67 zyxwv vw 67", false},
+      {{{0, 1, 2}, {0, 1, 3}}, {0, 1, 1}, "13425 ABCDE abcde vwxyz 67 zyxwv vw 67", false},
+      {{{0, 1, 2}, {0, 1, 3}}, {0, 1, 4}, "12534 ABCDE abcde vwxyz 67 zyxwv vw 67", true},
+      {{{0, 1, 0, 0}}, {0, 1, 0, 2}, "12345 BCADE abcde vwxyz 67 zyxwv vw 67", true},
+      {{{0, 1, 1, 3}, {0, 1, 1, 4}}, {0, 1, 1, 0}, "12345 ABCDE deabc vwxyz 67 zyxwv vw 67", false},
+      {{{0, 1, 0, 0, 4}}, {0, 1, 0, 0, 0}, "12345 ABCDE abcde zvwxy 67 zyxwv vw 67", false},
+      {{{0, 1, 0, 0, 1}, {0, 1, 0, 0, 2}}, {0, 1, 0, 0, 3}, "12345 ABCDE abcde vywxz 67 zyxwv vw 67", true},
+      {{{0, 1, 0, 0, 0}}, {0, 1, 0, 1, 1}, "12345 ABCDE abcde wxyz 6v7 zyxwv vw 67", false},
+      {{{0, 1, 0, 0, 4}, {0, 1, 0, 0, 1}}, {0, 1, 0, 1, 0}, "12345 ABCDE abcde vxy wz67 zyxwv vw 67", false},
+      {{{0, 1, 0, 1, 1}}, {0, 1, 0, 0, 4}, "12345 ABCDE abcde vwxy7z 6 zyxwv vw 67", false},
+      {{{0, 2, 1, 0}}, {0, 2, 1, 3}, "12345 ABCDE abcde vwxyz 67 yxwzv vw 67", true},
+      {{{0, 2, 1, 3}, {0, 2, 1, 4}}, {0, 2, 1, 1}, "12345 ABCDE abcde vwxyz 67 zwvyx vw 67", false},
+      {{{0, 3, 2, 1}}, {0, 3, 2, 0}, "12345 ABCDE abcde vwxyz 67 zyxwv vw 76", false},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.after);
+    DropSample sample;
+    const auto rows = sample.Nodes(row.rows);
+    const NodeRef target = sample.Node(row.target);
+    const DropMark mark = DropMarkOf(rows, target);
+    EXPECT_TRUE(mark.fits);
+    EXPECT_EQ(mark.behind, row.behind);
+    EXPECT_TRUE(DropNodes(sample.messages, sample.document, rows, target));
+    EXPECT_EQ(CheckLinks(sample.database), "");
+    EXPECT_THAT(sample.recorder.Texts(), IsEmpty());
+    EXPECT_EQ(sample.Picture(), row.after);
+  }
+}
+
+TEST(Drops, AreRefused) {
   const char* const between = "Carrier move between satellites is not supported.";
   const struct {
-    DropNode dragged, target;
-    const char* text;
-  } rows[] = {
-      {{DropKind::kService, 0, 0, 0, 0, 1}, {DropKind::kCarrier, 0, 0, 1}, mismatch},
-      {{DropKind::kSatellite, 0, 1}, {DropKind::kSatellite, 1, 1}, mismatch},
-      {{DropKind::kLnb}, {DropKind::kLnb}, mismatch},
-      {{DropKind::kSdb}, {DropKind::kSdb}, mismatch},
-      {{DropKind::kTvEntry, 0, 0, 0, 1, 0}, {DropKind::kTvEntry, 0, 0, 0, 2, 0}, mismatch},
-      {{DropKind::kCarrier, 0, 0, 1}, {DropKind::kCarrier, 0, 1, 1}, between},
+    std::vector<TreePath> rows;
+    TreePath target;
+    const char* text;  // empty: nothing is said
+  } cases[] = {
+      {{{0, 1, 0, 0, 1}}, {0, 1, 0, 1}, kMismatch},
+      {{{0, 1, 0, 1}}, {0, 1, 1}, kMismatch},
+      {{{0, 1, 1}}, {1, 1, 1}, kMismatch},
+      {{{0, 1, 1}, {0, 1, 2}}, {1, 1, 4}, kMismatch},
+      {{{0, 1, 0, 1}}, {1, 1, 0, 2}, kMismatch},
+      {{{0, 1, 0, 1}, {0, 1, 0, 2}}, {1, 1, 0, 0}, kMismatch},
+      {{{0, 1, 0, 0, 1}}, {1, 1, 0, 0, 0}, kMismatch},
+      {{{0, 1, 0, 0, 1}, {0, 1, 0, 0, 2}}, {1, 1, 0, 1, 0}, kMismatch},
+      {{{0, 2, 1, 0}}, {0, 2, 2, 0}, kMismatch},
+      {{{0, 2, 2, 0}}, {0, 3, 2, 0}, kMismatch},
+      {{{0, 2, 1, 0}, {0, 2, 1, 1}}, {1, 2, 1, 3}, kMismatch},
+      {{{0}}, {1}, kMismatch},
+      {{{0, 1, 0, 1}}, {0, 1, 1, 1}, between},
+      {{{0, 1, 0, 1}, {0, 1, 0, 2}}, {0, 1, 1, 1}, between},
+      {{{0, 1, 0, 1}, {0, 1, 1, 2}}, {0, 1, 0, 4}, kSequence},
+      {{{0, 1, 0, 0, 1}, {0, 1, 0, 1, 0}}, {0, 1, 0, 0, 4}, kSequence},
+      {{{0, 1, 0, 0, 0}, {0, 1, 0, 0, 2}}, {0, 1, 0, 0, 4}, kSequence},
+      {{{0, 1, 1}, {1, 1, 2}}, {0, 1, 4}, kSequence},
+      {{{0, 2, 1, 0}, {0, 2, 2, 1}}, {0, 2, 1, 3}, kSequence},
+      {{{0, 1, 2}}, {0, 1, 2}, ""},
+      {{{0, 1, 2}, {0, 1, 3}}, {0, 1, 3}, ""},
   };
-  for (const auto& row : rows) {
-    EXPECT_FALSE(DropRecord(messages, document, row.dragged, row.target));
-    EXPECT_THAT(recorder.Texts(), ElementsAre(row.text));
+  DropSample sample;
+  for (const auto& row : cases) {
+    SCOPED_TRACE(testing::PrintToString(row.rows) + " on " + testing::PrintToString(row.target));
+    EXPECT_FALSE(
+        DropNodes(sample.messages, sample.document, sample.Nodes(row.rows), sample.Node(row.target)));
+    EXPECT_EQ(sample.recorder.Texts(),
+              *row.text ? std::vector<std::string>{row.text} : std::vector<std::string>());
+    EXPECT_EQ(sample.Picture(), kUntouched);
+    if (row.text != kSequence && *row.text) {
+      EXPECT_FALSE(DropMarkOf(sample.Nodes(row.rows), sample.Node(row.target)).fits);
+    }
   }
-  EXPECT_EQ(Names(database.carriers), "AaBbCcDdEe");
-  const auto drop = [&](const DropNode& dragged, const DropNode& target) {
-    return DropRecord(messages, document, dragged, target);
-  };
-  EXPECT_FALSE(drop({DropKind::kCarrier, 0, 0, 9}, {DropKind::kCarrier, 0, 0, 1}));
-  EXPECT_TRUE(drop({DropKind::kCarrier, 0, 0, 0}, {DropKind::kCarrier, 0, 0, 2}));
-  EXPECT_EQ(Names(First().carriers), "BCADE");
-  EXPECT_TRUE(drop({DropKind::kSatellite, 0, 4}, {DropKind::kSatellite, 0, 1}));
-  EXPECT_EQ(Names(database.satellites), "15234");
-  // Within its carrier, then to the second place of the other one.
-  EXPECT_TRUE(drop({DropKind::kService, 0, 0, 2, 0, 4}, {DropKind::kService, 0, 0, 2, 0, 0}));
-  EXPECT_EQ(Names(At(2).services), "zvwxy");
-  EXPECT_TRUE(drop({DropKind::kService, 0, 0, 2, 0, 0}, {DropKind::kService, 0, 0, 0, 0, 1}));
-  EXPECT_EQ(Names(At(0).services), "6z7");
-  EXPECT_EQ(Names(At(2).services), "vwxy");
-  AddFavourites(messages, database.favourites[1], GroupKind::kTv, At(2).services);
-  EXPECT_TRUE(drop({DropKind::kTvEntry, 0, 0, 0, 1, 0}, {DropKind::kTvEntry, 0, 0, 0, 1, 3}));
-  EXPECT_EQ(Names(database.favourites[1].tv), "wxyv");
-  EXPECT_THAT(recorder.Texts(), IsEmpty());
+  sample.At(1).services[0]->record.program_number = 3;
+  EXPECT_FALSE(DropNodes(sample.messages, sample.document, sample.Nodes({{0, 1, 0, 0, 2}}),
+                         sample.Node({0, 1, 0, 1, 0})));
+  EXPECT_THAT(sample.recorder.Texts(), ElementsAre("Service program number already exists."));
+  EXPECT_FALSE(
+      MoveNodes(sample.messages, sample.document, sample.Nodes({{0, 1, 0, 1}, {0, 1, 1, 2}}), false, "5"));
+  EXPECT_FALSE(CheckMoveNodes(sample.messages, sample.Nodes({{0, 1, 0, 0, 1}, {0, 1, 0, 1, 0}}), false));
+  EXPECT_THAT(sample.recorder.Texts(), ElementsAre(kSequence, kSequence));
+  EXPECT_EQ(sample.Picture(), kUntouched);
 }
 
 TEST_F(Moves, TextsOfTheDialogs) {

@@ -118,12 +118,12 @@ struct Player {
   }
 
   bool Drop() {
-    const NodeRef from = AnyNode();
+    auto rows = AnyRows();
+    if (Upto(2) == 0) rows = {AnyNode()};
+    if (rows.empty()) return false;
     NodeRef to = AnyNode();
-    for (int i = 0; i < 20 && to.kind != from.kind; ++i) to = AnyNode();
-    if (Upto(3) > 0) return DropNodeOn(messages(), document, from, to);
-    const auto rows = AnyRows();
-    return rows.size() > 1 && DropNodeOn(messages(), document, rows.front(), rows.back());
+    for (int i = 0; i < 20 && to.kind != rows[0].kind; ++i) to = AnyNode();
+    return DropNodes(messages(), document, rows, to);
   }
 
   bool FillGroup() {
