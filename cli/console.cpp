@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "config/ecf.h"
+#include "config/software_version.h"
 #include "core/bin_file.h"
 #include "platform/terminal.h"
 #include "platform/text.h"
@@ -127,7 +128,8 @@ void AddConfigurationOptions(CLI::App& command, CommandState& state) {
       ->check(CheckSelection);
   command.add_option("--software", state.software, "Software version MAJOR.MINOR")
       ->check([](const std::string& text) {
-        return ParseVersion(text, 99) ? std::string() : "\"" + text + "\" is no version MAJOR.MINOR";
+        return ParseVersion(text, kLargestSoftwareMinor) ? std::string()
+                                                         : "\"" + text + "\" is no version MAJOR.MINOR";
       });
 }
 
@@ -168,7 +170,7 @@ ProjectConfig LoadCommandConfig(CommandState& state) {
   config.manufacturer_index = selection.manufacturer;
   config.product_index = selection.product;
   config.configuration_index = selection.configuration;
-  const auto software = ParseVersion(state.software, 99);
+  const auto software = ParseVersion(state.software, kLargestSoftwareMinor);
   config.software_major = software->first;
   config.software_minor = software->second;
   const Path file = state.ecf.empty() ? ShippedConfiguration() : PathFromUtf8(state.ecf);

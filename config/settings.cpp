@@ -71,7 +71,7 @@ struct PortIndex {
   size_t count;
 };
 constexpr PortIndex kPortIndices[] = {
-    {&ProjectConfig::baud_index, kBaudRates.size()},
+    {&ProjectConfig::baud_index, kBaudRates.size() + kUnlistedBaudRates.size()},
     {&ProjectConfig::data_bits_index, kDataBits.size()},
     {&ProjectConfig::parity_index, kParities.size()},
     {&ProjectConfig::stop_bits_index, kStopBits.size()},
@@ -81,7 +81,7 @@ constexpr PortIndex kPortIndices[] = {
 void ReadPortSettings(const SettingsStore& store, const std::string& key, ProjectConfig& config) {
   const auto rows = RowsOf(kPortSettingsKey);
   const auto port = store.read(key, rows[0]->name);
-  config.port_name = port && !port->empty() && port->size() <= kPortNameSize ? *port : rows[0]->standard;
+  config.port_name = port && IsPortName(*port) ? *port : rows[0]->standard;
   for (size_t i = 0; i < std::size(kPortIndices); ++i) {
     const auto text = store.read(key, rows[i + 1]->name);
     const int64_t value = text ? DecimalValue(*text) : -1;
@@ -190,6 +190,18 @@ std::span<const SettingRow> SettingsTable() {
   return kSettings;
 }
 
+bool IsPortName(const std::string& name) {
+  const size_t characters = Utf16FromUtf8(name).size();
+  return characters >= 1 && characters <= kPortNameSize;
+}
+
+std::string BaudRateText(size_t index) {
+  if (index < kBaudRates.size()) return kBaudRates[index];
+  const size_t unlisted = index - kBaudRates.size();
+  return unlisted < kUnlistedBaudRates.size() ? kUnlistedBaudRates[unlisted]
+                                              : kBaudRates[ProjectConfig().baud_index];
+}
+
 std::vector<std::string> PortChoices(const std::vector<SerialPortInfo>& there) {
   std::vector<SerialPortInfo> ports;
   ports.reserve(std::size(kPortNames) + there.size());
@@ -199,7 +211,7 @@ std::vector<std::string> PortChoices(const std::vector<SerialPortInfo>& there) {
         std::find_if(ports.begin(), ports.end(), [&](const auto& p) { return p.name == port.name; });
     if (known != ports.end()) {
       known->description = port.description;
-    } else if (port.name.size() <= kPortNameSize) {
+    } else if (IsPortName(port.name)) {
       ports.push_back(port);
     }
   }
@@ -220,8 +232,7 @@ std::string PortStatusText(const ProjectConfig& config) {
     return list[index < list.size() ? index : other];
   };
   const char parity = config.parity_index == 1 ? 'E' : config.parity_index == 2 ? 'O' : 'N';
-  return Format("%s %s %s %c %s", config.port_name.c_str(),
-                entry(kBaudRates, config.baud_index, standard.baud_index),
+  return Format("%s %s %s %c %s", config.port_name.c_str(), BaudRateText(config.baud_index).c_str(),
                 entry(kDataBits, config.data_bits_index, standard.data_bits_index), parity,
                 entry(kStopBits, config.stop_bits_index, standard.stop_bits_index));
 }

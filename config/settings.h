@@ -48,12 +48,18 @@ std::span<const SettingRow> SettingsTable();
 // Serial setting lists; a stored index is a place in them.
 inline constexpr std::array kBaudRates = {"110",   "300",   "600",   "1200",  "2400",  "4800",  "9600",
                                           "14400", "19200", "38400", "56000", "57600", "115200"};
+// Behind them: not offered, but kept, used and shown where they are stored.
+inline constexpr std::array kUnlistedBaudRates = {"128000", "256000"};
 inline constexpr std::array kDataBits = {"4", "5", "6", "7", "8"};
 inline constexpr std::array kParities = {"None", "Even", "Odd", "Mark", "Space"};
 inline constexpr std::array kStopBits = {"1", "1.5", "2"};
 inline constexpr std::array kPortNames = {"COM1", "COM2", "COM3", "COM4"};
 
 inline constexpr size_t kPortNameSize = 5;  // characters
+// The name of a port, UTF-8, has 1 to kPortNameSize characters.
+bool IsPortName(const std::string& name);
+// The rate of a stored index; one beyond both lists shows as the default.
+std::string BaudRateText(size_t index);
 
 // What the list of ports offers: kPortNames and whatever else `there` has, each with its friendly name beside
 // it.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "config/settings.h"
+#include "config/software_version.h"
 #include "platform/text.h"
 
 namespace vexa {
@@ -62,24 +63,34 @@ void FillImageTypes(SettingsDialog& dialog, const EcfTree& tree) {
   dialog.image_type = KeptSelection(dialog.stored_image_type, dialog.image_types.size());
 }
 
-// What the digits of an edit stand for, at most 255.
-uint8_t NumberOfEdit(const std::string& text, size_t digits) {
-  return static_cast<uint8_t>(std::clamp<int64_t>(DecimalValue(text.substr(0, digits)), 0, 255));
+void FillLists(SettingsDialog& dialog, const EcfTree& tree) {
+  FillManufacturers(dialog, tree);
+  FillProducts(dialog, tree);
+  FillConfigurations(dialog, tree);
+  FillImageTypes(dialog, tree);
+  dialog.listed = true;
+}
+
+void LoseLists(const Context& context, SettingsDialog& dialog) {
+  FillLists(dialog, {});
+  dialog.listed = false;
+  Tell(context.messages, Icon::kStop, "Configuration parsing problem");
 }
 
 uint8_t IndexOf(int selection) {
   return static_cast<uint8_t>(std::clamp(selection, 0, 255));
 }
 
-void StoreIndependent(const SettingsDialog& dialog, ProjectConfig& config) {
-  config.software_major = NumberOfEdit(dialog.software_major, 3);
-  config.software_minor = NumberOfEdit(dialog.software_minor, 2);
+void StoreIndependent(const SettingsDialog& dialog, const SoftwareVersion& version, ProjectConfig& config) {
+  config.software_major = version.major;
+  config.software_minor = version.minor;
   config.sdb_format = IndexOf(dialog.sdb_format);
   config.compressed_image = dialog.compressed;
   config.compression_type = IndexOf(dialog.compression_type);
   config.compression_level = IndexOf(dialog.compression_level);
   config.port_name = dialog.port_name;
-  config.baud_index = IndexOf(dialog.baud);
+  const bool offered = dialog.baud < static_cast<int>(kBaudRates.size());
+  config.baud_index = offered ? IndexOf(dialog.baud) : dialog.stored_baud;
   config.data_bits_index = IndexOf(dialog.data_bits);
   config.parity_index = IndexOf(dialog.parity);
   config.stop_bits_index = IndexOf(dialog.stop_bits);
@@ -99,14 +110,8 @@ std::array<const char*, 3> PidHeaders(bool hexadecimal) {
   return {"Video (Dec)", "Audio (Dec)", "PCR (Dec)"};
 }
 
-std::optional<SettingsDialog> OpenSettingsDialog(const Context& context, const SettingsRequest& request,
-                                                 const Path& ecf, const ProjectConfig& config,
-                                                 bool hexadecimal_pids) {
-  const auto tree = ReadEcfTree(context, ecf);
-  if (!tree) {
-    Tell(context.messages, Icon::kStop, "Configuration parsing problem");
-    return std::nullopt;
-  }
+SettingsDialog OpenSettingsDialog(const Context& context, const SettingsRequest& request, const Path& ecf,
+                                  const ProjectConfig& config, bool hexadecimal_pids) {
   SettingsDialog dialog;
   dialog.request = request;
   dialog.file = Utf8FromPath(ecf);
@@ -124,14 +129,18 @@ std::optional<SettingsDialog> OpenSettingsDialog(const Context& context, const S
   dialog.compression_type = config.compression_type;
   dialog.compression_level = config.compression_level;
   dialog.port_name = config.port_name;
-  dialog.baud = config.baud_index;
+  dialog.bauds = {kBaudRates.begin(), kBaudRates.end()};
+  dialog.stored_baud = config.baud_index;
+  if (config.baud_index >= kBaudRates.size()) dialog.bauds.push_back(BaudRateText(config.baud_index));
+  dialog.baud = std::min<int>(config.baud_index, static_cast<int>(kBaudRates.size()));
   dialog.data_bits = config.data_bits_index;
   dialog.parity = config.parity_index;
   dialog.stop_bits = config.stop_bits_index;
-  FillManufacturers(dialog, *tree);
-  FillProducts(dialog, *tree);
-  FillConfigurations(dialog, *tree);
-  FillImageTypes(dialog, *tree);
+  if (const auto tree = ReadEcfTree(context, ecf)) {
+    FillLists(dialog, *tree);
+  } else {
+    LoseLists(context, dialog);
+  }
   return dialog;
 }
 
@@ -169,17 +178,30 @@ void BrowseConfiguration(const Context& context, SettingsDialog& dialog, const P
   const auto tree = ReadEcfTree(context, file);
   if (!tree) return Tell(context.messages, Icon::kStop, "Configuration setting problem");
   dialog.product = dialog.configuration = -1;
-  FillManufacturers(dialog, *tree);
-  FillProducts(dialog, *tree);
-  FillConfigurations(dialog, *tree);
   dialog.file = Utf8FromPath(file);
   dialog.listed_file = file;
-  FillImageTypes(dialog, *tree);
+  FillLists(dialog, *tree);
+}
+
+void LeaveConfigurationFile(const Context& context, SettingsDialog& dialog) {
+  const Path entered = PathFromUtf8(dialog.file);
+  if (!dialog.listed || entered == dialog.listed_file) return;
+  dialog.manufacturer = dialog.product = dialog.configuration = -1;
+  dialog.stored_image_type = 0;
+  dialog.listed_file = entered;
+  if (const auto tree = ReadEcfTree(context, entered)) {
+    FillLists(dialog, *tree);
+  } else {
+    LoseLists(context, dialog);
+  }
 }
 
 SettingsEnabling EnabledControls(const SettingsDialog& dialog) {
   const SettingsRequest& request = dialog.request;
   SettingsEnabling enabled{};
+  enabled.browse = request.needs.Any() || !dialog.listed;
+  if (!dialog.listed) return enabled;
+  enabled.ok = true;
   enabled.file = enabled.lists = enabled.software = request.needs.Any();
   enabled.sdb_format = enabled.radix = !request.from_console;
   enabled.image_type = request.image_command && !dialog.image_types.empty();
@@ -190,29 +212,51 @@ SettingsEnabling EnabledControls(const SettingsDialog& dialog) {
   return enabled;
 }
 
-SettingsOutcome AcceptSettings(const Context& context, const SettingsDialog& dialog, Path& ecf,
-                               ProjectConfig& config) {
-  SettingsOutcome outcome;
-  outcome.focus = SettingsField::kFile;
-  const Path entered = PathFromUtf8(dialog.file);
-  const auto content = ReadWholeFile(entered, kMaximumEcfSize);
+namespace {
+
+// Whether the file, the version and the port in the edits can be taken; the field of a refusal, after its
+// message.
+SettingsField JudgeEdits(const Context& context, SettingsDialog& dialog, SoftwareVersion& version) {
+  const auto refuse = [&](SettingsField field, const std::string& text) {
+    Tell(context.messages, Icon::kStop, "%s", text.c_str());
+    return field;
+  };
+  const auto content = ReadWholeFile(PathFromUtf8(dialog.file), kMaximumEcfSize);
   if (!content) {
-    Tell(context.messages, Icon::kStop, "Configuration file does not exist or invalid path.");
-    return outcome;
+    return refuse(SettingsField::kFile, "Configuration file does not exist or invalid path.");
   }
   if (content->empty()) {
-    Tell(context.messages, Icon::kStop, "Configuration file does not contains any information.");
-    return outcome;
+    return refuse(SettingsField::kFile, "Configuration file does not contains any information.");
   }
-  outcome.focus = SettingsField::kNone;
+  LeaveConfigurationFile(context, dialog);
+  if (!dialog.listed) return SettingsField::kFile;
+  const auto refusal = ReadSoftwareVersion(dialog.software_major, dialog.software_minor, version);
+  if (refusal) {
+    const bool major = refusal->field == kSoftwareMajorField;
+    return refuse(major ? SettingsField::kMajor : SettingsField::kMinor, refusal->text);
+  }
+  if (!IsPortName(dialog.port_name)) {
+    return refuse(SettingsField::kPort, "The name of the port has 1 to 5 characters.");
+  }
+  return SettingsField::kNone;
+}
+
+}  // namespace
+
+SettingsOutcome AcceptSettings(const Context& context, SettingsDialog& dialog, Path& ecf,
+                               ProjectConfig& config) {
+  SettingsOutcome outcome;
+  SoftwareVersion version;
+  outcome.focus = JudgeEdits(context, dialog, version);
+  if (outcome.focus != SettingsField::kNone) return outcome;
   outcome.close = true;
-  StoreIndependent(dialog, config);
+  StoreIndependent(dialog, version, config);
   ProjectConfig chosen = config;
   StoreSelections(dialog, chosen);
-  outcome.loaded = InitConfig(context, entered, chosen);
+  outcome.loaded = InitConfig(context, dialog.listed_file, chosen);
   if (outcome.loaded) {
     config = std::move(chosen);
-    ecf = entered;
+    ecf = dialog.listed_file;
   } else {
     Tell(context.messages, Icon::kInformation, "Invalid configuration selection.");
   }

@@ -1,21 +1,13 @@
 #include "image/urt_dialog.h"
 
 #include <algorithm>
-#include <charconv>
 
+#include "config/software_version.h"
 #include "platform/text.h"
 
 namespace vexa {
 
 namespace {
-
-// -1 for anything but a number up to `limit`.
-int NumberIn(const std::string& text, int limit) {
-  int number = -1;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size() || text[0] == '-' || number > limit) return -1;
-  return number;
-}
 
 std::optional<UrtRefusal> CheckRow(const UrtDialog& dialog, size_t place) {
   const UrtRow& row = dialog.rows[place];
@@ -131,13 +123,11 @@ std::optional<UrtRefusal> CheckUrtDialog(const UrtDialog& dialog) {
   for (size_t i = 0; i < dialog.rows.size(); ++i) {
     if (const auto refusal = CheckRow(dialog, i)) return refusal;
   }
-  if (NumberIn(dialog.software_major, kSoftwareMajorLimit) < 0) {
-    return UrtRefusal{"The major software version is a number from 0 to 255.", UrtField::kMajor, 0};
-  }
-  if (NumberIn(dialog.software_minor, kSoftwareMinorLimit) < 0) {
-    return UrtRefusal{"The minor software version is a number from 0 to 15.", UrtField::kMinor, 0};
-  }
-  return std::nullopt;
+  SoftwareVersion version;
+  const auto refusal = ReadSoftwareVersion(dialog.software_major, dialog.software_minor, version);
+  if (!refusal) return std::nullopt;
+  return UrtRefusal{refusal->text,
+                    refusal->field == kSoftwareMajorField ? UrtField::kMajor : UrtField::kMinor, 0};
 }
 
 ImageDescription DescribeForRegion(const ProjectConfig& config, size_t place) {
@@ -160,14 +150,16 @@ size_t ConvertRows(const Context& context, const ProjectConfig& config, const Ur
   parameters.compressed = dialog.compressed;
   parameters.compression_type = static_cast<uint8_t>(dialog.compression_type);
   parameters.level = dialog.compression_level + 1;
+  SoftwareVersion version;
+  ReadSoftwareVersion(dialog.software_major, dialog.software_minor, version);
   if (context.progress.range) context.progress.range(dialog.rows.size());
   for (size_t i = 0; i < dialog.rows.size(); ++i) {
     if (context.progress.position) context.progress.position(i);
     const UrtRow& row = dialog.rows[i];
     ImageDescription description = DescribeForRegion(config, static_cast<size_t>(row.region));
     description.name = LatinFromUtf8(row.name);
-    description.software_major = static_cast<uint16_t>(NumberIn(dialog.software_major, kSoftwareMajorLimit));
-    description.software_minor = static_cast<uint16_t>(NumberIn(dialog.software_minor, kSoftwareMinorLimit));
+    description.software_major = version.major;
+    description.software_minor = version.minor;
     if (!TellResult(context, ConvertToUrt(context, parameters, description, row.image, row.urt), row))
       return i;
   }

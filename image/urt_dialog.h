@@ -36,8 +36,6 @@ struct UrtRefusal {
 
 inline constexpr size_t kLongestImageName = 49;  // bytes, as a region's
 inline constexpr size_t kMostUrtRows = 255;      // of one go
-inline constexpr int kSoftwareMajorLimit = 255;  // a byte of the file
-inline constexpr int kSoftwareMinorLimit = 15;   // four bits of it
 
 // With the configuration's versions and compression, and no row.
 UrtDialog OpenUrtDialog(const ProjectConfig& config);

@@ -17,13 +17,23 @@ void ShowLists(const Form& form, const SettingsDialog& dialog) {
   form.Fill(IDC_SETTINGS_IMAGE_TYPE, dialog.image_types, dialog.image_type);
 }
 
+// A control with the label before it.
+void EnableLabelled(const Form& form, int id, bool enabled) {
+  form.Enable(id, enabled);
+  HWND label = GetWindow(form.Control(id), GW_HWNDPREV);
+  wchar_t kind[16] = L"";
+  GetClassNameW(label, kind, static_cast<int>(std::size(kind)));
+  if (_wcsicmp(kind, WC_STATICW) == 0) EnableWindow(label, enabled);
+}
+
 void ShowEnabling(const Form& form, const SettingsDialog& dialog) {
   const SettingsEnabling enabled = EnabledControls(dialog);
   const struct {
     int id;
     bool enabled;
   } rows[] = {{IDC_SETTINGS_FILE, enabled.file},
-              {IDC_SETTINGS_BROWSE, enabled.file},
+              {IDC_SETTINGS_BROWSE, enabled.browse},
+              {IDOK, enabled.ok},
               {IDC_SETTINGS_MANUFACTURER, enabled.lists},
               {IDC_SETTINGS_PRODUCT, enabled.lists},
               {IDC_SETTINGS_CONFIGURATION, enabled.lists},
@@ -32,7 +42,6 @@ void ShowEnabling(const Form& form, const SettingsDialog& dialog) {
               {IDC_SETTINGS_FORMAT, enabled.sdb_format},
               {IDC_SETTINGS_RADIX, enabled.radix},
               {IDC_SETTINGS_IMAGE_TYPE, enabled.image_type},
-              {IDC_SETTINGS_IMAGE_LABEL, enabled.image_type},
               {IDC_SETTINGS_COMPRESSED, enabled.compression},
               {IDC_SETTINGS_COMPRESSION, enabled.compression_type},
               {IDC_SETTINGS_LEVEL, enabled.compression_level},
@@ -41,7 +50,11 @@ void ShowEnabling(const Form& form, const SettingsDialog& dialog) {
               {IDC_SETTINGS_DATA_BITS, enabled.serial},
               {IDC_SETTINGS_PARITY, enabled.serial},
               {IDC_SETTINGS_STOP_BITS, enabled.serial}};
-  for (const auto& row : rows) form.Enable(row.id, row.enabled);
+  for (const auto& row : rows) EnableLabelled(form, row.id, row.enabled);
+  // A disabled control that keeps the focus would take all keys.
+  HWND focus = GetFocus();
+  if (!dialog.listed && IsChild(form.window, focus) && !IsWindowEnabled(focus))
+    form.Focus(IDC_SETTINGS_BROWSE);
 }
 
 void Open(const Form& form, const SettingsDialog& dialog) {
@@ -60,7 +73,7 @@ void Open(const Form& form, const SettingsDialog& dialog) {
   SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_LIMITTEXT, kPortNameSize, 0);
   SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_SETDROPPEDWIDTH, 320, 0);
   form.SetText(IDC_SETTINGS_PORT, dialog.port_name);
-  form.Fill(IDC_SETTINGS_BAUD, TextsOf(kBaudRates), dialog.baud);
+  form.Fill(IDC_SETTINGS_BAUD, dialog.bauds, dialog.baud);
   form.Fill(IDC_SETTINGS_DATA_BITS, TextsOf(kDataBits), dialog.data_bits);
   form.Fill(IDC_SETTINGS_PARITY, TextsOf(kParities), dialog.parity);
   form.Fill(IDC_SETTINGS_STOP_BITS, TextsOf(kStopBits), dialog.stop_bits);
@@ -85,9 +98,28 @@ void Take(const Form& form, SettingsDialog& dialog) {
   dialog.stop_bits = form.Choice(IDC_SETTINGS_STOP_BITS);
 }
 
+// Posted to the dialog when the edit of the file has lost the focus: a message box must not come up while the
+// focus is on its way.
+constexpr int kFileWasLeft = 0x7F00;
+
+void LeaveFile(const Form& form, SettingsDialog& dialog) {
+  LeaveConfigurationFile(form.app.context, dialog);
+  ShowLists(form, dialog);
+  ShowEnabling(form, dialog);
+}
+
+// OK judges the path itself, Browse replaces it, Cancel drops it; a message box over the dialog is no
+// leaving.
+bool LeftForAnotherField(const Form& form) {
+  HWND focus = GetFocus();
+  if (!IsChild(form.window, focus)) return false;
+  const int id = GetDlgCtrlID(focus);
+  return id != IDC_SETTINGS_FILE && id != IDC_SETTINGS_BROWSE && id != IDOK && id != IDCANCEL;
+}
+
 void Browse(const Form& form, SettingsDialog& dialog) {
   const auto file = AskOpenFile(form.window, {kOpenEcfTitle, {{kEcfFilterName, kEcfFilterPattern}}, "ecf"});
-  if (!file) return;
+  if (!file) return LeaveFile(form, dialog);
   BrowseConfiguration(form.app.context, dialog, *file);
   form.SetText(IDC_SETTINGS_FILE, dialog.file);
   ShowLists(form, dialog);
@@ -99,6 +131,11 @@ void Command(const Form& form, SettingsDialog& dialog, int id, int code) {
     dialog.file = form.Text(id);
     return;
   }
+  if (id == IDC_SETTINGS_FILE && code == EN_KILLFOCUS) {
+    PostMessageW(form.window, WM_COMMAND, MAKEWPARAM(id, kFileWasLeft), 0);
+    return;
+  }
+  if (code == kFileWasLeft && LeftForAnotherField(form)) return LeaveFile(form, dialog);
   if (code != CBN_SELCHANGE && code != BN_CLICKED) return;
   switch (id) {
     case IDC_SETTINGS_BROWSE:
@@ -123,6 +160,19 @@ void Command(const Form& form, SettingsDialog& dialog, int id, int code) {
   ShowEnabling(form, dialog);
 }
 
+int ControlOf(SettingsField field) {
+  switch (field) {
+    case SettingsField::kMajor:
+      return IDC_SETTINGS_MAJOR;
+    case SettingsField::kMinor:
+      return IDC_SETTINGS_MINOR;
+    case SettingsField::kPort:
+      return IDC_SETTINGS_PORT;
+    default:
+      return IDC_SETTINGS_FILE;
+  }
+}
+
 void TakeEffect(Application& app, const SettingsOutcome& outcome) {
   app.hexadecimal = outcome.hexadecimal_pids;
   if (outcome.refill) {
@@ -134,21 +184,23 @@ void TakeEffect(Application& app, const SettingsOutcome& outcome) {
 }  // namespace
 
 bool ShowSettings(Application& app, const SettingsRequest& request) {
-  auto dialog = OpenSettingsDialog(app.context, request, app.configuration_file, app.config, app.hexadecimal);
+  SettingsDialog dialog =
+      OpenSettingsDialog(app.context, request, app.configuration_file, app.config, app.hexadecimal);
   SettingsOutcome outcome;
-  if (dialog) {
-    FormActions actions;
-    actions.open = [&](Form& form) { Open(form, *dialog); };
-    actions.command = [&](Form& form, int id, int code) { Command(form, *dialog, id, code); };
-    actions.accept = [&](Form& form) {
-      Take(form, *dialog);
-      outcome = AcceptSettings(app.context, *dialog, app.configuration_file, app.config);
-      if (!outcome.close) form.Focus(IDC_SETTINGS_FILE);
-      return outcome.close;
-    };
-    if (RunForm(app, IDD_SETTINGS, actions)) TakeEffect(app, outcome);
-  }
-  StoreSettingsDialog(app.settings, dialog ? *dialog : SettingsDialog{}, app.configuration_file, app.config);
+  FormActions actions;
+  actions.open = [&](Form& form) { Open(form, dialog); };
+  actions.command = [&](Form& form, int id, int code) { Command(form, dialog, id, code); };
+  actions.accept = [&](Form& form) {
+    Take(form, dialog);
+    outcome = AcceptSettings(app.context, dialog, app.configuration_file, app.config);
+    if (outcome.close) return true;
+    ShowLists(form, dialog);
+    ShowEnabling(form, dialog);
+    if (dialog.listed) form.Focus(ControlOf(outcome.focus));
+    return false;
+  };
+  if (RunForm(app, IDD_SETTINGS, actions)) TakeEffect(app, outcome);
+  StoreSettingsDialog(app.settings, dialog, app.configuration_file, app.config);
   return outcome.loaded;
 }
 

@@ -77,7 +77,7 @@ TEST(Settings, EachPortValueThatCannotBeReadKeepsItsDefault) {
   const SettingsStore store = MemorySettingsStore();
   Put(store, "PortSettings",
       {{"Port", "/dev/ttyUSB0"},
-       {"BaudRate", "13"},
+       {"BaudRate", "15"},
        {"DataBits", "-1"},
        {"StopBits", "2"},
        {"SDBFormat", "2"}});
@@ -211,9 +211,7 @@ struct DialogTest : testing::Test {
     EXPECT_TRUE(InitConfig(recorder.context, first, config));
   }
   SettingsDialog Open(const SettingsRequest& request = {}) {
-    auto dialog = OpenSettingsDialog(recorder.context, request, first, config, false);
-    EXPECT_TRUE(dialog);
-    return dialog.value_or(SettingsDialog{});
+    return OpenSettingsDialog(recorder.context, request, first, config, false);
   }
   // What the four lists hold, and the image type that is selected.
   static std::string Lists(const SettingsDialog& dialog) {
@@ -225,7 +223,7 @@ struct DialogTest : testing::Test {
     }
     return text + Format(": %d", dialog.image_type);
   }
-  SettingsOutcome Accept(const SettingsDialog& dialog) {
+  SettingsOutcome Accept(SettingsDialog& dialog) {
     return AcceptSettings(recorder.context, dialog, ecf, config);
   }
 };
@@ -235,10 +233,152 @@ TEST_F(DialogTest, ListsAndSelectionsAtOpening) {
   const SettingsDialog dialog = Open();
   EXPECT_EQ(Lists(dialog), "1A 5 / A B\xC3\xA9 / two none / R1 R2: 1");
   EXPECT_EQ(dialog.software_major, "1");
-  PutFile(first, BytesOf("MZ"));
-  EXPECT_FALSE(OpenSettingsDialog(recorder.context, {}, first, config, false));
-  EXPECT_EQ(recorder.Texts(), (Texts{"Config magic id mismatch - AddConfigurationListToComboBox",
-                                     "Configuration parsing problem"}));
+}
+
+// One letter each for what answers: file, Browse, OK, lists, software version, SDB format, radix, image type,
+// compression, its type, its level and the serial line.
+std::string Answering(const SettingsDialog& dialog) {
+  const SettingsEnabling e = EnabledControls(dialog);
+  const bool answers[] = {e.file,
+                          e.browse,
+                          e.ok,
+                          e.lists,
+                          e.software,
+                          e.sdb_format,
+                          e.radix,
+                          e.image_type,
+                          e.compression,
+                          e.compression_type,
+                          e.compression_level,
+                          e.serial};
+  std::string letters;
+  for (size_t i = 0; i < std::size(answers); ++i) letters += answers[i] ? "fBOlvsricTLp"[i] : '-';
+  return letters;
+}
+
+TEST_F(DialogTest, ADamagedConfigurationLeavesOnlyBrowse) {
+  // Good magic, and the second manufacturer beyond the end.
+  Bytes damaged = MakeEcf({{0x1A, {}}});
+  damaged[14] = 2;
+  damaged[28] = 99;
+  const struct {
+    Bytes file;
+    const char* text;
+  } rows[] = {{damaged, "Invalid Configuration file."},
+              {BytesOf("MZ"), "Config magic id mismatch - AddConfigurationListToComboBox"}};
+  const SettingsRequest all{{true, true, true}, true, true};
+  for (const auto& row : rows) {
+    PutFile(first, row.file);
+    SettingsDialog dialog = Open(all);
+    EXPECT_EQ(recorder.Texts(), (Texts{row.text, "Configuration parsing problem"}));
+    EXPECT_EQ(Lists(dialog) + Answering(dialog), ": -1-B----------");
+    EXPECT_EQ(dialog.file, Utf8FromPath(first));
+    EXPECT_FALSE(Accept(dialog).close);
+    EXPECT_FALSE(config.configuration_name.empty());
+    BrowseConfiguration(recorder.context, dialog, second);
+    EXPECT_EQ(Lists(dialog) + Answering(dialog), "FF / S / two / R1 R2: 0fBOlvsric--p");
+    EXPECT_TRUE(recorder.Texts().empty());
+  }
+}
+
+TEST_F(DialogTest, ATypedPathBringsItsOwnLists) {
+  for (const bool left : {true, false}) {
+    SCOPED_TRACE(left);
+    ecf = first;
+    config.image_type_index = 1;
+    SettingsDialog dialog = Open();
+    ChooseManufacturer(recorder.context, dialog, 1);
+    ChooseConfiguration(recorder.context, dialog, 1);
+    dialog.image_type = 1;
+    dialog.file = Utf8FromPath(first);
+    LeaveConfigurationFile(recorder.context, dialog);
+    EXPECT_EQ(Lists(dialog), "1A 5 / C / none two / R1 R2: 1") << "still the same file";
+    dialog.file = Utf8FromPath(second);
+    if (left) {
+      LeaveConfigurationFile(recorder.context, dialog);
+      EXPECT_EQ(
+          Lists(dialog) + Format(" %d %d %d", dialog.manufacturer, dialog.product, dialog.configuration),
+          "FF / S / two / R1 R2: 0 0 0 0");
+    }
+    EXPECT_TRUE(Accept(dialog).loaded);
+    EXPECT_EQ(ecf, second);
+    EXPECT_EQ(Format("%s/%s %u%u%u%u", config.product_name.c_str(), config.configuration_name.c_str(),
+                     unsigned{config.manufacturer_index}, unsigned{config.product_index},
+                     unsigned{config.configuration_index}, unsigned{config.image_type_index}),
+              "S/two 0000");
+    config = {};
+    ASSERT_TRUE(InitConfig(recorder.context, first, config));
+    EXPECT_TRUE(recorder.Texts().empty());
+    PutFile(first.string() + "x", BytesOf("Qy"));
+    dialog = Open({{true, true, true}});
+    dialog.file = Utf8FromPath(first) + "x";
+    if (left) LeaveConfigurationFile(recorder.context, dialog);
+    if (!left) {
+      EXPECT_FALSE(Accept(dialog).close);
+    }
+    EXPECT_EQ(recorder.Texts(), (Texts{"Config magic id mismatch - AddConfigurationListToComboBox",
+                                       "Configuration parsing problem"}));
+    EXPECT_EQ(Lists(dialog) + Answering(dialog), ": -1-B----------");
+  }
+}
+
+TEST_F(DialogTest, VersionAndPortAreJudged) {
+  const char* const major = "The major software version is a number from 0 to 255.";
+  const char* const minor = "The minor software version is a number from 0 to 15.";
+  const char* const port = "The name of the port has 1 to 5 characters.";
+  const struct {
+    const char *major, *minor, *port;
+    SettingsField field;
+    const char* text;
+  } rows[] = {
+      {"256", "0", "COM1", SettingsField::kMajor, major}, {"", "0", "COM1", SettingsField::kMajor, major},
+      {"-1", "0", "COM1", SettingsField::kMajor, major},  {"1 ", "0", "COM1", SettingsField::kMajor, major},
+      {"1", "16", "COM1", SettingsField::kMinor, minor},  {"1", "", "COM1", SettingsField::kMinor, minor},
+      {"1", "x", "COM1", SettingsField::kMinor, minor},   {"255", "15", "", SettingsField::kPort, port},
+      {"0", "0", "COM100", SettingsField::kPort, port},
+  };
+  for (const auto& row : rows) {
+    SettingsDialog dialog = Open();
+    dialog.software_major = row.major;
+    dialog.software_minor = row.minor;
+    dialog.port_name = row.port;
+    dialog.baud = 3;
+    const SettingsOutcome outcome = Accept(dialog);
+    EXPECT_FALSE(outcome.close || outcome.loaded);
+    EXPECT_EQ(outcome.focus, row.field);
+    ASSERT_FALSE(recorder.shown.empty());
+    EXPECT_EQ(recorder.shown[0].icon, Icon::kStop);
+    EXPECT_EQ(recorder.Texts(), Texts{row.text});
+    EXPECT_EQ(PortStatusText(config), "COM1 115200 8 N 1");
+  }
+  SettingsDialog dialog = Open();
+  dialog.software_major = "0";
+  dialog.software_minor = "15";
+  dialog.port_name = "CO\xC3\xA4M2";
+  EXPECT_TRUE(Accept(dialog).close);
+  EXPECT_EQ(config.software_major * 100 + config.software_minor, 15);
+  EXPECT_EQ(config.port_name, "CO\xC3\xA4M2");
+}
+
+TEST_F(DialogTest, AStoredBitRateThatIsNotOfferedStaysWhileItIsChosen) {
+  const SettingsStore store = MemorySettingsStore();
+  for (const int index : {12, 13, 14}) {
+    Put(store, "PortSettings", {{"BaudRate", std::to_string(index)}});
+    LoadPortSettings(store, config);
+    const char* const text = index == 12 ? "115200" : index == 13 ? "128000" : "256000";
+    EXPECT_EQ(PortStatusText(config), Format("COM1 %s 8 N 1", text));
+    SettingsDialog dialog = Open();
+    EXPECT_EQ(dialog.bauds.size(), index == 12 ? 13u : 14u);
+    EXPECT_EQ(dialog.bauds.at(static_cast<size_t>(dialog.baud)), text);
+    EXPECT_TRUE(Accept(dialog).close);
+    EXPECT_EQ(config.baud_index, index);
+    dialog.baud = 3;
+    EXPECT_TRUE(Accept(dialog).close);
+    EXPECT_EQ(config.baud_index, 3);
+  }
+  EXPECT_EQ(Open().bauds.size(), 13u);
+  config.baud_index = 15;
+  EXPECT_EQ(PortStatusText(config), "COM1 115200 8 N 1");
 }
 
 TEST_F(DialogTest, ChoicesRefillTheListsBelow) {
@@ -269,27 +409,18 @@ TEST_F(DialogTest, ChoicesRefillTheListsBelow) {
 
 TEST_F(DialogTest, TheOpenerDecidesWhatAnswers) {
   SettingsDialog dialog = Open();
-  // One letter each for file, lists, image type, compression, its level, SDB format, radix and serial line.
-  const auto enabled = [&] {
-    const SettingsEnabling e = EnabledControls(dialog);
-    const bool answers[] = {e.file,       e.lists, e.image_type, e.compression, e.compression_level,
-                            e.sdb_format, e.radix, e.serial};
-    std::string letters;
-    for (size_t i = 0; i < std::size(answers); ++i) letters += answers[i] ? "flicLsrp"[i] : '-';
-    return letters;
-  };
-  EXPECT_EQ(enabled(), "-----srp");
+  EXPECT_EQ(Answering(dialog), "--O--sr----p");
   dialog.request = {{false, false, true}, true, true, true, false};
   dialog.compressed = true;
-  EXPECT_EQ(enabled(), "flicL--p");
+  EXPECT_EQ(Answering(dialog), "fBOlv--icTLp");
   dialog.compression_type = 1;
-  EXPECT_EQ(enabled(), "flic---p");
+  EXPECT_EQ(Answering(dialog), "fBOlv--icT-p");
   dialog.compression_type = 0;
   dialog.compressed = false;
-  EXPECT_EQ(enabled(), "flic---p");
+  EXPECT_EQ(Answering(dialog), "fBOlv--ic--p");
   dialog.request.port_connected = true;
   dialog.image_types.clear();
-  EXPECT_EQ(enabled(), "fl-c----");
+  EXPECT_EQ(Answering(dialog), "fBOlv---c---");
 }
 
 TEST(PortList, OffersWhatTheSystemHasBesideTheUsual) {
@@ -344,8 +475,7 @@ TEST_F(DialogTest, OkRefusesMissingAndEmptyFiles) {
 TEST_F(DialogTest, AFailedOkClosesAndKeepsTheConfigurationInForce) {
   SettingsDialog dialog = Open();
   ChooseManufacturer(recorder.context, dialog, 1);
-  PutFile(second, BytesOf("MZ"));
-  dialog.file = Utf8FromPath(second);
+  PutFile(first, BytesOf("MZ"));
   dialog.baud = 3;
   const SettingsOutcome outcome = Accept(dialog);
   EXPECT_TRUE(outcome.close);

@@ -5,6 +5,7 @@
 #include "config/settings.h"
 #include "core/bin_file.h"
 #include "core/command_table.h"
+#include "tests/support/ecf_maker.h"
 #include "tests/ui/editor_fixture.h"
 #include "ui/options_resource.h"
 
@@ -41,7 +42,7 @@ TEST_F(Options, SettingsDecideHowPidsAreShown) {
   driver_->Command(kCmdSettings);
   HWND box = driver_->WaitForBox("Settings");
   ASSERT_NE(box, nullptr);
-  EXPECT_THAT(driver_->BoxText(box), HasSubstr("Manufacture Id"));
+  EXPECT_THAT(driver_->BoxText(box), HasSubstr("Ma&nufacture Id"));
   EXPECT_TRUE(Enabled(box, IDC_SETTINGS_FILE));
   EXPECT_TRUE(Enabled(box, IDC_SETTINGS_BAUD));
   EXPECT_FALSE(Enabled(box, IDC_SETTINGS_LEVEL)) << "images are not compressed";
@@ -74,6 +75,38 @@ TEST_F(Options, SettingsDecideHowPidsAreShown) {
   Type(box, IDC_SETTINGS_FILE, Utf8FromPath(empty));
   Push(box, IDOK);
   EXPECT_EQ(AnswerOver(box), "Configuration file does not contains any information.");
+  driver_->Press(box, IDCANCEL);
+  End();
+}
+
+TEST_F(Options, ATypedConfigurationRefillsTheListsOrLeavesBrowse) {
+  StartWithSample();
+  const Path other = recorder_.context.temporary_folder / "other.ecf",
+             bad = recorder_.context.temporary_folder / "bad.ecf";
+  PutFile(other, MakeEcf({{0xAB, {{.configurations = {{}}}}}}));
+  PutFile(bad, BytesOf("Qx"));
+  driver_->Command(kCmdSettings);
+  HWND box = driver_->WaitForBox("Settings");
+  ASSERT_NE(box, nullptr);
+  const auto leave_with = [&](const Path& path) {
+    Send(box, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(box, IDC_SETTINGS_FILE)), TRUE);
+    Type(box, IDC_SETTINGS_FILE, Utf8FromPath(path));
+    PostMessageW(box, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(box, IDC_SETTINGS_MAJOR)), TRUE);
+  };
+  EXPECT_EQ(Send(GetDlgItem(box, IDC_SETTINGS_MANUFACTURER), CB_GETCOUNT), 2);
+  leave_with(other);
+  driver_->Until("the file's own lists",
+                 [&] { return Send(GetDlgItem(box, IDC_SETTINGS_MANUFACTURER), CB_GETCOUNT) == 1; });
+  Type(box, IDC_SETTINGS_MINOR, "16");
+  Push(box, IDOK);
+  EXPECT_EQ(AnswerOver(box), "The minor software version is a number from 0 to 15.");
+  leave_with(bad);
+  EXPECT_EQ(AnswerOver(box), "Invalid Configuration file.");
+  EXPECT_EQ(AnswerOver(box), "Configuration parsing problem");
+  driver_->Until("OK to grey", [&] { return !Enabled(box, IDOK); });
+  for (const int id : {IDC_SETTINGS_FILE, IDC_SETTINGS_MAJOR, IDC_SETTINGS_BAUD, IDC_SETTINGS_FORMAT})
+    EXPECT_FALSE(Enabled(box, id)) << id;
+  EXPECT_TRUE(Enabled(box, IDC_SETTINGS_BROWSE) && Enabled(box, IDCANCEL));
   driver_->Press(box, IDCANCEL);
   End();
 }
