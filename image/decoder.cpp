@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <numeric>
 
+#include "core/bin_file.h"
 #include "core/bytes.h"
 #include "image/transfer_files.h"
+#include "image/urt.h"
 
 namespace vexa {
 
@@ -98,6 +101,23 @@ void WriteCarriers(const Source& source, const std::vector<uint8_t>& satellite_l
   }
 }
 
+std::vector<uint16_t> PlacesIn(std::span<const uint8_t> bytes) {
+  std::vector<uint16_t> places;
+  ByteReader reader(bytes);
+  while (reader.remaining() >= 2) places.push_back(reader.U16());
+  return places;
+}
+
+// An order that does not name each service once becomes the services' own.
+void MendOrder(std::vector<uint16_t>& order) {
+  std::vector<bool> seen(order.size());
+  for (const uint16_t place : order) {
+    if (place < seen.size()) seen[place] = true;
+  }
+  if (std::find(seen.begin(), seen.end(), false) != seen.end())
+    std::iota(order.begin(), order.end(), uint16_t{0});
+}
+
 void WriteServices(const Source& source, ByteWriter& file) {
   const uint32_t count = source.counts.services;
   WriteBlockHeader(file, "Service", sizeof(ServiceRecord), count);
@@ -105,8 +125,17 @@ void WriteServices(const Source& source, ByteWriter& file) {
     file.Write(UnpackService(source.At(source.layout.tables + uint64_t{i} * kServiceEntry, kServiceEntry)));
   }
   WriteBlockHeader(file, "OSL", 2, count);
-  file.Append(source.At(source.layout.tables_end, 2 * size_t{count}));
+  auto order = PlacesIn(source.At(source.layout.tables_end, 2 * size_t{count}));
+  MendOrder(order);
+  for (const uint16_t place : order) file.U16(place);
   if (count % 2 != 0) file.U16(0xFFFF);
+}
+
+// Without the entries that name no service.
+std::vector<uint16_t> FavouritesIn(const Source& source, std::span<const uint8_t> list) {
+  auto places = PlacesIn(list);
+  std::erase_if(places, [&source](uint16_t place) { return place >= source.counts.services; });
+  return places;
 }
 
 // False when a group claims more entries than its lists hold.
@@ -120,9 +149,14 @@ bool WriteFavourites(const Source& source, ByteWriter& file) {
       SetName(record.tv_name, Format("Favourite%u", i + 1));
       SetName(record.radio_name, Format("Favourite%u", i + 1));
     }
+    const auto tv = FavouritesIn(source, entry.subspan(kFavouriteHeader, 2 * size_t{record.tv_count}));
+    const auto radio =
+        FavouritesIn(source, entry.subspan(kFavouriteHeader + kTvList, 2 * size_t{record.radio_count}));
+    record.tv_count = tv.size() & 0xFFF;
+    record.radio_count = radio.size() & 0xFFF;
     file.Write(record);
-    file.Append(entry.subspan(kFavouriteHeader, 2 * size_t{record.tv_count}));
-    file.Append(entry.subspan(kFavouriteHeader + kTvList, 2 * size_t{record.radio_count}));
+    for (const uint16_t place : tv) file.U16(place);
+    for (const uint16_t place : radio) file.U16(place);
     if ((record.tv_count + record.radio_count) % 2 != 0) file.U16(0xFFFF);
   }
   return true;
@@ -174,18 +208,22 @@ std::optional<DecodedImage> DecodeImage(const Context& context, const ProjectCon
   WriteBlockHeader(file, "UserBox", sizeof user_box, 1);
   file.Write(user_box);
   decoded.file = std::move(file.bytes());
+  // Tables that contradict each other are found by whoever opens the file; then none is made.
+  StaticDatabase opened;
+  size_t used = 0;
+  if (!ReadSdbStream(context, decoded.file, opened, used)) return std::nullopt;
   return decoded;
 }
 
 std::optional<DecodedImage> DecodeFolder(const Context& context, const ProjectConfig& config,
                                          const Path& folder, const UserBoxInfo& user_box) {
-  const auto adb = ReadWholeFile(folder / kAdbImageFile);
+  const auto adb = ReadWholeFile(folder / kAdbImageFile, kMaximumImageSize);
   if (!adb) {
     Tell(context.messages, Icon::kStop, "File access error");
     return std::nullopt;
   }
   std::optional<Bytes> e2p = Bytes{};
-  if (config.configuration_index == 1) e2p = ReadWholeFile(folder / kE2pImageFile);
+  if (config.configuration_index == 1) e2p = ReadWholeFile(folder / kE2pImageFile, kMaximumImageSize);
   if (!e2p) {
     Tell(context.messages, Icon::kStop, "E2P File access error.");
     return std::nullopt;

@@ -25,7 +25,9 @@ struct DecodedImage {
 // bit above the lowest, and for 35 and more, which a partition does not hold.
 size_t JournalSlot(uint64_t marker);
 
-// `e2p` is looked at for configuration index 1 only. Nothing after a message.
+// `e2p` is looked at for configuration index 1 only. Nothing after a message: the file of what is given back
+// can be opened. Favourite entries that name no service are left out, and a service order that does not name
+// each service once becomes the services' own.
 std::optional<DecodedImage> DecodeImage(const Context& context, const ProjectConfig& config,
                                         std::span<const uint8_t> adb, std::span<const uint8_t> e2p,
                                         const UserBoxInfo& user_box);

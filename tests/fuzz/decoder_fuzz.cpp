@@ -1,4 +1,4 @@
-// The image of a download, of any content, with partition sizes of any kind.
+// The image of a download, of any content, with partition sizes of any kind. What is made of it opens.
 #include <cstdlib>
 
 #include "core/bin_file.h"
@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto decoded = DecodeImage(context, config, image, e2p, UserBoxInfo{});
   if (!decoded) return 0;
   Document document;
-  OpenBinBytes(context, decoded->file, document);
+  if (!OpenBinBytes(context, decoded->file, document)) std::abort();
   for (const OpenSdb& sdb : document.sdbs) {
     if (!CheckLinks(*sdb.database).empty()) std::abort();
   }

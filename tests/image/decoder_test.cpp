@@ -3,10 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <random>
 
 #include "core/bin_file.h"
+#include "core/bytes.h"
 #include "image/adb.h"
 #include "image/transfer_files.h"
 #include "tests/image/image_maker.h"
@@ -283,6 +286,113 @@ TEST_F(Decoder, DamageIsRefusedWithOneMessage) {
     EXPECT_FALSE(Decode()) << row.what;
     EXPECT_THAT(recorder.Texts(), ElementsAre("File access error")) << row.what;
   }
+}
+
+// What the image's own bytes say about it, read apart from the decoder.
+struct ImageTables {
+  uint32_t services = 0, counted = 0;
+  bool satellites_exist = true;
+  std::vector<uint16_t> order;
+  std::vector<std::vector<uint16_t>> lists;  // TV, radio, TV, ...
+
+  ImageTables(const Bytes& adb, const AdbLayout& layout, std::span<const uint8_t> settings) {
+    const auto u16 = [&](uint64_t at) {
+      return static_cast<uint16_t>(adb[static_cast<size_t>(at)] | adb[static_cast<size_t>(at) + 1] << 8);
+    };
+    services = ReadField(settings, 0, 0, 13);
+    for (uint64_t i = 0; i < ReadField(settings, 0, 19, 12); ++i) {
+      const uint64_t entry = layout.tables_end - (i + 1) * 36;
+      counted += u16(entry + 10);
+      satellites_exist = satellites_exist && (u16(entry + 12) & 0x3FF) < ReadField(settings, 1, 23, 8);
+    }
+    for (uint64_t i = 0; i < services; ++i) order.push_back(u16(layout.tables_end + 2 * i));
+    for (uint64_t list = 0; list < 16; ++list) {
+      const uint64_t group = layout.favourites + list / 2 * 7044;
+      const uint16_t word = u16(group + 40 + list % 2 * 2);
+      lists.emplace_back();
+      for (uint32_t i = 0; word != 0xFFFF && i < (word & 0xFFFu); ++i) {
+        const uint16_t entry = u16(group + 44 + list % 2 * 5000 + 2 * i);
+        if (entry < services) lists.back().push_back(entry);
+      }
+    }
+  }
+  bool Agree() const { return satellites_exist && counted == services; }
+  std::vector<uint16_t> MendedOrder() const {
+    std::vector<uint16_t> sorted = order, own(services);
+    std::iota(own.begin(), own.end(), uint16_t{0});
+    std::sort(sorted.begin(), sorted.end());
+    return sorted == own ? order : own;
+  }
+};
+
+// Every file that is made opens, and its lists are mended in the file itself.
+TEST_F(Decoder, ContradictingTablesGiveNoFile) {
+  std::mt19937 random(13);
+  const auto below = [&random](size_t limit) { return random() % limit; };
+  int made = 0, refused = 0;
+  for (int round = 0; round < 400; ++round) {
+    document.sdbs[0].database = MakeRandomDatabase(random, {4, 6, 12, 30, 6, round % 2 == 0, false});
+    config = MakeImageConfig(static_cast<uint8_t>(round % 2));
+    Build();
+    const AdbLayout layout = LayoutOf(config);
+    const auto settings = round % 2 == 0 ? Settings() : std::span(images.e2p).first(kSettingsBlock);
+    const auto damage = [&](uint64_t start, size_t size) {
+      images.adb[static_cast<size_t>(start + below(size))] =
+          static_cast<uint8_t>(below(3) ? below(256) : 0xFF);
+    };
+    switch (below(6)) {
+      case 0:
+        WriteField(settings, 0, 0, 13, static_cast<uint32_t>(below(60)));
+        break;
+      case 1:
+        WriteField(settings, 0, 19, 12, static_cast<uint32_t>(below(24)));
+        break;
+      case 2:
+        WriteField(settings, 1, 23, 8, static_cast<uint32_t>(below(8)));
+        break;
+      case 3:
+        damage(layout.tables_end - 12 * 36, 12 * 36);
+        break;
+      case 4:
+        damage(layout.tables_end, 60);
+        break;
+      default:
+        damage(layout.favourites + below(8) * 7044 + 44 + below(2) * 5000, 12);
+    }
+    const ImageTables tables(images.adb, layout, settings);
+    const auto decoded = Decode();
+    ASSERT_EQ(decoded.has_value(), tables.Agree()) << round;
+    if (!decoded) {
+      EXPECT_THAT(recorder.Texts(), ElementsAre("Invalid or unknown file format.")) << round;
+      ++refused;
+      continue;
+    }
+    ++made;
+    const Document opened = Open(*decoded);
+    StaticDatabase& result = *opened.sdbs.at(0).database;
+    EXPECT_EQ(CheckLinks(result), "") << round;
+    const size_t order = 24 + 16 + 16 * 8 + 16 + result.satellites.size() * 28 + 16 +
+                         result.carriers.size() * 36 + 16 + result.services.size() * 32 + 16;
+    std::vector<uint16_t> written;
+    ByteReader reader(decoded->file);
+    reader.Seek(order);
+    for (uint32_t i = 0; i < tables.services; ++i) written.push_back(reader.U16());
+    ASSERT_EQ(written, tables.MendedOrder()) << round;
+    reader.Skip(tables.services % 2 * 2 + 16);
+    for (size_t group = 0; group < 8; ++group) {
+      FavouriteRecord record;
+      ASSERT_TRUE(reader.Read(record));
+      const auto &tv = tables.lists[2 * group], &radio = tables.lists[2 * group + 1];
+      ASSERT_EQ(std::pair(size_t{record.tv_count}, size_t{record.radio_count}),
+                std::pair(tv.size(), radio.size()))
+          << round;
+      for (const uint16_t entry : tv) ASSERT_EQ(reader.U16(), entry) << round;
+      for (const uint16_t entry : radio) ASSERT_EQ(reader.U16(), entry) << round;
+      reader.Skip((tv.size() + radio.size()) % 2 * 2);
+    }
+  }
+  EXPECT_GT(made, 100);
+  EXPECT_GT(refused, 100);
 }
 
 TEST_F(Decoder, ShortE2pKeepsThePresets) {
