@@ -179,7 +179,9 @@ void Merge(CommandState& state, const MergeOptions& options) {
   CollectFiles(state, options, merger);
   const Path output = PathFromUtf8(options.output);
   if (!CanMerge(state.context, merger) || !CanMergeInto(state.context, merger, output)) throw CommandFailed{};
-  ExpectWritten(state, options.output, WriteMerged(state.context, merger, output));
+  const auto written = WriteMerged(state.context, merger, output);
+  if (!written) throw CommandFailed{};
+  ExpectWritten(state, options.output, *written);
   TellMerged(state.context, output);
 }
 

@@ -131,12 +131,11 @@ void ReadDvb2000(std::span<const uint8_t> list, const DefaultRecords& defaults, 
 }
 
 int ImportDvbFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work) {
-  const auto list = ReadWholeFile(path);
-  if (!list) {
-    Tell(context.messages, Icon::kStop, "Error in opening file");
-    return 0;
-  }
-  ReadDvb2000(*list, defaults, work, context.progress);
+  Bytes list;
+  const ReadResult result = ReadListFile(context, path, list);
+  if (result == ReadResult::kCannotOpen) Tell(context.messages, Icon::kStop, "Error in opening file");
+  if (result != ReadResult::kDone) return 0;
+  ReadDvb2000(list, defaults, work, context.progress);
   return 1;
 }
 

@@ -82,6 +82,13 @@ void ServiceIds::Add(uint32_t id) {
   word |= uint64_t{1} << (id % 64);
 }
 
+ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list) {
+  const ReadResult result = ReadWholeFile(path, list);
+  if (result == ReadResult::kFailed)
+    Tell(context.messages, Icon::kStop, "Could not read file \"%s\".", Utf8FromPath(path).c_str());
+  return result;
+}
+
 std::optional<std::string> ReadFileStart(const Path& path, size_t count) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) return std::nullopt;

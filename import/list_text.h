@@ -78,6 +78,8 @@ class ListProgress {
   uint64_t done_ = 0;
 };
 
+// The whole list. kFailed after a message: no list ends where reading it broke off.
+ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list);
 // The first bytes of a file, up to `count`; nothing when it cannot be opened.
 std::optional<std::string> ReadFileStart(const Path& path, size_t count);
 // Case is ignored for A-Z.

@@ -154,12 +154,11 @@ void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, 
 
 int ImportLyngsatFile(const Context& context, const Path& path, const DefaultRecords& defaults,
                       WorkFiles& work) {
-  const auto list = ReadWholeFile(path);
-  if (!list) {
-    Tell(context.messages, Icon::kStop, "Error in opening file");
-    return 0;
-  }
-  ReadLyngsat(*list, defaults, work, context.progress);
+  Bytes list;
+  const ReadResult result = ReadListFile(context, path, list);
+  if (result == ReadResult::kCannotOpen) Tell(context.messages, Icon::kStop, "Error in opening file");
+  if (result != ReadResult::kDone) return 0;
+  ReadLyngsat(list, defaults, work, context.progress);
   return 1;
 }
 

@@ -140,17 +140,22 @@ bool CanMergeInto(const Context& context, const Merger& merger, const Path& outp
   return true;
 }
 
-WriteResult WriteMerged(const Context& context, const Merger& merger, const Path& output) {
+std::optional<WriteResult> WriteMerged(const Context& context, const Merger& merger, const Path& output) {
   const Progress& progress = context.progress;
   if (progress.range) progress.range(merger.files.size());
+  bool read = true;
   const auto produce = [&](const PieceWriter& write) {
     for (size_t i = 0; i < merger.files.size(); ++i) {
-      if (!write(ReadWholeFile(merger.files[i]).value_or(Bytes{}))) return false;
+      Bytes list;
+      read = ReadListFile(context, merger.files[i], list) != ReadResult::kFailed;
+      if (!read || !write(list)) return false;
       if (progress.position) progress.position(i + 1);
     }
     return true;
   };
-  return WriteWholeFileBy(output, produce, *context.files);
+  const WriteResult written = WriteWholeFileBy(output, produce, *context.files);
+  if (!read) return std::nullopt;
+  return written;
 }
 
 void TellMerged(const Context& context, const Path& output) {

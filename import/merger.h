@@ -41,8 +41,9 @@ bool CanMerge(const Context& context, const Merger& merger);
 // False after a message when `output` is one of the lists that are to be joined, by whatever path.
 bool CanMergeInto(const Context& context, const Merger& merger, const Path& output);
 
-// Writes the merged list, with progress by files; a file that cannot be read adds nothing.
-WriteResult WriteMerged(const Context& context, const Merger& merger, const Path& output);
+// Writes the merged list, with progress by files; a file that cannot be opened adds nothing. Nothing, with
+// the output as it was, after the message of a file whose reading broke off.
+std::optional<WriteResult> WriteMerged(const Context& context, const Merger& merger, const Path& output);
 // Says that the merged list is there; said in any case.
 void TellMerged(const Context& context, const Path& output);
 

@@ -217,7 +217,8 @@ void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, 
 }
 
 int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work) {
-  const Bytes list = ReadWholeFile(path).value_or(Bytes{});
+  Bytes list;
+  if (ReadListFile(context, path, list) == ReadResult::kFailed) return 0;
   ReadSatcodx(list, defaults, work, context.progress);
   return 1;
 }

@@ -23,7 +23,7 @@ namespace vexa {
 void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
                  const Progress& progress = {});
 
-// Always 1: a file that cannot be read is an empty list.
+// 1; a file that cannot be opened is an empty list. 0 after a message: reading broke off.
 int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work);
 
 // Cuts a name before its first two consecutive spaces; false and unchanged when it has none.

@@ -57,26 +57,44 @@ WriteResult Fill(const Path& path, const std::function<bool(const PieceWriter&)>
 
 std::FILE* OpenFile(const Path& path, bool writing);  // platform/windows, platform/posix
 
-std::optional<Bytes> ReadWholeFile(const Path& path, uint64_t limit) {
-  std::error_code error;
-  if (fs::is_directory(path, error)) return std::nullopt;
-  const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
-  if (!file) return std::nullopt;
-  // The size is only a first guess: a pipe has none and a file may still grow.
-  const uint64_t size = fs::file_size(path, error);
-  if (!error && size > limit) return std::nullopt;
-  Bytes content(error ? 0 : static_cast<size_t>(size));
-  size_t used = content.empty() ? 0 : std::fread(content.data(), 1, content.size(), file.get());
+namespace {
+
+// Everything from here to the end; false when reading breaks off or more than `limit` bytes come. `size` is a
+// first guess only: a pipe has none and a file may still grow.
+bool ReadToEnd(std::FILE* file, uint64_t size, uint64_t limit, Bytes& content) {
+  content.resize(static_cast<size_t>(size));
+  size_t used = content.empty() ? 0 : std::fread(content.data(), 1, content.size(), file);
   while (used == content.size()) {
     uint8_t more[4096];
-    const size_t count = std::fread(more, 1, sizeof more, file.get());
+    const size_t count = std::fread(more, 1, sizeof more, file);
     if (count == 0) break;
-    if (used + count > limit) return std::nullopt;
+    if (used + count > limit) return false;
     content.insert(content.end(), more, more + count);
     used += count;
   }
-  if (std::ferror(file.get())) return std::nullopt;
   content.resize(used);
+  return !std::ferror(file);
+}
+
+}  // namespace
+
+ReadResult ReadWholeFile(const Path& path, Bytes& content, uint64_t limit) {
+  content.clear();
+  std::error_code error;
+  if (fs::is_directory(path, error)) return ReadResult::kCannotOpen;
+  const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
+  if (!file) return ReadResult::kCannotOpen;
+  const uint64_t size = fs::file_size(path, error);
+  if (error || size <= limit) {
+    if (ReadToEnd(file.get(), error ? 0 : size, limit, content)) return ReadResult::kDone;
+    content.clear();
+  }
+  return ReadResult::kFailed;
+}
+
+std::optional<Bytes> ReadWholeFile(const Path& path, uint64_t limit) {
+  Bytes content;
+  if (ReadWholeFile(path, content, limit) != ReadResult::kDone) return std::nullopt;
   return content;
 }
 

@@ -42,8 +42,18 @@ struct FileOperations {
 // The operating system's own.
 const FileOperations& SystemFiles();
 
-// The whole content; nothing when the file cannot be opened or read, or is above `limit` bytes.
-std::optional<Bytes> ReadWholeFile(const Path& path, uint64_t limit = uint64_t{1} << 31);
+enum class ReadResult {
+  kDone,
+  kCannotOpen,  // not there, a folder, or not permitted
+  kFailed,      // reading broke off, or the file is above the limit
+};
+
+inline constexpr uint64_t kReadLimit = uint64_t{1} << 31;  // bytes
+
+// The whole content in `content`, which is empty unless the result is kDone. `limit` in bytes.
+ReadResult ReadWholeFile(const Path& path, Bytes& content, uint64_t limit = kReadLimit);
+// The same; nothing when the file cannot be opened or read, or is above `limit` bytes.
+std::optional<Bytes> ReadWholeFile(const Path& path, uint64_t limit = kReadLimit);
 
 // Writes `content` in place of whatever `path` held.
 WriteResult WriteWholeFile(const Path& path, std::span<const uint8_t> content,

@@ -106,7 +106,7 @@ bool Merge(MergerDialog& dialog, const Form& form) {
   dialog.app.merge_file = *output;
   {
     const ProgressBox progress(dialog.app, Utf8FromPath(*output), texts.title);
-    WriteMerged(progress.context(), dialog.merger, *output);
+    if (!WriteMerged(progress.context(), dialog.merger, *output)) return false;
   }
   TellMerged(context, *output);
   return true;

@@ -53,6 +53,21 @@ TEST(ImportCommand, UnreadableLists) {
   }
 }
 
+// Reading that breaks off is no end of the list: nothing is made of the part before it.
+TEST(ImportCommand, ListsWhoseReadingBreaksOff) {
+  const Path broken = "/proc/self/mem";  // can be opened, and nothing is mapped at its start
+  if (!std::filesystem::exists(broken)) GTEST_SKIP() << "no file here breaks off";
+  Recorder recorder;
+  for (const ListFormat format : {ListFormat::kSatcodx, ListFormat::kDvb2000, ListFormat::kLyngsat}) {
+    WorkFiles work;
+    EXPECT_FALSE(ReadList(recorder.context, broken, format, {}, work));
+    EXPECT_EQ(recorder.Texts(),
+              (Texts{"Could not read file \"" + Utf8FromPath(broken) + "\".",
+                     format == ListFormat::kSatcodx ? "Invalid or unsupported SDX file format."
+                                                    : "Invalid or unsupported DAT file format."}));
+  }
+}
+
 struct ImportManySatellites : testing::Test {
   bool Import(int satellites, const FilterDialogs& dialogs) {
     std::vector<SdxRecord> records;

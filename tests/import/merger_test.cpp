@@ -132,6 +132,20 @@ TEST(Merger, FailedWriteLeavesTheOldFile) {
   EXPECT_EQ(*ReadWholeFile(output), BytesOf("onetwo"));
 }
 
+TEST(Merger, ReadingThatBreaksOffLeavesTheOldFile) {
+  const Path broken = "/proc/self/mem";  // can be opened, and nothing is mapped at its start
+  if (!std::filesystem::exists(broken)) GTEST_SKIP() << "no file here breaks off";
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder, output = folder / "out.dat";
+  PutFile(folder / "1.dat", BytesOf("one"));
+  PutFile(output, BytesOf("old"));
+  for (const std::vector<Path>& files : {std::vector{folder / "1.dat", broken}, {broken, folder / "1.dat"}}) {
+    EXPECT_FALSE(WriteMerged(recorder.context, {MergeMode::kLyngsat, files}, output));
+    EXPECT_EQ(recorder.Texts(), Texts{"Could not read file \"" + Utf8FromPath(broken) + "\"."});
+    EXPECT_EQ(*ReadWholeFile(output), BytesOf("old"));
+  }
+}
+
 TEST(Merger, Move) {
   const struct {
     std::vector<size_t> positions;

@@ -48,6 +48,21 @@ TEST(Files, RefusesFoldersMissingFilesAndWhatIsTooLarge) {
   PutFile(folder / "file", Bytes(10));
   EXPECT_FALSE(ReadWholeFile(folder / "file", 9));
   EXPECT_TRUE(ReadWholeFile(folder / "file", 10));
+  const Path broken = "/proc/self/mem";  // can be opened, and nothing is mapped at its start
+  const struct {
+    Path path;
+    uint64_t limit;
+    ReadResult result;
+  } rows[] = {{folder, 10, ReadResult::kCannotOpen},
+              {folder / "none", 10, ReadResult::kCannotOpen},
+              {folder / "file", 9, ReadResult::kFailed},
+              {broken, 10, std::filesystem::exists(broken) ? ReadResult::kFailed : ReadResult::kCannotOpen},
+              {folder / "file", 10, ReadResult::kDone}};
+  for (const auto& row : rows) {
+    Bytes content = {1};
+    EXPECT_EQ(ReadWholeFile(row.path, content, row.limit), row.result) << row.path;
+    EXPECT_EQ(content.size(), row.result == ReadResult::kDone ? 10u : 0u) << row.path;
+  }
 }
 
 TEST(Files, AReadOnlyFileIsKept) {
