@@ -64,7 +64,9 @@ bool WriteSingle(const Context& context, const Document& document, size_t sdb, c
     Tell(context.messages, Icon::kStop, "Add atleast one LNB and Satellite to save as a bin");
     return false;
   }
-  if (WriteWholeFile(path, WriteSdbStream(database, {}), *context.files) == WriteResult::kDone) return true;
+  if (WriteWholeFile(path, WriteSdbStream(database, {}, DefaultsOf(context)), *context.files) ==
+      WriteResult::kDone)
+    return true;
   Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
   return false;
 }

@@ -166,10 +166,13 @@ TEST(EndToEnd, SdbAndConsoleUploadsArriveByteByByte) {
   ProjectConfig config = MakeImageConfig(0);
   config.regions.clear();
   const Document document = MakeDocument(21);
+  DefaultRecords defaults;
+  defaults.satellite.angle = 1234;
   for (const uint8_t format : {uint8_t{0}, uint8_t{1}}) {
     config.sdb_format = format;
     ReceiverRig receiver;
     SessionRig rig(receiver.comm.api);
+    rig.session.transfer.context.defaults = rig.recorder.context.defaults = &defaults;
     auto files = PrepareSdbUpload(rig.session.transfer.context, document, {1, 0}, config, kTime);
     ASSERT_TRUE(files);
     const Bytes urt = *ReadWholeFile((*files)[0]);
@@ -177,7 +180,7 @@ TEST(EndToEnd, SdbAndConsoleUploadsArriveByteByByte) {
     ASSERT_TRUE(rig.Run(config, TransferJob::kSdb));
     EXPECT_EQ(rig.statuses, (std::vector<std::string>{"Receiver not connected.", "Wait...",
                                                       "SDB upload inprogress.", "SDB upload completed."}));
-    const Bytes expected = format == 0 ? WriteSdbStream(*document.sdbs[0].database, {})
+    const Bytes expected = format == 0 ? WriteSdbStream(*document.sdbs[0].database, {}, defaults)
                                        : *BuildBin(rig.recorder.context, document, {}, {1, 0});
     const LoaderMemory memory = receiver.Memory();
     ASSERT_EQ(memory.spaces[0].size(), 1u) << testing::PrintToString(receiver.Notes());
