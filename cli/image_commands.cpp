@@ -200,14 +200,13 @@ std::string UrtJson(const UrtContent& urt) {
 }
 
 void ShowUrt(CommandState& state, const std::string& file, bool as_json) {
-  const auto content = ReadWholeFile(PathFromUtf8(file));
-  if (!content) {
+  const auto urt = ReadUrtFile(PathFromUtf8(file));
+  if (!urt) {
     Tell(state.context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
     throw CommandFailed{};
   }
-  const UrtContent urt = ReadUrt(*content);
-  state.output = as_json ? UrtJson(urt) : UrtText(urt);
-  if (urt.findings.empty()) return;
+  state.output = as_json ? UrtJson(*urt) : UrtText(*urt);
+  if (urt->findings.empty()) return;
   state.print_output_on_failure = true;
   throw CommandFailed{};
 }

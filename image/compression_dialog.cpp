@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/zlib_com.h"
+#include "platform/file_reader.h"
 
 namespace vexa {
 
@@ -35,6 +36,14 @@ std::optional<Bytes> Expand(const Context& context, std::span<const uint8_t> sou
   }
 }
 
+// Whether the first two bytes are a zlib stream's; files that hold something else are not read any further.
+bool BeginsAsPacked(const Path& path) {
+  auto reader = OpenFileReader(path);
+  uint8_t head[2];
+  if (!reader || reader->size < sizeof head || !reader->Read(0, head)) return true;  // said when it is read
+  return (head[0] & 15) == 8 && (head[0] << 8 | head[1]) % 31 == 0;
+}
+
 }  // namespace
 
 Path ProposeCompressionOutput(const Path& input, bool expand) {
@@ -60,6 +69,10 @@ std::optional<CompressionRefusal> CheckCompression(const CompressionDialog& dial
 }
 
 std::optional<CompressionSizes> RunCompression(const Context& context, const CompressionDialog& dialog) {
+  if (dialog.expand && !BeginsAsPacked(dialog.input)) {
+    context.messages.tell(Icon::kStop, "Decompression failed.", "Compression");
+    return std::nullopt;
+  }
   const auto source = ReadWholeFile(dialog.input);
   if (!source) {
     Tell(context.messages, Icon::kStop, "Could not read file \"%s\".", Utf8FromPath(dialog.input).c_str());

@@ -136,8 +136,12 @@ struct UrtContent {
 // with a finding, when its length does not fit its name and block table.
 bool ReadDescriptionBody(std::span<const uint8_t> body, uint64_t offset, UrtContent& content);
 
-// Takes the file apart and checks all of it. Never fails: what is wrong is in `findings`.
+// Takes the file apart and checks all of it. Never fails: what is wrong is in `findings`. When both
+// of its first two bytes are wrong it is no URT file, and nothing more is said of it.
 UrtContent ReadUrt(std::span<const uint8_t> file);
+// The same from a file, which is judged by its first bytes and its size before the rest is read. Nothing when
+// it cannot be read.
+std::optional<UrtContent> ReadUrtFile(const Path& path);
 
 // Deciphers and reads the header behind an image; nothing when there is none of this type there. `enciphered`
 // is the end of the image: kImageHeaderSize bytes, kType2HeaderSize for type 2.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <numeric>
 
 #include "core/bytes.h"
@@ -7,6 +8,7 @@
 #include "image/crc32_mpeg2.h"
 #include "image/rc4.h"
 #include "image/urt.h"
+#include "platform/file_reader.h"
 
 namespace vexa {
 
@@ -197,6 +199,19 @@ void CheckImageHeader(UrtContent& content, uint64_t offset) {
   if (content.type != 0) Add(content, offset, "The image has no readable header behind it.");
 }
 
+constexpr size_t kUrtHead = 10;  // magic, frame count, the first frame's start and length
+
+// The most bytes that a file of this head can have: the description's frame and full packets.
+uint64_t LargestUrt(std::span<const uint8_t, kUrtHead> head) {
+  constexpr uint64_t kFrame = 9, kPacketHeader = 12;
+  ByteReader reader(head);
+  reader.Skip(2);
+  const uint64_t frames = reader.U32Big();
+  reader.Skip(1);
+  const uint64_t description = reader.U24Big();
+  return 6 + kFrame + description + (frames - (frames != 0)) * (kFrame + kPacketHeader + kMaximumUrtPacket);
+}
+
 }  // namespace
 
 std::optional<ImageHeader> ReadImageHeader(std::span<const uint8_t> enciphered, uint8_t type,
@@ -295,7 +310,9 @@ bool ReadDescriptionBody(std::span<const uint8_t> body, uint64_t offset, UrtCont
 UrtContent ReadUrt(std::span<const uint8_t> file) {
   UrtContent content;
   ByteReader reader(file);
-  if (reader.U8() != 'M' || reader.U8() != 'Z') Add(content, 0, "The file does not begin with \"MZ\".");
+  const bool m = reader.U8() == 'M', z = reader.U8() == 'Z';
+  if (!m || !z) Add(content, 0, "The file does not begin with \"MZ\".");
+  if (!m && !z) return content;
   content.frames = reader.U32Big();
   if (!reader.ok()) {
     Add(content, 0, "The file ends inside its first six bytes.");
@@ -328,6 +345,27 @@ UrtContent ReadUrt(std::span<const uint8_t> file) {
   }
   CheckImageHeader(content, last);
   return content;
+}
+
+std::optional<UrtContent> ReadUrtFile(const Path& path) {
+  // A pipe has no size and gives its bytes once: it is read as it comes.
+  if (auto reader = OpenFileReader(path)) {
+    std::array<uint8_t, kUrtHead> head{};
+    const auto there = static_cast<size_t>(std::min<uint64_t>(kUrtHead, reader->size));
+    const std::span<uint8_t> start = std::span(head).first(there);
+    if (!reader->Read(0, start)) return std::nullopt;
+    if (head[0] != 'M' && head[1] != 'Z') return ReadUrt(start);
+    const uint64_t largest = LargestUrt(head);
+    if (reader->size > largest) {
+      UrtContent content;
+      Add(content, 2,
+          Format("The file has %llu bytes, its frames give at most %llu.",
+                 static_cast<unsigned long long>(reader->size), static_cast<unsigned long long>(largest)));
+      return content;
+    }
+  }
+  const auto file = ReadWholeFile(path);
+  return file ? std::optional(ReadUrt(*file)) : std::nullopt;
 }
 
 }  // namespace vexa

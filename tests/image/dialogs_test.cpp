@@ -219,6 +219,14 @@ TEST_F(UrtDialogTest, DamagedStreamIsToldOnceAndWritesNothing) {
   EXPECT_FALSE(std::filesystem::exists(dialog.output));
 }
 
+TEST_F(UrtDialogTest, WhatIsNoStreamIsNotReadWhole) {
+  CompressionDialog dialog{.expand = true, .input = Put("zeros.z", {0}), .output = {}};
+  dialog.output = ProposeCompressionOutput(dialog.input, true);
+  std::filesystem::resize_file(dialog.input, (uint64_t{1} << 31) + 1);  // more than is ever read whole
+  EXPECT_FALSE(RunCompression(recorder_.context, dialog).has_value());
+  EXPECT_EQ(recorder_.Texts(), std::vector<std::string>{"Decompression failed."});
+}
+
 TEST_F(UrtDialogTest, CompressionRefusesItsOwnInputAndMissingFiles) {
   CompressionDialog dialog;
   EXPECT_EQ(CheckCompression(dialog)->field, CompressionField::kInput);

@@ -371,6 +371,35 @@ TEST_F(Urt, FindingsNameThePlace) {
   EXPECT_THAT(content.findings[0].text, HasSubstr("checksum"));
 }
 
+// Each is larger than any file that can be read whole.
+TEST_F(Urt, FilesAreJudgedByTheirFirstBytesAndTheirSize) {
+  Type(3, 0, 0, 9);
+  const Bytes urt = Build(Counting(9));
+  const auto findings = [&](const Bytes& start, uint64_t size) {
+    PutFile(input, start);
+    if (size != 0) std::filesystem::resize_file(input, size);
+    const auto content = ReadUrtFile(input);
+    std::vector<std::string> texts;
+    for (const UrtFinding& finding : content.value_or(UrtContent{}).findings) texts.push_back(finding.text);
+    if (!content) texts.push_back("not read");
+    return texts;
+  };
+  const uint64_t large = (uint64_t{1} << 31) + 1;
+  EXPECT_THAT(findings({0}, large), ElementsAre("The file does not begin with \"MZ\"."));
+  EXPECT_THAT(findings(urt, large),
+              ElementsAre("The file has 2147483649 bytes, its frames give at most 12394."));
+  EXPECT_THAT(findings(BytesOf("MZ"), large),
+              ElementsAre("The file has 2147483649 bytes, its frames give at most 15."));
+  EXPECT_THAT(findings({}, 0), ElementsAre("The file does not begin with \"MZ\"."));
+  EXPECT_THAT(findings(BytesOf("MZ"), 0), ElementsAre("The file ends inside its first six bytes."));
+  Bytes damaged = urt;
+  damaged[0] = 'N';  // one letter of two: the rest is still read
+  EXPECT_EQ(findings(damaged, 0).size(), 1u);
+  EXPECT_EQ(ReadUrtFile(input)->image, Counting(9));
+  EXPECT_THAT(findings(urt, 0), IsEmpty());
+  EXPECT_FALSE(ReadUrtFile(recorder.context.temporary_folder / "none"));
+}
+
 TEST_F(Urt, FilesAppearWholeOrNotAtAll) {
   Type(3, 0, 0, 8);
   EXPECT_EQ(Convert(recorder.context), ConversionResult::kCannotOpen);
