@@ -59,7 +59,7 @@ Bytes LoadBytes(const LoaderMemory& memory, size_t space, uint32_t address, uint
   Bytes loaded(static_cast<size_t>(std::min(size, kLargestRegion)), 0xFF);
   const uint64_t start = address, end = start + loaded.size();
   for (const auto& [at, bytes] : memory.spaces.at(space)) {
-    const uint64_t first = std::max<uint64_t>(start, at), last = std::min<uint64_t>(end, at + bytes.size());
+    const uint64_t first = std::max<uint64_t>(start, at), last = std::min(end, uint64_t{at} + bytes.size());
     for (uint64_t i = first; i < last; ++i)
       loaded[static_cast<size_t>(i - start)] = bytes[static_cast<size_t>(i - at)];
   }

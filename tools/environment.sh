@@ -16,6 +16,9 @@ build() {
   (cd "$root" && nice -n 15 cmake --build --preset "$preset" "${targets[@]}" >"build/$preset.build.log" 2>&1) || { tail -40 "$root/build/$preset.build.log"; return 1; }
 }
 
+# What commands start with where the Wine is not the machine's own (tools/wine32.sh): VEXA_WINE_WITH once, around all of
+# them, and VEXA_WINE_IN before each of Wine's commands.
+
 # wine_prefix: makes the Wine prefix once. It is whole only when its server has ended: a display that goes away
 # earlier leaves it without folders and drives. Unmanaged windows: without a window manager Wine waits seconds for
 # one each time a window closes, unless it manages windows itself.
@@ -23,7 +26,7 @@ wine_prefix() {
   [ -f "$WINEPREFIX/whole" ] && return 0
   rm -rf "$WINEPREFIX"
   mkdir -p "$root/build"
-  timeout 300 xvfb-run -a sh -c '
+  timeout 300 ${VEXA_WINE_WITH:-env} xvfb-run -a ${VEXA_WINE_IN:-env} sh -c '
     wineboot -i
     wineserver -w
     wine reg add "HKCU\\Software\\Wine\\X11 Driver" /v Managed /d N /f

@@ -26,14 +26,15 @@ TEST(ZlibCom, RoundTrips) {
   for (const size_t size : {size_t{0}, size_t{1}, size_t{500}, size_t{300000}}) {
     for (const int level : {0, 1, 6, 9}) {
       const Bytes source = Noise(size);
-      Bytes packed(CompressedCapacity(size) + 100);
+      Bytes packed(static_cast<size_t>(CompressedCapacity(size)) + 100);
       const uint64_t length = CompressBuffer(recorder.context.messages, source, packed, level, "");
       ASSERT_GT(length, 0u) << size << " at level " << level;
       ASSERT_LE(length, CompressedCapacity(size));
       Bytes result(size);
       uint64_t made = 99;
-      ASSERT_EQ(
-          DecompressBuffer(recorder.context.messages, std::span(packed).first(length), result, made, ""), 0);
+      ASSERT_EQ(DecompressBuffer(recorder.context.messages,
+                                 std::span(packed).first(static_cast<size_t>(length)), result, made, ""),
+                0);
       ASSERT_EQ(made, size);
       ASSERT_EQ(result, source);
     }
@@ -67,8 +68,8 @@ TEST(ZlibCom, TooSmallDestinationAndBadLevelFail) {
 TEST(ZlibCom, DamagedOrTooLongDataFailsToInflate) {
   Recorder recorder;
   const Bytes source = Noise(1000);
-  Bytes packed(CompressedCapacity(1000));
-  packed.resize(CompressBuffer(recorder.context.messages, source, packed, 6, ""));
+  Bytes packed(static_cast<size_t>(CompressedCapacity(1000)));
+  packed.resize(static_cast<size_t>(CompressBuffer(recorder.context.messages, source, packed, 6, "")));
   uint64_t length = 0;
   Bytes small(999), enough(1000);
   EXPECT_EQ(DecompressBuffer(recorder.context.messages, packed, small, length, ""), -5);  // Z_BUF_ERROR

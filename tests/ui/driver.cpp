@@ -24,22 +24,24 @@ std::wstring ClassOf(HWND window) {
   return name;
 }
 
+struct Search {
+  DWORD process;
+  const std::function<bool(HWND)>* wanted;
+  std::vector<HWND> found;
+};
+
+BOOL CALLBACK AddWanted(HWND window, LPARAM parameter) {
+  auto& search = *reinterpret_cast<Search*>(parameter);
+  DWORD owner = 0;
+  GetWindowThreadProcessId(window, &owner);
+  if (owner == search.process && (*search.wanted)(window)) search.found.push_back(window);
+  return TRUE;
+}
+
 // Top windows of one process that pass the test.
 std::vector<HWND> TopWindows(DWORD process, const std::function<bool(HWND)>& wanted) {
-  struct Search {
-    DWORD process;
-    const std::function<bool(HWND)>* wanted;
-    std::vector<HWND> found;
-  } search{process, &wanted, {}};
-  EnumWindows(
-      [](HWND window, LPARAM parameter) -> BOOL {
-        auto& all = *reinterpret_cast<Search*>(parameter);
-        DWORD owner = 0;
-        GetWindowThreadProcessId(window, &owner);
-        if (owner == all.process && (*all.wanted)(window)) all.found.push_back(window);
-        return TRUE;
-      },
-      reinterpret_cast<LPARAM>(&search));
+  Search search{process, &wanted, {}};
+  EnumWindows(AddWanted, reinterpret_cast<LPARAM>(&search));
   return search.found;
 }
 
