@@ -4,17 +4,26 @@
 
 #include "core/bytes.h"
 #include "loader/receiver.h"
+#include "platform/terminal.h"
 #include "serial/transfer.h"
 
 using namespace vexa;
 
 namespace {
 
+// One folder a process, gone when it ends.
+struct OwnFolder {
+  std::optional<Path> path = CreateTemporaryFolder(Format("vexa-line-fuzz-%lu", ProcessNumber()));
+  ~OwnFolder() {
+    if (path) RemoveFolder(*path);
+  }
+};
+
 Context QuietContext() {
-  static const auto folder = CreateTemporaryFolder("vexa-line-fuzz");
+  static const OwnFolder folder;
   Context context;
   context.messages.tell = [](Icon, const std::string&, const std::string&) {};
-  if (folder) context.temporary_folder = *folder;
+  if (folder.path) context.temporary_folder = *folder.path;
   return context;
 }
 
