@@ -3,9 +3,9 @@
 #include <limits>
 #include <system_error>
 
-namespace vexa {
+#include "platform/file_system.h"
 
-std::FILE* OpenFile(const Path& path, bool writing);  // platform/windows, platform/posix
+namespace vexa {
 
 bool FileReader::Read(uint64_t offset, std::span<uint8_t> place) {
   if (offset != position) {

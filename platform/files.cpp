@@ -1,9 +1,16 @@
 #include "platform/files.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <system_error>
+
+#include "platform/file_system.h"
+#include "platform/interrupt.h"
+#include "platform/terminal.h"
 
 namespace vexa {
 
@@ -15,22 +22,39 @@ struct CloseFile {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-// A name beside `target` that no other write of this process uses.
-Path ScratchBeside(const Path& target) {
-  static std::atomic<unsigned> counter{0};
-  Path scratch = target;
-  scratch += ".~" + std::to_string(counter++) + "~";
-  return scratch;
-}
-
 // Gone at the end, unless it was renamed.
 struct Scratch {
-  const Path path;
+  Path path;  // empty: none could be made
+  Scratch() = default;
+  Scratch(Scratch&& other) noexcept { path.swap(other.path); }
+  Scratch& operator=(Scratch&& other) noexcept {
+    path.swap(other.path);
+    return *this;
+  }
   ~Scratch() {
     std::error_code ignored;
-    fs::remove(path, ignored);
+    if (!path.empty()) fs::remove(path, ignored);
   }
 };
+
+// A new, empty file beside `target`. Its name is short, so that it can stand beside one of the longest names,
+// and was free: no file of the user's and none of another process is ever taken for it.
+Scratch ScratchBeside(const Path& target) {
+  static std::atomic<uint64_t> counter{
+      static_cast<uint64_t>(std::chrono::system_clock::now().time_since_epoch().count())};
+  Scratch scratch;
+  for (int attempt = 0; attempt < 1000; ++attempt) {
+    char name[64];
+    std::snprintf(name, sizeof name, ".vexa-%lx-%llx.tmp", ProcessNumber(),
+                  static_cast<unsigned long long>(counter++));
+    Path path = target.parent_path() / name;
+    const NewFile made = CreateNewFile(path);
+    if (made == NewFile::kTaken) continue;
+    if (made == NewFile::kMade) scratch.path = std::move(path);
+    break;
+  }
+  return scratch;
+}
 
 // A file without any permission to write: its user wants it kept.
 bool IsReadOnly(const fs::file_status& status) {
@@ -53,27 +77,94 @@ WriteResult Fill(const Path& path, const std::function<bool(const PieceWriter&)>
   return files.finish(file) && done ? WriteResult::kDone : WriteResult::kFailed;
 }
 
-}  // namespace
+constexpr size_t kReadPiece = size_t{4} << 20;  // between two looks at whether the user interrupts
 
-std::FILE* OpenFile(const Path& path, bool writing);  // platform/windows, platform/posix
+// As std::fread, in pieces; less than asked for when the program is interrupted.
+size_t ReadPieces(std::span<uint8_t> place, std::FILE* file) {
+  size_t used = 0;
+  while (used < place.size() && !InterruptWatch::IsInterrupted()) {
+    const size_t piece = std::min(kReadPiece, place.size() - used);
+    const size_t count = std::fread(place.data() + used, 1, piece, file);
+    used += count;
+    if (count < piece) break;
+  }
+  return used;
+}
 
-namespace {
+std::string SystemText(int code) {
+  return std::error_code(code, std::generic_category()).message();
+}
+
+// What a write goes to: through a link, so that the file it names is replaced and not the link.
+Path TargetOf(const Path& path) {
+  std::error_code error;
+  return fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : path;
+}
+
+// A file on its way to its name; without a scratch file it was written to as it stands.
+struct Staged {
+  Scratch scratch;
+  Path target;
+};
+
+WriteResult Stage(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
+                  const FileOperations& files, Staged& staged) {
+  std::error_code error;
+  const auto before = fs::status(path, error);
+  if (path.empty() || fs::is_directory(before) || IsReadOnly(before)) return WriteResult::kCannotCreate;
+  // A device or a pipe takes the content as it comes; nothing may take its place.
+  if (fs::exists(before) && !fs::is_regular_file(before)) return Fill(path, produce, files);
+  staged.target = TargetOf(path);
+  staged.scratch = ScratchBeside(staged.target);
+  if (staged.scratch.path.empty()) return WriteResult::kCannotCreate;
+  const WriteResult filled = Fill(staged.scratch.path, produce, files);
+  if (filled == WriteResult::kDone && fs::is_regular_file(before))
+    fs::permissions(staged.scratch.path, before.permissions(), error);
+  return filled;
+}
+
+// What a name held before it got another file.
+struct Former {
+  Scratch old;
+  bool moved = false, was_there = false;
+};
+
+bool PutAside(const Path& target, Former& former) {
+  std::error_code error;
+  former.was_there = fs::exists(target, error);
+  if (former.was_there) {
+    former.old = ScratchBeside(target);
+    if (former.old.path.empty() || !SystemFiles().replace(target, former.old.path)) return false;
+  }
+  former.moved = true;
+  return true;
+}
+
+void PutBack(const Path& target, Former& former) {
+  std::error_code error;
+  if (!former.moved) return;
+  if (!former.was_there) {
+    fs::remove(target, error);
+  } else if (SystemFiles().replace(former.old.path, target)) {
+    former.old.path.clear();
+  }
+}
 
 // Everything from here to the end; false when reading breaks off or more than `limit` bytes come. `size` is a
 // first guess only: a pipe has none and a file may still grow.
 bool ReadToEnd(std::FILE* file, uint64_t size, uint64_t limit, Bytes& content) {
   content.resize(static_cast<size_t>(size));
-  size_t used = content.empty() ? 0 : std::fread(content.data(), 1, content.size(), file);
+  size_t used = ReadPieces(content, file);
   while (used == content.size()) {
     uint8_t more[4096];
-    const size_t count = std::fread(more, 1, sizeof more, file);
+    const size_t count = ReadPieces(more, file);
     if (count == 0) break;
     if (used + count > limit) return false;
     content.insert(content.end(), more, more + count);
     used += count;
   }
   content.resize(used);
-  return !std::ferror(file);
+  return !std::ferror(file) && !InterruptWatch::IsInterrupted();
 }
 
 }  // namespace
@@ -105,18 +196,29 @@ WriteResult WriteWholeFile(const Path& path, std::span<const uint8_t> content, c
 
 WriteResult WriteWholeFileBy(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
                              const FileOperations& files) {
-  std::error_code error;
-  const auto before = fs::status(path, error);
-  if (path.empty() || fs::is_directory(before) || IsReadOnly(before)) return WriteResult::kCannotCreate;
-  // A device or a pipe takes the content as it comes; nothing may take its place.
-  if (fs::exists(before) && !fs::is_regular_file(before)) return Fill(path, produce, files);
-  // Through a link, so that the file it names is replaced and not the link.
-  const Path target = fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : path;
-  const Scratch scratch{ScratchBeside(target)};
-  const WriteResult filled = Fill(scratch.path, produce, files);
-  if (filled != WriteResult::kDone) return filled;
-  if (fs::is_regular_file(before)) fs::permissions(scratch.path, before.permissions(), error);
-  return files.replace(scratch.path, target) ? WriteResult::kDone : WriteResult::kFailed;
+  Staged staged;
+  const WriteResult made = Stage(path, produce, files, staged);
+  if (made != WriteResult::kDone || staged.scratch.path.empty()) return made;
+  return files.replace(staged.scratch.path, staged.target) ? WriteResult::kDone : WriteResult::kFailed;
+}
+
+WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refused,
+                            const FileOperations& files) {
+  std::vector<Staged> staged(contents.size());
+  for (refused = 0; refused < contents.size(); ++refused) {
+    const auto produce = [&](const PieceWriter& write) { return write(contents[refused].content); };
+    const WriteResult made = Stage(contents[refused].path, produce, files, staged[refused]);
+    if (made != WriteResult::kDone) return made;
+  }
+  std::vector<Former> former(contents.size());
+  for (refused = 0; refused < contents.size(); ++refused) {
+    Staged& one = staged[refused];
+    if (one.scratch.path.empty()) continue;
+    if (PutAside(one.target, former[refused]) && files.replace(one.scratch.path, one.target)) continue;
+    for (size_t i = 0; i <= refused; ++i) PutBack(staged[i].target, former[i]);
+    return WriteResult::kFailed;
+  }
+  return WriteResult::kDone;
 }
 
 std::optional<Path> CreateTemporaryFolder(const std::string& name) {
@@ -131,7 +233,38 @@ std::optional<Path> CreateTemporaryFolder(const std::string& name) {
 
 void RemoveFolder(const Path& folder) {
   std::error_code error;
-  if (!folder.empty()) fs::remove_all(folder, error);
+  // Walking through it takes memory; what ran out once is often there again.
+  for (int attempt = 0; attempt < 2 && !folder.empty(); ++attempt) {
+    try {
+      fs::remove_all(folder, error);
+      return;
+    } catch (const std::exception&) {
+    }
+  }
+}
+
+std::string WhyUnreadable(const Path& path) {
+  std::error_code error;
+  if (fs::is_directory(path, error)) return SystemText(EISDIR);
+  errno = 0;
+  const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
+  if (!file) return SystemText(errno);
+  // Nothing is taken out of a pipe or a device.
+  if (fs::is_regular_file(path, error) && std::fgetc(file.get()) == EOF && std::ferror(file.get()))
+    return SystemText(errno);
+  return {};
+}
+
+std::string WhyNotWritable(const Path& path) {
+  std::error_code error;
+  const auto before = fs::status(path, error);
+  if (path.empty()) return SystemText(ENOENT);
+  if (fs::is_directory(before)) return SystemText(EISDIR);
+  if (IsReadOnly(before)) return SystemText(EACCES);
+  if (fs::exists(before) && !fs::is_regular_file(before)) return {};
+  errno = 0;
+  if (ScratchBeside(TargetOf(path)).path.empty()) return SystemText(errno);
+  return {};
 }
 
 std::string Utf8FromPath(const Path& path) {

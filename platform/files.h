@@ -1,6 +1,6 @@
 // Files of the operating system, as the engine needs them: read whole, or written whole.
 //
-// A file is written beside its target under a name of its own, flushed to the disk and renamed over
+// A file is written beside its target under a name that was free, flushed to the disk and renamed over
 // the target, so that the target is at every moment the old file or the new one, never a part. A device or a
 // pipe is written to as it stands; a read-only file is refused.
 //
@@ -45,7 +45,7 @@ const FileOperations& SystemFiles();
 enum class ReadResult {
   kDone,
   kCannotOpen,  // not there, a folder, or not permitted
-  kFailed,      // reading broke off, or the file is above the limit
+  kFailed,      // reading broke off, the program was interrupted, or the file is above the limit
 };
 
 inline constexpr uint64_t kReadLimit = uint64_t{1} << 31;  // bytes
@@ -65,7 +65,22 @@ using PieceWriter = std::function<bool(std::span<const uint8_t>)>;
 WriteResult WriteWholeFileBy(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
                              const FileOperations& files = SystemFiles());
 
-// A new folder under the system's temporary path, named from `name`; nothing when it cannot be made.
+// All of them or none: when one fails, every path holds what it held before. `refused` is the place of that
+// one. Devices and pipes have taken theirs by then.
+struct FileContent {
+  Path path;
+  Bytes content;
+};
+WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refused,
+                            const FileOperations& files = SystemFiles());
+
+// Why the system refuses to read the file, or to write it in place of what `path` holds; empty when it does
+// not.
+std::string WhyUnreadable(const Path& path);
+std::string WhyNotWritable(const Path& path);
+
+// A new folder under the system's temporary path, named from `name`; nothing when it cannot be made. Who
+// needs one for the time of a program takes a TemporaryFolder (platform/temporary_folder.h).
 std::optional<Path> CreateTemporaryFolder(const std::string& name);
 // Removes the folder with all that is in it; failures are silent.
 void RemoveFolder(const Path& folder);

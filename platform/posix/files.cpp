@@ -1,15 +1,46 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 
+#include "platform/file_system.h"
+
 namespace vexa {
 
 std::FILE* OpenFile(const Path& path, bool writing) {
   return std::fopen(path.c_str(), writing ? "wb" : "rb");
+}
+
+NewFile CreateNewFile(const Path& path) {
+  const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (file < 0) return errno == EEXIST ? NewFile::kTaken : NewFile::kFailed;
+  close(file);
+  return NewFile::kMade;
+}
+
+namespace {
+
+struct Locked : LockedFile {
+  int file = -1;
+  ~Locked() override {
+    if (file >= 0) close(file);
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<LockedFile> LockFile(const Path& path, bool create) {
+  auto locked = std::make_unique<Locked>();
+  locked->file = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | (create ? O_CREAT | O_EXCL : 0), 0600);
+  struct stat facts {};
+  if (locked->file < 0 || flock(locked->file, LOCK_EX | LOCK_NB) != 0) return nullptr;
+  if (fstat(locked->file, &facts) != 0 || !S_ISREG(facts.st_mode) || facts.st_nlink == 0) return nullptr;
+  return locked;
 }
 
 const FileOperations& SystemFiles() {

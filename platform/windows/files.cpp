@@ -3,7 +3,10 @@
 #include <io.h>
 #include <windows.h>
 
+#include <cerrno>
 #include <cstdio>
+
+#include "platform/file_system.h"
 
 namespace vexa {
 
@@ -24,6 +27,41 @@ std::wstring LongPath(const Path& path) {
 
 std::FILE* OpenFile(const Path& path, bool writing) {
   return _wfopen(LongPath(path).c_str(), writing ? L"wb" : L"rb");
+}
+
+NewFile CreateNewFile(const Path& path) {
+  const HANDLE file = CreateFileW(LongPath(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file != INVALID_HANDLE_VALUE) {
+    CloseHandle(file);
+    return NewFile::kMade;
+  }
+  const DWORD error = GetLastError();
+  if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS) return NewFile::kTaken;
+  const bool missing = error == ERROR_PATH_NOT_FOUND || error == ERROR_FILE_NOT_FOUND;
+  errno = missing ? ENOENT : error == ERROR_DISK_FULL ? ENOSPC : EACCES;
+  return NewFile::kFailed;
+}
+
+namespace {
+
+struct Locked : LockedFile {
+  HANDLE file = INVALID_HANDLE_VALUE;
+  ~Locked() override {
+    if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<LockedFile> LockFile(const Path& path, bool create) {
+  auto locked = std::make_unique<Locked>();
+  // Shared with nobody: whoever opens it meanwhile is refused.
+  locked->file = CreateFileW(LongPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                             create ? CREATE_NEW : OPEN_EXISTING,
+                             FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+  if (locked->file == INVALID_HANDLE_VALUE) return nullptr;
+  return locked;
 }
 
 const FileOperations& SystemFiles() {

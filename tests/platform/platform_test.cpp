@@ -2,6 +2,8 @@
 
 #if !defined(_WIN32)
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #endif
 
 #include <thread>
@@ -9,11 +11,18 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/settings_store.h"
+#include "platform/temporary_folder.h"
 #include "platform/text.h"
 #include "tests/support/recorder.h"
 
 namespace vexa {
 namespace {
+
+int FilesIn(const Path& folder) {
+  int files = 0;
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder)) ++files;
+  return files;
+}
 
 TEST(Files, EveryFailingStepLeavesTheOldFileAndNoScratch) {
   Recorder recorder;
@@ -31,11 +40,7 @@ TEST(Files, EveryFailingStepLeavesTheOldFileAndNoScratch) {
     EXPECT_EQ(ReadWholeFile(target), before) << step;
   }
   EXPECT_EQ(ReadWholeFile(target), after);
-  int files = 0;
-  for ([[maybe_unused]] const auto& entry :
-       std::filesystem::directory_iterator(recorder.context.temporary_folder))
-    ++files;
-  EXPECT_EQ(files, 1);
+  EXPECT_EQ(FilesIn(recorder.context.temporary_folder), 1);
 }
 
 TEST(Files, RefusesFoldersMissingFilesAndWhatIsTooLarge) {
@@ -77,7 +82,121 @@ TEST(Files, AReadOnlyFileIsKept) {
   std::filesystem::permissions(file, kWrite, std::filesystem::perm_options::add);
 }
 
+TEST(Files, NamesOfTheLargestLengthAndFilesBesideThemStayWhole) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder;
+  const Path target = folder / std::string(255 - 4, 'n').append(".bin");
+  for (int i = 0; i < 40; ++i) PutFile(folder / ("a.bin.~" + std::to_string(i) + "~"), BytesOf("user's own"));
+  for (const char* content : {"one", "two"}) {
+    EXPECT_EQ(WriteWholeFile(target, BytesOf(content)), WriteResult::kDone);
+    EXPECT_EQ(WriteWholeFile(folder / "a.bin", BytesOf(content)), WriteResult::kDone);
+    EXPECT_EQ(ReadWholeFile(target), BytesOf(content));
+  }
+  EXPECT_EQ(FilesIn(folder), 42);
+}
+
+TEST(Files, SeveralFilesAppearAllOrNone) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder;
+  const Path old = folder / "old", added = folder / "added", last = folder / "last";
+  const std::vector<FileContent> contents = {
+      {old, BytesOf("new")}, {added, BytesOf("added")}, {last, BytesOf("last")}};
+  size_t refused = 0;
+  for (int step = 1;; ++step) {
+    PutFile(old, BytesOf("before"));
+    PutFile(last, BytesOf("before"));
+    recorder.FailStep(step);
+    const WriteResult result = WriteWholeFiles(contents, refused, recorder.files);
+    if (recorder.steps < step) {
+      EXPECT_EQ(result, WriteResult::kDone);
+      EXPECT_EQ(step, 3 * 4 + 1);  // create, write, finish, replace
+      break;
+    }
+    EXPECT_NE(result, WriteResult::kDone);
+    EXPECT_EQ(refused, step <= 9 ? (step - 1) / 3 : step - 10) << step;
+    EXPECT_EQ(ReadWholeFile(old), BytesOf("before")) << step;
+    EXPECT_EQ(ReadWholeFile(last), BytesOf("before")) << step;
+    EXPECT_EQ(FilesIn(folder), 2) << step;
+  }
+  EXPECT_EQ(ReadWholeFile(old), BytesOf("new"));
+  EXPECT_EQ(ReadWholeFile(added), BytesOf("added"));
+  EXPECT_EQ(ReadWholeFile(last), BytesOf("last"));
+  EXPECT_EQ(FilesIn(folder), 3);
+}
+
+TEST(TemporaryFolders, ThoseOfProcessesThatAreGoneAreRemoved) {
+  Recorder recorder;
+  const std::string family = Utf8FromPath(recorder.context.temporary_folder.filename()) + "-";
+  std::string why;
+  const Path parent = recorder.context.temporary_folder.parent_path();
+  auto mine = TemporaryFolder::Make(family + "mine", why),
+       again = TemporaryFolder::Make(family + "mine", why);
+  ASSERT_TRUE(mine && again) << why;
+  EXPECT_NE(mine->path(), again->path());
+  const Path dead = parent / (family + "dead"), other = parent / (family + "other");
+  for (const Path& folder : {dead, other}) {
+    std::filesystem::create_directories(folder / "inner");
+    PutFile(folder / "inner" / "scratch", BytesOf("x"));
+  }
+  PutFile(dead / "vexa-owner", {});  // as a killed program leaves it: not locked
+  RemoveAbandonedFolders(family);
+  EXPECT_FALSE(std::filesystem::exists(dead));
+  EXPECT_TRUE(std::filesystem::exists(other / "inner" / "scratch")) << "nobody's, as far as can be told";
+  EXPECT_TRUE(std::filesystem::exists(mine->path()));
+  EXPECT_TRUE(std::filesystem::exists(again->path()));
+  const Path path = mine->path();
+  PutFile(path / "scratch", BytesOf("x"));
+  mine.reset();
+  EXPECT_FALSE(std::filesystem::exists(path));
+  RemoveFolder(other);
+}
+
+TEST(Files, TellsWhyAFileCannotBeUsed) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder, file = folder / "file";
+  PutFile(file, BytesOf("x"));
+  EXPECT_EQ(WhyUnreadable(file), "");
+  EXPECT_EQ(WhyNotWritable(file), "");
+  EXPECT_EQ(WhyNotWritable(folder / "new"), "");
+  for (const Path& path : {folder, folder / "none" / "file"}) {
+    EXPECT_NE(WhyUnreadable(path), "");
+    EXPECT_NE(WhyNotWritable(path), "");
+  }
+  EXPECT_EQ(FilesIn(folder), 1);
+}
+
 #if !defined(_WIN32)
+TEST(Files, ProcessesThatWriteOneTargetLeaveOneOfTheirFilesWhole) {
+  Recorder recorder;
+  const Path target = recorder.context.temporary_folder / "target";
+  std::vector<pid_t> writers;
+  for (const char letter : {'a', 'b', 'c'}) {
+    writers.push_back(fork());
+    if (writers.back() != 0) continue;
+    int status = 0;
+    for (int i = 0; i < 60; ++i) {
+      if (WriteWholeFile(target, Bytes(20000, static_cast<uint8_t>(letter))) != WriteResult::kDone)
+        status = 1;
+    }
+    _exit(status);
+  }
+  for (const pid_t writer : writers) {
+    int status = -1;
+    waitpid(writer, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+  const Bytes last = ReadWholeFile(target).value_or(Bytes{});
+  ASSERT_EQ(last.size(), 20000u);
+  EXPECT_EQ(last, Bytes(20000, last[0]));
+  EXPECT_EQ(FilesIn(recorder.context.temporary_folder), 1);
+}
+
+TEST(Files, AReadThatFailsIsNoEnd) {
+  if (!std::filesystem::exists("/proc/self/mem")) GTEST_SKIP();
+  EXPECT_FALSE(ReadWholeFile("/proc/self/mem"));  // its first pages are no memory: reading them fails
+  EXPECT_NE(WhyUnreadable("/proc/self/mem"), "");
+}
+
 TEST(Files, APipeIsWrittenToAndStays) {
   Recorder recorder;
   const Path pipe = recorder.context.temporary_folder / "pipe";

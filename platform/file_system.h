@@ -1,0 +1,25 @@
+// What `platform/` itself needs of the system's files; the other rooms use files.h.
+#pragma once
+
+#include <cstdio>
+
+#include "platform/files.h"
+
+namespace vexa {
+
+// nullptr when it cannot be opened; errno says why. Writing empties the file.
+std::FILE* OpenFile(const Path& path, bool writing);
+
+enum class NewFile { kMade, kTaken, kFailed };
+// An empty file under a name that was free; kTaken when anything has the name. errno says why it failed.
+NewFile CreateNewFile(const Path& path);
+
+// A file that stays locked until the object goes or the process ends, however it ends.
+struct LockedFile {
+  virtual ~LockedFile() = default;
+};
+// Opens `path`, or makes it when `create`, and locks it. Null when it is not there, is locked by another, is
+// a link, or was removed meanwhile.
+std::unique_ptr<LockedFile> LockFile(const Path& path, bool create);
+
+}  // namespace vexa

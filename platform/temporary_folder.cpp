@@ -1,0 +1,69 @@
+#include "platform/temporary_folder.h"
+
+#include <system_error>
+#include <vector>
+
+#include "platform/file_system.h"
+
+namespace vexa {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kOwnerFile = "vexa-owner";
+constexpr int kAttempts = 100;
+
+}  // namespace
+
+TemporaryFolder::TemporaryFolder(Path path, std::unique_ptr<LockedFile> owner)
+    : path_(std::move(path)), owner_(std::move(owner)) {}
+
+TemporaryFolder::~TemporaryFolder() {
+  owner_.reset();  // some systems do not remove an open file
+  RemoveFolder(path_);
+}
+
+std::unique_ptr<TemporaryFolder> TemporaryFolder::Make(const std::string& name, std::string& why) {
+  std::error_code error;
+  const Path parent = fs::temp_directory_path(error);
+  if (error) {
+    why = Utf8FromPath(parent) + (parent.empty() ? "" : ": ") + error.message();
+    return nullptr;
+  }
+  Path folder;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    folder = parent / PathFromUtf8(attempt == 0 ? name : name + "-" + std::to_string(attempt));
+    const bool made = fs::create_directory(folder, error);
+    if (error) break;
+    if (!made) continue;
+    // Where another start looks between the two steps, the file is gone or locked: the next name is tried.
+    if (auto owner = LockFile(folder / kOwnerFile, true))
+      return std::unique_ptr<TemporaryFolder>(new TemporaryFolder(folder, std::move(owner)));
+    RemoveFolder(folder);
+  }
+  if (!error) error = std::make_error_code(std::errc::permission_denied);
+  why = Utf8FromPath(folder) + ": " + error.message();
+  return nullptr;
+}
+
+void RemoveAbandonedFolders(const std::string& family) {
+  std::error_code error;
+  std::vector<Path> left;
+  const Path parent = fs::temp_directory_path(error);
+  if (error) return;
+  for (fs::directory_iterator entry(parent, error), end; !error && entry != end; entry.increment(error)) {
+    if (Utf8FromPath(entry->path().filename()).starts_with(family)) left.push_back(entry->path());
+  }
+  for (const Path& folder : left) {
+    if (fs::symlink_status(folder, error).type() != fs::file_type::directory) continue;
+    auto owner = LockFile(folder / kOwnerFile, false);
+    if (!owner) continue;
+#if defined(_WIN32)
+    owner.reset();  // an open file is not removed
+#endif
+    RemoveFolder(folder);
+  }
+}
+
+}  // namespace vexa
