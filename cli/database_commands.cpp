@@ -37,7 +37,7 @@ void Save(CommandState& state, const SaveOptions& options) {
   std::tie(version.major, version.minor) = *ParseVersion(options.version);
   version.initials = LatinFromUtf8(options.initials);
   const Path output = PathFromUtf8(options.output);
-  bool saved = false;
+  std::optional<uint64_t> saved;
   if (options.satellites.empty()) {
     saved = SaveBin(state.context, document, output, version, {MaskOf(sdbs), MaskOf(ubis)});
   } else {
@@ -46,7 +46,7 @@ void Save(CommandState& state, const SaveOptions& options) {
     const auto chosen = ParseList(state, options.satellites, count);
     saved = SaveSatellites(state.context, document, sdbs[0], chosen, output, version);
   }
-  if (!saved || !CheckBinSize(state.context, output)) throw CommandFailed{};
+  if (!saved || !CheckBinSize(state.context, *saved)) throw CommandFailed{};
 }
 
 void AddSave(CLI::App& program, CommandState& state) {

@@ -57,8 +57,8 @@ void Sort(CommandState& state, const CLI::App& command, const SortArguments& arg
   const Document document = OpenDocument(state, arguments.file);
   const auto sdbs = ParseList(state, arguments.sdbs, document.sdbs.size());
   const Path output = PathFromUtf8(arguments.output);
-  if (!SortToFile(state.context, document, sdbs, options, output) || !CheckBinSize(state.context, output))
-    throw CommandFailed{};
+  const auto size = SortToFile(state.context, document, sdbs, options, output);
+  if (!size || !CheckBinSize(state.context, *size)) throw CommandFailed{};
 }
 
 void Check(CommandState& state, const std::string& file) {

@@ -120,9 +120,10 @@ void Import(CommandState& state, const ImportOptions& options) {
   Document document;
   if (!OpenWorkFiles(state.context, work, defaults, document)) throw CommandFailed{};
   folder.Write(state, work);
-  if (!SaveBin(state.context, document, output)) throw CommandFailed{};
+  const auto size = SaveBin(state.context, document, output);
+  if (!size) throw CommandFailed{};
   folder.Keep();  // the database stands from here on, even when it is too large for a receiver
-  if (!CheckBinSize(state.context, output)) throw CommandFailed{};
+  if (!CheckBinSize(state.context, *size)) throw CommandFailed{};
 }
 
 void AddImport(CLI::App& program, CommandState& state) {

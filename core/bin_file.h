@@ -59,17 +59,20 @@ bool OpenBinBytes(const Context& context, std::span<const uint8_t> file, Documen
 // The container as a save writes it. Nothing after a failed compression (message shown).
 std::optional<Bytes> BuildBin(const Context& context, const Document& document, const BinVersion& version,
                               const BinSelection& selection);
-// As BuildBin, replacing `path` whole. False after a message; the old file is untouched then.
-// Refuses a selected SDB without LNB or satellite.
-bool SaveBin(const Context& context, const Document& document, const Path& path,
-             const BinVersion& version = {}, const BinSelection& selection = {});
+// As BuildBin, replacing `path` whole. The size of the file; nothing after a message, the old file being
+// untouched then. Refuses a selected SDB without LNB or satellite. A file above kMaximumBinSize is written
+// all the same: CheckBinSize tells so afterwards, from the size alone, since the file may be gone or changed
+// by then.
+std::optional<uint64_t> SaveBin(const Context& context, const Document& document, const Path& path,
+                                const BinVersion& version = {}, const BinSelection& selection = {});
 // A container of one SDB, no UBI, with a version-5 stream of the chosen satellites (table positions,
 // ascending).
-bool SaveSatellites(const Context& context, const Document& document, size_t sdb,
-                    const std::vector<size_t>& satellites, const Path& path, const BinVersion& version = {});
+std::optional<uint64_t> SaveSatellites(const Context& context, const Document& document, size_t sdb,
+                                       const std::vector<size_t>& satellites, const Path& path,
+                                       const BinVersion& version = {});
 
-// True when the file has at most kMaximumBinSize bytes; else shows the size message.
-bool CheckBinSize(const Context& context, const Path& path);
+// True when a file of `size` bytes is one that a receiver takes; else shows the size message.
+bool CheckBinSize(const Context& context, uint64_t size);
 
 // One SDB as a stream. Sets the fields that a save sets (first service, carrier and LNB indices) in the bytes
 // only. Unused LNB and satellite places are filled from `defaults`.

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 
 #include "core/bin_file.h"
@@ -373,10 +371,11 @@ bool HasLnbAndSatellite(const Context& context, const ContainerPlan& plan) {
   return complete;
 }
 
-bool SaveContainer(const Context& context, ContainerPlan plan, const Path& path, const BinVersion& version) {
-  if (!HasLnbAndSatellite(context, plan) || !PrepareParts(context, plan, version)) return false;
+std::optional<uint64_t> SaveContainer(const Context& context, ContainerPlan plan, const Path& path,
+                                      const BinVersion& version) {
+  if (!HasLnbAndSatellite(context, plan) || !PrepareParts(context, plan, version)) return std::nullopt;
   std::optional<Bytes> packed;
-  if (plan.compress_payload && !(packed = PackContainer(context, plan, version))) return false;
+  if (plan.compress_payload && !(packed = PackContainer(context, plan, version))) return std::nullopt;
   const auto produce = [&](const PieceWriter& write) {
     if (packed) return write(*packed);
     ByteWriter out;
@@ -385,15 +384,15 @@ bool SaveContainer(const Context& context, ContainerPlan plan, const Path& path,
   };
   switch (WriteWholeFileBy(path, produce, *context.files)) {
     case WriteResult::kDone:
-      return true;
+      return packed ? packed->size() : kBinHeaderSize + plan.PayloadSize();
     case WriteResult::kCannotCreate:
       Tell(context.messages, Icon::kStop, "Could not creat file \"%s\".", Utf8FromPath(path).c_str());
-      return false;
+      return std::nullopt;
     case WriteResult::kFailed:
       break;
   }
   Tell(context.messages, Icon::kStop, "Error No: -11 \n Save as BIN File");
-  return false;
+  return std::nullopt;
 }
 
 }  // namespace
@@ -420,13 +419,14 @@ std::optional<Bytes> BuildBin(const Context& context, const Document& document, 
   return BuildContainer(context, plan, version);
 }
 
-bool SaveBin(const Context& context, const Document& document, const Path& path, const BinVersion& version,
-             const BinSelection& selection) {
+std::optional<uint64_t> SaveBin(const Context& context, const Document& document, const Path& path,
+                                const BinVersion& version, const BinSelection& selection) {
   return SaveContainer(context, PlanContainer(document, selection), path, version);
 }
 
-bool SaveSatellites(const Context& context, const Document& document, size_t sdb,
-                    const std::vector<size_t>& satellites, const Path& path, const BinVersion& version) {
+std::optional<uint64_t> SaveSatellites(const Context& context, const Document& document, size_t sdb,
+                                       const std::vector<size_t>& satellites, const Path& path,
+                                       const BinVersion& version) {
   ContainerPlan plan;
   plan.compress_payload = document.compress_payload;
   const OpenSdb& source = document.sdbs.at(sdb);
@@ -434,15 +434,7 @@ bool SaveSatellites(const Context& context, const Document& document, size_t sdb
   return SaveContainer(context, std::move(plan), path, version);
 }
 
-bool CheckBinSize(const Context& context, const Path& path) {
-  std::error_code error;
-  const bool opens = std::ifstream(path, std::ios::binary).is_open();
-  const bool has_size = std::filesystem::is_regular_file(path, error);  // a device or pipe has none
-  const uint64_t size = opens && has_size ? std::filesystem::file_size(path, error) : 0;
-  if (!opens || error) {
-    Tell(context.messages, Icon::kStop, "Error No: -11 \n Save as BIN File");
-    return false;
-  }
+bool CheckBinSize(const Context& context, uint64_t size) {
   if (size <= kMaximumBinSize) return true;
   Tell(context.messages, Icon::kStop, "File size exceeds the limit. Can not continue.");
   return false;

@@ -200,15 +200,16 @@ bool SortSdbs(const Messages& messages, Document& document, const std::vector<si
   return true;
 }
 
-bool SortToFile(const Context& context, const Document& document, const std::vector<size_t>& sdbs,
-                const SortOptions& options, const Path& path) {
+std::optional<uint64_t> SortToFile(const Context& context, const Document& document,
+                                   const std::vector<size_t>& sdbs, const SortOptions& options,
+                                   const Path& path, const BinVersion& version) {
   Document copy = CopyDocument(document);
-  if (!SortSdbs(context.messages, copy, sdbs, options)) return false;
+  if (!SortSdbs(context.messages, copy, sdbs, options)) return std::nullopt;
   Context silent = context;  // the failure has one text of its own
   silent.messages.tell = [](Icon, const std::string&, const std::string&) {};
-  if (SaveBin(silent, copy, path)) return true;
-  Tell(context.messages, Icon::kStop, "Save as operation failed!!.");
-  return false;
+  const auto size = SaveBin(silent, copy, path, version);
+  if (!size) Tell(context.messages, Icon::kStop, "Save as operation failed!!.");
+  return size;
 }
 
 Document CopyDocument(const Document& document) {

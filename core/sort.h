@@ -7,9 +7,12 @@
 // place back. A descending pass by symbol rate moves nothing, and still counts as an earlier key.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "core/bin_file.h"
 #include "core/context.h"
 #include "core/database.h"
 
@@ -39,9 +42,11 @@ struct SortOptions {
 bool SortSdbs(const Messages& messages, Document& document, const std::vector<size_t>& sdbs,
               const SortOptions& options);
 void SortDatabase(StaticDatabase& database, const SortOptions& options);
-// Sorts a copy and saves it whole; the document stays as it is. False after a message.
-bool SortToFile(const Context& context, const Document& document, const std::vector<size_t>& sdbs,
-                const SortOptions& options, const Path& path);
+// Sorts a copy and saves it whole; the document stays as it is. The size of the file, for CheckBinSize;
+// nothing after a message.
+std::optional<uint64_t> SortToFile(const Context& context, const Document& document,
+                                   const std::vector<size_t>& sdbs, const SortOptions& options,
+                                   const Path& path, const BinVersion& version = {});
 
 Document CopyDocument(const Document& document);
 

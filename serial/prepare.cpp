@@ -58,17 +58,24 @@ std::optional<std::vector<Path>> Convert(const Context& context, const Path& ima
   return std::nullopt;
 }
 
-bool WriteSingle(const Context& context, const Document& document, size_t sdb, const Path& path) {
+bool WriteSingle(const Context& context, const Document& document, size_t sdb, const BinVersion& version,
+                 const Path& path) {
   const StaticDatabase& database = *document.sdbs[sdb].database;
   if (database.lnb_count == 0 || database.satellites.empty()) {
     Tell(context.messages, Icon::kStop, "Add atleast one LNB and Satellite to save as a bin");
     return false;
   }
-  if (WriteWholeFile(path, WriteSdbStream(database, {}, DefaultsOf(context)), *context.files) ==
-      WriteResult::kDone)
-    return true;
+  const Bytes stream = WriteSdbStream(database, version, DefaultsOf(context));
+  if (WriteWholeFile(path, stream, *context.files) == WriteResult::kDone) return true;
   Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
   return false;
+}
+
+// The container, when a receiver takes it.
+bool WriteMultiple(const Context& context, const Document& document, const BinSelection& selection,
+                   const BinVersion& version, const Path& path) {
+  const auto size = SaveBin(context, document, path, version, selection);
+  return size && CheckBinSize(context, *size);
 }
 
 uint32_t MaskOfCount(size_t count) {
@@ -121,7 +128,7 @@ std::optional<std::vector<Path>> PrepareAdbUpload(const Context& context, const 
 
 std::optional<std::vector<Path>> PrepareSdbUpload(const Context& context, const Document& document,
                                                   const BinSelection& selection, const ProjectConfig& config,
-                                                  const LocalTime& time) {
+                                                  const LocalTime& time, const BinVersion& version) {
   const uint32_t sdbs = selection.sdbs & MaskOfCount(document.sdbs.size());
   if (!IsConfigured(context, config)) return std::nullopt;
   if (sdbs == 0) {
@@ -132,8 +139,8 @@ std::optional<std::vector<Path>> PrepareSdbUpload(const Context& context, const 
   const Path image = context.temporary_folder / kDecodedFile;
   const bool single = config.sdb_format == 0;
   const bool written =
-      single ? WriteSingle(context, document, static_cast<size_t>(std::countr_zero(sdbs)), image)
-             : SaveBin(context, document, image, {}, selection) && CheckBinSize(context, image);
+      single ? WriteSingle(context, document, static_cast<size_t>(std::countr_zero(sdbs)), version, image)
+             : WriteMultiple(context, document, selection, version, image);
   auto files = written ? Convert(context, image, config, time) : std::nullopt;
   std::error_code ignored;
   std::filesystem::remove(image, ignored);

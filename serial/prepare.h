@@ -18,10 +18,11 @@ std::optional<std::vector<Path>> PrepareAdbUpload(const Context& context, const 
                                                   size_t sdb, const ProjectConfig& config,
                                                   const LocalTime& time);
 // The chosen SDBs and user box records, in the format that `config.sdb_format` says (0: the bare stream of
-// the first SDB), for the region at `config.image_type_index`. Nothing after a message.
+// the first SDB), for the region at `config.image_type_index`. They hold `version`; unused places hold the
+// context's defaults. Nothing after a message.
 std::optional<std::vector<Path>> PrepareSdbUpload(const Context& context, const Document& document,
                                                   const BinSelection& selection, const ProjectConfig& config,
-                                                  const LocalTime& time);
+                                                  const LocalTime& time, const BinVersion& version = {});
 // A BIN file chosen by the user, converted in the same way.
 std::optional<std::vector<Path>> PrepareBinUpload(const Context& context, const Path& bin,
                                                   const ProjectConfig& config, const LocalTime& time);

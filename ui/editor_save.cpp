@@ -10,14 +10,15 @@ namespace {
 
 bool SaveTo(EditorWindow& editor, const Path& path) {
   const WaitPointer wait;
-  if (!SaveBin(editor.app->context, editor.document, path, editor.version)) return false;
-  // The user's work is saved whatever its size; the receiver's limit is told afterwards.
-  CheckBinSize(editor.app->context, path);
+  const auto size = SaveBin(editor.app->context, editor.document, path, editor.version);
+  if (!size) return false;
   editor.path = path;
   MarkSaved(editor.history);
   editor.changed = false;
   RefreshCaption(editor);
   RefreshFrame(*editor.app);
+  // The user's work is saved whatever its size; the receiver's limit is told afterwards.
+  CheckBinSize(editor.app->context, *size);
   return true;
 }
 

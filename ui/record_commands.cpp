@@ -123,13 +123,13 @@ void CompressPart(Application& app) {
 }
 
 void SavePart(EditorWindow& editor, const char* title,
-              const std::function<bool(const Context&, const Path&)>& save) {
+              const std::function<std::optional<uint64_t>(const Context&, const Path&)>& save) {
   const auto path =
       AskSaveFile(editor.app->frame, {title, {{"Static Database BIN Files ( *.BIN )", "*.bin"}}, "bin"});
   if (!path) return;
   const WaitPointer wait;
   const Context& context = editor.app->context;
-  if (save(context, *path)) CheckBinSize(context, *path);
+  if (const auto size = save(context, *path)) CheckBinSize(context, *size);
 }
 
 void SaveSdb(Application& app) {

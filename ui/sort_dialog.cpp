@@ -69,7 +69,10 @@ bool SortToSeparateFile(const EditorWindow& editor, const SortForm& form, HWND o
   const auto path = AskSaveFile(owner, {"Save As", kBinFilters, "bin"});
   if (!path) return false;
   const WaitPointer wait;
-  return SortToFile(editor.app->context, editor.document, form.sdbs, SortOptionsOf(form), *path);
+  const Context& context = editor.app->context;
+  const auto size =
+      SortToFile(context, editor.document, form.sdbs, SortOptionsOf(form), *path, editor.version);
+  return size && (CheckBinSize(context, *size), true);
 }
 
 }  // namespace

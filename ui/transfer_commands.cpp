@@ -81,11 +81,12 @@ bool PortAnswers(Application& app) {
   return TestPort(session, app.config);
 }
 
-void SendSdbs(Application& app, const Document& document, const BinSelection& selection) {
+void SendSdbs(Application& app, const EditorWindow& editor, const BinSelection& selection) {
   if (!PortAnswers(app)) return;
   auto files = [&] {
     const WaitPointer wait;
-    return PrepareSdbUpload(app.context, document, selection, app.config, LocalTimeNow());
+    return PrepareSdbUpload(app.context, editor.document, selection, app.config, LocalTimeNow(),
+                            editor.version);
   }();
   if (files) RunTransferDialog(app, {TransferJob::kSdb, std::move(*files), {}, nullptr});
 }
@@ -104,16 +105,16 @@ void UploadSdb(Application& app) {
   if (!MayUploadSdb(app.context, app.config, document, boxes)) return;
   const bool one_only = app.config.sdb_format == 0;
   if (one_only || document.sdbs.size() + document.ubis.size() == 1) {
-    SendSdbs(app, document, OnlySdb(editor));
+    SendSdbs(app, editor, OnlySdb(editor));
   } else if (const auto selection = ChooseWhatToSend(app, document)) {
-    SendSdbs(app, document, *selection);
+    SendSdbs(app, editor, *selection);
   }
 }
 
 void UploadThisSdb(Application& app) {
   const EditorWindow& editor = *ActiveEditor(app);
   if (MayUploadSdb(app.context, app.config, editor.document, false)) {
-    SendSdbs(app, editor.document, OnlySdb(editor));
+    SendSdbs(app, editor, OnlySdb(editor));
   }
 }
 

@@ -8,6 +8,7 @@
 #include "core/bin_file.h"
 #include "core/edit.h"
 #include "core/messages.h"
+#include "core/sort.h"
 #include "tests/core/bin_bytes.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/random_database.h"
@@ -161,7 +162,7 @@ TEST(BinWrite, SdbWithoutLnbOrSatelliteIsRefused) {
   Recorder recorder;
   const Path path = recorder.context.temporary_folder / "x.bin";
   Document document = NewDocument();
-  const auto expect_refusal = [&](bool saved) {
+  const auto expect_refusal = [&](const std::optional<uint64_t>& saved) {
     EXPECT_FALSE(saved);
     EXPECT_EQ(recorder.Texts(),
               std::vector<std::string>{"Add atleast one LNB and Satellite to save as a bin"});
@@ -201,7 +202,7 @@ TEST_F(OldFile, StaysWhenAnyStepFails) {
     ASSERT_LT(step, 20);
     PutFile(path, old);
     recorder.FailStep(step);
-    saved = SaveBin(recorder.context, document, path);
+    saved = SaveBin(recorder.context, document, path).has_value();
     ExpectContent(saved ? SampleContainer().Join() : old);
     const auto texts = recorder.Texts();
     if (saved) {
@@ -223,7 +224,7 @@ TEST_F(OldFile, StaysWhenMemoryRunsOut) {
     PutFile(path, old);
     try {
       const FailingMemory failing(n);
-      saved = SaveBin(recorder.context, document, path);
+      saved = SaveBin(recorder.context, document, path).has_value();
       ASSERT_TRUE(saved);
     } catch (const std::bad_alloc&) {
     }
@@ -234,15 +235,35 @@ TEST_F(OldFile, StaysWhenMemoryRunsOut) {
 
 TEST(BinSize, LimitIs131072Bytes) {
   Recorder recorder;
-  const Path path = recorder.context.temporary_folder / "size.bin";
-  PutFile(path, Bytes(131072));
-  EXPECT_TRUE(CheckBinSize(recorder.context, path));
+  EXPECT_TRUE(CheckBinSize(recorder.context, 131072));
   EXPECT_TRUE(recorder.shown.empty());
-  PutFile(path, Bytes(131073));
-  EXPECT_FALSE(CheckBinSize(recorder.context, path));
+  EXPECT_FALSE(CheckBinSize(recorder.context, 131073));
   EXPECT_EQ(recorder.Texts(), std::vector<std::string>{"File size exceeds the limit. Can not continue."});
-  EXPECT_FALSE(CheckBinSize(recorder.context, path / "none"));
-  EXPECT_EQ(recorder.Texts(), std::vector<std::string>{kNotSaved});
+}
+
+// Another program takes the file away as soon as it stands: it was saved all the same.
+TEST(BinSize, IsKnownWithoutLookingAtTheFileAgain) {
+  Recorder recorder;
+  Document document = SampleDocument();
+  const Path path = recorder.context.temporary_folder / "size.bin";
+  uint64_t written = 0;
+  FileOperations files = SystemFiles();
+  files.replace = [&](const Path& from, const Path& to) {
+    written = std::filesystem::file_size(from);
+    return SystemFiles().replace(from, to) && std::filesystem::remove(to);
+  };
+  recorder.context.files = &files;
+  const auto check = [&](std::optional<uint64_t> size) {
+    ASSERT_TRUE(size);
+    EXPECT_EQ(*size, written);
+    EXPECT_TRUE(recorder.Texts().empty());
+  };
+  for (const bool packed : {false, true}) {
+    document.compress_payload = packed;
+    check(SaveBin(recorder.context, document, path));
+    check(SaveSatellites(recorder.context, document, 0, {0}, path));
+    check(SortToFile(recorder.context, document, {0}, {}, path));
+  }
 }
 
 TEST(BinInformation, SizesAsASaveStoresThem) {

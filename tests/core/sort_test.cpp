@@ -171,11 +171,18 @@ TEST(Sort, SortedFileLeavesTheDocumentAlone) {
   EXPECT_THAT(recorder.Texts(), ElementsAre("Save as operation failed!!."));
   EXPECT_FALSE(std::filesystem::exists(path));
   sdb.lnb_count = 1;
-  EXPECT_TRUE(SortToFile(recorder.context, document, {0}, options, path));
+  DefaultRecords defaults;
+  defaults.lnb.frequency1 = 1234;
+  recorder.context.defaults = &defaults;
+  EXPECT_TRUE(SortToFile(recorder.context, document, {0}, options, path, {7, 3, "abc"}));
   Document sorted;
   ASSERT_TRUE(OpenBin(recorder.context, path, sorted));
   EXPECT_EQ(NameOf(sorted.sdbs[0].database->satellites[0]->record.name), "A");
   EXPECT_EQ(NameOf(sdb.satellites[0]->record.name), "B");
+  const Bytes file = *ReadWholeFile(path);
+  EXPECT_EQ(std::string(file.begin() + 2, file.begin() + 4), "\x07\x03");
+  EXPECT_EQ(std::string(file.begin() + 8, file.begin() + 11), "abc");
+  EXPECT_EQ(sorted.sdbs[0].database->lnbs[1].frequency1, 1234u);
 }
 
 }  // namespace

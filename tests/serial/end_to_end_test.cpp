@@ -166,22 +166,24 @@ TEST(EndToEnd, SdbAndConsoleUploadsArriveByteByByte) {
   ProjectConfig config = MakeImageConfig(0);
   config.regions.clear();
   const Document document = MakeDocument(21);
+  const BinVersion version{7, 3, "abc"};
   DefaultRecords defaults;
-  defaults.satellite.angle = 1234;
+  defaults.satellite.angle = 77;
   for (const uint8_t format : {uint8_t{0}, uint8_t{1}}) {
     config.sdb_format = format;
     ReceiverRig receiver;
     SessionRig rig(receiver.comm.api);
-    rig.session.transfer.context.defaults = rig.recorder.context.defaults = &defaults;
-    auto files = PrepareSdbUpload(rig.session.transfer.context, document, {1, 0}, config, kTime);
+    Context& context = rig.session.transfer.context;
+    context.defaults = &defaults;
+    auto files = PrepareSdbUpload(context, document, {1, 0}, config, kTime, version);
     ASSERT_TRUE(files);
     const Bytes urt = *ReadWholeFile((*files)[0]);
     rig.session.transfer.files = *files;
     ASSERT_TRUE(rig.Run(config, TransferJob::kSdb));
     EXPECT_EQ(rig.statuses, (std::vector<std::string>{"Receiver not connected.", "Wait...",
                                                       "SDB upload inprogress.", "SDB upload completed."}));
-    const Bytes expected = format == 0 ? WriteSdbStream(*document.sdbs[0].database, {}, defaults)
-                                       : *BuildBin(rig.recorder.context, document, {}, {1, 0});
+    const Bytes expected = format == 0 ? WriteSdbStream(*document.sdbs[0].database, version, defaults)
+                                       : *BuildBin(context, document, version, {1, 0});
     const LoaderMemory memory = receiver.Memory();
     ASSERT_EQ(memory.spaces[0].size(), 1u) << testing::PrintToString(receiver.Notes());
     EXPECT_EQ(memory.spaces[0].begin()->second, expected);
