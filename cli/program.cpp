@@ -28,16 +28,6 @@ void TakeNumbersAsDecimal(CLI::App& command) {
 
 }  // namespace
 
-Utf8Arguments::Utf8Arguments(int count, wchar_t** wide) {
-  for (int i = 0; i < count; ++i) {
-    std::u16string text;
-    for (const wchar_t* c = wide[i]; *c; ++c) text.push_back(static_cast<char16_t>(*c));
-    texts_.push_back(Utf8FromUtf16(text));
-  }
-  for (std::string& text : texts_) pointers_.push_back(text.data());
-  pointers_.push_back(nullptr);
-}
-
 int RunProgram(int count, char** arguments) {
   CommandState state;
   CLI::App program("vexa: edit, import, build and transfer receiver channel databases", "vexa");

@@ -4,8 +4,17 @@ find_package(ZLIB REQUIRED)
 find_package(Threads REQUIRED)
 
 add_library(vexa_options INTERFACE)
-target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR})
-target_compile_options(vexa_options INTERFACE -Wall -Wextra -Wconversion -Wformat=2 -Werror)
+# The version stands in project() alone; this header carries it to code and resources.
+set(VEXA_GENERATED ${CMAKE_BINARY_DIR}/include/generated)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/version.h.in ${VEXA_GENERATED}/version.h @ONLY)
+target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}/include)
+if(MSVC)
+  # Warnings are errors only where this tree is built every day.
+  target_compile_options(vexa_options INTERFACE /W3 /utf-8 /permissive- /Zc:__cplusplus /EHsc)
+  target_compile_definitions(vexa_options INTERFACE _CRT_SECURE_NO_WARNINGS)
+else()
+  target_compile_options(vexa_options INTERFACE -Wall -Wextra -Wconversion -Wformat=2 -Werror)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 reports overlapping copies in joined strings, and overflows in strings and growing vectors, where there are none.
   target_compile_options(vexa_options INTERFACE -Wno-restrict -Wno-stringop-overflow -Wno-stringop-overread -Wno-array-bounds)
@@ -13,15 +22,30 @@ endif()
 if(WIN32)
   target_compile_definitions(vexa_options INTERFACE
     UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0A00 __USE_MINGW_ANSI_STDIO=1)
-  target_link_options(vexa_options INTERFACE -static)
+  if(NOT MSVC)
+    target_link_options(vexa_options INTERFACE -static)
+  endif()
 elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_BUILD_TYPE STREQUAL "Release")
   # Runs beside an older C++ library, and takes a third less memory before the first byte is read.
   target_link_options(vexa_options INTERFACE -static-libstdc++ -static-libgcc)
 endif()
 
 # Header-only libraries are reached through a folder of links, so that a cross
-# compiler sees these three and nothing else of the host's headers.
+# compiler sees these three and nothing else of the host's headers. A compiler without a folder of headers of its own, as
+# on Windows, finds them by the packages' configuration.
+if(WIN32 AND NOT CMAKE_CROSSCOMPILING)
+  set(by_package ON)
+else()
+  set(by_package OFF)
+endif()
+option(VEXA_HEADERS_BY_PACKAGE "Find header-only libraries by find_package" ${by_package})
 add_library(vexa_headers INTERFACE)
+if(VEXA_HEADERS_BY_PACKAGE)
+  find_package(CLI11 CONFIG REQUIRED)
+  find_package(tomlplusplus CONFIG REQUIRED)
+  find_package(nlohmann_json CONFIG REQUIRED)
+  target_link_libraries(vexa_headers INTERFACE CLI11::CLI11 tomlplusplus::tomlplusplus nlohmann_json::nlohmann_json)
+endif()
 if(CMAKE_CROSSCOMPILING)
   set(links ${CMAKE_BINARY_DIR}/links)
   file(MAKE_DIRECTORY ${links})
@@ -43,7 +67,23 @@ function(vexa_alone)
   set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 
-# vexa_library(NAME [FOLDER dir] [EXCLUDE files] [PRECOMPILE headers of its own] [DEPENDS] libraries...)
+# The rooms that a room may use (tools/rooms.txt) and that are libraries.
+set(vexa_rooms_file ${CMAKE_SOURCE_DIR}/tools/rooms.txt)
+set_property(DIRECTORY ${CMAKE_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${vexa_rooms_file})
+function(vexa_rooms_below folder result)
+  file(STRINGS ${vexa_rooms_file} line REGEX "^${folder}:")
+  string(REGEX MATCHALL "[^ ]+" words "${line}")
+  set(rooms)
+  foreach(word ${words})
+    if(TARGET ${word})
+      list(APPEND rooms ${word})
+    endif()
+  endforeach()
+  set(${result} ${rooms} PARENT_SCOPE)
+endfunction()
+
+# vexa_library(NAME [FOLDER dir] [EXCLUDE files] [PRECOMPILE headers of its own] [DEPENDS] other libraries...)
+# It is linked with the rooms that it may use as well.
 function(vexa_library name)
   cmake_parse_arguments(ARG "" "FOLDER" "EXCLUDE;DEPENDS;PRECOMPILE" ${ARGN})
   set(folder ${name})
@@ -72,7 +112,8 @@ function(vexa_library name)
     add_library(${name} INTERFACE)
     set(kind INTERFACE)
   endif()
-  target_link_libraries(${name} ${kind} vexa_options vexa_headers Threads::Threads
+  vexa_rooms_below(${folder} rooms)
+  target_link_libraries(${name} ${kind} vexa_options vexa_headers Threads::Threads ${rooms}
     ${ARG_DEPENDS} ${ARG_UNPARSED_ARGUMENTS})
 endfunction()
 

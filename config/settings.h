@@ -16,6 +16,7 @@
 #include "config/project_config.h"
 #include "core/database.h"
 #include "core/view_model.h"
+#include "generated/version.h"
 #include "platform/serial.h"
 #include "platform/settings_store.h"
 
@@ -23,7 +24,8 @@ namespace vexa {
 
 // The program's identity.
 inline constexpr const char* kProjectId = "VEXA";
-inline constexpr int kVersionMajor = 1, kVersionMinor = 0, kVersionBuild = 0;
+inline constexpr int kVersionMajor = VEXA_VERSION_MAJOR, kVersionMinor = VEXA_VERSION_MINOR,
+                     kVersionBuild = VEXA_VERSION_BUILD;
 
 // Full key of a subkey, relative to the current user.
 std::string SettingsKey(const char* subkey);

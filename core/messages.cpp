@@ -7,13 +7,8 @@ namespace vexa {
 
 namespace {
 
-#if defined(__MINGW32__)
-__attribute__((format(gnu_printf, 1, 0)))
-#else
-__attribute__((format(printf, 1, 0)))
-#endif
-std::string
-FormatList(const char* format, va_list arguments) {
+VEXA_PRINTF(1, 0)
+std::string FormatList(const char* format, va_list arguments) {
   va_list again;
   va_copy(again, arguments);
   const int length = std::vsnprintf(nullptr, 0, format, again);

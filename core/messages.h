@@ -5,11 +5,7 @@
 #include <functional>
 #include <string>
 
-#if defined(__MINGW32__)
-#define VEXA_PRINTF(format_index, first) __attribute__((format(gnu_printf, format_index, first)))
-#else
-#define VEXA_PRINTF(format_index, first) __attribute__((format(printf, format_index, first)))
-#endif
+#include "platform/printf.h"
 
 namespace vexa {
 

@@ -107,4 +107,14 @@ std::string Utf8FromUtf16(std::u16string_view text) {
   return bytes;
 }
 
+Utf8Arguments::Utf8Arguments(int count, wchar_t** wide) {
+  for (int i = 0; i < count; ++i) {
+    std::u16string text;
+    for (const wchar_t* c = wide[i]; *c; ++c) text.push_back(static_cast<char16_t>(*c));
+    texts_.push_back(Utf8FromUtf16(text));
+  }
+  for (std::string& text : texts_) pointers_.push_back(text.data());
+  pointers_.push_back(nullptr);
+}
+
 }  // namespace vexa

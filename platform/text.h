@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vexa {
 
@@ -16,5 +17,17 @@ bool FitsLatin(std::string_view text);
 
 std::u16string Utf16FromUtf8(std::string_view text);
 std::string Utf8FromUtf16(std::u16string_view text);
+
+// Windows gives a program UTF-16 arguments; the program works on UTF-8.
+class Utf8Arguments {
+ public:
+  Utf8Arguments(int count, wchar_t** wide);
+  int count() const { return static_cast<int>(texts_.size()); }
+  char** values() { return pointers_.data(); }  // followed by a null pointer
+
+ private:
+  std::vector<std::string> texts_;
+  std::vector<char*> pointers_;
+};
 
 }  // namespace vexa

@@ -26,7 +26,7 @@ void Put(const SettingsStore& store, const char* key,
 
 const Texts kPortNames = {"Port", "BaudRate", "DataBits", "Parity", "StopBits", "SDBFormat"};
 TEST(Settings, TheKeyNamesProjectAndVersion) {
-  EXPECT_EQ(SettingsKey("Recently"), "Software\\QMV\\VexaEditor\\VEXA\\Version1.0.0\\Recently");
+  EXPECT_EQ(SettingsKey("Recently"), "Software\\QMV\\VexaEditor\\VEXA\\Version" VEXA_VERSION "\\Recently");
 }
 
 TEST(Settings, DecimalTextIsReadLikeTheSystemDoes) {

@@ -22,7 +22,7 @@ namespace {
 
 using testing::HasSubstr;
 
-constexpr const char* kTitle = "Vexa Editor 1.0.0";
+constexpr const char* kTitle = "Vexa Editor " VEXA_VERSION;
 
 class ConsoleUi : public testing::Test {
  protected:

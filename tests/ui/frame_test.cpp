@@ -90,7 +90,7 @@ class Frame : public testing::Test {
 TEST_F(Frame, StartsMaximisedWithItsTitleAndFolder) {
   EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
-  EXPECT_EQ(editor.Title(editor.frame()), "Vexa Editor 1.0.0");
+  EXPECT_EQ(editor.Title(editor.frame()), "Vexa Editor " VEXA_VERSION);
   EXPECT_TRUE(editor.Until("the maximised frame", [&] { return IsZoomed(editor.frame()) != 0; }));
   EXPECT_TRUE(std::filesystem::is_directory(editor.TemporaryFolder()));
   EXPECT_THAT(editor.Children(), IsEmpty());

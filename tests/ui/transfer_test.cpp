@@ -94,7 +94,7 @@ void ExpectFocus(EditorDriver& editor, HWND dialog, int id) {
 
 // Answers the program's own message box; its text.
 std::string Told(EditorDriver& editor) {
-  HWND box = editor.WaitForBox("Vexa Editor 1.0.0");
+  HWND box = editor.WaitForBox("Vexa Editor " VEXA_VERSION);
   if (!box) return "";
   const std::string text = editor.BoxText(box);
   editor.Press(box, IDOK);
