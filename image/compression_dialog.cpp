@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/zlib_com.h"
+#include "image/target_file.h"
 #include "platform/file_reader.h"
 
 namespace vexa {
@@ -62,10 +63,16 @@ std::optional<CompressionRefusal> CheckCompression(const CompressionDialog& dial
   }
   if (dialog.output.empty())
     return CompressionRefusal{"Give the new file a name.", CompressionField::kOutput};
-  if (std::filesystem::equivalent(dialog.input, dialog.output, error)) {
+  if (NameOneFile(dialog.input, dialog.output)) {
     return CompressionRefusal{"The new file would take the place of the old one.", CompressionField::kOutput};
   }
   return std::nullopt;
+}
+
+bool MayWriteCompressed(const Messages& messages, CompressionDialog& dialog) {
+  if (!MayReplace(messages, dialog.output, dialog.agreed)) return false;
+  dialog.agreed = dialog.output;
+  return true;
 }
 
 std::optional<CompressionSizes> RunCompression(const Context& context, const CompressionDialog& dialog) {

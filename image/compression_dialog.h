@@ -13,6 +13,7 @@ inline constexpr uint64_t kLargestExpanded = uint64_t{1} << 30;  // bytes that e
 struct CompressionDialog {
   bool expand = false;
   Path input, output;
+  Path agreed{};  // an output that the user has agreed to replace
   int level = 5;  // place in the list of levels "1" to "9"
 };
 
@@ -26,6 +27,8 @@ struct CompressionRefusal {
 // A new name beside the input: "list.bin" <-> "list.bin.z", "list.txt" to "list.txt.out" when it is expanded.
 Path ProposeCompressionOutput(const Path& input, bool expand);
 std::optional<CompressionRefusal> CheckCompression(const CompressionDialog& dialog);
+// False when the output is there and may not be replaced; a Yes is remembered in the dialog.
+bool MayWriteCompressed(const Messages& messages, CompressionDialog& dialog);
 // The sizes before and after; nothing after a message, with the output as it was.
 struct CompressionSizes {
   uint64_t before = 0, after = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "config/software_version.h"
+#include "image/target_file.h"
 #include "platform/text.h"
 
 namespace vexa {
@@ -18,8 +19,9 @@ std::optional<UrtRefusal> CheckRow(const UrtDialog& dialog, size_t place) {
     return refuse("The image file does not exist.", UrtField::kImage);
   }
   if (row.urt.empty()) return refuse("Give the URT file a name.", UrtField::kUrt);
-  if (std::filesystem::equivalent(row.image, row.urt, error)) {
-    return refuse("The URT file would take the place of its image.", UrtField::kUrt);
+  for (const UrtRow& other : dialog.rows) {
+    if (NameOneFile(other.image, row.urt))
+      return refuse("The URT file would take the place of an image.", UrtField::kUrt);
   }
   if (row.region < 0 || static_cast<size_t>(row.region) >= dialog.regions.size()) {
     return refuse("Choose an image type.", UrtField::kRegion);
@@ -31,7 +33,7 @@ std::optional<UrtRefusal> CheckRow(const UrtDialog& dialog, size_t place) {
     return refuse("The image name has characters that no URT file holds.", UrtField::kName);
   }
   for (size_t i = 0; i < place; ++i) {
-    if (dialog.rows[i].urt == row.urt) {
+    if (NameOneFile(dialog.rows[i].urt, row.urt)) {
       return refuse("Two images would be written to the same URT file.", UrtField::kUrt);
     }
   }
@@ -128,6 +130,14 @@ std::optional<UrtRefusal> CheckUrtDialog(const UrtDialog& dialog) {
   if (!refusal) return std::nullopt;
   return UrtRefusal{refusal->text,
                     refusal->field == kSoftwareMajorField ? UrtField::kMajor : UrtField::kMinor, 0};
+}
+
+std::optional<size_t> KeptUrt(const Messages& messages, UrtDialog& dialog) {
+  for (size_t i = 0; i < dialog.rows.size(); ++i) {
+    if (!MayReplace(messages, dialog.rows[i].urt, dialog.rows[i].agreed)) return i;
+  }
+  for (UrtRow& row : dialog.rows) row.agreed = row.urt;
+  return std::nullopt;
 }
 
 ImageDescription DescribeForRegion(const ProjectConfig& config, size_t place) {

@@ -15,6 +15,7 @@ struct UrtRow {
   Path image, urt;
   int region = -1;   // of the configuration; -1: none
   std::string name;  // as the URT file carries it
+  Path agreed;       // a URT file that the user has agreed to replace
 };
 
 struct UrtDialog {
@@ -56,6 +57,10 @@ Path UrtPathIn(const Path& folder, const Path& image);
 
 // Nothing when all may be converted.
 std::optional<UrtRefusal> CheckUrtDialog(const UrtDialog& dialog);
+
+// Asks for each URT file of a checked dialog that is there already whether it may be replaced. Nothing when
+// all may be written, which is remembered in the rows; else the row of the first No.
+std::optional<size_t> KeptUrt(const Messages& messages, UrtDialog& dialog);
 
 // How an image for that region is described: a region of type 3 takes the application database, which is
 // image type 0 of kind 4; any other gives its own type, static databases being of kind 3.

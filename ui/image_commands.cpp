@@ -179,10 +179,15 @@ int ControlOf(UrtField field, bool several) {
 }
 
 bool AcceptUrt(UrtForm& urt, Form& form) {
-  const auto refusal = CheckUrtDialog(urt.model);
-  if (!refusal) return true;
-  if (urt.several && refusal->row < urt.model.rows.size()) SelectRow(urt, form, refusal->row);
-  form.Refuse({refusal->text}, ControlOf(refusal->field, urt.several));
+  if (const auto refusal = CheckUrtDialog(urt.model)) {
+    if (urt.several && refusal->row < urt.model.rows.size()) SelectRow(urt, form, refusal->row);
+    form.Refuse({refusal->text}, ControlOf(refusal->field, urt.several));
+    return false;
+  }
+  const auto kept = KeptUrt(form.app.context.messages, urt.model);
+  if (!kept) return true;
+  if (urt.several) SelectRow(urt, form, *kept);
+  form.Focus(IDC_IMAGE_URT);
   return false;
 }
 
@@ -199,7 +204,7 @@ void BrowseUrt(UrtForm& urt, Form& form) {
   if (!row) return;
   const auto path = AskSaveFile(form.window, {"Save", kUrtFilters, "urt"}, row->urt);
   if (!path) return;
-  row->urt = *path;
+  row->urt = row->agreed = *path;  // the system's dialog has asked
   ShowRow(urt, form);
 }
 
@@ -347,6 +352,7 @@ void CompressionCommand(Form& form, CompressionDialog& model, int id, int code) 
       return;
     case IDC_COMPRESSION_OUTPUT_BROWSE:
       if (const auto path = AskSaveFile(form.window, {"Save", kAllFilters}, model.output)) {
+        model.agreed = *path;  // the system's dialog has asked
         form.SetText(IDC_COMPRESSION_OUTPUT, Utf8FromPath(*path));
       }
       return;
@@ -368,7 +374,11 @@ void Compression(Application& app) {
   };
   actions.accept = [&model](Form& form) {
     const auto refusal = CheckCompression(model);
-    if (!refusal) return true;
+    if (!refusal) {
+      if (MayWriteCompressed(form.app.context.messages, model)) return true;
+      form.Focus(IDC_COMPRESSION_OUTPUT);
+      return false;
+    }
     form.Refuse({refusal->text},
                 refusal->field == CompressionField::kInput ? IDC_COMPRESSION_FILE : IDC_COMPRESSION_OUTPUT);
     return false;

@@ -113,6 +113,20 @@ TEST_F(UrtDialogTest, RefusesWhatCannotBeConverted) {
       {"no output", [](UrtDialog& d) { d.rows[0].urt.clear(); }, UrtField::kUrt, 0},
       {"output over the input", [](UrtDialog& d) { d.rows[1].urt = d.rows[1].image; }, UrtField::kUrt, 1},
       {"two to one file", [](UrtDialog& d) { d.rows[1].urt = d.rows[0].urt; }, UrtField::kUrt, 1},
+      {"two to one file, by letter case",
+       [](UrtDialog& d) {
+         d.rows[0].urt = d.rows[0].urt.parent_path() / "azK.urt";
+         d.rows[1].urt = d.rows[0].urt.parent_path() / "." / "AZk.URT";
+       },
+       UrtField::kUrt, 1},
+      {"output over another's input", [](UrtDialog& d) { d.rows[0].urt = d.rows[1].image; }, UrtField::kUrt,
+       0},
+      {"output over a link to an input",
+       [](UrtDialog& d) {
+         d.rows[0].urt = d.rows[0].image.parent_path() / "link.urt";
+         std::filesystem::create_hard_link(d.rows[1].image, d.rows[0].urt);
+       },
+       UrtField::kUrt, 0},
       {"no region", [](UrtDialog& d) { d.rows[0].region = -1; }, UrtField::kRegion, 0},
       {"a region beyond", [](UrtDialog& d) { d.rows[0].region = 3; }, UrtField::kRegion, 0},
       {"a long name", [](UrtDialog& d) { d.rows[1].name.assign(50, 'n'); }, UrtField::kName, 1},
@@ -136,6 +150,50 @@ TEST_F(UrtDialogTest, RefusesWhatCannotBeConverted) {
     EXPECT_FALSE(refusal->text.empty());
     EXPECT_EQ(std::pair(refusal->field, refusal->row), std::pair(test.field, test.row));
   }
+}
+
+TEST_F(UrtDialogTest, ExistingFilesAreAskedAboutOnce) {
+  const auto question = [](const Path& path) {
+    return Utf8FromPath(path) + " already exists.\nDo you want to replace it ?";
+  };
+  bool yes_is_default = true;
+  const auto ask = recorder_.context.messages.ask;
+  recorder_.context.messages.ask = [&](const std::string& text, const std::string& title, bool yes) {
+    yes_is_default = yes;
+    return ask(text, title, yes);
+  };
+  const Messages& messages = recorder_.context.messages;
+  UrtDialog dialog = OpenUrtDialog(config_);
+  dialog.rows = {MakeUrtRow(config_, Put("one.bin", {1})), MakeUrtRow(config_, Put("two.bin", {2})),
+                 MakeUrtRow(config_, Put("three.bin", {3}))};
+  EXPECT_EQ(KeptUrt(messages, dialog), std::nullopt);
+  dialog.rows[0].agreed.clear();
+  const Path second = Put("two.urt", {9}), third = Put("three.urt", {9});
+  EXPECT_EQ(KeptUrt(messages, dialog), std::nullopt) << "written by this dialog, which has asked";
+  EXPECT_TRUE(recorder_.shown.empty());
+  for (UrtRow& row : dialog.rows) row.agreed.clear();
+  recorder_.answer = false;
+  EXPECT_EQ(KeptUrt(messages, dialog), 1u);
+  EXPECT_FALSE(yes_is_default);
+  EXPECT_EQ(recorder_.Texts(), std::vector<std::string>{question(second)});
+  dialog.rows[1].agreed = second;
+  EXPECT_EQ(KeptUrt(messages, dialog), 2u);
+  EXPECT_EQ(recorder_.Texts(), std::vector<std::string>{question(third)});
+  recorder_.answer = true;
+  EXPECT_EQ(KeptUrt(messages, dialog), std::nullopt);
+  EXPECT_EQ(KeptUrt(messages, dialog), std::nullopt);
+  EXPECT_EQ(recorder_.Texts(), std::vector<std::string>{question(third)});
+
+  CompressionDialog compression{.input = dialog.rows[0].image, .output = second};
+  recorder_.answer = false;
+  EXPECT_FALSE(MayWriteCompressed(messages, compression));
+  recorder_.answer = true;
+  EXPECT_TRUE(MayWriteCompressed(messages, compression));
+  EXPECT_TRUE(MayWriteCompressed(messages, compression));
+  EXPECT_EQ(recorder_.Texts(), (std::vector<std::string>{question(second), question(second)}));
+  compression.output += "2";
+  EXPECT_TRUE(MayWriteCompressed(messages, compression));
+  EXPECT_TRUE(recorder_.shown.empty());
 }
 
 TEST_F(UrtDialogTest, ConvertsEachRowForItsRegion) {

@@ -1,0 +1,17 @@
+// The files that a dialog was told to write: whether two names are one file, and whether an old one may go.
+#pragma once
+
+#include "core/messages.h"
+#include "platform/files.h"
+
+namespace vexa {
+
+// Whether both paths name one file, there or not: links are followed, and letter case does not count, since
+// the file systems under the windows keep no two names that differ in it.
+bool NameOneFile(const Path& one, const Path& other);
+
+// True when nothing stands at `target`, when it is what the user has agreed to replace, or when he agrees;
+// the answer to a plain Enter is No.
+bool MayReplace(const Messages& messages, const Path& target, const Path& agreed);
+
+}  // namespace vexa
