@@ -288,6 +288,32 @@ TEST_F(Decoder, DamageIsRefusedWithOneMessage) {
   }
 }
 
+TEST_F(Decoder, ImagesCutAnywhereAreRefusedOrOpen) {
+  for (const uint8_t index : {uint8_t{0}, uint8_t{1}}) {
+    config = MakeImageConfig(index);
+    config.partition_sizes[4] = 512;
+    config.partition_sizes[5] = 64;
+    const AdbLayout layout = LayoutOf(config);
+    document.sdbs[0].database = std::make_unique<StaticDatabase>();
+    AddTestSatellite(database(), "Astra");
+    AddTestService(database(), AddTestCarrier(database(), 0));
+    Build();
+    const Bytes whole = images.adb;
+    const auto settings = static_cast<size_t>(layout.settings);
+    // Behind the tables stand the copies of the settings, for index 0 alone.
+    for (size_t size = 0; size < settings + 300; size += size < 3200 || size >= settings - 64 ? 1 : 61) {
+      images.adb.assign(whole.begin(),
+                        whole.begin() + static_cast<std::ptrdiff_t>(std::min(size, whole.size())));
+      const auto decoded = Decode();
+      const auto texts = recorder.Texts();
+      ASSERT_EQ(texts.size(), decoded ? 0u : 1u) << size;
+      const size_t counts = settings + (index == 0 ? kMarker + 8 : 0);  // the settings' first two words
+      ASSERT_EQ(decoded.has_value(), size >= counts) << size;
+      if (decoded) Open(*decoded);
+    }
+  }
+}
+
 // What the image's own bytes say about it, read apart from the decoder.
 struct ImageTables {
   uint32_t services = 0, counted = 0;

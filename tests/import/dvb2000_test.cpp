@@ -58,6 +58,17 @@ TEST(Dvb2000, SatelliteRecords) {
   }
 }
 
+TEST(Dvb2000, AnyValueOfACarrierOrAPidMakesAService) {
+  for (uint16_t DvbRecord::*const field : {&DvbRecord::frequency, &DvbRecord::symbol_rate, &DvbRecord::video,
+                                           &DvbRecord::audio, &DvbRecord::pcr}) {
+    DvbRecord record = Satellite("X-1\260E");
+    record.*field = 1;
+    const WorkFiles work = Read({Satellite(kAstra), record});
+    EXPECT_EQ(Names(work.satellites), "Astra");
+    EXPECT_EQ(Names(work.services), "X-1\260E");
+  }
+}
+
 TEST(Dvb2000, TextEndsAtNul) {
   EXPECT_TRUE(Read({Satellite(std::string("Astra\0-192\260E", 12))}).satellites.empty());
   DvbRecord record = Service("", 1, 1, 1);

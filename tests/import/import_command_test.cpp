@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
+
+#include "import/dvb2000.h"
+#include "import/lyngsat.h"
+#include "import/satcodx.h"
 #include "import/wizard.h"
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
@@ -65,6 +71,49 @@ TEST(ImportCommand, ListsWhoseReadingBreaksOff) {
               (Texts{"Could not read file \"" + Utf8FromPath(broken) + "\".",
                      format == ListFormat::kSatcodx ? "Invalid or unsupported SDX file format."
                                                     : "Invalid or unsupported DAT file format."}));
+  }
+}
+
+// A list that was cut anywhere is read as far as it goes: all but the last service are those of the whole
+// list.
+TEST(ImportCommand, ListsCutAtEveryByte) {
+  const auto satellite = [](const char* text) { return DvbRecord{.text = text}; };
+  const auto service = [](uint16_t id) {
+    return DvbRecord{.id = id, .frequency = 11778, .symbol_rate = 27500, .video = id, .text = "Name"};
+  };
+  using Read = void (*)(std::span<const uint8_t>, const DefaultRecords&, WorkFiles&, const Progress&);
+  const struct {
+    const char* format;
+    Read read;
+    std::string text;
+    size_t record;  // bytes; 0: lines
+  } lists[] = {
+      {"SatcoDX", ReadSatcodx, SdxList({{.video = "0001"}, {.video = "0002"}, {.video = "0003"}}), 128},
+      {"DVB2000", ReadDvb2000, DvbList({satellite("A-1\260E"), service(1), service(2), service(3)}), 64},
+      {"Lyngsat", ReadLyngsat,
+       ":SAT \"Astra\" 19.2 E\n:TRP 11778 27500 1 V 0 3/4\n:CHN \"One\" 1 T\n:CHN \"Two\" 2 R\n:CHN \"X\" 3 "
+       "T\n",
+       0}};
+  for (const auto& list : lists) {
+    SCOPED_TRACE(list.format);
+    const Bytes bytes = BytesOf(list.text);
+    WorkFiles whole;
+    list.read(bytes, {}, whole, {});
+    ASSERT_EQ(whole.services.size(), 3u);
+    for (size_t size = 0; size <= bytes.size(); ++size) {
+      WorkFiles work;
+      list.read(std::span(bytes).first(size), {}, work, {});
+      const size_t read = work.services.size() + (list.record == 64 ? work.satellites.size() : 0);
+      // The byte behind a SatcoDX list's first record says how long its records are.
+      const size_t expected = list.record == 128 && size == 128 ? 0 : size / std::max<size_t>(list.record, 1);
+      ASSERT_TRUE(list.record == 0 || read == expected) << size;
+      for (size_t i = 0; i + 1 < work.services.size(); ++i)
+        ASSERT_EQ(std::memcmp(&work.services[i], &whole.services[i], sizeof(WorkService)), 0) << size;
+      Recorder recorder;
+      Document document;
+      ASSERT_TRUE(OpenWorkFiles(recorder.context, work, {}, document)) << size;
+      EXPECT_EQ(CheckLinks(*document.sdbs.at(0).database), "") << size;
+    }
   }
 }
 

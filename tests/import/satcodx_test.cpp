@@ -28,6 +28,25 @@ std::string VisibleNames(const std::vector<Record>& records) {
   return names;
 }
 
+// Names of every length, cut at every place of the first double space.
+TEST(Satcodx, NamesEndAtTheirFirstDoubleSpace) {
+  for (size_t length = 0; length <= kNameSize; ++length) {
+    for (size_t at = 0; at <= length; ++at) {
+      std::string text(length, 'n');
+      for (size_t i = 1; i + 1 < at; i += 2) text[i] = ' ';  // single ones end nothing
+      if (at < length) text[at] = ' ';
+      if (at + 1 < length) text[at + 1] = ' ';
+      char name[kNameSize] = {};
+      std::copy(text.begin(), text.end(), name);
+      const size_t cut = text.find("  ");
+      EXPECT_EQ(TrimAtDoubleSpace(name), cut != std::string::npos) << text;
+      std::string expected = text.substr(0, cut);
+      expected.resize(kNameSize, '\0');
+      EXPECT_EQ(std::string(name, kNameSize), expected) << text;
+    }
+  }
+}
+
 TEST(Satcodx, OneRecordFillsEveryColumn) {
   const WorkFiles work = Read({SdxRecord{}});
   ASSERT_EQ(std::tuple(work.satellites.size(), work.carriers.size(), work.services.size()),

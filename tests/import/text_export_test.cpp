@@ -76,16 +76,20 @@ TEST(TextExport, CarriersAndServices) {
   radio.program_number = 65535;
   radio.type = 3;
   SetName(radio.name, "12345678901234567890");
+  ServiceRecord& other = AddTestService(database, full)->record;
+  other = {};
+  SetName(other.name, "Type 0");
   EXPECT_EQ(
       Tables(database),
       kSatelliteTitles + kDashes +
           "S                   \t000.00\tWest           \t0       \t2            \tLNB1     \t9750    "
           "\t10600    \t\r\n\r\n" +
           kCarrierTitles + kDashes +
-          "Full                \t11778    \t27500      \tVertical    \t3/4 \t2            \t\r\n\r\n" +
+          "Full                \t11778    \t27500      \tVertical    \t3/4 \t3            \t\r\n\r\n" +
           kServiceTitles + kDashes +
           "News                \t     5    \tTV          \t0        \t8192     \t401    \t---      \t\r\n"
           "1234567890123456789 \t 65535    \tRadio       \t0        \t0        \t0      \tYes      \t\r\n"
+          "Type 0              \t     0    \tRadio       \t0        \t0        \t0      \tYes      \t\r\n"
           "\r\n" +
           kCarrierTitles + kDashes +
           "Empty               \t0        \t0          \tHorizontal  \tAuto\t0            \t\r\n\r\n");
