@@ -7,10 +7,14 @@ namespace vexa {
 
 LocalTime LocalTimeNow() {
   const std::time_t now = std::time(nullptr);
-  const std::tm* local = std::localtime(&now);
-  if (!local) return {};
-  return {local->tm_year + 1900, local->tm_mon + 1, local->tm_mday,
-          local->tm_hour,        local->tm_min,     local->tm_sec};
+  std::tm local{};
+  // Of the two that threads may share, each system has one.
+#ifdef _WIN32
+  if (localtime_s(&local, &now) != 0) return {};
+#else
+  if (!localtime_r(&now, &local)) return {};
+#endif
+  return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec};
 }
 
 std::optional<LocalTime> ParseLocalTime(std::string_view text) {

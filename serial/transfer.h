@@ -1,7 +1,9 @@
 // The transfer jobs and the protocol of the line between the editor and the receiver's loader.
 //
 // Frame, both ways: 02, length L (3 bytes, big-endian), L payload bytes, their 32-bit sum (big-endian), 03.
-// Upload:   wake-up message until XON, three SYN; then for each URT file: ETB until ACK, wait for ENQ, one
+// Before the first wake-up a job waits until the line is quiet: late frames of an earlier download hold XON,
+// ACK and ENQ as data. What arrives before an ETB was sent is no answer either. Upload:   wake-up message
+// until XON, three SYN; then for each URT file: ETB until ACK, wait for ENQ, one
 //           frame for each ENQ, the last frame again and again after a NAK. A console upload starts at the
 //           ETB.
 // Download: the wake-up message of its own, the request script as an upload, ETB from the receiver; then for
@@ -66,9 +68,16 @@ struct Transfer {
   std::vector<Path> files;                      // to send, in order
   std::vector<Path> region_files;               // where region 1, 2, ... of a download go
   std::function<bool(bool crc_failed)> decode;  // the downloaded regions into a database; true on success
+  std::string subject;                          // what is sent, for the status line; may be empty
   std::function<int()> seconds_of_hour;         // minute x 60 + second of local time; empty: the clock
   std::function<bool(std::thread&, std::function<void()>)> start_thread;  // empty: the system's
 
+  std::atomic<bool> deaf{false};          // what arrives is from before the job, and is only counted
+  std::atomic<uint64_t> chunks_heard{0};  // received
+  std::atomic<int64_t> heard_at{0};       // ms of the steady clock: the last chunk, or the start
+  // The port may go: the last packet was handed to the line, or all regions are here.
+  std::atomic<bool> line_done{false};
+  std::atomic<bool> polled{false};  // an ETB was sent
   std::atomic<bool> xon{false}, ack{false}, enq{false}, nak{false}, cancel{false};
   std::atomic<bool> console_active{false}, download_started{false}, in_packet{false}, script_done{false};
   std::atomic<int64_t> counter{0}, expected{0};
@@ -80,12 +89,17 @@ struct Transfer {
   std::atomic<int> receive_outcome{0};                                  // what DownloadReceiveThread returned
   std::atomic<bool> receive_ended{false};
 
+  std::mutex text_lock;  // guards the members below; see StatusOf and FailureOf
+  std::string status, failure;
+
   std::mutex lock;
   std::condition_variable changed;
   std::thread receive_thread;
 
   std::mutex region_lock;  // guards the members below
   std::FILE* region_file = nullptr;
+  bool region_cut = false;   // something did not get into the file
+  std::string region_error;  // what the system said then
   uint32_t region_length = 0, region_crc = 0;
   IncomingPacket packet;
 
@@ -98,6 +112,11 @@ struct Transfer {
 // All flags, the counters and the indices as at the start of a job.
 void ResetTransfer(Transfer& transfer);
 void Wake(Transfer& transfer);
+// The job's last status text, and why it failed; empty: it did not, or not by itself.
+std::string StatusOf(Transfer& transfer);
+std::string FailureOf(Transfer& transfer);
+// Since something arrived, or since the start when nothing did.
+double SecondsUnanswered(const Transfer& transfer);
 
 // Receive callbacks. A byte that follows the first ACK in the same chunk is not looked at for ENQ and NAK.
 void TransferReceive(Transfer& transfer, std::span<const uint8_t> bytes);
@@ -117,7 +136,15 @@ int DownloadReceiveThread(Transfer& transfer);
 bool PauseTransfer(Transfer& transfer, int milliseconds);
 // Waits until `ready` or cancel, at most `milliseconds`; whether `ready`.
 bool AwaitTransfer(Transfer& transfer, int milliseconds, const std::function<bool()>& ready);
-void SendByte(Transfer& transfer, uint8_t byte);
+// For the receive callbacks: counts a chunk. False when it is not to be looked at.
+bool TakesBytes(Transfer& transfer);
+void ScanHandshakes(Transfer& transfer, std::span<const uint8_t> bytes);
+// False when the port did not take it.
+bool SendByte(Transfer& transfer, uint8_t byte);
+// Remembers the text as the job's status, and shows it.
+void ShowStatus(Transfer& transfer, const std::string& text);
+// Remembers why the job ends, and tells it.
+void TellFailure(Transfer& transfer, const std::string& text);
 inline void Show(const std::function<void(const std::string&)>& view, const std::string& text) {
   if (view) view(text);
 }

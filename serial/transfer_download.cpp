@@ -1,4 +1,6 @@
+#include <cerrno>
 #include <filesystem>
+#include <system_error>
 
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
@@ -45,7 +47,7 @@ bool EnterPacket(Transfer& transfer) {
   transfer.packet.stored.clear();
   transfer.packet.file = transfer.context.files->create(PacketFile(transfer));
   if (!transfer.packet.file) {
-    Tell(transfer.context.messages, Icon::kStop, "File Access Error");
+    TellFailure(transfer, "File Access Error");
     return false;
   }
   transfer.in_packet = true;
@@ -74,14 +76,23 @@ bool TakeHeader(Transfer& transfer, std::span<const uint8_t> record) {
   return true;
 }
 
+// A region that was cut ends the job, whatever its CRC would say.
+void CutRegion(Transfer& transfer) {
+  transfer.region_error = errno == 0 ? "" : std::generic_category().message(errno);
+  transfer.region_cut = true;
+}
+
+void KeepData(Transfer& transfer, std::span<const uint8_t> data) {
+  const std::lock_guard hold(transfer.region_lock);
+  if (!transfer.region_file || transfer.region_cut) return;
+  errno = 0;
+  if (!transfer.context.files->write(transfer.region_file, data)) CutRegion(transfer);
+}
+
 bool TakeRecord(Transfer& transfer, std::span<const uint8_t> record) {
   if (record.empty()) return true;
   if (record[0] == kHeaderTag) return TakeHeader(transfer, record);
-  if (record[0] == kDataTag && record.size() > 12) {
-    const std::lock_guard hold(transfer.region_lock);
-    // What does not get into the file fails the region's CRC.
-    if (transfer.region_file) transfer.context.files->write(transfer.region_file, record.subspan(12));
-  }
+  if (record[0] == kDataTag && record.size() > 12) KeepData(transfer, record.subspan(12));
   return true;
 }
 
@@ -134,7 +145,7 @@ bool TakePacketByte(Transfer& transfer, uint8_t byte) {
 // XON, ACK, ENQ and NAK while the script is sent. The answers are slowed down, so that a receiver that
 // repeats them is not overrun.
 void TakeHandshakes(Transfer& transfer, std::span<const uint8_t> bytes) {
-  TransferReceive(transfer, bytes);
+  ScanHandshakes(transfer, bytes);
   for (const uint8_t byte : bytes) {
     if (byte == kAck || byte == kEnq || byte == kNak) PauseTransfer(transfer, 50);
   }
@@ -142,20 +153,20 @@ void TakeHandshakes(Transfer& transfer, std::span<const uint8_t> bytes) {
 
 void StartDownload(Transfer& transfer) {
   Show(transfer.view.title, "Download ( STB to PC )");
-  Show(transfer.view.status, "Downloading inprogress");
+  ShowStatus(transfer, "Downloading inprogress");
   transfer.download_started = true;
 }
 
 bool OpenRegion(Transfer& transfer) {
   std::FILE* file = transfer.context.files->create(RegionFile(transfer));
   if (!file) {
-    Tell(transfer.context.messages, Icon::kStop,
-         "Terminated Receiving.\nCancel and close the Application and Retry !!!");
+    TellFailure(transfer, "Terminated Receiving.\nCancel and close the Application and Retry !!!");
     return false;
   }
   const std::lock_guard hold(transfer.region_lock);
   transfer.region_file = file;
   transfer.region_length = transfer.region_crc = 0;
+  transfer.region_cut = false;
   return true;
 }
 
@@ -175,10 +186,15 @@ void RequestAgain(Transfer& transfer) {
   ++transfer.counter;
 }
 
-// False when cancelled.
+bool IsRegionCut(Transfer& transfer) {
+  const std::lock_guard hold(transfer.region_lock);
+  return transfer.region_cut;
+}
+
+// False when cancelled, or when the data cannot be kept.
 bool ReceiveRegion(Transfer& transfer) {
   while (transfer.expected == 0 || transfer.counter != transfer.expected) {
-    if (transfer.cancel) return false;
+    if (transfer.cancel || IsRegionCut(transfer)) return false;
     if (transfer.enq.exchange(false)) {
       RequestNext(transfer);
     } else if (transfer.nak.exchange(false)) {
@@ -197,27 +213,32 @@ bool AppendTo(const Path& path, std::span<const uint8_t> more, const FileOperati
   return WriteWholeFile(path, all, files) == WriteResult::kDone;
 }
 
-void VerifyRegion(Transfer& transfer, size_t region) {
-  uint32_t length = 0, expected_crc = 0;
-  bool written = true;
-  {
-    const std::lock_guard hold(transfer.region_lock);
-    written = transfer.context.files->finish(transfer.region_file);
-    transfer.region_file = nullptr;
-    length = transfer.region_length;
-    expected_crc = transfer.region_crc;
+// False when it could not be kept; then the region is cut.
+bool VerifyRegion(Transfer& transfer, size_t region) {
+  const FileOperations& files = *transfer.context.files;
+  const std::lock_guard hold(transfer.region_lock);
+  errno = 0;
+  const bool written = files.finish(transfer.region_file);
+  transfer.region_file = nullptr;
+  if (written && transfer.region_length == 0) return true;
+  const auto data = written ? ReadWholeFile(RegionFile(transfer)) : std::nullopt;
+  const bool asked_for = region < transfer.region_files.size();
+  if (!data || (asked_for && !AppendTo(transfer.region_files[region], *data, files))) {
+    CutRegion(transfer);
+    return false;
   }
-  if (length != 0) {
-    const Bytes data = ReadWholeFile(RegionFile(transfer)).value_or(Bytes{});
-    bool right = written && Crc32Mpeg2(data) == expected_crc;
-    if (region < transfer.region_files.size()) {
-      right = AppendTo(transfer.region_files[region], data, *transfer.context.files) && right;
-    }
-    if (!right) transfer.crc_failed = true;
-    Show(transfer.view.result, transfer.crc_failed ? "CRC Verification - failed \n Retry once again"
-                                                   : "CRC Verification - Success");
-  }
-  Remove(RegionFile(transfer));
+  if (Crc32Mpeg2(*data) != transfer.region_crc) transfer.crc_failed = true;
+  Show(transfer.view.result,
+       transfer.crc_failed ? "CRC Verification - failed \n Retry once again" : "CRC Verification - Success");
+  return true;
+}
+
+void TellCutRegion(Transfer& transfer) {
+  std::string text =
+      Format("The received data could not be written to \"%s\".", Utf8FromPath(RegionFile(transfer)).c_str());
+  if (!transfer.region_error.empty()) text += "\n" + transfer.region_error;
+  TellFailure(transfer, text);
+  transfer.refused = true;
 }
 
 void CloseRegion(Transfer& transfer) {
@@ -226,7 +247,7 @@ void CloseRegion(Transfer& transfer) {
   transfer.region_file = nullptr;
 }
 
-// False when cancelled or when the work file cannot be made.
+// False when cancelled or when a work file cannot be made or written.
 bool DownloadRegion(Transfer& transfer) {
   transfer.nak = false;
   transfer.counter = -1;
@@ -244,18 +265,17 @@ bool DownloadRegion(Transfer& transfer) {
     transfer.refused = true;
     return false;
   }
-  if (!ReceiveRegion(transfer)) {
-    CloseRegion(transfer);
-    return false;
-  }
-  VerifyRegion(transfer, region);
-  return true;
+  const bool kept = ReceiveRegion(transfer) && VerifyRegion(transfer, region);
+  CloseRegion(transfer);
+  Remove(RegionFile(transfer));
+  if (!kept && IsRegionCut(transfer)) TellCutRegion(transfer);
+  return kept;
 }
 
 }  // namespace
 
 void DownloadReceive(Transfer& transfer, std::span<const uint8_t> bytes) {
-  if (transfer.cancel) return;
+  if (!TakesBytes(transfer)) return;
   if (!transfer.script_done) TakeHandshakes(transfer, bytes);
   for (const uint8_t byte : bytes) {
     if (transfer.in_packet) {
@@ -276,8 +296,9 @@ int DownloadReceiveThread(Transfer& transfer) {
     if (!transfer.cancel) PressCancel(transfer);
     return 0;
   }
-  Show(transfer.view.status, "Data download completed");
+  ShowStatus(transfer, "Data download completed");
   Remove(PacketFile(transfer));
+  transfer.line_done = true;
   SendByte(transfer, kCan);
   if (transfer.cancel) return 0;  // whoever wanted the data may be gone
   transfer.decoded = transfer.decode && transfer.decode(transfer.crc_failed);

@@ -27,8 +27,9 @@ constexpr const char* kNoResponseSending =
 
 // What the four upload jobs differ in.
 struct UploadStyle {
+  bool single = false;  // sends one file, whatever there is
   bool floods = false;  // ETB back to back until ACK, then one pause of 100 ms; else one ETB each 50 ms
-  bool warns = false;   // "no response" warnings each 15 s
+  bool script = false;  // asks for a download; "no response" warnings each 15 s
   bool console = false;
   const char* open_failure = "";
   const char* in_progress[2] = {"", ""};
@@ -38,19 +39,21 @@ struct UploadStyle {
 constexpr UploadStyle kAdbStyle = {false,
                                    false,
                                    false,
+                                   false,
                                    "File access error - UploadAdbThread",
                                    {"ADB upload inprogress.", "User Box Info upload inprogress."},
                                    {"ADB upload completed.", "User Box Info upload completed."}};
 constexpr UploadStyle kSdbStyle = {true,
+                                   true,
                                    false,
                                    false,
                                    "File access error - UploadSdbThread",
                                    {"SDB upload inprogress.", ""},
                                    {"SDB upload completed.", ""}};
 constexpr UploadStyle kScriptStyle = {
-    false, true, false, "File access error - UploadDownloadScriptThread", {"", ""}, {"", ""}};
-constexpr UploadStyle kConsoleStyle = {true,     false,   true, "File access error - UploadURTPacketThread",
-                                       {"", ""}, {"", ""}};
+    true, false, true, false, "File access error - UploadDownloadScriptThread", {"", ""}, {"", ""}};
+constexpr UploadStyle kConsoleStyle = {
+    true, true, false, true, "File access error - UploadURTPacketThread", {"", ""}, {"", ""}};
 
 enum class Outcome { kSent, kAgain, kCancelled, kFailed };
 
@@ -70,15 +73,31 @@ void Restart(const Transfer& transfer, Deadline& deadline) {
 }
 
 bool IsReached(const Transfer& transfer, const UploadStyle& style, const Deadline& deadline) {
-  return style.warns && SecondsOfHour(transfer) == deadline.at;
+  return style.script && SecondsOfHour(transfer) == deadline.at;
 }
 
-void ShowText(const std::function<void(const std::string&)>& view, const char* text) {
-  if (*text) Show(view, text);
+void ShowText(Transfer& transfer, const char* text) {
+  if (*text) ShowStatus(transfer, text);
+}
+
+// False when cancelled.
+bool AwaitQuietLine(Transfer& transfer) {
+  constexpr int quiet = 60;  // ms
+  const auto end = Clock::now() + std::chrono::seconds(5);
+  transfer.deaf = true;
+  for (bool heard = true; heard && Clock::now() < end;) {
+    const uint64_t before = transfer.chunks_heard;
+    heard = AwaitTransfer(transfer, quiet, [&] { return transfer.chunks_heard != before; });
+    if (transfer.cancel) return false;
+  }
+  transfer.ack = transfer.enq = transfer.nak = false;
+  transfer.deaf = false;
+  return true;
 }
 
 bool WakeUpReceiver(Transfer& transfer, std::span<const uint8_t> message) {
-  Show(transfer.view.status, "Receiver not connected.");
+  ShowStatus(transfer, "Receiver not connected.");
+  if (!AwaitQuietLine(transfer)) return false;
   transfer.xon = false;
   transfer.file_index = 0;
   while (!transfer.xon) {
@@ -87,17 +106,19 @@ bool WakeUpReceiver(Transfer& transfer, std::span<const uint8_t> message) {
     if (!PauseTransfer(transfer, 50)) return false;
   }
   for (int i = 0; i < 3; ++i) SendByte(transfer, kSyn);
-  Show(transfer.view.status, "Wait...");
+  ShowStatus(transfer, "Wait...");
   return !transfer.cancel;
 }
 
 bool PollForAck(Transfer& transfer, const UploadStyle& style) {
   Deadline deadline;
   Restart(transfer, deadline);
+  // Nobody answers what was not sent.
+  if (!transfer.polled.exchange(true)) transfer.ack = transfer.enq = transfer.nak = false;
   while (!transfer.ack) {
     if (transfer.cancel) return false;
-    SendByte(transfer, kEtb);
-    if (style.floods) continue;
+    const bool sent = SendByte(transfer, kEtb);
+    if (style.floods && sent) continue;  // a port that takes nothing is not asked without end
     if (!PauseTransfer(transfer, 50)) return false;
     if (IsReached(transfer, style, deadline)) {
       Tell(transfer.context.messages, Icon::kWarning, "%s", kNoResponsePolling);
@@ -120,6 +141,7 @@ struct OpenUrt {
   Bytes content;
   size_t position = 0;
   std::span<const uint8_t> last;  // the packet sent last
+  bool handed_over = false;       // the port took all of it
   Clock::time_point line_free;    // when the line will have carried it
   Clock::duration repeats{};      // what the line needs for its repeats
 };
@@ -127,7 +149,7 @@ struct OpenUrt {
 // What the line needs for the packet. Without a known speed it is free at once.
 Clock::duration SendLast(Transfer& transfer, OpenUrt& file) {
   constexpr double tolerance = 1.01;  // a line may be a little slower than its settings say
-  transfer.line.write(file.last);
+  file.handed_over = transfer.line.write(file.last) == file.last.size();
   if (transfer.bytes_per_second <= 0) return {};
   const std::chrono::duration<double> seconds(tolerance * static_cast<double>(file.last.size()) /
                                               transfer.bytes_per_second);
@@ -144,7 +166,7 @@ bool OpenUrtFile(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
     transfer.counter = 0;
     transfer.refused = true;
     if (style.console && transfer.view.reset_console) transfer.view.reset_console();
-    Tell(transfer.context.messages, Icon::kStop, "%s", style.open_failure);
+    TellFailure(transfer, style.open_failure);
     return false;
   }
   file.content = std::move(*content);
@@ -181,6 +203,12 @@ bool TakePacket(OpenUrt& file) {
   return true;
 }
 
+// Whether the job needs the line no more behind this file. A script is followed by what it asks for.
+bool IsLastFile(const Transfer& transfer, const UploadStyle& style) {
+  if (style.script) return false;
+  return style.single || transfer.file_index + 1 >= transfer.files.size();
+}
+
 void SendNextPacket(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
   if (!TakePacket(file)) {
     BackToPolling(transfer);
@@ -193,6 +221,8 @@ void SendNextPacket(Transfer& transfer, const UploadStyle& style, OpenUrt& file)
   file.line_free = std::min(file.line_free, Clock::now() + file.repeats);
   file.repeats = {};
   SendLast(transfer, file);
+  const bool last = transfer.counter + 1 == int64_t{transfer.packet_count};
+  if (last && file.handed_over && IsLastFile(transfer, style)) transfer.line_done = true;
   if (file.last.back() != kEtx) {
     transfer.ack = false;
     if (style.console) {
@@ -234,7 +264,7 @@ Outcome SendPackets(Transfer& transfer, const UploadStyle& style, OpenUrt& file)
     } else if (transfer.nak && !file.last.empty()) {
       SendAgain(transfer, file);
     } else {
-      AwaitTransfer(transfer, style.warns ? 200 : 1000, something);
+      AwaitTransfer(transfer, style.script ? 200 : 1000, something);
     }
     if (IsReached(transfer, style, deadline)) {
       Tell(transfer.context.messages, Icon::kWarning, "%s", kNoResponseSending);
@@ -250,7 +280,7 @@ Outcome TryOneFile(Transfer& transfer, const UploadStyle& style) {
   }
   if (transfer.cancel) return Outcome::kCancelled;
   const size_t index = transfer.file_index;
-  if (index < 2) ShowText(transfer.view.status, style.in_progress[index]);
+  if (index < 2) ShowText(transfer, style.in_progress[index]);
   OpenUrt file;
   if (!OpenUrtFile(transfer, style, file)) return Outcome::kFailed;
   if (!ReadMagicAndCount(transfer, style, file)) return Outcome::kAgain;
@@ -265,7 +295,7 @@ Outcome SendOneFile(Transfer& transfer, const UploadStyle& style) {
   transfer.counter = 0;
   const size_t index = transfer.file_index++;
   if (transfer.view.position) transfer.view.position(0);
-  if (index < 2) ShowText(transfer.view.status, style.completed[index]);
+  if (index < 2) ShowText(transfer, style.completed[index]);
   return outcome;
 }
 
@@ -318,7 +348,7 @@ int UploadDownloadScriptThread(Transfer& transfer) {
   });
   if (started) return 1;
   transfer.receive_ended = true;
-  Tell(transfer.context.messages, Icon::kStop, "CreateThread failed - UploadDownloadScriptThread");
+  TellFailure(transfer, "CreateThread failed - UploadDownloadScriptThread");
   PressCancel(transfer);
   return 0;
 }

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <numeric>
+#include <system_error>
 
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
@@ -30,6 +32,11 @@ Bytes Urt(const std::vector<Bytes>& packets, const char* magic = "MZ") {
   writer.U32Big(static_cast<uint32_t>(packets.size()));
   for (const Bytes& packet : packets) writer.Append(packet);
   return writer.bytes();
+}
+
+Bytes Join(Bytes one, const Bytes& two) {
+  one.insert(one.end(), two.begin(), two.end());
+  return one;
 }
 
 struct TransferRig {
@@ -118,6 +125,122 @@ TEST(Upload, TwoFilesByteByByte) {
                                       "User Box Info upload completed."}));
   EXPECT_EQ(rig.cancels, 1);
   for (const Path& file : rig.transfer.files) EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+// A cancelled download leaves a frame on the line whose data looks like answers.
+TEST(Upload, BytesFromBeforeTheFirstWakeUpDoNotCount) {
+  using Clock = std::chrono::steady_clock;
+  for (const bool download : {false, true}) {
+    TransferRig rig;
+    const Bytes one = Frame({1, 1, 1, 1});
+    rig.Put("a.urt", Urt({one}));
+    std::atomic<bool> woken{false};
+    Clock::time_point first, last_late;
+    rig.peer = [&](const Bytes& bytes) {
+      if (!woken.exchange(true)) first = Clock::now();
+      rig.AnswerUpload(bytes);
+    };
+    std::thread late([&] {
+      for (int i = 0; i < 8 && !woken; ++i) {
+        last_late = Clock::now();
+        const Bytes data(40, i % 2 ? kEnq : kAck);
+        download ? DownloadReceive(rig.transfer, data) : rig.Receive(Join({kXon}, data));
+        std::this_thread::sleep_for(std::chrono::milliseconds(25));
+      }
+    });
+    rig.transfer.deaf = true;
+    rig.transfer.start_thread = [](std::thread&, const std::function<void()>&) { return false; };
+    download ? UploadDownloadScriptThread(rig.transfer) : UploadAdbThread(rig.transfer);
+    late.join();
+    EXPECT_GE(first - last_late, std::chrono::milliseconds(50)) << download;
+    const auto wake = download ? Bytes(kDownloadWakeUp.begin(), kDownloadWakeUp.end())
+                               : Bytes(kUploadWakeUp.begin(), kUploadWakeUp.end());
+    const Bytes syn{kSyn};
+    EXPECT_EQ(rig.sent, (std::vector<Bytes>{wake, syn, syn, syn, {kEtb}, one})) << download;
+  }
+}
+
+TEST(Upload, PacketsAskedForBeforeAnyPollArePolledFor) {
+  for (const auto job : {UploadAdbThread, UploadUrtPacketThread}) {
+    TransferRig rig;
+    const Bytes one = Frame({1, 1, 1, 1}), two = Frame({2});
+    rig.Put("a.urt", Urt({one, two}));
+    if (job == UploadUrtPacketThread) {
+      rig.Receive({kAck});
+      rig.Receive({kEnq});
+    }
+    rig.peer = [&](const Bytes& bytes) {
+      if (bytes.size() > 1 || bytes[0] != kSyn) return rig.AnswerUpload(bytes);
+      rig.Receive({kAck});
+      rig.Receive({kNak});
+      rig.Receive({kEnq});
+    };
+    EXPECT_EQ(job(rig.transfer), 1);
+    const std::vector<Bytes> expected{{kEtb}, one, two};
+    EXPECT_EQ(std::vector<Bytes>(rig.sent.end() - 3, rig.sent.end()), expected);
+  }
+}
+
+// A line that never is quiet is not waited for without end.
+TEST(Upload, ALineThatIsNeverQuietIsWokenAllTheSame) {
+  TransferRig rig;
+  std::atomic<bool> stop{false};
+  std::thread noise([&] {
+    while (!stop) {
+      rig.Receive({0x55});
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  });
+  rig.peer = [&](const Bytes&) { rig.transfer.cancel = true; };
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(UploadAdbThread(rig.transfer), 0);
+  const auto waited = std::chrono::steady_clock::now() - start;
+  stop = true;
+  noise.join();
+  EXPECT_EQ(rig.sent.size(), 1u);
+  EXPECT_GE(waited, std::chrono::milliseconds(4800));
+  EXPECT_LT(waited, std::chrono::milliseconds(7000));
+}
+
+TEST(Upload, APortThatTakesNothingIsNotFlooded) {
+  TransferRig rig;
+  int polls = 0;
+  rig.transfer.line.write = [&](std::span<const uint8_t>) { return ++polls, size_t{0}; };
+  std::thread job([&] { UploadUrtPacketThread(rig.transfer); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(400));
+  rig.transfer.cancel = true;
+  Wake(rig.transfer);
+  job.join();
+  EXPECT_GE(polls, 2);
+  EXPECT_LE(polls, 10);
+}
+
+TEST(Upload, ThePortMayGoOnlyWhenTheLastPacketOfTheLastFileIsHandedOver) {
+  const Bytes one = Frame({1, 1, 1, 1}), two = Frame({2}), three = Frame({3, 3, 3});
+  struct Row {
+    const char* name;
+    int (*job)(Transfer&);
+    bool taken, done;  // the last packet by the port; afterwards
+  };
+  const Row rows[] = {{"two files", UploadAdbThread, true, true},
+                      {"the last packet was cut", UploadAdbThread, false, false},
+                      {"one of two files", UploadSdbThread, true, true},
+                      {"console", UploadUrtPacketThread, true, true},
+                      {"a script", UploadDownloadScriptThread, true, false}};
+  for (const Row& row : rows) {
+    TransferRig rig;
+    rig.Put("a.urt", Urt({one, two}));
+    if (row.job != UploadDownloadScriptThread) rig.Put("b.urt", Urt({two, three}));
+    rig.transfer.start_thread = [](std::thread&, const std::function<void()>&) { return false; };
+    rig.transfer.line.write = [&](std::span<const uint8_t> bytes) {
+      EXPECT_FALSE(rig.transfer.line_done) << row.name;
+      const Bytes sent(bytes.begin(), bytes.end());
+      rig.AnswerUpload(sent);
+      return sent == three && !row.taken ? 2 : bytes.size();
+    };
+    row.job(rig.transfer);
+    EXPECT_EQ(rig.transfer.line_done, row.done) << row.name;
+  }
 }
 
 TEST(Upload, OneNakRepeatsEveryPacketUntilItsEnq) {
@@ -319,16 +442,12 @@ Bytes Data(const Bytes& data) {
   return payload;
 }
 
-Bytes Join(Bytes one, const Bytes& two) {
-  one.insert(one.end(), two.begin(), two.end());
-  return one;
-}
-
 TEST(Download, TwoRegionsInPiecesOfAnySize) {
   const Bytes a = {kStx, kEtx, kEtb, kAck, kEtx, kNak, 7}, b(500, kEtx), c = {1, 2};
   for (const size_t piece : {0u, 1u, 3u}) {
     RegionRig rig;
     rig.piece = piece;
+    PutFile(rig.recorder.context.temporary_folder / "r1", Bytes{0x77});  // data goes behind what is there
     rig.regions = {{Frame(Header(Join(a, b), {1, 1})), Frame(Data(a)), Frame(Data(b))},
                    {Frame(Header(c, {1})), Frame(Data(c))}};
     bool failed = true;
@@ -343,8 +462,9 @@ TEST(Download, TwoRegionsInPiecesOfAnySize) {
     const Bytes ack{kAck}, enq{kEnq}, can{kCan};
     EXPECT_EQ(rig.sent, (std::vector<Bytes>{ack, enq, enq, enq, enq, ack, enq, enq, enq, can})) << piece;
     EXPECT_FALSE(failed);
-    EXPECT_EQ(first, Join(a, b)) << piece;
+    EXPECT_EQ(first, Join({0x77}, Join(a, b))) << piece;
     EXPECT_EQ(second, c) << piece;
+    EXPECT_TRUE(rig.transfer.line_done);
     EXPECT_EQ(rig.results,
               (std::vector<std::string>{"CRC Verification - Success", "CRC Verification - Success"}));
     EXPECT_FALSE(std::filesystem::exists(rig.transfer.region_files[0]));
@@ -387,6 +507,47 @@ TEST(Download, AFailedCrcStaysFailed) {
   EXPECT_TRUE(failed);
   EXPECT_EQ(rig.results.back(), "CRC Verification - failed \n Retry once again");
   EXPECT_EQ(ReadWholeFile(rig.transfer.region_files[0]), data);  // kept for whoever wants it all the same
+}
+
+TEST(Download, DataThatCannotBeKeptIsNoFailedCrc) {
+  const Bytes data(70000, 9);  // more than a file's buffer
+  for (int step = 1; step <= 40; ++step) {
+    RegionRig rig;
+    rig.transfer.context.files = &rig.recorder.files;
+    rig.regions = {{Frame(Header(data, {10}))}};
+    for (size_t at = 0; at < data.size(); at += 7000)
+      rig.regions[0].push_back(Frame(Data(Bytes(data.begin(), data.begin() + 7000))));
+    int writes = 0;
+    bool failed = false;
+    const auto write = rig.recorder.files.write;
+    const auto finish = rig.recorder.files.finish;
+    rig.recorder.files.write = [&](std::FILE* file, std::span<const uint8_t> bytes) {
+      if (++writes != step || bytes.size() == 7000 + 16 || bytes.size() < 100) return write(file, bytes);
+      errno = ENOSPC;
+      failed = true;
+      return false;
+    };
+    rig.recorder.files.finish = [&](std::FILE* file) {
+      const bool good = finish(file);
+      if (++writes != step) return good;
+      errno = ENOSPC;
+      return !(failed = true);
+    };
+    rig.transfer.decode = [](bool) { return true; };
+    const int outcome = rig.Run();
+    if (!failed) {
+      EXPECT_EQ(outcome, 1) << step;
+      continue;
+    }
+    EXPECT_EQ(outcome, 0) << step;
+    EXPECT_FALSE(rig.transfer.crc_failed || rig.transfer.line_done || rig.transfer.decoded) << step;
+    const auto texts = rig.messages.Texts();
+    ASSERT_EQ(texts.size(), 1u) << step;
+    EXPECT_TRUE(texts[0].starts_with("The received data could not be written to \"")) << texts[0];
+    EXPECT_TRUE(texts[0].ends_with("\n" + std::generic_category().message(ENOSPC))) << texts[0];
+    EXPECT_EQ(rig.cancels, 1) << step;
+    EXPECT_EQ(FailureOf(rig.transfer), texts[0]);
+  }
 }
 
 TEST(Download, FilesAndThreadsThatCannotBeMade) {
