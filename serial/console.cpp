@@ -214,7 +214,7 @@ bool TryConnect(Console& console) {
 }
 
 void LoseConnection(Console& console, uint64_t now) {
-  const bool again = OptionsOf(console).reconnect;
+  const bool again = OptionsOf(console).reconnect, uploading = IsUploading(console);
   console.quiet = true;
   console.lost = true;
   AbandonWrites(console.port);
@@ -226,6 +226,11 @@ void LoseConnection(Console& console, uint64_t now) {
   }
   console.lost = false;
   const char* name = console.connected_with.port_name.c_str();
+  if (uploading && console.job_outcome != 1) {
+    const std::string text =
+        Format("\n<========== Upload ended ==========>\n   Problem : %s is not available any more\n", name);
+    AppendToConsole(console, text, ReportColour::kError);
+  }
   if (again) {
     console.state = ConsoleState::kWaiting;
     console.retry_wait = kFirstRetry;
@@ -421,11 +426,12 @@ bool StartConsoleUpload(Console& console, const Path& file, const std::string& n
   transfer.files = {file};
   transfer.console_active = true;
   console.job_ended = false;
+  console.job_outcome = 0;
   console.ending = false;
   console.upload_name = name;
   console.meter = {};
   const bool started = console.port.api->start_thread(console.job, [&console] {
-    UploadUrtPacketThread(console.transfer);
+    console.job_outcome = UploadUrtPacketThread(console.transfer);
     console.job_ended = true;
     Wake(console.transfer);
   });

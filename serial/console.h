@@ -82,6 +82,7 @@ struct Console {
   ReportTarget reports;
   std::thread job;
   std::atomic<bool> job_ended{false};
+  std::atomic<int> job_outcome{0};  // 1: the last upload was sent whole
   std::atomic<bool> reset_progress{false}, focus_log{false};
   std::atomic<bool> received{false}, sent{false};  // the indicators "R" and "T"
   std::atomic<bool> lost{false};                   // the upload was ended by the port, not by the user
@@ -166,8 +167,8 @@ struct ConsoleUpdate {
 // `now` in ms of a clock that never goes back; `shown`: characters that the view holds.
 ConsoleUpdate UpdateConsole(Console& console, uint64_t now, ViewUse use = ViewUse::kFollows,
                             size_t shown = 0);
-// Tells what the other threads left, and that the port is gone. While a message is shown the owner may call
-// everything but this.
+// Tells what the other threads left, and that the port is gone; an upload that this ended gets a line in the
+// log. While a message is shown the owner may call everything but this.
 void TellConsoleMessages(Console& console, uint64_t now);
 
 }  // namespace vexa

@@ -190,6 +190,15 @@ void Enqueue(ViewQueue& queue, std::string_view text, ReportColour colour) {
   }
 }
 
+ViewUse UseOfView(const ViewLook& look) {
+  if (look.selecting) return ViewUse::kSelects;
+  if (look.shown == 0) return ViewUse::kFollows;
+  if (look.selected > 0) return ViewUse::kLooks;
+  if (!look.has_bar || look.page <= 0) return ViewUse::kFollows;
+  // A quarter of a page of tolerance: the last line may be cut.
+  return look.position + look.page + look.page / 4 >= look.maximum ? ViewUse::kFollows : ViewUse::kLooks;
+}
+
 ViewQueue TakePieces(ViewQueue& queue, ViewUse use, size_t shown) {
   ViewQueue taken;
   const bool cleared = std::exchange(queue.cleared, false);

@@ -81,6 +81,17 @@ enum class ViewUse {
   kLooks,    // scrolled up, or has selected something: nothing may be taken away
   kSelects,  // with the mouse or the keys, just now: nothing may be added
 };
+// What a view's scroll bar and mouse say of it, in any one unit for the bar's figures.
+struct ViewLook {
+  bool selecting = false;  // the mouse or the shift key is held on it
+  size_t selected = 0;     // characters
+  size_t shown = 0;        // characters that it holds
+  bool has_bar = false;    // the scroll bar is in sight: a hidden one keeps the figures of an earlier text
+  int64_t position = 0, page = 0, maximum = 0;
+};
+// It follows when its end is in sight and nothing is selected; an empty view always follows.
+ViewUse UseOfView(const ViewLook& look);
+
 // The next part to add, about kUpdateBytes. Empty when the view cannot take any now.
 ViewQueue TakePieces(ViewQueue& queue, ViewUse use, size_t shown);
 // Characters to take from the front of a view that holds so many, so that it stays quick; 0: none.

@@ -24,6 +24,11 @@ int RunJob(Transfer& transfer, TransferJob job) {
 }
 
 bool OpenForFrame(TransferSession& session, const ProjectConfig& config, bool console) {
+  if (IsSamePort(config.port_name, session.console_port)) {
+    Tell(session.transfer.context.messages, Icon::kStop,
+         "The console is connected to %s.\nDisconnect it and try again.", config.port_name.c_str());
+    return false;
+  }
   BuildPortDcb(session.port, config);
   session.transfer.bytes_per_second = BytesPerSecond(session.port.dcb);
   if (OpenPort(session.port, config.port_name)) return true;
@@ -69,6 +74,18 @@ bool EndJobs(TransferSession& session) {
   return ended;
 }
 
+// A port that is gone has nothing left to close.
+bool CloseSessionPort(TransferSession& session) {
+  const bool gone = IsPortGone(session.port);
+  if (ClosePort(session.port)) return true;
+  if (gone) session.port.device = nullptr;
+  return gone;
+}
+
+double SecondsSince(std::chrono::steady_clock::time_point then) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - then).count();
+}
+
 void RemoveFiles(TransferSession& session) {
   Transfer& transfer = session.transfer;
   if (transfer.packet.file && !session.left_behind) {
@@ -91,6 +108,11 @@ bool StartTransfer(TransferSession& session, const ProjectConfig& config, Transf
   session.outcome = 0;
   session.job_ended = session.port_gone = false;
   session.own_files = job != TransferJob::kConsole;
+  transfer.deaf = job != TransferJob::kConsole;
+  session.kind = job;
+  session.port_name = config.port_name;
+  session.started = std::chrono::steady_clock::now();
+  session.seconds = 0;
   if (!transfer.start_thread) transfer.start_thread = session.port.api->start_thread;
   transfer.line.write = [&session](std::span<const uint8_t> bytes) { return WritePort(session.port, bytes); };
   transfer.line.purge = [&session] { PurgeReceived(session.port); };
@@ -104,6 +126,7 @@ bool StartTransfer(TransferSession& session, const ProjectConfig& config, Transf
 bool CancelTransfer(TransferSession& session) {
   Transfer& transfer = session.transfer;
   const Messages& messages = transfer.context.messages;
+  if (session.seconds == 0) session.seconds = SecondsSince(session.started);
   transfer.ack = transfer.enq = false;
   transfer.counter = 0;
   transfer.cancel = true;
@@ -112,7 +135,7 @@ bool CancelTransfer(TransferSession& session) {
   AbandonWrites(session.port);
   const bool jobs_ended = EndJobs(session);
   session.left_behind = !StopThread(session.port) || !jobs_ended;
-  const bool closed = !session.left_behind && ClosePort(session.port);
+  const bool closed = !session.left_behind && CloseSessionPort(session);
   if (session.left_behind) {
     TellNoAnswer(messages);
   } else if (!closed) {
@@ -120,6 +143,10 @@ bool CancelTransfer(TransferSession& session) {
   }
   RemoveFiles(session);
   return closed;
+}
+
+bool IsPortMissed(const TransferSession& session) {
+  return session.port_gone && !session.transfer.line_done;
 }
 
 bool TestPort(TransferSession& session, const ProjectConfig& config) {

@@ -140,6 +140,25 @@ TEST(ConsoleText, ViewKeepsItsPlaceWhileItsUserLooksBack) {
   for (const ConsolePiece& piece : queue.pieces) EXPECT_EQ(piece.text.back(), '\n');
 }
 
+TEST(ConsoleText, AViewFollowsWhileItsEndIsInSight) {
+  struct Row {
+    const char* name;
+    ViewLook look;
+    ViewUse use;
+  };
+  const Row rows[] = {
+      {"empty", {}, ViewUse::kFollows},
+      {"selecting", {true, 0, 100, true, 0, 10, 100}, ViewUse::kSelects},
+      {"selected", {false, 3, 100, true, 90, 10, 100}, ViewUse::kLooks},
+      {"at the end", {false, 0, 100, true, 90, 10, 100}, ViewUse::kFollows},
+      {"nearly at the end", {false, 0, 100, true, 88, 10, 100}, ViewUse::kFollows},
+      {"above the end", {false, 0, 100, true, 87, 10, 100}, ViewUse::kLooks},
+      {"a bar without figures", {false, 0, 100, true, 0, 0, 100}, ViewUse::kFollows},
+      {"cleared, with the old bar's figures", {false, 0, 0, true, 0, 10, 9000}, ViewUse::kFollows},
+      {"a hidden bar", {false, 0, 100, false, 0, 10, 9000}, ViewUse::kFollows}};
+  for (const Row& row : rows) EXPECT_EQ(UseOfView(row.look), row.use) << row.name;
+}
+
 TEST(ConsoleText, HistoryGoesUpAndDownAndKeepsTheDraft) {
   CommandHistory history;
   EXPECT_EQ(Older(history, "x"), std::nullopt);
@@ -577,14 +596,16 @@ TEST_F(ConsoleRig, DisconnectingAndLosingThePortEndTheUpload) {
   ASSERT_TRUE(StartConsoleUpload(console_, urt, "file.urt"));
   const int writes = comm_.Count("write");
   comm_.Fail({"clear_error", "modem_status", "write"});
-  ASSERT_TRUE(comm_.AwaitCount("write", writes + 1000));  // a flood of failures while nobody looks
+  ASSERT_TRUE(comm_.AwaitCount("write", writes + 20));  // failures while nobody looks
   {
     const std::lock_guard hold(console_.log.lock);
     EXPECT_LT(console_.log.messages.size(), 10u);
   }
   ASSERT_TRUE(Until([&] { return console_.state == ConsoleState::kDisconnected; }));
   EXPECT_FALSE(IsUploading(console_));
-  EXPECT_EQ(LogFile(), "");  // no user terminated it
+  // No user terminated it.
+  EXPECT_EQ(LogFile(),
+            "\n<========== Upload ended ==========>\n   Problem : COM1 is not available any more\n");
   EXPECT_EQ(recorder_.Texts().size(), 1u);
 }
 
