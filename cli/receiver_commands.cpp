@@ -26,6 +26,7 @@ struct UploadOptions {
   LineOptions line;
   std::string file, sdb = "1", sdbs = "1", ubis = "none", format = "single";
   uint32_t image_type = 0;
+  CLI::Option* image_type_given = nullptr;
 };
 
 std::vector<std::string> Texts(std::span<const char* const> texts) {
@@ -81,7 +82,7 @@ void Connect(CommandState& state, LineRun& run, const LineOptions& line, Transfe
     target.frame_upload = job == TransferJob::kAdb || job == TransferJob::kSdb;
     target.download = job == TransferJob::kDownload;
     target.append = [](const std::string& text, ReportColour) { std::fputs(text.c_str(), stderr); };
-    if (code == 23 && (run.file_refused || run.session.port_gone || run.timed_out))
+    if (code == 23 && (run.file_refused || IsPortMissed(run.session) || run.timed_out))
       return;  // told already, and not the user's doing
     ReportLoaderStatus(target, code);
     if (code < 0) run.file_refused = true;
@@ -103,11 +104,7 @@ bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
   auto last = Clock::now();
   while (!run.pressed && !IsTransferOver(run.session)) {
     if (InterruptWatch::IsInterrupted() || run.file_refused) return false;
-    if (run.session.port_gone) {
-      Tell(state.context.messages, Icon::kStop, "%s is not available any more.\nThe transfer was ended.",
-           line.port.c_str());
-      return false;
-    }
+    if (IsPortMissed(run.session)) break;
     const auto now = Clock::now();
     if (transfer.packets_moved != moved) {
       moved = transfer.packets_moved;
@@ -121,7 +118,10 @@ bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
     }
     AwaitTransfer(transfer, 20, [&run] { return run.pressed.load(); });
   }
-  return true;
+  if (!IsPortMissed(run.session)) return true;
+  Tell(state.context.messages, Icon::kStop, "%s is not available any more.\nThe transfer was ended.",
+       line.port.c_str());
+  return false;
 }
 
 // Runs the whole transfer; throws CommandFailed unless it was done.
@@ -172,11 +172,14 @@ void UploadSdb(CommandState& state, const UploadOptions& options) {
   ProjectConfig config = LoadCommandConfig(state);
   SetLine(config, options.line);
   config.sdb_format = options.format == "single" ? 0 : 1;
+  config.image_type_chosen = options.image_type_given->count() > 0;
   if (options.image_type != 0 && options.image_type >= config.regions.size()) {
     Tell(state.context.messages, Icon::kStop, "The configuration has no image type %u.", options.image_type);
     throw CommandFailed{};
   }
   config.image_type_index = static_cast<uint8_t>(options.image_type);
+  const std::string replaced = ReplacedImageText(config);
+  if (!replaced.empty()) Tell(state.context.messages, Icon::kWarning, "%s", replaced.c_str());
   const Document document = OpenDocument(state, options.file);
   const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size());
   const auto ubis = ParseList(state, options.ubis, document.ubis.size());
@@ -190,6 +193,11 @@ void UploadSdb(CommandState& state, const UploadOptions& options) {
 }
 
 void UploadUrt(CommandState& state, const UploadOptions& options) {
+  if (!ReadWholeFile(PathFromUtf8(options.file))) {
+    Tell(state.context.messages, Icon::kStop, "File access error - UploadURTPacketThread");
+    Tell(state.context.messages, Icon::kInformation, "%s", options.file.c_str());
+    throw CommandFailed{};
+  }
   ProjectConfig config;
   SetLine(config, options.line);
   Upload(state, config, options.line, TransferJob::kConsole, {PathFromUtf8(options.file)});
@@ -246,8 +254,10 @@ void AddUploads(CLI::App& program, CommandState& state) {
   sdb.add_option("--sdb", sdb_options->sdbs, "SDBs: 1,3-5 or all")->check(CheckList);
   sdb.add_option("--ubi", sdb_options->ubis, "User box records: 1,3-5, all or none")->check(CheckListOrNone);
   sdb.add_option("--format", sdb_options->format)->check(CLI::IsMember({"single", "multiple"}));
-  sdb.add_option("--image-type", sdb_options->image_type, "Region of the configuration, from 0")
-      ->check(CLI::Range(0, 255));
+  sdb_options->image_type_given =
+      sdb.add_option("--image-type", sdb_options->image_type,
+                     "Region of the configuration, from 0; without it the first one of type 4")
+          ->check(CLI::Range(0, 255));
   for (CLI::App* command : {&adb, &sdb}) {
     AddConfigurationOptions(*command, state);
     AddTimeOption(*command, state);

@@ -49,6 +49,7 @@ struct ProjectConfig {
   uint8_t manufacturer_index = 0, product_index = 0, configuration_index = 0;
   uint8_t partition_count = 0;  // as the configuration states it
   uint8_t image_type_index = 0;
+  bool image_type_chosen = false;  // by the user; else SDB data has a default of its own
   uint8_t baud_index = 12, parity_index = 0, data_bits_index = 4, stop_bits_index = 0;
   bool compressed_image = false;
   uint8_t compression_type = 0;   // 0 Zlib, 1 Bin2Cod

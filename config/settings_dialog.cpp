@@ -100,6 +100,10 @@ void StoreSelections(const SettingsDialog& dialog, ProjectConfig& config) {
   config.manufacturer_index = IndexOf(dialog.manufacturer);
   config.product_index = IndexOf(dialog.product);
   config.configuration_index = IndexOf(dialog.configuration);
+  const bool changed =
+      dialog.image_type != KeptSelection(dialog.stored_image_type, dialog.image_types.size());
+  const bool kept = config.image_type_chosen && config.image_type_index == IndexOf(dialog.image_type);
+  config.image_type_chosen = changed || kept;
   config.image_type_index = IndexOf(dialog.image_type);
 }
 

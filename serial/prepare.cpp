@@ -1,16 +1,19 @@
 #include "serial/prepare.h"
 
+#include <algorithm>
 #include <bit>
 
 #include "image/adb.h"
 #include "image/transfer_files.h"
 #include "image/urt.h"
+#include "platform/text.h"
 
 namespace vexa {
 
 namespace {
 
 constexpr uint16_t kSdbType = 4, kSdbKind = 3;
+constexpr uint8_t kImageType = 3;
 constexpr uint32_t kDefaultEnd = 131136;  // the largest BIN file and the image header
 
 bool RefuseSettings(const Context& context) {
@@ -37,8 +40,9 @@ ImageDescription DescribeSdb(const ProjectConfig& config) {
   description.name = "SDB Data";
   description.start = 0;
   description.end = kDefaultEnd;
-  if (config.image_type_index < config.regions.size()) {
-    const RegionEntry& region = config.regions[config.image_type_index];
+  const size_t place = SdbRegion(config);
+  if (place < config.regions.size()) {
+    const RegionEntry& region = config.regions[place];
     description.name = region.name;
     description.start = region.start;
     description.end = region.end;
@@ -145,6 +149,27 @@ std::optional<std::vector<Path>> PrepareSdbUpload(const Context& context, const 
   std::error_code ignored;
   std::filesystem::remove(image, ignored);
   return files;
+}
+
+size_t SdbRegion(const ProjectConfig& config) {
+  const auto& regions = config.regions;
+  if (config.image_type_chosen && config.image_type_index < regions.size()) return config.image_type_index;
+  const auto of_sdbs = [](const RegionEntry& region) { return region.type == kSdbType; };
+  const auto found = std::find_if(regions.begin(), regions.end(), of_sdbs);
+  return found == regions.end() ? 0 : static_cast<size_t>(found - regions.begin());
+}
+
+std::string ReplacedImageText(const ProjectConfig& config) {
+  const size_t place = SdbRegion(config);
+  if (place >= config.regions.size() || config.regions[place].type != kImageType) return "";
+  return Format("SDB data would replace the image in \"%s\".\nDo you want to continue ?",
+                Utf8FromLatin(config.regions[place].name).c_str());
+}
+
+bool MayReplaceImage(const Context& context, const ProjectConfig& config) {
+  const std::string question = ReplacedImageText(config);
+  return question.empty() ||
+         (context.messages.ask && context.messages.ask(question, kApplicationTitle, false));
 }
 
 std::optional<std::vector<Path>> PrepareBinUpload(const Context& context, const Path& bin,

@@ -18,11 +18,19 @@ std::optional<std::vector<Path>> PrepareAdbUpload(const Context& context, const 
                                                   size_t sdb, const ProjectConfig& config,
                                                   const LocalTime& time);
 // The chosen SDBs and user box records, in the format that `config.sdb_format` says (0: the bare stream of
-// the first SDB), for the region at `config.image_type_index`. They hold `version`; unused places hold the
-// context's defaults. Nothing after a message.
+// the first SDB), for the region SdbRegion; with the window's version and initials, unused places filled from
+// the context's defaults. Nothing after a message.
 std::optional<std::vector<Path>> PrepareSdbUpload(const Context& context, const Document& document,
                                                   const BinSelection& selection, const ProjectConfig& config,
                                                   const LocalTime& time, const BinVersion& version = {});
+// Where SDB data goes, as a place in `config.regions`: the image type that the user chose
+// (`config.image_type_chosen`), else the first region of type 4, else the first.
+size_t SdbRegion(const ProjectConfig& config);
+// "SDB data would replace the image in ...": the question when SdbRegion is of type 3, which holds the image;
+// else empty.
+std::string ReplacedImageText(const ProjectConfig& config);
+// Asks that question, No being the default. True: go on. For a window, before it prepares an SDB upload.
+bool MayReplaceImage(const Context& context, const ProjectConfig& config);
 // A BIN file chosen by the user, converted in the same way.
 std::optional<std::vector<Path>> PrepareBinUpload(const Context& context, const Path& bin,
                                                   const ProjectConfig& config, const LocalTime& time);

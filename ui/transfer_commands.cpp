@@ -82,6 +82,7 @@ bool PortAnswers(Application& app) {
 }
 
 void SendSdbs(Application& app, const EditorWindow& editor, const BinSelection& selection) {
+  if (!MayReplaceImage(app.context, app.config)) return;
   if (!PortAnswers(app)) return;
   auto files = [&] {
     const WaitPointer wait;

@@ -131,7 +131,7 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
       return TRUE;
     case WM_TIMER:
       ShowProgress(*window);
-      if (window->session.port_gone && window->running == 0) EndTransfer(*window);
+      if (IsPortMissed(window->session) && window->running == 0) EndTransfer(*window);
       return TRUE;
     case kWork:
       DoWork(*window);
@@ -155,7 +155,7 @@ bool RunTransferDialog(Application& app, TransferOrder order) {
     EndTransfer(window);  // a dialog that could not be made, or was ended from elsewhere
   }
   --app.busy;
-  if (started && window.session.port_gone) {
+  if (started && IsPortMissed(window.session)) {
     Tell(app.context.messages, Icon::kStop, "%s is not available any more.\nThe transfer was ended.",
          app.config.port_name.c_str());
   }

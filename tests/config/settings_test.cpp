@@ -449,10 +449,24 @@ TEST_F(DialogTest, OkStoresEverything) {
   EXPECT_EQ(config.manufacturer_id, 5);
   EXPECT_EQ(config.configuration_name, "two");
   EXPECT_EQ(config.image_type_index, 1);
+  EXPECT_TRUE(config.image_type_chosen);
   EXPECT_EQ(config.software_major, 255);
   EXPECT_EQ(config.software_minor, 9);
   EXPECT_TRUE(config.compressed_image);
   EXPECT_EQ(config.compression_level, 8);
+}
+
+TEST_F(DialogTest, OnlyAChangedImageTypeIsAChoice) {
+  SettingsDialog untouched = Open();
+  Accept(untouched);
+  EXPECT_FALSE(config.image_type_chosen);
+  for (const int type : {1, 1, 0}) {
+    SettingsDialog dialog = Open();
+    dialog.image_type = type;
+    Accept(dialog);
+    EXPECT_TRUE(config.image_type_chosen) << type;
+    EXPECT_EQ(config.image_type_index, type);
+  }
 }
 
 TEST_F(DialogTest, OkRefusesMissingAndEmptyFiles) {
