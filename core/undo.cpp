@@ -84,17 +84,19 @@ void Apply(const TableChange& change, Table& table, bool forward) {
 }
 
 // Nothing has no tables; as many empty ones stand for it in a comparison.
-void ComparePart(uint32_t part, StateTables& present, StateTables after, std::vector<PartChange>& parts) {
+void ComparePart(uint32_t part, const StateTables& present, const StateTables& after,
+                 std::vector<PartChange>& parts) {
   if (present == after) return;
+  static const Table kNone;
+  const auto table = [](const StateTables& tables, size_t i) -> const Table& {
+    return i < tables.size() ? tables[i] : kNone;
+  };
   PartChange change;
   change.part = part;
-  const size_t count = std::max(present.size(), after.size());
-  present.resize(count);
-  StateTables filled = after;
-  filled.resize(count);
-  for (uint32_t i = 0; i < count; ++i)
-    if (present[i] != filled[i]) change.tables.push_back(Compare(i, present[i], filled[i]));
-  present = std::move(after);
+  for (uint32_t i = 0; i < std::max(present.size(), after.size()); ++i) {
+    const Table &before = table(present, i), &now = table(after, i);
+    if (before != now) change.tables.push_back(Compare(i, before, now));
+  }
   parts.push_back(std::move(change));
 }
 
@@ -104,26 +106,39 @@ void ApplyPart(const PartChange& change, StateTables& tables, bool forward) {
 }
 
 void ApplyStep(UndoHistory& history, const HistoryStep& step, Document& document, bool forward) {
-  for (const PartChange& part : step.parts)
-    ApplyPart(part, part.part == kDocumentPart ? history.document : history.slots[part.part], forward);
+  // On copies: the history changes at the end, when nothing can fail any more.
+  std::vector<StateTables> states(step.parts.size());
+  const auto present = [&history](uint32_t part) -> StateTables& {
+    return part == kDocumentPart ? history.document : history.slots[part];
+  };
+  const auto state_of = [&](uint32_t part) -> const StateTables& {
+    for (size_t i = 0; i < states.size(); ++i)
+      if (step.parts[i].part == part) return states[i];
+    return present(part);
+  };
+  for (size_t i = 0; i < states.size(); ++i) {
+    states[i] = present(step.parts[i].part);
+    ApplyPart(step.parts[i], states[i], forward);
+  }
   std::vector<OpenSdb> old = std::move(document.sdbs);
   document.sdbs.clear();
   std::array<bool, kMaximumSdbs> used{};
-  for (const uint32_t slot : SlotsOfState(history.document)) {
+  for (const uint32_t slot : SlotsOfState(state_of(kDocumentPart))) {
     used[slot] = true;
     const bool changed = std::any_of(step.parts.begin(), step.parts.end(),
                                      [&](const PartChange& part) { return part.part == slot; });
     const auto same =
         std::find_if(old.begin(), old.end(), [&](const OpenSdb& sdb) { return sdb.slot == slot; });
     if (changed || same == old.end()) {
-      document.sdbs.push_back(RestoreSdb(history.slots[slot], slot));
+      document.sdbs.push_back(RestoreSdb(state_of(slot), slot));
     } else {
       document.sdbs.push_back(std::move(*same));
     }
   }
+  RestoreDocument(state_of(kDocumentPart), document);
+  for (size_t i = 0; i < states.size(); ++i) present(step.parts[i].part).swap(states[i]);
   for (uint32_t slot = 0; slot < kMaximumSdbs; ++slot)
     if (!used[slot]) history.slots[slot].clear();
-  RestoreDocument(history.document, document);
 }
 
 }  // namespace
@@ -137,17 +152,29 @@ void StartHistory(UndoHistory& history, const Document& document) {
 bool RecordChange(UndoHistory& history, const Document& document, bool is_sort) {
   HistoryStep step;
   step.sort = is_sort;
-  ComparePart(kDocumentPart, history.document, DocumentState(document), step.parts);
+  StateTables state = DocumentState(document);
+  ComparePart(kDocumentPart, history.document, state, step.parts);
   std::array<StateTables, kMaximumSdbs> slots;
   for (const OpenSdb& sdb : document.sdbs) slots.at(sdb.slot) = SdbState(sdb);
   for (uint32_t slot = 0; slot < kMaximumSdbs; ++slot)
-    ComparePart(slot, history.slots[slot], std::move(slots[slot]), step.parts);
+    ComparePart(slot, history.slots[slot], slots[slot], step.parts);
   if (step.parts.empty()) return false;
+  history.steps.reserve(history.done + 1);
+  history.document.swap(state);
+  history.slots.swap(slots);
   history.steps.resize(history.done);
   if (history.saved && *history.saved > history.done) history.saved.reset();
   history.steps.push_back(std::move(step));
   ++history.done;
   return true;
+}
+
+void RestoreState(const UndoHistory& history, Document& document) {
+  std::vector<OpenSdb> sdbs;
+  for (const uint32_t slot : SlotsOfState(history.document))
+    sdbs.push_back(RestoreSdb(history.slots[slot], slot));
+  document.sdbs.swap(sdbs);
+  RestoreDocument(history.document, document);
 }
 
 void MarkSaved(UndoHistory& history) {
@@ -164,13 +191,15 @@ bool IsChanged(const UndoHistory& history) {
 
 bool Undo(UndoHistory& history, Document& document) {
   if (!CanUndo(history)) return false;
-  ApplyStep(history, history.steps[--history.done], document, false);
+  ApplyStep(history, history.steps[history.done - 1], document, false);
+  --history.done;
   return true;
 }
 
 bool Redo(UndoHistory& history, Document& document) {
   if (!CanRedo(history)) return false;
-  ApplyStep(history, history.steps[history.done++], document, true);
+  ApplyStep(history, history.steps[history.done], document, true);
+  ++history.done;
   return true;
 }
 

@@ -57,6 +57,11 @@ void MarkSaved(UndoHistory& history);
 void MarkUnsaved(UndoHistory& history);  // the state has no file: an import, a download
 bool IsChanged(const UndoHistory& history);
 
+// When memory runs out in one of these functions, the history is as it was; the document may be anything, as
+// after an operation that broke off. RestoreState makes it what the history last saw; it builds all SDBs
+// anew.
+void RestoreState(const UndoHistory& history, Document& document);
+
 // False when there is no step that way.
 bool Undo(UndoHistory& history, Document& document);
 bool Redo(UndoHistory& history, Document& document);

@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <new>
+
 #include "core/edit.h"
 #include "core/sort.h"
+#include "core/undo_state.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/random_database.h"
 
 namespace vexa {
@@ -41,6 +46,40 @@ TEST_F(History, AStepInALargeDatabaseIsSmall) {
   for (const PartChange& part : history.steps.back().parts)
     for (const TableChange& table : part.tables) size += table.packed.size();
   EXPECT_LT(size, 20000u);  // of about 800,000
+}
+
+// Every allocation of each function fails once: nothing is half done, and the next try works.
+TEST_F(History, MemoryThatRunsOutLeavesTheHistoryAsItWas) {
+  AddTestSatellite(*document.sdbs[0].database, "A");
+  RecordChange(history, document);
+  const auto state = [this] { return std::pair(DocumentState(document), SdbState(document.sdbs[0])); };
+  const auto before = state();
+  AddTestSatellite(*document.sdbs[0].database, "B");
+  const auto after = state();
+  const std::function<bool()> functions[] = {[this] { return RecordChange(history, document); },
+                                             [this] { return Undo(history, document); },
+                                             [this] { return Redo(history, document); }};
+  for (size_t i = 0; i < std::size(functions); ++i) {
+    const auto& start = i == 1 ? after : before;
+    const size_t done = history.done, steps = history.steps.size();
+    bool worked = false;
+    for (int n = 1; !worked; ++n) {
+      SCOPED_TRACE(testing::Message() << "function " << i << ", allocation " << n);
+      try {
+        const FailingMemory failing(n);
+        worked = functions[i]();
+      } catch (const std::bad_alloc&) {
+        EXPECT_EQ(history.done, done);
+        EXPECT_EQ(history.steps.size(), steps);
+        RestoreState(history, document);
+        ASSERT_EQ(state(), start);
+        EXPECT_EQ(CheckLinks(*document.sdbs[0].database), "");
+        if (i == 0) AddTestSatellite(*document.sdbs[0].database, "B");
+      }
+      ASSERT_LT(n, 10000);
+    }
+    EXPECT_EQ(state(), i == 1 ? before : after);
+  }
 }
 
 }  // namespace
