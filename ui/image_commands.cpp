@@ -12,6 +12,7 @@
 #include "ui/file_dialogs.h"
 #include "ui/form.h"
 #include "ui/image_resource.h"
+#include "ui/virtual_list.h"
 
 namespace vexa {
 
@@ -48,6 +49,7 @@ std::vector<Path> AskImages(HWND owner) {
 }
 
 struct UrtForm {
+  const char* title;
   const ProjectConfig& config;
   UrtDialog model;
   bool several = false;
@@ -124,16 +126,19 @@ void RemoveRow(UrtForm& urt, Form& form) {
 void OpenList(UrtForm& urt, Form& form) {
   HWND list = form.Control(IDC_IMAGE_LIST);
   SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
+  RECT area{};
+  GetClientRect(list, &area);
   const std::pair<const wchar_t*, int> columns[] = {
-      {L"Image file", 170}, {L"Image Type", 140}, {L"Name", 140}};
+      {L"Image file", 38}, {L"Image Type", 31}, {L"Name", 0}};  // percent of the width; 0: what is left
   for (int i = 0; i < 3; ++i) {
     std::wstring title = columns[i].first;
     LVCOLUMNW column{};
     column.mask = LVCF_TEXT | LVCF_WIDTH;
     column.pszText = title.data();
-    column.cx = Scaled(form.window, columns[i].second);
+    column.cx = static_cast<int>(area.right) * columns[i].second / 100;
     SendMessageW(list, LVM_INSERTCOLUMNW, static_cast<WPARAM>(i), reinterpret_cast<LPARAM>(&column));
   }
+  FitLastColumn(list);
   std::vector<UrtRow> rows = std::move(urt.model.rows);
   urt.model.rows.clear();
   for (UrtRow& row : rows) {
@@ -144,6 +149,7 @@ void OpenList(UrtForm& urt, Form& form) {
 }
 
 void OpenUrt(UrtForm& urt, Form& form) {
+  SetText(form.window, urt.title);
   form.Fill(IDC_IMAGE_TYPE, urt.model.regions, -1);
   form.Fill(IDC_IMAGE_METHOD, {kCompressionTypes.begin(), kCompressionTypes.end()},
             urt.model.compression_type);
@@ -279,13 +285,16 @@ void RunUrtForm(Application& app, UrtForm& urt) {
   for (const int id : {IDC_IMAGE_URT, IDC_IMAGE_TYPE, IDC_IMAGE_NAME})
     actions.anchors.push_back({id, 0, kWhole, kWhole, kWhole});
   actions.open = [&urt](Form& form) { OpenUrt(urt, form); };
+  actions.resized = [&urt](Form& form) {
+    if (urt.several) FitLastColumn(form.Control(IDC_IMAGE_LIST));
+  };
   actions.accept = [&urt](Form& form) { return AcceptUrt(urt, form); };
   actions.command = [&urt](Form& form, int id, int code) { UrtCommand(urt, form, id, code); };
   actions.notify = [&urt](Form& form, NMHDR& header) { return UrtNotify(urt, form, header); };
   while (RunForm(app, urt.several ? IDD_MULTIPLE_IMAGE : IDD_SINGLE_IMAGE, actions)) {
     size_t made = 0;
     {
-      const ProgressBox progress(app, Utf8FromPath(urt.model.rows[0].urt));
+      const ProgressBox progress(app, Utf8FromPath(urt.model.rows[0].urt), "Convert to URT");
       made = ConvertRows(progress.context(), app.config, urt.model, LocalTimeNow());
     }
     if (made < urt.model.rows.size()) continue;
@@ -299,23 +308,24 @@ void RunUrtForm(Application& app, UrtForm& urt) {
   }
 }
 
-void SingleImageOf(Application& app, const Path& image) {
-  UrtForm urt{app.config, OpenUrtDialog(app.config)};
+void SingleImageOf(Application& app, const char* title, const Path& image) {
+  UrtForm urt{title, app.config, OpenUrtDialog(app.config)};
   urt.model.rows.push_back(MakeUrtRow(app.config, image));
   RunUrtForm(app, urt);
 }
 
 void SingleImage(Application& app) {
-  SingleImageOf(app, {});
+  SingleImageOf(app, "Single Image", {});
 }
 
 void MultipleImage(Application& app) {
-  UrtForm urt{app.config, OpenUrtDialog(app.config), true};
+  UrtForm urt{"Multiple Image", app.config, OpenUrtDialog(app.config), true};
   RunUrtForm(app, urt);
 }
 
 void Bin2Urt(Application& app) {
-  if (const auto image = AskOpenFile(app.frame, {"Open", kImageFilters, "bin"})) SingleImageOf(app, *image);
+  if (const auto image = AskOpenFile(app.frame, {"Open", kImageFilters, "bin"}))
+    SingleImageOf(app, "Bin2URT", *image);
 }
 
 // The new file's name follows the file's until the user gave one.
