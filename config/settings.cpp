@@ -54,6 +54,10 @@ constexpr SettingRow kSettings[] = {
     {kWindowKey, "ServiceOrder", false, nullptr},
     {kWindowKey, "FavouriteOrder", false, nullptr},
     {kWindowKey, "UbiOrder", false, nullptr},
+    {kConsoleKey, "HexadecimalView", true, "0"},
+    {kConsoleKey, "TimeStamps", true, "0"},
+    {kConsoleKey, "ConnectAgain", true, "0"},
+    {kConsoleKey, "LineEnding", true, "0"},
 };
 
 // Rows of one subkey, in the table's order.
@@ -462,6 +466,32 @@ void SaveWindowSettings(const SettingsStore& store, const WindowSettings& window
     if (!window.column_orders[i].empty())
       store.write(key, rows[kFirstOrderRow + i]->name, TextOf(window.column_orders[i]));
   }
+}
+
+ConsoleSettings LoadConsoleSettings(const SettingsStore& store) {
+  ConsoleSettings console;
+  const std::string key = SettingsKey(kConsoleKey);
+  if (store.open(key) != KeyState::kExisted) return console;
+  const auto rows = RowsOf(kConsoleKey);
+  const auto number = [&](size_t row, int64_t limit) {
+    const auto text = store.read(key, rows[row]->name);
+    const int64_t value = text ? DecimalValue(*text) : -1;
+    return static_cast<int>(value >= 0 && value < limit ? value : DecimalValue(rows[row]->standard));
+  };
+  console.hexadecimal_view = number(0, 2) == 1;
+  console.time_stamps = number(1, 2) == 1;
+  console.reconnect = number(2, 2) == 1;
+  console.line_ending = number(3, kLineEndings);
+  return console;
+}
+
+void SaveConsoleSettings(const SettingsStore& store, const ConsoleSettings& console) {
+  const std::string key = SettingsKey(kConsoleKey);
+  store.open(key);
+  const auto rows = RowsOf(kConsoleKey);
+  const int numbers[] = {console.hexadecimal_view, console.time_stamps, console.reconnect,
+                         console.line_ending};
+  for (size_t i = 0; i < std::size(numbers); ++i) store.write(key, rows[i]->name, std::to_string(numbers[i]));
 }
 
 }  // namespace vexa

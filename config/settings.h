@@ -38,6 +38,7 @@ inline constexpr const char* kColorKey = "Color";
 inline constexpr const char* kRecentlyKey = "Recently";
 inline constexpr const char* kDefaultsKey = "Defaults";
 inline constexpr const char* kWindowKey = "Window";
+inline constexpr const char* kConsoleKey = "Console";
 
 struct SettingRow {
   const char* subkey;
@@ -135,5 +136,14 @@ struct WindowSettings {
 // an order that is no permutation.
 WindowSettings LoadWindowSettings(const SettingsStore& store);
 void SaveWindowSettings(const SettingsStore& store, const WindowSettings& window);
+
+// The options of the uploader console that are kept.
+inline constexpr int kLineEndings = 4;
+struct ConsoleSettings {
+  bool hexadecimal_view = false, time_stamps = false, reconnect = false;
+  int line_ending = 0;  // place in the list of line endings, below kLineEndings
+};
+ConsoleSettings LoadConsoleSettings(const SettingsStore& store);
+void SaveConsoleSettings(const SettingsStore& store, const ConsoleSettings& console);
 
 }  // namespace vexa

@@ -118,6 +118,9 @@ constexpr CommandInfo kCommands[] = {
     {kCmdConsoleSendLf, "&Line Feed", kNoKey, kNeedsConsole, "End each line with a line feed"},
     {kCmdConsoleSendCrLf, "&Both", kNoKey, kNeedsConsole, "End each line with carriage return and line feed"},
     {kCmdConsoleSendNothing, "&Nothing", kNoKey, kNeedsConsole, "Send each line as it is"},
+    {kCmdConsoleCopy, "Cop&y\tCtrl+C", kNoKey, kNeedsConsole | kNeedsLogSelection,
+     "Copy the selected part of the log"},
+    {kCmdConsoleSelectAll, "Select &All\tCtrl+A", kNoKey, kNeedsConsole, "Select the whole log"},
 };
 
 constexpr MenuRow Popup(uint8_t depth, const char* text) {
@@ -273,6 +276,8 @@ constexpr MenuRow kConsoleRows[] = {
     Item(1, kCmdConsoleSaveLog),
     Item(1, kCmdConsoleClear),
     Line(1),
+    Item(1, kCmdConsoleCopy),
+    Item(1, kCmdConsoleSelectAll),
     Item(1, kCmdConsoleFind),
     Item(1, kCmdConsoleFindNext),
     Line(1),
@@ -296,6 +301,20 @@ constexpr MenuRow kConsoleRows[] = {
     Popup(0, "&Help"),
     Item(1, kCmdContents),
     Item(1, kCmdAbout),
+};
+
+constexpr MenuRow kConsoleLogRows[] = {
+    Item(0, kCmdConsoleCopy),
+    Item(0, kCmdConsoleSelectAll),
+    Line(0),
+    Item(0, kCmdConsoleFind),
+    Item(0, kCmdConsoleFindNext),
+    Line(0),
+    Item(0, kCmdConsoleSaveLog),
+    Item(0, kCmdConsoleClear),
+    Line(0),
+    Item(0, kCmdConsoleHexadecimalView),
+    Item(0, kCmdConsoleTimeStamps),
 };
 
 constexpr MenuRow Filled(uint8_t depth, MenuRowKind kind) {
@@ -410,6 +429,7 @@ constexpr NeedText kNeedTexts[] = {
     {kNeedsConnection, "Needs a connection to the receiver."},
     {kNeedsConsoleUpload, "No upload is running."},
     {kNeedsNoConsoleUpload, "An upload is running."},
+    {kNeedsLogSelection, "Nothing is selected in the log."},
     {kNeedsEditable, "Needs a selected record."},
     {kNeedsAddable, "Nothing can be added here."},
     {kNeedsInsertable, "Needs a selected satellite, carrier or service."},
@@ -448,6 +468,8 @@ std::span<const MenuRow> MenuRows(MenuName menu) {
       return kEditorRows;
     case MenuName::kConsole:
       return kConsoleRows;
+    case MenuName::kConsoleLog:
+      return kConsoleLogRows;
     case MenuName::kImport:
       return kImportRows;
     case MenuName::kMerge:

@@ -95,6 +95,8 @@ enum CommandId : uint16_t {
   kCmdConsoleSendLf = 40287,
   kCmdConsoleSendCrLf = 40288,
   kCmdConsoleSendNothing = 40289,
+  kCmdConsoleCopy = 40290,
+  kCmdConsoleSelectAll = 40291,
 };
 
 // What must be there for a command to be enabled; all of them. What the configuration must hold is asked when
@@ -111,6 +113,7 @@ enum Need : uint32_t {
   kNeedsConnection = 1 << 9,        // the console's port is open
   kNeedsConsoleUpload = 1 << 10,    // the console uploads
   kNeedsNoConsoleUpload = 1 << 11,  // it does not
+  kNeedsLogSelection = 1 << 18,     // a part of its log is selected
   // What is selected is of a kind ...
   kNeedsEditable = 1 << 12,    // that a dialog changes
   kNeedsAddable = 1 << 13,     // to which another one can be added
@@ -174,7 +177,8 @@ enum class MenuName : uint8_t {
   kMerge,
   kUpload,
   kUrt,
-  kRecord,  // pop-ups of the editor window
+  kConsoleLog,  // pop-up of the console's log
+  kRecord,      // pop-ups of the editor window
   kService,
   kSdb,
   kLnbLevel,

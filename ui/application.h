@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "core/database.h"
 #include "core/find.h"
 #include "import/work_files.h"
+#include "platform/temporary_folder.h"
 #include "ui/windows_api.h"
 
 namespace vexa {
@@ -29,6 +31,7 @@ struct Application {
   HACCEL editor_keys = nullptr, other_keys = nullptr;
   HWND console = nullptr;  // the uploader console, while it is open
 
+  std::unique_ptr<TemporaryFolder> folder;  // the program's own
   Context context;  // its messages are boxes over the frame; its temporary folder is the program's
   SettingsStore settings;
   Path configuration_file;
@@ -47,6 +50,7 @@ struct Application {
   // The import wizard: leaves the chosen records; false when the user gave up.
   std::function<bool(WorkFiles&)> choose_records;
   WindowSettings window;
+  std::string outcome;  // of the last transfer, in the status line until the next command
   FindQuery last_search;
   HWND findings = nullptr;               // the window of the database check, while it is open
   std::function<bool()> port_connected;  // whether the uploader console's port is open; empty: no console
@@ -55,6 +59,21 @@ struct Application {
 inline constexpr const wchar_t* kFrameClass = L"VexaMdi";
 inline constexpr const wchar_t* kEditorClass = L"VexaChild";
 inline constexpr const wchar_t* kConsoleClass = L"PortloadChild";
+
+// A job that lets messages through runs for as long as the object lives.
+class Busy {
+ public:
+  explicit Busy(Application& app) : app_(app) { ++app_.busy; }
+  ~Busy() { --app_.busy; }
+  Busy(const Busy&) = delete;
+  Busy& operator=(const Busy&) = delete;
+
+ private:
+  Application& app_;
+};
+
+// A message to the frame: the active database window is maximised again, when there is one.
+inline constexpr UINT kMaximizeAgain = WM_APP + 2;
 
 // Messages as boxes over the program's top window.
 Messages BoxMessages(Application& app);

@@ -1,29 +1,55 @@
 #include "ui/change.h"
 
+#include <new>
+
 #include "ui/editor_parts.h"
 
 namespace vexa {
 
+namespace {
+
+// What breaks off for want of memory leaves the document as the history last saw it.
+template <class Work>
+bool Recovered(EditorWindow& editor, const Work& work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    RestoreState(editor.history, editor.document);
+    ShowAnew(editor);
+    RefreshChanged(editor);
+    throw;
+  }
+}
+
+void ShowStep(EditorWindow& editor, bool (*step)(UndoHistory&, Document&)) {
+  Recovered(editor, [&] {
+    if (!step(editor.history, editor.document)) return false;
+    RefreshDocument(editor, Records::kRebuilt);
+    RefreshChanged(editor);
+    return true;
+  });
+}
+
+}  // namespace
+
 bool ChangeDocument(EditorWindow& editor, const std::function<bool()>& operation, bool is_sort) {
   const WaitPointer wait;
-  const bool done = operation();
-  if (done && RecordChange(editor.history, editor.document, is_sort)) {
-    RefreshDocument(editor, Records::kKept);
-    RefreshChanged(editor);
-  }
-  return done;
+  return Recovered(editor, [&] {
+    const bool done = operation();
+    if (done && RecordChange(editor.history, editor.document, is_sort)) {
+      RefreshDocument(editor, Records::kKept);
+      RefreshChanged(editor);
+    }
+    return done;
+  });
 }
 
 void UndoChange(EditorWindow& editor) {
-  if (!Undo(editor.history, editor.document)) return;
-  RefreshDocument(editor, Records::kRebuilt);
-  RefreshChanged(editor);
+  ShowStep(editor, Undo);
 }
 
 void RedoChange(EditorWindow& editor) {
-  if (!Redo(editor.history, editor.document)) return;
-  RefreshDocument(editor, Records::kRebuilt);
-  RefreshChanged(editor);
+  ShowStep(editor, Redo);
 }
 
 void RefreshChanged(EditorWindow& editor) {

@@ -267,6 +267,7 @@ bool RunCommand(Application& app, UINT id) {
   if (!FindCommand(id)) return false;
   id = OfActiveWindow(app, id);
   if (app.busy == 0 && CanRun(app, id)) {
+    app.outcome.clear();
     if (ConfigurationServes(app.context, app.configuration_file, app.config.product_index, id))
       FunctionOf(id)(app);
     RefreshFrame(app);

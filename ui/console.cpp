@@ -7,6 +7,7 @@
 #include "ui/console_log.h"
 #include "ui/console_resource.h"
 #include "ui/frame.h"
+#include "ui/guard.h"
 #include "ui/menus.h"
 #include "ui/resource.h"
 
@@ -14,7 +15,8 @@ namespace vexa {
 
 namespace {
 
-constexpr UINT_PTR kTimer = 1, kLineSubclass = 1;
+constexpr UINT_PTR kTimer = 1, kLineSubclass = 1, kLogSubclass = 2;
+constexpr int kFirstPlace = 50;                    // of the window, from both edges
 constexpr int kLogHeight = 418, kLineHeight = 44;  // at 96 dots an inch; the log's is its least
 constexpr int kPanelUnits = 50;                    // dialog units
 constexpr int kDisconnectFailure = 18;             // exit code
@@ -115,24 +117,55 @@ bool PasteLines(ConsoleWindow& console) {
   return true;
 }
 
-LRESULT CALLBACK LineProcedure(HWND edit, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
-                               DWORD_PTR data) noexcept {
-  auto& console = *reinterpret_cast<ConsoleWindow*>(data);
+// True when the control's own behaviour is not wanted.
+bool LineMessage(ConsoleWindow& console, HWND edit, UINT message, WPARAM wparam) {
   if (message == WM_CHAR && wparam == kKeyEnter) {
     if (console.console.state == ConsoleState::kConnected) SendLine(console, Utf8(CurrentLine(edit).second));
     DropOldLines(edit);
   } else if (message == WM_PASTE) {
-    if (PasteLines(console)) return 0;
+    return PasteLines(console);
   } else if (message == WM_KEYDOWN && (wparam == VK_UP || wparam == VK_DOWN)) {
     const auto line =
         wparam == VK_UP ? Older(console.history, Utf8(CurrentLine(edit).second)) : Newer(console.history);
     if (line) ReplaceCurrentLine(edit, *line);
-    return 0;
+    return true;
   }
-  return DefSubclassProc(edit, message, wparam, lparam);
+  return false;
+}
+
+LRESULT CALLBACK LineProcedure(HWND edit, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                               DWORD_PTR data) noexcept {
+  auto& console = *reinterpret_cast<ConsoleWindow*>(data);
+  const bool taken = Guarded(true, [&] { return LineMessage(console, edit, message, wparam); });
+  return taken ? 0 : DefSubclassProc(edit, message, wparam, lparam);
+}
+
+LRESULT CALLBACK LogProcedure(HWND log, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                              DWORD_PTR data) noexcept {
+  auto& console = *reinterpret_cast<ConsoleWindow*>(data);
+  // The control would hand a click on to its parent in some versions, and keep it in others.
+  if (message == WM_RBUTTONUP || message == WM_CONTEXTMENU) {
+    POINT point{GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)};
+    if (message == WM_RBUTTONUP) ClientToScreen(log, &point);
+    return Guarded(LRESULT{0}, [&] {
+      ShowLogMenu(log, *console.app, point);
+      return LRESULT{0};
+    });
+  }
+  return DefSubclassProc(log, message, wparam, lparam);
 }
 
 // --- the window ---
+
+ConsoleOptions KeptOptions(const Application& app) {
+  const ConsoleSettings kept = LoadConsoleSettings(app.settings);
+  ConsoleOptions options;
+  options.hexadecimal_view = kept.hexadecimal_view;
+  options.time_stamps = kept.time_stamps;
+  options.reconnect = kept.reconnect;
+  options.line_ending = static_cast<LineEnding>(kept.line_ending);
+  return options;
+}
 
 INT_PTR CALLBACK PanelProcedure(HWND panel, UINT message, WPARAM wparam, LPARAM) noexcept {
   if (message == WM_INITDIALOG) return FALSE;  // the focus stays where it is
@@ -140,8 +173,10 @@ INT_PTR CALLBACK PanelProcedure(HWND panel, UINT message, WPARAM wparam, LPARAM)
   ConsoleWindow* console = ConsoleOf(GetParent(panel));
   if (!console) return FALSE;
   if (LOWORD(wparam) == IDC_CONSOLE_COMMAND) {
-    ShowCommandLine(*console, !console->line_shown);
-    return TRUE;
+    return Guarded(INT_PTR{TRUE}, [&] {
+      ShowCommandLine(*console, !console->line_shown);
+      return INT_PTR{TRUE};
+    });
   }
   for (const PanelButton& button : kPanelButtons) {
     if (button.id == LOWORD(wparam)) SendMessageW(console->app->frame, WM_COMMAND, button.command, 0);
@@ -198,12 +233,15 @@ bool CreateControls(ConsoleWindow& console) {
       0, 0, console.window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(IDC_CONSOLE_LINE)), app.instance,
       nullptr);
   if (!console.log || !console.line) return false;
-  SetLogFont(console.log);
   SetLineFont(console);
   SetWindowSubclass(console.line, LineProcedure, kLineSubclass, reinterpret_cast<DWORD_PTR>(&console));
+  SetWindowSubclass(console.log, LogProcedure, kLogSubclass, reinterpret_cast<DWORD_PTR>(&console));
   AddTips(console);
   CheckDlgButton(console.panel, IDC_CONSOLE_COMMAND, BST_CHECKED);
   OpenConsole(console.console, app.context);
+  const ConsoleOptions options = KeptOptions(app);
+  SetConsoleOptions(console.console, options);
+  SetLogFont(console.log, options.hexadecimal_view);
   SetTimer(console.window, kTimer, kUpdateInterval, nullptr);
   ShowConsoleState(console);
   return true;
@@ -234,13 +272,28 @@ void LayOut(ConsoleWindow& console) {
   MoveWindow(console.panel, 0, log + line, width, panel, TRUE);
 }
 
-// The window is never so low that the log would be lower than it may be.
+// The window is never so low that the log would be lower than it may be, where the frame has room for that: a
+// window that reached beyond the frame would hide its buttons.
 void LimitSize(ConsoleWindow& console, MINMAXINFO& sizes) {
   if (!console.panel) return;
   RECT outer{0, 0, 0, PanelHeight(console) + LineHeight(console) + Scaled(console.window, kLogHeight)};
   AdjustWindowRectEx(&outer, static_cast<DWORD>(GetWindowLongPtrW(console.window, GWL_STYLE)), FALSE,
                      static_cast<DWORD>(GetWindowLongPtrW(console.window, GWL_EXSTYLE)));
-  sizes.ptMinTrackSize.y = std::max<LONG>(sizes.ptMinTrackSize.y, outer.bottom - outer.top);
+  RECT room{};
+  GetClientRect(console.app->client, &room);
+  const LONG least = std::min<LONG>(outer.bottom - outer.top, room.bottom - kFirstPlace);
+  sizes.ptMinTrackSize.y = std::max<LONG>(sizes.ptMinTrackSize.y, least);
+}
+
+void GrowToLeastHeight(ConsoleWindow& console) {
+  RECT place{};
+  GetWindowRect(console.window, &place);
+  MINMAXINFO sizes{};
+  LimitSize(console, sizes);
+  const LONG height = std::max(place.bottom - place.top, sizes.ptMinTrackSize.y);
+  if (IsZoomed(console.window) || height == place.bottom - place.top) return;
+  SetWindowPos(console.window, nullptr, 0, 0, static_cast<int>(place.right - place.left),
+               static_cast<int>(height), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 // Moves what has arrived into the log. A view that takes long to show it has the window to itself for a third
@@ -291,6 +344,7 @@ void Activate(ConsoleWindow& console, HWND active) {
 
 LRESULT Destroy(ConsoleWindow* console, HWND window, WPARAM wparam, LPARAM lparam) {
   Application& app = *console->app;
+  if (console->restored) PostMessageW(app.frame, kMaximizeAgain, 0, 0);
   SetWindowLongPtrW(window, 0, 0);
   app.console = nullptr;
   app.port_connected = nullptr;
@@ -301,7 +355,7 @@ LRESULT Destroy(ConsoleWindow* console, HWND window, WPARAM wparam, LPARAM lpara
   return DefMDIChildProcW(window, WM_NCDESTROY, wparam, lparam);
 }
 
-LRESULT CALLBACK ConsoleProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+LRESULT ConsoleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_NCCREATE) {
     const auto* create = reinterpret_cast<CREATESTRUCTW*>(lparam);
     auto* console =
@@ -350,6 +404,11 @@ LRESULT CALLBACK ConsoleProcedure(HWND window, UINT message, WPARAM wparam, LPAR
   return DefMDIChildProcW(window, message, wparam, lparam);
 }
 
+LRESULT CALLBACK ConsoleProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+  return Guarded(LRESULT{message == WM_CREATE ? -1 : 0},
+                 [&] { return ConsoleMessage(window, message, wparam, lparam); });
+}
+
 }  // namespace
 
 bool RegisterConsoleClass(Application& app) {
@@ -376,13 +435,16 @@ ConsoleWindow* OpenConsoleOf(const Application& app) {
 
 bool OpenConsoleWindow(Application& app) {
   if (app.console) return true;
+  BOOL maximized = FALSE;
+  SendMessageW(app.client, WM_MDIGETACTIVE, 0, reinterpret_cast<LPARAM>(&maximized));
   auto* console = new ConsoleWindow;
   console->app = &app;
+  console->restored = maximized != FALSE;
   MDICREATESTRUCTW create{};
   create.szClass = kConsoleClass;
   create.szTitle = L"Portload";
   create.hOwner = app.instance;
-  create.x = create.y = 50;
+  create.x = create.y = kFirstPlace;
   create.cx = create.cy = CW_USEDEFAULT;
   create.lParam = reinterpret_cast<LPARAM>(console);
   const auto window =
@@ -392,6 +454,9 @@ bool OpenConsoleWindow(Application& app) {
     const ConsoleWindow* open = OpenConsoleOf(app);
     return open && open->console.state == ConsoleState::kConnected;
   };
+  // A new window takes over that the one before was maximised.
+  if (IsZoomed(window)) SendMessageW(app.client, WM_MDIRESTORE, reinterpret_cast<WPARAM>(window), 0);
+  GrowToLeastHeight(*console);
   SetFocus(console->line);
   return true;
 }
@@ -402,6 +467,10 @@ bool TranslateConsoleKey(Application& app, const MSG& message) {
   const bool control = GetKeyState(VK_CONTROL) < 0;
   if (message.wParam == VK_F3) {
     SendMessageW(app.frame, WM_COMMAND, kCmdConsoleFindNext, 0);
+    return true;
+  }
+  if (message.hwnd == console->log && control && message.wParam == 'A') {
+    SelectWholeLog(console->log);
     return true;
   }
   if (message.hwnd == console->line && control && (message.wParam == 'Z' || message.wParam == 'A')) {
@@ -419,17 +488,17 @@ void ShowCommandLine(ConsoleWindow& console, bool shown) {
   console.line_shown = shown;
   ShowWindow(console.line, shown ? SW_SHOW : SW_HIDE);
   CheckDlgButton(console.panel, IDC_CONSOLE_COMMAND, shown ? BST_CHECKED : BST_UNCHECKED);
-  RECT place{};
-  GetWindowRect(console.window, &place);
-  MINMAXINFO sizes{};
-  LimitSize(console, sizes);
-  const LONG height = std::max(place.bottom - place.top, sizes.ptMinTrackSize.y);
-  if (!IsZoomed(console.window) && height != place.bottom - place.top) {
-    SetWindowPos(console.window, nullptr, 0, 0, static_cast<int>(place.right - place.left),
-                 static_cast<int>(height), SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-  }
+  GrowToLeastHeight(console);
   LayOut(console);
   SetFocus(shown ? console.line : console.log);
+}
+
+void ChangeConsoleOptions(ConsoleWindow& console, const ConsoleOptions& options) {
+  const bool other_view = options.hexadecimal_view != OptionsOf(console.console).hexadecimal_view;
+  SetConsoleOptions(console.console, options);
+  if (other_view) SetLogFont(console.log, options.hexadecimal_view);
+  SaveConsoleSettings(console.app->settings, {options.hexadecimal_view, options.time_stamps,
+                                              options.reconnect, static_cast<int>(options.line_ending)});
 }
 
 void ShowConsoleState(ConsoleWindow& console) {
@@ -469,6 +538,12 @@ bool MayCloseConsole(ConsoleWindow& console) {
   if (!AskOkCancel(app, "Do you want to close application ?")) return false;
   Disconnect(console);
   return OpenConsoleOf(app) != nullptr;
+}
+
+std::string ConsolePort(const Application& app) {
+  const ConsoleWindow* console = OpenConsoleOf(app);
+  const bool open = console && console->console.state == ConsoleState::kConnected;
+  return open ? console->console.connected_with.port_name : "";
 }
 
 bool MayEndConsole(Application& app) {

@@ -14,7 +14,8 @@ struct ConsoleWindow {
   CommandHistory history;
   std::string searched;
   bool match_case = false;
-  bool log_cut = false;  // the view does not hold the log's beginning
+  bool log_cut = false;   // the view does not hold the log's beginning
+  bool restored = false;  // database windows were maximised before it opened, and are again when it closes
   ConsoleState shown_state = ConsoleState::kDisconnected;
   bool shown_upload = false, shown_data = false, telling = false;
   uint64_t next_update = 0;  // of the view
@@ -30,6 +31,8 @@ uint32_t ConsoleNeeds(const Application& app);
 bool IsConsoleChecked(const Application& app, UINT id);
 // The text that follows the state; empty: the table's.
 std::string ConsoleText(const Application& app, UINT id);
+// The port that the console holds open; empty: none.
+std::string ConsolePort(const Application& app);
 // The frame is about to close: asks when a port is connected. False: everything stays open.
 bool MayEndConsole(Application& app);
 // Closes it without a question; before the temporary folder goes.
@@ -47,6 +50,8 @@ void Disconnect(ConsoleWindow& console);
 // Shows connection, upload and port settings as they are now.
 void ShowConsoleState(ConsoleWindow& console);
 void ShowCommandLine(ConsoleWindow& console, bool shown);
+// Puts the options in force, shows them and keeps them for later runs.
+void ChangeConsoleOptions(ConsoleWindow& console, const ConsoleOptions& options);
 uint64_t ConsoleClock();
 
 }  // namespace vexa

@@ -99,20 +99,28 @@ void FindNext(Application& app) {
   Current(app).searched.empty() ? Find(app) : FindAgain(app);
 }
 
+void Copy(Application& app) {
+  CopyLogSelection(Current(app).log);
+}
+
+void SelectAll(Application& app) {
+  SelectWholeLog(Current(app).log);
+}
+
 template <bool ConsoleOptions::*option>
 void Toggle(Application& app) {
-  Console& console = Current(app).console;
-  ConsoleOptions options = OptionsOf(console);
+  ConsoleWindow& console = Current(app);
+  ConsoleOptions options = OptionsOf(console.console);
   options.*option = !(options.*option);
-  SetConsoleOptions(console, options);
+  ChangeConsoleOptions(console, options);
 }
 
 template <LineEnding ending>
 void ChooseEnding(Application& app) {
-  Console& console = Current(app).console;
-  ConsoleOptions options = OptionsOf(console);
+  ConsoleWindow& console = Current(app);
+  ConsoleOptions options = OptionsOf(console.console);
   options.line_ending = ending;
-  SetConsoleOptions(console, options);
+  ChangeConsoleOptions(console, options);
 }
 
 constexpr CommandRow kRows[] = {
@@ -133,6 +141,8 @@ constexpr CommandRow kRows[] = {
     {kCmdConsoleSendLf, ChooseEnding<LineEnding::kLineFeed>},
     {kCmdConsoleSendCrLf, ChooseEnding<LineEnding::kBoth>},
     {kCmdConsoleSendNothing, ChooseEnding<LineEnding::kNone>},
+    {kCmdConsoleCopy, Copy},
+    {kCmdConsoleSelectAll, SelectAll},
 };
 
 }  // namespace
@@ -149,6 +159,7 @@ uint32_t ConsoleNeeds(const Application& app) {
   uint32_t present = kNeedsNothing;
   if (connected) present |= kNeedsConnection;
   if (!upload) present |= kNeedsNoConsoleUpload;
+  if (HasLogSelection(console->log)) present |= kNeedsLogSelection;
   if (upload && !console->console.transfer.cancel) present |= kNeedsConsoleUpload;
   return present;
 }

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "ui/menus.h"
+
 namespace vexa {
 
 namespace {
@@ -76,16 +78,13 @@ void InsertPiece(HWND log, const ConsolePiece& piece) {
 
 void Empty(HWND log) {
   SetWindowTextW(log, L"");
-  SetLogFont(log);
+  SetLogFont(log, GetWindowLongPtrW(log, GWLP_USERDATA) != 0);
 }
 
-bool ShowsItsEnd(HWND log) {
-  SCROLLINFO bar{};
-  bar.cbSize = sizeof bar;
-  bar.fMask = SIF_ALL;
-  if (!GetScrollInfo(log, SB_VERT, &bar) || bar.nPage == 0) return true;
-  // Half a page of tolerance: the last line may be cut.
-  return bar.nPos + static_cast<int>(bar.nPage) + static_cast<int>(bar.nPage) / 4 >= bar.nMax;
+// The frame too: a scroll bar that comes or goes while nothing is drawn is not drawn by itself.
+void Redraw(HWND log) {
+  SendMessageW(log, WM_SETREDRAW, TRUE, 0);
+  RedrawWindow(log, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME);
 }
 
 // Takes the oldest text out of a view that holds too much. True when it did.
@@ -112,21 +111,33 @@ HWND CreateLogView(HWND parent, HINSTANCE instance, int id) {
   return log;
 }
 
-void SetLogFont(HWND log) {
+void SetLogFont(HWND log, bool fixed) {
+  SetWindowLongPtrW(log, GWLP_USERDATA, fixed);
   CHARFORMATW format{};
   format.cbSize = sizeof format;
   format.dwMask = CFM_FACE | CFM_SIZE | CFM_CHARSET | CFM_BOLD | CFM_ITALIC;
   format.yHeight = 180;  // twentieths of a point
   format.bCharSet = DEFAULT_CHARSET;
-  wcscpy(format.szFaceName, L"Arial");
+  format.bPitchAndFamily = fixed ? FIXED_PITCH | FF_MODERN : VARIABLE_PITCH | FF_SWISS;
+  wcscpy(format.szFaceName, fixed ? L"Courier New" : L"Arial");
   SendMessageW(log, EM_SETCHARFORMAT, SCF_ALL, reinterpret_cast<LPARAM>(&format));
 }
 
 ViewUse LogUse(HWND log) {
-  const bool extends = GetFocus() == log && GetKeyState(VK_SHIFT) < 0;
-  if (extends || GetCapture() == log) return ViewUse::kSelects;
   const CHARRANGE selection = Selection(log);
-  return selection.cpMin == selection.cpMax && ShowsItsEnd(log) ? ViewUse::kFollows : ViewUse::kLooks;
+  SCROLLINFO bar{};
+  bar.cbSize = sizeof bar;
+  bar.fMask = SIF_ALL;
+  GetScrollInfo(log, SB_VERT, &bar);
+  ViewLook look;
+  look.selecting = (GetFocus() == log && GetKeyState(VK_SHIFT) < 0) || GetCapture() == log;
+  look.selected = static_cast<size_t>(selection.cpMax - selection.cpMin);
+  look.shown = LogLength(log);
+  look.has_bar = (GetWindowLongPtrW(log, GWL_STYLE) & WS_VSCROLL) != 0;
+  look.position = bar.nPos;
+  look.page = bar.nPage;
+  look.maximum = bar.nMax;
+  return UseOfView(look);
 }
 
 void ScrollLogToEnd(HWND log) {
@@ -137,6 +148,31 @@ void ScrollLogToEnd(HWND log) {
 
 size_t LogLength(HWND log) {
   return static_cast<size_t>(Length(log));
+}
+
+bool HasLogSelection(HWND log) {
+  const CHARRANGE selection = Selection(log);
+  return selection.cpMin != selection.cpMax;
+}
+
+void SelectWholeLog(HWND log) {
+  SetFocus(log);
+  Select(log, 0, -1);
+}
+
+void CopyLogSelection(HWND log) {
+  SendMessageW(log, WM_COPY, 0, 0);
+}
+
+void ShowLogMenu(HWND log, Application& app, POINT point) {
+  if (point.x == -1 && point.y == -1) {
+    point = {0, 0};
+    ClientToScreen(log, &point);
+  }
+  SetFocus(log);
+  HMENU menu = MakePopup(app, MenuName::kConsoleLog);
+  TrackPopupMenu(menu, TPM_LEFTALIGN | TPM_TOPALIGN, point.x, point.y, 0, app.frame, nullptr);
+  DestroyMenu(menu);
 }
 
 bool AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_anew) {
@@ -157,9 +193,8 @@ bool AppendToLog(HWND log, const std::deque<ConsolePiece>& pieces, bool start_an
     Select(log, selection.cpMin, selection.cpMax);
     SendMessageW(log, EM_SETSCROLLPOS, 0, reinterpret_cast<LPARAM>(&place));
   }
-  SendMessageW(log, WM_SETREDRAW, TRUE, 0);
+  Redraw(log);
   if (follows) ScrollLogToEnd(log);
-  InvalidateRect(log, nullptr, TRUE);
   return trimmed;
 }
 
@@ -190,11 +225,10 @@ void ShowFound(HWND log, const FoundText& found) {
   const LONG last = Length(log);
   for (const ConsolePiece& piece : found.after) InsertPiece(log, piece);
   Select(log, first, last);
-  SendMessageW(log, WM_SETREDRAW, TRUE, 0);
+  Redraw(log);
   const auto line = static_cast<int>(SendMessageW(log, EM_EXLINEFROMCHAR, 0, first));
   const auto top = static_cast<int>(SendMessageW(log, EM_GETFIRSTVISIBLELINE, 0, 0));
   SendMessageW(log, EM_LINESCROLL, 0, std::max(0, line - kLinesAbove) - top);
-  InvalidateRect(log, nullptr, TRUE);
 }
 
 }  // namespace vexa

@@ -38,12 +38,11 @@ void ShowAbout(Application& app) {
 }
 
 ProgressBox::ProgressBox(Application& app, const std::string& text, const std::string& title)
-    : app_(app), owner_(OwnerWindow(app)), context_(app.context) {
+    : busy_(app), owner_(OwnerWindow(app)), context_(app.context) {
   window_ = CreateDialogParamW(app.instance, MAKEINTRESOURCEW(IDD_PROGRESS), owner_, ProgressProcedure, 0);
   SetText(window_, title);
   SetText(GetDlgItem(window_, IDC_PROGRESS_TEXT), text);
   SendDlgItemMessageW(window_, IDC_PROGRESS_BAR, PBM_SETRANGE32, 0, kBarSteps);
-  ++app.busy;
   EnableWindow(owner_, FALSE);
   ShowWindow(window_, SW_SHOW);
   UpdateWindow(window_);
@@ -55,7 +54,6 @@ ProgressBox::ProgressBox(Application& app, const std::string& text, const std::s
 }
 
 ProgressBox::~ProgressBox() {
-  --app_.busy;
   // First the owner, so that it becomes the active window again and not another program's.
   EnableWindow(owner_, TRUE);
   DestroyWindow(window_);

@@ -19,7 +19,7 @@ class ProgressBox {
 
  private:
   void ShowPosition(uint64_t position);
-  Application& app_;
+  Busy busy_;
   HWND owner_ = nullptr;
   HWND window_ = nullptr;
   uint64_t total_ = 0;

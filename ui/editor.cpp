@@ -7,6 +7,7 @@
 #include "core/messages.h"
 #include "ui/editor_parts.h"
 #include "ui/frame.h"
+#include "ui/guard.h"
 #include "ui/menus.h"
 #include "ui/resource.h"
 
@@ -290,7 +291,7 @@ LRESULT Destroy(EditorWindow* editor, HWND window, UINT message, WPARAM wparam, 
   return DefMDIChildProcW(window, message, wparam, lparam);
 }
 
-LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_NCCREATE) {
     const auto* create = reinterpret_cast<CREATESTRUCTW*>(lparam);
     auto* editor =
@@ -358,6 +359,11 @@ LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARA
   return DefMDIChildProcW(window, message, wparam, lparam);
 }
 
+LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+  return Guarded(LRESULT{message == WM_CREATE ? -1 : 0},
+                 [&] { return EditorMessage(window, message, wparam, lparam); });
+}
+
 }  // namespace
 
 bool TranslateEditorKey(EditorWindow& editor, const MSG& message) {
@@ -414,7 +420,8 @@ std::vector<EditorWindow*> AllEditors(const Application& app) {
 }
 
 EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed) {
-  auto* editor = new EditorWindow;
+  auto owned = std::make_unique<EditorWindow>();
+  EditorWindow* editor = owned.get();
   editor->app = &app;
   editor->document = std::move(document);
   editor->path = path;
@@ -432,7 +439,7 @@ EditorWindow* OpenEditor(Application& app, Document document, const Path& path, 
   create.x = create.y = create.cx = create.cy = CW_USEDEFAULT;
   // The first window takes the whole frame, the next ones do as the active one does.
   create.style = !active || maximised ? WS_MAXIMIZE : 0;
-  create.lParam = reinterpret_cast<LPARAM>(editor);
+  create.lParam = reinterpret_cast<LPARAM>(owned.release());
   const auto window =
       reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDICREATE, 0, reinterpret_cast<LPARAM>(&create)));
   if (!window) return nullptr;  // the window took the structure with it

@@ -38,6 +38,8 @@ void FillNode(EditorWindow& editor, TreeNode& node);
 void ExpandNode(EditorWindow& editor, TreeNode& node);
 void OpenSelectedNode(EditorWindow& editor);
 void FillTree(EditorWindow& editor);  // of a new window
+// Forgets what tree and list show and fills them anew, whatever state they are in.
+void ShowAnew(EditorWindow& editor);
 
 // Shows the list's rows in that order; the selected ones stay so.
 void ReorderList(EditorWindow& editor, const RowOrder& order);

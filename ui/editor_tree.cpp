@@ -356,6 +356,21 @@ void FillTree(EditorWindow& editor) {
   ExpandNode(editor, first);
 }
 
+void ShowAnew(EditorWindow& editor) {
+  editor.settled = false;
+  ListView_SetItemCountEx(editor.list, 0, 0);
+  editor.rows.rows.clear();
+  editor.details = false;
+  TreeView_DeleteAllItems(editor.tree);
+  editor.root.children.clear();
+  editor.selected = {};
+  editor.settled = true;
+  SendMessageW(editor.list, WM_SETREDRAW, TRUE, 0);
+  FillTree(editor);
+  InvalidateRect(editor.list, nullptr, TRUE);
+  InvalidateRect(editor.tree, nullptr, TRUE);
+}
+
 void ReorderList(EditorWindow& editor, const RowOrder& order) {
   const KeptRows kept = KeepRows(editor);
   editor.order = order;

@@ -3,6 +3,7 @@
 
 #include "core/check.h"
 #include "core/messages.h"
+#include "ui/guard.h"
 #include "ui/options.h"
 #include "ui/options_resource.h"
 #include "ui/virtual_list.h"
@@ -76,7 +77,7 @@ void Notify(HWND dialog, FindingsWindow& window, const NMHDR& header, LPARAM lpa
   }
 }
 
-INT_PTR CALLBACK FindingsProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+INT_PTR FindingsMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(dialog, DWLP_USER, lparam);
     Open(dialog, *reinterpret_cast<FindingsWindow*>(lparam));
@@ -108,6 +109,10 @@ INT_PTR CALLBACK FindingsProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
     default:
       return FALSE;
   }
+}
+
+INT_PTR CALLBACK FindingsProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+  return Guarded(INT_PTR{TRUE}, [&] { return FindingsMessage(dialog, message, wparam, lparam); });
 }
 
 }  // namespace

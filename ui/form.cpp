@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "ui/guard.h"
+
 namespace vexa {
 
 namespace {
@@ -42,14 +44,15 @@ void Command(OpenForm& open, HWND dialog, int id, int code) {
   if (open.actions.command) open.actions.command(form, id, code);
 }
 
-INT_PTR CALLBACK FormProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+INT_PTR FormMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(dialog, DWLP_USER, lparam);
     OpenForm& open = *reinterpret_cast<OpenForm*>(lparam);
     Form form{open.app, dialog};
     if (open.actions.open) open.actions.open(form);
     open.anchors = TakeAnchors(dialog, open.actions.anchors);
-    return TRUE;
+    // The first control gets the focus unless another one was given it.
+    return !IsChild(dialog, GetFocus());
   }
   OpenForm* open = reinterpret_cast<OpenForm*>(GetWindowLongPtrW(dialog, DWLP_USER));
   if (!open) return FALSE;
@@ -77,6 +80,14 @@ INT_PTR CALLBACK FormProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM 
     default:
       return FALSE;
   }
+}
+
+// A form that could not be filled is none.
+INT_PTR CALLBACK FormProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+  constexpr INT_PTR kNoMemory = -1;
+  const INT_PTR result = Guarded(kNoMemory, [&] { return FormMessage(dialog, message, wparam, lparam); });
+  if (result == kNoMemory && message == WM_INITDIALOG) EndDialog(dialog, IDCANCEL);
+  return result == kNoMemory ? TRUE : result;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <shellapi.h>
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 #include "config/ecf.h"
@@ -13,6 +14,7 @@
 #include "ui/console.h"
 #include "ui/editor.h"
 #include "ui/file_dialogs.h"
+#include "ui/guard.h"
 #include "ui/menus.h"
 #include "ui/pictures.h"
 #include "ui/resource.h"
@@ -27,6 +29,13 @@ constexpr UINT kOpenAtStart = WM_APP + 1;
 
 Application* AppOf(HWND frame) {
   return reinterpret_cast<Application*>(GetWindowLongPtrW(frame, GWLP_USERDATA));
+}
+
+// Of the status line's parts behind the first.
+std::array<std::string, 3> StatusTexts(const Application& app) {
+  return {Utf8FromLatin(app.config.product_name + "  " + app.config.configuration_name),
+          app.hexadecimal ? "PIDs (Hex)" : "PIDs (Dec)",
+          app.config.sdb_format == 0 ? "Single SDB" : "Multiple SDB"};
 }
 
 bool CreateClient(Application& app) {
@@ -73,12 +82,14 @@ bool LoadSettings(Application& app) {
 
 bool CreateProgramFolder(Application& app) {
   const auto number = static_cast<unsigned>(reinterpret_cast<UINT_PTR>(app.frame));
-  const auto folder = CreateTemporaryFolder(Format("Temp%x", number));
-  if (!folder) {
+  RemoveAbandonedFolders("Temp");
+  std::string why;
+  app.folder = TemporaryFolder::Make(Format("Temp%x", number), why);
+  if (!app.folder) {
     Tell(app.context.messages, Icon::kStop, "Failed to create new directory.");
     return false;
   }
-  app.context.temporary_folder = *folder;
+  app.context.temporary_folder = app.folder->path();
   return true;
 }
 
@@ -106,6 +117,35 @@ bool StartFrame(Application& app) {
   return true;
 }
 
+constexpr int kStatusMargin = 16;  // of a part's text, at 96 dots an inch
+
+int StatusWidth(const Application& app, const std::string& text) {
+  HDC screen = GetDC(app.status);
+  HGDIOBJ before = SelectObject(screen, app.status_font);
+  const std::wstring wide = Wide(text);
+  SIZE size{};
+  GetTextExtentPoint32W(screen, wide.c_str(), static_cast<int>(wide.size()), &size);
+  SelectObject(screen, before);
+  ReleaseDC(app.status, screen);
+  return static_cast<int>(size.cx) + Scaled(app.frame, kStatusMargin);
+}
+
+// The parts at the right are as wide as their texts; the first one, for help and outcomes, keeps a third.
+void LayOutStatus(Application& app) {
+  RECT area{};
+  GetClientRect(app.frame, &area);
+  const auto texts = StatusTexts(app);
+  int right = static_cast<int>(area.right) - GetSystemMetrics(SM_CXVSCROLL);  // the corner for sizing
+  std::array<int, 4> parts{0, 0, 0, -1}, before{};
+  for (size_t i = texts.size(); i-- > 0;) {
+    right -= StatusWidth(app, texts[i]);
+    parts[i] = std::max(right, static_cast<int>(area.right) / 3);
+  }
+  SendMessageW(app.status, SB_GETPARTS, before.size(), reinterpret_cast<LPARAM>(before.data()));
+  if (parts != before)
+    SendMessageW(app.status, SB_SETPARTS, parts.size(), reinterpret_cast<LPARAM>(parts.data()));
+}
+
 void LayOut(Application& app) {
   if (!app.toolbar || !app.status) return;
   SendMessageW(app.toolbar, TB_AUTOSIZE, 0, 0);
@@ -116,15 +156,18 @@ void LayOut(Application& app) {
   const int top = bar.bottom - bar.top;
   GetWindowRect(app.status, &bar);
   const int bottom = bar.bottom - bar.top;
-  const int parts[] = {area.right - Scaled(app.frame, 420), area.right - Scaled(app.frame, 200),
-                       area.right - Scaled(app.frame, 110), -1};
-  SendMessageW(app.status, SB_SETPARTS, std::size(parts), reinterpret_cast<LPARAM>(parts));
+  LayOutStatus(app);
   MoveWindow(app.client, 0, top, area.right, std::max<int>(0, area.bottom - top - bottom), TRUE);
 }
 
 void ShowStatus(Application& app, int part, const std::string& text) {
   SendMessageW(app.status, SB_SETTEXTW, static_cast<WPARAM>(part),
                reinterpret_cast<LPARAM>(Wide(text).c_str()));
+}
+
+// The outcome of a transfer stays until the next command.
+void ShowFirstStatus(Application& app, const std::string& text) {
+  ShowStatus(app, 0, text.empty() ? app.outcome : text);
 }
 
 bool MayCloseAll(Application& app) {
@@ -172,7 +215,7 @@ void EndFrame(Application& app) {
     SaveRecentFiles(app.settings, app.recent);
     KeepFramePlace(app);
     SaveWindowSettings(app.settings, app.window);
-    RemoveFolder(app.context.temporary_folder);
+    app.folder.reset();
   }
   // The bar on the frame goes with it; the others are destroyed by the entry point.
   SetMenu(app.frame, nullptr);
@@ -221,10 +264,10 @@ LRESULT Notify(Application& app, HWND frame, NMHDR& header, WPARAM wparam, LPARA
 
 void ShowMenuHelp(Application& app, WPARAM wparam) {
   const bool popup = HIWORD(wparam) & (MF_POPUP | MF_SEPARATOR | MF_SYSMENU);
-  ShowStatus(app, 0, popup || HIWORD(wparam) == 0xFFFF ? "" : CommandHelp(app, LOWORD(wparam)));
+  ShowFirstStatus(app, popup || HIWORD(wparam) == 0xFFFF ? "" : CommandHelp(app, LOWORD(wparam)));
 }
 
-LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_NCCREATE) {
     auto* app = static_cast<Application*>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams);
     app->frame = frame;
@@ -232,7 +275,7 @@ LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM 
   }
   Application* app = AppOf(frame);
   if (!app) return DefWindowProcW(frame, message, wparam, lparam);
-  if (app->describe_menus && message == app->describe_menus) return AnswerTest(*app, wparam);
+  if (app->describe_menus && message == app->describe_menus) return AnswerTest(*app, wparam, lparam);
   switch (message) {
     case WM_CREATE:
       return StartFrame(*app) ? 0 : -1;
@@ -263,19 +306,52 @@ LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM 
     case kOpenAtStart:
       OpenDatabaseFile(*app, *app->open_at_start);
       return 0;
+    case kMaximizeAgain:
+      if (EditorWindow* editor = ActiveEditor(*app))
+        SendMessageW(app->client, WM_MDIMAXIMIZE, reinterpret_cast<WPARAM>(editor->window), 0);
+      return 0;
+    case kOutOfMemory:
+      TellOutOfMemory(*app);
+      return 0;
     case WM_QUERYENDSESSION:
       return MayCloseAll(*app);
     case WM_CLOSE:
       if (app->busy == 0 && MayCloseAll(*app)) DestroyWindow(frame);
       return 0;
     case WM_DESTROY:
-      EndFrame(*app);
+      Guarded(false, [&] {
+        EndFrame(*app);
+        return true;
+      });
+      SetGuardedFrame(nullptr);
       PostQuitMessage(app->exit_code);
       return 0;
     default:
       break;
   }
   return DefFrameProcW(frame, app->client, message, wparam, lparam);
+}
+
+LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+  return Guarded(LRESULT{0}, [&] { return FrameMessage(frame, message, wparam, lparam); });
+}
+
+// What is done with a message of the loop before it goes to its window.
+void HandleMessage(Application& app, MSG& message) {
+  EditorWindow* editor = ActiveEditor(app);
+  if (editor && TakeDragKey(*editor, message)) return;
+  if (TranslateMDISysAccel(app.client, &message)) return;
+  if (app.findings && IsDialogMessageW(app.findings, &message)) return;
+  if (TranslateConsoleKey(app, message)) return;
+  // Dialogs without a loop of their own must not see the frame's keys.
+  if (IsWindowEnabled(app.frame) &&
+      TranslateAcceleratorW(app.frame, editor ? app.editor_keys : app.other_keys, &message)) {
+    return;
+  }
+  if (editor && IsWindowEnabled(app.frame) && TranslateEditorKey(*editor, message)) return;
+  if (editor) ShowTips(*editor, message);
+  TranslateMessage(&message);
+  DispatchMessageW(&message);
 }
 
 }  // namespace
@@ -298,6 +374,7 @@ bool CreateFrame(Application& app) {
                                CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, nullptr,
                                app.frame_menu, app.instance, &app);
   if (!frame) return false;
+  SetGuardedFrame(frame);
   ShowFrame(app);
   UpdateWindow(frame);
   RefreshFrame(app);
@@ -314,20 +391,10 @@ void EndWithoutList(Application& app) {
 int RunMessageLoop(Application& app) {
   MSG message;
   while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-    EditorWindow* editor = ActiveEditor(app);
-    if (editor && TakeDragKey(*editor, message)) continue;
-    if (TranslateMDISysAccel(app.client, &message)) continue;
-    if (app.findings && IsDialogMessageW(app.findings, &message)) continue;
-    if (TranslateConsoleKey(app, message)) continue;
-    // Dialogs without a loop of their own must not see the frame's keys.
-    if (IsWindowEnabled(app.frame) &&
-        TranslateAcceleratorW(app.frame, editor ? app.editor_keys : app.other_keys, &message)) {
-      continue;
-    }
-    if (editor && IsWindowEnabled(app.frame) && TranslateEditorKey(*editor, message)) continue;
-    if (editor) ShowTips(*editor, message);
-    TranslateMessage(&message);
-    DispatchMessageW(&message);
+    Guarded(false, [&] {
+      HandleMessage(app, message);
+      return true;
+    });
   }
   return static_cast<int>(message.wParam);
 }
@@ -350,9 +417,10 @@ void RememberFile(Application& app, const Path& path) {
 void RefreshFrame(Application& app) {
   if (!app.toolbar || !app.status) return;
   RefreshToolbar(app);
-  ShowStatus(app, 1, Utf8FromLatin(app.config.product_name + "  " + app.config.configuration_name));
-  ShowStatus(app, 2, app.hexadecimal ? "PIDs (Hex)" : "PIDs (Dec)");
-  ShowStatus(app, 3, app.config.sdb_format == 0 ? "Single SDB" : "Multiple SDB");
+  LayOutStatus(app);
+  ShowFirstStatus(app, "");
+  const auto texts = StatusTexts(app);
+  for (size_t i = 0; i < texts.size(); ++i) ShowStatus(app, static_cast<int>(i) + 1, texts[i]);
 }
 
 }  // namespace vexa

@@ -62,7 +62,7 @@ Application* running = nullptr;  // for the handler below, which is handed nothi
     if (const std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
   } catch (const std::bad_alloc&) {
     Tell(running->context.messages, Icon::kStop, "%s", kOutOfMemoryText);
-    RemoveFolder(running->context.temporary_folder);
+    running->folder.reset();
     ExitProcess(1);
   } catch (...) {
   }

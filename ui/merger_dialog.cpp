@@ -9,6 +9,7 @@
 #include "ui/dialogs.h"
 #include "ui/file_dialogs.h"
 #include "ui/form.h"
+#include "ui/guard.h"
 #include "ui/lists_resource.h"
 
 namespace vexa {
@@ -228,7 +229,7 @@ LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM wparam, LPARAM lp
   if (message == WM_NCDESTROY) RemoveWindowSubclass(list, ListProcedure, id);
   // While entries are dragged, Escape ends that and not the dialog.
   if (message == WM_GETDLGCODE && dialog.pressed >= 0) return DLGC_WANTALLKEYS;
-  if (ListMessage(dialog, message, wparam, lparam)) return 0;
+  if (Guarded(true, [&] { return ListMessage(dialog, message, wparam, lparam); })) return 0;
   return DefSubclassProc(list, message, wparam, lparam);
 }
 

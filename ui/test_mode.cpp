@@ -1,16 +1,21 @@
 #include "ui/test_mode.h"
 
+#include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <iterator>
 #include <new>
 
 #include "core/messages.h"
+#include "ui/console.h"
 #include "ui/editor.h"
 #include "ui/menus.h"
 
 namespace vexa {
 
 namespace {
+
+std::atomic<int64_t> allocations_left{0};  // until one fails; 0: none will
 
 std::string ItemText(HMENU menu, int place) {
   wchar_t text[512] = L"";
@@ -45,9 +50,18 @@ bool DescribeMenus(Application& app) {
          WriteResult::kDone;
 }
 
+bool FillLog(Application& app, LPARAM lines) {
+  ConsoleWindow* console = OpenConsoleOf(app);
+  if (!console) return false;
+  for (LPARAM i = 1; i <= lines; ++i)
+    AppendToConsole(console->console, Format("Line %d of many\r\n", static_cast<int>(i)),
+                    ReportColour::kNeutral);
+  return true;
+}
+
 }  // namespace
 
-bool AnswerTest(Application& app, WPARAM request) {
+bool AnswerTest(Application& app, WPARAM request, LPARAM number) {
   if (request == kDescribeMenus) return DescribeMenus(app);
   if (request == kLoseViewer) {
     app.report_viewer = L"no such viewer.exe";
@@ -57,6 +71,11 @@ bool AnswerTest(Application& app, WPARAM request) {
     const EditorWindow* editor = ActiveEditor(app);
     return editor && DestroyWindow(request == kLoseTree ? editor->tree : editor->list);
   }
+  if (request == kFailAllocation) {
+    allocations_left = static_cast<int64_t>(number);
+    return true;
+  }
+  if (request == kFillLog) return FillLog(app, number);
   if (request == kMarkQueue) return SetPropW(app.frame, kTestMessage, app.frame) != 0;
   // More than any system has, asked for in a way that no compiler foresees.
   const volatile size_t all = PTRDIFF_MAX;
@@ -65,3 +84,19 @@ bool AnswerTest(Application& app, WPARAM request) {
 }
 
 }  // namespace vexa
+
+// The program's allocations, so that a test can let one of them fail.
+void* operator new(size_t size) {
+  const bool fails = vexa::allocations_left > 0 && --vexa::allocations_left == 0;
+  void* memory = fails ? nullptr : std::malloc(size ? size : 1);
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, size_t) noexcept {
+  std::free(memory);
+}

@@ -8,16 +8,27 @@
 
 namespace vexa {
 
-// A registered message with the request as its first parameter; answers 1.
+// A registered message with the request as its first parameter and a number as its second; answers 1.
 inline constexpr const wchar_t* kTestMessage = L"VexaEditorTest";
 // The tree and the list to lose are those of the active database window. kMarkQueue, posted, gives the frame
-// a property of the message's name when it comes to its turn.
-enum TestRequest : WPARAM { kDescribeMenus, kExhaustMemory, kLoseViewer, kLoseTree, kLoseList, kMarkQueue };
+// a property of the message's name when it comes to its turn. kFailAllocation lets the allocation of that
+// number fail, counted from the next one on, once; 0: none. kFillLog puts so many lines into the console's
+// log.
+enum TestRequest : WPARAM {
+  kDescribeMenus,
+  kExhaustMemory,
+  kLoseViewer,
+  kLoseTree,
+  kLoseList,
+  kMarkQueue,
+  kFailAllocation,
+  kFillLog,
+};
 // In test mode the thread exit event has this name: an object of another kind in its place makes it fail.
 inline constexpr const wchar_t* kTestExitEvent = L"VexaEditorTestExit";
 
 // Menus are described in lines "depth TAB id TAB state TAB text" in UTF-8, id 0 for pop-ups and separators;
 // state: g greyed, c checked.
-bool AnswerTest(Application& app, WPARAM request);
+bool AnswerTest(Application& app, WPARAM request, LPARAM number);
 
 }  // namespace vexa

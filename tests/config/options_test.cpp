@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 
 #include "config/defaults_form.h"
@@ -117,6 +118,26 @@ TEST(WindowSettings, ValuesWithoutSenseAreNotTaken) {
     EXPECT_EQ(read.split, 280) << row.name;
     EXPECT_THAT(read.columns[static_cast<size_t>(ColumnSet::kLnbs)], IsEmpty()) << row.value;
     EXPECT_THAT(read.column_orders[static_cast<size_t>(ColumnSet::kLnbs)], IsEmpty()) << row.value;
+  }
+}
+
+TEST(ConsoleSettings, AreReadAsTheyWereWrittenAndKeepTheirDefaultsElse) {
+  const SettingsStore store = MemorySettingsStore();
+  const auto values = [&store] {
+    const ConsoleSettings console = LoadConsoleSettings(store);
+    return std::array<int, 4>{console.hexadecimal_view, console.time_stamps, console.reconnect,
+                              console.line_ending};
+  };
+  EXPECT_EQ(values(), (std::array{0, 0, 0, 0}));
+  for (const std::array<int, 4>& kept :
+       {std::array{1, 0, 0, 3}, std::array{0, 1, 0, 1}, std::array{0, 0, 1, 2}, std::array{0, 0, 0, 0}}) {
+    SaveConsoleSettings(store, {kept[0] == 1, kept[1] == 1, kept[2] == 1, kept[3]});
+    EXPECT_EQ(values(), kept);
+  }
+  for (const char* wrong : {"4", "-1", ""}) {
+    for (const char* name : {"HexadecimalView", "TimeStamps", "ConnectAgain", "LineEnding"})
+      store.write(SettingsKey(kConsoleKey), name, wrong);
+    EXPECT_EQ(values(), (std::array{0, 0, 0, 0})) << wrong;
   }
 }
 

@@ -12,11 +12,11 @@ namespace vexa {
 
 namespace {
 
-constexpr MenuName kMenus[] = {MenuName::kFrame,       MenuName::kEditor,   MenuName::kConsole,
-                               MenuName::kImport,      MenuName::kMerge,    MenuName::kUpload,
-                               MenuName::kUrt,         MenuName::kRecord,   MenuName::kService,
-                               MenuName::kSdb,         MenuName::kLnbLevel, MenuName::kSatelliteLevel,
-                               MenuName::kCarrierLevel};
+constexpr MenuName kMenus[] = {MenuName::kFrame,          MenuName::kEditor,      MenuName::kConsole,
+                               MenuName::kConsoleLog,     MenuName::kImport,      MenuName::kMerge,
+                               MenuName::kUpload,         MenuName::kUrt,         MenuName::kRecord,
+                               MenuName::kService,        MenuName::kSdb,         MenuName::kLnbLevel,
+                               MenuName::kSatelliteLevel, MenuName::kCarrierLevel};
 
 std::string TextOf(const MenuRow& row) {
   if (row.kind != MenuRowKind::kCommand) return row.text ? row.text : "";
@@ -61,9 +61,12 @@ std::pair<int, int> KeyNamed(std::string name) {
 // elsewhere.
 TEST(CommandTable, TextsNameTheKeysThatWork) {
   // The keys of tree and list, one that is shared, one that never worked.
-  const std::set<int> unbound = {
-      kCmdEdit,           kCmdAdd,      kCmdInsert,      kCmdDelete,         kCmdMove, kCmdSelectAll,
-      kCmdConsoleSaveLog, kCmdTextFile, kCmdConsoleFind, kCmdConsoleFindNext};
+  const std::set<int> unbound = {kCmdEdit,           kCmdAdd,
+                                 kCmdInsert,         kCmdDelete,
+                                 kCmdMove,           kCmdSelectAll,
+                                 kCmdConsoleSaveLog, kCmdTextFile,
+                                 kCmdConsoleFind,    kCmdConsoleFindNext,
+                                 kCmdConsoleCopy,    kCmdConsoleSelectAll};
   for (const CommandInfo& command : Commands()) {
     const std::string text = command.text;
     const size_t tab = text.find('\t');

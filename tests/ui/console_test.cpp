@@ -14,6 +14,7 @@
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
 #include "ui/console_resource.h"
+#include "ui/test_mode.h"
 #include "ui/windows_api.h"
 
 namespace vexa {
@@ -162,6 +163,100 @@ TEST_F(ConsoleUi, OptionsAreTickedAndAMissingTextIsTold) {
   PostMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
   EXPECT_EQ(Told(kTitle, IDOK), "\"absent\" is not in the log.");
   editor_->Press(dialog, IDCANCEL);
+  ExpectCleanEnd();
+}
+
+// The last line of the log stands in the view.
+TEST_F(ConsoleUi, LogFollowsAfterClearAndAfterMoreThanTheViewHolds) {
+  Start();
+  HWND log = GetDlgItem(console_, IDC_CONSOLE_LOG);
+  const auto follows = [&](const std::string& line) {
+    return editor_->Until(line + " in sight", [&] {
+      if (!Log().ends_with(line + "\r\n")) return false;
+      RECT area{};
+      GetClientRect(log, &area);
+      const auto first = Send(log, EM_GETFIRSTVISIBLELINE), last = Send(log, EM_GETLINECOUNT) - 1;
+      const auto length = Send(log, WM_GETTEXTLENGTH);
+      // A view holds some 20 lines at least and 200 at most.
+      return length < 30 || (last - first >= 5 && last - first < 200);
+    });
+  };
+  editor_->Arrange(kFillLog, 500);
+  EXPECT_TRUE(follows("Line 500 of many"));
+  for (int round = 0; round < 2; ++round) {
+    editor_->Command(kCmdConsoleClear);
+    ASSERT_TRUE(editor_->Until("an empty log", [&] { return Log().empty(); }));
+    editor_->Arrange(kFillLog, 300);
+    EXPECT_TRUE(follows("Line 300 of many"));
+  }
+  // Some 1.4 MB, which is more than waits for the view and more than it keeps.
+  for (int i = 0; i < 5; ++i) editor_->Arrange(kFillLog, 15000);
+  EXPECT_TRUE(follows("Line 15000 of many"));
+  EXPECT_GT(Log().size(), 100000u);
+  EXPECT_TRUE(GetWindowLongPtrW(log, GWL_STYLE) & WS_VSCROLL);
+  ExpectCleanEnd();
+}
+
+TEST_F(ConsoleUi, SelectedPartsOfTheLogAreCopied) {
+  Start();
+  editor_->Arrange(kFillLog, 3);
+  ASSERT_TRUE(editor_->Until("the log", [&] { return !Log().empty(); }));
+  EXPECT_TRUE(Item(kCmdConsoleCopy).greyed) << "nothing is selected";
+  editor_->Command(kCmdConsoleSelectAll);
+  EXPECT_FALSE(Item(kCmdConsoleCopy).greyed);
+  editor_->Command(kCmdConsoleCopy);
+  ASSERT_TRUE(editor_->Until("the clipboard", [] { return OpenClipboard(nullptr) != 0; }));
+  const HANDLE data = GetClipboardData(CF_UNICODETEXT);
+  const auto* text = data ? static_cast<const wchar_t*>(GlobalLock(data)) : nullptr;
+  EXPECT_EQ(text ? Utf8(text) : "", "Line 1 of many\r\nLine 2 of many\r\nLine 3 of many\r\n");
+  if (text) GlobalUnlock(data);
+  CloseClipboard();
+  ExpectCleanEnd();
+}
+
+TEST_F(ConsoleUi, OptionsComeBackInALaterRun) {
+  const std::wstring name = L"options-" + std::to_wstring(GetCurrentProcessId());
+  for (const bool second : {false, true}) {
+    Start(L"--test-mode=" + name);
+    for (const unsigned id :
+         {kCmdConsoleHexadecimalView, kCmdConsoleTimeStamps, kCmdConsoleReconnect, kCmdConsoleSendCrLf}) {
+      EXPECT_EQ(Item(id).checked, second) << id;
+      if (!second) editor_->Command(id);
+    }
+    EXPECT_FALSE(Item(kCmdConsoleHexadecimalInput).checked);
+    ExpectCleanEnd();
+    editor_.reset();
+  }
+  RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\VexaEditorTests\\" + name).c_str());
+}
+
+TEST_F(ConsoleUi, OpensAtItsPlaceAndGivesTheDatabaseWindowsTheirSizeBack) {
+  editor_ = std::make_unique<EditorDriver>(EditorProgram());
+  ASSERT_TRUE(editor_->WaitForFrame());
+  for (const bool maximised : {true, false}) {
+    editor_->Command(kCmdNew);
+    HWND database = editor_->ActiveChild();
+    HWND client = GetParent(database);
+    if (!maximised) Send(client, WM_MDIRESTORE, reinterpret_cast<WPARAM>(database));
+    ASSERT_EQ(IsZoomed(database) != 0, maximised);
+    editor_->Command(kCmdPortload);
+    HWND console = editor_->ActiveChild();
+    EXPECT_FALSE(IsZoomed(console));
+    RECT place{};
+    GetWindowRect(console, &place);
+    MapWindowPoints(nullptr, client, reinterpret_cast<POINT*>(&place), 2);
+    EXPECT_EQ(place.left, 50);
+    EXPECT_EQ(place.top, 50);
+    RECT room{};
+    GetClientRect(client, &room);
+    EXPECT_LE(place.bottom, room.bottom) << "its buttons are in sight";
+    editor_->Command(kCmdConsoleClose);
+    EXPECT_EQ(Told(kTitle, IDOK), "Do you want to close application ?");
+    ASSERT_TRUE(editor_->Until("the console to go", [&] { return !IsWindow(console); }));
+    EXPECT_TRUE(editor_->HasCaughtUp());
+    EXPECT_EQ(IsZoomed(database) != 0, maximised);
+    editor_->Command(kCmdClose);
+  }
   ExpectCleanEnd();
 }
 

@@ -57,9 +57,13 @@ EditorDriver::EditorDriver(const Path& program, std::vector<std::wstring> argume
       << Utf8(line);
 }
 
-EditorDriver::~EditorDriver() {
+void EditorDriver::Kill() {
   if (Running()) TerminateProcess(process_.hProcess, 99);
   WaitForSingleObject(process_.hProcess, 5000);
+}
+
+EditorDriver::~EditorDriver() {
+  Kill();
   // What an ended program could not clear away itself.
   if (frame_) RemoveFolder(TemporaryFolder());
   CloseHandle(process_.hThread);
@@ -535,6 +539,10 @@ void EditorDriver::ExhaustMemory() {
 
 void EditorDriver::Lose(unsigned request) {
   EXPECT_EQ(Send(frame_, RegisterWindowMessageW(kTestMessage), request, 0), 1);
+}
+
+void EditorDriver::Arrange(unsigned request, int number) {
+  EXPECT_EQ(Send(frame_, RegisterWindowMessageW(kTestMessage), request, number), 1);
 }
 
 Path EditorProgram() {

@@ -45,6 +45,7 @@ class EditorDriver {
   // The exit code; nothing when it does not end.
   std::optional<unsigned> ExitCode(double seconds = 20);
   bool Running();
+  void Kill();
 
   HWND frame() const { return frame_; }
   HWND ActiveChild();
@@ -97,6 +98,8 @@ class EditorDriver {
   std::vector<MenuLine> Menus();
   void ExhaustMemory();         // the program's next allocation fails
   void Lose(unsigned request);  // one of the losses of test mode: kLoseViewer, kLoseTree, kLoseList
+  // kFailAllocation or kFillLog of test mode with its number.
+  void Arrange(unsigned request, int number);
 
  private:
   HWND ChildControl(const wchar_t* window_class);

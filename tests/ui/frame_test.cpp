@@ -106,6 +106,22 @@ TEST_F(Frame, TwoFramesHaveFoldersOfTheirOwn) {
   ExpectCleanEnd(second);
 }
 
+TEST_F(Frame, AKilledProgramsFolderGoesAtALaterStartAndARunningOnesStays) {
+  EditorDriver running(EditorProgram()), killed(EditorProgram());
+  ASSERT_TRUE(running.WaitForFrame() && killed.WaitForFrame());
+  const Path kept = running.TemporaryFolder() / "kept.bin", left = killed.TemporaryFolder() / "left.bin";
+  PutFile(kept, BytesOf("x"));
+  PutFile(left, BytesOf("x"));
+  killed.Kill();
+  ASSERT_TRUE(std::filesystem::exists(left));
+  EditorDriver later(EditorProgram());
+  ASSERT_TRUE(later.WaitForFrame());
+  EXPECT_FALSE(std::filesystem::exists(left));
+  EXPECT_TRUE(std::filesystem::exists(kept));
+  ExpectCleanEnd(later);
+  ExpectCleanEnd(running);
+}
+
 TEST_F(Frame, AboutNamesTheProgram) {
   EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
@@ -349,13 +365,41 @@ TEST_F(Frame, WithoutATemporaryFolderTheProgramEnds) {
   EXPECT_TRUE(editor.ExitCode().has_value());
 }
 
-TEST_F(Frame, MemoryThatRunsOutIsToldAndEndsTheProgram) {
-  EditorDriver editor(EditorProgram());
+// Each of the allocations that a change needs fails once: it happens or it does not, and all goes on.
+TEST_F(Frame, MemoryThatRunsOutIsToldAndTheDatabaseStays) {
+  const Path path = PutSample("sample.bin");
+  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
   ASSERT_TRUE(editor.WaitForFrame());
+  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
   editor.ExhaustMemory();
   EXPECT_EQ(editor.Answer(IDOK), kOutOfMemoryText);
-  EXPECT_EQ(editor.ExitCode(), 1u);
-  EXPECT_FALSE(std::filesystem::exists(editor.TemporaryFolder()));
+  EXPECT_EQ(editor.Children().size(), 1u);
+  const auto before = editor.Tree(true);
+  ASSERT_TRUE(editor.SelectItem({"SDB1", "Satellites", "[ 1 ] Test Sat", "[ 1 ] Carrier 1"}));
+  int told = 0;
+  for (int i = 1, step = 1; i < 3000; i += step, step = i / 12 + 1) {
+    SCOPED_TRACE(i);
+    editor.Arrange(kFailAllocation, i);
+    editor.Command(kCmdDelete);
+    editor.Arrange(kFailAllocation, 0);
+    ASSERT_TRUE(editor.HasCaughtUp());
+    const bool failed = editor.FindBox() != nullptr;
+    if (failed) {
+      ++told;
+      EXPECT_EQ(editor.Answer(IDOK), kOutOfMemoryText);
+    }
+    editor.Command(kCmdUndo);
+    ASSERT_EQ(editor.Tree(true), before);
+    ASSERT_TRUE(editor.SelectItem({"SDB1", "Satellites", "[ 1 ] Test Sat", "[ 1 ] Carrier 1"}));
+  }
+  EXPECT_GT(told, 10);
+  editor.Command(kCmdCompressBin);
+  editor.Command(kCmdSave);
+  EXPECT_EQ(editor.Title(editor.Children()[0]), Utf8FromPath(path));
+  Document saved;
+  ASSERT_TRUE(OpenBin(recorder_.context, path, saved));
+  EXPECT_EQ(saved.sdbs[0].database->services.size(), 6u);
+  ExpectCleanEnd(editor);
 }
 
 TEST_F(Frame, ImportOpensTheListInAWindowOfItsOwn) {
