@@ -7,6 +7,7 @@
 #include "platform/text.h"
 #include "serial/prepare.h"
 #include "ui/commands.h"
+#include "ui/console.h"
 #include "ui/editor.h"
 #include "ui/form.h"
 #include "ui/transfer_dialog.h"
@@ -16,17 +17,28 @@ namespace vexa {
 
 namespace {
 
+BinSelection OnlySdb(const EditorWindow& editor) {
+  const OpenSdb* sdb = SelectedSdb(editor);
+  const auto place = static_cast<unsigned>(sdb ? sdb - editor.document.sdbs.data() : 0);
+  return {1u << place, 0};
+}
+
 void UploadAdb(Application& app) {
   const EditorWindow& editor = *ActiveEditor(app);
   const Document& document = editor.document;
   if (!MayUploadAdb(app.context, app.config, document)) return;
-  const OpenSdb* sdb = SelectedSdb(editor);
-  const auto place = static_cast<size_t>(sdb ? sdb - document.sdbs.data() : 0);
+  const BinSelection selection = OnlySdb(editor);
+  const auto place = static_cast<size_t>(std::countr_zero(selection.sdbs));
   auto files = [&] {
     const WaitPointer wait;
     return PrepareAdbUpload(app.context, document, place, app.config, LocalTimeNow());
   }();
-  if (files) RunTransferDialog(app, {TransferJob::kAdb, std::move(*files), {}, nullptr});
+  if (!files) return;
+  RunTransferDialog(app, {TransferJob::kAdb,
+                          UploadSubject(document, selection, TransferJob::kAdb),
+                          std::move(*files),
+                          {},
+                          nullptr});
 }
 
 void AddTick(HWND list, int place, const std::string& text) {
@@ -51,7 +63,8 @@ std::optional<BinSelection> ChooseWhatToSend(Application& app, const Document& d
     SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
     for (int i = 0; i < sdbs; ++i)
       AddTick(list, i, Utf8FromLatin(document.sdbs[static_cast<size_t>(i)].name));
-    for (int i = sdbs; i < all; ++i) AddTick(list, i, Format("Box Info %d", i - sdbs + 1));
+    for (int i = sdbs; i < all; ++i)
+      AddTick(list, i, Utf8FromLatin(document.ubis[static_cast<size_t>(i - sdbs)].name));
     ListView_SetItemState(list, 0, LVIS_FOCUSED | LVIS_SELECTED, LVIS_FOCUSED | LVIS_SELECTED);
   };
   actions.accept = [&](Form& form) {
@@ -78,6 +91,7 @@ bool PortAnswers(Application& app) {
   TransferSession session;
   session.port.messages = app.context.messages;
   session.transfer.context = app.context;
+  session.console_port = ConsolePort(app);
   return TestPort(session, app.config);
 }
 
@@ -89,13 +103,12 @@ void SendSdbs(Application& app, const EditorWindow& editor, const BinSelection& 
     return PrepareSdbUpload(app.context, editor.document, selection, app.config, LocalTimeNow(),
                             editor.version);
   }();
-  if (files) RunTransferDialog(app, {TransferJob::kSdb, std::move(*files), {}, nullptr});
-}
-
-BinSelection OnlySdb(const EditorWindow& editor) {
-  const OpenSdb* sdb = SelectedSdb(editor);
-  const auto place = static_cast<unsigned>(sdb ? sdb - editor.document.sdbs.data() : 0);
-  return {1u << place, 0};
+  if (!files) return;
+  RunTransferDialog(app, {TransferJob::kSdb,
+                          UploadSubject(editor.document, selection, TransferJob::kSdb),
+                          std::move(*files),
+                          {},
+                          nullptr});
 }
 
 void UploadSdb(Application& app) {
@@ -140,7 +153,8 @@ void Download(Application& app) {
   const UserBoxInfo user_box =
       editor && !editor->document.ubis.empty() ? editor->document.ubis[0].record : UserBoxInfo{};
   std::optional<DecodedImage> decoded;
-  TransferOrder order{TransferJob::kDownload, std::move(files->script), std::move(files->regions), nullptr};
+  TransferOrder order{TransferJob::kDownload, "", std::move(files->script), std::move(files->regions),
+                      nullptr};
   order.decode = [&, config = app.config](const Context& context, bool crc_failed) {
     return DecodeFetched(context, config, user_box, crc_failed, decoded);
   };

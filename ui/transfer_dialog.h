@@ -9,13 +9,15 @@ namespace vexa {
 
 struct TransferOrder {
   TransferJob job = TransferJob::kAdb;
+  std::string subject;             // what is sent, for the status text
   std::vector<Path> files;         // to send
   std::vector<Path> region_files;  // of a download
   // Called on the transfer's thread with a context of that thread; see Transfer::decode.
   std::function<bool(const Context&, bool crc_failed)> decode;
 };
 
-// True when the transfer ran to its end. Its messages have been shown.
+// True when the transfer ran to its end. Its messages have been shown; the frame's status line says how it
+// ended.
 bool RunTransferDialog(Application& app, TransferOrder order);
 
 }  // namespace vexa

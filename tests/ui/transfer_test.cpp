@@ -131,6 +131,8 @@ TEST_F(Transfers, UploadAsSdbOffersEverythingAndNeedsOneSdb) {
   ASSERT_NE(dialog, nullptr);
   HWND list = GetDlgItem(dialog, IDC_UPLOAD_LIST);
   ASSERT_EQ(Send(list, LVM_GETITEMCOUNT), 3) << "two SDBs and a box record";
+  EXPECT_EQ(editor->CellOf(list, 1, 0), "SDB2");
+  EXPECT_EQ(editor->CellOf(list, 2, 0), "UBI1");
   for (WPARAM i = 0; i < 3; ++i) EXPECT_EQ(Send(list, LVM_GETITEMSTATE, i, LVIS_STATEIMAGEMASK) >> 12, 2);
   // Space takes the tick of the focused row away.
   for (int i = 0; i < 2; ++i) {
@@ -185,7 +187,7 @@ TEST_F(Transfers, ImageTooLargeBringsTheDialogBack) {
   const auto editor = Start();
   editor->Command(kCmdBin2Urt);
   editor->ChooseFile("Open", image);
-  HWND dialog = editor->WaitForBox("Single Image");
+  HWND dialog = editor->WaitForBox("Bin2URT");
   ASSERT_NE(dialog, nullptr);
   EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_FILE)), Utf8FromPath(image));
   EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_URT)), Utf8FromPath(Folder() / "image.urt"));
@@ -197,7 +199,7 @@ TEST_F(Transfers, ImageTooLargeBringsTheDialogBack) {
   ASSERT_NE(box, nullptr);
   EXPECT_EQ(editor->BoxText(box), "Image exceeds the allowed memory space.");
   editor->Press(box, IDOK);
-  dialog = editor->WaitForBox("Single Image");
+  dialog = editor->WaitForBox("Bin2URT");
   ASSERT_NE(dialog, nullptr);
   EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_NAME)), "Kept");
   editor->Press(dialog, IDCANCEL);
@@ -230,7 +232,16 @@ TEST_F(Transfers, MultipleImageKeepsATypeForEachImage) {
     return editor->Title(GetDlgItem(dialog, IDC_IMAGE_URT)) == Utf8FromPath(Folder() / "one.urt");
   });
   Choose(dialog, IDC_IMAGE_TYPE, 1);
-  Click(dialog, IDOK);
+  const Path there = PutBytes("two.urt", Bytes(5, 5));
+  for (const int answer : {IDNO, IDYES}) {
+    Click(dialog, IDOK);
+    HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(editor->BoxText(box), Utf8FromPath(there) + " already exists.\nDo you want to replace it ?");
+    EXPECT_EQ(std::filesystem::file_size(there), 5u) << "asked before";
+    EXPECT_FALSE(std::filesystem::exists(Folder() / "one.urt"));
+    editor->Press(box, answer);
+  }
   EXPECT_EQ(Told(*editor), "2 URT files are ready.");
   const std::pair<const char*, int> made[] = {{"one.urt", 4}, {"two.urt", 2}};
   for (const auto& [name, type] : made) {
@@ -257,8 +268,14 @@ TEST_F(Transfers, CompressionGoesThereAndBack) {
     Put(dialog, IDC_COMPRESSION_FILE, Utf8FromPath(expand ? Path(file) += ".z" : file));
     EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_COMPRESSION_OUTPUT)),
               Utf8FromPath(expand ? file : Path(file) += ".z"));
-    if (expand) Put(dialog, IDC_COMPRESSION_OUTPUT, Utf8FromPath(Folder() / "back.txt"));
+    if (expand) Put(dialog, IDC_COMPRESSION_OUTPUT, Utf8FromPath(PutBytes("back.txt", Bytes(7, 1))));
     Click(dialog, IDOK);
+    if (expand) {
+      HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
+      ASSERT_NE(box, nullptr);
+      EXPECT_THAT(editor->BoxText(box), HasSubstr("back.txt already exists.\nDo you want to replace it ?"));
+      editor->Press(box, IDYES);
+    }
     EXPECT_THAT(Told(*editor), HasSubstr("is ready: "));
   }
   EXPECT_EQ(ReadWholeFile(Folder() / "back.txt"), content);
@@ -307,18 +324,21 @@ TEST_F(Line, UploadsTheDatabaseAndFetchesItBack) {
   HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
   ASSERT_NE(dialog, nullptr);
   Watched seen = Watch(*editor, dialog);
-  EXPECT_THAT(seen.statuses, testing::Contains("ADB upload inprogress."));
+  EXPECT_THAT(seen.statuses,
+              testing::Contains(testing::StartsWith("ADB upload inprogress.   \"SDB1\" as ADB data")));
   EXPECT_GT(seen.furthest, 10);
   ASSERT_FALSE(seen.figures.empty());
   EXPECT_THAT(seen.figures, testing::Contains(HasSubstr("bytes/s")));
   EXPECT_TRUE(editor->FindBox() == nullptr) << editor->BoxText(editor->FindBox());
+  EXPECT_THAT(editor->Title(FindWindowExW(editor->frame(), nullptr, STATUSCLASSNAMEW, nullptr)),
+              testing::AllOf(testing::StartsWith("ADB upload completed.   "), HasSubstr(" packets   ")));
 
   editor->Command(kCmdDownload);
   dialog = editor->WaitForBox();
   ASSERT_NE(dialog, nullptr);
   seen = Watch(*editor, dialog);
   EXPECT_THAT(seen.titles, testing::Contains("Download ( STB to PC )"));
-  EXPECT_THAT(seen.statuses, testing::Contains("Downloading inprogress"));
+  EXPECT_THAT(seen.statuses, testing::Contains(testing::StartsWith("Downloading inprogress")));
   EXPECT_GT(seen.furthest, 50);
   editor->Until("the fetched database", [&] { return editor->Children().size() == 2; });
   const auto fetched = editor->Tree(true);
@@ -341,6 +361,54 @@ TEST_F(Line, UploadsSdbs) {
   EXPECT_FALSE(std::filesystem::exists(editor->TemporaryFolder() / "TempURTFile.eut"))
       << "was not sent whole";
   ExpectCleanEnd(*editor);
+}
+
+// The frame's status line; its first part.
+std::string FirstStatus(EditorDriver& editor) {
+  return editor.Title(FindWindowExW(editor.frame(), nullptr, STATUSCLASSNAMEW, nullptr));
+}
+
+TEST_F(Line, KeysOnCancelAskAndTheOutcomeStaysUntilTheNextCommand) {
+  const auto editor = StartWithDatabase();
+  editor->Command(kCmdUploadAdb);
+  HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
+  ASSERT_NE(dialog, nullptr);
+  editor->Until("the first packets",
+                [&] { return Send(GetDlgItem(dialog, IDC_TRANSFER_BAR), PBM_GETPOS) > 2; });
+  for (const int answer : {IDNO, IDYES}) {
+    // The button is told of the key, and the dialog of the button.
+    Send(GetDlgItem(dialog, IDCANCEL), WM_KEYDOWN, VK_SPACE, 1);
+    PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+    HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(editor->BoxText(box), "Do you want to end the transfer ?");
+    EXPECT_TRUE(IsWindow(dialog));
+    editor->Press(box, answer);
+  }
+  editor->Until("the dialog to go", [&] { return !IsWindow(dialog); });
+  EXPECT_THAT(FirstStatus(*editor), testing::StartsWith("Cancelled: ADB upload inprogress."));
+  editor->Command(kCmdNew);
+  EXPECT_EQ(FirstStatus(*editor), "");
+  ExpectCleanEnd(*editor);
+}
+
+// The port is the program's own.
+TEST_F(Line, AConnectedConsoleIsNamedAsTheOneThatHoldsThePort) {
+  const auto editor = StartWithDatabase();
+  editor->Command(kCmdPortload);
+  editor->Command(kCmdConnect);
+  PostMessageW(GetParent(editor->ActiveChild()), WM_MDIACTIVATE,
+               reinterpret_cast<WPARAM>(editor->Children().at(0)), 0);
+  editor->HasCaughtUp();
+  for (const unsigned command : {kCmdUploadAdb, kCmdUploadThisSdb, kCmdDownload}) {
+    editor->Command(command);
+    EXPECT_THAT(Told(*editor), testing::AllOf(HasSubstr("console"), testing::Not(HasSubstr("another"))));
+    EXPECT_TRUE(editor->HasCaughtUp());
+    EXPECT_EQ(editor->FindBox(), nullptr);
+  }
+  editor->Close();
+  EXPECT_EQ(editor->Answer(IDOK), "Do you want to close application ?");
+  EXPECT_EQ(editor->ExitCode(), 0u);
 }
 
 TEST_F(Line, CancelsInTheMiddleAndOutlivesAnAttemptToClose) {
