@@ -41,12 +41,13 @@ struct Application {
   std::wstring report_viewer = L"Notepad.exe";
   EditorColorTable colours = DefaultColors();
   DefaultRecords defaults;
-  UINT describe_menus = 0;  // test mode only: the message that asks for the menus
-  int exit_code = 0;        // of the program
-  bool must_end = false;    // whatever is answered to the questions before
-  int busy = 0;             // jobs that let messages through while they run; commands and closing wait
-  int untitled = 0;         // new databases so far, for their captions
-  Path merge_file;          // chosen last in the merger's file dialogs
+  UINT describe_menus = 0;    // test mode only: the message that asks for the menus
+  int exit_code = 0;          // of the program
+  bool must_end = false;      // whatever is answered to the questions before
+  int busy = 0;               // jobs that let messages through while they run; commands and closing wait
+  std::vector<Path> waiting;  // files to open as soon as no dialog is open
+  int untitled = 0;           // new databases so far, for their captions
+  Path merge_file;            // chosen last in the merger's file dialogs
   // The import wizard: leaves the chosen records; false when the user gave up.
   std::function<bool(WorkFiles&)> choose_records;
   WindowSettings window;

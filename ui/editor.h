@@ -12,6 +12,7 @@
 #include "core/tree_path.h"
 #include "core/undo.h"
 #include "core/view_model.h"
+#include "platform/file_identity.h"
 #include "ui/application.h"
 
 namespace vexa {
@@ -23,6 +24,7 @@ struct TreeNode {
   HTREEITEM item = nullptr;  // its parameter is the address of this node
   TreeNode* parent = nullptr;
   bool expanded = false;
+  uint64_t content = 0;  // what the record says, while records are built anew; else means nothing
   std::vector<std::unique_ptr<TreeNode>> children;  // once they are in the control
 };
 
@@ -41,8 +43,9 @@ struct EditorWindow {
   Application* app = nullptr;
   HWND window = nullptr;
   Document document;
-  Path path;         // empty: not saved yet
-  std::string name;  // caption of a document without path
+  Path path;                            // empty: not saved yet
+  std::optional<FileState> file_state;  // of that file, when it was read or saved here
+  std::string name;                     // caption of a document without path
   bool changed = false;
   UndoHistory history;
   BinVersion version{kVersionMajor, kVersionMinor, ""};  // of the next save

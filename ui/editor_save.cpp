@@ -1,5 +1,6 @@
 // Saving and closing a database window.
 #include "core/bin_file.h"
+#include "core/replace_file.h"
 #include "ui/editor.h"
 #include "ui/file_dialogs.h"
 #include "ui/frame.h"
@@ -9,10 +10,13 @@ namespace vexa {
 namespace {
 
 bool SaveTo(EditorWindow& editor, const Path& path) {
+  const bool own = !editor.path.empty() && SameFile(editor.path, path);
+  if (own && !MayReplaceFile(editor.app->context.messages, path, editor.file_state)) return false;
   const WaitPointer wait;
   const auto size = SaveBin(editor.app->context, editor.document, path, editor.version);
   if (!size) return false;
   editor.path = path;
+  editor.file_state = StateOf(path);
   MarkSaved(editor.history);
   editor.changed = false;
   RefreshCaption(editor);

@@ -7,7 +7,6 @@
 #include <iterator>
 
 #include "config/ecf.h"
-#include "core/bin_file.h"
 #include "core/messages.h"
 #include "platform/text.h"
 #include "ui/commands.h"
@@ -25,7 +24,7 @@ namespace vexa {
 namespace {
 
 constexpr UINT kFirstChildId = 45000;  // of the window menu; above all commands
-constexpr UINT kOpenAtStart = WM_APP + 1;
+constexpr UINT kOpenWaiting = WM_APP + 1;
 
 Application* AppOf(HWND frame) {
   return reinterpret_cast<Application*>(GetWindowLongPtrW(frame, GWLP_USERDATA));
@@ -113,7 +112,8 @@ bool StartFrame(Application& app) {
   SetText(app.frame, Format("Vexa Editor %d.%d.%d", kVersionMajor, kVersionMinor, kVersionBuild));
   app.title = WindowText(app.frame);
   // Opened once the frame stands, so that what the file has to say appears over it.
-  if (app.open_at_start) PostMessageW(app.frame, kOpenAtStart, 0, 0);
+  if (app.open_at_start) app.waiting.push_back(*app.open_at_start);
+  PostMessageW(app.frame, kOpenWaiting, 0, 0);
   return true;
 }
 
@@ -238,12 +238,14 @@ void ChangeResolution(Application& app, const RECT& place) {
 
 void OpenDropped(Application& app, HDROP drop) {
   const UINT count = DragQueryFileW(drop, 0xFFFFFFFF, nullptr, 0);
+  std::vector<Path> paths;
   for (UINT i = 0; i < count; ++i) {
     std::wstring path(DragQueryFileW(drop, i, nullptr, 0) + size_t{1}, L'\0');
     DragQueryFileW(drop, i, path.data(), static_cast<UINT>(path.size()));
-    OpenDatabaseFile(app, Path(path.c_str()));
+    paths.emplace_back(path.c_str());
   }
   DragFinish(drop);
+  OpenWhenFree(app, paths);
 }
 
 LRESULT Notify(Application& app, HWND frame, NMHDR& header, WPARAM wparam, LPARAM lparam) {
@@ -291,6 +293,8 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_ENABLE:
       // A dialog over the frame is one over its companion, too.
       if (app->findings) EnableWindow(app->findings, wparam != 0);
+      // Once the command is done that the dialog belonged to.
+      if (wparam) PostMessageW(frame, kOpenWaiting, 0, 0);
       break;
     case WM_NOTIFY:
       return Notify(*app, frame, *reinterpret_cast<NMHDR*>(lparam), wparam, lparam);
@@ -303,8 +307,8 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_DROPFILES:
       OpenDropped(*app, reinterpret_cast<HDROP>(wparam));
       return 0;
-    case kOpenAtStart:
-      OpenDatabaseFile(*app, *app->open_at_start);
+    case kOpenWaiting:
+      OpenWaiting(*app);
       return 0;
     case kMaximizeAgain:
       if (EditorWindow* editor = ActiveEditor(*app))
@@ -397,21 +401,6 @@ int RunMessageLoop(Application& app) {
     });
   }
   return static_cast<int>(message.wParam);
-}
-
-bool OpenDatabaseFile(Application& app, const Path& path) {
-  Document document;
-  const WaitPointer wait;
-  const bool opened = OpenBin(app.context, path, document);
-  if (!opened && document.sdbs.empty() && document.ubis.empty()) return false;
-  OpenEditor(app, std::move(document), path, false);
-  RememberFile(app, path);
-  return true;
-}
-
-void RememberFile(Application& app, const Path& path) {
-  AddRecentFile(app.recent, Utf8FromPath(path));
-  RefreshRecentMenus(app);
 }
 
 void RefreshFrame(Application& app) {

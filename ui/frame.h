@@ -12,8 +12,13 @@ bool CreateFrame(Application& app);
 void EndWithoutList(Application& app);
 int RunMessageLoop(Application& app);
 
-// Opens a database file in a window of its own. False when there is nothing to show.
+// Opens a database file in a window of its own, or brings the window to the front that shows it already.
+// False when there is nothing to show.
 bool OpenDatabaseFile(Application& app, const Path& path);
+// Files that come from outside, which must not change what an open dialog acts on: opened one after the other
+// as soon as no dialog is open. OpenWaiting goes on with them.
+void OpenWhenFree(Application& app, const std::vector<Path>& paths);
+void OpenWaiting(Application& app);
 void RememberFile(Application& app, const Path& path);
 // Called when the active window, its selection or its state has changed.
 void RefreshFrame(Application& app);

@@ -36,10 +36,10 @@ void Check(Application& app) {
 }
 
 void MergeSdbs(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
   const auto files = AskOpenFiles(app.frame, {"Open", kBinFilters, "bin"});
-  EditorWindow* editor = ActiveEditor(app);
-  if (files.empty() || !editor) return;
-  ChangeDocument(*editor, [&] { return MergeBins(app.context, files, editor->document); });
+  if (files.empty()) return;
+  ChangeDocument(editor, [&] { return MergeBins(app.context, files, editor.document); });
 }
 
 constexpr CommandRow kOptionCommands[] = {

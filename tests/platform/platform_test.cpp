@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "platform/clock.h"
+#include "platform/file_identity.h"
 #include "platform/files.h"
 #include "platform/settings_store.h"
 #include "platform/temporary_folder.h"
@@ -68,6 +69,46 @@ TEST(Files, RefusesFoldersMissingFilesAndWhatIsTooLarge) {
     EXPECT_EQ(ReadWholeFile(row.path, content, row.limit), row.result) << row.path;
     EXPECT_EQ(content.size(), row.result == ReadResult::kDone ? 10u : 0u) << row.path;
   }
+}
+
+TEST(Files, OneFileHasManyNames) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder, file = folder / "one.bin",
+             other = folder / "two.bin";
+  for (const Path& path : {file, other}) PutFile(path, BytesOf("same"));
+  std::error_code error;
+  std::filesystem::create_hard_link(file, folder / "link.bin", error);
+  EXPECT_TRUE(SameFile(file, folder / "." / "one.bin"));
+  EXPECT_TRUE(SameFile(file, std::filesystem::relative(file)));
+  if (!error) {
+    EXPECT_TRUE(SameFile(file, folder / "link.bin"));
+  }
+  EXPECT_FALSE(SameFile(file, other));
+  EXPECT_TRUE(SameFile(folder / "none", folder / "x" / ".." / "none"));
+  EXPECT_FALSE(SameFile(folder / "none", folder / "nobody"));
+#if defined(_WIN32)
+  EXPECT_TRUE(SameFile(file, folder / "ONE.bin"));
+  EXPECT_TRUE(SameFile(folder / "None", folder / "nONE"));
+#else
+  EXPECT_FALSE(SameFile(folder / "None", folder / "nONE"));
+#endif
+}
+
+TEST(Files, AWriteShowsInTheState) {
+  Recorder recorder;
+  const Path file = recorder.context.temporary_folder / "one.bin";
+  EXPECT_FALSE(StateOf(file));
+  PutFile(file, BytesOf("1234"));
+  const auto before = StateOf(file);
+  ASSERT_TRUE(before);
+  EXPECT_EQ(StateOf(file), before);
+  PutFile(file, BytesOf("12345"));
+  EXPECT_NE(StateOf(file), before);
+  PutFile(file, BytesOf("4321"));
+  std::filesystem::last_write_time(file, before->written + std::chrono::seconds(1));
+  EXPECT_NE(StateOf(file), before);
+  std::filesystem::last_write_time(file, before->written);
+  EXPECT_EQ(StateOf(file), before);
 }
 
 TEST(Files, AReadOnlyFileIsKept) {

@@ -428,6 +428,19 @@ bool EditorDriver::IsTicked(HWND list, int row) {
   return state == INDEXTOSTATEIMAGEMASK(2);
 }
 
+void EditorDriver::SelectRows(HWND list, const std::vector<int>& rows) {
+  const auto set = [&](int row, UINT state, UINT mask) {
+    LVITEMW item{};
+    item.state = state;
+    item.stateMask = mask;
+    WriteProcessMemory(process_.hProcess, Remote(), &item, sizeof item, nullptr);
+    Send(list, LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(Remote()));
+  };
+  set(-1, 0, LVIS_SELECTED);
+  if (!rows.empty()) set(rows[0], LVIS_FOCUSED, LVIS_FOCUSED);
+  for (const int row : rows) set(row, LVIS_SELECTED, LVIS_SELECTED);
+}
+
 void EditorDriver::Key(HWND control, unsigned key) {
   Send(control, WM_KEYDOWN, key, 1);
   Send(control, WM_KEYUP, key, 1);

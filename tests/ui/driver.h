@@ -87,6 +87,9 @@ class EditorDriver {
   void Drag(HWND control, POINT from, POINT to, bool drop = true);
   HWND Focused();
   std::vector<std::string> EntriesOf(HWND list_box);
+  // The list's rows that are selected afterwards; the first of them has its focus.
+  void SelectRows(HWND list, const std::vector<int>& rows);
+  std::string ItemText(HWND tree, HTREEITEM item);
   void Key(HWND control, unsigned key);
   void Push(HWND box, int button);  // a button or box of a dialog that may stay open
   // Gives a folder to the open folder dialog and takes it.
@@ -104,7 +107,6 @@ class EditorDriver {
  private:
   HWND ChildControl(const wchar_t* window_class);
   LRESULT Send(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-  std::string ItemText(HWND tree, HTREEITEM item);
   HTREEITEM FirstBelow(HWND tree, HTREEITEM item);  // opens the item
   // The item at the path, its first label looked for from `item` or the root on.
   HTREEITEM ItemFrom(HWND tree, HTREEITEM item, const std::vector<std::string>& path);
