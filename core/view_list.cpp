@@ -127,11 +127,6 @@ void AddCarriers(const Document& document, ListModel& list, const NodeRef& node)
   }
 }
 
-bool HasViews(NodeKind kind) {
-  return kind == NodeKind::kSdb || kind == NodeKind::kSatelliteLevel || kind == NodeKind::kSatellite ||
-         kind == NodeKind::kCarrier;
-}
-
 ListModel ListOfView(const Document& document, const NodeRef& node, ListView view, bool hexadecimal) {
   ListModel list;
   list.title = NodeLabel(document, node);
@@ -209,6 +204,11 @@ Columns ColumnsBelow(NodeKind kind, bool hexadecimal) {
 }
 
 }  // namespace
+
+bool HasViews(NodeKind kind) {
+  return kind == NodeKind::kSdb || kind == NodeKind::kSatelliteLevel || kind == NodeKind::kSatellite ||
+         kind == NodeKind::kCarrier;
+}
 
 ListModel ListBelow(const Document& document, const NodeRef& node, ListView view, bool hexadecimal) {
   if (node.kind == NodeKind::kNone) return {};

@@ -1,7 +1,9 @@
 #include "core/view_model.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
+#include <unordered_map>
 
 #include "core/messages.h"
 #include "platform/text.h"
@@ -232,6 +234,52 @@ ColourRole NodeColour(const Document& document, const NodeRef& node) {
     default:
       return ColourRole::kPlain;
   }
+}
+
+namespace {
+
+// FNV-1a.
+template <class Record>
+uint64_t Digest(const Record& record) {
+  uint8_t bytes[sizeof record];
+  std::memcpy(bytes, &record, sizeof record);
+  uint64_t digest = 0xCBF29CE484222325;
+  for (const uint8_t byte : bytes) digest = (digest ^ byte) * 0x100000001B3;
+  return digest;
+}
+
+// Without what follows from the record's place and from what is below it.
+uint64_t ContentOf(const NodeRef& node) {
+  if (node.service) {
+    ServiceRecord record = node.service->record;
+    record.carrier_index = 0;
+    return Digest(record);
+  }
+  if (node.carrier) {
+    CarrierRecord record = node.carrier->record;
+    record.lnb_index = 0;
+    record.first_service = 0;
+    record.service_count = 0;
+    record.satellite_index = 0;
+    return Digest(record);
+  }
+  if (!node.satellite) return 0;
+  SatelliteRecord record = node.satellite->record;
+  record.carrier_count = 0;
+  return Digest(record);
+}
+
+}  // namespace
+
+std::vector<uint64_t> NodeContents(const std::vector<NodeRef>& siblings) {
+  std::vector<uint64_t> contents;
+  contents.reserve(siblings.size());
+  std::unordered_map<uint64_t, uint64_t> seen;
+  for (const NodeRef& node : siblings) {
+    const uint64_t content = ContentOf(node);
+    contents.push_back(content == 0 ? 0 : content + seen[content]++ * 0x9E3779B97F4A7C15);
+  }
+  return contents;
 }
 
 NodeIcon IconOf(const NodeRef& node) {

@@ -74,6 +74,11 @@ enum class ColourRole : uint8_t {
 inline constexpr size_t kColourRoles = 8;
 ColourRole NodeColour(const Document& document, const NodeRef& node);
 
+// What the records of siblings say, as numbers by which they are known again when their records are built
+// anew: the same for the same record, whatever was added, deleted or moved around it. Equal siblings are told
+// apart by their order. 0 for nodes that are known by their place.
+std::vector<uint64_t> NodeContents(const std::vector<NodeRef>& siblings);
+
 enum class NodeIcon : uint8_t {
   kSdb,
   kFolder,
@@ -92,6 +97,7 @@ NodeIcon IconOf(const NodeRef& node);
 // The list. What the view buttons choose holds for an SDB, its satellites, a satellite and a carrier; other
 // nodes always show what is below them.
 enum class ListView : uint8_t { kBelow, kCarriers, kServices, kTvServices, kRadioServices };
+bool HasViews(NodeKind kind);
 
 struct ListColumn {
   std::string title;

@@ -23,6 +23,7 @@ bool Recovered(EditorWindow& editor, const Work& work) {
 
 void ShowStep(EditorWindow& editor, bool (*step)(UndoHistory&, Document&)) {
   Recovered(editor, [&] {
+    NoteContents(editor);
     if (!step(editor.history, editor.document)) return false;
     RefreshDocument(editor, Records::kRebuilt);
     RefreshChanged(editor);

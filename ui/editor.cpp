@@ -127,7 +127,11 @@ void LayOut(EditorWindow& editor) {
   const int split = std::clamp(dots(editor.split), 0, std::max(0, width - dots(kSplitterWidth)));
   const int left = split + dots(kSplitterWidth);
   const int panel_top = std::max(0, height - 2 * label - gap);
-  const int buttons_top = std::max(0, panel_top - button - gap);
+  const int button_width = dots(kButtonWidth);
+  // As many rows of buttons as the width asks for.
+  const int count = static_cast<int>(editor.view_buttons.size()) + 1;
+  const int in_row = std::clamp((width - left + gap) / (button_width + gap), 1, count);
+  const int buttons_top = std::max(0, panel_top - (count + in_row - 1) / in_row * (button + gap));
   HDWP moves = BeginDeferWindowPos(14);
   const auto place = [&](HWND control, int x, int y, int w, int h) {
     if (moves)
@@ -136,11 +140,10 @@ void LayOut(EditorWindow& editor) {
   };
   place(editor.tree, 0, 0, split, panel_top - gap);
   place(editor.list, left, 0, width - left, buttons_top - gap);
-  const int button_width = dots(kButtonWidth);
-  place(editor.information, left, buttons_top, button_width, button);
-  for (size_t i = 0; i < editor.view_buttons.size(); ++i) {
-    place(editor.view_buttons[i], left + (button_width + gap) * (static_cast<int>(i) + 1), buttons_top,
-          button_width, button);
+  for (int i = 0; i < count; ++i) {
+    place(i == 0 ? editor.information : editor.view_buttons[static_cast<size_t>(i) - 1],
+          left + i % in_row * (button_width + gap), buttons_top + i / in_row * (button + gap), button_width,
+          button);
   }
   const int label_width = width / 6;
   for (size_t i = 0; i < editor.labels.size(); ++i) {
@@ -371,6 +374,10 @@ bool TranslateEditorKey(EditorWindow& editor, const MSG& message) {
   if (message.wParam == VK_TAB && GetKeyState(VK_CONTROL) >= 0) {
     SendMessageW(editor.window, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
     if (HWND next = GetNextDlgTabItem(editor.window, message.hwnd, GetKeyState(VK_SHIFT) < 0)) SetFocus(next);
+    return true;
+  }
+  if (message.wParam == VK_MULTIPLY && message.hwnd == editor.tree) {
+    OpenAllBelow(editor);
     return true;
   }
   const bool button = message.hwnd != editor.tree && message.hwnd != editor.list;

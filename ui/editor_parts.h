@@ -37,16 +37,18 @@ NodeRef NodeOfItem(const EditorWindow& editor, HTREEITEM item);
 void FillNode(EditorWindow& editor, TreeNode& node);
 void ExpandNode(EditorWindow& editor, TreeNode& node);
 void OpenSelectedNode(EditorWindow& editor);
-void FillTree(EditorWindow& editor);  // of a new window
+void OpenAllBelow(EditorWindow& editor);  // the selected node
+void FillTree(EditorWindow& editor);      // of a new window
 // Forgets what tree and list show and fills them anew, whatever state they are in.
 void ShowAnew(EditorWindow& editor);
 
 // Shows the list's rows in that order; the selected ones stay so.
 void ReorderList(EditorWindow& editor, const RowOrder& order);
 
-// Brings tree, list and panel into line with a changed document. Records that were rebuilt are told apart by
-// their places, others by their addresses.
+// Brings tree, list and panel into line with a changed document. Records that were rebuilt are known again by
+// what they say, for which NoteContents is called before they go; others by their addresses.
 enum class Records { kKept, kRebuilt };
+void NoteContents(EditorWindow& editor);
 void RefreshDocument(EditorWindow& editor, Records records);
 
 }  // namespace vexa

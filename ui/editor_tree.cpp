@@ -13,10 +13,12 @@ namespace vexa {
 namespace {
 
 // What a node stands for, as long as its record lives. Old keys are compared only: their records may be gone.
+// Those of rebuilt records hold what they and the record above say instead.
 struct NodeKey {
   NodeKind kind = NodeKind::kNone;
   uint32_t slot = 0, index = 0;
   const void* record = nullptr;
+  uint64_t content = 0, above = 0;
   auto operator<=>(const NodeKey&) const = default;
 };
 
@@ -60,6 +62,17 @@ std::vector<uint32_t> SlotsOf(const Document& document) {
 
 std::vector<NodeRef> NodesBelow(const Document& document, const TreeNode& node) {
   return node.parent ? ChildNodes(document, node.ref) : RootNodes(document);
+}
+
+void NoteContentsBelow(const TreeNode& node) {
+  std::vector<NodeRef> refs;
+  refs.reserve(node.children.size());
+  for (const auto& child : node.children) refs.push_back(child->ref);
+  const std::vector<uint64_t> contents = NodeContents(refs);
+  for (size_t i = 0; i < contents.size(); ++i) {
+    node.children[i]->content = contents[i];
+    NoteContentsBelow(*node.children[i]);
+  }
 }
 
 std::unique_ptr<TreeNode> NewNode(TreeNode& parent, const NodeRef& ref) {
@@ -108,7 +121,7 @@ class TreeSync {
 
   // Nothing, or what to tell the user: the tree has not followed the database, which stays changed.
   const char* Run() {
-    const TreePath place = SelectedPlace();
+    const Place selected = PlaceOf(TreeView_GetSelection(editor_.tree)), top = PlaceOf(FirstVisible());
     CollectOpened(editor_.root);
     Update(editor_.root);
     editor_.shown_slots = slots_;
@@ -116,7 +129,8 @@ class TreeSync {
     for (auto& node : gone_) DeleteItem(node);
     for (TreeNode* node : added_) AddItem(*node);
     for (TreeNode* node : to_open_) Reopen(*node);
-    if (records_ == Records::kRebuilt) wanted_ = NodeAt(place);
+    ScrollTo(NodeAt(top));
+    if (records_ == Records::kRebuilt) wanted_ = NodeAt(selected);
     if (wanted_ && wanted_->item && wanted_->item != TreeView_GetSelection(editor_.tree))
       TreeView_SelectItem(editor_.tree, wanted_->item);
     return refusal_;
@@ -130,49 +144,111 @@ class TreeSync {
     return static_cast<uint32_t>(found - nodes.begin());
   }
 
-  TreePath SelectedPlace() const {
-    TreePath place;
-    const TreeNode* node = NodeBehind(editor_, TreeView_GetSelection(editor_.tree));
-    for (; node && node->parent; node = node->parent) place.insert(place.begin(), PositionOf(*node));
+  // Where a node is: each on the way to it by what it stands for and, if that is gone, by its position.
+  struct Step {
+    NodeKey key;
+    size_t position;
+  };
+  using Place = std::vector<Step>;
+
+  Place PlaceOf(HTREEITEM item) const {
+    Place place;
+    const TreeNode* node = NodeBehind(editor_, item);
+    for (; node && node->parent; node = node->parent)
+      place.insert(place.begin(), {KeyOfNode(old_slots_, *node), PositionOf(*node)});
     return place;
   }
 
-  // As far along the path as there are nodes; at the last one where there are fewer.
-  TreeNode* NodeAt(const TreePath& place) const {
+  HTREEITEM FirstVisible() const { return TreeView_GetNextItem(editor_.tree, nullptr, TVGN_FIRSTVISIBLE); }
+
+  // The user goes on seeing what was seen, as far as it is there and open.
+  void ScrollTo(TreeNode* node) {
+    for (TreeNode* above = node; above; above = above->parent) {
+      if (above->parent && above->parent->parent && !above->parent->expanded) node = above->parent;
+    }
+    if (node && node->item && node->item != FirstVisible())
+      TreeView_Select(editor_.tree, node->item, TVGN_FIRSTVISIBLE);
+  }
+
+  // Wine's control loses its first visible item, and itself with it, when that goes together with what is
+  // above it: the one above takes its place first.
+  void LeaveItemsBelow(const TreeNode& node) {
+    const TreeNode* first = NodeBehind(editor_, FirstVisible());
+    for (; first && first != &node; first = first->parent) {
+      if (first->parent == &node) TreeView_Select(editor_.tree, node.item, TVGN_FIRSTVISIBLE);
+    }
+  }
+
+  // As far along the way as there are nodes; at the last one where there are fewer.
+  TreeNode* NodeAt(const Place& place) const {
     TreeNode* node = &editor_.root;
-    for (const size_t position : place) {
-      if (node->children.empty()) break;
-      node = node->children[std::min(position, node->children.size() - 1)].get();
+    for (const Step& step : place) {
+      const auto& nodes = node->children;
+      if (nodes.empty()) break;
+      const auto found = std::find_if(nodes.begin(), nodes.end(),
+                                      [&](const auto& n) { return KeyOfNode(slots_, *n) == step.key; });
+      node = found != nodes.end() ? found->get() : nodes[std::min(step.position, nodes.size() - 1)].get();
     }
     return node->parent ? node : nullptr;
   }
 
+  NodeKey KeyIn(const std::vector<uint32_t>& slots, const NodeRef& ref, uint64_t content,
+                uint64_t above) const {
+    NodeKey key = KeyOf(slots, ref);
+    if (records_ == Records::kKept) return key;
+    key.record = nullptr;
+    key.content = content;
+    key.above = above;
+    return key;
+  }
+  NodeKey KeyOfNode(const std::vector<uint32_t>& slots, const TreeNode& node) const {
+    return KeyIn(slots, node.ref, node.content, node.parent->content);
+  }
+
   void CollectOpened(const TreeNode& node) {
-    if (node.expanded) opened_.insert(KeyOf(old_slots_, node.ref));
+    if (node.parent && node.expanded) opened_.insert(KeyOfNode(old_slots_, node));
     for (const auto& child : node.children) CollectOpened(*child);
   }
 
-  bool Same(const NodeRef& old_node, const NodeRef& node) const {
-    const bool root = node.kind == NodeKind::kSdb || node.kind == NodeKind::kUbiLevel;
-    if (records_ == Records::kRebuilt && !root) return old_node.kind == node.kind;
-    return KeyOf(old_slots_, old_node) == KeyOf(slots_, node);
+  bool Same(const TreeNode& old_node, const NodeRef& node, uint64_t content) const {
+    return KeyIn(old_slots_, old_node.ref, old_node.content, 0) == KeyIn(slots_, node, content, 0);
+  }
+
+  // Which nodes stay though their records, built anew, say something else: those that say what none said
+  // before, where the record that is no more was.
+  std::vector<bool> Altered(const TreeNode& parent, const std::vector<uint64_t>& contents) const {
+    const auto& nodes = parent.children;
+    std::vector<bool> altered(contents.size());
+    if (records_ == Records::kKept || nodes.size() != contents.size()) return altered;
+    std::set<uint64_t> before;
+    for (const auto& node : nodes) before.insert(node->content);
+    const std::set<uint64_t> after(contents.begin(), contents.end());
+    for (size_t i = 0; i < contents.size(); ++i)
+      altered[i] = !before.contains(contents[i]) && !after.contains(nodes[i]->content);
+    return altered;
   }
 
   // Between equal head and tail, nodes are used again for other records as far as there are.
   void Update(TreeNode& parent) {
     auto& nodes = parent.children;
     const std::vector<NodeRef> fresh = NodesBelow(editor_.document, parent);
+    const std::vector<uint64_t> contents =
+        records_ == Records::kRebuilt ? NodeContents(fresh) : std::vector<uint64_t>(fresh.size());
     const size_t shorter = std::min(nodes.size(), fresh.size());
     const bool many = std::max(nodes.size(), fresh.size()) - shorter > kManyChanges;
     if (parent.parent && (many || nodes.empty())) {
-      if (parent.expanded) opened_.insert(KeyOf(slots_, parent.ref));
+      if (parent.expanded) opened_.insert(KeyOfNode(slots_, parent));
       Empty(parent);
       return;
     }
+    const std::vector<bool> altered = Altered(parent, contents);
     size_t head = 0, tail = 0;
-    while (head < shorter && Same(nodes[head]->ref, fresh[head])) ++head;
-    while (tail < shorter - head && Same(nodes[nodes.size() - 1 - tail]->ref, fresh[fresh.size() - 1 - tail]))
+    while (head < shorter && Same(*nodes[head], fresh[head], contents[head])) ++head;
+    while (tail < shorter - head) {
+      const size_t last = fresh.size() - 1 - tail;
+      if (!Same(*nodes[nodes.size() - 1 - tail], fresh[last], contents[last])) break;
       ++tail;
+    }
     while (nodes.size() > fresh.size()) {
       Drop(std::move(nodes[nodes.size() - 1 - tail]));
       nodes.erase(nodes.end() - 1 - static_cast<std::ptrdiff_t>(tail));
@@ -186,12 +262,15 @@ class TreeSync {
       added_.push_back(nodes[place].get());
       to_open_.push_back(nodes[place].get());
     }
-    for (size_t i = 0; i < fresh.size(); ++i) UpdateNode(*nodes[i], fresh[i]);
+    for (size_t i = 0; i < fresh.size(); ++i) {
+      const bool same = !nodes[i]->item || altered[i] || Same(*nodes[i], fresh[i], contents[i]);
+      UpdateNode(*nodes[i], fresh[i], contents[i], same);
+    }
   }
 
-  void UpdateNode(TreeNode& node, const NodeRef& fresh) {
-    const bool added = !node.item, same = added || Same(node.ref, fresh);
+  void UpdateNode(TreeNode& node, const NodeRef& fresh, uint64_t content, bool same) {
     node.ref = fresh;
+    node.content = content;
     Note(node);
     if (!same)
       Empty(node);
@@ -218,6 +297,7 @@ class TreeSync {
   }
 
   void RemoveItemsBelow(TreeNode& node) {
+    LeaveItemsBelow(node);
     TreeView_Expand(editor_.tree, node.item, TVE_COLLAPSE | TVE_COLLAPSERESET);
     while (HTREEITEM left = TreeView_GetChild(editor_.tree, node.item)) {
       if (!TreeView_DeleteItem(editor_.tree, left)) return;  // its node must live as long
@@ -227,6 +307,7 @@ class TreeSync {
   }
 
   void DeleteItem(std::unique_ptr<TreeNode>& node) {
+    LeaveItemsBelow(*node);
     if (TreeView_DeleteItem(editor_.tree, node->item)) return;
     TreeNode& parent = *node->parent;
     if (parent.ref.kind == NodeKind::kSatelliteLevel) refusal_ = "Satellite record cannot be deleted.";
@@ -245,14 +326,15 @@ class TreeSync {
     siblings.erase(siblings.begin() + static_cast<std::ptrdiff_t>(position));
   }
 
-  // The selection goes with its record; where records are known by place only, it stays where it is.
+  // The selection goes with its record, wherever that went.
   void Note(TreeNode& node) {
     if (records_ == Records::kKept && KeyOf(slots_, node.ref) == selected_) wanted_ = &node;
   }
 
   void Reopen(TreeNode& node) {
-    if (!opened_.contains(KeyOf(slots_, node.ref))) return;
+    if (!opened_.contains(KeyOfNode(slots_, node))) return;
     ExpandNode(editor_, node);
+    if (records_ == Records::kRebuilt) NoteContentsBelow(node);
     node.expanded = true;  // without children: as soon as it has some again
     for (auto& child : node.children) {
       Note(*child);
@@ -315,6 +397,10 @@ void ShowKeptRows(EditorWindow& editor, const KeptRows& kept, Records records) {
 
 }  // namespace
 
+void NoteContents(EditorWindow& editor) {
+  NoteContentsBelow(editor.root);
+}
+
 TreeNode& NodeOf(LPARAM parameter) {
   return *reinterpret_cast<TreeNode*>(parameter);
 }
@@ -344,6 +430,28 @@ void ExpandNode(EditorWindow& editor, TreeNode& node) {
 
 void OpenSelectedNode(EditorWindow& editor) {
   if (TreeNode* node = NodeBehind(editor, TreeView_GetSelection(editor.tree))) ExpandNode(editor, *node);
+}
+
+namespace {
+
+void OpenAll(EditorWindow& editor, TreeNode& node) {
+  FillNode(editor, node);
+  for (const auto& child : node.children) {
+    if (HasChildNodes(editor.document, child->ref)) OpenAll(editor, *child);
+  }
+  ExpandNode(editor, node);
+}
+
+}  // namespace
+
+// From the leaves up, below a closed node: the control goes through everything in sight for each node that is
+// opened there.
+void OpenAllBelow(EditorWindow& editor) {
+  TreeNode* node = NodeBehind(editor, TreeView_GetSelection(editor.tree));
+  if (!node) return;
+  const WaitPointer wait;
+  TreeView_Expand(editor.tree, node->item, TVE_COLLAPSE);
+  OpenAll(editor, *node);
 }
 
 void FillTree(EditorWindow& editor) {

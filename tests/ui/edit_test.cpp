@@ -1,0 +1,506 @@
+// What the database window hands to the engine: the rows that the user chose, for each kind of record, and
+// edits at random with the tree opened and scrolled anywhere.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <set>
+
+#include "core/command_table.h"
+#include "core/node_edit.h"
+#include "tests/ui/editor_fixture.h"
+#include "ui/options_resource.h"
+#include "ui/records_resource.h"
+
+namespace vexa {
+
+namespace {
+
+using testing::ElementsAreArray;
+using testing::HasSubstr;
+using testing::Not;
+
+using Labels = std::vector<std::string>;
+using Rows = std::vector<int>;
+
+const Labels kLnbs = {"SDB1", "LNBs"}, kSatellites = {"SDB1", "Satellites"},
+             kCarriers = {"SDB1", "Satellites", "[ 1 ] S1"},
+             kServices = {"SDB1", "Satellites", "[ 1 ] S1", "[ 1 ] C1"},
+             kTvGroup = {"SDB1", "TV Groups", "Favourite2"},
+             kRadioGroup = {"SDB1", "Radio Groups", "Favourite2"}, kBoxes = {"Box Infos"}, kSdb = {"SDB1"};
+
+class Edits : public EditorTest {
+ protected:
+  HWND Tree() { return FindWindowExW(driver_->ActiveChild(), nullptr, WC_TREEVIEWW, nullptr); }
+  void Choose(const Rows& rows) {
+    const RECT place = driver_->RowPlace(List(), rows[0]);
+    driver_->Click(List(), {(place.left + place.right) / 2, (place.top + place.bottom) / 2});
+    driver_->SelectRows(List(), rows);
+  }
+  void MoveTo(const std::string& target) {
+    HWND box = driver_->WaitForBox();
+    ASSERT_NE(box, nullptr);
+    if (HWND to_place = GetDlgItem(box, IDC_MOVE_SERVICE_TO_PLACE)) Send(to_place, BM_CLICK);
+    Type(box, IDC_MOVE_TARGET, target);
+    driver_->Press(box, IDOK);
+    EXPECT_TRUE(driver_->HasCaughtUp());
+  }
+  // The first rows of the list, by their names.
+  Labels Names(int count) {
+    Labels names;
+    for (int i = 0; i < std::min(count, driver_->ListCount()); ++i) names.push_back(driver_->Cell(i, 1));
+    return names;
+  }
+  Path PutDocument(const Document& document) {
+    const Path path = recorder_.context.temporary_folder / "edits.bin";
+    PutFile(path, *BuildBin(recorder_.context, document, {}, {}));
+    return path;
+  }
+};
+
+// Six of each kind: satellites S1-S6 (S1 with the carriers C1-C6, S2 with D1 and D2), services V1-V6 of C1,
+// all TV, and R1-R6 of C2, all radio; the second group lists all of them. LNBs are told apart by their first
+// frequency, 9001-9006.
+Document SixOfEach() {
+  Document document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+  database.lnb_count = 6;
+  for (uint32_t i = 0; i < 6; ++i) database.lnbs[i].frequency1 = (9001 + i) & 0x3FFF;
+  for (int i = 1; i <= 6; ++i) AddTestSatellite(database, Format("S%d", i));
+  const auto carrier = [&](size_t satellite, const std::string& name) {
+    SetName(AddTestCarrier(database, satellite)->record.name, name);
+  };
+  for (int i = 1; i <= 6; ++i) carrier(0, Format("C%d", i));
+  for (int i = 1; i <= 2; ++i) carrier(1, Format("D%d", i));
+  for (const bool radio : {false, true}) {
+    for (int i = 1; i <= 6; ++i) {
+      Service* service = AddTestService(database, database.satellites[0]->carriers[radio ? 1 : 0]);
+      SetName(service->record.name, Format(radio ? "R%d" : "V%d", i));
+      service->record.type = radio ? kRadio : kTv;
+      service->record.program_number = static_cast<uint16_t>(radio ? 6 + i : i);
+      (radio ? database.favourites[1].radio : database.favourites[1].tv).push_back(service);
+    }
+  }
+  for (int i = 1; i <= 6; ++i) document.ubis.push_back({Format("U%d", i), {}});
+  return document;
+}
+
+struct Chosen {
+  Labels node;
+  unsigned command;
+  Rows rows;
+  const char* target;  // of the dialog
+  Labels left;         // the list's first names afterwards; "*" stands for a new one
+  unsigned view = 0;
+};
+
+// Each row is undone again, and the list is as it was.
+TEST_F(Edits, TheRowsThatWereChosenAreTheOnesChanged) {
+  const Chosen rows[] = {
+      {kLnbs, kCmdDelete, {1, 3}, "", {"9001", "9003", "9005", "9006"}},
+      {kSatellites, kCmdDelete, {1, 2, 4}, "", {"S1", "S4", "S6"}},
+      {kSatellites, kCmdMove, {1, 2}, "5", {"S1", "S4", "S5", "S2", "S3", "S6"}},
+      {kSatellites, kCmdSwap, {1}, "5", {"S1", "S5", "S3", "S4", "S2", "S6"}},
+      {kCarriers, kCmdDelete, {2, 5}, "", {"C1", "C2", "C4", "C5"}},
+      {kCarriers, kCmdInsert, {3}, "", {"C1", "C2", "C3", "*", "C4", "C5", "C6"}},
+      {kCarriers, kCmdAdd, {3}, "", {"C1", "C2", "C3", "C4", "C5", "C6", "*"}},
+      {kCarriers, kCmdMove, {4, 5}, "2", {"C1", "C5", "C6", "C2", "C3", "C4"}},
+      {kCarriers, kCmdSwap, {5}, "2", {"C1", "C6", "C3", "C4", "C5", "C2"}},
+      {kServices, kCmdDelete, {0, 2}, "", {"V2", "V4", "V5", "V6"}},
+      {kServices, kCmdInsert, {1}, "", {"V1", "*", "V2", "V3", "V4", "V5", "V6"}},
+      {kServices, kCmdMove, {0, 1}, "4", {"V3", "V4", "V1", "V2", "V5", "V6"}},
+      {kServices, kCmdSwap, {1, 4}, "", {"V1", "V5", "V3", "V4", "V2", "V6"}},
+      {kTvGroup, kCmdDelete, {1, 5}, "", {"V1", "V3", "V4", "V5"}},
+      {kTvGroup, kCmdMove, {4}, "1", {"V5", "V1", "V2", "V3", "V4", "V6"}},
+      {kTvGroup, kCmdSwap, {0}, "3", {"V3", "V2", "V1", "V4", "V5", "V6"}},
+      {kRadioGroup, kCmdDelete, {0, 3}, "", {"R2", "R3", "R5", "R6"}},
+      {kRadioGroup, kCmdMove, {1, 2}, "6", {"R1", "R4", "R5", "R6", "R2", "R3"}},
+      {kRadioGroup, kCmdSwap, {5}, "1", {"R6", "R2", "R3", "R4", "R5", "R1"}},
+      {kSdb, kCmdDelete, {0, 7}, "", {"V2", "V3", "V4", "V5", "V6", "R1", "R3"}, kCmdViewServices},
+      {kSdb, kCmdSwap, {1, 8}, "", {"V1", "R3", "V3", "V4", "V5", "V6", "R1", "R2", "V2"}, kCmdViewServices},
+      {kSdb, kCmdInsert, {7}, "", {"V1", "V2", "V3", "V4", "V5", "V6", "R1", "*", "R2"}, kCmdViewServices},
+      {kSdb, kCmdAdd, {2}, "", {"V1", "V2", "V3", "V4", "V5", "V6", "*", "R1"}, kCmdViewServices},
+      {kSatellites, kCmdDelete, {0, 6}, "", {"C2", "C3", "C4", "C5", "C6", "D2"}, kCmdViewCarriers},
+      {kSatellites,
+       kCmdAdd,
+       {7},
+       "",
+       {"C1", "C2", "C3", "C4", "C5", "C6", "D1", "D2", "*"},
+       kCmdViewCarriers},
+      {kCarriers, kCmdDelete, {1, 2}, "", {"R1", "R4", "R5", "R6"}, kCmdViewRadio},
+      {kBoxes, kCmdDelete, {0, 4}, "", {"U2", "U3", "U4", "U6"}},
+      {kBoxes, kCmdAdd, {2}, "", {"U1", "U2", "U3", "U4", "U5", "U6", "UBI7"}},
+  };
+  Start({L"--test-mode"}, PutDocument(SixOfEach()));
+  for (const Chosen& row : rows) {
+    const std::string what = Format("%s, command %u", row.node.back().c_str(), row.command);
+    const auto show = [&] {
+      EXPECT_TRUE(driver_->SelectItem(kBoxes[0] == row.node[0] ? kSdb : kBoxes));
+      EXPECT_TRUE(driver_->SelectItem(row.node));
+      if (row.view) driver_->Command(row.view);
+      return Column(1);
+    };
+    const Labels before = show();
+    Choose(row.rows);
+    driver_->Command(row.command);
+    if (row.target[0]) MoveTo(row.target);
+    Labels left = Names(static_cast<int>(row.left.size()));
+    for (size_t i = 0; i < std::min(left.size(), row.left.size()); ++i) {
+      if (row.left[i] == "*" && std::find(before.begin(), before.end(), left[i]) == before.end())
+        left[i] = "*";
+    }
+    EXPECT_THAT(left, ElementsAreArray(row.left)) << what;
+    ASSERT_EQ(driver_->FindBox(), nullptr) << what;
+    driver_->Command(kCmdUndo);
+    EXPECT_EQ(show(), before) << what;
+    EXPECT_THAT(Caption(), Not(HasSubstr("*"))) << what << ": one step";
+  }
+  End();
+}
+
+// ---- Edits at random, beside a slow model of what the tree shows.
+
+struct Item {
+  int id = 0;
+  std::string name;
+  std::vector<Item> items;
+};
+
+class RandomEdits : public Edits {
+ protected:
+  int Below(int limit) { return limit <= 0 ? 0 : static_cast<int>(random_() % static_cast<unsigned>(limit)); }
+  bool OneIn(int chances) { return Below(chances) == 0; }
+
+  // The tree's visible items in their order.
+  std::vector<HTREEITEM> Visible() {
+    std::vector<HTREEITEM> items;
+    auto item = reinterpret_cast<HTREEITEM>(Send(Tree(), TVM_GETNEXTITEM, TVGN_ROOT));
+    for (; item; item = reinterpret_cast<HTREEITEM>(
+                     Send(Tree(), TVM_GETNEXTITEM, TVGN_NEXTVISIBLE, reinterpret_cast<LPARAM>(item))))
+      items.push_back(item);
+    return items;
+  }
+
+  // What the model expects there: the lines, and for each the way to its item (empty for other nodes).
+  using Way = std::vector<size_t>;
+  struct Line {
+    std::string text;
+    Way way;
+  };
+  void Add(std::vector<Line>& lines, const std::vector<Item>& items, const Way& above) const {
+    for (size_t i = 0; i < items.size(); ++i) {
+      Way way = above;
+      way.push_back(i);
+      lines.push_back({Format("[ %d ] %s", static_cast<int>(i) + 1, items[i].name.c_str()), way});
+      if (opened_.contains(items[i].id)) Add(lines, items[i].items, way);
+    }
+  }
+  std::vector<Line> Expected() const {
+    std::vector<Line> lines = {{"SDB1", {}}, {"LNBs", {}}, {"Satellites", {}}};
+    Add(lines, satellites_, {});
+    for (const char* text : {"TV Groups", "Radio Groups", "Box Infos"}) lines.push_back({text, {}});
+    return lines;
+  }
+  Item& At(const Way& way) {
+    Item* item = &satellites_[way[0]];
+    for (size_t i = 1; i < way.size(); ++i) item = &item->items[way[i]];
+    return *item;
+  }
+  // The list of what is below the selected node.
+  std::vector<Item>& Selected() { return selected_.empty() ? satellites_ : At(selected_).items; }
+
+  // A changed model is a step for undo.
+  void Change(std::vector<Item> before) {
+    undo_.push_back(std::move(before));
+    redo_.clear();
+    ForgetOpened();
+  }
+  void ForgetOpened() {
+    std::set<int> left;
+    const std::function<void(const std::vector<Item>&)> walk = [&](const std::vector<Item>& items) {
+      for (const Item& item : items) {
+        if (opened_.contains(item.id)) left.insert(item.id);
+        walk(item.items);
+      }
+    };
+    walk(satellites_);
+    opened_ = left;
+  }
+
+  void SelectWay(const Way& way) {
+    const auto lines = Expected();
+    const auto items = Visible();
+    ASSERT_EQ(items.size(), lines.size());
+    for (size_t i = 0; i < lines.size(); ++i) {
+      if (way.empty() ? lines[i].text != "Satellites" : lines[i].way != way) continue;
+      Send(Tree(), TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(items[i]));
+      selected_ = way;
+      return;
+    }
+  }
+
+  void SelectAny() {
+    std::vector<Way> ways = {{}};
+    for (const Line& line : Expected()) {
+      if (!line.way.empty() && line.way.size() < 3) ways.push_back(line.way);
+    }
+    SelectWay(ways[static_cast<size_t>(Below(static_cast<int>(ways.size())))]);
+  }
+
+  // By the keys of the user: only then is the window told.
+  void Toggle() {
+    if (selected_.empty() || Selected().empty()) return;
+    Item& item = At(selected_);
+    const bool open = opened_.contains(item.id);
+    if (open && std::any_of(item.items.begin(), item.items.end(),
+                            [&](const Item& below) { return opened_.contains(below.id); }))
+      return;  // those would be open or closed afterwards, as it comes
+    driver_->Key(Tree(), open ? VK_SUBTRACT : VK_ADD);
+    if (open)
+      opened_.erase(item.id);
+    else
+      opened_.insert(item.id);
+  }
+
+  void Scroll() {
+    const auto items = Visible();
+    Send(Tree(), TVM_SELECTITEM, TVGN_FIRSTVISIBLE,
+         reinterpret_cast<LPARAM>(items[static_cast<size_t>(Below(static_cast<int>(items.size())))]));
+  }
+
+  // `count` rows from `first` on; the list has the focus then.
+  void ChooseRun(int first, int count) {
+    Rows rows;
+    for (int i = first; i < first + count; ++i) rows.push_back(i);
+    SetFocusToList();
+    driver_->SelectRows(List(), rows);
+  }
+  void SetFocusToList() {
+    if (driver_->Focused() != List()) driver_->Click(List(), {30, 60});
+  }
+
+  void Close(const Way& way) {
+    if (!opened_.contains(At(way).id)) return;
+    for (size_t i = 0; i < At(way).items.size(); ++i) {
+      Way below = way;
+      below.push_back(i);
+      Close(below);
+    }
+    SelectWay(way);
+    driver_->Key(Tree(), VK_SUBTRACT);
+    opened_.erase(At(way).id);
+  }
+
+  // Records that say the same cannot be told apart when one of them goes: both are closed then.
+  void TakeBackATwin(const std::vector<Item>& before) {
+    const Way list = selected_;
+    const std::vector<Item> items = Selected();
+    for (size_t i = 0; i < items.size(); ++i) {
+      for (size_t k = 0; k < i; ++k) {
+        if (items[i].name != items[k].name) continue;
+        for (const size_t place : {i, k}) {
+          Way twin = list;
+          twin.push_back(place);
+          Close(twin);
+        }
+        driver_->Command(kCmdUndo);
+        undo_.pop_back();
+        satellites_ = before;
+        ForgetOpened();
+        return SelectWay({});
+      }
+    }
+  }
+  void AddOne() {
+    if (selected_.empty() && satellites_.size() >= kMaximumSatellites) return;
+    const auto before = satellites_;
+    driver_->Command(kCmdAdd);
+    Selected().push_back({++last_id_, driver_->Cell(static_cast<int>(Selected().size()), 1), {}});
+    if (!selected_.empty()) opened_.insert(At(selected_).id);
+    Change(before);
+    TakeBackATwin(before);
+  }
+  void InsertOne() {
+    const int count = static_cast<int>(Selected().size());
+    if (count == 0 || (selected_.empty() && satellites_.size() >= kMaximumSatellites)) return;
+    const int row = Below(count);
+    ChooseRun(row, 1);
+    const auto before = satellites_;
+    driver_->Command(kCmdInsert);
+    Selected().insert(Selected().begin() + row, {++last_id_, driver_->Cell(row, 1), {}});
+    Change(before);
+    TakeBackATwin(before);
+  }
+  void DeleteSome() {
+    const int count = static_cast<int>(Selected().size());
+    if (count == 0 || (selected_.empty() && count < 3)) return;
+    const int first = Below(count), rows = std::min(count - first, 1 + Below(2));
+    ChooseRun(first, rows);
+    const auto before = satellites_;
+    driver_->Command(kCmdDelete);
+    Selected().erase(Selected().begin() + first, Selected().begin() + first + rows);
+    Change(before);
+  }
+  void MoveSome() {
+    const int count = static_cast<int>(Selected().size());
+    if (count < 2) return;
+    const int first = Below(count - 1), rows = 1 + Below(std::min(2, count - first));
+    const int target = Below(count);
+    if (target >= first && target < first + rows) return;
+    ChooseRun(first, rows);
+    const auto before = satellites_;
+    driver_->Command(kCmdMove);
+    MoveTo(std::to_string(target + 1));
+    auto& items = Selected();
+    const std::vector<Item> moved(items.begin() + first, items.begin() + first + rows);
+    items.erase(items.begin() + first, items.begin() + first + rows);
+    // Downwards the target is where the last row lands.
+    const int place = target < first ? target : target - rows + 1;
+    items.insert(items.begin() + place, moved.begin(), moved.end());
+    Change(before);
+  }
+  // A sort that changes nothing is no step; the step before, if there is one, was none either.
+  void SortAndTakeBack() {
+    if (undo_.empty()) return;
+    driver_->Command(kCmdSort);
+    HWND box = driver_->WaitForBox();
+    ASSERT_NE(box, nullptr);
+    driver_->Press(box, IDOK);
+    ASSERT_TRUE(driver_->HasCaughtUp());
+    for (const MenuLine& line : driver_->Menus()) {
+      if (line.id != kCmdUndo || line.text.find("Sorting") == std::string::npos) continue;
+      driver_->Command(kCmdUndo);
+      redo_.clear();
+    }
+    SelectWay({});
+  }
+  void Step(bool back) {
+    auto& from = back ? undo_ : redo_;
+    auto& to = back ? redo_ : undo_;
+    if (from.empty()) return;
+    driver_->Command(back ? kCmdUndo : kCmdRedo);
+    to.push_back(satellites_);
+    satellites_ = from.back();
+    from.pop_back();
+    ForgetOpened();
+    SelectWay({});
+  }
+
+  void Play() {
+    switch (Below(14)) {
+      case 0:
+      case 1:
+        return SelectAny();
+      case 2:
+        return Toggle();
+      case 3:
+      case 4:
+        return Scroll();
+      case 5:
+        return AddOne();
+      case 6:
+        return InsertOne();
+      case 7:
+        return DeleteSome();
+      case 8:
+      case 9:
+        return MoveSome();
+      case 10:
+        return SortAndTakeBack();
+      case 11:
+        return Step(false);
+      default:
+        return Step(true);
+    }
+  }
+
+  bool Matches() {
+    Labels expected, shown;
+    for (const Line& line : Expected()) expected.push_back(line.text);
+    for (HTREEITEM item : Visible()) shown.push_back(driver_->ItemText(Tree(), item));
+    EXPECT_EQ(shown, expected);
+    return shown == expected && !HasFailure();
+  }
+
+  std::mt19937 random_;
+  std::vector<Item> satellites_;
+  std::vector<std::vector<Item>> undo_, redo_;
+  std::set<int> opened_;  // ids
+  Way selected_;          // empty: "Satellites"
+  int last_id_ = 0;
+};
+
+// VEXA_RANDOM_STEPS and VEXA_RANDOM_SEED ask for more of it.
+int Asked(const char* variable, int otherwise) {
+  const char* text = std::getenv(variable);
+  return text ? std::atoi(text) : otherwise;
+}
+
+TEST_F(RandomEdits, TheTreeFollowsWhateverIsOpenAndScrolled) {
+  const int steps = Asked("VEXA_RANDOM_STEPS", 250), seed = Asked("VEXA_RANDOM_SEED", 1);
+  random_.seed(static_cast<unsigned>(seed));
+  Document document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+  database.lnb_count = 1;
+  for (int i = 0; i < 5; ++i) {
+    satellites_.push_back({++last_id_, Format("S%d", i), {}});
+    AddTestSatellite(database, satellites_.back().name);
+    for (int k = 0; k < 12; ++k) {
+      Carrier* carrier = AddTestCarrier(database, static_cast<size_t>(i));
+      Item item{++last_id_, Format("C%d-%d", i, k), {}};
+      SetName(carrier->record.name, item.name);
+      for (int n = 0; n < 3; ++n) {
+        item.items.push_back({++last_id_, Format("V%d-%d-%d", i, k, n), {}});
+        SetName(AddTestService(database, carrier)->record.name, item.items.back().name);
+      }
+      satellites_.back().items.push_back(item);
+    }
+  }
+  Start({L"--test-mode"}, PutDocument(document));
+  ASSERT_TRUE(driver_->SelectItem(kSatellites));
+  ChooseRun(5, driver_->ListCount() - 5);
+  driver_->Command(kCmdDelete);  // what fills the table
+  driver_->Key(Tree(), VK_ADD);
+  for (int step = 0; step < steps; ++step) {
+    Play();
+    ASSERT_TRUE(driver_->Answers() && driver_->Running()) << "seed " << seed << ", step " << step;
+    ASSERT_TRUE(Matches()) << "seed " << seed << ", step " << step;
+  }
+  driver_->Close();
+  driver_->Answer(IDNO);
+  EXPECT_EQ(driver_->ExitCode(), 0u);
+}
+
+// The view stands in the second of two opened satellites while the first one moves, and while all are sorted.
+TEST_F(Edits, MovingAndSortingWithTheTreeScrolledIntoAnOpenedNode) {
+  Document document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+  database.lnb_count = 1;
+  for (size_t i = 0; i < 3; ++i) {
+    AddTestSatellite(database, Format("S%d", 3 - static_cast<int>(i)));
+    for (int k = 0; k < 60; ++k) SetName(AddTestCarrier(database, i)->record.name, Format("C%d", 60 - k));
+  }
+  const Path path = PutDocument(document);
+  for (const unsigned command : {kCmdMove, kCmdSort}) {
+    Start({L"--test-mode"}, path);
+    for (const char* satellite : {"[ 1 ] S3", "[ 2 ] S2"})
+      ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites", satellite, "[ 1 ] C60"}));
+    ASSERT_TRUE(driver_->SelectItem(kSatellites));
+    Choose({0});
+    for (int page = 0; page < 3; ++page) Send(Tree(), WM_VSCROLL, SB_PAGEDOWN);
+    driver_->Command(command);
+    HWND box = driver_->WaitForBox();
+    ASSERT_NE(box, nullptr);
+    if (command == kCmdMove) Type(box, IDC_MOVE_TARGET, "2");
+    driver_->Press(box, IDOK);
+    ASSERT_TRUE(driver_->Answers() && driver_->Running());
+    EXPECT_EQ(driver_->Cell(0, 1), command == kCmdMove ? "S2" : "S1");
+    const Labels lines = driver_->Tree(false);
+    EXPECT_THAT(lines, testing::Contains("      [ 60 ] " + std::string(command == kCmdMove ? "C1" : "C9")));
+  }
+}
+
+}  // namespace
+}  // namespace vexa
