@@ -79,12 +79,13 @@ constexpr CommandInfo kCommands[] = {
     {kCmdTileHorizontally, "Tile &Horizontally", kNoKey, kNeedsNothing,
      "Arrange the windows one below the other"},
     {kCmdTileVertically, "Tile &Vertically", kNoKey, kNeedsNothing, "Arrange the windows side by side"},
-    {kCmdViewTv, "&TV Services\tAlt+T", Alt('T'), kNeedsEditor | kNeedsSdb, "Show the TV services"},
-    {kCmdViewRadio, "&Radio Services\tAlt+R", Alt('R'), kNeedsEditor | kNeedsSdb, "Show the radio services"},
-    {kCmdViewBoth, "TV / R&adio Services\tAlt+A", Alt('A'), kNeedsEditor | kNeedsSdb,
+    {kCmdViewTv, "&TV Services\tAlt+T", Alt('T'), kNeedsEditor | kNeedsViews, "Show the TV services"},
+    {kCmdViewRadio, "&Radio Services\tAlt+R", Alt('R'), kNeedsEditor | kNeedsViews,
+     "Show the radio services"},
+    {kCmdViewBoth, "TV / R&adio Services\tAlt+A", Alt('A'), kNeedsEditor | kNeedsViews,
      "Show TV and radio services"},
-    {kCmdViewCarriers, "&Carriers\tAlt+C", Alt('C'), kNeedsEditor | kNeedsSdb, "Show the carriers"},
-    {kCmdViewServices, "Ser&vices\tAlt+V", Alt('V'), kNeedsEditor | kNeedsSdb, "Show the services"},
+    {kCmdViewCarriers, "&Carriers\tAlt+C", Alt('C'), kNeedsEditor | kNeedsViews, "Show the carriers"},
+    {kCmdViewServices, "Ser&vices\tAlt+V", Alt('V'), kNeedsEditor | kNeedsViews, "Show the services"},
     {kCmdEdit, "&Edit\tEnter", kNoKey, kNeedsEditor | kNeedsEditable, "Change the selected record"},
     {kCmdAdd, "&Add\tF2", kNoKey, kNeedsEditor | kNeedsAddable, "Add a record"},
     {kCmdInsert, "&Insert\tIns", kNoKey, kNeedsEditor | kNeedsInsertable, "Insert a record here"},
@@ -435,6 +436,7 @@ constexpr NeedText kNeedTexts[] = {
     {kNeedsInsertable, "Needs a selected satellite, carrier or service."},
     {kNeedsDeletable, "Needs a selected record."},
     {kNeedsMovable, "Needs a selected satellite, carrier, service or favourite."},
+    {kNeedsViews, "Needs a selected SDB, satellite or carrier."},
 };
 
 }  // namespace

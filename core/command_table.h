@@ -120,6 +120,7 @@ enum Need : uint32_t {
   kNeedsInsertable = 1 << 14,  // before which another one can be inserted
   kNeedsDeletable = 1 << 15,
   kNeedsMovable = 1 << 16,
+  kNeedsViews = 1 << 17,  // whose list the view commands change
 };
 
 enum KeyModifier : uint8_t { kCtrl = 1, kAlt = 2, kShift = 4 };

@@ -147,6 +147,15 @@ TreePath PathOfNode(const Document& document, const NodeRef& node) {
   }
 }
 
+NodeRef NodeToAddAt(const NodeRef& tree, const NodeRef& row) {
+  if (row.kind == NodeKind::kService && tree.kind != NodeKind::kCarrier) return row;
+  if (row.kind != NodeKind::kCarrier || tree.kind == NodeKind::kSatellite) return tree;
+  NodeRef satellite = row;
+  satellite.kind = NodeKind::kSatellite;
+  satellite.carrier = nullptr;
+  return satellite;
+}
+
 std::optional<NodeRef> AddAtNode(const Messages& messages, Document& document, const NodeRef& at,
                                  const DefaultRecords& defaults, ServiceFilter filter) {
   if (at.kind == NodeKind::kUbiLevel || at.kind == NodeKind::kUbi) {
@@ -464,10 +473,18 @@ bool CheckSeparateSdb(const Messages& messages, const StaticDatabase& database) 
   return false;
 }
 
-Rows SatelliteRows(const std::vector<NodeRef>& rows) {
+Rows SatelliteRows(const Document& document, const std::vector<NodeRef>& rows,
+                   const std::vector<NodeRef>& selected) {
   Rows places;
-  for (const NodeRef& row : rows) {
-    if (row.kind == NodeKind::kSatellite) places.push_back(row.index);
+  const auto take = [&](const std::vector<NodeRef>& nodes) {
+    for (const NodeRef& node : nodes) {
+      if (node.kind == NodeKind::kSatellite) places.push_back(node.index);
+    }
+  };
+  take(rows);
+  if (rows.size() == 1 && rows[0].kind == NodeKind::kSatelliteLevel) {
+    take(selected);
+    if (places.empty()) take(ChildNodes(document, rows[0]));
   }
   std::sort(places.begin(), places.end());
   return places;

@@ -22,6 +22,10 @@ ServiceFilter FilterOf(ListView view);
 // Where the node is in the tree; a favourite entry stands for its group.
 TreePath PathOfNode(const Document& document, const NodeRef& node);
 
+// Where a new record belongs: to the tree's node, whatever row of its list is selected; but where the row (of
+// kind kNone: none) is a service or carrier that does not stand right below that node, to what it stands
+// below.
+NodeRef NodeToAddAt(const NodeRef& tree, const NodeRef& row);
 // Adds what is added at the tree node `at`: below a level, a satellite or a carrier; beside an SDB or a user
 // box record. Nothing after a message. The result is the new record's node.
 std::optional<NodeRef> AddAtNode(const Messages& messages, Document& document, const NodeRef& at,
@@ -87,7 +91,9 @@ bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,
 // ---- Saving parts of a document.
 // Whether the SDB can be a file of its own; else a message.
 bool CheckSeparateSdb(const Messages& messages, const StaticDatabase& database);
-// Table places of the satellites among the rows, ascending.
-Rows SatelliteRows(const std::vector<NodeRef>& rows);
+// Table places of the satellites that are to be saved, ascending: those among the rows of the command; for
+// their level those that its list has selected, all of them where none is.
+Rows SatelliteRows(const Document& document, const std::vector<NodeRef>& rows,
+                   const std::vector<NodeRef>& selected);
 
 }  // namespace vexa

@@ -18,6 +18,11 @@ bool SameColumns(const std::vector<ListColumn>& left, const std::vector<ListColu
 void RefreshPanel(EditorWindow& editor) {
   const auto labels = PanelLabels(editor.document, editor.selected);
   for (size_t i = 0; i < labels.size(); ++i) SetText(editor.labels[i], labels[i]);
+  const bool views = HasViews(editor.selected.kind);
+  for (HWND button : editor.view_buttons) {
+    if (!views && GetFocus() == button) SetFocus(editor.tree);
+    EnableWindow(button, views);
+  }
   SetText(editor.bar, editor.rows.title.empty() ? "" : Format(" %s", editor.rows.title.c_str()));
 }
 
@@ -203,9 +208,10 @@ bool RefreshList(EditorWindow& editor) {
   ListModel rows = editor.details ? DetailsOf(editor.document, editor.shown_record, hexadecimal)
                                   : ListBelow(editor.document, editor.selected, editor.view, hexadecimal);
   const bool same = SameColumns(rows.columns, editor.rows.columns);
-  // Rows selected now must not be selected by their places among the next ones.
-  ListView_SetItemState(editor.list, -1, 0, LVIS_SELECTED);
+  // Rows selected now must not be selected by their places among the next ones. Wine's control goes through
+  // all rows that there are to unselect them; with none left it is done at once.
   ListView_SetItemCountEx(editor.list, 0, 0);
+  ListView_SetItemState(editor.list, -1, 0, LVIS_SELECTED);
   if (!same) KeepColumns(editor);
   OrderRows(editor.document, rows, editor.order, hexadecimal);
   editor.rows = std::move(rows);

@@ -51,7 +51,7 @@ INT_PTR FormMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
     Form form{open.app, dialog};
     if (open.actions.open) open.actions.open(form);
     open.anchors = TakeAnchors(dialog, open.actions.anchors);
-    // The first control gets the focus unless another one was given it.
+    // A focus that the form has set stays, and with it the default button.
     return !IsChild(dialog, GetFocus());
   }
   OpenForm* open = reinterpret_cast<OpenForm*>(GetWindowLongPtrW(dialog, DWLP_USER));
@@ -149,8 +149,22 @@ void Form::Check(int id, bool checked) const {
   CheckDlgButton(window, id, checked ? BST_CHECKED : BST_UNCHECKED);
 }
 
+namespace {
+
+bool IsOfClass(HWND window, const wchar_t* name) {
+  wchar_t own[32] = L"";
+  return window && GetClassNameW(window, own, 32) && _wcsicmp(own, name) == 0;
+}
+
+}  // namespace
+
 void Form::Enable(int id, bool enabled) const {
-  EnableWindow(Control(id), enabled);
+  HWND control = Control(id);
+  EnableWindow(control, enabled);
+  // The title of a list or field stands before it.
+  const bool titled = IsOfClass(control, L"ComboBox") || IsOfClass(control, L"Edit");
+  HWND title = titled ? GetWindow(control, GW_HWNDPREV) : nullptr;
+  if (IsOfClass(title, L"Static")) EnableWindow(title, enabled);
 }
 
 void Form::Focus(int id) const {

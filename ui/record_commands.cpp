@@ -34,9 +34,15 @@ void ShowAdded(EditorWindow& editor, const std::optional<NodeRef>& added) {
   if (added) SelectListRow(editor, *added);
 }
 
+NodeRef PlaceToAdd(const EditorWindow& editor) {
+  const NodeRef row = GetFocus() == editor.tree ? NodeRef{} : CommandNode(editor);
+  return NodeToAddAt(editor.selected, row);
+}
+
 void Add(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
-  const NodeRef at = editor.selected;
+  const NodeRef at = PlaceToAdd(editor);
+  const bool below_tree_node = at == editor.selected;
   if (at.kind == NodeKind::kTvGroup || at.kind == NodeKind::kRadioGroup) {
     EditFavourites(editor, at, at.kind == NodeKind::kRadioGroup);
     return;
@@ -49,7 +55,7 @@ void Add(Application& app) {
   });
   if (added->kind == NodeKind::kNone) return;
   // What is added below the selected node shall be seen.
-  if (at.kind != added->kind) OpenSelectedNode(editor);
+  if (below_tree_node && at.kind != added->kind) OpenSelectedNode(editor);
   ShowAdded(editor, added);
 }
 
@@ -145,7 +151,7 @@ void SaveSdb(Application& app) {
 void SaveChosenSatellites(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
   const std::vector<NodeRef> rows = CommandRows(editor);
-  const Rows satellites = SatelliteRows(rows);
+  const Rows satellites = SatelliteRows(editor.document, rows, SelectedRecords(editor));
   if (satellites.empty()) return;
   SavePart(editor, "Save selected Satellite(s) as", [&](const Context& context, const Path& path) {
     return SaveSatellites(context, editor.document, rows[0].sdb, satellites, path, editor.version);
@@ -201,10 +207,12 @@ uint32_t RecordNeeds(const EditorWindow& editor) {
   for (const Row& row : kRows) {
     if (NodeTakes(node.kind, row.action)) present |= row.need;
   }
-  // New records belong to the node of the tree, whatever the list has selected.
-  if (NodeTakes(editor.selected.kind, NodeAction::kAdd)) present |= kNeedsAddable;
+  if (NodeTakes(PlaceToAdd(editor).kind, NodeAction::kAdd)) present |= kNeedsAddable;
+  if (HasViews(editor.selected.kind)) present |= kNeedsViews;
   if (!editor.rows.rows.empty()) present |= kNeedsRows;
-  if (node.kind == NodeKind::kSatellite) present |= kNeedsSatellite;
+  if (node.kind == NodeKind::kSatellite ||
+      (node.kind == NodeKind::kSatelliteLevel && HasChildNodes(editor.document, node)))
+    present |= kNeedsSatellite;
   return present;
 }
 

@@ -4,8 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/node_edit.h"
+#include "core/replace_file.h"
 #include "core/tree_path.h"
 #include "tests/support/random_database.h"
+#include "tests/support/recorder.h"
 
 namespace vexa {
 
@@ -181,6 +184,82 @@ TEST_F(ViewModel, PanelCountsTheSelectedPart) {
               ElementsAre("SDB:SDB1  Index 1/1", "LNBs\t2", "Satellites  2", "Carriers\t2", "Services  2"));
   EXPECT_THAT(PanelLabels(document_, At({1, 0})), ElementsAre("No of UBIs:1", "", "", "", ""));
   EXPECT_THAT(PanelLabels(document_, {}), ElementsAre("", "", "", "", ""));
+}
+
+// What is above or below a record, or around it, is no part of what it says; equal siblings differ.
+TEST_F(ViewModel, RecordsAreKnownAgainByWhatTheySay) {
+  StaticDatabase& database = *document_.sdbs[0].database;
+  const auto contents = [](const Document& document, const TreePath& path) {
+    return NodeContents(ChildNodes(document, NodesAlong(document, path).back()));
+  };
+  const auto before = contents(document_, {0, 1}), carriers = contents(document_, {0, 1, 0});
+  Document rebuilt = NewDocument();
+  rebuilt.sdbs[0].database = CopyDatabase(database);
+  EXPECT_EQ(contents(rebuilt, {0, 1, 0}), carriers);
+  EXPECT_EQ(contents(rebuilt, {0, 1, 0, 0}), contents(document_, {0, 1, 0, 0}));
+  AddTestSatellite(database, "Empty");
+  AddTestService(database, database.carriers[1]);
+  AddTestCarrier(database, 1);
+  const auto after = contents(document_, {0, 1});
+  ASSERT_EQ(after.size(), 3u);
+  EXPECT_EQ(after[0], before[0]);
+  EXPECT_EQ(after[1], before[1]);
+  EXPECT_NE(after[2], after[1]);
+  EXPECT_EQ(contents(document_, {0, 1, 0}), carriers);
+  database.carriers[0]->record.frequency += 1;
+  EXPECT_NE(contents(document_, {0, 1, 0})[0], carriers[0]);
+  EXPECT_THAT(contents(document_, {0}), ElementsAre(0, 0, 0, 0)) << "levels have places";
+}
+
+TEST_F(ViewModel, NewRecordsBelongToTheTreesNodeOrWhereTheRowIs) {
+  const NodeRef sdb = At({0}), level = At({0, 1}), astra = At({0, 1, 0}), c1 = At({0, 1, 0, 0}),
+                eins = At({0, 1, 0, 0, 0}), empty = At({0, 1, 1});
+  const struct {
+    NodeRef tree, row;
+    NodeKind kind;
+  } rows[] = {{sdb, {}, NodeKind::kSdb},
+              {sdb, eins, NodeKind::kService},
+              {sdb, c1, NodeKind::kSatellite},
+              {sdb, astra, NodeKind::kSdb},
+              {level, empty, NodeKind::kSatelliteLevel},
+              {level, c1, NodeKind::kSatellite},
+              {astra, c1, NodeKind::kSatellite},
+              {astra, eins, NodeKind::kService},
+              {c1, eins, NodeKind::kCarrier},
+              {c1, c1, NodeKind::kSatellite}};
+  for (const auto& row : rows) {
+    const NodeRef at = NodeToAddAt(row.tree, row.row);
+    EXPECT_EQ(at.kind, row.kind);
+    if (row.kind == NodeKind::kSatellite) {
+      EXPECT_EQ(at.satellite, astra.satellite);
+      EXPECT_EQ(at.carrier, nullptr);
+    }
+  }
+  EXPECT_THAT(SatelliteRows(document_, {empty, astra}, {}), ElementsAre(0u, 1u));
+  EXPECT_THAT(SatelliteRows(document_, {level}, {}), ElementsAre(0u, 1u));
+  EXPECT_THAT(SatelliteRows(document_, {level}, {empty}), ElementsAre(1u));
+  EXPECT_THAT(SatelliteRows(document_, {c1}, {empty}), ElementsAre());
+}
+
+TEST(ReplaceFile, AsksAboutWhatAnotherProgramWrote) {
+  Recorder recorder;
+  const Path file = recorder.context.temporary_folder / "file.bin";
+  EXPECT_TRUE(MayReplaceFile(recorder.context.messages, file, std::nullopt));
+  PutFile(file, BytesOf("one"));
+  const auto known = StateOf(file);
+  recorder.answer = false;
+  EXPECT_TRUE(MayReplaceFile(recorder.context.messages, file, known));
+  EXPECT_TRUE(recorder.Texts().empty());
+  PutFile(file, BytesOf("another"));
+  EXPECT_FALSE(MayReplaceFile(recorder.context.messages, file, known));
+  EXPECT_THAT(recorder.Texts(),
+              ElementsAre("\"" + Utf8FromPath(file) +
+                          "\" was changed by another program.\nDo you want to replace it ?"));
+  recorder.answer = true;
+  EXPECT_TRUE(MayReplaceFile(recorder.context.messages, file, known));
+  std::filesystem::remove(file);
+  recorder.answer = false;
+  EXPECT_TRUE(MayReplaceFile(recorder.context.messages, file, known)) << "there is nothing to lose";
 }
 
 TEST(ViewTexts, AnglesAndCodes) {

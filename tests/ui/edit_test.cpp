@@ -23,18 +23,19 @@ using testing::HasSubstr;
 using testing::Not;
 
 using Labels = std::vector<std::string>;
-using Rows = std::vector<int>;
+using RowPlaces = std::vector<int>;
 
-const Labels kLnbs = {"SDB1", "LNBs"}, kSatellites = {"SDB1", "Satellites"},
-             kCarriers = {"SDB1", "Satellites", "[ 1 ] S1"},
-             kServices = {"SDB1", "Satellites", "[ 1 ] S1", "[ 1 ] C1"},
-             kTvGroup = {"SDB1", "TV Groups", "Favourite2"},
-             kRadioGroup = {"SDB1", "Radio Groups", "Favourite2"}, kBoxes = {"Box Infos"}, kSdb = {"SDB1"};
+const Labels kLnbList = {"SDB1", "LNBs"}, kSatelliteList = {"SDB1", "Satellites"},
+             kCarrierList = {"SDB1", "Satellites", "[ 1 ] S1"},
+             kServiceList = {"SDB1", "Satellites", "[ 1 ] S1", "[ 1 ] C1"},
+             kTvList = {"SDB1", "TV Groups", "Favourite2"},
+             kRadioList = {"SDB1", "Radio Groups", "Favourite2"}, kBoxList = {"Box Infos"},
+             kSdbNode = {"SDB1"};
 
 class Edits : public EditorTest {
  protected:
   HWND Tree() { return FindWindowExW(driver_->ActiveChild(), nullptr, WC_TREEVIEWW, nullptr); }
-  void Choose(const Rows& rows) {
+  void Choose(const RowPlaces& rows) {
     const RECT place = driver_->RowPlace(List(), rows[0]);
     driver_->Click(List(), {(place.left + place.right) / 2, (place.top + place.bottom) / 2});
     driver_->SelectRows(List(), rows);
@@ -87,10 +88,10 @@ Document SixOfEach() {
   return document;
 }
 
-struct Chosen {
+struct ChosenRows {
   Labels node;
   unsigned command;
-  Rows rows;
+  RowPlaces rows;
   const char* target;  // of the dialog
   Labels left;         // the list's first names afterwards; "*" stands for a new one
   unsigned view = 0;
@@ -98,46 +99,56 @@ struct Chosen {
 
 // Each row is undone again, and the list is as it was.
 TEST_F(Edits, TheRowsThatWereChosenAreTheOnesChanged) {
-  const Chosen rows[] = {
-      {kLnbs, kCmdDelete, {1, 3}, "", {"9001", "9003", "9005", "9006"}},
-      {kSatellites, kCmdDelete, {1, 2, 4}, "", {"S1", "S4", "S6"}},
-      {kSatellites, kCmdMove, {1, 2}, "5", {"S1", "S4", "S5", "S2", "S3", "S6"}},
-      {kSatellites, kCmdSwap, {1}, "5", {"S1", "S5", "S3", "S4", "S2", "S6"}},
-      {kCarriers, kCmdDelete, {2, 5}, "", {"C1", "C2", "C4", "C5"}},
-      {kCarriers, kCmdInsert, {3}, "", {"C1", "C2", "C3", "*", "C4", "C5", "C6"}},
-      {kCarriers, kCmdAdd, {3}, "", {"C1", "C2", "C3", "C4", "C5", "C6", "*"}},
-      {kCarriers, kCmdMove, {4, 5}, "2", {"C1", "C5", "C6", "C2", "C3", "C4"}},
-      {kCarriers, kCmdSwap, {5}, "2", {"C1", "C6", "C3", "C4", "C5", "C2"}},
-      {kServices, kCmdDelete, {0, 2}, "", {"V2", "V4", "V5", "V6"}},
-      {kServices, kCmdInsert, {1}, "", {"V1", "*", "V2", "V3", "V4", "V5", "V6"}},
-      {kServices, kCmdMove, {0, 1}, "4", {"V3", "V4", "V1", "V2", "V5", "V6"}},
-      {kServices, kCmdSwap, {1, 4}, "", {"V1", "V5", "V3", "V4", "V2", "V6"}},
-      {kTvGroup, kCmdDelete, {1, 5}, "", {"V1", "V3", "V4", "V5"}},
-      {kTvGroup, kCmdMove, {4}, "1", {"V5", "V1", "V2", "V3", "V4", "V6"}},
-      {kTvGroup, kCmdSwap, {0}, "3", {"V3", "V2", "V1", "V4", "V5", "V6"}},
-      {kRadioGroup, kCmdDelete, {0, 3}, "", {"R2", "R3", "R5", "R6"}},
-      {kRadioGroup, kCmdMove, {1, 2}, "6", {"R1", "R4", "R5", "R6", "R2", "R3"}},
-      {kRadioGroup, kCmdSwap, {5}, "1", {"R6", "R2", "R3", "R4", "R5", "R1"}},
-      {kSdb, kCmdDelete, {0, 7}, "", {"V2", "V3", "V4", "V5", "V6", "R1", "R3"}, kCmdViewServices},
-      {kSdb, kCmdSwap, {1, 8}, "", {"V1", "R3", "V3", "V4", "V5", "V6", "R1", "R2", "V2"}, kCmdViewServices},
-      {kSdb, kCmdInsert, {7}, "", {"V1", "V2", "V3", "V4", "V5", "V6", "R1", "*", "R2"}, kCmdViewServices},
-      {kSdb, kCmdAdd, {2}, "", {"V1", "V2", "V3", "V4", "V5", "V6", "*", "R1"}, kCmdViewServices},
-      {kSatellites, kCmdDelete, {0, 6}, "", {"C2", "C3", "C4", "C5", "C6", "D2"}, kCmdViewCarriers},
-      {kSatellites,
+  const ChosenRows rows[] = {
+      {kLnbList, kCmdDelete, {1, 3}, "", {"9001", "9003", "9005", "9006"}},
+      {kSatelliteList, kCmdDelete, {1, 2, 4}, "", {"S1", "S4", "S6"}},
+      {kSatelliteList, kCmdMove, {1, 2}, "5", {"S1", "S4", "S5", "S2", "S3", "S6"}},
+      {kSatelliteList, kCmdSwap, {1}, "5", {"S1", "S5", "S3", "S4", "S2", "S6"}},
+      {kCarrierList, kCmdDelete, {2, 5}, "", {"C1", "C2", "C4", "C5"}},
+      {kCarrierList, kCmdInsert, {3}, "", {"C1", "C2", "C3", "*", "C4", "C5", "C6"}},
+      {kCarrierList, kCmdAdd, {3}, "", {"C1", "C2", "C3", "C4", "C5", "C6", "*"}},
+      {kCarrierList, kCmdMove, {4, 5}, "2", {"C1", "C5", "C6", "C2", "C3", "C4"}},
+      {kCarrierList, kCmdSwap, {5}, "2", {"C1", "C6", "C3", "C4", "C5", "C2"}},
+      {kServiceList, kCmdDelete, {0, 2}, "", {"V2", "V4", "V5", "V6"}},
+      {kServiceList, kCmdInsert, {1}, "", {"V1", "*", "V2", "V3", "V4", "V5", "V6"}},
+      {kServiceList, kCmdMove, {0, 1}, "4", {"V3", "V4", "V1", "V2", "V5", "V6"}},
+      {kServiceList, kCmdSwap, {1, 4}, "", {"V1", "V5", "V3", "V4", "V2", "V6"}},
+      {kTvList, kCmdDelete, {1, 5}, "", {"V1", "V3", "V4", "V5"}},
+      {kTvList, kCmdMove, {4}, "1", {"V5", "V1", "V2", "V3", "V4", "V6"}},
+      {kTvList, kCmdSwap, {0}, "3", {"V3", "V2", "V1", "V4", "V5", "V6"}},
+      {kRadioList, kCmdDelete, {0, 3}, "", {"R2", "R3", "R5", "R6"}},
+      {kRadioList, kCmdMove, {1, 2}, "6", {"R1", "R4", "R5", "R6", "R2", "R3"}},
+      {kRadioList, kCmdSwap, {5}, "1", {"R6", "R2", "R3", "R4", "R5", "R1"}},
+      {kSdbNode, kCmdDelete, {0, 7}, "", {"V2", "V3", "V4", "V5", "V6", "R1", "R3"}, kCmdViewServices},
+      {kSdbNode,
+       kCmdSwap,
+       {1, 8},
+       "",
+       {"V1", "R3", "V3", "V4", "V5", "V6", "R1", "R2", "V2"},
+       kCmdViewServices},
+      {kSdbNode,
+       kCmdInsert,
+       {7},
+       "",
+       {"V1", "V2", "V3", "V4", "V5", "V6", "R1", "*", "R2"},
+       kCmdViewServices},
+      {kSdbNode, kCmdAdd, {2}, "", {"V1", "V2", "V3", "V4", "V5", "V6", "*", "R1"}, kCmdViewServices},
+      {kSatelliteList, kCmdDelete, {0, 6}, "", {"C2", "C3", "C4", "C5", "C6", "D2"}, kCmdViewCarriers},
+      {kSatelliteList,
        kCmdAdd,
        {7},
        "",
        {"C1", "C2", "C3", "C4", "C5", "C6", "D1", "D2", "*"},
        kCmdViewCarriers},
-      {kCarriers, kCmdDelete, {1, 2}, "", {"R1", "R4", "R5", "R6"}, kCmdViewRadio},
-      {kBoxes, kCmdDelete, {0, 4}, "", {"U2", "U3", "U4", "U6"}},
-      {kBoxes, kCmdAdd, {2}, "", {"U1", "U2", "U3", "U4", "U5", "U6", "UBI7"}},
+      {kCarrierList, kCmdDelete, {1, 2}, "", {"R1", "R4", "R5", "R6"}, kCmdViewRadio},
+      {kBoxList, kCmdDelete, {0, 4}, "", {"U2", "U3", "U4", "U6"}},
+      {kBoxList, kCmdAdd, {2}, "", {"U1", "U2", "U3", "U4", "U5", "U6", "UBI7"}},
   };
   Start({L"--test-mode"}, PutDocument(SixOfEach()));
-  for (const Chosen& row : rows) {
+  for (const ChosenRows& row : rows) {
     const std::string what = Format("%s, command %u", row.node.back().c_str(), row.command);
     const auto show = [&] {
-      EXPECT_TRUE(driver_->SelectItem(kBoxes[0] == row.node[0] ? kSdb : kBoxes));
+      EXPECT_TRUE(driver_->SelectItem(kBoxList[0] == row.node[0] ? kSdbNode : kBoxList));
       EXPECT_TRUE(driver_->SelectItem(row.node));
       if (row.view) driver_->Command(row.view);
       return Column(1);
@@ -162,10 +173,10 @@ TEST_F(Edits, TheRowsThatWereChosenAreTheOnesChanged) {
 
 // ---- Edits at random, beside a slow model of what the tree shows.
 
-struct Item {
+struct ModelItem {
   int id = 0;
   std::string name;
-  std::vector<Item> items;
+  std::vector<ModelItem> items;
 };
 
 class RandomEdits : public Edits {
@@ -189,7 +200,7 @@ class RandomEdits : public Edits {
     std::string text;
     Way way;
   };
-  void Add(std::vector<Line>& lines, const std::vector<Item>& items, const Way& above) const {
+  void Add(std::vector<Line>& lines, const std::vector<ModelItem>& items, const Way& above) const {
     for (size_t i = 0; i < items.size(); ++i) {
       Way way = above;
       way.push_back(i);
@@ -203,24 +214,24 @@ class RandomEdits : public Edits {
     for (const char* text : {"TV Groups", "Radio Groups", "Box Infos"}) lines.push_back({text, {}});
     return lines;
   }
-  Item& At(const Way& way) {
-    Item* item = &satellites_[way[0]];
+  ModelItem& At(const Way& way) {
+    ModelItem* item = &satellites_[way[0]];
     for (size_t i = 1; i < way.size(); ++i) item = &item->items[way[i]];
     return *item;
   }
   // The list of what is below the selected node.
-  std::vector<Item>& Selected() { return selected_.empty() ? satellites_ : At(selected_).items; }
+  std::vector<ModelItem>& Selected() { return selected_.empty() ? satellites_ : At(selected_).items; }
 
   // A changed model is a step for undo.
-  void Change(std::vector<Item> before) {
+  void Change(std::vector<ModelItem> before) {
     undo_.push_back(std::move(before));
     redo_.clear();
     ForgetOpened();
   }
   void ForgetOpened() {
     std::set<int> left;
-    const std::function<void(const std::vector<Item>&)> walk = [&](const std::vector<Item>& items) {
-      for (const Item& item : items) {
+    const std::function<void(const std::vector<ModelItem>&)> walk = [&](const std::vector<ModelItem>& items) {
+      for (const ModelItem& item : items) {
         if (opened_.contains(item.id)) left.insert(item.id);
         walk(item.items);
       }
@@ -252,10 +263,10 @@ class RandomEdits : public Edits {
   // By the keys of the user: only then is the window told.
   void Toggle() {
     if (selected_.empty() || Selected().empty()) return;
-    Item& item = At(selected_);
+    ModelItem& item = At(selected_);
     const bool open = opened_.contains(item.id);
     if (open && std::any_of(item.items.begin(), item.items.end(),
-                            [&](const Item& below) { return opened_.contains(below.id); }))
+                            [&](const ModelItem& below) { return opened_.contains(below.id); }))
       return;  // those would be open or closed afterwards, as it comes
     driver_->Key(Tree(), open ? VK_SUBTRACT : VK_ADD);
     if (open)
@@ -272,7 +283,7 @@ class RandomEdits : public Edits {
 
   // `count` rows from `first` on; the list has the focus then.
   void ChooseRun(int first, int count) {
-    Rows rows;
+    RowPlaces rows;
     for (int i = first; i < first + count; ++i) rows.push_back(i);
     SetFocusToList();
     driver_->SelectRows(List(), rows);
@@ -294,9 +305,9 @@ class RandomEdits : public Edits {
   }
 
   // Records that say the same cannot be told apart when one of them goes: both are closed then.
-  void TakeBackATwin(const std::vector<Item>& before) {
+  void TakeBackATwin(const std::vector<ModelItem>& before) {
     const Way list = selected_;
-    const std::vector<Item> items = Selected();
+    const std::vector<ModelItem> items = Selected();
     for (size_t i = 0; i < items.size(); ++i) {
       for (size_t k = 0; k < i; ++k) {
         if (items[i].name != items[k].name) continue;
@@ -354,7 +365,7 @@ class RandomEdits : public Edits {
     driver_->Command(kCmdMove);
     MoveTo(std::to_string(target + 1));
     auto& items = Selected();
-    const std::vector<Item> moved(items.begin() + first, items.begin() + first + rows);
+    const std::vector<ModelItem> moved(items.begin() + first, items.begin() + first + rows);
     items.erase(items.begin() + first, items.begin() + first + rows);
     // Downwards the target is where the last row lands.
     const int place = target < first ? target : target - rows + 1;
@@ -425,21 +436,21 @@ class RandomEdits : public Edits {
   }
 
   std::mt19937 random_;
-  std::vector<Item> satellites_;
-  std::vector<std::vector<Item>> undo_, redo_;
+  std::vector<ModelItem> satellites_;
+  std::vector<std::vector<ModelItem>> undo_, redo_;
   std::set<int> opened_;  // ids
   Way selected_;          // empty: "Satellites"
   int last_id_ = 0;
 };
 
 // VEXA_RANDOM_STEPS and VEXA_RANDOM_SEED ask for more of it.
-int Asked(const char* variable, int otherwise) {
+int NumberFrom(const char* variable, int otherwise) {
   const char* text = std::getenv(variable);
   return text ? std::atoi(text) : otherwise;
 }
 
 TEST_F(RandomEdits, TheTreeFollowsWhateverIsOpenAndScrolled) {
-  const int steps = Asked("VEXA_RANDOM_STEPS", 250), seed = Asked("VEXA_RANDOM_SEED", 1);
+  const int steps = NumberFrom("VEXA_RANDOM_STEPS", 250), seed = NumberFrom("VEXA_RANDOM_SEED", 1);
   random_.seed(static_cast<unsigned>(seed));
   Document document = NewDocument();
   StaticDatabase& database = *document.sdbs[0].database;
@@ -449,7 +460,7 @@ TEST_F(RandomEdits, TheTreeFollowsWhateverIsOpenAndScrolled) {
     AddTestSatellite(database, satellites_.back().name);
     for (int k = 0; k < 12; ++k) {
       Carrier* carrier = AddTestCarrier(database, static_cast<size_t>(i));
-      Item item{++last_id_, Format("C%d-%d", i, k), {}};
+      ModelItem item{++last_id_, Format("C%d-%d", i, k), {}};
       SetName(carrier->record.name, item.name);
       for (int n = 0; n < 3; ++n) {
         item.items.push_back({++last_id_, Format("V%d-%d-%d", i, k, n), {}});
@@ -459,7 +470,7 @@ TEST_F(RandomEdits, TheTreeFollowsWhateverIsOpenAndScrolled) {
     }
   }
   Start({L"--test-mode"}, PutDocument(document));
-  ASSERT_TRUE(driver_->SelectItem(kSatellites));
+  ASSERT_TRUE(driver_->SelectItem(kSatelliteList));
   ChooseRun(5, driver_->ListCount() - 5);
   driver_->Command(kCmdDelete);  // what fills the table
   driver_->Key(Tree(), VK_ADD);
@@ -487,7 +498,7 @@ TEST_F(Edits, MovingAndSortingWithTheTreeScrolledIntoAnOpenedNode) {
     Start({L"--test-mode"}, path);
     for (const char* satellite : {"[ 1 ] S3", "[ 2 ] S2"})
       ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites", satellite, "[ 1 ] C60"}));
-    ASSERT_TRUE(driver_->SelectItem(kSatellites));
+    ASSERT_TRUE(driver_->SelectItem(kSatelliteList));
     Choose({0});
     for (int page = 0; page < 3; ++page) Send(Tree(), WM_VSCROLL, SB_PAGEDOWN);
     driver_->Command(command);
