@@ -14,8 +14,12 @@ using Json = nlohmann::ordered_json;
 
 struct EcfOptions {
   std::string file, select, output;
-  bool json = false;
+  bool json = false, toml = false;
 };
+
+Path ShownFile(const EcfOptions& options) {
+  return options.file.empty() ? ShippedConfiguration() : PathFromUtf8(options.file);
+}
 
 std::string Hex(std::span<const uint8_t> bytes) {
   std::string text;
@@ -174,7 +178,7 @@ ProjectConfig LoadSelected(const CommandState& state, const EcfOptions& options)
   config.manufacturer_index = selection.manufacturer;
   config.product_index = selection.product;
   config.configuration_index = selection.configuration;
-  if (!InitConfig(state.context, PathFromUtf8(options.file), config)) throw CommandFailed{};
+  if (!InitConfig(state.context, ShownFile(options), config)) throw CommandFailed{};
   if (!config.configuration_found) {
     Tell(state.context.messages, Icon::kInformation, "Invalid configuration selection.");
     throw CommandFailed{};
@@ -182,13 +186,23 @@ ProjectConfig LoadSelected(const CommandState& state, const EcfOptions& options)
   return config;
 }
 
+void ShowSource(CommandState& state, const EcfOptions& options) {
+  const Path path = ShownFile(options);
+  if (!ReadEcfTree(state.context, path)) throw CommandFailed{};
+  const auto file = ReadWholeFile(path, kMaximumEcfSize);
+  const auto text = file ? DescribeEcf(state.context, Utf8FromPath(path), *file) : std::nullopt;
+  if (!text) throw CommandFailed{};
+  state.output += *text;
+}
+
 void Show(CommandState& state, const EcfOptions& options) {
+  if (options.toml) return ShowSource(state, options);
   if (!options.select.empty()) {
     const ProjectConfig config = LoadSelected(state, options);
     state.output += options.json ? ConfigJson(config).dump(2) + "\n" : ConfigText(config);
     return;
   }
-  const auto tree = ReadEcfTree(state.context, PathFromUtf8(options.file));
+  const auto tree = ReadEcfTree(state.context, ShownFile(options));
   if (!tree) throw CommandFailed{};
   state.output += options.json ? TreeJson(*tree).dump(2) + "\n" : TreeText(*tree);
 }
@@ -208,10 +222,13 @@ void AddConfigurationCommands(CLI::App& program, CommandState& state) {
 
   CLI::App* show =
       ecf->add_subcommand("show", "Prints the manufacturers, products and configurations of an ECF file");
-  show->add_option("FILE", options->file, "ECF file")->required();
+  show->add_option("FILE", options->file, "ECF file; default: the one that ships with the program");
   show->add_option("--select", options->select, "M/P/C: prints everything loaded from this configuration")
       ->check(CLI::Validator(CheckSelection, "M/P/C"));
-  show->add_flag("--json", options->json, "Prints JSON");
+  CLI::Option* json = show->add_flag("--json", options->json, "Prints JSON");
+  show->add_flag("--toml", options->toml, "Prints the description that compiles to the same file")
+      ->excludes(json)
+      ->excludes("--select");
   show->callback([&state, options] { Show(state, *options); });
 
   CLI::App* build = ecf->add_subcommand("build", "Compiles a readable description into an ECF file");

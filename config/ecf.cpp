@@ -172,12 +172,6 @@ void ReadImages(Walk& walk, ProjectConfig& config) {
   config.loader = {bytes[0], bytes[2], HalfAt(bytes, 4), HalfAt(bytes, 6)};
 }
 
-// One word more than the bits need when their bytes are whole words already.
-uint32_t BitmapSize(uint32_t bits) {
-  const uint32_t bytes = (bits + 7) / 8;
-  return bytes - bytes % 4 + 4;
-}
-
 void ReadPartitions(Walk& walk, ProjectConfig& config) {
   const size_t count = walk.BlockCount();
   for (size_t i = 0; i < count && walk.Going(); ++i) {
@@ -406,6 +400,11 @@ bool IsConfigurationAvailable(const Context& context, const Path& ecf, uint8_t p
 bool IsEcfFile(const Path& ecf) {
   const auto file = ReadWholeFile(ecf, kMaximumEcfSize);
   return file && HasMagic(*file);
+}
+
+uint32_t BitmapSize(uint32_t bits) {
+  const uint32_t bytes = (bits + 7) / 8;
+  return bytes - bytes % 4 + 4;
 }
 
 std::string LanguageName(const LanguageRecord& record) {

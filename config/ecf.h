@@ -34,6 +34,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "config/project_config.h"
@@ -88,9 +89,21 @@ bool IsEcfFile(const Path& ecf);
 std::string LanguageName(const LanguageRecord& record);
 std::string LanguageCode(const LanguageRecord& record);
 
-// Compiles the readable description (TOML) into an ECF file. Nothing after an error message.
-// Its grammar stands at the top of data/receivers.toml.
+// Compiles the readable description (TOML) into an ECF file. Its grammar stands at the top of
+// data/receivers.toml. Nothing after its errors, all of them, in the order of the text: "FILE(LINE,COLUMN):
+// PATH: TEXT", PATH as in `configuration.flash.regions[2].end` with places from 0. A text that is no TOML has
+// one error without a path. `name` stands for the file in messages.
 std::optional<Bytes> CompileEcf(const Context& context, const Path& toml);
+std::optional<Bytes> CompileEcfText(const Context& context, const std::string& name, std::string_view text);
+
+// The inverse: a description that compiles to the same bytes. Nothing after a message when the file holds
+// what no description states, or what the compiler refuses.
+std::optional<std::string> DescribeEcf(const Context& context, const std::string& name,
+                                       std::span<const uint8_t> file);
+
+// How many bytes a bitmap of so many bits lengthens its partition by: whole 32-bit words, one more than the
+// bits need when their bytes are whole words already.
+uint32_t BitmapSize(uint32_t bits);
 
 inline constexpr uint16_t kMaximumPacketSize = 2979;  // the largest data packet a receiver sends back
 

@@ -1,14 +1,15 @@
-// The compiler from the readable description to the ECF file. It reads the description strictly: what it does
-// not know, or what would not fit its field, is an error with the line, so that a mistyped key is not a
-// silent default.
+// The compiler from the readable description to the ECF file. It reads the whole description strictly, also
+// what nothing refers to: what it does not know, what would not fit its field and what the receivers could
+// not use is an error, and all errors are told at once.
 #include <algorithm>
 #include <cinttypes>
+#include <cstdarg>
 #include <initializer_list>
 #include <map>
 #include <set>
 
 #include "config/ecf.h"
-#include "core/bytes.h"
+#include "config/ecf_content.h"
 #include "platform/text.h"
 
 #define TOML_EXCEPTIONS 0
@@ -18,112 +19,147 @@ namespace vexa {
 
 namespace {
 
-// A description with its parents' keys under its own.
-using Fields = std::map<std::string, const toml::node*, std::less<>>;
+using Keys = std::initializer_list<const char*>;
 
-struct Compiler {
-  const Context& context;
-  std::string file;  // UTF-8, for messages
-  const toml::table* root = nullptr;
-  bool failed = false;  // one message was shown; all further ones would follow from it
-
-  unsigned LineOf(const toml::node& node) const { return node.source().begin.line; }
+struct Fault {
+  unsigned line, column;
+  std::string path, text;
+  auto operator<=>(const Fault&) const = default;
 };
 
-void UnknownKey(Compiler& compiler, const toml::key& key) {
-  if (compiler.failed) return;
-  compiler.failed = true;
-  const std::string text(key.str());
-  Tell(compiler.context.messages, Icon::kStop, "%s(%u): Unknown key \"%s\".", compiler.file.c_str(),
-       static_cast<unsigned>(key.source().begin.line), text.c_str());
+// A value with its place in the description.
+struct Field {
+  const toml::node* node = nullptr;
+  std::string path;
+  std::string name;  // the key it stands under
+};
+
+// A table, with its parents' keys under its own.
+struct Table {
+  std::map<std::string, Field, std::less<>> fields;
+  const toml::node* node = nullptr;
+  std::string path, owner;
+  bool whole = true;  // false: what is missing may stand in a part that could not be read
+};
+
+// What the tables of one image need at least. The receiver's memory: 16 LNBs of 8 bytes and 85 satellites of
+// 28; 220,000 bytes of carriers and services; two bytes for each of the services that fit there beside a
+// carrier; eight favourite groups of 44 + 5000 + 2000; the settings and the selected favourites, one copy in
+// an EEPROM or a journal of 35 behind a marker of 8.
+struct TableSize {
+  uint32_t type, in_eeprom, in_journal;
+};
+constexpr TableSize kTableSizes[] = {
+    {3, 128 + 85 * 28, 128 + 85 * 28},
+    {4, 220000, 220000},
+    {5, 2 * 4999, 2 * 4999},
+    {6, 8 * (44 + 5000 + 2000), 8 * (44 + 5000 + 2000)},
+    {0, 96, 8 + 35 * 96},
+    {2, 64, 8 + 35 * 64},
+};
+constexpr size_t kEepromPlace = 1;     // of a product's configurations
+constexpr size_t kAdbRegionName = 15;  // characters of the name that receivers report
+constexpr uint8_t kAdbRegionType = 3;
+
+struct Compiler {
+  const toml::table* root = nullptr;
+  std::set<Fault> faults;
+  EcfContent content;
+  std::map<std::string, size_t, std::less<>> configurations, products;  // places by key
+  std::vector<Table> sources;                                           // of the configurations
+
+  void Add(const toml::node& node, const std::string& path, const char* format, ...) VEXA_PRINTF(4, 5) {
+    va_list arguments;
+    va_start(arguments, format);
+    std::string text(static_cast<size_t>(std::vsnprintf(nullptr, 0, format, arguments)) + 1, '\0');
+    va_end(arguments);
+    va_start(arguments, format);
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    va_end(arguments);
+    text.pop_back();
+    const auto& begin = node.source().begin;
+    faults.insert({begin.line, begin.column, path, text});
+  }
+  void WrongKind(const Field& field, const char* kind) {
+    Add(*field.node, field.path, "\"%s\" must be %s.", field.name.c_str(), kind);
+  }
+};
+
+std::string Below(const std::string& path, std::string_view key) {
+  return path.empty() ? std::string(key) : path + "." + std::string(key);
 }
 
-void Missing(Compiler& compiler, const char* what, const std::string& owner) {
-  if (compiler.failed) return;
-  compiler.failed = true;
-  Tell(compiler.context.messages, Icon::kStop, "%s: \"%s\" is missing in %s.", compiler.file.c_str(), what,
-       owner.c_str());
+Field ElementOf(const Field& list, const toml::node& node, size_t place) {
+  return {&node, list.path + "[" + std::to_string(place) + "]", list.name};
 }
 
-void WrongKind(Compiler& compiler, const toml::node& node, const char* what, const char* kind) {
-  if (compiler.failed) return;
-  compiler.failed = true;
-  Tell(compiler.context.messages, Icon::kStop, "%s(%u): \"%s\" must be %s.", compiler.file.c_str(),
-       compiler.LineOf(node), what, kind);
-}
-
-void TooMany(Compiler& compiler, const toml::node& node, const char* what, size_t limit) {
-  if (compiler.failed) return;
-  compiler.failed = true;
-  Tell(compiler.context.messages, Icon::kStop, "%s(%u): \"%s\" has more than %zu entries.",
-       compiler.file.c_str(), compiler.LineOf(node), what, limit);
-}
-
-bool Known(std::string_view key, std::initializer_list<const char*> known) {
-  return std::find(known.begin(), known.end(), key) != known.end();
-}
-
-void AddFields(Compiler& compiler, const toml::table& table, std::initializer_list<const char*> known,
-               Fields& fields) {
-  for (auto&& [key, node] : table) {
-    if (!Known(key.str(), known)) return UnknownKey(compiler, key);
-    fields.emplace(key.str(), &node);  // a nearer description's key is there already
+void AddFields(Compiler& compiler, const toml::table& source, const std::string& path, Keys known,
+               Table& table) {
+  for (auto&& [key, node] : source) {
+    const std::string name(key.str());
+    if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
+      const auto& begin = key.source().begin;
+      compiler.faults.insert({begin.line, begin.column, Below(path, name), "Unknown key \"" + name + "\"."});
+    } else {
+      table.fields.emplace(name, Field{&node, Below(path, name), name});  // a nearer one is there already
+    }
   }
 }
 
-const toml::node* FieldOf(Compiler& compiler, const Fields& fields, const char* what,
-                          const std::string& owner, bool required) {
-  const auto found = fields.find(what);
-  if (found != fields.end()) return found->second;
-  if (required) Missing(compiler, what, owner);
-  return nullptr;
+// nullptr when it is not there.
+const Field* Find(const Table& table, const char* what) {
+  const auto found = table.fields.find(what);
+  return found == table.fields.end() ? nullptr : &found->second;
 }
 
-uint32_t NumberOf(Compiler& compiler, const toml::node& node, const char* what, uint32_t lowest,
-                  uint32_t highest) {
-  const auto value = node.value_exact<int64_t>();
+const Field* Required(Compiler& compiler, const Table& table, const char* what) {
+  const Field* field = Find(table, what);
+  if (!field && table.whole) {
+    compiler.Add(*table.node, Below(table.path, what), "\"%s\" is missing in %s.", what, table.owner.c_str());
+  }
+  return field;
+}
+
+uint32_t NumberOf(Compiler& compiler, const Field& field, uint32_t lowest, uint32_t highest) {
+  const auto value = field.node->value_exact<int64_t>();
   if (value && *value >= lowest && *value <= highest) return static_cast<uint32_t>(*value);
-  if (!compiler.failed) {
-    compiler.failed = true;
-    Tell(compiler.context.messages, Icon::kStop,
-         "%s(%u): \"%s\" must be a number from %" PRIu32 " to %" PRIu32 ".", compiler.file.c_str(),
-         compiler.LineOf(node), what, lowest, highest);
-  }
+  compiler.Add(*field.node, field.path, "\"%s\" must be a number from %" PRIu32 " to %" PRIu32 ".",
+               field.name.c_str(), lowest, highest);
   return lowest;
 }
 
-uint32_t Number(Compiler& compiler, const Fields& fields, const char* what, const std::string& owner,
-                uint32_t lowest, uint32_t highest, std::optional<uint32_t> standard = std::nullopt) {
-  const toml::node* node = FieldOf(compiler, fields, what, owner, !standard);
-  return node ? NumberOf(compiler, *node, what, lowest, highest) : standard.value_or(lowest);
+uint32_t Number(Compiler& compiler, const Table& table, const char* what, uint32_t lowest, uint32_t highest,
+                std::optional<uint32_t> standard = std::nullopt) {
+  const Field* field = standard ? Find(table, what) : Required(compiler, table, what);
+  return field ? NumberOf(compiler, *field, lowest, highest) : standard.value_or(lowest);
+}
+
+uint8_t Byte(Compiler& compiler, const Table& table, const char* what,
+             std::optional<uint32_t> standard = std::nullopt) {
+  return static_cast<uint8_t>(Number(compiler, table, what, 0, 255, standard));
 }
 
 // Single-byte text of at most `limit` characters.
-std::string TextValue(Compiler& compiler, const toml::node& node, const char* what, size_t limit) {
-  const auto value = node.value_exact<std::string>();
+std::string TextOf(Compiler& compiler, const Field& field, size_t limit) {
+  const auto value = field.node->value_exact<std::string>();
   if (!value) {
-    WrongKind(compiler, node, what, "a text");
+    compiler.WrongKind(field, "a text");
     return {};
   }
   const std::string text = LatinFromUtf8(*value);
-  if (text.size() > limit && !compiler.failed) {
-    compiler.failed = true;
-    Tell(compiler.context.messages, Icon::kStop, "%s(%u): \"%s\" has more than %zu characters.",
-         compiler.file.c_str(), compiler.LineOf(node), what, limit);
+  if (text.size() > limit) {
+    compiler.Add(*field.node, field.path, "\"%s\" has more than %zu characters.", field.name.c_str(), limit);
   }
-  if ((!FitsLatin(*value) || text.find('\0') != std::string::npos) && !compiler.failed) {
-    compiler.failed = true;
-    Tell(compiler.context.messages, Icon::kStop,
-         "%s(%u): \"%s\" has a character that the single-byte text cannot hold.", compiler.file.c_str(),
-         compiler.LineOf(node), what);
+  if (!FitsLatin(*value) || text.find('\0') != std::string::npos) {
+    compiler.Add(*field.node, field.path, "\"%s\" has a character that the single-byte text cannot hold.",
+                 field.name.c_str());
   }
   return text;
 }
 
-std::string Text(Compiler& compiler, const Fields& fields, const char* what, const std::string& owner,
-                 size_t limit) {
-  const toml::node* node = FieldOf(compiler, fields, what, owner, true);
-  return node ? TextValue(compiler, *node, what, limit) : std::string();
+std::string Text(Compiler& compiler, const Table& table, const char* what, size_t limit) {
+  const Field* field = Required(compiler, table, what);
+  return field ? TextOf(compiler, *field, limit) : std::string();
 }
 
 int HexDigit(char c) {
@@ -133,10 +169,10 @@ int HexDigit(char c) {
   return -1;
 }
 
-// Exactly `size` bytes written as pairs of hexadecimal digits; blanks between pairs.
-Bytes HexBytes(Compiler& compiler, const toml::node& node, const char* what, size_t size) {
-  Bytes bytes;
-  const std::string text = node.value_exact<std::string>().value_or("?");
+// Exactly the bytes of `bytes` written as pairs of hexadecimal digits; blanks between pairs.
+void HexBytes(Compiler& compiler, const Field& field, std::span<uint8_t> bytes) {
+  const std::string text = field.node->value_exact<std::string>().value_or("?");
+  size_t count = 0;
   bool good = true;
   for (size_t i = 0; i < text.size() && good;) {
     if (text[i] == ' ') {
@@ -144,267 +180,348 @@ Bytes HexBytes(Compiler& compiler, const toml::node& node, const char* what, siz
       continue;
     }
     const int high = HexDigit(text[i]), low = i + 1 < text.size() ? HexDigit(text[i + 1]) : -1;
-    good = high >= 0 && low >= 0;
-    if (good) bytes.push_back(static_cast<uint8_t>(high * 16 + low));
+    good = high >= 0 && low >= 0 && count < bytes.size();
+    if (good) bytes[count++] = static_cast<uint8_t>(high * 16 + low);
     i += 2;
   }
-  if ((!good || bytes.size() != size) && !compiler.failed) {
-    compiler.failed = true;
-    Tell(compiler.context.messages, Icon::kStop, "%s(%u): \"%s\" must be %zu bytes in hexadecimal digits.",
-         compiler.file.c_str(), compiler.LineOf(node), what, size);
-  }
-  bytes.resize(size);
-  return bytes;
+  if (good && count == bytes.size()) return;
+  compiler.Add(*field.node, field.path, "\"%s\" must be %zu bytes in hexadecimal digits.", field.name.c_str(),
+               bytes.size());
 }
 
-// The array under `what`; nullptr when it is not there (or after an error).
-const toml::array* Array(Compiler& compiler, const Fields& fields, const char* what, size_t limit) {
-  const auto found = fields.find(what);
-  if (found == fields.end()) return nullptr;
-  const toml::array* array = found->second->as_array();
+// The elements of the list under `what`, at most `limit`; none when it is not there or no list.
+std::vector<Field> List(Compiler& compiler, const Table& table, const char* what, size_t limit) {
+  std::vector<Field> elements;
+  const Field* field = Find(table, what);
+  if (!field) return elements;
+  const toml::array* array = field->node->as_array();
   if (!array) {
-    WrongKind(compiler, *found->second, what, "a list");
-  } else if (array->size() > limit) {
-    TooMany(compiler, *array, what, limit);
+    compiler.WrongKind(*field, "a list");
+    return elements;
   }
-  return compiler.failed ? nullptr : array;
+  if (array->size() > limit) {
+    compiler.Add(*array, field->path, "\"%s\" has more than %zu entries.", what, limit);
+  }
+  for (size_t i = 0; i < array->size(); ++i) elements.push_back(ElementOf(*field, (*array)[i], i));
+  return elements;
 }
 
-// The keys of `kind.name` over those of its parents.
-Fields Resolve(Compiler& compiler, const char* kind, const std::string& name, const toml::node& where,
-               std::initializer_list<const char*> known) {
-  Fields fields;
+// Nothing when the value is no table.
+std::optional<Table> EntryOf(Compiler& compiler, const Field& field, const std::string& owner, Keys known) {
+  const toml::table* source = field.node->as_table();
+  if (!source) {
+    compiler.WrongKind(field, "a table");
+    return std::nullopt;
+  }
+  Table table{{}, source, field.path, owner, true};
+  AddFields(compiler, *source, field.path, known, table);
+  return table;
+}
+
+// The table `kind.name` with the keys of its parents.
+Table Resolve(Compiler& compiler, const std::string& kind, const std::string& name, const toml::table& source,
+              Keys known) {
+  Table table{{}, &source, Below(kind, name), "the " + kind + " \"" + name + "\"", true};
   std::set<std::string> passed;
-  const toml::node* referring = &where;
-  for (std::string next = name; !next.empty() && !compiler.failed;) {
-    const toml::table* table = (*compiler.root)[kind][next].as_table();
-    if (!table || !passed.insert(next).second) {
-      compiler.failed = true;
-      Tell(compiler.context.messages, Icon::kStop,
-           table ? "%s(%u): The %s \"%s\" is its own parent." : "%s(%u): There is no %s \"%s\".",
-           compiler.file.c_str(), compiler.LineOf(*referring), kind, next.c_str());
-      break;
-    }
-    AddFields(compiler, *table, known, fields);
-    const toml::node* parent = table->get("parent");
+  std::string next = name;
+  for (const toml::table* level = &source; level;) {
+    passed.insert(next);
+    const std::string path = Below(kind, next);
+    AddFields(compiler, *level, path, known, table);
+    const toml::node* parent = level->get("parent");
     if (!parent) break;
+    const Field field{parent, Below(path, "parent"), "parent"};
     next = parent->value_exact<std::string>().value_or("");
-    if (next.empty()) WrongKind(compiler, *parent, "parent", "a name");
-    referring = parent;
-  }
-  return fields;
-}
-
-void WriteBlockHeader(ByteWriter& writer, size_t count) {
-  writer.Fill(9, 0);
-  writer.U8(static_cast<uint32_t>(count));
-  writer.Fill(6, 0);
-}
-
-Fields EntryFields(Compiler& compiler, const toml::node& node, const char* what,
-                   std::initializer_list<const char*> known) {
-  Fields fields;
-  if (const toml::table* table = node.as_table()) {
-    AddFields(compiler, *table, known, fields);
-  } else {
-    WrongKind(compiler, node, what, "a table");
-  }
-  return fields;
-}
-
-void WriteRegions(Compiler& compiler, ByteWriter& writer, const toml::array& regions) {
-  WriteBlockHeader(writer, regions.size());
-  for (const toml::node& node : regions) {
-    const Fields fields = EntryFields(compiler, node, "regions", {"name", "type", "start", "end"});
-    if (compiler.failed) return;
-    const std::string name = Text(compiler, fields, "name", "a region", 49);
-    const uint32_t start = Number(compiler, fields, "start", name, 0, UINT32_MAX);
-    const uint32_t end = Number(compiler, fields, "end", name, 0, UINT32_MAX);
-    if (end < start && !compiler.failed) {
-      compiler.failed = true;
-      Tell(compiler.context.messages, Icon::kStop, "%s(%u): The region \"%s\" ends before it starts.",
-           compiler.file.c_str(), compiler.LineOf(node), Utf8FromLatin(name).c_str());
+    level = next.empty() ? nullptr : (*compiler.root)[kind][next].as_table();
+    table.whole = level && !passed.contains(next);
+    if (table.whole) continue;
+    if (next.empty()) {
+      compiler.WrongKind(field, "a name");
+    } else if (level) {
+      compiler.Add(*parent, field.path, "The %s \"%s\" is its own parent.", kind.c_str(), next.c_str());
+    } else {
+      compiler.Add(*parent, field.path, "There is no %s \"%s\".", kind.c_str(), next.c_str());
     }
-    writer.Text(name, 50);
-    writer.U16(Number(compiler, fields, "type", name, 0, 255));
-    writer.U32(start);
-    writer.U32(end);
-    writer.Fill(36, 0);
+    break;
   }
+  return table;
 }
 
-void WriteLoader(Compiler& compiler, ByteWriter& writer, const Fields& configuration,
-                 const std::string& owner) {
-  const toml::node* node = FieldOf(compiler, configuration, "loader", owner, true);
-  if (!node) return;
-  const Fields fields =
-      EntryFields(compiler, *node, "loader", {"header_tag", "packet_tag", "block_size", "packet_size"});
-  const uint32_t header_tag = Number(compiler, fields, "header_tag", "loader", 0, 255);
-  const uint32_t packet_tag = Number(compiler, fields, "packet_tag", "loader", 0, 255);
-  if (header_tag == packet_tag && !compiler.failed) {
-    compiler.failed = true;
-    Tell(compiler.context.messages, Icon::kStop, "%s(%u): The two tags of the loader must differ.",
-         compiler.file.c_str(), compiler.LineOf(*node));
+// The places of the named products or configurations.
+std::vector<size_t> References(Compiler& compiler, const Table& table, const char* what, const char* kind,
+                               const std::map<std::string, size_t, std::less<>>& places, size_t limit) {
+  std::vector<size_t> references;
+  Required(compiler, table, what);
+  for (const Field& element : List(compiler, table, what, limit)) {
+    const auto key = element.node->value_exact<std::string>();
+    const auto found = places.find(key.value_or(""));
+    if (!key) {
+      compiler.WrongKind(element, "a list of names");
+    } else if (found == places.end()) {
+      compiler.Add(*element.node, element.path, "There is no %s \"%s\".", kind, key->c_str());
+    } else {
+      references.push_back(found->second);
+    }
   }
-  writer.U16(header_tag);
-  writer.U16(packet_tag);
+  return references;
+}
+
+RegionEntry ReadRegion(Compiler& compiler, const Table& table) {
+  RegionEntry region;
+  region.name = Text(compiler, table, "name", 49);
+  region.type = Byte(compiler, table, "type");
+  region.start = Number(compiler, table, "start", 0, UINT32_MAX);
+  region.end = Number(compiler, table, "end", 0, UINT32_MAX);
+  if (Find(table, "start") && Find(table, "end") && region.end < region.start) {
+    compiler.Add(*table.node, table.path, "The region \"%s\" ends before it starts.",
+                 Utf8FromLatin(region.name).c_str());
+  }
+  const Field* name = Find(table, "name");
+  const auto hidden = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
+  if (name && std::any_of(region.name.begin(), region.name.end(), hidden)) {
+    compiler.Add(*name->node, name->path, "\"name\" has a character that receivers cannot show.");
+  }
+  return region;
+}
+
+LoaderParameters ReadLoader(Compiler& compiler, const Table& configuration) {
+  const Field* field = Required(compiler, configuration, "loader");
+  const auto table = field ? EntryOf(compiler, *field, "the loader",
+                                     {"header_tag", "packet_tag", "block_size", "packet_size"})
+                           : std::nullopt;
+  if (!table) return {};
+  LoaderParameters loader;
+  loader.byte0 = Byte(compiler, *table, "header_tag");
+  loader.byte2 = Byte(compiler, *table, "packet_tag");
   // A packet's offset within its block has 18 bits.
-  writer.U16(Number(compiler, fields, "block_size", "loader", 1, 256));
-  writer.U16(Number(compiler, fields, "packet_size", "loader", 1, kMaximumPacketSize));
+  loader.word4 = static_cast<uint16_t>(Number(compiler, *table, "block_size", 1, 256));
+  loader.word6 = static_cast<uint16_t>(Number(compiler, *table, "packet_size", 1, kMaximumPacketSize));
+  if (Find(*table, "header_tag") && Find(*table, "packet_tag") && loader.byte0 == loader.byte2) {
+    compiler.Add(*table->node, table->path, "The two tags of the loader must differ.");
+  }
+  return loader;
 }
 
-void WritePartitions(Compiler& compiler, ByteWriter& writer, const toml::array& partitions) {
-  WriteBlockHeader(writer, partitions.size());
+std::vector<ContentPartition> ReadPartitions(Compiler& compiler, const Table& configuration) {
+  std::vector<ContentPartition> partitions;
+  std::set<uint32_t> types;
   uint32_t number = 0;
-  for (const toml::node& node : partitions) {
-    const Fields fields =
-        EntryFields(compiler, node, "partitions", {"type", "number", "start", "length", "bitmap_bits"});
-    const bool has_bitmap = fields.contains("bitmap_bits");
-    writer.U8(Number(compiler, fields, "type", "a partition", 0, kPartitionTypes - 1));
-    number = Number(compiler, fields, "number", "a partition", 1, 255, number + 1);
-    writer.U8(number - 1);
-    writer.U8(has_bitmap);
-    writer.U8(Number(compiler, fields, "bitmap_bits", "a partition", 0, 255, 0));
-    writer.U32(0);
-    writer.U32(Number(compiler, fields, "start", "a partition", 0, UINT32_MAX));
-    writer.U32(Number(compiler, fields, "length", "a partition", 0, UINT32_MAX));
-    if (compiler.failed) return;
+  for (const Field& element : List(compiler, configuration, "partitions", kMaximumPartitions)) {
+    const auto table =
+        EntryOf(compiler, element, "a partition", {"type", "number", "start", "length", "bitmap_bits"});
+    if (!table) continue;
+    ContentPartition partition;
+    partition.type = static_cast<uint8_t>(Number(compiler, *table, "type", 0, kPartitionTypes - 1));
+    number = Number(compiler, *table, "number", 1, 255, number + 1);
+    partition.number = static_cast<uint8_t>(number);
+    partition.start = Number(compiler, *table, "start", 0, UINT32_MAX);
+    partition.length = Number(compiler, *table, "length", 0, UINT32_MAX);
+    if (Find(*table, "bitmap_bits")) partition.bitmap_bits = Byte(compiler, *table, "bitmap_bits");
+    const Field* type = Find(*table, "type");
+    if (type && !types.insert(partition.type).second) {
+      compiler.Add(*type->node, type->path, "There are two partitions of type %u.", unsigned{partition.type});
+    }
+    partitions.push_back(partition);
+  }
+  return partitions;
+}
+
+std::optional<std::vector<LanguageRecord>> ReadLanguages(Compiler& compiler, const Table& configuration,
+                                                         const char* what) {
+  if (!Find(configuration, what)) return std::nullopt;
+  std::vector<LanguageRecord> languages;
+  for (const Field& element : List(compiler, configuration, what, 255)) {
+    const toml::array* pair = element.node->as_array();
+    if (!pair || pair->size() != 2) {
+      compiler.WrongKind(element, "a list of pairs of code and name");
+      continue;
+    }
+    const std::string code = TextOf(compiler, ElementOf(element, (*pair)[0], 0), 3),
+                      name = TextOf(compiler, ElementOf(element, (*pair)[1], 1), 31);
+    LanguageRecord record{};
+    std::copy_n(code.begin(), std::min<size_t>(code.size(), 3), record.begin());
+    std::copy_n(name.begin(), std::min<size_t>(name.size(), 31), record.begin() + 4);
+    languages.push_back(record);
+  }
+  return languages;
+}
+
+// An image of databases needs its region.
+void CheckAdbRegion(Compiler& compiler, const Table& table, const ContentConfiguration& configuration) {
+  const auto region = std::find_if(configuration.regions.begin(), configuration.regions.end(),
+                                   [](const RegionEntry& entry) { return entry.type == kAdbRegionType; });
+  const Field* regions = Find(table, "regions");
+  if (region == configuration.regions.end()) {
+    compiler.Add(regions ? *regions->node : *table.node, Below(table.path, "regions"),
+                 "There is no region of type 3, which the partitions lie in.");
+  } else if (region->name.size() != kAdbRegionName && regions && regions->node->is_array()) {
+    const auto place = static_cast<size_t>(region - configuration.regions.begin());
+    const Field element = ElementOf(*regions, (*regions->node->as_array())[place], place);
+    const toml::node* name = element.node->as_table()->get("name");
+    if (!name) return;
+    compiler.Add(*name, Below(element.path, "name"),
+                 "Receivers show the region of type 3 by a name of %zu characters; this one has %zu.",
+                 kAdbRegionName, region->name.size());
   }
 }
 
-void WriteLanguages(Compiler& compiler, ByteWriter& writer, const toml::array& languages, bool first,
-                    const char* what) {
-  writer.Text("LG", 3);
-  writer.U8(static_cast<uint32_t>(languages.size()));
-  writer.U32(first ? 1 : 0);
-  for (const toml::node& node : languages) {
-    const toml::array* pair = node.as_array();
-    if (!pair || pair->size() != 2)
-      return WrongKind(compiler, node, what, "a list of pairs of code and name");
-    writer.Text(TextValue(compiler, (*pair)[0], what, 3), 4);
-    writer.Text(TextValue(compiler, (*pair)[1], what, 31), 32);
+ContentConfiguration ReadConfiguration(Compiler& compiler, const Table& table) {
+  ContentConfiguration configuration;
+  configuration.name = Text(compiler, table, "name", 127);
+  const auto version = List(compiler, table, "version", 2);
+  if (version.size() == 2) {
+    configuration.version_a = static_cast<uint8_t>(NumberOf(compiler, version[0], 0, 255));
+    configuration.version_b = static_cast<uint8_t>(NumberOf(compiler, version[1], 0, 15));
+  } else if (const Field* field = Find(table, "version"); field && field->node->is_array()) {
+    compiler.WrongKind(*field, "a list of two numbers");
+  }
+  const auto regions = List(compiler, table, "regions", 255);
+  bool read = true;
+  for (const Field& element : regions) {
+    const auto entry = EntryOf(compiler, element, "a region", {"name", "type", "start", "end"});
+    read = read && entry;
+    if (entry) configuration.regions.push_back(ReadRegion(compiler, *entry));
+  }
+  if (!regions.empty()) configuration.loader = ReadLoader(compiler, table);
+  configuration.partitions = ReadPartitions(compiler, table);
+  if (read && table.whole && !configuration.partitions.empty())
+    CheckAdbRegion(compiler, table, configuration);
+  if (const Field* extra = Find(table, "extra")) HexBytes(compiler, *extra, configuration.extra.emplace());
+  configuration.menu_languages = ReadLanguages(compiler, table, "menu_languages");
+  configuration.audio_languages = ReadLanguages(compiler, table, "audio_languages");
+  return configuration;
+}
+
+ProductTable ReadProductTable(Compiler& compiler, const Table& product, const char* what, size_t limit) {
+  ProductTable table;
+  for (const Field& element : List(compiler, product, what, limit))
+    HexBytes(compiler, element, table.emplace_back());
+  return table;
+}
+
+// Every partition against its table, as the place among a product's configurations has it.
+void CheckPartitions(Compiler& compiler, size_t configuration, size_t place) {
+  const Field* list = Find(compiler.sources[configuration], "partitions");
+  const toml::array* array = list ? list->node->as_array() : nullptr;
+  for (size_t i = 0; array && i < array->size(); ++i) {
+    const toml::table* source = (*array)[i].as_table();
+    const auto number = [&](const char* key) -> std::optional<int64_t> {
+      return source && source->get(key) ? source->get(key)->value_exact<int64_t>() : std::nullopt;
+    };
+    const auto type = number("type"), length = number("length"), bits = number("bitmap_bits");
+    if (!type || !length) continue;
+    for (const TableSize& size : kTableSizes) {
+      const int64_t least = place == kEepromPlace ? size.in_eeprom : size.in_journal;
+      const int64_t room = *length + (bits ? BitmapSize(static_cast<uint32_t>(*bits & 0xFF)) : 0);
+      if (*type != size.type || room >= least) continue;
+      compiler.Add(*source->get("length"), Below(ElementOf(*list, *source, i).path, "length"),
+                   "A partition of type %u has at least %lld bytes for its table%s.", unsigned{size.type},
+                   static_cast<long long>(least),
+                   size.in_eeprom == size.in_journal ? ""
+                   : place == kEepromPlace           ? " in an EEPROM"
+                                                     : ", a journal");
+    }
   }
 }
 
-void WriteConfiguration(Compiler& compiler, ByteWriter& writer, const toml::node& reference) {
-  const std::string key = reference.value_exact<std::string>().value_or("");
-  const std::string owner = "the configuration \"" + key + "\"";
-  const Fields fields = Resolve(compiler, "configuration", key, reference,
+ContentProduct ReadProduct(Compiler& compiler, const Table& table) {
+  ContentProduct product;
+  product.name = Text(compiler, table, "name", 32);
+  product.byte = Byte(compiler, table, "byte", 0);
+  product.variant = Byte(compiler, table, "variant", 0);
+  product.configurations =
+      References(compiler, table, "configurations", "configuration", compiler.configurations, 255);
+  product.table = ReadProductTable(compiler, table, "table", 255);
+  const size_t left = 255 - std::min<size_t>(product.table.size(), 255);
+  product.second_table = ReadProductTable(compiler, table, "second_table", left);
+  return product;
+}
+
+// The tables under `kind` by their keys; what is none of them is an error.
+std::vector<std::pair<std::string, const toml::table*>> TablesOf(Compiler& compiler, const Table& root,
+                                                                 const char* kind) {
+  std::vector<std::pair<std::string, const toml::table*>> tables;
+  const Field* field = Find(root, kind);
+  if (!field) return tables;
+  const toml::table* all = field->node->as_table();
+  if (!all) {
+    compiler.WrongKind(*field, "tables by their keys");
+    return tables;
+  }
+  for (auto&& [key, node] : *all) {
+    const std::string name(key.str());
+    if (const toml::table* table = node.as_table()) {
+      tables.emplace_back(name, table);
+    } else {
+      compiler.WrongKind({&node, Below(kind, name), name}, "a table");
+    }
+  }
+  return tables;
+}
+
+void ReadAll(Compiler& compiler) {
+  Table root{{}, compiler.root, "", "the file", true};
+  AddFields(compiler, *compiler.root, "", {"manufacturer", "product", "configuration"}, root);
+  for (const auto& [key, source] : TablesOf(compiler, root, "configuration")) {
+    const Table table = Resolve(compiler, "configuration", key, *source,
                                 {"parent", "name", "version", "loader", "regions", "partitions", "extra",
                                  "menu_languages", "audio_languages"});
-  const toml::array* regions = Array(compiler, fields, "regions", 255);
-  const toml::array* partitions = Array(compiler, fields, "partitions", kMaximumPartitions);
-  const toml::array* menu = Array(compiler, fields, "menu_languages", 255);
-  const toml::array* audio = Array(compiler, fields, "audio_languages", 255);
-  const toml::array* version = Array(compiler, fields, "version", 2);
-  const auto extra = fields.find("extra");
-  if (version && version->size() != 2) WrongKind(compiler, *version, "version", "a list of two numbers");
-  writer.Text(Text(compiler, fields, "name", owner, 127), 128);
-  if (compiler.failed) return;
-  for (size_t i = 0; i < 2; ++i) {
-    writer.U8(version ? NumberOf(compiler, (*version)[i], "version", 0, 255) : 0);
+    compiler.configurations.emplace(key, compiler.content.configurations.size());
+    compiler.content.configurations.push_back(ReadConfiguration(compiler, table));
+    compiler.sources.push_back(table);
   }
-  const size_t region_count = regions ? regions->size() : 0,
-               partition_count = partitions ? partitions->size() : 0;
-  writer.U16(0);
-  writer.U8(extra != fields.end());
-  writer.U8(static_cast<uint32_t>(partition_count));
-  writer.U8(static_cast<uint32_t>(region_count));
-  writer.U8((menu ? 1 : 0) + (audio ? 1 : 0));
-  writer.Fill(8, 0);
-  const size_t next = writer.size();
-  writer.U32(0);
-  if (region_count > 0) {
-    WriteRegions(compiler, writer, *regions);
-    WriteLoader(compiler, writer, fields, owner);
+  std::set<size_t> used;
+  for (const auto& [key, source] : TablesOf(compiler, root, "product")) {
+    const Table table =
+        Resolve(compiler, "product", key, *source,
+                {"parent", "name", "byte", "variant", "configurations", "table", "second_table"});
+    compiler.products.emplace(key, compiler.content.products.size());
+    compiler.content.products.push_back(ReadProduct(compiler, table));
+    const auto& places = compiler.content.products.back().configurations;
+    used.insert(places.begin(), places.end());
+    for (size_t i = 0; i < places.size(); ++i) CheckPartitions(compiler, places[i], i);
   }
-  if (partition_count > 0) WritePartitions(compiler, writer, *partitions);
-  if (extra != fields.end()) {
-    WriteBlockHeader(writer, 1);
-    writer.Append(HexBytes(compiler, *extra->second, "extra", 8));
+  // Of what nothing refers to the smaller tables are asked.
+  for (size_t i = 0; i < compiler.sources.size(); ++i) {
+    if (!used.contains(i)) CheckPartitions(compiler, i, kEepromPlace);
   }
-  if (menu) WriteLanguages(compiler, writer, *menu, true, "menu_languages");
-  if (audio) WriteLanguages(compiler, writer, *audio, false, "audio_languages");
-  writer.PatchU32(next, static_cast<uint32_t>(writer.size()));
-}
-
-void WriteTableGroup(Compiler& compiler, ByteWriter& writer, const toml::array* group, const char* what) {
-  writer.Fill(8, 0);
-  if (!group) return;
-  for (const toml::node& node : *group) {
-    writer.Append(HexBytes(compiler, node, what, sizeof(ProductTableRecord)));
+  Required(compiler, root, "manufacturer");
+  for (const Field& element : List(compiler, root, "manufacturer", 65535)) {
+    const auto table = EntryOf(compiler, element, "a manufacturer", {"id", "products"});
+    if (!table) continue;
+    ContentManufacturer manufacturer;
+    manufacturer.id = Byte(compiler, *table, "id");
+    manufacturer.products = References(compiler, *table, "products", "product", compiler.products, 65535);
+    compiler.content.manufacturers.push_back(std::move(manufacturer));
   }
-}
-
-void WriteProduct(Compiler& compiler, ByteWriter& writer, const toml::node& reference) {
-  const std::string key = reference.value_exact<std::string>().value_or("");
-  const std::string owner = "the product \"" + key + "\"";
-  const Fields fields =
-      Resolve(compiler, "product", key, reference,
-              {"parent", "name", "byte", "variant", "configurations", "table", "second_table"});
-  const toml::array* configurations = Array(compiler, fields, "configurations", 255);
-  if (!configurations) Missing(compiler, "configurations", owner);
-  const toml::array* table = Array(compiler, fields, "table", 255);
-  const size_t table_size = table ? table->size() : 0;
-  const toml::array* second = Array(compiler, fields, "second_table", 255 - table_size);
-  const size_t second_size = second ? second->size() : 0;
-  writer.Fill(3, 0);
-  writer.U8(Number(compiler, fields, "byte", owner, 0, 255, 0));
-  writer.Text(Text(compiler, fields, "name", owner, 32), 33);
-  if (compiler.failed) return;
-  writer.U8(static_cast<uint32_t>(configurations->size()));
-  writer.U8(Number(compiler, fields, "variant", owner, 0, 255, 0));
-  writer.U8(static_cast<uint32_t>(table_size + second_size));
-  writer.U16(0);
-  writer.U8(static_cast<uint32_t>(second_size));
-  writer.U8(0);
-  const size_t next = writer.size();
-  writer.U32(0);
-  for (const toml::node& node : *configurations) {
-    WriteConfiguration(compiler, writer, node);
-    if (compiler.failed) return;
-  }
-  if (table_size + second_size > 0) WriteTableGroup(compiler, writer, table, "table");
-  if (second_size > 0) WriteTableGroup(compiler, writer, second, "second_table");
-  writer.PatchU32(next, static_cast<uint32_t>(writer.size()));
-}
-
-void WriteManufacturer(Compiler& compiler, ByteWriter& writer, const toml::node& node) {
-  const Fields fields = EntryFields(compiler, node, "manufacturer", {"id", "products"});
-  const toml::array* products = Array(compiler, fields, "products", 65535);
-  if (!products) Missing(compiler, "products", "a manufacturer");
-  writer.U16(Number(compiler, fields, "id", "a manufacturer", 0, 255));
-  if (compiler.failed) return;
-  writer.U16(static_cast<uint32_t>(products->size()));
-  const size_t next = writer.size();
-  writer.U32(0);
-  for (const toml::node& product : *products) {
-    WriteProduct(compiler, writer, product);
-    if (!compiler.failed && writer.size() > kMaximumEcfSize) TooMany(compiler, product, "products", 65535);
-    if (compiler.failed) return;
-  }
-  writer.PatchU32(next, static_cast<uint32_t>(writer.size()));
-}
-
-// Everything from the parsed description; `compiler.failed` says whether it is any good.
-Bytes WriteFile(Compiler& compiler) {
-  ByteWriter writer;
-  Fields fields;
-  AddFields(compiler, *compiler.root, {"manufacturer", "product", "configuration"}, fields);
-  const toml::array* manufacturers = Array(compiler, fields, "manufacturer", 65535);
-  if (!manufacturers) Missing(compiler, "manufacturer", "the file");
-  if (compiler.failed) return {};
-  writer.Text("Qx", 14);
-  writer.U16(static_cast<uint32_t>(manufacturers->size()));
-  writer.Fill(8, 0);
-  for (const toml::node& node : *manufacturers) {
-    WriteManufacturer(compiler, writer, node);
-    if (compiler.failed) return {};
-  }
-  return std::move(writer.bytes());
 }
 
 }  // namespace
+
+std::optional<Bytes> CompileEcfText(const Context& context, const std::string& name, std::string_view text) {
+  const toml::parse_result parsed = toml::parse(text);
+  if (!parsed) {
+    const std::string reason(parsed.error().description());
+    const auto& begin = parsed.error().source().begin;
+    Tell(context.messages, Icon::kStop, "%s(%u,%u): %s", name.c_str(), unsigned{begin.line},
+         unsigned{begin.column}, reason.c_str());
+    return std::nullopt;
+  }
+  Compiler compiler;
+  compiler.root = &parsed.table();
+  ReadAll(compiler);
+  for (const Fault& fault : compiler.faults) {
+    Tell(context.messages, Icon::kStop, "%s(%u,%u): %s: %s", name.c_str(), fault.line, fault.column,
+         fault.path.c_str(), fault.text.c_str());
+  }
+  if (!compiler.faults.empty()) return std::nullopt;
+  auto bytes = WriteEcf(compiler.content);
+  if (!bytes) {
+    Tell(context.messages, Icon::kStop, "%s: The file would be larger than %u MiB.", name.c_str(),
+         static_cast<unsigned>(kMaximumEcfSize >> 20));
+  }
+  return bytes;
+}
 
 std::optional<Bytes> CompileEcf(const Context& context, const Path& toml) {
   const std::string name = Utf8FromPath(toml);
@@ -413,18 +530,7 @@ std::optional<Bytes> CompileEcf(const Context& context, const Path& toml) {
     Tell(context.messages, Icon::kStop, "Can't open file %s", name.c_str());
     return std::nullopt;
   }
-  const std::string_view text(reinterpret_cast<const char*>(content->data()), content->size());
-  const toml::parse_result parsed = toml::parse(text);
-  if (!parsed) {
-    const std::string reason(parsed.error().description());
-    Tell(context.messages, Icon::kStop, "%s(%u): %s", name.c_str(),
-         static_cast<unsigned>(parsed.error().source().begin.line), reason.c_str());
-    return std::nullopt;
-  }
-  Compiler compiler{context, name, &parsed.table()};
-  Bytes bytes = WriteFile(compiler);
-  if (compiler.failed) return std::nullopt;
-  return bytes;
+  return CompileEcfText(context, name, {reinterpret_cast<const char*>(content->data()), content->size()});
 }
 
 }  // namespace vexa

@@ -186,5 +186,20 @@ TEST_F(ImageCommands, NumbersThatStartWithZeroAreDecimal) {
         << numbers;
 }
 
+TEST_F(CliTest, EcfShowWithoutAFileIsOfTheShippedOneAndGivesItsSourceBack) {
+  const ProgramResult source = Vexa("ecf show --toml");
+  ASSERT_EQ(source.status, 0) << source.errors;
+  Put("s.toml", source.output);
+  ASSERT_EQ(Vexa("ecf build @s.toml -o @s.ecf").status, 0);
+  const ProgramResult shipped = Vexa("ecf show --select 1/1/1 --json"),
+                      built = Vexa("ecf show @s.ecf --select 1/1/1 --json");
+  EXPECT_EQ(shipped.status, 0) << shipped.errors;
+  EXPECT_EQ(shipped.output, built.output);
+  Put("m", "MZ");
+  EXPECT_EQ(Vexa("ecf show @m --toml").status, 1);
+  EXPECT_EQ(Vexa("ecf show --toml --json").status, 2);
+  EXPECT_EQ(Vexa("ecf show --toml --select 0/0/0").status, 2);
+}
+
 }  // namespace
 }  // namespace vexa

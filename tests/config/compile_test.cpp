@@ -48,9 +48,9 @@ name = "Péri"
 [configuration.c]
 name = "C"
 version = [1, 2]
-regions = [{ name = "R", type = 3, start = 0x10, end = 4294967295 }]
+regions = [{ name = "ADB Application", type = 3, start = 0x10, end = 4294967295 }]
 loader = { header_tag = 1, packet_tag = 2, block_size = 256, packet_size = 2979 }
-partitions = [{ type = 6, start = 1, length = 2 }, { type = 0, number = 9, start = 3, length = 4, bitmap_bits = 40 }]
+partitions = [{ type = 6, start = 1, length = 56352 }, { type = 0, number = 9, start = 3, length = 3360, bitmap_bits = 40 }]
 extra = "0102030405060708"
 menu_languages = [["eng", "English"]]
 audio_languages = [["fra", "Français"], ["deu", "Deutsch"]]
@@ -63,82 +63,214 @@ extra = "00 00 00 00 00 00 00 01"
       << testing::PrintToString(recorder.Texts());
   EXPECT_EQ(Listing(config),
             "maker 7\nproduct P\xE9ri 5 1\ntable 0-13\ntable ff-ff\nconfiguration D 1.2\n"
-            "region R 3 10-ffffffff\nloader 1 2 256 2979\npartition 1 6 1-3\npartition 9 0 3-15\n"
-            "sizes 12 0 0 0 0 0 2\nextra 0 0 0 0 0 0 0 1\nlanguages eng 0\nlanguages fra 0 deu 0");
+            "region ADB Application 3 10-ffffffff\nloader 1 2 256 2979\npartition 1 6 1-56353\n"
+            "partition 9 0 3-3371\nsizes 3368 0 0 0 0 0 56352\nextra 0 0 0 0 0 0 0 1\nlanguages eng "
+            "0\nlanguages fra 0 deu 0");
   EXPECT_EQ(LanguageName(config.first_languages.records[0]), "English");
   EXPECT_EQ(LanguageName(config.second_languages.records[0]),
             "Fran\xE7"
             "ais");
 }
 
-TEST_F(CompileTest, EveryFaultIsOneMessageWithItsLine) {
-  const auto expect_fault = [&](const std::string& text, const std::string& message) {
-    EXPECT_FALSE(Compile(text)) << text;
-    const Texts texts = recorder.Texts();
-    ASSERT_EQ(texts.size(), 1u) << text << testing::PrintToString(texts);
-    EXPECT_NE(texts[0].find("s.toml" + message), std::string::npos) << texts[0] << "\n" << message;
-  };
+TEST_F(CompileTest, EveryFaultHasItsPlace) {
   struct Fault {
-    const char *text, *message;
+    const char *text, *message;  // several lines: several faults
+  };
+  const auto expect_faults = [&](const std::string& text, const std::string& messages) {
+    EXPECT_FALSE(Compile(text)) << text;
+    std::string told;
+    for (const std::string& each : recorder.Texts())
+      told += (told.empty() ? "" : "\n") + each.substr(each.find("s.toml") + 6);
+    EXPECT_EQ(told, messages) << text;
   };
   const Fault of_the_file[] = {
-      {"x = ", "(1): "},
-      {"", ": \"manufacturer\" is missing in the file."},
-      {"colour = 1", "(1): Unknown key \"colour\"."},
-      {"manufacturer = 1", "(1): \"manufacturer\" must be a list."},
-      {"manufacturer = [1]", "(1): \"manufacturer\" must be a table."},
-      {"[[manufacturer]]\nproducts = []", ": \"id\" is missing in a manufacturer."},
-      {"[[manufacturer]]\nid = 256\nproducts = []", "(2): \"id\" must be a number from 0 to 255."},
-      {"[[manufacturer]]\nid = \"7\"\nproducts = []", "(2): \"id\" must be a number from 0 to 255."},
-      {"[[manufacturer]]\nid = 1", ": \"products\" is missing in a manufacturer."},
-      {kMaker, "(3): There is no product \"p\"."},
+      {"", "(1,1): manufacturer: \"manufacturer\" is missing in the file."},
+      {"colour = 1\nmanufacturer = 1",
+       "(1,1): colour: Unknown key \"colour\".\n(2,16): manufacturer: \"manufacturer\" must be a list."},
+      {"manufacturer = [{ id = 1, products = [] }, 1]",
+       "(1,44): manufacturer[1]: \"manufacturer\" must be a table."},
+      {"[[manufacturer]]\nproducts = []", "(1,1): manufacturer[0].id: \"id\" is missing in a manufacturer."},
+      {"[[manufacturer]]\nid = 256\nproducts = []",
+       "(2,6): manufacturer[0].id: \"id\" must be a number from 0 to 255."},
+      {"[[manufacturer]]\nid = \"7\"",
+       "(1,1): manufacturer[0].products: \"products\" is missing in a manufacturer.\n"
+       "(2,6): manufacturer[0].id: \"id\" must be a number from 0 to 255."},
+      {"manufacturer = []\nproduct = 5", "(2,11): product: \"product\" must be tables by their keys."},
+      {"manufacturer = []\nconfiguration.a = 5", "(2,19): configuration.a: \"a\" must be a table."},
+      {kMaker, "(3,13): manufacturer[0].products[0]: There is no product \"p\"."},
+      {"[[manufacturer]]\nid = 7\nproducts = [1]",
+       "(3,13): manufacturer[0].products[0]: \"products\" must be a list of names."},
   };
-  for (const Fault& row : of_the_file) expect_fault(row.text, row.message);
+  for (const Fault& row : of_the_file) expect_faults(row.text, row.message);
   const Fault of_a_product[] = {
-      {"parent = \"q\"", "(5): There is no product \"q\"."},
-      {"parent = \"p\"", "(5): The product \"p\" is its own parent."},
-      {"parent = \"q\"\n[product.q]\nparent = \"p\"", "(7): The product \"p\" is its own parent."},
-      {"parent = 3", "(5): \"parent\" must be a name."},
-      {"name = \"P\"", ": \"configurations\" is missing in the product \"p\"."},
-      {"configurations = []", ": \"name\" is missing in the product \"p\"."},
+      {"parent = \"q\"", "(5,10): product.p.parent: There is no product \"q\"."},
+      {"parent = \"p\"", "(5,10): product.p.parent: The product \"p\" is its own parent."},
+      {"parent = \"q\"\n[product.q]\nparent = \"p\"",
+       "(5,10): product.p.parent: The product \"q\" is its own parent.\n"
+       "(7,10): product.q.parent: The product \"p\" is its own parent."},
+      {"parent = 3", "(5,10): product.p.parent: \"parent\" must be a name."},
+      {"name = \"P\"",
+       "(4,1): product.p.configurations: \"configurations\" is missing in the product \"p\"."},
       {"configurations = []\nname = \"123456789012345678901234567890123\"",
-       "(6): \"name\" has more than 32 characters."},
+       "(6,8): product.p.name: \"name\" has more than 32 characters."},
       {"configurations = []\nname = \"\\u0416\"",
-       "(6): \"name\" has a character that the single-byte text cannot hold."},
+       "(6,8): product.p.name: \"name\" has a character that the single-byte text cannot hold."},
       {"configurations = []\nname = \"P\"\ntable = [\"00\"]",
-       "(7): \"table\" must be 20 bytes in hexadecimal digits."},
-      {"name = \"P\"\nconfigurations = [\"c\"]", "(6): There is no configuration \"c\"."},
+       "(7,10): product.p.table[0]: \"table\" must be 20 bytes in hexadecimal digits."},
+      {"name = \"P\"\nconfigurations = [\"c\"]",
+       "(6,19): product.p.configurations[0]: There is no configuration \"c\"."},
   };
   for (const Fault& row : of_a_product)
-    expect_fault(std::string(kMaker) + "[product.p]\n" + row.text, row.message);
-  const char* const region = "regions = [{name=\"R\",type=3,start=0,end=1}]\n";
+    expect_faults(std::string(kMaker) + "[product.p]\n" + row.text, row.message);
   const Fault of_a_configuration[] = {
-      {"version = [1]", "(9): \"version\" must be a list of two numbers."},
-      {"version = [1, 300]", "(9): \"version\" must be a number from 0 to 255."},
-      {"extra = \"00 0\"", "(9): \"extra\" must be 8 bytes in hexadecimal digits."},
-      {"extra = 5", "(9): \"extra\" must be 8 bytes in hexadecimal digits."},
-      {region, ": \"loader\" is missing in the configuration \"c\"."},
-      {"regions = [{name=\"R\",type=3,start=2,end=1}]\n"
-       "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}",
-       "(9): The region \"R\" ends before it starts."},
-      {"partitions = [{type=7,start=0,length=0}]", "(9): \"type\" must be a number from 0 to 6."},
-      {"partitions = [{type=1,start=0,length=0,size=1}]", "(9): Unknown key \"size\"."},
-      {"partitions = [{},{},{},{},{},{},{}]", "(9): \"partitions\" has more than 6 entries."},
-      {"menu_languages = [[\"eng\"]]", "(9): \"menu_languages\" must be a list of pairs of code and name."},
-      {"audio_languages = [[\"engl\", \"English\"]]", "(9): \"audio_languages\" has more than 3 characters."},
+      {"version = [1]", "(9,11): configuration.c.version: \"version\" must be a list of two numbers."},
+      {"version = [256, 16]",
+       "(9,12): configuration.c.version[0]: \"version\" must be a number from 0 to 255.\n"
+       "(9,17): configuration.c.version[1]: \"version\" must be a number from 0 to 15."},
+      {"extra = \"00 0\"", "(9,9): configuration.c.extra: \"extra\" must be 8 bytes in hexadecimal digits."},
+      {"extra = \"000102030405060708\"",
+       "(9,9): configuration.c.extra: \"extra\" must be 8 bytes in hexadecimal digits."},
+      {"regions = [{name=\"R\\u0001\",type=3,start=2,end=1}]",
+       "(7,1): configuration.c.loader: \"loader\" is missing in the configuration \"c\".\n"
+       "(9,12): configuration.c.regions[0]: The region \"R\x01\" ends before it starts.\n"
+       "(9,18): configuration.c.regions[0].name: \"name\" has a character that receivers cannot show."},
+      {"loader = {header_tag=1,packet_tag=1,block_size=0,packet_size=2980}\n"
+       "regions = [{name=\"R\",type=3,start=0,end=1}]",
+       "(9,10): configuration.c.loader: The two tags of the loader must differ.\n"
+       "(9,48): configuration.c.loader.block_size: \"block_size\" must be a number from 1 to 256.\n"
+       "(9,62): configuration.c.loader.packet_size: \"packet_size\" must be a number from 1 to 2979."},
+      {"partitions = [{type=7,start=0,length=0}]",
+       "(7,1): configuration.c.regions: There is no region of type 3, which the partitions lie in.\n"
+       "(9,21): configuration.c.partitions[0].type: \"type\" must be a number from 0 to 6."},
+      {"menu_languages = [[\"eng\"]]",
+       "(9,19): configuration.c.menu_languages[0]: \"menu_languages\" must be a list of pairs of code and "
+       "name."},
+      {"audio_languages = [[\"engl\", \"English\"]]",
+       "(9,21): configuration.c.audio_languages[0][0]: \"audio_languages\" has more than 3 characters."},
+      {"[configuration.unused]\nname = 5\nversoin = [1, 1]",
+       "(10,8): configuration.unused.name: \"name\" must be a text.\n"
+       "(11,1): configuration.unused.versoin: Unknown key \"versoin\"."},
   };
   const std::string configuration = std::string(kMaker) + kProduct + kConfiguration;  // 8 lines
-  for (const Fault& row : of_a_configuration) expect_fault(configuration + row.text, row.message);
-  const Fault of_a_loader[] = {
-      {"packet_tag=1,block_size=1,packet_size=1", "(10): The two tags of the loader must differ."},
-      {"packet_tag=2,block_size=1,packet_size=2980",
-       "(10): \"packet_size\" must be a number from 1 to 2979."},
-      {"packet_tag=2,block_size=0,packet_size=1", "(10): \"block_size\" must be a number from 1 to 256."},
-  };
-  for (const Fault& row : of_a_loader)
-    expect_fault(configuration + region + "loader = {header_tag=1," + row.text + "}", row.message);
+  for (const Fault& row : of_a_configuration) expect_faults(configuration + row.text, row.message);
+  Compile("x = \ny = 1");
+  const Texts texts = recorder.Texts();
+  ASSERT_EQ(texts.size(), 1u);
+  EXPECT_NE(texts[0].find("s.toml(1,"), std::string::npos) << texts[0];
   EXPECT_FALSE(CompileEcf(recorder.context, source / "none"));
   EXPECT_EQ(recorder.Texts().size(), 1u);
+}
+
+TEST_F(CompileTest, PartitionsHoldTheirTables) {
+  // Behind the sizes in an EEPROM, place 1, those of a journal, all other places.
+  const struct {
+    int type, eeprom, journal;
+  } rows[] = {{3, 2508, 2508},   {4, 220000, 220000}, {5, 9998, 9998},
+              {6, 56352, 56352}, {0, 96, 3368},       {2, 64, 2248}};
+  const auto compiles = [&](int type, int length, const char* places) {
+    const std::string configurations = Format("[product.p]\nname = \"P\"\nconfigurations = [%s]\n", places);
+    return Compile(kMaker + configurations + kConfiguration +
+                   "regions = [{name=\"123456789012345\",type=3,start=0,end=1}]\n"
+                   "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n" +
+                   Format("partitions = [{type=%d,start=0,length=%d}]\n", type, length) +
+                   "[configuration.d]\nname = \"D\"\n")
+        .has_value();
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.type);
+    for (const char* places : {"\"d\"", "\"d\", \"c\""}) {  // unused, and in the EEPROM's place
+      EXPECT_TRUE(compiles(row.type, row.eeprom, places));
+      EXPECT_FALSE(compiles(row.type, row.eeprom - 1, places));
+    }
+    for (const char* places : {"\"c\"", "\"d\", \"d\", \"c\"", "\"d\", \"c\", \"c\""}) {
+      EXPECT_TRUE(compiles(row.type, row.journal, places));
+      recorder.Texts();
+      EXPECT_FALSE(compiles(row.type, row.journal - 1, places));
+      const std::string text = recorder.Texts().at(0);
+      EXPECT_NE(text.find(Format(
+                    "(11,%d): configuration.c.partitions[0].length: A partition of type %d has at least "
+                    "%d bytes for its table",
+                    38, row.type, row.journal)),
+                std::string::npos)
+          << text;
+    }
+    recorder.Texts();
+  }
+  EXPECT_TRUE(compiles(1, 0, "\"c\""));
+  EXPECT_FALSE(Compile(std::string(kMaker) + kProduct + kConfiguration +
+                       "regions = [{name=\"12345678901234\",type=3,start=0,end=1}]\n"
+                       "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n"
+                       "partitions = [{type=1,start=0,length=0}, {type=1,start=0,length=0}]"));
+  const Texts texts = recorder.Texts();
+  ASSERT_EQ(texts.size(), 2u) << testing::PrintToString(texts);
+  EXPECT_NE(texts[0].find(
+                "(9,18): configuration.c.regions[0].name: Receivers show the region of type 3 by a name of "
+                "15 characters; this one has 14."),
+            std::string::npos);
+  EXPECT_NE(texts[1].find("partitions[1].type: There are two partitions of type 1."), std::string::npos);
+}
+
+struct DescribeTest : CompileTest {
+  // The file comes back from its description.
+  void ExpectRoundTrip(const Bytes& file) {
+    const auto text = DescribeEcf(recorder.context, "x", file);
+    ASSERT_TRUE(text) << testing::PrintToString(recorder.Texts());
+    const auto back = Compile(*text);
+    ASSERT_TRUE(back) << *text << testing::PrintToString(recorder.Texts());
+    EXPECT_EQ(*back, file) << *text;
+  }
+};
+
+TEST_F(DescribeTest, CompilesToTheSameBytes) {
+  const auto shipped = CompileEcf(recorder.context, DataFolder() / "receivers.toml");
+  ASSERT_TRUE(shipped);
+  ExpectRoundTrip(*shipped);
+  for (const char* text :
+       {"manufacturer = []", "[[manufacturer]]\nid = 255\nproducts = []",
+        "[[manufacturer]]\nid = 1\nproducts = [\"p\", \"q\", \"p\"]\n[product.p]\nname = "
+        "\"\"\nconfigurations = []\n"
+        "second_table = [\"000102030405060708090a0b0c0d0e0f10111213\"]\n"
+        "[product.q]\nname = \"a\\\"b\\\\c\\u0007\\u0081\\u20AC\"\nbyte = 255\nvariant = 9\n"
+        "configurations = [\"c\", \"d\", \"c\"]\n"
+        "[configuration.c]\nname = \"A b\"\nversion = [255, 15]\nmenu_languages = []\nextra = "
+        "\"0102030405060708\"\n"
+        "[configuration.d]\nname = \"a-B\"\naudio_languages = [[\"\", \"\"], [\"abc\", \"\\u0001\"]]\n"
+        "regions = [{name=\"123456789012345\",type=3,start=4294967295,end=4294967295},"
+        "{name=\"\",type=255,start=0,end=0}]\n"
+        "loader = {header_tag=0,packet_tag=255,block_size=256,packet_size=2979}\n"
+        "partitions = "
+        "[{type=1,number=255,start=1,length=2,bitmap_bits=0},{type=5,number=3,start=0,length=9998},"
+        "{type=2,start=0,length=64,bitmap_bits=255}]\n"}) {
+    const auto file = Compile(text);
+    ASSERT_TRUE(file) << testing::PrintToString(recorder.Texts());
+    ExpectRoundTrip(*file);
+  }
+}
+
+TEST_F(DescribeTest, OfWhatNoDescriptionStatesNamesThePlace) {
+  const auto shipped = *CompileEcf(recorder.context, DataFolder() / "receivers.toml");
+  // One byte that is not read in each: file, manufacturer, product, configuration, block, region.
+  for (const size_t at :
+       {size_t{5}, size_t{25}, size_t{32}, size_t{80 + 131}, size_t{228 + 3}, size_t{244 + 70}}) {
+    Bytes file = shipped;
+    file[at] ^= 0x40;
+    EXPECT_FALSE(DescribeEcf(recorder.context, "x.ecf", file));
+    EXPECT_EQ(recorder.Texts(),
+              Texts{Format("x.ecf: No description states what this file holds at byte %zu.", at)});
+  }
+  Bytes longer = shipped;
+  longer.push_back(0);
+  EXPECT_FALSE(DescribeEcf(recorder.context, "x", longer));
+  EXPECT_FALSE(DescribeEcf(recorder.context, "x", std::span(shipped).first(300)));
+  EXPECT_EQ(recorder.Texts().size(), 2u);
+  Bytes refused = shipped;
+  refused[80 + 129] = 16;  // version B
+  EXPECT_FALSE(DescribeEcf(recorder.context, "x", refused));
+  const Texts texts = recorder.Texts();
+  ASSERT_EQ(texts.size(), 1u);
+  EXPECT_NE(texts[0].find("settings-in-flash.version[1]: \"version\" must be a number from 0 to 15."),
+            std::string::npos)
+      << texts[0];
 }
 
 TEST(ShippedConfiguration, FitsTheImagesThatAreMadeForIt) {
