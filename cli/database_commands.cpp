@@ -1,7 +1,7 @@
 // info, save: the database file itself. check, sort and export have files of their own.
 #include "cli/commands.h"
 #include "core/bin_file.h"
-#include "core/validation.h"
+#include "core/rules.h"
 #include "platform/text.h"
 
 namespace vexa {

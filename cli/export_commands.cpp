@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
-#include "core/view_model.h"
+#include "core/field_texts.h"
 #include "import/text_export.h"
 #include "platform/text.h"
 

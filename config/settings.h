@@ -15,7 +15,6 @@
 
 #include "config/project_config.h"
 #include "core/database.h"
-#include "core/view_model.h"
 #include "generated/version.h"
 #include "platform/serial.h"
 #include "platform/settings_store.h"
@@ -102,8 +101,8 @@ void SaveRecentFiles(const SettingsStore& store, const RecentFiles& recent);
 std::string RecentFileItem(const RecentFiles& recent, size_t position);
 bool EqualIgnoringCase(const std::string& left, const std::string& right);
 
-// Colours of the database editor as 0x00BBGGRR.
-enum EditorColor : size_t {
+// The colours that the user chooses, in the order of the settings.
+enum class ColourRole : uint8_t {
   kActiveSatellite,
   kInactiveSatellite,
   kActiveCarrier,
@@ -112,9 +111,11 @@ enum EditorColor : size_t {
   kRadioService,
   kActiveFavourite,
   kInactiveFavourite,
-  kEditorColors,
+  kPlain,  // the system's text colour
 };
-using EditorColorTable = std::array<uint32_t, kEditorColors>;
+inline constexpr size_t kColourRoles = 8;
+// As 0x00BBGGRR, by ColourRole.
+using EditorColorTable = std::array<uint32_t, kColourRoles>;
 EditorColorTable DefaultColors();
 EditorColorTable LoadColors(const SettingsStore& store);
 void SaveColors(const SettingsStore& store, const EditorColorTable& colors);
@@ -122,6 +123,18 @@ void SaveColors(const SettingsStore& store, const EditorColorTable& colors);
 // The records that new ones start from. A stored value that its field cannot hold counts as not readable.
 void LoadDefaultRecords(const SettingsStore& store, DefaultRecords& records);
 void SaveDefaultRecords(const SettingsStore& store, const DefaultRecords& records);
+
+// Lists with the same columns, for what is kept of each between runs.
+enum class ColumnSet : uint8_t {
+  kDetails,
+  kLnbs,
+  kSatellites,
+  kCarriers,
+  kServices,
+  kFavourites,
+  kUbis,
+};
+inline constexpr size_t kColumnSets = 7;
 
 // What the windows looked like. Lengths of a database window are kept at 96 dots an inch.
 struct WindowSettings {

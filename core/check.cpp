@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "core/edit.h"
-#include "core/validation.h"
+#include "core/rules.h"
 #include "platform/text.h"
 
 namespace vexa {

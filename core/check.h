@@ -1,13 +1,19 @@
 // Looks over a whole database with the rules of the record dialogs and the limits of the tables.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "core/database.h"
-#include "core/tree_path.h"
 
 namespace vexa {
+
+// Position among its siblings of each node on the way, from the root: {0, 1, 4} is the fifth satellite of the
+// first SDB. Positions of the levels of an SDB:
+inline constexpr uint32_t kLnbLevelPosition = 0, kSatelliteLevelPosition = 1, kTvGroupLevelPosition = 2,
+                          kRadioGroupLevelPosition = 3;
+using TreePath = std::vector<uint32_t>;
 
 struct Finding {
   TreePath place;  // the record's in the tree

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "core/validation.h"
+#include "core/rules.h"
 #include "platform/text.h"
 
 namespace vexa {

@@ -2,6 +2,7 @@
 // Texts are UTF-8, whole, and stand where they are raised.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -30,7 +31,8 @@ bool Ask(const Messages& messages, const char* format, ...) VEXA_PRINTF(2, 3);
 struct Refusal {
   std::string text;
   Icon icon = Icon::kStop;
-  int field = 0;  // control to focus, as the model numbers them
+  int field = 0;   // control to focus, as the model numbers them
+  size_t row = 0;  // of a list of alike rows: which one
 };
 
 }  // namespace vexa

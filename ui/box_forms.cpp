@@ -2,14 +2,14 @@
 #include <array>
 #include <set>
 
-#include "core/node_edit.h"
-#include "core/validation.h"
 #include "platform/text.h"
 #include "ui/change.h"
 #include "ui/form.h"
 #include "ui/record_dialogs.h"
 #include "ui/records_resource.h"
 #include "ui/virtual_list.h"
+#include "view/node_edit.h"
+#include "view/record_forms.h"
 
 namespace vexa {
 

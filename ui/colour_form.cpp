@@ -35,9 +35,9 @@ void Draw(const DRAWITEMSTRUCT& item, uint32_t colour) {
 }
 
 size_t PlaceOfButton(UINT id) {
-  return id >= IDC_COLOURS_FIRST && id < IDC_COLOURS_FIRST + kEditorColors
+  return id >= IDC_COLOURS_FIRST && id < IDC_COLOURS_FIRST + kColourRoles
              ? static_cast<size_t>(id - IDC_COLOURS_FIRST)
-             : kEditorColors;
+             : kColourRoles;
 }
 
 }  // namespace

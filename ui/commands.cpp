@@ -1,6 +1,5 @@
 #include "ui/commands.h"
 
-#include "config/command_needs.h"
 #include "core/bin_file.h"
 #include "core/messages.h"
 #include "import/import_command.h"
@@ -11,6 +10,7 @@
 #include "ui/editor.h"
 #include "ui/file_dialogs.h"
 #include "ui/frame.h"
+#include "view/command_needs.h"
 
 namespace vexa {
 

@@ -4,8 +4,8 @@
 #include <span>
 #include <string>
 
-#include "core/command_table.h"
 #include "ui/application.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

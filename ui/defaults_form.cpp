@@ -1,5 +1,5 @@
 // The "Default Values" dialog.
-#include "config/defaults_form.h"
+#include "view/defaults_form.h"
 
 #include "core/edit.h"
 #include "ui/form.h"

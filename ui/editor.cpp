@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <iterator>
 
-#include "core/command_table.h"
 #include "core/messages.h"
 #include "ui/editor_parts.h"
 #include "ui/frame.h"
 #include "ui/guard.h"
 #include "ui/menus.h"
 #include "ui/resource.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

@@ -7,13 +7,13 @@
 #include <vector>
 
 #include "core/bin_file.h"
-#include "core/node_edit.h"
-#include "core/row_order.h"
-#include "core/tree_path.h"
 #include "core/undo.h"
-#include "core/view_model.h"
 #include "platform/file_identity.h"
 #include "ui/application.h"
+#include "view/node_edit.h"
+#include "view/row_order.h"
+#include "view/tree_path.h"
+#include "view/view_model.h"
 
 namespace vexa {
 

@@ -1,9 +1,9 @@
 // Dragging records in the tree and the list of the database window to another place.
 
 #include "core/messages.h"
-#include "core/node_edit.h"
 #include "ui/change.h"
 #include "ui/editor_parts.h"
+#include "view/node_edit.h"
 
 namespace vexa {
 

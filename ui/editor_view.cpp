@@ -1,10 +1,10 @@
 // Tree, list and panel of the database window: filled with what is seen.
 #include <algorithm>
 
-#include "core/command_table.h"
 #include "core/messages.h"
 #include "ui/editor_parts.h"
 #include "ui/frame.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

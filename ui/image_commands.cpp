@@ -3,16 +3,16 @@
 // After windows.h.
 #include <commdlg.h>
 
-#include "config/settings_dialog.h"
 #include "core/messages.h"
-#include "image/compression_dialog.h"
-#include "image/urt_dialog.h"
 #include "ui/commands.h"
 #include "ui/dialogs.h"
 #include "ui/file_dialogs.h"
 #include "ui/form.h"
 #include "ui/image_resource.h"
 #include "ui/virtual_list.h"
+#include "view/compression_form.h"
+#include "view/settings_form.h"
+#include "view/urt_form.h"
 
 namespace vexa {
 
@@ -48,10 +48,10 @@ std::vector<Path> AskImages(HWND owner) {
   return files;
 }
 
-struct UrtForm {
+struct UrtWindow {
   const char* title;
   const ProjectConfig& config;
-  UrtDialog model;
+  UrtForm model;
   bool several = false;
   size_t row = 0;        // whose fields are shown
   bool loading = false;  // the fields are being filled, nobody types
@@ -59,7 +59,7 @@ struct UrtForm {
   UrtRow* Row() { return row < model.rows.size() ? &model.rows[row] : nullptr; }
 };
 
-void ShowRowInList(UrtForm& urt, Form& form, size_t place) {
+void ShowRowInList(UrtWindow& urt, Form& form, size_t place) {
   const UrtRow& row = urt.model.rows[place];
   const auto region = static_cast<size_t>(row.region);
   const std::string texts[] = {Utf8FromPath(row.image.filename()),
@@ -70,14 +70,14 @@ void ShowRowInList(UrtForm& urt, Form& form, size_t place) {
   }
 }
 
-void EnableCompression(const UrtForm& urt, Form& form) {
+void EnableCompression(const UrtWindow& urt, Form& form) {
   const CompressionChoices choices = ChoicesOfCompression(urt.model);
   form.Enable(IDC_IMAGE_COMPRESSED, choices.compressed);
   form.Enable(IDC_IMAGE_METHOD, choices.method);
   form.Enable(IDC_IMAGE_LEVEL, choices.level);
 }
 
-void ShowRow(UrtForm& urt, Form& form) {
+void ShowRow(UrtWindow& urt, Form& form) {
   urt.loading = true;
   const UrtRow* row = urt.Row();
   if (!urt.several) form.SetText(IDC_IMAGE_FILE, Utf8FromPath(row->image));
@@ -93,14 +93,14 @@ void ShowRow(UrtForm& urt, Form& form) {
   urt.loading = false;
 }
 
-void SelectRow(UrtForm& urt, Form& form, size_t row) {
+void SelectRow(UrtWindow& urt, Form& form, size_t row) {
   urt.row = row;
   ListView_SetItemState(form.Control(IDC_IMAGE_LIST), static_cast<int>(row), LVIS_FOCUSED | LVIS_SELECTED,
                         LVIS_FOCUSED | LVIS_SELECTED);
   ShowRow(urt, form);
 }
 
-void AddRows(UrtForm& urt, Form& form, const std::vector<Path>& images) {
+void AddRows(UrtWindow& urt, Form& form, const std::vector<Path>& images) {
   HWND list = form.Control(IDC_IMAGE_LIST);
   for (const Path& image : images) {
     if (urt.model.rows.size() == kMostUrtRows) break;
@@ -114,7 +114,7 @@ void AddRows(UrtForm& urt, Form& form, const std::vector<Path>& images) {
   if (!images.empty()) SelectRow(urt, form, urt.model.rows.size() - 1);
 }
 
-void RemoveRow(UrtForm& urt, Form& form) {
+void RemoveRow(UrtWindow& urt, Form& form) {
   if (!urt.Row()) return;
   const size_t row = urt.row;
   urt.model.rows.erase(urt.model.rows.begin() + static_cast<std::ptrdiff_t>(row));
@@ -123,7 +123,7 @@ void RemoveRow(UrtForm& urt, Form& form) {
   form.Focus(urt.model.rows.empty() ? IDC_IMAGE_ADD : IDC_IMAGE_LIST);
 }
 
-void OpenList(UrtForm& urt, Form& form) {
+void OpenList(UrtWindow& urt, Form& form) {
   HWND list = form.Control(IDC_IMAGE_LIST);
   SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
   RECT area{};
@@ -148,7 +148,7 @@ void OpenList(UrtForm& urt, Form& form) {
   }
 }
 
-void OpenUrt(UrtForm& urt, Form& form) {
+void OpenUrt(UrtWindow& urt, Form& form) {
   SetText(form.window, urt.title);
   form.Fill(IDC_IMAGE_TYPE, urt.model.regions, -1);
   form.Fill(IDC_IMAGE_METHOD, {kCompressionTypes.begin(), kCompressionTypes.end()},
@@ -167,7 +167,7 @@ void OpenUrt(UrtForm& urt, Form& form) {
   ShowRow(urt, form);
 }
 
-int ControlOf(UrtField field, bool several) {
+int ControlOf(int field, bool several) {
   switch (field) {
     case UrtField::kUrt:
       return IDC_IMAGE_URT;
@@ -184,10 +184,10 @@ int ControlOf(UrtField field, bool several) {
   }
 }
 
-bool AcceptUrt(UrtForm& urt, Form& form) {
-  if (const auto refusal = CheckUrtDialog(urt.model)) {
+bool AcceptUrt(UrtWindow& urt, Form& form) {
+  if (const auto refusal = CheckUrtForm(urt.model)) {
     if (urt.several && refusal->row < urt.model.rows.size()) SelectRow(urt, form, refusal->row);
-    form.Refuse({refusal->text}, ControlOf(refusal->field, urt.several));
+    form.Refuse(*refusal, ControlOf(refusal->field, urt.several));
     return false;
   }
   const auto kept = KeptUrt(form.app.context.messages, urt.model);
@@ -197,7 +197,7 @@ bool AcceptUrt(UrtForm& urt, Form& form) {
   return false;
 }
 
-void BrowseImage(UrtForm& urt, Form& form) {
+void BrowseImage(UrtWindow& urt, Form& form) {
   const auto path = AskOpenFile(form.window, {"Open", kImageFilters, "bin"});
   UrtRow* row = urt.Row();
   if (!path || !row) return;
@@ -205,7 +205,7 @@ void BrowseImage(UrtForm& urt, Form& form) {
   ShowRow(urt, form);
 }
 
-void BrowseUrt(UrtForm& urt, Form& form) {
+void BrowseUrt(UrtWindow& urt, Form& form) {
   UrtRow* row = urt.Row();
   if (!row) return;
   const auto path = AskSaveFile(form.window, {"Save", kUrtFilters, "urt"}, row->urt);
@@ -215,7 +215,7 @@ void BrowseUrt(UrtForm& urt, Form& form) {
 }
 
 // What the user typed or chose in the fields goes into the row and the model.
-void FieldChanged(UrtForm& urt, Form& form, int id) {
+void FieldChanged(UrtWindow& urt, Form& form, int id) {
   UrtRow* row = urt.Row();
   if (id == IDC_IMAGE_MAJOR) urt.model.software_major = form.Text(id);
   if (id == IDC_IMAGE_MINOR) urt.model.software_minor = form.Text(id);
@@ -238,7 +238,7 @@ void FieldChanged(UrtForm& urt, Form& form, int id) {
   if (urt.several) ShowRowInList(urt, form, urt.row);
 }
 
-void UrtCommand(UrtForm& urt, Form& form, int id, int code) {
+void UrtCommand(UrtWindow& urt, Form& form, int id, int code) {
   if (code == EN_CHANGE || (code == CBN_SELCHANGE && id != IDC_IMAGE_COMPRESSED)) {
     if (!urt.loading) FieldChanged(urt, form, id);
     return;
@@ -261,7 +261,7 @@ void UrtCommand(UrtForm& urt, Form& form, int id, int code) {
   }
 }
 
-LRESULT UrtNotify(UrtForm& urt, Form& form, NMHDR& header) {
+LRESULT UrtNotify(UrtWindow& urt, Form& form, NMHDR& header) {
   if (header.idFrom != IDC_IMAGE_LIST) return 0;
   if (header.code == LVN_ITEMCHANGED) {
     const auto& change = reinterpret_cast<const NMLISTVIEW&>(header);
@@ -279,7 +279,7 @@ LRESULT UrtNotify(UrtForm& urt, Form& form, NMHDR& header) {
 }
 
 // The dialog comes back with its fields as they were when the conversion fails.
-void RunUrtForm(Application& app, UrtForm& urt) {
+void RunUrtForm(Application& app, UrtWindow& urt) {
   FormActions actions;
   actions.anchors = ListAnchors(IDC_IMAGE_LIST);
   for (const int id : {IDC_IMAGE_URT, IDC_IMAGE_TYPE, IDC_IMAGE_NAME})
@@ -309,7 +309,7 @@ void RunUrtForm(Application& app, UrtForm& urt) {
 }
 
 void SingleImageOf(Application& app, const char* title, const Path& image) {
-  UrtForm urt{title, app.config, OpenUrtDialog(app.config)};
+  UrtWindow urt{title, app.config, OpenUrtForm(app.config)};
   urt.model.rows.push_back(MakeUrtRow(app.config, image));
   RunUrtForm(app, urt);
 }
@@ -319,7 +319,7 @@ void SingleImage(Application& app) {
 }
 
 void MultipleImage(Application& app) {
-  UrtForm urt{"Multiple Image", app.config, OpenUrtDialog(app.config), true};
+  UrtWindow urt{"Multiple Image", app.config, OpenUrtForm(app.config), true};
   RunUrtForm(app, urt);
 }
 
@@ -329,7 +329,7 @@ void Bin2Urt(Application& app) {
 }
 
 // The new file's name follows the file's until the user gave one.
-void ProposeOutput(Form& form, CompressionDialog& model, const Path& input, bool expand) {
+void ProposeOutput(Form& form, CompressionForm& model, const Path& input, bool expand) {
   const bool follows =
       model.output.empty() || model.output == ProposeCompressionOutput(model.input, model.expand);
   model.input = input;
@@ -341,7 +341,7 @@ void ProposeOutput(Form& form, CompressionDialog& model, const Path& input, bool
   form.Enable(IDC_COMPRESSION_LEVEL, !expand);
 }
 
-void CompressionCommand(Form& form, CompressionDialog& model, int id, int code) {
+void CompressionCommand(Form& form, CompressionForm& model, int id, int code) {
   switch (id) {
     case IDC_COMPRESSION_COMPRESS:
     case IDC_COMPRESSION_EXPAND:
@@ -372,7 +372,7 @@ void CompressionCommand(Form& form, CompressionDialog& model, int id, int code) 
 }
 
 void Compression(Application& app) {
-  CompressionDialog model;
+  CompressionForm model;
   FormActions actions;
   actions.open = [&model](Form& form) {
     form.Check(model.expand ? IDC_COMPRESSION_EXPAND : IDC_COMPRESSION_COMPRESS, true);
@@ -389,7 +389,7 @@ void Compression(Application& app) {
       form.Focus(IDC_COMPRESSION_OUTPUT);
       return false;
     }
-    form.Refuse({refusal->text},
+    form.Refuse(*refusal,
                 refusal->field == CompressionField::kInput ? IDC_COMPRESSION_FILE : IDC_COMPRESSION_OUTPUT);
     return false;
   };

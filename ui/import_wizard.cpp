@@ -1,11 +1,11 @@
 #include "ui/import_wizard.h"
 
 #include "core/messages.h"
-#include "core/view_model.h"
-#include "import/wizard_step.h"
 #include "platform/text.h"
 #include "ui/lists_resource.h"
 #include "ui/virtual_list.h"
+#include "view/view_model.h"
+#include "view/wizard_step.h"
 
 namespace vexa {
 

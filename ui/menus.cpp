@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "core/messages.h"
-#include "core/node_edit.h"
 #include "platform/text.h"
 #include "ui/commands.h"
 #include "ui/editor.h"
 #include "ui/pictures.h"
 #include "ui/resource.h"
+#include "view/node_edit.h"
 
 namespace vexa {
 

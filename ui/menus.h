@@ -1,8 +1,8 @@
 // Menus, keys and toolbar made from the command table.
 #pragma once
 
-#include "core/command_table.h"
 #include "ui/application.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

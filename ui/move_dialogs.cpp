@@ -1,11 +1,11 @@
 // The dialogs by which records are moved and swapped, and the details of a service.
-#include "core/node_edit.h"
 #include "platform/text.h"
 #include "ui/change.h"
 #include "ui/form.h"
 #include "ui/record_dialogs.h"
 #include "ui/records_resource.h"
 #include "ui/virtual_list.h"
+#include "view/node_edit.h"
 
 namespace vexa {
 

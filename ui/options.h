@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "config/settings_dialog.h"
 #include "ui/editor.h"
+#include "view/settings_form.h"
 
 namespace vexa {
 

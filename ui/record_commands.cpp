@@ -3,13 +3,13 @@
 #include <algorithm>
 
 #include "core/messages.h"
-#include "core/node_edit.h"
 #include "platform/text.h"
 #include "ui/change.h"
 #include "ui/commands.h"
 #include "ui/editor_parts.h"
 #include "ui/file_dialogs.h"
 #include "ui/record_dialogs.h"
+#include "view/node_edit.h"
 
 namespace vexa {
 

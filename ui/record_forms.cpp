@@ -1,12 +1,13 @@
 // The dialogs of LNBs, satellites, carriers and services.
-#include "config/defaults_form.h"
+#include "view/record_forms.h"
+
 #include "core/edit.h"
-#include "core/validation.h"
 #include "platform/text.h"
 #include "ui/change.h"
 #include "ui/form.h"
 #include "ui/record_dialogs.h"
 #include "ui/records_resource.h"
+#include "view/defaults_form.h"
 
 namespace vexa {
 

@@ -1,12 +1,12 @@
 // What a file is saved with: version, initials, and the parts of the document.
 #include <algorithm>
 
-#include "core/validation.h"
 #include "platform/text.h"
 #include "ui/form.h"
 #include "ui/record_dialogs.h"
 #include "ui/records_resource.h"
 #include "ui/virtual_list.h"
+#include "view/record_forms.h"
 
 namespace vexa {
 

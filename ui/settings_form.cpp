@@ -10,7 +10,7 @@ namespace vexa {
 namespace {
 
 // Lists that follow the configuration file and what is chosen above them.
-void ShowLists(const Form& form, const SettingsDialog& dialog) {
+void ShowLists(const Form& form, const SettingsForm& dialog) {
   form.Fill(IDC_SETTINGS_MANUFACTURER, dialog.manufacturers, dialog.manufacturer);
   form.Fill(IDC_SETTINGS_PRODUCT, dialog.products, dialog.product);
   form.Fill(IDC_SETTINGS_CONFIGURATION, dialog.configurations, dialog.configuration);
@@ -26,7 +26,7 @@ void EnableLabelled(const Form& form, int id, bool enabled) {
   if (_wcsicmp(kind, WC_STATICW) == 0) EnableWindow(label, enabled);
 }
 
-void ShowEnabling(const Form& form, const SettingsDialog& dialog) {
+void ShowEnabling(const Form& form, const SettingsForm& dialog) {
   const SettingsEnabling enabled = EnabledControls(dialog);
   const struct {
     int id;
@@ -57,7 +57,7 @@ void ShowEnabling(const Form& form, const SettingsDialog& dialog) {
     form.Focus(IDC_SETTINGS_BROWSE);
 }
 
-void Open(const Form& form, const SettingsDialog& dialog) {
+void Open(const Form& form, const SettingsForm& dialog) {
   form.SetText(IDC_SETTINGS_FILE, dialog.file);
   ShowLists(form, dialog);
   form.Limit(IDC_SETTINGS_MAJOR, 3);
@@ -81,7 +81,7 @@ void Open(const Form& form, const SettingsDialog& dialog) {
 }
 
 // What the controls hold, but for the lists of the configuration, which the model follows at once.
-void Take(const Form& form, SettingsDialog& dialog) {
+void Take(const Form& form, SettingsForm& dialog) {
   dialog.file = form.Text(IDC_SETTINGS_FILE);
   dialog.image_type = form.Choice(IDC_SETTINGS_IMAGE_TYPE);
   dialog.software_major = form.Text(IDC_SETTINGS_MAJOR);
@@ -102,7 +102,7 @@ void Take(const Form& form, SettingsDialog& dialog) {
 // focus is on its way.
 constexpr int kFileWasLeft = 0x7F00;
 
-void LeaveFile(const Form& form, SettingsDialog& dialog) {
+void LeaveFile(const Form& form, SettingsForm& dialog) {
   LeaveConfigurationFile(form.app.context, dialog);
   ShowLists(form, dialog);
   ShowEnabling(form, dialog);
@@ -117,7 +117,7 @@ bool LeftForAnotherField(const Form& form) {
   return id != IDC_SETTINGS_FILE && id != IDC_SETTINGS_BROWSE && id != IDOK && id != IDCANCEL;
 }
 
-void Browse(const Form& form, SettingsDialog& dialog) {
+void Browse(const Form& form, SettingsForm& dialog) {
   const auto file = AskOpenFile(form.window, {kOpenEcfTitle, {{kEcfFilterName, kEcfFilterPattern}}, "ecf"});
   if (!file) return LeaveFile(form, dialog);
   BrowseConfiguration(form.app.context, dialog, *file);
@@ -125,7 +125,7 @@ void Browse(const Form& form, SettingsDialog& dialog) {
   ShowLists(form, dialog);
 }
 
-void Command(const Form& form, SettingsDialog& dialog, int id, int code) {
+void Command(const Form& form, SettingsForm& dialog, int id, int code) {
   const Context& context = form.app.context;
   if (id == IDC_SETTINGS_FILE && code == EN_CHANGE) {
     dialog.file = form.Text(id);
@@ -184,8 +184,8 @@ void TakeEffect(Application& app, const SettingsOutcome& outcome) {
 }  // namespace
 
 bool ShowSettings(Application& app, const SettingsRequest& request) {
-  SettingsDialog dialog =
-      OpenSettingsDialog(app.context, request, app.configuration_file, app.config, app.hexadecimal);
+  SettingsForm dialog =
+      OpenSettingsForm(app.context, request, app.configuration_file, app.config, app.hexadecimal);
   SettingsOutcome outcome;
   FormActions actions;
   actions.open = [&](Form& form) { Open(form, dialog); };
@@ -200,7 +200,7 @@ bool ShowSettings(Application& app, const SettingsRequest& request) {
     return false;
   };
   if (RunForm(app, IDD_SETTINGS, actions)) TakeEffect(app, outcome);
-  StoreSettingsDialog(app.settings, dialog, app.configuration_file, app.config);
+  StoreSettingsForm(app.settings, dialog, app.configuration_file, app.config);
   return outcome.loaded;
 }
 

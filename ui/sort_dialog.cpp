@@ -1,11 +1,11 @@
 // The dialog "Sort SDB information".
-#include "core/sort_form.h"
 #include "platform/text.h"
 #include "ui/change.h"
 #include "ui/file_dialogs.h"
 #include "ui/form.h"
 #include "ui/options.h"
 #include "ui/options_resource.h"
+#include "view/sort_form.h"
 
 namespace vexa {
 

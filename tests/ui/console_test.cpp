@@ -7,7 +7,6 @@
 #include <memory>
 
 #include "config/settings.h"
-#include "core/command_table.h"
 #include "core/messages.h"
 #include "image/transfer_files.h"
 #include "image/urt.h"
@@ -16,6 +15,7 @@
 #include "ui/console_resource.h"
 #include "ui/test_mode.h"
 #include "ui/windows_api.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

@@ -8,11 +8,11 @@
 #include <random>
 #include <set>
 
-#include "core/command_table.h"
-#include "core/node_edit.h"
 #include "tests/ui/editor_fixture.h"
 #include "ui/options_resource.h"
 #include "ui/records_resource.h"
+#include "view/command_table.h"
+#include "view/node_edit.h"
 
 namespace vexa {
 

@@ -8,7 +8,6 @@
 
 #include "config/settings.h"
 #include "core/bin_file.h"
-#include "core/command_table.h"
 #include "core/messages.h"
 #include "core/out_of_memory.h"
 #include "import/text_export.h"
@@ -17,6 +16,7 @@
 #include "tests/ui/driver.h"
 #include "ui/test_mode.h"
 #include "ui/windows_api.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

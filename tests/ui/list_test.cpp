@@ -5,13 +5,13 @@
 #include <set>
 
 #include "core/bin_file.h"
-#include "core/command_table.h"
 #include "core/messages.h"
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
 #include "ui/lists_resource.h"
 #include "ui/windows_api.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

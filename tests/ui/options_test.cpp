@@ -4,10 +4,10 @@
 
 #include "config/settings.h"
 #include "core/bin_file.h"
-#include "core/command_table.h"
 #include "tests/support/ecf_maker.h"
 #include "tests/ui/editor_fixture.h"
 #include "ui/options_resource.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

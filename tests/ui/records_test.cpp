@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
-#include "core/command_table.h"
-#include "core/node_edit.h"
 #include "tests/ui/editor_fixture.h"
 #include "ui/records_resource.h"
 #include "ui/test_mode.h"
+#include "view/command_table.h"
+#include "view/node_edit.h"
 
 namespace vexa {
 

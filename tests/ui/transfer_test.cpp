@@ -7,7 +7,6 @@
 
 #include "config/settings.h"
 #include "core/bin_file.h"
-#include "core/command_table.h"
 #include "core/messages.h"
 #include "image/urt.h"
 #include "tests/support/recorder.h"
@@ -15,6 +14,7 @@
 #include "ui/image_resource.h"
 #include "ui/transfer_resource.h"
 #include "ui/windows_api.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

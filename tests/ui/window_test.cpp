@@ -6,10 +6,10 @@
 #include <cwctype>
 #include <map>
 
-#include "core/command_table.h"
 #include "tests/ui/editor_fixture.h"
 #include "ui/lists_resource.h"
 #include "ui/records_resource.h"
+#include "view/command_table.h"
 
 namespace vexa {
 

@@ -1,0 +1,205 @@
+// The commands of the editor, once: identifier, menu text, keys, what a command needs, tool tip. Menus,
+// accelerators, toolbar and enabling are made from this table; the window program adds the functions.
+//
+// A text holds the access key behind '&' and, behind a tab, the keys as the user reads them. The keys that
+// really work are the column `keys`; "&Text file" shows a key that is not bound.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vexa {
+
+enum CommandId : uint16_t {
+  kNoCommand = 0,
+  kCmdNew = 40000,
+  kCmdOpen = 40001,
+  kCmdSave = 40002,
+  kCmdSaveAs = 40003,
+  kCmdClose = 40006,
+  kCmdExit = 40007,
+  kCmdContents = 40008,
+  kCmdAbout = 40009,
+  kCmdSdbInformation = 40010,
+  kCmdInformation = 40011,
+  kCmdSort = 40012,
+  kCmdUndo = 40013,
+  kCmdDefaultValues = 40014,
+  kCmdSettings = 40015,
+  kCmdColour = 40016,
+  kCmdUploadAdb = 40020,
+  kCmdUploadSdb = 40021,
+  kCmdDownload = 40022,
+  kCmdTextFile = 40023,
+  kCmdImportSatcodx = 40024,
+  kCmdImportDvb2000 = 40025,
+  kCmdImportLyngsat = 40026,
+  kCmdMergeSatcodx = 40027,
+  kCmdMergeDvb2000 = 40028,
+  kCmdMergeLyngsat = 40029,
+  kCmdMergeSdb = 40030,
+  kCmdPortload = 40031,
+  kCmdConsoleUpload = 40032,
+  kCmdConsoleSaveLog = 40033,
+  kCmdConsoleClear = 40034,
+  kCmdConsoleCancel = 40035,
+  kCmdConsoleClose = 40036,
+  kCmdSingleImage = 40037,
+  kCmdMultipleImage = 40038,
+  kCmdCompression = 40039,
+  kCmdCompressBin = 40040,
+  kCmdRecent1 = 40041,
+  kCmdRecent4 = 40044,
+  kCmdBin2Urt = 40137,
+  kCmdConnect = 40138,
+  // Additions.
+  kCmdRedo = 40200,
+  kCmdFind = 40201,
+  kCmdFindNext = 40202,
+  kCmdCascade = 40203,
+  kCmdTileHorizontally = 40204,
+  kCmdTileVertically = 40205,
+  kCmdFindPrevious = 40206,
+  kCmdCheck = 40207,
+  kCmdViewTv = 40210,
+  kCmdViewRadio = 40211,
+  kCmdViewBoth = 40212,
+  kCmdViewCarriers = 40213,
+  kCmdViewServices = 40214,
+  kCmdEdit = 40220,
+  kCmdAdd = 40221,
+  kCmdInsert = 40222,
+  kCmdDelete = 40223,
+  kCmdMove = 40224,
+  kCmdSwap = 40225,
+  kCmdSelectAll = 40226,
+  kCmdInvertSelection = 40227,
+  kCmdCompressSdb = 40230,
+  kCmdSaveSdb = 40231,
+  kCmdUploadThisSdb = 40232,
+  kCmdExportSdb = 40233,
+  kCmdSaveSatellites = 40234,
+  kCmdSaveParts = 40235,
+  kCmdVersion = 40236,
+  kCmdConsoleFind = 40280,
+  kCmdConsoleFindNext = 40281,
+  kCmdConsoleHexadecimalView = 40282,
+  kCmdConsoleHexadecimalInput = 40283,
+  kCmdConsoleTimeStamps = 40284,
+  kCmdConsoleReconnect = 40285,
+  kCmdConsoleSendCr = 40286,
+  kCmdConsoleSendLf = 40287,
+  kCmdConsoleSendCrLf = 40288,
+  kCmdConsoleSendNothing = 40289,
+  kCmdConsoleCopy = 40290,
+  kCmdConsoleSelectAll = 40291,
+};
+
+// What must be there for a command to be enabled; all of them. What the configuration must hold is asked when
+// the command runs (view/command_needs.h).
+enum Need : uint32_t {
+  kNeedsNothing = 0,
+  kNeedsEditor = 1 << 0,            // a database window is active
+  kNeedsConsole = 1 << 1,           // the uploader console is active
+  kNeedsSdb = 1 << 2,               // an SDB, or one of its records, is selected
+  kNeedsRows = 1 << 3,              // the list shows records
+  kNeedsSatellite = 1 << 4,         // a satellite is selected
+  kNeedsUndo = 1 << 5,              // there is a change to take back
+  kNeedsRedo = 1 << 6,              // there is a change to bring back
+  kNeedsConnection = 1 << 9,        // the console's port is open
+  kNeedsConsoleUpload = 1 << 10,    // the console uploads
+  kNeedsNoConsoleUpload = 1 << 11,  // it does not
+  kNeedsLogSelection = 1 << 18,     // a part of its log is selected
+  // What is selected is of a kind ...
+  kNeedsEditable = 1 << 12,    // that a dialog changes
+  kNeedsAddable = 1 << 13,     // to which another one can be added
+  kNeedsInsertable = 1 << 14,  // before which another one can be inserted
+  kNeedsDeletable = 1 << 15,
+  kNeedsMovable = 1 << 16,
+  kNeedsViews = 1 << 17,  // whose list the view commands change
+};
+
+enum KeyModifier : uint8_t { kCtrl = 1, kAlt = 2, kShift = 4 };
+// Keys are named by the virtual key codes of the window system: letters and digits by themselves.
+inline constexpr uint16_t kKeyF1 = 0x70;
+constexpr uint16_t KeyF(int number) {
+  return static_cast<uint16_t>(kKeyF1 + number - 1);
+}
+inline constexpr uint16_t kKeyEnter = 0x0D, kKeyEscape = 0x1B, kKeyInsert = 0x2D, kKeyDelete = 0x2E;
+
+struct Key {
+  uint16_t code = 0;  // 0: none
+  uint8_t modifiers = 0;
+};
+
+struct CommandInfo {
+  CommandId id;
+  const char* text;
+  Key key;
+  uint32_t needs;
+  const char* tip;  // status line and tool tip
+};
+
+std::span<const CommandInfo> Commands();
+const CommandInfo* FindCommand(uint32_t id);
+
+// What is there, as `Need` bits.
+bool CommandEnabled(const CommandInfo& command, uint32_t present);
+// In words, for the status line: "Needs an open database." Empty when all is there.
+std::string MissingNeeds(const CommandInfo& command, uint32_t present);
+
+// Menus as rows; `depth` 0 are the titles of the bar (of a pop-up menu: its only top level).
+enum class MenuRowKind : uint8_t {
+  kPopup,
+  kCommand,
+  kSeparator,
+  // What the window puts there:
+  kRecentFiles,      // a pop-up of the files
+  kMarkFields,       // for each field of the records a pop-up of its values
+  kSelectFields,     // the same, to select by
+  kFavouriteGroups,  // the favourite groups of the SDB
+};
+struct MenuRow {
+  uint8_t depth;
+  MenuRowKind kind;
+  const char* text;  // of a pop-up
+  CommandId command;
+};
+
+enum class MenuName : uint8_t {
+  kFrame,
+  kEditor,
+  kConsole,
+  kImport,  // drop-downs of the toolbar
+  kMerge,
+  kUpload,
+  kUrt,
+  kConsoleLog,  // pop-up of the console's log
+  kRecord,      // pop-ups of the editor window
+  kService,
+  kSdb,
+  kLnbLevel,
+  kSatelliteLevel,
+  kCarrierLevel,
+};
+std::span<const MenuRow> MenuRows(MenuName menu);
+
+// Commands of the rows that the window fills, by place; they stand in no table.
+inline constexpr uint32_t kFirstMarkCommand = 41000, kFirstSelectCommand = 41200, kFirstGroupCommand = 41400,
+                          kEndOfRowCommands = 41500;
+
+struct ToolbarButton {
+  CommandId command;   // kNoCommand: a gap
+  int picture;         // in the strip of toolbar pictures
+  MenuName drop_down;  // kFrame: none
+};
+std::span<const ToolbarButton> ToolbarButtons();
+
+// The access key of a menu text in upper case; 0 for none.
+char AccessKey(std::string_view text);
+
+}  // namespace vexa

@@ -1,0 +1,99 @@
+#include "view/compression_form.h"
+
+#include <algorithm>
+
+#include "core/zlib_com.h"
+#include "platform/file_reader.h"
+#include "view/target_file.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr uint64_t kHighestRatio = 1032;  // deflate makes no more of one byte
+constexpr uint64_t kFirstRoom = 1 << 16;
+
+std::optional<Bytes> Compress(const Context& context, std::span<const uint8_t> source, int level) {
+  Bytes made(static_cast<size_t>(CompressedCapacity(source.size())));
+  const uint64_t length = CompressBuffer(context.messages, source, made, level, "");
+  if (length == 0) return std::nullopt;
+  made.resize(static_cast<size_t>(length));
+  return made;
+}
+
+// The stream does not say how long it gets: the room grows until it fits. Only the last try may complain.
+std::optional<Bytes> Expand(const Context& context, std::span<const uint8_t> source) {
+  const uint64_t most = std::min(kLargestExpanded, std::max(kFirstRoom, source.size() * kHighestRatio));
+  for (uint64_t room = std::min(most, std::max<uint64_t>(kFirstRoom, source.size() * 4));;) {
+    const bool last = room >= most;
+    Bytes made(static_cast<size_t>(room));
+    uint64_t length = 0;
+    if (DecompressBuffer(last ? context.messages : Messages{}, source, made, length, "") == 0) {
+      made.resize(static_cast<size_t>(length));
+      return made;
+    }
+    if (last) return std::nullopt;
+    room = std::min(most, room * 4);
+  }
+}
+
+// Whether the first two bytes are a zlib stream's; files that hold something else are not read any further.
+bool BeginsAsPacked(const Path& path) {
+  auto reader = OpenFileReader(path);
+  uint8_t head[2];
+  if (!reader || reader->size < sizeof head || !reader->Read(0, head)) return true;  // said when it is read
+  return (head[0] & 15) == 8 && (head[0] << 8 | head[1]) % 31 == 0;
+}
+
+}  // namespace
+
+Path ProposeCompressionOutput(const Path& input, bool expand) {
+  Path output = input;
+  if (input.empty()) return output;
+  if (!expand) return output += ".z";
+  if (input.extension() == ".z") return output.replace_extension();
+  return output += ".out";
+}
+
+std::optional<Refusal> CheckCompression(const CompressionForm& dialog) {
+  std::error_code error;
+  if (dialog.input.empty()) return Refusal{"Choose a file.", Icon::kStop, CompressionField::kInput};
+  if (!std::filesystem::is_regular_file(dialog.input, error)) {
+    return Refusal{"The file does not exist.", Icon::kStop, CompressionField::kInput};
+  }
+  if (dialog.output.empty())
+    return Refusal{"Give the new file a name.", Icon::kStop, CompressionField::kOutput};
+  if (NameOneFile(dialog.input, dialog.output)) {
+    return Refusal{"The new file would take the place of the old one.", Icon::kStop,
+                   CompressionField::kOutput};
+  }
+  return std::nullopt;
+}
+
+bool MayWriteCompressed(const Messages& messages, CompressionForm& dialog) {
+  if (!MayReplace(messages, dialog.output, dialog.agreed)) return false;
+  dialog.agreed = dialog.output;
+  return true;
+}
+
+std::optional<CompressionSizes> RunCompression(const Context& context, const CompressionForm& dialog) {
+  if (dialog.expand && !BeginsAsPacked(dialog.input)) {
+    context.messages.tell(Icon::kStop, "Decompression failed.", "Compression");
+    return std::nullopt;
+  }
+  const auto source = ReadWholeFile(dialog.input);
+  if (!source) {
+    Tell(context.messages, Icon::kStop, "Could not read file \"%s\".", Utf8FromPath(dialog.input).c_str());
+    return std::nullopt;
+  }
+  const auto made = dialog.expand ? Expand(context, *source)
+                                  : Compress(context, *source, std::clamp(dialog.level, 0, 8) + 1);
+  if (!made) return std::nullopt;
+  if (WriteWholeFile(dialog.output, *made, *context.files) != WriteResult::kDone) {
+    Tell(context.messages, Icon::kStop, "Could not write file \"%s\".", Utf8FromPath(dialog.output).c_str());
+    return std::nullopt;
+  }
+  return CompressionSizes{source->size(), made->size()};
+}
+
+}  // namespace vexa

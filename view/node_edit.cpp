@@ -1,0 +1,493 @@
+#include "view/node_edit.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+
+namespace vexa {
+
+namespace {
+
+bool IsEntry(NodeKind kind) {
+  return kind == NodeKind::kFavouriteTvEntry || kind == NodeKind::kFavouriteRadioEntry;
+}
+
+GroupKind HalfOf(NodeKind entry) {
+  return entry == NodeKind::kFavouriteTvEntry ? GroupKind::kTv : GroupKind::kRadio;
+}
+
+StaticDatabase* DatabaseOf(Document& document, const NodeRef& node) {
+  return node.sdb < document.sdbs.size() ? document.sdbs[node.sdb].database.get() : nullptr;
+}
+
+// Rows of one list have the same key: kind, owner, and group of an entry.
+bool InOneList(const NodeRef& one, const NodeRef& other) {
+  if (one.kind != other.kind || one.sdb != other.sdb) return false;
+  if (IsEntry(one.kind)) return one.group == other.group;
+  if (one.kind == NodeKind::kCarrier) return one.satellite == other.satellite;
+  if (one.kind == NodeKind::kService) return one.carrier == other.carrier;
+  return true;
+}
+
+bool AreInOneList(const std::vector<NodeRef>& nodes) {
+  return std::all_of(nodes.begin(), nodes.end(),
+                     [&](const NodeRef& node) { return InOneList(nodes[0], node); });
+}
+
+bool CheckOneList(const Messages& messages, const std::vector<NodeRef>& nodes) {
+  if (AreInOneList(nodes)) return true;
+  Tell(messages, Icon::kStop, "Invalid Sequence. Can not continue.");
+  return false;
+}
+
+Rows RowsOf(const std::vector<NodeRef>& nodes) {
+  Rows rows;
+  for (const NodeRef& node : nodes) rows.push_back(node.index);
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+NodeRef MadeNode(NodeKind kind, uint32_t sdb, size_t index) {
+  NodeRef node;
+  node.kind = kind;
+  node.sdb = sdb;
+  node.index = static_cast<uint32_t>(index);
+  return node;
+}
+
+template <class T>
+size_t PositionIn(const std::vector<T*>& list, const T* record) {
+  return static_cast<size_t>(std::find(list.begin(), list.end(), record) - list.begin());
+}
+
+NodeRef NodeOfSatellite(const StaticDatabase& database, uint32_t sdb, Satellite& satellite) {
+  NodeRef node = MadeNode(NodeKind::kSatellite, sdb, PositionIn(database.satellites, &satellite));
+  node.satellite = &satellite;
+  return node;
+}
+
+NodeRef NodeOfCarrier(uint32_t sdb, Carrier& carrier) {
+  NodeRef node = MadeNode(NodeKind::kCarrier, sdb, PositionIn(carrier.satellite->carriers, &carrier));
+  node.satellite = carrier.satellite;
+  node.carrier = &carrier;
+  return node;
+}
+
+NodeRef NodeOfService(uint32_t sdb, Service& service) {
+  NodeRef node = MadeNode(NodeKind::kService, sdb, PositionIn(service.carrier->services, &service));
+  node.satellite = service.carrier->satellite;
+  node.carrier = service.carrier;
+  node.service = &service;
+  return node;
+}
+
+}  // namespace
+
+bool NodeTakes(NodeKind kind, NodeAction action) {
+  switch (kind) {
+    case NodeKind::kSdb:
+    case NodeKind::kLnb:
+    case NodeKind::kUbi:
+      return action == NodeAction::kEdit || action == NodeAction::kAdd || action == NodeAction::kDelete;
+    case NodeKind::kSatellite:
+    case NodeKind::kCarrier:
+    case NodeKind::kService:
+      return true;
+    case NodeKind::kFavouriteTvEntry:
+    case NodeKind::kFavouriteRadioEntry:
+      return action != NodeAction::kInsert;
+    case NodeKind::kTvGroup:
+    case NodeKind::kRadioGroup:
+      return action == NodeAction::kEdit || action == NodeAction::kAdd;
+    case NodeKind::kLnbLevel:
+    case NodeKind::kSatelliteLevel:
+    case NodeKind::kUbiLevel:
+      return action == NodeAction::kAdd;
+    default:
+      return false;
+  }
+}
+
+ServiceFilter FilterOf(ListView view) {
+  if (view == ListView::kTvServices) return ServiceFilter::kTv;
+  return view == ListView::kRadioServices ? ServiceFilter::kRadio : ServiceFilter::kAll;
+}
+
+TreePath PathOfNode(const Document& document, const NodeRef& node) {
+  const auto boxes = static_cast<uint32_t>(document.sdbs.size());
+  switch (node.kind) {
+    case NodeKind::kNone:
+      return {};
+    case NodeKind::kUbiLevel:
+      return {boxes};
+    case NodeKind::kUbi:
+      return {boxes, node.index};
+    case NodeKind::kLnbLevel:
+      return {node.sdb, kLnbLevelPosition};
+    case NodeKind::kLnb:
+      return {node.sdb, kLnbLevelPosition, node.index};
+    case NodeKind::kSatelliteLevel:
+      return {node.sdb, kSatelliteLevelPosition};
+    case NodeKind::kTvGroupLevel:
+      return {node.sdb, kTvGroupLevelPosition};
+    case NodeKind::kRadioGroupLevel:
+      return {node.sdb, kRadioGroupLevelPosition};
+    case NodeKind::kTvGroup:
+      return {node.sdb, kTvGroupLevelPosition, node.index};
+    case NodeKind::kRadioGroup:
+      return {node.sdb, kRadioGroupLevelPosition, node.index};
+    case NodeKind::kFavouriteTvEntry:
+      return {node.sdb, kTvGroupLevelPosition, node.group};
+    case NodeKind::kFavouriteRadioEntry:
+      return {node.sdb, kRadioGroupLevelPosition, node.group};
+    case NodeKind::kSdb:
+      return {node.sdb};
+    default:
+      return PathOf(PlaceOf(document, node));
+  }
+}
+
+NodeRef NodeToAddAt(const NodeRef& tree, const NodeRef& row) {
+  if (row.kind == NodeKind::kService && tree.kind != NodeKind::kCarrier) return row;
+  if (row.kind != NodeKind::kCarrier || tree.kind == NodeKind::kSatellite) return tree;
+  NodeRef satellite = row;
+  satellite.kind = NodeKind::kSatellite;
+  satellite.carrier = nullptr;
+  return satellite;
+}
+
+std::optional<NodeRef> AddAtNode(const Messages& messages, Document& document, const NodeRef& at,
+                                 const DefaultRecords& defaults, ServiceFilter filter) {
+  if (at.kind == NodeKind::kUbiLevel || at.kind == NodeKind::kUbi) {
+    if (!AddUbi(messages, document)) return std::nullopt;
+    return MadeNode(NodeKind::kUbi, 0, document.ubis.size() - 1);
+  }
+  if (at.kind == NodeKind::kSdb) {
+    if (!AddSdb(messages, document, defaults)) return std::nullopt;
+    const size_t last = document.sdbs.size() - 1;
+    return MadeNode(NodeKind::kSdb, static_cast<uint32_t>(last), last);
+  }
+  StaticDatabase* database = DatabaseOf(document, at);
+  if (!database) return std::nullopt;
+  switch (at.kind) {
+    case NodeKind::kLnbLevel:
+    case NodeKind::kLnb:
+      if (!AddLnb(messages, *database, defaults)) return std::nullopt;
+      return MadeNode(NodeKind::kLnb, at.sdb, database->lnb_count - 1);
+    case NodeKind::kSatelliteLevel:
+      if (Satellite* added = AddSatellite(messages, *database, defaults))
+        return NodeOfSatellite(*database, at.sdb, *added);
+      return std::nullopt;
+    case NodeKind::kSatellite:
+      if (Carrier* added = AddCarrier(messages, *database, *at.satellite, defaults))
+        return NodeOfCarrier(at.sdb, *added);
+      return std::nullopt;
+    case NodeKind::kCarrier:
+    case NodeKind::kService:
+      if (Service* added = AddService(messages, *database, *at.carrier, defaults, filter))
+        return NodeOfService(at.sdb, *added);
+      return std::nullopt;
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<NodeRef> InsertAtRows(const Messages& messages, Document& document,
+                                    const std::vector<NodeRef>& rows, const DefaultRecords& defaults,
+                                    ServiceFilter filter) {
+  StaticDatabase* database = rows.empty() ? nullptr : DatabaseOf(document, rows[0]);
+  if (!database) return std::nullopt;
+  const NodeRef& at = rows[0];
+  const Rows places = RowsOf(rows);
+  switch (at.kind) {
+    case NodeKind::kSatellite:
+      if (Satellite* added = InsertSatellite(messages, *database, defaults, places))
+        return NodeOfSatellite(*database, at.sdb, *added);
+      return std::nullopt;
+    case NodeKind::kCarrier:
+      if (Carrier* added = InsertCarrier(messages, *database, *at.satellite, defaults, places))
+        return NodeOfCarrier(at.sdb, *added);
+      return std::nullopt;
+    case NodeKind::kService:
+      if (Service* added = InsertService(messages, *database, *at.carrier, defaults, places, filter))
+        return NodeOfService(at.sdb, *added);
+      return std::nullopt;
+    default:
+      return std::nullopt;
+  }
+}
+
+namespace {
+
+void DeleteCarriersOf(StaticDatabase& database, const std::vector<NodeRef>& rows) {
+  std::map<Satellite*, Rows> lists;
+  for (const NodeRef& row : rows) lists[row.satellite].push_back(row.index);
+  for (auto& [satellite, places] : lists) {
+    std::sort(places.begin(), places.end());
+    DeleteCarriers(database, *satellite, places);
+  }
+}
+
+void DeleteEntries(StaticDatabase& database, const std::vector<NodeRef>& rows) {
+  for (const NodeKind kind : {NodeKind::kFavouriteTvEntry, NodeKind::kFavouriteRadioEntry}) {
+    std::map<uint32_t, Rows> groups;
+    for (const NodeRef& row : rows) {
+      if (row.kind == kind && row.group < kFavouriteGroups) groups[row.group].push_back(row.index);
+    }
+    for (auto& [group, places] : groups) {
+      std::sort(places.begin(), places.end());
+      DeleteFavourites(database.favourites[group], HalfOf(kind), places);
+    }
+  }
+}
+
+}  // namespace
+
+bool DeleteNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows) {
+  if (rows.empty()) return false;
+  const NodeRef& first = rows[0];
+  if (first.kind == NodeKind::kUbi) {
+    const Rows places = RowsOf(rows);
+    for (auto place = places.rbegin(); place != places.rend(); ++place) DeleteUbi(document, *place);
+    return true;
+  }
+  StaticDatabase* database = DatabaseOf(document, first);
+  if (!database) return false;
+  switch (first.kind) {
+    case NodeKind::kSdb:
+      return DeleteSdb(messages, document, first.sdb);
+    case NodeKind::kLnb:
+      return DeleteLnbs(messages, *database, RowsOf(rows));
+    case NodeKind::kSatellite:
+      DeleteSatellites(*database, RowsOf(rows));
+      return true;
+    case NodeKind::kCarrier:
+      DeleteCarriersOf(*database, rows);
+      return true;
+    case NodeKind::kService:
+      DeleteServices(*database, ServicesOf(rows));
+      return true;
+    case NodeKind::kFavouriteTvEntry:
+    case NodeKind::kFavouriteRadioEntry:
+      DeleteEntries(*database, rows);
+      return true;
+    default:
+      return false;
+  }
+}
+
+std::vector<Service*> ServicesOf(const std::vector<NodeRef>& rows) {
+  std::vector<Service*> services;
+  for (const NodeRef& row : rows) {
+    if (row.service) services.push_back(row.service);
+  }
+  return services;
+}
+
+bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, bool swap) {
+  const bool services = rows.empty() || rows[0].kind == NodeKind::kService;
+  if (services && swap) {
+    if (rows.size() == 2) return true;
+    Tell(messages, Icon::kStop, "Select two services to be swapped.");
+    return false;
+  }
+  if (services) return CheckServiceMove(messages, ServicesOf(rows)) && CheckOneList(messages, rows);
+  if (!CheckOneList(messages, rows)) return false;
+  const Rows places = RowsOf(rows);
+  return swap ? CheckSwapRows(messages, places) : CheckMoveRows(messages, places);
+}
+
+MoveDialogTexts MoveTextsOf(const std::vector<NodeRef>& rows, bool swap) {
+  const size_t row = rows.empty() ? 0 : RowsOf(rows)[0];
+  const NodeKind kind = rows.empty() ? NodeKind::kNone : rows[0].kind;
+  if (kind == NodeKind::kSatellite) return SatelliteMoveTexts(row, swap);
+  if (kind == NodeKind::kCarrier) return CarrierMoveTexts(row, swap);
+  const int number = static_cast<int>(row) + 1;
+  if (swap)
+    return {"Swap Information", Format("Swap Information \"%d\" with ", number), "Click to swap record."};
+  return {"Move Information", Format("Move Information from \"%d\" to ", number), "Click to move record."};
+}
+
+bool MoveNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows, bool swap,
+               const std::string& target) {
+  StaticDatabase* database = rows.empty() ? nullptr : DatabaseOf(document, rows[0]);
+  if (!database || !CheckOneList(messages, rows)) return false;
+  const NodeRef& first = rows[0];
+  const Rows places = RowsOf(rows);
+  switch (first.kind) {
+    case NodeKind::kSatellite:
+      return swap ? SwapSatellites(messages, *database, places, target).has_value()
+                  : MoveSatellites(messages, *database, places, target).has_value();
+    case NodeKind::kCarrier:
+      return swap ? SwapCarriers(messages, *database, *first.satellite, places, target).has_value()
+                  : MoveCarriers(messages, *database, *first.satellite, places, target).has_value();
+    case NodeKind::kService:
+      return !swap && MoveServices(messages, *database, *first.carrier, places, target).has_value();
+    case NodeKind::kFavouriteTvEntry:
+    case NodeKind::kFavouriteRadioEntry: {
+      if (first.group >= kFavouriteGroups) return false;
+      FavouriteGroup& group = database->favourites[first.group];
+      const GroupKind half = HalfOf(first.kind);
+      return swap ? SwapFavourites(messages, group, half, places, target).has_value()
+                  : MoveFavourites(messages, group, half, places, target).has_value();
+    }
+    default:
+      return false;
+  }
+}
+
+DropMark DropMarkOf(const std::vector<NodeRef>& rows, const NodeRef& target) {
+  if (rows.empty() || !NodeTakes(target.kind, NodeAction::kMove)) return {};
+  const NodeRef& first = rows[0];
+  if (InOneList(first, target)) return {true, first.index < target.index};
+  return {target.kind == NodeKind::kService && first.kind == target.kind && first.sdb == target.sdb, false};
+}
+
+bool DropNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
+               const NodeRef& target) {
+  StaticDatabase* database = rows.empty() ? nullptr : DatabaseOf(document, rows[0]);
+  if (!database || std::find(rows.begin(), rows.end(), target) != rows.end()) return false;
+  if (!CheckOneList(messages, rows)) return false;
+  const NodeRef& first = rows[0];
+  if (DropMarkOf(rows, target).fits) {
+    if (InOneList(first, target))
+      return MoveNodes(messages, document, rows, false, Format("%d", static_cast<int>(target.index) + 1));
+    std::vector<NodeRef> sorted = rows;
+    std::sort(sorted.begin(), sorted.end(),
+              [](const NodeRef& one, const NodeRef& other) { return one.index < other.index; });
+    return MoveServicesToCarrier(messages, *database, ServicesOf(sorted), *target.carrier, target.index);
+  }
+  const bool carriers = first.kind == NodeKind::kCarrier && target.kind == first.kind;
+  Tell(messages, Icon::kStop,
+       carriers && target.sdb == first.sdb ? "Carrier move between satellites is not supported."
+                                           : "Can not drop in mismatched record type.");
+  return false;
+}
+
+const std::vector<FieldChoice>& FieldChoices() {
+  static const std::vector<FieldChoice> kChoices = [] {
+    std::vector<FieldChoice> choices;
+    const auto satellite = [&](const char* title, std::string text, SatelliteField field, uint32_t value) {
+      choices.push_back({title, std::move(text), false, field, {}, value});
+    };
+    const auto carrier = [&](const char* title, std::string text, CarrierField field, uint32_t value) {
+      choices.push_back({title, std::move(text), true, {}, field, value});
+    };
+    // Access keys: 1 to 9, then A to G.
+    for (uint32_t i = 0; i < kMaximumLnbs; ++i) {
+      const int number = static_cast<int>(i) + 1;
+      satellite("LNB Inde&x",
+                i < 9 ? Format("LNB&%d", number)
+                      : Format("&%c  LNB%d", static_cast<char>('A' + static_cast<int>(i) - 9), number),
+                SatelliteField::kLnbIndex, i);
+    }
+    satellite("&EastWest Flag", "&East", SatelliteField::kEast, 1);
+    satellite("&EastWest Flag", "&West", SatelliteField::kEast, 0);
+    satellite("&Factory Default", "&Yes", SatelliteField::kFactoryDefault, 1);
+    satellite("&Factory Default", "&No", SatelliteField::kFactoryDefault, 0);
+    for (uint32_t i = 0; i < 4; ++i)
+      carrier("&Polarization", "&" + PolarizationName(i), CarrierField::kPolarization, i);
+    static constexpr const char* kFecs[] = {"&Auto", "&1/2", "&2/3", "&3/4", "&5/6", "&7/8"};
+    for (uint32_t i = 0; i < 6; ++i) carrier("F&EC", kFecs[i], CarrierField::kFec, i);
+    carrier("&Factory Default", "&Yes", CarrierField::kFactoryDefault, 1);
+    carrier("&Factory Default", "&No", CarrierField::kFactoryDefault, 0);
+    return choices;
+  }();
+  return kChoices;
+}
+
+void MarkNodes(Document& document, const std::vector<NodeRef>& rows, const FieldChoice& choice) {
+  for (const NodeRef& row : rows) {
+    StaticDatabase* database = DatabaseOf(document, row);
+    if (!database) continue;
+    if (choice.carrier && row.kind == NodeKind::kCarrier)
+      MarkCarriers(*row.satellite, {row.index}, choice.carrier_field, choice.value);
+    if (!choice.carrier && row.kind == NodeKind::kSatellite)
+      MarkSatellites(*database, {row.index}, choice.satellite_field, choice.value);
+  }
+}
+
+namespace {
+
+bool Matches(const NodeRef& row, const FieldChoice& choice) {
+  if (choice.carrier) {
+    if (row.kind != NodeKind::kCarrier) return false;
+    const CarrierRecord& record = row.carrier->record;
+    if (choice.carrier_field == CarrierField::kPolarization) return record.polarization == choice.value;
+    if (choice.carrier_field == CarrierField::kFec) return record.fec == choice.value;
+    return (record.user == 0) == (choice.value != 0);
+  }
+  if (row.kind != NodeKind::kSatellite) return false;
+  const SatelliteRecord& record = row.satellite->record;
+  if (choice.satellite_field == SatelliteField::kLnbIndex) return record.lnb_index == choice.value;
+  if (choice.satellite_field == SatelliteField::kEast) return record.east == choice.value;
+  return (record.user == 0) == (choice.value != 0);
+}
+
+}  // namespace
+
+Rows MatchingRows(const std::vector<NodeRef>& rows, const FieldChoice& choice) {
+  Rows matching;
+  for (size_t i = 0; i < rows.size(); ++i) {
+    if (Matches(rows[i], choice)) matching.push_back(i);
+  }
+  return matching;
+}
+
+bool AddRowsToGroup(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
+                    uint32_t group) {
+  StaticDatabase* database = rows.empty() ? nullptr : DatabaseOf(document, rows[0]);
+  if (!database || group >= kFavouriteGroups) return false;
+  FavouriteGroup& lists = database->favourites[group];
+  const std::vector<Service*> before = lists.tv, services = ServicesOf(rows);
+  if (!AddFavourites(messages, lists, GroupKind::kTv, services)) return false;
+  if (AddFavourites(messages, lists, GroupKind::kRadio, services)) return true;
+  lists.tv = before;
+  return false;
+}
+
+bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,
+                const std::vector<Service*>& all, const std::set<const Service*>& chosen) {
+  std::vector<Service*>& entries = EntriesOf(group, kind);
+  const std::vector<Service*> before = entries;
+  std::vector<Service*> wanted;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(wanted),
+               [&](const Service* service) { return chosen.contains(service); });
+  std::erase_if(entries, [&](const Service* service) { return !chosen.contains(service); });
+  if (AddFavourites(messages, group, kind, wanted)) return true;
+  entries = before;
+  return false;
+}
+
+bool CheckSeparateSdb(const Messages& messages, const StaticDatabase& database) {
+  if (database.satellites.empty()) {
+    Tell(messages, Icon::kStop,
+         "Invalid SDB. \nNOTE: Valid SDB should contain atleast one satellite record.");
+  } else if (database.carriers.empty()) {
+    Tell(messages, Icon::kStop, "Invalid SDB. \nNOTE: Valid SDB should contain atleast one Carrier record.");
+  } else if (database.lnb_count > kMaximumLnbs) {
+    Tell(messages, Icon::kStop, "Invalid SDB. LNB count exceecds the limit 16.");
+  } else {
+    return true;
+  }
+  return false;
+}
+
+Rows SatelliteRows(const Document& document, const std::vector<NodeRef>& rows,
+                   const std::vector<NodeRef>& selected) {
+  Rows places;
+  const auto take = [&](const std::vector<NodeRef>& nodes) {
+    for (const NodeRef& node : nodes) {
+      if (node.kind == NodeKind::kSatellite) places.push_back(node.index);
+    }
+  };
+  take(rows);
+  if (rows.size() == 1 && rows[0].kind == NodeKind::kSatelliteLevel) {
+    take(selected);
+    if (places.empty()) take(ChildNodes(document, rows[0]));
+  }
+  std::sort(places.begin(), places.end());
+  return places;
+}
+
+}  // namespace vexa

@@ -1,0 +1,99 @@
+// Editing by the nodes that a database window shows: finds the lists that the chosen nodes stand in and runs
+// the operations of edit.h on them. Nodes must be those of the document's present state.
+#pragma once
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "core/edit.h"
+#include "view/tree_path.h"
+#include "view/view_model.h"
+
+namespace vexa {
+
+enum class NodeAction { kEdit, kAdd, kInsert, kDelete, kMove, kSwap };
+// Whether nodes of the kind can be edited so at all.
+bool NodeTakes(NodeKind kind, NodeAction action);
+
+ServiceFilter FilterOf(ListView view);
+
+// Where the node is in the tree; a favourite entry stands for its group.
+TreePath PathOfNode(const Document& document, const NodeRef& node);
+
+// Where a new record belongs: to the tree's node, whatever row of its list is selected; but where the row (of
+// kind kNone: none) is a service or carrier that does not stand right below that node, to what it stands
+// below.
+NodeRef NodeToAddAt(const NodeRef& tree, const NodeRef& row);
+// Adds what is added at the tree node `at`: below a level, a satellite or a carrier; beside an SDB or a user
+// box record. Nothing after a message. The result is the new record's node.
+std::optional<NodeRef> AddAtNode(const Messages& messages, Document& document, const NodeRef& at,
+                                 const DefaultRecords& defaults, ServiceFilter filter = ServiceFilter::kAll);
+// Before the one row chosen.
+std::optional<NodeRef> InsertAtRows(const Messages& messages, Document& document,
+                                    const std::vector<NodeRef>& rows, const DefaultRecords& defaults,
+                                    ServiceFilter filter = ServiceFilter::kAll);
+// All rows are of the first one's kind and SDB.
+bool DeleteNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows);
+
+// Before the dialog opens, or rows are dragged: they lie in one list (one SDB's satellites, one satellite's
+// carriers, one carrier's services, one group) and follow one another there, services need not. A swap wants
+// one row, or two services of any carriers.
+bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, bool swap);
+// Title, prompt and tip of the dialog; not for services.
+MoveDialogTexts MoveTextsOf(const std::vector<NodeRef>& rows, bool swap);
+// To the place in their one list that `target` names (a number from 1).
+bool MoveNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows, bool swap,
+               const std::string& target);
+std::vector<Service*> ServicesOf(const std::vector<NodeRef>& rows);
+
+// ---- Drag and drop of rows of one list.
+// Whether dragged rows can be dropped on the target, and where they come to stand: a window marks that edge.
+struct DropMark {
+  bool fits = false;
+  bool behind = false;  // the target; else before it
+};
+DropMark DropMarkOf(const std::vector<NodeRef>& rows, const NodeRef& target);
+// The rows move to the place of the target, as a move to it would: upwards the first one takes its place,
+// downwards the last one. Services dropped on one of another carrier stand before it, in the order of their
+// list. Rows of different lists, rows of another kind or SDB than the target's, and carriers of another
+// satellite are refused with a message; a target that is one of the rows changes nothing. False when nothing
+// was changed.
+bool DropNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
+               const NodeRef& target);
+
+// ---- "Mark As" and "Select": a menu of values for the fields of satellites and of carriers.
+struct FieldChoice {
+  const char* field;  // title of the submenu
+  std::string text;   // with its access key
+  bool carrier = false;
+  SatelliteField satellite_field = SatelliteField::kLnbIndex;
+  CarrierField carrier_field = CarrierField::kPolarization;
+  uint32_t value = 0;
+};
+const std::vector<FieldChoice>& FieldChoices();  // satellites' first; those of a field follow one another
+// Rows of the other kind are left alone.
+void MarkNodes(Document& document, const std::vector<NodeRef>& rows, const FieldChoice& choice);
+// Places in `rows` of those whose field has the value.
+Rows MatchingRows(const std::vector<NodeRef>& rows, const FieldChoice& choice);
+
+// Adds the services among the rows to both lists of the group, each to the one of its type. False after a
+// message, nothing being added then.
+bool AddRowsToGroup(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
+                    uint32_t group);
+
+// Makes the list name just the chosen services: those that it names keep their order, others of `all` follow
+// in its order. False after the limit's message.
+bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,
+                const std::vector<Service*>& all, const std::set<const Service*>& chosen);
+
+// ---- Saving parts of a document.
+// Whether the SDB can be a file of its own; else a message.
+bool CheckSeparateSdb(const Messages& messages, const StaticDatabase& database);
+// Table places of the satellites that are to be saved, ascending: those among the rows of the command; for
+// their level those that its list has selected, all of them where none is.
+Rows SatelliteRows(const Document& document, const std::vector<NodeRef>& rows,
+                   const std::vector<NodeRef>& selected);
+
+}  // namespace vexa

@@ -1,0 +1,160 @@
+#include "view/record_forms.h"
+
+#include <algorithm>
+
+#include "core/field_texts.h"
+#include "platform/text.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr int64_t kFullCircle = 361;  // degrees, first refused
+
+std::optional<Refusal> Verdict(std::string text, RecordField field, Icon icon = Icon::kStop) {
+  if (text.empty()) return std::nullopt;
+  return Refusal{std::move(text), icon, field};
+}
+
+struct Angle {
+  int64_t degrees = 0;
+  int64_t tenths = 0;  // of the whole angle
+};
+
+// Whole degrees and the first digit behind the point; what follows is dropped.
+Angle AngleOf(const std::string& text) {
+  const size_t point = std::min(text.find('.'), text.size());
+  Angle angle;
+  angle.degrees = NumberOf(std::string_view(text).substr(0, point));
+  angle.tenths = std::clamp<int64_t>(angle.degrees, -kFullCircle, kFullCircle) * 10;
+  if (point + 1 < text.size() && text[point + 1] >= '0' && text[point + 1] <= '9')
+    angle.tenths += text[point + 1] - '0';
+  // "-.5" and "-0.5" lie below 0 although their whole part does not.
+  if (angle.degrees == 0 && text.find('-') < point) angle.degrees = -1;
+  return angle;
+}
+
+// True: `pid` may be stored, 8192 in place of an invalid one. The question is asked with the caller's text.
+bool PidByAnswer(const Messages& messages, const std::string& question, uint32_t& pid, int64_t entered) {
+  pid = static_cast<uint32_t>(entered);
+  if (question.empty()) return true;
+  if (!Ask(messages, "%s", question.c_str())) return false;
+  pid = kNoPid;
+  return true;
+}
+
+}  // namespace
+
+std::optional<Refusal> JudgeName(const std::string& text, std::string (*rule)(std::string_view),
+                                 std::string& name) {
+  name = LatinFromUtf8(text);
+  if (auto refusal = Verdict(rule(name), kFieldName)) return refusal;
+  return Verdict(CharactersText(text), kFieldName);
+}
+
+SatelliteForm SatelliteFormOf(const SatelliteRecord& record) {
+  SatelliteForm form;
+  form.name = Utf8FromLatin(NameOf(record.name));
+  form.lnb_index = record.lnb_index;
+  form.east = record.east != 0;
+  form.angle = AngleText(record.angle);
+  form.position = std::to_string(record.position);
+  form.factory_default = record.user == 0;
+  return form;
+}
+
+std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteForm& form,
+                                      SatelliteRecord& record) {
+  std::string name;
+  const int64_t position = FilledNumberOf(form.position);
+  const Angle angle = AngleOf(form.angle);
+  if (auto refusal = JudgeName(form.name, SatelliteNameText, name)) return refusal;
+  if (auto refusal = Verdict(SatellitePositionText(position), kFieldPosition)) return refusal;
+  // A comma would drop what follows without a word.
+  if (std::count(form.angle.begin(), form.angle.end(), '.') > 1 || form.angle.find(',') != std::string::npos)
+    return Verdict("Invalid format of satellite angle", kFieldAngle, Icon::kWarning);
+  if (auto refusal = Verdict(SatelliteAngleText(angle.degrees), kFieldAngle)) return refusal;
+  const uint32_t tenths = static_cast<uint32_t>(angle.tenths) & 0xFFF;
+  const std::string zero = SatelliteZeroAngleText(tenths);
+  if (!zero.empty()) Tell(messages, Icon::kWarning, "%s", zero.c_str());
+  SetName(record.name, name);
+  record.lnb_index = form.lnb_index < kMaximumLnbs ? form.lnb_index & 0xFF : 0;
+  record.position = static_cast<uint32_t>(position) & 0xFF;
+  record.east = form.east;
+  record.angle = tenths & 0xFFF;
+  record.user = !form.factory_default;
+  return std::nullopt;
+}
+
+CarrierForm CarrierFormOf(const CarrierRecord& record) {
+  CarrierForm form;
+  form.name = Utf8FromLatin(NameOf(record.name));
+  form.frequency = std::to_string(record.frequency);
+  form.symbol_rate = std::to_string(record.symbol_rate);
+  form.polarization = record.polarization;
+  form.fec = record.fec;
+  form.factory_default = record.user == 0;
+  return form;
+}
+
+std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& lnb, CarrierRecord& record) {
+  std::string name;
+  const int64_t frequency = NumberOf(form.frequency), symbol_rate = NumberOf(form.symbol_rate);
+  if (auto refusal = JudgeName(form.name, CarrierNameText, name)) return refusal;
+  if (auto refusal = Verdict(CarrierFrequencyText(lnb.type, frequency), kFieldFrequency)) return refusal;
+  if (auto refusal = Verdict(CarrierSymbolRateText(symbol_rate), kFieldSymbolRate)) return refusal;
+  SetName(record.name, name);
+  record.frequency = static_cast<uint32_t>(frequency);
+  record.symbol_rate = static_cast<uint32_t>(symbol_rate) & 0xFFFFFF;
+  record.polarization = form.polarization & 3;
+  record.fec = form.fec & 7;
+  record.user = !form.factory_default;
+  return std::nullopt;
+}
+
+ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal) {
+  ServiceForm form;
+  form.name = Utf8FromLatin(NameOf(record.name));
+  form.program_number = std::to_string(record.program_number);
+  form.type = record.type;
+  form.free = record.free != 0;
+  form.video_pid = PidText(record.video_pid, hexadecimal);
+  form.audio_pid = PidText(record.audio_pid, hexadecimal);
+  form.pcr_pid = PidText(record.pcr_pid, hexadecimal);
+  return form;
+}
+
+std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
+                                    const Carrier* carrier, ServiceRecord& record) {
+  std::string name;
+  const int64_t number_entered = FilledNumberOf(form.program_number);
+  const int64_t video_entered = NumberOf(form.video_pid, hexadecimal);
+  const int64_t audio_entered = NumberOf(form.audio_pid, hexadecimal);
+  const int64_t pcr_entered = NumberOf(form.pcr_pid, hexadecimal);
+  if (auto refusal = JudgeName(form.name, ServiceNameText, name)) return refusal;
+  if (auto refusal =
+          Verdict(RangeText("Service program number", number_entered, 0, 0xFFFF), kFieldProgramNumber))
+    return refusal;
+  const auto number = static_cast<uint32_t>(number_entered);
+  if (carrier)
+    for (const Service* other : carrier->services)
+      if (&other->record != &record && other->record.program_number == number)
+        return Verdict(kProgramNumberText, kFieldProgramNumber);
+  uint32_t video = 0, audio = 0, pcr = 0;
+  if (!PidByAnswer(messages, VideoPidText(form.type, video_entered), video, video_entered))
+    return Refusal{"", Icon::kNone, kFieldVideoPid};
+  if (!PidByAnswer(messages, AudioPidText(audio_entered), audio, audio_entered))
+    return Refusal{"", Icon::kNone, kFieldAudioPid};
+  if (!PidByAnswer(messages, PcrPidText(pcr_entered), pcr, pcr_entered))
+    return Refusal{"", Icon::kNone, kFieldPcrPid};
+  SetName(record.name, name);
+  record.program_number = number & 0xFFFF;
+  record.type = form.type & 3;
+  record.free = form.free;
+  record.video_pid = (form.type == kTv ? video : kNoPid) & 0x3FFF;
+  record.audio_pid = audio & 0x3FFF;
+  record.pcr_pid = pcr & 0x3FFF;
+  return std::nullopt;
+}
+
+}  // namespace vexa

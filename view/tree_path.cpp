@@ -1,0 +1,50 @@
+#include "view/tree_path.h"
+
+#include <algorithm>
+
+namespace vexa {
+
+namespace {
+
+template <class T>
+int PositionOf(const std::vector<T*>& list, const T* record) {
+  const auto found = std::find(list.begin(), list.end(), record);
+  return found == list.end() ? -1 : static_cast<int>(found - list.begin());
+}
+
+}  // namespace
+
+std::vector<NodeRef> NodesAlong(const Document& document, const TreePath& path) {
+  std::vector<NodeRef> nodes;
+  for (const uint32_t position : path) {
+    const auto siblings = nodes.empty() ? RootNodes(document) : ChildNodes(document, nodes.back());
+    if (position >= siblings.size()) break;
+    nodes.push_back(siblings[position]);
+  }
+  return nodes;
+}
+
+TreePath PathOf(const RecordPlace& place) {
+  TreePath path;
+  for (const int position : {place.sdb, static_cast<int>(kSatelliteLevelPosition), place.satellite,
+                             place.carrier, place.service}) {
+    if (position < 0) break;
+    path.push_back(static_cast<uint32_t>(position));
+  }
+  return path;
+}
+
+RecordPlace PlaceOf(const Document& document, const NodeRef& node) {
+  RecordPlace place;
+  if (node.kind == NodeKind::kNone || node.sdb >= document.sdbs.size()) return place;
+  place.sdb = static_cast<int>(node.sdb);
+  if (!node.satellite) return place;
+  place.satellite = PositionOf(document.sdbs[node.sdb].database->satellites, node.satellite);
+  if (!node.carrier || place.satellite < 0) return place;
+  place.carrier = PositionOf(node.satellite->carriers, node.carrier);
+  if (!node.service || place.carrier < 0) return place;
+  place.service = PositionOf(node.carrier->services, node.service);
+  return place;
+}
+
+}  // namespace vexa

@@ -1,0 +1,22 @@
+// Places in the tree of a database window that stay meaningful while records come and go: positions instead
+// of pointers.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "core/check.h"
+#include "core/find.h"
+#include "view/view_model.h"
+
+namespace vexa {
+
+// The nodes along the path, as far as they exist.
+std::vector<NodeRef> NodesAlong(const Document& document, const TreePath& path);
+
+TreePath PathOf(const RecordPlace& place);
+// The satellite, carrier or service of the node; of a favourite entry: of the service that it names. Other
+// nodes of an SDB stand before its first satellite.
+RecordPlace PlaceOf(const Document& document, const NodeRef& node);
+
+}  // namespace vexa

@@ -1,0 +1,182 @@
+#include "view/urt_form.h"
+
+#include <algorithm>
+
+#include "config/software_version.h"
+#include "platform/text.h"
+#include "view/target_file.h"
+
+namespace vexa {
+
+namespace {
+
+std::optional<Refusal> CheckRow(const UrtForm& dialog, size_t place) {
+  const UrtRow& row = dialog.rows[place];
+  const auto refuse = [place](const char* text, int field) {
+    return Refusal{text, Icon::kStop, field, place};
+  };
+  std::error_code error;
+  if (row.image.empty()) return refuse("Choose an image file.", UrtField::kImage);
+  if (!std::filesystem::is_regular_file(row.image, error)) {
+    return refuse("The image file does not exist.", UrtField::kImage);
+  }
+  if (row.urt.empty()) return refuse("Give the URT file a name.", UrtField::kUrt);
+  for (const UrtRow& other : dialog.rows) {
+    if (NameOneFile(other.image, row.urt))
+      return refuse("The URT file would take the place of an image.", UrtField::kUrt);
+  }
+  if (row.region < 0 || static_cast<size_t>(row.region) >= dialog.regions.size()) {
+    return refuse("Choose an image type.", UrtField::kRegion);
+  }
+  if (LatinFromUtf8(row.name).size() > kLongestImageName) {
+    return refuse("An image name has at most 49 characters.", UrtField::kName);
+  }
+  if (!FitsLatin(row.name)) {
+    return refuse("The image name has characters that no URT file holds.", UrtField::kName);
+  }
+  for (size_t i = 0; i < place; ++i) {
+    if (NameOneFile(dialog.rows[i].urt, row.urt)) {
+      return refuse("Two images would be written to the same URT file.", UrtField::kUrt);
+    }
+  }
+  return std::nullopt;
+}
+
+bool TellResult(const Context& context, ConversionResult result, const UrtRow& row) {
+  switch (result) {
+    case ConversionResult::kDone:
+      return true;
+    case ConversionResult::kCannotOpen:
+      Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+      break;
+    case ConversionResult::kRefused:
+      break;  // told where it was found
+    case ConversionResult::kReadFailed:
+      Tell(context.messages, Icon::kStop, "Could not read file \"%s\".", Utf8FromPath(row.image).c_str());
+      break;
+    case ConversionResult::kWriteFailed:
+      Tell(context.messages, Icon::kStop, "Could not write file \"%s\".", Utf8FromPath(row.urt).c_str());
+      break;
+  }
+  return false;
+}
+
+}  // namespace
+
+UrtForm OpenUrtForm(const ProjectConfig& config) {
+  UrtForm dialog;
+  for (size_t i = 0; i < config.regions.size(); ++i) {
+    dialog.regions.push_back(Utf8FromLatin(config.regions[i].name));
+    const ImageDescription description = DescribeForRegion(config, i);
+    dialog.compressible.push_back(MayBeCompressed(description.type, description.flag));
+  }
+  dialog.software_major = std::to_string(config.software_major);
+  dialog.software_minor = std::to_string(config.software_minor);
+  dialog.compressed = config.compressed_image;
+  dialog.compression_type = config.compression_type == 1 ? 1 : 0;
+  dialog.compression_level = std::min<int>(config.compression_level, 8);
+  return dialog;
+}
+
+UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image) {
+  UrtRow row;
+  ChooseUrtImage(row, image);
+  if (config.regions.empty()) return row;
+  const size_t region = config.image_type_index < config.regions.size() ? config.image_type_index : 0;
+  row.region = static_cast<int>(region);
+  row.name = Utf8FromLatin(config.regions[region].name);
+  return row;
+}
+
+void ChooseUrtImage(UrtRow& row, const Path& image) {
+  const auto proposed = [](const Path& path) {
+    return path.empty() ? Path() : UrtPathIn(path.parent_path(), path);
+  };
+  if (row.urt == proposed(row.image)) row.urt = proposed(image);
+  row.image = image;
+}
+
+void ChooseUrtRegion(const UrtForm& dialog, UrtRow& row, int region) {
+  const auto name_of = [&dialog](int place) {
+    return place >= 0 && static_cast<size_t>(place) < dialog.regions.size()
+               ? dialog.regions[static_cast<size_t>(place)]
+               : std::string();
+  };
+  if (row.name == name_of(row.region)) row.name = name_of(region);
+  row.region = region;
+}
+
+CompressionChoices ChoicesOfCompression(const UrtForm& dialog) {
+  const auto may = [&dialog](const UrtRow& row) {
+    const auto region = static_cast<size_t>(row.region);
+    return region >= dialog.compressible.size() || dialog.compressible[region];
+  };
+  CompressionChoices choices;
+  choices.compressed = dialog.rows.empty() || std::any_of(dialog.rows.begin(), dialog.rows.end(), may);
+  choices.method = choices.compressed && dialog.compressed;
+  choices.level = choices.method && dialog.compression_type == 0;
+  return choices;
+}
+
+Path UrtPathIn(const Path& folder, const Path& image) {
+  return folder / image.filename().replace_extension("urt");
+}
+
+std::optional<Refusal> CheckUrtForm(const UrtForm& dialog) {
+  if (dialog.rows.empty()) return Refusal{"Add at least one image.", Icon::kStop, UrtField::kImage, 0};
+  for (size_t i = 0; i < dialog.rows.size(); ++i) {
+    if (const auto refusal = CheckRow(dialog, i)) return refusal;
+  }
+  SoftwareVersion version;
+  const auto refusal = ReadSoftwareVersion(dialog.software_major, dialog.software_minor, version);
+  if (!refusal) return std::nullopt;
+  return Refusal{refusal->text, Icon::kStop,
+                 refusal->field == kSoftwareMajorField ? UrtField::kMajor : UrtField::kMinor, 0};
+}
+
+std::optional<size_t> KeptUrt(const Messages& messages, UrtForm& dialog) {
+  for (size_t i = 0; i < dialog.rows.size(); ++i) {
+    if (!MayReplace(messages, dialog.rows[i].urt, dialog.rows[i].agreed)) return i;
+  }
+  for (UrtRow& row : dialog.rows) row.agreed = row.urt;
+  return std::nullopt;
+}
+
+ImageDescription DescribeForRegion(const ProjectConfig& config, size_t place) {
+  const RegionEntry& region = config.regions[place];
+  ImageDescription description = DescribeImage(config);
+  const bool application = region.type == 3;
+  description.type = application ? 0 : region.type & 15;
+  description.kind = application ? 4 : region.type == 4 ? 3 : region.type & 15;
+  // Static databases have no fixed address in the receiver, as when they are uploaded.
+  description.flag = region.type == 4 || config.configuration_index != 0;
+  description.name = region.name;
+  description.start = region.start;
+  description.end = region.end;
+  return description;
+}
+
+size_t ConvertRows(const Context& context, const ProjectConfig& config, const UrtForm& dialog,
+                   const LocalTime& time) {
+  ConversionParameters parameters = SetConversionParameters(config, time);
+  parameters.compressed = dialog.compressed;
+  parameters.compression_type = static_cast<uint8_t>(dialog.compression_type);
+  parameters.level = dialog.compression_level + 1;
+  SoftwareVersion version;
+  ReadSoftwareVersion(dialog.software_major, dialog.software_minor, version);
+  if (context.progress.range) context.progress.range(dialog.rows.size());
+  for (size_t i = 0; i < dialog.rows.size(); ++i) {
+    if (context.progress.position) context.progress.position(i);
+    const UrtRow& row = dialog.rows[i];
+    ImageDescription description = DescribeForRegion(config, static_cast<size_t>(row.region));
+    description.name = LatinFromUtf8(row.name);
+    description.software_major = version.major;
+    description.software_minor = version.minor;
+    if (!TellResult(context, ConvertToUrt(context, parameters, description, row.image, row.urt), row))
+      return i;
+  }
+  if (context.progress.position) context.progress.position(dialog.rows.size());
+  return dialog.rows.size();
+}
+
+}  // namespace vexa

@@ -1,0 +1,70 @@
+// The dialogs that turn images into URT files, without their windows: what the fields hold, what OK refuses,
+// and the conversion of one or several images in one go. Texts are UTF-8.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "image/urt.h"
+
+namespace vexa {
+
+// One image to convert.
+struct UrtRow {
+  Path image, urt;
+  int region = -1;   // of the configuration; -1: none
+  std::string name;  // as the URT file carries it
+  Path agreed;       // a URT file that the user has agreed to replace
+};
+
+struct UrtForm {
+  std::vector<std::string> regions;  // the "Image Type" list
+  std::vector<bool> compressible;    // whether an image for that region may be compressed
+  std::vector<UrtRow> rows;          // the single form has exactly one
+  std::string software_major, software_minor;
+  bool compressed = false;
+  int compression_type = 0, compression_level = 0;  // places in kCompressionTypes and kCompressionLevels
+};
+
+struct UrtField {
+  enum : int { kNone, kImage, kUrt, kRegion, kName, kMajor, kMinor };
+};
+
+inline constexpr size_t kLongestImageName = 49;  // bytes, as a region's
+inline constexpr size_t kMostUrtRows = 255;      // of one go
+
+// With the configuration's versions and compression, and no row.
+UrtForm OpenUrtForm(const ProjectConfig& config);
+// A row for the image: the configuration's image type and that region's name, the URT file beside the image.
+UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image);
+// Another image brings its URT file's name along, unless the user gave that one of its own.
+void ChooseUrtImage(UrtRow& row, const Path& image);
+// Another region brings its name along, unless the user gave the row a name of its own.
+void ChooseUrtRegion(const UrtForm& dialog, UrtRow& row, int region);
+// Which of the compression's fields take an answer. The check box: some row's image may be compressed, or
+// there is no row yet; images that may not go as they are beside those that may.
+struct CompressionChoices {
+  bool compressed = false, method = false, level = false;
+};
+CompressionChoices ChoicesOfCompression(const UrtForm& dialog);
+// The image's own name with "urt" behind the last dot, in `folder`.
+Path UrtPathIn(const Path& folder, const Path& image);
+
+// Nothing when all may be converted.
+std::optional<Refusal> CheckUrtForm(const UrtForm& dialog);
+
+// Asks for each URT file of a checked dialog that is there already whether it may be replaced. Nothing when
+// all may be written, which is remembered in the rows; else the row of the first No.
+std::optional<size_t> KeptUrt(const Messages& messages, UrtForm& dialog);
+
+// How an image for that region is described: a region of type 3 takes the application database, which is
+// image type 0 of kind 4; any other gives its own type, static databases being of kind 3.
+ImageDescription DescribeForRegion(const ProjectConfig& config, size_t region);
+
+// Converts the rows of a checked dialog in order, one step of progress each. Each URT file appears whole or
+// not at all; a failure (message shown) ends it, files before it stay. The number of files made.
+size_t ConvertRows(const Context& context, const ProjectConfig& config, const UrtForm& dialog,
+                   const LocalTime& time);
+
+}  // namespace vexa
