@@ -76,15 +76,16 @@ void ShowLnb(const Form& form, const LnbForm& lnb) {
     form.Enable(id, false);
 }
 
-LnbForm TakenLnb(const Form& form) {
-  LnbForm taken;
+// Codes without a name stay as they are until others are chosen.
+LnbForm TakenLnb(const Form& form, const LnbForm& shown) {
+  LnbForm taken = shown;
   taken.frequency1 = form.Text(IDC_LNB_FREQUENCY1);
   taken.frequency2 = form.Text(IDC_LNB_FREQUENCY2);
   taken.type = form.Code(IDC_LNB_TYPE);
   taken.power = form.Checked(IDC_LNB_POWER);
-  taken.tone_22khz = form.Code(IDC_LNB_TONE);
-  taken.switch_type = form.Code(IDC_LNB_SWITCH);
-  taken.selection = form.Code(IDC_LNB_SELECTION);
+  if (form.Choice(IDC_LNB_TONE) >= 0) taken.tone_22khz = form.Code(IDC_LNB_TONE);
+  if (form.Choice(IDC_LNB_SWITCH) >= 0) taken.switch_type = form.Code(IDC_LNB_SWITCH);
+  if (form.Choice(IDC_LNB_SELECTION) >= 0) taken.selection = form.Code(IDC_LNB_SELECTION);
   taken.motor = form.Checked(IDC_LNB_MOTOR);
   return taken;
 }
@@ -127,7 +128,6 @@ void ShowCarrier(const Form& form, const Satellite& satellite, const CarrierForm
   form.Check(IDC_CARRIER_FACTORY, carrier.factory_default);
 }
 
-// A code without a name stays as it is until another one is chosen.
 CarrierForm TakenCarrier(const Form& form, const CarrierForm& shown) {
   CarrierForm taken = shown;
   taken.name = form.Text(IDC_RECORD_NAME);
@@ -182,14 +182,16 @@ ServiceForm TakenService(const Form& form, const ServiceRecord& record) {
 bool EditLnb(EditorWindow& editor, const NodeRef& node) {
   if (node.sdb >= editor.document.sdbs.size() || node.index >= kMaximumLnbs) return false;
   LnbRecord& record = editor.document.sdbs[node.sdb].database->lnbs[node.index];
+  const LnbForm shown = LnbFormOf(record);
   FormActions actions;
-  actions.open = [&](Form& form) { ShowLnb(form, LnbFormOf(record)); };
+  actions.open = [&](Form& form) { ShowLnb(form, shown); };
   actions.command = [](Form& form, int id, int code) {
     if (id == IDC_LNB_SWITCH && code == CBN_SELCHANGE) ShowSelection(form, form.Code(id), 0);
   };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form,
-                  [&] { return StoreLnb(TakenLnb(form), record, editor.app->config.database_variant); });
+    return Accept(editor, form, [&] {
+      return StoreLnb(TakenLnb(form, shown), record, editor.app->config.database_variant);
+    });
   };
   return RunForm(*editor.app, IDD_LNB, actions);
 }

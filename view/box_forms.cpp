@@ -44,6 +44,30 @@ LnbForm LnbFormOf(const LnbRecord& record) {
   return form;
 }
 
+namespace {
+
+// Codes that are not among the choices stay as they are until others are chosen.
+void StoreSwitch(const LnbForm& form, LnbRecord& record) {
+  const LnbForm kept = LnbFormOf(record);
+  const auto last = static_cast<uint32_t>(SwitchChoices(form.switch_type).size()) - 1;
+  const bool known = form.switch_type <= kSwitchDiseqc && form.selection <= last;
+  if (!known && form.switch_type == kept.switch_type && form.selection == kept.selection) return;
+  record.diseqc_switch = 0;
+  record.plain_switch = 0;
+  record.tone_burst_switch = 0;
+  const uint32_t selection = std::min(form.selection, last);
+  if (form.switch_type == kSwitchDiseqc) {
+    record.diseqc_switch = selection & 7;
+  } else if (form.switch_type == kSwitchToneBurst) {
+    record.tone_burst_switch = selection & 3;
+  } else {
+    record.plain_switch = selection & 31;
+  }
+  record.switch_type = form.switch_type & 3;
+}
+
+}  // namespace
+
 std::optional<Refusal> StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t database_variant) {
   const int64_t frequency1 = FilledNumberOf(form.frequency1), frequency2 = FilledNumberOf(form.frequency2);
   if (auto refusal = OscillatorVerdict(frequency1, kFieldOscillator1)) return refusal;
@@ -55,20 +79,8 @@ std::optional<Refusal> StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t
   if (database_variant != 0) return std::nullopt;
   record.cleared_0 = 0;
   record.cleared_12 = 0;
-  record.diseqc_switch = 0;
-  record.plain_switch = 0;
-  record.tone_burst_switch = 0;
-  const uint32_t last = static_cast<uint32_t>(SwitchChoices(form.switch_type).size()) - 1;
-  const uint32_t selection = std::min(form.selection, last);
-  if (form.switch_type == kSwitchDiseqc) {
-    record.diseqc_switch = selection & 7;
-  } else if (form.switch_type == kSwitchToneBurst) {
-    record.tone_burst_switch = selection & 3;
-  } else {
-    record.plain_switch = selection & 31;
-  }
+  StoreSwitch(form, record);
   record.tone_22khz = form.tone_22khz & 3;
-  record.switch_type = form.switch_type & 3;
   record.motor = form.motor & 1;
   return std::nullopt;
 }
