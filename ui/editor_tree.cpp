@@ -130,7 +130,7 @@ class TreeSync {
     for (TreeNode* node : added_) AddItem(*node);
     for (TreeNode* node : to_open_) Reopen(*node);
     ScrollTo(NodeAt(top));
-    if (records_ == Records::kRebuilt) wanted_ = NodeAt(selected);
+    if (records_ == Records::kRebuilt) wanted_ = InSight(NodeAt(selected));
     if (wanted_ && wanted_->item && wanted_->item != TreeView_GetSelection(editor_.tree))
       TreeView_SelectItem(editor_.tree, wanted_->item);
     return refusal_;
@@ -161,11 +161,17 @@ class TreeSync {
 
   HTREEITEM FirstVisible() const { return TreeView_GetNextItem(editor_.tree, nullptr, TVGN_FIRSTVISIBLE); }
 
-  // The user goes on seeing what was seen, as far as it is there and open.
-  void ScrollTo(TreeNode* node) {
+  // The node itself, or the topmost closed one above it: selecting what is below a closed node opens that.
+  static TreeNode* InSight(TreeNode* node) {
     for (TreeNode* above = node; above; above = above->parent) {
       if (above->parent && above->parent->parent && !above->parent->expanded) node = above->parent;
     }
+    return node;
+  }
+
+  // The user goes on seeing what was seen, as far as it is there and open.
+  void ScrollTo(TreeNode* node) {
+    node = InSight(node);
     if (node && node->item && node->item != FirstVisible())
       TreeView_Select(editor_.tree, node->item, TVGN_FIRSTVISIBLE);
   }

@@ -133,6 +133,8 @@ TEST_F(Edits, TheRowsThatWereChosenAreTheOnesChanged) {
        {"V1", "V2", "V3", "V4", "V5", "V6", "R1", "*", "R2"},
        kCmdViewServices},
       {kSdbNode, kCmdAdd, {2}, "", {"V1", "V2", "V3", "V4", "V5", "V6", "*", "R1"}, kCmdViewServices},
+      {kSdbNode, kCmdInsert, {1}, "", {"R1", "*", "R2"}, kCmdViewRadio},
+      {kSdbNode, kCmdAdd, {1}, "", {"V1", "V2", "V3", "V4", "V5", "V6", "*"}, kCmdViewTv},
       {kSatelliteList, kCmdDelete, {0, 6}, "", {"C2", "C3", "C4", "C5", "C6", "D2"}, kCmdViewCarriers},
       {kSatelliteList,
        kCmdAdd,
@@ -168,6 +170,119 @@ TEST_F(Edits, TheRowsThatWereChosenAreTheOnesChanged) {
     EXPECT_EQ(show(), before) << what;
     EXPECT_THAT(Caption(), Not(HasSubstr("*"))) << what << ": one step";
   }
+  End();
+}
+
+// With the focus in the tree its node is meant, whatever rows the list has selected.
+TEST_F(Edits, TheTreesNodeIsMeantWhereTheTreeHasTheFocus) {
+  Start({L"--test-mode"}, PutDocument(SixOfEach()));
+  ASSERT_TRUE(driver_->SelectItem(kServiceList));
+  Choose({1, 2});
+  const RECT place = driver_->ItemPlace(kServiceList);
+  driver_->Click(Tree(), {(place.left + place.right) / 2, (place.top + place.bottom) / 2});
+  ASSERT_TRUE(driver_->Until("the focus", [&] { return driver_->Focused() == Tree(); }));
+  driver_->Command(kCmdDelete);
+  ASSERT_TRUE(driver_->SelectItem(kCarrierList));
+  EXPECT_THAT(Names(2), testing::ElementsAre("C2", "C3"));
+  driver_->Command(kCmdUndo);
+  End();
+}
+
+struct DroppedRows {
+  Labels node;
+  RowPlaces rows;
+  int target;
+  Labels left;  // first names of the list of `shown`
+  Labels shown;
+  unsigned view = 0;
+};
+
+// Several rows with one drag of the first of them; each is undone again.
+TEST_F(Edits, TheRowsThatWereDraggedAreTheOnesMoved) {
+  const Labels other_carrier = {"SDB1", "Satellites", "[ 1 ] S1", "[ 2 ] C2"};
+  const DroppedRows rows[] = {
+      {kSatelliteList, {1, 2}, 4, {"S1", "S4", "S5", "S2", "S3", "S6"}, kSatelliteList},
+      {kCarrierList, {3, 4}, 0, {"C4", "C5", "C1", "C2", "C3", "C6"}, kCarrierList},
+      {kServiceList, {1, 2}, 4, {"V1", "V4", "V5", "V2", "V3", "V6"}, kServiceList},
+      {kTvList, {4, 5}, 1, {"V1", "V5", "V6", "V2", "V3", "V4"}, kTvList},
+      {kRadioList, {0, 1}, 5, {"R3", "R4", "R5", "R6", "R1", "R2"}, kRadioList},
+      {kSdbNode, {1, 2}, 7, {"R1", "V2", "V3", "R2", "R3"}, other_carrier, kCmdViewServices},
+      {kSdbNode, {0, 7}, 3, {"R1", "R2"}, other_carrier, kCmdViewServices},
+  };
+  Start({L"--test-mode"}, PutDocument(SixOfEach()));
+  for (const DroppedRows& row : rows) {
+    const std::string what = row.node.back() + " to row " + std::to_string(row.target);
+    ASSERT_TRUE(driver_->SelectItem(row.node));
+    if (row.view) driver_->Command(row.view);
+    const auto middle = [&](int place) {
+      const RECT area = driver_->RowPlace(List(), place);
+      return POINT{(area.left + area.right) / 2, (area.top + area.bottom) / 2};
+    };
+    Choose(row.rows);
+    driver_->Drag(List(), middle(row.rows[0]), middle(row.target));
+    const bool refused = row.rows.back() - row.rows.front() > 5;
+    if (refused) {
+      EXPECT_EQ(driver_->Answer(IDOK), "Invalid Sequence. Can not continue.");
+    }
+    ASSERT_TRUE(driver_->SelectItem(row.shown));
+    EXPECT_THAT(Names(static_cast<int>(row.left.size())), ElementsAreArray(row.left)) << what;
+    if (!refused) driver_->Command(kCmdUndo);
+    EXPECT_THAT(Caption(), Not(HasSubstr("*"))) << what << ": one step";
+  }
+  End();
+}
+
+// Three SDBs: commands act on the one of the tree's selection, wherever in it that is.
+TEST_F(Edits, TheSdbOfTheSelectionIsTheOneChanged) {
+  Document document = SixOfEach();
+  for (const char* name : {"Two", "Three"}) {
+    OpenSdb* added = AppendSdb(document, name);
+    added->database = CopyDatabase(*document.sdbs[0].database);
+  }
+  SetName(document.sdbs[1].database->satellites[2]->record.name, "Third");
+  Start({L"--test-mode"}, PutDocument(document));
+  const auto roots = [&] {
+    Labels names;
+    for (const std::string& line : driver_->Tree(false)) {
+      if (line[0] != ' ') names.push_back(line);
+    }
+    return names;
+  };
+  const struct {
+    Labels node;
+    unsigned command;
+    Labels left;
+  } rows[] = {{{"Two"}, kCmdDelete, {"SDB1", "Three", "Box Infos"}},
+              {{"Three"}, kCmdDelete, {"SDB1", "Two", "Box Infos"}},
+              {{"Two"}, kCmdAdd, {"SDB1", "Two", "Three", "SDB4", "Box Infos"}}};
+  for (const auto& row : rows) {
+    ASSERT_TRUE(driver_->SelectItem(row.node));
+    driver_->Command(row.command);
+    EXPECT_EQ(roots(), row.left);
+    driver_->Command(kCmdUndo);
+    EXPECT_THAT(Caption(), Not(HasSubstr("*")));
+  }
+  const Path saved = recorder_.context.temporary_folder / "saved.bin";
+  const auto in_file = [&](unsigned command, const char* title) {
+    std::filesystem::remove(saved);
+    driver_->Command(command);
+    driver_->ChooseFile(title, saved);
+    EXPECT_TRUE(driver_->Until("the file", [&] { return std::filesystem::exists(saved); }));
+    EXPECT_TRUE(driver_->HasCaughtUp());
+    Document read;
+    EXPECT_TRUE(OpenBin(recorder_.context, saved, read));
+    return read;
+  };
+  ASSERT_TRUE(driver_->SelectItem({"Two", "Satellites"}));
+  Choose({2});
+  driver_->Command(kCmdCompressSdb);
+  Document read = in_file(kCmdSaveSatellites, "Save selected Satellite(s) as");
+  EXPECT_EQ(NamesOf(read.sdbs.at(0).database->satellites).at(0), "Third");
+  read = in_file(kCmdSaveSdb, "Save selected SDB as");
+  ASSERT_EQ(read.sdbs.size(), 1u);
+  EXPECT_EQ(read.sdbs[0].name, "Two");
+  EXPECT_TRUE(read.sdbs[0].database->compressed);
+  driver_->Command(kCmdUndo);
   End();
 }
 
@@ -292,8 +407,9 @@ class RandomEdits : public Edits {
     if (driver_->Focused() != List()) driver_->Click(List(), {30, 60});
   }
 
+  // One that has nothing below it stays open for what comes there again.
   void Close(const Way& way) {
-    if (!opened_.contains(At(way).id)) return;
+    if (!opened_.contains(At(way).id) || At(way).items.empty()) return;
     for (size_t i = 0; i < At(way).items.size(); ++i) {
       Way below = way;
       below.push_back(i);
@@ -316,6 +432,8 @@ class RandomEdits : public Edits {
           twin.push_back(place);
           Close(twin);
         }
+        // The second one of them is taken for the first one when that goes.
+        if (items[k].id == last_id_) opened_.erase(items[i].id);
         driver_->Command(kCmdUndo);
         undo_.pop_back();
         satellites_ = before;
