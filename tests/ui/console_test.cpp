@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 
 #include "config/settings.h"
@@ -162,6 +164,16 @@ TEST_F(ConsoleUi, OptionsAreTickedAndAMissingTextIsTold) {
   Send(GetDlgItem(dialog, IDC_CONSOLE_FIND_TEXT), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"absent"));
   PostMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
   EXPECT_EQ(Told(kTitle, IDOK), "\"absent\" is not in the log.");
+  editor_->Arrange(kFillLog, 3);
+  ASSERT_TRUE(editor_->Until("the log", [&] { return !Log().empty(); }));
+  Send(GetDlgItem(dialog, IDC_CONSOLE_FIND_TEXT), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"LINE 2"));
+  Send(GetDlgItem(dialog, IDC_CONSOLE_FIND_CASE), BM_CLICK);
+  PostMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
+  EXPECT_EQ(Told(kTitle, IDOK), "\"LINE 2\" is not in the log.");
+  Send(GetDlgItem(dialog, IDC_CONSOLE_FIND_CASE), BM_CLICK);
+  PostMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
+  ASSERT_TRUE(editor_->HasCaughtUp());
+  EXPECT_EQ(editor_->FindBox(kTitle), nullptr);
   editor_->Press(dialog, IDCANCEL);
   ExpectCleanEnd();
 }
@@ -318,6 +330,21 @@ TEST_F(ConsoleLine, UploadsCancelsSavesAndClearsAndClosesWithAQuestion) {
   Type("version\r");
   PostMessageW(GetDlgItem(console_, IDC_CONSOLE_LINE), WM_KEYDOWN, VK_UP, 0);
   editor_->Until("the line sent before", [&] { return Line() == "version\r\nversion"; });
+  // Of a pasted text, what is complete is sent behind what stood there already.
+  Type("\rab");
+  ASSERT_TRUE(OpenClipboard(nullptr));
+  EmptyClipboard();
+  constexpr wchar_t kPasted[] = L"cd\r\nef";
+  if (HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, sizeof kPasted)) {
+    std::copy(std::begin(kPasted), std::end(kPasted), static_cast<wchar_t*>(GlobalLock(memory)));
+    GlobalUnlock(memory);
+    SetClipboardData(CF_UNICODETEXT, memory);
+  }
+  CloseClipboard();
+  PostMessageW(GetDlgItem(console_, IDC_CONSOLE_LINE), WM_PASTE, 0, 0);
+  editor_->Until("the rest of the text", [&] { return Line().ends_with("\r\nef"); });
+  PostMessageW(GetDlgItem(console_, IDC_CONSOLE_LINE), WM_KEYDOWN, VK_UP, 0);
+  editor_->Until("the pasted line", [&] { return Line().ends_with("\r\nabcd"); });
   Upload(MakeUrt(900000));
   editor_->Until("some packets", [&] { return std::atoi(Panel(IDC_CONSOLE_COUNT).c_str()) > 2; });
   editor_->Command(kCmdConsoleCancel);

@@ -12,6 +12,8 @@
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
 #include "ui/image_resource.h"
+#include "ui/options_resource.h"
+#include "ui/records_resource.h"
 #include "ui/transfer_resource.h"
 #include "ui/windows_api.h"
 #include "view/command_table.h"
@@ -182,6 +184,78 @@ TEST_F(Transfers, SingleImageRefusesAndThenConverts) {
   ExpectCleanEnd(*editor);
 }
 
+// Bytes that a compression makes the smaller the more it tries.
+Bytes Uneven(size_t size) {
+  Bytes bytes(size);
+  uint32_t state = 1;
+  for (size_t i = 0; i < size; ++i) {
+    state = state * 1664525 + 1013904223;
+    bytes[i] =
+        i > 4000 && state >> 30 ? bytes[i - 300 - (state >> 8) % 3600] : static_cast<uint8_t>(state >> 27);
+  }
+  return bytes;
+}
+
+// A name that was typed is asked about, one that the system's dialog has asked about is not; the file holds
+// the image in the way that was chosen.
+TEST_F(Transfers, SingleImagesReplaceAFileOnceAskedAndAreCompressed) {
+  const Bytes content = Uneven(60000);
+  const Path image = PutBytes("image.bin", content), there = PutBytes("image.urt", Bytes(5, 5));
+  const auto editor = Start();
+  std::vector<uint32_t> sizes;
+  for (const int level : {0, 8}) {
+    editor->Command(kCmdBin2Urt);
+    editor->ChooseFile("Open", image);
+    HWND dialog = editor->WaitForBox("Bin2URT");
+    ASSERT_NE(dialog, nullptr);
+    Choose(dialog, IDC_IMAGE_TYPE, 2);
+    Click(dialog, IDC_IMAGE_COMPRESSED);
+    editor->Until("the levels", [&] { return IsWindowEnabled(GetDlgItem(dialog, IDC_IMAGE_LEVEL)); });
+    Choose(dialog, IDC_IMAGE_LEVEL, level);
+    if (level == 0) {
+      Click(dialog, IDOK);
+      HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
+      ASSERT_NE(box, nullptr);
+      EXPECT_EQ(editor->BoxText(box), Utf8FromPath(there) + " already exists.\nDo you want to replace it ?");
+      editor->Press(box, IDNO);
+      EXPECT_EQ(std::filesystem::file_size(there), 5u);
+    }
+    Click(dialog, IDC_IMAGE_URT_BROWSE);
+    editor->ChooseFile("Save", there);
+    editor->Answer(IDYES);  // the system's question
+    editor->Until("the dialog to close", [&] { return !editor->FindBox("Save"); });
+    Click(dialog, IDOK);
+    EXPECT_THAT(Told(*editor), HasSubstr("image.urt\" is ready."));
+    const UrtContent urt = ReadUrt(ReadWholeFile(there).value_or(Bytes{}));
+    EXPECT_TRUE(urt.findings.empty());
+    EXPECT_EQ(OriginalImage(urt), content);
+    sizes.push_back(urt.header ? urt.header->stored_size : 0);
+  }
+  EXPECT_LT(sizes[1], sizes[0]);
+  EXPECT_LT(sizes[0], content.size());
+  ExpectCleanEnd(*editor);
+}
+
+TEST_F(Transfers, SdbDataReplacesTheImageOnlyOnceAsked) {
+  const auto editor = StartWithDatabase();
+  for (const int type : {1, 0}) {  // only what was changed was chosen
+    editor->Command(kCmdSettings);
+    HWND dialog = editor->WaitForBox("Settings");
+    ASSERT_NE(dialog, nullptr);
+    Choose(dialog, IDC_SETTINGS_IMAGE_TYPE, type);
+    editor->Press(dialog, IDOK);
+  }
+  for (const unsigned command : {kCmdUploadThisSdb, kCmdUploadSdb}) {
+    editor->Command(command);
+    if (command == kCmdUploadSdb) editor->Press(editor->WaitForBox("Upload as SDB"), IDOK);
+    EXPECT_EQ(editor->Answer(IDNO),
+              "SDB data would replace the image in \"ADB Application\".\nDo you want to continue ?");
+    EXPECT_TRUE(editor->HasCaughtUp());
+    EXPECT_EQ(editor->FindBox(), nullptr);
+  }
+  ExpectCleanEnd(*editor);
+}
+
 TEST_F(Transfers, ImageTooLargeBringsTheDialogBack) {
   const Path image = PutBytes("image.bin", Bytes(0x20000, 1));
   const auto editor = Start();
@@ -249,6 +323,26 @@ TEST_F(Transfers, MultipleImageKeepsATypeForEachImage) {
     EXPECT_TRUE(urt.findings.empty()) << name;
     EXPECT_EQ(urt.type, type) << name;
   }
+  ExpectCleanEnd(*editor);
+}
+
+TEST_F(Transfers, CompressionTakesTheLevel) {
+  const Path file = PutBytes("text.txt", Uneven(60000));
+  const auto editor = Start();
+  std::vector<uintmax_t> sizes;
+  for (const int level : {0, 8}) {
+    const Path output = Folder() / Format("level%d.z", level);
+    editor->Command(kCmdCompression);
+    HWND dialog = editor->WaitForBox("Compression");
+    ASSERT_NE(dialog, nullptr);
+    Put(dialog, IDC_COMPRESSION_FILE, Utf8FromPath(file));
+    Put(dialog, IDC_COMPRESSION_OUTPUT, Utf8FromPath(output));
+    Choose(dialog, IDC_COMPRESSION_LEVEL, level);
+    Click(dialog, IDOK);
+    EXPECT_THAT(Told(*editor), HasSubstr("is ready: "));
+    sizes.push_back(std::filesystem::file_size(output));
+  }
+  EXPECT_LT(sizes[1], sizes[0]);
   ExpectCleanEnd(*editor);
 }
 
@@ -350,13 +444,26 @@ TEST_F(Line, UploadsTheDatabaseAndFetchesItBack) {
 
 TEST_F(Line, UploadsSdbs) {
   const auto editor = StartWithDatabase();
+  editor->Command(kCmdVersion);
+  HWND version = editor->WaitForBox();
+  ASSERT_NE(version, nullptr);
+  Put(version, IDC_VERSION_MAJOR, "7");
+  editor->Press(version, IDOK);
+  ASSERT_TRUE(editor->SelectItem({"SDB2"}));
+  const auto statuses = [&] {
+    HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
+    const auto file = ReadUrtFile(editor->TemporaryFolder() / "TempURTFile.eut");
+    const Bytes sent = file ? OriginalImage(*file).value_or(Bytes{}) : Bytes{};
+    EXPECT_TRUE(sent.size() > 3 && sent[0] == 'Q' && sent[2] == 7) << "the window's version";
+    return dialog ? Watch(*editor, dialog).statuses : std::vector<std::string>();
+  };
+  editor->Command(kCmdUploadThisSdb);
+  EXPECT_THAT(statuses(), testing::Contains(HasSubstr("   \"SDB2\" as SDB data")));
   editor->Command(kCmdUploadSdb);
   HWND dialog = editor->WaitForBox("Upload as SDB");
   ASSERT_NE(dialog, nullptr);
   Click(dialog, IDOK);
-  dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
-  ASSERT_NE(dialog, nullptr);
-  Watch(*editor, dialog);
+  EXPECT_THAT(statuses(), testing::Contains(HasSubstr("   \"SDB1\", \"SDB2\", \"UBI1\" as SDB data")));
   EXPECT_TRUE(editor->FindBox() == nullptr) << editor->BoxText(editor->FindBox());
   EXPECT_FALSE(std::filesystem::exists(editor->TemporaryFolder() / "TempURTFile.eut"))
       << "was not sent whole";
