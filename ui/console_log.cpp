@@ -20,7 +20,7 @@ struct StreamSource {
   size_t position;
 };
 
-DWORD CALLBACK ReadSource(DWORD_PTR cookie, LPBYTE buffer, LONG wanted, LONG* moved) {
+DWORD CALLBACK ReadSource(DWORD_PTR cookie, LPBYTE buffer, LONG wanted, LONG* moved) noexcept {
   auto& source = *reinterpret_cast<StreamSource*>(cookie);
   const size_t count =
       std::min(static_cast<size_t>(std::max<LONG>(0, wanted)), source.text->size() - source.position);

@@ -25,7 +25,7 @@ INT_PTR CALLBACK AboutProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM
   }
 }
 
-INT_PTR CALLBACK ProgressProcedure(HWND, UINT message, WPARAM, LPARAM) {
+INT_PTR CALLBACK ProgressProcedure(HWND, UINT message, WPARAM, LPARAM) noexcept {
   return message == WM_INITDIALOG;
 }
 

@@ -57,7 +57,7 @@ std::optional<Path> AskFile(HWND owner, const FileQuestion& question, const Path
   return Path(name->c_str());
 }
 
-int CALLBACK FolderHighlighted(HWND dialog, UINT message, LPARAM parameter, LPARAM start) {
+int CALLBACK FolderHighlighted(HWND dialog, UINT message, LPARAM parameter, LPARAM start) noexcept {
   if (message == BFFM_INITIALIZED) {
     SendMessageW(dialog, BFFM_SETSELECTIONW, TRUE, start);
     SendMessageW(dialog, BFFM_SETSTATUSTEXTW, 0, start);
