@@ -121,5 +121,8 @@ struct SerialPortInfo {
   std::string description;  // the device or driver behind it; may be empty
 };
 std::vector<SerialPortInfo> ListSerialPorts();  // by name
+// Whether two names open one port: on Windows "COM1", "com1" and "\\\\.\\COM1" do, elsewhere a device and a
+// link to it. False when one is empty.
+bool IsSamePort(const std::string& one, const std::string& other);
 
 }  // namespace vexa

@@ -396,19 +396,6 @@ bool StopThread(Port& port) {
   return ended;
 }
 
-bool IsSamePort(const std::string& one, const std::string& other) {
-  const auto plain = [](const std::string& name) {
-    std::string text = name.starts_with("\\\\.\\") ? name.substr(4) : name;
-#ifdef _WIN32
-    for (char& character : text) {
-      if (character >= 'a' && character <= 'z') character = static_cast<char>(character - 'a' + 'A');
-    }
-#endif
-    return text;
-  };
-  return !one.empty() && plain(one) == plain(other);
-}
-
 bool IsPortGone(const Port& port) {
   CommStatus status;
   return port.device && !port.api->clear_error(port.device, status);

@@ -97,8 +97,6 @@ void TellNoAnswer(const Messages& messages);
 bool StopThread(Port& port);
 // False when the port's handle did not close.
 bool ClosePort(Port& port);
-// Whether two names open one port: "COM1", "com1" and "\\\\.\\COM1" do. False when one is empty.
-bool IsSamePort(const std::string& one, const std::string& other);
 // Whether an open port was unplugged. The port itself is asked: a failed call alone may pass.
 bool IsPortGone(const Port& port);
 // For `messages`: a failure may repeat with every write and twice a second, so each text is told once; of a

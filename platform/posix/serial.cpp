@@ -415,4 +415,11 @@ std::vector<SerialPortInfo> ListSerialPorts() {
   return ports;
 }
 
+bool IsSamePort(const std::string& one, const std::string& other) {
+  if (one.empty() || one == other) return !one.empty();
+  std::error_code missing, none;
+  const Path place = std::filesystem::canonical(PathFromUtf8(one), missing);
+  return !missing && place == std::filesystem::canonical(PathFromUtf8(other), none);
+}
+
 }  // namespace vexa

@@ -327,6 +327,17 @@ std::vector<SerialPortInfo> ListSerialPorts() {
   return ports;
 }
 
+bool IsSamePort(const std::string& one, const std::string& other) {
+  const auto plain = [](const std::string& name) {
+    std::string text = name.starts_with("\\\\.\\") ? name.substr(4) : name;
+    for (char& character : text) {
+      if (character >= 'a' && character <= 'z') character = static_cast<char>(character - 'a' + 'A');
+    }
+    return text;
+  };
+  return !one.empty() && plain(one) == plain(other);
+}
+
 const CommApi& SystemCommApi() {
   static const CommApi api = MakeApi();
   return api;
