@@ -2,8 +2,9 @@
 //
 // Frame, both ways: 02, length L (3 bytes, big-endian), L payload bytes, their 32-bit sum (big-endian), 03.
 // Before the first wake-up a job waits until the line is quiet: late frames of an earlier download hold XON,
-// ACK and ENQ as data. What arrives before an ETB was sent is no answer either. Upload:   wake-up message
-// until XON, three SYN; then for each URT file: ETB until ACK, wait for ENQ, one
+// ACK and ENQ as data. What arrives before an ETB was sent is no answer either.
+//
+// Upload:   wake-up message until XON, three SYN; then for each URT file: ETB until ACK, wait for ENQ, one
 //           frame for each ENQ, the last frame again and again after a NAK. A console upload starts at the
 //           ETB.
 // Download: the wake-up message of its own, the request script as an upload, ETB from the receiver; then for

@@ -257,6 +257,10 @@ class ConsoleRig : public testing::Test {
     TellConsoleMessages(console_, milliseconds);
   }
   Path LogPath() { return recorder_.context.temporary_folder / kConsoleLogFile; }
+  uint64_t LogSize() {
+    const std::lock_guard hold(console_.log.lock);
+    return console_.log.size;
+  }
   std::string LogFile() { return TextOf(ReadWholeFile(LogPath()).value_or(Bytes{})); }
   bool Shows(const std::string& text) {
     return Until([&] { return view_.find(text) != std::string::npos; });
@@ -522,7 +526,7 @@ TEST_F(ConsoleRig, AFloodIsGatheredAndTheFileHoldsAllOfIt) {
   for (size_t sent = 0; sent < kTotal; sent += chunk.size()) comm_.Feed(chunk);
   size_t most = 0;
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (console_.log.size < kTotal && std::chrono::steady_clock::now() < end) {
+  while (LogSize() < kTotal && std::chrono::steady_clock::now() < end) {
     std::this_thread::sleep_for(std::chrono::milliseconds(33));
     const ConsoleUpdate update = UpdateConsole(console_, 1);
     size_t bytes = 0;
@@ -617,6 +621,7 @@ TEST_F(ConsoleRig, UploadTellsAMissingFileAndAMissingThread) {
   EXPECT_TRUE(CanUpload(console_));
   comm_.Fail({});
   ASSERT_TRUE(StartConsoleUpload(console_, "none.urt", "none.urt"));
+  ASSERT_TRUE(comm_.AwaitCount("write", 1));  // what comes before the first ETB is no answer
   comm_.Feed(Bytes{kAck});
   ASSERT_TRUE(Until([&] { return console_.transfer.ack.load(); }));
   comm_.Feed(Bytes{kEnq});

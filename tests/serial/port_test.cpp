@@ -26,7 +26,7 @@ struct PortRig {
     port.messages = shown.messages();
   }
   ~PortRig() {
-    comm.failing.clear();
+    comm.Fail({});
     StopThread(port);
     ClosePort(port);
   }
