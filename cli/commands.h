@@ -4,6 +4,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -11,6 +12,8 @@
 #include "core/context.h"
 #include "core/database.h"
 #include "platform/clock.h"
+#include "platform/serial.h"
+#include "platform/temporary_folder.h"
 
 namespace vexa {
 
@@ -18,7 +21,7 @@ namespace vexa {
 struct CommandFailed {};
 
 struct CommandState {
-  Context context;                       // messages go to standard error; temporary folder of this process
+  Context context;                       // messages go to standard error
   std::string output;                    // results: printed to standard output only when the command succeeds
   bool print_output_on_failure = false;  // `check` and `urt show`: the findings are the result
   bool yes = false;                      // --yes
@@ -26,6 +29,12 @@ struct CommandState {
   std::string ecf;                       // --ecf
   std::string select = "0/0/0";
   std::string software = "1.0";
+  std::unique_ptr<TemporaryFolder> folder;  // of this process; null until a command needs it
+  const CommApi* line = nullptr;            // what opens serial ports
+  bool output_made = false;                 // an output has got its name: nothing that follows is a failure
+  bool tells_after_interrupt = false;       // else what fails because of an interruption is not told
+  std::string interruption;                 // what is said behind "was interrupted"
+  std::string told;                         // the texts of the messages so far
 };
 
 // Options shared by commands. Call while building the command.
@@ -59,6 +68,19 @@ std::string CheckPlace(const std::string& text);
 // Such a text, one-based, to zero-based positions, ascending, each once. A number beyond `count` is refused
 // with an error message.
 std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count);
+// Gives the context a folder for scratch files; throws CommandFailed after a message when none can be made.
+void RequireTemporaryFolder(CommandState& state);
+// Behind messages: a line that names the file, and the system's reason where there is one, unless they did
+// so. `since`: the size of `state.told` before them. Nothing without a message.
+void TellFile(const CommandState& state, size_t since, const std::string& file, const std::string& why);
+// The configuration file that the command reads.
+Path ConfigurationFile(const CommandState& state);
+// Throws CommandFailed after a message when `output` is the file of a document that was not read whole.
+void ExpectWhole(CommandState& state, const Document& document, const std::string& file,
+                 const std::string& output);
+// Throws CommandFailed after a message unless the database was saved, with a size that a receiver takes.
+// `since` as for TellFile, `size` from the save.
+void ExpectSaved(CommandState& state, const std::string& file, size_t since, std::optional<uint64_t> size);
 // Throws CommandFailed after a message unless the output file was written.
 void ExpectWritten(CommandState& state, const std::string& file, WriteResult result);
 // Writes the whole output file, and expects that it was written.

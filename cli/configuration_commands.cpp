@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "cli/usage.h"
 #include "config/ecf.h"
 #include "platform/text.h"
 
@@ -178,7 +179,12 @@ ProjectConfig LoadSelected(const CommandState& state, const EcfOptions& options)
   config.manufacturer_index = selection.manufacturer;
   config.product_index = selection.product;
   config.configuration_index = selection.configuration;
-  if (!InitConfig(state.context, ShownFile(options), config)) throw CommandFailed{};
+  const Path file = ShownFile(options);
+  const size_t told = state.told.size();
+  if (!InitConfig(state.context, file, config)) {
+    TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
+    throw CommandFailed{};
+  }
   if (!config.configuration_found) {
     Tell(state.context.messages, Icon::kInformation, "Invalid configuration selection.");
     throw CommandFailed{};
@@ -202,14 +208,25 @@ void Show(CommandState& state, const EcfOptions& options) {
     state.output += options.json ? ConfigJson(config).dump(2) + "\n" : ConfigText(config);
     return;
   }
-  const auto tree = ReadEcfTree(state.context, ShownFile(options));
-  if (!tree) throw CommandFailed{};
+  const Path file = ShownFile(options);
+  const size_t told = state.told.size();
+  const auto tree = ReadEcfTree(state.context, file);
+  if (!tree) {
+    TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
+    throw CommandFailed{};
+  }
   state.output += options.json ? TreeJson(*tree).dump(2) + "\n" : TreeText(*tree);
 }
 
 void Build(CommandState& state, const EcfOptions& options) {
-  const auto file = CompileEcf(state.context, PathFromUtf8(options.file));
-  if (!file) throw CommandFailed{};
+  const Path source = PathFromUtf8(options.file);
+  ExpectApart({{"SOURCE", source}}, {{"--output", PathFromUtf8(options.output)}});
+  const size_t told = state.told.size();
+  const auto file = CompileEcf(state.context, source);
+  if (!file) {
+    TellFile(state, told, options.file, WhyUnreadable(source));
+    throw CommandFailed{};
+  }
   WriteOutput(state, options.output, *file);
 }
 

@@ -1,13 +1,20 @@
 #include "cli/console.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 
+#include "cli/last_resort.h"
+#include "cli/usage.h"
 #include "config/ecf.h"
 #include "config/software_version.h"
 #include "core/bin_file.h"
+#include "platform/file_identity.h"
+#include "platform/interrupt.h"
 #include "platform/terminal.h"
 #include "platform/text.h"
 
@@ -84,35 +91,64 @@ std::optional<Ranges> ParseRanges(const std::string& text) {
 
 }  // namespace
 
-TemporaryFolder::TemporaryFolder() {
-  const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-  char name[64];
-  std::snprintf(name, sizeof name, "vexa-%lx-%llx", ProcessNumber(), static_cast<unsigned long long>(now));
-  if (const auto folder = CreateTemporaryFolder(name)) path = *folder;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-  RemoveFolder(path);
-}
-
-Context ConsoleContext(CommandState& state, const Path& temporary_folder) {
-  Context context;
-  context.temporary_folder = temporary_folder;
-  context.messages.tell = [](Icon icon, const std::string& text, const std::string&) {
+void PrepareContext(CommandState& state) {
+  Context& context = state.context;
+  context.messages.tell = [&state](Icon icon, const std::string& text, const std::string&) {
+    if (InterruptWatch::IsInterrupted() && !state.tells_after_interrupt) return;
     std::fprintf(stderr, "%s: %s\n", KindOf(icon), text.c_str());
+    state.told += text + "\n";
   };
   context.messages.ask = [&state](const std::string& text, const std::string&, bool) {
     std::fprintf(stderr, "question: %s\n", text.c_str());
     return state.yes;
   };
   context.progress = TerminalProgress();
-  return context;
+  static const FileOperations files = [] {
+    FileOperations own = SystemFiles();
+    const FileOperations& system = SystemFiles();
+    own.create = [&](const Path& path) {
+      return InterruptWatch::IsInterrupted() ? nullptr : system.create(path);
+    };
+    own.write = [&](std::FILE* file, std::span<const uint8_t> bytes) {
+      return !InterruptWatch::IsInterrupted() && system.write(file, bytes);
+    };
+    own.replace = [&](const Path& from, const Path& to) {
+      return !InterruptWatch::IsInterrupted() && system.replace(from, to);
+    };
+    return own;
+  }();
+  context.files = &files;
 }
 
-void PrintResults(const CommandState& state) {
+std::string PrintResults(const CommandState& state) {
   SetBinaryOutput();
-  std::fwrite(state.output.data(), 1, state.output.size(), stdout);
-  std::fflush(stdout);
+  errno = 0;
+  const bool written =
+      std::fwrite(state.output.data(), 1, state.output.size(), stdout) == state.output.size();
+  if (std::fflush(stdout) == 0 && written) return {};
+  return std::error_code(errno == 0 ? EIO : errno, std::generic_category()).message();
+}
+
+void RequireTemporaryFolder(CommandState& state) {
+  RemoveAbandonedFolders("vexa-");
+  const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
+  std::string why;
+  state.folder = TemporaryFolder::Make(
+      Format("vexa-%lx-%llx", ProcessNumber(), static_cast<unsigned long long>(now)), why);
+  if (!state.folder) {
+    Tell(state.context.messages, Icon::kStop, "Failed to create new directory.");
+    Tell(state.context.messages, Icon::kInformation,
+         "%s. TMPDIR, on Windows TMP, names the folder for temporary files.", why.c_str());
+    throw CommandFailed{};
+  }
+  state.context.temporary_folder = state.folder->path();
+  SetFolderOfLastResort(&state.folder->path());
+}
+
+void TellFile(const CommandState& state, size_t since, const std::string& file, const std::string& why) {
+  if (state.told.size() == since || state.told.find(file, since) != std::string::npos) return;
+  Tell(state.context.messages, Icon::kInformation, why.empty() ? "%s%s" : "%s: %s", file.c_str(),
+       why.c_str());
 }
 
 void AddTimeOption(CLI::App& command, CommandState& state) {
@@ -164,6 +200,10 @@ Path ShippedConfiguration() {
   return ProgramFolder() / "receivers.ecf";
 }
 
+Path ConfigurationFile(const CommandState& state) {
+  return state.ecf.empty() ? ShippedConfiguration() : PathFromUtf8(state.ecf);
+}
+
 ProjectConfig LoadCommandConfig(CommandState& state) {
   ProjectConfig config;
   const Selection selection = ParseSelection(state.select).value_or(Selection{});
@@ -173,8 +213,12 @@ ProjectConfig LoadCommandConfig(CommandState& state) {
   const auto software = ParseVersion(state.software, kLargestSoftwareMinor);
   config.software_major = software->first;
   config.software_minor = software->second;
-  const Path file = state.ecf.empty() ? ShippedConfiguration() : PathFromUtf8(state.ecf);
-  if (!InitConfig(state.context, file, config)) throw CommandFailed{};
+  const Path file = ConfigurationFile(state);
+  const size_t told = state.told.size();
+  if (!InitConfig(state.context, file, config)) {
+    TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
+    throw CommandFailed{};
+  }
   if (!config.configuration_found) {
     Tell(state.context.messages, Icon::kInformation, "Invalid configuration selection.");
     throw CommandFailed{};
@@ -184,7 +228,10 @@ ProjectConfig LoadCommandConfig(CommandState& state) {
 
 Document OpenDocument(CommandState& state, const std::string& file) {
   Document document;
-  if (!OpenBin(state.context, PathFromUtf8(file), document)) throw CommandFailed{};
+  const size_t told = state.told.size();
+  const bool opened = OpenBin(state.context, PathFromUtf8(file), document);
+  TellFile(state, told, file, WhyUnreadable(PathFromUtf8(file)));
+  if (!opened) throw CommandFailed{};
   return document;
 }
 
@@ -218,9 +265,24 @@ std::vector<size_t> ParseList(CommandState& state, const std::string& text, size
   return positions;
 }
 
+void ExpectWhole(CommandState& state, const Document& document, const std::string& file,
+                 const std::string& output) {
+  if (document.read_whole || !SameFile(PathFromUtf8(file), PathFromUtf8(output))) return;
+  Tell(state.context.messages, Icon::kStop, "%s was not read whole and stays as it is.", output.c_str());
+  throw CommandFailed{};
+}
+
+void ExpectSaved(CommandState& state, const std::string& file, size_t since, std::optional<uint64_t> size) {
+  state.output_made = size.has_value();
+  if (size && CheckBinSize(state.context, *size)) return;
+  TellFile(state, since, file, size ? std::string() : WhyNotWritable(PathFromUtf8(file)));
+  throw CommandFailed{};
+}
+
 void ExpectWritten(CommandState& state, const std::string& file, WriteResult result) {
   switch (result) {
     case WriteResult::kDone:
+      state.output_made = true;
       return;
     case WriteResult::kCannotCreate:
       Tell(state.context.messages, Icon::kStop, "Could not creat file \"%s\".", file.c_str());

@@ -5,20 +5,12 @@
 
 namespace vexa {
 
-// A folder of this process's own under the system's temporary path; gone when the object goes.
-struct TemporaryFolder {
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  Path path;
-};
+// Gives the state its context: messages go to standard error as "error: TEXT" and so on; questions are
+// answered by
+// --yes; a progress line when standard error is a terminal; no file is begun any more after an interruption.
+void PrepareContext(CommandState& state);
 
-// Messages to standard error as "error: TEXT" and so on; questions answered by --yes; a progress line when
-// standard error is a terminal.
-Context ConsoleContext(CommandState& state, const Path& temporary_folder);
-
-// Writes the collected results to standard output, bytes as they are.
-void PrintResults(const CommandState& state);
+// Writes the collected results to standard output, bytes as they are. Why the system refuses; else empty.
+std::string PrintResults(const CommandState& state);
 
 }  // namespace vexa

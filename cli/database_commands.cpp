@@ -1,5 +1,6 @@
 // info, save: the database file itself. check, sort and export have files of their own.
 #include "cli/commands.h"
+#include "cli/usage.h"
 #include "core/bin_file.h"
 #include "core/rules.h"
 #include "platform/text.h"
@@ -26,6 +27,7 @@ void Info(CommandState& state, const std::string& file) {
 
 void Save(CommandState& state, const SaveOptions& options) {
   Document document = OpenDocument(state, options.file);
+  ExpectWhole(state, document, options.file, options.output);
   const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size());
   const auto ubis = ParseList(state, options.ubis, document.ubis.size());
   if (!options.compress_bin.empty()) document.compress_payload = options.compress_bin == "on";
@@ -38,6 +40,7 @@ void Save(CommandState& state, const SaveOptions& options) {
   version.initials = LatinFromUtf8(options.initials);
   const Path output = PathFromUtf8(options.output);
   std::optional<uint64_t> saved;
+  const size_t told = state.told.size();
   if (options.satellites.empty()) {
     saved = SaveBin(state.context, document, output, version, {MaskOf(sdbs), MaskOf(ubis)});
   } else {
@@ -46,7 +49,7 @@ void Save(CommandState& state, const SaveOptions& options) {
     const auto chosen = ParseList(state, options.satellites, count);
     saved = SaveSatellites(state.context, document, sdbs[0], chosen, output, version);
   }
-  if (!saved || !CheckBinSize(state.context, *saved)) throw CommandFailed{};
+  ExpectSaved(state, options.output, told, saved);
 }
 
 void AddSave(CLI::App& program, CommandState& state) {
@@ -61,9 +64,9 @@ void AddSave(CLI::App& program, CommandState& state) {
                   "Only these satellites of the single --sdb, as a subset stream")
       ->check(CheckList);
   save.add_option("--compress-bin", options->compress_bin, "Compress the payload (default: as read)")
-      ->check(CLI::IsMember({"on", "off"}));
+      ->check(OneOf({"on", "off"}));
   save.add_option("--compress-sdb", options->compress_sdb, "Compress each SDB and the user box records")
-      ->check(CLI::IsMember({"on", "off"}));
+      ->check(OneOf({"on", "off"}));
   save.add_option("--version", options->version, "Database version MAJOR.MINOR")
       ->check([](const std::string& text) {
         return ParseVersion(text) ? std::string() : "\"" + text + "\" is no version MAJOR.MINOR";

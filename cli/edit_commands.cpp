@@ -55,10 +55,11 @@ void Sort(CommandState& state, const CLI::App& command, const SortArguments& arg
   if (command.count("--services") > 0)
     options.services = ParseKeys("--services", arguments.services, kServiceKeys, arguments.descending);
   const Document document = OpenDocument(state, arguments.file);
+  ExpectWhole(state, document, arguments.file, arguments.output);
   const auto sdbs = ParseList(state, arguments.sdbs, document.sdbs.size());
   const Path output = PathFromUtf8(arguments.output);
-  const auto size = SortToFile(state.context, document, sdbs, options, output);
-  if (!size || !CheckBinSize(state.context, *size)) throw CommandFailed{};
+  const size_t told = state.told.size();
+  ExpectSaved(state, arguments.output, told, SortToFile(state.context, document, sdbs, options, output));
 }
 
 void Check(CommandState& state, const std::string& file) {

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "cli/usage.h"
 #include "core/field_texts.h"
 #include "import/text_export.h"
 #include "platform/text.h"
@@ -270,11 +271,13 @@ std::string CsvText(const OpenSdb& sdb) {
 }
 
 void Export(CommandState& state, const ExportOptions& options) {
+  ExpectApart({{"FILE", PathFromUtf8(options.file)}}, {{"--output", PathFromUtf8(options.output)}});
   const Document document = OpenDocument(state, options.file);
   const auto chosen = ParseList(state, options.sdb, document.sdbs.size());
   const OpenSdb& sdb = document.sdbs[chosen.front()];
   if (sdb.database->satellites.empty()) {
     Tell(state.context.messages, Icon::kStop, "There is no information to export");
+    Tell(state.context.messages, Icon::kInformation, "%s", options.file.c_str());
     throw CommandFailed{};
   }
   const std::string text = options.format == "json"  ? JsonText(sdb)
@@ -292,7 +295,7 @@ void AddExportCommand(CLI::App& program, CommandState& state) {
   command.add_option("-o,--output", options->output, "File to write")->required();
   command.add_option("--sdb", options->sdb, "Which SDB, from 1 (default 1)")->check(CheckPlace);
   command.add_option("--format", options->format, "text, csv or json (default text)")
-      ->check(CLI::IsMember({"text", "csv", "json"}));
+      ->check(OneOf({"text", "csv", "json"}));
   command.callback([&state, options] { Export(state, *options); });
 }
 

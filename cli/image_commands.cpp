@@ -1,7 +1,9 @@
 // adb and urt: the receiver's images.
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "cli/commands.h"
+#include "cli/usage.h"
 #include "image/adb.h"
 #include "image/decoder.h"
 #include "image/transfer_files.h"
@@ -30,7 +32,38 @@ Bytes ReadMade(CommandState& state, const char* name) {
   throw CommandFailed{};
 }
 
+// Folders that a command makes for its output; unless they are kept, those that were not there go again.
+struct MadeFolder {
+  Path uppermost;
+  bool keep = false;
+  explicit MadeFolder(const Path& folder) {
+    std::error_code error;
+    for (Path part = folder; !part.empty() && !std::filesystem::exists(part, error);) {
+      uppermost = part;
+      part = part.parent_path();
+      if (part == uppermost) break;  // a drive that is not there
+    }
+    std::filesystem::create_directories(folder, error);
+  }
+  ~MadeFolder() {
+    if (!keep) RemoveFolder(uppermost);
+  }
+  MadeFolder(const MadeFolder&) = delete;
+  MadeFolder& operator=(const MadeFolder&) = delete;
+};
+
+std::vector<NamedPath> OutputsIn(const CommandState& state, const Path& folder) {
+  std::vector<NamedPath> outputs = {{"--output", folder / kAdbImageFile}, {"--output", folder / kAdbUrtFile}};
+  if (ParseSelection(state.select).value_or(Selection{}).configuration == 1)
+    outputs.insert(outputs.end(), {{"--output", folder / kE2pImageFile}, {"--output", folder / kE2pUrtFile}});
+  return outputs;
+}
+
 void BuildAdb(CommandState& state, const BuildOptions& options) {
+  const Path folder = PathFromUtf8(options.output);
+  ExpectApart({{"DB", PathFromUtf8(options.file)}, {"--ecf", ConfigurationFile(state)}},
+              OutputsIn(state, folder));
+  RequireTemporaryFolder(state);
   const ProjectConfig config = LoadCommandConfig(state);
   const Document document = OpenDocument(state, options.file);
   const auto chosen = ParseList(state, options.sdb, document.sdbs.size());
@@ -39,16 +72,18 @@ void BuildAdb(CommandState& state, const BuildOptions& options) {
     throw CommandFailed{};
   std::vector<const char*> names = {kAdbImageFile, kAdbUrtFile};
   if (count == 2) names.insert(names.end(), {kE2pImageFile, kE2pUrtFile});
-  std::vector<Bytes> contents;
+  std::vector<FileContent> contents;
   contents.reserve(names.size());
-  for (const char* name : names) contents.push_back(ReadMade(state, name));
-  const Path folder = PathFromUtf8(options.output);
-  std::error_code error;
-  std::filesystem::create_directories(folder, error);
-  for (size_t i = 0; i < names.size(); ++i) WriteOutput(state, Utf8FromPath(folder / names[i]), contents[i]);
+  for (const char* name : names) contents.push_back({folder / name, ReadMade(state, name)});
+  MadeFolder made(folder);
+  size_t refused = 0;
+  const WriteResult result = WriteWholeFiles(contents, refused, *state.context.files);
+  made.keep = result == WriteResult::kDone;
+  ExpectWritten(state, Utf8FromPath(contents[made.keep ? 0 : refused].path), result);
 }
 
 void RequestAdb(CommandState& state, const std::string& output) {
+  ExpectApart({{"--ecf", ConfigurationFile(state)}}, {{"--output", PathFromUtf8(output)}});
   const ProjectConfig config = LoadCommandConfig(state);
   const auto request = BuildDownloadRequest(state.context, config);
   if (!request) throw CommandFailed{};
@@ -56,9 +91,17 @@ void RequestAdb(CommandState& state, const std::string& output) {
 }
 
 void DecodeAdb(CommandState& state, const BuildOptions& options) {
+  const Path folder = PathFromUtf8(options.file);
+  ExpectApart(
+      {{"DIR", folder / kAdbImageFile}, {"DIR", folder / kE2pImageFile}, {"--ecf", ConfigurationFile(state)}},
+      {{"--output", PathFromUtf8(options.output)}});
   const ProjectConfig config = LoadCommandConfig(state);
-  const auto decoded = DecodeFolder(state.context, config, PathFromUtf8(options.file), UserBoxInfo{});
-  if (!decoded) throw CommandFailed{};
+  const size_t told = state.told.size();
+  const auto decoded = DecodeFolder(state.context, config, folder, UserBoxInfo{});
+  if (!decoded) {
+    TellFile(state, told, Utf8FromPath(folder / kAdbImageFile), WhyUnreadable(folder / kAdbImageFile));
+    throw CommandFailed{};
+  }
   WriteOutput(state, options.output, decoded->file);
 }
 
@@ -69,7 +112,19 @@ int CompressionLevel(const std::string& text) {
   return zlib ? text[5] - '0' : -1;
 }
 
+// The one of the two that the system refuses.
+void TellUnusable(CommandState& state, const std::string& input, const std::string& output) {
+  const std::string unreadable = WhyUnreadable(PathFromUtf8(input));
+  const std::string why = unreadable.empty() ? WhyNotWritable(PathFromUtf8(output)) : unreadable;
+  Tell(state.context.messages, Icon::kInformation, "%s: %s", (unreadable.empty() ? output : input).c_str(),
+       why.c_str());
+}
+
 void BuildUrtFile(CommandState& state, const UrtOptions& options) {
+  ExpectApart({{"IMAGE", PathFromUtf8(options.file)}, {"--ecf", ConfigurationFile(state)}},
+              {{"--output", PathFromUtf8(options.output)}});
+  if (!options.compression.empty() && !MayBeCompressed(options.type, options.flag))
+    throw CLI::ValidationError("--compress", "an image without an image header cannot be compressed");
   const ProjectConfig config = LoadCommandConfig(state);
   ConversionParameters parameters = SetConversionParameters(config, CommandTime(state));
   parameters.compressed = !options.compression.empty();
@@ -87,9 +142,11 @@ void BuildUrtFile(CommandState& state, const UrtOptions& options) {
   switch (ConvertToUrt(state.context, parameters, description, PathFromUtf8(options.file),
                        PathFromUtf8(options.output))) {
     case ConversionResult::kDone:
+      state.output_made = true;
       return;
     case ConversionResult::kCannotOpen:
       Tell(state.context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+      TellUnusable(state, options.file, options.output);
       break;
     case ConversionResult::kRefused:
       break;
@@ -202,7 +259,9 @@ std::string UrtJson(const UrtContent& urt) {
 void ShowUrt(CommandState& state, const std::string& file, bool as_json) {
   const auto urt = ReadUrtFile(PathFromUtf8(file));
   if (!urt) {
+    const size_t told = state.told.size();
     Tell(state.context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+    TellFile(state, told, file, WhyUnreadable(PathFromUtf8(file)));
     throw CommandFailed{};
   }
   state.output = as_json ? UrtJson(*urt) : UrtText(*urt);

@@ -1,10 +1,12 @@
 // import, merge: channel lists of other programs.
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <span>
 #include <utility>
 
 #include "cli/commands.h"
+#include "cli/usage.h"
 #include "core/bin_file.h"
 #include "import/build_bin.h"
 #include "import/import_command.h"
@@ -69,7 +71,15 @@ class WorkFolder {
  public:
   explicit WorkFolder(const std::string& name) : folder_(PathFromUtf8(name)) {}
   ~WorkFolder() {
-    if (!keep_) TakeBack();
+    if (keep_) return;
+    // Taking back takes memory; what ran out once is often there again.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+      try {
+        TakeBack();
+        return;
+      } catch (const std::bad_alloc&) {
+      }
+    }
   }
   WorkFolder(const WorkFolder&) = delete;
   WorkFolder& operator=(const WorkFolder&) = delete;
@@ -104,12 +114,32 @@ class WorkFolder {
   bool keep_ = false;
 };
 
-void Import(CommandState& state, const ImportOptions& options) {
-  const DefaultRecords defaults;
-  const Path list = PathFromUtf8(options.list), output = PathFromUtf8(options.output);
-  WorkFiles work;
+void ReadImport(CommandState& state, const ImportOptions& options, const DefaultRecords& defaults,
+                WorkFiles& work) {
+  const Path list = PathFromUtf8(options.list);
+  const size_t told = state.told.size();
   const auto format = CheckListFile(state.context, list);
-  if (!format || !ReadList(state.context, list, *format, defaults, work)) throw CommandFailed{};
+  if (format && ReadList(state.context, list, *format, defaults, work)) return;
+  TellFile(state, told, options.list, WhyUnreadable(list));
+  throw CommandFailed{};
+}
+
+void ExpectImportApart(const ImportOptions& options) {
+  std::vector<NamedPath> outputs = {{"--output", PathFromUtf8(options.output)}};
+  if (!options.work_folder.empty()) {
+    const Path folder = PathFromUtf8(options.work_folder);
+    outputs.push_back({"--work-dir", folder});
+    for (const Path& file : WorkFilePaths(folder)) outputs.push_back({"--work-dir", file});
+  }
+  ExpectApart({{"LIST", PathFromUtf8(options.list)}}, outputs);
+}
+
+void Import(CommandState& state, const ImportOptions& options) {
+  ExpectImportApart(options);
+  const DefaultRecords defaults;
+  const Path output = PathFromUtf8(options.output);
+  WorkFiles work;
+  ReadImport(state, options, defaults, work);
   if (options.filter) FilterWorkFiles(state, options, work);
   WorkFolder folder(options.work_folder);
   if (options.stream) {
@@ -118,12 +148,15 @@ void Import(CommandState& state, const ImportOptions& options) {
     return folder.Keep();
   }
   Document document;
-  if (!OpenWorkFiles(state.context, work, defaults, document)) throw CommandFailed{};
+  const size_t told = state.told.size();
+  if (!OpenWorkFiles(state.context, work, defaults, document)) {
+    TellFile(state, told, options.list, "");
+    throw CommandFailed{};
+  }
   folder.Write(state, work);
   const auto size = SaveBin(state.context, document, output);
-  if (!size) throw CommandFailed{};
-  folder.Keep();  // the database stands from here on, even when it is too large for a receiver
-  if (!CheckBinSize(state.context, *size)) throw CommandFailed{};
+  if (size) folder.Keep();  // the database stands from here on, even when it is too large for a receiver
+  ExpectSaved(state, options.output, told, size);
 }
 
 void AddImport(CLI::App& program, CommandState& state) {
@@ -142,12 +175,12 @@ void AddImport(CLI::App& program, CommandState& state) {
       command.add_option("--carriers", options->carriers, "all,c,ku,vertical,horizontal (filter mode)")
           ->delimiter(',')
           ->allow_extra_args(false)
-          ->check(CLI::IsMember({"all", "c", "ku", "vertical", "horizontal"}));
+          ->check(OneOf({"all", "c", "ku", "vertical", "horizontal"}));
   CLI::Option* services =
       command.add_option("--services", options->services, "all,fta,scrambled,tv,radio (filter mode)")
           ->delimiter(',')
           ->allow_extra_args(false)
-          ->check(CLI::IsMember({"all", "fta", "scrambled", "tv", "radio"}));
+          ->check(OneOf({"all", "fta", "scrambled", "tv", "radio"}));
   command.callback([&state, options, satellites, carriers, services] {
     options->filter = satellites->count() + carriers->count() + services->count() != 0;
     Import(state, *options);
@@ -164,18 +197,33 @@ void CollectFiles(CommandState& state, const MergeOptions& options, Merger& merg
     const Path path = PathFromUtf8(file);
     std::error_code error;
     // The open dialog of the window only gives files that are there.
-    if (!std::filesystem::is_regular_file(path, error)) {
-      Tell(state.context.messages, Icon::kStop, "Unable to open the given file.");
-      throw CommandFailed{};
-    }
-    if (!AddMergeFile(state.context, merger, path)) throw CommandFailed{};
+    const size_t told = state.told.size();
+    const bool there = std::filesystem::is_regular_file(path, error);
+    if (!there) Tell(state.context.messages, Icon::kStop, "Unable to open the given file.");
+    if (there && AddMergeFile(state.context, merger, path)) continue;
+    TellFile(state, told, file, WhyUnreadable(path));
+    throw CommandFailed{};
   }
   if (!options.folder.empty() && !AddMergeFolder(state.context, merger, PathFromUtf8(options.folder))) {
+    Tell(state.context.messages, Icon::kInformation, "%s", options.folder.c_str());
     throw CommandFailed{};
   }
 }
 
+// The folder's lists are looked for, but none is opened.
+void ExpectMergeApart(const MergeOptions& options) {
+  std::vector<NamedPath> inputs;
+  for (const std::string& file : options.files) inputs.push_back({"FILE", PathFromUtf8(file)});
+  Context silent;
+  silent.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  Merger listed{ModeOf(options.format), {}};
+  if (!options.folder.empty()) AddMergeFolder(silent, listed, PathFromUtf8(options.folder));
+  for (const Path& file : listed.files) inputs.push_back({"--folder", file});
+  ExpectApart(inputs, {{"--output", PathFromUtf8(options.output)}});
+}
+
 void Merge(CommandState& state, const MergeOptions& options) {
+  ExpectMergeApart(options);
   Merger merger{ModeOf(options.format), {}};
   CollectFiles(state, options, merger);
   const Path output = PathFromUtf8(options.output);
@@ -191,7 +239,7 @@ void AddMerge(CLI::App& program, CommandState& state) {
   CLI::App& merge = *program.add_subcommand("merge", "Join channel lists of one format");
   merge.add_option("FORMAT", options->format, "satcodx, dvb2000 or lyngsat")
       ->required()
-      ->check(CLI::IsMember({"satcodx", "dvb2000", "lyngsat"}));
+      ->check(OneOf({"satcodx", "dvb2000", "lyngsat"}));
   merge.add_option("FILE", options->files, "Lists, in the order of the result");
   merge.add_option("--folder", options->folder, "Then all lists of this folder, by name");
   merge.add_option("-o,--output", options->output, "List to write")->required();

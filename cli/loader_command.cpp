@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "cli/receiver_commands.h"
+#include "cli/usage.h"
 #include "loader/run.h"
 #include "serial/trace.h"
 
@@ -17,9 +18,11 @@ struct LoaderOptions {
   LoaderRun run;
 };
 
-void SaveTo(CommandState& state, const Receiver& receiver, const std::string& folder) {
-  if (folder.empty() || SaveMemory(receiver.memory, PathFromUtf8(folder))) return;
+// False after a message.
+bool SaveTo(CommandState& state, const Receiver& receiver, const std::string& folder) {
+  if (folder.empty() || SaveMemory(receiver.memory, PathFromUtf8(folder))) return true;
   Tell(state.context.messages, Icon::kStop, "Could not write the memory to \"%s\".", folder.c_str());
+  return false;
 }
 
 // A port that is there already is opened as one; elsewhere a pseudo-terminal is made.
@@ -33,7 +36,10 @@ std::unique_ptr<PseudoTerminal> OpenLine(CommandState& state, const std::string&
 }
 
 void RunLoader(CommandState& state, const LoaderOptions& options) {
-  const InterruptWatch watch;
+  state.tells_after_interrupt = true;  // its memory and log are written at the end
+  ExpectApart({}, {{"--link", PathFromUtf8(options.link)},
+                   {"--memory", PathFromUtf8(options.memory)},
+                   {"--log", PathFromUtf8(options.log)}});
   Trace log;
   if (!options.log.empty() && !log.Open(PathFromUtf8(options.log))) {
     Tell(state.context.messages, Icon::kStop, "Could not creat file \"%s\".", options.log.c_str());
@@ -45,15 +51,17 @@ void RunLoader(CommandState& state, const LoaderOptions& options) {
   if (!options.memory.empty()) memory = OpenMemory(PathFromUtf8(options.memory));
   Receiver receiver = MakeReceiver(options.faults, std::move(memory));
   receiver.note = [&log](const std::string& line) { log.Line(line); };
-  receiver.stored = [&] { SaveTo(state, receiver, options.memory); };
+  bool saved = true;
+  receiver.stored = [&] { saved = SaveTo(state, receiver, options.memory) && saved; };
   run.tap = [&log](bool from_pc, std::span<const uint8_t> bytes) { log.Bytes(from_pc, bytes); };
   run.stop = InterruptWatch::IsInterrupted;
   std::fprintf(stderr, "Receiver at %s\n", terminal->path.c_str());
   RunReceiver(receiver, *terminal, run);
-  SaveTo(state, receiver, options.memory);
-  if (!terminal->gone) return;
-  Tell(state.context.messages, Icon::kStop, "%s is not available any more.", terminal->path.c_str());
-  throw CommandFailed{};
+  saved = SaveTo(state, receiver, options.memory) && saved;
+  const bool logged = IsTraceWritten(state, log, options.log);
+  if (terminal->gone)
+    Tell(state.context.messages, Icon::kStop, "%s is not available any more.", terminal->path.c_str());
+  if (!saved || !logged || terminal->gone) throw CommandFailed{};
 }
 
 }  // namespace

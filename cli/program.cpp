@@ -1,10 +1,15 @@
 #include "cli/program.h"
 
+#include <cstdio>
 #include <new>
+#include <sstream>
 
 #include "cli/commands.h"
 #include "cli/console.h"
-#include "core/out_of_memory.h"
+#include "cli/last_resort.h"
+#include "cli/usage.h"
+#include "platform/interrupt.h"
+#include "platform/terminal.h"
 #include "platform/text.h"
 
 namespace vexa {
@@ -26,14 +31,41 @@ void TakeNumbersAsDecimal(CLI::App& command) {
   for (CLI::App* inner : command.get_subcommands({})) TakeNumbersAsDecimal(*inner);
 }
 
-}  // namespace
+// Status 1 with the system's reason when the results cannot be written.
+int Printed(const CommandState& state, int status) {
+  const std::string why = PrintResults(state);
+  if (why.empty()) return status;
+  std::fprintf(stderr, "error: Could not write to standard output: %s\n", why.c_str());
+  return 1;
+}
 
-int RunProgram(int count, char** arguments) {
-  CommandState state;
+int TellWrongUsage(CommandState& state, const CLI::App& program, const CLI::ParseError& error) {
+  if (error.get_exit_code() != 0) {
+    std::fprintf(stderr, "error: %s\ninfo: %s --help tells more.\n", UsageText(program, error).c_str(),
+                 CommandName(program).c_str());
+    return 2;
+  }
+  std::ostringstream help;
+  help.exceptions(std::ios::badbit);  // memory that runs out is no end of the text
+  program.exit(error, help, help);
+  state.output = help.str();
+  return Printed(state, 0);
+}
+
+int TellInterrupted(const CommandState& state, const CLI::App& program) {
+  std::fprintf(stderr, "error: %s was interrupted%s.\n", CommandName(program).c_str(),
+               state.interruption.c_str());
+  return 1;
+}
+
+int Run(CommandState& state, int count, char** arguments) {
   CLI::App program("vexa: edit, import, build and transfer receiver channel databases", "vexa");
+  program.option_defaults()->always_capture_default();
   program.require_subcommand(1);
   program.allow_windows_style_options(false);  // "/x" is a path everywhere
   program.fallthrough();
+  program.set_version_flag("--version", VersionText,
+                           "Print the versions of the program and of the libraries in it");
   program.add_flag("--yes", state.yes, "Answer every question with Yes");
   AddDatabaseCommands(program, state);
   AddListCommands(program, state);
@@ -41,22 +73,43 @@ int RunProgram(int count, char** arguments) {
   AddImageCommands(program, state);
   AddReceiverCommands(program, state);
   TakeNumbersAsDecimal(program);
-
-  const TemporaryFolder folder;
-  state.context = ConsoleContext(state, folder.path);
+  DescribeDefaults(program);
+  PrepareContext(state);
   try {
     program.parse(count, arguments);
-    PrintResults(state);
-    return 0;
+    // What an interrupted command has to say may be half of it; an output that has its name is done.
+    if (InterruptWatch::IsInterrupted() && !state.output_made) return TellInterrupted(state, program);
+    return Printed(state, 0);
   } catch (const CLI::ParseError& error) {
-    return program.exit(error) == 0 ? 0 : 2;
+    return TellWrongUsage(state, program, error);
   } catch (const CommandFailed&) {
-    if (state.print_output_on_failure) PrintResults(state);
-    return 1;
-  } catch (const std::bad_alloc&) {
-    state.context.messages.tell(Icon::kStop, kOutOfMemoryText, "");
-    return 1;
+    if (InterruptWatch::IsInterrupted()) return TellInterrupted(state, program);
+    return state.print_output_on_failure ? Printed(state, 1) : 1;
   }
+}
+
+int RunGuarded(CommandState& state, int count, char** arguments) {
+  try {
+    const InterruptWatch watch;
+    KeepStandardStreams();
+    return Run(state, count, arguments);
+  } catch (const std::bad_alloc&) {
+    if (state.output_made) return 0;
+    TellOutOfMemory();
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "error: %s\n", error.what());
+  }
+  return 1;
+}
+
+}  // namespace
+
+int RunProgram(int count, char** arguments, const CommApi& line) {
+  CommandState state;
+  state.line = &line;
+  const int status = RunGuarded(state, count, arguments);
+  SetFolderOfLastResort(nullptr);
+  return status;
 }
 
 }  // namespace vexa

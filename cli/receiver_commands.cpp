@@ -6,8 +6,10 @@
 #include <chrono>
 #include <cstdio>
 
+#include "cli/usage.h"
 #include "config/settings.h"
 #include "image/decoder.h"
+#include "platform/text.h"
 #include "serial/prepare.h"
 #include "serial/reports.h"
 #include "serial/session.h"
@@ -39,11 +41,14 @@ uint8_t IndexOf(const std::vector<std::string>& texts, const std::string& text) 
 
 void AddLineOptions(CLI::App& command, LineOptions& line) {
   command.add_option("--port", line.port, "Serial port: COM1, or the path of a terminal device")->required();
-  command.add_option("--baud", line.baud, "Bits a second")->check(CLI::IsMember(Texts(kBaudRates)));
-  command.add_option("--parity", line.parity)->check(CLI::IsMember(Texts(kParities)));
-  command.add_option("--data-bits", line.data_bits)->check(CLI::IsMember(Texts(kDataBits)));
-  command.add_option("--stop-bits", line.stop_bits)->check(CLI::IsMember(Texts(kStopBits)));
-  command.add_option("--timeout", line.timeout, "Give up after so many seconds without a new packet")
+  command.add_option("--baud", line.baud, "Bits a second")->check(OneOf(Texts(kBaudRates)));
+  command.add_option("--parity", line.parity, "None, Even, Odd, Mark or Space")
+      ->check(OneOf(Texts(kParities)));
+  command.add_option("--data-bits", line.data_bits, "Bits of a byte")->check(OneOf(Texts(kDataBits)));
+  command.add_option("--stop-bits", line.stop_bits, "1, 1.5 or 2")->check(OneOf(Texts(kStopBits)));
+  command
+      .add_option("--timeout", line.timeout,
+                  "Give up after so many seconds without a new packet (default: wait until interrupted)")
       ->check(NumberCheck(0.001, 1e9, "number of seconds from 0.001"));
   command.add_option("--trace", line.trace, "File for what crosses the line, both ways, with times");
 }
@@ -71,6 +76,8 @@ void PrintStatus(const std::string& text) {
 void Connect(CommandState& state, LineRun& run, const LineOptions& line, TransferJob job) {
   Transfer& transfer = run.session.transfer;
   transfer.context = state.context;
+  transfer.context.files = &SystemFiles();  // the job ends by its own rules
+  run.session.port.api = state.line;
   run.session.port.messages =
       WatchedPortMessages(run.session.port, run.session.port_gone, state.context.messages);
   transfer.view.status = PrintStatus;
@@ -89,7 +96,9 @@ void Connect(CommandState& state, LineRun& run, const LineOptions& line, Transfe
   };
   if (line.trace.empty()) return;
   if (!run.trace.Open(PathFromUtf8(line.trace))) {
+    const size_t told = state.told.size();
     Tell(state.context.messages, Icon::kStop, "Could not creat file \"%s\".", line.trace.c_str());
+    TellFile(state, told, line.trace, WhyNotWritable(PathFromUtf8(line.trace)));
     throw CommandFailed{};
   }
   run.session.port.tap = [&run](bool sent, std::span<const uint8_t> bytes) { run.trace.Bytes(sent, bytes); };
@@ -124,6 +133,16 @@ bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
   return false;
 }
 
+// What state the receiver is in when the user ends a transfer.
+std::string InterruptionText(const Transfer& transfer, TransferJob job) {
+  const unsigned long long packets = transfer.packets_moved;
+  if (job != TransferJob::kDownload && packets > 0)
+    return Format(
+        " after %llu packets: the receiver holds a part of the data and needs the whole upload again",
+        packets);
+  return ": the receiver keeps what it had, and may wait in its loader until it is switched off and on";
+}
+
 // Runs the whole transfer; throws CommandFailed unless it was done.
 void RunTransfer(CommandState& state, std::unique_ptr<LineRun>& owned, const ProjectConfig& config,
                  const LineOptions& line, TransferJob job) {
@@ -134,10 +153,22 @@ void RunTransfer(CommandState& state, std::unique_ptr<LineRun>& owned, const Pro
     TellPorts(state);
     throw CommandFailed{};
   }
-  const bool over = AwaitJob(state, run, line);
+  bool over = false;
+  try {
+    over = AwaitJob(state, run, line);
+  } catch (...) {
+    CancelTransfer(run.session);
+    if (run.session.left_behind) static_cast<void>(owned.release());
+    throw;
+  }
+  const bool interrupted = InterruptWatch::IsInterrupted() && !over;
   const bool ended = CancelTransfer(run.session) && over;
+  if (interrupted) state.interruption = InterruptionText(run.session.transfer, job);
+  const bool traced = IsTraceWritten(state, run.trace, line.trace);
+  const bool done = ended && run.session.outcome == 1 && !run.file_refused && traced;
   if (run.session.left_behind) static_cast<void>(owned.release());
-  if (!ended || run.session.outcome != 1 || run.file_refused) throw CommandFailed{};
+  if (!done) throw CommandFailed{};
+  state.output_made = job != TransferJob::kDownload;  // the receiver has it
 }
 
 void Upload(CommandState& state, const ProjectConfig& config, const LineOptions& line, TransferJob job,
@@ -152,7 +183,15 @@ void Upload(CommandState& state, const ProjectConfig& config, const LineOptions&
   RunTransfer(state, run, config, line, job);
 }
 
+void ExpectUploadApart(const CommandState& state, const UploadOptions& options) {
+  ExpectApart({{"FILE", PathFromUtf8(options.file)},
+               {"--ecf", ConfigurationFile(state)},
+               {"--port", PathFromUtf8(options.line.port)}},
+              {{"--trace", PathFromUtf8(options.line.trace)}});
+}
+
 void UploadAdb(CommandState& state, const UploadOptions& options) {
+  RequireTemporaryFolder(state);
   ProjectConfig config = LoadCommandConfig(state);
   SetLine(config, options.line);
   const Document document = OpenDocument(state, options.file);
@@ -169,6 +208,7 @@ uint32_t MaskOf(const std::vector<size_t>& positions) {
 }
 
 void UploadSdb(CommandState& state, const UploadOptions& options) {
+  RequireTemporaryFolder(state);
   ProjectConfig config = LoadCommandConfig(state);
   SetLine(config, options.line);
   config.sdb_format = options.format == "single" ? 0 : 1;
@@ -193,9 +233,10 @@ void UploadSdb(CommandState& state, const UploadOptions& options) {
 }
 
 void UploadUrt(CommandState& state, const UploadOptions& options) {
-  if (!ReadWholeFile(PathFromUtf8(options.file))) {
+  const std::string why = WhyUnreadable(PathFromUtf8(options.file));
+  if (!why.empty()) {
     Tell(state.context.messages, Icon::kStop, "File access error - UploadURTPacketThread");
-    Tell(state.context.messages, Icon::kInformation, "%s", options.file.c_str());
+    Tell(state.context.messages, Icon::kInformation, "%s: %s", options.file.c_str(), why.c_str());
     throw CommandFailed{};
   }
   ProjectConfig config;
@@ -204,8 +245,13 @@ void UploadUrt(CommandState& state, const UploadOptions& options) {
 }
 
 void Download(CommandState& state, const LineOptions& line, const std::string& output) {
+  ExpectApart({{"--ecf", ConfigurationFile(state)}, {"--port", PathFromUtf8(line.port)}},
+              {{"--output", PathFromUtf8(output)}, {"--trace", PathFromUtf8(line.trace)}});
+  RequireTemporaryFolder(state);
   ProjectConfig config = LoadCommandConfig(state);
   SetLine(config, line);
+  // A target that cannot be written is told before minutes on the line.
+  if (!WhyNotWritable(PathFromUtf8(output)).empty()) ExpectWritten(state, output, WriteResult::kCannotCreate);
   auto files = PrepareDownload(state.context, config);
   if (!files) throw CommandFailed{};
   auto run = std::make_unique<LineRun>();
@@ -233,10 +279,10 @@ CLI::App& AddUpload(CLI::App& upload, CommandState& state, const char* name, con
                     const std::shared_ptr<UploadOptions>& options,
                     void (*run)(CommandState&, const UploadOptions&)) {
   CLI::App& command = *upload.add_subcommand(name, what);
-  command.add_option("FILE", options->file)->required();
+  command.add_option("FILE", options->file, "What to send")->required();
   AddLineOptions(command, options->line);
   command.callback([&state, options, run] {
-    const InterruptWatch watch;
+    ExpectUploadApart(state, *options);
     run(state, *options);
   });
   return command;
@@ -253,10 +299,11 @@ void AddUploads(CLI::App& program, CommandState& state) {
   CLI::App& sdb = AddUpload(upload, state, "sdb", "Send SDBs as they stand in files", sdb_options, UploadSdb);
   sdb.add_option("--sdb", sdb_options->sdbs, "SDBs: 1,3-5 or all")->check(CheckList);
   sdb.add_option("--ubi", sdb_options->ubis, "User box records: 1,3-5, all or none")->check(CheckListOrNone);
-  sdb.add_option("--format", sdb_options->format)->check(CLI::IsMember({"single", "multiple"}));
+  sdb.add_option("--format", sdb_options->format, "single: the bare SDB; multiple: a database file")
+      ->check(OneOf({"single", "multiple"}));
   sdb_options->image_type_given =
       sdb.add_option("--image-type", sdb_options->image_type,
-                     "Region of the configuration, from 0; without it the first one of type 4")
+                     "Region of the configuration, from 0 (default: the first of type 4, else 0)")
           ->check(CLI::Range(0, 255));
   for (CLI::App* command : {&adb, &sdb}) {
     AddConfigurationOptions(*command, state);
@@ -276,10 +323,7 @@ void AddDownload(CLI::App& program, CommandState& state) {
   download.add_option("-o,--output", options->output, "Database file to write")->required();
   AddLineOptions(download, options->line);
   AddConfigurationOptions(download, state);
-  download.callback([&state, options] {
-    const InterruptWatch watch;
-    Download(state, options->line, options->output);
-  });
+  download.callback([&state, options] { Download(state, options->line, options->output); });
 }
 
 void Ports(CommandState& state) {
@@ -298,6 +342,14 @@ std::function<std::string(const std::string&)> NumberCheck(double lowest, double
     const bool right = read.ec == std::errc() && read.ptr == end && number >= lowest && number <= highest;
     return right ? std::string() : "\"" + text + "\" is no " + what;
   };
+}
+
+bool IsTraceWritten(CommandState& state, Trace& trace, const std::string& file) {
+  const std::string why = trace.Close();
+  if (why.empty()) return true;
+  state.tells_after_interrupt = true;
+  Tell(state.context.messages, Icon::kStop, "Could not write \"%s\": %s", file.c_str(), why.c_str());
+  return false;
 }
 
 void TellPorts(const CommandState& state) {

@@ -6,10 +6,14 @@
 
 #include "cli/commands.h"
 #include "platform/interrupt.h"
+#include "serial/trace.h"
 
 namespace vexa {
 
 void AddLoaderCommand(CLI::App& program, CommandState& state);
+
+// Ends a trace or log. False after a message when it could not be written.
+bool IsTraceWritten(CommandState& state, Trace& trace, const std::string& file);
 
 // An option's check: a number in the range, which "nan" is not. `what`: what else the text is said not to be.
 std::function<std::string(const std::string&)> NumberCheck(double lowest, double highest, const char* what);

@@ -69,6 +69,7 @@ Bytes LoadBytes(const LoaderMemory& memory, size_t space, uint32_t address, uint
 bool SaveMemory(const LoaderMemory& memory, const Path& folder) {
   std::error_code error;
   std::filesystem::create_directories(folder, error);
+  if (!std::filesystem::is_directory(folder, error)) return false;
   std::set<std::string> written;
   for (size_t space = 0; space < memory.spaces.size(); ++space) {
     for (const auto& [address, bytes] : memory.spaces[space]) {

@@ -2,24 +2,24 @@
 
 #include <system_error>
 
+#include "platform/file_system.h"
+
 namespace vexa {
 
 namespace {
 
-// As the system compares paths.
-Path Written(const Path& path) {
+constexpr int kMostLinks = 40;  // one after the other; more are a circle
+
+// As the system compares paths, for a file that need not be there: links are followed where they lead nowhere
+// too.
+Path Written(Path path) {
   std::error_code error;
-  const Path whole = std::filesystem::absolute(path, error);
-  const Path normal = (error ? path : whole).lexically_normal();
-#if defined(_WIN32)
-  Path::string_type text = normal.native();
-  for (auto& character : text) {
-    if (character >= L'A' && character <= L'Z') character = static_cast<wchar_t>(character - L'A' + L'a');
-  }
-  return text;
-#else
-  return normal;
-#endif
+  path = std::filesystem::absolute(path, error).lexically_normal();
+  if (!path.has_filename()) path = path.parent_path();
+  for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(path, error); ++links)
+    path = (path.parent_path() / std::filesystem::read_symlink(path, error)).lexically_normal();
+  const Path parent = std::filesystem::weakly_canonical(path.parent_path(), error);
+  return ComparedName(error ? path : parent / path.filename());
 }
 
 }  // namespace

@@ -10,6 +10,9 @@ namespace vexa {
 // nullptr when it cannot be opened; errno says why. Writing empties the file.
 std::FILE* OpenFile(const Path& path, bool writing);
 
+// A name in the form in which the system compares names.
+Path ComparedName(const Path& path);
+
 enum class NewFile { kMade, kTaken, kFailed };
 // An empty file under a name that was free; kTaken when anything has the name. errno says why it failed.
 NewFile CreateNewFile(const Path& path);

@@ -245,13 +245,14 @@ void RemoveFolder(const Path& folder) {
 
 std::string WhyUnreadable(const Path& path) {
   std::error_code error;
-  if (fs::is_directory(path, error)) return SystemText(EISDIR);
+  const auto status = fs::status(path, error);
+  if (fs::is_directory(status)) return SystemText(EISDIR);
+  // A pipe or a device is left alone: opening one may wait, or take something from it.
+  if (fs::exists(status) && !fs::is_regular_file(status)) return {};
   errno = 0;
   const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
   if (!file) return SystemText(errno);
-  // Nothing is taken out of a pipe or a device.
-  if (fs::is_regular_file(path, error) && std::fgetc(file.get()) == EOF && std::ferror(file.get()))
-    return SystemText(errno);
+  if (std::fgetc(file.get()) == EOF && std::ferror(file.get())) return SystemText(errno);
   return {};
 }
 

@@ -23,8 +23,9 @@ struct PseudoTerminal {
   virtual size_t Write(std::span<const uint8_t> bytes) = 0;
 };
 
-// With a symbolic link to the far end at `link` when it is not empty; a symbolic link that stands there is
-// replaced, anything else is not. Null when the system has no pseudo-terminals or the link cannot be made.
+// With a symbolic link to the far end at `link` when it is not empty; a link that
+// an earlier one left there, and that leads nowhere, is replaced, anything else is not. Null when the system
+// has no pseudo-terminals or the link cannot be made.
 std::unique_ptr<PseudoTerminal> OpenPseudoTerminal(const Path& link);
 
 }  // namespace vexa

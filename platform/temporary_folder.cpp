@@ -59,9 +59,7 @@ void RemoveAbandonedFolders(const std::string& family) {
     if (fs::symlink_status(folder, error).type() != fs::file_type::directory) continue;
     auto owner = LockFile(folder / kOwnerFile, false);
     if (!owner) continue;
-#if defined(_WIN32)
-    owner.reset();  // an open file is not removed
-#endif
+    owner.reset();  // some systems do not remove an open file; nobody else makes a folder that is there
     RemoveFolder(folder);
   }
 }

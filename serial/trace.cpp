@@ -1,6 +1,8 @@
 #include "serial/trace.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <system_error>
 
 #include "serial/port.h"
 
@@ -33,9 +35,20 @@ std::string TraceBytes(std::span<const uint8_t> bytes) {
 }
 
 Trace::~Trace() {
-  if (!file_) return;
+  Close();
+}
+
+std::string Trace::Close() {
+  const std::lock_guard hold(lock_);
+  if (!file_) return {};
   WriteRepeats();
+  errno = 0;
+  const bool failed_before = std::ferror(file_) != 0;
+  const bool written = std::fflush(file_) == 0 && !failed_before;
+  const int reason = errno == 0 ? ENOSPC : errno;  // of an earlier failure the disk is the usual one
   std::fclose(file_);
+  file_ = nullptr;
+  return written ? std::string() : std::error_code(reason, std::generic_category()).message();
 }
 
 bool Trace::Open(const Path& path) {

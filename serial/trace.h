@@ -27,6 +27,8 @@ class Trace {
   void Bytes(bool from_pc, std::span<const uint8_t> bytes);
   void Line(const std::string& text);
   void Flush();
+  // Ends the record. The system's reason when not all of it could be written; else empty, as without a file.
+  std::string Close();
 
  private:
   void WriteRepeats();

@@ -16,6 +16,10 @@ std::FILE* OpenFile(const Path& path, bool writing) {
   return std::fopen(path.c_str(), writing ? "wb" : "rb");
 }
 
+Path ComparedName(const Path& path) {
+  return path;
+}
+
 NewFile CreateNewFile(const Path& path) {
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   if (file < 0) return errno == EEXIST ? NewFile::kTaken : NewFile::kFailed;

@@ -46,15 +46,23 @@ bool MakeRaw(int file) {
 
 bool MakeLink(const Path& link, const std::string& target) {
   std::error_code error;
-  if (std::filesystem::is_symlink(std::filesystem::symlink_status(link, error)))
-    std::filesystem::remove(link, error);
   std::filesystem::create_symlink(target, link, error);
   return !error;
+}
+
+// To be called before a far end is made: its number may be that of the one which is gone.
+void RemoveDeadLink(const Path& link) {
+  std::error_code error;
+  const Path leads_to = std::filesystem::read_symlink(link, error);
+  if (!error && leads_to.native().starts_with("/dev/pts/") && !std::filesystem::exists(leads_to, error) &&
+      !error)
+    std::filesystem::remove(link, error);
 }
 
 }  // namespace
 
 std::unique_ptr<PseudoTerminal> OpenPseudoTerminal(const Path& link) {
+  RemoveDeadLink(link);
   auto terminal = std::make_unique<SystemTerminal>();
   terminal->master = posix_openpt(O_RDWR | O_NOCTTY);
   if (terminal->master < 0 || grantpt(terminal->master) != 0 || unlockpt(terminal->master) != 0)

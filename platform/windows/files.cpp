@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cwctype>
 
 #include "platform/file_system.h"
 
@@ -27,6 +28,13 @@ std::wstring LongPath(const Path& path) {
 
 std::FILE* OpenFile(const Path& path, bool writing) {
   return _wfopen(LongPath(path).c_str(), writing ? L"wb" : L"rb");
+}
+
+Path ComparedName(const Path& path) {
+  std::wstring name = Path(path).make_preferred().native();
+  while (name.ends_with(L'.') || name.ends_with(L' ')) name.pop_back();
+  for (wchar_t& c : name) c = static_cast<wchar_t>(std::towlower(c));
+  return name;
 }
 
 NewFile CreateNewFile(const Path& path) {

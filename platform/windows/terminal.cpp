@@ -14,6 +14,7 @@ bool StandardErrorIsTerminal() {
 void SetBinaryOutput() {
   _setmode(_fileno(stdout), _O_BINARY);
 }
+void KeepStandardStreams() {}  // files and streams have numbers of their own
 unsigned long ProcessNumber() {
   return GetCurrentProcessId();
 }

@@ -7,7 +7,7 @@
 
 namespace vexa {
 
-ProgramResult RunVexa(std::vector<std::string> arguments) {
+ProgramResult RunVexa(std::vector<std::string> arguments, const CommApi& line) {
   arguments.insert(arguments.begin(), "vexa");
   std::vector<char*> pointers;
   for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -15,18 +15,22 @@ ProgramResult RunVexa(std::vector<std::string> arguments) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   ProgramResult result;
-  result.status = RunProgram(static_cast<int>(arguments.size()), pointers.data());
+  result.status = RunProgram(static_cast<int>(arguments.size()), pointers.data(), line);
   result.output = testing::internal::GetCapturedStdout();
   result.errors = testing::internal::GetCapturedStderr();
   return result;
 }
 
-ProgramResult CliTest::Vexa(const std::string& line) {
+std::vector<std::string> CliTest::Words(const std::string& line) {
   std::vector<std::string> arguments;
   std::istringstream words(line);
   for (std::string word; words >> std::quoted(word, '\'');)
     arguments.push_back(word.starts_with('@') ? In(word.substr(1)) : word);
-  return RunVexa(arguments);
+  return arguments;
+}
+
+ProgramResult CliTest::Vexa(const std::string& line) {
+  return RunVexa(Words(line), line_of_ports);
 }
 
 }  // namespace vexa

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "core/bin_file.h"
+#include "platform/serial.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 
@@ -17,7 +18,7 @@ struct ProgramResult {
 };
 
 // Runs the command line program inside the test.
-ProgramResult RunVexa(std::vector<std::string> arguments);
+ProgramResult RunVexa(std::vector<std::string> arguments, const CommApi& line = SystemCommApi());
 
 struct CliTest : testing::Test {
   Recorder recorder;
@@ -37,6 +38,8 @@ struct CliTest : testing::Test {
   }
   // Blanks part the arguments, but between single quotes; a leading '@' stands for the folder.
   ProgramResult Vexa(const std::string& line);
+  std::vector<std::string> Words(const std::string& line);
+  CommApi line_of_ports = SystemCommApi();  // what `Vexa` opens ports by
 };
 
 }  // namespace vexa

@@ -81,7 +81,7 @@ void ExpectRefusal(const RefusalCase& c, const ProgramResult& result) {
   EXPECT_EQ(result.output, "") << c.line;
   EXPECT_NE(result.errors, "") << c.line;
   if (c.error) {
-    EXPECT_EQ(result.errors, c.error) << c.line;
+    EXPECT_THAT(result.errors, testing::StartsWith(c.error)) << c.line;
   }
 }
 
@@ -93,9 +93,9 @@ TEST_F(ListCommands, ImportRefusals) {
   Put("empty.sdx", "SATCODX");
   Put("out.bin", "old");
   const RefusalCase cases[] = {
-      {"@none.sdx -o @out.bin", 1, "error: Unable to open the given file.\n"},
-      {"@wrong.sdx -o @out.bin", 1, "error: Error - Invalid File\n"},
-      {"@long.sdx -o @out.bin", 1, "error: Satellite records exceed the limit. Can not add.\n"},
+      {"@none.sdx -o @out.bin", 1, "error: Unable to open the given file.\ninfo: "},
+      {"@wrong.sdx -o @out.bin", 1, "error: Error - Invalid File\ninfo: "},
+      {"@long.sdx -o @out.bin", 1, "error: Satellite records exceed the limit. Can not add.\ninfo: "},
       {"@empty.sdx -o @out.bin --work-dir @work", 1, nullptr},
       {"@list.sdx -o @out.bin --satellites 4", 1, nullptr},
       {"@list.sdx -o @out.bin --satellites x", 2, nullptr},
@@ -121,7 +121,8 @@ TEST_F(ListCommands, DatabaseAboveTheSizeLimitIsWrittenWithStatusOne) {
   Put("large.sdx", list);
   const ProgramResult result = Vexa("import @large.sdx -o @out.bin");
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "error: File size exceeds the limit. Can not continue.\n");
+  EXPECT_EQ(result.errors,
+            "error: File size exceeds the limit. Can not continue.\ninfo: " + In("out.bin") + "\n");
   EXPECT_EQ(Open("out.bin").sdbs[0].database->services.size(), 4000u);
 }
 
@@ -166,9 +167,9 @@ TEST_F(ListCommands, MergeRefusals) {
       {"satcodx @a.sdx @old.sdx -o @out", 1,
        "error: SatcoDX Merger allows only SatcoDX Protocol Version 2 and 3.\n"
        "Please download latest SatcoDX ( SDX ) file from website\n"},
-      {"dvb2000 @a.sdx @none -o @out", 1, "error: Unable to open the given file.\n"},
+      {"dvb2000 @a.sdx @none -o @out", 1, "error: Unable to open the given file.\ninfo: "},
       {"lyngsat @a.sdx @old.sdx --folder @. -o @out", 1, "error: No Lyngsat ( DAT ) file found.\n"},
-      {"dvb2000 @a.sdx @out -o @./out", 1, "error: The merged file cannot be one of the selected files.\n"},
+      {"dvb2000 @a.sdx @out -o @./out", 2, "error: --output: "},
       {"other @a.sdx @old.sdx -o @out", 2, nullptr},
       {"lyngsat @a.sdx @old.sdx", 2, nullptr},
   };

@@ -1,0 +1,209 @@
+// What only shows in a process of its own: failed allocations, signals, streams that take nothing.
+#include "tests/cli/cli_test.h"
+
+#if !defined(_WIN32)
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "cli/program.h"
+#include "core/out_of_memory.h"
+#include "platform/temporary_folder.h"
+#include "tests/support/failing_memory.h"
+
+namespace vexa {
+namespace {
+
+using testing::HasSubstr;
+
+struct Process : CliTest {
+  Process() {
+    std::mt19937 random(3);
+    Document document = NewDocument();
+    document.sdbs[0].database = MakeRandomDatabase(random, {3, 2, 4, 8, 2, false, false});
+    Save(document, "base.bin");
+    Put("list.sdx", "SATCODX");
+    Put("list.dvb", "DVSO");
+  }
+
+  // Runs the command line in a child; its standard error goes to "errors", its output to `output`.
+  pid_t Start(const std::string& line, int fails_at = 0, const std::string& output = "/dev/null") {
+    const pid_t child = fork();
+    if (child != 0) return child;
+    const auto direct = [](const std::string& path, int stream) {
+      const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+      dup2(file, stream);
+      close(file);
+    };
+    direct(In("errors"), STDERR_FILENO);
+    output.empty() ? static_cast<void>(close(STDOUT_FILENO)) : direct(output, STDOUT_FILENO);
+    setenv("TMPDIR", In("tmp").c_str(), 1);
+    std::vector<std::string> arguments = Words("vexa " + line);
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    std::optional<FailingMemory> memory;
+    if (fails_at > 0) memory.emplace(fails_at);
+    const int status = RunProgram(static_cast<int>(arguments.size()), pointers.data());
+    _exit(fails_at > 0 && !memory->Reached() ? 100 : status);
+  }
+  // Until the child answers the signal itself.
+  static void AwaitWatch(pid_t child, int number) {
+    for (int i = 0; i < 2000; ++i, usleep(5000)) {
+      std::ifstream status("/proc/" + std::to_string(child) + "/status");
+      for (std::string line; std::getline(status, line);) {
+        if (line.starts_with("SigCgt:") && (std::stoull(line.substr(7), nullptr, 16) >> (number - 1) & 1))
+          return;
+      }
+    }
+  }
+  int End(pid_t child) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+  }
+  std::string Errors() {
+    const Bytes errors = Get("errors");
+    return {errors.begin(), errors.end()};
+  }
+  size_t Left() {  // files in the temporary path
+    size_t left = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(At("tmp"))) ++left;
+    return left;
+  }
+  void SetUp() override { std::filesystem::create_directory(At("tmp")); }
+};
+
+TEST_F(Process, AFailedAllocationIsToldAndLeavesOldOutputsWhereverItHappens) {
+  const std::string lines[] = {"info @base.bin",
+                               "save @base.bin -o @out --compress-bin on",
+                               "import @list.sdx -o @out --stream --work-dir @out-work",
+                               "adb build @base.bin -o @out-dir",
+                               "export @base.bin -o @out --format json",
+                               "info @base.bin --bogus",
+                               "--version"};
+  for (const std::string& line : lines) {
+    int told = 0;
+    // Every one at the start; then in steps without a common divisor with what repeats.
+    for (int n = 1;; n += n < 40 ? 1 : 67) {
+      Put("out", "old");
+      const int status = End(Start(line, n));
+      if (status == 100) break;
+      const std::string errors = Errors();
+      const bool out_of_memory = errors == std::string("error: ") + kOutOfMemoryText + "\n";
+      told += out_of_memory ? 1 : 0;
+      const bool own_text = errors.find("malloc failed - InitConfig") != errors.npos;
+      // A piece that can do without the memory goes on; wrong usage is told all the same.
+      if (out_of_memory || own_text) {
+        EXPECT_EQ(status, 1) << line << " " << n;
+      } else {
+        EXPECT_THAT(status, testing::AnyOf(0, 2)) << line << " " << n << errors;
+      }
+      if (status == 1) {
+        EXPECT_EQ(Get("out"), BytesOf("old")) << line << " " << n;
+      }
+      EXPECT_EQ(Left(), 0u) << line << " " << n;
+      if (HasFailure()) return;
+    }
+    EXPECT_GT(told, 30) << line;
+  }
+}
+
+TEST_F(Process, SignalsEndEveryCommandWithNothingLeftBehind) {
+  ASSERT_EQ(mkfifo(At("pipe").c_str(), 0600), 0);
+  // A reading command waits for the pipe's writer, a writing one for its reader.
+  const std::pair<std::string, std::string> rows[] = {{"info @pipe", "vexa info"},
+                                                      {"import @pipe -o @out", "vexa import"},
+                                                      {"adb build @pipe -o @out", "vexa adb build"},
+                                                      {"save @base.bin -o @pipe", "vexa save"}};
+  for (const auto& [line, name] : rows) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+      signal(number, SIG_DFL);
+      const pid_t child = Start(line);
+      AwaitWatch(child, number);
+      kill(child, number);
+      EXPECT_EQ(End(child), 1) << line;
+      EXPECT_EQ(Errors(), "error: " + name + " was interrupted.\n");
+      EXPECT_EQ(Left(), 0u) << line;
+      EXPECT_FALSE(Exists("out")) << line;
+    }
+  }
+}
+
+TEST_F(Process, ASignalThatWasIgnoredStaysIgnored) {
+  ASSERT_EQ(mkfifo(At("pipe").c_str(), 0600), 0);
+  signal(SIGHUP, SIG_IGN);
+  const pid_t child = Start("check @pipe");
+  signal(SIGHUP, SIG_DFL);
+  AwaitWatch(child, SIGTERM);
+  kill(child, SIGHUP);
+  usleep(60000);
+  const int pipe = open(At("pipe").c_str(), O_WRONLY | O_NONBLOCK);
+  EXPECT_GE(pipe, 0) << "it still waits";
+  close(pipe);
+  EXPECT_EQ(End(child), 1);
+  EXPECT_EQ(Errors().find("interrupted"), std::string::npos);
+}
+
+TEST_F(Process, ResultsThatCannotBeWrittenAreAFailure) {
+  const std::pair<std::string, std::string> rows[] = {{"/dev/full", "No space left on device"},
+                                                      {"", "Bad file descriptor"}};
+  for (const auto& [output, reason] : rows) {
+    for (const std::string line :
+         {"info @base.bin", "ecf show @no.ecf", "--help", "--version", "export --help"}) {
+      const bool refused = line.starts_with("ecf");
+      EXPECT_EQ(End(Start(line, 0, output)), 1) << line;
+      EXPECT_EQ(Errors().find(reason) == std::string::npos, refused) << line << Errors();
+      EXPECT_THAT(Errors(), testing::StartsWith("error: "));
+    }
+  }
+}
+
+TEST_F(Process, ALoaderTellsWhatItCouldNotKeep) {
+  const pid_t child = Start("loader --link @far --memory @base.bin --log /dev/full");
+  for (int i = 0; i < 400 && !std::filesystem::is_symlink(At("far")); ++i) usleep(5000);
+  usleep(20000);
+  kill(child, SIGTERM);
+  EXPECT_EQ(End(child), 1);
+  EXPECT_THAT(Errors(), HasSubstr("error: Could not write the memory to \"" + In("base.bin") + "\".\n"));
+  EXPECT_THAT(Errors(), HasSubstr("error: vexa loader was interrupted.\n"));
+  EXPECT_FALSE(std::filesystem::is_symlink(At("far")));
+}
+
+TEST_F(Process, WithoutATemporaryFolderACommandThatNeedsOneIsRefused) {
+  std::filesystem::remove(At("tmp"));
+  Put("~001adb.bin", "the user's own");
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(recorder.context.temporary_folder);
+  for (const std::string line : {"adb build @base.bin -o @out", "upload adb @base.bin --port x",
+                                 "upload sdb @base.bin --port x", "download -o @out --port x"}) {
+    EXPECT_EQ(End(Start(line)), 1);
+    EXPECT_THAT(Errors(), testing::StartsWith("error: Failed to create new directory.\ninfo: ")) << line;
+  }
+  EXPECT_EQ(End(Start("info @base.bin")), 0);
+  std::filesystem::current_path(before);
+  EXPECT_EQ(Get("~001adb.bin"), BytesOf("the user's own"));
+  EXPECT_FALSE(Exists("out"));
+}
+
+TEST_F(Process, TheFolderOfAKilledProgramGoesWithTheNextStart) {
+  ASSERT_EQ(mkfifo(At("pipe").c_str(), 0600), 0);
+  const pid_t child = Start("adb build @pipe -o @out");
+  for (int i = 0; i < 200 && Left() == 0; ++i) usleep(5000);
+  usleep(20000);
+  kill(child, SIGKILL);
+  EXPECT_EQ(End(child), 1000 + SIGKILL);
+  EXPECT_EQ(Left(), 1u);
+  EXPECT_EQ(End(Start("adb build @base.bin -o @out")), 0) << Errors();
+  EXPECT_EQ(Left(), 0u);
+}
+
+}  // namespace
+}  // namespace vexa
+
+#endif

@@ -1,0 +1,173 @@
+// Wrong usage of every command: outputs that are inputs, words that are no commands, versions, help.
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/cli_test.h"
+
+namespace vexa {
+namespace {
+
+using testing::HasSubstr;
+
+struct Usage : CliTest {
+  Usage() {
+    std::mt19937 random(5);
+    Document document = NewDocument();
+    document.sdbs[0].database = MakeRandomDatabase(random, {3, 2, 4, 8, 2, false, false});
+    Save(document, "base.bin");
+    for (const char* name : {"a.dvb", "b.dvb", "dir/c.dvb", "image.bin", "source.toml", "images/~001adb.bin",
+                             "images/~001adb.urt", "work/~001car.bin"}) {
+      std::filesystem::create_directories(At(name).parent_path());
+      Put(name, name);
+    }
+  }
+};
+
+TEST_F(Usage, AnOutputThatIsAnInputOrAnotherOutputIsRefusedBeforeAnythingIsOpened) {
+  const std::string urt = "urt build --type 3 --kind 5 --flag 0 --name N --start 0 --end 99 ";
+  const std::string port = " --port @no-port";
+  const std::string lines[] = {
+      "import @a.dvb -o @a.dvb",
+      "import @a.dvb -o @work/../a.dvb",
+      "import @a.dvb -o @x.bin --work-dir @x.bin",
+      "import @work/~001car.bin -o @x.bin --work-dir @work",
+      "import @a.dvb -o @work/~001ser.bin --work-dir @work",
+      "export @base.bin -o @base.bin",
+      "export @none.bin -o @none.bin",
+      "merge dvb2000 @a.dvb @b.dvb -o @b.dvb",
+      "merge dvb2000 @a.dvb --folder @dir -o @dir/c.dvb",
+      "ecf build @source.toml -o @source.toml",
+      urt + "@image.bin -o @image.bin",
+      urt + "@image.bin -o @x --ecf @x",
+      "adb build @images/~001adb.bin -o @images",
+      "adb decode @images -o @images/~001adb.bin",
+      "adb request -o @x --ecf @./x",
+      "upload adb @base.bin --trace @base.bin" + port,
+      "upload sdb @base.bin --trace @no-port" + port,
+      "upload urt @image.bin --trace @image.bin" + port,
+      "download -o @x --trace @x" + port,
+      "download -o @x --ecf @x" + port,
+      "loader --link @x --log @x",
+      "loader --link @x --memory @x",
+      "loader --link @l --memory @x --log @x",
+  };
+  const auto all = [&] {
+    std::map<std::string, Bytes> files;
+    for (const auto& entry :
+         std::filesystem::recursive_directory_iterator(recorder.context.temporary_folder)) {
+      if (entry.is_regular_file())
+        files[Utf8FromPath(entry.path())] = ReadWholeFile(entry.path()).value_or(Bytes{});
+    }
+    return files;
+  };
+  const auto before = all();
+  for (const std::string& line : lines) {
+    const ProgramResult result = Vexa(line);
+    EXPECT_EQ(result.status, 2) << line << result.errors;
+    EXPECT_THAT(result.errors, HasSubstr("is also ")) << line;
+    EXPECT_EQ(all(), before) << line;
+  }
+#if !defined(_WIN32)
+  std::filesystem::create_symlink("base.bin", At("link"));
+  std::filesystem::create_symlink("nowhere", At("dead"));
+  std::filesystem::create_hard_link(At("base.bin"), At("hard"));
+  for (const std::string line :
+       {"export @base.bin -o @link", "export @hard -o @link", "download -o @dead --trace @nowhere --port @p"})
+    EXPECT_EQ(Vexa(line).status, 2) << line;
+  EXPECT_EQ(Vexa("export @base.bin -o /dev/null").status, 0);
+#else
+  EXPECT_EQ(Vexa("export @base.bin -o @BASE.bin").status, 2);
+#endif
+}
+
+TEST_F(Usage, SaveAndSortMayWriteOverTheirInputUnlessItWasNotReadWhole) {
+  EXPECT_EQ(Vexa("save @base.bin -o @base.bin").status, 0);
+  EXPECT_EQ(Vexa("sort @base.bin -o @base.bin --satellites name").status, 0);
+  Document document = Open("base.bin");
+  for (int i = 0; i < 17; ++i) document.ubis.push_back({"UBI", {}});  // one more than are opened
+  Save(document, "many.bin");
+  const Bytes before = Get("many.bin");
+  for (const std::string line : {"save @many.bin -o @many.bin", "sort @many.bin -o @many.bin"}) {
+    const ProgramResult result = Vexa(line);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors,
+                HasSubstr("error: " + In("many.bin") + " was not read whole and stays as it is.\n"));
+    EXPECT_EQ(Get("many.bin"), before);
+  }
+  EXPECT_EQ(Vexa("save @many.bin -o @other.bin").status, 0);
+  EXPECT_EQ(Open("other.bin").ubis.size(), 16u);
+}
+
+TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"exprot @base.bin -o @x", "error: \"exprot\" is no command of vexa; the nearest is \"export\"\n"},
+      {"--yess", "error: \"--yess\" is no option of vexa; the nearest is \"--yes\"\n"},
+      {"export --frmat=csv", "error: \"--frmat\" is no option of vexa export; the nearest is \"--format\"\n"},
+      {"adb biuld", "error: \"biuld\" is no command of vexa adb; the nearest is \"build\"\n"},
+      {"info @base.bin more", "error: \"more\" is one word too many for vexa info\n"},
+      {"export @base.bin -o @x --format jsno",
+       "error: --format: \"jsno\" is no value of it; the nearest is \"json\"\n"},
+      {"export @base.bin", "error: --output is required\n"},
+  };
+  for (const auto& [line, text] : rows) {
+    const ProgramResult result = Vexa(line);
+    EXPECT_EQ(result.status, 2) << line;
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, testing::StartsWith(text)) << line;
+  }
+}
+
+TEST_F(Usage, SoftwareVersionsHaveEightAndFourBits) {
+  const std::string line = "adb request -o @x --software ";
+  EXPECT_EQ(Vexa(line + "255.15").status, 0);
+  for (const std::string version : {"256.0", "1.16", "1.99", "1", "-1.0", "1.", ""})
+    EXPECT_EQ(Vexa(line + "'" + version + "'").status, 2) << version;
+}
+
+TEST_F(Usage, VersionAndHelpAreResults) {
+  const ProgramResult version = Vexa("--version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_THAT(version.output, testing::StartsWith("vexa 1.0.0\nzlib "));
+  EXPECT_EQ(version.errors, "");
+  for (const std::string command :
+       {"info",     "check",      "save",       "sort",        "export",     "import",    "merge",
+        "ecf show", "ecf build",  "adb build",  "adb request", "adb decode", "urt build", "urt show",
+        "ports",    "upload adb", "upload sdb", "upload urt",  "download",   "loader"}) {
+    const ProgramResult help = Vexa(command + " --help");
+    EXPECT_EQ(help.status, 0);
+    // Every option that may be left out tells what holds then.
+    std::istringstream words(help.output);
+    std::string entry;
+    size_t options = 0, told = 0;
+    for (std::string text; std::getline(words, text);) {
+      const bool option =
+          text.starts_with("  -") && text.find("--help") == text.npos && text.find("REQUIRED") == text.npos;
+      options += option ? 1 : 0;
+      told += text.find("default") != text.npos && text.find("REQUIRED") == text.npos ? 1 : 0;
+    }
+    EXPECT_GE(told, options) << command << help.output;
+  }
+  EXPECT_THAT(Vexa("download --help").output, HasSubstr("(default: 115200)"));
+}
+
+TEST_F(Usage, OnlyAnImageWithAHeaderIsCompressed) {
+  const std::string urt =
+      "urt build @image.bin -o @x --kind 3 --name N --start 0 --end 0x1000 --compress zlib:6";
+  for (const std::string kind : {" --type 3 --flag 0", " --type 3 --flag 1", " --type 0 --flag 1"})
+    EXPECT_EQ(Vexa(urt + kind).status, 2) << kind;
+  for (const std::string kind : {" --type 0 --flag 0", " --type 4 --flag 1"})
+    EXPECT_EQ(Vexa(urt + kind).status, 0) << kind;
+}
+
+TEST_F(Usage, ImagesAppearAllOrNone) {
+  std::filesystem::create_directories(At("out/~001e2p.urt"));  // the last of four cannot be written
+  Put("out/~001adb.bin", "old");
+  EXPECT_EQ(Vexa("adb build @base.bin -o @out --select 0/0/1").status, 1);
+  EXPECT_EQ(Get("out/~001adb.bin"), BytesOf("old"));
+  EXPECT_FALSE(Exists("out/~001adb.urt"));
+  std::filesystem::remove(At("out/~001e2p.urt"));
+  EXPECT_EQ(Vexa("adb build @base.bin -o @out --select 0/0/1").status, 0);
+  EXPECT_TRUE(Exists("out/~001e2p.urt"));
+}
+
+}  // namespace
+}  // namespace vexa
