@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/edit.h"
+#include "core/match.h"
 #include "core/rules.h"
 #include "platform/text.h"
 
@@ -39,13 +40,6 @@ class Below {
 
 std::string Numbered(const std::string& place, const char* kind, size_t index) {
   return place + " " + kind + " " + std::to_string(index + 1);
-}
-
-bool IsUnusedPlace(const Satellite& satellite) {
-  constexpr std::string_view kStart = "NewSat ";
-  const std::string_view name = NameOf(satellite.record.name);
-  if (!satellite.carriers.empty() || !name.starts_with(kStart) || name.size() == kStart.size()) return false;
-  return name.find_first_not_of("0123456789", kStart.size()) == std::string_view::npos;
 }
 
 void CheckServices(const Carrier& carrier, const std::string& place, Findings& findings) {

@@ -1,32 +1,29 @@
 #include "core/field_texts.h"
 
-#include <iterator>
-
+#include "core/code_names.h"
 #include "core/messages.h"
 
 namespace vexa {
 
 namespace {
 
-const char* Named(const char* const* names, size_t count, uint32_t code) {
-  return code < count ? names[code] : "";
+template <size_t N>
+const char* Named(const char* const (&names)[N], uint32_t code) {
+  return code < N ? names[code] : "";
 }
 
 }  // namespace
 
 std::string LnbTypeName(uint32_t type) {
-  static constexpr const char* kNames[] = {"Normal", "LNBF", "Universal", "IF Input"};
-  return Named(kNames, std::size(kNames), type);
+  return Named(kLnbTypes, type);
 }
 
 std::string PolarizationName(uint32_t polarization) {
-  static constexpr const char* kNames[] = {"Horizontal", "Vertical", "Left", "Right"};
-  return Named(kNames, std::size(kNames), polarization);
+  return Named(kPolarizations, polarization);
 }
 
 std::string FecName(uint32_t fec) {
-  static constexpr const char* kNames[] = {"Auto", "1/2", "2/3", "3/4", "5/6", "7/8"};
-  return Named(kNames, std::size(kNames), fec);
+  return Named(kFecs, fec);
 }
 
 std::string ViewAngleText(uint32_t tenths) {

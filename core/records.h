@@ -25,6 +25,7 @@ inline constexpr uint32_t kMaximumTvEntries = 2500;
 inline constexpr uint32_t kMaximumRadioEntries = 1000;
 inline constexpr uint32_t kNoPid = 8192;
 inline constexpr uint32_t kNameSize = 20;
+inline constexpr uint32_t kSdbNameLength = 6, kUbiNameLength = 7;  // characters that a file keeps
 
 enum LnbType : uint32_t { kLnbNormal, kLnbLnbf, kLnbUniversal, kLnbIfInput };
 enum SwitchType : uint32_t { kSwitchNone, kSwitchToneBurst, kSwitchDiseqc };

@@ -9,7 +9,6 @@ namespace vexa {
 
 namespace {
 
-constexpr size_t kSdbNameLength = 6, kUbiNameLength = 7;  // characters that a file keeps
 constexpr int kHighestOscillator = 0x3FFF;                // MHz
 
 std::optional<Refusal> Verdict(std::string text, int field) {

@@ -1,0 +1,45 @@
+// What differs between two databases, record by record, as an installer would tell it: added, removed,
+// changed, moved. Records are the same by match.h. Not told are fields that follow from places, records that
+// only have another number, what is below an added or removed record, and unused places of the satellite
+// table.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "core/database.h"
+
+namespace vexa {
+
+// A field before and after; texts are UTF-8.
+struct FieldChange {
+  std::string key;
+  std::variant<int64_t, std::string> before, after;
+};
+
+enum class DifferenceKind : uint8_t { kSdb, kLnb, kSatellite, kCarrier, kService, kFavourite, kUbi, kFile };
+
+struct Difference {
+  char sign = '~';  // + added, - removed, ~ changed, > moved within its list
+  DifferenceKind kind = DifferenceKind::kSdb;
+  std::string path;  // as `check` names records: "SDB1 satellite 3"; empty for the flags of the file
+  std::string name;  // of satellites, carriers, services, favourite entries and user boxes, else empty
+  bool has_name = false;
+  std::string from;                 // of a moved record: its path in the first database
+  std::vector<FieldChange> fields;  // of a changed one
+  size_t moved = 0;                 // services that the running order has elsewhere; then `fields` is empty
+};
+
+// The differences of one SDB of each document (positions), in the order of the second one's tree, then of the
+// user boxes and of the flags of the files.
+std::vector<Difference> CompareDocuments(const Document& first, size_t first_sdb, const Document& second,
+                                         size_t second_sdb);
+
+// A line each, without its end: "~ SDB1 satellite 3 carrier 2 NAME: fec 3 -> 4".
+std::string DifferenceLine(const Difference& difference);
+// Six lines: "satellites: 1 added, 0 removed, 2 changed, 0 moved" and so on.
+std::string DifferenceSummary(const std::vector<Difference>& differences);
+
+}  // namespace vexa

@@ -1,0 +1,34 @@
+// Databases as JSON documents and back. Field names are those of core/fields.h; every bit of every record has
+// one.
+//
+//   {"schema": "vexa-database/1", "name", "lnbs": [..], "satellites": [{.., "carriers": [{.., "place",
+//   "services":
+//    [{"number", "order", ..}]}]}], "favourites": [8 x {"tv_name", "radio_name", .., "tv_count", "tv":
+//    [numbers], "radio_count", "radio": [numbers]}]}
+//   {"schema": "vexa-databases/1", "compressed", "ubi_compressed", "sdbs": [{"name", "compressed", "lnbs",
+//   ..}],
+//    "ubis": [..]}
+//
+// Numbers are one-based: `number` of a service in the SDB's own order, `order` in the running order, `place`
+// of a carrier in the SDB's array. Flags are 0 or 1. Texts are UTF-8; in the database they stand in `page`.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "core/database.h"
+#include "import/sdb_builder.h"
+#include "platform/code_page.h"
+
+namespace vexa {
+
+std::string JsonOfSdb(const OpenSdb& sdb, const CodePage& page);
+std::string JsonOfDocument(const Document& document, const CodePage& page);
+
+// Fills an empty document. What does not fit is answered, with its line where the text is no JSON, else with
+// its path (RFC 6901); `document` then means nothing. `schema` and `place` may be missing, counts and indices
+// that follow from places too.
+std::optional<Misfit> ReadJsonDocument(std::string_view text, const CodePage& page, Document& document);
+
+}  // namespace vexa
