@@ -65,6 +65,9 @@ Document OpenDocument(CommandState& state,
 std::string CheckList(const std::string& text);
 std::string CheckListOrNone(const std::string& text);
 std::string CheckPlace(const std::string& text);
+std::string CheckCodePage(const std::string& name);
+// First and last numbers, one-based, of a text that `CheckList` passes and that is not "all".
+std::vector<std::pair<size_t, size_t>> ListRanges(const std::string& text);
 // Such a text, one-based, to zero-based positions, ascending, each once. A number beyond `count` is refused
 // with an error message.
 std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count);
@@ -81,13 +84,24 @@ void ExpectWhole(CommandState& state, const Document& document, const std::strin
 // Throws CommandFailed after a message unless the database was saved, with a size that a receiver takes.
 // `since` as for TellFile, `size` from the save.
 void ExpectSaved(CommandState& state, const std::string& file, size_t since, std::optional<uint64_t> size);
+// Writes the whole document as `sort` does: version 1.0, three spaces, compression as read. `file` is where
+// it came from. Throws CommandFailed after a message.
+void SaveDocument(CommandState& state, const Document& document, const std::string& file,
+                  const std::string& output);
+// The database of a JSON document or a CSV table; throws CommandFailed after a message. `page`: the page of
+// the database's names.
+Document ReadDocumentFile(CommandState& state, const std::string& file, bool json, const std::string& page);
+// "json", "csv", or nothing for another extension.
+std::string DocumentFormat(const std::string& file);
 // Throws CommandFailed after a message unless the output file was written.
 void ExpectWritten(CommandState& state, const std::string& file, WriteResult result);
 // Writes the whole output file, and expects that it was written.
 void WriteOutput(CommandState& state, const std::string& file, std::span<const uint8_t> content);
 
-void AddDatabaseCommands(CLI::App& program, CommandState& state);  // info check save sort export
+void AddDatabaseCommands(CLI::App& program, CommandState& state);  // info check save sort export diff set
 void AddExportCommand(CLI::App& program, CommandState& state);
+void AddDiffCommand(CLI::App& program, CommandState& state);
+void AddSetCommand(CLI::App& program, CommandState& state);
 void AddSortCommand(CLI::App& program, CommandState& state);
 void AddCheckCommand(CLI::App& program, CommandState& state);
 void AddListCommands(CLI::App& program, CommandState& state);           // import merge

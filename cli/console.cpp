@@ -249,6 +249,10 @@ std::string CheckPlace(const std::string& text) {
   return one ? std::string() : "\"" + text + "\" is no number from 1";
 }
 
+std::vector<std::pair<size_t, size_t>> ListRanges(const std::string& text) {
+  return ParseRanges(text).value_or(Ranges{});
+}
+
 std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count) {
   std::vector<bool> chosen(count, text == "all");
   for (const auto& [first, last] : ParseRanges(text).value_or(Ranges{})) {

@@ -1,4 +1,6 @@
 // info, save: the database file itself. check, sort and export have files of their own.
+#include <nlohmann/json.hpp>
+
 #include "cli/commands.h"
 #include "cli/usage.h"
 #include "core/bin_file.h"
@@ -20,8 +22,34 @@ uint32_t MaskOf(const std::vector<size_t>& positions) {
   return mask;
 }
 
-void Info(CommandState& state, const std::string& file) {
+std::string InfoJson(const BinSizes& sizes, const Document& document) {
+  using Json = nlohmann::ordered_json;
+  Json root = {{"schema", "vexa-info/1"}, {"sdbs", Json::array()}};
+  for (size_t i = 0; i < document.sdbs.size(); ++i) {
+    const StaticDatabase& database = *document.sdbs[i].database;
+    root["sdbs"].push_back({{"name", Utf8FromLatin(document.sdbs[i].name)},
+                            {"compressed", database.compressed ? 1 : 0},
+                            {"lnbs", database.lnb_count},
+                            {"satellites", database.satellites.size()},
+                            {"carriers", database.carriers.size()},
+                            {"services", database.services.size()},
+                            {"bytes", sizes.sdbs[i]}});
+  }
+  root["ubis"] = document.ubis.size();
+  root["ubi_bytes"] = sizes.ubis;
+  root["bytes"] = sizes.total;
+  root["compressed"] = document.compress_payload ? 1 : 0;
+  return root.dump(2) + "\n";
+}
+
+void Info(CommandState& state, const std::string& file, bool json) {
   const Document document = OpenDocument(state, file);
+  if (json) {
+    const auto sizes = SizesWhenSaved(state.context, document);
+    if (!sizes) throw CommandFailed{};
+    state.output = InfoJson(*sizes, document);
+    return;
+  }
   state.output = BinInformation(state.context, document) + "\n";
 }
 
@@ -85,11 +113,15 @@ void AddDatabaseCommands(CLI::App& program, CommandState& state) {
   CLI::App& info = *program.add_subcommand("info", "Print what the \"Bin file information\" box shows");
   const auto file = std::make_shared<std::string>();
   info.add_option("FILE", *file, "Database file")->required();
-  info.callback([&state, file] { Info(state, *file); });
+  const auto json = std::make_shared<bool>(false);
+  info.add_flag("--json", *json, "The same as one JSON document");
+  info.callback([&state, file, json] { Info(state, *file, *json); });
   AddCheckCommand(program, state);
   AddSave(program, state);
   AddSortCommand(program, state);
   AddExportCommand(program, state);
+  AddDiffCommand(program, state);
+  AddSetCommand(program, state);
 }
 
 }  // namespace vexa

@@ -1,17 +1,21 @@
 // check, sort: a database judged, a database put in order.
+#include <nlohmann/json.hpp>
 #include <set>
 
 #include "cli/commands.h"
+#include "cli/usage.h"
 #include "core/bin_file.h"
 #include "core/check.h"
+#include "core/order_like.h"
 #include "core/sort.h"
+#include "import/import_command.h"
 
 namespace vexa {
 
 namespace {
 
 struct SortArguments {
-  std::string file, output, satellites, carriers, services, sdbs = "all";
+  std::string file, output, satellites, carriers, services, sdbs = "all", like;
   bool descending = false;
 };
 
@@ -45,7 +49,58 @@ SortKeys<Key> ParseKeys(const std::string& option, const std::string& text, cons
   return sort;
 }
 
+// The database whose order is taken: a database file, a document, or a list of any format that imports.
+struct OldOrder {
+  Document document;
+  bool favourites = true;  // a list of channels has none, and no running order
+};
+
+OldOrder ReadOldOrder(CommandState& state, const std::string& file) {
+  OldOrder old;
+  const std::string document_format = DocumentFormat(file);
+  if (!document_format.empty()) {
+    old.document = ReadDocumentFile(state, file, document_format == "json", "Windows-1252");
+  } else if (IsListFile(PathFromUtf8(file))) {
+    const DefaultRecords defaults;
+    const Path list = PathFromUtf8(file);
+    WorkFiles work;
+    const size_t told = state.told.size();
+    const auto format = CheckListFile(state.context, list);
+    const bool read = format && ReadList(state.context, list, *format, defaults, work) &&
+                      OpenWorkFiles(state.context, work, defaults, old.document);
+    if (!read) {
+      TellFile(state, told, file, "");
+      throw CommandFailed{};
+    }
+    old.favourites = false;
+  } else {
+    old.document = OpenDocument(state, file);
+  }
+  return old;
+}
+
+void SortLike(CommandState& state, const CLI::App& command, const SortArguments& arguments) {
+  for (const char* option : {"--satellites", "--carriers", "--services", "--descending"}) {
+    if (command.count(option) > 0) throw CLI::ValidationError(option, "does not go with --like");
+  }
+  ExpectApart({{"--like", PathFromUtf8(arguments.like)}}, {{"--output", PathFromUtf8(arguments.output)}});
+  const OldOrder old = ReadOldOrder(state, arguments.like);
+  Document document = OpenDocument(state, arguments.file);
+  OrderSummary summary;
+  for (const size_t sdb : ParseList(state, arguments.sdbs, document.sdbs.size())) {
+    if (sdb < old.document.sdbs.size())
+      OrderLike(*old.document.sdbs[sdb].database, *document.sdbs[sdb].database, old.favourites, summary);
+  }
+  SaveDocument(state, document, arguments.file, arguments.output);
+  Tell(state.context.messages, Icon::kInformation,
+       "%zu of %zu satellites, %zu of %zu carriers, %zu of %zu services matched; %zu favourite entries "
+       "taken, %zu left out",
+       summary.satellites, summary.all_satellites, summary.carriers, summary.all_carriers, summary.services,
+       summary.all_services, summary.entries_taken, summary.entries_left_out);
+}
+
 void Sort(CommandState& state, const CLI::App& command, const SortArguments& arguments) {
+  if (command.count("--like") > 0) return SortLike(state, command, arguments);
   SortOptions options;
   if (command.count("--satellites") > 0)
     options.satellites =
@@ -62,10 +117,27 @@ void Sort(CommandState& state, const CLI::App& command, const SortArguments& arg
   ExpectSaved(state, arguments.output, told, SortToFile(state.context, document, sdbs, options, output));
 }
 
-void Check(CommandState& state, const std::string& file) {
-  const Document document = OpenDocument(state, file);
-  const auto findings = CheckDatabase(document);
-  for (const std::string& line : findings) state.output += line + "\n";
+std::string FindingsJson(const std::vector<Finding>& findings) {
+  using Json = nlohmann::ordered_json;
+  Json root = {{"schema", "vexa-findings/1"}, {"findings", Json::array()}};
+  for (const Finding& finding : findings)
+    root["findings"].push_back({{"path", finding.name}, {"text", finding.text}});
+  return root.dump(2) + "\n";
+}
+
+struct CheckArguments {
+  std::string file;
+  bool duplicates = false, json = false;
+};
+
+void Check(CommandState& state, const CheckArguments& arguments) {
+  const Document document = OpenDocument(state, arguments.file);
+  const auto findings = FindFaults(document, arguments.duplicates);
+  if (arguments.json) {
+    state.output = FindingsJson(findings);
+  } else {
+    for (const Finding& finding : findings) state.output += finding.line() + "\n";
+  }
   if (findings.empty()) return;
   state.print_output_on_failure = true;
   throw CommandFailed{};
@@ -84,14 +156,18 @@ void AddSortCommand(CLI::App& program, CommandState& state) {
   sort.add_option("--services", arguments->services, "Keys, most important first: name,status,type");
   sort.add_flag("--descending", arguments->descending, "Z to A, for every kind named");
   sort.add_option("--sdb", arguments->sdbs, "SDBs to sort: 1,3-5 or all")->check(CheckList);
+  sort.add_option("--like", arguments->like,
+                  "Take the order and the favourites of this older database, or the order of a list");
   sort.callback([&state, &sort, arguments] { Sort(state, sort, *arguments); });
 }
 
 void AddCheckCommand(CLI::App& program, CommandState& state) {
-  const auto file = std::make_shared<std::string>();
+  const auto arguments = std::make_shared<CheckArguments>();
   CLI::App& check = *program.add_subcommand("check", "Apply the rules of the record dialogs and every limit");
-  check.add_option("FILE", *file, "Database file")->required();
-  check.callback([&state, file] { Check(state, *file); });
+  check.add_option("FILE", arguments->file, "Database file")->required();
+  check.add_flag("--duplicates", arguments->duplicates, "Tell records that are there twice as well");
+  check.add_flag("--json", arguments->json, "The findings as one JSON document");
+  check.callback([&state, arguments] { Check(state, *arguments); });
 }
 
 }  // namespace vexa

@@ -18,7 +18,7 @@ namespace vexa {
 namespace {
 
 struct ImportOptions {
-  std::string list, output, work_folder, satellites = "all";
+  std::string list, output, work_folder, satellites = "all", format, page;
   bool stream = false, filter = false;
   std::vector<std::string> carriers = {"all"}, services = {"all"};
 };
@@ -114,11 +114,22 @@ class WorkFolder {
   bool keep_ = false;
 };
 
+constexpr std::pair<std::string_view, ListFormat> kFormatNames[] = {
+    {"satcodx", ListFormat::kSatcodx}, {"dvb2000", ListFormat::kDvb2000}, {"lyngsat", ListFormat::kLyngsat}};
+
+// What the option names; else what extension and first bytes do.
+std::optional<ListFormat> ListFormatOf(CommandState& state, const ImportOptions& options) {
+  for (const auto& [name, format] : kFormatNames) {
+    if (options.format == name) return format;
+  }
+  return CheckListFile(state.context, PathFromUtf8(options.list));
+}
+
 void ReadImport(CommandState& state, const ImportOptions& options, const DefaultRecords& defaults,
                 WorkFiles& work) {
   const Path list = PathFromUtf8(options.list);
   const size_t told = state.told.size();
-  const auto format = CheckListFile(state.context, list);
+  const auto format = ListFormatOf(state, options);
   if (format && ReadList(state.context, list, *format, defaults, work)) return;
   TellFile(state, told, options.list, WhyUnreadable(list));
   throw CommandFailed{};
@@ -134,8 +145,20 @@ void ExpectImportApart(const ImportOptions& options) {
   ExpectApart({{"LIST", PathFromUtf8(options.list)}}, outputs);
 }
 
+// A document holds a database, not a list to pick from.
+void ImportDocument(CommandState& state, const ImportOptions& options, bool json) {
+  if (options.stream || options.filter || !options.work_folder.empty())
+    throw CLI::ValidationError("--format", "a csv or json document takes no option of lists");
+  const Document document =
+      ReadDocumentFile(state, options.list, json, options.page.empty() ? "Windows-1252" : options.page);
+  SaveDocument(state, document, options.list, options.output);
+}
+
 void Import(CommandState& state, const ImportOptions& options) {
   ExpectImportApart(options);
+  const std::string document_format = options.format.empty() ? DocumentFormat(options.list) : options.format;
+  if (document_format == "json" || document_format == "csv")
+    return ImportDocument(state, options, document_format == "json");
   const DefaultRecords defaults;
   const Path output = PathFromUtf8(options.output);
   WorkFiles work;
@@ -161,10 +184,17 @@ void Import(CommandState& state, const ImportOptions& options) {
 
 void AddImport(CLI::App& program, CommandState& state) {
   const auto options = std::make_shared<ImportOptions>();
-  CLI::App& command =
-      *program.add_subcommand("import", "Make a database from a channel list (.sdx, .dvb, .dat)");
+  CLI::App& command = *program.add_subcommand(
+      "import",
+      "Make a database from a channel list (.sdx, .dvb, .dat), or from what export wrote (.csv, .json)");
   command.add_option("LIST", options->list, "Channel list")->required();
   command.add_option("-o,--output", options->output, "Database file to write")->required();
+  command.add_option("--format", options->format, "The list's format (default: by its name and first bytes)")
+      ->check(OneOf({"satcodx", "dvb2000", "lyngsat", "csv", "json"}));
+  command
+      .add_option("--code-page", options->page,
+                  "In which page the names of the database stand (csv and json; default: Windows-1252)")
+      ->check(CheckCodePage);
   command.add_flag("--stream", options->stream, "Write the bare SDB stream that the import builds");
   command.add_option("--work-dir", options->work_folder, "Also leave the three work files in this folder");
   CLI::Option* satellites = command

@@ -7,6 +7,7 @@
 #include <set>
 #include <unordered_set>
 
+#include "core/check.h"
 #include "core/edit.h"
 #include "core/fields.h"
 #include "core/match.h"
@@ -293,10 +294,6 @@ std::string OneLine(std::string text) {
   return text;
 }
 
-std::string Numbered(const std::string& place, const char* kind, size_t index) {
-  return place + " " + kind + " " + std::to_string(index + 1);
-}
-
 class Judge {
  public:
   Judge(const Messages& messages, Document& document, size_t sdb, const Chosen& chosen)
@@ -307,11 +304,11 @@ class Judge {
     StaticDatabase& database = *sdb_.database;
     for (size_t s = 0; s < database.satellites.size(); ++s) {
       const Satellite& satellite = *database.satellites[s];
-      const std::string place = Numbered(root, "satellite", s);
+      const std::string place = RecordName(root, "satellite", s);
       if (chosen_.satellites.contains(&satellite)) JudgeSatellite(satellite.record, place);
       for (size_t c = 0; c < satellite.carriers.size(); ++c) {
         const Carrier& carrier = *satellite.carriers[c];
-        const std::string here = Numbered(place, "carrier", c);
+        const std::string here = RecordName(place, "carrier", c);
         if (chosen_.carriers.contains(&carrier)) JudgeCarrier(database, carrier, here);
         if (!chosen_.services.empty()) JudgeServices(carrier, here);
       }
@@ -347,7 +344,7 @@ class Judge {
     for (size_t i = 0; i < carrier.services.size(); ++i) {
       if (!IsChosen(carrier, i)) continue;
       ServiceRecord& record = carrier.services[i]->record;
-      const std::string here = Numbered(place, "service", i);
+      const std::string here = RecordName(place, "service", i);
       Expect(here, ServiceNameText(NameOf(record.name)));
       if (RepeatsNumber(carrier, numbers[record.program_number], i)) Expect(here, kProgramNumberText);
       record.video_pid =

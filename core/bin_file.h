@@ -87,6 +87,15 @@ Bytes WriteSatelliteStream(const StaticDatabase& database, const BinVersion& ver
 bool ReadSdbStream(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
                    size_t& used);
 
+// What a save now would write, in bytes: each SDB's stream and the user boxes' as they are stored, the whole
+// file.
+struct BinSizes {
+  std::vector<size_t> sdbs;
+  size_t ubis = 0, total = 0;
+};
+// Nothing after a failed compression (message shown).
+std::optional<BinSizes> SizesWhenSaved(const Context& context, const Document& document);
+
 // The text of the "Bin file information" box: sizes as a save now would store them.
 std::string BinInformation(const Context& context, const Document& document);
 

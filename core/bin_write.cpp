@@ -440,14 +440,28 @@ bool CheckBinSize(const Context& context, uint64_t size) {
   return false;
 }
 
-std::string BinInformation(const Context& context, const Document& document) {
+std::optional<BinSizes> SizesWhenSaved(const Context& context, const Document& document) {
   ContainerPlan plan = PlanContainer(document, {});
-  if (!PrepareParts(context, plan, {})) return {};
+  if (!PrepareParts(context, plan, {})) return std::nullopt;
+  BinSizes sizes;
+  for (size_t i = 0; i < document.sdbs.size(); ++i) sizes.sdbs.push_back(plan.parts[i].stored);
+  sizes.ubis = plan.ubis.empty() ? 0 : plan.parts.back().stored;
+  sizes.total = kBinHeaderSize + plan.PayloadSize();
+  if (!plan.compress_payload) return sizes;
+  const std::optional<Bytes> packed = PackContainer(context, plan, {});
+  if (!packed) return std::nullopt;
+  sizes.total = packed->size();
+  return sizes;
+}
+
+std::string BinInformation(const Context& context, const Document& document) {
+  const std::optional<BinSizes> sizes = SizesWhenSaved(context, document);
+  if (!sizes) return {};
   std::string text = "SDB     Comp\tLNB\tSat\tCar\tSer\tSize(KB/bytes)\n";
   const auto kilobytes = [](size_t bytes) { return static_cast<double>(bytes) / 1024; };
   for (size_t i = 0; i < document.sdbs.size(); ++i) {
     const OpenSdb& sdb = document.sdbs[i];
-    const size_t size = plan.parts[i].stored;
+    const size_t size = sizes->sdbs[i];
     text += Format("\n%-8s", sdb.name.c_str());
     text += sdb.database->compressed ? "Yes\t" : "No \t";
     text += Format("%03d\t%03d\t%03d\t%03d\t%5.2f/%03d", static_cast<int>(sdb.database->lnb_count),
@@ -455,15 +469,10 @@ std::string BinInformation(const Context& context, const Document& document) {
                    static_cast<int>(sdb.database->carriers.size()),
                    static_cast<int>(sdb.database->services.size()), kilobytes(size), static_cast<int>(size));
   }
-  const size_t ubis = plan.ubis.empty() ? 0 : plan.parts.back().stored;
-  size_t total = kBinHeaderSize + plan.PayloadSize();
-  if (plan.compress_payload) {
-    const std::optional<Bytes> packed = PackContainer(context, plan, {});
-    if (!packed) return {};
-    total = packed->size();
-  }
-  text += Format("\n\nUBI size\t\t: %5.2fKB/%dbytes\n", kilobytes(ubis), static_cast<int>(ubis));
-  text += Format("Total bin size \t: %5.2fKB/%dbytes\n", kilobytes(total), static_cast<int>(total));
+  text +=
+      Format("\n\nUBI size\t\t: %5.2fKB/%dbytes\n", kilobytes(sizes->ubis), static_cast<int>(sizes->ubis));
+  text +=
+      Format("Total bin size \t: %5.2fKB/%dbytes\n", kilobytes(sizes->total), static_cast<int>(sizes->total));
   text += document.compress_payload ? "(Compressed)" : "(Uncompressed)";
   return Utf8FromLatin(text);
 }

@@ -1,6 +1,9 @@
 #include "core/check.h"
 
 #include <algorithm>
+#include <map>
+#include <optional>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -14,13 +17,14 @@ namespace vexa {
 namespace {
 
 struct Findings {
+  bool duplicates = false;
   std::vector<Finding> list;
   TreePath place;  // of the record that is being judged
   // An empty text is a rule that holds.
   void Add(const std::string& name, std::string text) {
     if (text.empty()) return;
     std::replace(text.begin(), text.end(), '\n', ' ');
-    list.push_back({place, name + ": " + text});
+    list.push_back({place, name, std::move(text)});
   }
 };
 
@@ -38,40 +42,106 @@ class Below {
   TreePath& place_;
 };
 
-std::string Numbered(const std::string& place, const char* kind, size_t index) {
-  return place + " " + kind + " " + std::to_string(index + 1);
+// "Same name as service 4."
+std::string SameText(const char* what, const char* kind, size_t first) {
+  return std::string("Same ") + what + " as " + kind + " " + std::to_string(first + 1) + ".";
+}
+
+// By key the first place where it stood, for records that come one by one.
+template <class Key>
+class FirstPlaces {
+ public:
+  // The first place of the key when it was there before.
+  std::optional<size_t> Seen(const Key& key, size_t place) {
+    const auto [entry, added] = places_.emplace(key, place);
+    return added ? std::nullopt : std::optional(entry->second);
+  }
+  std::optional<size_t> Find(const Key& key) const {
+    const auto entry = places_.find(key);
+    return entry == places_.end() ? std::nullopt : std::optional(entry->second);
+  }
+
+ private:
+  std::map<Key, size_t> places_;
+};
+
+// The first earlier carrier of the polarisation within 3 MHz.
+std::optional<size_t> SameCarrier(FirstPlaces<std::pair<uint32_t, int64_t>>& seen,
+                                  const CarrierRecord& record, size_t place) {
+  std::optional<size_t> first;
+  for (int64_t step = -int64_t{kSameFrequency}; step <= int64_t{kSameFrequency}; ++step) {
+    const auto found = seen.Find({record.polarization, int64_t{record.frequency} + step});
+    if (found && (!first || *found < *first)) first = found;
+  }
+  seen.Seen({record.polarization, record.frequency}, place);
+  return first;
+}
+
+void CheckEntries(const std::vector<Service*>& entries, const std::string& place, Findings& findings) {
+  if (!findings.duplicates) return;
+  FirstPlaces<const Service*> seen;
+  for (size_t i = 0; i < entries.size(); ++i) {
+    if (const auto first = seen.Seen(entries[i], i))
+      findings.Add(place, "Entry " + std::to_string(i + 1) + " is the same as entry " +
+                              std::to_string(*first + 1) + ".");
+  }
 }
 
 void CheckServices(const Carrier& carrier, const std::string& place, Findings& findings) {
   std::unordered_set<uint32_t> numbers;
+  FirstPlaces<std::string_view> names;
   for (size_t i = 0; i < carrier.services.size(); ++i) {
     const ServiceRecord& record = carrier.services[i]->record;
-    const std::string here = Numbered(place, "service", i);
+    const std::string here = RecordName(place, "service", i);
     const Below below(findings, i);
     findings.Add(here, ServiceNameText(NameOf(record.name)));
     if (!numbers.insert(record.program_number).second) findings.Add(here, kProgramNumberText);
     findings.Add(here, VideoPidText(record.type, record.video_pid));
     findings.Add(here, AudioPidText(record.audio_pid));
     findings.Add(here, PcrPidText(record.pcr_pid));
+    const std::string_view name = NameOf(record.name);
+    if (!findings.duplicates || name.empty()) continue;
+    if (const auto first = names.Seen(name, i)) findings.Add(here, SameText("name", "service", *first));
   }
 }
 
 void CheckSatellite(const StaticDatabase& database, const Satellite& satellite, const std::string& place,
-                    Findings& findings) {
-  if (IsUnusedPlace(satellite)) return;
+                    const std::string& same, Findings& findings) {
   const SatelliteRecord& record = satellite.record;
   findings.Add(place, SatelliteNameText(NameOf(record.name)));
   findings.Add(place, SatellitePositionText(record.position));
   findings.Add(place, SatelliteAngleText(record.angle / 10));
   findings.Add(place, SatelliteZeroAngleText(record.angle));
+  findings.Add(place, same);
+  FirstPlaces<std::pair<uint32_t, int64_t>> frequencies;
   for (size_t i = 0; i < satellite.carriers.size(); ++i) {
     const Carrier& carrier = *satellite.carriers[i];
-    const std::string here = Numbered(place, "carrier", i);
+    const std::string here = RecordName(place, "carrier", i);
     const Below below(findings, i);
     findings.Add(here, CarrierNameText(NameOf(carrier.record.name)));
     findings.Add(here, CarrierFrequencyText(LnbOf(database, satellite).type, carrier.record.frequency));
     findings.Add(here, CarrierSymbolRateText(carrier.record.symbol_rate));
+    if (findings.duplicates) {
+      if (const auto first = SameCarrier(frequencies, carrier.record, i))
+        findings.Add(here, SameText("frequency and polarization", "carrier", *first));
+    }
     CheckServices(carrier, here, findings);
+  }
+}
+
+void CheckSatellites(const StaticDatabase& database, const std::string& place, Findings& findings) {
+  const Below level(findings, kSatelliteLevelPosition);
+  FirstPlaces<std::pair<uint32_t, uint32_t>> positions;
+  for (size_t i = 0; i < database.satellites.size(); ++i) {
+    const Satellite& satellite = *database.satellites[i];
+    if (IsUnusedPlace(satellite)) continue;
+    const Below below(findings, i);
+    std::string same;
+    if (findings.duplicates && satellite.record.angle != 0) {
+      if (const auto first = positions.Seen({satellite.record.angle, satellite.record.east}, i))
+        same = SameText("orbital position", "satellite", *first);
+    }
+    CheckSatellite(database, satellite, RecordName(place, "satellite", i), same, findings);
   }
 }
 
@@ -90,31 +160,38 @@ void CheckLimits(const StaticDatabase& database, const std::string& place, Findi
 
 void CheckTvGroup(const FavouriteGroup& group, const std::string& place, size_t index, Findings& findings) {
   const Below level(findings, kTvGroupLevelPosition), below(findings, index);
-  const std::string tv = Numbered(place, "TV group", index);
+  const std::string tv = RecordName(place, "TV group", index);
   const std::string_view tv_name = NameOf(group.record.tv_name);
   findings.Add(tv, GroupNameText(tv_name));
   if (group.tv.size() > kMaximumTvEntries)
     findings.Add(tv,
                  Format("This service cannot be added in %s group since it exceeds more than 2500 records",
                         Utf8FromLatin(tv_name).c_str()));
+  CheckEntries(group.tv, tv, findings);
 }
 
 void CheckRadioGroup(const FavouriteGroup& group, const std::string& place, size_t index,
                      Findings& findings) {
   const Below level(findings, kRadioGroupLevelPosition), below(findings, index);
-  const std::string radio = Numbered(place, "radio group", index);
+  const std::string radio = RecordName(place, "radio group", index);
   const std::string_view radio_name = NameOf(group.record.radio_name);
   findings.Add(radio, GroupNameText(radio_name));
   if (group.radio.size() > kMaximumRadioEntries)
     findings.Add(radio,
                  Format("This service cannot be added in %s\tgroup since it exceeds more than 1000 records",
                         Utf8FromLatin(radio_name).c_str()));
+  CheckEntries(group.radio, radio, findings);
 }
 
 }  // namespace
 
-std::vector<Finding> FindFaults(const Document& document) {
+std::string RecordName(const std::string& parent, const char* kind, size_t place) {
+  return parent + " " + kind + " " + std::to_string(place + 1);
+}
+
+std::vector<Finding> FindFaults(const Document& document, bool duplicates) {
   Findings findings;
+  findings.duplicates = duplicates;
   for (size_t n = 0; n < document.sdbs.size(); ++n) {
     const OpenSdb& sdb = document.sdbs[n];
     const StaticDatabase& database = *sdb.database;
@@ -122,13 +199,7 @@ std::vector<Finding> FindFaults(const Document& document) {
     const Below root(findings, n);
     findings.Add(place, SdbNameText(sdb.name));
     CheckLimits(database, place, findings);
-    {
-      const Below level(findings, kSatelliteLevelPosition);
-      for (size_t i = 0; i < database.satellites.size(); ++i) {
-        const Below below(findings, i);
-        CheckSatellite(database, *database.satellites[i], Numbered(place, "satellite", i), findings);
-      }
-    }
+    CheckSatellites(database, place, findings);
     for (size_t i = 0; i < kFavouriteGroups; ++i) {
       CheckTvGroup(database.favourites[i], place, i, findings);
       CheckRadioGroup(database.favourites[i], place, i, findings);
@@ -142,9 +213,9 @@ std::vector<Finding> FindFaults(const Document& document) {
   return std::move(findings.list);
 }
 
-std::vector<std::string> CheckDatabase(const Document& document) {
+std::vector<std::string> CheckDatabase(const Document& document, bool duplicates) {
   std::vector<std::string> lines;
-  for (Finding& finding : FindFaults(document)) lines.push_back(std::move(finding.line));
+  for (const Finding& finding : FindFaults(document, duplicates)) lines.push_back(finding.line());
   return lines;
 }
 

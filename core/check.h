@@ -15,16 +15,24 @@ inline constexpr uint32_t kLnbLevelPosition = 0, kSatelliteLevelPosition = 1, kT
                           kRadioGroupLevelPosition = 3;
 using TreePath = std::vector<uint32_t>;
 
+// "SDB1 satellite 3": the name of a record below `parent`, by its place from 0.
+std::string RecordName(const std::string& parent, const char* kind, size_t place);
+
 struct Finding {
-  TreePath place;  // the record's in the tree
-  std::string line;
+  TreePath place;          // the record's in the tree
+  std::string name, text;  // "SDB1 satellite 3", and what is wrong there
+  std::string line() const { return name + ": " + text; }
 };
 
 // One line of UTF-8 a finding, in tree order and within a record in the order of the dialog's rules:
 // "SDB1 satellite 3 carrier 2 service 5: TEXT". A satellite named "NewSat %d" without carriers is an unused
 // place of the table and is not judged. Empty: nothing is wrong.
-std::vector<Finding> FindFaults(const Document& document);
+// With `duplicates`, records that are there twice are findings too, behind the record's rules: satellites by
+// orbital position and side, carriers by polarisation and a frequency within 3 MHz on their satellite,
+// services by name on their carrier, entries of a favourite list. Told is each later one, with the first that
+// it repeats; satellites at angle 0 and empty names are not judged.
+std::vector<Finding> FindFaults(const Document& document, bool duplicates = false);
 // The lines alone.
-std::vector<std::string> CheckDatabase(const Document& document);
+std::vector<std::string> CheckDatabase(const Document& document, bool duplicates = false);
 
 }  // namespace vexa

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "core/check.h"
 #include "core/fields.h"
 #include "core/match.h"
 #include "core/messages.h"
@@ -12,10 +13,6 @@
 namespace vexa {
 
 namespace {
-
-std::string Numbered(const std::string& place, const char* kind, size_t index) {
-  return place + " " + kind + " " + std::to_string(index + 1);
-}
 
 template <size_t N>
 std::string Shown(const char (&name)[N]) {
@@ -95,12 +92,12 @@ class Comparison {
     const std::vector<bool> stays = LongestAscending(order);
     const auto tell_removed = [&](size_t first) {
       if (first_counts(first))
-        Tell('-', sides.kind, Numbered(sides.first, sides.word, first), first_name(first), true);
+        Tell('-', sides.kind, RecordName(sides.first, sides.word, first), first_name(first), true);
     };
     size_t pair = 0;
     for (size_t second = 0; second < pairing.first_of.size(); ++second) {
       const size_t first = pairing.first_of[second];
-      const std::string path = Numbered(sides.second, sides.word, second);
+      const std::string path = RecordName(sides.second, sides.word, second);
       if (first == kUnmatched) {
         if (second_counts(second)) Tell('+', sides.kind, path, second_name(second), true);
         continue;
@@ -109,7 +106,7 @@ class Comparison {
       while (removed > 0 && pairing.second_of[removed - 1] == kUnmatched) --removed;
       for (; removed < first; ++removed) tell_removed(removed);
       if (!stays[pair++])
-        Tell('>', sides.kind, path, second_name(second), true, Numbered(sides.first, sides.word, first));
+        Tell('>', sides.kind, path, second_name(second), true, RecordName(sides.first, sides.word, first));
       matched(first, second, path);
     }
     size_t rest = pairing.second_of.size();
@@ -131,13 +128,13 @@ void CompareLnbs(Comparison& out, const StaticDatabase& first, const StaticDatab
                  const std::string& from, const std::string& to) {
   for (uint32_t i = 0; i < std::max(first.lnb_count, second.lnb_count); ++i) {
     if (i >= second.lnb_count) {
-      out.Tell('-', DifferenceKind::kLnb, Numbered(from, "LNB", i));
+      out.Tell('-', DifferenceKind::kLnb, RecordName(from, "LNB", i));
     } else if (i >= first.lnb_count) {
-      out.Tell('+', DifferenceKind::kLnb, Numbered(to, "LNB", i));
+      out.Tell('+', DifferenceKind::kLnb, RecordName(to, "LNB", i));
     } else {
       std::vector<FieldChange> changes;
       AddChanges(changes, first.lnbs[i], second.lnbs[i]);
-      out.TellChanges(DifferenceKind::kLnb, Numbered(to, "LNB", i), "", false, std::move(changes));
+      out.TellChanges(DifferenceKind::kLnb, RecordName(to, "LNB", i), "", false, std::move(changes));
     }
   }
 }
@@ -162,7 +159,7 @@ void CompareCarriers(Comparison& out, const Satellite& first, const Satellite& s
                   out.TellChanges(DifferenceKind::kCarrier, path, names(after), true,
                                   NamedChanges(old.record, now.record));
                   CompareServices(out, old, now, match.below[before].services,
-                                  Numbered(from, "carrier", before), path);
+                                  RecordName(from, "carrier", before), path);
                 });
 }
 
@@ -177,7 +174,7 @@ void CompareSatellites(Comparison& out, const StaticDatabase& first, const Stati
         const Satellite &old = *first.satellites[before], &now = *second.satellites[after];
         out.TellChanges(DifferenceKind::kSatellite, path, names(after), true,
                         NamedChanges(old.record, now.record));
-        CompareCarriers(out, old, now, match.below[before], Numbered(from, "satellite", before), path);
+        CompareCarriers(out, old, now, match.below[before], RecordName(from, "satellite", before), path);
       });
 }
 
@@ -228,14 +225,14 @@ void CompareGroups(Comparison& out, const StaticDatabase& first, const StaticDat
     std::vector<FieldChange> changes;
     AddChange(changes, "name", Shown(old.record.tv_name), Shown(now.record.tv_name));
     AddChanges(changes, old.record, now.record);
-    const std::string tv = Numbered(to, "TV group", i);
+    const std::string tv = RecordName(to, "TV group", i);
     out.TellChanges(DifferenceKind::kFavourite, tv, "", false, std::move(changes));
-    CompareEntries(out, old.tv, now.tv, pairs, Numbered(from, "TV group", i), tv);
+    CompareEntries(out, old.tv, now.tv, pairs, RecordName(from, "TV group", i), tv);
     changes.clear();
     AddChange(changes, "name", Shown(old.record.radio_name), Shown(now.record.radio_name));
-    const std::string radio = Numbered(to, "radio group", i);
+    const std::string radio = RecordName(to, "radio group", i);
     out.TellChanges(DifferenceKind::kFavourite, radio, "", false, std::move(changes));
-    CompareEntries(out, old.radio, now.radio, pairs, Numbered(from, "radio group", i), radio);
+    CompareEntries(out, old.radio, now.radio, pairs, RecordName(from, "radio group", i), radio);
   }
 }
 

@@ -1,5 +1,7 @@
 #include "import/import_command.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -28,6 +30,11 @@ constexpr FormatFacts kFormats[] = {{ListFormat::kSatcodx, ".sdx", "SATCODX", Im
 constexpr size_t kSignatureSize = 7;
 
 }  // namespace
+
+bool IsListFile(const Path& path) {
+  return std::any_of(std::begin(kFormats), std::end(kFormats),
+                     [&](const FormatFacts& facts) { return HasExtension(path, facts.extension); });
+}
 
 std::optional<ListFormat> CheckListFile(const Context& context, const Path& path) {
   const auto start = ReadFileStart(path, kSignatureSize);

@@ -12,6 +12,8 @@ namespace vexa {
 
 enum class ListFormat { kSatcodx, kDvb2000, kLyngsat };
 
+// Whether the extension is that of a list.
+bool IsListFile(const Path& path);
 // The format that the extension names and the first bytes confirm. Nothing after a message.
 std::optional<ListFormat> CheckListFile(const Context& context, const Path& path);
 

@@ -67,7 +67,7 @@ void Notify(HWND dialog, FindingsWindow& window, const NMHDR& header, LPARAM lpa
     auto& asked = *reinterpret_cast<NMLVDISPINFOW*>(lparam);
     const auto row = static_cast<size_t>(asked.item.iItem);
     if (!(asked.item.mask & LVIF_TEXT) || row >= window.findings.size()) return;
-    window.cell = Wide(window.findings[row].line);
+    window.cell = Wide(window.findings[row].line());
     asked.item.pszText = window.cell.data();
   } else if (header.code == LVN_ITEMCHANGED) {
     const auto& change = *reinterpret_cast<const NMLISTVIEW*>(lparam);

@@ -47,12 +47,12 @@ int Compare(std::string_view left, std::string_view right) {
   return left.empty() ? -1 : 1;
 }
 
-struct Key {
+struct RowKey {
   int64_t number = 0;
   std::string text;
 };
 
-int Compare(const Key& left, const Key& right) {
+int Compare(const RowKey& left, const RowKey& right) {
   if (left.number != right.number) return left.number < right.number ? -1 : 1;
   return Compare(left.text, right.text);
 }
@@ -73,7 +73,7 @@ void OrderRows(const Document& document, ListModel& list, const RowOrder& order,
   const auto column = static_cast<size_t>(order.column);
   // Only hexadecimal digits need more than the comparison of texts, which knows decimal numbers.
   const bool digits = EndsWith(list.columns[column].title, "(Hex)");
-  std::vector<Key> keys(list.rows.size());
+  std::vector<RowKey> keys(list.rows.size());
   for (size_t i = 0; i < keys.size(); ++i) {
     std::string text = CellText(document, list, i, column, hexadecimal);
     if (digits)
