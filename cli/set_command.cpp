@@ -60,7 +60,8 @@ std::vector<Assignment> ParseAssignments(const std::vector<std::string>& words) 
   for (const std::string& word : words) {
     const size_t sign = word.find('=');
     if (sign == std::string::npos) {
-      if (!assignments.empty() && assignments.back().fields.empty()) Wrong(word, "no FIELD=VALUE stands before this path");
+      if (!assignments.empty() && assignments.back().fields.empty())
+        Wrong(word, "no FIELD=VALUE stands before this path");
       assignments.push_back(ParsePath(word));
       continue;
     }
@@ -98,7 +99,8 @@ void AddSetCommand(CLI::App& program, CommandState& state) {
   CLI::App& set = *program.add_subcommand("set", "Set fields of records by the rules of the record dialogs");
   set.add_option("FILE", arguments->file, "Database file")->required();
   set.add_option("PATH FIELD=VALUE", arguments->words,
-                 "Records (\"satellite 1-29\", \"satellite 3 carrier 2 service all\", \"lnb 1\", \"ubi 1\") and what to set in them "
+                 "Records (\"satellite 1-29\", \"satellite 3 carrier 2 service all\", \"lnb 1\", \"ubi 1\") "
+                 "and what to set in them "
                  "(position=1.. angle=19.2E type=Universal)")
       ->required();
   set.add_option("-o,--output", arguments->output, "Database file to write")->required();

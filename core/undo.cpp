@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <new>
+#include <span>
 
+#include "core/delta.h"
 #include "core/undo_state.h"
 
 namespace vexa {
@@ -12,10 +14,6 @@ namespace vexa {
 namespace {
 
 using Table = std::vector<uint8_t>;
-
-std::ptrdiff_t Offset(size_t count) {
-  return static_cast<std::ptrdiff_t>(count);
-}
 
 Table Pack(const Table& content) {
   uLongf size = compressBound(static_cast<uLong>(content.size()));
@@ -37,50 +35,20 @@ Table Unpack(const Table& packed, size_t size) {
   return content;
 }
 
-// Middles of equal size are kept as their difference, which is mostly zeros; others one behind the other.
 TableChange Compare(uint32_t number, const Table& before, const Table& after) {
-  TableChange change;
-  change.table = number;
-  const size_t shorter = std::min(before.size(), after.size());
-  const auto ahead = std::mismatch(before.begin(), before.begin() + Offset(shorter), after.begin());
-  change.prefix = static_cast<size_t>(ahead.first - before.begin());
-  const auto back =
-      std::mismatch(before.rbegin(), before.rbegin() + Offset(shorter - change.prefix), after.rbegin());
-  change.suffix = static_cast<size_t>(back.first - before.rbegin());
-  change.before_size = before.size() - change.prefix - change.suffix;
-  change.after_size = after.size() - change.prefix - change.suffix;
-  Table content(before.begin() + Offset(change.prefix), before.end() - Offset(change.suffix));
-  if (change.before_size == change.after_size) {
-    for (size_t i = 0; i < content.size(); ++i)
-      content[i] = static_cast<uint8_t>(after[change.prefix + i] - content[i]);
-  } else {
-    content.insert(content.end(), after.begin() + Offset(change.prefix), after.end() - Offset(change.suffix));
-  }
-  change.packed = Pack(content);
+  const Table back = MakeDelta(after, before);
+  Table both = MakeDelta(before, after);
+  TableChange change{number, before.size(), after.size(), back.size(), both.size(), {}};
+  both.insert(both.end(), back.begin(), back.end());
+  change.packed = Pack(both);
   return change;
 }
 
 void Apply(const TableChange& change, Table& table, bool forward) {
-  const bool difference = change.before_size == change.after_size;
-  const size_t size = difference ? change.before_size : change.before_size + change.after_size;
-  const Table content = Unpack(change.packed, size);
-  const auto middle = table.begin() + Offset(change.prefix);
-  if (difference) {
-    for (size_t i = 0; i < size; ++i) {
-      uint8_t& byte = table[change.prefix + i];
-      byte = static_cast<uint8_t>(forward ? byte + content[i] : byte - content[i]);
-    }
-    return;
-  }
-  const auto split = content.begin() + Offset(change.before_size);
-  Table result(table.begin(), middle);
-  if (forward) {
-    result.insert(result.end(), split, content.end());
-  } else {
-    result.insert(result.end(), content.begin(), split);
-  }
-  result.insert(result.end(), table.end() - Offset(change.suffix), table.end());
-  table = std::move(result);
+  const Table both = Unpack(change.packed, change.forth_size + change.back_size);
+  const std::span<const uint8_t> deltas(both);
+  table = forward ? ApplyDelta(table, deltas.first(change.forth_size), change.after_size)
+                  : ApplyDelta(table, deltas.subspan(change.forth_size), change.before_size);
 }
 
 // Nothing has no tables; as many empty ones stand for it in a comparison.
@@ -170,10 +138,9 @@ bool RecordChange(UndoHistory& history, const Document& document, bool is_sort) 
 }
 
 void RestoreState(const UndoHistory& history, Document& document) {
-  std::vector<OpenSdb> sdbs;
-  for (const uint32_t slot : SlotsOfState(history.document))
-    sdbs.push_back(RestoreSdb(history.slots[slot], slot));
-  document.sdbs.swap(sdbs);
+  const std::vector<uint32_t> slots = SlotsOfState(history.document);
+  document.sdbs.clear();  // first, so that their memory is there for what takes their place
+  for (const uint32_t slot : slots) document.sdbs.push_back(RestoreSdb(history.slots[slot], slot));
   RestoreDocument(history.document, document);
 }
 

@@ -17,11 +17,11 @@
 
 namespace vexa {
 
-// One table of a state, before and after: equal bytes at both ends are left out.
+// One table of a state, before and after.
 struct TableChange {
   uint32_t table = 0;
-  size_t prefix = 0, suffix = 0;           // equal bytes
-  size_t before_size = 0, after_size = 0;  // of what lies between
+  size_t before_size = 0, after_size = 0;  // of the table
+  size_t back_size = 0, forth_size = 0;    // of the two deltas (delta.h)
   std::vector<uint8_t> packed;             // both, compressed
 };
 

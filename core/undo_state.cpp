@@ -182,18 +182,20 @@ std::vector<uint32_t> SlotsOfState(const StateTables& state) {
 }
 
 void RestoreDocument(const StateTables& state, Document& document) {
+  std::vector<OpenUbi> ubis;
+  for (ByteReader reader(state[kUbiTable]); reader.ok() && reader.remaining() > 0;) {
+    OpenUbi ubi;
+    ubi.name = TakeText(reader);
+    reader.Read(ubi.record);
+    ubis.push_back(std::move(ubi));
+  }
+  // From here on nothing fails.
+  document.ubis.swap(ubis);
   ByteReader flags(state[kFlagTable]);
   document.slot_mask = flags.U32();
   document.compress_payload = flags.U8() != 0;
   document.compress_ubis = flags.U8() != 0;
   flags.Read(document.settings_block);
-  document.ubis.clear();
-  for (ByteReader reader(state[kUbiTable]); reader.ok() && reader.remaining() > 0;) {
-    OpenUbi ubi;
-    ubi.name = TakeText(reader);
-    reader.Read(ubi.record);
-    document.ubis.push_back(ubi);
-  }
 }
 
 OpenSdb RestoreSdb(const StateTables& state, uint32_t slot) {

@@ -20,7 +20,7 @@ StateTables SdbState(const OpenSdb& sdb);
 
 // Slots of the SDBs in tree order, from a document's state.
 std::vector<uint32_t> SlotsOfState(const StateTables& state);
-// Sets everything of the document but its SDBs.
+// Sets everything of the document but its SDBs; nothing when memory runs out on the way.
 void RestoreDocument(const StateTables& state, Document& document);
 OpenSdb RestoreSdb(const StateTables& state, uint32_t slot);
 

@@ -38,8 +38,13 @@ std::unique_ptr<TemporaryFolder> TemporaryFolder::Make(const std::string& name, 
     if (error) break;
     if (!made) continue;
     // Where another start looks between the two steps, the file is gone or locked: the next name is tried.
-    if (auto owner = LockFile(folder / kOwnerFile, true))
-      return std::unique_ptr<TemporaryFolder>(new TemporaryFolder(folder, std::move(owner)));
+    try {
+      if (auto owner = LockFile(folder / kOwnerFile, true))
+        return std::unique_ptr<TemporaryFolder>(new TemporaryFolder(folder, std::move(owner)));
+    } catch (...) {  // memory ran out: nobody else would ever remove it
+      RemoveFolder(folder);
+      throw;
+    }
     RemoveFolder(folder);
   }
   if (!error) error = std::make_error_code(std::errc::permission_denied);

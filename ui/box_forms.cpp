@@ -69,8 +69,8 @@ void ShowUbi(const Form& form, const UbiForm& ubi) {
 UbiForm TakenUbi(const Form& form, const UbiForm& shown) {
   UbiForm taken = shown;
   taken.name = form.Text(IDC_RECORD_NAME);
-  taken.menu_language = form.Code(IDC_BOX_MENU_LANGUAGE);
-  taken.audio_language = form.Code(IDC_BOX_AUDIO_LANGUAGE);
+  if (form.Choice(IDC_BOX_MENU_LANGUAGE) >= 0) taken.menu_language = form.Code(IDC_BOX_MENU_LANGUAGE);
+  if (form.Choice(IDC_BOX_AUDIO_LANGUAGE) >= 0) taken.audio_language = form.Code(IDC_BOX_AUDIO_LANGUAGE);
   taken.time_zone = form.Choice(IDC_BOX_TIME_ZONE) + LowestZone(shown);
   taken.summer_time = form.Checked(IDC_BOX_SUMMER_TIME);
   taken.rf_output = form.Checked(IDC_BOX_RF_OUTPUT);

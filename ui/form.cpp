@@ -186,7 +186,7 @@ int Form::Choice(int id) const {
 
 uint32_t Form::Code(int id) const {
   const int choice = Choice(id);
-  return choice < 0 ? 0 : static_cast<uint32_t>(choice);
+  return choice < 0 ? kNoCode : static_cast<uint32_t>(choice);
 }
 
 void Form::Limit(int id, int characters) const {

@@ -8,6 +8,7 @@
 
 #include "core/messages.h"
 #include "ui/application.h"
+#include "view/record_forms.h"
 
 namespace vexa {
 
@@ -26,7 +27,7 @@ struct Form {
   // Combo boxes: entries in UTF-8; a choice of -1 is none.
   void Fill(int id, const std::vector<std::string>& entries, int choice) const;
   int Choice(int id) const;
-  uint32_t Code(int id) const;  // the choice as a record's code: 0 for none
+  uint32_t Code(int id) const;  // the choice as a record's code: kNoCode for none
   void Limit(int id, int characters) const;
   // Shows the refusal's text (nothing when it is empty) over this dialog and focuses the control `id`.
   void Refuse(const Refusal& refusal, int id) const;

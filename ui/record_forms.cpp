@@ -221,8 +221,9 @@ bool EditCarrier(EditorWindow& editor, const NodeRef& node) {
 
 bool EditService(EditorWindow& editor, const NodeRef& node) {
   const bool hexadecimal = editor.app->hexadecimal;
-  Carrier& carrier = *node.service->carrier;
-  ServiceRecord& record = node.service->record;
+  StaticDatabase& database = *editor.document.sdbs[node.sdb].database;
+  const Carrier& carrier = *node.service->carrier;
+  const ServiceRecord& record = node.service->record;
   FormActions actions;
   actions.open = [&](Form& form) { ShowService(form, carrier, ServiceFormOf(record, hexadecimal)); };
   actions.command = [](Form& form, int id, int code) {
@@ -230,8 +231,8 @@ bool EditService(EditorWindow& editor, const NodeRef& node) {
   };
   actions.accept = [&](Form& form) {
     return Accept(editor, form, [&] {
-      return StoreService(editor.app->context.messages, TakenService(form, record), hexadecimal, &carrier,
-                          record);
+      return StoreService(editor.app->context.messages, TakenService(form, record), hexadecimal, database,
+                          *node.service);
     });
   };
   return RunForm(*editor.app, IDD_SERVICE, actions);

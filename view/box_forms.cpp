@@ -9,7 +9,7 @@ namespace vexa {
 
 namespace {
 
-constexpr int kHighestOscillator = 0x3FFF;                // MHz
+constexpr int kHighestOscillator = 0x3FFF;  // MHz
 
 std::optional<Refusal> Verdict(std::string text, int field) {
   if (text.empty()) return std::nullopt;
@@ -45,23 +45,16 @@ LnbForm LnbFormOf(const LnbRecord& record) {
 
 namespace {
 
-// Codes that are not among the choices stay as they are until others are chosen.
+// The fields of the other switch types are cleared.
 void StoreSwitch(const LnbForm& form, LnbRecord& record) {
-  const LnbForm kept = LnbFormOf(record);
-  const auto last = static_cast<uint32_t>(SwitchChoices(form.switch_type).size()) - 1;
-  const bool known = form.switch_type <= kSwitchDiseqc && form.selection <= last;
-  if (!known && form.switch_type == kept.switch_type && form.selection == kept.selection) return;
-  record.diseqc_switch = 0;
-  record.plain_switch = 0;
-  record.tone_burst_switch = 0;
-  const uint32_t selection = std::min(form.selection, last);
-  if (form.switch_type == kSwitchDiseqc) {
-    record.diseqc_switch = selection & 7;
-  } else if (form.switch_type == kSwitchToneBurst) {
-    record.tone_burst_switch = selection & 3;
-  } else {
-    record.plain_switch = selection & 31;
-  }
+  if (form.switch_type > kSwitchDiseqc) return;
+  const LnbForm before = LnbFormOf(record);
+  uint32_t selection = form.selection;
+  if (selection >= SwitchChoices(form.switch_type).size())
+    selection = form.switch_type == before.switch_type ? before.selection : 0;
+  record.diseqc_switch = form.switch_type == kSwitchDiseqc ? selection & 7 : 0;
+  record.tone_burst_switch = form.switch_type == kSwitchToneBurst ? selection & 3 : 0;
+  record.plain_switch = form.switch_type == kSwitchNone ? selection & 31 : 0;
   record.switch_type = form.switch_type & 3;
 }
 
@@ -78,8 +71,8 @@ std::optional<Refusal> StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t
   if (database_variant != 0) return std::nullopt;
   record.cleared_0 = 0;
   record.cleared_12 = 0;
+  if (form.tone_22khz != kNoCode) record.tone_22khz = form.tone_22khz & 3;
   StoreSwitch(form, record);
-  record.tone_22khz = form.tone_22khz & 3;
   record.motor = form.motor & 1;
   return std::nullopt;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/edit.h"
 #include "core/field_texts.h"
 #include "platform/text.h"
 
@@ -26,12 +27,17 @@ Angle AngleOf(const std::string& text) {
   const size_t point = std::min(text.find('.'), text.size());
   Angle angle;
   angle.degrees = NumberOf(std::string_view(text).substr(0, point));
-  angle.tenths = std::clamp<int64_t>(angle.degrees, -kFullCircle, kFullCircle) * 10;
-  if (point + 1 < text.size() && text[point + 1] >= '0' && text[point + 1] <= '9')
-    angle.tenths += text[point + 1] - '0';
-  // "-.5" and "-0.5" lie below 0 although their whole part does not.
-  if (angle.degrees == 0 && text.find('-') < point) angle.degrees = -1;
+  angle.tenths = std::min(angle.degrees, kFullCircle) * 10;
+  if (point + 1 < text.size()) angle.tenths += text[point + 1] - '0';
   return angle;
+}
+
+// Digits and at most one point, so that nothing is dropped without a word.
+bool IsAngle(const std::string& text) {
+  const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
+  const auto digits = std::count_if(text.begin(), text.end(), is_digit);
+  const auto points = std::count(text.begin(), text.end(), '.');
+  return digits > 0 && points <= 1 && static_cast<size_t>(digits + points) == text.size();
 }
 
 // True: `pid` may be stored, 8192 in place of an invalid one. The question is asked with the caller's text.
@@ -67,12 +73,10 @@ std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteF
                                       SatelliteRecord& record) {
   std::string name;
   const int64_t position = FilledNumberOf(form.position);
-  const Angle angle = AngleOf(form.angle);
   if (auto refusal = JudgeName(form.name, SatelliteNameText, name)) return refusal;
   if (auto refusal = Verdict(SatellitePositionText(position), kFieldPosition)) return refusal;
-  // A comma would drop what follows without a word.
-  if (std::count(form.angle.begin(), form.angle.end(), '.') > 1 || form.angle.find(',') != std::string::npos)
-    return Verdict("Invalid format of satellite angle", kFieldAngle, Icon::kWarning);
+  if (!IsAngle(form.angle)) return Verdict("Invalid format of satellite angle", kFieldAngle, Icon::kWarning);
+  const Angle angle = AngleOf(form.angle);
   if (auto refusal = Verdict(SatelliteAngleText(angle.degrees), kFieldAngle)) return refusal;
   const uint32_t tenths = static_cast<uint32_t>(angle.tenths) & 0xFFF;
   const std::string zero = SatelliteZeroAngleText(tenths);
@@ -107,7 +111,7 @@ std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& ln
   record.frequency = static_cast<uint32_t>(frequency);
   record.symbol_rate = static_cast<uint32_t>(symbol_rate) & 0xFFFFFF;
   record.polarization = form.polarization & 3;
-  record.fec = form.fec & 7;
+  if (form.fec != kNoCode) record.fec = form.fec & 7;
   record.user = !form.factory_default;
   return std::nullopt;
 }
@@ -155,6 +159,16 @@ std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm&
   record.audio_pid = audio & 0x3FFF;
   record.pcr_pid = pcr & 0x3FFF;
   return std::nullopt;
+}
+
+std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
+                                    StaticDatabase& database, Service& service) {
+  const bool was_tv = service.record.type == kTv;
+  auto refusal = StoreService(messages, form, hexadecimal, service.carrier, service.record);
+  if (was_tv == (service.record.type == kTv)) return refusal;
+  for (FavouriteGroup& group : database.favourites)
+    std::erase(EntriesOf(group, was_tv ? GroupKind::kTv : GroupKind::kRadio), &service);
+  return refusal;
 }
 
 }  // namespace vexa

@@ -5,6 +5,9 @@
 // names the text to show and the field to focus, and nothing is stored then. Questions and mere warnings go
 // through Messages and storing goes on by their answer; after a question answered No the Refusal's text is
 // empty, and only the focus moves.
+//
+// A code for which a list has no entry (of a tone, switch, FEC ...; kNoCode when none is chosen) leaves the
+// record's code as it is.
 #pragma once
 
 #include <optional>
@@ -17,6 +20,8 @@
 #include "core/rules.h"
 
 namespace vexa {
+
+inline constexpr uint32_t kNoCode = 0xFFFFFFFF;
 
 enum RecordField : int {
   kFieldName,
@@ -83,6 +88,10 @@ ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal);
 // `carrier` holds the service whose record this is; nullptr for the default record, which has no neighbours.
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
                                     const Carrier* carrier, ServiceRecord& record);
+// The same for a service of the database. One that becomes radio or TV leaves the favourite lists of its old
+// type.
+std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
+                                    StaticDatabase& database, Service& service);
 
 // Names of an SDB (6 characters are saved), of one half of a favourite group, of a user box record (7
 // characters).

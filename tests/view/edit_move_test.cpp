@@ -249,6 +249,48 @@ TEST(Drops, RowsComeToTheMarkedPlace) {
   }
 }
 
+enum class Edit { kDelete, kInsert, kMove, kSwap };
+
+TEST(ChosenRows, AreThoseThatAnEditMeans) {
+  const struct {
+    Edit edit;
+    std::vector<TreePath> rows;
+    const char* target;
+    const char* after;
+  } cases[] = {
+      {Edit::kDelete, {{0, 1, 2}, {0, 1, 4}}, "", "124 ABCDE abcde vwxyz 67 zyxwv vw 67"},
+      {Edit::kDelete, {{0, 1, 1, 1}, {0, 1, 1, 3}}, "", "12345 ABCDE ace vwxyz 67 zyxwv vw 67"},
+      {Edit::kDelete, {{0, 1, 0, 2}, {0, 1, 1, 4}}, "", "12345 ABDE abcd vwxyz 67 zyxwv vw 67"},
+      {Edit::kDelete, {{0, 1, 0, 0, 1}, {0, 1, 0, 1, 1}}, "", "12345 ABCDE abcde vxyz 6 zyxv v 6"},
+      {Edit::kDelete, {{0, 2, 1, 0}, {0, 2, 1, 2}, {0, 2, 2, 1}}, "", "12345 ABCDE abcde vwxyz 67 ywv v 67"},
+      {Edit::kDelete, {{0, 3, 2, 0}}, "", "12345 ABCDE abcde vwxyz 67 zyxwv vw 7"},
+      {Edit::kInsert, {{0, 1, 4}}, "", "1234Satellite55 ABCDE abcde vwxyz 67 zyxwv vw 67"},
+      {Edit::kInsert, {{0, 1, 0, 2}}, "", "12345 ABCarrier6CDE abcde vwxyz 67 zyxwv vw 67"},
+      {Edit::kInsert, {{0, 1, 0, 0, 0}}, "", "12345 ABCDE abcde Service6vwxyz 67 zyxwv vw 67"},
+      {Edit::kMove, {{0, 2, 1, 0}}, "3", "12345 ABCDE abcde vwxyz 67 yxzwv vw 67"},
+      {Edit::kMove, {{0, 3, 2, 1}}, "1", "12345 ABCDE abcde vwxyz 67 zyxwv vw 76"},
+      {Edit::kMove, {{0, 1, 0, 0, 0}, {0, 1, 0, 0, 1}}, "4", "12345 ABCDE abcde xyvwz 67 zyxwv vw 67"},
+      {Edit::kSwap, {{0, 1, 0}}, "2", "21345 ABCDE abcde vwxyz 67 zyxwv vw 67"},
+      {Edit::kSwap, {{0, 1, 0, 0}}, "3", "12345 CBADE abcde vwxyz 67 zyxwv vw 67"},
+      {Edit::kSwap, {{0, 1, 1, 4}}, "2", "12345 ABCDE aecdb vwxyz 67 zyxwv vw 67"},
+      {Edit::kSwap, {{0, 2, 1, 1}}, "5", "12345 ABCDE abcde vwxyz 67 zvxwy vw 67"},
+      {Edit::kSwap, {{0, 3, 2, 0}}, "2", "12345 ABCDE abcde vwxyz 67 zyxwv vw 76"},
+  };
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.after);
+    DropSample sample;
+    const auto rows = sample.Nodes(row.rows);
+    const bool done =
+        row.edit == Edit::kDelete ? DeleteNodes(sample.messages, sample.document, rows)
+        : row.edit == Edit::kInsert
+            ? InsertAtRows(sample.messages, sample.document, rows, {}).has_value()
+            : MoveNodes(sample.messages, sample.document, rows, row.edit == Edit::kSwap, row.target);
+    EXPECT_TRUE(done);
+    EXPECT_EQ(CheckLinks(sample.database), "");
+    EXPECT_EQ(sample.Picture(), row.after);
+  }
+}
+
 TEST(Drops, AreRefused) {
   const char* const between = "Carrier move between satellites is not supported.";
   const struct {

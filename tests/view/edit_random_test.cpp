@@ -152,7 +152,7 @@ struct Player {
     form.type = Code(3);
     form.audio_pid = Number(9000);
     recorder.answer = Upto(1) == 1;
-    return !StoreService(messages(), form, false, node.carrier, node.service->record);
+    return !StoreService(messages(), form, false, *document.sdbs[node.sdb].database, *node.service);
   }
   bool Edit() {
     const NodeRef node = AnyNode();

@@ -38,6 +38,10 @@ TEST(DefaultsForm, TheRulesOfTheRecordsHoldAndNothingIsStoredByHalves) {
     int field;
   } const rows[] = {
       {[](DefaultsForm& f) { f.satellite.position = "65"; }, kFieldPosition},
+      {[](DefaultsForm& f) { f.satellite.position = ""; }, kFieldPosition},
+      {[](DefaultsForm& f) { f.satellite.angle = ""; }, kFieldAngle},
+      {[](DefaultsForm& f) { f.carrier.symbol_rate = ""; }, kFieldSymbolRate},
+      {[](DefaultsForm& f) { f.lnb.frequency2 = ""; }, kFieldOscillator2},
       {[](DefaultsForm& f) { f.carrier.frequency = "950"; }, kFieldFrequency},
   };
   for (const auto& row : rows) {

@@ -48,13 +48,17 @@ TEST(Validation, Satellites) {
       {"Astra", "1", "7", "", 0, 70, {}},
       {"Astra", "1", ".5", "", 0, 5, {}},
       {"Astra", "1", "0.0", "", 0, 0, {zero}},
-      {"Astra", "1", "", "", 0, 0, {zero}},
       {"Astra", "1", "361", range, kFieldAngle, 0, {}},
-      {"Astra", "1", "-1", range, kFieldAngle, 0, {}},
-      {"Astra", "1", "-0.5", range, kFieldAngle, 0, {}},
+      {"Astra", "1", "361.0", range, kFieldAngle, 0, {}},
       {"Astra", "1", "99999999999999999999", range, kFieldAngle, 0, {}},
       {"Astra", "1", "1.2.3", format, kFieldAngle, 0, {}},
       {"Astra", "1", "19,2", format, kFieldAngle, 0, {}},
+      {"Astra", "1", "", format, kFieldAngle, 0, {}},
+      {"Astra", "1", ".", format, kFieldAngle, 0, {}},
+      {"Astra", "1", "-0.5", format, kFieldAngle, 0, {}},
+      {"Astra", "1", "19.2W", format, kFieldAngle, 0, {}},
+      {"Astra", "1", "1e2", format, kFieldAngle, 0, {}},
+      {"Astra", "1", "1.:", format, kFieldAngle, 0, {}},
       {"Astra", "65", "1.2.3", position, kFieldPosition, 0, {}},
       {"Astra", "-1", "1", position, kFieldPosition, 0, {}},
       {"Astra", "", "1", position, kFieldPosition, 0, {}},
@@ -223,6 +227,35 @@ TEST(Validation, ServiceNamesAndNumbers) {
   EXPECT_THAT(recorder.Texts(), ElementsAre());
 }
 
+TEST(Validation, AServiceThatChangesItsTypeLeavesTheListsOfTheOldOne) {
+  Recorder recorder;
+  StaticDatabase database;
+  AddTestSatellite(database, "S");
+  Carrier* carrier = AddTestCarrier(database, 0);
+  Service *one = AddTestService(database, carrier), *two = AddTestService(database, carrier);
+  one->record.program_number = 1;
+  for (FavouriteGroup& group : {std::ref(database.favourites[0]), std::ref(database.favourites[7])})
+    group.tv = group.radio = {one, two};
+  for (const uint32_t type : {uint32_t{kTv}, uint32_t{kRadio}, 3u, uint32_t{kTv}}) {
+    ServiceForm form = ServiceFormOf(one->record, false);
+    form.name = "One";
+    form.type = type;
+    form.video_pid = form.audio_pid = form.pcr_pid = "100";
+    const auto before = database.favourites;
+    const bool changes = (type == kTv) != (one->record.type == kTv);
+    form.program_number = "0";  // the other one's: refused
+    EXPECT_TRUE(StoreService(recorder.context.messages, form, false, database, *one));
+    EXPECT_EQ(database.favourites[0].tv, before[0].tv);
+    form.program_number = "1";
+    EXPECT_FALSE(StoreService(recorder.context.messages, form, false, database, *one));
+    for (const size_t group : {0u, 7u}) {
+      const bool tv_left = changes && type != kTv, radio_left = changes && type == kTv;
+      EXPECT_EQ(database.favourites[group].tv, tv_left ? std::vector{two} : before[group].tv);
+      EXPECT_EQ(database.favourites[group].radio, radio_left ? std::vector{two} : before[group].radio);
+    }
+  }
+}
+
 TEST(Validation, LnbsStoreTheirSecondWordForVariantZeroAlone) {
   auto record = AllOnes<LnbRecord>();
   const auto word1 = [&] {
@@ -247,11 +280,11 @@ TEST(Validation, LnbsStoreTheirSecondWordForVariantZeroAlone) {
   const struct {
     uint32_t type, selection, word;
   } rows[] = {{kSwitchNone, 16, 16u << 5},
-              {kSwitchNone, 17, 16u << 5},
+              {kSwitchNone, 17, 0},
               {kSwitchToneBurst, 2, 2u << 10 | 1u << 17},
-              {kSwitchToneBurst, 3, 2u << 10 | 1u << 17},
+              {kSwitchToneBurst, 3, 1u << 17},
               {kSwitchDiseqc, 4, 4u << 2 | 2u << 17},
-              {kSwitchDiseqc, 5, 4u << 2 | 2u << 17}};
+              {kSwitchDiseqc, kNoCode, 2u << 17}};
   for (const auto& row : rows) {
     record = AllOnes<LnbRecord>();
     StoreLnb({"1", "2", kLnbUniversal, 1, 2, row.type, row.selection, 1}, record, 0);
@@ -259,6 +292,25 @@ TEST(Validation, LnbsStoreTheirSecondWordForVariantZeroAlone) {
     const LnbRecord before = record;
     StoreLnb(LnbFormOf(record), record, 0);
     EXPECT_TRUE(SameBytes(record, before));
+  }
+  // Codes that no list has an entry for, as they are shown and as a list without a choice gives them.
+  for (const bool shown : {true, false}) {
+    const auto store = [&] {
+      LnbForm kept = LnbFormOf(record);
+      if (!shown) kept.tone_22khz = kept.selection = kNoCode;
+      if (!shown && kept.switch_type > kSwitchDiseqc) kept.switch_type = kNoCode;
+      StoreLnb(kept, record, 0);
+    };
+    for (const uint32_t type : {3u, 2u, 1u, 0u}) {
+      record = AllOnes<LnbRecord>();
+      record.switch_type = type & 3;
+      store();
+      EXPECT_EQ(record.tone_22khz, 3u);
+      EXPECT_EQ(record.switch_type, type);
+      EXPECT_EQ(record.diseqc_switch, type >= 2 ? 7u : 0u);
+      EXPECT_EQ(record.tone_burst_switch, type == 1 || type == 3 ? 3u : 0u);
+      EXPECT_EQ(record.plain_switch, type == 0 || type == 3 ? 31u : 0u);
+    }
   }
   const uint32_t unknown[] = {3u << 17 | 20u << 5 | 3u << 15, 0u << 17 | 17u << 5, 1u << 17 | 3u << 10,
                               2u << 17 | 7u << 2};

@@ -1,0 +1,15 @@
+// What turns one run of bytes into another: pieces copied out of the first one, and bytes between them. What
+// was put in, taken out or moved costs its own size, wherever it stands.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace vexa {
+
+std::vector<uint8_t> MakeDelta(std::span<const uint8_t> source, std::span<const uint8_t> target);
+// `size`: of the target. The delta must have been made from this source.
+std::vector<uint8_t> ApplyDelta(std::span<const uint8_t> source, std::span<const uint8_t> delta, size_t size);
+
+}  // namespace vexa
