@@ -206,7 +206,7 @@ TEST_F(Forms, OkAloneChangesNothing) {
 TEST_F(Forms, EveryDefaultIsKeptAndUsed) {
   const Settings settings = {{IDC_DEFAULTS_LNB_FREQUENCY1, "9751"},
                              {IDC_DEFAULTS_LNB_FREQUENCY2, "10601"},
-                             {IDC_DEFAULTS_LNB_TYPE, "2"},
+                             {IDC_DEFAULTS_LNB_TYPE, "0"},
                              {IDC_DEFAULTS_LNB_POWER, "off"},
                              {IDC_DEFAULTS_LNB_TONE, "1"},
                              {IDC_DEFAULTS_LNB_SWITCH, "2"},
@@ -217,7 +217,7 @@ TEST_F(Forms, EveryDefaultIsKeptAndUsed) {
                              {IDC_DEFAULTS_SATELLITE_ANGLE, "12.5"},
                              {IDC_DEFAULTS_SATELLITE_POSITION, "6"},
                              {IDC_DEFAULTS_SATELLITE_FACTORY, "on"},
-                             {IDC_DEFAULTS_CARRIER_FREQUENCY, "11111"},
+                             {IDC_DEFAULTS_CARRIER_FREQUENCY, "4111"},
                              {IDC_DEFAULTS_CARRIER_SYMBOL_RATE, "22222"},
                              {IDC_DEFAULTS_CARRIER_POLARIZATION, "3"},
                              {IDC_DEFAULTS_CARRIER_FEC, "2"},
@@ -240,12 +240,14 @@ TEST_F(Forms, EveryDefaultIsKeptAndUsed) {
     ASSERT_TRUE(driver_->SelectItem(node));
     driver_->Command(kCmdAdd);
   }
+  // Its satellite's LNB has not been added, and judges it all the same.
+  Edit({"SDB1", "Satellites", "[ 1 ] Satellite1", "[ 1 ] Carrier1"}, {});
   const Document read = Save();
   const StaticDatabase& database = *read.sdbs.at(0).database;
-  EXPECT_EQ(FieldsOf(database.lnbs[0]), (Fields{9751, 10601, 2, 0, 1, 2, 4, 1}));
+  EXPECT_EQ(FieldsOf(database.lnbs[0]), (Fields{9751, 10601, 0, 0, 1, 2, 4, 1}));
   EXPECT_EQ(FieldsOf(database.lnbs[15]), FieldsOf(database.lnbs[0])) << "unused places, too";
   EXPECT_EQ(FieldsOf(database.satellites.at(0)->record), (Fields{3, 6, 0, 1, 125}));
-  EXPECT_EQ(FieldsOf(database.carriers.at(0)->record), (Fields{11111, 22222, 3, 2, 0}));
+  EXPECT_EQ(FieldsOf(database.carriers.at(0)->record), (Fields{4111, 22222, 3, 2, 0}));
   EXPECT_EQ(FieldsOf(database.services.at(0)->record), (Fields{1, 101, 102, 103, kTv, 0}));
   // This format says nothing of a satellite's LNB; its carriers are bare but for what the list says.
   const Path list = recorder_.context.temporary_folder / "list.sdx";
@@ -392,6 +394,7 @@ TEST_F(Choices, ThePartsThatAreTickedAreSaved) {
 }
 
 TEST_F(Choices, EachKindIsSortedInItsOwnWay) {
+  const Labels others = ListOf({"Two", "Satellites"});
   HWND box = Open(kCmdSort, {"SDB1"});
   ASSERT_NE(box, nullptr);
   Settings settings;
@@ -408,6 +411,7 @@ TEST_F(Choices, EachKindIsSortedInItsOwnWay) {
   EXPECT_THAT(satellites, ElementsAre("S1", "S2", "S3"));
   EXPECT_THAT(ListOf({"SDB1", "Satellites", "[ 1 ] S1"}), ElementsAre("C2", "C1"));
   EXPECT_THAT(ListOf({"SDB1", "Satellites", "[ 1 ] S1", "[ 2 ] C1"}), ElementsAre("A1", "B1", "R1"));
+  EXPECT_EQ(ListOf({"Two", "Satellites"}), others) << "was not chosen";
   driver_->Command(kCmdUndo);
   EXPECT_THAT(Caption(), testing::Not(testing::HasSubstr("*")));
   End();

@@ -280,6 +280,9 @@ TEST_F(Records, RowsAreSelectedByAFieldMarkedAndInverted) {
   ClickRow(1);
   driver_->Command(kCmdInvertSelection);
   EXPECT_EQ(selected(), 84);
+  // Whatever has the focus.
+  driver_->Click(Tree(), Middle(driver_->ItemPlace(kSatellites)));
+  ASSERT_TRUE(driver_->Until("the focus", [&] { return driver_->Focused() == Tree(); }));
   driver_->Command(mark);
   EXPECT_EQ(driver_->Cell(0, 3), "East");
   EXPECT_EQ(driver_->Cell(1, 3), "West");

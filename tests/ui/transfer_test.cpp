@@ -482,10 +482,17 @@ TEST_F(Line, KeysOnCancelAskAndTheOutcomeStaysUntilTheNextCommand) {
   ASSERT_NE(dialog, nullptr);
   editor->Until("the first packets",
                 [&] { return Send(GetDlgItem(dialog, IDC_TRANSFER_BAR), PBM_GETPOS) > 2; });
-  for (const int answer : {IDNO, IDYES}) {
-    // The button is told of the key, and the dialog of the button.
-    Send(GetDlgItem(dialog, IDCANCEL), WM_KEYDOWN, VK_SPACE, 1);
-    PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+  const std::pair<unsigned, int> rows[] = {{VK_SPACE, IDNO}, {VK_RETURN, IDYES}};
+  for (const auto& [key, answer] : rows) {
+    if (key == VK_RETURN) {
+      PostMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(dialog, IDCANCEL)), TRUE);
+      ExpectFocus(*editor, dialog, IDCANCEL);
+      PostMessageW(GetDlgItem(dialog, IDCANCEL), WM_KEYDOWN, VK_RETURN, 1);
+    } else {
+      // The button is told of the key, and the dialog of the button.
+      Send(GetDlgItem(dialog, IDCANCEL), WM_KEYDOWN, key, 1);
+      PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+    }
     HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(editor->BoxText(box), "Do you want to end the transfer ?");
