@@ -5,6 +5,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
 #include "cli/usage.h"
 #include "config/settings.h"
@@ -326,7 +327,14 @@ void AddDownload(CLI::App& program, CommandState& state) {
   download.callback([&state, options] { Download(state, options->line, options->output); });
 }
 
-void Ports(CommandState& state) {
+void Ports(CommandState& state, bool json) {
+  if (json) {
+    nlohmann::ordered_json root = {{"ports", nlohmann::ordered_json::array()}};
+    for (const SerialPortInfo& port : ListSerialPorts())
+      root["ports"].push_back({{"name", port.name}, {"text", port.description}});
+    state.output = root.dump(2) + "\n";
+    return;
+  }
   for (const SerialPortInfo& port : ListSerialPorts()) {
     state.output += port.description.empty() ? port.name + "\n" : port.name + "\t" + port.description + "\n";
   }
@@ -364,7 +372,10 @@ void TellPorts(const CommandState& state) {
 }
 
 void AddReceiverCommands(CLI::App& program, CommandState& state) {
-  program.add_subcommand("ports", "List the serial ports")->callback([&state] { Ports(state); });
+  CLI::App& ports = *program.add_subcommand("ports", "List the serial ports");
+  const auto json = std::make_shared<bool>(false);
+  ports.add_flag("--json", *json, "The same as one JSON document");
+  ports.callback([&state, json] { Ports(state, *json); });
   AddUploads(program, state);
   AddDownload(program, state);
   AddLoaderCommand(program, state);

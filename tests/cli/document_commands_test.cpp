@@ -1,0 +1,141 @@
+// export and import of documents, diff, set, sort --like, check and info as JSON.
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/cli_test.h"
+
+namespace vexa {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct DocumentCommands : CliTest {
+  Document document = NewDocument();
+  void SetUp() override {
+    StaticDatabase& database = *document.sdbs[0].database;
+    database.lnb_count = 1;
+    for (int i = 0; i < 2; ++i) {
+      Satellite* satellite = AddTestSatellite(database, Format("Sat%d", i + 1));
+      satellite->record.angle = i == 0 ? 100 : 130;
+      satellite->record.position = 255;
+      Carrier* carrier = AddTestCarrier(database, static_cast<size_t>(i));
+      carrier->record.frequency = 11700;
+      SetName(carrier->record.name, "C1");
+      for (uint32_t p = 1; p <= 2; ++p) {
+        Service* service = AddTestService(database, carrier);
+        service->record.program_number = p & 0xFFFF;
+        SetName(service->record.name, Format("P%u", p));
+      }
+    }
+    Save(document, "a.bin");
+  }
+};
+
+TEST_F(DocumentCommands, WhatIsExportedComesBackToTheByte) {
+  ASSERT_EQ(Vexa("save @a.bin -o @saved.bin").status, 0);
+  for (const char* const name : {"x.json", "x.csv"}) {
+    const std::string format = std::string(name).substr(2);
+    ASSERT_EQ(Vexa("export @a.bin --format " + format + " -o @" + name).status, 0);
+    ASSERT_EQ(Vexa(std::string("import @") + name + " -o @back.bin").status, 0);
+    EXPECT_EQ(Get("back.bin"), Get("saved.bin")) << name;
+  }
+  ASSERT_EQ(Vexa("export @a.bin --format json --sdb all -o @all.txt").status, 0);
+  ASSERT_EQ(Vexa("import @all.txt --format json -o @back.bin").status, 0);
+  EXPECT_EQ(Get("back.bin"), Get("saved.bin"));
+}
+
+TEST_F(DocumentCommands, ADocumentThatDoesNotFitMakesNothing) {
+  Put("bad.csv", "record,lnb\r\nlnb,1\r\n");
+  Put("bad.json", "{\"name\": 7}");
+  const ProgramResult csv = Vexa("import @bad.csv -o @out.bin"), json = Vexa("import @bad.json -o @out.bin");
+  EXPECT_EQ(csv.status, 1);
+  EXPECT_THAT(csv.errors, StartsWith("error: line 1: "));
+  EXPECT_THAT(csv.errors, HasSubstr("info: " + In("bad.csv")));
+  EXPECT_EQ(json.status, 1);
+  EXPECT_THAT(json.errors, StartsWith("error: /"));
+  EXPECT_FALSE(Exists("out.bin"));
+  EXPECT_EQ(Vexa("export @a.bin --bom -o @x").status, 2);
+  EXPECT_EQ(Vexa("export @a.bin --sdb all -o @x").status, 2);
+  EXPECT_EQ(Vexa("export @a.bin --code-page klingon -o @x").status, 2);
+  EXPECT_EQ(Vexa("import @bad.csv --stream -o @x").status, 2);
+}
+
+TEST_F(DocumentCommands, SetThenDiffTellsTheAssignments) {
+  ASSERT_EQ(Vexa("set @a.bin -o @b.bin 'satellite all' position=1.. 'satellite 2 carrier 1' fec=3/4").status,
+            0);
+  const ProgramResult diff = Vexa("diff @a.bin @b.bin");
+  EXPECT_EQ(diff.status, 1);
+  EXPECT_EQ(diff.output,
+            "~ SDB1 satellite 1 Sat1: position 255 -> 1\n"
+            "~ SDB1 satellite 2 Sat2: position 255 -> 2\n"
+            "~ SDB1 satellite 2 carrier 1 C1: fec 0 -> 3\n");
+  EXPECT_EQ(
+      Vexa("diff @a.bin @b.bin --summary").output,
+      "lnbs: 0 added, 0 removed, 0 changed, 0 moved\nsatellites: 0 added, 0 removed, 2 changed, 0 moved\n"
+      "carriers: 0 added, 0 removed, 1 changed, 0 moved\nservices: 0 added, 0 removed, 0 changed, 0 moved\n"
+      "favourites: 0 added, 0 removed, 0 changed, 0 moved\nubis: 0 added, 0 removed, 0 changed, 0 moved\n");
+  const auto json = nlohmann::json::parse(Vexa("diff @a.bin @b.bin --json").output);
+  EXPECT_EQ(json["schema"], "vexa-diff/1");
+  EXPECT_EQ(json["differences"][1]["fields"]["position"], nlohmann::json({255, 2}));
+  EXPECT_TRUE(json["differences"][1]["from"].is_null());
+  EXPECT_EQ(Vexa("diff @b.bin @b.bin").status, 0);
+}
+
+TEST_F(DocumentCommands, SetRefusesAndMakesNothing) {
+  const struct {
+    const char* words;
+    int status;
+    const char* error;
+  } rows[] = {
+      {"'satellite 1' position=65", 1, "error: SDB1 satellite 1: Satellite Position should be less then 64."},
+      {"'satellite 86' position=1", 1, "error: Number 86 is beyond the 85 that there are."},
+      {"'satellite 1' place=1", 2, ""},
+      {"'satellite 1 service 2' free=1", 2, ""},
+      {"position=1", 2, ""},
+      {"'satellite 1'", 2, ""},
+      {"'satellite 0' position=1", 2, ""},
+      {"'satellite all' position=255..", 2, ""}};
+  for (const auto& row : rows) {
+    const ProgramResult result = Vexa(std::string("set @a.bin -o @b.bin ") + row.words);
+    EXPECT_EQ(result.status, row.status) << row.words;
+    EXPECT_THAT(result.errors, StartsWith(row.error)) << row.words;
+    EXPECT_FALSE(Exists("b.bin")) << row.words;
+  }
+}
+
+TEST_F(DocumentCommands, SortLikeTakesAnOldOrder) {
+  ASSERT_EQ(Vexa("sort @a.bin -o @b.bin --satellites name --descending").status, 0);
+  const ProgramResult like = Vexa("sort --like @a.bin @b.bin -o @c.bin");
+  EXPECT_EQ(like.status, 0);
+  EXPECT_EQ(like.errors,
+            "info: 2 of 2 satellites, 2 of 2 carriers, 4 of 4 services matched; 0 favourite entries taken, 0 "
+            "left out\n");
+  EXPECT_EQ(Vexa("diff @a.bin @c.bin").status, 0);
+  EXPECT_EQ(Vexa("sort --like @a.bin @b.bin -o @a.bin").status, 2);
+  EXPECT_EQ(Vexa("sort --like @a.bin @b.bin --services name -o @c.bin").status, 2);
+}
+
+TEST_F(DocumentCommands, DoublesAreFindingsWhenAskedFor) {
+  StaticDatabase& database = *document.sdbs[0].database;
+  database.satellites[1]->record.angle = 100;
+  AddTestCarrier(database, 0)->record.frequency = 11703;
+  SetName(database.satellites[0]->carriers[0]->services[1]->record.name, "P1");
+  database.favourites[1].tv = {database.services[0], database.services[1], database.services[0]};
+  Save(document, "a.bin");
+  const std::string plain = Vexa("check @a.bin").output, all = Vexa("check @a.bin --duplicates").output;
+  EXPECT_THAT(plain, Not(HasSubstr("Same ")));
+  for (const char* const line :
+       {"SDB1 satellite 2: Same orbital position as satellite 1.\n",
+        "SDB1 satellite 1 carrier 2: Same frequency and polarization as carrier 1.\n",
+        "SDB1 satellite 1 carrier 1 service 2: Same name as service 1.\n",
+        "SDB1 TV group 2: Entry 3 is the same as entry 1.\n"})
+    EXPECT_THAT(all, HasSubstr(line));
+  const auto json = nlohmann::json::parse(Vexa("check @a.bin --json").output);
+  EXPECT_EQ(json["findings"].size(), static_cast<size_t>(std::count(plain.begin(), plain.end(), '\n')));
+  const auto info = nlohmann::json::parse(Vexa("info @a.bin --json").output);
+  EXPECT_EQ(info["sdbs"][0]["carriers"], 3);
+  EXPECT_EQ(info["bytes"], Get("a.bin").size());
+}
+
+}  // namespace
+}  // namespace vexa
