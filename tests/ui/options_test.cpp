@@ -373,6 +373,14 @@ TEST_F(Options, MergeAddsTheSdbsOfAFile) {
   driver_->Command(kCmdUndo);
   const auto undone = driver_->Tree(false);
   EXPECT_EQ(std::count(undone.begin(), undone.end(), "SDB1"), 1);
+  // Several at once, by their names in the folder that was chosen from before.
+  PutSample("third.bin");
+  driver_->Command(kCmdMergeSdb);
+  driver_->ChooseFile("Open", L"\"other.bin\" \"third.bin\"");
+  ASSERT_TRUE(driver_->Until("the change", [&] { return Caption().ends_with(" *"); }));
+  const auto both = driver_->Tree(false);
+  EXPECT_EQ(std::count(both.begin(), both.end(), "SDB1"), 3);
+  driver_->Command(kCmdUndo);
   End();
 }
 
