@@ -262,17 +262,17 @@ struct Setting : testing::Test {
 };
 
 TEST_F(Setting, ValuesAreNumbersWordsAnglesAndCounts) {
-  EXPECT_EQ(Assign({{RecordKind::kLnb, {Numbers(1, 1)}, {{"type", "universal"}, {"frequency1", "0x2650"}}},
-                    {RecordKind::kSatellite,
-                     {{true, {}}},
-                     {{"position", "5.."}, {"angle", "19.2W"}, {"lnb_index", "LNB2"}}},
-                    {RecordKind::kCarrier,
-                     {{true, {}}, Numbers(2, 2)},
-                     {{"fec", "3/4"}, {"symbol_rate", "0x55F0"}}},
-                    {RecordKind::kUbi,
-                     {Numbers(1, 1)},
-                     {{"time_zone", "-2"}, {"lock_code", "4711"}, {"screen", "16:9"}}}}),
-            AssignResult::kDone);
+  EXPECT_EQ(
+      Assign(
+          {{RecordKind::kLnb, {Numbers(1, 1)}, {{"type", "universal"}, {"frequency1", "0x2650"}}},
+           {RecordKind::kSatellite,
+            {{true, {}}},
+            {{"position", "5.."}, {"angle", "19.2W"}, {"lnb_index", "LNB2"}}},
+           {RecordKind::kCarrier, {{true, {}}, Numbers(2, 2)}, {{"fec", "3/4"}, {"symbol_rate", "0x55F0"}}},
+           {RecordKind::kUbi,
+            {Numbers(1, 1)},
+            {{"time_zone", "-2"}, {"lock_code", "4711"}, {"screen", "16:9"}}}}),
+      AssignResult::kDone);
   EXPECT_THAT(
       Changes(),
       ElementsAre("~ SDB1 LNB 1: frequency1 9750 -> 9808",
