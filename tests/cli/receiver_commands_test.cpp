@@ -5,6 +5,7 @@
 
 #include "loader/run.h"
 #include "platform/serial.h"
+#include "serial/port.h"
 #include "tests/cli/cli_test.h"
 #include "tests/support/ecf_maker.h"
 
@@ -296,6 +297,30 @@ TEST_F(ReceiverCommands, AnUnpluggedPortEndsTheTransferWithOneMessage) {
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.errors, "Receiver not connected.\nerror: " + In("line") +
                                " is not available any more.\nThe transfer was ended.\n");
+}
+
+// A receiver that restarts as soon as it knows that all has arrived.
+TEST_F(ReceiverCommands, APortThatGoesBehindADownloadHarmsNothing) {
+  auto terminal = OpenPseudoTerminal(At("line"));
+  if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
+  std::atomic<bool> downloads{false}, all_received{false};
+  receiver_ = MakeReceiver({}, {});
+  LoaderRun run;
+  run.stop = [&] { return all_received.load(); };
+  run.tap = [&](bool from_pc, std::span<const uint8_t> bytes) {
+    if (from_pc && downloads && bytes.back() == kCan) all_received = true;
+  };
+  loader_ = std::thread([&] {
+    RunReceiver(receiver_, *terminal, run);
+    terminal.reset();
+  });
+  EXPECT_EQ(Vexa("upload adb @list.bin --port @line --timeout 20").status, 0);
+  downloads = true;
+  const ProgramResult result = Vexa("download -o @back.bin --port @line --timeout 20");
+  EXPECT_TRUE(all_received.exchange(true));
+  loader_.join();
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_TRUE(Exists("back.bin"));
 }
 
 }  // namespace
