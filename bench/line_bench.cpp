@@ -24,9 +24,9 @@
 #include <vector>
 
 #include "bench/measure.h"
+#include "image/line_frame.h"
 #include "platform/files.h"
 #include "platform/pseudo_terminal.h"
-#include "serial/port.h"
 
 namespace vexa {
 namespace {

@@ -32,6 +32,8 @@ class ByteReader {
     if (count > remaining()) return Fail();
     position_ += count;
   }
+  // All from here on; none of them is taken.
+  std::span<const uint8_t> Rest() const { return bytes_.subspan(position_); }
   // `count` bytes from here; empty and failed when they are not all there.
   std::span<const uint8_t> Take(size_t count) {
     if (!ok_ || count > remaining()) {

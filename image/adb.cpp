@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "core/bytes.h"
+#include "image/line_frame.h"
 #include "image/receiver_layout.h"
 #include "image/transfer_files.h"
 #include "image/urt.h"
@@ -238,13 +239,7 @@ void AppendRequestRecord(ByteWriter& file, uint32_t count, uint32_t region, uint
   payload.U32Big(start);
   payload.U32Big(end);
   payload.Fill(3, 0);
-  uint32_t sum = 0;
-  for (const uint8_t byte : payload.bytes()) sum += byte;
-  file.U8(2);
-  file.U24Big(static_cast<uint32_t>(payload.size()));
-  file.Append(payload.bytes());
-  file.U32Big(sum);
-  file.U8(3);
+  file.Append(FrameOf(payload.bytes()));
 }
 
 }  // namespace

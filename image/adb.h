@@ -12,8 +12,8 @@
 //   ... + size[0] 8 + 64     marker and favourite-selection block  (in the E2P image: the block at size[0])
 // Entries: receiver_layout.h. A marker counts the copies behind it: decoder.h.
 //
-// Download request, big-endian: "MZ", record count (4), then a record: 0x02, length 16 (3), record count (4),
-// region number from 1, start (4), end (4), 0 (3), sum of those 16 bytes (4), 0x03.
+// Download request, big-endian: "MZ", record count (4), then for each record a frame (line_frame.h) of 16
+// bytes: record count (4), region number from 1, start (4), end (4), 0 (3).
 #pragma once
 
 #include <optional>

@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <array>
-#include <numeric>
 
 #include "core/bytes.h"
 #include "core/zlib_com.h"
 #include "image/bin2cod.h"
 #include "image/crc32_mpeg2.h"
+#include "image/line_frame.h"
 #include "image/rc4.h"
 #include "image/urt.h"
 #include "platform/file_reader.h"
@@ -31,25 +31,22 @@ struct Frame {
 
 // The next frame; nothing at the end of what can be followed.
 std::optional<Frame> NextFrame(ByteReader& reader, UrtContent& content) {
-  Frame frame{reader.position(), {}};
-  const uint8_t start = reader.U8();
-  const uint32_t length = reader.U24Big();
-  frame.body = reader.Take(length);
-  const uint32_t stated = reader.U32Big();
-  const uint8_t end = reader.U8();
-  if (!reader.ok()) {
-    Add(content, frame.offset, "The file ends inside this frame.");
+  const uint64_t offset = reader.position();
+  const FrameView frame = LookAtFrame(reader.Rest());
+  if (!frame.whole) {
+    Add(content, offset, "The file ends inside this frame.");
     return std::nullopt;
   }
-  const uint32_t sum = std::accumulate(frame.body.begin(), frame.body.end(), uint32_t{0});
-  if (start != 2) Add(content, frame.offset, Format("The frame starts with %02X, not 02.", start));
-  if (sum != stated) {
-    Add(content, frame.offset, Format("The frame's checksum is %08X, its bytes give %08X.", stated, sum));
+  reader.Skip(frame.size());
+  if (frame.start != kStx) Add(content, offset, Format("The frame starts with %02X, not 02.", frame.start));
+  if (frame.sum != frame.stated) {
+    Add(content, offset,
+        Format("The frame's checksum is %08X, its bytes give %08X.", frame.stated, frame.sum));
   }
-  if (end != 3) Add(content, frame.offset, Format("The frame ends with %02X, not 03.", end));
+  if (frame.end != kEtx) Add(content, offset, Format("The frame ends with %02X, not 03.", frame.end));
   // With both wrong the length itself is in doubt, and with it where the next frame begins.
-  if (sum != stated && end != 3) return std::nullopt;
-  return frame;
+  if (frame.sum != frame.stated && frame.end != kEtx) return std::nullopt;
+  return Frame{offset, frame.payload};
 }
 
 // The name's length is stored modulo 16: found as the one that makes name and block table fill the body.
@@ -199,17 +196,16 @@ void CheckImageHeader(UrtContent& content, uint64_t offset) {
   if (content.type != 0) Add(content, offset, "The image has no readable header behind it.");
 }
 
-constexpr size_t kUrtHead = 10;  // magic, frame count, the first frame's start and length
+constexpr size_t kUrtHead = 6 + kFrameHead;  // magic, frame count, the first frame's start and length
 
 // The most bytes that a file of this head can have: the description's frame and full packets.
 uint64_t LargestUrt(std::span<const uint8_t, kUrtHead> head) {
-  constexpr uint64_t kFrame = 9, kPacketHeader = 12;
+  constexpr uint64_t kPacketHeader = 12;
   ByteReader reader(head);
   reader.Skip(2);
   const uint64_t frames = reader.U32Big();
-  reader.Skip(1);
-  const uint64_t description = reader.U24Big();
-  return 6 + kFrame + description + (frames - (frames != 0)) * (kFrame + kPacketHeader + kMaximumUrtPacket);
+  return 6 + LookAtFrame(reader.Rest()).size() +
+         (frames - (frames != 0)) * (kFrameOverhead + kPacketHeader + kMaximumUrtPacket);
 }
 
 }  // namespace

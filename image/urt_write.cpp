@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <functional>
-#include <numeric>
 #include <utility>
 
 #include "core/bytes.h"
 #include "core/zlib_com.h"
 #include "image/bin2cod.h"
 #include "image/crc32_mpeg2.h"
+#include "image/line_frame.h"
 #include "image/rc4.h"
 #include "image/urt.h"
 #include "platform/file_reader.h"
@@ -16,7 +16,7 @@ namespace vexa {
 namespace {
 
 constexpr const char* kTitle = "URT Conversion";
-constexpr size_t kPacketHeader = 12, kFrameOverhead = 9;
+constexpr size_t kPacketHeader = 12;
 
 // Of `length` bytes the first `stored` are stored ones.
 struct Block {
@@ -66,10 +66,6 @@ struct Prepared {
 
 void AppendBig(uint8_t*& out, uint64_t value, int count) {
   while (count-- > 0) *out++ = static_cast<uint8_t>(value >> (8 * count));
-}
-
-uint32_t SumOf(std::span<const uint8_t> bytes) {
-  return std::accumulate(bytes.begin(), bytes.end(), uint32_t{0});
 }
 
 void RefuseSpace(const Context& context) {
@@ -242,11 +238,6 @@ class FrameWriter {
   size_t used_ = 0;
 };
 
-void AppendFrameEnd(uint8_t*& out, uint32_t sum) {
-  AppendBig(out, sum, 4);
-  *out++ = 3;
-}
-
 bool AppendPackets(const ConversionParameters& parameters, Prepared& prepared, uint32_t index,
                    FrameWriter& writer) {
   const Block& block = prepared.blocks[index];
@@ -262,9 +253,7 @@ bool AppendPackets(const ConversionParameters& parameters, Prepared& prepared, u
     const uint32_t offset = packet * parameters.packet_size;
     const uint32_t length = std::min(parameters.packet_size, block.length - offset);
     if (!writer.Need(length + kPacketHeader + kFrameOverhead)) return false;
-    uint8_t* out = writer.end();
-    *out++ = 2;
-    AppendBig(out, length + kPacketHeader, 3);
+    uint8_t* out = BeginFrame(writer.end(), length + kPacketHeader);
     const uint8_t* body = out;
     *out++ = parameters.packet_tag;
     AppendBig(out, 0x8000 | (length + 9), 2);
@@ -277,8 +266,7 @@ bool AppendPackets(const ConversionParameters& parameters, Prepared& prepared, u
     const auto rest = prepared.Tail(block, offset + from_stored, length - from_stored);
     out = std::copy(first.begin(), first.end(), out);
     out = std::copy(rest.begin(), rest.end(), out);
-    AppendFrameEnd(out, SumOf({body, out}));
-    writer.Advance(out);
+    writer.Advance(EndFrame({body, out}, out));
   }
   return true;
 }
@@ -294,11 +282,7 @@ Bytes FileStart(const Bytes& body, uint64_t packets) {
   ByteWriter start;
   start.Text("MZ", 2);
   start.U32Big(static_cast<uint32_t>(packets + 1));
-  start.U8(2);
-  start.U24Big(static_cast<uint32_t>(body.size()));
-  start.Append(body);
-  start.U32Big(SumOf(body));
-  start.U8(3);
+  start.Append(FrameOf(body));
   return std::move(start.bytes());
 }
 

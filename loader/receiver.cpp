@@ -1,10 +1,9 @@
 #include "loader/receiver.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "core/bytes.h"
-#include "serial/port.h"
+#include "image/line_frame.h"
 #include "serial/transfer.h"
 
 namespace vexa {
@@ -15,10 +14,6 @@ constexpr uint64_t kAckEvery = 200, kPollQuiet = 120, kPolledAgain = 30, kNakEve
 constexpr uint64_t kRepeatAfter = 500, kSessionEnd = 2000;
 constexpr uint64_t kFirstEtb = 100, kNextEtb = 500, kDoneEtb = 1000;
 constexpr int kAnnouncements = 8;
-
-uint32_t SumOf(std::span<const uint8_t> bytes) {
-  return std::accumulate(bytes.begin(), bytes.end(), uint32_t{0});
-}
 
 uint64_t Since(uint64_t then, uint64_t now) {
   return now - std::min(now, then);  // a delayed answer lies ahead
@@ -221,7 +216,7 @@ void EndFile(Receiver& receiver, uint64_t now) {
 }
 
 void TakeRepeated(Receiver& receiver, uint64_t now, size_t length) {
-  const uint64_t frame_time = receiver.baud == 0 ? 0 : (length + 9) * 10000 / receiver.baud;
+  const uint64_t frame_time = receiver.baud == 0 ? 0 : (length + kFrameOverhead) * 10000 / receiver.baud;
   if (Since(receiver.last_enq, now) >= kRepeatAfter + 2 * frame_time) SendEnq(receiver, now);
 }
 
@@ -247,20 +242,12 @@ void TakeFrame(Receiver& receiver, uint64_t now, const Bytes& payload) {
 
 enum class FrameKind { kIncomplete, kGood, kBadLength, kBadEnd, kBadSum };
 
-FrameKind FrameAt(std::span<const uint8_t> bytes, Bytes& payload, size_t& size) {
-  ByteReader reader(bytes);
-  reader.Skip(1);
-  const uint32_t length = reader.U24Big();
-  if (!reader.ok()) return FrameKind::kIncomplete;
-  if (length > kMaximumFrame || length == 0) return FrameKind::kBadLength;
-  size = size_t{length} + 9;
-  if (bytes.size() < size) return FrameKind::kIncomplete;
-  const auto body = reader.Take(length);
-  const uint32_t sum = reader.U32Big();
-  if (reader.U8() != kEtx) return FrameKind::kBadEnd;
-  if (sum != SumOf(body)) return FrameKind::kBadSum;
-  payload.assign(body.begin(), body.end());
-  return FrameKind::kGood;
+FrameKind KindOf(const FrameView& frame) {
+  if (!frame.length) return FrameKind::kIncomplete;
+  if (*frame.length > kMaximumFrame || *frame.length == 0) return FrameKind::kBadLength;
+  if (!frame.whole) return FrameKind::kIncomplete;
+  if (frame.end != kEtx) return FrameKind::kBadEnd;
+  return frame.stated == frame.sum ? FrameKind::kGood : FrameKind::kBadSum;
 }
 
 void Drop(Receiver& receiver, size_t count) {
@@ -269,11 +256,9 @@ void Drop(Receiver& receiver, size_t count) {
 
 // Behind the STX of a bad frame a whole right one may stand: then everything before it goes.
 bool FindFrameBehind(Receiver& receiver) {
-  Bytes payload;
   for (size_t i = 1; i < receiver.in.size(); ++i) {
-    size_t size = 0;
     if (receiver.in[i] != kStx) continue;
-    if (FrameAt(std::span(receiver.in).subspan(i), payload, size) != FrameKind::kGood) continue;
+    if (KindOf(LookAtFrame(std::span(receiver.in).subspan(i))) != FrameKind::kGood) continue;
     Drop(receiver, i);
     return true;
   }
@@ -282,17 +267,17 @@ bool FindFrameBehind(Receiver& receiver) {
 
 // False: more bytes are needed.
 bool TakeFrameBytes(Receiver& receiver, uint64_t now) {
-  Bytes payload;
-  size_t size = 0;
-  const FrameKind kind = FrameAt(receiver.in, payload, size);
+  const FrameView frame = LookAtFrame(receiver.in);
+  const FrameKind kind = KindOf(frame);
   if (kind == FrameKind::kIncomplete) return false;
   if (kind == FrameKind::kGood) {
-    Drop(receiver, size);
+    const Bytes payload(frame.payload.begin(), frame.payload.end());
+    Drop(receiver, frame.size());
     TakeFrame(receiver, now, payload);
     return true;
   }
   if (FindFrameBehind(receiver)) return true;
-  Drop(receiver, kind == FrameKind::kBadSum ? size : 1);
+  Drop(receiver, kind == FrameKind::kBadSum ? frame.size() : 1);
   SendNak(receiver, now);
   return true;
 }

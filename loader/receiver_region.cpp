@@ -1,10 +1,9 @@
 #include <algorithm>
-#include <numeric>
 
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
+#include "image/line_frame.h"
 #include "loader/receiver.h"
-#include "serial/port.h"
 
 namespace vexa {
 
@@ -94,24 +93,18 @@ void SendHandshake(Receiver& receiver, uint64_t now, uint8_t byte) {
 }
 
 void SendRegionFrame(Receiver& receiver, uint64_t now, uint32_t wait) {
-  Bytes payload = receiver.region_frame == 0
-                      ? RegionHeader(receiver)
-                      : RegionPacket(receiver, static_cast<size_t>(receiver.region_frame));
-  const uint32_t sum = std::accumulate(payload.begin(), payload.end(), uint32_t{0});
+  const Bytes payload = receiver.region_frame == 0
+                            ? RegionHeader(receiver)
+                            : RegionPacket(receiver, static_cast<size_t>(receiver.region_frame));
+  Bytes frame = FrameOf(payload);
   if (Happens(receiver, receiver.faults.corrupt)) {
     const uint64_t bit = NextRandom(receiver.random) % (payload.size() * 8);
-    payload[static_cast<size_t>(bit / 8)] ^= static_cast<uint8_t>(1u << bit % 8);
+    frame[kFrameHead + static_cast<size_t>(bit / 8)] ^= static_cast<uint8_t>(1u << bit % 8);
     Note(receiver, "fault: a bit flipped");
   }
-  ByteWriter frame;
-  frame.U8(kStx);
-  frame.U24Big(static_cast<uint32_t>(payload.size()));
-  frame.Append(payload);
-  frame.U32Big(sum);
-  frame.U8(kEtx);
   receiver.timer = now + wait + receiver.faults.delay + 3000;
   if (receiver.baud != 0) receiver.timer += frame.size() * 10000 / receiver.baud;
-  receiver.out.push_back({now + wait + receiver.faults.delay, std::move(frame.bytes())});
+  receiver.out.push_back({now + wait + receiver.faults.delay, std::move(frame)});
 }
 
 void OpenRegion(Receiver& receiver) {
@@ -149,13 +142,7 @@ bool StoreUpload(Receiver& receiver) {
   ByteWriter file;
   file.Text("MZ", 2);
   file.U32Big(static_cast<uint32_t>(receiver.frames.size()));
-  for (const Bytes& payload : receiver.frames) {
-    file.U8(kStx);
-    file.U24Big(static_cast<uint32_t>(payload.size()));
-    file.Append(payload);
-    file.U32Big(std::accumulate(payload.begin(), payload.end(), uint32_t{0}));
-    file.U8(kEtx);
-  }
+  for (const Bytes& payload : receiver.frames) file.Append(FrameOf(payload));
   const UrtContent content = ReadUrt(file.bytes());
   for (const UrtFinding& finding : content.findings) Note(receiver, finding.text);
   const auto image = OriginalImage(content);

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "core/messages.h"
+#include "image/line_frame.h"
 #include "platform/clock.h"
 #include "platform/text.h"
-#include "serial/port.h"
 #include "serial/transfer.h"
 
 namespace vexa {
@@ -16,8 +16,6 @@ namespace vexa {
 namespace {
 
 constexpr size_t kRowBytes = 16;
-constexpr size_t kHeadBytes = 4;      // STX and the length
-constexpr uint32_t kFrameTail = 5;    // sum and ETX
 constexpr size_t kPieceBytes = 4096;  // pieces of a colour are joined up to this
 
 constexpr std::array<bool, 256> BlankedBytes() {
@@ -30,14 +28,13 @@ constexpr std::array<bool, 256> BlankedBytes() {
 // True when the byte is the last one of its frame.
 bool FollowFrame(HexadecimalRows& rows, uint8_t byte) {
   if (rows.frame_left > 0) return --rows.frame_left == 0;
-  if (rows.head == 0) return false;
-  if (rows.head > 0 && rows.head < kHeadBytes) {
-    rows.length = rows.length << 8 | byte;
-    if (++rows.head < kHeadBytes) return false;
-  }
+  if (rows.head.empty() && byte != kStx) return false;
+  rows.head.push_back(byte);
+  const FrameView frame = LookAtFrame(rows.head);
+  if (!frame.length) return false;
   // A length that no frame has: only a byte that looked like a start.
-  rows.frame_left = rows.length <= kMaximumFrame ? rows.length + kFrameTail : 0;
-  rows.head = 0;
+  if (*frame.length <= kMaximumFrame) rows.frame_left = frame.size() - kFrameHead;
+  rows.head.clear();
   return false;
 }
 
@@ -106,14 +103,8 @@ std::string HexadecimalText(HexadecimalRows& rows, std::span<const uint8_t> byte
   std::string text;
   text.reserve(bytes.size() * 5);
   for (const uint8_t byte : bytes) {
-    bool ended = false;
-    if (rows.head == 0 && rows.frame_left == 0 && byte == kStx) {
-      text += EndHexadecimalRow(rows);
-      rows.head = 1;
-      rows.length = 0;
-    } else {
-      ended = FollowFrame(rows, byte);
-    }
+    if (rows.head.empty() && rows.frame_left == 0 && byte == kStx) text += EndHexadecimalRow(rows);
+    const bool ended = FollowFrame(rows, byte);
     AddByte(text, byte);
     rows.row.push_back(byte);
     if (ended || rows.row.size() == kRowBytes) text += EndHexadecimalRow(rows);

@@ -40,8 +40,7 @@ void BlankControlBytes(std::span<uint8_t> bytes);
 // Bytes show at once, the characters when the row is full or ended.
 struct HexadecimalRows {
   Bytes row;
-  uint32_t length = 0;      // of the frame's payload, as far as read
-  size_t head = 0;          // bytes of STX and length read; 0: outside
+  Bytes head;               // STX and length, as far as they came; empty: not in them
   uint64_t frame_left = 0;  // bytes up to and with the ETX
 };
 std::string HexadecimalText(HexadecimalRows& rows, std::span<const uint8_t> bytes);

@@ -5,6 +5,8 @@
 #include <chrono>
 #include <set>
 
+#include "image/line_frame.h"
+
 namespace vexa {
 
 namespace {

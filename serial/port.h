@@ -25,21 +25,6 @@
 
 namespace vexa {
 
-// Protocol control bytes, as they stand in the table of the line.
-enum ControlByte : uint8_t {
-  kStx = 0x02,
-  kEtx = 0x03,
-  kEot = 0x04,
-  kEnq = 0x05,
-  kAck = 0x06,
-  kXon = 0x11,
-  kXoff = 0x13,
-  kNak = 0x15,
-  kSyn = 0x16,
-  kEtb = 0x17,
-  kCan = 0x18,
-};
-
 inline constexpr size_t kReadSize = 2048;     // bytes, the most that one callback gets
 inline constexpr uint32_t kQueueSize = 3000;  // bytes in the driver, each way
 inline constexpr uint32_t kPortEventMask =

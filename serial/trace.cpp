@@ -4,7 +4,8 @@
 #include <cerrno>
 #include <system_error>
 
-#include "serial/port.h"
+#include "core/messages.h"
+#include "image/line_frame.h"
 
 namespace vexa {
 

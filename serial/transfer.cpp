@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "serial/port.h"
+#include "image/line_frame.h"
 
 namespace vexa {
 

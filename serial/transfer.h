@@ -1,6 +1,6 @@
 // The transfer jobs and the protocol of the line between the editor and the receiver's loader.
 //
-// Frame, both ways: 02, length L (3 bytes, big-endian), L payload bytes, their 32-bit sum (big-endian), 03.
+// Frames and control bytes: image/line_frame.h.
 // Before the first wake-up a job waits until the line is quiet: late frames of an earlier download hold XON,
 // ACK and ENQ as data. What arrives before an ETB was sent is no answer either.
 //
@@ -55,10 +55,8 @@ struct TransferLine {
 
 // The download's packet under way; touched by the reader's thread only.
 struct IncomingPacket {
-  int length_bytes = 0;  // of the three, how many were read
-  uint32_t length = 0;
-  std::vector<uint8_t> stored;  // payload and checksum
-  std::FILE* file = nullptr;    // "pckurt.bin"
+  std::vector<uint8_t> bytes;  // of its frame, as far as they came
+  std::FILE* file = nullptr;   // "pckurt.bin": payload and checksum
 };
 
 struct Transfer {

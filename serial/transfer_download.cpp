@@ -4,8 +4,8 @@
 
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
+#include "image/line_frame.h"
 #include "image/transfer_files.h"
-#include "serial/port.h"
 #include "serial/transfer.h"
 
 namespace vexa {
@@ -42,9 +42,7 @@ void AskAgain(Transfer& transfer) {
 }
 
 bool EnterPacket(Transfer& transfer) {
-  transfer.packet.length_bytes = 0;
-  transfer.packet.length = 0;
-  transfer.packet.stored.clear();
+  transfer.packet.bytes.assign(1, kStx);
   transfer.packet.file = transfer.context.files->create(PacketFile(transfer));
   if (!transfer.packet.file) {
     TellFailure(transfer, "File Access Error");
@@ -96,19 +94,11 @@ bool TakeRecord(Transfer& transfer, std::span<const uint8_t> record) {
   return true;
 }
 
-bool IsSumRight(std::span<const uint8_t> stored, uint32_t length) {
-  uint32_t sum = 0;
-  for (const uint8_t byte : stored.first(length)) sum += byte;
-  ByteReader reader(stored);
-  reader.Seek(length);
-  return reader.U32Big() == sum && reader.ok();
-}
-
-void FinishPacket(Transfer& transfer) {
-  IncomingPacket& packet = transfer.packet;
-  transfer.context.files->write(packet.file, packet.stored);
-  const std::span<const uint8_t> stored = packet.stored;
-  const bool good = IsSumRight(stored, packet.length) && TakeRecord(transfer, stored.first(packet.length));
+void FinishPacket(Transfer& transfer, const FrameView& frame) {
+  const std::span<const uint8_t> bytes = transfer.packet.bytes;
+  transfer.context.files->write(transfer.packet.file,
+                                bytes.subspan(kFrameHead, frame.size() - kFrameHead - 1));
+  const bool good = frame.sum == frame.stated && TakeRecord(transfer, frame.payload);
   LeavePacket(transfer);
   if (good) {
     ++transfer.packets_moved;
@@ -122,19 +112,12 @@ void FinishPacket(Transfer& transfer) {
 // A byte inside a packet. False: the rest of the chunk is dropped.
 bool TakePacketByte(Transfer& transfer, uint8_t byte) {
   IncomingPacket& packet = transfer.packet;
-  if (packet.length_bytes < 3) {
-    packet.length = packet.length << 8 | byte;
-    if (++packet.length_bytes < 3 || packet.length <= kMaximumFrame) return true;
-    LeavePacket(transfer);
-    AskAgain(transfer);
-    return false;
-  }
-  if (packet.stored.size() < size_t{packet.length} + 4) {
-    packet.stored.push_back(byte);
-    return true;
-  }
-  if (byte == kEtx) {
-    FinishPacket(transfer);
+  packet.bytes.push_back(byte);
+  const FrameView frame = LookAtFrame(packet.bytes);
+  const bool possible = !frame.length || *frame.length <= kMaximumFrame;
+  if (possible && !frame.whole) return true;
+  if (possible && frame.end == kEtx) {
+    FinishPacket(transfer, frame);
     return true;
   }
   LeavePacket(transfer);

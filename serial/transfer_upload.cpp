@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <chrono>
 
-#include "core/bytes.h"
+#include "image/line_frame.h"
 #include "platform/clock.h"
-#include "serial/port.h"
+#include "platform/serial.h"
 #include "serial/transfer.h"
 
 namespace vexa {
@@ -193,13 +193,11 @@ bool ReadMagicAndCount(Transfer& transfer, const UploadStyle& style, const OpenU
 
 // False: back to polling, nothing was sent.
 bool TakePacket(OpenUrt& file) {
-  ByteReader reader(file.content);
-  reader.Seek(file.position);
-  if (reader.remaining() < 4 || reader.U8() != kStx) return false;
-  const size_t wanted = size_t{reader.U24Big()} + 9;
-  const size_t there = std::min(wanted, file.content.size() - file.position);
-  file.last = std::span<const uint8_t>(file.content).subspan(file.position, there);
-  file.position += there;
+  const auto rest = std::span<const uint8_t>(file.content).subspan(file.position);
+  const FrameView frame = LookAtFrame(rest);
+  if (!frame.length || frame.start != kStx) return false;
+  file.last = rest.first(std::min(frame.size(), rest.size()));
+  file.position += file.last.size();
   return true;
 }
 
@@ -304,7 +302,7 @@ int UploadFiles(Transfer& transfer, const UploadStyle& style, size_t files) {
   while (outcome == Outcome::kSent && transfer.file_index < files) outcome = SendOneFile(transfer, style);
   if (outcome == Outcome::kSent) {
     std::error_code ignored;
-    for (size_t i = 0; i < files; ++i) std::filesystem::remove(transfer.files[i], ignored);
+    for (const Path& file : std::span(transfer.files).first(files)) std::filesystem::remove(file, ignored);
   }
   if (outcome != Outcome::kCancelled) PressCancel(transfer);
   return outcome == Outcome::kSent ? 1 : 0;

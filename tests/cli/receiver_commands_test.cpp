@@ -3,9 +3,9 @@
 #include <csignal>
 #include <thread>
 
+#include "image/line_frame.h"
 #include "loader/run.h"
 #include "platform/serial.h"
-#include "serial/port.h"
 #include "tests/cli/cli_test.h"
 #include "tests/support/ecf_maker.h"
 

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <future>
 
+#include "image/line_frame.h"
 #include "image/transfer_files.h"
 #include "serial/prepare.h"
 #include "tests/image/image_maker.h"

@@ -9,7 +9,7 @@
 
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
-#include "serial/port.h"
+#include "image/line_frame.h"
 #include "tests/serial/shared_messages.h"
 #include "tests/support/recorder.h"
 

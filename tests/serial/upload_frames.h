@@ -3,12 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <numeric>
 #include <vector>
 
 #include "core/bytes.h"
+#include "image/line_frame.h"
 #include "image/urt.h"
-#include "serial/port.h"
 #include "tests/support/recorder.h"
 
 namespace vexa {
@@ -35,11 +34,10 @@ inline Bytes UploadFile(const Bytes& image) {
 // Its frames, without the file's first six bytes.
 inline std::vector<Bytes> FramesOf(const Bytes& urt) {
   std::vector<Bytes> frames;
-  for (size_t at = 6; at < urt.size();) {
-    const size_t length = (size_t{urt[at + 2]} << 8 | urt[at + 3]) + 9;
-    frames.emplace_back(urt.begin() + static_cast<std::ptrdiff_t>(at),
-                        urt.begin() + static_cast<std::ptrdiff_t>(at + length));
-    at += length;
+  for (auto rest = std::span(urt).subspan(6); !rest.empty();) {
+    const size_t size = LookAtFrame(rest).size();
+    frames.emplace_back(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(size));
+    rest = rest.subspan(size);
   }
   return frames;
 }
@@ -52,13 +50,7 @@ inline Bytes RequestFrame(uint32_t start, uint32_t end, uint8_t number = 1, uint
   payload.U32Big(start);
   payload.U32Big(end);
   payload.Fill(3, 0);
-  ByteWriter frame;
-  frame.U8(kStx);
-  frame.U24Big(16);
-  frame.Append(payload.bytes());
-  frame.U32Big(std::accumulate(payload.bytes().begin(), payload.bytes().end(), uint32_t{0}));
-  frame.U8(kEtx);
-  return frame.bytes();
+  return FrameOf(payload.bytes());
 }
 
 // Asks for each region from address 0, as long as its expected data.

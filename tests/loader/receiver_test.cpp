@@ -7,7 +7,7 @@
 #include <random>
 
 #include "core/bytes.h"
-#include "serial/port.h"
+#include "image/line_frame.h"
 #include "serial/transfer.h"
 #include "tests/serial/upload_frames.h"
 #include "tests/support/recorder.h"
