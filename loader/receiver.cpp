@@ -21,7 +21,6 @@ uint64_t Since(uint64_t then, uint64_t now) {
 
 void SendEnq(Receiver& receiver, uint64_t now) {
   receiver.last_enq = now + receiver.faults.delay;
-  receiver.enq_sent = true;
   SendHandshake(receiver, now, kEnq);
 }
 
@@ -46,8 +45,7 @@ void WakeUp(Receiver& receiver, uint64_t now, bool download) {
   receiver.download = download;
   receiver.state = LoaderState::kWoken;
   receiver.upload_open = false;
-  receiver.ack_sent = receiver.enq_sent = receiver.nak_sent = false;
-  receiver.syn_count = 0;
+  receiver.ack_sent = receiver.nak_sent = false;
   receiver.timer = 0;
   BeginFile(receiver);
   SendHandshake(receiver, now, kXon);
@@ -123,7 +121,6 @@ void TakeRegionControl(Receiver& receiver, uint64_t now, uint8_t byte) {
 
 void TakeControl(Receiver& receiver, uint64_t now, uint8_t byte) {
   if (byte == kEtb) return TakeEtb(receiver, now);
-  if (byte == kSyn) ++receiver.syn_count;
   const bool announced = receiver.state == LoaderState::kAnnounce || receiver.state == LoaderState::kDone;
   if (byte == kAck && announced && receiver.region < receiver.regions.size()) return OpenRegion(receiver);
   if (byte == kCan && (announced || receiver.state == LoaderState::kRegion)) return EndSession(receiver);

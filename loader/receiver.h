@@ -58,13 +58,12 @@ struct Receiver {
   LoaderState state = LoaderState::kIdle;
   bool download = false;
   bool session_ended = false;  // stays set until the owner clears it
-  uint32_t syn_count = 0;
-  Bytes in;  // from an STX on, not yet complete
+  Bytes in;                    // from an STX on, not yet complete
   std::deque<LoaderAnswer> out;
 
   uint64_t last_byte = 0, last_other = 0, last_etb = 0;  // received: any; other than 17; 17
   uint64_t last_ack = 0, last_enq = 0, last_nak = 0;     // sent
-  bool ack_sent = false, enq_sent = false, nak_sent = false, other_since_enq = false;
+  bool ack_sent = false, nak_sent = false, other_since_enq = false;
 
   std::vector<Bytes> frames;  // payloads of the file, in order
   size_t frames_expected = 0;

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <map>
 #include <random>
 
@@ -42,6 +43,15 @@ struct Line {
     }
     return all;
   }
+  // What is heard in the next `milliseconds`, looked at in each of them, and after how many.
+  std::vector<std::pair<uint64_t, Bytes>> Timed(uint64_t milliseconds) {
+    std::vector<std::pair<uint64_t, Bytes>> heard;
+    for (uint64_t after = 1; after <= milliseconds; ++after) {
+      ReceiverPasses(receiver, ++now);
+      if (const Bytes answers = Answers(); !answers.empty()) heard.emplace_back(after, answers);
+    }
+    return heard;
+  }
   // Woken, polled, and asked for its first frame.
   void Begin(bool download = false) {
     EXPECT_EQ(Send(download ? kDownloadWakeUp : kUploadWakeUp), Bytes{kXon});
@@ -63,8 +73,15 @@ TEST(SimulatedReceiver, TakesAnUploadIntoItsMemory) {
   }
   EXPECT_EQ(LoadBytes(line.receiver.memory, 1, 0x40, 2500), Bytes(2500, 0x17));
   EXPECT_FALSE(line.receiver.session_ended);
-  line.Pass(2100);
+  line.Pass(1990);
+  EXPECT_FALSE(line.receiver.session_ended);
+  line.Pass(10);
   EXPECT_TRUE(line.receiver.session_ended);
+  // An image without a fixed address goes to the end of its place, with header and fill.
+  Line open;
+  open.Begin();
+  for (const Bytes& frame : FramesOf(UploadFile(Bytes(200, 0x17), 4, 1))) open.Send(frame);
+  EXPECT_EQ(open.receiver.memory.spaces[0], (std::map<uint32_t, Bytes>{{0x40 - 4, Bytes(200, 0x17)}}));
 }
 
 TEST(SimulatedReceiver, RepeatedBadAndHiddenFrames) {
@@ -87,17 +104,11 @@ TEST(SimulatedReceiver, RepeatedBadAndHiddenFrames) {
   cut.erase(cut.begin() + 30);
   EXPECT_EQ(line.Send(cut), Bytes{});
   EXPECT_EQ(line.Send(frames[2]), Bytes{kEnq});
+  EXPECT_EQ(line.Send(frames[2]), Bytes{});  // once more
   EXPECT_EQ(line.receiver.frames.size(), 3u);
-}
-
-TEST(SimulatedReceiver, SilenceBringsEnqOrNak) {
-  const auto frames = UploadFrames(500);
-  Line line;
-  line.Begin();
-  EXPECT_EQ(line.Pass(2050), Bytes{kEnq});  // nothing came at all
-  EXPECT_EQ(line.Send(std::span(frames[0]).first(9)), Bytes{});
-  EXPECT_EQ(line.Pass(2050), Bytes{kNak});
-  EXPECT_EQ(line.Send(frames[0]), Bytes{kEnq});  // the part was dropped
+  EXPECT_EQ(line.Pass(100), Bytes{});
+  EXPECT_EQ(line.Send(Bytes{kStx, 0xFF, 0xFF, 0xFF}), Bytes{kNak});  // no length that a frame has
+  EXPECT_TRUE(line.receiver.in.empty());
 }
 
 TEST(SimulatedReceiver, AFrameOutOfOrderFailsTheUploadUntilTheNextWakeUp) {
@@ -110,6 +121,28 @@ TEST(SimulatedReceiver, AFrameOutOfOrderFailsTheUploadUntilTheNextWakeUp) {
   EXPECT_EQ(line.notes, std::vector<std::string>{"failed: a frame out of order"});
   line.Begin();
   EXPECT_EQ(line.Send(frames[0]), Bytes{kEnq});
+  line.Send(FrameOf(std::span(frames[1]).subspan(4, 12)));  // a packet without data
+  EXPECT_EQ(line.notes.size(), 2u);
+  // A packet that is right by itself, of an image that is not.
+  line.Begin();
+  for (size_t i = 0; i < frames.size(); ++i) {
+    Bytes payload(frames[i].begin() + 4, frames[i].end() - 5);
+    if (i == 1) payload.back() ^= 1;
+    line.Send(FrameOf(payload));
+  }
+  EXPECT_EQ(line.notes.back(), "failed: the upload is damaged");
+  EXPECT_TRUE(line.receiver.memory.spaces[1].empty());
+  // A region that ends before it begins, or is larger than the memory.
+  for (const auto& [start, end] :
+       {std::pair(100u, 99u), std::pair(0u, static_cast<uint32_t>(kLargestRegion) + 1)}) {
+    line.Begin(true);
+    EXPECT_EQ(line.Send(RequestFrame(start, end)), Bytes{});
+    EXPECT_EQ(line.notes.back(), "failed: the request asks for a region that there is not");
+    EXPECT_EQ(line.Pass(2000), Bytes{});
+  }
+  line.Begin(true);
+  line.Send(RequestFrame(0, static_cast<uint32_t>(kLargestRegion)));
+  EXPECT_EQ(line.notes.back(), "request taken");
 }
 
 TEST(SimulatedReceiver, PollingAgainBeginsTheFileAnew) {
@@ -126,26 +159,165 @@ TEST(SimulatedReceiver, PollingAgainBeginsTheFileAnew) {
   EXPECT_EQ(line.receiver.frames.size(), 1u);
 }
 
-TEST(SimulatedReceiver, AnnouncesEightTimes) {
+using Heard = std::vector<std::pair<uint64_t, Bytes>>;  // ms, bytes
+
+TEST(SimulatedReceiver, AnswersInItsTime) {
+  const auto frames = UploadFrames(500);
   Line line;
-  line.Begin(true);
-  EXPECT_EQ(line.Send(RequestFrame(0, 100)), Bytes{});
-  EXPECT_EQ(line.Pass(90), Bytes{});
-  EXPECT_EQ(line.Pass(30), Bytes{kEtb});
-  EXPECT_EQ(line.Pass(20000), Bytes(7, kEtb));
+  EXPECT_EQ(line.Send(kUploadWakeUp), Bytes{kXon});
+  EXPECT_EQ(line.Send(kEtb), Bytes{kAck});
+  EXPECT_EQ(line.Timed(119), Heard{});
+  EXPECT_EQ(line.Send(kEtb), Bytes{});
+  EXPECT_EQ(line.Timed(80), Heard{});
+  EXPECT_EQ(line.Send(kEtb), Bytes{});  // 199 ms after the ACK
+  EXPECT_EQ(line.Timed(1), Heard{});
+  EXPECT_EQ(line.Send(kEtb), Bytes{kAck});
+  EXPECT_EQ(line.Timed(4200), (Heard{{120, {kEnq}}, {2120, {kEnq}}, {4120, {kEnq}}}));
+  line.Send(std::span(frames[0]).first(9));
+  EXPECT_EQ(line.Timed(4100), (Heard{{2000, {kNak}}, {4000, {kNak}}}));
+  // A frame that comes again is answered when its ENQ must have been lost, sooner on a faster line.
+  for (const uint32_t baud : {0u, 9600u}) {
+    Line repeated;
+    repeated.receiver.baud = baud;
+    repeated.Begin();
+    EXPECT_EQ(repeated.Send(frames[0]), Bytes{kEnq});
+    const uint64_t wait = 500 + (baud == 0 ? 0 : 2 * (frames[0].size() * 10000 / baud));
+    EXPECT_EQ(repeated.Timed(wait - 1), Heard{});
+    EXPECT_EQ(repeated.Send(frames[0]), Bytes{});
+    EXPECT_EQ(repeated.Timed(1), Heard{});
+    EXPECT_EQ(repeated.Send(frames[0]), Bytes{kEnq});
+  }
+  Line late;
+  late.receiver.faults.delay = 70;
+  EXPECT_EQ(late.Send(kUploadWakeUp), Bytes{});
+  EXPECT_EQ(late.Timed(80), (Heard{{70, {kXon}}}));
+  EXPECT_EQ(late.Send(kEtb), Bytes{});
+  EXPECT_EQ(late.Timed(300), (Heard{{70, {kAck}}, {260, {kEnq}}}));
+}
+
+TEST(SimulatedReceiver, AnnouncesAndHandsOutRegionsInTime) {
+  const auto requested = [](Line& line) {
+    line.Begin(true);
+    EXPECT_EQ(line.Send(RequestFrame(0, 100, 1, 2)), Bytes{kEnq});
+    EXPECT_EQ(line.Send(RequestFrame(0, 50, 2, 2)), Bytes{});
+  };
+  Line line;
+  requested(line);
+  Heard eight;
+  for (uint64_t i = 0; i < 8; ++i) eight.push_back({100 + 500 * i, {kEtb}});
+  EXPECT_EQ(line.Timed(10000), eight);
   EXPECT_EQ(line.receiver.state, LoaderState::kIdle);
+  EXPECT_EQ(line.notes.back(), "no editor takes the region");
+
+  for (const uint32_t baud : {0u, 9600u}) {
+    Line slow;
+    slow.receiver.baud = baud;
+    requested(slow);
+    slow.Timed(101);
+    EXPECT_EQ(slow.Send(kAck), Bytes{});
+    const Bytes header = slow.Send(kEnq);
+    const uint64_t again = 3000 + (baud == 0 ? 0 : header.size() * 10000 / baud);
+    EXPECT_EQ(slow.Timed(again + 1), (Heard{{again, header}}));
+    EXPECT_EQ(slow.Send(kNak), Bytes{});
+    EXPECT_EQ(slow.Send(kNak), Bytes{});  // one that waits to go out is the answer
+    EXPECT_EQ(slow.Timed(60), (Heard{{50, header}}));
+    Heard repeats = slow.Timed(100000);
+    EXPECT_EQ(repeats.size(), 8u);
+    EXPECT_EQ(repeats.back().first, 8 * again - 10);
+    EXPECT_EQ(slow.receiver.state, LoaderState::kIdle);
+    EXPECT_EQ(slow.notes.back(), "the editor is gone");
+  }
+
+  Line next;
+  StoreBytes(next.receiver.memory, 1, 0, Bytes(50, 0x2B));  // the second region is of the second space
+  requested(next);
+  next.Timed(101);
+  next.Send(kAck);
+  for (int frame = 0; frame < 2; ++frame) EXPECT_GT(next.Send(kEnq).size(), 60u);
+  EXPECT_EQ(next.Send(kEnq), Bytes{});  // the first is complete
+  Line waits = next;
+  EXPECT_EQ(waits.Timed(10000).size(), 8u);
+  EXPECT_EQ(next.Timed(1600), (Heard{{1000, {kEtb}}, {1500, {kEtb}}}));
+  EXPECT_EQ(next.Send(kAck), Bytes{});
+  next.Send(kEnq);
+  const Bytes data = next.Send(kEnq);
+  ASSERT_EQ(data.size(), 50u + 12 + 9);
+  EXPECT_EQ(Bytes(data.begin() + 4, data.begin() + 17),
+            (Bytes{0xF2, 0x80, 59, 0, 0, 0, 0, 0, 0, 0, 0, 50, 0x2B}));
+  next.Send(kEnq);
+  EXPECT_EQ(next.Timed(5000), Heard{});  // there is no third
+  EXPECT_EQ(next.Send(kAck), Bytes{});
+  EXPECT_EQ(next.Send(kCan), Bytes{});
+  EXPECT_TRUE(next.receiver.session_ended);
+  requested(next);
+  EXPECT_EQ(next.receiver.regions.size(), 2u);
+}
+
+TEST(SimulatedReceiver, FaultsAreWhatTheySay) {
+  const auto frames = UploadFrames(500);
+  Line refuses;
+  refuses.receiver.faults.nak = 1;
+  refuses.Begin();
+  EXPECT_EQ(refuses.Send(frames[0]), Bytes{kNak});
+  EXPECT_TRUE(refuses.receiver.frames.empty());
+  Line drops;
+  drops.receiver.faults.drop = 1;
+  EXPECT_EQ(drops.Send(kUploadWakeUp), Bytes{});
+  EXPECT_EQ(drops.receiver.state, LoaderState::kWoken);
+  for (const bool reset : {false, true}) {
+    Line lost;
+    (reset ? lost.receiver.faults.reset : lost.receiver.faults.silence) = 1;
+    lost.Begin();
+    EXPECT_EQ(lost.Send(frames[0]), Bytes{});
+    EXPECT_EQ(lost.receiver.session_ended, reset);
+    EXPECT_EQ(lost.Timed(5000), Heard{});
+    EXPECT_EQ(lost.Send(kEtb), reset ? Bytes{kAck} : Bytes{});
+    lost.Begin();
+  }
+  Line flips;
+  flips.Begin(true);
+  flips.Send(RequestFrame(0, 100));
+  flips.Timed(101);
+  flips.Send(kAck);
+  const Bytes right = flips.Send(kEnq);
+  flips.receiver.faults.corrupt = 1;
+  flips.Send(kNak);
+  const Heard wrong = flips.Timed(50);
+  ASSERT_EQ(wrong.size(), 1u);
+  int bits = 0;
+  for (size_t i = 0; i < right.size(); ++i) {
+    const auto changed = static_cast<uint8_t>(right[i] ^ wrong[0].second[i]);
+    bits += std::popcount(changed);
+    if (changed != 0) {
+      EXPECT_TRUE(i >= 4 && i < right.size() - 5) << i;
+    }
+  }
+  EXPECT_EQ(bits, 1);
+  flips.receiver.faults = {};
+  flips.receiver.faults.delay = 70;
+  flips.Send(kNak);
+  EXPECT_EQ(flips.Timed(200), (Heard{{120, right}}));
+  // The same seed makes the same faults on every machine; of 64, about as many as the probability says.
+  Receiver receiver = MakeReceiver({7, 0, 0, 0, 0}, {});
+  uint64_t happened = 0;
+  for (int i = 0; i < 64; ++i) happened = happened << 1 | (Happens(receiver, 0.25) ? 1 : 0);
+  EXPECT_EQ(happened, 0x44A004210B180900u);
 }
 
 TEST(SimulatedReceiver, HandsARegionOutFrameByFrame) {
   Line line;
-  StoreBytes(line.receiver.memory, 0, 10, Bytes(3000, 0xAB));
+  StoreBytes(line.receiver.memory, 0, 20, Bytes(3000, 0xAB));
   line.Begin(true);
-  line.Send(RequestFrame(0, 3100));
+  line.Send(RequestFrame(10, 3110));
   line.Pass(120);
   EXPECT_EQ(line.Send(kAck), Bytes{});
   EXPECT_EQ(line.Send(kNak), Bytes{});  // nothing was sent yet
   const Bytes header = line.Send(kEnq);
-  EXPECT_EQ(header[4], 0xF1);
+  EXPECT_EQ(Bytes(header.begin() + 4, header.begin() + 13), (Bytes{0xF1, 0x80, 61, 0, 0, 0, 0, 0, 15}));
+  EXPECT_EQ(Bytes(header.begin() + 28, header.begin() + 61),
+            (Bytes{0, 0,    0x0C, 0x1C, 1, 1, 0x07, 0xD0, 0, 0, 0, 0, 0,    0,    0,    10,  0,
+                   0, 0x0C, 0x26, 0,    0, 1, 0,    0,    0, 0, 2, 0, 0x0C, 0x1C, 0x0B, 0xA3}));
+  EXPECT_EQ(line.Send(kSyn), Bytes{});  // neither asks for the next nor for the same again
   const Bytes first = line.Send(kEnq);
   EXPECT_EQ(first.size(), 2979u + 12 + 9);
   EXPECT_EQ(line.Send(kNak), Bytes{});
@@ -153,7 +325,8 @@ TEST(SimulatedReceiver, HandsARegionOutFrameByFrame) {
   EXPECT_EQ(line.Pass(3100), first);  // unanswered for 3 s
   const Bytes second = line.Send(kEnq);
   EXPECT_EQ(second.size(), 121u + 12 + 9);
-  EXPECT_EQ(second[16], 0xAB);
+  EXPECT_EQ(Bytes(second.begin() + 4, second.begin() + 17),
+            (Bytes{0xF2, 0x80, 130, 0, 0x0B, 0xA3, 0, 0, 0, 1, 0, 121, 0xAB}));
   EXPECT_EQ(second[16 + 120], 0xFF);
   EXPECT_EQ(line.Send(kEnq), Bytes{});  // complete
   EXPECT_EQ(line.Send(kCan), Bytes{});

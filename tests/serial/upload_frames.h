@@ -12,8 +12,8 @@
 
 namespace vexa {
 
-// An upload of the image in packets of 100 bytes, to the second address space.
-inline Bytes UploadFile(const Bytes& image) {
+// An upload of the image in packets of 100 bytes; type 3 goes to the second address space, without a header.
+inline Bytes UploadFile(const Bytes& image, uint16_t type = 3, uint8_t flag = 0) {
   Recorder recorder;
   ConversionParameters parameters;
   parameters.header_tag = 0xF0;
@@ -21,11 +21,12 @@ inline Bytes UploadFile(const Bytes& image) {
   parameters.block_size = 1024;
   parameters.packet_size = 100;
   ImageDescription description;
-  description.type = 3;
+  description.type = type;
+  description.flag = flag;
   description.kind = 5;
   description.name = "Test";
   description.start = 0x40;
-  description.end = static_cast<uint32_t>(0x40 + image.size());
+  description.end = static_cast<uint32_t>(0x40 + image.size() + RoomOfImage(type, flag).header);
   Bytes urt;
   EXPECT_EQ(BuildUrt(recorder.context, parameters, description, image, urt), ConversionResult::kDone);
   return urt;
