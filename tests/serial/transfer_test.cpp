@@ -184,21 +184,27 @@ TEST(Upload, PacketsAskedForBeforeAnyPollArePolledFor) {
 // A line that never is quiet is not waited for without end.
 TEST(Upload, ALineThatIsNeverQuietIsWokenAllTheSame) {
   TransferRig rig;
+  using Clock = std::chrono::steady_clock;
   std::atomic<bool> stop{false};
+  Clock::duration longest{};  // gap in the noise: a busy machine may make one
   std::thread noise([&] {
-    while (!stop) {
+    for (auto last = Clock::now();; std::this_thread::sleep_for(std::chrono::milliseconds(5))) {
+      longest = std::max(longest, Clock::now() - last);
+      if (stop) return;
+      last = Clock::now();
       rig.Receive({0x55});
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
   });
   rig.peer = [&](const Bytes&) { rig.transfer.cancel = true; };
-  const auto start = std::chrono::steady_clock::now();
+  const auto start = Clock::now();
   EXPECT_EQ(UploadAdbThread(rig.transfer), 0);
-  const auto waited = std::chrono::steady_clock::now() - start;
+  const auto waited = Clock::now() - start;
   stop = true;
   noise.join();
   EXPECT_EQ(rig.sent.size(), 1u);
-  EXPECT_GE(waited, std::chrono::milliseconds(4800));
+  if (longest < std::chrono::milliseconds(50)) {
+    EXPECT_GE(waited, std::chrono::milliseconds(4800));
+  }
   EXPECT_LT(waited, std::chrono::milliseconds(7000));
 }
 
