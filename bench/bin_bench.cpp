@@ -34,7 +34,7 @@ void PrintMemory(const Context& context, const Path& path) {
   Document document;
   Require(OpenBin(context, path, document), "opening");
   const double opened = PeakKilobytes();
-  Require(SaveBin(context, document, path), "saving");
+  Require(SaveBin(context, document, path).has_value(), "saving");
   const double saved = PeakKilobytes();
   const double size = static_cast<double>(std::filesystem::file_size(path)) / 1024;
   const auto print = [&](const char* what, double peak) {
@@ -58,7 +58,8 @@ void PrintTimes(const Context& context, const Path& tool, const Path& path, cons
   Require(OpenBin(context, path, document), "opening");
   const double building =
       BestMilliseconds(15, [&] { Require(BuildBin(context, document, {}, {}).has_value(), "building"); });
-  const double saving = BestMilliseconds(15, [&] { Require(SaveBin(context, document, copy), "saving"); });
+  const double saving =
+      BestMilliseconds(15, [&] { Require(SaveBin(context, document, copy).has_value(), "saving"); });
   PrintRatio("open the largest database", opening, copying, "cp");
   const std::string info = "'" + tool.string() + "' info '" + path.string() + "' >/dev/null";
   const double process = BestMilliseconds(15, [&] { RunCommand(info); });

@@ -248,7 +248,7 @@ int Run(int count, char** arguments) {
   Document document = NewDocument();
   document.sdbs[0].database = MakeRandomDatabase(random, RandomShape{});
   const Path database = *folder / "list.bin";
-  Require(SaveBin(Context{}, document, database), "making the database");
+  Require(SaveBin(Context{}, document, database).has_value(), "making the database");
   PrintUpload(vexa.string(), database.string(), baud, *folder);
   std::fflush(stdout);
   PrintYmodem(baud, *folder);

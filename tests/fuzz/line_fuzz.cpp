@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "core/bytes.h"
+#include "image/line_frame.h"
 #include "loader/receiver.h"
 #include "platform/terminal.h"
 #include "serial/transfer.h"
@@ -49,7 +50,7 @@ void Receive(ByteReader& reader, bool download) {
     const size_t wanted = size_t{reader.U8()} + 1;
     const auto chunk = reader.Take(std::min(wanted, reader.remaining()));
     download ? DownloadReceive(transfer, chunk) : TransferReceive(transfer, chunk);
-    if (transfer.packet.stored.size() > size_t{kMaximumFrame} + 4) std::abort();
+    if (transfer.packet.bytes.size() > kMaximumFrame + kFrameOverhead) std::abort();
     if (transfer.packets_moved < moved) std::abort();
     moved = transfer.packets_moved;
   }
