@@ -246,7 +246,7 @@ PastedText SplitPasted(std::string_view text) {
       pasted.rest += text[i];
       continue;
     }
-    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+    if (text.substr(i, 2) == "\r\n") ++i;
     pasted.lines.push_back(std::move(pasted.rest));
     pasted.rest.clear();
   }

@@ -366,7 +366,11 @@ TEST_F(ConsoleRig, ADriverThatNeverReturnsIsLeftAloneUntilItDoes) {
   EXPECT_THAT(recorder_.Texts(), ElementsAre("Exit Thread API failed", HasSubstr("does not answer"),
                                              "Exit Thread API failed", HasSubstr("does not answer")));
   release.set_value();
-  EXPECT_TRUE(Until([&] { return ConnectConsole(console_, config_); }));
+  EXPECT_TRUE(Until([&] {
+    const std::lock_guard hold(console_.sender.lock);
+    return console_.sender.ended;
+  }));
+  EXPECT_TRUE(ConnectConsole(console_, config_)) << "at the first try";
   EXPECT_TRUE(DisconnectConsole(console_));
 }
 

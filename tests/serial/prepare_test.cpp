@@ -77,5 +77,13 @@ TEST(SdbUpload, HoldsTheVersionTheInitialsAndTheDefaultsOfTheWindow) {
   }
 }
 
+TEST(SdbUpload, AnSdbThatIsNotThereIsNone) {
+  Recorder recorder;
+  const Document document = NewDocument();
+  ProjectConfig config = MakeImageConfig(0);
+  EXPECT_FALSE(PrepareSdbUpload(recorder.context, document, {2, 0}, config, {2024, 5, 6, 7, 8, 9}));
+  EXPECT_EQ(recorder.Texts(), std::vector<std::string>{"Add atleast one SDB to upload."});
+}
+
 }  // namespace
 }  // namespace vexa

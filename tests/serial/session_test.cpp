@@ -95,6 +95,14 @@ TEST(Session, TheStatusLinesSayWhatIsSentThatNobodyAnswersAndHowItEnded) {
                   .starts_with("Receiver not connected.   \"ASTRA\" as ADB data   no answer for 1:12"));
   comm.Feed(Bytes{0x55});
   EXPECT_TRUE(rig.Until([&] { return TransferStatusLine(rig.session).ends_with("as ADB data"); }));
+  // Nobody is waited for any more.
+  rig.session.transfer.heard_at -= 72000;
+  for (std::atomic<bool>* done : {&rig.session.transfer.line_done, &rig.session.job_ended}) {
+    *done = true;
+    EXPECT_TRUE(TransferStatusLine(rig.session).ends_with("as ADB data"));
+    *done = false;
+    EXPECT_FALSE(TransferStatusLine(rig.session).ends_with("as ADB data"));
+  }
   rig.session.transfer.packets_moved = 1;
   rig.session.transfer.packets_repeated = 2;
   EXPECT_TRUE(EndTransfer(rig.session));
@@ -139,6 +147,23 @@ TEST(Session, ThePortOfThisProgramsConsoleIsNotBlamedOnAnother) {
   EXPECT_EQ(comm.Count("create_file"), 0);
   config.port_name = "COM8";
   EXPECT_TRUE(TestPort(rig.session, config));
+}
+
+TEST(Session, WhatArrivesBeforeTheJobBeginsIsNoAnswer) {
+  FakeComm comm;
+  EndRig rig(comm);
+  const auto start = comm.api.start_thread;
+  comm.api.start_thread = [&](std::thread& thread, std::function<void()> run) {
+    if (comm.Count("start_thread") == 1) {  // the job's, behind the reader's
+      EXPECT_TRUE(comm.AwaitCount("read", 1));
+      comm.Feed(Bytes{kEtb});
+      EXPECT_TRUE(comm.AwaitCount("read", 2));
+    }
+    return start(thread, std::move(run));
+  };
+  rig.Send(RequestFile({Bytes(10)}), TransferJob::kDownload);
+  EXPECT_FALSE(rig.session.transfer.download_started);
+  EXPECT_TRUE(CancelTransfer(rig.session));
 }
 
 }  // namespace
