@@ -97,8 +97,12 @@ TEST_F(ReceiverCommands, ATransferThatCannotGoOnEndsWithItsReason) {
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.errors, HasSubstr("   Problem : Magic ID not found\n"));
   EXPECT_EQ(result.errors.find("Terminated"), std::string::npos);
-  for (const std::string what : {"sdb", "urt"}) {
-    result = Vexa("upload " + what + " @list.bin --port @line --timeout 0.4");
+  PutFile(At("image"), Bytes(2000));
+  ASSERT_EQ(
+      Vexa("urt build @image -o @image.urt --type 3 --kind 5 --flag 0 --name N --start 0 --end 2000").status,
+      0);
+  for (const std::string what : {"sdb @list.bin", "urt @image.urt"}) {
+    result = Vexa("upload " + what + " --port @line --timeout 0.4");
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.errors, HasSubstr("error: The transfer made no progress for 0.4 seconds."));
     EXPECT_EQ(result.errors.find("Terminated"), std::string::npos);
