@@ -247,6 +247,93 @@ struct Player {
   }
 };
 
+// Which records stand where, by their addresses: what a slow model of an edit changes by hand.
+struct Outline {
+  using List = std::vector<const void*>;
+  std::map<const void*, List>
+      lists;  // by what holds the list: a satellite's carriers, a carrier's services ...
+  bool operator==(const Outline&) const = default;
+
+  static const void* SatellitesOf(const StaticDatabase& database) { return &database.satellites; }
+  explicit Outline(const Document& document) {
+    for (const OpenSdb& sdb : document.sdbs) {
+      const StaticDatabase& database = *sdb.database;
+      Put(SatellitesOf(database), database.satellites);
+      Put(&database.service_order, database.service_order);
+      for (const Satellite* satellite : database.satellites) Put(satellite, satellite->carriers);
+      for (const Carrier* carrier : database.carriers) Put(carrier, carrier->services);
+      for (const FavouriteGroup& group : database.favourites) {
+        Put(&group.tv, group.tv);
+        Put(&group.radio, group.radio);
+      }
+    }
+  }
+  template <class Record>
+  void Put(const void* holder, const std::vector<Record*>& records) {
+    lists[holder] = {records.begin(), records.end()};
+  }
+  // Takes the record out of every list, and with it what it holds.
+  void Remove(const void* record) {
+    for (auto& [holder, list] : lists) std::erase(list, record);
+    const auto held = lists.find(record);
+    if (held == lists.end()) return;
+    const List below = held->second;
+    lists.erase(held);
+    for (const void* inner : below) Remove(inner);
+  }
+};
+
+// The list that the row stands in.
+const void* HolderOf(const Document& document, const NodeRef& row) {
+  const StaticDatabase& database = *document.sdbs[row.sdb].database;
+  switch (row.kind) {
+    case NodeKind::kSatellite:
+      return Outline::SatellitesOf(database);
+    case NodeKind::kCarrier:
+      return row.satellite;
+    case NodeKind::kService:
+      return row.carrier;
+    case NodeKind::kFavouriteTvEntry:
+      return &database.favourites[row.group].tv;
+    case NodeKind::kFavouriteRadioEntry:
+      return &database.favourites[row.group].radio;
+    default:
+      return nullptr;
+  }
+}
+
+const void* RecordOf(const NodeRef& row) {
+  if (row.kind == NodeKind::kSatellite) return row.satellite;
+  return row.kind == NodeKind::kCarrier ? static_cast<const void*>(row.carrier) : row.service;
+}
+
+void ModelDelete(Outline& outline, const void* holder, const std::vector<NodeRef>& rows) {
+  const bool entries =
+      rows[0].kind == NodeKind::kFavouriteTvEntry || rows[0].kind == NodeKind::kFavouriteRadioEntry;
+  if (!entries) {
+    for (const NodeRef& row : rows) outline.Remove(RecordOf(row));
+    return;
+  }
+  Outline::List kept;
+  const Outline::List& list = outline.lists[holder];
+  for (size_t i = 0; i < list.size(); ++i) {
+    const auto chosen = [&](const NodeRef& row) { return row.index == i; };
+    if (std::none_of(rows.begin(), rows.end(), chosen)) kept.push_back(list[i]);
+  }
+  outline.lists[holder] = kept;
+}
+
+// The run goes out and comes back: its first row at the target above it, its last row at one below it.
+void ModelMove(Outline& outline, const void* holder, const std::vector<NodeRef>& rows, size_t target) {
+  Outline::List& list = outline.lists[holder];
+  Outline::List run, rest;
+  for (size_t i = 0; i < list.size(); ++i)
+    (i >= rows.front().index && i <= rows.back().index ? run : rest).push_back(list[i]);
+  const size_t start = target > rows.back().index ? target + 1 - run.size() : target;
+  rest.insert(rest.begin() + static_cast<std::ptrdiff_t>(start), run.begin(), run.end());
+  list = rest;
+}
+
 // The states that the history goes through, whole.
 struct States {
   UndoHistory history;
@@ -320,6 +407,62 @@ TEST(RandomEdits, KeepAllLinksAndEveryStateOfTheHistory) {
   }
   EXPECT_GT(refused, 200u);
   EXPECT_GT(longest, 40u);
+}
+
+TEST(RandomEdits, EachDoesWhatASlowModelDoes) {
+  std::map<std::string, int> tried;
+  for (unsigned seed = 1; seed <= 60; ++seed) {
+    Player player(seed);
+    Document& document = player.document;
+    for (int i = 0; i < 60; ++i) {
+      auto rows = player.AnyRows();
+      if (rows.empty() || !HolderOf(document, rows[0])) continue;
+      const void* const holder = HolderOf(document, rows[0]);
+      // A list that a column has sorted gives its rows in another order.
+      std::sort(rows.begin(), rows.end(),
+                [](const NodeRef& one, const NodeRef& other) { return one.index < other.index; });
+      const bool one_list = std::all_of(
+          rows.begin(), rows.end(), [&](const NodeRef& row) { return HolderOf(document, row) == holder; });
+      const size_t size = Outline(document).lists[holder].size(), target = player.Upto(size - 1);
+      Outline expected(document);
+      bool done = false;
+      const size_t kind = player.Upto(3);
+      const char* const names[] = {"delete", "move", "swap", "insert"};
+      SCOPED_TRACE(
+          Format("seed %u step %d: %s of kind %d", seed, i, names[kind], static_cast<int>(rows[0].kind)));
+      if (kind == 0) {
+        if (rows[0].kind == NodeKind::kSatellite && !player.Rarely()) continue;
+        ModelDelete(expected, holder, rows);
+        done = DeleteNodes(player.messages(), document, rows);
+      } else if (kind == 3) {
+        const bool entries = rows[0].kind >= NodeKind::kTvGroup;
+        if (entries || rows.size() != 1 ||
+            document.sdbs[rows[0].sdb].database->satellites.size() >= kMaximumSatellites)
+          continue;
+        const auto added = InsertAtRows(player.messages(), document, rows, player.defaults);
+        if (!added) continue;
+        done = true;
+        const void* const record = RecordOf(*added);
+        auto& list = expected.lists[holder];
+        list.insert(list.begin() + rows[0].index, record);
+        if (rows[0].kind == NodeKind::kService)
+          expected.lists[&document.sdbs[rows[0].sdb].database->service_order].push_back(record);
+        if (rows[0].kind != NodeKind::kService) expected.lists[record];
+      } else {
+        const bool swap = kind == 2;
+        // Services are swapped by a dialog of their own, and a place among the chosen ones is refused.
+        const bool among = target > rows.front().index && target <= rows.back().index;
+        if (!one_list || among || (swap && rows[0].kind == NodeKind::kService)) continue;
+        done = MoveNodes(player.messages(), document, rows, swap, std::to_string(target + 1));
+        if (done && swap) std::swap(expected.lists[holder][rows[0].index], expected.lists[holder][target]);
+        if (done && !swap) ModelMove(expected, holder, rows, target);
+      }
+      if (!done) continue;
+      ++tried[names[kind]];
+      ASSERT_TRUE(Outline(document) == expected);
+    }
+  }
+  for (const char* const name : {"delete", "move", "swap", "insert"}) EXPECT_GT(tried[name], 40) << name;
 }
 
 }  // namespace
