@@ -116,7 +116,7 @@ std::string HexadecimalText(const Byte (&bytes)[N]) {
   std::string text;
   for (const Byte byte : bytes) {
     text += kDigits[static_cast<uint8_t>(byte) >> 4];
-    text += kDigits[byte & 15];
+    text += kDigits[static_cast<uint8_t>(byte) & 15u];
   }
   return text;
 }
