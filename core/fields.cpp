@@ -129,7 +129,7 @@ bool SetHexadecimalText(Byte (&bytes)[N], std::string_view text) {
     const char c = text[i] >= 'A' && text[i] <= 'F' ? static_cast<char>(text[i] - 'A' + 'a') : text[i];
     const size_t digit = std::string_view(kDigits, 16).find(c);
     if (digit == std::string_view::npos) return false;
-    read[i / 2] = static_cast<uint8_t>(read[i / 2] << 4 | digit);
+    read[i / 2] = static_cast<uint8_t>(static_cast<size_t>(read[i / 2]) << 4 | digit);
   }
   for (size_t i = 0; i < N; ++i) bytes[i] = static_cast<Byte>(read[i]);
   return true;
