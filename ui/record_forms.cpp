@@ -76,16 +76,15 @@ void ShowLnb(const Form& form, const LnbForm& lnb) {
     form.Enable(id, false);
 }
 
-// Codes without a name stay as they are until others are chosen.
-LnbForm TakenLnb(const Form& form, const LnbForm& shown) {
-  LnbForm taken = shown;
+LnbForm TakenLnb(const Form& form) {
+  LnbForm taken;
   taken.frequency1 = form.Text(IDC_LNB_FREQUENCY1);
   taken.frequency2 = form.Text(IDC_LNB_FREQUENCY2);
   taken.type = form.Code(IDC_LNB_TYPE);
   taken.power = form.Checked(IDC_LNB_POWER);
-  if (form.Choice(IDC_LNB_TONE) >= 0) taken.tone_22khz = form.Code(IDC_LNB_TONE);
-  if (form.Choice(IDC_LNB_SWITCH) >= 0) taken.switch_type = form.Code(IDC_LNB_SWITCH);
-  if (form.Choice(IDC_LNB_SELECTION) >= 0) taken.selection = form.Code(IDC_LNB_SELECTION);
+  taken.tone_22khz = form.Code(IDC_LNB_TONE);
+  taken.switch_type = form.Code(IDC_LNB_SWITCH);
+  taken.selection = form.Code(IDC_LNB_SELECTION);
   taken.motor = form.Checked(IDC_LNB_MOTOR);
   return taken;
 }
@@ -128,13 +127,13 @@ void ShowCarrier(const Form& form, const Satellite& satellite, const CarrierForm
   form.Check(IDC_CARRIER_FACTORY, carrier.factory_default);
 }
 
-CarrierForm TakenCarrier(const Form& form, const CarrierForm& shown) {
-  CarrierForm taken = shown;
+CarrierForm TakenCarrier(const Form& form) {
+  CarrierForm taken;
   taken.name = form.Text(IDC_RECORD_NAME);
   taken.frequency = form.Text(IDC_CARRIER_FREQUENCY);
   taken.symbol_rate = form.Text(IDC_CARRIER_SYMBOL_RATE);
   taken.polarization = form.Code(IDC_CARRIER_POLARIZATION);
-  if (form.Choice(IDC_CARRIER_FEC) >= 0) taken.fec = form.Code(IDC_CARRIER_FEC);
+  taken.fec = form.Code(IDC_CARRIER_FEC);
   taken.factory_default = form.Checked(IDC_CARRIER_FACTORY);
   return taken;
 }
@@ -182,16 +181,14 @@ ServiceForm TakenService(const Form& form, const ServiceRecord& record) {
 bool EditLnb(EditorWindow& editor, const NodeRef& node) {
   if (node.sdb >= editor.document.sdbs.size() || node.index >= kMaximumLnbs) return false;
   LnbRecord& record = editor.document.sdbs[node.sdb].database->lnbs[node.index];
-  const LnbForm shown = LnbFormOf(record);
   FormActions actions;
-  actions.open = [&](Form& form) { ShowLnb(form, shown); };
+  actions.open = [&](Form& form) { ShowLnb(form, LnbFormOf(record)); };
   actions.command = [](Form& form, int id, int code) {
     if (id == IDC_LNB_SWITCH && code == CBN_SELCHANGE) ShowSelection(form, form.Code(id), 0);
   };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form, [&] {
-      return StoreLnb(TakenLnb(form, shown), record, editor.app->config.database_variant);
-    });
+    return Accept(editor, form,
+                  [&] { return StoreLnb(TakenLnb(form), record, editor.app->config.database_variant); });
   };
   return RunForm(*editor.app, IDD_LNB, actions);
 }
@@ -210,11 +207,10 @@ bool EditSatellite(EditorWindow& editor, const NodeRef& node) {
 bool EditCarrier(EditorWindow& editor, const NodeRef& node) {
   CarrierRecord& record = node.carrier->record;
   const LnbRecord& lnb = LnbOf(*editor.document.sdbs[node.sdb].database, *node.carrier->satellite);
-  const CarrierForm shown = CarrierFormOf(record);
   FormActions actions;
-  actions.open = [&](Form& form) { ShowCarrier(form, *node.carrier->satellite, shown); };
+  actions.open = [&](Form& form) { ShowCarrier(form, *node.carrier->satellite, CarrierFormOf(record)); };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form, [&] { return StoreCarrier(TakenCarrier(form, shown), lnb, record); });
+    return Accept(editor, form, [&] { return StoreCarrier(TakenCarrier(form), lnb, record); });
   };
   return RunForm(*editor.app, IDD_CARRIER, actions);
 }

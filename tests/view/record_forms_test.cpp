@@ -312,14 +312,6 @@ TEST(Validation, LnbsStoreTheirSecondWordForVariantZeroAlone) {
       EXPECT_EQ(record.plain_switch, type == 0 || type == 3 ? 31u : 0u);
     }
   }
-  const uint32_t unknown[] = {3u << 17 | 20u << 5 | 3u << 15, 0u << 17 | 17u << 5, 1u << 17 | 3u << 10,
-                              2u << 17 | 7u << 2};
-  for (const uint32_t word : unknown) {
-    record = {};
-    std::memcpy(reinterpret_cast<uint8_t*>(&record) + 4, &word, 4);
-    StoreLnb(LnbFormOf(record), record, 0);
-    EXPECT_EQ(word1(), word) << "codes that no choice stands for";
-  }
   EXPECT_EQ(SwitchChoices(kSwitchNone).back(), "16");
   EXPECT_THAT(SwitchChoices(kSwitchDiseqc), ElementsAre("None", "A", "B", "C", "D"));
 }
