@@ -56,13 +56,16 @@ const DefaultRecords& DefaultsOf(const Context& context);
 bool OpenBin(const Context& context, const Path& path, Document& document);
 bool OpenBinBytes(const Context& context, std::span<const uint8_t> file, Document& document);
 
-// The container as a save writes it. Nothing after a failed compression (message shown).
-std::optional<Bytes> BuildBin(const Context& context, const Document& document, const BinVersion& version,
-                              const BinSelection& selection);
-// As BuildBin, replacing `path` whole. The size of the file; nothing after a message, the old file being
-// untouched then. Refuses a selected SDB without LNB or satellite. A file above kMaximumBinSize is written
-// all the same: CheckBinSize tells so afterwards, from the size alone, since the file may be gone or changed
-// by then.
+// False after a message: nothing is selected, or an SDB without LNB or satellite is.
+bool MayBeSaved(const Context& context, const Document& document, const BinSelection& selection = {});
+// The container as a save writes it, whether the document may be saved or not. Nothing after the message of a
+// failed compression.
+std::optional<Bytes> BuildBin(const Context& context, const Document& document,
+                              const BinVersion& version = {}, const BinSelection& selection = {});
+// As BuildBin, replacing `path` whole. The size of the file in bytes; nothing after a message, also when the
+// document may not be saved, the old file being untouched then. A file above kMaximumBinSize is written all
+// the same: CheckBinSize tells so afterwards, from the size alone, since the file may be gone or changed by
+// then.
 std::optional<uint64_t> SaveBin(const Context& context, const Document& document, const Path& path,
                                 const BinVersion& version = {}, const BinSelection& selection = {});
 // A container of one SDB, no UBI, with a version-5 stream of the chosen satellites (table positions,
@@ -78,10 +81,6 @@ bool CheckBinSize(const Context& context, uint64_t size);
 // only. Unused LNB and satellite places are filled from `defaults`.
 Bytes WriteSdbStream(const StaticDatabase& database, const BinVersion& version,
                      const DefaultRecords& defaults = FactoryDefaults());
-// The version-5 stream of the chosen satellites (table positions, ascending).
-Bytes WriteSatelliteStream(const StaticDatabase& database, const BinVersion& version,
-                           const std::vector<size_t>& satellites,
-                           const DefaultRecords& defaults = FactoryDefaults());
 
 // Reads one SDB stream into an empty database. `used` is where the stream ended. False after a message.
 bool ReadSdbStream(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,

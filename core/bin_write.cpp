@@ -307,13 +307,11 @@ bool WritePayload(const Context& context, const ContainerPlan& plan, const BinVe
   return going && write(out.bytes());
 }
 
-void AppendPayload(const Context& context, const ContainerPlan& plan, const BinVersion& version,
-                   Bytes& bytes) {
-  ByteWriter out;
-  WritePayload(context, plan, version, out, [&](std::span<const uint8_t> piece) {
+PieceWriter AppendingTo(Bytes& bytes) {
+  return [&](std::span<const uint8_t> piece) {
     bytes.insert(bytes.end(), piece.begin(), piece.end());
     return true;
-  });
+  };
 }
 
 // The prepared container with its payload compressed. Nothing after a message.
@@ -321,21 +319,12 @@ std::optional<Bytes> PackContainer(const Context& context, const ContainerPlan& 
                                    const BinVersion& version) {
   Bytes payload, packed;
   payload.reserve(plan.PayloadSize());
-  AppendPayload(context, plan, version, payload);
-  if (!AppendCompressed(context, payload, packed)) return std::nullopt;
   ByteWriter out;
+  WritePayload(context, plan, version, out, AppendingTo(payload));
+  if (!AppendCompressed(context, payload, packed)) return std::nullopt;
+  out.bytes().clear();
   WriteContainerHeader(out, plan, version, packed.size());
   out.Append(packed);
-  return std::move(out.bytes());
-}
-
-std::optional<Bytes> BuildContainer(const Context& context, ContainerPlan& plan, const BinVersion& version) {
-  if (!PrepareParts(context, plan, version)) return std::nullopt;
-  if (plan.compress_payload) return PackContainer(context, plan, version);
-  ByteWriter out;
-  out.bytes().reserve(kBinHeaderSize + plan.PayloadSize());
-  WriteContainerHeader(out, plan, version, plan.PayloadSize());
-  AppendPayload(context, plan, version, out.bytes());
   return std::move(out.bytes());
 }
 
@@ -371,20 +360,37 @@ bool HasLnbAndSatellite(const Context& context, const ContainerPlan& plan) {
   return complete;
 }
 
+// A container that is about to be written: packed whole where it is compressed, else made piece by piece.
+struct ReadyContainer {
+  ContainerPlan plan;
+  std::optional<Bytes> packed;
+
+  uint64_t Size() const { return packed ? packed->size() : kBinHeaderSize + plan.PayloadSize(); }
+};
+
+// False after a message.
+bool MakeReady(const Context& context, ReadyContainer& ready, const BinVersion& version) {
+  if (!PrepareParts(context, ready.plan, version)) return false;
+  if (ready.plan.compress_payload) ready.packed = PackContainer(context, ready.plan, version);
+  return ready.packed || !ready.plan.compress_payload;
+}
+
+bool WriteReady(const Context& context, const ReadyContainer& ready, const BinVersion& version,
+                const PieceWriter& write) {
+  if (ready.packed) return write(*ready.packed);
+  ByteWriter out;
+  WriteContainerHeader(out, ready.plan, version, ready.plan.PayloadSize());
+  return WritePayload(context, ready.plan, version, out, write);
+}
+
 std::optional<uint64_t> SaveContainer(const Context& context, ContainerPlan plan, const Path& path,
                                       const BinVersion& version) {
-  if (!HasLnbAndSatellite(context, plan) || !PrepareParts(context, plan, version)) return std::nullopt;
-  std::optional<Bytes> packed;
-  if (plan.compress_payload && !(packed = PackContainer(context, plan, version))) return std::nullopt;
-  const auto produce = [&](const PieceWriter& write) {
-    if (packed) return write(*packed);
-    ByteWriter out;
-    WriteContainerHeader(out, plan, version, plan.PayloadSize());
-    return WritePayload(context, plan, version, out, write);
-  };
+  ReadyContainer ready{std::move(plan), {}};
+  if (!HasLnbAndSatellite(context, ready.plan) || !MakeReady(context, ready, version)) return std::nullopt;
+  const auto produce = [&](const PieceWriter& write) { return WriteReady(context, ready, version, write); };
   switch (WriteWholeFileBy(path, produce, *context.files)) {
     case WriteResult::kDone:
-      return packed ? packed->size() : kBinHeaderSize + plan.PayloadSize();
+      return ready.Size();
     case WriteResult::kCannotCreate:
       Tell(context.messages, Icon::kStop, "Could not creat file \"%s\".", Utf8FromPath(path).c_str());
       return std::nullopt;
@@ -406,17 +412,19 @@ Bytes WriteSdbStream(const StaticDatabase& database, const BinVersion& version,
   return std::move(out.bytes());
 }
 
-Bytes WriteSatelliteStream(const StaticDatabase& database, const BinVersion& version,
-                           const std::vector<size_t>& satellites, const DefaultRecords& defaults) {
-  ByteWriter out;
-  WriteStream(out, PlanStream(database, kSubsetStream, satellites), version, defaults);
-  return std::move(out.bytes());
+bool MayBeSaved(const Context& context, const Document& document, const BinSelection& selection) {
+  return HasLnbAndSatellite(context, PlanContainer(document, selection));
 }
 
 std::optional<Bytes> BuildBin(const Context& context, const Document& document, const BinVersion& version,
                               const BinSelection& selection) {
-  ContainerPlan plan = PlanContainer(document, selection);
-  return BuildContainer(context, plan, version);
+  ReadyContainer ready{PlanContainer(document, selection), {}};
+  if (!MakeReady(context, ready, version)) return std::nullopt;
+  if (ready.packed) return std::move(ready.packed);
+  Bytes file;
+  file.reserve(static_cast<size_t>(ready.Size()));
+  WriteReady(context, ready, version, AppendingTo(file));
+  return file;
 }
 
 std::optional<uint64_t> SaveBin(const Context& context, const Document& document, const Path& path,

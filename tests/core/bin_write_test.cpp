@@ -133,7 +133,8 @@ TEST(BinWrite, SubsetKeepsChosenSatellitesAlone) {
   Document document = SampleDocument();
   StaticDatabase& database = *document.sdbs[0].database;
   const Bytes groups = BytesOf("FGLblk");
-  Bytes first;
+  Recorder recorder;
+  const Path path = recorder.context.temporary_folder / "subset.bin";
   for (const std::vector<size_t>& chosen : {std::vector<size_t>{0, 1}, {1}, {0}}) {
     // As a save without the other satellites, but for the version and the groups, which stand at the end.
     const auto reduced = CopyDatabase(database);
@@ -142,19 +143,18 @@ TEST(BinWrite, SubsetKeepsChosenSatellitesAlone) {
     expected.erase(std::search(expected.begin(), expected.end(), groups.begin(), groups.end()),
                    expected.end());
     expected[6] = 5;
-    first = WriteSatelliteStream(database, {}, chosen);
-    EXPECT_EQ(first, expected) << testing::PrintToString(chosen);
+    for (const bool compressed : {false, true}) {
+      database.compressed = document.compress_payload = compressed;
+      ASSERT_TRUE(SaveSatellites(recorder.context, document, 0, chosen, path));
+      PlainContainer file;
+      file.sdbs = {{"SDB1", expected, compressed, static_cast<unsigned>(reduced->carriers.size()),
+                    static_cast<unsigned>(reduced->services.size())}};
+      file.compress_payload = compressed;
+      EXPECT_EQ(*ReadWholeFile(path), file.Join()) << testing::PrintToString(chosen) << compressed;
+    }
+    database.compressed = document.compress_payload = false;
   }
-  Recorder recorder;
-  database.compressed = document.compress_payload = true;
-  const Path path = recorder.context.temporary_folder / "subset.bin";
-  ASSERT_TRUE(SaveSatellites(recorder.context, document, 0, {0}, path));
-  PlainContainer expected;
-  expected.sdbs = {{"SDB1", first, true, 2, 2}};
-  expected.compress_payload = true;
-  EXPECT_EQ(*ReadWholeFile(path), expected.Join());
   // The database itself is as it was.
-  database.compressed = document.compress_payload = false;
   EXPECT_EQ(Built(document), SampleContainer().Join());
 }
 
