@@ -119,20 +119,24 @@ TEST_F(EcfTest, BitmapsAreRoundedUpWithAnExtraWord) {
   EXPECT_EQ(config.partition_sizes[4], 50u);
 }
 
+// Neither numbers nor types follow from the place of an entry.
 TEST_F(EcfTest, PartitionSizesFollowTheConfigurationsOwnCount) {
   EcfConfigurationSpec spec;
-  for (uint8_t i = 0; i < 8; ++i) spec.partitions.push_back({i, i, 0, 0, 0, 10u + i});
+  for (uint8_t i = 0; i < 8; ++i)
+    spec.partitions.push_back({static_cast<uint8_t>(6 - i), static_cast<uint8_t>(40 - i), 0, 0, 0, 10u + i});
   spec.partition_flag = 2;
   ASSERT_TRUE(Load(spec));
   EXPECT_EQ(config.partitions.size(), 6u);
-  EXPECT_EQ(config.partition_sizes, (std::array<uint32_t, 7>{10, 11}));
+  EXPECT_EQ(config.partition_sizes, (std::array<uint32_t, 7>{0, 0, 0, 0, 0, 11, 10}));
   spec.partition_flag = 8;
   spec.partitions[1].type = 7;  // beyond the table, kept in the list
   spec.partitions[2].number_less_one = 255;
   ASSERT_TRUE(Load(spec));
-  EXPECT_EQ(config.partition_sizes, (std::array<uint32_t, 7>{10, 0, 12, 13, 14, 15, 0}));
-  EXPECT_EQ(config.partitions[1].type, 7);
-  EXPECT_EQ(config.partitions[2].number, 0);
+  EXPECT_EQ(config.partition_sizes, (std::array<uint32_t, 7>{0, 15, 14, 13, 12, 0, 10}));
+  std::vector<std::pair<int, int>> numbers;
+  for (const PartitionEntry& partition : config.partitions)
+    numbers.emplace_back(partition.number, partition.type);
+  EXPECT_EQ(numbers, (std::vector<std::pair<int, int>>{{41, 6}, {40, 7}, {0, 4}, {38, 3}, {37, 2}, {36, 1}}));
 }
 
 TEST_F(EcfTest, TheImageFlagOnlySaysThatThereIsABlock) {
