@@ -30,19 +30,21 @@ struct AdbImages {
   Bytes e2p;  // configuration index 1 only
 };
 
-// Lays one SDB of the document out, with its first user box record and its settings block. Nothing after a
-// message.
+// Lays the SDB at place `sdb` (from 0, must be there) of the document out, with the document's first user box
+// record and settings block; the document stays as it is. Nothing after a message: the configuration has no
+// region or partition, a limit is exceeded, or a table does not fit.
 std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& document, size_t sdb,
                                         const ProjectConfig& config);
 
-// Builds the images, writes them and their URT files into the temporary folder. `files` is how many URT files
-// are ready to be sent: 0, 1, or 2 for configuration index 1. False after a message.
+// Builds the images, writes them and their URT files into the temporary folder, under the names of
+// transfer_files.h. `time` is what the URT files carry. `files` is how many URT files are ready to be sent:
+// 0, 1, or 2 for configuration index 1. False after a message.
 bool CreateAdbPartitionFiles(const Context& context, const Document& document, size_t sdb,
                              const ProjectConfig& config, const LocalTime& time, int& files);
 
 // The request that makes the loader send its memory. Nothing after a message.
 std::optional<Bytes> BuildDownloadRequest(const Context& context, const ProjectConfig& config);
-// Writes it as "~001dcl.urt" into the temporary folder.
+// Writes it as "~001dcl.urt" into the temporary folder. False after a message.
 bool WriteDownloadRequest(const Context& context, const ProjectConfig& config);
 
 }  // namespace vexa

@@ -17,9 +17,10 @@
 
 namespace vexa {
 
+// The stream of `source`, of any length. What does not compress grows by a byte in eight.
 Bytes CompressBin2Cod(std::span<const uint8_t> source);
 
-// Nothing when the stream is damaged or does not give exactly `size` bytes.
+// The `size` bytes that `stream` stands for; nothing when it is damaged or does not give exactly as many.
 std::optional<Bytes> ExpandBin2Cod(std::span<const uint8_t> stream, uint64_t size);
 
 }  // namespace vexa

@@ -9,10 +9,10 @@ namespace vexa {
 
 inline constexpr uint32_t kCrcStart = 0xFFFFFFFF;
 
-// Continues `crc` over `bytes`.
+// Continues `crc`, the CRC of all bytes before, over `bytes`.
 uint32_t Crc32Mpeg2(std::span<const uint8_t> bytes, uint32_t crc = kCrcStart);
 
-// The CRC of A followed by B, from the CRC of A, the CRC of B alone and the length of B.
+// The CRC of A followed by B, from the CRC of A, the CRC of B alone and the length of B in bytes.
 uint32_t JoinCrc32Mpeg2(uint32_t crc_a, uint32_t crc_b, uint64_t length_b);
 
 }  // namespace vexa

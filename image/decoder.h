@@ -25,16 +25,18 @@ struct DecodedImage {
 // bit above the lowest, and for 35 and more, which a partition does not hold.
 size_t JournalSlot(uint64_t marker);
 
-// `e2p` is looked at for configuration index 1 only. Nothing after a message: the file of what is given back
-// can be opened. Favourite entries that name no service are left out, and a service order that does not name
-// each service once becomes the services' own.
+// `adb` is the content of the region from its start on, `e2p` that of the second region, looked at for
+// configuration index 1 only; `user_box` becomes the file's user box record. Nothing after a message: the
+// file of what is given back can be opened. Favourite entries that name no service are left out, and a
+// service order that does not name each service once becomes the services' own.
 std::optional<DecodedImage> DecodeImage(const Context& context, const ProjectConfig& config,
                                         std::span<const uint8_t> adb, std::span<const uint8_t> e2p,
                                         const UserBoxInfo& user_box);
-// The same from "~001adb.bin" and "~001e2p.bin" in `folder`.
+// The same from "~001adb.bin" and, for configuration index 1, "~001e2p.bin" in `folder`. Nothing after a
+// message, also when one cannot be read.
 std::optional<DecodedImage> DecodeFolder(const Context& context, const ProjectConfig& config,
                                          const Path& folder, const UserBoxInfo& user_box);
-// From and to the temporary folder: leaves "~001sdb.bin" there. Nothing after a message.
+// From and to the temporary folder: leaves the file as "~001sdb.bin" there. Nothing after a message.
 std::optional<DecodedImage> DecodeDownload(const Context& context, const ProjectConfig& config,
                                            const UserBoxInfo& user_box);
 

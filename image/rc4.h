@@ -9,7 +9,7 @@ namespace vexa {
 
 inline constexpr std::string_view kImageHeaderKey = "pelqorin";
 
-// Enciphers in place, from the start of the key stream. `key` must not be empty.
+// Enciphers `bytes` in place, from the start of the key stream. `key` must not be empty.
 void Rc4(std::span<uint8_t> bytes, std::string_view key);
 
 }  // namespace vexa

@@ -16,7 +16,8 @@ inline constexpr const char* kRegionFile = "~001db.bin";  // one downloaded regi
 inline constexpr const char* kConsoleLogFile =
     "~001ldr.log";  // belongs to the console, which removes it itself
 
-// Removes all of them but the console's log; before a new upload or download begins, and when one ends.
+// Removes all of them from `folder` but the console's log; before a new upload or download begins, and when
+// one ends. Files that are not there or cannot be removed are passed over.
 void RemoveTransferFiles(const Path& folder);
 
 }  // namespace vexa

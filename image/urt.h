@@ -73,6 +73,7 @@ struct ImageDescription {
   uint32_t start = 0, end = 0;  // addresses, end exclusive
 };
 
+// The configuration's loader parameters, flag and compression; `time` is what the file carries.
 ConversionParameters SetConversionParameters(const ProjectConfig& config, const LocalTime& time);
 // A description with the configuration's ids and versions; type, kind, name and addresses are the caller's.
 ImageDescription DescribeImage(const ProjectConfig& config);
@@ -88,7 +89,8 @@ ImageRoom RoomOfImage(uint16_t type, uint8_t flag);
 // so it goes as it is, whatever `compressed` says.
 bool MayBeCompressed(uint16_t type, uint8_t flag);
 
-// The whole URT file of `image` in `urt`, which is left alone unless the result is kDone.
+// The whole URT file of `image` in `urt`, which is left alone unless the result is kDone; kRefused comes
+// after a message.
 ConversionResult BuildUrt(const Context& context, const ConversionParameters& parameters,
                           const ImageDescription& description, std::span<const uint8_t> image, Bytes& urt);
 // As BuildUrt, from file to file; the output appears whole or not at all.
