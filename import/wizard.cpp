@@ -344,16 +344,6 @@ void ChooseService(Wizard& wizard, size_t service, bool chosen) {
   wizard.work.services[service].chosen = chosen;
 }
 
-void ChooseCarriersOf(Wizard& wizard, size_t satellite, bool chosen) {
-  const WorkRange range = CarriersOf(wizard.work, satellite);
-  for (size_t i = range.first; i < range.first + range.count; ++i) ChooseCarrier(wizard, i, chosen);
-}
-
-void ChooseServicesOf(Wizard& wizard, size_t carrier, bool chosen) {
-  const WorkRange range = ServicesOf(wizard.work, carrier);
-  for (size_t i = range.first; i < range.first + range.count; ++i) ChooseService(wizard, i, chosen);
-}
-
 void CompactWorkFiles(Wizard& wizard) {
   WorkFiles& work = wizard.work;
   if (IsEverySatelliteChosen(wizard) && (wizard.carrier_options & kAllCarriers) != 0) {

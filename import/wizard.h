@@ -37,7 +37,9 @@ struct Wizard {
   uint8_t service_options = 0;  // remembered: the boxes ticked for all carriers
 };
 
-// The carriers of a satellite and the services of a carrier, as positions from `first`.
+// The carriers of a satellite and the services of a carrier, as positions from `first`; within the files.
+//
+// Here and below, records are named by their positions in the work files, from 0, and must be there.
 struct WorkRange {
   size_t first = 0, count = 0;
 };
@@ -52,26 +54,29 @@ bool IsEverySatelliteChosen(const Wizard& wizard);  // state of "Select All"; fa
 void BeginCarrierStep(Wizard& wizard);              // "Next": applies the remembered carrier options
 
 // Step 2. No satellite stands for "All satellites".
-std::vector<size_t> ChosenSatellites(const Wizard& wizard);
+std::vector<size_t> ChosenSatellites(const Wizard& wizard);  // rising
+// The ticked boxes as CarrierOption bits: of the satellite, or the remembered ones.
 uint8_t CarrierOptions(const Wizard& wizard, std::optional<size_t> satellite);
+// Ticking chooses the carriers for which the option holds besides those that are chosen; unticking leaves
+// those that the other ticked options choose.
 void SetCarrierOption(Wizard& wizard, std::optional<size_t> satellite, CarrierOption option, bool ticked);
 void ChooseCarrier(Wizard& wizard, size_t carrier, bool chosen);
-void ChooseCarriersOf(Wizard& wizard, size_t satellite, bool chosen);  // row "All Carriers"
 void BeginServiceStep(Wizard& wizard);  // "Next": applies the remembered service options
 
 // Step 3. No carrier stands for "All carriers".
-std::vector<size_t> ChosenCarriers(const Wizard& wizard);  // of chosen satellites
+std::vector<size_t> ChosenCarriers(const Wizard& wizard);  // of chosen satellites, rising
+// As CarrierOptions and SetCarrierOption, with ServiceOption bits.
 uint8_t ServiceOptions(const Wizard& wizard, std::optional<size_t> carrier);
 void SetServiceOption(Wizard& wizard, std::optional<size_t> carrier, ServiceOption option, bool ticked);
 void ChooseService(Wizard& wizard, size_t service, bool chosen);
-void ChooseServicesOf(Wizard& wizard, size_t carrier, bool chosen);  // row "All services"
 
 // "Complete": leaves the chosen records, in their order and renumbered. With every satellite chosen and
 // "Select All" among the remembered carrier options all satellites and carriers stay, also carriers unticked
 // by hand.
 void CompactWorkFiles(Wizard& wizard);
 
-// Texts of the dialogs, UTF-8.
+// Texts of the dialogs, UTF-8: a record's fields, how many records there are, and how many are chosen of a
+// satellite's carriers or a carrier's services (no owner: of all chosen owners').
 std::string SatelliteInformation(const WorkSatellite& satellite);
 std::string TotalSatellitesText(const Wizard& wizard);
 std::string SelectedSatellitesText(const Wizard& wizard);

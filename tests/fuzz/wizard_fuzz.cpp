@@ -22,7 +22,7 @@ std::vector<Record> TakeRecords(std::span<const uint8_t>& bytes, size_t share) {
 }
 
 void Choose(Wizard& wizard, const uint8_t* choices) {
-  const size_t satellites = wizard.work.satellites.size(), carriers = wizard.work.carriers.size();
+  const size_t satellites = wizard.work.satellites.size(), services = wizard.work.services.size();
   if (choices[0] & 1) ChooseEverySatellite(wizard, true);
   if (satellites != 0) ChooseSatellite(wizard, choices[1] % satellites, choices[0] & 2);
   wizard.carrier_options = choices[2] & 31;
@@ -34,7 +34,7 @@ void Choose(Wizard& wizard, const uint8_t* choices) {
   wizard.service_options = choices[5] & 31;
   BeginServiceStep(wizard);
   SetServiceOption(wizard, std::nullopt, static_cast<ServiceOption>(option), choices[0] & 16);
-  if (carriers != 0) ChooseServicesOf(wizard, choices[6] % carriers, choices[0] & 32);
+  if (services != 0) ChooseService(wizard, choices[6] % services, choices[0] & 32);
   TotalSelectedCarriersText(wizard);
   TotalSelectedServicesText(wizard);
 }

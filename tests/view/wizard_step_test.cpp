@@ -113,7 +113,7 @@ TEST(WizardStep, SharedRecordsAreListedOnce) {
   work.carriers[1].service_count = 5;
   Wizard wizard(work);
   ChooseSatellite(wizard, 0, true);
-  ChooseCarriersOf(wizard, 0, true);
+  SetCarrierOption(wizard, 0, kAllCarriers, true);
   WizardStep step = ServiceStep(wizard);
   EXPECT_EQ(ItemRows(step), 1u + 5 + 4);
 }
