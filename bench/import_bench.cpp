@@ -3,9 +3,7 @@
 // each.
 #include "bench/measure.h"
 #include "import/build_bin.h"
-#include "import/dvb2000.h"
-#include "import/lyngsat.h"
-#include "import/satcodx.h"
+#include "import/list_format.h"
 #include "platform/heap.h"
 #include "tools/list_generator.h"
 
@@ -13,14 +11,12 @@ namespace {
 
 using namespace vexa;
 
-using Import = int (*)(const Context&, const Path&, const DefaultRecords&, WorkFiles&);
-
-double ImportTime(Import import, const Path& path, size_t& services) {
+double ImportTime(ListFormat format, const Path& path, size_t& services) {
   const Context context;
   const DefaultRecords defaults;
   return BestMilliseconds(15, [&] {
     WorkFiles work;
-    import(context, path, defaults, work);
+    RowOf(format).read(context, path, defaults, work, {});
     const Bytes stream = BuildBinFromWorkFiles(work, defaults);
     services = work.services.size();
     if (stream.empty()) std::abort();
@@ -31,16 +27,16 @@ void Write(const Path& path, const std::string& list) {
   WriteWholeFile(path, {reinterpret_cast<const uint8_t*>(list.data()), list.size()});
 }
 
-void Compare(const char* name, Import import, const Path& path, double empty_process) {
+void Compare(const char* name, ListFormat format, const Path& path, double empty_process) {
   const std::string file = Utf8FromPath(path);
   size_t services = 0;
-  const double own = ImportTime(import, path, services);
+  const double own = ImportTime(format, path, services);
   const double copy = BestMilliseconds(15, [&] { RunCommand("cp '" + file + "' '" + file + ".copy'"); });
   const double bytes = static_cast<double>(std::filesystem::file_size(path));
   std::printf(
       "%-8s %6.2f MB %7zu services  import %6.2f ms  cp %6.2f ms (%.2f without its process)  ratio %.2f\n",
       name, bytes / 1e6, services, own, copy, copy - empty_process, own / copy);
-  if (import != ImportSdxFile) return;
+  if (format != ListFormat::kSatcodx) return;
   const std::string columns =
       "mawk '{ print substr($0,11,18), substr($0,29,1), substr($0,34,6), substr($0,43,1), substr($0,44,8), "
       "substr($0,52,4), substr($0,70,5), substr($0,75,1), substr($0,76,4), substr($0,80,4), substr($0,84,4), "
@@ -63,8 +59,8 @@ int main() {
   Write(*folder / "list.dvb", MakeDvb2000List(settings));
   Write(*folder / "list.dat", MakeLyngsatList(settings));
   const double empty_process = BestMilliseconds(15, [] { RunCommand("true"); });
-  Compare("SatcoDX", ImportSdxFile, *folder / "list.sdx", empty_process);
-  Compare("DVB2000", ImportDvbFile, *folder / "list.dvb", empty_process);
-  Compare("Lyngsat", ImportLyngsatFile, *folder / "list.dat", empty_process);
+  Compare("SatcoDX", ListFormat::kSatcodx, *folder / "list.sdx", empty_process);
+  Compare("DVB2000", ListFormat::kDvb2000, *folder / "list.dvb", empty_process);
+  Compare("Lyngsat", ListFormat::kLyngsat, *folder / "list.dat", empty_process);
   RemoveFolder(*folder);
 }

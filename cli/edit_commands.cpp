@@ -65,8 +65,7 @@ OldOrder ReadOldOrder(CommandState& state, const std::string& file) {
     const Path list = PathFromUtf8(file);
     WorkFiles work;
     const size_t told = state.told.size();
-    const auto format = CheckListFile(state.context, list);
-    const bool read = format && ReadList(state.context, list, *format, defaults, work) &&
+    const bool read = ImportListFile(state.context, list, defaults, {}, work) &&
                       OpenWorkFiles(state.context, work, defaults, old.document);
     if (!read) {
       TellFile(state, told, file, "");

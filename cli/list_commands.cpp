@@ -1,7 +1,6 @@
 // import, merge: channel lists of other programs.
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <span>
 #include <utility>
 
@@ -10,6 +9,7 @@
 #include "core/bin_file.h"
 #include "import/build_bin.h"
 #include "import/import_command.h"
+#include "import/list_text.h"
 #include "import/merger.h"
 #include "import/wizard.h"
 
@@ -20,6 +20,7 @@ namespace {
 struct ImportOptions {
   std::string list, output, work_folder, satellites = "all", format, page;
   bool stream = false, filter = false;
+  SatcodxOptions satcodx;
   std::vector<std::string> carriers = {"all"}, services = {"all"};
 };
 
@@ -65,75 +66,27 @@ void FilterWorkFiles(CommandState& state, const ImportOptions& options, WorkFile
   CompactWorkFiles(wizard);
 }
 
-// The three work files in the folder that the user named. Until `Keep` is called they are taken back at the
-// end: files that were there before get their content again, and a folder that was made goes.
+// The folder that the user named for the work files, made where it is not there. Until `Keep` is called, what
+// was made goes again at the end.
 class WorkFolder {
  public:
-  explicit WorkFolder(const std::string& name) : folder_(PathFromUtf8(name)) {}
-  ~WorkFolder() {
-    if (keep_) return;
-    // Taking back takes memory; what ran out once is often there again.
-    for (int attempt = 0; attempt < 2; ++attempt) {
-      try {
-        TakeBack();
-        return;
-      } catch (const std::bad_alloc&) {
-      }
-    }
-  }
-  WorkFolder(const WorkFolder&) = delete;
-  WorkFolder& operator=(const WorkFolder&) = delete;
-
-  void Write(CommandState& state, const WorkFiles& work) {
-    if (folder_.empty()) return;
+  explicit WorkFolder(const Path& folder) {
     std::error_code error;
-    for (Path part = folder_; !part.empty() && !std::filesystem::exists(part, error);) {
+    for (Path part = folder; !part.empty() && !std::filesystem::exists(part, error);) {
       made_ = part;
       part = part.parent_path();
       if (part == made_) break;  // a drive that is not there
     }
-    for (const Path& file : WorkFilePaths(folder_)) before_.emplace_back(file, ReadWholeFile(file));
-    if (!WriteWorkFiles(state.context, work, folder_)) throw CommandFailed{};
+    std::filesystem::create_directories(folder, error);  // a failure shows when no file can be made there
   }
-  void Keep() { keep_ = true; }
+  ~WorkFolder() { RemoveFolder(made_); }
+  WorkFolder(const WorkFolder&) = delete;
+  WorkFolder& operator=(const WorkFolder&) = delete;
+  void Keep() { made_.clear(); }
 
  private:
-  void TakeBack() {
-    std::error_code error;
-    for (const auto& [file, content] : before_) {
-      if (content) {
-        WriteWholeFile(file, *content);
-      } else if (!std::filesystem::is_directory(file, error)) {
-        std::filesystem::remove(file, error);
-      }
-    }
-    RemoveFolder(made_);
-  }
-  Path folder_, made_;  // made_: the uppermost folder that was not there
-  std::vector<std::pair<Path, std::optional<Bytes>>> before_;
-  bool keep_ = false;
+  Path made_;  // the uppermost folder that was not there
 };
-
-constexpr std::pair<std::string_view, ListFormat> kFormatNames[] = {
-    {"satcodx", ListFormat::kSatcodx}, {"dvb2000", ListFormat::kDvb2000}, {"lyngsat", ListFormat::kLyngsat}};
-
-// What the option names; else what extension and first bytes do.
-std::optional<ListFormat> ListFormatOf(CommandState& state, const ImportOptions& options) {
-  for (const auto& [name, format] : kFormatNames) {
-    if (options.format == name) return format;
-  }
-  return CheckListFile(state.context, PathFromUtf8(options.list));
-}
-
-void ReadImport(CommandState& state, const ImportOptions& options, const DefaultRecords& defaults,
-                WorkFiles& work) {
-  const Path list = PathFromUtf8(options.list);
-  const size_t told = state.told.size();
-  const auto format = ListFormatOf(state, options);
-  if (format && ReadList(state.context, list, *format, defaults, work)) return;
-  TellFile(state, told, options.list, WhyUnreadable(list));
-  throw CommandFailed{};
-}
 
 void ExpectImportApart(const ImportOptions& options) {
   std::vector<NamedPath> outputs = {{"--output", PathFromUtf8(options.output)}};
@@ -154,32 +107,119 @@ void ImportDocument(CommandState& state, const ImportOptions& options, bool json
   SaveDocument(state, document, options.list, options.output);
 }
 
+// What the import makes of the records. Throws CommandFailed after a message.
+Bytes BuildImport(CommandState& state, const ImportOptions& options, const DefaultRecords& defaults,
+                  const WorkFiles& work) {
+  if (options.stream) return BuildBinFromWorkFiles(work, defaults);
+  Document document;
+  const size_t told = state.told.size();
+  std::optional<Bytes> file;
+  if (OpenWorkFiles(state.context, work, defaults, document) && MayBeSaved(state.context, document))
+    file = BuildBin(state.context, document);
+  if (file) return std::move(*file);
+  TellFile(state, told, options.list, "");
+  throw CommandFailed{};
+}
+
+// The output, and the work files where they are wanted: all of them or none.
+void WriteImport(CommandState& state, const ImportOptions& options, const WorkFiles& work, Bytes content) {
+  std::vector<FileContent> files;
+  WorkFolder folder(PathFromUtf8(options.work_folder));
+  if (!options.work_folder.empty()) {
+    for (FileContent& file : WorkFileContents(work, PathFromUtf8(options.work_folder)))
+      files.push_back(std::move(file));
+  }
+  files.push_back({PathFromUtf8(options.output), std::move(content)});
+  size_t refused = 0;
+  // One file alone is never missing under its name, not even for a moment.
+  const WriteResult written = files.size() == 1
+                                  ? WriteWholeFile(files[0].path, files[0].content, *state.context.files)
+                                  : WriteWholeFiles(files, refused, *state.context.files);
+  if (written == WriteResult::kFailed && refused + 1 == files.size() && !options.stream) {
+    const size_t told = state.told.size();
+    Tell(state.context.messages, Icon::kStop, "Error No: -11 \n Save as BIN File");
+    TellFile(state, told, options.output, WhyNotWritable(PathFromUtf8(options.output)));
+    throw CommandFailed{};
+  }
+  ExpectWritten(state, written == WriteResult::kDone ? "" : Utf8FromPath(files[refused].path), written);
+  folder.Keep();
+}
+
 void Import(CommandState& state, const ImportOptions& options) {
   ExpectImportApart(options);
   const std::string document_format = options.format.empty() ? DocumentFormat(options.list) : options.format;
   if (document_format == "json" || document_format == "csv")
     return ImportDocument(state, options, document_format == "json");
   const DefaultRecords defaults;
-  const Path output = PathFromUtf8(options.output);
   WorkFiles work;
-  ReadImport(state, options, defaults, work);
-  if (options.filter) FilterWorkFiles(state, options, work);
-  WorkFolder folder(options.work_folder);
-  if (options.stream) {
-    folder.Write(state, work);
-    WriteOutput(state, options.output, BuildBinFromWorkFiles(work, defaults));
-    return folder.Keep();
-  }
-  Document document;
+  ImportSteps steps;
+  steps.filter = options.filter ? FilterMode::kOn : FilterMode::kOff;
+  steps.choose = [&](WorkFiles& read) {
+    FilterWorkFiles(state, options, read);
+    return true;
+  };
+  steps.format = ListFormatNamed(options.format);
+  steps.options.satcodx = options.satcodx;
+  steps.options.satcodx.doubt = [&](const std::string& why) {
+    Tell(state.context.messages, Icon::kWarning,
+         "%s does not look as lists of its format do: %s. --layout auto reads it by what it shows.",
+         options.list.c_str(), why.c_str());
+  };
+  const Path list = PathFromUtf8(options.list);
   const size_t told = state.told.size();
-  if (!OpenWorkFiles(state.context, work, defaults, document)) {
-    TellFile(state, told, options.list, "");
+  if (!ImportListFile(state.context, list, defaults, steps, work)) {
+    TellFile(state, told, options.list, WhyUnreadable(list));
     throw CommandFailed{};
   }
-  folder.Write(state, work);
-  const auto size = SaveBin(state.context, document, output);
-  if (size) folder.Keep();  // the database stands from here on, even when it is too large for a receiver
-  ExpectSaved(state, options.output, told, size);
+  Bytes content = BuildImport(state, options, defaults, work);
+  const uint64_t size = content.size();
+  WriteImport(state, options, work, std::move(content));
+  // The database stands from here on, even when it is too large for a receiver.
+  if (!options.stream) ExpectSaved(state, options.output, state.told.size(), size);
+}
+
+constexpr std::pair<const char*, SatcodxLayout> kLayouts[] = {{"default", SatcodxLayout::kDefault},
+                                                              {"auto", SatcodxLayout::kAuto},
+                                                              {"a", SatcodxLayout::kA},
+                                                              {"b", SatcodxLayout::kB},
+                                                              {"105", SatcodxLayout::k105}};
+
+void AddSatcodxOptions(CLI::App& command, ImportOptions& options) {
+  std::vector<std::string> names;
+  for (const auto& [name, layout] : kLayouts) names.emplace_back(name);
+  command
+      .add_option_function<std::string>(
+          "--layout",
+          [&options](const std::string& text) {
+            for (const auto& [name, layout] : kLayouts) {
+              if (text == name) options.satcodx.layout = layout;
+            }
+          },
+          "How a SatcoDX list is read: default, auto, a, b or 105 (default: default)")
+      ->check(OneOf(names));
+  command
+      .add_option("--record-length", options.satcodx.record_length,
+                  "Bytes from one SatcoDX record to the next (default: by the layout)")
+      ->check(CLI::Range(kSatcodxReadLength, size_t{65535}));
+}
+
+// An option that would do nothing is wrong usage.
+void ExpectSatcodxList(const ImportOptions& options) {
+  const SatcodxOptions& chosen = options.satcodx;
+  if (chosen.layout == SatcodxLayout::kDefault && chosen.record_length == 0) return;
+  const auto& row = RowOf(ListFormat::kSatcodx);
+  const bool is_satcodx = options.format.empty() ? HasExtension(PathFromUtf8(options.list), row.extension())
+                                                 : options.format == row.name;
+  if (!is_satcodx)
+    throw CLI::ValidationError("--layout and --record-length", "only SatcoDX lists (.sdx) have them");
+}
+
+// The names of all list formats, and of those behind them.
+std::vector<std::string> FormatNames(const std::vector<std::string>& others = {}) {
+  std::vector<std::string> names;
+  for (const ListFormatRow& row : ListFormats()) names.emplace_back(row.name);
+  names.insert(names.end(), others.begin(), others.end());
+  return names;
 }
 
 void AddImport(CLI::App& program, CommandState& state) {
@@ -190,13 +230,14 @@ void AddImport(CLI::App& program, CommandState& state) {
   command.add_option("LIST", options->list, "Channel list")->required();
   command.add_option("-o,--output", options->output, "Database file to write")->required();
   command.add_option("--format", options->format, "The list's format (default: by its name and first bytes)")
-      ->check(OneOf({"satcodx", "dvb2000", "lyngsat", "csv", "json"}));
+      ->check(OneOf(FormatNames({"csv", "json"})));
   command
       .add_option("--code-page", options->page,
                   "In which page the names of the database stand (csv and json; default: Windows-1252)")
       ->check(CheckCodePage);
   command.add_flag("--stream", options->stream, "Write the bare SDB stream that the import builds");
   command.add_option("--work-dir", options->work_folder, "Also leave the three work files in this folder");
+  AddSatcodxOptions(command, *options);
   CLI::Option* satellites = command
                                 .add_option("--satellites", options->satellites,
                                             "Only these satellites of the list: 1,3-5 or all (filter mode)")
@@ -213,13 +254,9 @@ void AddImport(CLI::App& program, CommandState& state) {
           ->check(OneOf({"all", "fta", "scrambled", "tv", "radio"}));
   command.callback([&state, options, satellites, carriers, services] {
     options->filter = satellites->count() + carriers->count() + services->count() != 0;
+    ExpectSatcodxList(*options);
     Import(state, *options);
   });
-}
-
-MergeMode ModeOf(const std::string& format) {
-  if (format == "satcodx") return MergeMode::kSatcodx;
-  return format == "lyngsat" ? MergeMode::kLyngsat : MergeMode::kDvb2000;
 }
 
 void CollectFiles(CommandState& state, const MergeOptions& options, Merger& merger) {
@@ -246,7 +283,7 @@ void ExpectMergeApart(const MergeOptions& options) {
   for (const std::string& file : options.files) inputs.push_back({"FILE", PathFromUtf8(file)});
   Context silent;
   silent.messages.tell = [](Icon, const std::string&, const std::string&) {};
-  Merger listed{ModeOf(options.format), {}};
+  Merger listed{ListFormatNamed(options.format).value(), {}};
   if (!options.folder.empty()) AddMergeFolder(silent, listed, PathFromUtf8(options.folder));
   for (const Path& file : listed.files) inputs.push_back({"--folder", file});
   ExpectApart(inputs, {{"--output", PathFromUtf8(options.output)}});
@@ -254,7 +291,7 @@ void ExpectMergeApart(const MergeOptions& options) {
 
 void Merge(CommandState& state, const MergeOptions& options) {
   ExpectMergeApart(options);
-  Merger merger{ModeOf(options.format), {}};
+  Merger merger{ListFormatNamed(options.format).value(), {}};
   CollectFiles(state, options, merger);
   const Path output = PathFromUtf8(options.output);
   if (!CanMerge(state.context, merger) || !CanMergeInto(state.context, merger, output)) throw CommandFailed{};
@@ -269,7 +306,7 @@ void AddMerge(CLI::App& program, CommandState& state) {
   CLI::App& merge = *program.add_subcommand("merge", "Join channel lists of one format");
   merge.add_option("FORMAT", options->format, "satcodx, dvb2000 or lyngsat")
       ->required()
-      ->check(OneOf({"satcodx", "dvb2000", "lyngsat"}));
+      ->check(OneOf(FormatNames()));
   merge.add_option("FILE", options->files, "Lists, in the order of the result");
   merge.add_option("--folder", options->folder, "Then all lists of this folder, by name");
   merge.add_option("-o,--output", options->output, "List to write")->required();

@@ -1,4 +1,4 @@
-// From a channel list to an open database: the steps of the import command, for the editor and the command
+// From a channel list to an open database: the one sequence of the import, for the editor and the command
 // line.
 #pragma once
 
@@ -6,33 +6,44 @@
 #include <optional>
 
 #include "core/bin_file.h"
-#include "import/work_files.h"
+#include "import/list_format.h"
 
 namespace vexa {
 
-enum class ListFormat { kSatcodx, kDvb2000, kLyngsat };
+// The format that the extension names and the first bytes confirm, behind a byte-order mark where the options
+// allow one. Nothing after a message.
+std::optional<ListFormat> CheckListFile(const Context& context, const Path& path,
+                                        const ListOptions& options = {});
 
 // Whether the extension is that of a list.
 bool IsListFile(const Path& path);
-// The format that the extension names and the first bytes confirm. Nothing after a message.
-std::optional<ListFormat> CheckListFile(const Context& context, const Path& path);
 
-// "Do you want to generate Bin file with filter mode"
-bool AskFilterMode(const Context& context);
+// Whether only a part of the list is taken. kAsk: the user is asked once the format is known.
+enum class FilterMode { kOff, kOn, kAsk };
 
-// Runs the format's reader. False after a message.
-bool ReadList(const Context& context, const Path& path, ListFormat format, const DefaultRecords& defaults,
-              WorkFiles& work);
+// Reads the list, with messages and progress by the context that it is given; false after a message.
+using ListReading = std::function<bool(const Context& context)>;
 
-// The database of the work files as the only SDB, "SDB1", of an empty document. False after a message.
+// What a face does in the middle of an import.
+struct ImportSteps {
+  FilterMode filter = FilterMode::kOff;
+  // In filter mode: leaves only the chosen records in `work`; false when the user gave up. Empty: all stay.
+  std::function<bool(WorkFiles& work)> choose = {};
+  // Runs the reading once, with its result as its own: a face's place for a progress box. Empty: the reading
+  // gets the import's context.
+  std::function<bool(const ListReading& read)> run = {};
+  ListOptions options = {};
+  std::optional<ListFormat> format = {};  // taken for the file's own, whatever its name and first bytes say
+};
+
+// Checks the list, reads it and lets the user choose from it. `work`, emptied first, holds what is to be
+// imported. False after a message, and when the user gave up.
+bool ImportListFile(const Context& context, const Path& path, const DefaultRecords& defaults,
+                    const ImportSteps& steps, WorkFiles& work);
+
+// The database of the work files as the only SDB, "SDB1", of an empty document. False after a message, such
+// as that of a limit that the list exceeds.
 bool OpenWorkFiles(const Context& context, const WorkFiles& work, const DefaultRecords& defaults,
                    Document& document);
-
-// Lets the user choose, and leaves only the chosen records; false when the user gave up.
-using FilterDialogs = std::function<bool(WorkFiles& work)>;
-
-// The whole command. False when nothing was imported; then a message was shown or the user gave up.
-bool ImportListFile(const Context& context, const Path& path, const DefaultRecords& defaults,
-                    const FilterDialogs& filter, Document& document);
 
 }  // namespace vexa

@@ -15,8 +15,7 @@
 namespace vexa {
 
 // Leading blanks and a sign are skipped, then digits are taken up to the first other character, modulo 2^32.
-// No digits: 0.
-// `text` moves behind the digits.
+// No digits: 0. `text` moves behind the digits.
 inline uint32_t TakeDecimalPrefix(std::string_view& text) {
   size_t i = 0;
   while (i < text.size() && (text[i] == ' ' || (text[i] >= '\t' && text[i] <= '\r'))) ++i;
@@ -30,15 +29,19 @@ inline uint32_t TakeDecimalPrefix(std::string_view& text) {
   text.remove_prefix(i);
   return value;
 }
+// The same of a text that stays as it is.
 inline uint32_t DecimalPrefix(std::string_view text) {
   return TakeDecimalPrefix(text);
 }
 
+// Before the text of some lists in UTF-8.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // `name` up to its first NUL, cut to 19 characters, NUL-padded.
 void SetListName(char (&field)[kNameSize], std::string_view name);
-// "Satellite%d"
+// "Satellite%d", cut like a list's names.
 void SetSatelliteNumberName(char (&field)[kNameSize], uint32_t number);
-// "Carrier%d_S%d"
+// "Carrier%d_S%d", likewise.
 void SetCarrierNumberName(char (&field)[kNameSize], uint32_t carrier, uint32_t satellite);
 
 // The program numbers of the current carrier, in the order in which they were given.
@@ -47,9 +50,10 @@ void SetCarrierNumberName(char (&field)[kNameSize], uint32_t carrier, uint32_t s
 // list's first entry, so a raised number may equal the first one; receivers' lists made so far depend on it.
 class ServiceIds {
  public:
-  void Clear();
-  uint32_t Unique(uint32_t id) const;  // 16 bits; with all 65,536 numbers taken it stays as it is
-  void Add(uint32_t id);
+  void Clear();  // for the next carrier
+  // The number that `id`, of which 16 bits count, gets; with all 65,536 numbers taken it stays as it is.
+  uint32_t Unique(uint32_t id) const;
+  void Add(uint32_t id);  // below 65,536
 
  private:
   static constexpr size_t kWords = 65536 / 64;
@@ -66,7 +70,7 @@ class ListProgress {
     if (progress_.range) progress_.range(total);
     if (progress_.position) progress_.position(0);
   }
-  void Step() {
+  void Step() {  // one more is done
     if (++done_ % 256 == 0) End();
   }
   void End() const {
@@ -78,12 +82,14 @@ class ListProgress {
   uint64_t done_ = 0;
 };
 
-// The whole list. kFailed after a message: no list ends where reading it broke off.
+// The whole list in `list`. kFailed after a message: no list ends where reading it broke off. kCannotOpen
+// without one.
 ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list);
 // The first bytes of a file, up to `count`; nothing when it cannot be opened.
 std::optional<std::string> ReadFileStart(const Path& path, size_t count);
-// Case is ignored for A-Z.
+// Whether `text` begins with `start`, without regard to the case of A-Z.
 bool StartsWithIgnoringCase(std::string_view text, std::string_view start);
-bool HasExtension(const Path& path, std::string_view extension);  // with its point: ".sdx"
+// The extension is given with its point, ".sdx"; the case of A-Z does not count.
+bool HasExtension(const Path& path, std::string_view extension);
 
 }  // namespace vexa

@@ -12,28 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr MergeTexts kSatcodxTexts = {"SatcoDX [ SDX ] File Merger",
-                                      "SatcoDX Files (*.sdx)",
-                                      "Select a SatcoDX file",
-                                      "Save SatcoDX File as",
-                                      "*.sdx",
-                                      ".sdx",
-                                      "No SatcoDX ( SDX ) file found."};
-constexpr MergeTexts kLyngsatTexts = {"Lyngsat [ DAT ] File Merger",
-                                      "Lyngsat Files (*.dat)",
-                                      "Select a Lyngsat file",
-                                      "Save as Lyngsat DAT file",
-                                      "*.dat",
-                                      ".dat",
-                                      "No Lyngsat ( DAT ) file found."};
-constexpr MergeTexts kDvb2000Texts = {"DVB2000 [ DVB ] File Merger",
-                                      "DVB2000 Files (*.dvb)",
-                                      "Select a DVB2000 file",
-                                      "Save DVB2000 File as",
-                                      "*.dvb",
-                                      ".dvb",
-                                      "No DVB2000 ( DVB ) file found."};
-
 bool IsListed(const Merger& merger, const Path& path) {
   return std::any_of(merger.files.begin(), merger.files.end(),
                      [&](const Path& listed) { return listed.native() == path.native(); });
@@ -49,17 +27,6 @@ std::string LowerName(const Path& path) {
 
 }  // namespace
 
-const MergeTexts& TextsOf(MergeMode mode) {
-  switch (mode) {
-    case MergeMode::kSatcodx:
-      return kSatcodxTexts;
-    case MergeMode::kLyngsat:
-      return kLyngsatTexts;
-    default:
-      return kDvb2000Texts;
-  }
-}
-
 bool IsSatcodxVersion2Or3(const Path& path) {
   const std::string start = ReadFileStart(path, 10).value_or("");
   return start.size() == 10 && StartsWithIgnoringCase(start, "satcodx") && start[8] == '0' &&
@@ -71,7 +38,7 @@ bool AddMergeFile(const Context& context, Merger& merger, const Path& path) {
     Tell(context.messages, Icon::kStop, "Duplication of files not allowed.");
     return false;
   }
-  if (merger.mode == MergeMode::kSatcodx && !IsSatcodxVersion2Or3(path)) {
+  if (merger.format == ListFormat::kSatcodx && !IsSatcodxVersion2Or3(path)) {
     Tell(context.messages, Icon::kStop,
          "SatcoDX Merger allows only SatcoDX Protocol Version 2 and 3.\nPlease download latest SatcoDX ( SDX "
          ") file "
@@ -83,17 +50,17 @@ bool AddMergeFile(const Context& context, Merger& merger, const Path& path) {
 }
 
 bool AddMergeFolder(const Context& context, Merger& merger, const Path& folder) {
-  const MergeTexts& texts = TextsOf(merger.mode);
+  const ListFormatRow& format = RowOf(merger.format);
   std::vector<std::pair<std::string, Path>> found;
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
     std::error_code ignored;
     const Path name = entry->path().filename();
-    if (HasExtension(name, texts.extension) && !entry->is_directory(ignored))
+    if (HasExtension(name, format.extension()) && !entry->is_directory(ignored))
       found.emplace_back(LowerName(name), folder / name);
   }
   if (found.empty()) {
-    Tell(context.messages, Icon::kStop, "%s", texts.empty_folder);
+    Tell(context.messages, Icon::kStop, "%s", format.merge.empty_folder);
     return false;
   }
   std::sort(found.begin(), found.end());

@@ -5,24 +5,16 @@
 #include <string>
 #include <vector>
 
-#include "core/context.h"
+#include "import/list_format.h"
 
 namespace vexa {
 
-enum class MergeMode { kSatcodx = 1, kLyngsat = 2, kDvb2000 = 3 };
-
-struct MergeTexts {
-  const char *title, *filter, *open_title, *save_title, *pattern, *extension, *empty_folder;
-};
-// Any mode but the first two is taken as DVB2000.
-const MergeTexts& TextsOf(MergeMode mode);
-
 struct Merger {
-  MergeMode mode = MergeMode::kSatcodx;
-  std::vector<Path> files;
+  ListFormat format = ListFormat::kSatcodx;
+  std::vector<Path> files;  // in the order of the result
 };
 
-// "SATCODX" without regard to case, any character, then "02" or "03".
+// "SATCODX" without regard to case, any character, then "02" or "03". False for a file that cannot be read.
 bool IsSatcodxVersion2Or3(const Path& path);
 
 // Button "Files". False after a message: the very path is listed already, or a SatcoDX list of another
@@ -31,9 +23,10 @@ bool AddMergeFile(const Context& context, Merger& merger, const Path& path);
 // Button "Folder": adds the folder's files of the format, by name without regard to case, but those listed
 // already. Their version is not looked at. False after a message: there is none.
 bool AddMergeFolder(const Context& context, Merger& merger, const Path& folder);
+// Takes out the files at `positions`, counted from 0; positions that are not there do nothing.
 void RemoveMergeFiles(Merger& merger, const std::vector<size_t>& positions);
-// Puts the files at `positions` together, in their order, before the one at `before` (the number of files: at
-// the end). The position of the first of them afterwards.
+// Puts the files at `positions` together, in their order, before the one at `before` (the number of files or
+// more: at the end). The position of the first of them afterwards.
 size_t MoveMergeFiles(Merger& merger, const std::vector<size_t>& positions, size_t before);
 // True with two files and more; else a warning.
 bool CanMerge(const Context& context, const Merger& merger);

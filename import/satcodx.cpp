@@ -4,13 +4,15 @@
 #include <cstring>
 #include <string_view>
 
+#include "import/list_gatherer.h"
 #include "import/list_reader.h"
 
 namespace vexa {
 
 namespace {
 
-constexpr size_t kReadLength = 127;
+constexpr std::string_view kSignature = "SATCODX", kVersion105 = "105";
+constexpr size_t kNominalLength105 = 132, kLongestRecord = 1024;  // bytes
 constexpr char kUnderscores[] = "__________________";
 
 struct Column {
@@ -18,10 +20,11 @@ struct Column {
 };
 constexpr Column kVersion{8, 2}, kSatelliteNameA{10, 18}, kSatelliteNameB{115, 12}, kFrequency{33, 6},
     kPolarization{42, 1}, kServiceName{43, 8}, kPosition{51, 4}, kSymbolRate{69, 5}, kVideoPid{75, 4},
-    kAudioPid{79, 4}, kPcrPid{83, 4}, kProgramNumber{87, 5}, kAccess{111, 4}, kNameRest{115, 12};
+    kAudioPid{79, 4}, kPcrPid{83, 4}, kProgramNumber{87, 5}, kAccess{111, 4}, kNameRest{115, 12},
+    kVersion3{7, 3}, kNameRest105{115, 17};
 constexpr size_t kType = 28, kFec = 74;
 
-// One record's text: always kReadLength bytes, so that no column lies outside.
+// One record's text: at least kSatcodxReadLength bytes, so that no column but kNameRest105 lies outside.
 using Record = std::string_view;
 
 // Columns are template arguments: each is read with its own fixed width, which is what makes long lists
@@ -55,6 +58,7 @@ uint32_t Pid(Record record) {
 struct Reader : ListReader {
   using ListReader::ListReader;
   bool layout_a = false;
+  bool appends = false;  // the rest of a name goes behind its start, however short
 };
 
 template <Column kColumn>
@@ -143,7 +147,7 @@ void NameService(const Reader& reader, Record record, WorkService& service) {
   if (reader.layout_a) {
     const size_t rest = UnderscoreIn<kNameRest>(record);
     // A rest that ends early replaces the start of the name instead of continuing it.
-    const size_t place = rest == kNameRest.width ? length : 0;
+    const size_t place = reader.appends || rest == kNameRest.width ? length : 0;
     std::memcpy(service.name + place, record.data() + kNameRest.offset, rest);
   }
   TrimName(service.name);
@@ -156,6 +160,13 @@ bool IsDuplicate(const Reader& reader, const WorkService& service) {
   return previous.carrier_index == service.carrier_index && !reader.work.services.empty();
 }
 
+void TakeServiceColumns(Record record, WorkService& service) {
+  service.video_pid = Pid<kVideoPid>(record) & 0x3FFF;
+  service.audio_pid = Pid<kAudioPid>(record) & 0x3FFF;
+  service.pcr_pid = Pid<kPcrPid>(record) & 0x3FFF;
+  service.free = IsEmpty<kAccess>(record);
+}
+
 void TakeService(Reader& reader, Record record) {
   WorkService service = reader.new_service;
   const char type = record[kType];
@@ -163,11 +174,8 @@ void TakeService(Reader& reader, Record record) {
   if (service.type == 0) return;  // other services only make their carrier
   NameService(reader, record, service);
   service.carrier_index = (reader.carriers() - 1) & 0xFFFF;
-  service.video_pid = Pid<kVideoPid>(record) & 0x3FFF;
-  service.audio_pid = Pid<kAudioPid>(record) & 0x3FFF;
-  service.pcr_pid = Pid<kPcrPid>(record) & 0x3FFF;
+  TakeServiceColumns(record, service);
   service.program_number = reader.ids.Unique(Number<kProgramNumber>(record)) & 0xFFFF;
-  service.free = IsEmpty<kAccess>(record);
   if (IsDuplicate(reader, service)) return;
   reader.Add(service);
 }
@@ -186,6 +194,95 @@ void TakeRecord(Reader& reader, Record record) {
   TakeService(reader, record);
 }
 
+// A name of layout 105 without its fill, its control codes and the blanks at its ends.
+std::string PlainName(std::string_view start, std::string_view rest) {
+  std::string name(start.substr(0, start.find_last_not_of('_') + 1));
+  name += rest;
+  std::erase_if(name, [](char c) { return static_cast<uint8_t>(c) < 0x20; });
+  name.erase(name.find_last_not_of(" _") + 1);
+  name.erase(0, name.find_first_not_of(' '));
+  return name;
+}
+
+WorkSatellite Satellite105(Record record, const WorkSatellite& from) {
+  WorkSatellite satellite = from;
+  SetListName(satellite.name, PlainName(Text<kSatelliteNameA>(record), {}));
+  satellite.angle = Number<kPosition>(record) & 0xFFF;
+  return satellite;
+}
+
+WorkCarrier Carrier105(Record record, const WorkCarrier& from) {
+  WorkCarrier carrier = from;
+  TakeTransponder(record, carrier);
+  const size_t code = std::string_view("_123_5_7").find(record[kFec]);
+  if (record[kFec] != '_') carrier.fec = code == 5 ? 4 : code == 7 ? 5 : code <= 3 ? code & 7 : 0;
+  return carrier;
+}
+
+// Records that name no transponder, and services that are neither television nor radio, are left out.
+void Read105(const std::vector<Record>& records, const DefaultRecords& defaults, WorkFiles& work,
+             const Progress& progress) {
+  ListGatherer gatherer;
+  ListProgress bar(progress, records.size());
+  for (const Record record : records) {
+    bar.Step();
+    if (Number<kSymbolRate>(record) == 0) continue;
+    const size_t carrier = gatherer.AddCarrier(Satellite105(record, NewWorkSatellite(defaults)),
+                                               Carrier105(record, NewWorkCarrier(defaults)));
+    const char type = record[kType];
+    if (type != 'T' && type != 'R') continue;
+    WorkService service = NewWorkService(defaults);
+    const std::string name = PlainName(Text<kServiceName>(record), record.substr(kNameRest105.offset));
+    SetListName(service.name, name);
+    service.type = type == 'T' ? kTv : kRadio;
+    TakeServiceColumns(record, service);
+    service.program_number = Number<kProgramNumber>(record) & 0xFFFF;
+    gatherer.AddService(carrier, service, name);
+  }
+  bar.End();
+  gatherer.Finish(defaults, work);
+}
+
+bool IsRecord(std::string_view text) {
+  return StartsWithIgnoringCase(text, kSignature);
+}
+
+size_t DefaultLength(std::string_view text) {
+  return text.size() > 128 && text[128] == 'S' ? 128 : 129;
+}
+
+// The length at which most records begin as they should; of several the nominal one, else the shortest.
+size_t LikeliestLength(std::string_view text, size_t nominal) {
+  const auto records_at = [&](size_t length) {
+    size_t count = 0;
+    for (size_t at = 0; at < text.size(); at += length) count += IsRecord(text.substr(at)) ? 1 : 0;
+    return count;
+  };
+  size_t best = nominal, most = records_at(nominal);
+  for (size_t length = kSatcodxReadLength; length <= std::min(text.size(), kLongestRecord); ++length) {
+    const size_t count = records_at(length);
+    if (count <= most) continue;
+    most = count;
+    best = length;
+  }
+  return best;
+}
+
+// The records of a list, cut to `width` bytes where they are longer.
+std::vector<Record> RecordsOf(std::string_view text, const SatcodxOptions& options, size_t length,
+                              size_t width) {
+  std::vector<Record> records;
+  records.reserve(text.size() / length + 1);
+  for (size_t at = 0; at < text.size(); at += length) {
+    const Record record = text.substr(at, std::min(length, width));
+    // The last record may lack the line end that belongs to the others.
+    const size_t least = options.LooksForRecords() ? kSatcodxReadLength : length;
+    if (text.size() - at < least || (options.LooksForRecords() && !IsRecord(record))) continue;
+    records.push_back(record);
+  }
+  return records;
+}
+
 }  // namespace
 
 bool TrimAtDoubleSpace(char (&name)[kNameSize]) {
@@ -198,28 +295,62 @@ bool TrimAtDoubleSpace(char (&name)[kNameSize]) {
 }
 
 void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
-                 const Progress& progress) {
+                 const Progress& progress, const SatcodxOptions& options) {
   work = {};
-  const std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
-  const size_t length = text.size() > 128 && text[128] == 'S' ? 128 : 129;
-  const size_t count = text.size() / length;
-  if (count == 0) return;
-  const std::string_view version = Text<kVersion>(text.substr(0, kReadLength));
+  std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
+  if (options.LooksForRecords() && text.starts_with(kByteOrderMark))
+    text.remove_prefix(kByteOrderMark.size());
+  if (text.size() < kSatcodxReadLength) return;
+  const bool is_105 = options.layout == SatcodxLayout::k105 ||
+                      (options.layout == SatcodxLayout::kAuto && Text<kVersion3>(text) == kVersion105);
+  size_t length = std::max(options.record_length, kSatcodxReadLength);
+  if (options.record_length == 0) {
+    length = DefaultLength(text);
+    if (options.LooksForRecords()) length = LikeliestLength(text, is_105 ? kNominalLength105 : length);
+  }
+  const std::vector<Record> records =
+      RecordsOf(text, options, length, is_105 ? kNominalLength105 : kSatcodxReadLength);
+  if (is_105) return Read105(records, defaults, work, progress);
+  if (records.empty()) return;
+  const std::string_view version = Text<kVersion>(text);
   Reader reader(work, defaults);
   reader.layout_a = version == "02" || version == "03";
-  work.services.reserve(count);
-  ListProgress bar(progress, count);
-  for (size_t i = 0; i < count; ++i) {
-    TakeRecord(reader, text.substr(i * length, kReadLength));
+  if (options.layout == SatcodxLayout::kA) reader.layout_a = true;
+  if (options.layout == SatcodxLayout::kB) reader.layout_a = false;
+  reader.appends = options.layout == SatcodxLayout::kAuto;
+  work.services.reserve(records.size());
+  ListProgress bar(progress, records.size());
+  for (const Record record : records) {
+    TakeRecord(reader, record);
     bar.Step();
   }
   bar.End();
 }
 
-int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work) {
+std::string SatcodxDoubt(std::span<const uint8_t> list) {
+  const std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
+  const size_t length = DefaultLength(text), count = text.size() / length;
+  if (text.size() >= kSatcodxReadLength) {
+    const std::string_view version = Text<kVersion>(text);
+    if (version[0] != '0' || version[1] < '0' || version[1] > '4')
+      return "its version is " + std::string(Text<kVersion3>(text));
+  }
+  for (size_t i = 1; i < count; ++i) {
+    if (!IsRecord(text.substr(i * length)))
+      return "record " + std::to_string(i + 1) + " does not begin with \"SATCODX\"";
+  }
+  const size_t behind = text.size() - count * length;
+  return behind == 0 ? std::string() : std::to_string(behind) + " bytes stand behind the last record";
+}
+
+int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work,
+                  const SatcodxOptions& options) {
   Bytes list;
   if (ReadListFile(context, path, list) == ReadResult::kFailed) return 0;
-  ReadSatcodx(list, defaults, work, context.progress);
+  if (options.doubt && options.layout == SatcodxLayout::kDefault && options.record_length == 0) {
+    if (const std::string why = SatcodxDoubt(list); !why.empty()) options.doubt(why);
+  }
+  ReadSatcodx(list, defaults, work, context.progress, options);
   return 1;
 }
 

@@ -11,20 +11,56 @@
 //    75  4 video PID           79  4 audio PID            83  4 PCR PID
 //    87  5 program number     111  4 "____": free
 //   115 12 rest of the service name (A), satellite name (B)
+//
+// Layout 105, as televisions write it: records of 132 bytes, often with CR LF or LF behind each, channels in
+// any order, other data behind the last record, perhaps a byte-order mark before the first. It differs in
+//     7  3 "105"               10 18 satellite name      115 17 rest of the service name
+// Names may begin with a byte below 0x20 that names a character table.
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <span>
+#include <string>
 
 #include "import/work_files.h"
 
 namespace vexa {
 
+inline constexpr size_t kSatcodxReadLength = 127;  // bytes; no record is shorter
+
+enum class SatcodxLayout {
+  kDefault,  // as the text above says
+  kAuto,     // 105 for that version, else as above with the rest of a name always behind its start
+  kA,        // by the rules of layout A or B, whatever the version
+  kB,
+  k105
+};
+
+struct SatcodxOptions {
+  SatcodxLayout layout = SatcodxLayout::kDefault;
+  // Bytes from record to record, at least kSatcodxReadLength. 0: kAuto and k105 take the length at which most
+  // records begin with "SATCODX", the others go by the byte at offset 128.
+  size_t record_length = 0;
+  // Hears, before a file is read by the default layout and length, what speaks against them, as SatcodxDoubt
+  // gives it. May be empty.
+  std::function<void(const std::string& why)> doubt = {};
+
+  // Whether what does not begin with "SATCODX" is no record, and a byte-order mark no part of the first.
+  bool LooksForRecords() const { return layout == SatcodxLayout::kAuto || layout == SatcodxLayout::k105; }
+};
+
 // Fills `work` (emptied first). Any bytes are a list; what is no number reads as 0.
 void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
-                 const Progress& progress = {});
+                 const Progress& progress = {}, const SatcodxOptions& options = {});
+
+// What shows that the default options do not fit the list, as a clause such as "its version is 105"; empty
+// when nothing does.
+std::string SatcodxDoubt(std::span<const uint8_t> list);
 
 // 1; a file that cannot be opened is an empty list. 0 after a message: reading broke off.
-int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work);
+int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work,
+                  const SatcodxOptions& options = {});
 
 // Cuts a name before its first two consecutive spaces; false and unchanged when it has none.
 bool TrimAtDoubleSpace(char (&name)[kNameSize]);

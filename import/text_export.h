@@ -8,6 +8,7 @@
 
 namespace vexa {
 
+// The whole report in single-byte text; an SDB without satellites gives its head of ten lines.
 std::string DatabaseReport(const StaticDatabase& database);
 
 // Writes the report in place of whatever `path` held. False when it cannot be written; nothing is shown.

@@ -1,31 +1,13 @@
 #include "import/work_files.h"
 
-#include <cstring>
-#include <system_error>
-
 namespace vexa {
 
 namespace {
 
-constexpr const char* kSatelliteFile = "~001sat.bin";
-constexpr const char* kCarrierFile = "~001car.bin";
-constexpr const char* kServiceFile = "~001ser.bin";
-
 template <class Record>
-bool WriteRecords(const Context& context, const std::vector<Record>& records, const Path& path) {
-  const std::span<const uint8_t> bytes(reinterpret_cast<const uint8_t*>(records.data()),
-                                       records.size() * sizeof(Record));
-  if (WriteWholeFile(path, bytes, *context.files) == WriteResult::kDone) return true;
-  Tell(context.messages, Icon::kStop, "Could not creat file \"%s\".", Utf8FromPath(path).c_str());
-  return false;
-}
-
-template <class Record>
-void ReadRecords(const Path& path, std::vector<Record>& records) {
-  const auto content = ReadWholeFile(path);
-  if (!content) return;
-  records.resize(content->size() / sizeof(Record));
-  if (!records.empty()) std::memcpy(records.data(), content->data(), records.size() * sizeof(Record));
+Bytes BytesOfRecords(const std::vector<Record>& records) {
+  const auto* start = reinterpret_cast<const uint8_t*>(records.data());
+  return {start, start + records.size() * sizeof(Record)};
 }
 
 }  // namespace
@@ -57,23 +39,14 @@ WorkService NewWorkService(const DefaultRecords& defaults) {
 }
 
 std::array<Path, 3> WorkFilePaths(const Path& folder) {
-  return {folder / kSatelliteFile, folder / kCarrierFile, folder / kServiceFile};
+  return {folder / "~001sat.bin", folder / "~001car.bin", folder / "~001ser.bin"};
 }
 
-bool WriteWorkFiles(const Context& context, const WorkFiles& work, const Path& folder) {
-  std::error_code ignored;  // a folder that cannot be made shows when the first file cannot
-  std::filesystem::create_directories(folder, ignored);
+std::array<FileContent, 3> WorkFileContents(const WorkFiles& work, const Path& folder) {
   const auto paths = WorkFilePaths(folder);
-  return WriteRecords(context, work.satellites, paths[0]) && WriteRecords(context, work.carriers, paths[1]) &&
-         WriteRecords(context, work.services, paths[2]);
-}
-
-WorkFiles ReadWorkFiles(const Path& folder) {
-  WorkFiles work;
-  ReadRecords(folder / kSatelliteFile, work.satellites);
-  ReadRecords(folder / kCarrierFile, work.carriers);
-  ReadRecords(folder / kServiceFile, work.services);
-  return work;
+  return {FileContent{paths[0], BytesOfRecords(work.satellites)},
+          FileContent{paths[1], BytesOfRecords(work.carriers)},
+          FileContent{paths[2], BytesOfRecords(work.services)}};
 }
 
 }  // namespace vexa

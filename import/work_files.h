@@ -75,8 +75,7 @@ struct WorkService {
 };
 static_assert(sizeof(WorkService) == 32);
 
-// What one import has found so far. Kept in memory; the named files are only written where they are asked
-// for.
+// What one import has found so far. Kept in memory; files are made of it only where they are asked for.
 struct WorkFiles {
   std::vector<WorkSatellite> satellites;
   std::vector<WorkCarrier> carriers;
@@ -88,11 +87,8 @@ WorkSatellite NewWorkSatellite(const DefaultRecords& defaults);
 WorkCarrier NewWorkCarrier(const DefaultRecords& defaults);
 WorkService NewWorkService(const DefaultRecords& defaults);
 
-// Where the three files stand in `folder`.
+// Where the three files stand in `folder`, satellites first; and with what they hold.
 std::array<Path, 3> WorkFilePaths(const Path& folder);
-// The three files in `folder`, which is made when it is not there. False after a message.
-bool WriteWorkFiles(const Context& context, const WorkFiles& work, const Path& folder);
-// A file that is missing or cannot be read gives no records; a part record at its end is ignored.
-WorkFiles ReadWorkFiles(const Path& folder);
+std::array<FileContent, 3> WorkFileContents(const WorkFiles& work, const Path& folder);
 
 }  // namespace vexa

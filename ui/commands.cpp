@@ -103,38 +103,25 @@ bool SdbLimitReached(Application& app) {
 }
 
 bool ImportInto(Application& app, const Path& path, Document& document) {
-  const auto format = CheckListFile(app.context, path);
-  if (!format) return false;
-  const bool filtered = AskFilterMode(app.context);
-  WorkFiles work;
-  {
+  const auto show_progress = [&](const ListReading& read) {
     const ProgressBox progress(app, Utf8FromPath(path));
-    if (!ReadList(progress.context(), path, *format, app.defaults, work)) return false;
-  }
-  if (filtered && app.choose_records && !app.choose_records(work)) return false;
-  return OpenWorkFiles(app.context, work, app.defaults, document);
+    return read(progress.context());
+  };
+  WorkFiles work;
+  return ImportListFile(app.context, path, app.defaults,
+                        {FilterMode::kAsk, app.choose_records, show_progress}, work) &&
+         OpenWorkFiles(app.context, work, app.defaults, document);
 }
 
-void Import(Application& app, size_t filter) {
+template <ListFormat format>
+void Import(Application& app) {
   if (SdbLimitReached(app)) return;
-  const auto path = AskOpenFile(app.frame, {"Open a File",
-                                            {{"SatcoDX Industry Standard Protocol ( *.SDX )", "*.sdx"},
-                                             {"DVB2000 files ( *.DVB )", "*.dvb"},
-                                             {"Lyngsat Dat files ( *.DAT )", "*.dat"}},
-                                            nullptr,
-                                            filter});
+  FileQuestion question = {"Open a File"};
+  for (const ListFormatRow& row : ListFormats()) question.filters.push_back({row.import_filter, row.pattern});
+  question.first_filter = static_cast<size_t>(format);
+  const auto path = AskOpenFile(app.frame, question);
   Document document;
   if (path && ImportInto(app, *path, document)) OpenEditor(app, std::move(document), {}, true);
-}
-
-void ImportSatcodx(Application& app) {
-  Import(app, 0);
-}
-void ImportDvb2000(Application& app) {
-  Import(app, 1);
-}
-void ImportLyngsat(Application& app) {
-  Import(app, 2);
 }
 
 void CompressBin(Application& app) {
@@ -191,9 +178,9 @@ constexpr CommandRow kFunctions[] = {
     {kCmdInformation, Information},
     {kCmdTextFile, TextFile},
     {kCmdExportSdb, TextFile},
-    {kCmdImportSatcodx, ImportSatcodx},
-    {kCmdImportDvb2000, ImportDvb2000},
-    {kCmdImportLyngsat, ImportLyngsat},
+    {kCmdImportSatcodx, Import<ListFormat::kSatcodx>},
+    {kCmdImportDvb2000, Import<ListFormat::kDvb2000>},
+    {kCmdImportLyngsat, Import<ListFormat::kLyngsat>},
     {kCmdCompressBin, CompressBin},
     {kCmdUndo, Undo},
     {kCmdRedo, Redo},

@@ -71,13 +71,13 @@ void ShowFiles(MergerDialog& dialog, size_t first, size_t selected) {
 // What the file dialogs start with: the name chosen last, while it is one of this format.
 Path Proposed(const MergerDialog& dialog) {
   const Path& last = dialog.app.merge_file;
-  return HasExtension(last, TextsOf(dialog.merger.mode).extension) ? last : Path();
+  return HasExtension(last, RowOf(dialog.merger.format).extension()) ? last : Path();
 }
 
 void AddFile(MergerDialog& dialog, const Form& form) {
-  const MergeTexts& texts = TextsOf(dialog.merger.mode);
-  const auto path =
-      AskOpenFile(form.window, {texts.open_title, {{texts.filter, texts.pattern}}}, Proposed(dialog));
+  const ListFormatRow& format = RowOf(dialog.merger.format);
+  const auto path = AskOpenFile(
+      form.window, {format.merge.open_title, {{format.merge.filter, format.pattern}}}, Proposed(dialog));
   if (!path) return;
   dialog.app.merge_file = *path;
   if (AddMergeFile(dialog.app.context, dialog.merger, *path)) ShowFiles(dialog, 0, 0);
@@ -99,14 +99,15 @@ void Remove(MergerDialog& dialog) {
 bool Merge(MergerDialog& dialog, const Form& form) {
   const Context& context = dialog.app.context;
   if (!CanMerge(context, dialog.merger)) return false;
-  const MergeTexts& texts = TextsOf(dialog.merger.mode);
-  const FileQuestion question = {
-      texts.save_title, {{texts.filter, texts.pattern}}, texts.extension + 1};  // without its dot
+  const ListFormatRow& format = RowOf(dialog.merger.format);
+  const FileQuestion question = {format.merge.save_title,
+                                 {{format.merge.filter, format.pattern}},
+                                 format.extension() + 1};  // without its dot
   const auto output = AskSaveFile(form.window, question, Proposed(dialog));
   if (!output || !CanMergeInto(context, dialog.merger, *output)) return false;
   dialog.app.merge_file = *output;
   {
-    const ProgressBox progress(dialog.app, Utf8FromPath(*output), texts.title);
+    const ProgressBox progress(dialog.app, Utf8FromPath(*output), format.merge.title);
     if (!WriteMerged(progress.context(), dialog.merger, *output)) return false;
   }
   TellMerged(context, *output);
@@ -233,12 +234,12 @@ LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM wparam, LPARAM lp
   return DefSubclassProc(list, message, wparam, lparam);
 }
 
-void ShowMerger(Application& app, MergeMode mode) {
-  MergerDialog dialog{app, {mode, {}}};
+void ShowMerger(Application& app, ListFormat format) {
+  MergerDialog dialog{app, {format, {}}};
   FormActions actions;
   actions.anchors = ListAnchors(IDC_MERGE_LIST);
   actions.open = [&](Form& form) {
-    SetText(form.window, TextsOf(mode).title);
+    SetText(form.window, RowOf(format).merge.title);
     dialog.list = form.Control(IDC_MERGE_LIST);
     SetWindowSubclass(dialog.list, ListProcedure, 1, reinterpret_cast<DWORD_PTR>(&dialog));
     form.Focus(IDC_MERGE_FILES);
@@ -252,15 +253,15 @@ void ShowMerger(Application& app, MergeMode mode) {
   RunForm(app, IDD_MERGER, actions);
 }
 
-template <MergeMode mode>
+template <ListFormat format>
 void MergeLists(Application& app) {
-  ShowMerger(app, mode);
+  ShowMerger(app, format);
 }
 
 constexpr CommandRow kMergeFunctions[] = {
-    {kCmdMergeSatcodx, MergeLists<MergeMode::kSatcodx>},
-    {kCmdMergeDvb2000, MergeLists<MergeMode::kDvb2000>},
-    {kCmdMergeLyngsat, MergeLists<MergeMode::kLyngsat>},
+    {kCmdMergeSatcodx, MergeLists<ListFormat::kSatcodx>},
+    {kCmdMergeDvb2000, MergeLists<ListFormat::kDvb2000>},
+    {kCmdMergeLyngsat, MergeLists<ListFormat::kLyngsat>},
 };
 
 }  // namespace

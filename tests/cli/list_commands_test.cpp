@@ -26,8 +26,7 @@ TEST_F(ListCommands, ContainerIsWhatSavingTheImportedDatabaseGives) {
     const Path list = DataFolder() / name;
     EXPECT_EQ(RunVexa({"import", Utf8FromPath(list), "-o", In("out.bin")}).status, 0) << name;
     WorkFiles work;
-    const auto format = CheckListFile(recorder.context, list);
-    ASSERT_TRUE(format && ReadList(recorder.context, list, *format, {}, work)) << name;
+    ASSERT_TRUE(ImportListFile(recorder.context, list, {}, {}, work)) << name;
     Document expected;
     ASSERT_TRUE(OpenWorkFiles(recorder.context, work, {}, expected));
     EXPECT_EQ(Get("out.bin"), BuildBin(recorder.context, expected, {}, {})) << name;
@@ -68,6 +67,37 @@ TEST_F(ListCommands, FilterMode) {
               std::tuple(28 * c.satellites, 36 * c.carriers, 32 * c.services))
         << c.options;
   }
+}
+
+// Two records of a television's list: what is read by default stays as it is, and is warned of.
+TEST_F(ListCommands, LayoutsOfSatcodxLists) {
+  std::string record = SdxText({.version = "05", .name = "Das Erst"});
+  record[7] = '1';
+  record.replace(115, 13, "e HD         ").append(4, ' ');
+  Put("tv.sdx", record + record);
+  const auto services = [&](const std::string& options, const std::string& errors) {
+    const ProgramResult result = Vexa("import @tv.sdx --stream -o @out.sdb " + options);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, errors) << options;
+    const Document document = Open("out.sdb");
+    std::string names;
+    for (const auto& service : document.sdbs[0].database->services)
+      names += std::string(NameOf(service->record.name)) + ' ';
+    return names;
+  };
+  const std::string warning = "warning: " + In("tv.sdx") +
+                              " does not look as lists of its format do: its version is 105."
+                              " --layout auto reads it by what it shows.\n";
+  EXPECT_EQ(services("", warning), "Das Erst ");
+  EXPECT_EQ(services("--layout default", warning), "Das Erst ");
+  for (const char* options : {"--layout auto", "--layout 105", "--layout 105 --record-length 0x84"})
+    EXPECT_EQ(services(options, ""), "Das Erste HD ") << options;
+  Put("tv.sdx", "\xEF\xBB\xBF" + record + "\r\n" + record + "\r\n");
+  EXPECT_EQ(services("--layout auto", ""), "Das Erste HD ");
+  EXPECT_TRUE(
+      Vexa("import @tv.sdx --stream -o @out.sdb").errors.starts_with("error: Error - Invalid File\n"));
+  for (const char* options : {"@tv.sdx --layout c", "@tv.sdx --record-length 126", "@tv.dat --layout a"})
+    EXPECT_EQ(Vexa("import -o @out.sdb " + std::string(options)).status, 2) << options;
 }
 
 struct RefusalCase {
@@ -138,6 +168,13 @@ TEST_F(ListCommands, FailedImportTakesItsWorkFilesBack) {
     EXPECT_EQ(Get("old/other"), BytesOf("other")) << stream;
     EXPECT_FALSE(Exists("old/~001sat.bin") || Exists("old/~001ser.bin")) << stream;
   }
+  // A link that leads nowhere cannot be read, and stays as it is.
+  std::error_code error;
+  std::filesystem::create_symlink(At("gone"), At("old/~001sat.bin"), error);
+  EXPECT_EQ(Vexa("import @list.sdx -o @none/out.bin --work-dir @old").status, 1);
+  EXPECT_TRUE(error || std::filesystem::is_symlink(At("old/~001sat.bin")));
+  EXPECT_FALSE(Exists("gone"));
+  std::filesystem::remove(At("old/~001sat.bin"));
   // The third file cannot be made: neither the first two nor the output are.
   std::filesystem::create_directories(At("old/~001ser.bin"));
   EXPECT_EQ(Vexa("import @list.sdx -o @out.bin --work-dir @old").status, 1);

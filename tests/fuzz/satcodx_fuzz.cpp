@@ -9,11 +9,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace vexa;
   Context context;
   context.messages.tell = [](Icon, const std::string&, const std::string&) {};
-  WorkFiles work;
-  ReadSatcodx({data, size}, DefaultRecords{}, work);
-  Document document;
-  if (!OpenBinBytes(context, BuildBinFromWorkFiles(work, DefaultRecords{}), document)) return 0;
-  const StaticDatabase& database = *document.sdbs.at(0).database;
-  if (!CheckLinks(database).empty() || database.services.size() != work.services.size()) std::abort();
+  SatcodxDoubt({data, size});
+  const size_t length = size % 2 == 0 ? 0 : kSatcodxReadLength + data[size / 2] % 16;
+  for (const auto layout : {SatcodxLayout::kDefault, SatcodxLayout::kAuto, SatcodxLayout::kA,
+                            SatcodxLayout::kB, SatcodxLayout::k105}) {
+    WorkFiles work;
+    ReadSatcodx({data, size}, DefaultRecords{}, work, {}, {layout, length});
+    Document document;
+    if (!OpenBinBytes(context, BuildBinFromWorkFiles(work, DefaultRecords{}), document)) continue;
+    const StaticDatabase& database = *document.sdbs.at(0).database;
+    if (!CheckLinks(database).empty() || database.services.size() != work.services.size()) std::abort();
+  }
   return 0;
 }

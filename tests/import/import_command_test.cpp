@@ -46,31 +46,45 @@ TEST(ImportCommand, ExtensionAndFirstBytesMustAgree) {
   }
 }
 
+// A list of each format, and what is told when it goes away, or breaks off, between the check and the
+// reading.
 TEST(ImportCommand, UnreadableLists) {
-  const Texts dat = {"Error in opening file", "Invalid or unsupported DAT file format."};
-  Recorder recorder;
-  for (const ListFormat format : {ListFormat::kSatcodx, ListFormat::kDvb2000, ListFormat::kLyngsat}) {
-    const bool read = format == ListFormat::kSatcodx;
-    WorkFiles work;
-    work.services.resize(3);
-    EXPECT_EQ(ReadList(recorder.context, recorder.context.temporary_folder / "none", format, {}, work), read);
-    EXPECT_TRUE(!read || work.services.empty());
-    EXPECT_EQ(recorder.Texts(), read ? Texts{} : dat);
-  }
-}
-
-// Reading that breaks off is no end of the list: nothing is made of the part before it.
-TEST(ImportCommand, ListsWhoseReadingBreaksOff) {
   const Path broken = "/proc/self/mem";  // can be opened, and nothing is mapped at its start
-  if (!std::filesystem::exists(broken)) GTEST_SKIP() << "no file here breaks off";
-  Recorder recorder;
-  for (const ListFormat format : {ListFormat::kSatcodx, ListFormat::kDvb2000, ListFormat::kLyngsat}) {
-    WorkFiles work;
-    EXPECT_FALSE(ReadList(recorder.context, broken, format, {}, work));
-    EXPECT_EQ(recorder.Texts(),
-              (Texts{"Could not read file \"" + Utf8FromPath(broken) + "\".",
-                     format == ListFormat::kSatcodx ? "Invalid or unsupported SDX file format."
-                                                    : "Invalid or unsupported DAT file format."}));
+  const struct {
+    const char *file, *content;
+    Texts gone;
+    const char* unreadable;
+  } cases[] = {{"a.sdx", "SATCODX", {}, "Invalid or unsupported SDX file format."},
+               {"a.dvb", "DVSO", {"Error in opening file"}, "Invalid or unsupported DAT file format."},
+               {"a.dat", ":SAT", {"Error in opening file"}, "Invalid or unsupported DAT file format."}};
+  for (const auto& c : cases) {
+    Recorder recorder;
+    const Path path = recorder.context.temporary_folder / c.file;
+    std::function<void()> change = [&] { std::filesystem::remove(path); };
+    const ImportSteps steps = {.run = [&](const ListReading& read) {
+      change();
+      return read(recorder.context);
+    }};
+    const auto import = [&] {
+      PutFile(path, BytesOf(c.content));
+      WorkFiles work;
+      work.services.resize(3);
+      const bool read = ImportListFile(recorder.context, path, {}, steps, work);
+      EXPECT_TRUE(work.services.empty());
+      return read;
+    };
+    EXPECT_EQ(import(), c.gone.empty()) << c.file;
+    Texts gone = c.gone;
+    if (!gone.empty()) gone.push_back(c.unreadable);
+    EXPECT_EQ(recorder.Texts(), gone);
+    if (!std::filesystem::exists(broken)) continue;  // no file here breaks off
+    change = [&] {
+      std::filesystem::remove(path);
+      std::filesystem::create_symlink(broken, path);
+    };
+    EXPECT_FALSE(import()) << c.file;
+    EXPECT_EQ(recorder.Texts(), (Texts{"Could not read file \"" + Utf8FromPath(path) + "\".", c.unreadable}));
+    std::filesystem::remove(path);
   }
 }
 
@@ -82,13 +96,15 @@ TEST(ImportCommand, ListsCutAtEveryByte) {
     return DvbRecord{.id = id, .frequency = 11778, .symbol_rate = 27500, .video = id, .text = "Name"};
   };
   using Read = void (*)(std::span<const uint8_t>, const DefaultRecords&, WorkFiles&, const Progress&);
+  const Read read_satcodx = [](std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
+                               const Progress& progress) { ReadSatcodx(list, defaults, work, progress); };
   const struct {
     const char* format;
     Read read;
     std::string text;
     size_t record;  // bytes; 0: lines
   } lists[] = {
-      {"SatcoDX", ReadSatcodx, SdxList({{.video = "0001"}, {.video = "0002"}, {.video = "0003"}}), 128},
+      {"SatcoDX", read_satcodx, SdxList({{.video = "0001"}, {.video = "0002"}, {.video = "0003"}}), 128},
       {"DVB2000", ReadDvb2000, DvbList({satellite("A-1\260E"), service(1), service(2), service(3)}), 64},
       {"Lyngsat", ReadLyngsat,
        ":SAT \"Astra\" 19.2 E\n:TRP 11778 27500 1 V 0 3/4\n:CHN \"One\" 1 T\n:CHN \"Two\" 2 R\n:CHN \"X\" 3 "
@@ -118,34 +134,40 @@ TEST(ImportCommand, ListsCutAtEveryByte) {
 }
 
 struct ImportManySatellites : testing::Test {
-  bool Import(int satellites, const FilterDialogs& dialogs) {
+  bool Import(int satellites, FilterMode filter, const std::function<bool(WorkFiles&)>& choose) {
     std::vector<SdxRecord> records;
     for (int i = 0; i < satellites; ++i)
       records.push_back({.frequency = Format("%06d", 10700 + i), .position = Format("%04d", i + 1)});
     const Path path = recorder.context.temporary_folder / "list.sdx";
     PutFile(path, BytesOf(SdxList(records)));
-    return ImportListFile(recorder.context, path, {}, dialogs, document);
+    WorkFiles work;
+    return ImportListFile(recorder.context, path, {}, {filter, choose, {}}, work) &&
+           OpenWorkFiles(recorder.context, work, {}, document);
   }
   Recorder recorder;
   Document document;
 };
 
-TEST_F(ImportManySatellites, WithoutFilterTheDialogsStayAway) {
-  const FilterDialogs never = [](WorkFiles&) -> bool { throw std::logic_error("asked"); };
+TEST_F(ImportManySatellites, WithoutFilterTheChoiceStaysAway) {
+  const auto never = [](WorkFiles&) -> bool { throw std::logic_error("asked"); };
   const std::string question = "Do you want to generate Bin file with filter mode";
   recorder.answer = false;
-  EXPECT_FALSE(Import(86, never));
+  EXPECT_FALSE(Import(86, FilterMode::kAsk, never));
   EXPECT_EQ(recorder.Texts(), (Texts{question, "Satellite records exceed the limit. Can not add."}));
-  EXPECT_TRUE(Import(85, never));
+  EXPECT_TRUE(Import(85, FilterMode::kAsk, never));
   EXPECT_EQ(recorder.Texts(), Texts{question});
   ASSERT_EQ(document.sdbs.size(), 1u);
   EXPECT_EQ(document.sdbs[0].database->satellites.size(), 85u);
+  recorder.answer = true;
+  EXPECT_FALSE(Import(86, FilterMode::kOff, never));
+  EXPECT_EQ(recorder.Texts(), Texts{"Satellite records exceed the limit. Can not add."});
 }
 
-TEST_F(ImportManySatellites, FilterModeTakesWhatTheDialogsLeave) {
-  EXPECT_FALSE(Import(90, [](WorkFiles&) { return false; }));
+TEST_F(ImportManySatellites, FilterModeTakesWhatTheChoiceLeaves) {
+  EXPECT_FALSE(Import(90, FilterMode::kAsk, [](WorkFiles&) { return false; }));
   EXPECT_TRUE(document.sdbs.empty());
-  EXPECT_TRUE(Import(90, [](WorkFiles& work) {
+  recorder.Texts();
+  EXPECT_TRUE(Import(90, FilterMode::kOn, [](WorkFiles& work) {
     Wizard wizard(work);
     ChooseSatellite(wizard, 3, true);
     ChooseSatellite(wizard, 88, true);
@@ -154,30 +176,26 @@ TEST_F(ImportManySatellites, FilterModeTakesWhatTheDialogsLeave) {
     CompactWorkFiles(wizard);
     return true;
   }));
+  EXPECT_TRUE(recorder.shown.empty()) << "not asked";
   const StaticDatabase& database = *document.sdbs.at(0).database;
   ASSERT_EQ(database.satellites.size(), 2u);
   EXPECT_EQ(database.satellites[1]->record.angle, 89u);
   EXPECT_EQ(database.services.size(), 2u);
 }
 
-TEST(WorkFilesOnDisk, RoundTripAndFailures) {
-  Recorder recorder;
-  const Path folder = recorder.context.temporary_folder / "new";
+TEST(WorkFiles, AsFiles) {
   WorkFiles work;
   work.satellites.resize(2);
   work.carriers.resize(3);
   work.carriers[1].frequency = 11000;
   work.services.resize(5);
-  ASSERT_TRUE(WriteWorkFiles(recorder.context, work, folder));
-  PutFile(folder / "~001ser.bin", Bytes(63, 1));
-  const WorkFiles back = ReadWorkFiles(folder);
-  EXPECT_EQ(BytesOfRecords(back.carriers), BytesOfRecords(work.carriers));
-  EXPECT_EQ(back.services.size(), 1u);
-  EXPECT_TRUE(ReadWorkFiles(folder / "none").satellites.empty());
-  recorder.FailStep(1);
-  EXPECT_FALSE(WriteWorkFiles(recorder.context, work, folder));
-  EXPECT_EQ(recorder.Texts(),
-            Texts{"Could not creat file \"" + Utf8FromPath(folder / "~001sat.bin") + "\"."});
+  const auto files = WorkFileContents(work, "dir");
+  const Bytes contents[] = {Bytes(2 * 28), BytesOfRecords(work.carriers), Bytes(5 * 32)};
+  const char* const names[] = {"~001sat.bin", "~001car.bin", "~001ser.bin"};
+  for (size_t i = 0; i < files.size(); ++i) {
+    EXPECT_EQ(files[i].path, Path("dir") / names[i]);
+    EXPECT_EQ(files[i].content, contents[i]);
+  }
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ TEST(Merger, SatcodxVersion) {
         "SatcoDX ( SDX ) file from website"};
     EXPECT_EQ(recorder.Texts(), passes ? Texts{} : refused);
     // The version matters in this mode alone, and for single files alone.
-    Merger other{MergeMode::kLyngsat, {}};
+    Merger other{ListFormat::kLyngsat, {}};
     EXPECT_TRUE(AddMergeFile(recorder.context, other, path));
     EXPECT_TRUE(AddMergeFolder(recorder.context, merger, recorder.context.temporary_folder));
     EXPECT_EQ(merger.files.size(), 1u);
@@ -36,7 +36,7 @@ TEST(Merger, SamePathOnce) {
   Recorder recorder;
   const Path folder = recorder.context.temporary_folder;
   PutFile(folder / "a.dvb", BytesOf("A"));
-  Merger merger{MergeMode::kDvb2000, {}};
+  Merger merger{ListFormat::kDvb2000, {}};
   EXPECT_TRUE(AddMergeFile(recorder.context, merger, folder / "a.dvb"));
   EXPECT_FALSE(AddMergeFile(recorder.context, merger, folder / "a.dvb"));
   EXPECT_EQ(recorder.Texts(), Texts{"Duplication of files not allowed."});
@@ -46,18 +46,18 @@ TEST(Merger, SamePathOnce) {
 
 TEST(Merger, Folder) {
   const struct {
-    MergeMode mode;
+    ListFormat format;
     Texts names;
     const char* empty;
   } cases[] = {
-      {MergeMode::kSatcodx, {"a.SDX", "B.sdx", "c.sdx"}, "No SatcoDX ( SDX ) file found."},
-      {MergeMode::kLyngsat, {"x.dat"}, "No Lyngsat ( DAT ) file found."},
-      {MergeMode::kDvb2000, {"y.dvb"}, "No DVB2000 ( DVB ) file found."},
+      {ListFormat::kSatcodx, {"a.SDX", "B.sdx", "c.sdx"}, "No SatcoDX ( SDX ) file found."},
+      {ListFormat::kLyngsat, {"x.dat"}, "No Lyngsat ( DAT ) file found."},
+      {ListFormat::kDvb2000, {"y.dvb"}, "No DVB2000 ( DVB ) file found."},
   };
   for (const auto& c : cases) {
     Recorder recorder;
     const Path folder = recorder.context.temporary_folder;
-    Merger merger{c.mode, {}};
+    Merger merger{c.format, {}};
     EXPECT_FALSE(AddMergeFolder(recorder.context, merger, folder));
     EXPECT_FALSE(AddMergeFolder(recorder.context, merger, folder / "none"));
     EXPECT_EQ(recorder.Texts(), (Texts{c.empty, c.empty}));
@@ -80,7 +80,7 @@ TEST(Merger, JoinsBytesInOrder) {
   const Path folder = recorder.context.temporary_folder;
   PutFile(folder / "1.sdx", Bytes{'b', 0, 26});
   PutFile(folder / "2.sdx", BytesOf("a\r\n"));
-  Merger merger{MergeMode::kSatcodx, {folder / "1.sdx"}};
+  Merger merger{ListFormat::kSatcodx, {folder / "1.sdx"}};
   EXPECT_FALSE(CanMerge(recorder.context, merger));
   ASSERT_EQ(recorder.shown.size(), 1u);
   EXPECT_EQ(recorder.shown[0].icon, Icon::kWarning);
@@ -105,7 +105,7 @@ TEST(Merger, OutputOverAnInput) {
   const Path folder = recorder.context.temporary_folder, first = folder / "1.dat", second = folder / "2.dat";
   PutFile(first, BytesOf("one"));
   PutFile(second, BytesOf("two"));
-  const Merger merger{MergeMode::kLyngsat, {first, second, folder / "gone.dat"}};
+  const Merger merger{ListFormat::kLyngsat, {first, second, folder / "gone.dat"}};
   for (const Path& path : {second, folder / "." / "2.dat", folder / "gone.dat"}) {
     EXPECT_FALSE(CanMergeInto(recorder.context, merger, path)) << Utf8FromPath(path);
     EXPECT_EQ(recorder.Texts(), Texts{"The merged file cannot be one of the selected files."});
@@ -120,7 +120,7 @@ TEST(Merger, FailedWriteLeavesTheOldFile) {
   PutFile(folder / "1.dat", BytesOf("one"));
   PutFile(folder / "2.dat", BytesOf("two"));
   PutFile(output, BytesOf("old"));
-  const Merger merger{MergeMode::kLyngsat, {folder / "1.dat", folder / "2.dat"}};
+  const Merger merger{ListFormat::kLyngsat, {folder / "1.dat", folder / "2.dat"}};
   int step = 0;
   bool written = false;
   while (!written && step < 20) {
@@ -140,7 +140,7 @@ TEST(Merger, ReadingThatBreaksOffLeavesTheOldFile) {
   PutFile(folder / "1.dat", BytesOf("one"));
   PutFile(output, BytesOf("old"));
   for (const std::vector<Path>& files : {std::vector{folder / "1.dat", broken}, {broken, folder / "1.dat"}}) {
-    EXPECT_FALSE(WriteMerged(recorder.context, {MergeMode::kLyngsat, files}, output));
+    EXPECT_FALSE(WriteMerged(recorder.context, {ListFormat::kLyngsat, files}, output));
     EXPECT_EQ(recorder.Texts(), Texts{"Could not read file \"" + Utf8FromPath(broken) + "\"."});
     EXPECT_EQ(*ReadWholeFile(output), BytesOf("old"));
   }
@@ -160,7 +160,7 @@ TEST(Merger, Move) {
       {{9}, 9, 5, "abcde"},
   };
   for (const auto& c : cases) {
-    Merger merger{MergeMode::kDvb2000, {"a", "b", "c", "d", "e"}};
+    Merger merger{ListFormat::kDvb2000, {"a", "b", "c", "d", "e"}};
     EXPECT_EQ(MoveMergeFiles(merger, c.positions, c.before), c.first) << c.order;
     std::string order;
     for (const Path& path : merger.files) order += Utf8FromPath(path);
@@ -169,17 +169,11 @@ TEST(Merger, Move) {
 }
 
 TEST(Merger, Remove) {
-  Merger merger{MergeMode::kDvb2000, {"a", "b", "c", "d"}};
+  Merger merger{ListFormat::kDvb2000, {"a", "b", "c", "d"}};
   RemoveMergeFiles(merger, {});
   EXPECT_EQ(merger.files.size(), 4u);
   RemoveMergeFiles(merger, {0, 2});
   EXPECT_EQ(merger.files, (std::vector<Path>{"b", "d"}));
-}
-
-TEST(Merger, TextsOfModes) {
-  EXPECT_STREQ(TextsOf(MergeMode::kSatcodx).title, "SatcoDX [ SDX ] File Merger");
-  EXPECT_STREQ(TextsOf(MergeMode{2}).save_title, "Save as Lyngsat DAT file");
-  for (const int mode : {0, 3, 4, -1}) EXPECT_STREQ(TextsOf(MergeMode{mode}).pattern, "*.dvb") << mode;
 }
 
 }  // namespace
