@@ -299,6 +299,8 @@ TEST(SimulatedReceiver, FaultsAreWhatTheySay) {
   EXPECT_EQ(flips.Timed(200), (Heard{{120, right}}));
   // The same seed makes the same faults on every machine; of 64, about as many as the probability says.
   Receiver receiver = MakeReceiver({7, 0, 0, 0, 0}, {});
+  EXPECT_FALSE(Happens(receiver, 0));
+  EXPECT_EQ(receiver.random, 7u);  // a fault that is not asked for moves no other
   uint64_t happened = 0;
   for (int i = 0; i < 64; ++i) happened = happened << 1 | (Happens(receiver, 0.25) ? 1 : 0);
   EXPECT_EQ(happened, 0x44A004210B180900u);
