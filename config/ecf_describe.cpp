@@ -143,20 +143,28 @@ std::string Description(const EcfContent& content) {
 
 }  // namespace
 
+namespace {
+
+// False after a message that names the first byte in which the file is not what was written of it.
+bool ExpectSame(const Context& context, const std::string& name, std::span<const uint8_t> file,
+                std::span<const uint8_t> written) {
+  const auto [mine, first] = std::mismatch(written.begin(), written.end(), file.begin(), file.end());
+  if (mine == written.end() && first == file.end()) return true;
+  Tell(context.messages, Icon::kStop, "%s: No description states what this file holds at byte %zu.",
+       name.c_str(), static_cast<size_t>(first - file.begin()));
+  return false;
+}
+
+}  // namespace
+
 std::optional<std::string> DescribeEcf(const Context& context, const std::string& name,
                                        std::span<const uint8_t> file) {
   const EcfContent content = ReadEcfContent(file);
-  const auto written = WriteEcf(content);
-  if (!written || !std::equal(written->begin(), written->end(), file.begin(), file.end())) {
-    const Bytes none;
-    const Bytes& bytes = written ? *written : none;
-    const auto first = std::mismatch(bytes.begin(), bytes.end(), file.begin(), file.end()).second;
-    Tell(context.messages, Icon::kStop, "%s: No description states what this file holds at byte %zu.",
-         name.c_str(), static_cast<size_t>(first - file.begin()));
-    return std::nullopt;
-  }
+  if (!ExpectSame(context, name, file, WriteEcf(content).value_or(Bytes{}))) return std::nullopt;
   std::string text = Description(content);
-  if (!CompileEcfText(context, name, text)) return std::nullopt;
+  // Bytes behind the end of a text are in the content and not in its description.
+  const auto compiled = CompileEcfText(context, name, text);
+  if (!compiled || !ExpectSame(context, name, file, *compiled)) return std::nullopt;
   return text;
 }
 

@@ -249,9 +249,10 @@ TEST_F(DescribeTest, CompilesToTheSameBytes) {
 
 TEST_F(DescribeTest, OfWhatNoDescriptionStatesNamesThePlace) {
   const auto shipped = *CompileEcf(recorder.context, DataFolder() / "receivers.toml");
-  // One byte that is not read in each: file, manufacturer, product, configuration, block, region.
-  for (const size_t at :
-       {size_t{5}, size_t{25}, size_t{32}, size_t{80 + 131}, size_t{228 + 3}, size_t{244 + 70}}) {
+  // One byte that is not read in each: file, manufacturer, product, configuration, block, region, the name of
+  // a language.
+  for (const size_t at : {size_t{5}, size_t{25}, size_t{32}, size_t{80 + 131}, size_t{228 + 3},
+                          size_t{244 + 70}, size_t{6502}}) {
     Bytes file = shipped;
     file[at] ^= 0x40;
     EXPECT_FALSE(DescribeEcf(recorder.context, "x.ecf", file));

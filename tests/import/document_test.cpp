@@ -103,7 +103,8 @@ TEST(CsvDocument, CarriersStandByTheNumbersOfTheirServices) {
   for (const char* name : {"A", "B", "C"}) AddTestSatellite(database, name);
   // A: empty, with services, empty; B: none with services; C: with services that stand first.
   std::vector<Carrier*> carriers;
-  for (const size_t satellite : {0, 0, 0, 1, 2}) carriers.push_back(AddTestCarrier(database, satellite));
+  for (const size_t satellite : std::initializer_list<size_t>{0, 0, 0, 1, 2})
+    carriers.push_back(AddTestCarrier(database, satellite));
   for (size_t i = 0; i < carriers.size(); ++i)
     SetName(carriers[i]->record.name, std::string(1, static_cast<char>('a' + i)));
   AddTestService(database, carriers[4]);
