@@ -116,7 +116,7 @@ bool ImportInto(Application& app, const Path& path, Document& document) {
 template <ListFormat format>
 void Import(Application& app) {
   if (SdbLimitReached(app)) return;
-  FileQuestion question = {"Open a File"};
+  FileQuestion question{.title = "Open a File", .filters = {}};
   for (const ListFormatRow& row : ListFormats()) question.filters.push_back({row.import_filter, row.pattern});
   question.first_filter = static_cast<size_t>(format);
   const auto path = AskOpenFile(app.frame, question);

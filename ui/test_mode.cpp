@@ -85,18 +85,19 @@ bool AnswerTest(Application& app, WPARAM request, LPARAM number) {
 
 }  // namespace vexa
 
-// The program's allocations, so that a test can let one of them fail.
-void* operator new(size_t size) {
+// The program's allocations, so that a test can let one of them fail. Not to be inlined: the compiler would
+// see memory of `new` that goes to `free`.
+[[gnu::noinline]] void* operator new(size_t size) {
   const bool fails = vexa::allocations_left > 0 && --vexa::allocations_left == 0;
   void* memory = fails ? nullptr : std::malloc(size ? size : 1);
   if (!memory) throw std::bad_alloc();
   return memory;
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
 
-void operator delete(void* memory, size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, size_t) noexcept {
   std::free(memory);
 }
