@@ -79,7 +79,8 @@ TEST(Files, OneFileHasManyNames) {
   std::error_code error;
   std::filesystem::create_hard_link(file, folder / "link.bin", error);
   EXPECT_TRUE(SameFile(file, folder / "." / "one.bin"));
-  EXPECT_TRUE(SameFile(file, std::filesystem::relative(file)));
+  const Path relative = std::filesystem::relative(file);  // empty from another drive
+  EXPECT_TRUE(relative.empty() || SameFile(file, relative));
   if (!error) {
     EXPECT_TRUE(SameFile(file, folder / "link.bin"));
   }
