@@ -105,7 +105,7 @@ TEST_F(Options, ATypedConfigurationRefillsTheListsOrLeavesBrowse) {
   EXPECT_EQ(AnswerOver(box), "Configuration parsing problem");
   driver_->Until("OK to grey", [&] { return !Enabled(box, IDOK); });
   for (const int id : {IDC_SETTINGS_FILE, IDC_SETTINGS_MAJOR, IDC_SETTINGS_BAUD, IDC_SETTINGS_FORMAT})
-    EXPECT_FALSE(Enabled(box, id)) << id;
+    EXPECT_TRUE(driver_->Until("a field to grey", [&] { return !Enabled(box, id); })) << id;
   EXPECT_TRUE(Enabled(box, IDC_SETTINGS_BROWSE) && Enabled(box, IDCANCEL));
   driver_->Press(box, IDCANCEL);
   End();
