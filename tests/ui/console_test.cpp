@@ -217,12 +217,18 @@ TEST_F(ConsoleUi, SelectedPartsOfTheLogAreCopied) {
   editor_->Command(kCmdConsoleSelectAll);
   EXPECT_FALSE(Item(kCmdConsoleCopy).greyed);
   editor_->Command(kCmdConsoleCopy);
-  ASSERT_TRUE(editor_->Until("the clipboard", [] { return OpenClipboard(nullptr) != 0; }));
-  const HANDLE data = GetClipboardData(CF_UNICODETEXT);
-  const auto* text = data ? static_cast<const wchar_t*>(GlobalLock(data)) : nullptr;
-  EXPECT_EQ(text ? Utf8(text) : "", "Line 1 of many\r\nLine 2 of many\r\nLine 3 of many\r\n");
-  if (text) GlobalUnlock(data);
-  CloseClipboard();
+  std::string copied;
+  editor_->Until("the clipboard", [&] {
+    if (!OpenClipboard(nullptr)) return false;
+    const HANDLE data = GetClipboardData(CF_UNICODETEXT);
+    if (const auto* text = data ? static_cast<const wchar_t*>(GlobalLock(data)) : nullptr) {
+      copied = Utf8(text);
+      GlobalUnlock(data);
+    }
+    CloseClipboard();
+    return !copied.empty();
+  });
+  EXPECT_EQ(copied, "Line 1 of many\r\nLine 2 of many\r\nLine 3 of many\r\n");
   ExpectCleanEnd();
 }
 
