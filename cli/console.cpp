@@ -125,7 +125,8 @@ std::string PrintResults(const CommandState& state) {
   errno = 0;
   const bool written =
       std::fwrite(state.output.data(), 1, state.output.size(), stdout) == state.output.size();
-  if (std::fflush(stdout) == 0 && written) return {};
+  // A stream that writes line by line may have lost what its last flush does not hold.
+  if (std::fflush(stdout) == 0 && written && std::ferror(stdout) == 0) return {};
   return std::error_code(errno == 0 ? EIO : errno, std::generic_category()).message();
 }
 

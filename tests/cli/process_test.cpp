@@ -32,7 +32,8 @@ struct Process : CliTest {
   }
 
   // Runs the command line in a child; its standard error goes to "errors", its output to `output`.
-  pid_t Start(const std::string& line, int fails_at = 0, const std::string& output = "/dev/null") {
+  pid_t Start(const std::string& line, int fails_at = 0, const std::string& output = "/dev/null",
+              bool line_by_line = false) {
     const pid_t child = fork();
     if (child != 0) return child;
     const auto direct = [](const std::string& path, int stream) {
@@ -42,6 +43,7 @@ struct Process : CliTest {
     };
     direct(In("errors"), STDERR_FILENO);
     output.empty() ? static_cast<void>(close(STDOUT_FILENO)) : direct(output, STDOUT_FILENO);
+    setvbuf(stdout, nullptr, line_by_line ? _IOLBF : _IOFBF, BUFSIZ);
     setenv("TMPDIR", In("tmp").c_str(), 1);
     std::vector<std::string> arguments = Words("vexa " + line);
     std::vector<char*> pointers;
@@ -157,9 +159,11 @@ TEST_F(Process, ResultsThatCannotBeWrittenAreAFailure) {
     for (const std::string line :
          {"info @base.bin", "ecf show @no.ecf", "--help", "--version", "export --help"}) {
       const bool refused = line.starts_with("ecf");
-      EXPECT_EQ(End(Start(line, 0, output)), 1) << line;
-      EXPECT_EQ(Errors().find(reason) == std::string::npos, refused) << line << Errors();
-      EXPECT_THAT(Errors(), testing::StartsWith("error: "));
+      for (const bool line_by_line : {false, true}) {
+        EXPECT_EQ(End(Start(line, 0, output, line_by_line)), 1) << line;
+        EXPECT_EQ(Errors().find(reason) == std::string::npos, refused) << line << Errors();
+        EXPECT_THAT(Errors(), testing::StartsWith("error: "));
+      }
     }
   }
 }
