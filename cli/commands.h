@@ -55,7 +55,9 @@ struct Selection {
 std::optional<Selection> ParseSelection(const std::string& text);
 std::string CheckSelection(const std::string& text);  // why the text is no selection; empty when it is one
 
-Path ShippedConfiguration();                           // "receivers.ecf" beside the program
+// The configuration without --ecf: what VEXA_ECF names, else "receivers.ecf" beside the program, else in
+// "../share/vexa". Throws CommandFailed after a message when VEXA_ECF names nothing.
+Path ShippedConfiguration(const CommandState& state);
 LocalTime CommandTime(const CommandState& state);      // --time or now
 ProjectConfig LoadCommandConfig(CommandState& state);  // throws CommandFailed after the message
 Document OpenDocument(CommandState& state,
@@ -97,6 +99,9 @@ std::string DocumentFormat(const std::string& file);
 void ExpectWritten(CommandState& state, const std::string& file, WriteResult result);
 // Writes the whole output file, and expects that it was written.
 void WriteOutput(CommandState& state, const std::string& file, std::span<const uint8_t> content);
+
+// Makes `program` the whole command line, with every command and option. `state` outlives it.
+void DescribeProgram(CLI::App& program, CommandState& state);
 
 void AddDatabaseCommands(CLI::App& program, CommandState& state);  // info check save sort export diff set
 void AddExportCommand(CLI::App& program, CommandState& state);

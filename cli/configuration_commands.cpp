@@ -18,8 +18,8 @@ struct EcfOptions {
   bool json = false, toml = false;
 };
 
-Path ShownFile(const EcfOptions& options) {
-  return options.file.empty() ? ShippedConfiguration() : PathFromUtf8(options.file);
+Path ShownFile(const CommandState& state, const EcfOptions& options) {
+  return options.file.empty() ? ShippedConfiguration(state) : PathFromUtf8(options.file);
 }
 
 std::string Hex(std::span<const uint8_t> bytes) {
@@ -179,7 +179,7 @@ ProjectConfig LoadSelected(const CommandState& state, const EcfOptions& options)
   config.manufacturer_index = selection.manufacturer;
   config.product_index = selection.product;
   config.configuration_index = selection.configuration;
-  const Path file = ShownFile(options);
+  const Path file = ShownFile(state, options);
   const size_t told = state.told.size();
   if (!InitConfig(state.context, file, config)) {
     TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
@@ -193,7 +193,7 @@ ProjectConfig LoadSelected(const CommandState& state, const EcfOptions& options)
 }
 
 void ShowSource(CommandState& state, const EcfOptions& options) {
-  const Path path = ShownFile(options);
+  const Path path = ShownFile(state, options);
   if (!ReadEcfTree(state.context, path)) throw CommandFailed{};
   const auto file = ReadWholeFile(path, kMaximumEcfSize);
   const auto text = file ? DescribeEcf(state.context, Utf8FromPath(path), *file) : std::nullopt;
@@ -208,7 +208,7 @@ void Show(CommandState& state, const EcfOptions& options) {
     state.output += options.json ? ConfigJson(config).dump(2) + "\n" : ConfigText(config);
     return;
   }
-  const Path file = ShownFile(options);
+  const Path file = ShownFile(state, options);
   const size_t told = state.told.size();
   const auto tree = ReadEcfTree(state.context, file);
   if (!tree) {

@@ -197,12 +197,22 @@ LocalTime CommandTime(const CommandState& state) {
   return state.time_text.empty() ? LocalTimeNow() : *ParseLocalTime(state.time_text);
 }
 
-Path ShippedConfiguration() {
-  return ProgramFolder() / "receivers.ecf";
+Path ShippedConfiguration(const CommandState& state) {
+  std::error_code error;
+  if (const auto named = PathOfEnvironment("VEXA_ECF")) {
+    if (std::filesystem::exists(*named, error)) return *named;
+    Tell(state.context.messages, Icon::kStop, "VEXA_ECF names \"%s\", where no configuration file is.",
+         Utf8FromPath(*named).c_str());
+    throw CommandFailed{};
+  }
+  const Path folder = ProgramFolder();
+  const Path data = folder.parent_path() / "share" / "vexa" / "receivers.ecf";
+  const Path beside = folder / "receivers.ecf";
+  return !std::filesystem::exists(beside, error) && std::filesystem::exists(data, error) ? data : beside;
 }
 
 Path ConfigurationFile(const CommandState& state) {
-  return state.ecf.empty() ? ShippedConfiguration() : PathFromUtf8(state.ecf);
+  return state.ecf.empty() ? ShippedConfiguration(state) : PathFromUtf8(state.ecf);
 }
 
 ProjectConfig LoadCommandConfig(CommandState& state) {

@@ -58,8 +58,11 @@ int TellInterrupted(const CommandState& state, const CLI::App& program) {
   return 1;
 }
 
-int Run(CommandState& state, int count, char** arguments) {
-  CLI::App program("vexa: edit, import, build and transfer receiver channel databases", "vexa");
+}  // namespace
+
+void DescribeProgram(CLI::App& program, CommandState& state) {
+  program.name("vexa");
+  program.description("vexa: edit, import, build and transfer receiver channel databases");
   program.option_defaults()->always_capture_default();
   program.require_subcommand(1);
   program.allow_windows_style_options(false);  // "/x" is a path everywhere
@@ -74,6 +77,13 @@ int Run(CommandState& state, int count, char** arguments) {
   AddReceiverCommands(program, state);
   TakeNumbersAsDecimal(program);
   DescribeDefaults(program);
+}
+
+namespace {
+
+int Run(CommandState& state, int count, char** arguments) {
+  CLI::App program;
+  DescribeProgram(program, state);
   PrepareContext(state);
   try {
     program.parse(count, arguments);

@@ -87,6 +87,8 @@ void RemoveFolder(const Path& folder);
 
 // The folder of the running program, without a trailing separator.
 Path ProgramFolder();
+// The path that the environment gives under this name; an empty one, or none, is nothing.
+std::optional<Path> PathOfEnvironment(const char* name);
 
 // Path to and from UTF-8, the encoding of all message texts.
 std::string Utf8FromPath(const Path& path);

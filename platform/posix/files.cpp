@@ -68,5 +68,10 @@ Path ProgramFolder() {
   std::error_code error;
   return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
 }
+std::optional<Path> PathOfEnvironment(const char* name) {
+  const char* value = std::getenv(name);
+  if (value == nullptr || *value == '\0') return std::nullopt;
+  return Path(value);
+}
 
 }  // namespace vexa

@@ -95,5 +95,12 @@ Path ProgramFolder() {
   name.resize(GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size())));
   return Path(name).parent_path();
 }
+std::optional<Path> PathOfEnvironment(const char* name) {
+  std::wstring value(32768, L'\0');
+  const std::wstring wide(name, name + std::strlen(name));
+  value.resize(GetEnvironmentVariableW(wide.c_str(), value.data(), static_cast<DWORD>(value.size())));
+  if (value.empty()) return std::nullopt;
+  return Path(value);
+}
 
 }  // namespace vexa

@@ -7,6 +7,14 @@
 
 namespace vexa {
 
+void SetEnvironment(const std::string& name, const std::string& value) {
+#if defined(_WIN32)
+  _wputenv_s(Path(name).c_str(), PathFromUtf8(value).c_str());
+#else
+  setenv(name.c_str(), value.c_str(), 1);
+#endif
+}
+
 ProgramResult RunVexa(std::vector<std::string> arguments, const CommApi& line) {
   arguments.insert(arguments.begin(), "vexa");
   std::vector<char*> pointers;

@@ -20,6 +20,9 @@ struct ProgramResult {
 // Runs the command line program inside the test.
 ProgramResult RunVexa(std::vector<std::string> arguments, const CommApi& line = SystemCommApi());
 
+// UTF-8; an empty value is as none.
+void SetEnvironment(const std::string& name, const std::string& value);
+
 struct CliTest : testing::Test {
   Recorder recorder;
 

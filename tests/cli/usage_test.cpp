@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/cli_test.h"
+#include "tests/support/ecf_maker.h"
 
 namespace vexa {
 namespace {
@@ -147,6 +148,23 @@ TEST_F(Usage, VersionAndHelpAreResults) {
     EXPECT_GE(told, options) << command << help.output;
   }
   EXPECT_THAT(Vexa("download --help").output, HasSubstr("(default: 115200)"));
+}
+
+TEST_F(Usage, TheEnvironmentNamesTheConfiguration) {
+  const std::string shipped = Vexa("ecf show").output;
+  EXPECT_THAT(shipped, testing::StartsWith("0: manufacturer"));
+  // A configuration of one product, which the shipped one does not hold.
+  PutFile(At("own.ecf"), MakeEcf({{.id = 0x77}}));
+  SetEnvironment("VEXA_ECF", In("own.ecf"));
+  const ProgramResult named = Vexa("ecf show"), given = Vexa("ecf show @own.ecf");
+  SetEnvironment("VEXA_ECF", In("none.ecf"));
+  const ProgramResult missing = Vexa("adb request -o @request");
+  SetEnvironment("VEXA_ECF", "");
+  EXPECT_EQ(named.output, given.output);
+  EXPECT_NE(named.output, shipped);
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_THAT(missing.errors, HasSubstr("VEXA_ECF names \"" + In("none.ecf") + "\""));
+  EXPECT_EQ(Vexa("ecf show").output, shipped);
 }
 
 TEST_F(Usage, OnlyAnImageWithAHeaderIsCompressed) {
