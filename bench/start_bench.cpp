@@ -5,7 +5,7 @@
 #include <shellapi.h>
 
 #include "bench/measure.h"
-#include "ui/application.h"
+#include "ui/controls/application.h"
 
 namespace vexa {
 namespace {

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Draws the pictures of the window program (ImageMagick): the strips of toolbar and tree pictures in several sizes, magenta
-# where they are clear, and the program's icon. Usage: make_pictures.sh [FOLDER]; the folder is ui/ unless given.
+# where they are clear, and the program's icon. Usage: make_pictures.sh [FOLDER]; the folder is ui/controls/ unless given.
 set -eu
-out=$(realpath "${1:-$(dirname "$0")/../ui}")
+out=$(realpath "${1:-$(dirname "$0")/../ui/controls}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 

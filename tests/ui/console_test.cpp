@@ -14,9 +14,9 @@
 #include "image/urt.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
-#include "ui/console_resource.h"
-#include "ui/test_mode.h"
-#include "ui/windows_api.h"
+#include "ui/controls/windows_api.h"
+#include "ui/frame/test_mode.h"
+#include "ui/line/console_resource.h"
 #include "view/command_table.h"
 
 namespace vexa {

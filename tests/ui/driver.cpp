@@ -9,8 +9,8 @@
 #include <sstream>
 
 #include "core/messages.h"
-#include "ui/application.h"
-#include "ui/test_mode.h"
+#include "ui/controls/application.h"
+#include "ui/frame/test_mode.h"
 
 namespace vexa {
 

@@ -9,8 +9,8 @@
 #include <set>
 
 #include "tests/ui/editor_fixture.h"
-#include "ui/options_resource.h"
-#include "ui/records_resource.h"
+#include "ui/forms/options_resource.h"
+#include "ui/forms/records_resource.h"
 #include "view/command_table.h"
 #include "view/node_edit.h"
 

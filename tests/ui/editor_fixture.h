@@ -11,7 +11,7 @@
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
-#include "ui/windows_api.h"
+#include "ui/controls/windows_api.h"
 
 namespace vexa {
 

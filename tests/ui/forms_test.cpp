@@ -8,9 +8,9 @@
 #include "import/text_export.h"
 #include "tests/support/list_maker.h"
 #include "tests/ui/editor_fixture.h"
-#include "ui/options_resource.h"
-#include "ui/records_resource.h"
-#include "ui/test_mode.h"
+#include "ui/forms/options_resource.h"
+#include "ui/forms/records_resource.h"
+#include "ui/frame/test_mode.h"
 #include "view/command_table.h"
 #include "view/node_edit.h"
 

@@ -14,8 +14,8 @@
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
-#include "ui/test_mode.h"
-#include "ui/windows_api.h"
+#include "ui/controls/windows_api.h"
+#include "ui/frame/test_mode.h"
 #include "view/command_table.h"
 
 namespace vexa {

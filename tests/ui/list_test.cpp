@@ -9,8 +9,8 @@
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
-#include "ui/lists_resource.h"
-#include "ui/windows_api.h"
+#include "ui/controls/windows_api.h"
+#include "ui/forms/lists_resource.h"
 #include "view/command_table.h"
 
 namespace vexa {

@@ -6,7 +6,7 @@
 #include "core/bin_file.h"
 #include "tests/support/ecf_maker.h"
 #include "tests/ui/editor_fixture.h"
-#include "ui/options_resource.h"
+#include "ui/forms/options_resource.h"
 #include "view/command_table.h"
 
 namespace vexa {

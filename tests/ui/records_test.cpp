@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "tests/ui/editor_fixture.h"
-#include "ui/records_resource.h"
-#include "ui/test_mode.h"
+#include "ui/forms/records_resource.h"
+#include "ui/frame/test_mode.h"
 #include "view/command_table.h"
 #include "view/node_edit.h"
 

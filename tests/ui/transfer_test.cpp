@@ -11,11 +11,11 @@
 #include "image/urt.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
-#include "ui/image_resource.h"
-#include "ui/options_resource.h"
-#include "ui/records_resource.h"
-#include "ui/transfer_resource.h"
-#include "ui/windows_api.h"
+#include "ui/controls/windows_api.h"
+#include "ui/forms/image_resource.h"
+#include "ui/forms/options_resource.h"
+#include "ui/forms/records_resource.h"
+#include "ui/line/transfer_resource.h"
 #include "view/command_table.h"
 
 namespace vexa {

@@ -7,8 +7,8 @@
 #include <map>
 
 #include "tests/ui/editor_fixture.h"
-#include "ui/lists_resource.h"
-#include "ui/records_resource.h"
+#include "ui/forms/lists_resource.h"
+#include "ui/forms/records_resource.h"
 #include "view/command_table.h"
 
 namespace vexa {

@@ -1,0 +1,58 @@
+#include "ui/controls/pictures.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr int kPictureSizes[] = {16, 20, 24, 32};
+constexpr COLORREF kClear = RGB(255, 0, 255);
+
+struct Scale {
+  int place = 0, factor = 1;
+};
+
+// The strip that fills `side` best when each of its dots becomes `factor` dots a side: other factors would
+// make some dots of a drawing wider than their neighbours.
+Scale ScaleFor(int side) {
+  Scale best;
+  for (int place = 0; place < static_cast<int>(std::size(kPictureSizes)); ++place) {
+    const Scale scale = {place, side / kPictureSizes[place]};
+    if (scale.factor * kPictureSizes[place] >= best.factor * kPictureSizes[best.place]) best = scale;
+  }
+  return best;
+}
+
+HBITMAP Enlarged(HBITMAP strip, int width, int height, int factor) {
+  HDC screen = GetDC(nullptr);
+  HDC from = CreateCompatibleDC(screen), to = CreateCompatibleDC(screen);
+  HBITMAP large = CreateCompatibleBitmap(screen, width * factor, height * factor);
+  HGDIOBJ old_from = SelectObject(from, strip), old_to = SelectObject(to, large);
+  SetStretchBltMode(to, COLORONCOLOR);
+  StretchBlt(to, 0, 0, width * factor, height * factor, from, 0, 0, width, height, SRCCOPY);
+  SelectObject(from, old_from);
+  SelectObject(to, old_to);
+  DeleteDC(from);
+  DeleteDC(to);
+  ReleaseDC(nullptr, screen);
+  return large;
+}
+
+}  // namespace
+
+HIMAGELIST LoadPictures(HINSTANCE instance, int strip, HWND window) {
+  const Scale scale = ScaleFor(Scaled(window, kPictureSizes[0]));
+  const int side = kPictureSizes[scale.place] * scale.factor;
+  auto bitmap = static_cast<HBITMAP>(
+      LoadImageW(instance, MAKEINTRESOURCEW(strip + scale.place), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));
+  BITMAP facts{};
+  if (!bitmap || !GetObjectW(bitmap, sizeof facts, &facts)) return nullptr;
+  HBITMAP enlarged = Enlarged(bitmap, facts.bmWidth, facts.bmHeight, scale.factor);
+  HIMAGELIST pictures =
+      ImageList_Create(side, side, ILC_COLOR24 | ILC_MASK, facts.bmWidth / facts.bmHeight, 0);
+  if (pictures && enlarged) ImageList_AddMasked(pictures, enlarged, kClear);
+  DeleteObject(enlarged);
+  DeleteObject(bitmap);
+  return pictures;
+}
+
+}  // namespace vexa

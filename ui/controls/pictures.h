@@ -1,0 +1,12 @@
+// The pictures of toolbar, tree and lists, at the resolution of a window.
+#pragma once
+
+#include "ui/controls/windows_api.h"
+
+namespace vexa {
+
+// A list of the strip's pictures, 16 dots a side at 96 dots an inch; the caller destroys it. `strip` is the
+// resource number of the strip in its first size.
+HIMAGELIST LoadPictures(HINSTANCE instance, int strip, HWND window);
+
+}  // namespace vexa

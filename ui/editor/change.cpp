@@ -1,0 +1,60 @@
+#include "ui/editor/change.h"
+
+#include <new>
+
+#include "ui/editor/editor_parts.h"
+
+namespace vexa {
+
+namespace {
+
+// What breaks off for want of memory leaves the document as the history last saw it.
+template <class Work>
+bool Recovered(EditorWindow& editor, const Work& work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    RestoreState(editor.history, editor.document);
+    ShowAnew(editor);
+    RefreshChanged(editor);
+    throw;
+  }
+}
+
+void ShowStep(EditorWindow& editor, bool (*step)(UndoHistory&, Document&)) {
+  Recovered(editor, [&] {
+    NoteContents(editor);
+    if (!step(editor.history, editor.document)) return false;
+    RefreshDocument(editor, Records::kRebuilt);
+    RefreshChanged(editor);
+    return true;
+  });
+}
+
+}  // namespace
+
+bool ChangeDocument(EditorWindow& editor, const std::function<bool()>& operation, bool is_sort) {
+  const WaitPointer wait;
+  return Recovered(editor, [&] {
+    const bool done = operation();
+    if (done && RecordChange(editor.history, editor.document, is_sort)) {
+      RefreshDocument(editor, Records::kKept);
+      RefreshChanged(editor);
+    }
+    return done;
+  });
+}
+
+void UndoChange(EditorWindow& editor) {
+  ShowStep(editor, Undo);
+}
+
+void RedoChange(EditorWindow& editor) {
+  ShowStep(editor, Redo);
+}
+
+void RefreshChanged(EditorWindow& editor) {
+  MarkChanged(editor, IsChanged(editor.history));
+}
+
+}  // namespace vexa

@@ -1,0 +1,21 @@
+// Changes to a document in its window: every one can be undone, and the window follows.
+#pragma once
+
+#include <functional>
+
+#include "ui/editor/editor.h"
+
+namespace vexa {
+
+// Runs `operation` on the window's document. When it returns true a step is recorded for Undo, and tree,
+// list, panel and caption follow; opened nodes and the selection stay. When it returns false the document
+// must be as before. Returns what `operation` returned.
+bool ChangeDocument(EditorWindow& editor, const std::function<bool()>& operation, bool is_sort = false);
+
+void UndoChange(EditorWindow& editor);
+void RedoChange(EditorWindow& editor);
+
+// Records `changed` in the caption as the history sees it.
+void RefreshChanged(EditorWindow& editor);
+
+}  // namespace vexa

@@ -1,0 +1,116 @@
+// The database window: tree, list, panel and view buttons over one open document.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/bin_file.h"
+#include "core/undo.h"
+#include "platform/file_identity.h"
+#include "ui/controls/application.h"
+#include "view/node_edit.h"
+#include "view/row_order.h"
+#include "view/tree_path.h"
+#include "view/view_model.h"
+
+namespace vexa {
+
+// An item of the tree. The control looks up each item that a message names among all of its items; what can
+// be known without it is therefore kept here.
+struct TreeNode {
+  NodeRef ref;
+  HTREEITEM item = nullptr;  // its parameter is the address of this node
+  TreeNode* parent = nullptr;
+  bool expanded = false;
+  uint64_t content = 0;  // what the record says, while records are built anew; else means nothing
+  std::vector<std::unique_ptr<TreeNode>> children;  // once they are in the control
+};
+
+// Records on their way to another place.
+struct DragState {
+  bool active = false;
+  std::vector<NodeRef> rows;
+  HIMAGELIST image = nullptr;
+  POINT at{};                       // in the window
+  HTREEITEM target_item = nullptr;  // under the cursor, or
+  int target_row = -1;
+  DropMark mark;  // of the target
+};
+
+struct EditorWindow {
+  Application* app = nullptr;
+  HWND window = nullptr;
+  Document document;
+  Path path;                            // empty: not saved yet
+  std::optional<FileState> file_state;  // of that file, when it was read or saved here
+  std::string name;                     // caption of a document without path
+  bool changed = false;
+  UndoHistory history;
+  BinVersion version{kVersionMajor, kVersionMinor, ""};  // of the next save
+
+  HWND last_focus = nullptr;  // tree or list, whichever had the focus last
+  HWND tree = nullptr, list = nullptr, information = nullptr, bar = nullptr, tips = nullptr;
+  std::array<HWND, 5> labels{};
+  std::array<HWND, 4> view_buttons{};
+  HFONT font = nullptr;
+  int split = 280;  // width of the tree at 96 dots an inch
+  bool splitting = false;
+
+  TreeNode root;                      // above the roots of the tree
+  std::vector<uint32_t> shown_slots;  // of the SDBs in the tree, in its order
+  bool settled = true;                // false: the tree's selection is not the user's
+  NodeRef selected;                   // tree node
+  ListView view = ListView::kBelow;
+  bool details = false;  // the list shows the details of `shown_record`
+  NodeRef shown_record;
+  ListModel rows;
+  RowOrder order;          // of the list's rows; the records keep theirs
+  int column_scale = 100;  // percent, of the columns' widths; that of the screen when they were made
+  DragState drag;
+  std::wstring cell;  // text handed to the list control
+};
+
+// A new window over `document`; an empty `path` for a database without file.
+EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed);
+// The active database window; nullptr when there is none or another window is active.
+EditorWindow* ActiveEditor(const Application& app);
+EditorWindow* EditorOf(HWND window);
+std::vector<EditorWindow*> AllEditors(const Application& app);
+
+bool RefreshList(EditorWindow& editor);  // false: the control does not follow
+void RefreshCaption(EditorWindow& editor);
+void MarkChanged(EditorWindow& editor, bool changed);
+void ShowView(EditorWindow& editor, ListView view);
+void ShowInformation(EditorWindow& editor);
+// Shows the record at the place: its parent selected in the tree, itself in the list, which gets the focus if
+// asked. False when there is no such record.
+bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus);
+// The record that a command acts on: the list's when the list has a selected row and the focus, else the
+// tree's.
+NodeRef CommandNode(const EditorWindow& editor);
+// What the user looks at: that record, or the tree's node where no command finds one.
+NodeRef ShownNode(const EditorWindow& editor);
+// All of them: the list's selected rows, else the tree's node.
+std::vector<NodeRef> CommandRows(const EditorWindow& editor);
+// What can be done with them, as `Need` bits.
+uint32_t RecordNeeds(const EditorWindow& editor);
+// The SDB of the selection, the first one without; nullptr when there is none.
+const OpenSdb* SelectedSdb(const EditorWindow& editor);
+
+// False when the user keeps the window open or a save failed.
+bool MayClose(EditorWindow& editor);
+bool SaveEditor(EditorWindow& editor);
+bool SaveEditorAs(EditorWindow& editor);
+
+// While records are dragged no key may change them: Esc ends the drag, the others are lost. True when taken.
+bool TakeDragKey(EditorWindow& editor, const MSG& message);
+// Keys that no control of the window takes: the way from control to control. True when taken.
+bool TranslateEditorKey(EditorWindow& editor, const MSG& message);
+// Lets the tooltip of the control under the mouse come and go.
+void ShowTips(const EditorWindow& editor, MSG message);
+
+bool RegisterEditorClass(Application& app);
+
+}  // namespace vexa

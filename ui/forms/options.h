@@ -1,0 +1,30 @@
+// Dialogs of the Options and Edit menus.
+#pragma once
+
+#include <vector>
+
+#include "ui/editor/editor.h"
+#include "view/settings_form.h"
+
+namespace vexa {
+
+// The configuration dialog, opened by the command that states the request. True when it ended with OK and the
+// chosen configuration is in force.
+bool ShowSettings(Application& app, const SettingsRequest& request);
+void ShowDefaultValues(Application& app);
+void ShowColours(Application& app);
+void ShowSort(EditorWindow& editor);
+// Asks what to find and goes there.
+void ShowFind(EditorWindow& editor);
+// Goes to the next record of the last search (before: to the one before), or asks for a search.
+void FindAgain(EditorWindow& editor, bool before);
+// The list of what breaks the rules, beside the frame. A row leads to its record.
+void ShowFindings(EditorWindow& editor);
+
+// One string for each element of an array of names.
+template <class Names>
+std::vector<std::string> TextsOf(const Names& names) {
+  return {names.begin(), names.end()};
+}
+
+}  // namespace vexa

@@ -1,0 +1,206 @@
+// The configuration dialog.
+#include "ui/controls/file_dialogs.h"
+#include "ui/controls/form.h"
+#include "ui/forms/options.h"
+#include "ui/forms/options_resource.h"
+
+namespace vexa {
+
+namespace {
+
+// Lists that follow the configuration file and what is chosen above them.
+void ShowLists(const Form& form, const SettingsForm& dialog) {
+  form.Fill(IDC_SETTINGS_MANUFACTURER, dialog.manufacturers, dialog.manufacturer);
+  form.Fill(IDC_SETTINGS_PRODUCT, dialog.products, dialog.product);
+  form.Fill(IDC_SETTINGS_CONFIGURATION, dialog.configurations, dialog.configuration);
+  form.Fill(IDC_SETTINGS_IMAGE_TYPE, dialog.image_types, dialog.image_type);
+}
+
+// A control with the label before it.
+void EnableLabelled(const Form& form, int id, bool enabled) {
+  form.Enable(id, enabled);
+  HWND label = GetWindow(form.Control(id), GW_HWNDPREV);
+  wchar_t kind[16] = L"";
+  GetClassNameW(label, kind, static_cast<int>(std::size(kind)));
+  if (_wcsicmp(kind, WC_STATICW) == 0) EnableWindow(label, enabled);
+}
+
+void ShowEnabling(const Form& form, const SettingsForm& dialog) {
+  const SettingsEnabling enabled = EnabledControls(dialog);
+  const struct {
+    int id;
+    bool enabled;
+  } rows[] = {{IDC_SETTINGS_FILE, enabled.file},
+              {IDC_SETTINGS_BROWSE, enabled.browse},
+              {IDOK, enabled.ok},
+              {IDC_SETTINGS_MANUFACTURER, enabled.lists},
+              {IDC_SETTINGS_PRODUCT, enabled.lists},
+              {IDC_SETTINGS_CONFIGURATION, enabled.lists},
+              {IDC_SETTINGS_MAJOR, enabled.software},
+              {IDC_SETTINGS_MINOR, enabled.software},
+              {IDC_SETTINGS_FORMAT, enabled.sdb_format},
+              {IDC_SETTINGS_RADIX, enabled.radix},
+              {IDC_SETTINGS_IMAGE_TYPE, enabled.image_type},
+              {IDC_SETTINGS_COMPRESSED, enabled.compression},
+              {IDC_SETTINGS_COMPRESSION, enabled.compression_type},
+              {IDC_SETTINGS_LEVEL, enabled.compression_level},
+              {IDC_SETTINGS_PORT, enabled.serial},
+              {IDC_SETTINGS_BAUD, enabled.serial},
+              {IDC_SETTINGS_DATA_BITS, enabled.serial},
+              {IDC_SETTINGS_PARITY, enabled.serial},
+              {IDC_SETTINGS_STOP_BITS, enabled.serial}};
+  for (const auto& row : rows) EnableLabelled(form, row.id, row.enabled);
+  // A disabled control that keeps the focus would take all keys.
+  HWND focus = GetFocus();
+  if (!dialog.listed && IsChild(form.window, focus) && !IsWindowEnabled(focus))
+    form.Focus(IDC_SETTINGS_BROWSE);
+}
+
+void Open(const Form& form, const SettingsForm& dialog) {
+  form.SetText(IDC_SETTINGS_FILE, dialog.file);
+  ShowLists(form, dialog);
+  form.Limit(IDC_SETTINGS_MAJOR, 3);
+  form.Limit(IDC_SETTINGS_MINOR, 2);
+  form.SetText(IDC_SETTINGS_MAJOR, dialog.software_major);
+  form.SetText(IDC_SETTINGS_MINOR, dialog.software_minor);
+  form.Fill(IDC_SETTINGS_FORMAT, TextsOf(kSdbFormats), dialog.sdb_format);
+  form.Fill(IDC_SETTINGS_RADIX, TextsOf(kRadixes), dialog.radix);
+  form.Check(IDC_SETTINGS_COMPRESSED, dialog.compressed);
+  form.Fill(IDC_SETTINGS_COMPRESSION, TextsOf(kCompressionTypes), dialog.compression_type);
+  form.Fill(IDC_SETTINGS_LEVEL, TextsOf(kCompressionLevels), dialog.compression_level);
+  form.Fill(IDC_SETTINGS_PORT, PortChoices(ListSerialPorts()), -1);
+  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_LIMITTEXT, kPortNameSize, 0);
+  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_SETDROPPEDWIDTH, 320, 0);
+  form.SetText(IDC_SETTINGS_PORT, dialog.port_name);
+  form.Fill(IDC_SETTINGS_BAUD, dialog.bauds, dialog.baud);
+  form.Fill(IDC_SETTINGS_DATA_BITS, TextsOf(kDataBits), dialog.data_bits);
+  form.Fill(IDC_SETTINGS_PARITY, TextsOf(kParities), dialog.parity);
+  form.Fill(IDC_SETTINGS_STOP_BITS, TextsOf(kStopBits), dialog.stop_bits);
+  ShowEnabling(form, dialog);
+}
+
+// What the controls hold, but for the lists of the configuration, which the model follows at once.
+void Take(const Form& form, SettingsForm& dialog) {
+  dialog.file = form.Text(IDC_SETTINGS_FILE);
+  dialog.image_type = form.Choice(IDC_SETTINGS_IMAGE_TYPE);
+  dialog.software_major = form.Text(IDC_SETTINGS_MAJOR);
+  dialog.software_minor = form.Text(IDC_SETTINGS_MINOR);
+  dialog.sdb_format = form.Choice(IDC_SETTINGS_FORMAT);
+  dialog.radix = form.Choice(IDC_SETTINGS_RADIX);
+  dialog.compressed = form.Checked(IDC_SETTINGS_COMPRESSED);
+  dialog.compression_type = form.Choice(IDC_SETTINGS_COMPRESSION);
+  dialog.compression_level = form.Choice(IDC_SETTINGS_LEVEL);
+  dialog.port_name = PortNameIn(form.Text(IDC_SETTINGS_PORT));
+  dialog.baud = form.Choice(IDC_SETTINGS_BAUD);
+  dialog.data_bits = form.Choice(IDC_SETTINGS_DATA_BITS);
+  dialog.parity = form.Choice(IDC_SETTINGS_PARITY);
+  dialog.stop_bits = form.Choice(IDC_SETTINGS_STOP_BITS);
+}
+
+// Posted to the dialog when the edit of the file has lost the focus: a message box must not come up while the
+// focus is on its way.
+constexpr int kFileWasLeft = 0x7F00;
+
+void LeaveFile(const Form& form, SettingsForm& dialog) {
+  LeaveConfigurationFile(form.app.context, dialog);
+  ShowLists(form, dialog);
+  ShowEnabling(form, dialog);
+}
+
+// OK judges the path itself, Browse replaces it, Cancel drops it; a message box over the dialog is no
+// leaving.
+bool LeftForAnotherField(const Form& form) {
+  HWND focus = GetFocus();
+  if (!IsChild(form.window, focus)) return false;
+  const int id = GetDlgCtrlID(focus);
+  return id != IDC_SETTINGS_FILE && id != IDC_SETTINGS_BROWSE && id != IDOK && id != IDCANCEL;
+}
+
+void Browse(const Form& form, SettingsForm& dialog) {
+  const auto file = AskOpenFile(form.window, {kOpenEcfTitle, {{kEcfFilterName, kEcfFilterPattern}}, "ecf"});
+  if (!file) return LeaveFile(form, dialog);
+  BrowseConfiguration(form.app.context, dialog, *file);
+  form.SetText(IDC_SETTINGS_FILE, dialog.file);
+  ShowLists(form, dialog);
+}
+
+void Command(const Form& form, SettingsForm& dialog, int id, int code) {
+  const Context& context = form.app.context;
+  if (id == IDC_SETTINGS_FILE && code == EN_CHANGE) {
+    dialog.file = form.Text(id);
+    return;
+  }
+  if (id == IDC_SETTINGS_FILE && code == EN_KILLFOCUS) {
+    PostMessageW(form.window, WM_COMMAND, MAKEWPARAM(id, kFileWasLeft), 0);
+    return;
+  }
+  if (code == kFileWasLeft && LeftForAnotherField(form)) return LeaveFile(form, dialog);
+  if (code != CBN_SELCHANGE && code != BN_CLICKED) return;
+  switch (id) {
+    case IDC_SETTINGS_BROWSE:
+      Browse(form, dialog);
+      break;
+    case IDC_SETTINGS_MANUFACTURER:
+      ChooseManufacturer(context, dialog, form.Choice(id));
+      ShowLists(form, dialog);
+      break;
+    case IDC_SETTINGS_PRODUCT:
+      ChooseProduct(context, dialog, form.Choice(id));
+      ShowLists(form, dialog);
+      break;
+    case IDC_SETTINGS_CONFIGURATION:
+      ChooseConfiguration(context, dialog, form.Choice(id));
+      ShowLists(form, dialog);
+      break;
+    default:
+      Take(form, dialog);
+      break;
+  }
+  ShowEnabling(form, dialog);
+}
+
+int ControlOf(SettingsField field) {
+  switch (field) {
+    case SettingsField::kMajor:
+      return IDC_SETTINGS_MAJOR;
+    case SettingsField::kMinor:
+      return IDC_SETTINGS_MINOR;
+    case SettingsField::kPort:
+      return IDC_SETTINGS_PORT;
+    default:
+      return IDC_SETTINGS_FILE;
+  }
+}
+
+void TakeEffect(Application& app, const SettingsOutcome& outcome) {
+  app.hexadecimal = outcome.hexadecimal_pids;
+  if (outcome.refill) {
+    for (EditorWindow* editor : AllEditors(app)) RefreshList(*editor);
+  }
+  app.refresh_frame();
+}
+
+}  // namespace
+
+bool ShowSettings(Application& app, const SettingsRequest& request) {
+  SettingsForm dialog =
+      OpenSettingsForm(app.context, request, app.configuration_file, app.config, app.hexadecimal);
+  SettingsOutcome outcome;
+  FormActions actions;
+  actions.open = [&](Form& form) { Open(form, dialog); };
+  actions.command = [&](Form& form, int id, int code) { Command(form, dialog, id, code); };
+  actions.accept = [&](Form& form) {
+    Take(form, dialog);
+    outcome = AcceptSettings(app.context, dialog, app.configuration_file, app.config);
+    if (outcome.close) return true;
+    ShowLists(form, dialog);
+    ShowEnabling(form, dialog);
+    if (dialog.listed) form.Focus(ControlOf(outcome.focus));
+    return false;
+  };
+  if (RunForm(app, IDD_SETTINGS, actions)) TakeEffect(app, outcome);
+  StoreSettingsForm(app.settings, dialog, app.configuration_file, app.config);
+  return outcome.loaded;
+}
+
+}  // namespace vexa

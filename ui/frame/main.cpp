@@ -1,0 +1,107 @@
+// The program's entry point.
+#include "ui/controls/windows_api.h"
+// After windows.h.
+#include <objbase.h>
+#include <shellapi.h>
+
+#include <exception>
+#include <new>
+
+#include "core/messages.h"
+#include "core/out_of_memory.h"
+#include "ui/controls/application.h"
+#include "ui/forms/import_wizard.h"
+#include "ui/frame/frame.h"
+#include "ui/frame/menus.h"
+#include "ui/frame/test_mode.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr const wchar_t* kTestMode = L"--test-mode";
+
+// Settings of a test run lie in a key of its own, which stands in for the whole of the user's.
+void RedirectSettings(const std::wstring& name) {
+  HKEY key = nullptr;
+  const std::wstring path = L"Software\\VexaEditorTests\\" + name;
+  if (RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+                      nullptr) == ERROR_SUCCESS) {
+    RegOverridePredefKey(HKEY_CURRENT_USER, key);
+    RegCloseKey(key);
+  }
+}
+
+// --test-mode keeps settings in memory, --test-mode=NAME in a key for tests; anything else is a file to open.
+void ReadArguments(Application& app) {
+  app.settings = SystemSettingsStore();
+  int count = 0;
+  wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+  for (int i = 1; arguments && i < count; ++i) {
+    const std::wstring argument = arguments[i];
+    if (argument.starts_with(kTestMode)) app.describe_menus = RegisterWindowMessageW(kTestMessage);
+    if (argument == kTestMode) {
+      app.settings = MemorySettingsStore();
+    } else if (argument.starts_with(std::wstring(kTestMode) + L"=")) {
+      RedirectSettings(argument.substr(wcslen(kTestMode) + 1));
+    } else if (!app.open_at_start && GetFileAttributesW(argument.c_str()) != INVALID_FILE_ATTRIBUTES) {
+      std::error_code error;
+      const Path path = std::filesystem::absolute(argument, error);
+      app.open_at_start = error ? Path(argument) : path;
+    }
+  }
+  LocalFree(arguments);
+}
+
+Application* running = nullptr;  // for the handler below, which is handed nothing
+
+// No exception may pass through the window system, so every procedure that it calls is noexcept: what one of
+// them lets out ends here, after the objects on the way have put their files in order.
+[[noreturn]] void EndAfterException() {
+  try {
+    if (const std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
+  } catch (const std::bad_alloc&) {
+    Tell(running->context.messages, Icon::kStop, "%s", kOutOfMemoryText);
+    running->folder.reset();
+    ExitProcess(1);
+  } catch (...) {
+  }
+  std::abort();
+}
+
+int RunEditor(HINSTANCE instance) {
+  Application app;
+  app.instance = instance;
+  app.context.messages = BoxMessages(app);
+  running = &app;
+  std::set_terminate(EndAfterException);
+  app.choose_records = [&app](WorkFiles& work) { return RunImportWizard(app, work); };
+  ReadArguments(app);
+  app.thread_exit_event = CreateEventW(nullptr, TRUE, FALSE, app.describe_menus ? kTestExitEvent : nullptr);
+  if (!app.thread_exit_event)
+    Tell(app.context.messages, Icon::kStop, "Failed to create event( Thread exit event ).");
+  INITCOMMONCONTROLSEX controls{sizeof controls, ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES | ICC_BAR_CLASSES};
+  InitCommonControlsEx(&controls);
+  int status = 1;
+  if (RegisterClasses(app)) {
+    LoadMenus(app);
+    status = CreateFrame(app) ? RunMessageLoop(app) : 0;
+    DestroyMenus(app);
+  }
+  if (app.toolbar_pictures) ImageList_Destroy(app.toolbar_pictures);
+  if (app.tree_pictures) ImageList_Destroy(app.tree_pictures);
+  if (app.status_font) DeleteObject(app.status_font);
+  if (app.thread_exit_event) CloseHandle(app.thread_exit_event);
+  return status;
+}
+
+}  // namespace
+
+}  // namespace vexa
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
+  CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+  const int status = vexa::RunEditor(instance);
+  CoUninitialize();
+  return status;
+}

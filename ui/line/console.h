@@ -1,0 +1,57 @@
+// The uploader console's window: log, command line and control panel over serial/console.h. One at most.
+#pragma once
+
+#include "serial/console.h"
+#include "ui/controls/application.h"
+
+namespace vexa {
+
+struct ConsoleWindow {
+  Application* app = nullptr;
+  HWND window = nullptr, log = nullptr, line = nullptr, panel = nullptr, tips = nullptr;
+  HFONT font = nullptr;
+  bool line_shown = true;
+  CommandHistory history;
+  std::string searched;
+  bool match_case = false;
+  bool log_cut = false;   // the view does not hold the log's beginning
+  bool restored = false;  // database windows were maximised before it opened, and are again when it closes
+  ConsoleState shown_state = ConsoleState::kDisconnected;
+  bool shown_upload = false, shown_data = false, telling = false;
+  uint64_t next_update = 0;  // of the view
+  Console console;
+};
+
+bool RegisterConsoleClass(Application& app);
+// nullptr: it is not open.
+ConsoleWindow* OpenConsoleOf(const Application& app);
+
+// What the commands need of it, as `Need` bits.
+uint32_t ConsoleNeeds(const Application& app);
+bool IsConsoleChecked(const Application& app, UINT id);
+// The text that follows the state; empty: the table's.
+std::string ConsoleText(const Application& app, UINT id);
+// The port that the console holds open; empty: none.
+std::string ConsolePort(const Application& app);
+// The frame is about to close: asks when a port is connected. False: everything stays open.
+bool MayEndConsole(Application& app);
+// Closes it without a question; before the temporary folder goes.
+void EndConsole(Application& app);
+// Tab goes round the console's controls, F3 finds again, Ctrl+Z and Ctrl+A are the command line's own while
+// it has the focus; true when the message was such a key.
+bool TranslateConsoleKey(Application& app, const MSG& message);
+
+// --- shared by the console's files ---
+
+bool OpenConsoleWindow(Application& app);
+bool MayCloseConsole(ConsoleWindow& console);
+// Disconnects; a port that does not close ends the whole program.
+void Disconnect(ConsoleWindow& console);
+// Shows connection, upload and port settings as they are now.
+void ShowConsoleState(ConsoleWindow& console);
+void ShowCommandLine(ConsoleWindow& console, bool shown);
+// Puts the options in force, shows them and keeps them for later runs.
+void ChangeConsoleOptions(ConsoleWindow& console, const ConsoleOptions& options);
+uint64_t ConsoleClock();
+
+}  // namespace vexa

@@ -1,0 +1,179 @@
+// Sending to and fetching from the receiver.
+#include <bit>
+
+#include "core/bin_file.h"
+#include "core/messages.h"
+#include "image/decoder.h"
+#include "platform/text.h"
+#include "serial/prepare.h"
+#include "ui/controls/form.h"
+#include "ui/editor/editor.h"
+#include "ui/line/console.h"
+#include "ui/line/line_commands.h"
+#include "ui/line/transfer_dialog.h"
+#include "ui/line/transfer_resource.h"
+
+namespace vexa {
+
+namespace {
+
+BinSelection OnlySdb(const EditorWindow& editor) {
+  const OpenSdb* sdb = SelectedSdb(editor);
+  const auto place = static_cast<unsigned>(sdb ? sdb - editor.document.sdbs.data() : 0);
+  return {1u << place, 0};
+}
+
+void UploadAdb(Application& app) {
+  const EditorWindow& editor = *ActiveEditor(app);
+  const Document& document = editor.document;
+  if (!MayUploadAdb(app.context, app.config, document)) return;
+  const BinSelection selection = OnlySdb(editor);
+  const auto place = static_cast<size_t>(std::countr_zero(selection.sdbs));
+  auto files = [&] {
+    const WaitPointer wait;
+    return PrepareAdbUpload(app.context, document, place, app.config, LocalTimeNow());
+  }();
+  if (!files) return;
+  RunTransferDialog(app, {TransferJob::kAdb,
+                          UploadSubject(document, selection, TransferJob::kAdb),
+                          std::move(*files),
+                          {},
+                          nullptr});
+}
+
+void AddTick(HWND list, int place, const std::string& text) {
+  std::wstring wide = Wide(text);
+  LVITEMW item{};
+  item.mask = LVIF_TEXT;
+  item.iItem = place;
+  item.pszText = wide.data();
+  SendMessageW(list, LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+  ListView_SetCheckState(list, place, TRUE);
+}
+
+// SDBs first, then the user box records; all ticked at first.
+std::optional<BinSelection> ChooseWhatToSend(Application& app, const Document& document) {
+  BinSelection selection{0, 0};
+  const int sdbs = static_cast<int>(document.sdbs.size()),
+            all = sdbs + static_cast<int>(document.ubis.size());
+  FormActions actions;
+  actions.anchors = ListAnchors(IDC_UPLOAD_LIST);
+  actions.open = [&](Form& form) {
+    HWND list = form.Control(IDC_UPLOAD_LIST);
+    SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
+    for (int i = 0; i < sdbs; ++i)
+      AddTick(list, i, Utf8FromLatin(document.sdbs[static_cast<size_t>(i)].name));
+    for (int i = sdbs; i < all; ++i)
+      AddTick(list, i, Utf8FromLatin(document.ubis[static_cast<size_t>(i - sdbs)].name));
+    ListView_SetItemState(list, 0, LVIS_FOCUSED | LVIS_SELECTED, LVIS_FOCUSED | LVIS_SELECTED);
+  };
+  actions.accept = [&](Form& form) {
+    HWND list = form.Control(IDC_UPLOAD_LIST);
+    selection = {0, 0};
+    for (int i = 0; i < all; ++i) {
+      if (!ListView_GetCheckState(list, i)) continue;
+      if (i < sdbs) {
+        selection.sdbs |= 1u << i;
+      } else {
+        selection.ubis |= 1u << (i - sdbs);
+      }
+    }
+    if (selection.sdbs != 0) return true;
+    form.Refuse({"Add atleast one SDB to upload."}, IDC_UPLOAD_LIST);
+    return false;
+  };
+  if (!RunForm(app, IDD_UPLOAD_SDBS, actions)) return std::nullopt;
+  return selection;
+}
+
+// Whether the port is there, before anything is prepared for it.
+bool PortAnswers(Application& app) {
+  TransferSession session;
+  session.port.messages = app.context.messages;
+  session.transfer.context = app.context;
+  session.console_port = ConsolePort(app);
+  return TestPort(session, app.config);
+}
+
+void SendSdbs(Application& app, const EditorWindow& editor, const BinSelection& selection) {
+  if (!MayReplaceImage(app.context, app.config)) return;
+  if (!PortAnswers(app)) return;
+  auto files = [&] {
+    const WaitPointer wait;
+    return PrepareSdbUpload(app.context, editor.document, selection, app.config, LocalTimeNow(),
+                            editor.version);
+  }();
+  if (!files) return;
+  RunTransferDialog(app, {TransferJob::kSdb,
+                          UploadSubject(editor.document, selection, TransferJob::kSdb),
+                          std::move(*files),
+                          {},
+                          nullptr});
+}
+
+void UploadSdb(Application& app) {
+  const EditorWindow& editor = *ActiveEditor(app);
+  const Document& document = editor.document;
+  const NodeKind kind = editor.selected.kind;
+  const bool boxes = kind == NodeKind::kUbi || kind == NodeKind::kUbiLevel;
+  if (!MayUploadSdb(app.context, app.config, document, boxes)) return;
+  const bool one_only = app.config.sdb_format == 0;
+  if (one_only || document.sdbs.size() + document.ubis.size() == 1) {
+    SendSdbs(app, editor, OnlySdb(editor));
+  } else if (const auto selection = ChooseWhatToSend(app, document)) {
+    SendSdbs(app, editor, *selection);
+  }
+}
+
+void UploadThisSdb(Application& app) {
+  const EditorWindow& editor = *ActiveEditor(app);
+  if (MayUploadSdb(app.context, app.config, editor.document, false)) {
+    SendSdbs(app, editor, OnlySdb(editor));
+  }
+}
+
+// Runs on the transfer's thread.
+bool DecodeFetched(const Context& context, const ProjectConfig& config, const UserBoxInfo& user_box,
+                   bool crc_failed, std::optional<DecodedImage>& decoded) {
+  if (crc_failed &&
+      !context.messages.ask(
+          "CRC Verification - failed \n Retry once again\n\nDo you want to open the data all the same ?", "",
+          false)) {
+    return false;
+  }
+  decoded = DecodeDownload(context, config, user_box);
+  return decoded.has_value();
+}
+
+void Download(Application& app) {
+  if (!MayDownload(app.context, app.config)) return;
+  auto files = PrepareDownload(app.context, app.config);
+  if (!files) return;
+  const EditorWindow* editor = ActiveEditor(app);
+  const UserBoxInfo user_box =
+      editor && !editor->document.ubis.empty() ? editor->document.ubis[0].record : UserBoxInfo{};
+  std::optional<DecodedImage> decoded;
+  TransferOrder order{TransferJob::kDownload, "", std::move(files->script), std::move(files->regions),
+                      nullptr};
+  order.decode = [&, config = app.config](const Context& context, bool crc_failed) {
+    return DecodeFetched(context, config, user_box, crc_failed, decoded);
+  };
+  if (!RunTransferDialog(app, std::move(order)) || !decoded) return;
+  Document document;
+  if (!OpenBinBytes(app.context, decoded->file, document)) return;
+  document.settings_block = decoded->settings;
+  OpenEditor(app, std::move(document), {}, true);
+}
+
+constexpr CommandRow kRows[] = {{kCmdUploadAdb, UploadAdb},
+                                {kCmdUploadSdb, UploadSdb},
+                                {kCmdUploadThisSdb, UploadThisSdb},
+                                {kCmdDownload, Download}};
+
+}  // namespace
+
+std::span<const CommandRow> TransferCommands() {
+  return kRows;
+}
+
+}  // namespace vexa

@@ -1,0 +1,219 @@
+#include "ui/line/transfer_dialog.h"
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "serial/relay.h"
+#include "ui/line/console.h"
+#include "ui/line/transfer_resource.h"
+
+namespace vexa {
+
+namespace {
+
+constexpr UINT kWork = WM_APP + 1;  // the relay has work
+constexpr UINT_PTR kTimer = 1;
+constexpr UINT kRefresh = 200;  // ms between looks at bar and figures
+constexpr UINT_PTR kCancelSubclass = 1;
+
+struct TransferWindow {
+  TransferWindow(Application& application, TransferOrder what) : app(application), order(std::move(what)) {}
+
+  Application& app;
+  TransferOrder order;
+  HWND dialog = nullptr;
+  // What the job's threads write.
+  std::atomic<HWND> target{nullptr};
+  std::atomic<uint64_t> bytes{0}, position{0}, range{0};
+  Relay relay{[this] {
+    if (HWND window = target) PostMessageW(window, kWork, 0, 0);
+  }};
+  TransferSession session;
+  // The dialog's own.
+  TransferMeter meter;
+  std::string figures, status;
+  uint64_t shown_range = 0;
+  int running = 0;  // calls of the relay's Run, which boxes nest
+  bool pressed = false, ended = false;
+  bool keyed = false;   // a key pressed Cancel, and not the mouse
+  bool asking = false;  // whether to cancel
+};
+
+void Show(TransferWindow& window, int id, const std::string& text) {
+  window.relay.Post([&window, id, text] { SetText(GetDlgItem(window.dialog, id), text); });
+}
+
+void ShowStatusLine(TransferWindow& window) {
+  const std::string text = TransferStatusLine(window.session);
+  if (text.empty() || text == window.status) return;
+  window.status = text;
+  SetText(GetDlgItem(window.dialog, IDC_TRANSFER_STATUS), text);
+}
+
+void Connect(TransferWindow& window) {
+  TransferSession& session = window.session;
+  Transfer& transfer = session.transfer;
+  const Messages messages = RelayedMessages(window.relay, window.app.context.messages);
+  session.port.messages = WatchedPortMessages(session.port, session.port_gone, messages);
+  session.port.tap = [&window](bool, std::span<const uint8_t> bytes) { window.bytes += bytes.size(); };
+  transfer.context = window.app.context;
+  transfer.context.messages = messages;
+  transfer.context.progress = {};
+  transfer.files = window.order.files;
+  transfer.subject = window.order.subject;
+  session.console_port = ConsolePort(window.app);
+  transfer.region_files = window.order.region_files;
+  transfer.view.title = [&window](const std::string& text) {
+    window.relay.Post([&window, text] { SetText(window.dialog, text); });
+  };
+  transfer.view.status = [&window](const std::string&) {
+    window.relay.Post([&window] { ShowStatusLine(window); });
+  };
+  transfer.view.result = [&window](const std::string& text) { Show(window, IDC_TRANSFER_RESULT, text); };
+  transfer.view.button = [&window](const std::string& text) { Show(window, IDCANCEL, text); };
+  transfer.view.range = [&window](uint64_t total) { window.range = total; };
+  transfer.view.position = [&window](uint64_t position) { window.position = position; };
+  transfer.view.press_cancel = [&window] { window.relay.Post([&window] { window.pressed = true; }); };
+  if (window.order.decode) {
+    transfer.decode = [&window](bool crc_failed) {
+      return window.order.decode(window.session.transfer.context, crc_failed);
+    };
+  }
+}
+
+void ShowProgress(TransferWindow& window) {
+  ShowStatusLine(window);
+  const uint64_t range = window.range, position = window.position;
+  const auto bounded = [](uint64_t value) {
+    return static_cast<LPARAM>(std::min<uint64_t>(value, std::numeric_limits<int>::max()));
+  };
+  if (range != window.shown_range) {
+    window.shown_range = range;
+    SendDlgItemMessageW(window.dialog, IDC_TRANSFER_BAR, PBM_SETRANGE32, 0, bounded(range));
+  }
+  SendDlgItemMessageW(window.dialog, IDC_TRANSFER_BAR, PBM_SETPOS, static_cast<WPARAM>(bounded(position)), 0);
+  if (range == 0) return;
+  window.meter.Sample(static_cast<double>(GetTickCount64()) / 1000, window.bytes, position, range);
+  const std::string text = window.meter.Text(window.session.transfer.packets_repeated);
+  if (text == window.figures) return;
+  window.figures = text;
+  SetText(GetDlgItem(window.dialog, IDC_TRANSFER_FIGURES), text);
+}
+
+void EndTransfer(TransferWindow& window) {
+  if (window.ended) return;
+  window.ended = true;
+  if (window.dialog) {
+    KillTimer(window.dialog, kTimer);
+    EnableWindow(GetDlgItem(window.dialog, IDCANCEL), FALSE);
+    SetCursor(LoadCursorW(nullptr, IDC_WAIT));
+  }
+  window.relay.Close();
+  CancelTransfer(window.session);
+  window.target = nullptr;
+  if (window.dialog) EndDialog(window.dialog, IDCANCEL);
+}
+
+// A key that meets the focused button by chance does not end a transfer. False: it goes on, or has ended.
+bool MayCancel(TransferWindow& window) {
+  if (!std::exchange(window.keyed, false)) return true;
+  ++window.running;
+  window.asking = true;
+  const bool yes = window.app.context.messages.ask("Do you want to end the transfer ?", "", false);
+  window.asking = false;
+  --window.running;
+  if (!window.pressed) return yes;
+  EndTransfer(window);
+  return false;
+}
+
+// A box of a job may be up, with this called from its message loop: the end waits for its answer.
+void DoWork(TransferWindow& window) {
+  ++window.running;
+  window.relay.Run();
+  --window.running;
+  if (!window.pressed) return;
+  if (window.running == 0) return EndTransfer(window);
+  // Whether to cancel is no question any more.
+  if (window.asking) PostMessageW(GetLastActivePopup(window.dialog), WM_COMMAND, IDNO, 0);
+}
+
+// Notes whether the mouse or a key presses the button. The dialog asks the button about Enter before it takes
+// it for itself.
+LRESULT CALLBACK CancelProcedure(HWND button, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR id,
+                                 DWORD_PTR data) noexcept {
+  auto& window = *reinterpret_cast<TransferWindow*>(data);
+  const auto* key = message == WM_GETDLGCODE ? reinterpret_cast<const MSG*>(lparam) : nullptr;
+  if (key && key->message == WM_KEYDOWN) window.keyed = key->wParam == VK_RETURN || key->wParam == VK_SPACE;
+  if (message == WM_KEYDOWN) window.keyed = wparam == VK_SPACE || wparam == VK_RETURN;
+  if (message == WM_LBUTTONDOWN) window.keyed = false;
+  if (message == WM_NCDESTROY) RemoveWindowSubclass(button, CancelProcedure, id);
+  return DefSubclassProc(button, message, wparam, lparam);
+}
+
+void OpenTransfer(TransferWindow& window, HWND dialog) {
+  window.dialog = dialog;
+  SetText(dialog, window.order.job == TransferJob::kDownload ? kDownloadTitle : kUploadTitle);
+  ShowStatusLine(window);
+  SetWindowSubclass(GetDlgItem(dialog, IDCANCEL), CancelProcedure, kCancelSubclass,
+                    reinterpret_cast<DWORD_PTR>(&window));
+  SetTimer(dialog, kTimer, kRefresh, nullptr);
+  // From now on the jobs' work is announced here; what came before waits in the relay.
+  window.target = dialog;
+  PostMessageW(dialog, kWork, 0, 0);
+}
+
+INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
+  if (message == WM_INITDIALOG) {
+    SetWindowLongPtrW(dialog, DWLP_USER, lparam);
+    OpenTransfer(*reinterpret_cast<TransferWindow*>(lparam), dialog);
+    return TRUE;
+  }
+  auto* window = reinterpret_cast<TransferWindow*>(GetWindowLongPtrW(dialog, DWLP_USER));
+  if (!window) return FALSE;
+  switch (message) {
+    case WM_COMMAND:
+      if (LOWORD(wparam) == IDCANCEL && window->running == 0 && MayCancel(*window)) EndTransfer(*window);
+      return TRUE;
+    case WM_TIMER:
+      ShowProgress(*window);
+      if (IsPortMissed(window->session) && window->running == 0) EndTransfer(*window);
+      return TRUE;
+    case kWork:
+      DoWork(*window);
+      return TRUE;
+    default:
+      return FALSE;
+  }
+}
+
+}  // namespace
+
+bool RunTransferDialog(Application& app, TransferOrder order) {
+  auto owned = std::make_unique<TransferWindow>(app, std::move(order));
+  TransferWindow& window = *owned;
+  Connect(window);
+  std::optional<Busy> busy(app);
+  const bool started = StartTransfer(window.session, app.config, window.order.job);
+  if (started) {
+    DialogBoxParamW(app.instance, MAKEINTRESOURCEW(IDD_TRANSFER), OwnerWindow(app), TransferProcedure,
+                    reinterpret_cast<LPARAM>(&window));
+    EndTransfer(window);  // a dialog that could not be made, or was ended from elsewhere
+  }
+  busy.reset();
+  if (started && IsPortMissed(window.session)) {
+    Tell(app.context.messages, Icon::kStop, "%s is not available any more.\nThe transfer was ended.",
+         app.config.port_name.c_str());
+  }
+  app.outcome = TransferOutcomeText(window.session);
+  if (window.session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
+  if (!started) return false;
+  return window.order.job == TransferJob::kDownload ? window.session.transfer.receive_outcome == 1
+                                                    : window.session.outcome == 1;
+}
+
+}  // namespace vexa
