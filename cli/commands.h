@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "config/ecf_select.h"
 #include "config/project_config.h"
 #include "core/context.h"
 #include "core/database.h"
@@ -47,19 +48,20 @@ void AddConfigurationOptions(CLI::App& command, CommandState& state);  // --ecf 
 std::optional<std::pair<uint8_t, uint8_t>> ParseVersion(const std::string& text,
                                                         unsigned largest_minor = 255);
 
-// Zero-based positions in a configuration file.
-struct Selection {
-  uint8_t manufacturer = 0, product = 0, configuration = 0;
-};
-// "M/P/C"; nothing for other text.
-std::optional<Selection> ParseSelection(const std::string& text);
-std::string CheckSelection(const std::string& text);  // why the text is no selection; empty when it is one
+// Why the text can choose no configuration of any file; empty when it may.
+std::string CheckSelection(const std::string& text);
+// What the text chooses in a configuration file: positions, which need not be there, or names, for which the
+// file is read. Throws wrong usage, naming the candidates, when no configuration or several have such a name,
+// and CommandFailed after a message when the file cannot be read.
+Selection SelectedIn(CommandState& state, const Path& file, const std::string& text);
+// That configuration, with --software; throws as SelectedIn, and CommandFailed after a message.
+ProjectConfig LoadSelected(CommandState& state, const Path& file, const std::string& select);
 
 // The configuration without --ecf: what VEXA_ECF names, else "receivers.ecf" beside the program, else in
 // "../share/vexa". Throws CommandFailed after a message when VEXA_ECF names nothing.
 Path ShippedConfiguration(const CommandState& state);
 LocalTime CommandTime(const CommandState& state);      // --time or now
-ProjectConfig LoadCommandConfig(CommandState& state);  // throws CommandFailed after the message
+ProjectConfig LoadCommandConfig(CommandState& state);  // LoadSelected with --ecf and --select
 Document OpenDocument(CommandState& state,
                       const std::string& file);  // throws CommandFailed after the message
 // Validators of the options that name records: "1,3-5" or "all"; these or "none"; one number. Why the text is

@@ -173,25 +173,6 @@ Json ConfigJson(const ProjectConfig& config) {
   return json;
 }
 
-ProjectConfig LoadSelected(const CommandState& state, const EcfOptions& options) {
-  const Selection selection = ParseSelection(options.select).value_or(Selection{});
-  ProjectConfig config;
-  config.manufacturer_index = selection.manufacturer;
-  config.product_index = selection.product;
-  config.configuration_index = selection.configuration;
-  const Path file = ShownFile(state, options);
-  const size_t told = state.told.size();
-  if (!InitConfig(state.context, file, config)) {
-    TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
-    throw CommandFailed{};
-  }
-  if (!config.configuration_found) {
-    Tell(state.context.messages, Icon::kInformation, "Invalid configuration selection.");
-    throw CommandFailed{};
-  }
-  return config;
-}
-
 void ShowSource(CommandState& state, const EcfOptions& options) {
   const Path path = ShownFile(state, options);
   if (!ReadEcfTree(state.context, path)) throw CommandFailed{};
@@ -204,7 +185,7 @@ void ShowSource(CommandState& state, const EcfOptions& options) {
 void Show(CommandState& state, const EcfOptions& options) {
   if (options.toml) return ShowSource(state, options);
   if (!options.select.empty()) {
-    const ProjectConfig config = LoadSelected(state, options);
+    const ProjectConfig config = LoadSelected(state, ShownFile(state, options), options.select);
     state.output += options.json ? ConfigJson(config).dump(2) + "\n" : ConfigText(config);
     return;
   }

@@ -161,7 +161,10 @@ void AddTimeOption(CLI::App& command, CommandState& state) {
 
 void AddConfigurationOptions(CLI::App& command, CommandState& state) {
   command.add_option("--ecf", state.ecf, "Configuration file; default: the one that ships with the program");
-  command.add_option("--select", state.select, "Zero-based manufacturer/product/configuration")
+  command
+      .add_option(
+          "--select", state.select,
+          "Manufacturer/product/configuration: zero-based positions, or names or parts of them; or one name")
       ->check(CheckSelection);
   command.add_option("--software", state.software, "Software version MAJOR.MINOR")
       ->check([](const std::string& text) {
@@ -179,18 +182,46 @@ std::optional<std::pair<uint8_t, uint8_t>> ParseVersion(const std::string& text,
   return std::pair{major, minor};
 }
 
-std::optional<Selection> ParseSelection(const std::string& text) {
-  Selection selection;
+namespace {
+
+// "M/P/C", three numbers.
+std::optional<std::array<size_t, 3>> ThreeNumbers(const std::string& text) {
+  std::array<size_t, 3> numbers{};
   size_t position = 0;
-  if (!TakeNumber(text, position, selection.manufacturer) || !TakeSign(text, position, '/') ||
-      !TakeNumber(text, position, selection.product) || !TakeSign(text, position, '/') ||
-      !TakeNumber(text, position, selection.configuration) || position != text.size())
-    return std::nullopt;
-  return selection;
+  for (size_t& number : numbers) {
+    if (&number != numbers.data() && !TakeSign(text, position, '/')) return std::nullopt;
+    if (!TakeNumber(text, position, number)) return std::nullopt;
+  }
+  return position == text.size() ? std::optional(numbers) : std::nullopt;
 }
 
+}  // namespace
+
 std::string CheckSelection(const std::string& text) {
-  return ParseSelection(text) ? std::string() : "\"" + text + "\" is no M/P/C with positions up to 255";
+  const auto numbers = ThreeNumbers(text);
+  const bool fits =
+      !numbers || std::all_of(numbers->begin(), numbers->end(), [](size_t n) { return n <= 255; });
+  return fits && !text.empty() ? std::string() : "\"" + text + "\" is no M/P/C with positions up to 255";
+}
+
+Selection SelectedIn(CommandState& state, const Path& file, const std::string& text) {
+  if (const auto numbers = ThreeNumbers(text)) {
+    return {static_cast<uint8_t>((*numbers)[0]), static_cast<uint8_t>((*numbers)[1]),
+            static_cast<uint8_t>((*numbers)[2])};
+  }
+  const size_t told = state.told.size();
+  const auto tree = ReadEcfTree(state.context, file);
+  if (!tree) {
+    TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
+    throw CommandFailed{};
+  }
+  const SelectionFound found = FindSelection(*tree, text);
+  if (found.selection) return *found.selection;
+  std::string candidates;
+  for (const std::string& name : found.candidates) candidates += (candidates.empty() ? "" : "; ") + name;
+  throw CLI::ValidationError(
+      "--select", "\"" + text + "\" " +
+                      (found.several ? "may mean: " : "names no configuration; there are: ") + candidates);
 }
 
 LocalTime CommandTime(const CommandState& state) {
@@ -215,16 +246,15 @@ Path ConfigurationFile(const CommandState& state) {
   return state.ecf.empty() ? ShippedConfiguration(state) : PathFromUtf8(state.ecf);
 }
 
-ProjectConfig LoadCommandConfig(CommandState& state) {
+ProjectConfig LoadSelected(CommandState& state, const Path& file, const std::string& select) {
+  const Selection selection = SelectedIn(state, file, select);
   ProjectConfig config;
-  const Selection selection = ParseSelection(state.select).value_or(Selection{});
   config.manufacturer_index = selection.manufacturer;
   config.product_index = selection.product;
   config.configuration_index = selection.configuration;
   const auto software = ParseVersion(state.software, kLargestSoftwareMinor);
   config.software_major = software->first;
   config.software_minor = software->second;
-  const Path file = ConfigurationFile(state);
   const size_t told = state.told.size();
   if (!InitConfig(state.context, file, config)) {
     TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
@@ -235,6 +265,10 @@ ProjectConfig LoadCommandConfig(CommandState& state) {
     throw CommandFailed{};
   }
   return config;
+}
+
+ProjectConfig LoadCommandConfig(CommandState& state) {
+  return LoadSelected(state, ConfigurationFile(state), state.select);
 }
 
 Document OpenDocument(CommandState& state, const std::string& file) {

@@ -52,9 +52,9 @@ struct MadeFolder {
   MadeFolder& operator=(const MadeFolder&) = delete;
 };
 
-std::vector<NamedPath> OutputsIn(const CommandState& state, const Path& folder) {
+std::vector<NamedPath> OutputsIn(CommandState& state, const Path& folder) {
   std::vector<NamedPath> outputs = {{"--output", folder / kAdbImageFile}, {"--output", folder / kAdbUrtFile}};
-  if (ParseSelection(state.select).value_or(Selection{}).configuration == 1)
+  if (SelectedIn(state, ConfigurationFile(state), state.select).configuration == 1)
     outputs.insert(outputs.end(), {{"--output", folder / kE2pImageFile}, {"--output", folder / kE2pUrtFile}});
   return outputs;
 }

@@ -195,6 +195,13 @@ TEST_F(CliTest, EcfShowWithoutAFileIsOfTheShippedOneAndGivesItsSourceBack) {
                       built = Vexa("ecf show @s.ecf --select 1/1/1 --json");
   EXPECT_EQ(shipped.status, 0) << shipped.errors;
   EXPECT_EQ(shipped.output, built.output);
+  EXPECT_EQ(Vexa("ecf show --select '2c/with motor/EEPROM' --json").output, shipped.output);
+  const ProgramResult several = Vexa("adb request -o @x --select eeprom"),
+                      none = Vexa("ecf show --select Nobody");
+  EXPECT_EQ(several.status, 2);
+  EXPECT_THAT(several.errors, HasSubstr("may mean: 1A/Standard Receiver/Settings in EEPROM; "));
+  EXPECT_EQ(none.status, 2);
+  EXPECT_THAT(none.errors, HasSubstr("\"Nobody\" names no configuration; there are: 1A/"));
   Put("m", "MZ");
   EXPECT_EQ(Vexa("ecf show @m --toml").status, 1);
   EXPECT_EQ(Vexa("ecf show --toml --json").status, 2);
