@@ -54,6 +54,7 @@ struct Application {
   WindowSettings window;
   std::string outcome;  // of the last transfer, in the status line until the next command
   FindQuery last_search;
+  bool html_help_used = false;           // HTML Help has shown a page
   HWND findings = nullptr;               // the window of the database check, while it is open
   std::function<bool()> port_connected;  // whether the uploader console's port is open; empty: no console
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ui/controls/guard.h"
+#include "ui/controls/help.h"
 
 namespace vexa {
 
@@ -10,6 +11,7 @@ namespace {
 
 struct OpenForm {
   Application& app;
+  int id;  // of the dialog
   FormActions actions;
   Anchors anchors{};
 };
@@ -41,6 +43,7 @@ void Command(OpenForm& open, HWND dialog, int id, int code) {
     if (!open.actions.accept || open.actions.accept(form)) form.End(true);
     return;
   }
+  if (id == IDHELP) return ShowHelp(open.app, HelpPage(open.id));
   if (open.actions.command) open.actions.command(form, id, code);
 }
 
@@ -60,6 +63,9 @@ INT_PTR FormMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
   switch (message) {
     case WM_COMMAND:
       Command(*open, dialog, LOWORD(wparam), HIWORD(wparam));
+      return TRUE;
+    case WM_HELP:
+      ShowHelp(open->app, HelpPage(open->id));
       return TRUE;
     case WM_NOTIFY:
       if (!open->actions.notify) return FALSE;
@@ -203,7 +209,7 @@ void Form::End(bool accepted) const {
 }
 
 bool RunForm(Application& app, int id, FormActions actions) {
-  OpenForm open{app, std::move(actions)};
+  OpenForm open{app, id, std::move(actions)};
   return DialogBoxParamW(app.instance, MAKEINTRESOURCEW(id), OwnerWindow(app), FormProcedure,
                          reinterpret_cast<LPARAM>(&open)) == IDOK;
 }

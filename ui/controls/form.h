@@ -76,7 +76,8 @@ struct FormActions {
   std::function<void(Form&)> resized;  // the anchored controls have followed
 };
 
-// Runs the modal dialog of the resource `id`; true when it ended accepted.
+// Runs the modal dialog of the resource `id`; true when it ended accepted. F1 and the button IDHELP show its
+// page of the help.
 bool RunForm(Application& app, int id, FormActions actions);
 
 }  // namespace vexa

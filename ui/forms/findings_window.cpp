@@ -4,6 +4,7 @@
 #include "core/check.h"
 #include "core/messages.h"
 #include "ui/controls/guard.h"
+#include "ui/controls/help.h"
 #include "ui/controls/virtual_list.h"
 #include "ui/forms/options.h"
 #include "ui/forms/options_resource.h"
@@ -56,7 +57,7 @@ void Open(HWND dialog, FindingsWindow& window) {
   SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, 0, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER);
   FitLastColumn(list);
   std::vector<Anchor> anchors = ListAnchors(IDC_FINDINGS_LIST);
-  anchors.push_back({IDC_FINDINGS_AGAIN, kWhole, kWhole, kWhole, kWhole});
+  for (const int id : {IDC_FINDINGS_AGAIN, IDHELP}) anchors.push_back({id, kWhole, kWhole, kWhole, kWhole});
   window.anchors = TakeAnchors(dialog, anchors);
   Look(dialog, window);
 }
@@ -89,7 +90,11 @@ INT_PTR FindingsMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam)
     case WM_COMMAND:
       if (LOWORD(wparam) == IDOK) GoTo(dialog, *window, true);
       if (LOWORD(wparam) == IDC_FINDINGS_AGAIN) Look(dialog, *window);
+      if (LOWORD(wparam) == IDHELP) ShowHelp(window->app, HelpPage(IDD_FINDINGS));
       if (LOWORD(wparam) == IDCANCEL) DestroyWindow(dialog);
+      return TRUE;
+    case WM_HELP:
+      ShowHelp(window->app, HelpPage(IDD_FINDINGS));
       return TRUE;
     case WM_NOTIFY:
       Notify(dialog, *window, *reinterpret_cast<const NMHDR*>(lparam), lparam);

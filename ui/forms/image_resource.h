@@ -1,8 +1,8 @@
 // Numbers of the dialogs that make URT files and compress: 1800-1899. Both URT dialogs share their controls.
 #pragma once
 
-#define IDD_SINGLE_IMAGE 1800
-#define IDD_MULTIPLE_IMAGE 1801
+#include "view/dialog_ids.h"
+
 #define IDC_IMAGE_FILE 1802
 #define IDC_IMAGE_BROWSE 1803
 #define IDC_IMAGE_URT 1804
@@ -18,7 +18,6 @@
 #define IDC_IMAGE_ADD 1814
 #define IDC_IMAGE_REMOVE 1815
 
-#define IDD_COMPRESSION 1840
 #define IDC_COMPRESSION_COMPRESS 1841
 #define IDC_COMPRESSION_EXPAND 1842
 #define IDC_COMPRESSION_FILE 1843

@@ -1,10 +1,7 @@
 // Numbers of the import wizard's and the merger's dialogs.
 #pragma once
 
-#define IDD_WIZARD_SATELLITES 1500
-#define IDD_WIZARD_CARRIERS 1501
-#define IDD_WIZARD_SERVICES 1502
-#define IDD_MERGER 1503
+#include "view/dialog_ids.h"
 
 #define IDC_WIZARD_OWNERS 1510
 #define IDC_WIZARD_ITEMS 1511

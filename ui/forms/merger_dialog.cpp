@@ -238,6 +238,7 @@ void ShowMerger(Application& app, ListFormat format) {
   MergerDialog dialog{app, {format, {}}};
   FormActions actions;
   actions.anchors = ListAnchors(IDC_MERGE_LIST);
+  actions.anchors.push_back({IDHELP, kWhole, kWhole, kWhole, kWhole});
   actions.open = [&](Form& form) {
     SetText(form.window, RowOf(format).merge.title);
     dialog.list = form.Control(IDC_MERGE_LIST);

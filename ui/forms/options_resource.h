@@ -1,12 +1,7 @@
 // Numbers of the option and tool dialogs: 1300 to 1499.
 #pragma once
 
-#define IDD_SETTINGS 1300
-#define IDD_DEFAULTS 1301
-#define IDD_COLOURS 1302
-#define IDD_SORT 1303
-#define IDD_FIND 1304
-#define IDD_FINDINGS 1305
+#include "view/dialog_ids.h"
 
 #define IDC_SETTINGS_FILE 1310
 #define IDC_SETTINGS_BROWSE 1311

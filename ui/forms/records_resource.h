@@ -1,19 +1,7 @@
 // Numbers of the record and editing dialogs: 1100 to 1299.
 #pragma once
 
-#define IDD_LNB 1100
-#define IDD_SATELLITE 1101
-#define IDD_CARRIER 1102
-#define IDD_SERVICE 1103
-#define IDD_USER_BOX 1104
-#define IDD_FAVOURITES 1105
-#define IDD_EDIT_SDB 1106
-#define IDD_MOVE 1107
-#define IDD_MOVE_SERVICE 1108
-#define IDD_CHANGE_CARRIERS 1109
-#define IDD_DETAILED_SERVICE 1110
-#define IDD_VERSION 1111
-#define IDD_SELECT_PARTS 1112
+#include "view/dialog_ids.h"
 
 #define IDC_RECORD_NAME 1120
 

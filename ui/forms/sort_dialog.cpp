@@ -80,6 +80,7 @@ bool SortToSeparateFile(const EditorWindow& editor, const SortForm& form, HWND o
 void ShowSort(EditorWindow& editor) {
   FormActions actions;
   actions.anchors = ListAnchors(IDC_SORT_SDBS);
+  actions.anchors.push_back({IDHELP, kWhole, kWhole, kWhole, kWhole});
   actions.open = [&](Form& form) { Open(form, editor); };
   actions.command = [](Form& form, int, int) { form.Enable(IDOK, CanSort(Taken(form))); };
   actions.accept = [&](Form& form) {

@@ -1,7 +1,8 @@
 // Numbers of the dialog about the program.
 #pragma once
 
-#define IDD_ABOUT 400
+#include "view/dialog_ids.h"
+
 #define IDC_ABOUT_PROJECT 401
 #define IDC_ABOUT_VERSION 402
 #define IDC_ABOUT_DATE 403

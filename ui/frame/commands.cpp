@@ -6,6 +6,7 @@
 #include "import/text_export.h"
 #include "ui/controls/command_row.h"
 #include "ui/controls/file_dialogs.h"
+#include "ui/controls/help.h"
 #include "ui/controls/progress_box.h"
 #include "ui/editor/change.h"
 #include "ui/editor/editor.h"
@@ -40,24 +41,8 @@ void Exit(Application& app) {
   PostMessageW(app.frame, WM_CLOSE, 0, 0);
 }
 
-// HTML Help is loaded when it is asked for: not every system has it.
 void Contents(Application& app) {
-  const Path file = ProgramFolder() / "help.chm";
-  using HtmlHelp = HWND(WINAPI*)(HWND, LPCWSTR, UINT, DWORD_PTR);
-  static HMODULE library = LoadLibraryW(L"hhctrl.ocx");
-  const auto show =
-      library ? reinterpret_cast<HtmlHelp>(reinterpret_cast<void*>(GetProcAddress(library, "HtmlHelpW")))
-              : nullptr;
-  std::error_code error;
-  if (!std::filesystem::exists(file, error)) {
-    Tell(app.context.messages, Icon::kInformation, "The help file is missing:\n%s",
-         Utf8FromPath(file).c_str());
-  } else if (!show) {
-    Tell(app.context.messages, Icon::kInformation, "HTML Help is not installed on this system.");
-  } else if (!show(app.frame, file.c_str(), 0, 0)) {
-    Tell(app.context.messages, Icon::kInformation, "The help file cannot be shown:\n%s",
-         Utf8FromPath(file).c_str());
-  }
+  ShowHelp(app, HelpPage(HelpWindow::kContents));
 }
 
 void SdbInformation(Application& app) {

@@ -11,6 +11,7 @@
 #include "platform/text.h"
 #include "ui/controls/file_dialogs.h"
 #include "ui/controls/guard.h"
+#include "ui/controls/help.h"
 #include "ui/controls/pictures.h"
 #include "ui/controls/resource.h"
 #include "ui/editor/editor.h"
@@ -206,6 +207,7 @@ void ShowFrame(Application& app) {
 }
 
 void EndFrame(Application& app) {
+  EndHelp(app);
   EndConsole(app);
   for (EditorWindow* editor : AllEditors(app))
     SendMessageW(app.client, WM_MDIDESTROY, reinterpret_cast<WPARAM>(editor->window), 0);
@@ -269,6 +271,16 @@ void ShowMenuHelp(Application& app, WPARAM wparam) {
   ShowFirstStatus(app, popup || HIWORD(wparam) == 0xFFFF ? "" : CommandHelp(app, LOWORD(wparam)));
 }
 
+// F1 in the frame or in one of its windows, which hand it on. While a menu is open its commands are meant.
+void ShowWindowHelp(Application& app, const HELPINFO& information) {
+  const auto active = reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDIGETACTIVE, 0, 0));
+  HelpWindow window = HelpWindow::kFrame;
+  if (EditorOf(active)) window = HelpWindow::kEditor;
+  if (active && active == app.console) window = HelpWindow::kConsole;
+  if (information.iContextType == HELPINFO_MENUITEM) window = HelpWindow::kMenus;
+  ShowHelp(app, HelpPage(window));
+}
+
 LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_NCCREATE) {
     auto* app = static_cast<Application*>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams);
@@ -301,6 +313,9 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_INITMENUPOPUP:
       PrepareMenu(*app, reinterpret_cast<HMENU>(wparam));
       break;
+    case WM_HELP:
+      ShowWindowHelp(*app, *reinterpret_cast<const HELPINFO*>(lparam));
+      return 0;
     case WM_MENUSELECT:
       ShowMenuHelp(*app, wparam);
       break;

@@ -1,7 +1,7 @@
 // What a window test cannot see or do from outside. Menus are private to a process on some systems: in test
 // mode the frame writes its menu bar, as it would open now, to "menus.txt" in the program's temporary folder
 // when asked to. Nor can memory be made to run out there, or the viewer of reports, an event, a tree or a
-// list be made to fail.
+// list be made to fail. A page of the help is named in "help.txt" in that folder instead of shown.
 #pragma once
 
 #include "ui/controls/application.h"

@@ -1,7 +1,8 @@
 // Numbers of the console's control panel and of its search dialog.
 #pragma once
 
-#define IDD_CONSOLE_PANEL 1900
+#include "view/dialog_ids.h"
+
 #define IDC_CONSOLE_CONNECT 1901
 #define IDC_CONSOLE_UPLOAD 1902
 #define IDC_CONSOLE_CANCEL 1903
@@ -21,6 +22,5 @@
 #define IDC_CONSOLE_LOG 1920
 #define IDC_CONSOLE_LINE 1921
 
-#define IDD_CONSOLE_FIND 1930
 #define IDC_CONSOLE_FIND_TEXT 1931
 #define IDC_CONSOLE_FIND_CASE 1932

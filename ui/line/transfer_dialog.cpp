@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "serial/relay.h"
+#include "ui/controls/help.h"
 #include "ui/line/console.h"
 #include "ui/line/transfer_resource.h"
 
@@ -178,6 +179,9 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
   switch (message) {
     case WM_COMMAND:
       if (LOWORD(wparam) == IDCANCEL && window->running == 0 && MayCancel(*window)) EndTransfer(*window);
+      return TRUE;
+    case WM_HELP:
+      ShowHelp(window->app, HelpPage(IDD_TRANSFER));
       return TRUE;
     case WM_TIMER:
       ShowProgress(*window);

@@ -1,11 +1,11 @@
 // Numbers of the dialogs that send to and fetch from the receiver: 1700-1799.
 #pragma once
 
-#define IDD_TRANSFER 1700
+#include "view/dialog_ids.h"
+
 #define IDC_TRANSFER_BAR 1701
 #define IDC_TRANSFER_STATUS 1702
 #define IDC_TRANSFER_FIGURES 1703
 #define IDC_TRANSFER_RESULT 1704
 
-#define IDD_UPLOAD_SDBS 1720
 #define IDC_UPLOAD_LIST 1721

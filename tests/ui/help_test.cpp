@@ -1,0 +1,275 @@
+// Walks through all windows and dialogs: each one shows its page of the help. With VEXA_PICTURES set to a
+// folder, the pictures of the help are taken there on the way (tools/take_pictures.sh).
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "config/settings.h"
+#include "tests/support/data_folder.h"
+#include "tests/ui/editor_fixture.h"
+#include "tests/ui/picture.h"
+#include "ui/controls/application.h"
+#include "ui/forms/lists_resource.h"
+#include "ui/forms/records_resource.h"
+#include "ui/line/console_resource.h"
+#include "ui/line/transfer_resource.h"
+#include "view/command_table.h"
+#include "view/dialog_ids.h"
+#include "view/help_pages.h"
+
+namespace vexa {
+
+namespace {
+
+using Labels = std::vector<std::string>;
+
+const Labels kSatellites = {"SDB1", "Satellites"};
+const Labels kAstra = {"SDB1", "Satellites", "[ 1 ] Astra 1KR 1L 1M___"};
+const Labels kCarrier = {"SDB1", "Satellites", "[ 1 ] Astra 1KR 1L 1M___", "[ 1 ] Carrier1_S1"};
+
+Path PictureFolder() {
+  const char* folder = std::getenv("VEXA_PICTURES");
+  return folder ? PathFromUtf8(folder) : Path();
+}
+
+// A dialog that a command opens for the selected node and Cancel closes.
+struct Stop {
+  CommandId command;
+  const char* title;
+  const char* picture;
+  int dialog;
+  Labels node = {};  // empty: the node selected before
+};
+
+class Help : public EditorTest {
+ protected:
+  // The program in a folder of its own, with an empty page for each that it may show. The pictures show the
+  // folder.
+  void StartWithPages() {
+    home_ = PictureFolder().empty() ? recorder_.context.temporary_folder / "home" : Path(L"C:\\Vexa Editor");
+    std::filesystem::remove_all(home_);
+    std::filesystem::create_directories(home_ / "help");
+    for (const char* name : {"VexaEditor.exe", "receivers.ecf"})
+      std::filesystem::copy_file(ProgramFolder() / name, home_ / name);
+    for (const auto& entry : std::filesystem::directory_iterator(DataFolder().parent_path() / "help"))
+      PutFile(home_ / "help" / entry.path().filename().replace_extension("html"), {});
+    for (const char* name : {"list.sdx", "more.sdx"})
+      std::filesystem::copy_file(DataFolder() / "sample.sdx", home_ / name);
+    PutFile(home_ / "help" / "commands.html", {});
+    driver_ = std::make_unique<EditorDriver>(home_ / "VexaEditor.exe");
+    ASSERT_TRUE(driver_->WaitForFrame());
+    if (PictureFolder().empty()) return;
+    ShowWindow(driver_->frame(), SW_RESTORE);
+    MoveWindow(driver_->frame(), 20, 20, 1100, 760, TRUE);
+    ASSERT_TRUE(driver_->HasCaughtUp());
+  }
+  void Picture(HWND window, const std::string& name) {
+    if (PictureFolder().empty()) return;
+    ASSERT_TRUE(driver_->HasCaughtUp());
+    Sleep(300);  // for what is still painted by timers
+    EXPECT_TRUE(TakePicture(window, PictureFolder() / (name + ".bmp"))) << name;
+  }
+  // The page that was shown last.
+  std::string ShownPage() {
+    const auto log = ReadWholeFile(driver_->TemporaryFolder() / "help.txt");
+    return log ? std::string(log->begin(), log->end()) : "";
+  }
+  void ExpectPage(std::string_view page, const std::string& where) {
+    EXPECT_TRUE(driver_->HasCaughtUp());
+    EXPECT_EQ(ShownPage(), Utf8FromPath(home_ / "help" / (std::string(page) + ".html"))) << where;
+    std::error_code error;
+    std::filesystem::remove(driver_->TemporaryFolder() / "help.txt", error);
+  }
+  // What F1 sends to the control with the focus.
+  void PressF1(HWND control) {
+    HELPINFO information{};
+    information.cbSize = sizeof information;
+    information.iContextType = HELPINFO_WINDOW;
+    information.hItemHandle = control;
+    Send(control, WM_HELP, 0, reinterpret_cast<LPARAM>(&information));
+  }
+  void See(HWND window, const std::string& picture, std::string_view page) {
+    ASSERT_NE(window, nullptr) << picture;
+    Picture(window, picture);
+    HWND focus = driver_->Focused();
+    PressF1(IsChild(window, focus) ? focus : window);
+    ExpectPage(page, picture + ", F1");
+    if (!GetDlgItem(window, IDHELP)) return;
+    Send(window, WM_COMMAND, IDHELP, reinterpret_cast<LPARAM>(GetDlgItem(window, IDHELP)));
+    ExpectPage(page, picture + ", the button");
+  }
+  void See(const Stop& stop) {
+    SCOPED_TRACE(stop.picture);
+    ASSERT_TRUE(stop.node.empty() || driver_->SelectItem(stop.node));
+    driver_->Command(stop.command);
+    HWND box = driver_->WaitForBox(stop.title);
+    See(box, stop.picture, HelpPage(stop.dialog));
+    driver_->Press(box, IDCANCEL);
+    ASSERT_TRUE(driver_->Answers());
+  }
+  void ImportSample() {
+    driver_->Command(kCmdImportSatcodx);
+    driver_->ChooseFile("Open a File", home_ / "list.sdx");
+    driver_->Answer(IDYES);
+    HWND box = driver_->WaitForBox("Import Wizard ( 1/3 ) Steps - Satellite Selection");
+    driver_->Push(box, IDC_WIZARD_ALL);
+    See(box, "wizard-satellites", HelpPage(IDD_WIZARD_SATELLITES));
+    driver_->Press(box, IDOK);
+    box = driver_->WaitForBox("Import Wizard ( 2/3 ) Steps - Carrier Selection");
+    driver_->Push(box, IDC_WIZARD_OPTION);
+    driver_->GoTo(GetDlgItem(box, IDC_WIZARD_OWNERS), 1);
+    See(box, "wizard-carriers", HelpPage(IDD_WIZARD_CARRIERS));
+    driver_->Press(box, IDOK);
+    box = driver_->WaitForBox("Import Wizard ( 3/3 ) Steps - Service Selection");
+    driver_->Push(box, IDC_WIZARD_OPTION);
+    driver_->GoTo(GetDlgItem(box, IDC_WIZARD_OWNERS), 1);
+    See(box, "wizard-services", HelpPage(IDD_WIZARD_SERVICES));
+    driver_->Press(box, IDOK);
+    ASSERT_TRUE(driver_->Until("the list's window", [&] { return driver_->Children().size() == 1; }));
+    ASSERT_TRUE(driver_->Answers());
+  }
+  void End() {
+    driver_->Close();
+    driver_->Answer(IDNO);
+    EXPECT_EQ(driver_->ExitCode(), 0u);
+  }
+  HWND ConsoleWindow() {
+    HWND client = FindWindowExW(driver_->frame(), nullptr, L"MDIClient", nullptr);
+    return FindWindowExW(client, nullptr, kConsoleClass, nullptr);
+  }
+
+  Path home_;
+};
+
+TEST_F(Help, EveryDialogOfTheDatabaseShowsItsPage) {
+  ASSERT_NO_FATAL_FAILURE(StartWithPages());
+  PressF1(driver_->frame());
+  ExpectPage("frame", "the frame");
+  driver_->Command(kCmdContents);
+  ExpectPage("index", "the contents");
+  ASSERT_NO_FATAL_FAILURE(ImportSample());
+  // Something for the dialogs to show: favourites, a user box.
+  ASSERT_TRUE(driver_->SelectItem(kCarrier));
+  driver_->SelectRows(List(), {0, 1, 2});
+  driver_->Command(kFirstGroupCommand);
+  ASSERT_TRUE(driver_->SelectItem({"Box Infos"}));
+  driver_->Command(kCmdAdd);
+  ASSERT_TRUE(driver_->SelectItem(kSatellites));
+  ASSERT_TRUE(driver_->SelectItem(kCarrier));
+  SetFocus(driver_->ActiveChild());
+  Picture(driver_->frame(), "editor");
+  PressF1(List());
+  ExpectPage("editor", "the database window");
+
+  const Stop stops[] = {
+      {kCmdEdit, "LNB Information", "lnb", IDD_LNB, {"SDB1", "LNBs", "[ 1 ] LNB"}},
+      {kCmdEdit, "Satellite Information", "satellite", IDD_SATELLITE, kAstra},
+      {kCmdEdit, "Carrier Information", "carrier", IDD_CARRIER, kCarrier},
+      {kCmdEdit, "Edit SDB", "edit-sdb", IDD_EDIT_SDB, {"SDB1"}},
+      {kCmdEdit, "FGL Information (TV)", "favourites", IDD_FAVOURITES, {"SDB1", "TV Groups", "Favourite1"}},
+      {kCmdEdit, "UserBox Information", "user-box", IDD_USER_BOX, {"Box Infos", "UBI1"}},
+      {kCmdSaveParts, "Select SDB/UBI", "save-parts", IDD_SELECT_PARTS},
+      {kCmdVersion, "StaticDatabase Version", "version", IDD_VERSION},
+      {kCmdSort, "Sort SDB information", "sort", IDD_SORT, {"SDB1"}},
+      {kCmdFind, "Find", "find", IDD_FIND},
+      {kCmdUploadSdb, "Upload as SDB", "upload-sdbs", IDD_UPLOAD_SDBS},
+  };
+  for (const Stop& stop : stops) ASSERT_NO_FATAL_FAILURE(See(stop));
+
+  // What acts on rows of the list.
+  ASSERT_TRUE(driver_->SelectItem(kSatellites));
+  driver_->SelectRows(List(), {1, 2});
+  ASSERT_NO_FATAL_FAILURE(See({kCmdMove, "Move Satellite Information", "move", IDD_MOVE}));
+  ASSERT_TRUE(driver_->SelectItem(kCarrier));
+  driver_->SelectRows(List(), {0});
+  ASSERT_NO_FATAL_FAILURE(See({kCmdEdit, "Service Information", "service", IDD_SERVICE}));
+  ASSERT_NO_FATAL_FAILURE(
+      See({kCmdInformation, "Detailed Service Information", "details", IDD_DETAILED_SERVICE}));
+  driver_->Command(kCmdMove);
+  HWND box = driver_->WaitForBox("Move Service Information");
+  See(box, "move-service", HelpPage(IDD_MOVE_SERVICE));
+  Push(box, IDC_MOVE_SERVICE_CHANGE);
+  HWND carriers = driver_->WaitForBox("Change Carriers");
+  See(carriers, "change-carriers", HelpPage(IDD_CHANGE_CARRIERS));
+  driver_->Press(carriers, IDCANCEL);
+  driver_->Press(box, IDCANCEL);
+
+  driver_->Command(kCmdCheck);
+  box = driver_->WaitForBox("Check Database - " + Caption());
+  See(box, "findings", HelpPage(IDD_FINDINGS));
+  driver_->Press(box, IDCANCEL);
+  driver_->Command(kCmdSdbInformation);
+  box = driver_->WaitForBox("Bin file information");
+  ASSERT_NE(box, nullptr);
+  Picture(box, "bin-information");
+  driver_->Press(box, IDOK);
+  End();
+}
+
+TEST_F(Help, EveryOtherDialogShowsItsPage) {
+  ASSERT_NO_FATAL_FAILURE(StartWithPages());
+  const Stop stops[] = {{kCmdAbout, "About software", "about", IDD_ABOUT},
+                        {kCmdSettings, "Settings", "settings", IDD_SETTINGS},
+                        {kCmdDefaultValues, "Default Values", "defaults", IDD_DEFAULTS},
+                        {kCmdColour, "Color", "colors", IDD_COLOURS},
+                        {kCmdSingleImage, "Single Image", "single-image", IDD_SINGLE_IMAGE},
+                        {kCmdMultipleImage, "Multiple Image", "multiple-image", IDD_MULTIPLE_IMAGE},
+                        {kCmdCompression, "Compression", "compression", IDD_COMPRESSION}};
+  for (const Stop& stop : stops) ASSERT_NO_FATAL_FAILURE(See(stop));
+  driver_->Command(kCmdMergeSatcodx);
+  HWND box = driver_->WaitForBox("SatcoDX [ SDX ] File Merger");
+  for (const char* name : {"list.sdx", "more.sdx"}) {
+    Push(box, IDC_MERGE_FILES);
+    driver_->ChooseFile("Select a SatcoDX file", home_ / name);
+  }
+  ASSERT_TRUE(
+      driver_->Until("both lists", [&] { return Send(GetDlgItem(box, IDC_MERGE_LIST), LB_GETCOUNT) == 2; }));
+  See(box, "merger", HelpPage(IDD_MERGER));
+  driver_->Press(box, IDCANCEL);
+
+  driver_->Command(kCmdPortload);
+  ASSERT_TRUE(driver_->Until("the console", [&] { return ConsoleWindow() != nullptr; }));
+  PressF1(GetDlgItem(ConsoleWindow(), IDC_CONSOLE_LOG));
+  ExpectPage("console", "the console");
+  ASSERT_NO_FATAL_FAILURE(See({kCmdConsoleFind, "Find in Log", "console-find", IDD_CONSOLE_FIND}));
+  driver_->Close();
+  EXPECT_EQ(driver_->ExitCode(), 0u);
+}
+
+TEST_F(Help, TheTransferShowsItsPage) {
+  if (!std::getenv("VEXA_TEST_LINE")) GTEST_SKIP() << "no receiver at COM1";
+  ASSERT_NO_FATAL_FAILURE(StartWithPages());
+  driver_->Command(kCmdImportSatcodx);
+  driver_->ChooseFile("Open a File", home_ / "list.sdx");
+  driver_->Answer(IDNO);
+  ASSERT_TRUE(driver_->Until("the list's window", [&] { return driver_->Children().size() == 1; }));
+  ASSERT_TRUE(driver_->Answers());
+  driver_->Command(kCmdUploadAdb);
+  HWND box = driver_->WaitForBox("Transfer Data ( PC to STB )");
+  ASSERT_NE(box, nullptr);
+  driver_->Until("packets", [&] {
+    return driver_->Title(GetDlgItem(box, IDC_TRANSFER_FIGURES)).find("bytes/s") != std::string::npos;
+  });
+  See(box, "transfer", HelpPage(IDD_TRANSFER));
+  driver_->Press(box, IDCANCEL);
+  ASSERT_TRUE(driver_->Until("the end", [&] { return !IsWindow(box); }));
+  if (!PictureFolder().empty()) {
+    const Path list = home_ / "list.bin";
+    driver_->Command(kCmdSaveAs);
+    driver_->ChooseFile("Save", list);
+    driver_->Command(kCmdPortload);
+    driver_->Command(kCmdConnect);
+    driver_->Command(kCmdConsoleUpload);
+    driver_->ChooseFile("Open", list);
+    HWND log = GetDlgItem(ConsoleWindow(), IDC_CONSOLE_LOG);
+    driver_->Until("the report", [&] { return driver_->Title(log).find("Upload") != std::string::npos; });
+    Picture(ConsoleWindow(), "console");
+    driver_->Command(kCmdConnect);
+  }
+  driver_->Kill();
+}
+
+}  // namespace
+
+}  // namespace vexa
