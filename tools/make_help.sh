@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Makes the help of the pages in help/ (Markdown): OUT/html, and the same pages as OUT/help.chm. help/index.md is the
 # table of contents. Refuses pages with faults: links, places and pictures that are not there, pictures that no page shows or
-# that are of another version, dialogs without a page, pages that the table of contents does not name.
+# that are of another version, dialogs without a page, pages that the table of contents does not name, quoted texts that the
+# program does not say.
 #   make_help.sh OUT GENERATED   GENERATED holds the pages that programs write: commands.md, command-line.md
 #   make_help.sh check           only looks for faults; of generated pages only those of build/native are looked into
 #   make_help.sh self-test       makes small helps with one fault each and fails when one of them passes
@@ -42,6 +43,48 @@ pages() {  # FOLDER GENERATED
   cp "$root"/help/pictures/*.png "$1/pictures/"
 }
 
+# Texts in double quotes, and bold ones, are the program's own: each must stand in its sources, numbers aside and whatever "..." stands for.
+foreign_texts() {
+  find "$root"/{ui,view,core,config,import,image,serial,cli,platform} -name '*.cpp' -o -name '*.h' -o -name '*.rc' 2>/dev/null |
+    sort | xargs -r cat >"$work/sources"
+  awk '
+    function plain(text) {  # numbers and formats become "#", blanks one
+      gsub(/%[-0-9.]*[lhz]*[a-zA-Z]/, "#", text)
+      gsub(/[0-9]+/, "#", text)
+      gsub(/[ \t\r\n]+/, " ", text)
+      return text
+    }
+    function seek(text, mark, between,   parts, count, i, piece, pieces, k) {
+      count = split(text, parts, mark)
+      for (i = 2; i <= count; i += 2) {
+        pieces = split(plain(parts[i]), piece, between)
+        for (k = 1; k <= pieces; ++k) {
+          sub(/^ /, "", piece[k])
+          sub(/ $/, "", piece[k])
+          sub(/^.* should be in the range of /, "# should be in the range of ", piece[k])
+          if (index(program, piece[k]) == 0)
+            print substr(names[page], match(names[page], /[^\/]*$/)) ": the program does not say \"" parts[i] "\""
+        }
+      }
+    }
+    RS != "\n" { program = $0; next }  # all sources at once
+    FNR == 1 { names[++pages] = FILENAME }
+    /^    / { next }
+    { gsub(/`[^`]*`/, ""); text[pages] = text[pages] $0 "\n" }
+    END {
+      gsub(/\\"/, "\001", program)
+      gsub(/"[ \t\n]*L?"/, "", program)  # texts that the compiler joins
+      gsub(/\\[nrt]/, " ", program)
+      gsub(/&/, "", program)
+      gsub(/\001/, "\"", program)
+      program = plain(program)
+      for (page = 1; page <= pages; ++page) {
+        seek(text[page], "\"", "\\.\\.\\.")
+        seek(text[page], "\\*\\*", "( > |\\.\\.\\.)")
+      }
+    }' RS='\003' "$work/sources" RS='\n' "$root"/help/*.md
+}
+
 # Says every fault of the pages in FOLDER. Pages of programs that are not there are taken as they are.
 faults() {  # FOLDER
   (
@@ -69,6 +112,7 @@ faults() {  # FOLDER
     stamp=$(cat "$root/help/pictures/VERSION" 2>/dev/null || true)
     [ "$stamp" = "$version" ] || echo "pictures/VERSION: the pictures are of \"$stamp\", the program is $version: tools/take_pictures.sh"
   )
+  foreign_texts
   # The page of a dialog or window: rows {IDD_NAME, "page"} and {HelpWindow::kName, "page"} of the table.
   local table="$root/view/help_pages.cpp" dialog page
   grep -rhoE '^IDD_[A-Z0-9_]+ +DIALOG' --include='*.rc' "$root/ui" | sed 's/ .*//' | sort | while read -r dialog; do
@@ -143,7 +187,8 @@ self_test() {
     echo picture >"$tree/help/pictures/a.png"
     printf '# Help\n\n## Part\n\n- [One](one.md)\n- [Keys](commands.md)\n- [Line](command-line.md)\n' >"$tree/help/index.md"
     printf '# One\n\n![A](pictures/a.png) [place](index.md#part), [own](#two-words)\n\n## Two words\n' >"$tree/help/one.md"
-    printf 'IDD_ONE DIALOGEX 0, 0, 1, 1\n' >"$tree/ui/inner/a.rc"
+    printf 'IDD_ONE DIALOGEX 0, 0, 1, 1\n  LTEXT "Up &to %%d"\n    " rows\\nof %%s.", -1\n' >"$tree/ui/inner/a.rc"
+    printf '\nIt says "Up to 5 rows of ...". Press **Up to 5**.\n' >>"$tree/help/one.md"
     printf '    {IDD_ONE, "one"},\n    {HelpWindow::kFrame, "index"},\n' >"$tree/view/help_pages.cpp"
   }
   expect() {  # FAULT: said, with an end that is no success; empty: none
@@ -168,6 +213,8 @@ self_test() {
   fault 'echo 7.8.8 >help/pictures/VERSION' 'the pictures are of "7.8.8", the program is 7.8.9'
   fault 'rm help/pictures/VERSION' 'the pictures are of "", the program is 7.8.9'
   fault 'echo "# Two" >help/two.md' 'two.html: index.md does not name it'
+  fault "sed -i s/rows/lines/ ui/inner/a.rc" 'one.md: the program does not say "Up to 5 rows of ..."'
+  fault 'echo "Press **Gone**." >>help/one.md' 'one.md: the program does not say "Gone"'
   fault 'echo "No title" >help/one.md' 'one.html: no title'
   fault 'echo "IDD_TWO DIALOGEX 0" >>ui/inner/a.rc' 'IDD_TWO: no page'
   fault 'echo "    {IDD_OLD, \"old\"}," >>view/help_pages.cpp' 'IDD_OLD: its page old.md is not there'
@@ -182,7 +229,7 @@ check)
   check "$work/html"
   ;;
 *)
-  [ $# -eq 2 ] || { sed -n '2,8s/^# //p' "$0" >&2; exit 2; }
+  [ $# -eq 2 ] || { sed -n '2,9s/^# //p' "$0" >&2; exit 2; }
   rm -rf "$1/html" "$1/help.chm"
   pages "$1/html" "$2"
   check "$1/html" || { rm -rf "$1/html"; exit 1; }

@@ -118,7 +118,7 @@ std::string ManualPage(const Command& command, const std::vector<Command>& all) 
 }
 
 std::string HelpPage(const std::vector<Command>& all) {
-  std::string page = "# The command line\n\n" + std::string(kStatusText) + "\n";
+  std::string page = "# The command line\n\nThe exit status is " + std::string(kStatusText) + "\n";
   for (const Command& command : all) {
     if (!command.inner.empty() && !command.name.empty()) continue;
     page +=

@@ -54,7 +54,6 @@ struct Application {
   WindowSettings window;
   std::string outcome;  // of the last transfer, in the status line until the next command
   FindQuery last_search;
-  bool html_help_used = false;           // HTML Help has shown a page
   HWND findings = nullptr;               // the window of the database check, while it is open
   std::function<bool()> port_connected;  // whether the uploader console's port is open; empty: no console
 
@@ -66,6 +65,7 @@ struct Application {
   std::function<void(MenuName)> show_menu_bar;     // of a window that has become active
   // Shows the pop-up menu at a point of the screen until a command is chosen; `flags` as for TrackPopupMenu.
   std::function<void(MenuName, POINT, UINT flags)> show_popup;
+  bool html_help_used = false;  // HTML Help has shown a page
 };
 
 inline constexpr const wchar_t* kFrameClass = L"VexaMdi";
