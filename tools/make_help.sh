@@ -166,7 +166,9 @@ help_file() {  # OUT
     index . >help.hhk
     {
       printf '[OPTIONS]\nCompiled file=help.chm\nContents file=help.hhc\nIndex file=help.hhk\nDefault topic=index.html\n'
-      printf 'Title=Vexa Editor\nLanguage=0x409 English (United States)\nFull-text search=Yes\n\n[FILES]\n'
+      printf 'Title=Vexa Editor\nLanguage=0x409 English (United States)\nFull-text search=Yes\nDefault Window=main\n\n[WINDOWS]\n'
+      # Three panes; contents, index and search; hide, back, forward, home, print.
+      printf 'main="Vexa Editor","help.hhc","help.hhk","index.html","index.html",,,,,0x63520,260,0x304e,,,,,,,,0\n\n[FILES]\n'
       printf '%s\n' *.html style.css pictures/*.png
     } >help.hhp
     chmcmd --no-html-scan help.hhp >"$work/chmcmd.log" 2>&1 && [ -s help.chm ] || { cat "$work/chmcmd.log" >&2; exit 1; }
