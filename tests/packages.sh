@@ -42,6 +42,7 @@ zsh -n "$installed/share/zsh/vendor-completions/_vexa"
 fish -n "$installed/share/fish/vendor_completions.d/vexa.fish"
 grep -q zlib "$installed/share/doc/vexa/copyright" || grep -q toml "$installed/share/doc/vexa/copyright" || die "no notices"
 [ -f "$installed/lib/vexa/VexaEditor.exe" ] || die "no editor"
+for file in help.chm help/index.html; do [ -s "$installed/lib/vexa/$file" ] || die "no $file beside the editor"; done
 cmp "$installed/lib/vexa/receivers.ecf" "$installed/share/vexa/receivers.ecf"
 expect "$(PATH=/nowhere /bin/sh "$installed/bin/vexa-editor" 2>&1 || echo "status $?")" \
   'vexa-editor: Wine is not installed. Install the package "wine", or use the command line tool: vexa --help

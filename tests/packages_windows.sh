@@ -16,7 +16,7 @@ step "zip: runs from its folder"
 mkdir "$work/zip"
 (cd "$work/zip" && cmake -E tar xf "$packages/VexaEditor-$version.zip")
 expect "$(ls "$work/zip")" "VexaEditor-$version" "the zip's folder"
-for file in VexaEditor.exe vexa.exe receivers.ecf notices.txt; do [ -s "$work/zip/VexaEditor-$version/$file" ] || die "no $file in the zip"; done
+for file in VexaEditor.exe vexa.exe receivers.ecf notices.txt help.chm help/index.html; do [ -s "$work/zip/VexaEditor-$version/$file" ] || die "no $file in the zip"; done
 "$tree/tests/same_bytes.sh" "$tree/build/native/vexa" "$tree/tools/wine32.sh" in wine "$work/zip/VexaEditor-$version/vexa.exe"
 
 # Uninstalls silently. The program copies itself elsewhere, which goes on when the first one has ended.
