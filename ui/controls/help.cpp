@@ -26,7 +26,6 @@ HtmlHelpFunction HtmlHelp() {
 }
 
 bool Show(Application& app, const HelpWay& way) {
-  HWND owner = OwnerWindow(app);
   if (app.describe_menus) {
     const std::string name = Utf8FromPath(way.target);
     return !way.html_help &&
@@ -35,11 +34,12 @@ bool Show(Application& app, const HelpWay& way) {
   }
   if (!way.html_help) {
     const auto result = reinterpret_cast<INT_PTR>(
-        ShellExecuteW(owner, L"open", way.target.c_str(), nullptr, nullptr, SW_SHOWNORMAL));
+        ShellExecuteW(app.frame, L"open", way.target.c_str(), nullptr, nullptr, SW_SHOWNORMAL));
     return result > 32;
   }
   const HtmlHelpFunction show = HtmlHelp();
-  const bool shown = show && show(owner, way.target.c_str(), kDisplayTopic, 0);
+  // Owned by the frame, it outlives the dialog that asked for it.
+  const bool shown = show && show(app.frame, way.target.c_str(), kDisplayTopic, 0);
   app.html_help_used |= shown;
   return shown;
 }
