@@ -22,6 +22,8 @@ namespace vexa {
 
 namespace {
 
+using testing::HasSubstr;
+
 using Labels = std::vector<std::string>;
 
 const Labels kSatelliteLevel = {"SDB1", "Satellites"};
@@ -93,6 +95,10 @@ class Help : public EditorTest {
   void See(HWND window, const std::string& picture, std::string_view page) {
     ASSERT_NE(window, nullptr) << picture;
     Picture(window, picture);
+    const auto source =
+        ReadWholeFile(DataFolder().parent_path() / "help" / (std::string(page) + ".md")).value_or(Bytes());
+    EXPECT_THAT(std::string(source.begin(), source.end()), HasSubstr("(pictures/" + picture + ".png)"))
+        << "its page shows it";
     HWND focus = driver_->Focused();
     PressF1(IsChild(window, focus) ? focus : window);
     ExpectPage(page, picture + ", F1");
