@@ -124,10 +124,9 @@ using Flush = std::function<void()>;
 
 void WriteCarriers(ByteWriter& out, const StreamPlan& plan, const Flush& flush) {
   WriteBlockHeader(out, "Carrier", sizeof(CarrierRecord), plan.carriers);
-  size_t number = 0, services = 0;
-  for (Carrier* carrier : plan.database->carriers) {
+  size_t services = 0;
+  for (const Carrier* carrier : plan.database->carriers) {
     if (!Takes(plan, *carrier)) continue;
-    carrier->place = static_cast<uint16_t>(number++);
     CarrierRecord record = carrier->record;
     record.lnb_index = carrier->satellite->record.lnb_index;
     record.first_service = static_cast<uint16_t>(services);
@@ -139,38 +138,42 @@ void WriteCarriers(ByteWriter& out, const StreamPlan& plan, const Flush& flush) 
   }
 }
 
-void WriteServices(ByteWriter& out, const StreamPlan& plan, const Flush& flush) {
+// Gives back where each service stands in the block.
+Places<Service> WriteServices(ByteWriter& out, const StreamPlan& plan, const Flush& flush) {
   WriteBlockHeader(out, "Service", sizeof(ServiceRecord), plan.services);
-  size_t number = 0;
+  Places<Service> places(plan.database->service_pool);
+  size_t carriers = 0, services = 0;
   for (const Carrier* carrier : plan.database->carriers) {
     if (!Takes(plan, *carrier)) continue;
-    for (Service* service : carrier->services) {
-      service->place = static_cast<uint16_t>(number++);
+    for (const Service* service : carrier->services) {
+      places.Set(*service, services++);
       ServiceRecord record = service->record;
-      record.carrier_index = carrier->place;
+      record.carrier_index = static_cast<uint16_t>(carriers);
       out.Write(record);
       flush();
     }
+    ++carriers;
   }
+  return places;
 }
 
-void WriteServiceOrder(ByteWriter& out, const StreamPlan& plan) {
+void WriteServiceOrder(ByteWriter& out, const StreamPlan& plan, const Places<Service>& places) {
   WriteBlockHeader(out, "OSL", 2, plan.services);
   for (const Service* service : plan.database->service_order) {
-    if (Takes(plan, *service->carrier)) out.U16(service->place);
+    if (Takes(plan, *service->carrier)) out.U16(places.Of(*service));
   }
   if (plan.services % 2 != 0) out.U16(kMark);
 }
 
-void WriteFavourites(ByteWriter& out, const StaticDatabase& database) {
+void WriteFavourites(ByteWriter& out, const StaticDatabase& database, const Places<Service>& places) {
   WriteBlockHeader(out, "FGLblk", 0, kFavouriteGroups);
   for (const FavouriteGroup& group : database.favourites) {
     FavouriteRecord record = group.record;
     record.tv_count = group.tv.size() & 0xFFF;
     record.radio_count = group.radio.size() & 0xFFF;
     out.Write(record);
-    for (const Service* service : group.tv) out.U16(service->place);
-    for (const Service* service : group.radio) out.U16(service->place);
+    for (const Service* service : group.tv) out.U16(places.Of(*service));
+    for (const Service* service : group.radio) out.U16(places.Of(*service));
     if ((group.tv.size() + group.radio.size()) % 2 != 0) out.U16(kMark);
   }
 }
@@ -182,9 +185,9 @@ void WriteStream(
   WriteLnbs(out, *plan.database, defaults);
   WriteSatellites(out, plan, defaults);
   WriteCarriers(out, plan, flush);
-  WriteServices(out, plan, flush);
-  WriteServiceOrder(out, plan);
-  if (plan.stream_version == kFullStream) WriteFavourites(out, *plan.database);
+  const Places<Service> places = WriteServices(out, plan, flush);
+  WriteServiceOrder(out, plan, places);
+  if (plan.stream_version == kFullStream) WriteFavourites(out, *plan.database, places);
 }
 
 void WriteUbiStream(ByteWriter& out, const std::vector<const OpenUbi*>& ubis) {

@@ -180,14 +180,12 @@ void CompareSatellites(Comparison& out, const StaticDatabase& first, const Stati
 
 // How many matched services the running order of the second database has elsewhere.
 size_t MovedInOrder(const StaticDatabase& first, const StaticDatabase& second, const ServicePairs& pairs) {
-  std::unordered_map<const Service*, size_t> places;
-  places.reserve(second.service_order.size());
-  for (const Service* service : second.service_order) places.emplace(service, places.size());
+  const Places<Service> places(second.service_pool, second.service_order);
   std::vector<size_t> order;
   order.reserve(pairs.size());
   for (const Service* service : first.service_order) {
     const auto pair = pairs.find(service);
-    if (pair != pairs.end()) order.push_back(places.at(pair->second));
+    if (pair != pairs.end()) order.push_back(places.Of(*pair->second));
   }
   const std::vector<bool> stays = LongestAscending(order);
   return static_cast<size_t>(std::count(stays.begin(), stays.end(), false));

@@ -35,19 +35,18 @@ StaticDatabase::StaticDatabase(const DefaultRecords& defaults) {
 
 namespace {
 
-std::vector<Service*> TranslateServices(const std::vector<Service*>& from,
+std::vector<Service*> TranslateServices(const std::vector<Service*>& from, const Places<Service>& places,
                                         const std::vector<Service*>& services) {
   std::vector<Service*> to;
   to.reserve(from.size());
-  for (const Service* service : from) to.push_back(services[service->place]);
+  for (const Service* service : from) to.push_back(services[places.Of(*service)]);
   return to;
 }
 
-void CopyCarriers(const StaticDatabase& from, StaticDatabase& to) {
+void CopyCarriers(const StaticDatabase& from, const Places<Carrier>& places, StaticDatabase& to) {
   to.carrier_pool.Reserve(from.carriers.size());
   to.carriers.reserve(from.carriers.size());
-  for (Carrier* old : from.carriers) {
-    old->place = static_cast<uint16_t>(to.carriers.size());
+  for (const Carrier* old : from.carriers) {
     Carrier* carrier = to.carrier_pool.Take();
     carrier->record = old->record;
     carrier->satellite = to.satellites[old->record.satellite_index];
@@ -56,7 +55,7 @@ void CopyCarriers(const StaticDatabase& from, StaticDatabase& to) {
   for (size_t i = 0; i < from.satellites.size(); ++i) {
     to.satellites[i]->carriers.reserve(from.satellites[i]->carriers.size());
     for (const Carrier* old : from.satellites[i]->carriers)
-      to.satellites[i]->carriers.push_back(to.carriers[old->place]);
+      to.satellites[i]->carriers.push_back(to.carriers[places.Of(*old)]);
   }
 }
 
@@ -71,24 +70,28 @@ std::unique_ptr<StaticDatabase> CopyDatabase(const StaticDatabase& from) {
     to->satellites.push_back(to->satellite_pool.Take());
     to->satellites.back()->record = old->record;
   }
-  CopyCarriers(from, *to);
+  const Places<Carrier> carriers(from.carrier_pool, from.carriers);
+  CopyCarriers(from, carriers, *to);
   to->service_pool.Reserve(from.services.size());
   to->services.reserve(from.services.size());
-  for (Service* old : from.services) {
-    old->place = static_cast<uint16_t>(to->services.size());
+  for (const Service* old : from.services) {
     Service* service = to->service_pool.Take();
     service->record = old->record;
-    service->carrier = to->carriers[old->carrier->place];
+    service->carrier = to->carriers[carriers.Of(*old->carrier)];
     service->carrier_position = old->carrier_position;
     to->services.push_back(service);
   }
+  const Places<Service> places(from.service_pool, from.services);
+  const auto translated = [&](const std::vector<Service*>& list) {
+    return TranslateServices(list, places, to->services);
+  };
   for (size_t i = 0; i < from.carriers.size(); ++i)
-    to->carriers[i]->services = TranslateServices(from.carriers[i]->services, to->services);
-  to->service_order = TranslateServices(from.service_order, to->services);
+    to->carriers[i]->services = translated(from.carriers[i]->services);
+  to->service_order = translated(from.service_order);
   for (size_t i = 0; i < kFavouriteGroups; ++i) {
     to->favourites[i].record = from.favourites[i].record;
-    to->favourites[i].tv = TranslateServices(from.favourites[i].tv, to->services);
-    to->favourites[i].radio = TranslateServices(from.favourites[i].radio, to->services);
+    to->favourites[i].tv = translated(from.favourites[i].tv);
+    to->favourites[i].radio = translated(from.favourites[i].radio);
   }
   return to;
 }

@@ -27,18 +27,19 @@ struct Service {
   ServiceRecord record{};
   Carrier* carrier = nullptr;
   uint16_t carrier_position = 0;  // of its carrier within the satellite, from 0
-  uint16_t place = 0;             // scratch of whoever turns references into numbers; means nothing between
+  uint32_t pool_number = 0;       // set by its pool
 };
 
 struct Carrier {
   CarrierRecord record{};
-  uint16_t place = 0;  // scratch, as the service's
+  uint32_t pool_number = 0;
   Satellite* satellite = nullptr;
   std::vector<Service*> services;
 };
 
 struct Satellite {
   SatelliteRecord record{};
+  uint32_t pool_number = 0;
   std::vector<Carrier*> carriers;
 };
 
@@ -48,6 +49,8 @@ struct FavouriteGroup {
 };
 
 // Storage with stable addresses, in blocks that never grow. What is given back is handed out again, empty.
+// The pool owns its records. Each has a number of its own, below `size()`, that stays until the pool ends, so
+// that a job can keep what it knows about the records in a list of its own (`Places`).
 template <class T>
 class RecordPool {
  public:
@@ -55,22 +58,49 @@ class RecordPool {
   void Reserve(size_t count) {
     if (count > 0) blocks_.emplace_back().reserve(count);
   }
+  // An empty record.
   T* Take() {
     if (!free_.empty()) {
       T* record = free_.back();
       free_.pop_back();
+      const uint32_t number = record->pool_number;
       *record = T{};
+      record->pool_number = number;
       return record;
     }
     if (blocks_.empty() || blocks_.back().size() == blocks_.back().capacity()) Reserve(kBlock);
-    return &blocks_.back().emplace_back();
+    T* record = &blocks_.back().emplace_back();
+    record->pool_number = size_++;
+    return record;
   }
+  // Takes back a record that this pool handed out.
   void Give(T* record) { free_.push_back(record); }
+  // All that ever were handed out, those given back included.
+  uint32_t size() const { return size_; }
 
  private:
   static constexpr size_t kBlock = 128;
   std::vector<std::vector<T>> blocks_;
   std::vector<T*> free_;
+  uint32_t size_ = 0;
+};
+
+// A number for each carrier or service of one database, below 65536: what references become in files. It
+// stands beside the records, which stay untouched.
+template <class T>
+class Places {
+ public:
+  explicit Places(const RecordPool<T>& pool) : places_(pool.size()) {}
+  // Each record of the list gets its position in it.
+  Places(const RecordPool<T>& pool, const std::vector<T*>& list) : Places(pool) {
+    for (size_t i = 0; i < list.size(); ++i) Set(*list[i], i);
+  }
+  void Set(const T& record, size_t place) { places_[record.pool_number] = static_cast<uint16_t>(place); }
+  // 0 for a record that got none.
+  uint16_t Of(const T& record) const { return places_[record.pool_number]; }
+
+ private:
+  std::vector<uint16_t> places_;  // by pool number
 };
 
 // What new records start from; the user changes them in the "Default Values" dialog.

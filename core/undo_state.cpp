@@ -27,21 +27,16 @@ enum SdbTable {
 static_assert(kSdbTables == kSdbStateTables);
 
 template <class T>
-void NumberPlaces(const std::vector<T*>& records) {
-  uint16_t place = 0;
-  for (T* record : records) record->place = place++;
-}
-
 struct PlaceWriter {
+  const Places<T>& places;
   ByteWriter bytes;
   uint32_t last = 0;
   void Put(uint32_t place) {
     bytes.U16((place - last) & 0xFFFF);
     last = place;
   }
-  template <class T>
   void PutAll(const std::vector<T*>& list) {
-    for (const T* record : list) Put(record->place);
+    for (const T* record : list) Put(places.Of(*record));
   }
 };
 
@@ -57,10 +52,11 @@ struct PlaceReader {
 };
 
 void PutLists(const StaticDatabase& database, StateTables& tables) {
-  NumberPlaces(database.carriers);
-  NumberPlaces(database.services);
+  const Places<Carrier> carriers(database.carrier_pool, database.carriers);
+  const Places<Service> services(database.service_pool, database.services);
   ByteWriter carrier_counts, service_counts, entry_counts;
-  PlaceWriter carrier_lists, service_lists, order, entry_lists;
+  PlaceWriter<Carrier> carrier_lists{carriers, {}};
+  PlaceWriter<Service> service_lists{services, {}}, order{services, {}}, entry_lists{services, {}};
   for (const Satellite* satellite : database.satellites) {
     carrier_counts.U16(static_cast<uint32_t>(satellite->carriers.size()));
     carrier_lists.PutAll(satellite->carriers);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <unordered_map>
 
 #include "core/bytes.h"
 #include "image/line_frame.h"
@@ -88,11 +87,10 @@ void WriteLsd(const StaticDatabase& database, std::span<uint8_t> image) {
   }
 }
 
-using Positions = std::unordered_map<const Service*, uint16_t>;
-
 // Writes both tables; gives back where each service stands in its table.
-Positions WriteTables(const StaticDatabase& database, const AdbLayout& layout, std::span<uint8_t> image) {
-  Positions positions;
+Places<Service> WriteTables(const StaticDatabase& database, const AdbLayout& layout,
+                            std::span<uint8_t> image) {
+  Places<Service> positions(database.service_pool);
   uint32_t place = 0;
   for (size_t i = 0; i < database.carriers.size(); ++i) {
     const Carrier& carrier = *database.carriers[i];
@@ -106,21 +104,22 @@ Positions WriteTables(const StaticDatabase& database, const AdbLayout& layout, s
       const auto entry =
           image.subspan(static_cast<size_t>(layout.tables + uint64_t{place} * kServiceEntry), kServiceEntry);
       PackService(packed, entry);
-      positions[service] = static_cast<uint16_t>(place++);
+      positions.Set(*service, place++);
     }
   }
   return positions;
 }
 
-void WriteList(const std::vector<Service*>& list, const Positions& positions, std::span<uint8_t> place) {
+void WriteList(const std::vector<Service*>& list, const Places<Service>& positions,
+               std::span<uint8_t> place) {
   for (size_t i = 0; i < list.size(); ++i) {
-    const uint16_t position = positions.at(list[i]);
+    const uint16_t position = positions.Of(*list[i]);
     place[2 * i] = static_cast<uint8_t>(position);
     place[2 * i + 1] = static_cast<uint8_t>(position >> 8);
   }
 }
 
-void WriteFavourites(const StaticDatabase& database, const Positions& positions,
+void WriteFavourites(const StaticDatabase& database, const Places<Service>& positions,
                      std::span<uint8_t> partition) {
   for (size_t i = 0; i < kFavouriteGroups; ++i) {
     const FavouriteGroup& group = database.favourites[i];
@@ -262,7 +261,7 @@ std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& 
   images.adb.assign(region->end - region->start, 0xFF);
   const std::span<uint8_t> adb = images.adb;
   WriteLsd(database, adb);
-  const Positions positions = WriteTables(database, layout, adb);
+  const Places<Service> positions = WriteTables(database, layout, adb);
   WriteList(database.service_order, positions, adb.subspan(static_cast<size_t>(layout.tables_end)));
   WriteFavourites(database, positions, adb.subspan(static_cast<size_t>(layout.favourites)));
   const SettingsBlock settings = SettingsFor(document, database, e2p);

@@ -5,7 +5,6 @@
 #include <initializer_list>
 #include <map>
 #include <set>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -48,7 +47,7 @@ class CsvTable {
 struct Writer {
   const CodePage& page;
   CsvTable table;
-  std::unordered_map<const Service*, size_t> number, order;  // one-based
+  Places<Service> number, order;  // one less than what the table says
 
   template <size_t N>
   std::string Text(const char (&name)[N]) const {
@@ -82,8 +81,8 @@ void AddSatelliteRows(Writer& writer, const Satellite& satellite, size_t number)
     for (const Service* service : carrier.services) {
       row = NewRow("service", {{"satellite", number},
                                {"carrier", i + 1},
-                               {"service", writer.number.at(service)},
-                               {"order", writer.order.at(service)}});
+                               {"service", writer.number.Of(*service) + size_t{1}},
+                               {"order", writer.order.Of(*service) + size_t{1}}});
       row.emplace_back("name", writer.Text(service->record.name));
       AddFields(row, service->record);
       writer.table.Add(std::move(row));
@@ -101,8 +100,9 @@ void AddFavouriteRows(Writer& writer, const FavouriteGroup& group, size_t number
   writer.table.Add(std::move(row));
   const auto add = [&](const char* kind, const std::vector<Service*>& services) {
     for (size_t i = 0; i < services.size(); ++i) {
-      auto entry =
-          NewRow(kind, {{"group", number}, {"entry", i + 1}, {"service", writer.number.at(services[i])}});
+      auto entry = NewRow(
+          kind,
+          {{"group", number}, {"entry", i + 1}, {"service", writer.number.Of(*services[i]) + size_t{1}}});
       entry.emplace_back("name", writer.Text(services[i]->record.name));
       writer.table.Add(std::move(entry));
     }
@@ -350,10 +350,8 @@ class SdbReader {
 
 std::string CsvOfSdb(const OpenSdb& sdb, const CodePage& page) {
   const StaticDatabase& database = *sdb.database;
-  Writer writer{page, {}, {}, {}};
-  for (const Service* service : database.services) writer.number.emplace(service, writer.number.size() + 1);
-  for (const Service* service : database.service_order)
-    writer.order.emplace(service, writer.order.size() + 1);
+  Writer writer{
+      page, {}, {database.service_pool, database.services}, {database.service_pool, database.service_order}};
   for (uint32_t i = 0; i < database.lnb_count; ++i) {
     auto row = NewRow("lnb", {{"lnb", i + 1}});
     AddFields(row, database.lnbs[i]);

@@ -5,7 +5,6 @@
 #include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <set>
-#include <unordered_map>
 #include <vector>
 
 #include "core/fields.h"
@@ -24,8 +23,8 @@ constexpr const char* kSchemaOfDocument = "vexa-databases/1";
 
 struct Writer {
   const CodePage& page;
-  std::unordered_map<const Service*, size_t> number, order;  // one-based
-  std::unordered_map<const Carrier*, size_t> place;
+  Places<Service> number, order;  // one less than what the document says
+  Places<Carrier> place;
 
   template <size_t N>
   std::string Text(const char (&name)[N]) const {
@@ -39,7 +38,7 @@ void PutFields(Json& to, const Record& record) {
 }
 
 Json ServiceJson(const Service& service, const Writer& writer) {
-  Json fields = {{"number", writer.number.at(&service)}, {"order", writer.order.at(&service)}};
+  Json fields = {{"number", writer.number.Of(service) + 1}, {"order", writer.order.Of(service) + 1}};
   fields["name"] = writer.Text(service.record.name);
   PutFields(fields, service.record);
   return fields;
@@ -52,7 +51,7 @@ Json SatelliteJson(const Satellite& satellite, const Writer& writer) {
   for (const Carrier* carrier : satellite.carriers) {
     Json inner = {{"name", writer.Text(carrier->record.name)}};
     PutFields(inner, carrier->record);
-    inner["place"] = writer.place.at(carrier);
+    inner["place"] = writer.place.Of(*carrier) + 1;
     Json& services = inner["services"] = Json::array();
     for (const Service* service : carrier->services) services.push_back(ServiceJson(*service, writer));
     carriers.push_back(std::move(inner));
@@ -62,17 +61,16 @@ Json SatelliteJson(const Satellite& satellite, const Writer& writer) {
 
 Json NumbersOf(const std::vector<Service*>& services, const Writer& writer) {
   Json numbers = Json::array();
-  for (const Service* service : services) numbers.push_back(writer.number.at(service));
+  for (const Service* service : services) numbers.push_back(writer.number.Of(*service) + 1);
   return numbers;
 }
 
 // What stands in an SDB besides its name and flag.
 void PutSdb(Json& root, const StaticDatabase& database, const CodePage& page) {
-  Writer writer{page, {}, {}, {}};
-  for (const Service* service : database.services) writer.number.emplace(service, writer.number.size() + 1);
-  for (const Service* service : database.service_order)
-    writer.order.emplace(service, writer.order.size() + 1);
-  for (const Carrier* carrier : database.carriers) writer.place.emplace(carrier, writer.place.size() + 1);
+  const Writer writer{page,
+                      {database.service_pool, database.services},
+                      {database.service_pool, database.service_order},
+                      {database.carrier_pool, database.carriers}};
   Json& lnbs = root["lnbs"] = Json::array();
   for (uint32_t i = 0; i < database.lnb_count; ++i) {
     Json fields = Json::object();

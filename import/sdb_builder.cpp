@@ -1,7 +1,6 @@
 #include "import/sdb_builder.h"
 
 #include <algorithm>
-#include <unordered_map>
 #include <utility>
 
 namespace vexa {
@@ -65,13 +64,11 @@ Service* AppendService(StaticDatabase& database, Carrier& carrier, const Service
 }
 
 void PlaceCarriersByServices(StaticDatabase& database) {
-  std::unordered_map<const Service*, size_t> numbers;
-  numbers.reserve(database.services.size());
-  for (const Service* service : database.services) numbers.emplace(service, numbers.size() + 1);
-  // A run stands together, by the lowest number of its one carrier with services; those above all such stand
+  const Places<Service> places(database.service_pool, database.services);
+  // A run stands together, by the lowest place of its one carrier with services; those above all such stand
   // first.
   struct Run {
-    size_t number = 0;
+    uint32_t place = 0;
     std::vector<Carrier*> carriers;
   };
   std::vector<Run> runs(1);
@@ -86,16 +83,17 @@ void PlaceCarriersByServices(StaticDatabase& database) {
         continue;
       }
       Run run;
-      run.number = kMaximumServices + 1;
-      for (const Service* service : carrier->services) run.number = std::min(run.number, numbers.at(service));
+      run.place = kMaximumServices;
+      for (const Service* service : carrier->services)
+        run.place = std::min<uint32_t>(run.place, places.Of(*service));
       run.carriers = std::exchange(above, {});
       run.carriers.push_back(carrier);
       runs.push_back(std::move(run));
       begun = true;
     }
   }
-  std::stable_sort(runs.begin(), runs.end(),
-                   [](const Run& one, const Run& other) { return one.number < other.number; });
+  std::stable_sort(runs.begin() + 1, runs.end(),
+                   [](const Run& one, const Run& other) { return one.place < other.place; });
   database.carriers.clear();
   for (const Run& run : runs)
     database.carriers.insert(database.carriers.end(), run.carriers.begin(), run.carriers.end());

@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 
 #include "core/bin_file.h"
 #include "core/edit.h"
 #include "core/messages.h"
 #include "core/sort.h"
+#include "core/undo_state.h"
 #include "tests/core/bin_bytes.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/random_database.h"
@@ -55,6 +57,45 @@ TEST(BinWrite, WhatASaveSetsIsSetInTheBytesOnly) {
   EXPECT_EQ(Built(document), SampleContainer().Join());
   EXPECT_EQ(d.carriers[1]->record.lnb_index, 9u);
   EXPECT_EQ(d.services[1]->record.carrier_index, 500u);
+}
+
+// Every byte of the records of an SDB and of what stands beside them in memory.
+Bytes MemoryOf(const StaticDatabase& database) {
+  Bytes bytes;
+  const auto add = [&](const auto& records) {
+    for (const auto* record : records) {
+      const auto* start = reinterpret_cast<const uint8_t*>(record);
+      bytes.insert(bytes.end(), start, start + sizeof(*record));
+    }
+  };
+  add(database.satellites);
+  add(database.carriers);
+  add(database.services);
+  return bytes;
+}
+
+TEST(BinWrite, NothingThatOnlyLooksAtADocumentWritesIntoIt) {
+  std::mt19937 random(31);
+  Document document = NewDocument();
+  OpenSdb& sdb = document.sdbs[0];
+  sdb.database = MakeRandomDatabase(random);
+  const StaticDatabase& database = *sdb.database;
+  const Recorder recorder;
+  const Path path = recorder.context.temporary_folder / "out.bin";
+  const std::pair<const char*, std::function<void()>> looks[] = {
+      {"some satellites",
+       [&] {
+         SaveSatellites(recorder.context, document, 0, {2, 1}, path);
+       }},
+      {"all", [&] { SaveBin(recorder.context, document, path); }},
+      {"copy", [&] { CopyDatabase(database); }},
+      {"undo", [&] { SdbState(sdb); }},
+  };
+  const Bytes before = MemoryOf(database);
+  for (const auto& [name, look] : looks) {
+    look();
+    EXPECT_EQ(MemoryOf(database), before) << name;
+  }
 }
 
 TEST(BinWrite, VersionAndInitialsStandInBothHeaders) {
