@@ -10,6 +10,7 @@
 
 #include "config/ecf.h"
 #include "config/ecf_content.h"
+#include "config/receiver_tables.h"
 #include "platform/text.h"
 
 #define TOML_EXCEPTIONS 0
@@ -42,20 +43,21 @@ struct Table {
   bool whole = true;  // false: what is missing may stand in a part that could not be read
 };
 
-// What the tables of one image need at least. The receiver's memory: 16 LNBs of 8 bytes and 85 satellites of
-// 28; 220,000 bytes of carriers and services; two bytes for each of the services that fit there beside a
-// carrier; eight favourite groups of 44 + 5000 + 2000; the settings and the selected favourites, one copy in
-// an EEPROM or a journal of 35 behind a marker of 8.
+// What the partitions of an image have at least, by type.
 struct TableSize {
   uint32_t type, in_eeprom, in_journal;
 };
+constexpr uint32_t JournalOf(uint32_t block) {
+  return kMarker + kJournalCopies * block;
+}
+constexpr uint32_t kLnbsAndSatellites = kSatelliteTable + kMaximumSatellites * kSatelliteEntry;
 constexpr TableSize kTableSizes[] = {
-    {3, 128 + 85 * 28, 128 + 85 * 28},
-    {4, 220000, 220000},
-    {5, 2 * 4999, 2 * 4999},
-    {6, 8 * (44 + 5000 + 2000), 8 * (44 + 5000 + 2000)},
-    {0, 96, 8 + 35 * 96},
-    {2, 64, 8 + 35 * 64},
+    {3, kLnbsAndSatellites, kLnbsAndSatellites},
+    {4, kImageTables, kImageTables},
+    {5, 2 * kImageServices, 2 * kImageServices},
+    {6, kFavouriteGroups* kFavouriteEntry, kFavouriteGroups* kFavouriteEntry},
+    {0, kSettingsBlock, JournalOf(kSettingsBlock)},
+    {2, kSelectionBlock, JournalOf(kSelectionBlock)},
 };
 constexpr size_t kEepromPlace = 1;     // of a product's configurations
 constexpr size_t kAdbRegionName = 15;  // characters of the name that receivers report
@@ -291,12 +293,12 @@ LoaderParameters ReadLoader(Compiler& compiler, const Table& configuration) {
                            : std::nullopt;
   if (!table) return {};
   LoaderParameters loader;
-  loader.byte0 = Byte(compiler, *table, "header_tag");
-  loader.byte2 = Byte(compiler, *table, "packet_tag");
+  loader.header_tag = Byte(compiler, *table, "header_tag");
+  loader.packet_tag = Byte(compiler, *table, "packet_tag");
   // A packet's offset within its block has 18 bits.
-  loader.word4 = static_cast<uint16_t>(Number(compiler, *table, "block_size", 1, 256));
-  loader.word6 = static_cast<uint16_t>(Number(compiler, *table, "packet_size", 1, kMaximumPacketSize));
-  if (Find(*table, "header_tag") && Find(*table, "packet_tag") && loader.byte0 == loader.byte2) {
+  loader.block_kib = static_cast<uint16_t>(Number(compiler, *table, "block_size", 1, 256));
+  loader.packet_size = static_cast<uint16_t>(Number(compiler, *table, "packet_size", 1, kMaximumPacketSize));
+  if (Find(*table, "header_tag") && Find(*table, "packet_tag") && loader.header_tag == loader.packet_tag) {
     compiler.Add(*table->node, table->path, "The two tags of the loader must differ.");
   }
   return loader;

@@ -13,8 +13,6 @@ namespace vexa {
 
 namespace {
 
-constexpr uint32_t kCarrierLimit = 4095, kServiceLimit = 4999;
-constexpr uint64_t kTablesLimit = 220000;  // bytes of carriers and services together
 constexpr const char* kDoesNotFit = "Unable to upload\nPlease verify carrier and service record count.";
 
 bool RefuseFit(const Context& context) {
@@ -41,17 +39,17 @@ bool CheckLimits(const Context& context, const StaticDatabase& database) {
     return false;
   }
   // The next two show the figures of LNBs and satellites, on purpose.
-  if (database.carriers.size() > kCarrierLimit) {
+  if (database.carriers.size() > kImageCarriers) {
     Tell(context.messages, Icon::kStop,
          "Upload as ADB process failed.\nCarrier record count exceeds the limit %d [ %d ]", 16, lnbs);
     return false;
   }
-  if (database.services.size() > kServiceLimit) {
+  if (database.services.size() > kImageServices) {
     Tell(context.messages, Icon::kStop,
          "Upload as ADB process failed.\nService record count exceeds the limit %d [ %d ]", 85, satellites);
     return false;
   }
-  return TablesSize(database) <= kTablesLimit || RefuseFit(context);
+  return TablesSize(database) <= kImageTables || RefuseFit(context);
 }
 
 // Whether every table fits its partition and the partitions fit the region. E2P: settings stand in a file of

@@ -13,8 +13,6 @@ namespace vexa {
 
 namespace {
 
-constexpr size_t kLastSlot = 34;
-
 struct Counts {
   uint32_t lnbs = 0, satellites = 0, carriers = 0, services = 0;
 };
@@ -166,7 +164,7 @@ bool WriteFavourites(const Source& source, ByteWriter& file) {
 
 size_t JournalSlot(uint64_t marker) {
   const size_t zeros = marker <= 1 ? 63 : static_cast<size_t>(std::countl_zero(marker));
-  return zeros == 0 || zeros - 1 > kLastSlot ? 0 : zeros - 1;
+  return zeros == 0 || zeros - 1 >= kJournalCopies ? 0 : zeros - 1;
 }
 
 std::optional<DecodedImage> DecodeImage(const Context& context, const ProjectConfig& config,

@@ -14,15 +14,11 @@
 #include <string_view>
 
 #include "config/project_config.h"
+#include "config/receiver_tables.h"
 #include "core/records.h"
 
 namespace vexa {
 
-inline constexpr uint32_t kLnbEntry = 8, kSatelliteEntry = 28, kCarrierEntry = 36, kServiceEntry = 44;
-inline constexpr uint32_t kSatelliteTable = 128;  // offset: behind sixteen LNBs
-inline constexpr uint32_t kFavouriteHeader = 44, kTvList = 5000, kRadioList = 2000;
-inline constexpr uint32_t kFavouriteEntry = kFavouriteHeader + kTvList + kRadioList;
-inline constexpr uint32_t kSettingsBlock = 96, kSelectionBlock = 64, kMarker = 8;
 inline constexpr uint32_t kSettingsUserBox = 68;  // place of the user box record in the settings block
 inline constexpr uint64_t kFirstMarker = 0x7FFFFFFFFFFFFFFF;
 
@@ -38,6 +34,7 @@ void PackFavourite(const FavouriteRecord& record, std::span<uint8_t> entry);
 // A satellite slot that the database does not use; `number` counts them from 1.
 void PackEmptySatellite(uint32_t number, std::span<uint8_t> entry);
 
+// The record of an entry.
 LnbRecord UnpackLnb(std::span<const uint8_t> entry);
 SatelliteRecord UnpackSatellite(std::span<const uint8_t> entry);  // empty slot: all zero but its name
 CarrierRecord UnpackCarrier(std::span<const uint8_t> entry);      // LNB index 0
