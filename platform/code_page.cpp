@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
+#include "platform/text.h"
+
 namespace vexa {
 
 namespace {
-
-constexpr char32_t kUndefined = 0xFFFD;
 
 struct PageName {
   const char* name;
@@ -27,7 +27,8 @@ std::vector<CodePage> LoadPages() {
     auto& characters = pages.back().characters;
     for (size_t byte = 0; byte < characters.size(); ++byte) {
       const bool private_use = characters[byte] >= 0xE000 && characters[byte] <= 0xF8FF;
-      if (characters[byte] == kUndefined || private_use) characters[byte] = static_cast<char32_t>(byte);
+      if (characters[byte] == kReplacementCharacter || private_use)
+        characters[byte] = static_cast<char32_t>(byte);
     }
   }
   return pages;
@@ -44,45 +45,6 @@ std::string Folded(std::string_view name) {
     if (c != ' ' && c != '-') folded += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
   }
   return folded;
-}
-
-void AppendUtf8(std::string& text, char32_t c) {
-  const auto append = [&](char32_t byte) { text += static_cast<char>(byte); };
-  if (c < 0x80) {
-    append(c);
-  } else if (c < 0x800) {
-    append(0xC0 | c >> 6);
-    append(0x80 | (c & 0x3F));
-  } else {
-    append(0xE0 | c >> 12);
-    append(0x80 | (c >> 6 & 0x3F));
-    append(0x80 | (c & 0x3F));
-  }
-}
-
-// The character at the front of the text, which it leaves; kUndefined for one byte that begins none.
-char32_t TakeCharacter(std::string_view& text) {
-  const auto byte = [&](size_t i) { return static_cast<uint8_t>(text[i]); };
-  const uint8_t first = byte(0);
-  const size_t length = first < 0x80   ? 1
-                        : first < 0xC2 ? 0
-                        : first < 0xE0 ? 2
-                        : first < 0xF0 ? 3
-                        : first < 0xF5 ? 4
-                                       : 0;
-  char32_t c = length < 2 ? first : first & (0x7Fu >> length);
-  bool good = length > 0 && length <= text.size();
-  for (size_t i = 1; good && i < length; ++i) {
-    good = (byte(i) & 0xC0) == 0x80;
-    c = c << 6 | (byte(i) & 0x3Fu);
-  }
-  const bool too_long = (length == 3 && c < 0x800) || (length == 4 && c < 0x10000);
-  if (!good || too_long || (c >= 0xD800 && c < 0xE000) || c > 0x10FFFF) {
-    text.remove_prefix(1);
-    return kUndefined;
-  }
-  text.remove_prefix(length);
-  return c;
 }
 
 // -1: the page lacks it.
@@ -128,19 +90,11 @@ std::optional<std::string> PageFromUtf8(const CodePage& page, std::string_view t
 std::string PageFromUtf8(const CodePage& page, std::string_view text, size_t& lacking) {
   std::string bytes;
   while (!text.empty()) {
-    const int byte = ByteOf(page, TakeCharacter(text));
+    const int byte = ByteOf(page, TakeUtf8(text));
     if (byte < 0) ++lacking;
     bytes += byte < 0 ? '?' : static_cast<char>(byte);
   }
   return bytes;
-}
-
-bool IsUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const bool written = text.starts_with("\xEF\xBF\xBD");  // the replacement character itself
-    if (TakeCharacter(text) == kUndefined && !written) return false;
-  }
-  return true;
 }
 
 }  // namespace vexa

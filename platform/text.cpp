@@ -12,7 +12,7 @@ constexpr char16_t kUpperControls[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E,
                                          0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
                                          0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-constexpr char32_t kInvalid = 0xFFFD;
+}  // namespace
 
 void AppendUtf8(std::string& text, char32_t c) {
   const auto add = [&text](char32_t byte) { text.push_back(static_cast<char>(byte)); };
@@ -30,25 +30,23 @@ void AppendUtf8(std::string& text, char32_t c) {
   add(0x80 | (c & 0x3F));
 }
 
-// The character at `position`, which moves behind it; kInvalid for one damaged byte.
-char32_t NextUtf8(std::string_view text, size_t& position) {
-  const auto at = [&text](size_t i) { return static_cast<uint8_t>(text[i]); };
-  const uint8_t lead = at(position++);
+char32_t TakeUtf8(std::string_view& text) {
+  const auto lead = static_cast<uint8_t>(text[0]);
+  text.remove_prefix(1);
   if (lead < 0x80) return lead;
   const size_t more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
-  if (lead < 0xC2 || lead > 0xF4 || position + more > text.size()) return kInvalid;
+  if (lead < 0xC2 || lead > 0xF4 || more > text.size()) return kReplacementCharacter;
   char32_t c = lead & (0x3Fu >> more);
   for (size_t i = 0; i < more; ++i) {
-    if ((at(position + i) & 0xC0) != 0x80) return kInvalid;
-    c = c << 6 | (at(position + i) & 0x3F);
+    const auto next = static_cast<uint8_t>(text[i]);
+    if ((next & 0xC0) != 0x80) return kReplacementCharacter;
+    c = c << 6 | (next & 0x3F);
   }
   constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-  if (c < kSmallest[more] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) return kInvalid;
-  position += more;
+  if (c < kSmallest[more] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) return kReplacementCharacter;
+  text.remove_prefix(more);
   return c;
 }
-
-}  // namespace
 
 std::string Utf8FromLatin(std::string_view bytes) {
   std::string text;
@@ -62,8 +60,8 @@ std::string Utf8FromLatin(std::string_view bytes) {
 
 std::string LatinFromUtf8(std::string_view text) {
   std::string bytes;
-  for (size_t position = 0; position < text.size();) {
-    const char32_t c = NextUtf8(text, position);
+  while (!text.empty()) {
+    const char32_t c = TakeUtf8(text);
     char byte = '?';
     if (c < 0x80 || (c >= 0xA0 && c < 0x100)) byte = static_cast<char>(c);
     for (size_t i = 0; i < 32; ++i) {
@@ -80,8 +78,8 @@ bool FitsLatin(std::string_view text) {
 
 std::u16string Utf16FromUtf8(std::string_view text) {
   std::u16string wide;
-  for (size_t position = 0; position < text.size();) {
-    const char32_t c = NextUtf8(text, position);
+  while (!text.empty()) {
+    const char32_t c = TakeUtf8(text);
     if (c < 0x10000) {
       wide.push_back(static_cast<char16_t>(c));
     } else {
@@ -100,7 +98,7 @@ std::string Utf8FromUtf16(std::u16string_view text) {
     if (high && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] < 0xE000) {
       c = 0x10000 + ((c - 0xD800) << 10) + (text[++i] - 0xDC00u);
     } else if (c >= 0xD800 && c < 0xE000) {
-      c = kInvalid;
+      c = kReplacementCharacter;
     }
     AppendUtf8(bytes, c);
   }

@@ -15,12 +15,21 @@ std::string LatinFromUtf8(std::string_view text);
 // Whether it has every character of the text.
 bool FitsLatin(std::string_view text);
 
+inline constexpr char32_t kReplacementCharacter = 0xFFFD;
+// Appends the character, below 0x110000, in UTF-8.
+void AppendUtf8(std::string& text, char32_t character);
+// Takes the first character off a text that is not empty; kReplacementCharacter for one byte that begins
+// none.
+char32_t TakeUtf8(std::string_view& text);
+
+// What is no right text of its encoding becomes kReplacementCharacter.
 std::u16string Utf16FromUtf8(std::string_view text);
 std::string Utf8FromUtf16(std::u16string_view text);
 
 // Windows gives a program UTF-16 arguments; the program works on UTF-8.
 class Utf8Arguments {
  public:
+  // Copies `count` arguments.
   Utf8Arguments(int count, wchar_t** wide);
   int count() const { return static_cast<int>(texts_.size()); }
   char** values() { return pointers_.data(); }  // followed by a null pointer

@@ -206,7 +206,6 @@ TEST(CodePages, EveryByteOfEveryPageComesBack) {
     for (int byte = 0; byte < 256; ++byte) {
       const std::string one(1, static_cast<char>(byte));
       const std::string text = Utf8FromPage(page, one);
-      EXPECT_TRUE(IsUtf8(text));
       // Two bytes that mean one character: the first of them is written.
       const auto back = PageFromUtf8(page, text);
       ASSERT_TRUE(back) << name << " " << byte;
@@ -221,7 +220,7 @@ TEST(CodePages, EveryByteOfEveryPageComesBack) {
   EXPECT_EQ(PageFromUtf8(Windows1252(), "a\u0416\xFF", lacking), "a??");
   EXPECT_EQ(lacking, 2u);
   for (const char* bad : {"\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xE2\x82", "\x80"})
-    EXPECT_FALSE(IsUtf8(bad));
+    EXPECT_FALSE(PageFromUtf8(Windows1252(), bad));
 }
 
 }  // namespace
