@@ -29,6 +29,52 @@ void RefillServices(StaticDatabase& database, const Carrier& carrier) {
          [&](const Service* service) { return service->carrier == &carrier; });
 }
 
+Satellite* PutSatellite(StaticDatabase& database, const SatelliteRecord& record, size_t place) {
+  Satellite* satellite = database.satellite_pool.Take();
+  satellite->record = record;
+  satellite->record.carrier_count = 0;
+  const bool at_end = place == database.satellites.size();
+  database.satellites.insert(database.satellites.begin() + static_cast<std::ptrdiff_t>(place), satellite);
+  if (!at_end) NumberSatellites(database);
+  return satellite;
+}
+
+Carrier* PutCarrier(StaticDatabase& database, Satellite& satellite, const CarrierRecord& record,
+                    size_t place) {
+  Carrier* carrier = database.carrier_pool.Take();
+  carrier->record = record;
+  carrier->record.service_count = 0;
+  carrier->record.lnb_index = satellite.record.lnb_index;
+  const auto index = std::find(database.satellites.begin(), database.satellites.end(), &satellite);
+  carrier->record.satellite_index = static_cast<uint32_t>(index - database.satellites.begin()) & 0x3FF;
+  carrier->satellite = &satellite;
+  const bool at_end = place == satellite.carriers.size();
+  satellite.carriers.insert(satellite.carriers.begin() + static_cast<std::ptrdiff_t>(place), carrier);
+  satellite.record.carrier_count = static_cast<uint16_t>(satellite.carriers.size());
+  database.carriers.push_back(carrier);
+  if (!at_end) {
+    RefillCarriers(database, satellite);
+    NumberCarriers(satellite);
+  }
+  return carrier;
+}
+
+Service* PutService(StaticDatabase& database, Carrier& carrier, const ServiceRecord& record, size_t place) {
+  Service* service = database.service_pool.Take();
+  service->record = record;
+  service->carrier = &carrier;
+  // Mostly the newest carrier: it is looked for from the end.
+  const auto& siblings = carrier.satellite->carriers;
+  const auto index = std::find(siblings.rbegin(), siblings.rend(), &carrier);
+  service->carrier_position = static_cast<uint16_t>(siblings.rend() - index - 1);
+  const bool at_end = place == carrier.services.size();
+  carrier.services.insert(carrier.services.begin() + static_cast<std::ptrdiff_t>(place), service);
+  carrier.record.service_count = static_cast<uint16_t>(carrier.services.size());
+  database.services.push_back(service);
+  if (!at_end) RefillServices(database, carrier);
+  return service;
+}
+
 void RefillAll(StaticDatabase& database) {
   // Neighbours mostly have one owner: its counter is at hand.
   std::unordered_map<const void*, size_t> counters;

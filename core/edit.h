@@ -25,24 +25,33 @@ using Rows = std::vector<size_t>;
 enum class ServiceFilter { kAll, kTv, kRadio };  // what the list view shows
 enum class GroupKind { kTv, kRadio };            // which half of a favourite group
 
-// ---- Add: at the end of the list. nullptr or false after a message.
-// "SDB%d", count + 1
+// ---- Add: at the end of the list. The new record belongs to the document. nullptr or false after a message:
+// the table is full, or what the record hangs on is missing.
+
+// Named "SDB%d" by the number of SDBs.
 OpenSdb* AddSdb(const Messages& messages, Document& document,
                 const DefaultRecords& defaults = FactoryDefaults());
+// Takes the next of the 16 places, with the default's values.
 bool AddLnb(const Messages& messages, StaticDatabase& database, const DefaultRecords& defaults);
+// Needs an LNB. Named "Satellite%d" by its place.
 Satellite* AddSatellite(const Messages& messages, StaticDatabase& database, const DefaultRecords& defaults);
+// Named "Carrier%d" by the number of the satellite's carriers; a user record when the satellite is one. Under
+// an IF input LNB a default frequency out of its range becomes the lowest one.
 Carrier* AddCarrier(const Messages& messages, StaticDatabase& database, Satellite& satellite,
                     const DefaultRecords& defaults);
-// The filter decides the type of the new service; kAll keeps the default's.
+// Named "Service%d" by the number of the carrier's services, with the smallest program number that is free
+// there, at the end of the service order. The filter decides its type; kAll keeps the default's.
 Service* AddService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
                     const DefaultRecords& defaults, ServiceFilter filter = ServiceFilter::kAll);
-OpenUbi* AddUbi(const Messages& messages, Document& document);  // "UBI%d", count + 1
+// Named "UBI%d" by the number of UBIs: zeros, RF channel 21, lock code "0000".
+OpenUbi* AddUbi(const Messages& messages, Document& document);
 // Takes up those of the services whose type belongs to the list and that it does not name yet. False after
 // the limit's message, nothing being taken up then.
 bool AddFavourites(const Messages& messages, FavouriteGroup& group, GroupKind kind,
                    const std::vector<Service*>& services);
 
-// ---- Insert: before the one selected row; at the end when none is selected.
+// ---- Insert: as Add, before the one selected row; at the end when none is selected. nullptr after a message
+// when several are selected as well.
 Satellite* InsertSatellite(const Messages& messages, StaticDatabase& database, const DefaultRecords& defaults,
                            const Rows& selected);
 Carrier* InsertCarrier(const Messages& messages, StaticDatabase& database, Satellite& satellite,
@@ -51,19 +60,33 @@ Service* InsertService(const Messages& messages, StaticDatabase& database, Carri
                        const DefaultRecords& defaults, const Rows& selected,
                        ServiceFilter filter = ServiceFilter::kAll);
 
-// ---- Delete. What stands below a record goes with it, out of the order list and the favourites too.
+// ---- Delete. What stands below a record goes with it, out of the order list and the favourites too;
+// pointers to it end there. Rows beyond the list count for nothing.
+
+// False, after a message, for the last SDB; silently when there is none at this place.
 bool DeleteSdb(const Messages& messages, Document& document, size_t sdb);
+// False after a message: one LNB has to stay. Satellites on an LNB that goes take the first one, indices
+// above it fall by one.
 bool DeleteLnbs(const Messages& messages, StaticDatabase& database, const Rows& rows);
 void DeleteSatellites(StaticDatabase& database, const Rows& rows);
+// Rows of the satellite's list.
 void DeleteCarriers(StaticDatabase& database, Satellite& satellite, const Rows& rows);
+// Services of this database, of any carriers, in any order; one named twice counts once.
 void DeleteServices(StaticDatabase& database, const std::vector<Service*>& services);
+// The UBI at this place; nothing when there is none.
 void DeleteUbi(Document& document, size_t ubi);
+// Takes entries off the list; the services stay.
 void DeleteFavourites(FavouriteGroup& group, GroupKind kind, const Rows& rows);
 
 // ---- Move and swap: the selected rows must follow one another, one alone for swap. `target` is the text of
-// the dialog, a number from 1 to the number of rows. Result: the first row of the moved run after the move.
-bool CheckMoveRows(const Messages& messages, const Rows& rows);  // before the dialog opens
+// the dialog, a number from 1 to the number of rows: upwards the first row of the run lands there, downwards
+// the last one. Result: the first row of the moved run after the move; nothing after a message.
+
+// To be asked before the dialog opens. False after a message: the rows do not follow one another.
+bool CheckMoveRows(const Messages& messages, const Rows& rows);
+// Likewise for swap. False after a message: it is not one row.
 bool CheckSwapRows(const Messages& messages, const Rows& rows);
+// The list keeps all other rows in their order.
 std::optional<size_t> MoveSatellites(const Messages& messages, StaticDatabase& database, const Rows& rows,
                                      const std::string& target);
 std::optional<size_t> MoveCarriers(const Messages& messages, StaticDatabase& database, Satellite& satellite,
@@ -78,46 +101,66 @@ std::optional<size_t> SwapCarriers(const Messages& messages, StaticDatabase& dat
                                    const Rows& rows, const std::string& target);
 std::optional<size_t> SwapFavourites(const Messages& messages, FavouriteGroup& group, GroupKind kind,
                                      const Rows& rows, const std::string& target);
-// The two selected services change places, also across carriers.
+// The two selected services change places, also across carriers. False after a message: they are not two, or
+// a carrier would hold a program number twice.
 bool SwapServices(const Messages& messages, StaticDatabase& database, const std::vector<Service*>& selected);
-bool CheckServiceMove(const Messages& messages,
-                      const std::vector<Service*>& selected);  // before the dialog opens
-// Into the destination's list from `place` on (SIZE_MAX: to its end), in the order given.
+// To be asked before the dialog opens. False after a message: no service is selected.
+bool CheckServiceMove(const Messages& messages, const std::vector<Service*>& selected);
+// Into the destination's list from `place` on (SIZE_MAX: to its end), in the order given. False after a
+// message: none is selected, one is there already, or the destination would hold a program number twice.
 bool MoveServicesToCarrier(const Messages& messages, StaticDatabase& database,
                            const std::vector<Service*>& selected, Carrier& destination,
                            size_t place = SIZE_MAX);
 
-// Title, prompt and button tip of the move and swap dialogs; `row` is the first selected one.
+// What the move and swap dialogs say.
 struct MoveDialogTexts {
-  std::string title, prompt, tip;
+  std::string title, prompt, tip;  // `tip` of the button
 };
+// `row` is the first selected one; `swap` chooses between the two dialogs.
 MoveDialogTexts SatelliteMoveTexts(size_t row, bool swap);
 MoveDialogTexts CarrierMoveTexts(size_t row, bool swap);
 
 // ---- Mark as.
 enum class SatelliteField { kLnbIndex, kEast, kFactoryDefault };  // LNB indices from 0
 enum class CarrierField { kPolarization, kFec, kFactoryDefault };
+// Set the field in the chosen rows of the list; rows beyond it count for nothing. The flags are set for any
+// `value` but 0. Codes are cut to their field, and an LNB index above 15 changes nothing.
 void MarkSatellites(StaticDatabase& database, const Rows& rows, SatelliteField field, uint32_t value);
 void MarkCarriers(Satellite& satellite, const Rows& rows, CarrierField field, uint32_t value);
 
 // ---- Parts shared by the operations.
-// Puts the carriers of a satellite, or the services of a carrier, into their places of the SDB's arrays in
-// list order.
-void RefillCarriers(StaticDatabase& database, const Satellite& satellite);
-void RefillServices(StaticDatabase& database, const Carrier& carrier);
-void RefillAll(StaticDatabase& database);
-void NumberSatellites(StaticDatabase& database);     // the satellite index of every carrier
-void NumberCarriers(Satellite& satellite);           // the carrier position of every service
-uint32_t FreeProgramNumber(const Carrier& carrier);  // smallest unused one, from 1
+// New records with all their links and counts, at a place of their list from 0 to its length; all other
+// fields as `record` has them. No limit is looked at. They belong to the database.
+Satellite* PutSatellite(StaticDatabase& database, const SatelliteRecord& record, size_t place);
+Carrier* PutCarrier(StaticDatabase& database, Satellite& satellite, const CarrierRecord& record,
+                    size_t place);
+// The caller puts the service into the service order.
+Service* PutService(StaticDatabase& database, Carrier& carrier, const ServiceRecord& record, size_t place);
 
+// Puts the carriers of a satellite into their places of the SDB's array in list order.
+void RefillCarriers(StaticDatabase& database, const Satellite& satellite);
+// Likewise the services of a carrier.
+void RefillServices(StaticDatabase& database, const Carrier& carrier);
+// Likewise all carriers and services.
+void RefillAll(StaticDatabase& database);
+// Sets the satellite index of every carrier by the satellites' places.
+void NumberSatellites(StaticDatabase& database);
+// Sets the carrier position of every service by the carriers' places on the satellite.
+void NumberCarriers(Satellite& satellite);
+
+// The smallest program number, from 1, that no service of the carrier has.
+uint32_t FreeProgramNumber(const Carrier& carrier);
+// One of the two lists of a group; it belongs to the group.
 std::vector<Service*>& EntriesOf(FavouriteGroup& group, GroupKind kind);
 const std::vector<Service*>& EntriesOf(const FavouriteGroup& group, GroupKind kind);
 
-// Lowest and highest carrier frequency of an LNB type, MHz.
 struct FrequencyRange {
-  uint32_t lowest, highest;
+  uint32_t lowest, highest;  // MHz, both included
 };
+// Where carriers under an LNB of this type (LnbType) may lie.
 FrequencyRange RangeOf(uint32_t lnb_type);
+
+// The LNB that the satellite names, also when it is out of use. It belongs to the database.
 const LnbRecord& LnbOf(const StaticDatabase& database, const Satellite& satellite);
 
 }  // namespace vexa

@@ -26,61 +26,32 @@ size_t InsertPlace(const Rows& selected, size_t count) {
   return selected.empty() ? count : std::min(selected[0], count);
 }
 
-Satellite* PutSatellite(StaticDatabase& database, const DefaultRecords& defaults, size_t place) {
-  Satellite* satellite = database.satellite_pool.Take();
-  satellite->record = defaults.satellite;
-  satellite->record.carrier_count = 0;
-  SetName(satellite->record.name, Format("Satellite%d", static_cast<int>(place) + 1));
-  database.satellites.insert(database.satellites.begin() + static_cast<std::ptrdiff_t>(place), satellite);
-  NumberSatellites(database);
-  return satellite;
+Satellite* NewSatellite(StaticDatabase& database, const DefaultRecords& defaults, size_t place) {
+  SatelliteRecord record = defaults.satellite;
+  SetName(record.name, Format("Satellite%d", static_cast<int>(place) + 1));
+  return PutSatellite(database, record, place);
 }
 
-Carrier* PutCarrier(StaticDatabase& database, Satellite& satellite, const DefaultRecords& defaults,
+Carrier* NewCarrier(StaticDatabase& database, Satellite& satellite, const DefaultRecords& defaults,
                     size_t place) {
-  Carrier* carrier = database.carrier_pool.Take();
-  CarrierRecord& record = carrier->record;
-  record = defaults.carrier;
-  record.service_count = 0;
+  CarrierRecord record = defaults.carrier;
   if (LnbOf(database, satellite).type == kLnbIfInput &&
       (record.frequency < kLowestIf || record.frequency > kHighestIf))
     record.frequency = kLowestIf;
   if (satellite.record.user) record.user = 1;
   SetName(record.name, Format("Carrier%d", static_cast<int>(satellite.carriers.size()) + 1));
-  const auto index = std::find(database.satellites.begin(), database.satellites.end(), &satellite);
-  record.satellite_index = static_cast<uint32_t>(index - database.satellites.begin()) & 0x3FF;
-  record.lnb_index = satellite.record.lnb_index;
-  carrier->satellite = &satellite;
-  const bool at_end = place == satellite.carriers.size();
-  satellite.carriers.insert(satellite.carriers.begin() + static_cast<std::ptrdiff_t>(place), carrier);
-  satellite.record.carrier_count = static_cast<uint16_t>(satellite.carriers.size());
-  database.carriers.push_back(carrier);
-  if (!at_end) {
-    RefillCarriers(database, satellite);
-    NumberCarriers(satellite);
-  }
-  return carrier;
+  return PutCarrier(database, satellite, record, place);
 }
 
-Service* PutService(StaticDatabase& database, Carrier& carrier, const DefaultRecords& defaults,
+Service* NewService(StaticDatabase& database, Carrier& carrier, const DefaultRecords& defaults,
                     ServiceFilter filter, size_t place) {
-  Service* service = database.service_pool.Take();
-  ServiceRecord& record = service->record;
-  record = defaults.service;
+  ServiceRecord record = defaults.service;
   record.program_number = FreeProgramNumber(carrier) & 0xFFFF;
   if (filter == ServiceFilter::kTv) record.type = kTv;
   if (filter == ServiceFilter::kRadio) record.type = kRadio;
   SetName(record.name, Format("Service%d", static_cast<int>(carrier.services.size()) + 1));
-  service->carrier = &carrier;
-  const auto& siblings = carrier.satellite->carriers;
-  const auto index = std::find(siblings.begin(), siblings.end(), &carrier);
-  service->carrier_position = static_cast<uint16_t>(index - siblings.begin());
-  const bool at_end = place == carrier.services.size();
-  carrier.services.insert(carrier.services.begin() + static_cast<std::ptrdiff_t>(place), service);
-  carrier.record.service_count = static_cast<uint16_t>(carrier.services.size());
-  database.services.push_back(service);
+  Service* service = PutService(database, carrier, record, place);
   database.service_order.push_back(service);
-  if (!at_end) RefillServices(database, carrier);
   return service;
 }
 
@@ -108,7 +79,7 @@ Satellite* AddSatellite(const Messages& messages, StaticDatabase& database, cons
     return nullptr;
   }
   if (!HasLnb(messages, database)) return nullptr;
-  return PutSatellite(database, defaults, database.satellites.size());
+  return NewSatellite(database, defaults, database.satellites.size());
 }
 
 Satellite* InsertSatellite(const Messages& messages, StaticDatabase& database, const DefaultRecords& defaults,
@@ -119,7 +90,7 @@ Satellite* InsertSatellite(const Messages& messages, StaticDatabase& database, c
     return nullptr;
   }
   if (!HasLnb(messages, database)) return nullptr;
-  return PutSatellite(database, defaults, InsertPlace(selected, database.satellites.size()));
+  return NewSatellite(database, defaults, InsertPlace(selected, database.satellites.size()));
 }
 
 Carrier* AddCarrier(const Messages& messages, StaticDatabase& database, Satellite& satellite,
@@ -128,7 +99,7 @@ Carrier* AddCarrier(const Messages& messages, StaticDatabase& database, Satellit
     Tell(messages, Icon::kStop, "Can't add carrier information. It exceeds the limit.");
     return nullptr;
   }
-  return PutCarrier(database, satellite, defaults, satellite.carriers.size());
+  return NewCarrier(database, satellite, defaults, satellite.carriers.size());
 }
 
 Carrier* InsertCarrier(const Messages& messages, StaticDatabase& database, Satellite& satellite,
@@ -138,7 +109,7 @@ Carrier* InsertCarrier(const Messages& messages, StaticDatabase& database, Satel
     Tell(messages, Icon::kStop, "Carrier records exceed the limit. Can not add.");
     return nullptr;
   }
-  return PutCarrier(database, satellite, defaults, InsertPlace(selected, satellite.carriers.size()));
+  return NewCarrier(database, satellite, defaults, InsertPlace(selected, satellite.carriers.size()));
 }
 
 Service* AddService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
@@ -147,7 +118,7 @@ Service* AddService(const Messages& messages, StaticDatabase& database, Carrier&
     Tell(messages, Icon::kStop, "Can't add service information. It exceeds the limit.");
     return nullptr;
   }
-  return PutService(database, carrier, defaults, filter, carrier.services.size());
+  return NewService(database, carrier, defaults, filter, carrier.services.size());
 }
 
 Service* InsertService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
@@ -157,7 +128,7 @@ Service* InsertService(const Messages& messages, StaticDatabase& database, Carri
     Tell(messages, Icon::kStop, "Service records exceed the limit. Can not add.");
     return nullptr;
   }
-  return PutService(database, carrier, defaults, filter, InsertPlace(selected, carrier.services.size()));
+  return NewService(database, carrier, defaults, filter, InsertPlace(selected, carrier.services.size()));
 }
 
 OpenUbi* AddUbi(const Messages& messages, Document& document) {

@@ -158,6 +158,12 @@ class Object {
                    "is more than the " + std::to_string(largest) + " that there may be"};
     return value;
   }
+  // Hands over each object of the array, in its order.
+  template <class Read>
+  void ForEach(const char* key, size_t largest, Read read) const {
+    const Json& array = Array(key, largest);
+    for (size_t i = 0; i < array.size(); ++i) read(Object(array[i], Below(PathOf(key), std::to_string(i))));
+  }
   static int64_t NumberIn(const Json& value, const std::string& path, int64_t smallest, int64_t largest) {
     if (!value.is_number_integer()) throw Misfit{path, "is no whole number"};
     const bool beyond = value.is_number_unsigned() && value.get<uint64_t>() > static_cast<uint64_t>(largest);
@@ -200,9 +206,7 @@ class SdbReader {
 
   void Read() {
     ReadLnbs();
-    const Json& satellites = root_.Array("satellites", kMaximumSatellites);
-    for (size_t i = 0; i < satellites.size(); ++i)
-      ReadSatellite(Object(satellites[i], Below(root_.PathOf("satellites"), std::to_string(i))));
+    root_.ForEach("satellites", kMaximumSatellites, [&](const Object& object) { ReadSatellite(object); });
     const std::vector<Service*> read = database_.services;
     PutInOrder(numbers_.Order(), read, database_.services);
     PutInOrder(orders_.Order(), read, database_.service_order);
@@ -224,14 +228,11 @@ class SdbReader {
   }
 
   void ReadLnbs() {
-    const Json& lnbs = root_.Array("lnbs", kMaximumLnbs);
-    for (size_t i = 0; i < lnbs.size(); ++i) {
-      const Object object(lnbs[i], Below(root_.PathOf("lnbs"), std::to_string(i)));
-      static const auto keys = KeysOf<LnbRecord>({});
+    static const auto keys = KeysOf<LnbRecord>({});
+    root_.ForEach("lnbs", kMaximumLnbs, [&](const Object& object) {
       object.ExpectKeys(keys);
-      TakeFields(object, database_.lnbs[i]);
-    }
-    database_.lnb_count = static_cast<uint32_t>(lnbs.size());
+      TakeFields(object, database_.lnbs[database_.lnb_count++]);
+    });
   }
 
   void ReadSatellite(const Object& object) {
@@ -242,9 +243,8 @@ class SdbReader {
     TakeFields(object, record);
     object.Number("lnb_index", 0, kMaximumLnbs - 1);
     Satellite& satellite = *AppendSatellite(database_, record);
-    const Json& carriers = object.Array("carriers", kMaximumCarriers);
-    for (size_t i = 0; i < carriers.size(); ++i)
-      ReadCarrier(satellite, Object(carriers[i], Below(object.PathOf("carriers"), std::to_string(i))));
+    object.ForEach("carriers", kMaximumCarriers,
+                   [&](const Object& carrier) { ReadCarrier(satellite, carrier); });
   }
 
   void ReadCarrier(Satellite& satellite, const Object& object) {
@@ -260,9 +260,8 @@ class SdbReader {
     if (object.Has("place")) ++places_given_;
     if (places_given_ > 0 && places_given_ != database_.carriers.size()) object.At("place");
     if (object.Has("place")) places_.Add(object.Number("place", 0, kMaximumCarriers), object.PathOf("place"));
-    const Json& services = object.Array("services", kMaximumServices);
-    for (size_t i = 0; i < services.size(); ++i)
-      ReadService(*carrier, Object(services[i], Below(object.PathOf("services"), std::to_string(i))));
+    object.ForEach("services", kMaximumServices,
+                   [&](const Object& service) { ReadService(*carrier, service); });
   }
 
   void ReadService(Carrier& carrier, const Object& object) {
@@ -289,22 +288,21 @@ class SdbReader {
   }
 
   void ReadFavourites() {
-    const Json& groups = root_.Array("favourites", kFavouriteGroups);
-    if (groups.size() != kFavouriteGroups)
+    if (root_.Array("favourites", kFavouriteGroups).size() != kFavouriteGroups)
       throw Misfit{root_.PathOf("favourites"), "does not hold eight groups"};
-    for (size_t i = 0; i < groups.size(); ++i) {
-      const Object object(groups[i], Below(root_.PathOf("favourites"), std::to_string(i)));
-      static const auto keys =
-          KeysOf<FavouriteRecord>({"tv_name", "radio_name", "tv_count", "tv", "radio_count", "radio"});
+    static const auto keys =
+        KeysOf<FavouriteRecord>({"tv_name", "radio_name", "tv_count", "tv", "radio_count", "radio"});
+    auto next = database_.favourites.begin();
+    root_.ForEach("favourites", kFavouriteGroups, [&](const Object& object) {
       object.ExpectKeys(keys);
-      FavouriteGroup& group = database_.favourites[i];
+      FavouriteGroup& group = *next++;
       group.record = {};
       TakeName(object, "tv_name", page_, group.record.tv_name);
       TakeName(object, "radio_name", page_, group.record.radio_name);
       TakeFields(object, group.record);
       ReadEntries(object, "tv", kMaximumTvEntries, group.tv);
       ReadEntries(object, "radio", kMaximumRadioEntries, group.radio);
-    }
+    });
   }
 
   const Object& root_;
@@ -340,12 +338,9 @@ void ReadDocument(const Object& root, const CodePage& page, Document& document) 
   root.ExpectKeys({"schema", "compressed", "ubi_compressed", "sdbs", "ubis"});
   document.compress_payload = root.Number("compressed", 0, 1) != 0;
   document.compress_ubis = root.Number("ubi_compressed", 0, 1) != 0;
-  const Json& sdbs = root.Array("sdbs", kMaximumSdbs);
-  for (size_t i = 0; i < sdbs.size(); ++i)
-    ReadSdb(Object(sdbs[i], Below(root.PathOf("sdbs"), std::to_string(i))), page, true, document);
-  const Json& ubis = root.Array("ubis", kMaximumUbis);
-  for (size_t i = 0; i < ubis.size(); ++i)
-    document.ubis.push_back(UbiOf(Object(ubis[i], Below(root.PathOf("ubis"), std::to_string(i))), page));
+  root.ForEach("sdbs", kMaximumSdbs, [&](const Object& object) { ReadSdb(object, page, true, document); });
+  root.ForEach("ubis", kMaximumUbis,
+               [&](const Object& object) { document.ubis.push_back(UbiOf(object, page)); });
 }
 
 // Finds the keys that stand twice in their object, which the parser would pass over.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "core/edit.h"
+
 namespace vexa {
 
 void Numbering::Add(int64_t number, std::string where) {
@@ -26,41 +28,17 @@ std::vector<size_t> Numbering::Order() const {
 
 Satellite* AppendSatellite(StaticDatabase& database, const SatelliteRecord& record) {
   if (database.satellites.size() >= kMaximumSatellites) return nullptr;
-  Satellite* satellite = database.satellite_pool.Take();
-  satellite->record = record;
-  satellite->record.carrier_count = 0;
-  database.satellites.push_back(satellite);
-  return satellite;
+  return PutSatellite(database, record, database.satellites.size());
 }
 
 Carrier* AppendCarrier(StaticDatabase& database, Satellite& satellite, const CarrierRecord& record) {
   if (database.carriers.size() >= kMaximumCarriers) return nullptr;
-  Carrier* carrier = database.carrier_pool.Take();
-  carrier->record = record;
-  const auto place = std::find(database.satellites.begin(), database.satellites.end(), &satellite);
-  carrier->record.satellite_index = static_cast<uint32_t>(place - database.satellites.begin()) & 0x3FF;
-  carrier->record.lnb_index = satellite.record.lnb_index;
-  carrier->record.service_count = 0;
-  carrier->satellite = &satellite;
-  satellite.carriers.push_back(carrier);
-  satellite.record.carrier_count = static_cast<uint16_t>(satellite.carriers.size());
-  database.carriers.push_back(carrier);
-  return carrier;
+  return PutCarrier(database, satellite, record, satellite.carriers.size());
 }
 
 Service* AppendService(StaticDatabase& database, Carrier& carrier, const ServiceRecord& record) {
   if (database.services.size() >= kMaximumServices) return nullptr;
-  Service* service = database.service_pool.Take();
-  service->record = record;
-  service->carrier = &carrier;
-  const auto& siblings = carrier.satellite->carriers;
-  const auto place = siblings.back() == &carrier ? siblings.end() - 1
-                                                 : std::find(siblings.begin(), siblings.end(), &carrier);
-  service->carrier_position = static_cast<uint16_t>(place - siblings.begin());
-  carrier.services.push_back(service);
-  carrier.record.service_count = static_cast<uint16_t>(carrier.services.size());
-  database.services.push_back(service);
-  return service;
+  return PutService(database, carrier, record, carrier.services.size());
 }
 
 void PlaceCarriersByServices(StaticDatabase& database) {

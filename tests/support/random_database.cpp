@@ -5,6 +5,7 @@
 #include <map>
 #include <unordered_map>
 
+#include "core/edit.h"
 #include "core/messages.h"
 
 namespace vexa {
@@ -175,35 +176,18 @@ std::map<std::string, std::string> ContentOf(const StaticDatabase& database, boo
 }  // namespace
 
 Satellite* AddTestSatellite(StaticDatabase& database, const std::string& name) {
-  Satellite* satellite = database.satellite_pool.Take();
-  satellite->record = FactoryDefaults().satellite;
-  SetName(satellite->record.name, name);
-  database.satellites.push_back(satellite);
-  return satellite;
+  SatelliteRecord record = FactoryDefaults().satellite;
+  SetName(record.name, name);
+  return PutSatellite(database, record, database.satellites.size());
 }
 
 Carrier* AddTestCarrier(StaticDatabase& database, size_t satellite) {
-  Carrier* carrier = database.carrier_pool.Take();
-  carrier->record = FactoryDefaults().carrier;
-  carrier->record.satellite_index = static_cast<uint32_t>(satellite) & 0x3FF;
-  carrier->satellite = database.satellites[satellite];
-  carrier->satellite->carriers.push_back(carrier);
-  carrier->satellite->record.carrier_count = static_cast<uint16_t>(carrier->satellite->carriers.size());
-  database.carriers.push_back(carrier);
-  return carrier;
+  Satellite& owner = *database.satellites[satellite];
+  return PutCarrier(database, owner, FactoryDefaults().carrier, owner.carriers.size());
 }
 
 Service* AddTestService(StaticDatabase& database, Carrier* carrier) {
-  Service* service = database.service_pool.Take();
-  service->record = FactoryDefaults().service;
-  service->carrier = carrier;
-  const auto& carriers = carrier->satellite->carriers;
-  // Mostly the newest carrier: looked for from the end.
-  const auto place = std::find(carriers.rbegin(), carriers.rend(), carrier);
-  service->carrier_position = static_cast<uint16_t>(carriers.rend() - place - 1);
-  carrier->services.push_back(service);
-  carrier->record.service_count = static_cast<uint16_t>(carrier->services.size());
-  database.services.push_back(service);
+  Service* service = PutService(database, *carrier, FactoryDefaults().service, carrier->services.size());
   database.service_order.push_back(service);
   return service;
 }
