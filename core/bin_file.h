@@ -1,16 +1,78 @@
-// The BIN file: the one file in which the editor keeps its work. All integers little-endian.
+// The BIN file: the one file in which the editor keeps its work. All integers are little-endian. A row names
+// the first byte, the number of bytes, and what stands there; records are those of core/records.h.
+//
+// The file is a container, or one bare SDB stream.
 //
 // Container header, 24 bytes
-//   0 2 magic "Qz"            2 1 major version   3 1 minor version
-//   4 1 0x10 (else the file is one bare SDB stream)   5 1 0 (else refused)   6 1 0   7 1 0xFF
-//   8 3 initials              11 1 payload compressed
-//   12 4 payload size         16 4 stored payload size   20 2 SDBs   22 2 UBIs (0: no UBI block)
-// Directory at 24, 28 bytes an entry: each SDB, then "UBIblk" when there are UBIs
-//   0 7 name, NUL-terminated  7 1 stream compressed   8 4 size   12 4 stored size
-//   16 4 offset of the stream in the uncompressed layout   20 2 16  22 2 85  24 2 carriers  26 2 services
-// Streams in directory order. An SDB stream is a 24-byte header and the blocks "lnb", "Satelli", "Carrier",
-// "Service", "OSL" and, in version 6, "FGLblk", each behind a 16-byte block header
-//   0 8 name, NUL-padded      8 2 record size     10 2 0xFFFF   12 2 record count   14 2 0xFFFF
+//    0  2  magic "Qz"; another one is opened as well
+//    2  1  major version of the file
+//    3  1  minor version
+//    4  1  0x10; anything else: the file is a bare stream
+//    5  1  0; anything else is refused
+//    6  1  0
+//    7  1  0xFF
+//    8  3  initials, padded with spaces
+//   11  1  1: everything behind this header is stored compressed
+//   12  4  size of what is behind this header
+//   16  4  its size as stored
+//   20  2  number of SDBs
+//   22  2  number of user box records; 0: there is no entry for them
+// Directory, at 24: an entry of 28 bytes for each SDB, then one named "UBIblk" for the user box records
+//    0  7  name, up to six characters, NUL-padded
+//    7  1  1: the stream is stored compressed
+//    8  4  size of the stream
+//   12  4  its size as stored
+//   16  4  offset of the stream from the start of the file, the payload not being compressed
+//   20  2  16 LNBs            24  2  number of carriers
+//   22  2  85 satellites      26  2  number of services; all four are 0 for the user box records
+// The streams follow in the order of the directory.
+//
+// SDB stream: a header of 24 bytes
+//    0  2  magic "Qz"; another one is refused
+//    2  1  2
+//    3  3  0
+//    6  2  stream version: 6; 5 in a file of selected satellites, which has no favourites
+//    8  8  0
+//   16  3  initials
+//   19  1  0
+//   20  1  major version of the file
+//   21  1  minor version
+//   22  1  0xFF
+//   23  1  0
+// and blocks in this order, a block header and that many entries
+//   "lnb"      LnbRecord: 16, places out of use filled up from the defaults
+//   "Satelli"  SatelliteRecord: 85, places out of use named "NewSat 1" and so on
+//   "Carrier"  CarrierRecord, in the order of the SDB's array
+//   "Service"  ServiceRecord, carrier by carrier
+//   "OSL"      the service order: two bytes an entry, a place in the service block; behind an odd number of
+//              entries two bytes 0xFF
+//   "FGLblk"   in version 6: eight favourite groups; the record size in its header is 0
+// Favourite group, T entries of the TV list and R of the radio list
+//    0 44  FavouriteRecord, with T and R in it
+//   44 2T  TV entries: two bytes each, a place in the service block
+//      2R  radio entries
+//       2  0xFF 0xFF, only when T + R is odd
+// Stream of the user box records: a block header "UserBox", whose bytes 11 and 15 are 0, and for each record
+//    0  8  name, up to seven characters, NUL-padded
+//    8 28  UserBoxInfo; 24 bytes, without the lock code, in older files
+// Behind a bare SDB stream stands at most one of them, without a name.
+// Block header, 16 bytes
+//    0  8  name, NUL-padded
+//    8  2  bytes of an entry
+//   10  2  0xFFFF
+//   12  2  number of entries
+//   14  2  0xFFFF
+//
+// A file of one SDB "SDB1" with one satellite, one carrier and three services, of which the third is the TV
+// list of the first favourite group "Mine" and the first two are its radio list. At 0 stand header and
+// directory
+//   51 7A 01 00 10 00 00 FF  20 20 20 00 54 0C 00 00  54 0C 00 00 01 00 00 00
+//   53 44 42 31 00 00 00 00  38 0C 00 00 38 0C 00 00  34 00 00 00 10 00 55 00  01 00 03 00
+// at 2780 (its stream begins at 52) the service order and the first group
+//   4F 53 4C 00 00 00 00 00  02 00 FF FF 03 00 FF FF  00 00 01 00 02 00 FF FF
+//   46 47 4C 62 6C 6B 00 00  00 00 FF FF 08 00 FF FF  10 00 02 00
+//   4D 69 6E 65 00 00 00 00  00 00 00 00 00 00 00 00  00 00 00 00
+//   4D 69 6E 65 00 00 00 00  00 00 00 00 00 00 00 00  00 00 00 00  02 00 00 00 01 00 FF FF
 #pragma once
 
 #include <cstdint>
@@ -54,6 +116,7 @@ const DefaultRecords& DefaultsOf(const Context& context);
 // A file is judged by its first bytes and its size before the rest is read; what stands beyond
 // kMaximumStreamSize is not looked at.
 bool OpenBin(const Context& context, const Path& path, Document& document);
+// The same of a file that is in memory.
 bool OpenBinBytes(const Context& context, std::span<const uint8_t> file, Document& document);
 
 // False after a message: nothing is selected, or an SDB without LNB or satellite is.

@@ -115,6 +115,38 @@ TEST(BinWrite, VersionAndInitialsStandInBothHeaders) {
   }
 }
 
+// The example at the head of core/bin_file.h.
+TEST(BinWrite, TheExampleOfTheFormat) {
+  Document document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+  database.lnb_count = 1;
+  AddTestSatellite(database, "Sat");
+  Carrier* carrier = AddTestCarrier(database, 0);
+  for (int i = 0; i < 3; ++i) AddTestService(database, carrier);
+  FavouriteGroup& group = database.favourites[0];
+  group.tv = {database.services[2]};
+  group.radio = {database.services[0], database.services[1]};
+  SetName(group.record.tv_name, "Mine");
+  SetName(group.record.radio_name, "Mine");
+  const std::pair<size_t, const char*> parts[] = {
+      {0,
+       "51 7A 01 00 10 00 00 FF  20 20 20 00 54 0C 00 00  54 0C 00 00 01 00 00 00"
+       "53 44 42 31 00 00 00 00  38 0C 00 00 38 0C 00 00  34 00 00 00 10 00 55 00  01 00 03 00"},
+      {2780,
+       "4F 53 4C 00 00 00 00 00  02 00 FF FF 03 00 FF FF  00 00 01 00 02 00 FF FF"
+       "46 47 4C 62 6C 6B 00 00  00 00 FF FF 08 00 FF FF  10 00 02 00"
+       "4D 69 6E 65 00 00 00 00  00 00 00 00 00 00 00 00  00 00 00 00"
+       "4D 69 6E 65 00 00 00 00  00 00 00 00 00 00 00 00  00 00 00 00  02 00 00 00 01 00 FF FF"}};
+  const Bytes file = Built(document);
+  for (const auto& [offset, text] : parts) {
+    std::string digits(text);
+    std::erase(digits, ' ');
+    std::string written;
+    for (size_t i = 0; i < digits.size() / 2; ++i) written += Format("%02X", file.at(offset + i));
+    EXPECT_EQ(written, digits) << offset;
+  }
+}
+
 TEST(BinWrite, LongNamesAreCut) {
   Document document = SampleDocument();
   document.sdbs[0].name = "Seven77";
