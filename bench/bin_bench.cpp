@@ -94,7 +94,7 @@ int Run(int argc, char** argv) {
     PrintMemory(context, argv[2]);
     return 0;
   }
-  const auto folder = CreateTemporaryFolder("vexa-bin-bench");
+  const auto folder = MakeTestFolder("vexa-bin-bench");
   Require(folder.has_value(), "making a folder");
   const Path path = *folder / "largest.bin";
   SaveLargestDatabase(context, path);

@@ -88,7 +88,7 @@ void MeasureAdb(const Context& context) {
 }
 
 int Main() {
-  const auto folder = CreateTemporaryFolder("vexa-image-bench");
+  const auto folder = MakeTestFolder("vexa-image-bench");
   Require(folder.has_value(), "making a folder");
   Context context;
   context.temporary_folder = *folder;

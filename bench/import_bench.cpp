@@ -15,7 +15,7 @@ double ImportTime(ListFormat format, const Path& path, size_t& services) {
   const Context context;
   const DefaultRecords defaults;
   return BestMilliseconds(15, [&] {
-    WorkFiles work;
+    WorkRecords work;
     RowOf(format).read(context, path, defaults, work, {});
     const Bytes stream = BuildBinFromWorkFiles(work, defaults);
     services = work.services.size();
@@ -49,7 +49,7 @@ void Compare(const char* name, ListFormat format, const Path& path, double empty
 
 int main() {
   PrepareHeap();
-  const auto folder = CreateTemporaryFolder("vexa-import-bench");
+  const auto folder = MakeTestFolder("vexa-import-bench");
   if (!folder) return 1;
   ListSettings settings;
   settings.records = 100000;

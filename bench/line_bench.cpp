@@ -242,7 +242,7 @@ void PrintYmodem(uint32_t baud, const Path& folder) {
 int Run(int count, char** arguments) {
   const auto baud = static_cast<uint32_t>(count > 1 ? std::atoi(arguments[1]) : 115200);
   const Path vexa = std::filesystem::canonical("/proc/self/exe").parent_path() / "vexa";
-  const auto folder = CreateTemporaryFolder("vexa-line-bench-" + std::to_string(getpid()));
+  const auto folder = MakeTestFolder("vexa-line-bench-" + std::to_string(getpid()));
   Require(folder.has_value() && std::filesystem::exists(vexa), "finding vexa beside the bench");
   std::mt19937 random(1);
   Document document = NewDocument();

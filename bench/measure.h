@@ -11,6 +11,7 @@
 
 #include "core/bin_file.h"
 #include "tests/support/random_database.h"
+#include "tests/support/test_folder.h"
 
 namespace vexa {
 

@@ -63,7 +63,7 @@ int Run(int argc, wchar_t** argv) {
     std::fprintf(stderr, "usage: start_bench EDITOR\n");
     return 2;
   }
-  const auto folder = CreateTemporaryFolder("vexa-start-bench");
+  const auto folder = MakeTestFolder("vexa-start-bench");
   Require(folder.has_value(), "making a folder");
   const Context context;
   const Path largest = *folder / "largest.bin", empty = *folder / "empty.bin";

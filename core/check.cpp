@@ -213,10 +213,4 @@ std::vector<Finding> FindFaults(const Document& document, bool duplicates) {
   return std::move(findings.list);
 }
 
-std::vector<std::string> CheckDatabase(const Document& document, bool duplicates) {
-  std::vector<std::string> lines;
-  for (const Finding& finding : FindFaults(document, duplicates)) lines.push_back(finding.line());
-  return lines;
-}
-
 }  // namespace vexa

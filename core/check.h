@@ -21,6 +21,7 @@ std::string RecordName(const std::string& parent, const char* kind, size_t place
 struct Finding {
   TreePath place;          // the record's in the tree
   std::string name, text;  // "SDB1 satellite 3", and what is wrong there
+  // "SDB1 satellite 3: TEXT", UTF-8 without a line end.
   std::string line() const { return name + ": " + text; }
 };
 
@@ -32,7 +33,4 @@ struct Finding {
 // services by name on their carrier, entries of a favourite list. Told is each later one, with the first that
 // it repeats; satellites at angle 0 and empty names are not judged.
 std::vector<Finding> FindFaults(const Document& document, bool duplicates = false);
-// The lines alone.
-std::vector<std::string> CheckDatabase(const Document& document, bool duplicates = false);
-
 }  // namespace vexa

@@ -14,11 +14,12 @@ uint8_t* PutBig(uint8_t* out, size_t value, int count) {
   return out;
 }
 
-}  // namespace
-
+// The sum that stands behind the payload.
 uint32_t FrameSum(std::span<const uint8_t> payload) {
   return std::accumulate(payload.begin(), payload.end(), uint32_t{0});
 }
+
+}  // namespace
 
 uint8_t* BeginFrame(uint8_t* out, size_t length) {
   *out++ = kStx;

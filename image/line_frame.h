@@ -36,9 +36,6 @@ enum ControlByte : uint8_t {
 inline constexpr size_t kFrameHead = 4;      // bytes in front of the payload
 inline constexpr size_t kFrameOverhead = 9;  // bytes beside the payload
 
-// The sum that stands behind the payload.
-uint32_t FrameSum(std::span<const uint8_t> payload);
-
 // Writes a frame in place. `out` has room for `length` + kFrameOverhead bytes; the payload, of below 2^24
 // bytes, goes where BeginFrame's result points. EndFrame gives the place behind the frame.
 uint8_t* BeginFrame(uint8_t* out, size_t length);

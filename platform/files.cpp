@@ -221,16 +221,6 @@ WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refus
   return WriteResult::kDone;
 }
 
-std::optional<Path> CreateTemporaryFolder(const std::string& name) {
-  std::error_code error;
-  const Path folder = fs::temp_directory_path(error) / PathFromUtf8(name);
-  if (error) return std::nullopt;
-  // A folder left by a crashed program of the same number is taken over, empty.
-  fs::remove_all(folder, error);
-  if (!fs::create_directory(folder, error) || error) return std::nullopt;
-  return folder;
-}
-
 void RemoveFolder(const Path& folder) {
   std::error_code error;
   // Walking through it takes memory; what ran out once is often there again.

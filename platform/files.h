@@ -79,9 +79,6 @@ WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refus
 std::string WhyUnreadable(const Path& path);
 std::string WhyNotWritable(const Path& path);
 
-// A new folder under the system's temporary path, named from `name`; nothing when it cannot be made. Who
-// needs one for the time of a program takes a TemporaryFolder (platform/temporary_folder.h).
-std::optional<Path> CreateTemporaryFolder(const std::string& name);
 // Removes the folder with all that is in it; failures are silent.
 void RemoveFolder(const Path& folder);
 

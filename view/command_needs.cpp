@@ -4,6 +4,8 @@
 
 namespace vexa {
 
+namespace {
+
 Facilities FacilitiesOf(uint32_t command) {
   switch (command) {
     case kCmdUploadAdb:
@@ -19,6 +21,8 @@ Facilities FacilitiesOf(uint32_t command) {
       return {};
   }
 }
+
+}  // namespace
 
 bool ConfigurationServes(const Context& context, const Path& ecf, uint8_t product_index, uint32_t command) {
   const Facilities needs = FacilitiesOf(command);

@@ -500,17 +500,4 @@ std::span<const ToolbarButton> ToolbarButtons() {
   return kToolbar;
 }
 
-char AccessKey(std::string_view text) {
-  for (size_t i = 0; i + 1 < text.size() && text[i] != '\t'; ++i) {
-    if (text[i] != '&') continue;
-    if (text[i + 1] == '&') {
-      ++i;
-      continue;
-    }
-    const char key = text[i + 1];
-    return key >= 'a' && key <= 'z' ? static_cast<char>(key - 'a' + 'A') : key;
-  }
-  return 0;
-}
-
 }  // namespace vexa

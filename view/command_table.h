@@ -144,10 +144,12 @@ struct CommandInfo {
   const char* tip;  // status line and tool tip
 };
 
+// The whole table; it belongs to the program, as do the tables below.
 std::span<const CommandInfo> Commands();
+// The row of a command's identifier; nullptr: there is none.
 const CommandInfo* FindCommand(uint32_t id);
 
-// What is there, as `Need` bits.
+// Whether all is there that the command needs; `present`: what is there, as `Need` bits.
 bool CommandEnabled(const CommandInfo& command, uint32_t present);
 // In words, for the status line: "Needs an open database." Empty when all is there.
 std::string MissingNeeds(const CommandInfo& command, uint32_t present);
@@ -186,6 +188,7 @@ enum class MenuName : uint8_t {
   kSatelliteLevel,
   kCarrierLevel,
 };
+// The rows of a menu from top to bottom.
 std::span<const MenuRow> MenuRows(MenuName menu);
 
 // Commands of the rows that the window fills, by place; they stand in no table.
@@ -197,9 +200,7 @@ struct ToolbarButton {
   int picture;         // in the strip of toolbar pictures
   MenuName drop_down;  // kFrame: none
 };
+// From left to right.
 std::span<const ToolbarButton> ToolbarButtons();
-
-// The access key of a menu text in upper case; 0 for none.
-char AccessKey(std::string_view text);
 
 }  // namespace vexa

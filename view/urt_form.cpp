@@ -61,6 +61,27 @@ bool TellResult(const Context& context, ConversionResult result, const UrtRow& r
   return false;
 }
 
+// The image's own name with "urt" behind the last dot, in `folder`.
+Path UrtPathIn(const Path& folder, const Path& image) {
+  return folder / image.filename().replace_extension("urt");
+}
+
+// How an image for that region is described: a region of type 3 takes the application database, which is
+// image type 0 of kind 4; any other gives its own type, static databases being of kind 3.
+ImageDescription DescribeForRegion(const ProjectConfig& config, size_t place) {
+  const RegionEntry& region = config.regions[place];
+  ImageDescription description = DescribeImage(config);
+  const bool application = region.type == 3;
+  description.type = application ? 0 : region.type & 15;
+  description.kind = application ? 4 : region.type == 4 ? 3 : region.type & 15;
+  // Static databases have no fixed address in the receiver, as when they are uploaded.
+  description.flag = region.type == 4 || config.configuration_index != 0;
+  description.name = region.name;
+  description.start = region.start;
+  description.end = region.end;
+  return description;
+}
+
 }  // namespace
 
 UrtForm OpenUrtForm(const ProjectConfig& config) {
@@ -118,10 +139,6 @@ CompressionChoices ChoicesOfCompression(const UrtForm& dialog) {
   return choices;
 }
 
-Path UrtPathIn(const Path& folder, const Path& image) {
-  return folder / image.filename().replace_extension("urt");
-}
-
 std::optional<Refusal> CheckUrtForm(const UrtForm& dialog) {
   if (dialog.rows.empty()) return Refusal{"Add at least one image.", Icon::kStop, UrtField::kImage, 0};
   for (size_t i = 0; i < dialog.rows.size(); ++i) {
@@ -140,20 +157,6 @@ std::optional<size_t> KeptUrt(const Messages& messages, UrtForm& dialog) {
   }
   for (UrtRow& row : dialog.rows) row.agreed = row.urt;
   return std::nullopt;
-}
-
-ImageDescription DescribeForRegion(const ProjectConfig& config, size_t place) {
-  const RegionEntry& region = config.regions[place];
-  ImageDescription description = DescribeImage(config);
-  const bool application = region.type == 3;
-  description.type = application ? 0 : region.type & 15;
-  description.kind = application ? 4 : region.type == 4 ? 3 : region.type & 15;
-  // Static databases have no fixed address in the receiver, as when they are uploaded.
-  description.flag = region.type == 4 || config.configuration_index != 0;
-  description.name = region.name;
-  description.start = region.start;
-  description.end = region.end;
-  return description;
 }
 
 size_t ConvertRows(const Context& context, const ProjectConfig& config, const UrtForm& dialog,

@@ -42,25 +42,18 @@ UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image);
 void ChooseUrtImage(UrtRow& row, const Path& image);
 // Another region brings its name along, unless the user gave the row a name of its own.
 void ChooseUrtRegion(const UrtForm& dialog, UrtRow& row, int region);
-// Which of the compression's fields take an answer. The check box: some row's image may be compressed, or
-// there is no row yet; images that may not go as they are beside those that may.
 struct CompressionChoices {
   bool compressed = false, method = false, level = false;
 };
+// Which of the compression's fields take an answer. The check box: some row's image may be compressed, or
+// there is no row yet; images that may not go as they are beside those that may.
 CompressionChoices ChoicesOfCompression(const UrtForm& dialog);
-// The image's own name with "urt" behind the last dot, in `folder`.
-Path UrtPathIn(const Path& folder, const Path& image);
-
 // Nothing when all may be converted.
 std::optional<Refusal> CheckUrtForm(const UrtForm& dialog);
 
 // Asks for each URT file of a checked dialog that is there already whether it may be replaced. Nothing when
 // all may be written, which is remembered in the rows; else the row of the first No.
 std::optional<size_t> KeptUrt(const Messages& messages, UrtForm& dialog);
-
-// How an image for that region is described: a region of type 3 takes the application database, which is
-// image type 0 of kind 4; any other gives its own type, static databases being of kind 3.
-ImageDescription DescribeForRegion(const ProjectConfig& config, size_t region);
 
 // Converts the rows of a checked dialog in order, one step of progress each. Each URT file appears whole or
 // not at all; a failure (message shown) ends it, files before it stay. The number of files made.

@@ -16,6 +16,11 @@ using testing::IsEmpty;
 // Two satellites; on the first one carrier with three services; on the second one carrier with one. Nothing
 // wrong.
 struct Looks : testing::Test {
+  std::vector<std::string> Lines() const {
+    std::vector<std::string> lines;
+    for (const Finding& finding : FindFaults(document)) lines.push_back(finding.line());
+    return lines;
+  }
   Document document = NewDocument();
   StaticDatabase& database = *document.sdbs[0].database;
   Looks() {
@@ -34,7 +39,7 @@ struct Looks : testing::Test {
 TEST_F(Looks, NothingIsFoundInAGoodDatabase) {
   AddTestSatellite(database, "NewSat 3")->record.position = 255;
   document.ubis.push_back({"UBI1", {}});
-  EXPECT_THAT(CheckDatabase(document), IsEmpty());
+  EXPECT_THAT(Lines(), IsEmpty());
 }
 
 TEST_F(Looks, FindingsStandInTreeOrderAndRuleOrder) {
@@ -62,7 +67,7 @@ TEST_F(Looks, FindingsStandInTreeOrderAndRuleOrder) {
   database.satellites[2]->record.position = 255;
   document.ubis.push_back({"", {}});
   EXPECT_THAT(
-      CheckDatabase(document),
+      Lines(),
       ElementsAre(
           "SDB1 satellite 1: Satellite Position should be less then 64.",
           "SDB1 satellite 1: Invalid satellite angle.",
@@ -89,11 +94,11 @@ TEST_F(Looks, TheFrequencyRangeIsThatOfTheSatellitesPresentLnb) {
   database.lnbs[1].type = kLnbIfInput;
   database.satellites[0]->record.lnb_index = 1;
   EXPECT_THAT(
-      CheckDatabase(document),
+      Lines(),
       ElementsAre("SDB1 satellite 1 carrier 1: Carrier frequency should be in the range of 950 - 2150"));
   database.lnb_count = 0;
   database.satellites[0]->record.lnb_index = 0;
-  EXPECT_THAT(CheckDatabase(document), ElementsAre("SDB1: Add atleast one LNB to add a satellite."));
+  EXPECT_THAT(Lines(), ElementsAre("SDB1: Add atleast one LNB to add a satellite."));
 }
 
 TEST_F(Looks, FindGoesRoundInTreeOrder) {

@@ -7,6 +7,7 @@
 #include "loader/receiver.h"
 #include "platform/terminal.h"
 #include "serial/transfer.h"
+#include "tests/support/test_folder.h"
 
 using namespace vexa;
 
@@ -14,7 +15,7 @@ namespace {
 
 // One folder a process, gone when it ends.
 struct OwnFolder {
-  std::optional<Path> path = CreateTemporaryFolder(Format("vexa-line-fuzz-%lu", ProcessNumber()));
+  std::optional<Path> path = MakeTestFolder(Format("vexa-line-fuzz-%lu", ProcessNumber()));
   ~OwnFolder() {
     if (path) RemoveFolder(*path);
   }
@@ -79,8 +80,8 @@ void FeedReceiver(ByteReader& reader) {
   while (reader.remaining() > 0) {
     now += reader.U8() * uint64_t{11};
     const size_t wanted = reader.U8();
-    ReceiverTakes(receiver, now, reader.Take(std::min(wanted, reader.remaining())));
-    ReceiverPasses(receiver, now);
+    FeedReceiver(receiver, now, reader.Take(std::min(wanted, reader.remaining())));
+    AdvanceReceiver(receiver, now);
     while (TakeAnswer(receiver, now, answer)) CheckAnswer(answer);
   }
 }

@@ -5,13 +5,14 @@
 #include <atomic>
 #include <random>
 
+#include "tests/support/test_folder.h"
+
 namespace vexa {
 
 Recorder::Recorder() {
   static std::atomic<int> number{0};
   static const unsigned run = std::random_device{}();
-  const auto folder =
-      CreateTemporaryFolder("vexa-test-" + std::to_string(run) + "-" + std::to_string(number++));
+  const auto folder = MakeTestFolder("vexa-test-" + std::to_string(run) + "-" + std::to_string(number++));
   EXPECT_TRUE(folder.has_value());
   if (folder) context.temporary_folder = *folder;
   context.messages.tell = [this](Icon icon, const std::string& text, const std::string& title) {
