@@ -106,8 +106,8 @@ std::string ConfigText(const ProjectConfig& config) {
   }
   text +=
       Format("loader parameters: header tag 0x%02X, packet tag 0x%02X, block size %u KiB, packet size %u\n",
-             unsigned{config.loader.byte0}, unsigned{config.loader.byte2}, unsigned{config.loader.word4},
-             unsigned{config.loader.word6});
+             unsigned{config.loader.header_tag}, unsigned{config.loader.packet_tag},
+             unsigned{config.loader.block_kib}, unsigned{config.loader.packet_size});
   text += Format("partitions: %zu (partition count %u)\n", config.partitions.size(),
                  unsigned{config.partition_count});
   for (const PartitionEntry& partition : config.partitions) {
@@ -159,10 +159,10 @@ Json ConfigJson(const ProjectConfig& config) {
   json["version_b"] = config.version_b;
   json["image_entry_count"] = config.image_entry_count;
   json["regions"] = regions;
-  json["loader"] = {{"header_tag", config.loader.byte0},
-                    {"packet_tag", config.loader.byte2},
-                    {"block_size", config.loader.word4},
-                    {"packet_size", config.loader.word6}};
+  json["loader"] = {{"header_tag", config.loader.header_tag},
+                    {"packet_tag", config.loader.packet_tag},
+                    {"block_size", config.loader.block_kib},
+                    {"packet_size", config.loader.packet_size}};
   json["partition_count"] = config.partition_count;
   json["partitions"] = partitions;
   json["partition_sizes"] = config.partition_sizes;

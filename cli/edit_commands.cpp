@@ -63,7 +63,7 @@ OldOrder ReadOldOrder(CommandState& state, const std::string& file) {
   } else if (IsListFile(PathFromUtf8(file))) {
     const DefaultRecords defaults;
     const Path list = PathFromUtf8(file);
-    WorkFiles work;
+    WorkRecords work;
     const size_t told = state.told.size();
     const bool read = ImportListFile(state.context, list, defaults, {}, work) &&
                       OpenWorkFiles(state.context, work, defaults, old.document);

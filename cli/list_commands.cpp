@@ -55,7 +55,7 @@ uint8_t BitsOf(std::span<const NamedOption> known, const std::vector<std::string
 }
 
 // The wizard's three steps with the same boxes ticked for all satellites and all carriers.
-void FilterWorkFiles(CommandState& state, const ImportOptions& options, WorkFiles& work) {
+void FilterWorkFiles(CommandState& state, const ImportOptions& options, WorkRecords& work) {
   Wizard wizard(work);
   for (const size_t i : ParseList(state, options.satellites, work.satellites.size()))
     ChooseSatellite(wizard, i, true);
@@ -109,7 +109,7 @@ void ImportDocument(CommandState& state, const ImportOptions& options, bool json
 
 // What the import makes of the records. Throws CommandFailed after a message.
 Bytes BuildImport(CommandState& state, const ImportOptions& options, const DefaultRecords& defaults,
-                  const WorkFiles& work) {
+                  const WorkRecords& work) {
   if (options.stream) return BuildBinFromWorkFiles(work, defaults);
   Document document;
   const size_t told = state.told.size();
@@ -122,7 +122,7 @@ Bytes BuildImport(CommandState& state, const ImportOptions& options, const Defau
 }
 
 // The output, and the work files where they are wanted: all of them or none.
-void WriteImport(CommandState& state, const ImportOptions& options, const WorkFiles& work, Bytes content) {
+void WriteImport(CommandState& state, const ImportOptions& options, const WorkRecords& work, Bytes content) {
   std::vector<FileContent> files;
   WorkFolder folder(PathFromUtf8(options.work_folder));
   if (!options.work_folder.empty()) {
@@ -151,10 +151,10 @@ void Import(CommandState& state, const ImportOptions& options) {
   if (document_format == "json" || document_format == "csv")
     return ImportDocument(state, options, document_format == "json");
   const DefaultRecords defaults;
-  WorkFiles work;
+  WorkRecords work;
   ImportSteps steps;
   steps.filter = options.filter ? FilterMode::kOn : FilterMode::kOff;
-  steps.choose = [&](WorkFiles& read) {
+  steps.choose = [&](WorkRecords& read) {
     FilterWorkFiles(state, options, read);
     return true;
   };

@@ -42,7 +42,7 @@ uint8_t IndexOf(const std::vector<std::string>& texts, const std::string& text) 
 
 void AddLineOptions(CLI::App& command, LineOptions& line) {
   command.add_option("--port", line.port, "Serial port: COM1, or the path of a terminal device")->required();
-  command.add_option("--baud", line.baud, "Bits a second")->check(OneOf(Texts(kBaudRates)));
+  command.add_option("--baud", line.baud, "Bits a second")->check(OneOf(OfferedLineSpeedTexts()));
   command.add_option("--parity", line.parity, "None, Even, Odd, Mark or Space")
       ->check(OneOf(Texts(kParities)));
   command.add_option("--data-bits", line.data_bits, "Bits of a byte")->check(OneOf(Texts(kDataBits)));
@@ -56,7 +56,7 @@ void AddLineOptions(CLI::App& command, LineOptions& line) {
 
 void SetLine(ProjectConfig& config, const LineOptions& line) {
   config.port_name = line.port;
-  config.baud_index = IndexOf(Texts(kBaudRates), line.baud);
+  config.baud_index = IndexOf(OfferedLineSpeedTexts(), line.baud);
   config.parity_index = IndexOf(Texts(kParities), line.parity);
   config.data_bits_index = IndexOf(Texts(kDataBits), line.data_bits);
   config.stop_bits_index = IndexOf(Texts(kStopBits), line.stop_bits);

@@ -67,6 +67,7 @@ struct EcfManufacturer {
 struct EcfTree {
   std::vector<EcfManufacturer> manufacturers;
 };
+// Nothing after a message.
 std::optional<EcfTree> ReadEcfTree(const Context& context, const Path& ecf);
 // The configuration at the three positions; nullptr when one of them is beyond its list.
 const EcfConfiguration* FindConfiguration(const EcfTree& tree, size_t manufacturer, size_t product,
@@ -94,6 +95,7 @@ std::string LanguageCode(const LanguageRecord& record);
 // PATH: TEXT", PATH as in `configuration.flash.regions[2].end` with places from 0. A text that is no TOML has
 // one error without a path. `name` stands for the file in messages.
 std::optional<Bytes> CompileEcf(const Context& context, const Path& toml);
+// The same of a description in memory.
 std::optional<Bytes> CompileEcfText(const Context& context, const std::string& name, std::string_view text);
 
 // The inverse: a description that compiles to the same bytes. Nothing after a message when the file holds

@@ -24,10 +24,10 @@ void WriteImages(ByteWriter& writer, const ContentConfiguration& configuration) 
     writer.U32(region.end);
     writer.Fill(36, 0);
   }
-  writer.U16(configuration.loader.byte0);
-  writer.U16(configuration.loader.byte2);
-  writer.U16(configuration.loader.word4);
-  writer.U16(configuration.loader.word6);
+  writer.U16(configuration.loader.header_tag);
+  writer.U16(configuration.loader.packet_tag);
+  writer.U16(configuration.loader.block_kib);
+  writer.U16(configuration.loader.packet_size);
 }
 
 void WritePartitions(ByteWriter& writer, const std::vector<ContentPartition>& partitions) {
@@ -119,10 +119,10 @@ void ReadImages(ByteReader& reader, ContentConfiguration& configuration) {
     configuration.regions.push_back(std::move(region));
   }
   if (count == 0) return;
-  configuration.loader.byte0 = static_cast<uint8_t>(reader.U16());
-  configuration.loader.byte2 = static_cast<uint8_t>(reader.U16());
-  configuration.loader.word4 = reader.U16();
-  configuration.loader.word6 = reader.U16();
+  configuration.loader.header_tag = static_cast<uint8_t>(reader.U16());
+  configuration.loader.packet_tag = static_cast<uint8_t>(reader.U16());
+  configuration.loader.block_kib = reader.U16();
+  configuration.loader.packet_size = reader.U16();
 }
 
 void ReadPartitions(ByteReader& reader, ContentConfiguration& configuration) {

@@ -93,7 +93,8 @@ std::string ConfigurationText(const ContentConfiguration& configuration, const s
     const LoaderParameters& loader = configuration.loader;
     text += Format(
         "]\nloader = { header_tag = 0x%02X, packet_tag = 0x%02X, block_size = %u, packet_size = %u }\n",
-        unsigned{loader.byte0}, unsigned{loader.byte2}, unsigned{loader.word4}, unsigned{loader.word6});
+        unsigned{loader.header_tag}, unsigned{loader.packet_tag}, unsigned{loader.block_kib},
+        unsigned{loader.packet_size});
   }
   if (!configuration.partitions.empty()) {
     text += "partitions = [\n";

@@ -19,8 +19,9 @@ struct RegionEntry {
 };
 
 struct LoaderParameters {
-  uint8_t byte0 = 0, byte2 = 0;   // header tag, packet tag
-  uint16_t word4 = 0, word6 = 0;  // block size in KiB, packet size in bytes
+  uint8_t header_tag = 0, packet_tag = 0;  // first byte of the header frame and of every data frame
+  uint16_t block_kib = 0;                  // KiB of the image that one CRC covers
+  uint16_t packet_size = 0;                // bytes of the image in a data frame
 };
 
 struct PartitionEntry {
@@ -40,6 +41,16 @@ struct LanguageBlock {
 
 inline constexpr size_t kMaximumPartitions = 6;
 inline constexpr size_t kPartitionTypes = 7;
+
+// What the serial line can be set to; the indices of `ProjectConfig` are places in these lists.
+// Bits a second. The first ones are offered; those behind them are kept, used and shown where they are
+// stored.
+inline constexpr std::array<uint32_t, 15> kLineSpeeds = {
+    110, 300, 600, 1200, 2400, 4800, 9600, 14400, 19200, 38400, 56000, 57600, 115200, 128000, 256000};
+inline constexpr size_t kOfferedLineSpeeds = 13;
+inline constexpr std::array kDataBits = {"4", "5", "6", "7", "8"};
+inline constexpr std::array kParities = {"None", "Even", "Odd", "Mark", "Space"};
+inline constexpr std::array kStopBits = {"1", "1.5", "2"};
 
 struct ProjectConfig {
   std::string port_name = "COM1";

@@ -12,52 +12,60 @@ namespace vexa {
 
 namespace {
 
+// The name of the path under its two subkeys.
+constexpr const char* kFileName = "FileName";
+
+// The values of the other subkeys but "Defaults"; a row without a default leaves it to the structure that the
+// value is read into.
+struct SettingRow {
+  const char* subkey;
+  const char* name;
+  const char* standard;  // the default; nullptr: none
+};
 constexpr SettingRow kSettings[] = {
-    {kConfigurationKey, "FileName", false, nullptr},
-    {kParserKey, "FileName", false, nullptr},
-    {kPortSettingsKey, "Port", false, "COM1"},
-    {kPortSettingsKey, "BaudRate", true, "12"},
-    {kPortSettingsKey, "DataBits", true, "4"},
-    {kPortSettingsKey, "Parity", true, "0"},
-    {kPortSettingsKey, "StopBits", true, "0"},
-    {kPortSettingsKey, "SDBFormat", true, "1"},
-    {kColorKey, "ActSatellite", true, "65793"},    // almost black
-    {kColorKey, "InactSatellite", true, "37120"},  // green
-    {kColorKey, "ActCarrier", true, "65793"},
-    {kColorKey, "InactCarrier", true, "16711680"},  // blue
-    {kColorKey, "TVService", true, "8388863"},      // red-violet
-    {kColorKey, "RadioService", true, "16711808"},  // violet
-    {kColorKey, "FGLActive", true, "65793"},
-    {kColorKey, "FGLInactive", true, "9868950"},  // grey
-    {kRecentlyKey, "1", false, nullptr},
-    {kRecentlyKey, "2", false, nullptr},
-    {kRecentlyKey, "3", false, nullptr},
-    {kRecentlyKey, "4", false, nullptr},
-    {kWindowKey, "Left", true, nullptr},
-    {kWindowKey, "Top", true, nullptr},
-    {kWindowKey, "Width", true, nullptr},
-    {kWindowKey, "Height", true, nullptr},
-    {kWindowKey, "TreeWidth", true, "280"},
+    {kPortSettingsKey, "Port", "COM1"},
+    {kPortSettingsKey, "BaudRate", "12"},
+    {kPortSettingsKey, "DataBits", "4"},
+    {kPortSettingsKey, "Parity", "0"},
+    {kPortSettingsKey, "StopBits", "0"},
+    {kPortSettingsKey, "SDBFormat", "1"},
+    {kColorKey, "ActSatellite", "65793"},    // almost black
+    {kColorKey, "InactSatellite", "37120"},  // green
+    {kColorKey, "ActCarrier", "65793"},
+    {kColorKey, "InactCarrier", "16711680"},  // blue
+    {kColorKey, "TVService", "8388863"},      // red-violet
+    {kColorKey, "RadioService", "16711808"},  // violet
+    {kColorKey, "FGLActive", "65793"},
+    {kColorKey, "FGLInactive", "9868950"},  // grey
+    {kRecentlyKey, "1", nullptr},
+    {kRecentlyKey, "2", nullptr},
+    {kRecentlyKey, "3", nullptr},
+    {kRecentlyKey, "4", nullptr},
+    {kWindowKey, "Left", nullptr},
+    {kWindowKey, "Top", nullptr},
+    {kWindowKey, "Width", nullptr},
+    {kWindowKey, "Height", nullptr},
+    {kWindowKey, "TreeWidth", nullptr},
     // Widths of columns, in the order of ColumnSet: numbers between blanks.
-    {kWindowKey, "DetailColumns", false, nullptr},
-    {kWindowKey, "LnbColumns", false, nullptr},
-    {kWindowKey, "SatelliteColumns", false, nullptr},
-    {kWindowKey, "CarrierColumns", false, nullptr},
-    {kWindowKey, "ServiceColumns", false, nullptr},
-    {kWindowKey, "FavouriteColumns", false, nullptr},
-    {kWindowKey, "UbiColumns", false, nullptr},
+    {kWindowKey, "DetailColumns", nullptr},
+    {kWindowKey, "LnbColumns", nullptr},
+    {kWindowKey, "SatelliteColumns", nullptr},
+    {kWindowKey, "CarrierColumns", nullptr},
+    {kWindowKey, "ServiceColumns", nullptr},
+    {kWindowKey, "FavouriteColumns", nullptr},
+    {kWindowKey, "UbiColumns", nullptr},
     // Columns from left to right, by their places in the list's own order.
-    {kWindowKey, "DetailOrder", false, nullptr},
-    {kWindowKey, "LnbOrder", false, nullptr},
-    {kWindowKey, "SatelliteOrder", false, nullptr},
-    {kWindowKey, "CarrierOrder", false, nullptr},
-    {kWindowKey, "ServiceOrder", false, nullptr},
-    {kWindowKey, "FavouriteOrder", false, nullptr},
-    {kWindowKey, "UbiOrder", false, nullptr},
-    {kConsoleKey, "HexadecimalView", true, "0"},
-    {kConsoleKey, "TimeStamps", true, "0"},
-    {kConsoleKey, "ConnectAgain", true, "0"},
-    {kConsoleKey, "LineEnding", true, "0"},
+    {kWindowKey, "DetailOrder", nullptr},
+    {kWindowKey, "LnbOrder", nullptr},
+    {kWindowKey, "SatelliteOrder", nullptr},
+    {kWindowKey, "CarrierOrder", nullptr},
+    {kWindowKey, "ServiceOrder", nullptr},
+    {kWindowKey, "FavouriteOrder", nullptr},
+    {kWindowKey, "UbiOrder", nullptr},
+    {kConsoleKey, "HexadecimalView", "0"},
+    {kConsoleKey, "TimeStamps", "0"},
+    {kConsoleKey, "ConnectAgain", "0"},
+    {kConsoleKey, "LineEnding", "0"},
 };
 
 // Rows of one subkey, in the table's order.
@@ -75,7 +83,7 @@ struct PortIndex {
   size_t count;
 };
 constexpr PortIndex kPortIndices[] = {
-    {&ProjectConfig::baud_index, kBaudRates.size() + kUnlistedBaudRates.size()},
+    {&ProjectConfig::baud_index, kLineSpeeds.size()},
     {&ProjectConfig::data_bits_index, kDataBits.size()},
     {&ProjectConfig::parity_index, kParities.size()},
     {&ProjectConfig::stop_bits_index, kStopBits.size()},
@@ -190,20 +198,20 @@ std::string SettingsKey(const char* subkey) {
          subkey;
 }
 
-std::span<const SettingRow> SettingsTable() {
-  return kSettings;
-}
-
 bool IsPortName(const std::string& name) {
   const size_t characters = Utf16FromUtf8(name).size();
   return characters >= 1 && characters <= kPortNameSize;
 }
 
-std::string BaudRateText(size_t index) {
-  if (index < kBaudRates.size()) return kBaudRates[index];
-  const size_t unlisted = index - kBaudRates.size();
-  return unlisted < kUnlistedBaudRates.size() ? kUnlistedBaudRates[unlisted]
-                                              : kBaudRates[ProjectConfig().baud_index];
+std::string LineSpeedText(size_t index) {
+  return std::to_string(kLineSpeeds[index < kLineSpeeds.size() ? index : ProjectConfig().baud_index]);
+}
+
+std::vector<std::string> OfferedLineSpeedTexts() {
+  std::vector<std::string> texts;
+  texts.reserve(kOfferedLineSpeeds);
+  for (size_t i = 0; i < kOfferedLineSpeeds; ++i) texts.push_back(LineSpeedText(i));
+  return texts;
 }
 
 std::vector<std::string> PortChoices(const std::vector<SerialPortInfo>& there) {
@@ -236,7 +244,7 @@ std::string PortStatusText(const ProjectConfig& config) {
     return list[index < list.size() ? index : other];
   };
   const char parity = config.parity_index == 1 ? 'E' : config.parity_index == 2 ? 'O' : 'N';
-  return Format("%s %s %s %c %s", config.port_name.c_str(), BaudRateText(config.baud_index).c_str(),
+  return Format("%s %s %s %c %s", config.port_name.c_str(), LineSpeedText(config.baud_index).c_str(),
                 entry(kDataBits, config.data_bits_index, standard.data_bits_index), parity,
                 entry(kStopBits, config.stop_bits_index, standard.stop_bits_index));
 }
@@ -279,7 +287,7 @@ bool SavePortSettings(const SettingsStore& store, const ProjectConfig& config) {
 std::optional<Path> FindConfigurationFile(const SettingsStore& store, const Path& folder) {
   const std::string key = SettingsKey(kConfigurationKey);
   if (store.open(key) == KeyState::kExisted) {
-    const auto stored = store.read(key, "FileName");
+    const auto stored = store.read(key, kFileName);
     if (stored && !stored->empty() && IsEcfFile(PathFromUtf8(*stored))) return PathFromUtf8(*stored);
   }
   for (const Path& file : ConfigurationFilesOf(folder)) {
@@ -292,11 +300,11 @@ void SaveConfigurationPaths(const SettingsStore& store, const Path& current, con
   if (!entered.empty()) {
     const std::string key = SettingsKey(kParserKey);
     store.open(key);
-    store.write(key, "FileName", entered);
+    store.write(key, kFileName, entered);
   }
   const std::string key = SettingsKey(kConfigurationKey);
   store.open(key);
-  store.write(key, "FileName", Utf8FromPath(current));
+  store.write(key, kFileName, Utf8FromPath(current));
 }
 
 RecentFiles LoadRecentFiles(const SettingsStore& store) {
@@ -313,7 +321,8 @@ RecentFiles LoadRecentFiles(const SettingsStore& store) {
 
 void AddRecentFile(RecentFiles& recent, const std::string& path) {
   if (path.empty()) return;
-  std::erase_if(recent.paths, [&](const std::string& listed) { return EqualIgnoringCase(listed, path); });
+  std::erase_if(recent.paths,
+                [&](const std::string& listed) { return SmallLetters(listed) == SmallLetters(path); });
   recent.paths.insert(recent.paths.begin(), path);
   if (recent.paths.size() > kRecentFiles) recent.paths.resize(kRecentFiles);
 }
@@ -331,10 +340,6 @@ void SaveRecentFiles(const SettingsStore& store, const RecentFiles& recent) {
 
 std::string RecentFileItem(const RecentFiles& recent, size_t position) {
   return Format("&%d %s", static_cast<int>(position + 1), recent.paths.at(position).c_str());
-}
-
-bool EqualIgnoringCase(const std::string& left, const std::string& right) {
-  return SmallLetters(left) == SmallLetters(right);
 }
 
 EditorColorTable DefaultColors() {

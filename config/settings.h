@@ -1,9 +1,8 @@
 // What the program remembers of its user between runs, and where.
 //
-// Every value stands once in the settings table: its subkey, its name, whether it is a number, its default.
-// Values are strings; numbers are decimal text. Each subkey hangs below a key that names the version, so that
-// settings of another version never mix. What cannot be read keeps its default, what cannot be written is
-// lost, both silently.
+// Every value stands once in the tables of settings.cpp. Values are strings; numbers are decimal text. Each
+// subkey hangs below a key that names the version, so that settings of another version never mix. What cannot
+// be read keeps its default, what cannot be written is lost, both silently.
 #pragma once
 
 #include <array>
@@ -39,29 +38,15 @@ inline constexpr const char* kDefaultsKey = "Defaults";
 inline constexpr const char* kWindowKey = "Window";
 inline constexpr const char* kConsoleKey = "Console";
 
-struct SettingRow {
-  const char* subkey;
-  const char* name;
-  bool is_number;
-  const char* standard;  // the default; nullptr: none
-};
-std::span<const SettingRow> SettingsTable();
-
-// Serial setting lists; a stored index is a place in them.
-inline constexpr std::array kBaudRates = {"110",   "300",   "600",   "1200",  "2400",  "4800",  "9600",
-                                          "14400", "19200", "38400", "56000", "57600", "115200"};
-// Behind them: not offered, but kept, used and shown where they are stored.
-inline constexpr std::array kUnlistedBaudRates = {"128000", "256000"};
-inline constexpr std::array kDataBits = {"4", "5", "6", "7", "8"};
-inline constexpr std::array kParities = {"None", "Even", "Odd", "Mark", "Space"};
-inline constexpr std::array kStopBits = {"1", "1.5", "2"};
 inline constexpr std::array kPortNames = {"COM1", "COM2", "COM3", "COM4"};
 
 inline constexpr size_t kPortNameSize = 5;  // characters
 // The name of a port, UTF-8, has 1 to kPortNameSize characters.
 bool IsPortName(const std::string& name);
-// The rate of a stored index; one beyond both lists shows as the default.
-std::string BaudRateText(size_t index);
+// The speed of a stored index in decimal digits; one beyond the list shows as the default.
+std::string LineSpeedText(size_t index);
+// The texts of the speeds that are offered, in their order.
+std::vector<std::string> OfferedLineSpeedTexts();
 
 // What the list of ports offers: kPortNames and whatever else `there` has, each with its friendly name beside
 // it.
@@ -93,13 +78,14 @@ struct RecentFiles {
   std::vector<std::string> paths;  // UTF-8, newest first
   bool key_existed = false;        // before this run: only then they are written
 };
+// As they were kept; none when the key was not there.
 RecentFiles LoadRecentFiles(const SettingsStore& store);
 // Puts the path on top; one that is listed already (case ignored) moves there.
 void AddRecentFile(RecentFiles& recent, const std::string& path);
+// Only when their key was there at the start of this run.
 void SaveRecentFiles(const SettingsStore& store, const RecentFiles& recent);
 // The menu item "&1 path"; `position` from 0.
 std::string RecentFileItem(const RecentFiles& recent, size_t position);
-bool EqualIgnoringCase(const std::string& left, const std::string& right);
 
 // The colours that the user chooses, in the order of the settings.
 enum class ColourRole : uint8_t {
@@ -116,7 +102,9 @@ enum class ColourRole : uint8_t {
 inline constexpr size_t kColourRoles = 8;
 // As 0x00BBGGRR, by ColourRole.
 using EditorColorTable = std::array<uint32_t, kColourRoles>;
+// The colours before the user chose any.
 EditorColorTable DefaultColors();
+// The kept ones; a value above 0xFFFFFF counts as not readable.
 EditorColorTable LoadColors(const SettingsStore& store);
 void SaveColors(const SettingsStore& store, const EditorColorTable& colors);
 
@@ -156,6 +144,7 @@ struct ConsoleSettings {
   bool hexadecimal_view = false, time_stamps = false, reconnect = false;
   int line_ending = 0;  // place in the list of line endings, below kLineEndings
 };
+// A line ending beyond its list counts as not readable.
 ConsoleSettings LoadConsoleSettings(const SettingsStore& store);
 void SaveConsoleSettings(const SettingsStore& store, const ConsoleSettings& console);
 

@@ -78,11 +78,11 @@ ConversionParameters SetConversionParameters(const ProjectConfig& config, const 
 // A description with the configuration's ids and versions; type, kind, name and addresses are the caller's.
 ImageDescription DescribeImage(const ProjectConfig& config);
 
-// Bytes of header that the image type keeps behind the image, and whether the space is filled up with 0xFF.
 struct ImageRoom {
-  uint32_t header = 0;
-  bool open = false;  // types 4 and 5 with flag 1 or 2: no fixed address, the fill only rounds up
+  uint32_t header = 0;  // bytes
+  bool open = false;    // types 4 and 5 with flag 1 or 2: no fixed address, the fill only rounds up
 };
+// The header that an image type keeps behind the image, and whether the space is filled up with 0xFF.
 ImageRoom RoomOfImage(uint16_t type, uint8_t flag);
 
 // False for an image type without a header: nothing could tell the receiver that such an image is compressed,

@@ -345,10 +345,10 @@ bool MayBeCompressed(uint16_t type, uint8_t flag) {
 
 ConversionParameters SetConversionParameters(const ProjectConfig& config, const LocalTime& time) {
   ConversionParameters parameters;
-  parameters.header_tag = config.loader.byte0;
-  parameters.packet_tag = config.loader.byte2;
-  parameters.block_size = config.loader.word4 * 1024u;
-  parameters.packet_size = config.loader.word6;
+  parameters.header_tag = config.loader.header_tag;
+  parameters.packet_tag = config.loader.packet_tag;
+  parameters.block_size = config.loader.block_kib * 1024u;
+  parameters.packet_size = config.loader.packet_size;
   parameters.configuration_flag = config.configuration_index != 0;
   parameters.compressed = config.compressed_image;
   parameters.compression_type = config.compression_type;

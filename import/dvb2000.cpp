@@ -109,7 +109,7 @@ void TakeService(ListReader& reader, const Entry& entry) {
 
 }  // namespace
 
-void ReadDvb2000(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
+void ReadDvb2000(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
                  const Progress& progress) {
   work = {};
   const size_t count = list.size() / kRecordSize;
@@ -130,7 +130,8 @@ void ReadDvb2000(std::span<const uint8_t> list, const DefaultRecords& defaults, 
   bar.End();
 }
 
-int ImportDvbFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work) {
+int ImportDvbFile(const Context& context, const Path& path, const DefaultRecords& defaults,
+                  WorkRecords& work) {
   Bytes list;
   const ReadResult result = ReadListFile(context, path, list);
   if (result == ReadResult::kCannotOpen) Tell(context.messages, Icon::kStop, "Error in opening file");

@@ -10,7 +10,7 @@ namespace vexa {
 namespace {
 
 bool ReadList(const Context& context, const Path& path, const ListFormatRow& format,
-              const DefaultRecords& defaults, const ListOptions& options, WorkFiles& work) {
+              const DefaultRecords& defaults, const ListOptions& options, WorkRecords& work) {
   if (format.read(context, path, defaults, work, options) != 0) return true;
   Tell(context.messages, Icon::kStop, "%s", format.unreadable);
   return false;
@@ -45,7 +45,7 @@ std::optional<ListFormat> CheckListFile(const Context& context, const Path& path
 }
 
 bool ImportListFile(const Context& context, const Path& path, const DefaultRecords& defaults,
-                    const ImportSteps& steps, WorkFiles& work) {
+                    const ImportSteps& steps, WorkRecords& work) {
   work = {};
   const auto format = steps.format ? steps.format : CheckListFile(context, path, steps.options);
   if (!format) return false;
@@ -59,7 +59,7 @@ bool ImportListFile(const Context& context, const Path& path, const DefaultRecor
   return !filtered || !steps.choose || steps.choose(work);
 }
 
-bool OpenWorkFiles(const Context& context, const WorkFiles& work, const DefaultRecords& defaults,
+bool OpenWorkFiles(const Context& context, const WorkRecords& work, const DefaultRecords& defaults,
                    Document& document) {
   return OpenBinBytes(context, BuildBinFromWorkFiles(work, defaults), document);
 }

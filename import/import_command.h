@@ -28,7 +28,7 @@ using ListReading = std::function<bool(const Context& context)>;
 struct ImportSteps {
   FilterMode filter = FilterMode::kOff;
   // In filter mode: leaves only the chosen records in `work`; false when the user gave up. Empty: all stay.
-  std::function<bool(WorkFiles& work)> choose = {};
+  std::function<bool(WorkRecords& work)> choose = {};
   // Runs the reading once, with its result as its own: a face's place for a progress box. Empty: the reading
   // gets the import's context.
   std::function<bool(const ListReading& read)> run = {};
@@ -39,11 +39,11 @@ struct ImportSteps {
 // Checks the list, reads it and lets the user choose from it. `work`, emptied first, holds what is to be
 // imported. False after a message, and when the user gave up.
 bool ImportListFile(const Context& context, const Path& path, const DefaultRecords& defaults,
-                    const ImportSteps& steps, WorkFiles& work);
+                    const ImportSteps& steps, WorkRecords& work);
 
 // The database of the work files as the only SDB, "SDB1", of an empty document. False after a message, such
 // as that of a limit that the list exceeds.
-bool OpenWorkFiles(const Context& context, const WorkFiles& work, const DefaultRecords& defaults,
+bool OpenWorkFiles(const Context& context, const WorkRecords& work, const DefaultRecords& defaults,
                    Document& document);
 
 }  // namespace vexa

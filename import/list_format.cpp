@@ -9,12 +9,12 @@ namespace {
 
 // A reader without options as one that has them.
 template <auto kRead>
-int Plain(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work,
+int Plain(const Context& context, const Path& path, const DefaultRecords& defaults, WorkRecords& work,
           const ListOptions&) {
   return kRead(context, path, defaults, work);
 }
 
-int ReadSdx(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work,
+int ReadSdx(const Context& context, const Path& path, const DefaultRecords& defaults, WorkRecords& work,
             const ListOptions& options) {
   return ImportSdxFile(context, path, defaults, work, options.satcodx);
 }

@@ -29,7 +29,7 @@ struct ListFormatRow {
   const char* pattern;         // of its file names: "*.sdx"
   std::string_view signature;  // first bytes of a list, in any letter case
   // Fills `work` from a file. 1, or 0 when it cannot be read; some formats show a message of their own then.
-  int (*read)(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work,
+  int (*read)(const Context& context, const Path& path, const DefaultRecords& defaults, WorkRecords& work,
               const ListOptions& options);
   const char* unreadable;     // the message behind a failed read
   const char* import_filter;  // of the dialog that chooses a list to import

@@ -25,7 +25,7 @@ bool ListGatherer::AddService(size_t carrier, const WorkService& service, std::s
   return true;
 }
 
-void ListGatherer::Finish(const DefaultRecords& defaults, WorkFiles& work) const {
+void ListGatherer::Finish(const DefaultRecords& defaults, WorkRecords& work) const {
   work = {};
   ListReader reader(work, defaults);
   for (const Satellite& found : satellites_) {

@@ -25,7 +25,7 @@ class ListGatherer {
   // Fills `work` (emptied first): links and counts set, carriers named "Carrier%d_S%d", program numbers
   // unique within a carrier, nameless satellites "Satellite%d" by the number of those before, nameless
   // services "Service%d" by their place on the carrier.
-  void Finish(const DefaultRecords& defaults, WorkFiles& work) const;
+  void Finish(const DefaultRecords& defaults, WorkRecords& work) const;
 
  private:
   struct Carrier {

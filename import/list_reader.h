@@ -10,13 +10,13 @@
 namespace vexa {
 
 struct ListReader {
-  ListReader(WorkFiles& files, const DefaultRecords& defaults)
+  ListReader(WorkRecords& files, const DefaultRecords& defaults)
       : work(files),
         new_satellite(NewWorkSatellite(defaults)),
         new_carrier(NewWorkCarrier(defaults)),
         new_service(NewWorkService(defaults)) {}
 
-  WorkFiles& work;
+  WorkRecords& work;
   const WorkSatellite new_satellite;
   const WorkCarrier new_carrier;
   const WorkService new_service;

@@ -133,7 +133,7 @@ void TakeLine(ListReader& reader, std::string_view line) {
 
 }  // namespace
 
-void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
+void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
                  const Progress& progress) {
   work = {};
   ListReader reader(work, defaults);
@@ -153,7 +153,7 @@ void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, 
 }
 
 int ImportLyngsatFile(const Context& context, const Path& path, const DefaultRecords& defaults,
-                      WorkFiles& work) {
+                      WorkRecords& work) {
   Bytes list;
   const ReadResult result = ReadListFile(context, path, list);
   if (result == ReadResult::kCannotOpen) Tell(context.messages, Icon::kStop, "Error in opening file");

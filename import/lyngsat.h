@@ -15,11 +15,11 @@ namespace vexa {
 
 // Fills `work` (emptied first). A line without its fields, a transponder before any satellite and a service
 // before any transponder are skipped; a transponder's FEC may be missing (Auto).
-void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
+void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
                  const Progress& progress = {});
 
 // 1, or 0 after "Error in opening file".
 int ImportLyngsatFile(const Context& context, const Path& path, const DefaultRecords& defaults,
-                      WorkFiles& work);
+                      WorkRecords& work);
 
 }  // namespace vexa

@@ -220,7 +220,7 @@ WorkCarrier Carrier105(Record record, const WorkCarrier& from) {
 }
 
 // Records that name no transponder, and services that are neither television nor radio, are left out.
-void Read105(const std::vector<Record>& records, const DefaultRecords& defaults, WorkFiles& work,
+void Read105(const std::vector<Record>& records, const DefaultRecords& defaults, WorkRecords& work,
              const Progress& progress) {
   ListGatherer gatherer;
   ListProgress bar(progress, records.size());
@@ -294,7 +294,7 @@ bool TrimAtDoubleSpace(char (&name)[kNameSize]) {
   return false;
 }
 
-void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
+void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
                  const Progress& progress, const SatcodxOptions& options) {
   work = {};
   std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
@@ -343,7 +343,7 @@ std::string SatcodxDoubt(std::span<const uint8_t> list) {
   return behind == 0 ? std::string() : std::to_string(behind) + " bytes stand behind the last record";
 }
 
-int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work,
+int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkRecords& work,
                   const SatcodxOptions& options) {
   Bytes list;
   if (ReadListFile(context, path, list) == ReadResult::kFailed) return 0;

@@ -51,7 +51,7 @@ struct SatcodxOptions {
 };
 
 // Fills `work` (emptied first). Any bytes are a list; what is no number reads as 0.
-void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
+void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
                  const Progress& progress = {}, const SatcodxOptions& options = {});
 
 // What shows that the default options do not fit the list, as a clause such as "its version is 105"; empty
@@ -59,7 +59,7 @@ void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, 
 std::string SatcodxDoubt(std::span<const uint8_t> list);
 
 // 1; a file that cannot be opened is an empty list. 0 after a message: reading broke off.
-int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkFiles& work,
+int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkRecords& work,
                   const SatcodxOptions& options = {});
 
 // Cuts a name before its first two consecutive spaces; false and unchanged when it has none.

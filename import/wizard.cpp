@@ -52,30 +52,30 @@ struct CarrierLevel {
   using Option = CarrierOption;
   using Item = WorkCarrier;
   static constexpr uint8_t kAll = kAllCarriers;
-  static std::vector<WorkCarrier>& Items(WorkFiles& work) { return work.carriers; }
-  static WorkRange Range(const WorkFiles& work, size_t owner) { return CarriersOf(work, owner); }
-  static uint32_t Options(const WorkFiles& work, size_t owner) {
+  static std::vector<WorkCarrier>& Items(WorkRecords& work) { return work.carriers; }
+  static WorkRange Range(const WorkRecords& work, size_t owner) { return CarriersOf(work, owner); }
+  static uint32_t Options(const WorkRecords& work, size_t owner) {
     return work.satellites[owner].carrier_options;
   }
-  static void SetOptions(WorkFiles& work, size_t owner, uint32_t options) {
+  static void SetOptions(WorkRecords& work, size_t owner, uint32_t options) {
     work.satellites[owner].carrier_options = options & 31;
   }
-  static void ChooseOwner(WorkFiles& work, size_t owner) { work.satellites[owner].chosen = 1; }
+  static void ChooseOwner(WorkRecords& work, size_t owner) { work.satellites[owner].chosen = 1; }
 };
 
 struct ServiceLevel {
   using Option = ServiceOption;
   using Item = WorkService;
   static constexpr uint8_t kAll = kAllServices;
-  static std::vector<WorkService>& Items(WorkFiles& work) { return work.services; }
-  static WorkRange Range(const WorkFiles& work, size_t owner) { return ServicesOf(work, owner); }
-  static uint32_t Options(const WorkFiles& work, size_t owner) {
+  static std::vector<WorkService>& Items(WorkRecords& work) { return work.services; }
+  static WorkRange Range(const WorkRecords& work, size_t owner) { return ServicesOf(work, owner); }
+  static uint32_t Options(const WorkRecords& work, size_t owner) {
     return work.carriers[owner].service_options;
   }
-  static void SetOptions(WorkFiles& work, size_t owner, uint32_t options) {
+  static void SetOptions(WorkRecords& work, size_t owner, uint32_t options) {
     work.carriers[owner].service_options = options & 31;
   }
-  static void ChooseOwner(WorkFiles& work, size_t owner) { work.carriers[owner].chosen = 1; }
+  static void ChooseOwner(WorkRecords& work, size_t owner) { work.carriers[owner].chosen = 1; }
 };
 
 constexpr uint32_t kOptionBits[] = {1, 2, 4, 8, 16};
@@ -88,7 +88,7 @@ bool AnyHolds(uint32_t options, const typename Level::Item& item) {
 }
 
 template <class Level>
-void SetOption(WorkFiles& work, size_t owner, uint32_t option, bool ticked) {
+void SetOption(WorkRecords& work, size_t owner, uint32_t option, bool ticked) {
   const uint32_t before = Level::Options(work, owner);
   const uint32_t options = ticked ? before | option : before & ~option;
   Level::SetOptions(work, owner, options);
@@ -107,7 +107,7 @@ void SetOption(WorkFiles& work, size_t owner, uint32_t option, bool ticked) {
 // What "Next" does with the options remembered from an earlier visit: only an option that finds something is
 // ticked.
 template <class Level>
-void ApplyRemembered(WorkFiles& work, size_t owner, uint32_t options) {
+void ApplyRemembered(WorkRecords& work, size_t owner, uint32_t options) {
   const WorkRange range = Level::Range(work, owner);
   uint32_t found = 0;
   for (const uint32_t bit : kOptionBits) {
@@ -193,7 +193,7 @@ std::vector<bool> ChosenOf(const std::vector<Record>& records, bool all) {
   return chosen;
 }
 
-void CompactServices(WorkFiles& work, const std::vector<bool>& carrier_kept) {
+void CompactServices(WorkRecords& work, const std::vector<bool>& carrier_kept) {
   const auto owner_of = Owners(work.services.size(), work.carriers.size(), kNobody,
                                [&](size_t carrier) { return ServicesOf(work, carrier); });
   const auto kept = KeptItems(owner_of, carrier_kept, ChosenOf(work.services, false));
@@ -214,7 +214,7 @@ void CompactServices(WorkFiles& work, const std::vector<bool>& carrier_kept) {
   Keep(work.services, kept);
 }
 
-void CompactCarriers(WorkFiles& work, const std::vector<uint32_t>& owner_of, const std::vector<bool>& kept,
+void CompactCarriers(WorkRecords& work, const std::vector<uint32_t>& owner_of, const std::vector<bool>& kept,
                      const std::vector<bool>& satellite_kept) {
   const auto before = KeptBefore(kept), satellites_before = KeptBefore(satellite_kept);
   std::vector<size_t> old_first;
@@ -233,7 +233,7 @@ void CompactCarriers(WorkFiles& work, const std::vector<uint32_t>& owner_of, con
   Keep(work.satellites, satellite_kept);
 }
 
-void ClearCarriers(WorkFiles& work, WorkRange carriers) {
+void ClearCarriers(WorkRecords& work, WorkRange carriers) {
   for (size_t i = carriers.first; i < carriers.first + carriers.count; ++i) {
     WorkCarrier& carrier = work.carriers[i];
     carrier.chosen = 0;
@@ -249,12 +249,12 @@ void ClearCarriers(WorkFiles& work, WorkRange carriers) {
 
 }  // namespace
 
-WorkRange CarriersOf(const WorkFiles& work, size_t satellite) {
+WorkRange CarriersOf(const WorkRecords& work, size_t satellite) {
   const WorkSatellite& record = work.satellites[satellite];
   return Clamp(record.first_carrier, record.carrier_count, work.carriers.size());
 }
 
-WorkRange ServicesOf(const WorkFiles& work, size_t carrier) {
+WorkRange ServicesOf(const WorkRecords& work, size_t carrier) {
   const WorkCarrier& record = work.carriers[carrier];
   return Clamp(record.first_service, record.service_count, work.services.size());
 }
@@ -345,7 +345,7 @@ void ChooseService(Wizard& wizard, size_t service, bool chosen) {
 }
 
 void CompactWorkFiles(Wizard& wizard) {
-  WorkFiles& work = wizard.work;
+  WorkRecords& work = wizard.work;
   if (IsEverySatelliteChosen(wizard) && (wizard.carrier_options & kAllCarriers) != 0) {
     CompactServices(work, std::vector<bool>(work.carriers.size(), true));
     return;
@@ -379,7 +379,7 @@ std::string CarrierInformation(const WorkCarrier& carrier) {
 }
 
 std::string SelectedCarriersText(const Wizard& wizard, std::optional<size_t> satellite) {
-  const WorkFiles& work = wizard.work;
+  const WorkRecords& work = wizard.work;
   size_t chosen = 0, total = 0;
   for (const size_t owner : satellite ? std::vector<size_t>{*satellite} : ChosenSatellites(wizard)) {
     const WorkRange range = CarriersOf(work, owner);
@@ -404,7 +404,7 @@ std::string ServiceInformation(const WorkService& service) {
 }
 
 std::string SelectedServicesText(const Wizard& wizard, std::optional<size_t> carrier) {
-  const WorkFiles& work = wizard.work;
+  const WorkRecords& work = wizard.work;
   size_t chosen = 0, total = 0;
   for (const size_t owner : carrier ? std::vector<size_t>{*carrier} : ChosenCarriers(wizard)) {
     const WorkRange range = ServicesOf(work, owner);

@@ -31,8 +31,8 @@ enum ServiceOption : uint8_t {
 };
 
 struct Wizard {
-  explicit Wizard(WorkFiles& files) : work(files) {}
-  WorkFiles& work;
+  explicit Wizard(WorkRecords& files) : work(files) {}
+  WorkRecords& work;
   uint8_t carrier_options = 0;  // remembered: the boxes ticked for all satellites
   uint8_t service_options = 0;  // remembered: the boxes ticked for all carriers
 };
@@ -43,8 +43,8 @@ struct Wizard {
 struct WorkRange {
   size_t first = 0, count = 0;
 };
-WorkRange CarriersOf(const WorkFiles& work, size_t satellite);
-WorkRange ServicesOf(const WorkFiles& work, size_t carrier);
+WorkRange CarriersOf(const WorkRecords& work, size_t satellite);
+WorkRange ServicesOf(const WorkRecords& work, size_t carrier);
 
 // Step 1. Unticking a satellite also unticks all carriers and services below it.
 void ChooseSatellite(Wizard& wizard, size_t satellite, bool chosen);

@@ -42,7 +42,7 @@ std::array<Path, 3> WorkFilePaths(const Path& folder) {
   return {folder / "~001sat.bin", folder / "~001car.bin", folder / "~001ser.bin"};
 }
 
-std::array<FileContent, 3> WorkFileContents(const WorkFiles& work, const Path& folder) {
+std::array<FileContent, 3> WorkFileContents(const WorkRecords& work, const Path& folder) {
   const auto paths = WorkFilePaths(folder);
   return {FileContent{paths[0], BytesOfRecords(work.satellites)},
           FileContent{paths[1], BytesOfRecords(work.carriers)},

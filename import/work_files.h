@@ -75,8 +75,8 @@ struct WorkService {
 };
 static_assert(sizeof(WorkService) == 32);
 
-// What one import has found so far. Kept in memory; files are made of it only where they are asked for.
-struct WorkFiles {
+// What one import has found so far, in memory; files are made of it only where they are asked for.
+struct WorkRecords {
   std::vector<WorkSatellite> satellites;
   std::vector<WorkCarrier> carriers;
   std::vector<WorkService> services;
@@ -89,6 +89,6 @@ WorkService NewWorkService(const DefaultRecords& defaults);
 
 // Where the three files stand in `folder`, satellites first; and with what they hold.
 std::array<Path, 3> WorkFilePaths(const Path& folder);
-std::array<FileContent, 3> WorkFileContents(const WorkFiles& work, const Path& folder);
+std::array<FileContent, 3> WorkFileContents(const WorkRecords& work, const Path& folder);
 
 }  // namespace vexa

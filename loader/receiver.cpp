@@ -86,10 +86,10 @@ void EndSession(Receiver& receiver) {
 
 // In the middle of a transfer, at a frame that was taken or asked for.
 bool GoesWrong(Receiver& receiver) {
-  if (Happens(receiver, receiver.faults.silence)) {
+  if (FaultOccurs(receiver, receiver.faults.silence)) {
     Note(receiver, "fault: silent from now on");
     receiver.state = LoaderState::kFailed;
-  } else if (Happens(receiver, receiver.faults.reset)) {
+  } else if (FaultOccurs(receiver, receiver.faults.reset)) {
     Note(receiver, "fault: reset");
     EndSession(receiver);
   } else {
@@ -227,7 +227,7 @@ void TakeFrame(Receiver& receiver, uint64_t now, const Bytes& payload) {
   }
   if (GoesWrong(receiver)) return;
   const bool last = receiver.frames.size() + 1 >= receiver.frames_expected;
-  if (!last && Happens(receiver, receiver.faults.nak)) {
+  if (!last && FaultOccurs(receiver, receiver.faults.nak)) {
     Note(receiver, "fault: a good frame refused");
     return SendNak(receiver, now);
   }
@@ -314,7 +314,7 @@ void Parse(Receiver& receiver, uint64_t now) {
   }
 }
 
-void PassSilence(Receiver& receiver, uint64_t now) {
+void BreakSilence(Receiver& receiver, uint64_t now) {
   const uint64_t since = std::max({receiver.last_byte, receiver.last_enq, receiver.timer});
   if (Since(since, now) < kSilence) return;
   receiver.in.clear();
@@ -326,7 +326,7 @@ void PassSilence(Receiver& receiver, uint64_t now) {
   }
 }
 
-void PassAnnouncement(Receiver& receiver, uint64_t now) {
+void RepeatAnnouncement(Receiver& receiver, uint64_t now) {
   if (receiver.region >= receiver.regions.size() || now < receiver.timer) return;
   if (receiver.announcements == kAnnouncements) {
     Note(receiver, "no editor takes the region");
@@ -338,7 +338,7 @@ void PassAnnouncement(Receiver& receiver, uint64_t now) {
   SendHandshake(receiver, now, kEtb);
 }
 
-void PassRegion(Receiver& receiver, uint64_t now) {
+void RepeatRegionFrame(Receiver& receiver, uint64_t now) {
   if (receiver.region_frame < 0 || now < receiver.timer) return;
   if (++receiver.repeats > kAnnouncements) {
     Note(receiver, "the editor is gone");
@@ -358,7 +358,7 @@ Receiver MakeReceiver(const LoaderFaults& faults, LoaderMemory memory) {
   return receiver;
 }
 
-void ReceiverTakes(Receiver& receiver, uint64_t now, std::span<const uint8_t> bytes) {
+void FeedReceiver(Receiver& receiver, uint64_t now, std::span<const uint8_t> bytes) {
   for (const uint8_t byte : bytes) {
     const bool inside = !receiver.in.empty();
     receiver.last_byte = now;
@@ -373,7 +373,7 @@ void ReceiverTakes(Receiver& receiver, uint64_t now, std::span<const uint8_t> by
   }
 }
 
-void ReceiverPasses(Receiver& receiver, uint64_t now) {
+void AdvanceReceiver(Receiver& receiver, uint64_t now) {
   switch (receiver.state) {
     case LoaderState::kPolled:
       if (Since(receiver.last_byte, now) >= kSilence) receiver.in.clear();
@@ -385,14 +385,14 @@ void ReceiverPasses(Receiver& receiver, uint64_t now) {
       SendEnq(receiver, now);
       break;
     case LoaderState::kReceiving:
-      PassSilence(receiver, now);
+      BreakSilence(receiver, now);
       break;
     case LoaderState::kAnnounce:
     case LoaderState::kDone:
-      PassAnnouncement(receiver, now);
+      RepeatAnnouncement(receiver, now);
       break;
     case LoaderState::kRegion:
-      PassRegion(receiver, now);
+      RepeatRegionFrame(receiver, now);
       break;
     default:
       break;

@@ -83,19 +83,27 @@ struct Receiver {
   int announcements = 0, repeats = 0;
 };
 
+// An idle receiver with this content. `baud`, `stored` and `note` are the owner's to set.
 Receiver MakeReceiver(const LoaderFaults& faults, LoaderMemory memory);
-void ReceiverTakes(Receiver& receiver, uint64_t now, std::span<const uint8_t> bytes);
-// Lets time pass; call at least every 10 ms.
-void ReceiverPasses(Receiver& receiver, uint64_t now);
-// The next answer whose time has come; false when there is none.
+// Takes bytes that arrived at the time `now`, in pieces of any size, and puts its answers into `out`.
+void FeedReceiver(Receiver& receiver, uint64_t now, std::span<const uint8_t> bytes);
+// Does what is due at the time `now` without any byte; to be called at least every 10 ms.
+void AdvanceReceiver(Receiver& receiver, uint64_t now);
+// Moves the next answer whose time has come into `answer`; false, and `answer` is left alone, when there is
+// none.
 bool TakeAnswer(Receiver& receiver, uint64_t now, Bytes& answer);
 
 // --- shared by the room's files ---
 
+// Queues one control byte, behind the delay among the faults; a fault may leave it out.
 void SendHandshake(Receiver& receiver, uint64_t now, uint8_t byte);
+// Queues the frame `region_frame` of the open region, `wait` ms behind the delay among the faults.
 void SendRegionFrame(Receiver& receiver, uint64_t now, uint32_t wait);
+// Cuts the memory of `regions[region]`, which must be there, into blocks and packets to be asked for.
 void OpenRegion(Receiver& receiver);
-bool Happens(Receiver& receiver, double probability);
+// Whether a fault of this probability, 0 to 1, happens here. Only one above 0 takes a random number.
+bool FaultOccurs(Receiver& receiver, double probability);
+// Hands a line of text to the owner, when it listens.
 void Note(Receiver& receiver, const std::string& line);
 // Takes the finished upload apart and stores its image. False, with a line in the log, when anything is
 // wrong.

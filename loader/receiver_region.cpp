@@ -78,7 +78,7 @@ uint64_t NextRandom(uint64_t& state) {
 
 }  // namespace
 
-bool Happens(Receiver& receiver, double probability) {
+bool FaultOccurs(Receiver& receiver, double probability) {
   if (probability <= 0) return false;
   return static_cast<double>(NextRandom(receiver.random) >> 11) * 0x1p-53 < probability;
 }
@@ -88,7 +88,7 @@ void Note(Receiver& receiver, const std::string& line) {
 }
 
 void SendHandshake(Receiver& receiver, uint64_t now, uint8_t byte) {
-  if (Happens(receiver, receiver.faults.drop)) return Note(receiver, "fault: a handshake left out");
+  if (FaultOccurs(receiver, receiver.faults.drop)) return Note(receiver, "fault: a handshake left out");
   receiver.out.push_back({now + receiver.faults.delay, {byte}});
 }
 
@@ -97,7 +97,7 @@ void SendRegionFrame(Receiver& receiver, uint64_t now, uint32_t wait) {
                             ? RegionHeader(receiver)
                             : RegionPacket(receiver, static_cast<size_t>(receiver.region_frame));
   Bytes frame = FrameOf(payload);
-  if (Happens(receiver, receiver.faults.corrupt)) {
+  if (FaultOccurs(receiver, receiver.faults.corrupt)) {
     const uint64_t bit = NextRandom(receiver.random) % (payload.size() * 8);
     frame[kFrameHead + static_cast<size_t>(bit / 8)] ^= static_cast<uint8_t>(1u << bit % 8);
     Note(receiver, "fault: a bit flipped");

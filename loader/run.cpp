@@ -76,9 +76,9 @@ void RunReceiver(Receiver& receiver, PseudoTerminal& terminal, const LoaderRun& 
       const auto bytes = std::span<const uint8_t>(buffer).first(count);
       incoming.Used(count);
       if (run.tap) run.tap(true, bytes);
-      ReceiverTakes(receiver, milliseconds, bytes);
+      FeedReceiver(receiver, milliseconds, bytes);
     }
-    ReceiverPasses(receiver, milliseconds);
+    AdvanceReceiver(receiver, milliseconds);
     SendAnswers(receiver, terminal, run, outgoing, leaving, now, milliseconds);
     if (run.once && receiver.session_ended && receiver.out.empty() && outgoing.bytes.empty()) return;
   }

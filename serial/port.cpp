@@ -269,12 +269,13 @@ std::string CommErrorText(uint32_t errors) {
 }
 
 void BuildPortDcb(Port& port, const ProjectConfig& config) {
-  // The settings list and the system number the parities differently.
+  // The settings lists and the system number the parities differently.
   constexpr uint8_t parities[] = {kNoParity, kEvenParity, kOddParity, kMarkParity, kSpaceParity};
   constexpr uint8_t stops[] = {kOneStopBit, kOne5StopBits, kTwoStopBits};
+  static_assert(std::size(parities) == kParities.size() && std::size(stops) == kStopBits.size());
   PortDcb& dcb = port.dcb;
   dcb.length = 28;
-  if (config.baud_index < std::size(kLineSpeeds)) dcb.baud_rate = kLineSpeeds[config.baud_index];
+  if (config.baud_index < kLineSpeeds.size()) dcb.baud_rate = kLineSpeeds[config.baud_index];
   dcb.byte_size = static_cast<uint8_t>(config.data_bits_index + 4);
   if (config.parity_index < std::size(parities)) dcb.parity = parities[config.parity_index];
   if (config.stop_bits_index < std::size(stops)) dcb.stop_bits = stops[config.stop_bits_index];

@@ -27,33 +27,31 @@ constexpr const char* kNoResponseSending =
 
 // What the four upload jobs differ in.
 struct UploadStyle {
-  bool single = false;  // sends one file, whatever there is
-  bool floods = false;  // ETB back to back until ACK, then one pause of 100 ms; else one ETB each 50 ms
-  bool script = false;  // asks for a download; "no response" warnings each 15 s
-  bool console = false;
+  bool one_file = false;            // sends one file, whatever there is
+  bool polls_back_to_back = false;  // ETB without pause until ACK, then 100 ms; else one ETB each 50 ms
+  bool asks_for_download = false;   // "no response" warnings each 15 s
+  bool from_console = false;        // reports to the console
   const char* open_failure = "";
   const char* in_progress[2] = {"", ""};
   const char* completed[2] = {"", ""};
 };
 
-constexpr UploadStyle kAdbStyle = {false,
-                                   false,
-                                   false,
-                                   false,
-                                   "File access error - UploadAdbThread",
-                                   {"ADB upload inprogress.", "User Box Info upload inprogress."},
-                                   {"ADB upload completed.", "User Box Info upload completed."}};
-constexpr UploadStyle kSdbStyle = {true,
-                                   true,
-                                   false,
-                                   false,
-                                   "File access error - UploadSdbThread",
-                                   {"SDB upload inprogress.", ""},
-                                   {"SDB upload completed.", ""}};
-constexpr UploadStyle kScriptStyle = {
-    true, false, true, false, "File access error - UploadDownloadScriptThread", {"", ""}, {"", ""}};
-constexpr UploadStyle kConsoleStyle = {
-    true, true, false, true, "File access error - UploadURTPacketThread", {"", ""}, {"", ""}};
+constexpr UploadStyle kAdbStyle = {
+    .open_failure = "File access error - UploadAdbThread",
+    .in_progress = {"ADB upload inprogress.", "User Box Info upload inprogress."},
+    .completed = {"ADB upload completed.", "User Box Info upload completed."}};
+constexpr UploadStyle kSdbStyle = {.one_file = true,
+                                   .polls_back_to_back = true,
+                                   .open_failure = "File access error - UploadSdbThread",
+                                   .in_progress = {"SDB upload inprogress.", ""},
+                                   .completed = {"SDB upload completed.", ""}};
+constexpr UploadStyle kScriptStyle = {.one_file = true,
+                                      .asks_for_download = true,
+                                      .open_failure = "File access error - UploadDownloadScriptThread"};
+constexpr UploadStyle kConsoleStyle = {.one_file = true,
+                                       .polls_back_to_back = true,
+                                       .from_console = true,
+                                       .open_failure = "File access error - UploadURTPacketThread"};
 
 enum class Outcome { kSent, kAgain, kCancelled, kFailed };
 
@@ -73,7 +71,7 @@ void Restart(const Transfer& transfer, Deadline& deadline) {
 }
 
 bool IsReached(const Transfer& transfer, const UploadStyle& style, const Deadline& deadline) {
-  return style.script && SecondsOfHour(transfer) == deadline.at;
+  return style.asks_for_download && SecondsOfHour(transfer) == deadline.at;
 }
 
 void ShowText(Transfer& transfer, const char* text) {
@@ -118,14 +116,14 @@ bool PollForAck(Transfer& transfer, const UploadStyle& style) {
   while (!transfer.ack) {
     if (transfer.cancel) return false;
     const bool sent = SendByte(transfer, kEtb);
-    if (style.floods && sent) continue;  // a port that takes nothing is not asked without end
+    if (style.polls_back_to_back && sent) continue;  // a port that takes nothing is not asked without end
     if (!PauseTransfer(transfer, 50)) return false;
     if (IsReached(transfer, style, deadline)) {
       Tell(transfer.context.messages, Icon::kWarning, "%s", kNoResponsePolling);
       Restart(transfer, deadline);
     }
   }
-  return style.floods ? PauseTransfer(transfer, 100) : !transfer.cancel;
+  return style.polls_back_to_back ? PauseTransfer(transfer, 100) : !transfer.cancel;
 }
 
 void Report(Transfer& transfer, int code) {
@@ -165,7 +163,7 @@ bool OpenUrtFile(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
     BackToPolling(transfer);
     transfer.counter = 0;
     transfer.refused = true;
-    if (style.console && transfer.view.reset_console) transfer.view.reset_console();
+    if (style.from_console && transfer.view.reset_console) transfer.view.reset_console();
     TellFailure(transfer, style.open_failure);
     return false;
   }
@@ -187,7 +185,7 @@ bool ReadMagicAndCount(Transfer& transfer, const UploadStyle& style, const OpenU
   transfer.packet_count = count;
   if (transfer.view.range) transfer.view.range(count);
   if (transfer.view.position) transfer.view.position(0);
-  if (style.console && transfer.view.console_total) transfer.view.console_total(count);
+  if (style.from_console && transfer.view.console_total) transfer.view.console_total(count);
   return magic;
 }
 
@@ -203,15 +201,15 @@ bool TakePacket(OpenUrt& file) {
 
 // Whether the job needs the line no more behind this file. A script is followed by what it asks for.
 bool IsLastFile(const Transfer& transfer, const UploadStyle& style) {
-  if (style.script) return false;
-  return style.single || transfer.file_index + 1 >= transfer.files.size();
+  if (style.asks_for_download) return false;
+  return style.one_file || transfer.file_index + 1 >= transfer.files.size();
 }
 
 void SendNextPacket(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
   if (!TakePacket(file)) {
     BackToPolling(transfer);
     transfer.counter = 0;
-    if (style.console) Report(transfer, -1);
+    if (style.from_console) Report(transfer, -1);
     return;
   }
   // The ENQ tells that the packet before has arrived: only its repeats can still be on the line, also on one
@@ -223,7 +221,7 @@ void SendNextPacket(Transfer& transfer, const UploadStyle& style, OpenUrt& file)
   if (last && file.handed_over && IsLastFile(transfer, style)) transfer.line_done = true;
   if (file.last.back() != kEtx) {
     transfer.ack = false;
-    if (style.console) {
+    if (style.from_console) {
       transfer.enq = false;
       Report(transfer, -3);
     }
@@ -231,7 +229,7 @@ void SendNextPacket(Transfer& transfer, const UploadStyle& style, OpenUrt& file)
   ++transfer.packets_moved;
   const auto counter = static_cast<uint32_t>(++transfer.counter);
   if (transfer.view.position) transfer.view.position(counter);
-  if (style.console && transfer.view.console_count) transfer.view.console_count(counter);
+  if (style.from_console && transfer.view.console_count) transfer.view.console_count(counter);
 }
 
 // NAK stays seen: the packet goes out again on every pass until the next ENQ. A pass begins when the line has
@@ -262,7 +260,7 @@ Outcome SendPackets(Transfer& transfer, const UploadStyle& style, OpenUrt& file)
     } else if (transfer.nak && !file.last.empty()) {
       SendAgain(transfer, file);
     } else {
-      AwaitTransfer(transfer, style.script ? 200 : 1000, something);
+      AwaitTransfer(transfer, style.asks_for_download ? 200 : 1000, something);
     }
     if (IsReached(transfer, style, deadline)) {
       Tell(transfer.context.messages, Icon::kWarning, "%s", kNoResponseSending);

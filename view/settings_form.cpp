@@ -89,7 +89,7 @@ void StoreIndependent(const SettingsForm& dialog, const SoftwareVersion& version
   config.compression_type = IndexOf(dialog.compression_type);
   config.compression_level = IndexOf(dialog.compression_level);
   config.port_name = dialog.port_name;
-  const bool offered = dialog.baud < static_cast<int>(kBaudRates.size());
+  const bool offered = dialog.baud < static_cast<int>(kOfferedLineSpeeds);
   config.baud_index = offered ? IndexOf(dialog.baud) : dialog.stored_baud;
   config.data_bits_index = IndexOf(dialog.data_bits);
   config.parity_index = IndexOf(dialog.parity);
@@ -133,10 +133,10 @@ SettingsForm OpenSettingsForm(const Context& context, const SettingsRequest& req
   dialog.compression_type = config.compression_type;
   dialog.compression_level = config.compression_level;
   dialog.port_name = config.port_name;
-  dialog.bauds = {kBaudRates.begin(), kBaudRates.end()};
+  dialog.bauds = OfferedLineSpeedTexts();
   dialog.stored_baud = config.baud_index;
-  if (config.baud_index >= kBaudRates.size()) dialog.bauds.push_back(BaudRateText(config.baud_index));
-  dialog.baud = std::min<int>(config.baud_index, static_cast<int>(kBaudRates.size()));
+  if (config.baud_index >= kOfferedLineSpeeds) dialog.bauds.push_back(LineSpeedText(config.baud_index));
+  dialog.baud = std::min<int>(config.baud_index, static_cast<int>(kOfferedLineSpeeds));
   dialog.data_bits = config.data_bits_index;
   dialog.parity = config.parity_index;
   dialog.stop_bits = config.stop_bits_index;

@@ -50,7 +50,7 @@ struct SettingsForm {
   bool compressed = false;
   int compression_type = 0, compression_level = 0;
   std::string port_name;
-  std::vector<std::string> bauds;  // kBaudRates, and behind them a stored one that is not offered
+  std::vector<std::string> bauds;  // those offered, and behind them a stored one that is not
   int baud = 0, data_bits = 0, parity = 0, stop_bits = 0;
 
   bool had_hexadecimal = false;  // when the dialog opened
@@ -78,6 +78,7 @@ struct SettingsEnabling {
   bool file, browse, ok, lists, software, sdb_format, radix, image_type, compression, compression_type,
       compression_level, serial;
 };
+// Which controls take an answer, by who opened the dialog and by whether the lists could be filled.
 SettingsEnabling EnabledControls(const SettingsForm& dialog);
 
 enum class SettingsField { kNone, kFile, kMajor, kMinor, kPort };

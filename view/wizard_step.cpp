@@ -48,7 +48,7 @@ WizardStep ServiceStep(Wizard& wizard) {
 }
 
 void HighlightOwner(WizardStep& step, size_t row) {
-  const WorkFiles& work = step.wizard.work;
+  const WorkRecords& work = step.wizard.work;
   const auto range = [&](size_t owner) {
     return step.services ? ServicesOf(work, owner) : CarriersOf(work, owner);
   };
@@ -59,14 +59,14 @@ void HighlightOwner(WizardStep& step, size_t row) {
 }
 
 std::string OwnerText(const WizardStep& step, size_t row) {
-  const WorkFiles& work = step.wizard.work;
+  const WorkRecords& work = step.wizard.work;
   if (row == 0) return step.services ? "All carriers" : "All satellites";
   const size_t owner = step.owners[row - 1];
   return Utf8FromLatin(NameOf(step.services ? work.carriers[owner].name : work.satellites[owner].name));
 }
 
 std::string ItemText(const WizardStep& step, size_t row) {
-  const WorkFiles& work = step.wizard.work;
+  const WorkRecords& work = step.wizard.work;
   if (row == 0) return step.services ? "All services" : "All Carriers";
   const size_t item = step.items[row - 1];
   return Utf8FromLatin(NameOf(step.services ? work.services[item].name : work.carriers[item].name));

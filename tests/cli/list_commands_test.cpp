@@ -25,7 +25,7 @@ TEST_F(ListCommands, ContainerIsWhatSavingTheImportedDatabaseGives) {
   for (const std::string name : {"sample.sdx", "sample.dvb", "sample.dat"}) {
     const Path list = DataFolder() / name;
     EXPECT_EQ(RunVexa({"import", Utf8FromPath(list), "-o", In("out.bin")}).status, 0) << name;
-    WorkFiles work;
+    WorkRecords work;
     ASSERT_TRUE(ImportListFile(recorder.context, list, {}, {}, work)) << name;
     Document expected;
     ASSERT_TRUE(OpenWorkFiles(recorder.context, work, {}, expected));

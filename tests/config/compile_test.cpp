@@ -293,7 +293,7 @@ TEST(ShippedConfiguration, FitsTheImagesThatAreMadeForIt) {
         config.configuration_index = c;
         ASSERT_TRUE(InitConfig(recorder.context, ecf, config));
         variant = variant || config.database_variant != 0;
-        EXPECT_NE(config.loader.byte0, config.loader.byte2);
+        EXPECT_NE(config.loader.header_tag, config.loader.packet_tag);
         if (!config.partitions_loaded) continue;
         const auto& size = config.partition_sizes;
         EXPECT_GE(size[3], 128u + 85 * 28);

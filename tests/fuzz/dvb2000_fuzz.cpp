@@ -9,7 +9,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace vexa;
   Context context;
   context.messages.tell = [](Icon, const std::string&, const std::string&) {};
-  WorkFiles work;
+  WorkRecords work;
   ReadDvb2000({data, size}, DefaultRecords{}, work);
   Document document;
   if (!OpenBinBytes(context, BuildBinFromWorkFiles(work, DefaultRecords{}), document)) return 0;

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const size_t length = size % 2 == 0 ? 0 : kSatcodxReadLength + data[size / 2] % 16;
   for (const auto layout : {SatcodxLayout::kDefault, SatcodxLayout::kAuto, SatcodxLayout::kA,
                             SatcodxLayout::kB, SatcodxLayout::k105}) {
-    WorkFiles work;
+    WorkRecords work;
     ReadSatcodx({data, size}, DefaultRecords{}, work, {}, {layout, length});
     Document document;
     if (!OpenBinBytes(context, BuildBinFromWorkFiles(work, DefaultRecords{}), document)) continue;

@@ -44,7 +44,7 @@ void Choose(Wizard& wizard, const uint8_t* choices) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 9) return 0;
   std::span<const uint8_t> rest(data + 9, size - 9);
-  WorkFiles work;
+  WorkRecords work;
   work.satellites = TakeRecords<WorkSatellite>(rest, rest.size() * (data[0] & 15) / 32);
   work.carriers = TakeRecords<WorkCarrier>(rest, rest.size() * (data[0] >> 4) / 16);
   work.services = TakeRecords<WorkService>(rest, rest.size());

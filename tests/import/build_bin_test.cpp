@@ -34,7 +34,7 @@ Bytes BlockHeader(const std::string& name, uint8_t size, uint8_t count) {
 }
 
 TEST(BuildBin, EveryByteOfASmallStream) {
-  WorkFiles work;
+  WorkRecords work;
   // The underscores of the video column end the FEC number behind its digit.
   ReadSatcodx(BytesOf(SdxList({{.satellite = "ASTRA1____________", .video = "____"}})), {}, work);
   work.satellites[0].east = 1;
@@ -77,7 +77,7 @@ TEST(BuildBin, NothingFoundGivesEmptyBlocksAndDefaultLnbs) {
 }
 
 TEST(BuildBin, ServiceOrderIsTheFileOrderWithoutFiller) {
-  WorkFiles work;
+  WorkRecords work;
   work.services.resize(259);
   const Bytes stream = BuildBinFromWorkFiles(work, {});
   const size_t list = stream.size() - 2 * 259;
@@ -89,7 +89,7 @@ TEST(BuildBin, ServiceOrderIsTheFileOrderWithoutFiller) {
 // The carrier index that stands one too high in these lists must not be believed.
 TEST(BuildBin, Dvb2000ListOpensWithServicesUnderTheirCarriers) {
   Recorder recorder;
-  WorkFiles work;
+  WorkRecords work;
   ReadDvb2000(BytesOf(DvbList(
                   {{.text = "Sat-1\260E"},
                    {.id = 1, .frequency = 11000, .symbol_rate = 27500, .video = 1, .type = 1, .text = "A"},

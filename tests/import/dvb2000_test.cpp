@@ -8,8 +8,8 @@
 namespace vexa {
 namespace {
 
-WorkFiles Read(const std::vector<DvbRecord>& records) {
-  WorkFiles work;
+WorkRecords Read(const std::vector<DvbRecord>& records) {
+  WorkRecords work;
   ReadDvb2000(BytesOf(DvbList(records)), DefaultRecords{}, work);
   return work;
 }
@@ -49,7 +49,7 @@ TEST(Dvb2000, SatelliteRecords) {
       {"Name of a satellite-5000\260E", "Name of a satellite", 904, 0},
   };
   for (const auto& c : cases) {
-    const WorkFiles work = Read({Satellite(c.text)});
+    const WorkRecords work = Read({Satellite(c.text)});
     ASSERT_EQ(work.satellites.size(), 1u) << c.text;
     const WorkSatellite& satellite = work.satellites[0];
     EXPECT_EQ(std::tuple(Name(satellite.name), satellite.angle, satellite.east, satellite.read),
@@ -63,7 +63,7 @@ TEST(Dvb2000, AnyValueOfACarrierOrAPidMakesAService) {
                                            &DvbRecord::audio, &DvbRecord::pcr}) {
     DvbRecord record = Satellite("X-1\260E");
     record.*field = 1;
-    const WorkFiles work = Read({Satellite(kAstra), record});
+    const WorkRecords work = Read({Satellite(kAstra), record});
     EXPECT_EQ(Names(work.satellites), "Astra");
     EXPECT_EQ(Names(work.services), "X-1\260E");
   }
@@ -78,7 +78,7 @@ TEST(Dvb2000, TextEndsAtNul) {
 
 TEST(Dvb2000, SkippedRecords) {
   // A satellite without dash, and a service before any satellite.
-  const WorkFiles work =
+  const WorkRecords work =
       Read({Satellite("No dash"), Service("A", 1, 1, 1), Satellite(kAstra), Service("B", 1, 1, 1)});
   EXPECT_EQ(Names(work.satellites), "Astra");
   EXPECT_EQ(Names(work.services), "B");
@@ -89,7 +89,7 @@ TEST(Dvb2000, ServiceFields) {
   DvbRecord record = Service("1234567890123456789", 0x1234, 0xC191, 0, 0xABCD);  // a byte too long
   record.pcr = 0x3FFF;
   record.polarization = 0xFE;
-  const WorkFiles work = Read({Satellite(kAstra), record});
+  const WorkRecords work = Read({Satellite(kAstra), record});
   ASSERT_EQ(work.services.size(), 1u);
   const WorkService& service = work.services[0];
   EXPECT_EQ(Name(service.name), "123456789012345678");
@@ -108,7 +108,7 @@ TEST(Dvb2000, CodesOfTheFile) {
     DvbRecord record = Service("A", 1, 1, 1);
     record.fec = value;
     record.type = value;
-    const WorkFiles work = Read({Satellite(kAstra), record});
+    const WorkRecords work = Read({Satellite(kAstra), record});
     EXPECT_EQ(work.carriers.at(0).fec, fec[value]) << int{value};
     EXPECT_EQ(work.services.at(0).type, value & 3u) << int{value};
   }
@@ -118,8 +118,8 @@ TEST(Dvb2000, CarriersAndSatellites) {
   DvbRecord rate = Service("C", 3, 3, 3), polarization = Service("D", 4, 4, 4);
   rate.symbol_rate = 22000;
   polarization.polarization = 0;
-  const WorkFiles work = Read({Satellite(kAstra), Service("A", 1, 1, 1), Service("B", 2, 2, 2), rate,
-                               polarization, Satellite("Hotbird-130\260E"), polarization});
+  const WorkRecords work = Read({Satellite(kAstra), Service("A", 1, 1, 1), Service("B", 2, 2, 2), rate,
+                                 polarization, Satellite("Hotbird-130\260E"), polarization});
   EXPECT_EQ(Names(work.carriers), "Carrier1_S1|Carrier2_S1|Carrier3_S1|Carrier1_S2");
   EXPECT_EQ(work.satellites[0].carrier_count, 3u);
   EXPECT_EQ(work.satellites[1].first_carrier, 3u);
@@ -141,8 +141,8 @@ TEST(Dvb2000, Duplicates) {
       {"other video", {5, 6}, {1, 1}, 2},
   };
   for (const auto& c : cases) {
-    const WorkFiles work = Read({Satellite(kAstra), Service("A", 1, c.video[0], c.audio[0]),
-                                 Service("B", 2, c.video[1], c.audio[1])});
+    const WorkRecords work = Read({Satellite(kAstra), Service("A", 1, c.video[0], c.audio[0]),
+                                   Service("B", 2, c.video[1], c.audio[1])});
     EXPECT_EQ(work.services.size(), c.kept) << c.name;
     EXPECT_EQ(work.carriers.at(0).service_count, c.kept) << c.name;
   }
@@ -164,7 +164,7 @@ TEST(Dvb2000, FileSizes) {
   for (const size_t size : {0u, 63u, 64u, 127u}) {
     std::string content = list + list;
     PutFile(path, BytesOf(content.substr(0, size)));
-    WorkFiles work;
+    WorkRecords work;
     EXPECT_EQ(ImportDvbFile(recorder.context, path, {}, work), 1) << size;
     EXPECT_EQ(work.satellites.size(), size / 64);
   }

@@ -67,7 +67,7 @@ TEST(ImportCommand, UnreadableLists) {
     }};
     const auto import = [&] {
       PutFile(path, BytesOf(c.content));
-      WorkFiles work;
+      WorkRecords work;
       work.services.resize(3);
       const bool read = ImportListFile(recorder.context, path, {}, steps, work);
       EXPECT_TRUE(work.services.empty());
@@ -97,8 +97,9 @@ TEST(ImportCommand, ListsCutAtEveryByte) {
   const auto service = [](uint16_t id) {
     return DvbRecord{.id = id, .frequency = 11778, .symbol_rate = 27500, .video = id, .text = "Name"};
   };
-  using Read = void (*)(std::span<const uint8_t>, const DefaultRecords&, WorkFiles&, const Progress&);
-  const Read read_satcodx = [](std::span<const uint8_t> list, const DefaultRecords& defaults, WorkFiles& work,
+  using Read = void (*)(std::span<const uint8_t>, const DefaultRecords&, WorkRecords&, const Progress&);
+  const Read read_satcodx = [](std::span<const uint8_t> list, const DefaultRecords& defaults,
+                               WorkRecords& work,
                                const Progress& progress) { ReadSatcodx(list, defaults, work, progress); };
   const struct {
     const char* format;
@@ -115,11 +116,11 @@ TEST(ImportCommand, ListsCutAtEveryByte) {
   for (const auto& list : lists) {
     SCOPED_TRACE(list.format);
     const Bytes bytes = BytesOf(list.text);
-    WorkFiles whole;
+    WorkRecords whole;
     list.read(bytes, {}, whole, {});
     ASSERT_EQ(whole.services.size(), 3u);
     for (size_t size = 0; size <= bytes.size(); ++size) {
-      WorkFiles work;
+      WorkRecords work;
       list.read(std::span(bytes).first(size), {}, work, {});
       const size_t read = work.services.size() + (list.record == 64 ? work.satellites.size() : 0);
       // The byte behind a SatcoDX list's first record says how long its records are.
@@ -136,13 +137,13 @@ TEST(ImportCommand, ListsCutAtEveryByte) {
 }
 
 struct ImportManySatellites : testing::Test {
-  bool Import(int satellites, FilterMode filter, const std::function<bool(WorkFiles&)>& choose) {
+  bool Import(int satellites, FilterMode filter, const std::function<bool(WorkRecords&)>& choose) {
     std::vector<SdxRecord> records;
     for (int i = 0; i < satellites; ++i)
       records.push_back({.frequency = Format("%06d", 10700 + i), .position = Format("%04d", i + 1)});
     const Path path = recorder.context.temporary_folder / "list.sdx";
     PutFile(path, BytesOf(SdxList(records)));
-    WorkFiles work;
+    WorkRecords work;
     return ImportListFile(recorder.context, path, {}, {filter, choose, {}}, work) &&
            OpenWorkFiles(recorder.context, work, {}, document);
   }
@@ -151,7 +152,7 @@ struct ImportManySatellites : testing::Test {
 };
 
 TEST_F(ImportManySatellites, WithoutFilterTheChoiceStaysAway) {
-  const auto never = [](WorkFiles&) -> bool { throw std::logic_error("asked"); };
+  const auto never = [](WorkRecords&) -> bool { throw std::logic_error("asked"); };
   const std::string question = "Do you want to generate Bin file with filter mode";
   recorder.answer = false;
   EXPECT_FALSE(Import(86, FilterMode::kAsk, never));
@@ -166,10 +167,10 @@ TEST_F(ImportManySatellites, WithoutFilterTheChoiceStaysAway) {
 }
 
 TEST_F(ImportManySatellites, FilterModeTakesWhatTheChoiceLeaves) {
-  EXPECT_FALSE(Import(90, FilterMode::kAsk, [](WorkFiles&) { return false; }));
+  EXPECT_FALSE(Import(90, FilterMode::kAsk, [](WorkRecords&) { return false; }));
   EXPECT_TRUE(document.sdbs.empty());
   recorder.Texts();
-  EXPECT_TRUE(Import(90, FilterMode::kOn, [](WorkFiles& work) {
+  EXPECT_TRUE(Import(90, FilterMode::kOn, [](WorkRecords& work) {
     Wizard wizard(work);
     ChooseSatellite(wizard, 3, true);
     ChooseSatellite(wizard, 88, true);
@@ -185,8 +186,8 @@ TEST_F(ImportManySatellites, FilterModeTakesWhatTheChoiceLeaves) {
   EXPECT_EQ(database.services.size(), 2u);
 }
 
-TEST(WorkFiles, AsFiles) {
-  WorkFiles work;
+TEST(WorkRecords, AsFiles) {
+  WorkRecords work;
   work.satellites.resize(2);
   work.carriers.resize(3);
   work.carriers[1].frequency = 11000;

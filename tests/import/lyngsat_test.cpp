@@ -8,8 +8,8 @@
 namespace vexa {
 namespace {
 
-WorkFiles Read(const std::string& list) {
-  WorkFiles work;
+WorkRecords Read(const std::string& list) {
+  WorkRecords work;
   ReadLyngsat(BytesOf(list), DefaultRecords{}, work);
   return work;
 }
@@ -35,7 +35,7 @@ TEST(Lyngsat, Satellites) {
       {":SAT \"A name of more than nineteen\" 1.0 E", "A name of more than", 10, 1},
   };
   for (const auto& c : cases) {
-    const WorkFiles work = Read(std::string(c.line) + "\r\n");
+    const WorkRecords work = Read(std::string(c.line) + "\r\n");
     ASSERT_EQ(work.satellites.size(), 1u) << c.line;
     const WorkSatellite& satellite = work.satellites[0];
     EXPECT_EQ(std::tuple(Name(satellite.name), satellite.angle, satellite.east, satellite.read),
@@ -63,7 +63,7 @@ TEST(Lyngsat, Transponders) {
       {":TRP 11778 9 0 H 0 3/4", 11778, 0, kHorizontal, 3},
   };
   for (const auto& c : cases) {
-    const WorkFiles work = Read(kSat + c.line);
+    const WorkRecords work = Read(kSat + c.line);
     ASSERT_EQ(work.carriers.size(), 1u) << c.line;
     const WorkCarrier& carrier = work.carriers[0];
     EXPECT_EQ(std::tuple(carrier.frequency, carrier.symbol_rate, carrier.polarization, carrier.fec),
@@ -73,7 +73,7 @@ TEST(Lyngsat, Transponders) {
 }
 
 TEST(Lyngsat, Services) {
-  const WorkFiles work =
+  const WorkRecords work =
       Read(kSat + kTrp + ":CHN \"ARTE \" 28724 T\r\n:CHN \"Radio 1\" 65537x R\r\n:CHN \"Data\" 7 D\r\n");
   EXPECT_EQ(Names(work.services), "ARTE|Radio 1|Data");
   EXPECT_EQ(Ids(work), (std::vector<uint32_t>{28724, 1, 7}));
@@ -89,7 +89,7 @@ TEST(Lyngsat, Services) {
 }
 
 TEST(Lyngsat, EveryTransponderIsACarrier) {
-  const WorkFiles work = Read(kSat + kTrp + kTrp + ":CHN \"A\" 1 T\n" + ":SAT \"Hotbird\" 13.0 E\n" + kTrp);
+  const WorkRecords work = Read(kSat + kTrp + kTrp + ":CHN \"A\" 1 T\n" + ":SAT \"Hotbird\" 13.0 E\n" + kTrp);
   EXPECT_EQ(Names(work.carriers), "Carrier1_S1|Carrier2_S1|Carrier1_S2");
   EXPECT_EQ(work.carriers[0].service_count, 0u);
   EXPECT_EQ(work.carriers[1].service_count, 1u);
@@ -141,7 +141,7 @@ TEST(Lyngsat, Lines) {
       {"a cut line", kSat + ":SAT \"" + std::string(250, 'y') + "\" 1.0 E\n", 1, 0, 0},
   };
   for (const auto& c : cases) {
-    const WorkFiles work = Read(c.list);
+    const WorkRecords work = Read(c.list);
     EXPECT_EQ(std::tuple(work.satellites.size(), work.carriers.size(), work.services.size()),
               std::tuple(c.satellites, c.carriers, c.services))
         << c.name;

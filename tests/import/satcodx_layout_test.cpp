@@ -17,14 +17,14 @@ std::string Text105(SdxRecord record, const std::string& rest = "") {
   return text.replace(115, 17, rest + std::string(17 - rest.size(), '_'));
 }
 
-WorkFiles Read(const std::string& list, SatcodxLayout layout, size_t length = 0) {
-  WorkFiles work;
+WorkRecords Read(const std::string& list, SatcodxLayout layout, size_t length = 0) {
+  WorkRecords work;
   ReadSatcodx(BytesOf(list), {}, work, {}, {layout, length});
   return work;
 }
 
 // "Satellite/Carrier frequency:service id type,..." in the order of the records.
-std::string Outline(const WorkFiles& work) {
+std::string Outline(const WorkRecords& work) {
   std::string text;
   for (const WorkSatellite& satellite : work.satellites) {
     text += Format("%s%s %u", text.empty() ? "" : " | ", Name(satellite.name).c_str(), satellite.angle);
@@ -92,7 +92,7 @@ TEST(SatcodxLayout, TelevisionListsInEveryDress) {
       EXPECT_EQ(Outline(Read(list, layout)), kTelevision) << list.size();
     }
   }
-  const WorkFiles work = Read(plain, SatcodxLayout::kAuto);
+  const WorkRecords work = Read(plain, SatcodxLayout::kAuto);
   EXPECT_EQ(std::tuple(work.services[0].video_pid, work.services[0].audio_pid, work.services[0].pcr_pid),
             std::tuple(8192u, 8192u, 8192u));
   EXPECT_EQ(std::pair(work.services[0].free, work.services[5].free), (std::pair{1u, 0u}));
@@ -111,7 +111,7 @@ TEST(SatcodxLayout, OneDigitOfFec) {
   const char digits[] = "0123456789_ ";
   const uint32_t codes[] = {0, 1, 2, 3, 0, 4, 0, 5, 0, 0, 0, 0};
   for (size_t i = 0; digits[i] != '\0'; ++i) {
-    const WorkFiles work =
+    const WorkRecords work =
         Read(Text105({.fec = std::string(1, digits[i]), .video = "1234"}), SatcodxLayout::k105);
     EXPECT_EQ(work.carriers.at(0).fec, codes[i]) << digits[i];
   }
@@ -124,7 +124,7 @@ TEST(SatcodxLayout, OwnLayouts) {
   EXPECT_EQ(Names(Read(list, SatcodxLayout::kDefault).services), "ABCRT|WHOLE 1234567890123");
   EXPECT_EQ(Names(Read(list, SatcodxLayout::kA).services), "ABCRT|WHOLE 1234567890123");
   EXPECT_EQ(Names(Read(list, SatcodxLayout::kAuto).services), "SPORTABC|WHOLE 1234567890123");
-  const WorkFiles b = Read(list, SatcodxLayout::kB);
+  const WorkRecords b = Read(list, SatcodxLayout::kB);
   EXPECT_EQ(Names(b.services), "SPORT|WHOLE 12");
   EXPECT_EQ(Names(b.satellites), "ABC_________");
   std::string other = list;
@@ -171,7 +171,7 @@ TEST(SatcodxLayout, DoubtIsToldOfTheDefaultAlone) {
     SatcodxOptions options = chosen;
     std::vector<std::string> told;
     options.doubt = [&](const std::string& why) { told.push_back(why); };
-    WorkFiles work;
+    WorkRecords work;
     EXPECT_EQ(ImportSdxFile(recorder.context, path, {}, work, options), 1);
     const bool is_default = chosen.layout == SatcodxLayout::kDefault && chosen.record_length == 0;
     EXPECT_EQ(told.size(), is_default ? 1u : 0u);

@@ -10,13 +10,13 @@
 namespace vexa {
 namespace {
 
-WorkFiles Read(const std::string& list, const DefaultRecords& defaults = {}) {
-  WorkFiles work;
+WorkRecords Read(const std::string& list, const DefaultRecords& defaults = {}) {
+  WorkRecords work;
   ReadSatcodx(BytesOf(list), defaults, work);
   return work;
 }
 
-WorkFiles Read(const std::vector<SdxRecord>& records) {
+WorkRecords Read(const std::vector<SdxRecord>& records) {
   return Read(SdxList(records));
 }
 
@@ -48,7 +48,7 @@ TEST(Satcodx, NamesEndAtTheirFirstDoubleSpace) {
 }
 
 TEST(Satcodx, OneRecordFillsEveryColumn) {
-  const WorkFiles work = Read({SdxRecord{}});
+  const WorkRecords work = Read({SdxRecord{}});
   ASSERT_EQ(std::tuple(work.satellites.size(), work.carriers.size(), work.services.size()),
             std::tuple(1u, 1u, 1u));
   const WorkSatellite& satellite = work.satellites[0];
@@ -69,7 +69,7 @@ TEST(Satcodx, OneRecordFillsEveryColumn) {
 
 // Marks of the readers stand at fixed bits of fixed words.
 TEST(Satcodx, WorkRecordBytes) {
-  const WorkFiles work =
+  const WorkRecords work =
       Read({{.position = "0001", .video = "____", .audio = "____", .pcr = "____", .id = "00001"}});
   const Bytes satellite = BytesOfRecords(work.satellites), service = BytesOfRecords(work.services);
   EXPECT_EQ(Bytes(satellite.begin(), satellite.begin() + 8), (Bytes{0, 0, 1, 0, 0, 1, 2, 0}));
@@ -118,7 +118,7 @@ TEST(Satcodx, NamesOfServicesAndTransponders) {
       {"04", "_", "AB  CD__", "EUTELSAT____", "AB"},
   };
   for (const auto& c : cases) {
-    const WorkFiles work = Read({{.version = c.version, .type = c.type, .name = c.name, .rest = c.rest}});
+    const WorkRecords work = Read({{.version = c.version, .type = c.type, .name = c.name, .rest = c.rest}});
     const bool transponder = *c.type == '_';
     EXPECT_EQ(transponder ? Names(work.carriers) : Names(work.services), c.expected) << c.name << c.rest;
     EXPECT_EQ(work.services.empty(), transponder);
@@ -157,7 +157,7 @@ TEST(Satcodx, SatelliteGrouping) {
       {"position of 4096 and more wraps", {At("4096", "A"), At("8192", "A", "011800")}, "A", {2}},
   };
   for (const auto& c : cases) {
-    const WorkFiles work = Read(c.records);
+    const WorkRecords work = Read(c.records);
     EXPECT_EQ(VisibleNames(work.satellites), c.names) << c.name;
     std::vector<uint32_t> counts;
     for (const WorkSatellite& satellite : work.satellites) counts.push_back(satellite.carrier_count);
@@ -167,7 +167,7 @@ TEST(Satcodx, SatelliteGrouping) {
 
 TEST(Satcodx, RecordWithoutTransponderMakesItsSatelliteOnly) {
   for (const char* rate : {"_____", "00000"}) {
-    const WorkFiles work = Read({{.symbol_rate = rate}, At("0130", "HOTBIRD")});
+    const WorkRecords work = Read({{.symbol_rate = rate}, At("0130", "HOTBIRD")});
     EXPECT_EQ(work.satellites.size(), 2u) << rate;
     EXPECT_EQ(work.satellites[0].carrier_count, 0u);
     EXPECT_EQ(work.satellites[1].first_carrier, 0u);
@@ -188,7 +188,7 @@ TEST(Satcodx, Fec) {
                {"x", "0401", "____", 0}, {"-", "5___", "____", 4}, {" ", "7___", "____", 5},
                {"9", "9999", "9994", 2}, {"4", "2949", "67301", 4}};  // the last wraps at 2^32
   for (const auto& c : cases) {
-    const WorkFiles work =
+    const WorkRecords work =
         Read({{.fec = c.fec, .video = c.video, .audio = std::string(c.audio, 4), .pcr = c.audio + 4}});
     EXPECT_EQ(work.carriers.at(0).fec, c.code) << c.fec << c.video << c.audio;
   }
@@ -207,7 +207,7 @@ TEST(Satcodx, DefaultsFillWhatTheListLacks) {
   defaults.satellite.east = 1;
   defaults.carrier.polarization = kRight;
   defaults.carrier.fec = 5;
-  const WorkFiles work = Read(SdxList({{.polarization = "7", .fec = "_"}}), defaults);
+  const WorkRecords work = Read(SdxList({{.polarization = "7", .fec = "_"}}), defaults);
   EXPECT_EQ(work.satellites[0].east, 1u);
   EXPECT_EQ(work.carriers[0].polarization, kRight);
   EXPECT_EQ(work.carriers[0].fec, 5u);
@@ -247,7 +247,7 @@ TEST(Satcodx, DuplicatesAndProgramNumbers) {
     std::vector<SdxRecord> records;
     for (const Row& row : c.rows)
       records.push_back({.type = row.type, .video = row.video, .audio = row.audio, .id = row.id});
-    const WorkFiles work = Read(records);
+    const WorkRecords work = Read(records);
     EXPECT_EQ(Ids(work), c.ids) << c.name;
     EXPECT_EQ(work.carriers.at(0).service_count, c.ids.size()) << c.name;
   }
@@ -281,7 +281,7 @@ TEST(Satcodx, ProgramNumbersAsAWalkGivesThem) {
 TEST(Satcodx, CarriersOfServiceAndTransponderRecords) {
   const SdxRecord service, transponder{.type = "_", .name = "TP______"};
   // A transponder record is always a carrier of its own; a service behind it with equal values joins it.
-  WorkFiles work = Read({service, transponder, transponder, service});
+  WorkRecords work = Read({service, transponder, transponder, service});
   EXPECT_EQ(VisibleNames(work.carriers), "Carrier1S1|TP|TP");
   EXPECT_EQ(work.carriers[2].service_count, 1u);
   EXPECT_EQ(work.carriers[2].first_service, 1u);
@@ -311,14 +311,14 @@ TEST(Satcodx, FreeOnlyWithFourUnderscores) {
 }
 
 TEST(Satcodx, LayoutIsTheFirstRecords) {
-  const WorkFiles work = Read({{.version = "04", .rest = "HOTBIRD_____"},
-                               {.satellite = "IGNORED", .position = "0130", .rest = "EUTELSAT____"},
-                               {.satellite = "IGNORED", .position = "0070", .rest = "____________"}});
+  const WorkRecords work = Read({{.version = "04", .rest = "HOTBIRD_____"},
+                                 {.satellite = "IGNORED", .position = "0130", .rest = "EUTELSAT____"},
+                                 {.satellite = "IGNORED", .position = "0070", .rest = "____________"}});
   EXPECT_EQ(Names(work.satellites), "HOTBIRD_____|EUTELSAT____|Satellite2");
 }
 
 TEST(Satcodx, NumbersLeaveOutBlanksAndSigns) {
-  const WorkFiles work = Read({{.frequency = "\r 1177", .position = " 192", .symbol_rate = "+2750"}});
+  const WorkRecords work = Read({{.frequency = "\r 1177", .position = " 192", .symbol_rate = "+2750"}});
   EXPECT_EQ(work.carriers[0].frequency, 1177u);
   EXPECT_EQ(work.carriers[0].symbol_rate, 2750u);
   EXPECT_EQ(work.satellites[0].angle, 192u);
@@ -329,7 +329,7 @@ TEST(Satcodx, ManyServicesOnOneCarrier) {
   const std::string pair = SdxText({.video = "0001", .id = "0"}) + SdxText({.video = "0002", .id = "0"});
   std::string list;
   for (int i = 0; i < 35000; ++i) list += pair;
-  const WorkFiles work = Read(list);
+  const WorkRecords work = Read(list);
   EXPECT_EQ(work.services.size(), 70000u);
   EXPECT_EQ(work.carriers[0].service_count, 70000u - 65536u);
   EXPECT_EQ(work.services[65535].program_number, 65535u);
@@ -340,7 +340,7 @@ TEST(Satcodx, ProgressEndsAtTheRecordCount) {
   Progress progress;
   progress.range = [&](uint64_t value) { total = value; };
   progress.position = [&](uint64_t value) { last = value; };
-  WorkFiles work;
+  WorkRecords work;
   ReadSatcodx(BytesOf(SdxList(std::vector<SdxRecord>(600))), DefaultRecords{}, work, progress);
   EXPECT_EQ(total, 600u);
   EXPECT_EQ(last, 600u);

@@ -12,8 +12,8 @@ struct CarrierSketch {
 
 // Satellites A, B and so on with the given carriers; each carrier has four services: free TV, scrambled TV,
 // free radio, scrambled radio. Carriers are named by their place, services by carrier and kind.
-inline WorkFiles MakeWork(const std::vector<std::vector<CarrierSketch>>& satellites) {
-  WorkFiles work;
+inline WorkRecords MakeWork(const std::vector<std::vector<CarrierSketch>>& satellites) {
+  WorkRecords work;
   for (const auto& carriers : satellites) {
     WorkSatellite satellite{};
     SetName(satellite.name, std::string(1, static_cast<char>('A' + work.satellites.size())));
@@ -43,7 +43,7 @@ inline WorkFiles MakeWork(const std::vector<std::vector<CarrierSketch>>& satelli
 }
 
 // A: C band horizontal, Ku vertical, Ku horizontal. B: C vertical at the limit. C: Ku left.
-inline WorkFiles MakeWork() {
+inline WorkRecords MakeWork() {
   return MakeWork({{{4000, 0}, {11000, 1}, {12000, 0}}, {{5000, 1}}, {{5001, 2}}});
 }
 

@@ -29,7 +29,7 @@ TEST(Wizard, RememberedCarrierOptions) {
       {kCBand | kVerticalPolar, "0 1 3 ", {10, 10, 0}},  // either rule suffices
   };
   for (const auto& c : cases) {
-    WorkFiles work = MakeWork();
+    WorkRecords work = MakeWork();
     Wizard wizard(work);
     ChooseEverySatellite(wizard, true);
     wizard.carrier_options = c.options;
@@ -51,7 +51,7 @@ TEST(Wizard, RememberedServiceOptions) {
       {kFreeServices | kTvServices, "1t 1T 1r "},
   };
   for (const auto& [options, chosen] : cases) {
-    WorkFiles work = MakeWork();
+    WorkRecords work = MakeWork();
     Wizard wizard(work);
     ChooseSatellite(wizard, 0, true);
     ChooseCarrier(wizard, 1, true);
@@ -65,7 +65,7 @@ TEST(Wizard, RememberedServiceOptions) {
 
 // Marks stand at fixed bits, so that work files can be looked at from outside.
 TEST(Wizard, MarksInTheRecords) {
-  WorkFiles work = MakeWork({{{4000, 1}}});
+  WorkRecords work = MakeWork({{{4000, 1}}});
   Wizard wizard(work);
   ChooseSatellite(wizard, 0, true);
   SetCarrierOption(wizard, 0, kVerticalPolar, true);
@@ -76,7 +76,7 @@ TEST(Wizard, MarksInTheRecords) {
 }
 
 TEST(Wizard, TickingAddsAndUntickingRecomputes) {
-  WorkFiles work = MakeWork();
+  WorkRecords work = MakeWork();
   Wizard wizard(work);
   ChooseSatellite(wizard, 0, true);
   ChooseCarrier(wizard, 1, true);
@@ -97,7 +97,7 @@ TEST(Wizard, TickingAddsAndUntickingRecomputes) {
 }
 
 TEST(Wizard, UntickingASatelliteClearsWhatIsBelow) {
-  WorkFiles work = MakeWork();
+  WorkRecords work = MakeWork();
   Wizard wizard(work);
   ChooseEverySatellite(wizard, true);
   SetCarrierOption(wizard, std::nullopt, kAllCarriers, true);
@@ -113,13 +113,13 @@ TEST(Wizard, UntickingASatelliteClearsWhatIsBelow) {
 }
 
 TEST(Wizard, NoSatelliteIsNotEverySatellite) {
-  WorkFiles none;
+  WorkRecords none;
   EXPECT_FALSE(IsEverySatelliteChosen(Wizard(none)));
 }
 
 TEST(Wizard, EverythingChosenKeepsCarriersUntickedByHand) {
   for (const bool remembered : {true, false}) {
-    WorkFiles work = MakeWork();
+    WorkRecords work = MakeWork();
     Wizard wizard(work);
     ChooseEverySatellite(wizard, true);
     wizard.carrier_options = remembered ? kAllCarriers : kCBand | kKuBand;
@@ -137,7 +137,7 @@ TEST(Wizard, EverythingChosenKeepsCarriersUntickedByHand) {
 
 // Lists whose services name the carrier behind their own keep doing so.
 TEST(Wizard, CompactionKeepsIndicesThatAreOneTooHigh) {
-  WorkFiles work = MakeWork();
+  WorkRecords work = MakeWork();
   for (WorkService& service : work.services) service.carrier_index = (service.carrier_index + 1) & 0xFFFF;
   Wizard wizard(work);
   ChooseSatellite(wizard, 1, true);
@@ -149,7 +149,7 @@ TEST(Wizard, CompactionKeepsIndicesThatAreOneTooHigh) {
 }
 
 // Satellites with their carriers and these with their services, as the records name each other.
-std::string Outline(const WorkFiles& work) {
+std::string Outline(const WorkRecords& work) {
   std::string outline;
   size_t carriers = 0, services = 0;
   for (size_t i = 0; i < work.satellites.size(); ++i) {
@@ -178,7 +178,7 @@ TEST(Wizard, CompactionOfRandomChoices) {
   for (int round = 0; round < 300; ++round) {
     std::vector<std::vector<CarrierSketch>> sketch(random() % 6);
     for (auto& carriers : sketch) carriers.resize(random() % 5);
-    WorkFiles work = MakeWork(sketch);
+    WorkRecords work = MakeWork(sketch);
     Wizard wizard(work);
     for (auto& record : work.satellites) record.chosen = random() % 3 != 0;
     for (auto& record : work.carriers) record.chosen = random() % 2;
@@ -200,7 +200,7 @@ TEST(Wizard, CompactionOfRandomChoices) {
 }
 
 TEST(Wizard, DamagedRangesStayInsideTheFiles) {
-  WorkFiles work = MakeWork();
+  WorkRecords work = MakeWork();
   for (WorkSatellite& satellite : work.satellites) {
     satellite.first_carrier = 2;
     satellite.carrier_count = 65535;
@@ -222,7 +222,7 @@ TEST(Wizard, DamagedRangesStayInsideTheFiles) {
 }
 
 TEST(Wizard, Texts) {
-  WorkFiles work = MakeWork();
+  WorkRecords work = MakeWork();
   Wizard wizard(work);
   work.satellites[0].angle = 192;
   work.satellites[0].east = 1;

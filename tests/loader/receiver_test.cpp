@@ -29,7 +29,7 @@ struct Line {
     return all;
   }
   Bytes Send(std::span<const uint8_t> bytes) {
-    ReceiverTakes(receiver, now, bytes);
+    FeedReceiver(receiver, now, bytes);
     return Answers();
   }
   Bytes Send(uint8_t byte) { return Send(std::span(&byte, 1)); }
@@ -37,7 +37,7 @@ struct Line {
     Bytes all;
     for (const uint64_t end = now + milliseconds; now < end;) {
       now += 10;
-      ReceiverPasses(receiver, now);
+      AdvanceReceiver(receiver, now);
       const Bytes more = Answers();
       all.insert(all.end(), more.begin(), more.end());
     }
@@ -47,7 +47,7 @@ struct Line {
   std::vector<std::pair<uint64_t, Bytes>> Timed(uint64_t milliseconds) {
     std::vector<std::pair<uint64_t, Bytes>> heard;
     for (uint64_t after = 1; after <= milliseconds; ++after) {
-      ReceiverPasses(receiver, ++now);
+      AdvanceReceiver(receiver, ++now);
       if (const Bytes answers = Answers(); !answers.empty()) heard.emplace_back(after, answers);
     }
     return heard;
@@ -299,10 +299,10 @@ TEST(SimulatedReceiver, FaultsAreWhatTheySay) {
   EXPECT_EQ(flips.Timed(200), (Heard{{120, right}}));
   // The same seed makes the same faults on every machine; of 64, about as many as the probability says.
   Receiver receiver = MakeReceiver({7, 0, 0, 0, 0}, {});
-  EXPECT_FALSE(Happens(receiver, 0));
+  EXPECT_FALSE(FaultOccurs(receiver, 0));
   EXPECT_EQ(receiver.random, 7u);  // a fault that is not asked for moves no other
   uint64_t happened = 0;
-  for (int i = 0; i < 64; ++i) happened = happened << 1 | (Happens(receiver, 0.25) ? 1 : 0);
+  for (int i = 0; i < 64; ++i) happened = happened << 1 | (FaultOccurs(receiver, 0.25) ? 1 : 0);
   EXPECT_EQ(happened, 0x44A004210B180900u);
 }
 

@@ -60,8 +60,8 @@ class ReceiverRig {
                                        std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
         const Bytes bytes(queue_.begin(), queue_.end());
         queue_.clear();
-        ReceiverTakes(receiver_, now, bytes);
-        ReceiverPasses(receiver_, now);
+        FeedReceiver(receiver_, now, bytes);
+        AdvanceReceiver(receiver_, now);
         Bytes answer;
         while (TakeAnswer(receiver_, now, answer)) {
           if (answer.size() > 40 && random_() % 1000 < swaps_per_thousand) Swap(answer);

@@ -118,8 +118,8 @@ std::string Listing(const ProjectConfig& config) {
                  config.version_b, config.configuration_found ? "" : " missing");
   for (const RegionEntry& region : config.regions)
     text += Format("region %s %d %x-%x\n", region.name.c_str(), region.type, region.start, region.end);
-  text += Format("loader %x %x %d %d\n", config.loader.byte0, config.loader.byte2, config.loader.word4,
-                 config.loader.word6);
+  text += Format("loader %x %x %d %d\n", config.loader.header_tag, config.loader.packet_tag,
+                 config.loader.block_kib, config.loader.packet_size);
   for (const PartitionEntry& partition : config.partitions)
     text +=
         Format("partition %d %d %u-%u\n", partition.number, partition.type, partition.start, partition.end);

@@ -68,7 +68,7 @@ std::string DvbList(const std::vector<DvbRecord>& records) {
   return list;
 }
 
-std::vector<uint32_t> Ids(const WorkFiles& work) {
+std::vector<uint32_t> Ids(const WorkRecords& work) {
   std::vector<uint32_t> ids;
   for (const WorkService& service : work.services) ids.push_back(service.program_number);
   return ids;

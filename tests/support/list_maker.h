@@ -45,7 +45,7 @@ std::string Names(const std::vector<Record>& records) {
 }
 
 // Program numbers of all services.
-std::vector<uint32_t> Ids(const WorkFiles& work);
+std::vector<uint32_t> Ids(const WorkRecords& work);
 
 // The bytes of a work file.
 template <class Record>

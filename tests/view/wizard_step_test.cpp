@@ -14,7 +14,7 @@ std::string Ticks(const WizardStep& step) {
 }
 
 TEST(WizardStep, CarriersOfOneSatelliteAndOfAll) {
-  WorkFiles work = MakeWork();
+  WorkRecords work = MakeWork();
   SetName(work.satellites[0].name, "Sat \xFC");
   Wizard wizard(work);
   ChooseSatellite(wizard, 0, true);
@@ -49,7 +49,7 @@ TEST(WizardStep, CarriersOfOneSatelliteAndOfAll) {
 }
 
 TEST(WizardStep, OptionsOfOneOwnerAreNotThoseOfAll) {
-  WorkFiles work = MakeWork();
+  WorkRecords work = MakeWork();
   Wizard wizard(work);
   ChooseEverySatellite(wizard, true);
   WizardStep step = CarrierStep(wizard);
@@ -68,7 +68,7 @@ TEST(WizardStep, OptionsOfOneOwnerAreNotThoseOfAll) {
 }
 
 TEST(WizardStep, ServicesOfChosenCarriers) {
-  WorkFiles work = MakeWork();
+  WorkRecords work = MakeWork();
   Wizard wizard(work);
   ChooseSatellite(wizard, 0, true);
   ChooseCarrier(wizard, 1, true);
@@ -95,7 +95,7 @@ TEST(WizardStep, ServicesOfChosenCarriers) {
 }
 
 TEST(WizardStep, NothingChosenShowsTheRowsOfAll) {
-  WorkFiles work;
+  WorkRecords work;
   Wizard wizard(work);
   for (WizardStep step : {CarrierStep(wizard), ServiceStep(wizard)}) {
     EXPECT_EQ(OwnerRows(step), 1u);
@@ -108,7 +108,7 @@ TEST(WizardStep, NothingChosenShowsTheRowsOfAll) {
 
 // Two carriers that claim the same services: each is listed once.
 TEST(WizardStep, SharedRecordsAreListedOnce) {
-  WorkFiles work = MakeWork();
+  WorkRecords work = MakeWork();
   work.carriers[1].first_service = 0;
   work.carriers[1].service_count = 5;
   Wizard wizard(work);

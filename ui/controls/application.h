@@ -50,7 +50,7 @@ struct Application {
   int untitled = 0;           // new databases so far, for their captions
   Path merge_file;            // chosen last in the merger's file dialogs
   // The import wizard: leaves the chosen records; false when the user gave up.
-  std::function<bool(WorkFiles&)> choose_records;
+  std::function<bool(WorkRecords&)> choose_records;
   WindowSettings window;
   std::string outcome;  // of the last transfer, in the status line until the next command
   FindQuery last_search;

@@ -172,7 +172,7 @@ StepEnd RunStep(Application& app, WizardStep step) {
 
 }  // namespace
 
-bool RunImportWizard(Application& app, WorkFiles& work) {
+bool RunImportWizard(Application& app, WorkRecords& work) {
   Wizard wizard(work);
   for (int number = 1;;) {
     StepEnd end = StepEnd::kClosed;

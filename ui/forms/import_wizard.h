@@ -7,6 +7,6 @@
 namespace vexa {
 
 // Leaves the chosen records; false when the user closed a step.
-bool RunImportWizard(Application& app, WorkFiles& work);
+bool RunImportWizard(Application& app, WorkRecords& work);
 
 }  // namespace vexa

@@ -95,7 +95,7 @@ bool ImportInto(Application& app, const Path& path, Document& document) {
     const ProgressBox progress(app, Utf8FromPath(path));
     return read(progress.context());
   };
-  WorkFiles work;
+  WorkRecords work;
   return ImportListFile(app.context, path, app.defaults,
                         {FilterMode::kAsk, app.choose_records, show_progress}, work) &&
          OpenWorkFiles(app.context, work, app.defaults, document);

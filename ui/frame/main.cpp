@@ -75,7 +75,7 @@ int RunEditor(HINSTANCE instance) {
   app.context.messages = BoxMessages(app);
   running = &app;
   std::set_terminate(EndAfterException);
-  app.choose_records = [&app](WorkFiles& work) { return RunImportWizard(app, work); };
+  app.choose_records = [&app](WorkRecords& work) { return RunImportWizard(app, work); };
   ReadArguments(app);
   app.thread_exit_event = CreateEventW(nullptr, TRUE, FALSE, app.describe_menus ? kTestExitEvent : nullptr);
   if (!app.thread_exit_event)
