@@ -69,6 +69,7 @@ Document OpenDocument(CommandState& state,
 std::string CheckList(const std::string& text);
 std::string CheckListOrNone(const std::string& text);
 std::string CheckPlace(const std::string& text);
+// Why there is no code page of this name; empty when there is one.
 std::string CheckCodePage(const std::string& name);
 // First and last numbers, one-based, of a text that `CheckList` passes and that is not "all".
 std::vector<std::pair<size_t, size_t>> ListRanges(const std::string& text);

@@ -6,6 +6,7 @@
 
 namespace vexa {
 
+// Writes kOutOfMemoryText to standard error without asking for memory.
 void TellOutOfMemory();
 // Removed then; nullptr for none. Must live until the next call.
 void SetFolderOfLastResort(const Path* folder);

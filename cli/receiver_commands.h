@@ -10,6 +10,7 @@
 
 namespace vexa {
 
+// `loader`, the simulated receiver.
 void AddLoaderCommand(CLI::App& program, CommandState& state);
 
 // Ends a trace or log. False after a message when it could not be written.

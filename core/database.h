@@ -136,6 +136,7 @@ struct StaticDatabase {
   RecordPool<Service> service_pool;
 };
 
+// Equal in content, flags and order of the arrays; shares nothing with the original.
 std::unique_ptr<StaticDatabase> CopyDatabase(const StaticDatabase& database);
 
 // Empty when all links hold, else the first broken one in words. Holds: counts in records equal the list
@@ -173,8 +174,9 @@ struct Document {
 
 // Lowest free slot below kMaximumSdbs, claimed; -1 when all are taken.
 int ClaimSlot(Document& document);
+// The slot is free again.
 void ReleaseSlot(Document& document, uint32_t slot);
-// Appends an SDB in the lowest free slot; nullptr at the limit.
+// Appends an empty SDB in the lowest free slot; it belongs to the document. nullptr, silently, at the limit.
 OpenSdb* AppendSdb(Document& document, std::string name, const DefaultRecords& defaults = FactoryDefaults());
 // One SDB "SDB1" without LNB or satellite.
 Document NewDocument(const DefaultRecords& defaults = FactoryDefaults());

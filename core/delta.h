@@ -8,8 +8,9 @@
 
 namespace vexa {
 
+// What makes `target` out of `source`. It may be larger than the target.
 std::vector<uint8_t> MakeDelta(std::span<const uint8_t> source, std::span<const uint8_t> target);
-// `size`: of the target. The delta must have been made from this source.
+// The target again, `size` bytes long. The delta must have been made from this source.
 std::vector<uint8_t> ApplyDelta(std::span<const uint8_t> source, std::span<const uint8_t> delta, size_t size);
 
 }  // namespace vexa

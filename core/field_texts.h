@@ -9,12 +9,13 @@
 
 namespace vexa {
 
-// Texts of coded fields; empty for a code without a name.
+// The names of code_names.h; empty for a code without a name.
 std::string LnbTypeName(uint32_t type);
 std::string PolarizationName(uint32_t polarization);
 std::string FecName(uint32_t fec);
 // Degrees from tenths: "019.2", "000.0".
 std::string ViewAngleText(uint32_t tenths);
+// Decimal or hexadecimal digits, without a prefix.
 std::string PidText(uint32_t pid, bool hexadecimal);
 // A record's name field as UTF-8.
 template <size_t N>

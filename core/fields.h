@@ -24,7 +24,8 @@ struct Field {
   void (*set)(Record& record, int64_t value);  // smallest..largest
 };
 
-// LnbRecord, SatelliteRecord, CarrierRecord, ServiceRecord, FavouriteRecord, UserBoxInfo.
+// The fields of LnbRecord, SatelliteRecord, CarrierRecord, ServiceRecord, FavouriteRecord or UserBoxInfo; the
+// table belongs to the program.
 template <class Record>
 std::span<const Field<Record>> FieldsOf();
 

@@ -30,9 +30,11 @@ struct RecordPlace {
   auto operator<=>(const RecordPlace&) const = default;
 };
 
-// The first match after (before) `from`, which itself comes last; nothing when no record matches.
+// The first match after `from`, which itself comes last; nothing when no record matches, or when the text is
+// none to search for.
 std::optional<RecordPlace> FindNext(const Document& document, const FindQuery& query,
                                     const RecordPlace& from = {});
+// Likewise towards the first record.
 std::optional<RecordPlace> FindPrevious(const Document& document, const FindQuery& query,
                                         const RecordPlace& from = {});
 

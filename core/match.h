@@ -37,10 +37,12 @@ struct DatabaseMatch {
   Pairing satellites;
   std::vector<SatelliteMatch> below;  // by place in the first list
 };
+// Unused places of the satellite table match nothing. Both databases stay as they are.
 DatabaseMatch MatchDatabases(const StaticDatabase& first, const StaticDatabase& second);
 
 // The service of the second database for each matched one of the first.
 using ServicePairs = std::unordered_map<const Service*, Service*>;
+// `match` must have been made of these two databases as they are.
 ServicePairs MatchedServices(const StaticDatabase& first, const StaticDatabase& second,
                              const DatabaseMatch& match);
 

@@ -25,6 +25,7 @@ std::string Format(const char* format, ...) VEXA_PRINTF(1, 2);
 
 // Shows a message with the application's title.
 void Tell(const Messages& messages, Icon icon, const char* format, ...) VEXA_PRINTF(3, 4);
+// Asks with the application's title; true for Yes, which is the default.
 bool Ask(const Messages& messages, const char* format, ...) VEXA_PRINTF(2, 3);
 
 // What a dialog's model answers when a value may not be stored.

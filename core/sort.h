@@ -41,6 +41,7 @@ struct SortOptions {
 // them has no satellite.
 bool SortSdbs(const Messages& messages, Document& document, const std::vector<size_t>& sdbs,
               const SortOptions& options);
+// Sorts one SDB, also one without satellites.
 void SortDatabase(StaticDatabase& database, const SortOptions& options);
 // Sorts a copy and saves it whole; the document stays as it is. The size of the file, for CheckBinSize;
 // nothing after a message.
@@ -48,6 +49,7 @@ std::optional<uint64_t> SortToFile(const Context& context, const Document& docum
                                    const std::vector<size_t>& sdbs, const SortOptions& options,
                                    const Path& path, const BinVersion& version = {});
 
+// Content, flags and slots; the copy shares nothing with the document and counts as read whole.
 Document CopyDocument(const Document& document);
 
 }  // namespace vexa

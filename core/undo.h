@@ -53,8 +53,11 @@ void StartHistory(UndoHistory& history, const Document& document);
 // To be called after each operation. Takes a step when anything changed since the last call; steps that were
 // undone are gone then. Returns whether anything changed.
 bool RecordChange(UndoHistory& history, const Document& document, bool is_sort = false);
+// The present state equals the document's file.
 void MarkSaved(UndoHistory& history);
-void MarkUnsaved(UndoHistory& history);  // the state has no file: an import, a download
+// The present state has no file: an import, a download.
+void MarkUnsaved(UndoHistory& history);
+// Whether the document differs from its file.
 bool IsChanged(const UndoHistory& history);
 
 // When memory runs out in one of these functions, the history is as it was; the document may be anything, as
@@ -62,9 +65,11 @@ bool IsChanged(const UndoHistory& history);
 // anew.
 void RestoreState(const UndoHistory& history, Document& document);
 
-// False when there is no step that way.
+// Takes back the last step that `RecordChange` took. False when there is none.
 bool Undo(UndoHistory& history, Document& document);
+// Does again the step that was taken back last. False when there is none.
 bool Redo(UndoHistory& history, Document& document);
+// Whether Undo, or Redo, has a step to go.
 inline bool CanUndo(const UndoHistory& history) {
   return history.done > 0;
 }

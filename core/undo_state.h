@@ -15,13 +15,16 @@ namespace vexa {
 
 inline constexpr size_t kSdbStateTables = 12;
 
+// The tables of everything but the SDBs' content: slots in tree order, flags and settings, user boxes.
 StateTables DocumentState(const Document& document);
+// The tables of one SDB, kSdbStateTables of them.
 StateTables SdbState(const OpenSdb& sdb);
 
 // Slots of the SDBs in tree order, from a document's state.
 std::vector<uint32_t> SlotsOfState(const StateTables& state);
 // Sets everything of the document but its SDBs; nothing when memory runs out on the way.
 void RestoreDocument(const StateTables& state, Document& document);
+// The SDB that SdbState told, built anew, in this slot.
 OpenSdb RestoreSdb(const StateTables& state, uint32_t slot);
 
 }  // namespace vexa

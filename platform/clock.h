@@ -11,6 +11,7 @@ struct LocalTime {
   int hour = 0, minute = 0, second = 0;
 };
 
+// The system's clock in the user's time zone.
 LocalTime LocalTimeNow();
 // "YYYY-MM-DD HH:MM:SS"; nothing when the text has another form or names no real date and time.
 std::optional<LocalTime> ParseLocalTime(std::string_view text);

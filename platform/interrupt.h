@@ -8,6 +8,7 @@ namespace vexa {
 // pipe is an ordinary failure of the write. One object at a time.
 class InterruptWatch {
  public:
+  // Takes the requests over until the object goes.
   InterruptWatch();
   ~InterruptWatch();
   InterruptWatch(const InterruptWatch&) = delete;

@@ -3,11 +3,13 @@
 
 namespace vexa {
 
+// Whether somebody reads standard error as it is written.
 bool StandardErrorIsTerminal();
 // Standard output takes bytes as they are, without changes of line ends.
 void SetBinaryOutput();
 // A standard stream that was handed over closed refuses what is written to it, and no file gets its number.
 void KeepStandardStreams();
+// This process's, unique among those that run.
 unsigned long ProcessNumber();
 
 }  // namespace vexa

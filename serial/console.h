@@ -111,7 +111,9 @@ struct Console {
 // Creates the log file, which goes with the object. False when that failed ("WriteFile problem" shown); the
 // console works without it.
 bool OpenConsole(Console& console, const Context& context);
-void CloseConsole(Console& console);  // afterwards the object may go, unless it is `stuck`
+// Ends the connection and removes the log file. Afterwards the object may go, unless it is `stuck`.
+void CloseConsole(Console& console);
+// In force for what arrives from now on; what is in the log stays as it is.
 void SetConsoleOptions(Console& console, const ConsoleOptions& options);
 ConsoleOptions OptionsOf(Console& console);
 
@@ -131,17 +133,25 @@ bool DisconnectConsole(Console& console);
 // Sends the line when connected. False: nothing was sent; a refusal of hexadecimal input was shown.
 bool SendConsoleLine(Console& console, std::string_view line);
 
+// Whether an upload runs, or was cancelled and has not ended yet.
 bool IsUploading(const Console& console);
+// Whether one can be started: connected, and none runs.
 bool CanUpload(const Console& console);
 // What is uploaded for a chosen file: itself, or, of a BIN file, its conversion. Nothing after a message.
 std::optional<Path> ConsoleUploadFile(const Context& context, const Path& chosen,
                                       const ProjectConfig& config);
+// Sends the URT file on a thread of its own; `name` is what the user reads of it. The file must stay until
+// the upload has ended. False: CanUpload says no, or no thread could be made (message shown).
 bool StartConsoleUpload(Console& console, const Path& file, const std::string& name);
 // Returns at once; the upload ends within kCancelTime and reports that it was terminated.
 void CancelConsoleUpload(Console& console, uint64_t now);
 
+// Whether anything is in the log.
 bool HasConsoleLog(Console& console);
+// Copies the log, as it is now, to `path`, which is replaced whole, and says so. False after "WriteFile
+// problem": `path` is as it was.
 bool SaveConsoleLog(Console& console, const Path& path);
+// Empties the log and its view; "WriteFile problem" when the file cannot be made anew.
 void ClearConsoleLog(Console& console);
 
 // A text in the log with its surroundings, for a view that shows them instead of the log's end.

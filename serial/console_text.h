@@ -43,13 +43,15 @@ struct HexadecimalRows {
   Bytes head;               // STX and length, as far as they came; empty: not in them
   uint64_t frame_left = 0;  // bytes up to and with the ETX
 };
+// What the bytes add to the text; the rows go on where the call before left them.
 std::string HexadecimalText(HexadecimalRows& rows, std::span<const uint8_t> bytes);
 std::string EndHexadecimalRow(HexadecimalRows& rows);  // empty when no row is open
 
-// Puts the time that `clock` gives in front of each line.
+// Puts a time in front of each line.
 struct LineStamps {
   bool at_line_start = true;
 };
+// The text with `stamp` before each line that begins in it; the text of the next call goes on behind it.
 std::string StampedText(LineStamps& stamps, std::string_view text, const std::string& stamp);
 std::string ClockStamp();  // "[12:34:56.789] ", local time
 
@@ -58,6 +60,7 @@ struct ViewLines {
   bool after_cr = false;
   size_t column = 0;
 };
+// What the text, which goes on behind that of the call before, adds to the view.
 std::string ViewText(ViewLines& lines, std::string_view text);
 
 // Pieces of text on their way to the view. At most kViewBytes wait: of more the view shows the end.
@@ -72,6 +75,7 @@ struct ViewQueue {
   bool cleared = false;       // by the user, whatever he was doing
   bool start_anew = false;    // of a part that is taken: the view is emptied first
 };
+// Puts the text behind what waits. At most kViewBytes of it are kept.
 void Enqueue(ViewQueue& queue, std::string_view text, ReportColour colour);
 
 // What the view's user is doing.
@@ -102,9 +106,12 @@ struct CommandHistory {
   size_t place = 0;   // lines.size(): the line being typed
   std::string draft;  // the line being typed, while another is shown
 };
+// Puts the line at the end, unless it is empty or the last one; the oldest of more than kHistoryLimit goes.
+// The line being typed is a new one then.
 void Remember(CommandHistory& history, const std::string& line);
 // The line to show instead of `shown`; nothing at the end of the list.
 std::optional<std::string> Older(CommandHistory& history, const std::string& shown);
+// Likewise the other way; behind the newest line stands the draft.
 std::optional<std::string> Newer(CommandHistory& history);
 
 // The bytes that a line (UTF-8, its first kCommandLimit characters) is sent as; nothing when hexadecimal
@@ -116,6 +123,7 @@ struct PastedText {
   std::vector<std::string> lines;
   std::string rest;
 };
+// Lines end at CR, LF or CR LF, which they lose.
 PastedText SplitPasted(std::string_view text);
 
 }  // namespace vexa

@@ -34,10 +34,6 @@ inline constexpr uint32_t kIdleWait = 500;  // ms between looks at the line's st
 // again.
 inline constexpr std::chrono::milliseconds kAnswerTime{2000};
 
-// By the index in the settings. The last two are valid but not offered.
-inline constexpr uint32_t kLineSpeeds[] = {110,   300,   600,   1200,  2400,   4800,   9600,  14400,
-                                           19200, 38400, 56000, 57600, 115200, 128000, 256000};
-
 // Called on the reader's thread with 1 to kReadSize bytes, valid during the call.
 using ReceiveCallback = std::function<void(std::span<uint8_t> bytes)>;
 // Every byte that crossed the line, for a trace; called on the thread that moved it.
@@ -59,15 +55,22 @@ struct Port {
   std::shared_ptr<PortReader> reader;
 };
 
+// Sets `port.dcb` to the configuration's line settings, without flow control. An index beyond its list leaves
+// what stands there.
 void BuildPortDcb(Port& port, const ProjectConfig& config);
-// What the line carries with these settings; 0: not known.
+// Bytes a second that the line carries with these settings; 0: not known.
 double BytesPerSecond(const PortDcb& dcb);
-// False after "Port is not available.", and silently on a system that cannot.
+// Opens the port with the settings that BuildPortDcb made; `name` as the system has it ("COM1", a path),
+// UTF-8. False after "Port is not available.", and silently on a system that cannot.
 bool OpenPort(Port& port, const std::string& name);
+// Hands line settings and time-outs to the open port. Each failure is told and passed over.
 void ApplyPortState(Port& port);
+// Hands what arrives at the open port to `callback` from now on. False after a message: no thread could be
+// made.
 bool StartReaderThread(Port& port, ReceiveCallback callback);
 // The number of bytes written; 0 when the write was given up. Of a closed port: 0.
 size_t WritePort(Port& port, std::span<const uint8_t> bytes);
+// Forgets what was received and not handed to the callback yet. Failures are silent.
 void PurgeReceived(Port& port);
 // Pending writes and all later ones that do not complete at once return 0.
 void AbandonWrites(Port& port);

@@ -23,7 +23,7 @@ bool RefuseSettings(const Context& context) {
 }
 
 bool IsConfigured(const Context& context, const ProjectConfig& config) {
-  return (config.loader.word4 != 0 && config.loader.word6 != 0) || RefuseSettings(context);
+  return (config.loader.block_kib != 0 && config.loader.packet_size != 0) || RefuseSettings(context);
 }
 
 bool HasSdb(const Context& context, const Document& document) {

@@ -39,12 +39,15 @@ std::optional<std::vector<Path>> PrepareBinUpload(const Context& context, const 
 bool MayUploadAdb(const Context& context, const ProjectConfig& config, const Document& document);
 // `boxes`: the user started from the user box records.
 bool MayUploadSdb(const Context& context, const ProjectConfig& config, const Document& document, bool boxes);
+// A configuration is chosen, and it has regions and partitions.
 bool MayDownload(const Context& context, const ProjectConfig& config);
 
 struct DownloadFiles {
   std::vector<Path> script;   // to send
   std::vector<Path> regions;  // where the data of region 1 and 2 goes
 };
+// Writes the request script, and names the files for the data, which are not there yet. Nothing after a
+// message.
 std::optional<DownloadFiles> PrepareDownload(const Context& context, const ProjectConfig& config);
 
 }  // namespace vexa

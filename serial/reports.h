@@ -14,6 +14,7 @@ struct LoaderReport {
   ReportColour colour = ReportColour::kNeutral;
 };
 
+// The text and the colour of a status code: -6 to -1, 1 to 4, 19 and 23 have one.
 LoaderReport LoaderReportOf(int code);
 
 // Where reports go. While a flag is set nothing is shown.
@@ -24,6 +25,8 @@ struct ReportTarget {
   std::function<void(const std::string& text, ReportColour colour)> append;
 };
 
+// Moves the focus to the log and appends the code's text, if it has one. Of `target` only `focus` is called
+// while a flag is set.
 void ReportLoaderStatus(const ReportTarget& target, int code);
 
 }  // namespace vexa

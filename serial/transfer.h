@@ -110,6 +110,7 @@ struct Transfer {
 
 // All flags, the counters and the indices as at the start of a job.
 void ResetTransfer(Transfer& transfer);
+// Lets those who wait for an atomic of the transfer look again; any thread.
 void Wake(Transfer& transfer);
 // The job's last status text, and why it failed; empty: it did not, or not by itself.
 std::string StatusOf(Transfer& transfer);
@@ -119,6 +120,7 @@ double SecondsUnanswered(const Transfer& transfer);
 
 // Receive callbacks. A byte that follows the first ACK in the same chunk is not looked at for ENQ and NAK.
 void TransferReceive(Transfer& transfer, std::span<const uint8_t> bytes);
+// The same while the script goes out; then the frames of the regions.
 void DownloadReceive(Transfer& transfer, std::span<const uint8_t> bytes);
 
 // The jobs. 1: ran to its end; 0: cancelled, or its file could not be opened (message shown).
@@ -137,6 +139,7 @@ bool PauseTransfer(Transfer& transfer, int milliseconds);
 bool AwaitTransfer(Transfer& transfer, int milliseconds, const std::function<bool()>& ready);
 // For the receive callbacks: counts a chunk. False when it is not to be looked at.
 bool TakesBytes(Transfer& transfer);
+// Sets the flags of the control bytes in a chunk, for the upload's callback and the script's.
 void ScanHandshakes(Transfer& transfer, std::span<const uint8_t> bytes);
 // False when the port did not take it.
 bool SendByte(Transfer& transfer, uint8_t byte);
@@ -144,9 +147,11 @@ bool SendByte(Transfer& transfer, uint8_t byte);
 void ShowStatus(Transfer& transfer, const std::string& text);
 // Remembers why the job ends, and tells it.
 void TellFailure(Transfer& transfer, const std::string& text);
+// Calls a part of the view that may be empty.
 inline void Show(const std::function<void(const std::string&)>& view, const std::string& text) {
   if (view) view(text);
 }
+// Asks the face to cancel, as its button does; returns at once.
 void PressCancel(Transfer& transfer);
 
 }  // namespace vexa

@@ -15,6 +15,7 @@ struct DefaultsForm {
   ServiceForm service;
 };
 
+// `hexadecimal`: how the fields show and read PIDs.
 DefaultsForm DefaultsFormOf(const DefaultRecords& records, bool hexadecimal);
 // All or nothing. The carrier's range is that of the form's LNB.
 std::optional<Refusal> StoreDefaults(const Messages& messages, const DefaultsForm& form, bool hexadecimal,

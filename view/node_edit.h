@@ -17,6 +17,7 @@ enum class NodeAction { kEdit, kAdd, kInsert, kDelete, kMove, kSwap };
 // Whether nodes of the kind can be edited so at all.
 bool NodeTakes(NodeKind kind, NodeAction action);
 
+// Which services the view shows, and so which type a new one gets.
 ServiceFilter FilterOf(ListView view);
 
 // Where the node is in the tree; a favourite entry stands for its group.
@@ -46,14 +47,15 @@ MoveDialogTexts MoveTextsOf(const std::vector<NodeRef>& rows, bool swap);
 // To the place in their one list that `target` names (a number from 1).
 bool MoveNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows, bool swap,
                const std::string& target);
+// The services among the rows, and those that entries among them name.
 std::vector<Service*> ServicesOf(const std::vector<NodeRef>& rows);
 
 // ---- Drag and drop of rows of one list.
-// Whether dragged rows can be dropped on the target, and where they come to stand: a window marks that edge.
 struct DropMark {
   bool fits = false;
   bool behind = false;  // the target; else before it
 };
+// Whether dragged rows can be dropped on the target, and where they come to stand: a window marks that edge.
 DropMark DropMarkOf(const std::vector<NodeRef>& rows, const NodeRef& target);
 // The rows move to the place of the target, as a move to it would: upwards the first one takes its place,
 // downwards the last one. Services dropped on one of another carrier stand before it, in the order of their

@@ -52,7 +52,8 @@ struct LnbForm {
   uint32_t motor = 0;
 };
 LnbForm LnbFormOf(const LnbRecord& record);
-// The second word is stored only when the configuration's DatabaseVariant is 0.
+// Stores the switch field of the chosen type alone; the others and what the dialog clears become 0. The
+// second word is stored only when the configuration's DatabaseVariant is 0.
 std::optional<Refusal> StoreLnb(const LnbForm& form, LnbRecord& record, uint32_t database_variant);
 // Choices of the selection list for a switch type: "None" and "A".. or "1"..
 std::vector<std::string> SwitchChoices(uint32_t switch_type);
@@ -66,6 +67,7 @@ struct SatelliteForm {
   bool factory_default = true;
 };
 SatelliteForm SatelliteFormOf(const SatelliteRecord& record);
+// An angle of 0 is warned of and stored.
 std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteForm& form,
                                       SatelliteRecord& record);
 
@@ -84,6 +86,7 @@ struct ServiceForm {
   bool free = true;
   std::string video_pid, audio_pid, pcr_pid;
 };
+// `hexadecimal`: how the fields show and read PIDs.
 ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal);
 // `carrier` holds the service whose record this is; nullptr for the default record, which has no neighbours.
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
@@ -117,6 +120,7 @@ struct VersionForm {
   std::string initials;      // three are kept
 };
 VersionForm VersionFormOf(const BinVersion& version);
+// Of the initials the first three characters, padded with spaces when the file is written.
 std::optional<Refusal> StoreVersion(const VersionForm& form, BinVersion& version);
 
 // The name that a record keeps of what a field holds, when `rule` (core/rules.h) passes it and a record can

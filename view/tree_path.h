@@ -14,6 +14,7 @@ namespace vexa {
 // The nodes along the path, as far as they exist.
 std::vector<NodeRef> NodesAlong(const Document& document, const TreePath& path);
 
+// The way to a satellite, carrier or service by its places.
 TreePath PathOf(const RecordPlace& place);
 // The satellite, carrier or service of the node; of a favourite entry: of the service that it names. Other
 // nodes of an SDB stand before its first satellite.

@@ -54,12 +54,15 @@ struct NodeRef {
   bool operator==(const NodeRef&) const = default;
 };
 
-// The tree.
+// The tree: its roots, and what is right below a node, from top to bottom.
 std::vector<NodeRef> RootNodes(const Document& document);
 std::vector<NodeRef> ChildNodes(const Document& document, const NodeRef& node);
+// Whether anything is below, without making the nodes.
 bool HasChildNodes(const Document& document, const NodeRef& node);
+// What the tree shows of the node.
 std::string NodeLabel(const Document& document, const NodeRef& node);
 
+// The user's colour that its text has: whether there are services below it, or what it is.
 ColourRole NodeColour(const Document& document, const NodeRef& node);
 
 // What the records of siblings say, as numbers by which they are known again when their records are built
@@ -80,11 +83,13 @@ enum class NodeIcon : uint8_t {
   kFavourite,
   kUbi,
 };
+// The picture of the node; kFolder for what holds others and is no record.
 NodeIcon IconOf(const NodeRef& node);
 
 // The list. What the view buttons choose holds for an SDB, its satellites, a satellite and a carrier; other
 // nodes always show what is below them.
 enum class ListView : uint8_t { kBelow, kCarriers, kServices, kTvServices, kRadioServices };
+// Whether the view buttons mean anything for nodes of the kind.
 bool HasViews(NodeKind kind);
 
 struct ListColumn {
@@ -100,17 +105,21 @@ struct ListModel {
   // A list of details: names and values, no records. `rows` is empty then.
   std::vector<std::pair<std::string, std::string>> details;
 
+  // Lines that the list shows.
   size_t size() const { return details.empty() ? rows.size() : details.size(); }
 };
 
+// What the list shows for a node of the tree; PIDs in decimal or hexadecimal.
 ListModel ListBelow(const Document& document, const NodeRef& node, ListView view, bool hexadecimal);
 // "Information": everything about one record.
 ListModel DetailsOf(const Document& document, const NodeRef& node, bool hexadecimal);
 // What to say instead when the record that the node names is not in the database; nullptr when it is.
 const char* UnreadableText(const Document& document, const NodeRef& node);
+// The text at a row and a column, both from 0 and both there.
 std::string CellText(const Document& document, const ListModel& list, size_t row, size_t column,
                      bool hexadecimal);
 
+// Under which name the widths and the order of its columns are kept.
 ColumnSet ColumnSetOf(const ListModel& list);
 
 // The panel's five labels for the SDB (or the UBIs) that `node` belongs to; all empty without one.

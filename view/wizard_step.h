@@ -24,12 +24,14 @@ WizardStep ServiceStep(Wizard& wizard);
 
 // Rows that are not there highlight "All ...".
 void HighlightOwner(WizardStep& step, size_t row);
+// Rows of each list, the row that stands for all included.
 inline size_t OwnerRows(const WizardStep& step) {
   return step.owners.size() + 1;
 }
 inline size_t ItemRows(const WizardStep& step) {
   return step.items.size() + 1;
 }
+// What a row that is there shows.
 std::string OwnerText(const WizardStep& step, size_t row);
 std::string ItemText(const WizardStep& step, size_t row);
 
@@ -39,9 +41,11 @@ void TickItem(WizardStep& step, size_t row, bool ticked);
 
 // The boxes of the highlighted owner, as CarrierOption or ServiceOption bits.
 uint8_t StepOptions(const WizardStep& step);
+// One box of the highlighted owner, or of all, and with it the ticks of what it names.
 void SetStepOption(WizardStep& step, uint8_t option, bool ticked);
 
 std::string ItemInformation(const WizardStep& step, size_t row);  // empty for row 0
+// The lines below the lists: how many are selected of the highlighted owner's, and of all.
 std::string StepSelectedText(const WizardStep& step);
 std::string StepTotalText(const WizardStep& step);
 
