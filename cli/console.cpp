@@ -125,7 +125,7 @@ std::string PrintResults(const CommandState& state) {
   errno = 0;
   const bool written =
       std::fwrite(state.output.data(), 1, state.output.size(), stdout) == state.output.size();
-  // A stream that writes line by line may have lost what its last flush does not hold.
+  // A stream that is flushed at every line end may have failed before the last flush, which succeeds.
   if (std::fflush(stdout) == 0 && written && std::ferror(stdout) == 0) return {};
   return std::error_code(errno == 0 ? EIO : errno, std::generic_category()).message();
 }

@@ -105,14 +105,14 @@ void DecodeAdb(CommandState& state, const BuildOptions& options) {
   WriteOutput(state, options.output, decoded->file);
 }
 
-// "zlib:1" to "zlib:9" or "bin2cod"; -1 for other text, 0 for Bin2Cod.
+// The level of "zlib:1" to "zlib:9"; 0 for "bin2cod", -1 for other text.
 int CompressionLevel(const std::string& text) {
   if (text == "bin2cod") return 0;
   const bool zlib = text.size() == 6 && text.starts_with("zlib:") && text[5] >= '1' && text[5] <= '9';
   return zlib ? text[5] - '0' : -1;
 }
 
-// The one of the two that the system refuses.
+// Names the file that the system refuses, the input or the output, with its reason.
 void TellUnusable(CommandState& state, const std::string& input, const std::string& output) {
   const std::string unreadable = WhyUnreadable(PathFromUtf8(input));
   const std::string why = unreadable.empty() ? WhyNotWritable(PathFromUtf8(output)) : unreadable;

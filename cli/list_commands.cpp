@@ -131,7 +131,7 @@ void WriteImport(CommandState& state, const ImportOptions& options, const WorkRe
   }
   files.push_back({PathFromUtf8(options.output), std::move(content)});
   size_t refused = 0;
-  // One file alone is never missing under its name, not even for a moment.
+  // A single file is replaced by renaming, so that its name is never without a file.
   const WriteResult written = files.size() == 1
                                   ? WriteWholeFile(files[0].path, files[0].content, *state.context.files)
                                   : WriteWholeFiles(files, refused, *state.context.files);

@@ -39,7 +39,7 @@ struct ConfigurationEntry {
   uint32_t next = 0;
 };
 
-// The reader of one walk and how it goes.
+// One walk through the file, which stops at damage or where it was told to.
 struct Walk {
   enum State { kGoing, kDamaged, kStopped };
 
@@ -70,8 +70,8 @@ struct Walk {
   }
 };
 
-// What is done with the headers of a walk. A level whose answer is false is passed over; empty means: passed
-// over.
+// Called with each header on the way. What is below a manufacturer or product is passed over when the answer
+// is false or the function is empty.
 struct Visitor {
   std::function<bool(size_t index, const ManufacturerBlock&)> manufacturer;
   std::function<bool(size_t index, const ProductEntry&)> product;

@@ -348,7 +348,7 @@ std::optional<std::vector<LanguageRecord>> ReadLanguages(Compiler& compiler, con
   return languages;
 }
 
-// An image of databases needs its region.
+// The partitions lie in a region of type 3, which must be there and have a name that receivers can report.
 void CheckAdbRegion(Compiler& compiler, const Table& table, const ContentConfiguration& configuration) {
   const auto region = std::find_if(configuration.regions.begin(), configuration.regions.end(),
                                    [](const RegionEntry& entry) { return entry.type == kAdbRegionType; });
@@ -401,7 +401,8 @@ ProductTable ReadProductTable(Compiler& compiler, const Table& product, const ch
   return table;
 }
 
-// Every partition against its table, as the place among a product's configurations has it.
+// Whether every partition has room for its table. `place` is that of the configuration in a product: it says
+// whether settings stand in an EEPROM or in journals.
 void CheckPartitions(Compiler& compiler, size_t configuration, size_t place) {
   const Field* list = Find(compiler.sources[configuration], "partitions");
   const toml::array* array = list ? list->node->as_array() : nullptr;
@@ -483,7 +484,7 @@ void ReadAll(Compiler& compiler) {
     used.insert(places.begin(), places.end());
     for (size_t i = 0; i < places.size(); ++i) CheckPartitions(compiler, places[i], i);
   }
-  // Of what nothing refers to the smaller tables are asked.
+  // A configuration that no product refers to needs the smaller tables only, as for an EEPROM.
   for (size_t i = 0; i < compiler.sources.size(); ++i) {
     if (!used.contains(i)) CheckPartitions(compiler, i, kEepromPlace);
   }

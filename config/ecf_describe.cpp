@@ -146,7 +146,8 @@ std::string Description(const EcfContent& content) {
 
 namespace {
 
-// False after a message that names the first byte in which the file is not what was written of it.
+// Whether `written`, made out of what was read of the file, is the file again. False after a message that
+// names the first byte in which they differ.
 bool ExpectSame(const Context& context, const std::string& name, std::span<const uint8_t> file,
                 std::span<const uint8_t> written) {
   const auto [mine, first] = std::mismatch(written.begin(), written.end(), file.begin(), file.end());
@@ -163,7 +164,7 @@ std::optional<std::string> DescribeEcf(const Context& context, const std::string
   const EcfContent content = ReadEcfContent(file);
   if (!ExpectSame(context, name, file, WriteEcf(content).value_or(Bytes{}))) return std::nullopt;
   std::string text = Description(content);
-  // Bytes behind the end of a text are in the content and not in its description.
+  // What stands in the file behind the end of a text is kept in the content, but no description states it.
   const auto compiled = CompileEcfText(context, name, text);
   if (!compiled || !ExpectSame(context, name, file, *compiled)) return std::nullopt;
   return text;

@@ -38,7 +38,7 @@ std::optional<int64_t> WholeNumber(std::string_view text) {
   return negative ? -number : number;
 }
 
-// "19.2E": tenths and side.
+// An angle with its side, as in "19.2E".
 struct SidedAngle {
   int64_t tenths = 0;
   bool east = false;
@@ -58,7 +58,8 @@ std::optional<SidedAngle> SidedAngleOf(std::string_view text) {
   return tenths ? std::optional(SidedAngle{*tenths, side == 'e'}) : std::nullopt;
 }
 
-// A value for a number field: what it is for the first record, and whether it counts up from there.
+// A value for a number field: the number that the first record gets, and whether the records behind it count
+// up from there.
 struct NumberValue {
   int64_t first = 0;
   bool counts = false;
@@ -134,7 +135,7 @@ std::string WrongUbiText(const std::string& key, const std::string& value) {
 
 // ---- The records, in tree order, and what happens to them.
 
-// What is told of a record before a message: as `check` names it.
+// What assignments did to a record, for the rules that are judged at the end.
 struct ChosenUbi {
   std::set<std::string> keys;  // that were set
 };
@@ -154,7 +155,7 @@ struct Chosen {
   }
 };
 
-struct Refused {};  // after a message
+struct Refused {};  // thrown after a message
 struct WrongCount {
   std::string text;
 };

@@ -29,9 +29,8 @@ struct BlockHeader {
   uint16_t record_size = 0, count = 0;
 };
 
-// What the last blocks of a stream name by its place in the service block. It
-// is resolved when the bytes of the file are gone, so that they and the links
-// never stand in memory together.
+// What the last blocks of a stream name by its place in the service block. It is resolved when the bytes of
+// the file are gone, so that they and the links never stand in memory together.
 struct References {
   struct Group {
     std::vector<uint16_t> tv, radio;
@@ -59,8 +58,7 @@ bool ReadNamedBlockHeader(ByteReader& reader, const char* name, BlockHeader& hea
   return false;
 }
 
-// The two bytes after an odd count of 16-bit entries; built lists leave them
-// out at the end.
+// The two bytes after an odd count of 16-bit entries; built lists leave them out at the end.
 void SkipPad(ByteReader& reader, size_t count) {
   if (count % 2 != 0) reader.Skip(std::min<size_t>(2, reader.remaining()));
 }
@@ -132,8 +130,7 @@ bool ReadServices(const Context& context, ByteReader& reader, StaticDatabase& da
   return true;
 }
 
-// A list that is missing, cut short or no permutation becomes the services' own
-// order.
+// A list that is missing, cut short or no permutation becomes the services' own order.
 void ReadServiceOrder(ByteReader& reader, size_t services, References& references) {
   BlockHeader header;
   if (!ReadNamedBlockHeader(reader, "OSL", header)) return;
@@ -186,8 +183,7 @@ bool CheckMagic(const Context& context, std::span<const uint8_t> stream) {
   return false;
 }
 
-// The records of a stream, without the links between them. False after a
-// message.
+// The records of a stream, without the links between them. False after a message.
 bool ReadRecords(const Context& context, std::span<const uint8_t> stream, StaticDatabase& database,
                  References& references, size_t& used) {
   ByteReader reader(stream);
@@ -211,8 +207,7 @@ std::vector<Service*> Resolve(const std::vector<uint16_t>& places, const StaticD
   return services;
 }
 
-// Hands the services out by the carriers' counts; carrier indices in the
-// service records mean nothing.
+// Hands the services out by the carriers' counts; carrier indices in the service records mean nothing.
 void Link(StaticDatabase& database, const References& references) {
   for (Satellite* satellite : database.satellites)
     satellite->carriers.reserve(satellite->record.carrier_count);
@@ -268,14 +263,12 @@ bool FitsPacked(uint64_t stored, uint64_t size, uint64_t there) {
   return stored <= there && stored <= kMaximumStreamSize && size <= kMaximumStreamSize;
 }
 
-// Inflates the first `stored` bytes of `source` behind what `result` holds;
-// they must give `size` bytes.
+// Inflates the first `stored` bytes of `source` behind what `result` holds; they must give `size` bytes.
 bool Inflate(const Context& context, std::span<const uint8_t> source, uint64_t stored, uint64_t size,
              Bytes& result) {
   if (!FitsPacked(stored, size, source.size())) return Fail(context);
   const size_t before = result.size();
-  // More than the data can give is a lie of the header, found by the length
-  // below.
+  // More than the data can give is a lie of the header, found by the length below.
   const auto room = static_cast<size_t>(std::min(size, stored * kInflateRatio + 64));
   result.resize(before + room);
   uint64_t length = 0;
@@ -285,8 +278,7 @@ bool Inflate(const Context& context, std::span<const uint8_t> source, uint64_t s
   return length == size || Fail(context);
 }
 
-// The stream of an entry: the bytes from its offset on, or `scratch` with the
-// stream inflated.
+// The stream of an entry: the bytes from its offset on, or `scratch` with the stream inflated.
 bool StreamOf(const Context& context, std::span<const uint8_t> layout, const StreamEntry& entry,
               Bytes& scratch, std::span<const uint8_t>& stream) {
   stream = layout.subspan(entry.offset);
@@ -296,8 +288,7 @@ bool StreamOf(const Context& context, std::span<const uint8_t> layout, const Str
   return true;
 }
 
-// Takes the place of an SDB in the document only when the whole stream was
-// good.
+// Takes the place of an SDB in the document only when the whole stream was good.
 bool AddSdb(const Context& context, std::span<const uint8_t> stream, std::string name, bool compressed,
             Opening& opening, size_t& used) {
   Document& document = opening.document;

@@ -29,7 +29,7 @@ void WriteBlockHeader(ByteWriter& out, std::string_view name, size_t record_size
   out.U16(mark);
 }
 
-// Entries of two bytes come in pairs.
+// Entries of two bytes, with the filler behind an odd number of them.
 size_t Even(size_t count) {
   return count + count % 2;
 }
@@ -72,7 +72,7 @@ StreamPlan PlanWholeStream(const StaticDatabase& database) {
   return PlanStream(database, kFullStream, positions);
 }
 
-// What the stream has, to the byte.
+// The exact size of the stream in bytes.
 size_t StreamSize(const StreamPlan& plan) {
   size_t size = kBinHeaderSize + 5 * kBinBlockHeaderSize + kMaximumLnbs * sizeof(LnbRecord) +
                 kMaximumSatellites * sizeof(SatelliteRecord) + plan.carriers * sizeof(CarrierRecord) +
@@ -119,7 +119,7 @@ void WriteSatellites(ByteWriter& out, const StreamPlan& plan, const DefaultRecor
   }
 }
 
-// Called behind each record of a large block: may take away what was written so far.
+// Called behind each record of a large block; it may take what was written so far out of the writer.
 using Flush = std::function<void()>;
 
 void WriteCarriers(ByteWriter& out, const StreamPlan& plan, const Flush& flush) {
@@ -138,7 +138,7 @@ void WriteCarriers(ByteWriter& out, const StreamPlan& plan, const Flush& flush) 
   }
 }
 
-// Gives back where each service stands in the block.
+// The result says where each service stands in the block.
 Places<Service> WriteServices(ByteWriter& out, const StreamPlan& plan, const Flush& flush) {
   WriteBlockHeader(out, "Service", sizeof(ServiceRecord), plan.services);
   Places<Service> places(plan.database->service_pool);
@@ -353,7 +353,8 @@ ContainerPlan PlanContainer(const Document& document, const BinSelection& select
   return plan;
 }
 
-// A receiver takes no database without them.
+// Whether there is an SDB, and each has an LNB and a satellite, without which no receiver takes it. False
+// after a message.
 bool HasLnbAndSatellite(const Context& context, const ContainerPlan& plan) {
   const bool complete =
       plan.SdbCount() > 0 && std::all_of(plan.parts.begin(), plan.parts.end(), [](const ContainerPart& part) {

@@ -28,7 +28,7 @@ struct Findings {
   }
 };
 
-// One level further down the tree while it lives.
+// While one lives, the findings are those of a record one level further down the tree.
 class Below {
  public:
   Below(Findings& findings, size_t position) : place_(findings.place) {
@@ -47,11 +47,11 @@ std::string SameText(const char* what, const char* kind, size_t first) {
   return std::string("Same ") + what + " as " + kind + " " + std::to_string(first + 1) + ".";
 }
 
-// By key the first place where it stood, for records that come one by one.
+// Remembers the first place of each key while records come one by one.
 template <class Key>
 class FirstPlaces {
  public:
-  // The first place of the key when it was there before.
+  // The first place of the key when it came before; else this one is remembered.
   std::optional<size_t> Seen(const Key& key, size_t place) {
     const auto [entry, added] = places_.emplace(key, place);
     return added ? std::nullopt : std::optional(entry->second);
@@ -65,7 +65,7 @@ class FirstPlaces {
   std::map<Key, size_t> places_;
 };
 
-// The first earlier carrier of the polarisation within 3 MHz.
+// The first carrier before this one that has its polarisation and lies within 3 MHz.
 std::optional<size_t> SameCarrier(FirstPlaces<std::pair<uint32_t, int64_t>>& seen,
                                   const CarrierRecord& record, size_t place) {
   std::optional<size_t> first;

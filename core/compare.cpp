@@ -48,7 +48,7 @@ std::vector<FieldChange> UbiChanges(const OpenUbi& before, const OpenUbi& after)
   return changes;
 }
 
-// One list on both sides, and how its records are told.
+// What two lists that are compared have in common: the kind of their records, and the words for them.
 struct ListSides {
   DifferenceKind kind;
   const char* word;           // "satellite"

@@ -76,7 +76,8 @@ Service* PutService(StaticDatabase& database, Carrier& carrier, const ServiceRec
 }
 
 void RefillAll(StaticDatabase& database) {
-  // Neighbours mostly have one owner: its counter is at hand.
+  // How many records of each owner are in their places. Neighbours mostly have one owner, whose counter is
+  // kept at hand.
   std::unordered_map<const void*, size_t> counters;
   const void* owner = nullptr;
   size_t* next = nullptr;

@@ -50,7 +50,8 @@ std::vector<T> TakeRows(std::vector<T>& list, const Rows& rows) {
   return taken;
 }
 
-// The record in each freed place of the LNB table is the default one again.
+// Moves the LNBs behind the place up by one; the place that falls free at the end holds the default LNB
+// again.
 void CloseLnbPlace(StaticDatabase& database, size_t place) {
   std::move(database.lnbs.begin() + static_cast<std::ptrdiff_t>(place) + 1, database.lnbs.end(),
             database.lnbs.begin() + static_cast<std::ptrdiff_t>(place));

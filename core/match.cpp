@@ -190,8 +190,8 @@ ServicePairs MatchedServices(const StaticDatabase& first, const StaticDatabase& 
 }
 
 std::vector<bool> LongestAscending(const std::vector<size_t>& numbers) {
-  // ends[k]: the place of the smallest number that ends an ascending run of k + 1; before[i]: the one before
-  // i.
+  // ends[k]: among the ascending runs of k + 1 numbers, the place of the smallest last number. before[i]: the
+  // place of the number in front of number i in its run.
   std::vector<size_t> ends, before(numbers.size(), kUnmatched);
   for (size_t i = 0; i < numbers.size(); ++i) {
     const auto end = std::lower_bound(ends.begin(), ends.end(), numbers[i],

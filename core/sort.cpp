@@ -110,13 +110,13 @@ std::vector<Item> ItemsOf(const std::vector<Entry<T>>& list, Key key, bool exact
   return items;
 }
 
-// What the passes of the header come to: the record at the front of the rest stays there while those of its
-// class that come before it are brought forward one by one, and then leaves itself. So each class is a queue
-// in its final order.
+// One pass as the header describes it, without moving records one by one. Where a place holds a record, all
+// records of its class that come before it are brought forward to it first, in their final order. So each
+// class is a queue in its final order, and every place lets its queue out up to its own record.
 template <class T>
 void BringForward(std::vector<Entry<T>>& list, const std::vector<Item>& items) {
-  // Place of a record within all queues; start of its queue; at that start, the first of the queue that has
-  // not left.
+  // By place in the list: where the record stands in `items`, which holds the queues one behind the other,
+  // and where its queue starts there. By that start: the first record of the queue that has not left it.
   std::vector<uint32_t> rank(list.size()), start(list.size()), next(list.size());
   for (uint32_t i = 0, begin = 0; i < items.size(); ++i) {
     if (items[i].group != items[begin].group) begin = i;
@@ -132,7 +132,7 @@ void BringForward(std::vector<Entry<T>>& list, const std::vector<Item>& items) {
   list = std::move(result);
 }
 
-// True when records that the order does not tell apart are equal, too.
+// True when records that stand alike in the order are equal for the later keys as well.
 bool OrderIsExact(SatelliteKey key) {
   return key != SatelliteKey::kName;
 }
@@ -161,7 +161,7 @@ void SortList(std::vector<T*>& records, const SortKeys<Key>& options) {
     const Key key = options.keys[i];
     const bool last = i + 1 == options.keys.size();
     const std::vector<Item> items = ItemsOf(list, key, false, options.descending);
-    // The items know the classes of this pass; the list may learn those of the next one before it is moved.
+    // This pass has its classes in `items`, so the list may get those of the next pass before it is moved.
     if (!last && OrderIsExact(key)) NumberClasses(list, items);
     if (!last && !OrderIsExact(key)) NumberClasses(list, ItemsOf(list, key, true, false));
     if (!LeavesOrder(key, options.descending)) BringForward(list, items);

@@ -51,7 +51,7 @@ void Apply(const TableChange& change, Table& table, bool forward) {
                   : ApplyDelta(table, deltas.subspan(change.forth_size), change.before_size);
 }
 
-// Nothing has no tables; as many empty ones stand for it in a comparison.
+// An SDB that is not there has no tables: it is compared as if it had empty ones.
 void ComparePart(uint32_t part, const StateTables& present, const StateTables& after,
                  std::vector<PartChange>& parts) {
   if (present == after) return;
@@ -69,7 +69,7 @@ void ComparePart(uint32_t part, const StateTables& present, const StateTables& a
 }
 
 void ApplyPart(const PartChange& change, StateTables& tables, bool forward) {
-  if (tables.empty()) tables.resize(kSdbStateTables);  // an SDB comes back
+  if (tables.empty()) tables.resize(kSdbStateTables);  // the SDB was not there
   for (const TableChange& table : change.tables) Apply(table, tables.at(table.table), forward);
 }
 

@@ -85,7 +85,7 @@ void WriteLsd(const StaticDatabase& database, std::span<uint8_t> image) {
   }
 }
 
-// Writes both tables; gives back where each service stands in its table.
+// Writes both tables. The result says where each service stands in its table.
 Places<Service> WriteTables(const StaticDatabase& database, const AdbLayout& layout,
                             std::span<uint8_t> image) {
   Places<Service> positions(database.service_pool);
@@ -211,7 +211,7 @@ constexpr const char* kLsdFailure = "File write access error :- LSD Partition";
 constexpr const char* kTableFailure = "File write-access error";
 constexpr const char* kNodvbFailure = "File write access error :- Nodvb Partition";
 
-// The converter speaks for what it refuses; for its files it is spoken here.
+// The converter tells by itself why it refuses an image; a file that cannot be written is told of here.
 bool MakeUrt(const Context& context, const ConversionParameters& parameters,
              const ImageDescription& description, std::span<const uint8_t> image, const char* name) {
   Bytes urt;

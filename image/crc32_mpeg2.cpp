@@ -89,15 +89,15 @@ VEXA_FOLDS __m128i Load(const uint8_t* bytes) {
   return Reversed(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes)));
 }
 
-// What `lane` is worth `next`'s distance behind it, joined with `next`. `powers` are those of that distance:
-// for the upper half of the lane, and for the lower.
+// Sixteen bytes with the CRC of `lane` and, some distance behind it, `next`. `powers` are x to the power of
+// that distance in bits: above for the upper half of the lane, below for the lower.
 VEXA_FOLDS __m128i Fold(__m128i lane, __m128i powers, __m128i next) {
   const __m128i upper = _mm_clmulepi64_si128(lane, powers, 0x11);
   const __m128i lower = _mm_clmulepi64_si128(lane, powers, 0x00);
   return _mm_xor_si128(_mm_xor_si128(upper, lower), next);
 }
 
-// Of at least kFoldedAtOnce bytes: folds them into sixteen that have the same CRC.
+// The CRC of at least kFoldedAtOnce bytes: folds them into sixteen bytes that have the same CRC.
 VEXA_FOLDS uint32_t CrcByFolding(std::span<const uint8_t> bytes, uint32_t crc) {
   constexpr uint32_t kFarUpper = PowerOfBits(512 + 64), kFarLower = PowerOfBits(512);
   constexpr uint32_t kNearUpper = PowerOfBits(128 + 64), kNearLower = PowerOfBits(128);
@@ -131,7 +131,8 @@ uint32_t Crc32Mpeg2(std::span<const uint8_t> bytes, uint32_t crc) {
 }
 
 uint32_t JoinCrc32Mpeg2(uint32_t crc_a, uint32_t crc_b, uint64_t length_b) {
-  // The start value of B's own CRC has gone through all of B: taken out and A's put in its place.
+  // The CRC of B began with kCrcStart, which has gone through all of B: its part is taken out, and that of
+  // the CRC of A put in its place.
   return Multiply(crc_a ^ kCrcStart, PowerOfBytes(length_b)) ^ crc_b;
 }
 

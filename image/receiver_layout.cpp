@@ -11,8 +11,8 @@ namespace {
 
 constexpr size_t kMaximumWords = 9;
 
-// `width` bits of a record's word that stand elsewhere in the entry. Inverted ones are stored as their
-// complement.
+// `width` bits of a record's word that stand elsewhere in the entry; inverted ones are stored as their
+// complement. In this order: word and lowest bit in the record, word and lowest bit in the entry, width.
 struct Move {
   uint8_t record_word, record_bit, entry_word, entry_bit, width;
   bool inverted = false;
@@ -31,14 +31,14 @@ struct Layout {
 constexpr Move kLnbMoves[] = {
     {0, 0, 0, 0, 30},   // frequencies, type
     {0, 30, 1, 27, 1},  // power
-    {0, 31, 1, 28, 1},  //
+    {0, 31, 1, 28, 1},  // kept bits
     {1, 2, 1, 17, 3},   // DiSEqC switch
     {1, 5, 1, 20, 5},   // plain switch
     {1, 10, 1, 25, 2},  // tone-burst switch
     {1, 15, 1, 12, 2},  // 22 kHz tone
     {1, 17, 1, 14, 2},  // switch type
     {1, 19, 1, 16, 1},  // motor
-    {1, 20, 1, 0, 12},  //
+    {1, 20, 1, 0, 12},  // kept bits
 };
 constexpr Move kSatelliteMoves[] = {
     {0, 0, 0, 0, 16},    // carrier count
@@ -47,8 +47,8 @@ constexpr Move kSatelliteMoves[] = {
     {1, 0, 0, 31, 1},    // user
     {1, 1, 0, 30, 1},    // East
     {1, 2, 1, 0, 12},    // angle
-    {1, 14, 0, 24, 2},   //
-    {1, 16, 1, 16, 16},  //
+    {1, 14, 0, 24, 2},   // kept bits
+    {1, 16, 1, 16, 16},  // kept bits
 };
 constexpr Move kCarrierMoves[] = {
     {0, 0, 0, 0, 24},    // symbol rate
@@ -58,13 +58,13 @@ constexpr Move kCarrierMoves[] = {
     {8, 0, 1, 0, 32},    // frequency
     {1, 0, 2, 0, 32},    // first service, service count
     {2, 0, 3, 0, 10},    // satellite
-    {2, 16, 3, 16, 16},  //
+    {2, 16, 3, 16, 16},  // kept bits
 };
 constexpr Move kServiceMoves[] = {
     {1, 0, 0, 0, 32},         // video and audio PID
     {2, 0, 1, 0, 16},         // PCR PID, type
     {2, 16, 1, 16, 1, true},  // free: scrambled in the receiver
-    {2, 17, 1, 17, 15},       //
+    {2, 17, 1, 17, 15},       // kept bits
     {0, 0, 2, 0, 16},         // program number
     {0, 16, 2, 16, 12},       // carrier
 };

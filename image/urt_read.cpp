@@ -29,7 +29,7 @@ struct Frame {
   std::span<const uint8_t> body;
 };
 
-// The next frame; nothing at the end of what can be followed.
+// The next frame; nothing, with a finding, when the file cannot be followed from here on.
 std::optional<Frame> NextFrame(ByteReader& reader, UrtContent& content) {
   const uint64_t offset = reader.position();
   const FrameView frame = LookAtFrame(reader.Rest());
@@ -44,12 +44,12 @@ std::optional<Frame> NextFrame(ByteReader& reader, UrtContent& content) {
         Format("The frame's checksum is %08X, its bytes give %08X.", frame.stated, frame.sum));
   }
   if (frame.end != kEtx) Add(content, offset, Format("The frame ends with %02X, not 03.", frame.end));
-  // With both wrong the length itself is in doubt, and with it where the next frame begins.
+  // With a wrong sum and a wrong end the length itself is in doubt, and with it where the next frame begins.
   if (frame.sum != frame.stated && frame.end != kEtx) return std::nullopt;
   return Frame{offset, frame.payload};
 }
 
-// The name's length is stored modulo 16: found as the one that makes name and block table fill the body.
+// The length of the name, which is stored modulo 16: the one with which name and block table fill the body.
 std::optional<size_t> NameLength(std::span<const uint8_t> body) {
   for (size_t length = body[8] & 15; 36 + length <= body.size(); length += 16) {
     const size_t at = 29 + length;

@@ -18,7 +18,7 @@ namespace {
 constexpr const char* kTitle = "URT Conversion";
 constexpr size_t kPacketHeader = 12;
 
-// Of `length` bytes the first `stored` are stored ones.
+// A block of the image. The first `stored` of its `length` bytes are stored ones, the others fill or header.
 struct Block {
   uint64_t offset = 0;
   uint32_t length = 0, packets = 0, crc = 0, stored = 0, stored_crc = 0;
@@ -57,7 +57,7 @@ struct Prepared {
   bool read_failed = false;  // while it was written
 
   uint64_t size() const { return stored.size + tail.size(); }
-  // What of the block, from `offset` in it on, is behind the stored bytes.
+  // `length` bytes of the fill and header that are in the block, from its byte `offset` on.
   std::span<const uint8_t> Tail(const Block& block, uint32_t offset, size_t length) const {
     if (length == 0) return {};
     return std::span(tail).subspan(static_cast<size_t>(block.offset + offset - stored.size), length);
@@ -123,8 +123,8 @@ Bytes PlainHeader(const ConversionParameters& parameters, const ImageDescription
   return std::move(header.bytes());
 }
 
-// Cuts `size` bytes into blocks, each with the CRC of what of it is stored, and joins these to the CRC of all
-// stored bytes. False when they cannot be read.
+// Cuts `size` bytes into blocks. Each gets the CRC of its stored bytes; joined they make the CRC of all
+// stored bytes. False when those cannot be read.
 bool CutBlocks(const ConversionParameters& parameters, uint64_t size, Prepared& prepared,
                uint32_t& stored_crc) {
   const Source& source = prepared.stored;

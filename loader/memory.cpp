@@ -26,7 +26,7 @@ bool ParseName(const std::string& name, size_t& space, uint32_t& address) {
   return name == NameOf(space, address);
 }
 
-// Cuts the range out of all pieces.
+// Takes the addresses from `start` to below `end` out of all pieces.
 void Clear(std::map<uint32_t, Bytes>& pieces, uint64_t start, uint64_t end) {
   std::map<uint32_t, Bytes> kept;
   for (auto& [address, bytes] : pieces) {

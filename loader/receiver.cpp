@@ -41,7 +41,7 @@ void BeginFile(Receiver& receiver) {
 }
 
 void WakeUp(Receiver& receiver, uint64_t now, bool download) {
-  if (receiver.state != LoaderState::kWoken) receiver.out.clear();  // but one XON for each message
+  if (receiver.state != LoaderState::kWoken) receiver.out.clear();  // each wake-up message gets its own XON
   receiver.download = download;
   receiver.state = LoaderState::kWoken;
   receiver.upload_open = false;
@@ -84,7 +84,7 @@ void EndSession(Receiver& receiver) {
   Note(receiver, "session ended");
 }
 
-// In the middle of a transfer, at a frame that was taken or asked for.
+// Whether a fault ends the transfer at this frame, which was taken or asked for.
 bool GoesWrong(Receiver& receiver) {
   if (FaultOccurs(receiver, receiver.faults.silence)) {
     Note(receiver, "fault: silent from now on");
@@ -104,7 +104,7 @@ void TakeRegionControl(Receiver& receiver, uint64_t now, uint8_t byte) {
   if ((byte != kEnq && byte != kNak) || GoesWrong(receiver)) return;
   receiver.repeats = 0;
   if (byte == kNak) {
-    // One that is still waiting to go out is the answer.
+    // A frame that has not left yet is the answer.
     if (receiver.region_frame >= 0 && receiver.out.empty()) SendRegionFrame(receiver, now, 50);
     return;
   }
@@ -133,7 +133,7 @@ void FailUpload(Receiver& receiver, const std::string& why) {
   receiver.in.clear();
 }
 
-// The first frame says how many there are. False when it is none that can be followed.
+// Reads how many frames the file has from its first one. False when that one makes no sense.
 bool ReadFirstFrame(Receiver& receiver, const Bytes& payload) {
   ByteReader reader(payload);
   if (receiver.download) {

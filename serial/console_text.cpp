@@ -32,7 +32,7 @@ bool FollowFrame(HexadecimalRows& rows, uint8_t byte) {
   rows.head.push_back(byte);
   const FrameView frame = LookAtFrame(rows.head);
   if (!frame.length) return false;
-  // A length that no frame has: only a byte that looked like a start.
+  // No frame is as long as that: the byte only looked like the start of one.
   if (*frame.length <= kMaximumFrame) rows.frame_left = frame.size() - kFrameHead;
   rows.head.clear();
   return false;
@@ -130,7 +130,7 @@ std::string ClockStamp() {
     const auto since = std::chrono::system_clock::now().time_since_epoch();
     return std::chrono::duration_cast<milliseconds>(since).count();
   };
-  // Both clocks within one second.
+  // The two clocks must be read within one second.
   for (;;) {
     const auto before = now();
     const LocalTime time = LocalTimeNow();

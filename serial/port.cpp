@@ -46,7 +46,7 @@ struct PortReader {
 
 namespace {
 
-// A reader that was stopped may come out of the driver when its owner is no more.
+// Tells the owner, unless the reader was stopped: it may come out of the driver when its owner is gone.
 void TellOwner(const PortReader& reader, const std::string& text, Icon icon = Icon::kStop) {
   if (!reader.stop) TellPort(reader.messages, text, icon);
 }
@@ -80,14 +80,14 @@ void ReportCommEvent(PortReader& reader, uint32_t mask) {
   if (!(mask & kEventError)) CheckComStatus(reader, false);
 }
 
-// What failed once will fail again: not more than twice a second.
+// Waits half a second, or until the reader is stopped: a call that failed at once would fail again and again.
 void PauseReader(PortReader& reader) {
   std::unique_lock hold(reader.lock);
   reader.changed.wait_for(hold, std::chrono::milliseconds(kIdleWait), [&] { return reader.stop.load(); });
 }
 
-// A read that ends without a byte, or fails in the end, is one of a line that was hung up: it is looked at as
-// after a time-out.
+// A read that ends without a byte, or fails in the end, means that the line was hung up: its state is looked
+// at as after a time-out.
 void ReadNothing(PortReader& reader) {
   if (reader.stop) return;
   CheckModemStatus(reader, false);

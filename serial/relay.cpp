@@ -77,7 +77,7 @@ Messages RelayedMessages(Relay& relay, const Messages& messages) {
   Messages relayed;
   relayed.tell = [&relay, tell = messages.tell](Icon icon, const std::string& text,
                                                 const std::string& title) {
-    // Copies: whoever is let go by Close does not wait for the box.
+    // With copies of the texts: a thread that Close lets go is away before the box has shown them.
     relay.Call([tell, icon, text, title] { tell(icon, text, title); });
   };
   relayed.ask = [&relay, ask = messages.ask](const std::string& text, const std::string& title,
@@ -91,7 +91,7 @@ Messages RelayedMessages(Relay& relay, const Messages& messages) {
 }
 
 void TransferMeter::Sample(double seconds, uint64_t bytes, uint64_t position, uint64_t range) {
-  // Another file or region begins anew.
+  // Another file or region is measured from its beginning.
   if (range != range_ || (!readings_.empty() && position < readings_.back().position)) readings_.clear();
   range_ = range;
   readings_.push_back({seconds, bytes, position});

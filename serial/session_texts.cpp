@@ -7,7 +7,7 @@ namespace vexa {
 namespace {
 
 constexpr const char* kGap = "   ";
-constexpr double kSilence = 2;  // s without an answer that are no news yet
+constexpr double kSilence = 2;  // s without an answer before the line says so
 
 bool IsDone(const TransferSession& session) {
   const Transfer& transfer = session.transfer;
@@ -15,7 +15,7 @@ bool IsDone(const TransferSession& session) {
   return transfer.receive_outcome == 1 && transfer.decoded;
 }
 
-// The first line: the status line has but one.
+// The status line has room for one line of a text.
 std::string FirstLine(const std::string& text) {
   return text.substr(0, text.find('\n'));
 }

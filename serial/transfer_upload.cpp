@@ -111,7 +111,7 @@ bool WakeUpReceiver(Transfer& transfer, std::span<const uint8_t> message) {
 bool PollForAck(Transfer& transfer, const UploadStyle& style) {
   Deadline deadline;
   Restart(transfer, deadline);
-  // Nobody answers what was not sent.
+  // What arrived before the first ETB answers nothing.
   if (!transfer.polled.exchange(true)) transfer.ack = transfer.enq = transfer.nak = false;
   while (!transfer.ack) {
     if (transfer.cancel) return false;
