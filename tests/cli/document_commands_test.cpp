@@ -10,23 +10,9 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 struct DocumentCommands : CliTest {
-  Document document = NewDocument();
+  Document document = SmallDocument();
   void SetUp() override {
-    StaticDatabase& database = *document.sdbs[0].database;
-    database.lnb_count = 1;
-    for (int i = 0; i < 2; ++i) {
-      Satellite* satellite = AddTestSatellite(database, Format("Sat%d", i + 1));
-      satellite->record.angle = i == 0 ? 100 : 130;
-      satellite->record.position = 255;
-      Carrier* carrier = AddTestCarrier(database, static_cast<size_t>(i));
-      carrier->record.frequency = 11700;
-      SetName(carrier->record.name, "C1");
-      for (uint32_t p = 1; p <= 2; ++p) {
-        Service* service = AddTestService(database, carrier);
-        service->record.program_number = p & 0xFFFF;
-        SetName(service->record.name, Format("P%u", p));
-      }
-    }
+    document.ubis.clear();  // a document of one SDB has none
     Save(document, "a.bin");
   }
 };
@@ -61,14 +47,14 @@ TEST_F(DocumentCommands, ADocumentThatDoesNotFitMakesNothing) {
 }
 
 TEST_F(DocumentCommands, SetThenDiffTellsTheAssignments) {
-  ASSERT_EQ(Vexa("set @a.bin -o @b.bin 'satellite all' position=1.. 'satellite 2 carrier 1' fec=3/4").status,
+  ASSERT_EQ(Vexa("set @a.bin -o @b.bin 'satellite all' position=3.. 'satellite 2 carrier 1' fec=3/4").status,
             0);
   const ProgramResult diff = Vexa("diff @a.bin @b.bin");
   EXPECT_EQ(diff.status, 1);
   EXPECT_EQ(diff.output,
-            "~ SDB1 satellite 1 Sat1: position 255 -> 1\n"
-            "~ SDB1 satellite 2 Sat2: position 255 -> 2\n"
-            "~ SDB1 satellite 2 carrier 1 C1: fec 0 -> 3\n");
+            "~ SDB1 satellite 1 S1: position 1 -> 3\n"
+            "~ SDB1 satellite 2 S2: position 2 -> 4\n"
+            "~ SDB1 satellite 2 carrier 1 S2C1: fec 0 -> 3\n");
   EXPECT_EQ(
       Vexa("diff @a.bin @b.bin --summary").output,
       "lnbs: 0 added, 0 removed, 0 changed, 0 moved\nsatellites: 0 added, 0 removed, 2 changed, 0 moved\n"
@@ -76,7 +62,7 @@ TEST_F(DocumentCommands, SetThenDiffTellsTheAssignments) {
       "favourites: 0 added, 0 removed, 0 changed, 0 moved\nubis: 0 added, 0 removed, 0 changed, 0 moved\n");
   const auto json = nlohmann::json::parse(Vexa("diff @a.bin @b.bin --json").output);
   EXPECT_EQ(json["schema"], "vexa-diff/1");
-  EXPECT_EQ(json["differences"][1]["fields"]["position"], nlohmann::json({255, 2}));
+  EXPECT_EQ(json["differences"][1]["fields"]["position"], nlohmann::json({2, 4}));
   EXPECT_TRUE(json["differences"][1]["from"].is_null());
   EXPECT_EQ(Vexa("diff @b.bin @b.bin").status, 0);
 }
@@ -107,9 +93,10 @@ TEST_F(DocumentCommands, SortLikeTakesAnOldOrder) {
   ASSERT_EQ(Vexa("sort @a.bin -o @b.bin --satellites name --descending").status, 0);
   const ProgramResult like = Vexa("sort --like @a.bin @b.bin -o @c.bin");
   EXPECT_EQ(like.status, 0);
-  EXPECT_EQ(like.errors,
-            "info: 2 of 2 satellites, 2 of 2 carriers, 4 of 4 services matched; 0 favourite entries taken, 0 "
-            "left out\n");
+  EXPECT_EQ(
+      like.errors,
+      "info: 2 of 2 satellites, 4 of 4 carriers, 12 of 12 services matched; 0 favourite entries taken, 0 "
+      "left out\n");
   EXPECT_EQ(Vexa("diff @a.bin @c.bin").status, 0);
   EXPECT_EQ(Vexa("sort --like @a.bin @b.bin -o @a.bin").status, 2);
   EXPECT_EQ(Vexa("sort --like @a.bin @b.bin --services name -o @c.bin").status, 2);
@@ -118,22 +105,22 @@ TEST_F(DocumentCommands, SortLikeTakesAnOldOrder) {
 TEST_F(DocumentCommands, DoublesAreFindingsWhenAskedFor) {
   StaticDatabase& database = *document.sdbs[0].database;
   database.satellites[1]->record.angle = 100;
-  AddTestCarrier(database, 0)->record.frequency = 11703;
-  SetName(database.satellites[0]->carriers[0]->services[1]->record.name, "P1");
+  AddTestCarrier(database, 0)->record.frequency = 11003;
+  SetName(database.satellites[0]->carriers[0]->services[1]->record.name, "S1C1P1");
   database.favourites[1].tv = {database.services[0], database.services[1], database.services[0]};
   Save(document, "a.bin");
   const std::string plain = Vexa("check @a.bin").output, all = Vexa("check @a.bin --duplicates").output;
   EXPECT_THAT(plain, Not(HasSubstr("Same ")));
   for (const char* const line :
        {"SDB1 satellite 2: Same orbital position as satellite 1.\n",
-        "SDB1 satellite 1 carrier 2: Same frequency and polarization as carrier 1.\n",
+        "SDB1 satellite 1 carrier 3: Same frequency and polarization as carrier 1.\n",
         "SDB1 satellite 1 carrier 1 service 2: Same name as service 1.\n",
         "SDB1 TV group 2: Entry 3 is the same as entry 1.\n"})
     EXPECT_THAT(all, HasSubstr(line));
   const auto json = nlohmann::json::parse(Vexa("check @a.bin --json").output);
   EXPECT_EQ(json["findings"].size(), static_cast<size_t>(std::count(plain.begin(), plain.end(), '\n')));
   const auto info = nlohmann::json::parse(Vexa("info @a.bin --json").output);
-  EXPECT_EQ(info["sdbs"][0]["carriers"], 3);
+  EXPECT_EQ(info["sdbs"][0]["carriers"], 5);
   EXPECT_EQ(info["bytes"], Get("a.bin").size());
 }
 

@@ -192,6 +192,36 @@ Service* AddTestService(StaticDatabase& database, Carrier* carrier) {
   return service;
 }
 
+Document SmallDocument() {
+  Document document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+  database.lnb_count = 2;
+  for (int s = 0; s < 2; ++s) {
+    Satellite* satellite = AddTestSatellite(database, Format("S%d", s + 1));
+    satellite->record.angle = s == 0 ? 100 : 130;
+    satellite->record.east = 1;
+    satellite->record.position = static_cast<uint8_t>(s + 1);
+    for (int c = 0; c < 2; ++c) {
+      Carrier* carrier = AddTestCarrier(database, static_cast<size_t>(s));
+      carrier->record.frequency = 11000 + 40 * static_cast<uint32_t>(c);
+      carrier->record.symbol_rate = 27500;
+      SetName(carrier->record.name, Format("S%dC%d", s + 1, c + 1));
+      for (int p = 0; p < 3; ++p) {
+        Service* service = AddTestService(database, carrier);
+        service->record.program_number = static_cast<uint16_t>(p + 1);
+        service->record.type = kTv;
+        service->record.video_pid = service->record.audio_pid = service->record.pcr_pid = 100;
+        SetName(service->record.name, Format("S%dC%dP%d", s + 1, c + 1, p + 1));
+      }
+    }
+  }
+  OpenUbi box;
+  box.name = "Box";
+  box.record.rf_channel = 30;
+  document.ubis.push_back(box);
+  return document;
+}
+
 std::unique_ptr<StaticDatabase> MakeRandomDatabase(std::mt19937& random, const RandomShape& shape) {
   auto database = std::make_unique<StaticDatabase>();
   database->lnb_count = static_cast<uint32_t>(shape.lnbs);

@@ -29,6 +29,10 @@ Carrier* AddTestCarrier(StaticDatabase& database, size_t satellite);
 Service* AddTestService(StaticDatabase& database, Carrier* carrier);
 Satellite* AddTestSatellite(StaticDatabase& database, const std::string& name);
 
+// One SDB of satellites "S1" 10.0 East and "S2" 13.0 East, two carriers each ("S1C1" ..), three services each
+// ("S1C1P1" ..), and a UBI "Box".
+Document SmallDocument();
+
 template <class T>
 std::vector<std::string> NamesOf(const std::vector<T*>& records) {
   std::vector<std::string> names;
