@@ -95,9 +95,4 @@ void Trace::Line(const std::string& text) {
   std::fflush(file_);
 }
 
-void Trace::Flush() {
-  const std::lock_guard hold(lock_);
-  if (file_) std::fflush(file_);
-}
-
 }  // namespace vexa

@@ -29,8 +29,6 @@ class Trace {
   void Bytes(bool from_pc, std::span<const uint8_t> bytes);
   // A line of text with its time.
   void Line(const std::string& text);
-  // What was recorded so far is in the file when this returns.
-  void Flush();
   // Ends the record. The system's reason when not all of it could be written; else empty, as without a file.
   std::string Close();
 
