@@ -23,8 +23,10 @@
 //    8  4  size of the stream
 //   12  4  its size as stored
 //   16  4  offset of the stream from the start of the file, the payload not being compressed
-//   20  2  16 LNBs            24  2  number of carriers
-//   22  2  85 satellites      26  2  number of services; all four are 0 for the user box records
+//   20  2  16, the LNBs; this and what follows is 0 for the user box records
+//   22  2  85, the satellites
+//   24  2  number of carriers
+//   26  2  number of services
 // The streams follow in the order of the directory.
 //
 // SDB stream: a header of 24 bytes
