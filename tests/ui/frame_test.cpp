@@ -11,6 +11,7 @@
 #include "core/messages.h"
 #include "core/out_of_memory.h"
 #include "import/text_export.h"
+#include "tests/support/access_key.h"
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"

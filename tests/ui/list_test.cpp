@@ -6,6 +6,7 @@
 
 #include "core/bin_file.h"
 #include "core/messages.h"
+#include "tests/support/access_key.h"
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"

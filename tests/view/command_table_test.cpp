@@ -8,6 +8,8 @@
 #include <set>
 #include <string>
 
+#include "tests/support/access_key.h"
+
 namespace vexa {
 
 namespace {
@@ -91,20 +93,6 @@ TEST(CommandTable, MenusAreWellFormed) {
       open = row.depth + (row.kind == MenuRowKind::kPopup ? 1 : 0);
     }
   }
-}
-
-// The access key of a menu text in upper case; 0 for none.
-char AccessKey(std::string_view text) {
-  for (size_t i = 0; i + 1 < text.size() && text[i] != '\t'; ++i) {
-    if (text[i] != '&') continue;
-    if (text[i + 1] == '&') {
-      ++i;
-      continue;
-    }
-    const char key = text[i + 1];
-    return key >= 'a' && key <= 'z' ? static_cast<char>(key - 'a' + 'A') : key;
-  }
-  return 0;
 }
 
 TEST(CommandTable, NoAccessKeyTwiceInOneMenu) {
