@@ -208,6 +208,12 @@ void Form::End(bool accepted) const {
   EndDialog(window, accepted ? IDOK : IDCANCEL);
 }
 
+std::vector<std::string> NamesOfCodes(std::string (*name)(uint32_t), uint32_t count) {
+  std::vector<std::string> names;
+  for (uint32_t i = 0; i < count; ++i) names.push_back(name(i));
+  return names;
+}
+
 bool RunForm(Application& app, int id, FormActions actions) {
   OpenForm open{app, id, std::move(actions)};
   return DialogBoxParamW(app.instance, MAKEINTRESOURCEW(id), OwnerWindow(app), FormProcedure,

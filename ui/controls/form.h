@@ -76,6 +76,9 @@ struct FormActions {
   std::function<void(Form&)> resized;  // the anchored controls have followed
 };
 
+// What the codes 0 to `count` - 1 of a field are called, for a combo box.
+std::vector<std::string> NamesOfCodes(std::string (*name)(uint32_t), uint32_t count);
+
 // Runs the modal dialog of the resource `id`; true when it ended accepted. F1 and the button IDHELP show its
 // page of the help.
 bool RunForm(Application& app, int id, FormActions actions);

@@ -99,7 +99,7 @@ int BoxControl(int field) {
   }
 }
 
-bool Accept(EditorWindow& editor, const Form& form, const std::function<std::optional<Refusal>()>& store) {
+bool AcceptBox(EditorWindow& editor, const Form& form, const std::function<std::optional<Refusal>()>& store) {
   std::optional<Refusal> refusal;
   ChangeDocument(editor, [&] { return !(refusal = store()); });
   if (refusal) form.Refuse(*refusal, BoxControl(refusal->field));
@@ -201,7 +201,7 @@ bool EditSdb(EditorWindow& editor, size_t sdb) {
     form.Focus(IDC_RECORD_NAME);
   };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form, [&] { return StoreSdbName(form.Text(IDC_RECORD_NAME), open); });
+    return AcceptBox(editor, form, [&] { return StoreSdbName(form.Text(IDC_RECORD_NAME), open); });
   };
   return RunForm(*editor.app, IDD_EDIT_SDB, actions);
 }
@@ -213,7 +213,7 @@ bool EditUserBox(EditorWindow& editor, size_t ubi) {
   FormActions actions;
   actions.open = [&](Form& form) { ShowUbi(form, shown); };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form, [&] { return StoreUbi(TakenUbi(form, shown), open); });
+    return AcceptBox(editor, form, [&] { return StoreUbi(TakenUbi(form, shown), open); });
   };
   return RunForm(*editor.app, IDD_USER_BOX, actions);
 }

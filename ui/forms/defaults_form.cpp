@@ -10,28 +10,22 @@ namespace vexa {
 
 namespace {
 
-std::vector<std::string> NamesOf(std::string (*name)(uint32_t), uint32_t count) {
-  std::vector<std::string> names;
-  for (uint32_t i = 0; i < count; ++i) names.push_back(name(i));
-  return names;
-}
-
-void ShowSelection(const Form& form, uint32_t switch_type, uint32_t selection) {
+void ShowDefaultSelection(const Form& form, uint32_t switch_type, uint32_t selection) {
   form.Fill(IDC_DEFAULTS_LNB_SELECTION, SwitchChoices(switch_type), static_cast<int>(selection));
 }
 
-void ShowLnb(const Form& form, const LnbForm& lnb) {
+void ShowDefaultLnb(const Form& form, const LnbForm& lnb) {
   form.SetText(IDC_DEFAULTS_LNB_FREQUENCY1, lnb.frequency1);
   form.SetText(IDC_DEFAULTS_LNB_FREQUENCY2, lnb.frequency2);
-  form.Fill(IDC_DEFAULTS_LNB_TYPE, NamesOf(LnbTypeName, 4), static_cast<int>(lnb.type));
+  form.Fill(IDC_DEFAULTS_LNB_TYPE, NamesOfCodes(LnbTypeName, 4), static_cast<int>(lnb.type));
   form.Check(IDC_DEFAULTS_LNB_POWER, lnb.power != 0);
   form.Fill(IDC_DEFAULTS_LNB_TONE, {"Off", "On", "Auto"}, static_cast<int>(lnb.tone_22khz));
   form.Fill(IDC_DEFAULTS_LNB_SWITCH, {"None", "Tone Burst", "DiSEqC 1.0"}, static_cast<int>(lnb.switch_type));
-  ShowSelection(form, lnb.switch_type, lnb.selection);
+  ShowDefaultSelection(form, lnb.switch_type, lnb.selection);
   form.Check(IDC_DEFAULTS_LNB_MOTOR, lnb.motor != 0);
 }
 
-void ShowSatellite(const Form& form, const SatelliteForm& satellite) {
+void ShowDefaultSatellite(const Form& form, const SatelliteForm& satellite) {
   std::vector<std::string> lnbs;
   for (int i = 1; i <= static_cast<int>(kMaximumLnbs); ++i) lnbs.push_back(Format("LNB%d", i));
   form.Fill(IDC_DEFAULTS_SATELLITE_LNB, lnbs, static_cast<int>(satellite.lnb_index));
@@ -41,37 +35,37 @@ void ShowSatellite(const Form& form, const SatelliteForm& satellite) {
   form.Check(IDC_DEFAULTS_SATELLITE_FACTORY, satellite.factory_default);
 }
 
-void ShowCarrier(const Form& form, const CarrierForm& carrier) {
+void ShowDefaultCarrier(const Form& form, const CarrierForm& carrier) {
   form.SetText(IDC_DEFAULTS_CARRIER_FREQUENCY, carrier.frequency);
   form.SetText(IDC_DEFAULTS_CARRIER_SYMBOL_RATE, carrier.symbol_rate);
-  form.Fill(IDC_DEFAULTS_CARRIER_POLARIZATION, NamesOf(PolarizationName, 4),
+  form.Fill(IDC_DEFAULTS_CARRIER_POLARIZATION, NamesOfCodes(PolarizationName, 4),
             static_cast<int>(carrier.polarization));
-  form.Fill(IDC_DEFAULTS_CARRIER_FEC, NamesOf(FecName, 6), static_cast<int>(carrier.fec));
+  form.Fill(IDC_DEFAULTS_CARRIER_FEC, NamesOfCodes(FecName, 6), static_cast<int>(carrier.fec));
   form.Check(IDC_DEFAULTS_CARRIER_FACTORY, carrier.factory_default);
 }
 
 // Without video, that PID is not asked for.
-void ShowServiceType(const Form& form) {
+void ShowDefaultServiceType(const Form& form) {
   form.Enable(IDC_DEFAULTS_SERVICE_VIDEO, form.Choice(IDC_DEFAULTS_SERVICE_TYPE) == 0);
 }
 
-void ShowService(const Form& form, const ServiceForm& service) {
+void ShowDefaultService(const Form& form, const ServiceForm& service) {
   form.Fill(IDC_DEFAULTS_SERVICE_TYPE, {"TV", "Radio"}, service.type == kTv ? 0 : 1);
   form.Check(IDC_DEFAULTS_SERVICE_SCRAMBLED, !service.free);
   form.SetText(IDC_DEFAULTS_SERVICE_VIDEO, service.video_pid);
   form.SetText(IDC_DEFAULTS_SERVICE_AUDIO, service.audio_pid);
   form.SetText(IDC_DEFAULTS_SERVICE_PCR, service.pcr_pid);
-  ShowServiceType(form);
+  ShowDefaultServiceType(form);
 }
 
-void Show(const Form& form, const DefaultsForm& defaults) {
-  ShowLnb(form, defaults.lnb);
-  ShowSatellite(form, defaults.satellite);
-  ShowCarrier(form, defaults.carrier);
-  ShowService(form, defaults.service);
+void ShowDefaults(const Form& form, const DefaultsForm& defaults) {
+  ShowDefaultLnb(form, defaults.lnb);
+  ShowDefaultSatellite(form, defaults.satellite);
+  ShowDefaultCarrier(form, defaults.carrier);
+  ShowDefaultService(form, defaults.service);
 }
 
-DefaultsForm Taken(const Form& form) {
+DefaultsForm TakenDefaults(const Form& form) {
   DefaultsForm taken;
   taken.lnb.frequency1 = form.Text(IDC_DEFAULTS_LNB_FREQUENCY1);
   taken.lnb.frequency2 = form.Text(IDC_DEFAULTS_LNB_FREQUENCY2);
@@ -131,7 +125,7 @@ void Open(const Form& form) {
     form.Limit(id, 5);
   int title = IDC_DEFAULTS_PID_TITLE;
   for (const char* text : PidHeaders(hexadecimal)) form.SetText(title++, text);
-  Show(form, DefaultsFormOf(form.app.defaults, hexadecimal));
+  ShowDefaults(form, DefaultsFormOf(form.app.defaults, hexadecimal));
 }
 
 }  // namespace
@@ -140,13 +134,14 @@ void ShowDefaultValues(Application& app) {
   FormActions actions;
   actions.open = [](Form& form) { Open(form); };
   actions.command = [&](Form& form, int id, int code) {
-    if (id == IDC_DEFAULTS_LNB_SWITCH && code == CBN_SELCHANGE) ShowSelection(form, form.Code(id), 0);
-    if (id == IDC_DEFAULTS_SERVICE_TYPE && code == CBN_SELCHANGE) ShowServiceType(form);
+    if (id == IDC_DEFAULTS_LNB_SWITCH && code == CBN_SELCHANGE) ShowDefaultSelection(form, form.Code(id), 0);
+    if (id == IDC_DEFAULTS_SERVICE_TYPE && code == CBN_SELCHANGE) ShowDefaultServiceType(form);
     if (id == IDC_DEFAULTS_FACTORY && code == BN_CLICKED)
-      Show(form, DefaultsFormOf(FactoryDefaults(), app.hexadecimal));
+      ShowDefaults(form, DefaultsFormOf(FactoryDefaults(), app.hexadecimal));
   };
   actions.accept = [&](Form& form) {
-    const auto refusal = StoreDefaults(app.context.messages, Taken(form), app.hexadecimal, app.defaults);
+    const auto refusal =
+        StoreDefaults(app.context.messages, TakenDefaults(form), app.hexadecimal, app.defaults);
     if (refusal) {
       form.Refuse(*refusal, DefaultsControl(refusal->field));
       return false;

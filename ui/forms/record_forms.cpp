@@ -15,12 +15,6 @@ namespace {
 
 constexpr int kNameLength = static_cast<int>(kNameSize) - 1;
 
-std::vector<std::string> NamesOf(std::string (*name)(uint32_t), uint32_t count) {
-  std::vector<std::string> names;
-  for (uint32_t i = 0; i < count; ++i) names.push_back(name(i));
-  return names;
-}
-
 int RecordControl(int field) {
   switch (field) {
     case kFieldOscillator1:
@@ -64,7 +58,7 @@ void ShowLnb(const Form& form, const LnbForm& lnb) {
   for (const int id : {IDC_LNB_FREQUENCY1, IDC_LNB_FREQUENCY2}) form.Limit(id, 5);
   form.SetText(IDC_LNB_FREQUENCY1, lnb.frequency1);
   form.SetText(IDC_LNB_FREQUENCY2, lnb.frequency2);
-  form.Fill(IDC_LNB_TYPE, NamesOf(LnbTypeName, 4), static_cast<int>(lnb.type));
+  form.Fill(IDC_LNB_TYPE, NamesOfCodes(LnbTypeName, 4), static_cast<int>(lnb.type));
   form.Check(IDC_LNB_POWER, lnb.power != 0);
   form.Fill(IDC_LNB_TONE, {"Off", "On", "Auto"}, static_cast<int>(lnb.tone_22khz));
   form.Fill(IDC_LNB_SWITCH, {"None", "Tone Burst", "DiSEqC 1.0"}, static_cast<int>(lnb.switch_type));
@@ -122,8 +116,9 @@ void ShowCarrier(const Form& form, const Satellite& satellite, const CarrierForm
   form.SetText(IDC_RECORD_NAME, carrier.name);
   form.SetText(IDC_CARRIER_FREQUENCY, carrier.frequency);
   form.SetText(IDC_CARRIER_SYMBOL_RATE, carrier.symbol_rate);
-  form.Fill(IDC_CARRIER_POLARIZATION, NamesOf(PolarizationName, 4), static_cast<int>(carrier.polarization));
-  form.Fill(IDC_CARRIER_FEC, NamesOf(FecName, 6), carrier.fec < 6 ? static_cast<int>(carrier.fec) : -1);
+  form.Fill(IDC_CARRIER_POLARIZATION, NamesOfCodes(PolarizationName, 4),
+            static_cast<int>(carrier.polarization));
+  form.Fill(IDC_CARRIER_FEC, NamesOfCodes(FecName, 6), carrier.fec < 6 ? static_cast<int>(carrier.fec) : -1);
   form.Check(IDC_CARRIER_FACTORY, carrier.factory_default);
 }
 

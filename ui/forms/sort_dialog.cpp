@@ -29,7 +29,7 @@ SortChoice TakenChoice(const Form& form, int first) {
   return choice;
 }
 
-SortForm Taken(const Form& form) {
+SortForm TakenSort(const Form& form) {
   SortForm taken;
   taken.satellites = TakenChoice(form, IDC_SORT_SATELLITES);
   taken.carriers = TakenChoice(form, IDC_SORT_CARRIERS);
@@ -56,7 +56,7 @@ void Open(const Form& form, const EditorWindow& editor) {
         SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(Utf8FromLatin(sdb.name)).c_str()));
     if (&sdb == selected) SendMessageW(list, LB_SETSEL, TRUE, place);
   }
-  form.Enable(IDOK, CanSort(Taken(form)));
+  form.Enable(IDOK, CanSort(TakenSort(form)));
 }
 
 bool SortHere(EditorWindow& editor, const SortForm& form) {
@@ -82,9 +82,9 @@ void ShowSort(EditorWindow& editor) {
   actions.anchors = ListAnchors(IDC_SORT_SDBS);
   actions.anchors.push_back({IDHELP, kWhole, kWhole, kWhole, kWhole});
   actions.open = [&](Form& form) { Open(form, editor); };
-  actions.command = [](Form& form, int, int) { form.Enable(IDOK, CanSort(Taken(form))); };
+  actions.command = [](Form& form, int, int) { form.Enable(IDOK, CanSort(TakenSort(form))); };
   actions.accept = [&](Form& form) {
-    const SortForm taken = Taken(form);
+    const SortForm taken = TakenSort(form);
     if (!CanSort(taken)) return false;
     return taken.separate_file ? SortToSeparateFile(editor, taken, form.window) : SortHere(editor, taken);
   };

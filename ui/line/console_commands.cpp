@@ -123,7 +123,7 @@ void ChooseEnding(Application& app) {
   ChangeConsoleOptions(console, options);
 }
 
-constexpr CommandRow kRows[] = {
+constexpr CommandRow kConsoleCommands[] = {
     {kCmdPortload, Portload},
     {kCmdConnect, ToggleConnection},
     {kCmdConsoleUpload, Upload},
@@ -148,7 +148,7 @@ constexpr CommandRow kRows[] = {
 }  // namespace
 
 std::span<const CommandRow> ConsoleCommands() {
-  return kRows;
+  return kConsoleCommands;
 }
 
 uint32_t ConsoleNeeds(const Application& app) {

@@ -165,15 +165,15 @@ void Download(Application& app) {
   OpenEditor(app, std::move(document), {}, true);
 }
 
-constexpr CommandRow kRows[] = {{kCmdUploadAdb, UploadAdb},
-                                {kCmdUploadSdb, UploadSdb},
-                                {kCmdUploadThisSdb, UploadThisSdb},
-                                {kCmdDownload, Download}};
+constexpr CommandRow kTransferCommands[] = {{kCmdUploadAdb, UploadAdb},
+                                            {kCmdUploadSdb, UploadSdb},
+                                            {kCmdUploadThisSdb, UploadThisSdb},
+                                            {kCmdDownload, Download}};
 
 }  // namespace
 
 std::span<const CommandRow> TransferCommands() {
-  return kRows;
+  return kTransferCommands;
 }
 
 }  // namespace vexa

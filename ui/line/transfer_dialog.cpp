@@ -17,7 +17,7 @@ namespace vexa {
 namespace {
 
 constexpr UINT kWork = WM_APP + 1;  // the relay has work
-constexpr UINT_PTR kTimer = 1;
+constexpr UINT_PTR kDialogTimer = 1;
 constexpr UINT kRefresh = 200;  // ms between looks at bar and figures
 constexpr UINT_PTR kCancelSubclass = 1;
 
@@ -109,7 +109,7 @@ void EndTransfer(TransferWindow& window) {
   if (window.ended) return;
   window.ended = true;
   if (window.dialog) {
-    KillTimer(window.dialog, kTimer);
+    KillTimer(window.dialog, kDialogTimer);
     EnableWindow(GetDlgItem(window.dialog, IDCANCEL), FALSE);
     SetCursor(LoadCursorW(nullptr, IDC_WAIT));
   }
@@ -162,7 +162,7 @@ void OpenTransfer(TransferWindow& window, HWND dialog) {
   ShowStatusLine(window);
   SetWindowSubclass(GetDlgItem(dialog, IDCANCEL), CancelProcedure, kCancelSubclass,
                     reinterpret_cast<DWORD_PTR>(&window));
-  SetTimer(dialog, kTimer, kRefresh, nullptr);
+  SetTimer(dialog, kDialogTimer, kRefresh, nullptr);
   // From now on the jobs' work is announced here; what came before waits in the relay.
   window.target = dialog;
   PostMessageW(dialog, kWork, 0, 0);
