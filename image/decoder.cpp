@@ -246,4 +246,10 @@ std::optional<DecodedImage> DecodeDownload(const Context& context, const Project
   return std::nullopt;
 }
 
+bool OpenDecoded(const Context& context, const DecodedImage& decoded, Document& document) {
+  if (!OpenBinBytes(context, decoded.file, document)) return false;
+  document.settings_block = decoded.settings;
+  return true;
+}
+
 }  // namespace vexa

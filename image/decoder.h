@@ -17,7 +17,7 @@ namespace vexa {
 
 struct DecodedImage {
   Bytes file;              // a bare SDB stream of version 6 with a user box record behind it
-  SettingsBlock settings;  // for Document::settings_block of the database opened from `file`
+  SettingsBlock settings;  // those of the database in `file`
   SelectionBlock selection;
 };
 
@@ -39,5 +39,7 @@ std::optional<DecodedImage> DecodeFolder(const Context& context, const ProjectCo
 // From and to the temporary folder: leaves the file as "~001sdb.bin" there. Nothing after a message.
 std::optional<DecodedImage> DecodeDownload(const Context& context, const ProjectConfig& config,
                                            const UserBoxInfo& user_box);
+// Opens the decoded file into an empty document, which takes the settings. False after a message.
+bool OpenDecoded(const Context& context, const DecodedImage& decoded, Document& document);
 
 }  // namespace vexa

@@ -35,8 +35,7 @@ struct Decoder : testing::Test {
   }
   Document Open(const DecodedImage& decoded) {
     Document opened;
-    EXPECT_TRUE(OpenBinBytes(recorder.context, decoded.file, opened))
-        << testing::PrintToString(recorder.Texts());
+    EXPECT_TRUE(OpenDecoded(recorder.context, decoded, opened)) << testing::PrintToString(recorder.Texts());
     return opened;
   }
   std::span<uint8_t> Settings() {
@@ -94,7 +93,7 @@ TEST_F(Decoder, WhateverFitsComesBack) {
     // The image of what came back is the same image, but for the slots that are satellites now.
     Document again = NewDocument();
     again.sdbs[0].database = CopyDatabase(*opened.sdbs[0].database);
-    again.settings_block = decoded->settings;
+    again.settings_block = opened.settings_block;
     const AdbImages second = BuildAdbImages(recorder.context, again, 0, config).value();
     EXPECT_TRUE(
         std::equal(images.adb.begin() + 128 + 85 * 28, images.adb.end(), second.adb.begin() + 128 + 85 * 28))

@@ -160,8 +160,7 @@ void Download(Application& app) {
   };
   if (!RunTransferDialog(app, std::move(order)) || !decoded) return;
   Document document;
-  if (!OpenBinBytes(app.context, decoded->file, document)) return;
-  document.settings_block = decoded->settings;
+  if (!OpenDecoded(app.context, *decoded, document)) return;
   OpenEditor(app, std::move(document), {}, true);
 }
 
