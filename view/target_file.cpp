@@ -2,34 +2,29 @@
 
 #include <system_error>
 
+#include "platform/text.h"
+
 namespace vexa {
 
 namespace {
 
 namespace fs = std::filesystem;
 
-// Lower case of the letters A-Z and, where a character is no byte, of the Latin-1, Greek and Cyrillic ones.
-Path::value_type Lower(Path::value_type c) {
-  const auto in = [c](unsigned first, unsigned last) {
-    const auto code = static_cast<uint32_t>(c);
-    return code >= first && code <= last;
-  };
+// Lower case of the letters A-Z and of the Latin-1, Greek and Cyrillic ones.
+char16_t Lower(char16_t c) {
+  const auto in = [c](unsigned first, unsigned last) { return c >= first && c <= last; };
   unsigned distance = 0;
-  if (in('A', 'Z')) distance = 32;
-  if (sizeof c > 1) {
-    if (in(0xC0, 0xDE) && !in(0xD7, 0xD7)) distance = 32;
-    if (in(0x391, 0x3A9) || in(0x410, 0x42F)) distance = 32;
-    if (in(0x400, 0x40F)) distance = 80;
-  }
-  return static_cast<Path::value_type>(static_cast<uint32_t>(c) + distance);
+  if (in('A', 'Z') || (in(0xC0, 0xDE) && c != 0xD7) || in(0x391, 0x3A9) || in(0x410, 0x42F)) distance = 32;
+  if (in(0x400, 0x40F)) distance = 80;
+  return static_cast<char16_t>(c + distance);
 }
 
-Path::string_type Folded(const Path& path) {
+std::u16string Folded(const Path& path) {
   std::error_code error;
   Path whole = fs::weakly_canonical(fs::absolute(path, error), error);
   if (error) whole = path.lexically_normal();
-  auto text = whole.make_preferred().native();
-  for (auto& c : text) c = Lower(c);
+  std::u16string text = Utf16FromUtf8(Utf8FromPath(whole.make_preferred()));
+  for (char16_t& c : text) c = Lower(c);
   return text;
 }
 

@@ -36,7 +36,7 @@ TreePath PathOf(const RecordPlace& place) {
 
 RecordPlace PlaceOf(const Document& document, const NodeRef& node) {
   RecordPlace place;
-  if (node.kind == NodeKind::kNone || node.sdb >= document.sdbs.size()) return place;
+  if (node.sdb >= document.sdbs.size()) return place;
   place.sdb = static_cast<int>(node.sdb);
   if (!node.satellite) return place;
   place.satellite = PositionOf(document.sdbs[node.sdb].database->satellites, node.satellite);

@@ -280,11 +280,14 @@ TEST(ChosenRows, AreThoseThatAnEditMeans) {
     SCOPED_TRACE(row.after);
     DropSample sample;
     const auto rows = sample.Nodes(row.rows);
-    const bool done =
-        row.edit == Edit::kDelete ? DeleteNodes(sample.messages, sample.document, rows)
-        : row.edit == Edit::kInsert
-            ? InsertAtRows(sample.messages, sample.document, rows, {}).has_value()
-            : MoveNodes(sample.messages, sample.document, rows, row.edit == Edit::kSwap, row.target);
+    const bool swap = row.edit == Edit::kSwap;
+    if (swap || row.edit == Edit::kMove) {
+      EXPECT_TRUE(CheckMoveNodes(sample.messages, rows, swap));
+    }
+    const bool done = row.edit == Edit::kDelete ? DeleteNodes(sample.messages, sample.document, rows)
+                      : row.edit == Edit::kInsert
+                          ? InsertAtRows(sample.messages, sample.document, rows, {}).has_value()
+                          : MoveNodes(sample.messages, sample.document, rows, swap, row.target);
     EXPECT_TRUE(done);
     EXPECT_EQ(CheckLinks(sample.database), "");
     EXPECT_EQ(sample.Picture(), row.after);

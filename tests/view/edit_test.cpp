@@ -232,6 +232,8 @@ TEST_F(Edits, WhatStandsBelowGoesWithARecord) {
   EXPECT_EQ(CheckLinks(database), "");
   EXPECT_THAT(database.favourites[0].tv, IsEmpty());
   EXPECT_EQ(database.satellites.size(), 1u);
+  for (const NodeRef& level : ChildNodes(document, RootNodes(document)[0]))
+    EXPECT_FALSE(DeleteNodes(messages, document, {level})) << NodeLabel(document, level);
 }
 
 TEST_F(Edits, MarkAndSelectByEveryField) {

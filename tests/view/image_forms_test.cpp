@@ -6,6 +6,7 @@
 #include "tests/image/image_maker.h"
 #include "tests/support/recorder.h"
 #include "view/compression_form.h"
+#include "view/target_file.h"
 #include "view/urt_form.h"
 
 namespace vexa {
@@ -246,16 +247,23 @@ TEST_F(UrtFormTest, StopsAtTheFirstFailureAndLeavesTheOldFile) {
 }
 
 TEST_F(UrtFormTest, CompressionGoesThereAndBack) {
-  for (const size_t size : {size_t{0}, size_t{1}, size_t{70000}, size_t{3000000}}) {
+  const struct {
+    size_t size;
+    int level;
+    uint8_t mark;  // what the second byte of a stream says of its level
+  } rows[] = {{0, 0, 0x01}, {1, 4, 0x5E}, {70000, 5, 0x9C}, {3000000, 6, 0xDA}};
+  for (const auto& [size, level, mark] : rows) {
     SCOPED_TRACE(size);
     const Bytes content = size == 3000000 ? Bytes(size, 0) : Pattern(size);
     CompressionForm dialog;
+    dialog.level = level;
     dialog.input = Put("file.bin", content);
     dialog.output = ProposeCompressionOutput(dialog.input, false);
     EXPECT_EQ(dialog.output.filename(), "file.bin.z");
     const auto there = RunCompression(recorder_.context, dialog);
     ASSERT_TRUE(there.has_value());
     EXPECT_EQ(there->before, size);
+    EXPECT_EQ(ReadWholeFile(dialog.output)->at(1), mark);
     dialog.input = dialog.output;
     dialog.expand = true;
     EXPECT_EQ(ProposeCompressionOutput(dialog.input, true).filename(), "file.bin");
@@ -281,6 +289,22 @@ TEST_F(UrtFormTest, WhatIsNoStreamIsNotReadWhole) {
   std::filesystem::resize_file(dialog.input, (uint64_t{1} << 31) + 1);  // more than is ever read whole
   EXPECT_FALSE(RunCompression(recorder_.context, dialog).has_value());
   EXPECT_EQ(recorder_.Texts(), std::vector<std::string>{"Decompression failed."});
+}
+
+TEST(TargetFile, NamesThatDifferInCaseAreOneFile) {
+  const struct {
+    const char *one, *other;
+    bool same;
+  } rows[] = {{"AZ\u00C0\u00DE\u0391\u03A9\u0400\u040F\u0410\u042F",
+               "az\u00E0\u00FE\u03B1\u03C9\u0450\u045F\u0430\u044F", true},
+              {"@", "`", false},
+              {"[", "{", false},
+              {"\u00D7", "\u00F7", false},
+              {"\u00DF", "\u00FF", false},
+              {"\u03AA", "\u03CA", false},
+              {"\u0430", "\u0450", false}};
+  for (const auto& row : rows)
+    EXPECT_EQ(NameOneFile(PathFromUtf8(row.one), PathFromUtf8(row.other)), row.same) << row.one;
 }
 
 TEST_F(UrtFormTest, CompressionRefusesItsOwnInputAndMissingFiles) {

@@ -373,6 +373,8 @@ TEST(Validation, VersionsOfAFile) {
   }
   EXPECT_EQ(version.minor, 255);
   EXPECT_EQ(version.initials, "ab ");
+  EXPECT_FALSE(StoreVersion({"0", "0", "abcd"}, version));
+  EXPECT_EQ(version.initials, "abc");
 }
 
 TEST(Validation, UserBoxesKeepTheirOpenBits) {
@@ -418,8 +420,11 @@ TEST(Validation, UserBoxesKeepTheirOpenBits) {
   UserBoxInfo expected{0, 0, -11, 0x80 | 2 | 2 << 2 | 1 << 4, 69, 0, 513, {}, {'1', '2', '0', '0'}};
   std::memset(expected.kept, 0xFF, sizeof expected.kept);
   EXPECT_TRUE(SameBytes(ubi.record, expected));
-  EXPECT_FALSE(StoreUbi(UbiFormOf(ubi), ubi));
-  EXPECT_TRUE(SameBytes(ubi.record, expected));
+  for (unsigned flags = 0; flags < 256; ++flags) {
+    ubi.record.flags = expected.flags = static_cast<uint8_t>(flags);
+    EXPECT_FALSE(StoreUbi(UbiFormOf(ubi), ubi));
+    EXPECT_TRUE(SameBytes(ubi.record, expected)) << flags;
+  }
 }
 
 }  // namespace

@@ -64,6 +64,9 @@ TEST_F(Tools, PathsLeadToTheRecordAndBack) {
   EXPECT_EQ(PlaceOf(document, nodes.back()), place);
   EXPECT_EQ(PlaceOf(document, nodes[2]), (RecordPlace{0, 0, -1, -1}));
   EXPECT_EQ(PlaceOf(document, nodes[1]), (RecordPlace{0, -1, -1, -1}));
+  NodeRef gone = nodes.back();
+  gone.sdb = static_cast<uint32_t>(document.sdbs.size());
+  EXPECT_EQ(PlaceOf(document, gone), RecordPlace{});
   // A favourite entry stands for its service.
   database.favourites[3].tv.push_back(two);
   const auto group = NodesAlong(document, {0, kTvGroupLevelPosition, 3});
