@@ -101,6 +101,22 @@ TEST_F(Looks, TheFrequencyRangeIsThatOfTheSatellitesPresentLnb) {
   EXPECT_THAT(Lines(), ElementsAre("SDB1: Add atleast one LNB to add a satellite."));
 }
 
+TEST_F(Looks, EveryLimitThatIsExceededIsFound) {
+  for (const uint32_t above : {0u, 1u}) {
+    database.lnb_count = kMaximumLnbs + above;
+    while (database.satellites.size() < kMaximumSatellites + above)
+      AddTestSatellite(database, "NewSat " + std::to_string(database.satellites.size()));
+    database.carriers.resize(kMaximumCarriers + above);
+    database.services.resize(kMaximumServices + above);
+    EXPECT_EQ(CheckDatabase(document).size(), 4 * above);
+  }
+  EXPECT_THAT(CheckDatabase(document),
+              ElementsAre("SDB1: Can't add LNB Information. It exceeds the limit 16.",
+                          "SDB1: Can't add SATELLITE Information. It exceeds the limit.",
+                          "SDB1: Can't add carrier information. It exceeds the limit.",
+                          "SDB1: Can't add service information. It exceeds the limit."));
+}
+
 TEST_F(Looks, FindGoesRoundInTreeOrder) {
   SetName(At(2).record.name,
           "\xC4"
@@ -135,7 +151,7 @@ TEST_F(Looks, FindByNumber) {
       {FindBy::kProgramNumber, "3", false, 0, 0, 2},  {FindBy::kProgramNumber, "0x2", false, 0, 0, 1},
       {FindBy::kProgramNumber, "9", false, -2, 0, 0}, {FindBy::kPid, "100", false, 0, 0, 2},
       {FindBy::kPid, "100", true, 0, 0, 1},           {FindBy::kPid, "0x100", false, 0, 0, 1},
-      {FindBy::kPid, "10g", true, -2, 0, 0},          {FindBy::kPid, "", true, -2, 0, 0},
+      {FindBy::kPid, "100g", true, -2, 0, 0},         {FindBy::kPid, "", true, -2, 0, 0},
       {FindBy::kFrequency, "11000", true, 1, 0, -1},  {FindBy::kFrequency, "11001", false, -2, 0, 0},
       {FindBy::kFrequency, "-1", false, -2, 0, 0},
   };
