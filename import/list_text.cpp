@@ -28,12 +28,9 @@ char Lower(char c) {
 }  // namespace
 
 void SetListName(char (&field)[kNameSize], std::string_view name) {
-  const size_t length = std::min<size_t>(name.size(), kNameSize - 1);
+  name = name.substr(0, std::min<size_t>(name.find('\0'), kNameSize - 1));
   std::memset(field, 0, kNameSize);
-  std::memcpy(field, name.data(), length);
-  if (const auto* end = static_cast<char*>(std::memchr(field, 0, kNameSize))) {
-    std::memset(field + (end - field), 0, static_cast<size_t>(field + kNameSize - end));
-  }
+  std::memcpy(field, name.data(), name.size());
 }
 
 void SetSatelliteNumberName(char (&field)[kNameSize], uint32_t number) {

@@ -152,10 +152,20 @@ TEST(JsonDocument, SaysWhereADocumentDoesNotFit) {
     Document document;
     EXPECT_EQ(Where(ReadJsonDocument(json.dump(), Windows1252(), document)), row.where) << row.path;
   }
-  const std::string good = SmallJson().dump(2);
   Document document;
+  document.ubis.push_back({"Box", {}});
+  AppendSdb(document, "Home");
+  const Json whole = Json::parse(JsonOfDocument(document, Windows1252()));
+  for (const char* path :
+       {"/compressed", "/ubi_compressed", "/sdbs/0/compressed", "/sdbs/0/more", "/ubis/0/name",
+        "/ubis/0/kept_byte8_23", "/ubis/0/lock_code", "/ubis/0/rf_output"}) {
+    Json json = whole;
+    json[Json::json_pointer(path)] = 2;  // neither a flag nor a text
+    Document read;
+    EXPECT_EQ(Where(ReadJsonDocument(json.dump(), Windows1252(), read)), path);
+  }
   EXPECT_EQ(Where(ReadJsonDocument("{\"a\": 1,\n\"a\": 2}", Windows1252(), document)), "/a");
-  EXPECT_EQ(Where(ReadJsonDocument("{\n\"a\" 1}", Windows1252(), document)), "line 2");
+  EXPECT_EQ(Where(ReadJsonDocument("{\n\"a\" 1\n\n}", Windows1252(), document)), "line 2");
   EXPECT_EQ(Where(ReadJsonDocument("[]", Windows1252(), document)), "line 1");
 }
 

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <random>
 
+#include "import/list_text.h"
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
 
@@ -45,6 +47,13 @@ TEST(Satcodx, NamesEndAtTheirFirstDoubleSpace) {
       EXPECT_EQ(std::string(name, kNameSize), expected) << text;
     }
   }
+}
+
+TEST(Satcodx, NamesEndAtTheirFirstNul) {
+  char name[kNameSize];
+  std::memset(name, 'x', kNameSize);
+  SetListName(name, std::string_view("AB\0CD", 5));
+  EXPECT_EQ(std::string(name, kNameSize), std::string("AB").append(kNameSize - 2, '\0'));
 }
 
 TEST(Satcodx, OneRecordFillsEveryColumn) {
