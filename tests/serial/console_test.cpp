@@ -182,9 +182,9 @@ TEST(ConsoleText, LinesBecomeTheBytesThatAreSent) {
     std::optional<std::string> sent;
   };
   ConsoleOptions lf, both, none, digits;
-  lf.line_ending = LineEnding::kLineFeed;
-  both.line_ending = LineEnding::kBoth;
-  none.line_ending = LineEnding::kNone;
+  lf.line_ending = LineEnding{1};  // the numbers that the settings keep
+  both.line_ending = LineEnding{2};
+  none.line_ending = LineEnding{3};
   digits.hexadecimal_input = true;
   const Row rows[] = {{"ver", {}, "ver\r"},
                       {"", {}, "\r"},
