@@ -15,6 +15,7 @@
 
 namespace vexa {
 
+// The table of one SDB, UTF-8 with CR LF behind each row. `page` is that of the names in the database.
 std::string CsvOfSdb(const OpenSdb& sdb, const CodePage& page);
 
 // Fills an empty document with one SDB, "SDB1". What does not fit is answered with its line; `document` then

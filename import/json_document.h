@@ -23,7 +23,9 @@
 
 namespace vexa {
 
+// The document of one SDB, UTF-8 with a line end behind it. `page` is that of the names in the database.
 std::string JsonOfSdb(const OpenSdb& sdb, const CodePage& page);
+// The same of all SDBs and user box records, with the flags of the file.
 std::string JsonOfDocument(const Document& document, const CodePage& page);
 
 // Fills an empty document. What does not fit is answered, with its line where the text is no JSON, else with

@@ -66,6 +66,7 @@ class ServiceIds {
 // Tells the progress bar how far a reader is, not oftener than it can be seen.
 class ListProgress {
  public:
+  // Announces `total` steps.
   ListProgress(const Progress& progress, uint64_t total) : progress_(progress) {
     if (progress_.range) progress_.range(total);
     if (progress_.position) progress_.position(0);

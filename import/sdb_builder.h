@@ -18,6 +18,7 @@ struct Misfit {
 class Numbering {
  public:
   explicit Numbering(const char* name) : name_(name) {}
+  // The number of the next record, and where it stands in the document.
   void Add(int64_t number, std::string where);
   // The places in ascending order of their numbers: [k] is the one that was added with the number k + 1.
   // Throws Misfit with the first place whose number is beyond their count or was there before.

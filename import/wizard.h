@@ -43,6 +43,8 @@ struct Wizard {
 struct WorkRange {
   size_t first = 0, count = 0;
 };
+// The carriers of a satellite and the services of a carrier, as places in `work`; what lies beyond its lists
+// is cut off.
 WorkRange CarriersOf(const WorkRecords& work, size_t satellite);
 WorkRange ServicesOf(const WorkRecords& work, size_t carrier);
 

@@ -51,6 +51,7 @@ struct LnbForm {
   uint32_t selection = 0;  // in the list of the switch type
   uint32_t motor = 0;
 };
+// What the dialog shows when it opens, as for each kind of record below.
 LnbForm LnbFormOf(const LnbRecord& record);
 // Stores the switch field of the chosen type alone; the others and what the dialog clears become 0. The
 // second word is stored only when the configuration's DatabaseVariant is 0.
