@@ -108,13 +108,12 @@ TEST_F(Looks, EveryLimitThatIsExceededIsFound) {
       AddTestSatellite(database, "NewSat " + std::to_string(database.satellites.size()));
     database.carriers.resize(kMaximumCarriers + above);
     database.services.resize(kMaximumServices + above);
-    EXPECT_EQ(CheckDatabase(document).size(), 4 * above);
+    EXPECT_EQ(Lines().size(), 4 * above);
   }
-  EXPECT_THAT(CheckDatabase(document),
-              ElementsAre("SDB1: Can't add LNB Information. It exceeds the limit 16.",
-                          "SDB1: Can't add SATELLITE Information. It exceeds the limit.",
-                          "SDB1: Can't add carrier information. It exceeds the limit.",
-                          "SDB1: Can't add service information. It exceeds the limit."));
+  EXPECT_THAT(Lines(), ElementsAre("SDB1: Can't add LNB Information. It exceeds the limit 16.",
+                                   "SDB1: Can't add SATELLITE Information. It exceeds the limit.",
+                                   "SDB1: Can't add carrier information. It exceeds the limit.",
+                                   "SDB1: Can't add service information. It exceeds the limit."));
 }
 
 TEST_F(Looks, FindGoesRoundInTreeOrder) {
