@@ -68,6 +68,13 @@ constexpr SettingRow kSettings[] = {
     {kConsoleKey, "LineEnding", "0"},
 };
 
+constexpr size_t CountOf(std::string_view subkey) {
+  size_t count = 0;
+  for (const SettingRow& row : kSettings) count += row.subkey == subkey;
+  return count;
+}
+static_assert(CountOf(kColorKey) == kColourRoles && CountOf(kRecentlyKey) == kRecentFiles);
+
 // Rows of one subkey, in the table's order.
 std::vector<const SettingRow*> RowsOf(std::string_view subkey) {
   std::vector<const SettingRow*> rows;
@@ -89,6 +96,7 @@ constexpr PortIndex kPortIndices[] = {
     {&ProjectConfig::stop_bits_index, kStopBits.size()},
     {&ProjectConfig::sdb_format, 2},
 };
+static_assert(CountOf(kPortSettingsKey) == 1 + std::size(kPortIndices));
 
 void ReadPortSettings(const SettingsStore& store, const std::string& key, ProjectConfig& config) {
   const auto rows = RowsOf(kPortSettingsKey);
@@ -422,6 +430,7 @@ std::string TextOf(const std::vector<int>& numbers) {
 }
 
 constexpr size_t kFirstColumnRow = 5, kFirstOrderRow = kFirstColumnRow + kColumnSets;  // of the subkey's rows
+static_assert(CountOf(kWindowKey) == kFirstOrderRow + kColumnSets);
 
 }  // namespace
 
