@@ -170,9 +170,8 @@ bool Redo(UndoHistory& history, Document& document) {
   return true;
 }
 
-const char* UndoText(const UndoHistory& history) {
-  const bool sort = !CanUndo(history) || history.steps[history.done - 1].sort;
-  return sort ? "&Undo Sorting\tCtrl+Z" : "&Undo\tCtrl+Z";
+bool UndoesSort(const UndoHistory& history) {
+  return CanUndo(history) && history.steps[history.done - 1].sort;
 }
 
 }  // namespace vexa

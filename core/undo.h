@@ -76,7 +76,7 @@ inline bool CanUndo(const UndoHistory& history) {
 inline bool CanRedo(const UndoHistory& history) {
   return history.done < history.steps.size();
 }
-// Menu text with its key: "&Undo Sorting" when the last change was a sort or there is none, else "&Undo".
-const char* UndoText(const UndoHistory& history);
+// Whether the change that Undo takes back next was a sort; false when there is none.
+bool UndoesSort(const UndoHistory& history);
 
 }  // namespace vexa

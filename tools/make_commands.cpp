@@ -6,28 +6,22 @@
 
 #include "platform/files.h"
 #include "platform/text.h"
-#include "view/command_table.h"
+#include "view/menu_table.h"
 
 namespace vexa {
 namespace {
 
-// "Save &As" -> "Save As", without what stands behind the tab.
+// "Save &As" -> "Save As".
 std::string Label(std::string_view text) {
   std::string label;
-  for (const char letter : text.substr(0, text.find('\t'))) {
+  for (const char letter : text) {
     if (letter != '&') label += letter;
   }
   return label;
 }
 
-std::string KeyText(const CommandInfo& command) {
-  const std::string_view text = command.text;
-  const size_t tab = text.find('\t');
-  return tab == text.npos ? "" : std::string(text.substr(tab + 1));
-}
-
 std::string Line(const CommandInfo& command) {
-  const std::string keys = KeyText(command);
+  const std::string keys = ShownKey(command);
   // The part's title says that its window is needed; "There is nothing to undo." is no need.
   const std::string needs = MissingNeeds(command, kNeedsEditor | kNeedsConsole);
   return "- **" + Label(command.text) + "**" + (keys.empty() ? "" : " (`" + keys + "`)") + ": " +
@@ -35,7 +29,7 @@ std::string Line(const CommandInfo& command) {
 }
 
 // The commands of a menu that were not told before, below the names of the menus that hold them.
-std::string MenuText(MenuName menu, std::set<CommandId>& told) {
+std::string CommandsOf(MenuName menu, std::set<CommandId>& told) {
   std::vector<std::string> path;
   std::vector<std::pair<std::string, std::string>> parts;  // names of menus, lines
   for (const MenuRow& row : MenuRows(menu)) {
@@ -71,7 +65,7 @@ std::string Page() {
   std::set<CommandId> told;
   for (const auto& [title, menus] : parts) {
     std::string part;
-    for (const MenuName menu : menus) part += MenuText(menu, told);
+    for (const MenuName menu : menus) part += CommandsOf(menu, told);
     if (!part.empty()) page += std::string("\n## ") + title + "\n" + part;
   }
   return page;

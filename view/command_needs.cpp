@@ -4,36 +4,16 @@
 
 namespace vexa {
 
-namespace {
-
-Facilities FacilitiesOf(uint32_t command) {
-  switch (command) {
-    case kCmdUploadAdb:
-    case kCmdDownload:
-      return {.images = true, .partitions = true};
-    case kCmdUploadSdb:
-    case kCmdUploadThisSdb:
-    case kCmdSingleImage:
-    case kCmdMultipleImage:
-    case kCmdBin2Urt:
-      return {.images = true};
-    default:
-      return {};
-  }
-}
-
-}  // namespace
-
 bool ConfigurationServes(const Context& context, const Path& ecf, uint8_t product_index, uint32_t command) {
-  const Facilities needs = FacilitiesOf(command);
-  if (!needs.Any()) return true;
+  const CommandInfo* info = FindCommand(command);
+  if (!info || !info->asks.Any()) return true;
   bool told = false;
   Context listening = context;
   listening.messages.tell = [&](Icon icon, const std::string& text, const std::string& title) {
     told = true;
     context.messages.tell(icon, text, title);
   };
-  if (IsConfigurationAvailable(listening, ecf, product_index, needs)) return true;
+  if (IsConfigurationAvailable(listening, ecf, product_index, info->asks)) return true;
   if (!told) {
     Tell(context.messages, Icon::kStop,
          "Configuration settings not found to process.\nUpdate configuration file and continue");

@@ -1,418 +1,532 @@
 #include "view/command_table.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
+
+#include "view/command_state.h"
 
 namespace vexa {
 
 namespace {
 
-constexpr Key kNoKey{};
-constexpr Key Ctrl(char letter) {
-  return {static_cast<uint16_t>(letter), kCtrl};
+constexpr Key Ctrl(char letter, KeyScope scope = KeyScope::kEverywhere) {
+  return {static_cast<uint16_t>(letter), kCtrl, scope};
 }
 constexpr Key Alt(char letter) {
-  return {static_cast<uint16_t>(letter), kAlt};
+  return {static_cast<uint16_t>(letter), kAlt, KeyScope::kDatabase};
 }
-constexpr Key Plain(uint16_t code) {
-  return {code, 0};
+constexpr Key Shift(uint16_t code) {
+  return {code, kShift, KeyScope::kEverywhere};
+}
+constexpr Key Plain(uint16_t code, KeyScope scope = KeyScope::kEverywhere) {
+  return {code, 0, scope};
+}
+
+template <bool CommandState::*fact>
+bool Holds(const CommandState& state) {
+  return state.*fact;
+}
+template <ListView view>
+bool Shows(const CommandState& state) {
+  return state.view == view;
+}
+template <bool ConsoleOptions::*option>
+bool ConsoleHas(const CommandState& state) {
+  return state.console && (*state.console).*option;
+}
+template <LineEnding ending>
+bool LinesEndWith(const CommandState& state) {
+  return state.console && state.console->line_ending == ending;
 }
 
 constexpr CommandInfo kCommands[] = {
-    {kCmdNew, "&New\tCtrl+N", Ctrl('N'), kNeedsNothing, "New database"},
-    {kCmdOpen, "&Open\tCtrl+O", Ctrl('O'), kNeedsNothing, "Open a database file"},
-    {kCmdSave, "&Save\tCtrl+S", Ctrl('S'), kNeedsEditor, "Save the database"},
-    {kCmdSaveAs, "Save &As", kNoKey, kNeedsEditor, "Save the database under another name"},
-    {kCmdClose, "&Close", kNoKey, kNeedsEditor, "Close the database"},
-    {kCmdExit, "E&xit", kNoKey, kNeedsNothing, "End the program"},
-    {kCmdContents, "&Contents", kNoKey, kNeedsNothing, "Show the help"},
-    {kCmdAbout, "&About Vexa Editor", kNoKey, kNeedsNothing, "Version and build of the program"},
-    {kCmdSdbInformation, "SDB &Information\tF12", Plain(KeyF(12)), kNeedsEditor,
-     "Counts and sizes of the database"},
-    {kCmdInformation, "I&nformation\tCtrl+I", Ctrl('I'), kNeedsEditor, "Details of the selected record"},
-    {kCmdSort, "&Sort Infomation\tCtrl+R", Ctrl('R'), kNeedsEditor, "Sort the records"},
-    {kCmdUndo, "&Undo Sorting\tCtrl+Z", Ctrl('Z'), kNeedsEditor | kNeedsUndo, "Take back the last change"},
-    {kCmdDefaultValues, "&Default Values\tCtrl+D", Ctrl('D'), kNeedsNothing, "Values of new records"},
-    {kCmdSettings, "&Settings\tCtrl+T", Ctrl('T'), kNeedsNothing, "Receiver, formats and serial port"},
-    {kCmdColour, "Co&lor\tCtrl+L", Ctrl('L'), kNeedsNothing, "Colours of the tree and the list"},
-    {kCmdUploadAdb, "ADB Data  ( PC to STB )\tF6", Plain(KeyF(6)), kNeedsEditor,
-     "Send the database to the receiver as its image"},
-    {kCmdUploadSdb, "SDB Data ( PC to STB )\tF7", Plain(KeyF(7)), kNeedsEditor, "Send SDBs to the receiver"},
-    {kCmdDownload, "Data from S&TB ( STB to PC )\tF8", Plain(KeyF(8)), kNeedsNothing,
-     "Fetch the database of the receiver"},
-    {kCmdTextFile, "&Text file\tCtrl+E", kNoKey, kNeedsEditor, "Write the database as a text report"},
-    {kCmdImportSatcodx, "&SatcoDX [ SDX ]", kNoKey, kNeedsNothing, "Import a SatcoDX list"},
-    {kCmdImportDvb2000, "&DVB2000 [ DVB ]", kNoKey, kNeedsNothing, "Import a DVB2000 list"},
-    {kCmdImportLyngsat, "&Lyngsat Dat [ DAT ]", kNoKey, kNeedsNothing, "Import a Lyngsat list"},
-    {kCmdMergeSatcodx, "&SatcoDX [ SDX ]", kNoKey, kNeedsNothing, "Join SatcoDX lists into one"},
-    {kCmdMergeDvb2000, "&DVB2000 [ DVB ]", kNoKey, kNeedsNothing, "Join DVB2000 lists into one"},
-    {kCmdMergeLyngsat, "&Lyngsat Dat [ DAT ]", kNoKey, kNeedsNothing, "Join Lyngsat lists into one"},
-    {kCmdMergeSdb, "&SDB [ BIN ]", kNoKey, kNeedsEditor, "Add the SDBs of other files"},
-    {kCmdPortload, "&Portload\tCtrl+W", Ctrl('W'), kNeedsNothing, "Open the uploader console"},
-    {kCmdConsoleUpload, "&Upload\tF9", Plain(KeyF(9)),
-     kNeedsConsole | kNeedsConnection | kNeedsNoConsoleUpload, "Send a file to the receiver"},
-    {kCmdConsoleSaveLog, "&Save Log File\tCtrl+S", kNoKey, kNeedsConsole, "Save the log of the console"},
-    {kCmdConsoleClear, "C&lear\t", kNoKey, kNeedsConsole, "Empty the console"},
-    {kCmdConsoleCancel, "Ca&ncel\tEsc", Plain(kKeyEscape), kNeedsConsole | kNeedsConsoleUpload,
-     "Cancel the running upload"},
-    {kCmdConsoleClose, "&Close", kNoKey, kNeedsConsole, "Close the console"},
-    {kCmdSingleImage, "&Single Image", kNoKey, kNeedsNothing, "Make a URT file of an image"},
-    {kCmdMultipleImage, "&Multiple Image", kNoKey, kNeedsNothing, "Make URT files of several images"},
-    {kCmdBin2Urt, "Bin2URT", kNoKey, kNeedsNothing, "Make a URT file of a chosen file"},
-    {kCmdCompression, "&Compression\tCtrl+P", Ctrl('P'), kNeedsNothing, "Compress or expand a file"},
-    {kCmdCompressBin, "&Compress bin on save", kNoKey, kNeedsEditor, "Compress the file when it is saved"},
-    {static_cast<CommandId>(kCmdRecent1 + 0), "&1", kNoKey, kNeedsNothing, "Open this file"},
-    {static_cast<CommandId>(kCmdRecent1 + 1), "&2", kNoKey, kNeedsNothing, "Open this file"},
-    {static_cast<CommandId>(kCmdRecent1 + 2), "&3", kNoKey, kNeedsNothing, "Open this file"},
-    {kCmdRecent4, "&4", kNoKey, kNeedsNothing, "Open this file"},
-    {kCmdConnect, "Connec&t\tF10", Plain(KeyF(10)), kNeedsConsole, "Connect to the receiver, or disconnect"},
-    {kCmdRedo, "&Redo\tCtrl+Y", Ctrl('Y'), kNeedsEditor | kNeedsRedo, "Bring back what was taken back"},
-    {kCmdFind, "&Find\tCtrl+F", Ctrl('F'), kNeedsEditor, "Find a record by its name"},
-    {kCmdFindNext, "Find Ne&xt\tF4", Plain(KeyF(4)), kNeedsEditor, "Find the next record"},
-    {kCmdFindPrevious,
-     "Find &Previous\tShift+F4",
-     {KeyF(4), kShift},
-     kNeedsEditor,
-     "Find the previous record"},
-    {kCmdCheck, "C&heck Database", kNoKey, kNeedsEditor, "List what breaks the rules of the records"},
-    {kCmdCascade, "&Cascade", kNoKey, kNeedsNothing, "Arrange the windows one behind the other"},
-    {kCmdTileHorizontally, "Tile &Horizontally", kNoKey, kNeedsNothing,
-     "Arrange the windows one below the other"},
-    {kCmdTileVertically, "Tile &Vertically", kNoKey, kNeedsNothing, "Arrange the windows side by side"},
-    {kCmdViewTv, "&TV Services\tAlt+T", Alt('T'), kNeedsEditor | kNeedsViews, "Show the TV services"},
-    {kCmdViewRadio, "&Radio Services\tAlt+R", Alt('R'), kNeedsEditor | kNeedsViews,
-     "Show the radio services"},
-    {kCmdViewBoth, "TV / R&adio Services\tAlt+A", Alt('A'), kNeedsEditor | kNeedsViews,
-     "Show TV and radio services"},
-    {kCmdViewCarriers, "&Carriers\tAlt+C", Alt('C'), kNeedsEditor | kNeedsViews, "Show the carriers"},
-    {kCmdViewServices, "Ser&vices\tAlt+V", Alt('V'), kNeedsEditor | kNeedsViews, "Show the services"},
-    {kCmdEdit, "&Edit\tEnter", kNoKey, kNeedsEditor | kNeedsEditable, "Change the selected record"},
-    {kCmdAdd, "&Add\tF2", kNoKey, kNeedsEditor | kNeedsAddable, "Add a record"},
-    {kCmdInsert, "&Insert\tIns", kNoKey, kNeedsEditor | kNeedsInsertable, "Insert a record here"},
-    {kCmdDelete, "&Delete\tDel", kNoKey, kNeedsEditor | kNeedsDeletable, "Delete the selected records"},
-    {kCmdMove, "&Move\tF3", kNoKey, kNeedsEditor | kNeedsMovable, "Move the selected records"},
-    {kCmdSwap, "S&wap", kNoKey, kNeedsEditor | kNeedsMovable, "Swap two records"},
-    {kCmdSelectAll, "A&ll\tCtrl+A", kNoKey, kNeedsEditor | kNeedsRows, "Select all records"},
-    {kCmdInvertSelection, "&Invert Selection", kNoKey, kNeedsEditor | kNeedsRows,
-     "Select what is not selected"},
-    {kCmdCompressSdb, "Com&press on Save", kNoKey, kNeedsEditor, "Compress this part when the file is saved"},
-    {kCmdSaveSdb, "&Save as seperate bin", kNoKey, kNeedsEditor | kNeedsSdb,
-     "Save this SDB as a file of its own"},
-    {kCmdUploadThisSdb, "&Upload as SDB", kNoKey, kNeedsEditor | kNeedsSdb, "Send this SDB to the receiver"},
-    {kCmdExportSdb, "E&xport SDB as text file", kNoKey, kNeedsEditor | kNeedsSdb,
-     "Write this SDB as a text report"},
-    {kCmdSaveSatellites, "&Save Selected Satellite(s)", kNoKey, kNeedsEditor | kNeedsSatellite,
-     "Save the selected satellites as a file of their own"},
-    {kCmdSaveParts, "Save Par&ts", kNoKey, kNeedsEditor, "Save chosen SDBs and UBIs as another file"},
-    {kCmdVersion, "Database &Version", kNoKey, kNeedsEditor,
-     "Version and initials that the file is saved with"},
-    {kCmdConsoleFind, "&Find\tCtrl+F", kNoKey, kNeedsConsole, "Find a text in the log"},
-    {kCmdConsoleFindNext, "Find Ne&xt\tF3", kNoKey, kNeedsConsole, "Find the text again"},
-    {kCmdConsoleHexadecimalView, "&Hexadecimal View", kNoKey, kNeedsConsole,
-     "Show what arrives in hexadecimal, each frame in a row of its own"},
-    {kCmdConsoleHexadecimalInput, "Hexadecimal &Input", kNoKey, kNeedsConsole,
-     "Take the command line for pairs of hexadecimal digits"},
-    {kCmdConsoleTimeStamps, "Time Sta&mps", kNoKey, kNeedsConsole, "Put the time in front of each line"},
-    {kCmdConsoleReconnect, "C&onnect Again", kNoKey, kNeedsConsole,
-     "Connect by itself when a lost port comes back"},
-    {kCmdConsoleSendCr, "&Carriage Return", kNoKey, kNeedsConsole, "End each line with a carriage return"},
-    {kCmdConsoleSendLf, "&Line Feed", kNoKey, kNeedsConsole, "End each line with a line feed"},
-    {kCmdConsoleSendCrLf, "&Both", kNoKey, kNeedsConsole, "End each line with carriage return and line feed"},
-    {kCmdConsoleSendNothing, "&Nothing", kNoKey, kNeedsConsole, "Send each line as it is"},
-    {kCmdConsoleCopy, "Cop&y\tCtrl+C", kNoKey, kNeedsConsole | kNeedsLogSelection,
-     "Copy the selected part of the log"},
-    {kCmdConsoleSelectAll, "Select &All\tCtrl+A", kNoKey, kNeedsConsole, "Select the whole log"},
-};
+    {.id = kCmdNew,
+     .text = "&New",
+     .key = Ctrl('N'),
+     .tip = "New database",
+     .block = Block::kNewOpen,
+     .button = {.place = 10, .picture = 0}},
+    {.id = kCmdOpen,
+     .text = "&Open",
+     .key = Ctrl('O'),
+     .tip = "Open a database file",
+     .block = Block::kNewOpen,
+     .button = {.place = 11, .picture = 1}},
 
-constexpr MenuRow Popup(uint8_t depth, const char* text) {
-  return {depth, MenuRowKind::kPopup, text, kNoCommand};
-}
-constexpr MenuRow Item(uint8_t depth, CommandId id) {
-  return {depth, MenuRowKind::kCommand, nullptr, id};
-}
-constexpr MenuRow Line(uint8_t depth) {
-  return {depth, MenuRowKind::kSeparator, nullptr, kNoCommand};
-}
-constexpr MenuRow Recent(uint8_t depth) {
-  return {depth, MenuRowKind::kRecentFiles, "&Recent Files", kNoCommand};
-}
+    {.id = kCmdSave,
+     .text = "&Save",
+     .key = Ctrl('S'),
+     .needs = kNeedsEditor,
+     .tip = "Save the database",
+     .block = Block::kSave,
+     .button = {.place = 12, .picture = 2},
+     .in_console = kCmdConsoleSaveLog},
+    {.id = kCmdSaveAs,
+     .text = "Save &As",
+     .needs = kNeedsEditor,
+     .tip = "Save the database under another name",
+     .block = Block::kSave},
+    {.id = kCmdSaveParts,
+     .text = "Save Par&ts",
+     .needs = kNeedsEditor,
+     .tip = "Save chosen SDBs and UBIs as another file",
+     .block = Block::kSave},
+    {.id = kCmdVersion,
+     .text = "Database &Version",
+     .needs = kNeedsEditor,
+     .tip = "Version and initials that the file is saved with",
+     .block = Block::kSave},
+    {.id = kCmdClose,
+     .text = "&Close",
+     .needs = kNeedsEditor,
+     .tip = "Close the database",
+     .block = Block::kSave},
 
-constexpr MenuRow kImportRows[] = {Item(0, kCmdImportSatcodx), Item(0, kCmdImportDvb2000),
-                                   Item(0, kCmdImportLyngsat)};
-constexpr MenuRow kMergeRows[] = {Item(0, kCmdMergeSatcodx), Item(0, kCmdMergeDvb2000),
-                                  Item(0, kCmdMergeLyngsat), Item(0, kCmdMergeSdb)};
-constexpr MenuRow kUploadRows[] = {Item(0, kCmdUploadAdb), Item(0, kCmdUploadSdb)};
-constexpr MenuRow kUrtRows[] = {Item(0, kCmdSingleImage), Item(0, kCmdMultipleImage), Item(0, kCmdBin2Urt)};
+    {.id = kCmdImportSatcodx,
+     .text = "&SatcoDX [ SDX ]",
+     .tip = "Import a SatcoDX list",
+     .block = Block::kImport,
+     .button = {.place = 20, .picture = 3, .drop_down = MenuName::kImport}},
+    {.id = kCmdImportDvb2000,
+     .text = "&DVB2000 [ DVB ]",
+     .tip = "Import a DVB2000 list",
+     .block = Block::kImport},
+    {.id = kCmdImportLyngsat,
+     .text = "&Lyngsat Dat [ DAT ]",
+     .tip = "Import a Lyngsat list",
+     .block = Block::kImport},
 
-constexpr MenuRow kFrameRows[] = {
-    Popup(0, "&File"),
-    Item(1, kCmdNew),
-    Item(1, kCmdOpen),
-    Line(1),
-    Popup(1, "I&mport"),
-    Item(2, kCmdImportSatcodx),
-    Item(2, kCmdImportDvb2000),
-    Item(2, kCmdImportLyngsat),
-    Popup(1, "Mer&ge"),
-    Item(2, kCmdMergeSatcodx),
-    Item(2, kCmdMergeDvb2000),
-    Item(2, kCmdMergeLyngsat),
-    Line(1),
-    Recent(1),
-    Line(1),
-    Item(1, kCmdExit),
-    Popup(0, "Tran&sfer"),
-    Item(1, kCmdDownload),
-    Line(1),
-    Item(1, kCmdPortload),
-    Popup(0, "&Options"),
-    Item(1, kCmdDefaultValues),
-    Item(1, kCmdSettings),
-    Item(1, kCmdColour),
-    Popup(0, "Too&ls"),
-    Popup(1, "&URT"),
-    Item(2, kCmdSingleImage),
-    Item(2, kCmdMultipleImage),
-    Item(2, kCmdBin2Urt),
-    Item(1, kCmdCompression),
-    Popup(0, "&Help"),
-    Item(1, kCmdContents),
-    Item(1, kCmdAbout),
-};
+    {.id = kCmdMergeSatcodx,
+     .text = "&SatcoDX [ SDX ]",
+     .tip = "Join SatcoDX lists into one",
+     .block = Block::kMerge,
+     .button = {.place = 21, .picture = 4, .drop_down = MenuName::kMerge}},
+    {.id = kCmdMergeDvb2000,
+     .text = "&DVB2000 [ DVB ]",
+     .tip = "Join DVB2000 lists into one",
+     .block = Block::kMerge},
+    {.id = kCmdMergeLyngsat,
+     .text = "&Lyngsat Dat [ DAT ]",
+     .tip = "Join Lyngsat lists into one",
+     .block = Block::kMerge},
 
-constexpr MenuRow kEditorRows[] = {
-    Popup(0, "&File"),
-    Item(1, kCmdNew),
-    Item(1, kCmdOpen),
-    Item(1, kCmdSave),
-    Item(1, kCmdSaveAs),
-    Item(1, kCmdSaveParts),
-    Item(1, kCmdVersion),
-    Item(1, kCmdClose),
-    Line(1),
-    Popup(1, "I&mport"),
-    Item(2, kCmdImportSatcodx),
-    Item(2, kCmdImportDvb2000),
-    Item(2, kCmdImportLyngsat),
-    Popup(1, "Mer&ge"),
-    Item(2, kCmdMergeSatcodx),
-    Item(2, kCmdMergeDvb2000),
-    Item(2, kCmdMergeLyngsat),
-    Item(2, kCmdMergeSdb),
-    Popup(1, "Ex&port"),
-    Item(2, kCmdTextFile),
-    Line(1),
-    Item(1, kCmdSdbInformation),
-    Line(1),
-    Recent(1),
-    Line(1),
-    Item(1, kCmdExit),
-    Popup(0, "&Edit"),
-    Item(1, kCmdUndo),
-    Item(1, kCmdRedo),
-    Line(1),
-    Popup(1, "Rec&ord"),
-    Item(2, kCmdEdit),
-    Item(2, kCmdAdd),
-    Item(2, kCmdInsert),
-    Item(2, kCmdDelete),
-    Line(2),
-    Item(2, kCmdMove),
-    Item(2, kCmdSwap),
-    Item(1, kCmdSelectAll),
-    Item(1, kCmdInvertSelection),
-    Line(1),
-    Item(1, kCmdSort),
-    Item(1, kCmdFind),
-    Item(1, kCmdFindNext),
-    Item(1, kCmdFindPrevious),
-    Item(1, kCmdInformation),
-    Line(1),
-    Item(1, kCmdCheck),
-    Item(1, kCmdCompressBin),
-    Popup(0, "Vie&w"),
-    Item(1, kCmdViewServices),
-    Item(1, kCmdViewCarriers),
-    Item(1, kCmdViewTv),
-    Item(1, kCmdViewRadio),
-    Item(1, kCmdViewBoth),
-    Popup(0, "Tran&sfer"),
-    Item(1, kCmdUploadAdb),
-    Item(1, kCmdUploadSdb),
-    Item(1, kCmdDownload),
-    Line(1),
-    Item(1, kCmdPortload),
-    Popup(0, "&Options"),
-    Item(1, kCmdDefaultValues),
-    Item(1, kCmdSettings),
-    Item(1, kCmdColour),
-    Popup(0, "Too&ls"),
-    Popup(1, "&URT"),
-    Item(2, kCmdSingleImage),
-    Item(2, kCmdMultipleImage),
-    Item(2, kCmdBin2Urt),
-    Item(1, kCmdCompression),
-    Popup(0, "Wi&ndow"),
-    Item(1, kCmdCascade),
-    Item(1, kCmdTileHorizontally),
-    Item(1, kCmdTileVertically),
-    Popup(0, "&Help"),
-    Item(1, kCmdContents),
-    Item(1, kCmdAbout),
-};
+    {.id = kCmdMergeSdb,
+     .text = "&SDB [ BIN ]",
+     .needs = kNeedsEditor,
+     .tip = "Add the SDBs of other files",
+     .block = Block::kMergeSdb},
 
-constexpr MenuRow kConsoleRows[] = {
-    Popup(0, "&File"),
-    Item(1, kCmdNew),
-    Item(1, kCmdOpen),
-    Line(1),
-    Recent(1),
-    Line(1),
-    Item(1, kCmdExit),
-    Popup(0, "&Console"),
-    Item(1, kCmdConnect),
-    Item(1, kCmdConsoleUpload),
-    Item(1, kCmdConsoleCancel),
-    Line(1),
-    Item(1, kCmdConsoleSaveLog),
-    Item(1, kCmdConsoleClear),
-    Line(1),
-    Item(1, kCmdConsoleCopy),
-    Item(1, kCmdConsoleSelectAll),
-    Item(1, kCmdConsoleFind),
-    Item(1, kCmdConsoleFindNext),
-    Line(1),
-    Item(1, kCmdConsoleHexadecimalView),
-    Item(1, kCmdConsoleHexadecimalInput),
-    Item(1, kCmdConsoleTimeStamps),
-    Item(1, kCmdConsoleReconnect),
-    Popup(1, "Lin&e Ending"),
-    Item(2, kCmdConsoleSendCr),
-    Item(2, kCmdConsoleSendLf),
-    Item(2, kCmdConsoleSendCrLf),
-    Item(2, kCmdConsoleSendNothing),
-    Line(1),
-    Item(1, kCmdConsoleClose),
-    Popup(0, "&Options"),
-    Item(1, kCmdSettings),
-    Popup(0, "Wi&ndow"),
-    Item(1, kCmdCascade),
-    Item(1, kCmdTileHorizontally),
-    Item(1, kCmdTileVertically),
-    Popup(0, "&Help"),
-    Item(1, kCmdContents),
-    Item(1, kCmdAbout),
-};
+    {.id = kCmdTextFile,
+     .text = "&Text file",
+     .shown_key = "Ctrl+E",
+     .needs = kNeedsEditor,
+     .tip = "Write the database as a text report",
+     .block = Block::kExport,
+     .button = {.place = 22, .picture = 5}},
 
-constexpr MenuRow kConsoleLogRows[] = {
-    Item(0, kCmdConsoleCopy),
-    Item(0, kCmdConsoleSelectAll),
-    Line(0),
-    Item(0, kCmdConsoleFind),
-    Item(0, kCmdConsoleFindNext),
-    Line(0),
-    Item(0, kCmdConsoleSaveLog),
-    Item(0, kCmdConsoleClear),
-    Line(0),
-    Item(0, kCmdConsoleHexadecimalView),
-    Item(0, kCmdConsoleTimeStamps),
-};
+    {.id = kCmdSdbInformation,
+     .text = "SDB &Information",
+     .key = Plain(KeyF(12)),
+     .needs = kNeedsEditor,
+     .tip = "Counts and sizes of the database",
+     .block = Block::kFileInformation},
 
-constexpr MenuRow Filled(uint8_t depth, MenuRowKind kind) {
-  return {depth, kind, nullptr, kNoCommand};
-}
+    {.id = kCmdRecent1, .text = "&1", .tip = "Open this file", .block = Block::kRecentFiles},
+    {.id = kCmdRecent2, .text = "&2", .tip = "Open this file", .block = Block::kRecentFiles},
+    {.id = kCmdRecent3, .text = "&3", .tip = "Open this file", .block = Block::kRecentFiles},
+    {.id = kCmdRecent4, .text = "&4", .tip = "Open this file", .block = Block::kRecentFiles},
 
-// The pop-ups of records: editing and moving, what else the kind allows, selecting.
-constexpr MenuRow kRecordRows[] = {Item(0, kCmdEdit),
-                                   Item(0, kCmdAdd),
-                                   Item(0, kCmdInsert),
-                                   Item(0, kCmdDelete),
-                                   Line(0),
-                                   Item(0, kCmdMove),
-                                   Item(0, kCmdSwap),
-                                   Line(0),
-                                   Popup(0, "Se&lect"),
-                                   Item(1, kCmdSelectAll),
-                                   Item(1, kCmdInvertSelection),
-                                   Line(0),
-                                   Item(0, kCmdInformation)};
-constexpr MenuRow kServiceRows[] = {Item(0, kCmdEdit),
-                                    Item(0, kCmdAdd),
-                                    Item(0, kCmdInsert),
-                                    Item(0, kCmdDelete),
-                                    Line(0),
-                                    Item(0, kCmdMove),
-                                    Item(0, kCmdSwap),
-                                    Line(0),
-                                    Popup(0, "Add to &Group"),
-                                    Filled(1, MenuRowKind::kFavouriteGroups),
-                                    Popup(0, "Se&lect"),
-                                    Item(1, kCmdSelectAll),
-                                    Item(1, kCmdInvertSelection),
-                                    Line(0),
-                                    Item(0, kCmdInformation)};
-constexpr MenuRow kCarrierLevelRows[] = {Item(0, kCmdEdit),
-                                         Item(0, kCmdAdd),
-                                         Item(0, kCmdInsert),
-                                         Item(0, kCmdDelete),
-                                         Line(0),
-                                         Item(0, kCmdMove),
-                                         Item(0, kCmdSwap),
-                                         Line(0),
-                                         Popup(0, "Mar&k As"),
-                                         Filled(1, MenuRowKind::kMarkFields),
-                                         Popup(0, "Se&lect"),
-                                         Filled(1, MenuRowKind::kSelectFields),
-                                         Line(1),
-                                         Item(1, kCmdSelectAll),
-                                         Item(1, kCmdInvertSelection),
-                                         Line(0),
-                                         Item(0, kCmdInformation)};
-constexpr MenuRow kSatelliteLevelRows[] = {Item(0, kCmdEdit),
-                                           Item(0, kCmdAdd),
-                                           Item(0, kCmdInsert),
-                                           Item(0, kCmdDelete),
-                                           Line(0),
-                                           Item(0, kCmdMove),
-                                           Item(0, kCmdSwap),
-                                           Line(0),
-                                           Popup(0, "Mar&k As"),
-                                           Filled(1, MenuRowKind::kMarkFields),
-                                           Popup(0, "Se&lect"),
-                                           Filled(1, MenuRowKind::kSelectFields),
-                                           Line(1),
-                                           Item(1, kCmdSelectAll),
-                                           Item(1, kCmdInvertSelection),
-                                           Line(0),
-                                           Item(0, kCmdSaveSatellites),
-                                           Line(0),
-                                           Item(0, kCmdInformation)};
-constexpr MenuRow kSdbRows[] = {
-    Item(0, kCmdAdd),         Item(0, kCmdEdit),    Item(0, kCmdDelete),        Line(0),
-    Item(0, kCmdCompressSdb), Item(0, kCmdSaveSdb), Item(0, kCmdUploadThisSdb), Item(0, kCmdExportSdb)};
-constexpr ToolbarButton kToolbar[] = {
-    {kCmdNew, 0, MenuName::kFrame},
-    {kCmdOpen, 1, MenuName::kFrame},
-    {kCmdSave, 2, MenuName::kFrame},
-    {kNoCommand, 0, MenuName::kFrame},
-    {kCmdImportSatcodx, 3, MenuName::kImport},
-    {kCmdMergeSatcodx, 4, MenuName::kMerge},
-    {kCmdTextFile, 5, MenuName::kFrame},
-    {kNoCommand, 0, MenuName::kFrame},
-    {kCmdUndo, 6, MenuName::kFrame},
-    {kCmdRedo, 7, MenuName::kFrame},
-    {kCmdFind, 8, MenuName::kFrame},
-    {kCmdSort, 9, MenuName::kFrame},
-    {kCmdInformation, 10, MenuName::kFrame},
-    {kNoCommand, 0, MenuName::kFrame},
-    {kCmdUploadAdb, 11, MenuName::kUpload},
-    {kCmdDownload, 12, MenuName::kFrame},
-    {kCmdPortload, 13, MenuName::kFrame},
-    {kCmdConnect, 17, MenuName::kFrame},
-    {kCmdSingleImage, 14, MenuName::kUrt},
-    {kNoCommand, 0, MenuName::kFrame},
-    {kCmdSettings, 15, MenuName::kFrame},
-    {kCmdContents, 16, MenuName::kFrame},
+    {.id = kCmdExit, .text = "E&xit", .tip = "End the program", .block = Block::kExit},
+
+    {.id = kCmdUndo,
+     .text = "&Undo Sorting",
+     .key = Ctrl('Z'),
+     .needs = kNeedsEditor | kNeedsUndo,
+     .tip = "Take back the last change",
+     .block = Block::kUndo,
+     .button = {.place = 30, .picture = 6},
+     .other_text = "&Undo",
+     .has_other_text = Holds<&CommandState::can_undo_other>},
+    {.id = kCmdRedo,
+     .text = "&Redo",
+     .key = Ctrl('Y'),
+     .needs = kNeedsEditor | kNeedsRedo,
+     .tip = "Bring back what was taken back",
+     .block = Block::kUndo,
+     .button = {.place = 31, .picture = 7}},
+
+    {.id = kCmdEdit,
+     .text = "&Edit",
+     .key = Plain(kKeyEnter, KeyScope::kRecords),
+     .needs = kNeedsEditor | kNeedsEditable,
+     .tip = "Change the selected record",
+     .block = Block::kEdit},
+    {.id = kCmdAdd,
+     .text = "&Add",
+     .key = Plain(KeyF(2), KeyScope::kRecords),
+     .needs = kNeedsEditor | kNeedsAddable,
+     .tip = "Add a record",
+     .block = Block::kEdit},
+    {.id = kCmdInsert,
+     .text = "&Insert",
+     .key = Plain(kKeyInsert, KeyScope::kRecords),
+     .needs = kNeedsEditor | kNeedsInsertable,
+     .tip = "Insert a record here",
+     .block = Block::kEdit},
+    {.id = kCmdDelete,
+     .text = "&Delete",
+     .key = Plain(kKeyDelete, KeyScope::kRecords),
+     .needs = kNeedsEditor | kNeedsDeletable,
+     .tip = "Delete the selected records",
+     .block = Block::kEdit},
+
+    {.id = kCmdMove,
+     .text = "&Move",
+     .key = Plain(KeyF(3), KeyScope::kRecords),
+     .needs = kNeedsEditor | kNeedsMovable,
+     .tip = "Move the selected records",
+     .block = Block::kMove},
+    {.id = kCmdSwap,
+     .text = "S&wap",
+     .needs = kNeedsEditor | kNeedsMovable,
+     .tip = "Swap two records",
+     .block = Block::kMove},
+
+    {.id = kCmdSelectAll,
+     .text = "A&ll",
+     .key = Ctrl('A', KeyScope::kList),
+     .needs = kNeedsEditor | kNeedsRows,
+     .tip = "Select all records",
+     .block = Block::kSelect},
+    {.id = kCmdInvertSelection,
+     .text = "&Invert Selection",
+     .needs = kNeedsEditor | kNeedsRows,
+     .tip = "Select what is not selected",
+     .block = Block::kSelect},
+
+    {.id = kCmdSaveSatellites,
+     .text = "&Save Selected Satellite(s)",
+     .needs = kNeedsEditor | kNeedsSatellite,
+     .tip = "Save the selected satellites as a file of their own",
+     .block = Block::kSaveSatellites},
+
+    {.id = kCmdCompressSdb,
+     .text = "Com&press on Save",
+     .needs = kNeedsEditor,
+     .tip = "Compress this part when the file is saved",
+     .block = Block::kSdb,
+     .checked = Holds<&CommandState::part_compressed>},
+    {.id = kCmdSaveSdb,
+     .text = "&Save as seperate bin",
+     .needs = kNeedsEditor | kNeedsSdb,
+     .tip = "Save this SDB as a file of its own",
+     .block = Block::kSdb},
+    {.id = kCmdUploadThisSdb,
+     .text = "&Upload as SDB",
+     .needs = kNeedsEditor | kNeedsSdb,
+     .asks = {.images = true},
+     .tip = "Send this SDB to the receiver",
+     .block = Block::kSdb},
+    {.id = kCmdExportSdb,
+     .text = "E&xport SDB as text file",
+     .needs = kNeedsEditor | kNeedsSdb,
+     .tip = "Write this SDB as a text report",
+     .block = Block::kSdb},
+
+    {.id = kCmdSort,
+     .text = "&Sort Infomation",
+     .key = Ctrl('R'),
+     .needs = kNeedsEditor,
+     .tip = "Sort the records",
+     .block = Block::kSearch,
+     .button = {.place = 33, .picture = 9}},
+    {.id = kCmdFind,
+     .text = "&Find",
+     .key = Ctrl('F'),
+     .needs = kNeedsEditor,
+     .tip = "Find a record by its name",
+     .block = Block::kSearch,
+     .button = {.place = 32, .picture = 8},
+     .in_console = kCmdConsoleFind},
+    {.id = kCmdFindNext,
+     .text = "Find Ne&xt",
+     .key = Plain(KeyF(4)),
+     .needs = kNeedsEditor,
+     .tip = "Find the next record",
+     .block = Block::kSearch},
+    {.id = kCmdFindPrevious,
+     .text = "Find &Previous",
+     .key = Shift(KeyF(4)),
+     .needs = kNeedsEditor,
+     .tip = "Find the previous record",
+     .block = Block::kSearch},
+
+    {.id = kCmdInformation,
+     .text = "I&nformation",
+     .key = Ctrl('I'),
+     .needs = kNeedsEditor,
+     .tip = "Details of the selected record",
+     .block = Block::kInformation,
+     .button = {.place = 34, .picture = 10}},
+
+    {.id = kCmdCheck,
+     .text = "C&heck Database",
+     .needs = kNeedsEditor,
+     .tip = "List what breaks the rules of the records",
+     .block = Block::kWholeDatabase},
+    {.id = kCmdCompressBin,
+     .text = "&Compress bin on save",
+     .needs = kNeedsEditor,
+     .tip = "Compress the file when it is saved",
+     .block = Block::kWholeDatabase,
+     .checked = Holds<&CommandState::payload_compressed>},
+
+    {.id = kCmdViewServices,
+     .text = "Ser&vices",
+     .key = Alt('V'),
+     .needs = kNeedsEditor | kNeedsViews,
+     .tip = "Show the services",
+     .block = Block::kViews,
+     .checked = Shows<ListView::kServices>},
+    {.id = kCmdViewCarriers,
+     .text = "&Carriers",
+     .key = Alt('C'),
+     .needs = kNeedsEditor | kNeedsViews,
+     .tip = "Show the carriers",
+     .block = Block::kViews,
+     .checked = Shows<ListView::kCarriers>},
+    {.id = kCmdViewTv,
+     .text = "&TV Services",
+     .key = Alt('T'),
+     .needs = kNeedsEditor | kNeedsViews,
+     .tip = "Show the TV services",
+     .block = Block::kViews,
+     .checked = Shows<ListView::kTvServices>},
+    {.id = kCmdViewRadio,
+     .text = "&Radio Services",
+     .key = Alt('R'),
+     .needs = kNeedsEditor | kNeedsViews,
+     .tip = "Show the radio services",
+     .block = Block::kViews,
+     .checked = Shows<ListView::kRadioServices>},
+    {.id = kCmdViewBoth,
+     .text = "TV / R&adio Services",
+     .key = Alt('A'),
+     .needs = kNeedsEditor | kNeedsViews,
+     .tip = "Show TV and radio services",
+     .block = Block::kViews},
+
+    {.id = kCmdUploadAdb,
+     .text = "ADB Data  ( PC to STB )",
+     .key = Plain(KeyF(6)),
+     .needs = kNeedsEditor,
+     .asks = {.images = true, .partitions = true},
+     .tip = "Send the database to the receiver as its image",
+     .block = Block::kUpload,
+     .button = {.place = 40, .picture = 11, .drop_down = MenuName::kUpload}},
+    {.id = kCmdUploadSdb,
+     .text = "SDB Data ( PC to STB )",
+     .key = Plain(KeyF(7)),
+     .needs = kNeedsEditor,
+     .asks = {.images = true},
+     .tip = "Send SDBs to the receiver",
+     .block = Block::kUpload},
+
+    {.id = kCmdDownload,
+     .text = "Data from S&TB ( STB to PC )",
+     .key = Plain(KeyF(8)),
+     .asks = {.images = true, .partitions = true},
+     .tip = "Fetch the database of the receiver",
+     .block = Block::kDownload,
+     .button = {.place = 41, .picture = 12}},
+
+    {.id = kCmdPortload,
+     .text = "&Portload",
+     .key = Ctrl('W'),
+     .tip = "Open the uploader console",
+     .block = Block::kPortload,
+     .button = {.place = 42, .picture = 13}},
+
+    {.id = kCmdDefaultValues,
+     .text = "&Default Values",
+     .key = Ctrl('D'),
+     .tip = "Values of new records",
+     .block = Block::kOptions},
+    {.id = kCmdSettings,
+     .text = "&Settings",
+     .key = Ctrl('T'),
+     .tip = "Receiver, formats and serial port",
+     .block = Block::kOptions,
+     .button = {.place = 50, .picture = 15}},
+    {.id = kCmdColour,
+     .text = "Co&lor",
+     .key = Ctrl('L'),
+     .tip = "Colours of the tree and the list",
+     .block = Block::kOptions},
+
+    {.id = kCmdSingleImage,
+     .text = "&Single Image",
+     .asks = {.images = true},
+     .tip = "Make a URT file of an image",
+     .block = Block::kUrt,
+     .button = {.place = 44, .picture = 14, .drop_down = MenuName::kUrt}},
+    {.id = kCmdMultipleImage,
+     .text = "&Multiple Image",
+     .asks = {.images = true},
+     .tip = "Make URT files of several images",
+     .block = Block::kUrt},
+    {.id = kCmdBin2Urt,
+     .text = "Bin2URT",
+     .asks = {.images = true},
+     .tip = "Make a URT file of a chosen file",
+     .block = Block::kUrt},
+
+    {.id = kCmdCompression,
+     .text = "&Compression",
+     .key = Ctrl('P'),
+     .tip = "Compress or expand a file",
+     .block = Block::kCompression},
+
+    {.id = kCmdCascade,
+     .text = "&Cascade",
+     .tip = "Arrange the windows one behind the other",
+     .block = Block::kWindows},
+    {.id = kCmdTileHorizontally,
+     .text = "Tile &Horizontally",
+     .tip = "Arrange the windows one below the other",
+     .block = Block::kWindows},
+    {.id = kCmdTileVertically,
+     .text = "Tile &Vertically",
+     .tip = "Arrange the windows side by side",
+     .block = Block::kWindows},
+
+    {.id = kCmdContents,
+     .text = "&Contents",
+     .tip = "Show the help",
+     .block = Block::kHelp,
+     .button = {.place = 51, .picture = 16}},
+    {.id = kCmdAbout,
+     .text = "&About Vexa Editor",
+     .tip = "Version and build of the program",
+     .block = Block::kHelp},
+
+    {.id = kCmdConnect,
+     .text = "Connec&t",
+     .key = Plain(KeyF(10)),
+     .needs = kNeedsConsole,
+     .tip = "Connect to the receiver, or disconnect",
+     .block = Block::kConnection,
+     .button = {.place = 43,
+                .picture = 17,
+                .other_picture = 18,
+                .has_other_picture = Holds<&CommandState::port_open>},
+     .other_text = "&Disconnect",
+     .has_other_text = Holds<&CommandState::port_wanted>},
+    {.id = kCmdConsoleUpload,
+     .text = "&Upload",
+     .key = Plain(KeyF(9)),
+     .needs = kNeedsConsole | kNeedsConnection | kNeedsNoConsoleUpload,
+     .tip = "Send a file to the receiver",
+     .block = Block::kConnection},
+    {.id = kCmdConsoleCancel,
+     .text = "Ca&ncel",
+     .key = Plain(kKeyEscape),
+     .needs = kNeedsConsole | kNeedsConsoleUpload,
+     .tip = "Cancel the running upload",
+     .block = Block::kConnection},
+
+    {.id = kCmdConsoleSaveLog,
+     .text = "&Save Log File",
+     .needs = kNeedsConsole,
+     .tip = "Save the log of the console",
+     .block = Block::kLogFile},
+    {.id = kCmdConsoleClear,
+     .text = "C&lear",
+     .shown_key = "",
+     .needs = kNeedsConsole,
+     .tip = "Empty the console",
+     .block = Block::kLogFile},
+
+    {.id = kCmdConsoleCopy,
+     .text = "Cop&y",
+     .key = Ctrl('C', KeyScope::kConsoleLog),
+     .needs = kNeedsConsole | kNeedsLogSelection,
+     .tip = "Copy the selected part of the log",
+     .block = Block::kLogSelection},
+    {.id = kCmdConsoleSelectAll,
+     .text = "Select &All",
+     .key = Ctrl('A', KeyScope::kConsoleLog),
+     .needs = kNeedsConsole,
+     .tip = "Select the whole log",
+     .block = Block::kLogSelection},
+
+    {.id = kCmdConsoleFind,
+     .text = "&Find",
+     .needs = kNeedsConsole,
+     .tip = "Find a text in the log",
+     .block = Block::kLogSearch},
+    {.id = kCmdConsoleFindNext,
+     .text = "Find Ne&xt",
+     .key = Plain(KeyF(3), KeyScope::kConsole),
+     .needs = kNeedsConsole,
+     .tip = "Find the text again",
+     .block = Block::kLogSearch},
+
+    {.id = kCmdConsoleHexadecimalView,
+     .text = "&Hexadecimal View",
+     .needs = kNeedsConsole,
+     .tip = "Show what arrives in hexadecimal, each frame in a row of its own",
+     .block = Block::kConsoleOptions,
+     .checked = ConsoleHas<&ConsoleOptions::hexadecimal_view>},
+    {.id = kCmdConsoleHexadecimalInput,
+     .text = "Hexadecimal &Input",
+     .needs = kNeedsConsole,
+     .tip = "Take the command line for pairs of hexadecimal digits",
+     .block = Block::kConsoleOptions,
+     .checked = ConsoleHas<&ConsoleOptions::hexadecimal_input>},
+    {.id = kCmdConsoleTimeStamps,
+     .text = "Time Sta&mps",
+     .needs = kNeedsConsole,
+     .tip = "Put the time in front of each line",
+     .block = Block::kConsoleOptions,
+     .checked = ConsoleHas<&ConsoleOptions::time_stamps>},
+    {.id = kCmdConsoleReconnect,
+     .text = "C&onnect Again",
+     .needs = kNeedsConsole,
+     .tip = "Connect by itself when a lost port comes back",
+     .block = Block::kConsoleOptions,
+     .checked = ConsoleHas<&ConsoleOptions::reconnect>},
+
+    {.id = kCmdConsoleSendCr,
+     .text = "&Carriage Return",
+     .needs = kNeedsConsole,
+     .tip = "End each line with a carriage return",
+     .block = Block::kLineEnding,
+     .checked = LinesEndWith<LineEnding::kCarriageReturn>},
+    {.id = kCmdConsoleSendLf,
+     .text = "&Line Feed",
+     .needs = kNeedsConsole,
+     .tip = "End each line with a line feed",
+     .block = Block::kLineEnding,
+     .checked = LinesEndWith<LineEnding::kLineFeed>},
+    {.id = kCmdConsoleSendCrLf,
+     .text = "&Both",
+     .needs = kNeedsConsole,
+     .tip = "End each line with carriage return and line feed",
+     .block = Block::kLineEnding,
+     .checked = LinesEndWith<LineEnding::kBoth>},
+    {.id = kCmdConsoleSendNothing,
+     .text = "&Nothing",
+     .needs = kNeedsConsole,
+     .tip = "Send each line as it is",
+     .block = Block::kLineEnding,
+     .checked = LinesEndWith<LineEnding::kNone>},
+
+    {.id = kCmdConsoleClose,
+     .text = "&Close",
+     .needs = kNeedsConsole,
+     .tip = "Close the console",
+     .block = Block::kCloseConsole},
 };
 
 struct NeedText {
@@ -439,6 +553,18 @@ constexpr NeedText kNeedTexts[] = {
     {kNeedsViews, "Needs a selected SDB, satellite or carrier."},
 };
 
+struct KeyText {
+  uint16_t code;
+  const char* text;
+};
+constexpr KeyText kKeyTexts[] = {
+    {kKeyEnter, "Enter"}, {kKeyEscape, "Esc"}, {kKeyInsert, "Ins"}, {kKeyDelete, "Del"}};
+
+std::string WithKey(const CommandInfo& command, const char* text) {
+  const std::string key = ShownKey(command);
+  return key.empty() && !command.shown_key ? text : std::string(text) + '\t' + key;
+}
+
 }  // namespace
 
 std::span<const CommandInfo> Commands() {
@@ -462,42 +588,47 @@ std::string MissingNeeds(const CommandInfo& command, uint32_t present) {
   return "";
 }
 
-std::span<const MenuRow> MenuRows(MenuName menu) {
-  switch (menu) {
-    case MenuName::kFrame:
-      return kFrameRows;
-    case MenuName::kEditor:
-      return kEditorRows;
-    case MenuName::kConsole:
-      return kConsoleRows;
-    case MenuName::kConsoleLog:
-      return kConsoleLogRows;
-    case MenuName::kImport:
-      return kImportRows;
-    case MenuName::kMerge:
-      return kMergeRows;
-    case MenuName::kUpload:
-      return kUploadRows;
-    case MenuName::kUrt:
-      return kUrtRows;
-    case MenuName::kRecord:
-      return kRecordRows;
-    case MenuName::kSdb:
-      return kSdbRows;
-    case MenuName::kService:
-      return kServiceRows;
-    case MenuName::kSatelliteLevel:
-      return kSatelliteLevelRows;
-    case MenuName::kCarrierLevel:
-      return kCarrierLevelRows;
-    case MenuName::kLnbLevel:
-      return kRecordRows;
-  }
-  return {};
+bool CommandChecked(const CommandInfo& command, const CommandState& state) {
+  return command.checked && command.checked(state);
 }
 
-std::span<const ToolbarButton> ToolbarButtons() {
-  return kToolbar;
+std::string MenuText(const CommandInfo& command, const CommandState& state) {
+  const bool other = command.has_other_text && command.has_other_text(state);
+  return WithKey(command, other ? command.other_text : command.text);
+}
+
+std::string MenuText(const CommandInfo& command) {
+  return WithKey(command, command.text);
+}
+
+std::string ShownKey(const CommandInfo& command) {
+  if (command.shown_key) return command.shown_key;
+  if (command.key.code) return KeyName(command.key);
+  for (const CommandInfo& other : kCommands) {
+    if (other.in_console == command.id) return KeyName(other.key);
+  }
+  return "";
+}
+
+std::string KeyName(const Key& key) {
+  if (key.code == 0) return "";
+  std::string name;
+  if (key.modifiers & kCtrl) name += "Ctrl+";
+  if (key.modifiers & kAlt) name += "Alt+";
+  if (key.modifiers & kShift) name += "Shift+";
+  for (const KeyText& row : kKeyTexts) {
+    if (row.code == key.code) return name + row.text;
+  }
+  if (key.code >= kKeyF1 && key.code <= KeyF(12)) return name + 'F' + std::to_string(key.code - kKeyF1 + 1);
+  return name + static_cast<char>(key.code);
+}
+
+CommandId CommandOfKey(KeyScope scope, uint16_t code, uint8_t modifiers) {
+  for (const CommandInfo& command : kCommands) {
+    const Key& key = command.key;
+    if (code != 0 && key.code == code && key.modifiers == modifiers && key.scope == scope) return command.id;
+  }
+  return kNoCommand;
 }
 
 }  // namespace vexa

@@ -1,16 +1,15 @@
-// The commands of the editor, once: identifier, menu text, keys, what a command needs, tool tip. Menus,
-// accelerators, toolbar and enabling are made from this table; the window program adds the functions.
+// The commands of the editor, once: a row each. Menus, pop-ups, toolbar, keys, greying, check marks and tips
+// are made from these rows (view/menu_table.h); the window program adds the functions.
 //
-// A text holds the access key behind '&' and, behind a tab, the keys as the user reads them. The keys that
-// really work are the column `keys`; "&Text file" shows a key that is not bound.
+// A text holds the access key behind '&'; the name of the row's key is put behind it where the text is shown.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
+
+#include "config/ecf.h"
 
 namespace vexa {
 
@@ -53,6 +52,8 @@ enum CommandId : uint16_t {
   kCmdCompression = 40039,
   kCmdCompressBin = 40040,
   kCmdRecent1 = 40041,
+  kCmdRecent2 = 40042,
+  kCmdRecent3 = 40043,
   kCmdRecent4 = 40044,
   kCmdBin2Urt = 40137,
   kCmdConnect = 40138,
@@ -131,45 +132,60 @@ constexpr uint16_t KeyF(int number) {
 }
 inline constexpr uint16_t kKeyEnter = 0x0D, kKeyEscape = 0x1B, kKeyInsert = 0x2D, kKeyDelete = 0x2E;
 
+// Where a key is the command's.
+enum class KeyScope : uint8_t {
+  kEverywhere,
+  kDatabase,    // while a database window is active: elsewhere Alt and a letter open menus
+  kRecords,     // in the tree and the list of a database window
+  kList,        // in its list
+  kConsole,     // in all controls of the console
+  kConsoleLog,  // in its log
+};
+
 struct Key {
   uint16_t code = 0;  // 0: none
   uint8_t modifiers = 0;
+  KeyScope scope = KeyScope::kEverywhere;
 };
 
-struct CommandInfo {
-  CommandId id;
-  const char* text;
-  Key key;
-  uint32_t needs;
-  const char* tip;  // status line and tool tip
-};
-
-// The whole table; it belongs to the program, as do the tables below.
-std::span<const CommandInfo> Commands();
-// The row of a command's identifier; nullptr: there is none.
-const CommandInfo* FindCommand(uint32_t id);
-
-// Whether all is there that the command needs; `present`: what is there, as `Need` bits.
-bool CommandEnabled(const CommandInfo& command, uint32_t present);
-// In words, for the status line: "Needs an open database." Empty when all is there.
-std::string MissingNeeds(const CommandInfo& command, uint32_t present);
-
-// Menus as rows; `depth` 0 are the titles of the bar (of a pop-up menu: its only top level).
-enum class MenuRowKind : uint8_t {
-  kPopup,
-  kCommand,
-  kSeparator,
-  // What the window puts there:
-  kRecentFiles,      // a pop-up of the files
-  kMarkFields,       // for each field of the records a pop-up of its values
-  kSelectFields,     // the same, to select by
-  kFavouriteGroups,  // the favourite groups of the SDB
-};
-struct MenuRow {
-  uint8_t depth;
-  MenuRowKind kind;
-  const char* text;  // of a pop-up
-  CommandId command;
+// Commands that stand together in menus, in the order of their rows, between the same lines. Menus are made
+// of blocks: a row with a block stands in every menu that has it.
+enum class Block : uint8_t {
+  kNone,
+  kNewOpen,
+  kSave,
+  kImport,
+  kMerge,
+  kMergeSdb,
+  kExport,
+  kFileInformation,
+  kRecentFiles,
+  kExit,
+  kUndo,
+  kEdit,
+  kMove,
+  kSelect,
+  kSaveSatellites,
+  kSdb,
+  kSearch,
+  kInformation,
+  kWholeDatabase,
+  kViews,
+  kUpload,
+  kDownload,
+  kPortload,
+  kOptions,
+  kUrt,
+  kCompression,
+  kWindows,
+  kHelp,
+  kConnection,
+  kLogFile,
+  kLogSelection,
+  kLogSearch,
+  kConsoleOptions,
+  kLineEnding,
+  kCloseConsole,
 };
 
 enum class MenuName : uint8_t {
@@ -188,19 +204,57 @@ enum class MenuName : uint8_t {
   kSatelliteLevel,
   kCarrierLevel,
 };
-// The rows of a menu from top to bottom.
-std::span<const MenuRow> MenuRows(MenuName menu);
 
-// Commands of the rows that the window fills, by place; they stand in no table.
-inline constexpr uint32_t kFirstMarkCommand = 41000, kFirstSelectCommand = 41200, kFirstGroupCommand = 41400,
-                          kEndOfRowCommands = 41500;
+struct CommandState;  // view/command_state.h
+using CommandTest = bool (*)(const CommandState&);
 
-struct ToolbarButton {
-  CommandId command;   // kNoCommand: a gap
-  int picture;         // in the strip of toolbar pictures
-  MenuName drop_down;  // kFrame: none
+// Its button of the toolbar.
+struct CommandButton {
+  int place = 0;    // ascending from left to right, a gap where the tens change; 0: no button
+  int picture = 0;  // in the strip of toolbar pictures, from 0
+  MenuName drop_down = MenuName::kFrame;  // the menu that it opens beside its command; kFrame: none
+  int other_picture = 0;                  // while `has_other_picture` holds
+  CommandTest has_other_picture = nullptr;
 };
-// From left to right.
-std::span<const ToolbarButton> ToolbarButtons();
+
+struct CommandInfo {
+  CommandId id = kNoCommand;
+  const char* text = "";
+  Key key = {};
+  const char* shown_key = nullptr;  // stands behind the text instead of the key's name, and works nowhere
+  uint32_t needs = kNeedsNothing;   // `Need` bits
+  Facilities asks = {};             // of the configuration, when it runs
+  const char* tip = "";             // status line and tool tip
+  Block block = Block::kNone;
+  CommandButton button = {};
+  CommandTest checked = nullptr;
+  const char* other_text = nullptr;  // while `has_other_text` holds
+  CommandTest has_other_text = nullptr;
+  CommandId in_console = kNoCommand;  // what its key and its button do while the console is active
+};
+
+// The whole table; it belongs to the program.
+std::span<const CommandInfo> Commands();
+// The row of a command's identifier; nullptr: there is none.
+const CommandInfo* FindCommand(uint32_t id);
+
+// Whether all is there that the command needs; `present`: what is there, as `Need` bits.
+bool CommandEnabled(const CommandInfo& command, uint32_t present);
+// In words, for the status line: "Needs an open database." Empty when all is there.
+std::string MissingNeeds(const CommandInfo& command, uint32_t present);
+// Whether its menu item has a check mark.
+bool CommandChecked(const CommandInfo& command, const CommandState& state);
+// As a menu shows it: the text, and behind a tab the key as the user reads it.
+std::string MenuText(const CommandInfo& command, const CommandState& state);
+// The same as long as nothing has happened.
+std::string MenuText(const CommandInfo& command);
+// The key as the user reads it: the command's own, or the one of the command whose place it takes in the
+// console.
+std::string ShownKey(const CommandInfo& command);
+
+// "Ctrl+N", "Shift+F4", "Ins"; empty for no key.
+std::string KeyName(const Key& key);
+// The command whose key this is in that scope itself, not in a wider one; kNoCommand: none.
+CommandId CommandOfKey(KeyScope scope, uint16_t code, uint8_t modifiers);
 
 }  // namespace vexa

@@ -174,7 +174,15 @@ TEST_F(ConsoleUi, OptionsAreTickedAndAMissingTextIsTold) {
   PostMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
   ASSERT_TRUE(editor_->HasCaughtUp());
   EXPECT_EQ(editor_->FindBox(kTitle), nullptr);
+  Send(GetDlgItem(dialog, IDC_CONSOLE_FIND_TEXT), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"absent"));
+  PostMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
+  EXPECT_EQ(Told(kTitle, IDOK), "\"absent\" is not in the log.");
   editor_->Press(dialog, IDCANCEL);
+  // The key that finds again works in every control of the console.
+  for (const int id : {IDC_CONSOLE_LOG, IDC_CONSOLE_LINE}) {
+    PostMessageW(GetDlgItem(console_, id), WM_KEYDOWN, VK_F3, 0);
+    EXPECT_EQ(Told(kTitle, IDOK), "\"absent\" is not in the log.");
+  }
   ExpectCleanEnd();
 }
 

@@ -11,7 +11,7 @@
 #include "ui/forms/options_resource.h"
 #include "ui/forms/records_resource.h"
 #include "ui/frame/test_mode.h"
-#include "view/command_table.h"
+#include "view/menu_table.h"
 #include "view/node_edit.h"
 
 namespace vexa {

@@ -14,9 +14,9 @@
 #include "ui/forms/records_resource.h"
 #include "ui/line/console_resource.h"
 #include "ui/line/transfer_resource.h"
-#include "view/command_table.h"
 #include "view/dialog_ids.h"
 #include "view/help_pages.h"
+#include "view/menu_table.h"
 
 namespace vexa {
 

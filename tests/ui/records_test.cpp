@@ -7,7 +7,7 @@
 #include "tests/ui/editor_fixture.h"
 #include "ui/forms/records_resource.h"
 #include "ui/frame/test_mode.h"
-#include "view/command_table.h"
+#include "view/menu_table.h"
 #include "view/node_edit.h"
 
 namespace vexa {

@@ -1,7 +1,5 @@
 // The command table is one piece of data that four parts of the window program lean on: these rules keep it
 // sound.
-#include "view/command_table.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
@@ -9,6 +7,7 @@
 #include <string>
 
 #include "tests/support/access_key.h"
+#include "view/menu_table.h"
 
 namespace vexa {
 
@@ -26,16 +25,88 @@ std::string TextOf(const MenuRow& row) {
   return command ? command->text : "";
 }
 
-TEST(CommandTable, EveryIdentifierAndKeyStandsOnce) {
+TEST(CommandTable, EveryRowIsWholeAndStandsOnce) {
   std::set<int> ids;
-  std::set<std::pair<int, int>> keys;
   for (const CommandInfo& command : Commands()) {
     EXPECT_TRUE(ids.insert(command.id).second) << command.id;
+    EXPECT_NE(std::string(command.text), "") << command.id;
     EXPECT_NE(std::string(command.tip), "") << command.id;
-    if (command.key.code) {
-      EXPECT_TRUE(keys.insert({command.key.code, command.key.modifiers}).second) << command.text;
+    // The key's name is put behind the text; another text there is of no key.
+    EXPECT_EQ(std::string(command.text).find('\t'), std::string::npos) << command.text;
+    EXPECT_TRUE(!command.shown_key || command.key.code == 0) << command.text;
+    EXPECT_EQ(command.other_text != nullptr, command.has_other_text != nullptr) << command.text;
+  }
+}
+
+// Whether one press of a key could be meant for both. A database window and the console are never active at
+// once.
+bool Meet(KeyScope one, KeyScope other) {
+  const auto in_console = [](KeyScope scope) {
+    return scope == KeyScope::kConsole || scope == KeyScope::kConsoleLog;
+  };
+  return one == KeyScope::kEverywhere || other == KeyScope::kEverywhere ||
+         in_console(one) == in_console(other);
+}
+
+TEST(CommandTable, NoKeyTwiceWhereItWorks) {
+  for (const CommandInfo& one : Commands()) {
+    for (const CommandInfo& other : Commands()) {
+      const bool same = one.key.code == other.key.code && one.key.modifiers == other.key.modifiers;
+      if (one.key.code == 0 || &one == &other || !same) continue;
+      EXPECT_FALSE(Meet(one.key.scope, other.key.scope)) << one.text << " and " << other.text;
     }
   }
+}
+
+TEST(CommandTable, EveryCommandIsReachable) {
+  std::set<CommandId> reached;
+  bool recent_files = false;
+  for (const MenuName menu : kMenus) {
+    for (const MenuRow& row : MenuRows(menu)) {
+      reached.insert(row.command);
+      recent_files = recent_files || row.kind == MenuRowKind::kRecentFiles;
+    }
+  }
+  for (const CommandInfo& command : Commands()) {
+    const bool reachable = command.block == Block::kRecentFiles ? recent_files : reached.contains(command.id);
+    EXPECT_TRUE(reachable || command.key.code != 0 || command.button.place != 0) << command.text;
+    // Where a row has a block, that block stands in a menu.
+    EXPECT_TRUE(reachable || command.block == Block::kNone) << command.text;
+  }
+}
+
+TEST(CommandTable, ConsoleCommandsTakeThePlaceOfOthers) {
+  for (const CommandInfo& command : Commands()) {
+    if (command.in_console == kNoCommand) continue;
+    const CommandInfo* other = FindCommand(command.in_console);
+    ASSERT_TRUE(other) << command.text;
+    EXPECT_TRUE(other->needs & kNeedsConsole) << other->text;
+    EXPECT_EQ(other->key.code, 0) << other->text;
+    EXPECT_EQ(MenuText(*other), other->text + ('\t' + KeyName(command.key)));
+  }
+}
+
+TEST(CommandTable, ToolbarButtonsHaveAPlaceAndAPictureEach) {
+  std::set<int> places, pictures;
+  int last = 0;
+  const CommandInfo* before = nullptr;
+  for (const CommandInfo* command : ToolbarButtons()) {
+    if (command) {
+      const CommandButton& button = command->button;
+      EXPECT_GT(button.place, last) << command->text;
+      EXPECT_EQ(button.place / 10 != last / 10, before == nullptr) << "no gap before " << command->text;
+      EXPECT_TRUE(pictures.insert(button.picture).second) << command->text;
+      EXPECT_TRUE(!button.has_other_picture || pictures.insert(button.other_picture).second) << command->text;
+      last = button.place;
+      // The button is the first row of its menu.
+      if (button.drop_down != MenuName::kFrame) {
+        EXPECT_EQ(MenuRows(button.drop_down).at(0).command, command->id);
+      }
+    }
+    before = command;
+  }
+  EXPECT_EQ(pictures.size(), 19u);  // as many as the strip has
+  EXPECT_EQ(*pictures.rbegin(), 18);
 }
 
 TEST(CommandTable, HoldsTheWholeVocabulary) {
@@ -46,40 +117,26 @@ TEST(CommandTable, HoldsTheWholeVocabulary) {
   }
 }
 
-// Code and modifiers of "Ctrl+N", "F12", "Esc".
-std::pair<int, int> KeyNamed(std::string name) {
-  int modifiers = 0;
-  const std::pair<std::string, int> prefixes[] = {{"Ctrl+", kCtrl}, {"Shift+", kShift}, {"Alt+", kAlt}};
-  for (const auto& [prefix, modifier] : prefixes) {
-    if (!name.starts_with(prefix)) continue;
-    name.erase(0, prefix.size());
-    modifiers |= modifier;
-  }
-  if (name == "Esc") return {kKeyEscape, modifiers};
-  return {name.size() > 1 ? KeyF(std::stoi(name.substr(1))) : name[0], modifiers};
-}
-
-// The key in a text is the one that works. One text names a key that is bound to nothing, two keys are bound
-// elsewhere.
-TEST(CommandTable, TextsNameTheKeysThatWork) {
-  // The keys of tree and list, one that is shared, one that never worked.
-  const std::set<int> unbound = {kCmdEdit,           kCmdAdd,
-                                 kCmdInsert,         kCmdDelete,
-                                 kCmdMove,           kCmdSelectAll,
-                                 kCmdConsoleSaveLog, kCmdTextFile,
-                                 kCmdConsoleFind,    kCmdConsoleFindNext,
-                                 kCmdConsoleCopy,    kCmdConsoleSelectAll};
-  for (const CommandInfo& command : Commands()) {
-    const std::string text = command.text;
-    const size_t tab = text.find('\t');
-    if (unbound.contains(command.id) || tab == std::string::npos || tab + 1 == text.size()) {
-      EXPECT_EQ(command.key.code, 0) << text;
-      continue;
-    }
-    const auto key = KeyNamed(text.substr(tab + 1));
-    EXPECT_EQ(command.key.code, key.first) << text;
-    EXPECT_EQ(command.key.modifiers, key.second) << text;
-  }
+TEST(CommandTable, TextsNameTheirKeys) {
+  const std::pair<CommandId, const char*> cases[] = {{kCmdNew, "&New\tCtrl+N"},
+                                                     {kCmdSaveAs, "Save &As"},
+                                                     {kCmdFindPrevious, "Find &Previous\tShift+F4"},
+                                                     {kCmdViewTv, "&TV Services\tAlt+T"},
+                                                     {kCmdSdbInformation, "SDB &Information\tF12"},
+                                                     {kCmdConsoleCancel, "Ca&ncel\tEsc"},
+                                                     {kCmdEdit, "&Edit\tEnter"},
+                                                     {kCmdInsert, "&Insert\tIns"},
+                                                     {kCmdDelete, "&Delete\tDel"},
+                                                     {kCmdTextFile, "&Text file\tCtrl+E"},
+                                                     {kCmdConsoleClear, "C&lear\t"},
+                                                     {kCmdConsoleSaveLog, "&Save Log File\tCtrl+S"},
+                                                     {kCmdUndo, "&Undo Sorting\tCtrl+Z"},
+                                                     {kCmdConnect, "Connec&t\tF10"}};
+  for (const auto& [id, text] : cases) EXPECT_EQ(MenuText(*FindCommand(id)), text);
+  EXPECT_EQ(CommandOfKey(KeyScope::kEverywhere, 0, 0), kNoCommand);
+  EXPECT_EQ(CommandOfKey(KeyScope::kRecords, 'A', kCtrl), kNoCommand);
+  EXPECT_EQ(CommandOfKey(KeyScope::kList, 'A', kCtrl), kCmdSelectAll);
+  EXPECT_EQ(CommandOfKey(KeyScope::kConsoleLog, 'A', kCtrl), kCmdConsoleSelectAll);
 }
 
 TEST(CommandTable, MenusAreWellFormed) {

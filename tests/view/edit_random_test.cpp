@@ -345,7 +345,7 @@ struct States {
   explicit States(const Document& document) {
     StartHistory(history, document);
     states.push_back(CopyDocument(document));
-    sorts.push_back(true);  // the text without any change
+    sorts.push_back(false);
   }
 
   void Take(const Document& document, Player::Result result) {
@@ -372,7 +372,7 @@ struct States {
       if (!there) return;
       present += back ? size_t(-1) : 1;
       ASSERT_EQ(Difference(states[present], document), "") << "state " << present;
-      ASSERT_STREQ(UndoText(history), sorts[present] ? "&Undo Sorting\tCtrl+Z" : "&Undo\tCtrl+Z");
+      ASSERT_EQ(UndoesSort(history), sorts[present]);
       ASSERT_EQ(IsChanged(history), saved != present);
     }
   }

@@ -284,14 +284,21 @@ LRESULT Destroy(EditorWindow* editor, HWND window, UINT message, WPARAM wparam, 
   return DefMDIChildProcW(window, message, wparam, lparam);
 }
 
+// Joins the new window and the structure that it was made for.
+void Adopt(HWND window, const CREATESTRUCTW& create) {
+  auto* editor =
+      reinterpret_cast<EditorWindow*>(static_cast<MDICREATESTRUCTW*>(create.lpCreateParams)->lParam);
+  editor->window = window;
+  SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(editor));
+}
+
+bool TakesCursor(const EditorWindow& editor, WPARAM wparam, LPARAM lparam) {
+  return reinterpret_cast<HWND>(wparam) == editor.window && LOWORD(lparam) == HTCLIENT &&
+         SetSplitterCursor(editor);
+}
+
 LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-  if (message == WM_NCCREATE) {
-    const auto* create = reinterpret_cast<CREATESTRUCTW*>(lparam);
-    auto* editor =
-        reinterpret_cast<EditorWindow*>(static_cast<MDICREATESTRUCTW*>(create->lpCreateParams)->lParam);
-    editor->window = window;
-    SetWindowLongPtrW(window, 0, reinterpret_cast<LONG_PTR>(editor));
-  }
+  if (message == WM_NCCREATE) Adopt(window, *reinterpret_cast<CREATESTRUCTW*>(lparam));
   EditorWindow* editor = EditorOf(window);
   if (!editor) return DefMDIChildProcW(window, message, wparam, lparam);
   switch (message) {
@@ -318,9 +325,7 @@ LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
       ShowPopup(*editor, reinterpret_cast<HWND>(wparam), lparam);
       return 0;
     case WM_SETCURSOR:
-      if (reinterpret_cast<HWND>(wparam) == window && LOWORD(lparam) == HTCLIENT &&
-          SetSplitterCursor(*editor))
-        return TRUE;
+      if (TakesCursor(*editor, wparam, lparam)) return TRUE;
       break;
     case WM_LBUTTONDOWN:
     case WM_LBUTTONUP:
@@ -459,11 +464,18 @@ void MarkChanged(EditorWindow& editor, bool changed) {
 }
 
 const OpenSdb* SelectedSdb(const EditorWindow& editor) {
-  const auto& sdbs = editor.document.sdbs;
-  const NodeKind kind = editor.selected.kind;
-  const bool none = kind == NodeKind::kNone || kind == NodeKind::kUbiLevel || kind == NodeKind::kUbi;
-  const size_t place = none ? 0 : editor.selected.sdb;
-  return place < sdbs.size() ? &sdbs[place] : nullptr;
+  return SdbOf(editor.document, editor.selected);
+}
+
+DatabaseLook LookOf(const EditorWindow& editor) {
+  const NodeRef record = CommandNode(editor);
+  return {.document = editor.document,
+          .history = editor.history,
+          .selected = editor.selected,
+          .record = record,
+          .row = GetFocus() == editor.tree ? NodeRef{} : record,
+          .view = editor.view,
+          .has_rows = !editor.rows.rows.empty()};
 }
 
 }  // namespace vexa

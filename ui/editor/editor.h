@@ -10,6 +10,7 @@
 #include "core/undo.h"
 #include "platform/file_identity.h"
 #include "ui/controls/application.h"
+#include "view/command_state.h"
 #include "view/node_edit.h"
 #include "view/row_order.h"
 #include "view/tree_path.h"
@@ -94,8 +95,8 @@ NodeRef CommandNode(const EditorWindow& editor);
 NodeRef ShownNode(const EditorWindow& editor);
 // All of them: the list's selected rows, else the tree's node.
 std::vector<NodeRef> CommandRows(const EditorWindow& editor);
-// What can be done with them, as `Need` bits.
-uint32_t RecordNeeds(const EditorWindow& editor);
+// The window as its commands see it.
+DatabaseLook LookOf(const EditorWindow& editor);
 // The SDB of the selection, the first one without; nullptr when there is none.
 const OpenSdb* SelectedSdb(const EditorWindow& editor);
 

@@ -24,7 +24,7 @@ struct NodeKey {
 NodeKey KeyOf(const std::vector<uint32_t>& slots, const NodeRef& node) {
   NodeKey key;
   key.kind = node.kind;
-  const bool in_sdb = node.kind != NodeKind::kUbi && node.kind != NodeKind::kUbiLevel;
+  const bool in_sdb = !IsAmongUbis(node);
   if (in_sdb && node.sdb < slots.size()) key.slot = slots[node.sdb];
   switch (node.kind) {
     case NodeKind::kSatellite:

@@ -117,58 +117,43 @@ namespace {
 
 // The keys of tree and list. True when the key is one of them.
 bool RunKey(const EditorWindow& editor, WORD key, bool in_list) {
-  struct Row {
-    WORD key;
-    CommandId command;
-  };
-  static constexpr Row kRows[] = {{VK_RETURN, kCmdEdit},   {VK_F2, kCmdAdd},  {VK_INSERT, kCmdInsert},
-                                  {VK_DELETE, kCmdDelete}, {VK_F3, kCmdMove}, {'A', kCmdSelectAll}};
-  const bool control = GetKeyState(VK_CONTROL) < 0;
-  for (const Row& row : kRows) {
-    // Ctrl+A is the list's alone.
-    if (row.key != key || control != (key == 'A') || (key == 'A' && !in_list)) continue;
-    PostMessageW(editor.app->frame, WM_COMMAND, row.command, 0);
-    return true;
-  }
-  return false;
+  const uint8_t modifiers = GetKeyState(VK_CONTROL) < 0 ? kCtrl : 0;
+  CommandId command = CommandOfKey(KeyScope::kRecords, key, modifiers);
+  if (command == kNoCommand && in_list) command = CommandOfKey(KeyScope::kList, key, modifiers);
+  if (command == kNoCommand) return false;
+  PostMessageW(editor.app->frame, WM_COMMAND, command, 0);
+  return true;
 }
 
-}  // namespace
+LRESULT TreeNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
+  auto& change = *reinterpret_cast<NMTREEVIEWW*>(lparam);
+  switch (header.code) {
+    case TVN_GETDISPINFOW:
+      GiveTreeItem(editor, *reinterpret_cast<NMTVDISPINFOW*>(lparam));
+      return 0;
+    case TVN_ITEMEXPANDINGW:
+      if (change.action & TVE_EXPAND) FillNode(editor, NodeOf(change.itemNew.lParam));
+      return 0;
+    case TVN_ITEMEXPANDEDW:
+      NodeOf(change.itemNew.lParam).expanded = (change.action & TVE_EXPAND) != 0;
+      return 0;
+    case TVN_SELCHANGEDW:
+      if (editor.settled && change.itemNew.hItem) SelectNode(editor, NodeOf(change.itemNew.lParam).ref);
+      return 0;
+    case TVN_KEYDOWN:
+      // What is taken does not look for an item of that name.
+      return RunKey(editor, reinterpret_cast<NMTVKEYDOWN*>(lparam)->wVKey, false);
+    case TVN_BEGINDRAGW:
+      BeginTreeDrag(editor, change.itemNew.hItem, change.ptDrag);
+      return 0;
+    case NM_CUSTOMDRAW:
+      return DrawTree(editor, *reinterpret_cast<NMTVCUSTOMDRAW*>(lparam));
+    default:
+      return 0;
+  }
+}
 
-LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
-  if (header.code == NM_SETFOCUS) {
-    editor.last_focus = header.hwndFrom;
-    editor.app->refresh_frame();
-    return 0;
-  }
-  if (header.hwndFrom == editor.tree) {
-    auto& change = *reinterpret_cast<NMTREEVIEWW*>(lparam);
-    switch (header.code) {
-      case TVN_GETDISPINFOW:
-        GiveTreeItem(editor, *reinterpret_cast<NMTVDISPINFOW*>(lparam));
-        return 0;
-      case TVN_ITEMEXPANDINGW:
-        if (change.action & TVE_EXPAND) FillNode(editor, NodeOf(change.itemNew.lParam));
-        return 0;
-      case TVN_ITEMEXPANDEDW:
-        NodeOf(change.itemNew.lParam).expanded = (change.action & TVE_EXPAND) != 0;
-        return 0;
-      case TVN_SELCHANGEDW:
-        if (editor.settled && change.itemNew.hItem) SelectNode(editor, NodeOf(change.itemNew.lParam).ref);
-        return 0;
-      case TVN_KEYDOWN:
-        // What is taken does not look for an item of that name.
-        return RunKey(editor, reinterpret_cast<NMTVKEYDOWN*>(lparam)->wVKey, false);
-      case TVN_BEGINDRAGW:
-        BeginTreeDrag(editor, change.itemNew.hItem, change.ptDrag);
-        return 0;
-      case NM_CUSTOMDRAW:
-        return DrawTree(editor, *reinterpret_cast<NMTVCUSTOMDRAW*>(lparam));
-      default:
-        return 0;
-    }
-  }
-  if (header.hwndFrom != editor.list) return 0;
+LRESULT ListNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
   switch (header.code) {
     case LVN_GETDISPINFOW:
       GiveCell(editor, *reinterpret_cast<NMLVDISPINFOW*>(lparam));
@@ -200,6 +185,18 @@ LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
     default:
       return 0;
   }
+}
+
+}  // namespace
+
+LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
+  if (header.code == NM_SETFOCUS) {
+    editor.last_focus = header.hwndFrom;
+    editor.app->refresh_frame();
+    return 0;
+  }
+  if (header.hwndFrom == editor.tree) return TreeNotify(editor, header, lparam);
+  return header.hwndFrom == editor.list ? ListNotify(editor, header, lparam) : 0;
 }
 
 bool RefreshList(EditorWindow& editor) {

@@ -9,6 +9,7 @@
 #include "ui/editor/editor_parts.h"
 #include "ui/forms/form_commands.h"
 #include "ui/forms/record_dialogs.h"
+#include "view/menu_table.h"
 #include "view/node_edit.h"
 
 namespace vexa {
@@ -35,8 +36,7 @@ void ShowAdded(EditorWindow& editor, const std::optional<NodeRef>& added) {
 }
 
 NodeRef PlaceToAdd(const EditorWindow& editor) {
-  const NodeRef row = GetFocus() == editor.tree ? NodeRef{} : CommandNode(editor);
-  return NodeToAddAt(editor.selected, row);
+  return NodeToAddAt(editor.selected, LookOf(editor).row);
 }
 
 void Add(Application& app) {
@@ -117,8 +117,7 @@ void InvertRows(Application& app) {
 
 void CompressPart(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
-  const NodeKind kind = editor.selected.kind;
-  const bool boxes = kind == NodeKind::kUbiLevel || kind == NodeKind::kUbi;
+  const bool boxes = IsAmongUbis(editor.selected);
   const OpenSdb* sdb = SelectedSdb(editor);
   if (!boxes && !sdb) return;
   bool& flag = boxes ? editor.document.compress_ubis : sdb->database->compressed;
@@ -191,29 +190,6 @@ constexpr CommandRow kRecordCommands[] = {
 
 std::span<const CommandRow> RecordCommands() {
   return kRecordCommands;
-}
-
-uint32_t RecordNeeds(const EditorWindow& editor) {
-  struct Row {
-    NodeAction action;
-    Need need;
-  };
-  static constexpr Row kRows[] = {{NodeAction::kEdit, kNeedsEditable},
-                                  {NodeAction::kInsert, kNeedsInsertable},
-                                  {NodeAction::kDelete, kNeedsDeletable},
-                                  {NodeAction::kMove, kNeedsMovable}};
-  const NodeRef node = CommandNode(editor);
-  uint32_t present = 0;
-  for (const Row& row : kRows) {
-    if (NodeTakes(node.kind, row.action)) present |= row.need;
-  }
-  if (NodeTakes(PlaceToAdd(editor).kind, NodeAction::kAdd)) present |= kNeedsAddable;
-  if (HasViews(editor.selected.kind)) present |= kNeedsViews;
-  if (!editor.rows.rows.empty()) present |= kNeedsRows;
-  if (node.kind == NodeKind::kSatellite ||
-      (node.kind == NodeKind::kSatelliteLevel && HasChildNodes(editor.document, node)))
-    present |= kNeedsSatellite;
-  return present;
 }
 
 bool CanRunRow(Application& app, UINT id) {

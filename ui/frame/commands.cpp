@@ -1,17 +1,7 @@
 #include "ui/frame/commands.h"
 
-#include "core/bin_file.h"
-#include "core/messages.h"
-#include "import/import_command.h"
-#include "import/text_export.h"
-#include "ui/controls/command_row.h"
-#include "ui/controls/file_dialogs.h"
-#include "ui/controls/help.h"
-#include "ui/controls/progress_box.h"
-#include "ui/editor/change.h"
 #include "ui/editor/editor.h"
 #include "ui/forms/form_commands.h"
-#include "ui/frame/frame.h"
 #include "ui/line/console.h"
 #include "ui/line/line_commands.h"
 #include "view/command_needs.h"
@@ -20,177 +10,7 @@ namespace vexa {
 
 namespace {
 
-void NewDatabase(Application& app) {
-  OpenEditor(app, NewDocument(app.defaults), {}, false);
-}
-
-void OpenDatabase(Application& app) {
-  if (const auto path = AskOpenFile(app.frame, {"Open", kBinFilters, "bin"})) OpenDatabaseFile(app, *path);
-}
-
-void Save(Application& app) {
-  SaveEditor(*ActiveEditor(app));
-}
-void SaveAs(Application& app) {
-  SaveEditorAs(*ActiveEditor(app));
-}
-void CloseDatabase(Application& app) {
-  SendMessageW(ActiveEditor(app)->window, WM_CLOSE, 0, 0);
-}
-void Exit(Application& app) {
-  PostMessageW(app.frame, WM_CLOSE, 0, 0);
-}
-
-void Contents(Application& app) {
-  ShowHelp(app, HelpPage(HelpWindow::kContents));
-}
-
-void SdbInformation(Application& app) {
-  const std::string text = BinInformation(app.context, ActiveEditor(app)->document);
-  app.context.messages.tell(Icon::kInformation, text, "Bin file information");
-}
-
-void Information(Application& app) {
-  ShowInformation(*ActiveEditor(app));
-}
-
-void ShowReport(Application& app, const Path& path) {
-  std::wstring line = app.report_viewer + L" " + path.native();
-  STARTUPINFOW start{};
-  start.cb = sizeof start;
-  PROCESS_INFORMATION process{};
-  if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) {
-    Tell(app.context.messages, Icon::kStop, "Error in loading notepad");
-    return;
-  }
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
-}
-
-void TextFile(Application& app) {
-  const OpenSdb* sdb = SelectedSdb(*ActiveEditor(app));
-  if (!sdb || sdb->database->satellites.empty()) {
-    Tell(app.context.messages, Icon::kStop, "There is no information to export");
-    return;
-  }
-  const auto path = AskSaveFile(app.frame, {"Save", {{"Text Files ( *.TXT )", "*.txt"}}, "txt"});
-  if (!path) return;
-  if (!ExportDatabaseText(*sdb->database, *path)) {
-    Tell(app.context.messages, Icon::kStop, "Export process failed");
-    return;
-  }
-  ShowReport(app, *path);
-}
-
-// The limit judges the active window, though the list opens in a window of its own.
-bool SdbLimitReached(Application& app) {
-  const EditorWindow* editor = ActiveEditor(app);
-  if (!editor || editor->document.sdbs.size() < kMaximumSdbs) return false;
-  Tell(app.context.messages, Icon::kStop, "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
-  return true;
-}
-
-bool ImportInto(Application& app, const Path& path, Document& document) {
-  const auto show_progress = [&](const ListReading& read) {
-    const ProgressBox progress(app, Utf8FromPath(path));
-    return read(progress.context());
-  };
-  WorkRecords work;
-  return ImportListFile(app.context, path, app.defaults,
-                        {FilterMode::kAsk, app.choose_records, show_progress}, work) &&
-         OpenWorkFiles(app.context, work, app.defaults, document);
-}
-
-template <ListFormat format>
-void Import(Application& app) {
-  if (SdbLimitReached(app)) return;
-  FileQuestion question{.title = "Open a File", .filters = {}};
-  for (const ListFormatRow& row : ListFormats()) question.filters.push_back({row.import_filter, row.pattern});
-  question.first_filter = static_cast<size_t>(format);
-  const auto path = AskOpenFile(app.frame, question);
-  Document document;
-  if (path && ImportInto(app, *path, document)) OpenEditor(app, std::move(document), {}, true);
-}
-
-void CompressBin(Application& app) {
-  EditorWindow& editor = *ActiveEditor(app);
-  ChangeDocument(editor, [&] {
-    editor.document.compress_payload = !editor.document.compress_payload;
-    return true;
-  });
-}
-
-void Undo(Application& app) {
-  UndoChange(*ActiveEditor(app));
-}
-void Redo(Application& app) {
-  RedoChange(*ActiveEditor(app));
-}
-
-template <size_t N>
-void Recent(Application& app) {
-  if (N < app.recent.paths.size()) OpenDatabaseFile(app, PathFromUtf8(app.recent.paths[N]));
-}
-
-void Cascade(Application& app) {
-  SendMessageW(app.client, WM_MDICASCADE, 0, 0);
-}
-void TileHorizontally(Application& app) {
-  SendMessageW(app.client, WM_MDITILE, MDITILE_HORIZONTAL, 0);
-}
-void TileVertically(Application& app) {
-  SendMessageW(app.client, WM_MDITILE, MDITILE_VERTICAL, 0);
-}
-
-template <ListView view>
-void View(Application& app) {
-  ShowView(*ActiveEditor(app), view);
-}
-
 using CommandFunction = void (*)(Application&);
-
-constexpr CommandId RecentId(int place) {
-  return static_cast<CommandId>(kCmdRecent1 + place);
-}
-
-constexpr CommandRow kFrameRows[] = {
-    {kCmdNew, NewDatabase},
-    {kCmdOpen, OpenDatabase},
-    {kCmdSave, Save},
-    {kCmdSaveAs, SaveAs},
-    {kCmdClose, CloseDatabase},
-    {kCmdExit, Exit},
-    {kCmdContents, Contents},
-    {kCmdAbout, ShowAbout},
-    {kCmdSdbInformation, SdbInformation},
-    {kCmdInformation, Information},
-    {kCmdTextFile, TextFile},
-    {kCmdExportSdb, TextFile},
-    {kCmdImportSatcodx, Import<ListFormat::kSatcodx>},
-    {kCmdImportDvb2000, Import<ListFormat::kDvb2000>},
-    {kCmdImportLyngsat, Import<ListFormat::kLyngsat>},
-    {kCmdCompressBin, CompressBin},
-    {kCmdUndo, Undo},
-    {kCmdRedo, Redo},
-    {RecentId(0), Recent<0>},
-    {RecentId(1), Recent<1>},
-    {RecentId(2), Recent<2>},
-    {RecentId(3), Recent<3>},
-    {kCmdCascade, Cascade},
-    {kCmdTileHorizontally, TileHorizontally},
-    {kCmdTileVertically, TileVertically},
-    {kCmdViewTv, View<ListView::kTvServices>},
-    {kCmdViewRadio, View<ListView::kRadioServices>},
-    {kCmdViewBoth, View<ListView::kServices>},
-    {kCmdViewServices, View<ListView::kServices>},
-    {kCmdViewCarriers, View<ListView::kCarriers>},
-};
-
-// Files, views, windows.
-std::span<const CommandRow> FrameCommands() {
-  return kFrameRows;
-}
-
 using CommandGroup = std::span<const CommandRow> (*)();
 
 constexpr CommandGroup kGroups[] = {FrameCommands,    RecordCommands,  MergeCommands, OptionCommands,
@@ -205,87 +25,45 @@ CommandFunction FunctionOf(UINT id) {
   return nullptr;
 }
 
-bool ConsoleIsActive(const Application& app) {
-  return app.console &&
-         reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDIGETACTIVE, 0, 0)) == app.console;
-}
-
-// Keys and buttons for two windows: the log of the console, or the database.
-UINT OfActiveWindow(const Application& app, UINT id) {
-  if ((id != kCmdSave && id != kCmdFind) || !ConsoleIsActive(app)) return id;
-  return id == kCmdSave ? kCmdConsoleSaveLog : kCmdConsoleFind;
+// What the command's key or button stands for in the active window.
+const CommandInfo* CommandHere(const CommandState& state, UINT id) {
+  const CommandInfo* command = FindCommand(id);
+  const bool other = command && command->in_console != kNoCommand && state.console_active;
+  return other ? FindCommand(command->in_console) : command;
 }
 
 }  // namespace
 
-uint32_t PresentNeeds(Application& app) {
-  uint32_t present = kNeedsNothing;
-  if (ConsoleIsActive(app)) present |= kNeedsConsole | ConsoleNeeds(app);
-  const EditorWindow* editor = ActiveEditor(app);
-  if (!editor) return present;
-  present |= kNeedsEditor;
-  if (CanUndo(editor->history)) present |= kNeedsUndo;
-  if (CanRedo(editor->history)) present |= kNeedsRedo;
-  const NodeKind kind = editor->selected.kind;
-  const bool among_boxes = kind == NodeKind::kUbi || kind == NodeKind::kUbiLevel;
-  if (!among_boxes && SelectedSdb(*editor)) present |= kNeedsSdb;
-  return present | RecordNeeds(*editor);
+CommandState StateOfCommands(const Application& app) {
+  CommandState state;
+  SeeConsole(state, app);
+  if (const EditorWindow* editor = ActiveEditor(app)) SeeDatabase(state, LookOf(*editor));
+  return state;
 }
 
-bool CanRun(Application& app, UINT id) {
-  id = OfActiveWindow(app, id);
-  const CommandInfo* command = FindCommand(id);
-  return command && FunctionOf(id) && CommandEnabled(*command, PresentNeeds(app));
+bool CanRun(const CommandState& state, UINT id) {
+  const CommandInfo* command = CommandHere(state, id);
+  return command && FunctionOf(command->id) && CommandEnabled(*command, state.present);
 }
 
 bool RunCommand(Application& app, UINT id) {
   if (RunRowCommand(app, id)) return true;
   if (!FindCommand(id)) return false;
-  id = OfActiveWindow(app, id);
-  if (app.busy == 0 && CanRun(app, id)) {
+  const CommandState state = StateOfCommands(app);
+  if (app.busy == 0 && CanRun(state, id)) {
+    const CommandId command = CommandHere(state, id)->id;
     app.outcome.clear();
-    if (ConfigurationServes(app.context, app.configuration_file, app.config.product_index, id))
-      FunctionOf(id)(app);
-    RefreshFrame(app);
+    if (ConfigurationServes(app.context, app.configuration_file, app.config.product_index, command))
+      FunctionOf(command)(app);
+    app.refresh_frame();
   }
   return true;
 }
 
-bool IsChecked(Application& app, UINT id) {
-  const EditorWindow* editor = ActiveEditor(app);
-  if (!editor) return IsConsoleChecked(app, id);
-  switch (id) {
-    case kCmdCompressBin:
-      return editor->document.compress_payload;
-    case kCmdCompressSdb: {
-      const NodeKind kind = editor->selected.kind;
-      if (kind == NodeKind::kUbiLevel || kind == NodeKind::kUbi) return editor->document.compress_ubis;
-      const OpenSdb* sdb = SelectedSdb(*editor);
-      return sdb && sdb->database->compressed;
-    }
-    case kCmdViewServices:
-      return editor->view == ListView::kServices;
-    case kCmdViewCarriers:
-      return editor->view == ListView::kCarriers;
-    case kCmdViewTv:
-      return editor->view == ListView::kTvServices;
-    case kCmdViewRadio:
-      return editor->view == ListView::kRadioServices;
-    default:
-      return false;
-  }
-}
-
-std::string ChangedText(Application& app, UINT id) {
-  if (id == kCmdConnect) return ConsoleText(app, id);
-  const EditorWindow* editor = ActiveEditor(app);
-  return id == kCmdUndo && editor ? UndoText(editor->history) : "";
-}
-
-std::string CommandHelp(Application& app, UINT id) {
+std::string CommandHelp(const Application& app, UINT id) {
   const CommandInfo* command = FindCommand(id);
   if (!command) return "";
-  const std::string missing = MissingNeeds(*command, PresentNeeds(app));
+  const std::string missing = MissingNeeds(*command, StateOfCommands(app).present);
   return missing.empty() ? command->tip : std::string(command->tip) + ". " + missing;
 }
 

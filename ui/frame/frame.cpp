@@ -281,12 +281,29 @@ void ShowWindowHelp(Application& app, const HELPINFO& information) {
   ShowHelp(app, HelpPage(window));
 }
 
+// Joins the new window and the program's state.
+void Adopt(HWND frame, const CREATESTRUCTW& create) {
+  auto* app = static_cast<Application*>(create.lpCreateParams);
+  app->frame = frame;
+  SetWindowLongPtrW(frame, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(app));
+}
+
+void MaximizeActive(Application& app) {
+  if (EditorWindow* editor = ActiveEditor(app))
+    SendMessageW(app.client, WM_MDIMAXIMIZE, reinterpret_cast<WPARAM>(editor->window), 0);
+}
+
+void Destroy(Application& app) {
+  Guarded(false, [&] {
+    EndFrame(app);
+    return true;
+  });
+  SetGuardedFrame(nullptr);
+  PostQuitMessage(app.exit_code);
+}
+
 LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
-  if (message == WM_NCCREATE) {
-    auto* app = static_cast<Application*>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams);
-    app->frame = frame;
-    SetWindowLongPtrW(frame, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(app));
-  }
+  if (message == WM_NCCREATE) Adopt(frame, *reinterpret_cast<CREATESTRUCTW*>(lparam));
   Application* app = AppOf(frame);
   if (!app) return DefWindowProcW(frame, message, wparam, lparam);
   if (app->describe_menus && message == app->describe_menus) return AnswerTest(*app, wparam, lparam);
@@ -326,8 +343,7 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
       OpenWaiting(*app);
       return 0;
     case kMaximizeAgain:
-      if (EditorWindow* editor = ActiveEditor(*app))
-        SendMessageW(app->client, WM_MDIMAXIMIZE, reinterpret_cast<WPARAM>(editor->window), 0);
+      MaximizeActive(*app);
       return 0;
     case kOutOfMemory:
       TellOutOfMemory(*app);
@@ -338,12 +354,7 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
       if (app->busy == 0 && MayCloseAll(*app)) DestroyWindow(frame);
       return 0;
     case WM_DESTROY:
-      Guarded(false, [&] {
-        EndFrame(*app);
-        return true;
-      });
-      SetGuardedFrame(nullptr);
-      PostQuitMessage(app->exit_code);
+      Destroy(*app);
       return 0;
     default:
       break;

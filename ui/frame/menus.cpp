@@ -17,8 +17,8 @@ namespace vexa {
 
 namespace {
 
-constexpr int kConnectedPicture = 18;  // of the toolbar's connect button, while the console's port is open
 constexpr int kButtonWidth = 23, kButtonHeight = 22;  // of the toolbar, at 96 dots an inch
+constexpr int kGapWidth = 8;                          // dots between its groups
 
 // For each field of the records a pop-up of its values.
 void AppendFields(HMENU menu, UINT first, bool carriers) {
@@ -64,7 +64,7 @@ void AppendRow(Application& app, HMENU menu, const MenuRow& row, MenuName name) 
       return;
     case MenuRowKind::kCommand:
       if (const CommandInfo* command = FindCommand(row.command)) {
-        AppendMenuW(menu, MF_STRING, command->id, Wide(command->text).c_str());
+        AppendMenuW(menu, MF_STRING, command->id, Wide(MenuText(*command)).c_str());
       }
       return;
     case MenuRowKind::kRecentFiles:
@@ -98,11 +98,13 @@ HMENU FillMenu(Application& app, HMENU top, MenuName name) {
   return top;
 }
 
-// The commands of the view buttons take Alt keys that are menu keys where no database is shown.
-HACCEL MakeKeys(bool editor) {
+// The frame's keys; with those that work while a database window is active only.
+HACCEL MakeKeys(bool database) {
   std::vector<ACCEL> keys;
   for (const CommandInfo& command : Commands()) {
-    if (command.key.code == 0 || (!editor && (command.key.modifiers & kAlt))) continue;
+    const KeyScope scope = command.key.scope;
+    const bool works = scope == KeyScope::kEverywhere || (database && scope == KeyScope::kDatabase);
+    if (command.key.code == 0 || !works) continue;
     ACCEL key{};
     key.fVirt = static_cast<BYTE>(FVIRTKEY | (command.key.modifiers & kCtrl ? FCONTROL : 0) |
                                   (command.key.modifiers & kAlt ? FALT : 0) |
@@ -112,6 +114,15 @@ HACCEL MakeKeys(bool editor) {
     keys.push_back(key);
   }
   return CreateAcceleratorTableW(keys.data(), static_cast<int>(keys.size()));
+}
+
+// A button with a menu is dead only when all of the menu is.
+bool CanUseButton(const CommandState& state, const CommandInfo& command) {
+  if (CanRun(state, command.id)) return true;
+  if (command.button.drop_down == MenuName::kFrame) return false;
+  const std::vector<MenuRow> rows = MenuRows(command.button.drop_down);
+  return std::any_of(rows.begin(), rows.end(),
+                     [&](const MenuRow& row) { return CanRun(state, row.command); });
 }
 
 // The menu of open windows within a bar; nullptr when it has none.
@@ -176,18 +187,19 @@ void RefreshRecentMenus(Application& app) {
 }
 
 void PrepareMenu(Application& app, HMENU menu) {
+  const CommandState state = StateOfCommands(app);
   for (int i = 0; i < GetMenuItemCount(menu); ++i) {
     const UINT id = GetMenuItemID(menu, i);
     const auto at = static_cast<UINT>(i);
     if (id >= kFirstMarkCommand && id < kEndOfRowCommands)
       EnableMenuItem(menu, at, MF_BYPOSITION | (CanRunRow(app, id) ? MF_ENABLED : MF_GRAYED));
-    if (!FindCommand(id)) continue;
-    EnableMenuItem(menu, at, MF_BYPOSITION | (CanRun(app, id) ? MF_ENABLED : MF_GRAYED));
-    CheckMenuItem(menu, at, MF_BYPOSITION | (IsChecked(app, id) ? MF_CHECKED : MF_UNCHECKED));
-    const std::string text = ChangedText(app, id);
-    if (text.empty()) continue;
+    const CommandInfo* command = FindCommand(id);
+    if (!command) continue;
+    EnableMenuItem(menu, at, MF_BYPOSITION | (CanRun(state, id) ? MF_ENABLED : MF_GRAYED));
+    CheckMenuItem(menu, at, MF_BYPOSITION | (CommandChecked(*command, state) ? MF_CHECKED : MF_UNCHECKED));
+    if (!command->has_other_text) continue;
     MENUITEMINFOW item{};
-    std::wstring wide = Wide(text);
+    std::wstring wide = Wide(MenuText(*command, state));
     item.cbSize = sizeof item;
     item.fMask = MIIM_STRING;
     item.dwTypeData = wide.data();
@@ -213,14 +225,13 @@ bool CreateToolbar(Application& app) {
   SendMessageW(app.toolbar, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
   SendMessageW(app.toolbar, TB_SETEXTENDEDSTYLE, 0, TBSTYLE_EX_DRAWDDARROWS);
   ShowToolbarPictures(app);
-  for (const ToolbarButton& row : ToolbarButtons()) {
+  for (const CommandInfo* command : ToolbarButtons()) {
     TBBUTTON button{};
-    button.iBitmap = row.picture;
-    button.idCommand = row.command;
     button.fsState = TBSTATE_ENABLED;
-    button.fsStyle = row.command == kNoCommand ? BTNS_SEP : BTNS_BUTTON;
-    if (row.command == kNoCommand) button.iBitmap = 8;
-    if (row.drop_down != MenuName::kFrame) button.fsStyle |= BTNS_DROPDOWN;
+    button.fsStyle = command ? BTNS_BUTTON : BTNS_SEP;
+    button.iBitmap = command ? command->button.picture : kGapWidth;
+    button.idCommand = command ? command->id : kNoCommand;
+    if (command && command->button.drop_down != MenuName::kFrame) button.fsStyle |= BTNS_DROPDOWN;
     SendMessageW(app.toolbar, TB_ADDBUTTONSW, 1, reinterpret_cast<LPARAM>(&button));
   }
   SendMessageW(app.toolbar, TB_AUTOSIZE, 0, 0);
@@ -228,32 +239,24 @@ bool CreateToolbar(Application& app) {
 }
 
 void RefreshToolbar(Application& app) {
-  for (const ToolbarButton& row : ToolbarButtons()) {
-    if (row.command == kNoCommand) continue;
-    // A button with a menu is dead only when all of the menu is.
-    const auto rows = MenuRows(row.drop_down);
-    const bool enabled =
-        CanRun(app, row.command) ||
-        (row.drop_down != MenuName::kFrame &&
-         std::any_of(rows.begin(), rows.end(), [&](const MenuRow& r) { return CanRun(app, r.command); }));
-    SendMessageW(app.toolbar, TB_ENABLEBUTTON, row.command, MAKELPARAM(enabled, 0));
-    if (row.command != kCmdConnect) continue;
-    const bool connected = app.port_connected && app.port_connected();
-    SendMessageW(app.toolbar, TB_CHANGEBITMAP, row.command,
-                 MAKELPARAM(connected ? kConnectedPicture : row.picture, 0));
+  const CommandState state = StateOfCommands(app);
+  for (const CommandInfo* command : ToolbarButtons()) {
+    if (!command) continue;
+    SendMessageW(app.toolbar, TB_ENABLEBUTTON, command->id, MAKELPARAM(CanUseButton(state, *command), 0));
+    const CommandButton& button = command->button;
+    if (!button.has_other_picture) continue;
+    const int picture = button.has_other_picture(state) ? button.other_picture : button.picture;
+    SendMessageW(app.toolbar, TB_CHANGEBITMAP, command->id, MAKELPARAM(picture, 0));
   }
 }
 
 void DropDown(Application& app, const NMTOOLBARW& button) {
-  for (const ToolbarButton& row : ToolbarButtons()) {
-    if (row.command != button.iItem || row.drop_down == MenuName::kFrame) continue;
-    RECT place{};
-    SendMessageW(app.toolbar, TB_GETRECT, static_cast<WPARAM>(button.iItem),
-                 reinterpret_cast<LPARAM>(&place));
-    MapWindowPoints(app.toolbar, HWND_DESKTOP, reinterpret_cast<POINT*>(&place), 2);
-    ShowPopupMenu(app, row.drop_down, {place.left, place.bottom}, TPM_LEFTALIGN | TPM_TOPALIGN);
-    return;
-  }
+  const CommandInfo* command = FindCommand(static_cast<uint32_t>(button.iItem));
+  if (!command || command->button.drop_down == MenuName::kFrame) return;
+  RECT place{};
+  SendMessageW(app.toolbar, TB_GETRECT, static_cast<WPARAM>(button.iItem), reinterpret_cast<LPARAM>(&place));
+  MapWindowPoints(app.toolbar, HWND_DESKTOP, reinterpret_cast<POINT*>(&place), 2);
+  ShowPopupMenu(app, command->button.drop_down, {place.left, place.bottom}, TPM_LEFTALIGN | TPM_TOPALIGN);
 }
 
 }  // namespace vexa

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ui/controls/application.h"
-#include "view/command_table.h"
+#include "view/menu_table.h"
 
 namespace vexa {
 

@@ -460,12 +460,12 @@ bool TranslateConsoleKey(Application& app, const MSG& message) {
   ConsoleWindow* console = OpenConsoleOf(app);
   if (!console || message.message != WM_KEYDOWN || !IsChild(console->window, message.hwnd)) return false;
   const bool control = GetKeyState(VK_CONTROL) < 0;
-  if (message.wParam == VK_F3) {
-    SendMessageW(app.frame, WM_COMMAND, kCmdConsoleFindNext, 0);
-    return true;
-  }
-  if (message.hwnd == console->log && control && message.wParam == 'A') {
-    SelectWholeLog(console->log);
+  const auto key = static_cast<uint16_t>(message.wParam);
+  CommandId command = CommandOfKey(KeyScope::kConsole, key, control ? kCtrl : 0);
+  if (command == kNoCommand && message.hwnd == console->log)
+    command = CommandOfKey(KeyScope::kConsoleLog, key, control ? kCtrl : 0);
+  if (command != kNoCommand) {
+    SendMessageW(app.frame, WM_COMMAND, command, 0);
     return true;
   }
   if (message.hwnd == console->line && control && (message.wParam == 'Z' || message.wParam == 'A')) {

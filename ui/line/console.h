@@ -3,6 +3,7 @@
 
 #include "serial/console.h"
 #include "ui/controls/application.h"
+#include "view/command_state.h"
 
 namespace vexa {
 
@@ -26,19 +27,16 @@ bool RegisterConsoleClass(Application& app);
 // nullptr: it is not open.
 ConsoleWindow* OpenConsoleOf(const Application& app);
 
-// What the commands need of it, as `Need` bits.
-uint32_t ConsoleNeeds(const Application& app);
-bool IsConsoleChecked(const Application& app, UINT id);
-// The text that follows the state; empty: the table's.
-std::string ConsoleText(const Application& app, UINT id);
+// Adds what its commands look at.
+void SeeConsole(CommandState& state, const Application& app);
 // The port that the console holds open; empty: none.
 std::string ConsolePort(const Application& app);
 // The frame is about to close: asks when a port is connected. False: everything stays open.
 bool MayEndConsole(Application& app);
 // Closes it without a question; before the temporary folder goes.
 void EndConsole(Application& app);
-// Tab goes round the console's controls, F3 finds again, Ctrl+Z and Ctrl+A are the command line's own while
-// it has the focus; true when the message was such a key.
+// Tab goes round the console's controls, commands have their keys here, Ctrl+Z and Ctrl+A are the command
+// line's own while it has the focus; true when the message was such a key.
 bool TranslateConsoleKey(Application& app, const MSG& message);
 
 // --- shared by the console's files ---

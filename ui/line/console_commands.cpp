@@ -151,50 +151,21 @@ std::span<const CommandRow> ConsoleCommands() {
   return kConsoleCommands;
 }
 
-uint32_t ConsoleNeeds(const Application& app) {
-  const ConsoleWindow* console = OpenConsoleOf(app);
-  if (!console) return kNeedsNothing;
-  const bool connected = console->console.state == ConsoleState::kConnected;
-  const bool upload = IsUploading(console->console);
-  uint32_t present = kNeedsNothing;
-  if (connected) present |= kNeedsConnection;
-  if (!upload) present |= kNeedsNoConsoleUpload;
-  if (HasLogSelection(console->log)) present |= kNeedsLogSelection;
-  if (upload && !console->console.transfer.cancel) present |= kNeedsConsoleUpload;
-  return present;
-}
-
-bool IsConsoleChecked(const Application& app, UINT id) {
+void SeeConsole(CommandState& state, const Application& app) {
   ConsoleWindow* console = OpenConsoleOf(app);
-  if (!console) return false;
-  const ConsoleOptions options = OptionsOf(console->console);
-  switch (id) {
-    case kCmdConsoleHexadecimalView:
-      return options.hexadecimal_view;
-    case kCmdConsoleHexadecimalInput:
-      return options.hexadecimal_input;
-    case kCmdConsoleTimeStamps:
-      return options.time_stamps;
-    case kCmdConsoleReconnect:
-      return options.reconnect;
-    case kCmdConsoleSendCr:
-      return options.line_ending == LineEnding::kCarriageReturn;
-    case kCmdConsoleSendLf:
-      return options.line_ending == LineEnding::kLineFeed;
-    case kCmdConsoleSendCrLf:
-      return options.line_ending == LineEnding::kBoth;
-    case kCmdConsoleSendNothing:
-      return options.line_ending == LineEnding::kNone;
-    default:
-      return false;
-  }
-}
-
-std::string ConsoleText(const Application& app, UINT id) {
-  if (id != kCmdConnect) return "";
-  const ConsoleWindow* console = OpenConsoleOf(app);
-  const bool open = console && console->console.state != ConsoleState::kDisconnected;
-  return open ? "&Disconnect\tF10" : "Connec&t\tF10";
+  if (!console) return;
+  const ConsoleState line = console->console.state;
+  state.console = OptionsOf(console->console);
+  state.port_wanted = line != ConsoleState::kDisconnected;
+  state.port_open = line == ConsoleState::kConnected;
+  state.console_active =
+      reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDIGETACTIVE, 0, 0)) == console->window;
+  if (!state.console_active) return;
+  const bool upload = IsUploading(console->console);
+  state.present |= kNeedsConsole | (upload ? kNeedsNothing : kNeedsNoConsoleUpload);
+  if (state.port_open) state.present |= kNeedsConnection;
+  if (HasLogSelection(console->log)) state.present |= kNeedsLogSelection;
+  if (upload && !console->console.transfer.cancel) state.present |= kNeedsConsoleUpload;
 }
 
 }  // namespace vexa

@@ -114,9 +114,7 @@ void SendSdbs(Application& app, const EditorWindow& editor, const BinSelection& 
 void UploadSdb(Application& app) {
   const EditorWindow& editor = *ActiveEditor(app);
   const Document& document = editor.document;
-  const NodeKind kind = editor.selected.kind;
-  const bool boxes = kind == NodeKind::kUbi || kind == NodeKind::kUbiLevel;
-  if (!MayUploadSdb(app.context, app.config, document, boxes)) return;
+  if (!MayUploadSdb(app.context, app.config, document, IsAmongUbis(editor.selected))) return;
   const bool one_only = app.config.sdb_format == 0;
   if (one_only || document.sdbs.size() + document.ubis.size() == 1) {
     SendSdbs(app, editor, OnlySdb(editor));

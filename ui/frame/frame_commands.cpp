@@ -1,0 +1,184 @@
+// Commands of files, views and windows.
+#include "core/bin_file.h"
+#include "core/messages.h"
+#include "import/import_command.h"
+#include "import/text_export.h"
+#include "ui/controls/file_dialogs.h"
+#include "ui/controls/help.h"
+#include "ui/controls/progress_box.h"
+#include "ui/editor/change.h"
+#include "ui/editor/editor.h"
+#include "ui/frame/commands.h"
+#include "ui/frame/frame.h"
+
+namespace vexa {
+
+namespace {
+
+void NewDatabase(Application& app) {
+  OpenEditor(app, NewDocument(app.defaults), {}, false);
+}
+
+void OpenDatabase(Application& app) {
+  if (const auto path = AskOpenFile(app.frame, {"Open", kBinFilters, "bin"})) OpenDatabaseFile(app, *path);
+}
+
+void Save(Application& app) {
+  SaveEditor(*ActiveEditor(app));
+}
+void SaveAs(Application& app) {
+  SaveEditorAs(*ActiveEditor(app));
+}
+void CloseDatabase(Application& app) {
+  SendMessageW(ActiveEditor(app)->window, WM_CLOSE, 0, 0);
+}
+void Exit(Application& app) {
+  PostMessageW(app.frame, WM_CLOSE, 0, 0);
+}
+
+void Contents(Application& app) {
+  ShowHelp(app, HelpPage(HelpWindow::kContents));
+}
+
+void SdbInformation(Application& app) {
+  const std::string text = BinInformation(app.context, ActiveEditor(app)->document);
+  app.context.messages.tell(Icon::kInformation, text, "Bin file information");
+}
+
+void Information(Application& app) {
+  ShowInformation(*ActiveEditor(app));
+}
+
+void ShowReport(Application& app, const Path& path) {
+  std::wstring line = app.report_viewer + L" " + path.native();
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) {
+    Tell(app.context.messages, Icon::kStop, "Error in loading notepad");
+    return;
+  }
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+}
+
+void TextFile(Application& app) {
+  const OpenSdb* sdb = SelectedSdb(*ActiveEditor(app));
+  if (!sdb || sdb->database->satellites.empty()) {
+    Tell(app.context.messages, Icon::kStop, "There is no information to export");
+    return;
+  }
+  const auto path = AskSaveFile(app.frame, {"Save", {{"Text Files ( *.TXT )", "*.txt"}}, "txt"});
+  if (!path) return;
+  if (!ExportDatabaseText(*sdb->database, *path)) {
+    Tell(app.context.messages, Icon::kStop, "Export process failed");
+    return;
+  }
+  ShowReport(app, *path);
+}
+
+// The limit judges the active window, though the list opens in a window of its own.
+bool SdbLimitReached(Application& app) {
+  const EditorWindow* editor = ActiveEditor(app);
+  if (!editor || editor->document.sdbs.size() < kMaximumSdbs) return false;
+  Tell(app.context.messages, Icon::kStop, "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
+  return true;
+}
+
+bool ImportInto(Application& app, const Path& path, Document& document) {
+  const auto show_progress = [&](const ListReading& read) {
+    const ProgressBox progress(app, Utf8FromPath(path));
+    return read(progress.context());
+  };
+  WorkRecords work;
+  return ImportListFile(app.context, path, app.defaults,
+                        {FilterMode::kAsk, app.choose_records, show_progress}, work) &&
+         OpenWorkFiles(app.context, work, app.defaults, document);
+}
+
+template <ListFormat format>
+void Import(Application& app) {
+  if (SdbLimitReached(app)) return;
+  FileQuestion question{.title = "Open a File", .filters = {}};
+  for (const ListFormatRow& row : ListFormats()) question.filters.push_back({row.import_filter, row.pattern});
+  question.first_filter = static_cast<size_t>(format);
+  const auto path = AskOpenFile(app.frame, question);
+  Document document;
+  if (path && ImportInto(app, *path, document)) OpenEditor(app, std::move(document), {}, true);
+}
+
+void CompressBin(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  ChangeDocument(editor, [&] {
+    editor.document.compress_payload = !editor.document.compress_payload;
+    return true;
+  });
+}
+
+void Undo(Application& app) {
+  UndoChange(*ActiveEditor(app));
+}
+void Redo(Application& app) {
+  RedoChange(*ActiveEditor(app));
+}
+
+template <size_t N>
+void Recent(Application& app) {
+  if (N < app.recent.paths.size()) OpenDatabaseFile(app, PathFromUtf8(app.recent.paths[N]));
+}
+
+void Cascade(Application& app) {
+  SendMessageW(app.client, WM_MDICASCADE, 0, 0);
+}
+void TileHorizontally(Application& app) {
+  SendMessageW(app.client, WM_MDITILE, MDITILE_HORIZONTAL, 0);
+}
+void TileVertically(Application& app) {
+  SendMessageW(app.client, WM_MDITILE, MDITILE_VERTICAL, 0);
+}
+
+template <ListView view>
+void View(Application& app) {
+  ShowView(*ActiveEditor(app), view);
+}
+
+constexpr CommandRow kFrameRows[] = {
+    {kCmdNew, NewDatabase},
+    {kCmdOpen, OpenDatabase},
+    {kCmdSave, Save},
+    {kCmdSaveAs, SaveAs},
+    {kCmdClose, CloseDatabase},
+    {kCmdExit, Exit},
+    {kCmdContents, Contents},
+    {kCmdAbout, ShowAbout},
+    {kCmdSdbInformation, SdbInformation},
+    {kCmdInformation, Information},
+    {kCmdTextFile, TextFile},
+    {kCmdExportSdb, TextFile},
+    {kCmdImportSatcodx, Import<ListFormat::kSatcodx>},
+    {kCmdImportDvb2000, Import<ListFormat::kDvb2000>},
+    {kCmdImportLyngsat, Import<ListFormat::kLyngsat>},
+    {kCmdCompressBin, CompressBin},
+    {kCmdUndo, Undo},
+    {kCmdRedo, Redo},
+    {kCmdRecent1, Recent<0>},
+    {kCmdRecent2, Recent<1>},
+    {kCmdRecent3, Recent<2>},
+    {kCmdRecent4, Recent<3>},
+    {kCmdCascade, Cascade},
+    {kCmdTileHorizontally, TileHorizontally},
+    {kCmdTileVertically, TileVertically},
+    {kCmdViewTv, View<ListView::kTvServices>},
+    {kCmdViewRadio, View<ListView::kRadioServices>},
+    {kCmdViewBoth, View<ListView::kServices>},
+    {kCmdViewServices, View<ListView::kServices>},
+    {kCmdViewCarriers, View<ListView::kCarriers>},
+};
+
+}  // namespace
+
+std::span<const CommandRow> FrameCommands() {
+  return kFrameRows;
+}
+
+}  // namespace vexa

@@ -1,0 +1,57 @@
+#include "view/command_state.h"
+
+#include "view/node_edit.h"
+
+namespace vexa {
+
+namespace {
+
+struct ActionNeed {
+  NodeAction action;
+  Need need;
+};
+constexpr ActionNeed kActionNeeds[] = {{NodeAction::kEdit, kNeedsEditable},
+                                       {NodeAction::kInsert, kNeedsInsertable},
+                                       {NodeAction::kDelete, kNeedsDeletable},
+                                       {NodeAction::kMove, kNeedsMovable}};
+
+uint32_t RecordNeeds(const DatabaseLook& look) {
+  uint32_t present = kNeedsNothing;
+  for (const ActionNeed& row : kActionNeeds) {
+    if (NodeTakes(look.record.kind, row.action)) present |= row.need;
+  }
+  if (NodeTakes(NodeToAddAt(look.selected, look.row).kind, NodeAction::kAdd)) present |= kNeedsAddable;
+  if (HasViews(look.selected.kind)) present |= kNeedsViews;
+  if (look.has_rows) present |= kNeedsRows;
+  const NodeKind kind = look.record.kind;
+  if (kind == NodeKind::kSatellite ||
+      (kind == NodeKind::kSatelliteLevel && HasChildNodes(look.document, look.record)))
+    present |= kNeedsSatellite;
+  return present;
+}
+
+}  // namespace
+
+void SeeDatabase(CommandState& state, const DatabaseLook& look) {
+  const OpenSdb* sdb = SdbOf(look.document, look.selected);
+  state.present |= kNeedsEditor | RecordNeeds(look);
+  if (CanUndo(look.history)) state.present |= kNeedsUndo;
+  if (CanRedo(look.history)) state.present |= kNeedsRedo;
+  if (sdb && !IsAmongUbis(look.selected)) state.present |= kNeedsSdb;
+  state.view = look.view;
+  state.payload_compressed = look.document.compress_payload;
+  state.part_compressed =
+      IsAmongUbis(look.selected) ? look.document.compress_ubis : sdb && sdb->database->compressed;
+  state.can_undo_other = CanUndo(look.history) && !UndoesSort(look.history);
+}
+
+bool IsAmongUbis(const NodeRef& node) {
+  return node.kind == NodeKind::kUbiLevel || node.kind == NodeKind::kUbi;
+}
+
+const OpenSdb* SdbOf(const Document& document, const NodeRef& node) {
+  const size_t place = node.kind == NodeKind::kNone || IsAmongUbis(node) ? 0 : node.sdb;
+  return place < document.sdbs.size() ? &document.sdbs[place] : nullptr;
+}
+
+}  // namespace vexa
