@@ -248,6 +248,20 @@ TEST_F(Decoder, FavouriteCountsOfAllOnesMeanNone) {
   EXPECT_EQ(opened.sdbs[0].database->favourites[0].record.kept_0, 0u);
 }
 
+TEST_F(Decoder, FavouriteListsEndAtTheirCounts) {
+  AddTestSatellite(database(), "Astra");
+  Service* service = AddTestService(database(), AddTestCarrier(database(), 0));
+  FavouriteGroup& group = database().favourites[0];
+  group.tv = group.radio = {service, service};
+  Build();
+  const auto entry = std::span(images.adb).subspan(static_cast<size_t>(LayoutOf(config).favourites));
+  for (const size_t list : {kFavouriteHeader, kFavouriteHeader + kTvList})
+    std::fill_n(&entry[list + 4], 20, uint8_t{0});  // the same service, behind the end
+  const Document opened = Open(Decode().value());
+  const FavouriteGroup& result = opened.sdbs[0].database->favourites[0];
+  EXPECT_EQ(std::pair(result.tv.size(), result.radio.size()), std::pair(size_t{2}, size_t{2}));
+}
+
 TEST_F(Decoder, DamageIsRefusedWithOneMessage) {
   AddTestSatellite(database(), "Astra");
   AddTestCarrier(database(), 0);
