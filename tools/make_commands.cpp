@@ -21,7 +21,7 @@ std::string Label(std::string_view text) {
 }
 
 std::string Line(const CommandInfo& command) {
-  const std::string keys = ShownKey(command);
+  const std::string keys = command.shown_key ? "" : ShownKey(command);
   // The part's title says that its window is needed; "There is nothing to undo." is no need.
   const std::string needs = MissingNeeds(command, kNeedsEditor | kNeedsConsole);
   return "- **" + Label(command.text) + "**" + (keys.empty() ? "" : " (`" + keys + "`)") + ": " +
@@ -50,6 +50,32 @@ std::string CommandsOf(MenuName menu, std::set<CommandId>& told) {
   return text;
 }
 
+// All keys, by the places where they work.
+std::string Keys() {
+  constexpr std::pair<KeyScope, const char*> kPlaces[] = {
+      {KeyScope::kEverywhere, "In the whole program"},
+      {KeyScope::kDatabase, "While a database window is active"},
+      {KeyScope::kRecords, "In the tree and the list of a database window"},
+      {KeyScope::kList, "In the list of a database window"},
+      {KeyScope::kConsole, "In the uploader console"},
+      {KeyScope::kConsoleLog, "In the log of the uploader console"}};
+  const auto line = [](const Key& key, const CommandInfo& command) {
+    return "- `" + KeyName(key) + "`: " + Label(command.text) + "\n";
+  };
+  std::string text =
+      "\n## Keys\n\n- `F1`: Help on this window or dialog, or on the commands while a menu is open\n";
+  for (const auto& [scope, place] : kPlaces) {
+    std::string lines;
+    for (const CommandInfo& command : Commands()) {
+      if (command.key.code != 0 && command.key.scope == scope) lines += line(command.key, command);
+      if (scope == KeyScope::kConsole && command.in_console)
+        lines += line(command.key, *FindCommand(command.in_console));
+    }
+    if (!lines.empty()) text += std::string("\n### ") + place + "\n\n" + lines;
+  }
+  return text;
+}
+
 std::string Page() {
   std::string page =
       "# Commands and keys\n\nEvery command with its keys and what it does. A command that lacks what it "
@@ -68,7 +94,7 @@ std::string Page() {
     for (const MenuName menu : menus) part += CommandsOf(menu, told);
     if (!part.empty()) page += std::string("\n## ") + title + "\n" + part;
   }
-  return page;
+  return page + Keys();
 }
 
 }  // namespace
