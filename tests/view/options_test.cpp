@@ -91,7 +91,7 @@ TEST(WindowSettings, AreReadAsTheyWereWritten) {
   WindowSettings window;
   window.left = -1200;
   window.top = 40;
-  window.width = 900;
+  window.width = 1;
   window.height = 700;
   window.split = 333;
   window.columns[static_cast<size_t>(ColumnSet::kServices)] = {44, 0, 150};
@@ -99,7 +99,7 @@ TEST(WindowSettings, AreReadAsTheyWereWritten) {
   SaveWindowSettings(store, window);
   const WindowSettings read = LoadWindowSettings(store);
   EXPECT_EQ((std::array{read.left, read.top, read.width, read.height, read.split}),
-            (std::array{-1200, 40, 900, 700, 333}));
+            (std::array{-1200, 40, 1, 700, 333}));
   EXPECT_EQ(read.columns, window.columns);
   EXPECT_EQ(read.column_orders, window.column_orders);
 }
