@@ -10,7 +10,6 @@ namespace vexa {
 
 namespace {
 
-constexpr int64_t kHighestPosition = 64;
 constexpr int64_t kFullCircle = 361;  // degrees, first refused
 constexpr int64_t kLowestSymbolRate = 1000, kHighestSymbolRate = 45000;
 constexpr int64_t kLowestPid = 32;

@@ -13,7 +13,8 @@ namespace vexa {
 
 // Not empty.
 std::string SatelliteNameText(std::string_view name);
-// 0 to 64.
+inline constexpr int64_t kHighestPosition = 64;  // of a receiver
+// From 0.
 std::string SatellitePositionText(int64_t position);
 // Whole degrees, 0 to 360.
 std::string SatelliteAngleText(int64_t degrees);
