@@ -16,7 +16,8 @@ double ImportTime(ListFormat format, const Path& path, size_t& services) {
   const DefaultRecords defaults;
   return BestMilliseconds(15, [&] {
     WorkRecords work;
-    RowOf(format).read(context, path, defaults, work, {});
+    ListLosses losses;
+    ReadList(context, path, format, defaults, {}, work, losses);
     const Bytes stream = BuildBinFromWorkFiles(work, defaults);
     services = work.services.size();
     if (stream.empty()) std::abort();

@@ -12,6 +12,7 @@
 #include "config/project_config.h"
 #include "core/context.h"
 #include "core/database.h"
+#include "import/list_losses.h"
 #include "platform/clock.h"
 #include "platform/serial.h"
 #include "platform/temporary_folder.h"
@@ -98,6 +99,8 @@ void SaveDocument(CommandState& state, const Document& document, const std::stri
 Document ReadDocumentFile(CommandState& state, const std::string& file, bool json, const std::string& page);
 // "json", "csv", or nothing for another extension.
 std::string DocumentFormat(const std::string& file);
+// What an import left out, a message each.
+void TellEach(const CommandState& state, const std::vector<ListNote>& notes);
 // Throws CommandFailed after a message unless the output file was written.
 void ExpectWritten(CommandState& state, const std::string& file, WriteResult result);
 // Writes the whole output file, and expects that it was written.

@@ -32,6 +32,10 @@ Document ReadDocumentFile(CommandState& state, const std::string& file, bool jso
   throw CommandFailed{};
 }
 
+void TellEach(const CommandState& state, const std::vector<ListNote>& notes) {
+  for (const ListNote& note : notes) Tell(state.context.messages, note.icon, "%s", note.text.c_str());
+}
+
 void SaveDocument(CommandState& state, const Document& document, const std::string& file,
                   const std::string& output) {
   ExpectWhole(state, document, file, output);

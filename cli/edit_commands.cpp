@@ -65,7 +65,9 @@ OldOrder ReadOldOrder(CommandState& state, const std::string& file) {
     const Path list = PathFromUtf8(file);
     WorkRecords work;
     const size_t told = state.told.size();
-    const bool read = ImportListFile(state.context, list, defaults, {}, work) &&
+    ImportSteps steps;
+    steps.tell = [&](const std::vector<ListNote>& notes) { TellEach(state, notes); };
+    const bool read = ImportListFile(state.context, list, defaults, steps, work) &&
                       OpenWorkFiles(state.context, work, defaults, old.document);
     if (!read) {
       TellFile(state, told, file, "");

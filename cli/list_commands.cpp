@@ -7,19 +7,22 @@
 #include "cli/commands.h"
 #include "cli/usage.h"
 #include "core/bin_file.h"
+#include "core/complete.h"
 #include "import/build_bin.h"
 #include "import/import_command.h"
 #include "import/list_text.h"
 #include "import/merger.h"
 #include "import/wizard.h"
+#include "platform/code_page.h"
 
 namespace vexa {
 
 namespace {
 
 struct ImportOptions {
-  std::string list, output, work_folder, satellites = "all", format, page;
-  bool stream = false, filter = false;
+  std::string list, output, work_folder, satellites = "all", format, page, list_page;
+  bool stream = false, filter = false, keep_s2 = false;
+  Completion completion;
   SatcodxOptions satcodx;
   std::vector<std::string> carriers = {"all"}, services = {"all"};
 };
@@ -100,22 +103,44 @@ void ExpectImportApart(const ImportOptions& options) {
 
 // A document holds a database, not a list to pick from.
 void ImportDocument(CommandState& state, const ImportOptions& options, bool json) {
-  if (options.stream || options.filter || !options.work_folder.empty())
-    throw CLI::ValidationError("--format", "a csv or json document takes no option of lists");
+  const bool of_lists = options.stream || options.filter || !options.work_folder.empty() || options.keep_s2 ||
+                        options.completion.any() || !options.list_page.empty();
+  if (of_lists) throw CLI::ValidationError("--format", "a csv or json document takes no option of lists");
   const Document document =
       ReadDocumentFile(state, options.list, json, options.page.empty() ? "Windows-1252" : options.page);
   SaveDocument(state, document, options.list, options.output);
 }
 
+// Nothing for what is no list, which the import itself refuses.
+const ListFormatRow* FormatOf(const ImportOptions& options) {
+  const ListOptions chosen = {.satcodx = options.satcodx};
+  const auto format = options.format.empty() ? RecognizeList(PathFromUtf8(options.list), chosen)
+                                             : ListFormatNamed(options.format);
+  return format ? &RowOf(*format) : nullptr;
+}
+
+// An option that would do nothing is wrong usage.
+void ExpectListOptions(const ImportOptions& options, const ListFormatRow* format) {
+  if (options.keep_s2 && format && !format->reports_s2)
+    throw CLI::ValidationError("--keep-s2", "lists of this format do not tell DVB-S2 from DVB-S");
+  if (options.stream && options.completion.any())
+    throw CLI::ValidationError("--stream", "is what the import builds, before it is completed");
+}
+
 // What the import makes of the records. Throws CommandFailed after a message.
-Bytes BuildImport(CommandState& state, const ImportOptions& options, const DefaultRecords& defaults,
-                  const WorkRecords& work) {
+Bytes BuildImport(CommandState& state, const ImportOptions& options, const ListFormatRow* format,
+                  const DefaultRecords& defaults, const WorkRecords& work) {
   if (options.stream) return BuildBinFromWorkFiles(work, defaults);
   Document document;
   const size_t told = state.told.size();
   std::optional<Bytes> file;
-  if (OpenWorkFiles(state.context, work, defaults, document) && MayBeSaved(state.context, document))
+  if (OpenWorkFiles(state.context, work, defaults, document) && MayBeSaved(state.context, document)) {
+    const bool says_sides = !format || format->names_side;
+    for (const std::string& warning :
+         Complete(*document.sdbs[0].database, options.completion, says_sides, defaults))
+      Tell(state.context.messages, Icon::kWarning, "%s", warning.c_str());
     file = BuildBin(state.context, document);
+  }
   if (file) return std::move(*file);
   TellFile(state, told, options.list, "");
   throw CommandFailed{};
@@ -145,13 +170,8 @@ void WriteImport(CommandState& state, const ImportOptions& options, const WorkRe
   folder.Keep();
 }
 
-void Import(CommandState& state, const ImportOptions& options) {
-  ExpectImportApart(options);
-  const std::string document_format = options.format.empty() ? DocumentFormat(options.list) : options.format;
-  if (document_format == "json" || document_format == "csv")
-    return ImportDocument(state, options, document_format == "json");
-  const DefaultRecords defaults;
-  WorkRecords work;
+// What the import does with the list, by the command's options.
+ImportSteps StepsOf(CommandState& state, const ImportOptions& options) {
   ImportSteps steps;
   steps.filter = options.filter ? FilterMode::kOn : FilterMode::kOff;
   steps.choose = [&](WorkRecords& read) {
@@ -165,13 +185,30 @@ void Import(CommandState& state, const ImportOptions& options) {
          "%s does not look as lists of its format do: %s. --layout auto reads it by what it shows.",
          options.list.c_str(), why.c_str());
   };
+  steps.options.pages.database = options.page.empty() ? nullptr : FindCodePage(options.page);
+  steps.options.pages.list = options.list_page.empty() ? nullptr : FindCodePage(options.list_page);
+  steps.options.keep_s2 = options.keep_s2;
+  steps.tell = [&](const std::vector<ListNote>& notes) { TellEach(state, notes); };
+  return steps;
+}
+
+void Import(CommandState& state, const ImportOptions& options) {
+  ExpectImportApart(options);
+  const std::string document_format = options.format.empty() ? DocumentFormat(options.list) : options.format;
+  if (document_format == "json" || document_format == "csv")
+    return ImportDocument(state, options, document_format == "json");
+  const ListFormatRow* format = FormatOf(options);
+  ExpectListOptions(options, format);
+  const DefaultRecords defaults;
+  WorkRecords work;
+  const ImportSteps steps = StepsOf(state, options);
   const Path list = PathFromUtf8(options.list);
   const size_t told = state.told.size();
   if (!ImportListFile(state.context, list, defaults, steps, work)) {
     TellFile(state, told, options.list, WhyUnreadable(list));
     throw CommandFailed{};
   }
-  Bytes content = BuildImport(state, options, defaults, work);
+  Bytes content = BuildImport(state, options, format, defaults, work);
   const uint64_t size = content.size();
   WriteImport(state, options, work, std::move(content));
   // The database stands from here on, even when it is too large for a receiver.
@@ -214,27 +251,48 @@ void ExpectSatcodxList(const ImportOptions& options) {
     throw CLI::ValidationError("--layout and --record-length", "only SatcoDX lists (.sdx) have them");
 }
 
-// The names of all list formats, and of those behind them.
-std::vector<std::string> FormatNames(const std::vector<std::string>& others = {}) {
+// The names of the list formats, or of those whose lists are merged.
+std::vector<std::string> FormatNames(bool merged) {
   std::vector<std::string> names;
-  for (const ListFormatRow& row : ListFormats()) names.emplace_back(row.name);
-  names.insert(names.end(), others.begin(), others.end());
+  for (const ListFormatRow& row : ListFormats()) {
+    if (!merged || row.merge.title) names.emplace_back(row.name);
+  }
+  return names;
+}
+std::vector<std::string> ImportFormatNames() {
+  std::vector<std::string> names = FormatNames(false);
+  names.insert(names.end(), {"csv", "json"});
   return names;
 }
 
 void AddImport(CLI::App& program, CommandState& state) {
   const auto options = std::make_shared<ImportOptions>();
-  CLI::App& command = *program.add_subcommand(
-      "import",
-      "Make a database from a channel list (.sdx, .dvb, .dat), or from what export wrote (.csv, .json)");
+  CLI::App& command = *program.add_subcommand("import",
+                                              "Make a database from a channel list (.sdx, .dvb, .dat, "
+                                              "channels.conf, lamedb, DVBv5 scan file), or from "
+                                              "what export wrote (.csv, .json)");
   command.add_option("LIST", options->list, "Channel list")->required();
   command.add_option("-o,--output", options->output, "Database file to write")->required();
   command.add_option("--format", options->format, "The list's format (default: by its name and first bytes)")
-      ->check(OneOf(FormatNames({"csv", "json"})));
+      ->check(OneOf(ImportFormatNames()));
   command
       .add_option("--code-page", options->page,
-                  "In which page the names of the database stand (csv and json; default: Windows-1252)")
+                  "In which page the names of the database stand: what is UTF-8 is converted to it (default: "
+                  "Windows-1252)")
       ->check(CheckCodePage);
+  command
+      .add_option(
+          "--list-code-page", options->list_page,
+          "In which page a list of single bytes stands, which is converted (default: that of the database)")
+      ->check(CheckCodePage);
+  Completion& completion = options->completion;
+  command.add_flag("--number-positions", completion.number_positions,
+                   "Number the satellites' positions from 1");
+  command.add_flag("--lnb-by-band", completion.lnbs_by_band,
+                   "Give satellites the LNBs that their bands need");
+  command.add_flag("--sides", completion.sides,
+                   "East or West by known orbital positions, where the list does not say");
+  command.add_flag("--keep-s2", options->keep_s2, "Keep DVB-S2 carriers as if they were DVB-S");
   command.add_flag("--stream", options->stream, "Write the bare SDB stream that the import builds");
   command.add_option("--work-dir", options->work_folder, "Also leave the three work files in this folder");
   AddSatcodxOptions(command, *options);
@@ -306,7 +364,7 @@ void AddMerge(CLI::App& program, CommandState& state) {
   CLI::App& merge = *program.add_subcommand("merge", "Join channel lists of one format");
   merge.add_option("FORMAT", options->format, "satcodx, dvb2000 or lyngsat")
       ->required()
-      ->check(OneOf(FormatNames()));
+      ->check(OneOf(FormatNames(true)));
   merge.add_option("FILE", options->files, "Lists, in the order of the result");
   merge.add_option("--folder", options->folder, "Then all lists of this folder, by name");
   merge.add_option("-o,--output", options->output, "List to write")->required();

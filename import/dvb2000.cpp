@@ -50,7 +50,7 @@ void TakeSatellite(ListReader& reader, const Entry& entry) {
   const std::string_view place = entry.text.substr(dash + 1);
   const size_t degree = place.find(kDegree);
   WorkSatellite satellite = reader.new_satellite;
-  SetListName(satellite.name, entry.text.substr(0, dash));
+  reader.SetListedName(satellite.name, entry.text.substr(0, dash));
   satellite.angle = DecimalPrefix(place) & 0xFFF;
   // The lists of this program count the other way round: West sets the flag.
   satellite.east = degree != std::string_view::npos && place.substr(degree + 1).starts_with('W');
@@ -95,7 +95,7 @@ bool IsDuplicate(const ListReader& reader, const WorkService& service) {
 
 void TakeService(ListReader& reader, const Entry& entry) {
   WorkService service = reader.new_service;
-  SetListName(service.name, entry.text.substr(0, kServiceNameWidth));
+  reader.SetListedName(service.name, entry.text.substr(0, kServiceNameWidth));
   service.video_pid = Pid(entry.video_pid) & 0x3FFF;
   service.audio_pid = Pid(entry.audio_pid) & 0x3FFF;
   service.pcr_pid = Pid(entry.pcr_pid) & 0x3FFF;
@@ -110,11 +110,11 @@ void TakeService(ListReader& reader, const Entry& entry) {
 }  // namespace
 
 void ReadDvb2000(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
-                 const Progress& progress) {
+                 const Progress& progress, const ListPages& pages, ListLosses* losses) {
   work = {};
   const size_t count = list.size() / kRecordSize;
   if (count == 0) return;
-  ListReader reader(work, defaults);
+  ListReader reader(work, defaults, NameConverter(list, pages, false), losses);
   work.services.reserve(count);
   ListProgress bar(progress, count);
   for (size_t i = 0; i < count; ++i) {
@@ -128,16 +128,6 @@ void ReadDvb2000(std::span<const uint8_t> list, const DefaultRecords& defaults, 
     }
   }
   bar.End();
-}
-
-int ImportDvbFile(const Context& context, const Path& path, const DefaultRecords& defaults,
-                  WorkRecords& work) {
-  Bytes list;
-  const ReadResult result = ReadListFile(context, path, list);
-  if (result == ReadResult::kCannotOpen) Tell(context.messages, Icon::kStop, "Error in opening file");
-  if (result != ReadResult::kDone) return 0;
-  ReadDvb2000(list, defaults, work, context.progress);
-  return 1;
 }
 
 }  // namespace vexa

@@ -11,6 +11,8 @@
 
 #include <span>
 
+#include "import/list_losses.h"
+#include "import/list_names.h"
 #include "import/work_files.h"
 
 namespace vexa {
@@ -18,10 +20,6 @@ namespace vexa {
 // Fills `work` (emptied first). Satellites without '-' and services before any satellite are skipped. Each
 // service stores the index of its carrier plus one, which the owners' counts make harmless.
 void ReadDvb2000(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
-                 const Progress& progress = {});
-
-// 1, or 0 after "Error in opening file".
-int ImportDvbFile(const Context& context, const Path& path, const DefaultRecords& defaults,
-                  WorkRecords& work);
+                 const Progress& progress = {}, const ListPages& pages = {}, ListLosses* losses = nullptr);
 
 }  // namespace vexa

@@ -9,39 +9,46 @@ namespace vexa {
 
 namespace {
 
-bool ReadList(const Context& context, const Path& path, const ListFormatRow& format,
-              const DefaultRecords& defaults, const ListOptions& options, WorkRecords& work) {
-  if (format.read(context, path, defaults, work, options) != 0) return true;
-  Tell(context.messages, Icon::kStop, "%s", format.unreadable);
-  return false;
+std::optional<ListFormat> FormatOfStart(const Path& path, std::string start, const ListOptions& options) {
+  if (options.satcodx.LooksForRecords() && start.starts_with(kByteOrderMark))
+    start.erase(0, kByteOrderMark.size());
+  const auto rows = ListFormats();
+  // An extension of a format's own leaves only that.
+  for (const ListFormatRow& row : rows) {
+    if (row.looks || !HasExtension(path, row.extension())) continue;
+    return StartsWithIgnoringCase(start, row.signature) ? std::optional(row.format) : std::nullopt;
+  }
+  for (const ListFormatRow& row : rows) {
+    if (row.looks && row.looks(path, start)) return row.format;
+  }
+  return std::nullopt;
 }
 
 }  // namespace
 
+std::optional<ListFormat> RecognizeList(const Path& path, const ListOptions& options) {
+  const auto start = ReadFileStart(path, kListStart);
+  return start ? FormatOfStart(path, *start, options) : std::nullopt;
+}
+
 bool IsListFile(const Path& path) {
   const auto rows = ListFormats();
-  return std::any_of(rows.begin(), rows.end(),
-                     [&](const ListFormatRow& row) { return HasExtension(path, row.extension()); });
+  const bool named = std::any_of(rows.begin(), rows.end(), [&](const ListFormatRow& row) {
+    return !row.looks && HasExtension(path, row.extension());
+  });
+  return named || RecognizeList(path);
 }
 
 std::optional<ListFormat> CheckListFile(const Context& context, const Path& path,
                                         const ListOptions& options) {
-  size_t longest = 0;
-  for (const ListFormatRow& row : ListFormats())
-    longest = std::max(longest, kByteOrderMark.size() + row.signature.size());
-  auto start = ReadFileStart(path, longest);
+  const auto start = ReadFileStart(path, kListStart);
   if (!start) {
     Tell(context.messages, Icon::kStop, "Unable to open the given file.");
     return std::nullopt;
   }
-  if (options.satcodx.LooksForRecords() && start->starts_with(kByteOrderMark))
-    start->erase(0, kByteOrderMark.size());
-  for (const ListFormatRow& row : ListFormats()) {
-    if (HasExtension(path, row.extension()) && StartsWithIgnoringCase(*start, row.signature))
-      return row.format;
-  }
-  Tell(context.messages, Icon::kStop, "Error - Invalid File");
-  return std::nullopt;
+  const auto format = FormatOfStart(path, *start, options);
+  if (!format) Tell(context.messages, Icon::kStop, "Error - Invalid File");
+  return format;
 }
 
 bool ImportListFile(const Context& context, const Path& path, const DefaultRecords& defaults,
@@ -52,10 +59,16 @@ bool ImportListFile(const Context& context, const Path& path, const DefaultRecor
   bool filtered = steps.filter == FilterMode::kOn;
   if (steps.filter == FilterMode::kAsk)
     filtered = Ask(context.messages, "Do you want to generate Bin file with filter mode");
+  ListLosses losses;
   const ListReading read = [&](const Context& own) {
-    return ReadList(own, path, RowOf(*format), defaults, steps.options, work);
+    return ReadList(own, path, *format, defaults, steps.options, work, losses);
   };
   if (!(steps.run ? steps.run(read) : read(context))) return false;
+  if (steps.tell) {
+    steps.tell(NotesOf(losses));
+  } else {
+    TellNotes(context.messages, NotesOf(losses));
+  }
   return !filtered || !steps.choose || steps.choose(work);
 }
 

@@ -4,18 +4,22 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 #include "core/bin_file.h"
 #include "import/list_format.h"
 
 namespace vexa {
 
-// The format that the extension names and the first bytes confirm, behind a byte-order mark where the options
-// allow one. Nothing after a message.
+// The format of a file by its extension and first bytes, which must agree, behind a byte-order mark where the
+// options allow one; of other extensions by its start alone. Nothing for other files, and for one that cannot
+// be opened.
+std::optional<ListFormat> RecognizeList(const Path& path, const ListOptions& options = {});
+// The same; nothing after a message.
 std::optional<ListFormat> CheckListFile(const Context& context, const Path& path,
                                         const ListOptions& options = {});
 
-// Whether the extension is that of a list.
+// Whether the extension is that of a list, or the content.
 bool IsListFile(const Path& path);
 
 // Whether only a part of the list is taken. kAsk: the user is asked once the format is known.
@@ -33,6 +37,8 @@ struct ImportSteps {
   // gets the import's context.
   std::function<bool(const ListReading& read)> run = {};
   ListOptions options = {};
+  // Told what was left out, once the list is read. Empty: it is told in one box.
+  std::function<void(const std::vector<ListNote>& notes)> tell = {};
   std::optional<ListFormat> format = {};  // taken for the file's own, whatever its name and first bytes say
 };
 

@@ -22,6 +22,7 @@ class ListGatherer {
   // `listed_name`: the name as the list has it, however long. False when the carrier holds a service of this
   // program number and name already; it is left out then.
   bool AddService(size_t carrier, const WorkService& service, std::string_view listed_name);
+  size_t satellites() const { return satellites_.size(); }
   // Fills `work` (emptied first): links and counts set, carriers named "Carrier%d_S%d", program numbers
   // unique within a carrier, nameless satellites "Satellite%d" by the number of those before, nameless
   // services "Service%d" by their place on the carrier.

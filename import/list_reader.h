@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "import/list_losses.h"
+#include "import/list_names.h"
 #include "import/list_text.h"
 #include "import/work_files.h"
 
@@ -15,6 +17,13 @@ struct ListReader {
         new_satellite(NewWorkSatellite(defaults)),
         new_carrier(NewWorkCarrier(defaults)),
         new_service(NewWorkService(defaults)) {}
+  // Names are converted by `converter`; what their page lacks is counted in `losses` where there are any.
+  ListReader(WorkRecords& files, const DefaultRecords& defaults, NameConverter converter,
+             ListLosses* list_losses)
+      : ListReader(files, defaults) {
+    names = converter;
+    losses = list_losses;
+  }
 
   WorkRecords& work;
   const WorkSatellite new_satellite;
@@ -23,9 +32,27 @@ struct ListReader {
   uint32_t carriers_of_satellite = 0;  // the current one
   WorkService previous_service{};      // the last that was added, as long as the reader keeps it
   ServiceIds ids;                      // of the current carrier
+  NameConverter names;
+  ListLosses* losses = nullptr;
+  size_t lacking = 0;  // characters of the name that was set last; they count when its record is added
 
   uint32_t satellites() const { return static_cast<uint32_t>(work.satellites.size()); }
   uint32_t carriers() const { return static_cast<uint32_t>(work.carriers.size()); }
+
+  // A record's name from the list's text.
+  void SetListedName(char (&field)[kNameSize], std::string_view name) {
+    lacking = 0;
+    SetListName(field, names.Converted(name, lacking));
+  }
+  // The same of one that stands in the field already.
+  void ConvertName(char (&field)[kNameSize]) {
+    lacking = 0;
+    names.Convert(field, lacking);
+  }
+  void CountLacking() {
+    if (losses) losses->lacking += lacking;
+    lacking = 0;
+  }
 
   // Each becomes the current one; links, counts and marks are set here.
   void Add(WorkSatellite satellite) {
@@ -33,6 +60,7 @@ struct ListReader {
     satellite.first_carrier = carriers() & 0xFFFF;
     satellite.carrier_count = 0;
     work.satellites.push_back(satellite);
+    CountLacking();
     carriers_of_satellite = 0;
   }
   void Add(WorkCarrier carrier) {
@@ -41,6 +69,7 @@ struct ListReader {
     carrier.first_service = static_cast<uint32_t>(work.services.size()) & 0xFFFF;
     carrier.service_count = 0;
     work.carriers.push_back(carrier);
+    CountLacking();
     ++carriers_of_satellite;
     work.satellites.back().carrier_count = carriers_of_satellite & 0xFFFF;
     ids.Clear();
@@ -49,13 +78,15 @@ struct ListReader {
     service.read_service = 1;
     service.read = 1;
     work.services.push_back(service);
+    CountLacking();
     WorkCarrier& carrier = work.carriers.back();
     carrier.service_count = (carrier.service_count + 1) & 0xFFFF;
     previous_service = service;
     ids.Add(service.program_number);
   }
   // "Carrier%d_S%d" for the carrier that comes next.
-  void NameByNumber(WorkCarrier& carrier) const {
+  void NameByNumber(WorkCarrier& carrier) {
+    lacking = 0;
     SetCarrierNumberName(carrier.name, carriers_of_satellite + 1, satellites());
   }
 };

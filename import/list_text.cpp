@@ -5,8 +5,11 @@
 #include <charconv>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <system_error>
+
+#include "core/code_names.h"
 
 namespace vexa {
 
@@ -77,6 +80,48 @@ void ServiceIds::Add(uint32_t id) {
   uint64_t& word = later_[id / 64];
   if (word == 0) used_words_.push_back(static_cast<uint16_t>(id / 64));
   word |= uint64_t{1} << (id % 64);
+}
+
+std::optional<uint32_t> WholeNumber(std::string_view text, int base) {
+  uint32_t number = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number, base);
+  if (result.ec != std::errc{} || result.ptr != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+uint32_t FecCodeOf(std::string_view text) {
+  const auto* found = std::find(std::begin(kFecs), std::end(kFecs), text);
+  return found == std::end(kFecs) ? 0 : static_cast<uint32_t>(found - std::begin(kFecs));
+}
+
+bool ListLines::Next() {
+  if (rest_.empty()) return false;
+  const size_t end = rest_.find('\n');
+  line = rest_.substr(0, end);
+  rest_ = end == std::string_view::npos ? std::string_view{} : rest_.substr(end + 1);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  ++number;
+  return true;
+}
+
+size_t LineCount(std::string_view text) {
+  return static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
+}
+
+std::string_view Trimmed(std::string_view text) {
+  const size_t first = text.find_first_not_of(" \t");
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
+}
+
+std::vector<std::string_view> SplitText(std::string_view text, char separator) {
+  std::vector<std::string_view> pieces;
+  for (size_t end = 0; end != std::string_view::npos;) {
+    end = text.find(separator);
+    pieces.push_back(text.substr(0, end));
+    text = end == std::string_view::npos ? std::string_view{} : text.substr(end + 1);
+  }
+  return pieces;
 }
 
 ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list) {

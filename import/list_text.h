@@ -34,6 +34,11 @@ inline uint32_t DecimalPrefix(std::string_view text) {
   return TakeDecimalPrefix(text);
 }
 
+// All of the text as a number, in base 10 or 16; nothing for other text, and beyond 32 bits.
+std::optional<uint32_t> WholeNumber(std::string_view text, int base = 10);
+// "3/4" as a CarrierRecord has it; Auto for what that cannot name.
+uint32_t FecCodeOf(std::string_view text);
+
 // Before the text of some lists in UTF-8.
 inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
@@ -62,6 +67,24 @@ class ServiceIds {
   std::array<uint64_t, kWords> later_{};  // a bit for each number of the list but its first
   std::vector<uint16_t> used_words_;
 };
+
+// The lines of a text, which end with LF or CR LF.
+class ListLines {
+ public:
+  explicit ListLines(std::string_view text) : rest_(text) {}
+  // False at the end. The line stands in `line`, its number, from 1, in `number`.
+  bool Next();
+  std::string_view line;
+  size_t number = 0;
+
+ private:
+  std::string_view rest_;
+};
+size_t LineCount(std::string_view text);  // for progress
+// Without blanks and tabs at both ends.
+std::string_view Trimmed(std::string_view text);
+// The pieces between the separators, of which there is one at least.
+std::vector<std::string_view> SplitText(std::string_view text, char separator);
 
 // Tells the progress bar how far a reader is, not oftener than it can be seen.
 class ListProgress {

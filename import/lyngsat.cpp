@@ -56,7 +56,7 @@ void TakeSatellite(ListReader& reader, std::string_view line) {
   const auto parts = ReadNamedLine(line);
   if (!parts) return;
   WorkSatellite satellite = reader.new_satellite;
-  SetListName(satellite.name, parts->name);
+  reader.SetListedName(satellite.name, parts->name);
   satellite.angle = TenthsOf(parts->field) & 0xFFF;
   satellite.east = parts->letter != 'W';
   reader.Add(satellite);
@@ -76,11 +76,9 @@ uint32_t PolarizationOf(std::string_view field) {
 }
 
 uint32_t FecOf(std::string_view rest) {
-  constexpr std::string_view kFecs[] = {"Auto", "1/2", "2/3", "3/4", "5/6", "7/8"};
   while (rest.starts_with(' ')) rest.remove_prefix(1);
   while (rest.ends_with(' ')) rest.remove_suffix(1);
-  const auto* found = std::find(std::begin(kFecs), std::end(kFecs), rest);
-  return found == std::end(kFecs) ? 0 : static_cast<uint32_t>(found - std::begin(kFecs));
+  return FecCodeOf(rest);
 }
 
 void TakeTransponder(ListReader& reader, std::string_view line) {
@@ -115,7 +113,7 @@ void TakeService(ListReader& reader, std::string_view line) {
   const auto parts = ReadNamedLine(line);
   if (!parts) return;
   WorkService service = reader.new_service;
-  SetListName(service.name, parts->name);
+  reader.SetListedName(service.name, parts->name);
   service.type = parts->letter == 'T' ? kTv : kRadio;
   service.video_pid = service.audio_pid = service.pcr_pid = kNoPid;
   service.free = 1;
@@ -134,9 +132,9 @@ void TakeLine(ListReader& reader, std::string_view line) {
 }  // namespace
 
 void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
-                 const Progress& progress) {
+                 const Progress& progress, const ListPages& pages, ListLosses* losses) {
   work = {};
-  ListReader reader(work, defaults);
+  ListReader reader(work, defaults, NameConverter(list, pages), losses);
   std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
   ListProgress bar(progress, static_cast<uint64_t>(std::count(text.begin(), text.end(), ':')));
   while (!text.empty()) {
@@ -150,16 +148,6 @@ void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, 
     }
   }
   bar.End();
-}
-
-int ImportLyngsatFile(const Context& context, const Path& path, const DefaultRecords& defaults,
-                      WorkRecords& work) {
-  Bytes list;
-  const ReadResult result = ReadListFile(context, path, list);
-  if (result == ReadResult::kCannotOpen) Tell(context.messages, Icon::kStop, "Error in opening file");
-  if (result != ReadResult::kDone) return 0;
-  ReadLyngsat(list, defaults, work, context.progress);
-  return 1;
 }
 
 }  // namespace vexa

@@ -9,6 +9,8 @@
 
 #include <span>
 
+#include "import/list_losses.h"
+#include "import/list_names.h"
 #include "import/work_files.h"
 
 namespace vexa {
@@ -16,10 +18,6 @@ namespace vexa {
 // Fills `work` (emptied first). A line without its fields, a transponder before any satellite and a service
 // before any transponder are skipped; a transponder's FEC may be missing (Auto).
 void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
-                 const Progress& progress = {});
-
-// 1, or 0 after "Error in opening file".
-int ImportLyngsatFile(const Context& context, const Path& path, const DefaultRecords& defaults,
-                      WorkRecords& work);
+                 const Progress& progress = {}, const ListPages& pages = {}, ListLosses* losses = nullptr);
 
 }  // namespace vexa

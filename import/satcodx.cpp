@@ -62,11 +62,13 @@ struct Reader : ListReader {
 };
 
 template <Column kColumn>
-void NameSatellite(const Reader& reader, Record record, WorkSatellite& satellite) {
+void NameSatellite(Reader& reader, Record record, WorkSatellite& satellite) {
+  reader.lacking = 0;
   if (IsEmpty<kColumn>(record)) {
     SetSatelliteNumberName(satellite.name, reader.satellites());
   } else {
     std::memcpy(satellite.name, record.data() + kColumn.offset, kColumn.width);
+    reader.ConvertName(satellite.name);
   }
 }
 
@@ -119,6 +121,7 @@ void TakeTransponderRecord(Reader& reader, Record record) {
   if (reader.layout_a) {
     std::memcpy(carrier.name + kServiceName.width, record.data() + kNameRest.offset, kNameRest.width);
   }
+  reader.ConvertName(carrier.name);
   TrimName(carrier.name);
   TakeTransponder(record, carrier);
   TakeFec(record, carrier);
@@ -141,7 +144,7 @@ size_t UnderscoreIn(Record record) {
   return i;
 }
 
-void NameService(const Reader& reader, Record record, WorkService& service) {
+void NameService(Reader& reader, Record record, WorkService& service) {
   const size_t length = UnderscoreIn<kServiceName>(record);
   std::memcpy(service.name, record.data() + kServiceName.offset, length);
   if (reader.layout_a) {
@@ -150,6 +153,7 @@ void NameService(const Reader& reader, Record record, WorkService& service) {
     const size_t place = reader.appends || rest == kNameRest.width ? length : 0;
     std::memcpy(service.name + place, record.data() + kNameRest.offset, rest);
   }
+  reader.ConvertName(service.name);
   TrimName(service.name);
 }
 
@@ -195,7 +199,7 @@ void TakeRecord(Reader& reader, Record record) {
 }
 
 // A name of layout 105 without its fill, its control codes and the blanks at its ends.
-std::string PlainName(std::string_view start, std::string_view rest) {
+std::string PlainName105(std::string_view start, std::string_view rest) {
   std::string name(start.substr(0, start.find_last_not_of('_') + 1));
   name += rest;
   std::erase_if(name, [](char c) { return static_cast<uint8_t>(c) < 0x20; });
@@ -204,9 +208,10 @@ std::string PlainName(std::string_view start, std::string_view rest) {
   return name;
 }
 
-WorkSatellite Satellite105(Record record, const WorkSatellite& from) {
+WorkSatellite Satellite105(Record record, const WorkSatellite& from, const NameConverter& names,
+                           size_t& lacking) {
   WorkSatellite satellite = from;
-  SetListName(satellite.name, PlainName(Text<kSatelliteNameA>(record), {}));
+  SetListName(satellite.name, names.Converted(PlainName105(Text<kSatelliteNameA>(record), {}), lacking));
   satellite.angle = Number<kPosition>(record) & 0xFFF;
   return satellite;
 }
@@ -221,23 +226,28 @@ WorkCarrier Carrier105(Record record, const WorkCarrier& from) {
 
 // Records that name no transponder, and services that are neither television nor radio, are left out.
 void Read105(const std::vector<Record>& records, const DefaultRecords& defaults, WorkRecords& work,
-             const Progress& progress) {
+             const Progress& progress, const NameConverter& names, ListLosses& losses) {
   ListGatherer gatherer;
   ListProgress bar(progress, records.size());
   for (const Record record : records) {
     bar.Step();
     if (Number<kSymbolRate>(record) == 0) continue;
-    const size_t carrier = gatherer.AddCarrier(Satellite105(record, NewWorkSatellite(defaults)),
-                                               Carrier105(record, NewWorkCarrier(defaults)));
+    const size_t satellites = gatherer.satellites();
+    size_t lacking = 0;
+    const size_t carrier =
+        gatherer.AddCarrier(Satellite105(record, NewWorkSatellite(defaults), names, lacking),
+                            Carrier105(record, NewWorkCarrier(defaults)));
+    if (gatherer.satellites() != satellites) losses.lacking += lacking;
     const char type = record[kType];
     if (type != 'T' && type != 'R') continue;
     WorkService service = NewWorkService(defaults);
-    const std::string name = PlainName(Text<kServiceName>(record), record.substr(kNameRest105.offset));
-    SetListName(service.name, name);
+    const std::string name = PlainName105(Text<kServiceName>(record), record.substr(kNameRest105.offset));
+    lacking = 0;
+    SetListName(service.name, names.Converted(name, lacking));
     service.type = type == 'T' ? kTv : kRadio;
     TakeServiceColumns(record, service);
     service.program_number = Number<kProgramNumber>(record) & 0xFFFF;
-    gatherer.AddService(carrier, service, name);
+    if (gatherer.AddService(carrier, service, name)) losses.lacking += lacking;
   }
   bar.End();
   gatherer.Finish(defaults, work);
@@ -295,8 +305,12 @@ bool TrimAtDoubleSpace(char (&name)[kNameSize]) {
 }
 
 void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
-                 const Progress& progress, const SatcodxOptions& options) {
+                 const Progress& progress, const SatcodxOptions& options, const ListPages& pages,
+                 ListLosses* list_losses) {
   work = {};
+  ListLosses own;
+  ListLosses& losses = list_losses ? *list_losses : own;
+  const NameConverter names(list, pages);
   std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
   if (options.LooksForRecords() && text.starts_with(kByteOrderMark))
     text.remove_prefix(kByteOrderMark.size());
@@ -310,10 +324,10 @@ void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, 
   }
   const std::vector<Record> records =
       RecordsOf(text, options, length, is_105 ? kNominalLength105 : kSatcodxReadLength);
-  if (is_105) return Read105(records, defaults, work, progress);
+  if (is_105) return Read105(records, defaults, work, progress, names, losses);
   if (records.empty()) return;
   const std::string_view version = Text<kVersion>(text);
-  Reader reader(work, defaults);
+  Reader reader(work, defaults, names, &losses);
   reader.layout_a = version == "02" || version == "03";
   if (options.layout == SatcodxLayout::kA) reader.layout_a = true;
   if (options.layout == SatcodxLayout::kB) reader.layout_a = false;
@@ -341,17 +355,6 @@ std::string SatcodxDoubt(std::span<const uint8_t> list) {
   }
   const size_t behind = text.size() - count * length;
   return behind == 0 ? std::string() : std::to_string(behind) + " bytes stand behind the last record";
-}
-
-int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkRecords& work,
-                  const SatcodxOptions& options) {
-  Bytes list;
-  if (ReadListFile(context, path, list) == ReadResult::kFailed) return 0;
-  if (options.doubt && options.layout == SatcodxLayout::kDefault && options.record_length == 0) {
-    if (const std::string why = SatcodxDoubt(list); !why.empty()) options.doubt(why);
-  }
-  ReadSatcodx(list, defaults, work, context.progress, options);
-  return 1;
 }
 
 }  // namespace vexa

@@ -23,6 +23,8 @@
 #include <span>
 #include <string>
 
+#include "import/list_losses.h"
+#include "import/list_names.h"
 #include "import/work_files.h"
 
 namespace vexa {
@@ -52,15 +54,12 @@ struct SatcodxOptions {
 
 // Fills `work` (emptied first). Any bytes are a list; what is no number reads as 0.
 void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, WorkRecords& work,
-                 const Progress& progress = {}, const SatcodxOptions& options = {});
+                 const Progress& progress = {}, const SatcodxOptions& options = {},
+                 const ListPages& pages = {}, ListLosses* losses = nullptr);
 
 // What shows that the default options do not fit the list, as a clause such as "its version is 105"; empty
 // when nothing does.
 std::string SatcodxDoubt(std::span<const uint8_t> list);
-
-// 1; a file that cannot be opened is an empty list. 0 after a message: reading broke off.
-int ImportSdxFile(const Context& context, const Path& path, const DefaultRecords& defaults, WorkRecords& work,
-                  const SatcodxOptions& options = {});
 
 // Cuts a name before its first two consecutive spaces; false and unchanged when it has none.
 bool TrimAtDoubleSpace(char (&name)[kNameSize]);

@@ -48,6 +48,14 @@ char32_t TakeUtf8(std::string_view& text) {
   return c;
 }
 
+bool IsUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const bool written = text.starts_with("\xEF\xBF\xBD");  // the replacement character itself
+    if (TakeUtf8(text) == kReplacementCharacter && !written) return false;
+  }
+  return true;
+}
+
 std::string Utf8FromLatin(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size());

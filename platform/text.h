@@ -21,6 +21,8 @@ void AppendUtf8(std::string& text, char32_t character);
 // Takes the first character off a text that is not empty; kReplacementCharacter for one byte that begins
 // none.
 char32_t TakeUtf8(std::string_view& text);
+// Whether the text is UTF-8 throughout.
+bool IsUtf8(std::string_view text);
 
 // What is no right text of its encoding becomes kReplacementCharacter.
 std::u16string Utf16FromUtf8(std::string_view text);

@@ -100,6 +100,51 @@ TEST_F(ListCommands, LayoutsOfSatcodxLists) {
     EXPECT_EQ(Vexa("import -o @out.sdb " + std::string(options)).status, 2) << options;
 }
 
+// What is left out is told line by line, whatever else is done with the list.
+TEST_F(ListCommands, ListsOfOtherReceivers) {
+  Put("channels.conf",
+      "A\xC5\x81:11778:HC34:S19.2E:27500:1:2:0:0:1\nB:11778:HS1:S13E:1:2:2:0:0:1\n"
+      "C:11778:HC34:S19.2E:27500:0:2:0:0:2\nx\n");
+  const std::string notes = "warning: 1 lines cannot be read, the first is line 4\n",
+                    s2 = "info: 1 DVB-S2 carriers left out\n",
+                    lacks = "info: 1 characters that Windows-1252 lacks became \"?\"\n";
+  const auto imported = [&](const std::string& options, const std::string& errors, size_t satellites) {
+    const ProgramResult result = Vexa("import @channels.conf --stream -o @out.sdb " + options);
+    EXPECT_EQ(result.status, 0) << options;
+    EXPECT_EQ(result.errors, errors) << options;
+    EXPECT_EQ(Open("out.sdb").sdbs[0].database->satellites.size(), satellites) << options;
+  };
+  imported("", notes + s2 + lacks, 1);
+  imported("--services tv", notes + s2 + lacks, 1);
+  imported("--format vdr --keep-s2 --code-page iso8859-2", notes, 2);
+  imported("--list-code-page windows-1250", notes + s2 + lacks, 1);
+  EXPECT_EQ(Vexa("import @list.sdx -o @old.bin --sides").status, 0);
+  const ProgramResult like = Vexa("sort --like @channels.conf @old.bin -o @sorted.bin");
+  EXPECT_EQ(like.status, 0);
+  EXPECT_THAT(like.errors, testing::StartsWith(notes + s2 + lacks + "info: 1 of 3 satellites, "));
+  for (const char* line : {"import @list.sdx --keep-s2 -o @x", "import @a.json --keep-s2 -o @x",
+                           "import @a.csv --list-code-page cp437 -o @x", "merge vdr @a @b -o @x"})
+    EXPECT_EQ(Vexa(line).status, 2) << line;
+  EXPECT_EQ(Vexa("import @list.sdx --format lamedb -o @x").errors,
+            "error: Invalid or unsupported lamedb file format.\ninfo: " + In("list.sdx") + "\n");
+}
+
+// A list that is completed has only the faults of its own.
+TEST_F(ListCommands, CompletedImports) {
+  EXPECT_EQ(Vexa("import @list.sdx -o @plain.bin").status, 0);
+  const ProgramResult result =
+      Vexa("import @list.sdx -o @out.bin --number-positions --lnb-by-band --sides --work-dir @work");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "warning: East or West of 1 satellites is not known, the first is satellite 3\n");
+  EXPECT_EQ(Vexa("diff @plain.bin @out.bin").output,
+            "~ SDB1 LNB 1: frequency1 9750 -> 5150, frequency2 10600 -> 0, type 2 -> 0\n"
+            "~ SDB1 satellite 1 ASTRA 1___________: lnb_index 0 -> 1, position 255 -> 1, east 0 -> 1\n"
+            "~ SDB1 satellite 2 ASTRA 1___________: position 255 -> 2, east 0 -> 1\n"
+            "~ SDB1 satellite 3 ASTRA 1___________: lnb_index 0 -> 1, position 255 -> 3\n");
+  EXPECT_EQ(Vexa("import @list.sdx -o @x --stream --sides").status, 2);
+  EXPECT_EQ(Vexa("import @a.json -o @x --lnb-by-band").status, 2);
+}
+
 struct RefusalCase {
   std::string line;
   int status;

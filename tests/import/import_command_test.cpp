@@ -97,31 +97,30 @@ TEST(ImportCommand, ListsCutAtEveryByte) {
   const auto service = [](uint16_t id) {
     return DvbRecord{.id = id, .frequency = 11778, .symbol_rate = 27500, .video = id, .text = "Name"};
   };
-  using Read = void (*)(std::span<const uint8_t>, const DefaultRecords&, WorkRecords&, const Progress&);
-  const Read read_satcodx = [](std::span<const uint8_t> list, const DefaultRecords& defaults,
-                               WorkRecords& work,
-                               const Progress& progress) { ReadSatcodx(list, defaults, work, progress); };
-  const struct {
-    const char* format;
-    Read read;
+  struct {
+    ListFormat format;
     std::string text;
     size_t record;  // bytes; 0: lines
-  } lists[] = {
-      {"SatcoDX", read_satcodx, SdxList({{.video = "0001"}, {.video = "0002"}, {.video = "0003"}}), 128},
-      {"DVB2000", ReadDvb2000, DvbList({satellite("A-1\260E"), service(1), service(2), service(3)}), 64},
-      {"Lyngsat", ReadLyngsat,
+  } const lists[] = {
+      {ListFormat::kSatcodx, SdxList({{.video = "0001"}, {.video = "0002"}, {.video = "0003"}}), 128},
+      {ListFormat::kDvb2000, DvbList({satellite("A-1\260E"), service(1), service(2), service(3)}), 64},
+      {ListFormat::kLyngsat,
        ":SAT \"Astra\" 19.2 E\n:TRP 11778 27500 1 V 0 3/4\n:CHN \"One\" 1 T\n:CHN \"Two\" 2 R\n:CHN \"X\" 3 "
        "T\n",
        0}};
+  const auto read_list = [](ListFormat format, std::span<const uint8_t> content, WorkRecords& work) {
+    ListLosses losses;
+    EXPECT_TRUE(RowOf(format).read({content, "", FactoryDefaults(), {}, {}}, work, losses));
+  };
   for (const auto& list : lists) {
-    SCOPED_TRACE(list.format);
+    SCOPED_TRACE(RowOf(list.format).name);
     const Bytes bytes = BytesOf(list.text);
     WorkRecords whole;
-    list.read(bytes, {}, whole, {});
+    read_list(list.format, bytes, whole);
     ASSERT_EQ(whole.services.size(), 3u);
     for (size_t size = 0; size <= bytes.size(); ++size) {
       WorkRecords work;
-      list.read(std::span(bytes).first(size), {}, work, {});
+      read_list(list.format, std::span(bytes).first(size), work);
       const size_t read = work.services.size() + (list.record == 64 ? work.satellites.size() : 0);
       // The byte behind a SatcoDX list's first record says how long its records are.
       const size_t expected = list.record == 128 && size == 128 ? 0 : size / std::max<size_t>(list.record, 1);

@@ -1,7 +1,7 @@
 // SatcoDX lists as televisions write them, and what is said when the default reading does not fit a list.
 #include <gtest/gtest.h>
 
-#include "import/satcodx.h"
+#include "import/list_format.h"
 #include "tests/support/list_maker.h"
 #include "tests/support/recorder.h"
 
@@ -24,7 +24,7 @@ WorkRecords Read(const std::string& list, SatcodxLayout layout, size_t length = 
 }
 
 // "Satellite/Carrier frequency:service id type,..." in the order of the records.
-std::string Outline(const WorkRecords& work) {
+std::string LayoutOutline(const WorkRecords& work) {
   std::string text;
   for (const WorkSatellite& satellite : work.satellites) {
     text += Format("%s%s %u", text.empty() ? "" : " | ", Name(satellite.name).c_str(), satellite.angle);
@@ -89,7 +89,7 @@ TEST(SatcodxLayout, TelevisionListsInEveryDress) {
       Joined(records, std::string(9, '.'))};
   for (const std::string& list : lists) {
     for (const SatcodxLayout layout : {SatcodxLayout::kAuto, SatcodxLayout::k105}) {
-      EXPECT_EQ(Outline(Read(list, layout)), kTelevision) << list.size();
+      EXPECT_EQ(LayoutOutline(Read(list, layout)), kTelevision) << list.size();
     }
   }
   const WorkRecords work = Read(plain, SatcodxLayout::kAuto);
@@ -102,9 +102,9 @@ TEST(SatcodxLayout, TelevisionListsInEveryDress) {
   EXPECT_EQ(Names(Read(plain, SatcodxLayout::k105, 131).services), "Das Erste HD");
   EXPECT_EQ(Names(Read(Joined(records, ".."), SatcodxLayout::k105, 134 * 3).services),
             "Das Erste HD|ZDF|Service3|Das Erste HD");
-  EXPECT_EQ(Outline(Read(records[0], SatcodxLayout::kAuto)),
+  EXPECT_EQ(LayoutOutline(Read(records[0], SatcodxLayout::kAuto)),
             "ASTRA 1 192 / Carrier1_S1 11778: Das Erste HD 1");
-  EXPECT_EQ(Outline(Read(records[0].substr(0, 126), SatcodxLayout::kAuto)), "");
+  EXPECT_EQ(LayoutOutline(Read(records[0].substr(0, 126), SatcodxLayout::kAuto)), "");
 }
 
 TEST(SatcodxLayout, OneDigitOfFec) {
@@ -168,11 +168,12 @@ TEST(SatcodxLayout, DoubtIsToldOfTheDefaultAlone) {
   PutFile(path, BytesOf(Joined(TelevisionRecords(), "")));
   for (const SatcodxOptions& chosen :
        {SatcodxOptions{}, {SatcodxLayout::kA}, {SatcodxLayout::kDefault, 132}}) {
-    SatcodxOptions options = chosen;
+    ListOptions options = {.satcodx = chosen};
     std::vector<std::string> told;
-    options.doubt = [&](const std::string& why) { told.push_back(why); };
+    options.satcodx.doubt = [&](const std::string& why) { told.push_back(why); };
     WorkRecords work;
-    EXPECT_EQ(ImportSdxFile(recorder.context, path, {}, work, options), 1);
+    ListLosses losses;
+    EXPECT_TRUE(ReadList(recorder.context, path, ListFormat::kSatcodx, {}, options, work, losses));
     const bool is_default = chosen.layout == SatcodxLayout::kDefault && chosen.record_length == 0;
     EXPECT_EQ(told.size(), is_default ? 1u : 0u);
   }

@@ -1,0 +1,51 @@
+// Names on their way from a list to the code page of the database.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "core/records.h"
+#include "platform/code_page.h"
+
+namespace vexa {
+
+// nullptr: not said.
+struct ListPages {
+  const CodePage* database = nullptr;  // of the database's names; else Windows-1252
+  const CodePage* list = nullptr;      // of a list in single bytes
+};
+
+const CodePage& DatabasePage(const ListPages& pages);
+
+// The list's text as UTF-8, without a byte-order mark. What is no valid UTF-8 is taken whole for single bytes
+// in the list's page, or Windows-1252.
+std::string TextOfList(std::span<const uint8_t> list, const ListPages& pages);
+
+// UTF-8 without control codes.
+std::string WithoutControls(std::string_view name);
+// The same without blanks at both ends.
+std::string PlainName(std::string_view name);
+
+// Turns names of a list in single bytes, whose bytes stay as they are unless a page is named: then those of a
+// list that is UTF-8, and not plain ASCII, are converted to the database's page without their control codes;
+// those of another list from the list's page, if that is named.
+class NameConverter {
+ public:
+  NameConverter() = default;  // changes nothing
+  // `may_be_utf8`: false for lists that are no text.
+  NameConverter(std::span<const uint8_t> list, const ListPages& pages, bool may_be_utf8 = true);
+  // `lacking` grows by the characters that the database's page lacks.
+  std::string Converted(std::string_view name, size_t& lacking) const;
+  // A record's name in place, up to its first NUL. One of 20 bytes without NUL may stay one.
+  void Convert(char (&name)[kNameSize], size_t& lacking) const;
+
+ private:
+  enum class Way { kNone, kFromUtf8, kFromPage };
+  const CodePage* database_ = nullptr;
+  const CodePage* list_ = nullptr;
+  Way way_ = Way::kNone;
+};
+
+}  // namespace vexa
