@@ -1,9 +1,11 @@
-// export: one SDB as the text report, or with every field as CSV or JSON; all of them as one JSON document.
+// export: one SDB as the text report, with every field as CSV or JSON, or as tables for people; all of them
+// as one JSON document.
 #include <memory>
 
 #include "cli/commands.h"
 #include "cli/usage.h"
 #include "import/csv_document.h"
+#include "import/csv_table.h"
 #include "import/json_document.h"
 #include "import/text_export.h"
 #include "platform/code_page.h"
@@ -13,8 +15,10 @@ namespace vexa {
 
 namespace {
 
+constexpr const char* kTableFormat = "csv-table";
+
 struct ExportOptions {
-  std::string file, output, format = "text", sdb = "1", page = "Windows-1252";
+  std::string file, output, format = "text", sdb = "1", page = "Windows-1252", what;
   bool mark = false;
 };
 
@@ -28,14 +32,21 @@ void RefuseEmpty(CommandState& state, const std::string& file) {
 std::string TextOf(const OpenSdb& sdb, const ExportOptions& options) {
   const CodePage& page = *FindCodePage(options.page);
   if (options.format == "json") return JsonOfSdb(sdb, page);
-  if (options.format == "csv") return (options.mark ? "\xEF\xBB\xBF" : "") + CsvOfSdb(sdb, page);
+  const std::string mark = options.mark ? "\xEF\xBB\xBF" : "";
+  if (options.format == "csv") return mark + CsvOfSdb(sdb, page);
+  if (options.format == kTableFormat)
+    return mark + TableOfSdb(*sdb.database, TableNamed(options.what).value(), page);
   return DatabaseReport(*sdb.database);
 }
 
 void Export(CommandState& state, const ExportOptions& options) {
   if (options.sdb == "all" && options.format != "json")
     throw CLI::ValidationError("--sdb", "all goes with --format json");
-  if (options.mark && options.format != "csv") throw CLI::ValidationError("--bom", "goes with --format csv");
+  const bool table = options.format == kTableFormat;
+  if (options.mark && options.format != "csv" && !table)
+    throw CLI::ValidationError("--bom", "goes with --format csv and csv-table");
+  if (table == options.what.empty())
+    throw CLI::ValidationError("--what", "goes with --format csv-table, and is needed there");
   ExpectApart({{"FILE", PathFromUtf8(options.file)}}, {{"--output", PathFromUtf8(options.output)}});
   const Document document = OpenDocument(state, options.file);
   std::string text;
@@ -66,10 +77,15 @@ void AddExportCommand(CLI::App& program, CommandState& state) {
   command.add_option("-o,--output", options->output, "File to write")->required();
   command.add_option("--sdb", options->sdb, "Which SDB, from 1; all for one JSON document of everything")
       ->check([](const std::string& text) { return text == "all" ? std::string() : CheckPlace(text); });
-  command.add_option("--format", options->format, "text, csv or json")->check(OneOf({"text", "csv", "json"}));
+  command.add_option("--format", options->format, "text, csv, json or csv-table")
+      ->check(OneOf({"text", "csv", "json", kTableFormat}));
+  command
+      .add_option("--what", options->what,
+                  "Of which records the csv-table is: lnbs, satellites, carriers, services or favourites")
+      ->check(OneOf(TableNames()));
   command.add_option("--code-page", options->page, "In which page the names of the database are read")
       ->check(CheckCodePage);
-  command.add_flag("--bom", options->mark, "Begin a CSV table with a byte-order mark");
+  command.add_flag("--bom", options->mark, "Begin a CSV table of either kind with a byte-order mark");
   command.callback([&state, options] { Export(state, *options); });
 }
 

@@ -393,20 +393,15 @@ class Judge {
 
 // Services that have changed their type belong to the lists of their old one no longer.
 void FollowTypes(StaticDatabase& database, const Chosen& chosen) {
-  std::unordered_set<const Service*> no_tv, no_radio;
+  std::unordered_set<const Service*> changed;
   for (const auto& [service, before] : chosen.services) {
-    const bool tv = service->record.type == kTv;
-    if (before.was_tv && !tv) no_tv.insert(service);
-    if (!before.was_tv && tv) no_radio.insert(service);
+    if (before.was_tv != (service->record.type == kTv)) changed.insert(service);
   }
   for (Service* service : database.services) {
-    if (no_tv.contains(service) && !chosen.services.at(service).video_set)
-      service->record.video_pid = kNoPid & 0x3FFF;
+    const bool is_radio = changed.contains(service) && service->record.type != kTv;
+    if (is_radio && !chosen.services.at(service).video_set) service->record.video_pid = kNoPid & 0x3FFF;
   }
-  for (FavouriteGroup& group : database.favourites) {
-    std::erase_if(group.tv, [&](const Service* service) { return no_tv.contains(service); });
-    std::erase_if(group.radio, [&](const Service* service) { return no_radio.contains(service); });
-  }
+  LeaveListsOfOldType(database, changed);
 }
 
 }  // namespace

@@ -115,6 +115,17 @@ const std::vector<Service*>& EntriesOf(const FavouriteGroup& group, GroupKind ki
   return kind == GroupKind::kTv ? group.tv : group.radio;
 }
 
+void LeaveListsOfOldType(StaticDatabase& database, const std::unordered_set<const Service*>& changed) {
+  for (FavouriteGroup& group : database.favourites) {
+    std::erase_if(group.tv, [&](const Service* service) {
+      return changed.contains(service) && service->record.type != kTv;
+    });
+    std::erase_if(group.radio, [&](const Service* service) {
+      return changed.contains(service) && service->record.type == kTv;
+    });
+  }
+}
+
 FrequencyRange RangeOf(uint32_t lnb_type) {
   static constexpr FrequencyRange kRanges[] = {{3000, 4200}, {3000, 4800}, {10700, 12750}, {950, 2150}};
   return kRanges[lnb_type & 3];

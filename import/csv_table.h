@@ -1,0 +1,83 @@
+// Flat tables for people: the records of one kind of an SDB, one row each, codes as words, angles as degrees;
+// and what such a table says when it comes back from a spreadsheet.
+//
+//   lnbs        lnb,frequency1,frequency2,type,power,tone_22khz,switch_type,switch,motor
+//   satellites  satellite,name,angle,east,position,lnb,user,carriers
+//   carriers    satellite,satellite_name,carrier,name,frequency,symbol_rate,polarization,fec,user,services
+//   services satellite,satellite_name,carrier,carrier_name,frequency,polarization,service,number,order,name,
+//               program_number,type,free,video_pid,audio_pid,pcr_pid
+//   favourites  group,list,group_name,entry,number,name
+//
+// Numbers of records are one-based places: of a service on its carrier, of an entry in its list. `number` and
+// `order` of a service are its places in the SDB's own and in the running order, `number` of an entry names
+// its service. `lnb` of a satellite counts from one. `switch` is the selection of the switch type. Flags are
+// Yes and No, a PID of 8192 is empty, a code without a word is its number. Before a cell that begins with = +
+// - @ or a tab, or with an apostrophe and one of these, stands one apostrophe more.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "core/database.h"
+#include "core/edit.h"
+#include "import/sdb_builder.h"
+#include "platform/code_page.h"
+
+namespace vexa {
+
+enum class TableKind { kLnbs, kSatellites, kCarriers, kServices, kFavourites };
+
+// "lnbs" and so on, in the order of the kinds.
+std::vector<std::string> TableNames();
+std::optional<TableKind> TableNamed(std::string_view name);
+
+// UTF-8; the database's names stand in `page`.
+std::string TableOfSdb(const StaticDatabase& database, TableKind kind, const CodePage& page);
+
+// One row of a table that came back: which record, and what it is to be.
+struct TableRow {
+  // Places from 0: satellite, carrier, service as far as the kind goes; group, GroupKind, entry.
+  std::vector<size_t> path;
+  std::variant<std::monostate, LnbRecord, SatelliteRecord, CarrierRecord, ServiceRecord> record;
+  uint32_t order = 0;          // of a service, from 1
+  Service* service = nullptr;  // of an entry
+};
+
+struct MissingRow {
+  std::vector<size_t> path;
+  std::string text;  // "satellite 3 Astra", "TV group 1 entry 2 Arte": UTF-8
+};
+
+// What a table asks for. It belongs to the database as it was when the table was read.
+struct TableUpdate {
+  TableKind kind = TableKind::kLnbs;
+  std::vector<TableRow> rows;       // in the new order
+  std::vector<MissingRow> missing;  // records without a row, in tree order
+  struct GroupName {
+    size_t group;
+    GroupKind list;
+    std::string name;  // in the page of the database
+  };
+  std::vector<GroupName> group_names;
+};
+
+// Reads a table for the records of `database`, which its rows name by their numbers. Rows may stand in any
+// order, columns too; all but those that number the records may be missing, and what follows from other
+// records (names of parents, counts, `number` of a service) is not looked at. Cells that say what the record
+// holds already change nothing; others must fit their field, whatever the dialogs think of them. What does
+// not fit is answered with its line; `update` then means nothing.
+std::optional<Misfit> ReadTable(std::string_view text, TableKind kind, const CodePage& page,
+                                const StaticDatabase& database, TableUpdate& update);
+
+// Changes the records, and puts those of one parent into the order of their rows; LNBs keep their places.
+// Records without a row are deleted, or stay behind the record that they followed. A service that changed
+// between TV and radio leaves the favourite lists of its old type; one that became radio has no video PID
+// unless the table gives a new one. False after a message, with nothing changed: the last LNB cannot go.
+bool ApplyTable(const Messages& messages, StaticDatabase& database, const TableUpdate& update,
+                bool delete_missing);
+
+}  // namespace vexa
