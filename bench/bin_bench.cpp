@@ -87,9 +87,7 @@ void PrintCompression(const Context& context, const Path& path) {
 
 int Run(int argc, char** argv) {
   Context context;
-  context.messages.tell = [](Icon, const std::string& text, const std::string&) {
-    std::fprintf(stderr, "%s\n", text.c_str());
-  };
+  context.messages.tell = [](const Message& message) { std::fprintf(stderr, "%s\n", message.text.c_str()); };
   if (argc == 3 && std::strcmp(argv[1], "--memory") == 0) {
     PrintMemory(context, argv[2]);
     return 0;

@@ -92,9 +92,7 @@ int Main() {
   Require(folder.has_value(), "making a folder");
   Context context;
   context.temporary_folder = *folder;
-  context.messages.tell = [](Icon, const std::string& text, const std::string&) {
-    std::fprintf(stderr, "%s\n", text.c_str());
-  };
+  context.messages.tell = [](const Message& message) { std::fprintf(stderr, "%s\n", message.text.c_str()); };
   MeasureUrt(context, 0, false);
   MeasureUrt(context, 0, true);
   MeasureUrt(context, 1, true);

@@ -36,7 +36,7 @@ struct CommandState {
   bool output_made = false;                 // an output has got its name: nothing that follows is a failure
   bool tells_after_interrupt = false;       // else what fails because of an interruption is not told
   std::string interruption;                 // what is said behind "was interrupted"
-  std::string told;                         // the texts of the messages so far
+  std::string last_detail;                  // of the message that was told last
 };
 
 // Options shared by commands. Call while building the command.
@@ -79,17 +79,14 @@ std::vector<std::pair<size_t, size_t>> ListRanges(const std::string& text);
 std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count);
 // Gives the context a folder for scratch files; throws CommandFailed after a message when none can be made.
 void RequireTemporaryFolder(CommandState& state);
-// Behind messages: a line that names the file, and the system's reason where there is one, unless they did
-// so. `since`: the size of `state.told` before them. Nothing without a message.
-void TellFile(const CommandState& state, size_t since, const std::string& file, const std::string& why);
 // The configuration file that the command reads.
 Path ConfigurationFile(const CommandState& state);
 // Throws CommandFailed after a message when `output` is the file of a document that was not read whole.
 void ExpectWhole(CommandState& state, const Document& document, const std::string& file,
                  const std::string& output);
 // Throws CommandFailed after a message unless the database was saved, with a size that a receiver takes.
-// `since` as for TellFile, `size` from the save.
-void ExpectSaved(CommandState& state, const std::string& file, size_t since, std::optional<uint64_t> size);
+// `size` from the save.
+void ExpectSaved(CommandState& state, const std::string& file, std::optional<uint64_t> size);
 // Writes the whole document as `sort` does: version 1.0, three spaces, compression as read. `file` is where
 // it came from. Throws CommandFailed after a message.
 void SaveDocument(CommandState& state, const Document& document, const std::string& file,
@@ -102,7 +99,7 @@ std::string DocumentFormat(const std::string& file);
 // What an import left out, a message each.
 void TellEach(const CommandState& state, const std::vector<ListNote>& notes);
 // Throws CommandFailed after a message unless the output file was written.
-void ExpectWritten(CommandState& state, const std::string& file, WriteResult result);
+void ExpectWritten(CommandState& state, const std::string& file, const WriteResult& result);
 // Writes the whole output file, and expects that it was written.
 void WriteOutput(CommandState& state, const std::string& file, std::span<const uint8_t> content);
 

@@ -190,24 +190,16 @@ void Show(CommandState& state, const EcfOptions& options) {
     return;
   }
   const Path file = ShownFile(state, options);
-  const size_t told = state.told.size();
   const auto tree = ReadEcfTree(state.context, file);
-  if (!tree) {
-    TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
-    throw CommandFailed{};
-  }
+  if (!tree) throw CommandFailed{};
   state.output += options.json ? TreeJson(*tree).dump(2) + "\n" : TreeText(*tree);
 }
 
 void Build(CommandState& state, const EcfOptions& options) {
   const Path source = PathFromUtf8(options.file);
   ExpectApart({{"SOURCE", source}}, {{"--output", PathFromUtf8(options.output)}});
-  const size_t told = state.told.size();
   const auto file = CompileEcf(state.context, source);
-  if (!file) {
-    TellFile(state, told, options.file, WhyUnreadable(source));
-    throw CommandFailed{};
-  }
+  if (!file) throw CommandFailed{};
   WriteOutput(state, options.output, *file);
 }
 

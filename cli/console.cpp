@@ -1,12 +1,11 @@
 #include "cli/console.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
-#include <system_error>
+#include <mutex>
 
 #include "cli/last_resort.h"
 #include "cli/usage.h"
@@ -93,10 +92,15 @@ std::optional<Ranges> ParseRanges(const std::string& text) {
 
 void PrepareContext(CommandState& state) {
   Context& context = state.context;
-  context.messages.tell = [&state](Icon icon, const std::string& text, const std::string&) {
+  context.messages.tell = [&state](const Message& message) {
     if (InterruptWatch::IsInterrupted() && !state.tells_after_interrupt) return;
-    std::fprintf(stderr, "%s: %s\n", KindOf(icon), text.c_str());
-    state.told += text + "\n";
+    static std::mutex one_at_a_time;  // the threads of a transfer tell too
+    const std::lock_guard hold(one_at_a_time);
+    std::fprintf(stderr, "%s: %s\n", KindOf(message.icon), message.text.c_str());
+    // Of messages that come to one reason, the first gives it.
+    if (!message.detail.empty() && message.detail != state.last_detail)
+      std::fprintf(stderr, "info: %s\n", message.detail.c_str());
+    state.last_detail = message.detail;
   };
   context.messages.ask = [&state](const std::string& text, const std::string&, bool) {
     std::fprintf(stderr, "question: %s\n", text.c_str());
@@ -107,27 +111,27 @@ void PrepareContext(CommandState& state) {
     FileOperations own = SystemFiles();
     const FileOperations& system = SystemFiles();
     own.create = [&](const Path& path) {
-      return InterruptWatch::IsInterrupted() ? nullptr : system.create(path);
+      return InterruptWatch::IsInterrupted() ? Made<std::FILE*>(nullptr) : system.create(path);
     };
     own.write = [&](std::FILE* file, std::span<const uint8_t> bytes) {
-      return !InterruptWatch::IsInterrupted() && system.write(file, bytes);
+      return InterruptWatch::IsInterrupted() ? Outcome(false) : system.write(file, bytes);
     };
     own.replace = [&](const Path& from, const Path& to) {
-      return !InterruptWatch::IsInterrupted() && system.replace(from, to);
+      return InterruptWatch::IsInterrupted() ? Outcome(false) : system.replace(from, to);
     };
     return own;
   }();
   context.files = &files;
 }
 
-std::string PrintResults(const CommandState& state) {
+Outcome PrintResults(const CommandState& state) {
   SetBinaryOutput();
-  errno = 0;
+  ForgetFileErrors();
   const bool written =
       std::fwrite(state.output.data(), 1, state.output.size(), stdout) == state.output.size();
   // A stream that is flushed at every line end may have failed before the last flush, which succeeds.
-  if (std::fflush(stdout) == 0 && written && std::ferror(stdout) == 0) return {};
-  return std::error_code(errno == 0 ? EIO : errno, std::generic_category()).message();
+  if (std::fflush(stdout) == 0 && written && std::ferror(stdout) == 0) return true;
+  return LastFileError();
 }
 
 void RequireTemporaryFolder(CommandState& state) {
@@ -137,19 +141,11 @@ void RequireTemporaryFolder(CommandState& state) {
   state.folder = TemporaryFolder::Make(
       Format("vexa-%lx-%llx", ProcessNumber(), static_cast<unsigned long long>(now)), why);
   if (!state.folder) {
-    Tell(state.context.messages, Icon::kStop, "Failed to create new directory.");
-    Tell(state.context.messages, Icon::kInformation,
-         "%s. TMPDIR, on Windows TMP, names the folder for temporary files.", why.c_str());
+    TellWhy(state.context.messages, Icon::kStop, why, "Failed to create new directory.");
     throw CommandFailed{};
   }
   state.context.temporary_folder = state.folder->path();
   SetFolderOfLastResort(&state.folder->path());
-}
-
-void TellFile(const CommandState& state, size_t since, const std::string& file, const std::string& why) {
-  if (state.told.size() == since || state.told.find(file, since) != std::string::npos) return;
-  Tell(state.context.messages, Icon::kInformation, why.empty() ? "%s%s" : "%s: %s", file.c_str(),
-       why.c_str());
 }
 
 void AddTimeOption(CLI::App& command, CommandState& state) {
@@ -209,12 +205,8 @@ Selection SelectedIn(CommandState& state, const Path& file, const std::string& t
     return {static_cast<uint8_t>((*numbers)[0]), static_cast<uint8_t>((*numbers)[1]),
             static_cast<uint8_t>((*numbers)[2])};
   }
-  const size_t told = state.told.size();
   const auto tree = ReadEcfTree(state.context, file);
-  if (!tree) {
-    TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
-    throw CommandFailed{};
-  }
+  if (!tree) throw CommandFailed{};
   const SelectionFound found = FindSelection(*tree, text);
   if (found.selection) return *found.selection;
   std::string candidates;
@@ -255,13 +247,11 @@ ProjectConfig LoadSelected(CommandState& state, const Path& file, const std::str
   const auto software = ParseVersion(state.software, kLargestSoftwareMinor);
   config.software_major = software->first;
   config.software_minor = software->second;
-  const size_t told = state.told.size();
-  if (!InitConfig(state.context, file, config)) {
-    TellFile(state, told, Utf8FromPath(file), WhyUnreadable(file));
-    throw CommandFailed{};
-  }
+  if (!InitConfig(state.context, file, config)) throw CommandFailed{};
   if (!config.configuration_found) {
-    Tell(state.context.messages, Icon::kInformation, "Invalid configuration selection.");
+    TellWhy(state.context.messages, Icon::kInformation,
+            Utf8FromPath(file) + ": no " + select + ". vexa ecf show lists what there is.",
+            "Invalid configuration selection.");
     throw CommandFailed{};
   }
   return config;
@@ -273,10 +263,7 @@ ProjectConfig LoadCommandConfig(CommandState& state) {
 
 Document OpenDocument(CommandState& state, const std::string& file) {
   Document document;
-  const size_t told = state.told.size();
-  const bool opened = OpenBin(state.context, PathFromUtf8(file), document);
-  TellFile(state, told, file, WhyUnreadable(PathFromUtf8(file)));
-  if (!opened) throw CommandFailed{};
+  if (!OpenBin(state.context, PathFromUtf8(file), document)) throw CommandFailed{};
   return document;
 }
 
@@ -321,24 +308,19 @@ void ExpectWhole(CommandState& state, const Document& document, const std::strin
   throw CommandFailed{};
 }
 
-void ExpectSaved(CommandState& state, const std::string& file, size_t since, std::optional<uint64_t> size) {
+void ExpectSaved(CommandState& state, const std::string& file, std::optional<uint64_t> size) {
   state.output_made = size.has_value();
-  if (size && CheckBinSize(state.context, *size)) return;
-  TellFile(state, since, file, size ? std::string() : WhyNotWritable(PathFromUtf8(file)));
-  throw CommandFailed{};
+  if (!size || !CheckBinSize(state.context, PathFromUtf8(file), *size)) throw CommandFailed{};
 }
 
-void ExpectWritten(CommandState& state, const std::string& file, WriteResult result) {
-  switch (result) {
-    case WriteResult::kDone:
-      state.output_made = true;
-      return;
-    case WriteResult::kCannotCreate:
-      Tell(state.context.messages, Icon::kStop, "Could not creat file \"%s\".", file.c_str());
-      break;
-    case WriteResult::kFailed:
-      Tell(state.context.messages, Icon::kStop, "Could not write file \"%s\".", file.c_str());
-      break;
+void ExpectWritten(CommandState& state, const std::string& file, const WriteResult& result) {
+  state.output_made = result == WriteResult::kDone;
+  if (state.output_made) return;
+  const std::string why = Reason(Attempt::kWrite, file, result.error);
+  if (result == WriteResult::kCannotCreate) {
+    TellWhy(state.context.messages, Icon::kStop, why, "Could not creat file \"%s\".", file.c_str());
+  } else {
+    TellWhy(state.context.messages, Icon::kStop, why, "Could not write file \"%s\".", file.c_str());
   }
   throw CommandFailed{};
 }

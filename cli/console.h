@@ -10,7 +10,7 @@ namespace vexa {
 // --yes; a progress line when standard error is a terminal; no file is begun any more after an interruption.
 void PrepareContext(CommandState& state);
 
-// Writes the collected results to standard output, bytes as they are. Why the system refuses; else empty.
-std::string PrintResults(const CommandState& state);
+// Writes the collected results to standard output, bytes as they are.
+Outcome PrintResults(const CommandState& state);
 
 }  // namespace vexa

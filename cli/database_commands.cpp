@@ -68,7 +68,6 @@ void Save(CommandState& state, const SaveOptions& options) {
   version.initials = LatinFromUtf8(options.initials);
   const Path output = PathFromUtf8(options.output);
   std::optional<uint64_t> saved;
-  const size_t told = state.told.size();
   if (options.satellites.empty()) {
     saved = SaveBin(state.context, document, output, version, {MaskOf(sdbs), MaskOf(ubis)});
   } else {
@@ -77,7 +76,7 @@ void Save(CommandState& state, const SaveOptions& options) {
     const auto chosen = ParseList(state, options.satellites, count);
     saved = SaveSatellites(state.context, document, sdbs[0], chosen, output, version);
   }
-  ExpectSaved(state, options.output, told, saved);
+  ExpectSaved(state, options.output, saved);
 }
 
 void AddSave(CLI::App& program, CommandState& state) {

@@ -14,21 +14,19 @@ std::string DocumentFormat(const std::string& file) {
 }
 
 Document ReadDocumentFile(CommandState& state, const std::string& file, bool json, const std::string& page) {
-  const auto content = ReadWholeFile(PathFromUtf8(file));
-  if (!content) {
-    const size_t told = state.told.size();
-    Tell(state.context.messages, Icon::kStop, "Unable to open the given file.");
-    TellFile(state, told, file, WhyUnreadable(PathFromUtf8(file)));
+  Bytes content;
+  const ReadResult read = ReadWholeFile(PathFromUtf8(file), content);
+  if (read != ReadResult::kDone) {
+    TellWhy(state.context.messages, Icon::kStop, Reason(Attempt::kRead, file, read.error),
+            "Unable to open the given file.");
     throw CommandFailed{};
   }
-  const std::string_view text(reinterpret_cast<const char*>(content->data()), content->size());
+  const std::string_view text(reinterpret_cast<const char*>(content.data()), content.size());
   Document document;
   const CodePage& names = *FindCodePage(page);
   const auto misfit = json ? ReadJsonDocument(text, names, document) : ReadCsvDocument(text, names, document);
   if (!misfit) return document;
-  const size_t told = state.told.size();
-  Tell(state.context.messages, Icon::kStop, "%s: %s", misfit->where.c_str(), misfit->what.c_str());
-  TellFile(state, told, file, "");
+  TellWhy(state.context.messages, Icon::kStop, file, "%s: %s", misfit->where.c_str(), misfit->what.c_str());
   throw CommandFailed{};
 }
 
@@ -39,8 +37,7 @@ void TellEach(const CommandState& state, const std::vector<ListNote>& notes) {
 void SaveDocument(CommandState& state, const Document& document, const std::string& file,
                   const std::string& output) {
   ExpectWhole(state, document, file, output);
-  const size_t told = state.told.size();
-  ExpectSaved(state, output, told, SaveBin(state.context, document, PathFromUtf8(output)));
+  ExpectSaved(state, output, SaveBin(state.context, document, PathFromUtf8(output)));
 }
 
 }  // namespace vexa

@@ -64,15 +64,11 @@ OldOrder ReadOldOrder(CommandState& state, const std::string& file) {
     const DefaultRecords defaults;
     const Path list = PathFromUtf8(file);
     WorkRecords work;
-    const size_t told = state.told.size();
     ImportSteps steps;
     steps.tell = [&](const std::vector<ListNote>& notes) { TellEach(state, notes); };
-    const bool read = ImportListFile(state.context, list, defaults, steps, work) &&
-                      OpenWorkFiles(state.context, work, defaults, old.document);
-    if (!read) {
-      TellFile(state, told, file, "");
+    if (!ImportListFile(state.context, list, defaults, steps, work) ||
+        !OpenWorkFiles(About(state.context, file), work, defaults, old.document))
       throw CommandFailed{};
-    }
     old.favourites = false;
   } else {
     old.document = OpenDocument(state, file);
@@ -114,8 +110,7 @@ void Sort(CommandState& state, const CLI::App& command, const SortArguments& arg
   ExpectWhole(state, document, arguments.file, arguments.output);
   const auto sdbs = ParseList(state, arguments.sdbs, document.sdbs.size());
   const Path output = PathFromUtf8(arguments.output);
-  const size_t told = state.told.size();
-  ExpectSaved(state, arguments.output, told, SortToFile(state.context, document, sdbs, options, output));
+  ExpectSaved(state, arguments.output, SortToFile(state.context, document, sdbs, options, output));
 }
 
 std::string FindingsJson(const std::vector<Finding>& findings) {

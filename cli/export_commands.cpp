@@ -23,8 +23,7 @@ struct ExportOptions {
 };
 
 void RefuseEmpty(CommandState& state, const std::string& file) {
-  Tell(state.context.messages, Icon::kStop, "There is no information to export");
-  Tell(state.context.messages, Icon::kInformation, "%s", file.c_str());
+  TellWhy(state.context.messages, Icon::kStop, file, "There is no information to export");
   throw CommandFailed{};
 }
 

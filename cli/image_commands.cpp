@@ -26,9 +26,11 @@ struct UrtOptions {
 };
 
 Bytes ReadMade(CommandState& state, const char* name) {
-  auto content = ReadWholeFile(state.context.temporary_folder / name);
-  if (content) return std::move(*content);
-  Tell(state.context.messages, Icon::kStop, "File access error");
+  const Path path = state.context.temporary_folder / name;
+  Bytes content;
+  const ReadResult read = ReadWholeFile(path, content);
+  if (read == ReadResult::kDone) return content;
+  TellWhy(state.context.messages, Icon::kStop, ReadReason(path, read.error), "File access error");
   throw CommandFailed{};
 }
 
@@ -96,12 +98,8 @@ void DecodeAdb(CommandState& state, const BuildOptions& options) {
       {{"DIR", folder / kAdbImageFile}, {"DIR", folder / kE2pImageFile}, {"--ecf", ConfigurationFile(state)}},
       {{"--output", PathFromUtf8(options.output)}});
   const ProjectConfig config = LoadCommandConfig(state);
-  const size_t told = state.told.size();
   const auto decoded = DecodeFolder(state.context, config, folder, UserBoxInfo{});
-  if (!decoded) {
-    TellFile(state, told, Utf8FromPath(folder / kAdbImageFile), WhyUnreadable(folder / kAdbImageFile));
-    throw CommandFailed{};
-  }
+  if (!decoded) throw CommandFailed{};
   WriteOutput(state, options.output, decoded->file);
 }
 
@@ -110,14 +108,6 @@ int CompressionLevel(const std::string& text) {
   if (text == "bin2cod") return 0;
   const bool zlib = text.size() == 6 && text.starts_with("zlib:") && text[5] >= '1' && text[5] <= '9';
   return zlib ? text[5] - '0' : -1;
-}
-
-// Names the file that the system refuses, the input or the output, with its reason.
-void TellUnusable(CommandState& state, const std::string& input, const std::string& output) {
-  const std::string unreadable = WhyUnreadable(PathFromUtf8(input));
-  const std::string why = unreadable.empty() ? WhyNotWritable(PathFromUtf8(output)) : unreadable;
-  Tell(state.context.messages, Icon::kInformation, "%s: %s", (unreadable.empty() ? output : input).c_str(),
-       why.c_str());
 }
 
 void BuildUrtFile(CommandState& state, const UrtOptions& options) {
@@ -139,22 +129,24 @@ void BuildUrtFile(CommandState& state, const UrtOptions& options) {
   description.name = LatinFromUtf8(options.name);
   description.start = options.start;
   description.end = options.end;
-  switch (ConvertToUrt(state.context, parameters, description, PathFromUtf8(options.file),
-                       PathFromUtf8(options.output))) {
+  const ConversionResult result = ConvertToUrt(state.context, parameters, description,
+                                               PathFromUtf8(options.file), PathFromUtf8(options.output));
+  switch (result.state) {
     case ConversionResult::kDone:
       state.output_made = true;
       return;
     case ConversionResult::kCannotOpen:
-      Tell(state.context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
-      TellUnusable(state, options.file, options.output);
+      TellWhy(state.context.messages, Icon::kStop, result.detail, "Error No: -3 \n File Access Error!!!");
       break;
     case ConversionResult::kRefused:
       break;
     case ConversionResult::kReadFailed:
-      Tell(state.context.messages, Icon::kStop, "Could not read file \"%s\".", options.file.c_str());
+      TellWhy(state.context.messages, Icon::kStop, result.detail, "Could not read file \"%s\".",
+              options.file.c_str());
       break;
     case ConversionResult::kWriteFailed:
-      Tell(state.context.messages, Icon::kStop, "Could not write file \"%s\".", options.output.c_str());
+      TellWhy(state.context.messages, Icon::kStop, result.detail, "Could not write file \"%s\".",
+              options.output.c_str());
       break;
   }
   throw CommandFailed{};
@@ -259,9 +251,9 @@ std::string UrtJson(const UrtContent& urt) {
 void ShowUrt(CommandState& state, const std::string& file, bool as_json) {
   const auto urt = ReadUrtFile(PathFromUtf8(file));
   if (!urt) {
-    const size_t told = state.told.size();
-    Tell(state.context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
-    TellFile(state, told, file, WhyUnreadable(PathFromUtf8(file)));
+    TellWhy(state.context.messages, Icon::kStop,
+            ReadReason(PathFromUtf8(file), WhyUnreadable(PathFromUtf8(file))),
+            "Error No: -3 \n File Access Error!!!");
     throw CommandFailed{};
   }
   state.output = as_json ? UrtJson(*urt) : UrtText(*urt);

@@ -132,18 +132,17 @@ Bytes BuildImport(CommandState& state, const ImportOptions& options, const ListF
                   const DefaultRecords& defaults, const WorkRecords& work) {
   if (options.stream) return BuildBinFromWorkFiles(work, defaults);
   Document document;
-  const size_t told = state.told.size();
   std::optional<Bytes> file;
-  if (OpenWorkFiles(state.context, work, defaults, document) && MayBeSaved(state.context, document)) {
+  const Context about = About(state.context, options.list);
+  if (OpenWorkFiles(about, work, defaults, document) && MayBeSaved(about, document)) {
     const bool says_sides = !format || format->names_side;
     for (const std::string& warning :
          Complete(*document.sdbs[0].database, options.completion, says_sides, defaults))
       Tell(state.context.messages, Icon::kWarning, "%s", warning.c_str());
-    file = BuildBin(state.context, document);
+    file = BuildBin(about, document);
   }
-  if (file) return std::move(*file);
-  TellFile(state, told, options.list, "");
-  throw CommandFailed{};
+  if (!file) throw CommandFailed{};
+  return std::move(*file);
 }
 
 // The output, and the work files where they are wanted: all of them or none.
@@ -161,9 +160,7 @@ void WriteImport(CommandState& state, const ImportOptions& options, const WorkRe
                                   ? WriteWholeFile(files[0].path, files[0].content, *state.context.files)
                                   : WriteWholeFiles(files, refused, *state.context.files);
   if (written == WriteResult::kFailed && refused + 1 == files.size() && !options.stream) {
-    const size_t told = state.told.size();
-    Tell(state.context.messages, Icon::kStop, "Error No: -11 \n Save as BIN File");
-    TellFile(state, told, options.output, WhyNotWritable(PathFromUtf8(options.output)));
+    TellUnsaved(state.context.messages, files[refused].path, written);
     throw CommandFailed{};
   }
   ExpectWritten(state, written == WriteResult::kDone ? "" : Utf8FromPath(files[refused].path), written);
@@ -203,16 +200,12 @@ void Import(CommandState& state, const ImportOptions& options) {
   WorkRecords work;
   const ImportSteps steps = StepsOf(state, options);
   const Path list = PathFromUtf8(options.list);
-  const size_t told = state.told.size();
-  if (!ImportListFile(state.context, list, defaults, steps, work)) {
-    TellFile(state, told, options.list, WhyUnreadable(list));
-    throw CommandFailed{};
-  }
+  if (!ImportListFile(state.context, list, defaults, steps, work)) throw CommandFailed{};
   Bytes content = BuildImport(state, options, format, defaults, work);
   const uint64_t size = content.size();
   WriteImport(state, options, work, std::move(content));
   // The database stands from here on, even when it is too large for a receiver.
-  if (!options.stream) ExpectSaved(state, options.output, state.told.size(), size);
+  if (!options.stream) ExpectSaved(state, options.output, size);
 }
 
 constexpr std::pair<const char*, SatcodxLayout> kLayouts[] = {{"default", SatcodxLayout::kDefault},
@@ -322,17 +315,15 @@ void CollectFiles(CommandState& state, const MergeOptions& options, Merger& merg
     const Path path = PathFromUtf8(file);
     std::error_code error;
     // The open dialog of the window only gives files that are there.
-    const size_t told = state.told.size();
     const bool there = std::filesystem::is_regular_file(path, error);
-    if (!there) Tell(state.context.messages, Icon::kStop, "Unable to open the given file.");
-    if (there && AddMergeFile(state.context, merger, path)) continue;
-    TellFile(state, told, file, WhyUnreadable(path));
-    throw CommandFailed{};
+    if (!there) {
+      TellWhy(state.context.messages, Icon::kStop, ReadReason(path, WhyUnreadable(path)),
+              "Unable to open the given file.");
+    }
+    if (!there || !AddMergeFile(state.context, merger, path)) throw CommandFailed{};
   }
-  if (!options.folder.empty() && !AddMergeFolder(state.context, merger, PathFromUtf8(options.folder))) {
-    Tell(state.context.messages, Icon::kInformation, "%s", options.folder.c_str());
+  if (!options.folder.empty() && !AddMergeFolder(state.context, merger, PathFromUtf8(options.folder)))
     throw CommandFailed{};
-  }
 }
 
 // The folder's lists are looked for, but none is opened.
@@ -340,7 +331,7 @@ void ExpectMergeApart(const MergeOptions& options) {
   std::vector<NamedPath> inputs;
   for (const std::string& file : options.files) inputs.push_back({"FILE", PathFromUtf8(file)});
   Context silent;
-  silent.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  silent.messages.tell = [](const Message&) {};
   Merger listed{ListFormatNamed(options.format).value(), {}};
   if (!options.folder.empty()) AddMergeFolder(silent, listed, PathFromUtf8(options.folder));
   for (const Path& file : listed.files) inputs.push_back({"--folder", file});
@@ -356,7 +347,7 @@ void Merge(CommandState& state, const MergeOptions& options) {
   const auto written = WriteMerged(state.context, merger, output);
   if (!written) throw CommandFailed{};
   ExpectWritten(state, options.output, *written);
-  TellMerged(state.context, output);
+  TellMerged(state.context, output, *written);
 }
 
 void AddMerge(CLI::App& program, CommandState& state) {

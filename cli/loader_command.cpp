@@ -20,8 +20,10 @@ struct LoaderOptions {
 
 // False after a message.
 bool SaveTo(CommandState& state, const Receiver& receiver, const std::string& folder) {
-  if (folder.empty() || SaveMemory(receiver.memory, PathFromUtf8(folder))) return true;
-  Tell(state.context.messages, Icon::kStop, "Could not write the memory to \"%s\".", folder.c_str());
+  const Outcome saved = folder.empty() ? Outcome() : SaveMemory(receiver.memory, PathFromUtf8(folder));
+  if (saved) return true;
+  TellWhy(state.context.messages, Icon::kStop, Reason(Attempt::kWrite, folder, saved.error),
+          "Could not write the memory to \"%s\".", folder.c_str());
   return false;
 }
 
@@ -41,10 +43,7 @@ void RunLoader(CommandState& state, const LoaderOptions& options) {
                    {"--memory", PathFromUtf8(options.memory)},
                    {"--log", PathFromUtf8(options.log)}});
   Trace log;
-  if (!options.log.empty() && !log.Open(PathFromUtf8(options.log))) {
-    Tell(state.context.messages, Icon::kStop, "Could not creat file \"%s\".", options.log.c_str());
-    throw CommandFailed{};
-  }
+  OpenTrace(state, log, options.log);
   LoaderRun run = options.run;
   const auto terminal = OpenLine(state, options.link, run);
   LoaderMemory memory;

@@ -33,9 +33,11 @@ void TakeNumbersAsDecimal(CLI::App& command) {
 
 // Status 1 with the system's reason when the results cannot be written.
 int Printed(const CommandState& state, int status) {
-  const std::string why = PrintResults(state);
-  if (why.empty()) return status;
-  std::fprintf(stderr, "error: Could not write to standard output: %s\n", why.c_str());
+  const Outcome printed = PrintResults(state);
+  if (printed) return status;
+  const std::string advice = AdviceOn(Attempt::kWrite, CauseOf(printed.error));
+  std::fprintf(stderr, "error: Could not write to standard output: %s\n", SystemText(printed.error).c_str());
+  if (!advice.empty()) std::fprintf(stderr, "info: %s\n", advice.c_str());
   return 1;
 }
 

@@ -96,12 +96,7 @@ void Connect(CommandState& state, LineRun& run, const LineOptions& line, Transfe
     if (code < 0) run.file_refused = true;
   };
   if (line.trace.empty()) return;
-  if (!run.trace.Open(PathFromUtf8(line.trace))) {
-    const size_t told = state.told.size();
-    Tell(state.context.messages, Icon::kStop, "Could not creat file \"%s\".", line.trace.c_str());
-    TellFile(state, told, line.trace, WhyNotWritable(PathFromUtf8(line.trace)));
-    throw CommandFailed{};
-  }
+  OpenTrace(state, run.trace, line.trace);
   run.session.port.tap = [&run](bool sent, std::span<const uint8_t> bytes) { run.trace.Bytes(sent, bytes); };
 }
 
@@ -121,16 +116,17 @@ bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
       last = now;
     }
     if (line.timeout > 0 && std::chrono::duration<double>(now - last).count() > line.timeout) {
-      Tell(state.context.messages, Icon::kStop, "The transfer made no progress for %g seconds.",
-           line.timeout);
+      TellWhy(state.context.messages, Icon::kStop,
+              line.port + ": no answer. Check the cable, and switch the receiver off and on.",
+              "The transfer made no progress for %g seconds.", line.timeout);
       run.timed_out = true;
       return false;
     }
     AwaitTransfer(transfer, 20, [&run] { return run.pressed.load(); });
   }
   if (!IsPortMissed(run.session)) return true;
-  Tell(state.context.messages, Icon::kStop, "%s is not available any more.\nThe transfer was ended.",
-       line.port.c_str());
+  TellWhy(state.context.messages, Icon::kStop, GoneReason(run.session.port),
+          "%s is not available any more.\nThe transfer was ended.", line.port.c_str());
   return false;
 }
 
@@ -234,10 +230,10 @@ void UploadSdb(CommandState& state, const UploadOptions& options) {
 }
 
 void UploadUrt(CommandState& state, const UploadOptions& options) {
-  const std::string why = WhyUnreadable(PathFromUtf8(options.file));
-  if (!why.empty()) {
-    Tell(state.context.messages, Icon::kStop, "File access error - UploadURTPacketThread");
-    Tell(state.context.messages, Icon::kInformation, "%s: %s", options.file.c_str(), why.c_str());
+  const Path file = PathFromUtf8(options.file);
+  if (const auto why = WhyUnreadable(file)) {
+    TellWhy(state.context.messages, Icon::kStop, ReadReason(file, why),
+            "File access error - UploadURTPacketThread");
     throw CommandFailed{};
   }
   ProjectConfig config;
@@ -252,7 +248,8 @@ void Download(CommandState& state, const LineOptions& line, const std::string& o
   ProjectConfig config = LoadCommandConfig(state);
   SetLine(config, line);
   // A target that cannot be written is told before minutes on the line.
-  if (!WhyNotWritable(PathFromUtf8(output)).empty()) ExpectWritten(state, output, WriteResult::kCannotCreate);
+  if (const auto why = WhyNotWritable(PathFromUtf8(output)))
+    ExpectWritten(state, output, {WriteResult::kCannotCreate, why});
   auto files = PrepareDownload(state.context, config);
   if (!files) throw CommandFailed{};
   auto run = std::make_unique<LineRun>();
@@ -352,11 +349,18 @@ std::function<std::string(const std::string&)> NumberCheck(double lowest, double
   };
 }
 
+void OpenTrace(CommandState& state, Trace& trace, const std::string& file) {
+  if (file.empty()) return;
+  const Outcome opened = trace.Open(PathFromUtf8(file));
+  if (!opened) ExpectWritten(state, file, {WriteResult::kCannotCreate, opened.error});
+}
+
 bool IsTraceWritten(CommandState& state, Trace& trace, const std::string& file) {
-  const std::string why = trace.Close();
-  if (why.empty()) return true;
+  const Outcome closed = trace.Close();
+  if (closed) return true;
   state.tells_after_interrupt = true;
-  Tell(state.context.messages, Icon::kStop, "Could not write \"%s\": %s", file.c_str(), why.c_str());
+  TellWhy(state.context.messages, Icon::kStop, AdviceOn(Attempt::kWrite, CauseOf(closed.error)),
+          "Could not write \"%s\": %s", file.c_str(), SystemText(closed.error).c_str());
   return false;
 }
 

@@ -13,6 +13,8 @@ namespace vexa {
 // `loader`, the simulated receiver.
 void AddLoaderCommand(CLI::App& program, CommandState& state);
 
+// Begins a trace or log, unless `file` is empty; throws CommandFailed after a message.
+void OpenTrace(CommandState& state, Trace& trace, const std::string& file);
 // Ends a trace or log. False after a message when it could not be written.
 bool IsTraceWritten(CommandState& state, Trace& trace, const std::string& file);
 

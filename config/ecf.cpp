@@ -285,13 +285,15 @@ void ReadListEntry(const ConfigurationEntry& header, Walk& walk, EcfProduct& pro
   product.configurations.push_back(std::move(configuration));
 }
 
-bool LoadConfig(const Context& context, const Path& ecf, ProjectConfig& config) {
-  const auto file = ReadWholeFile(ecf, kMaximumEcfSize);
-  if (!file) {
-    Tell(context.messages, Icon::kStop, "File access error - UpdateConfig");
+bool LoadConfig(const Context& caller, const Path& ecf, ProjectConfig& config) {
+  Bytes file;
+  const ReadResult read = ReadWholeFile(ecf, file, kMaximumEcfSize);
+  if (read != ReadResult::kDone) {
+    TellWhy(caller.messages, Icon::kStop, ReadReason(ecf, read.error), "File access error - UpdateConfig");
     return false;
   }
-  if (!HasMagic(*file)) {
+  const Context context = About(caller, Utf8FromPath(ecf));
+  if (!HasMagic(file)) {
     Tell(context.messages, Icon::kStop, "Magic Id mismatch - InitConfig");
     return false;
   }
@@ -318,7 +320,7 @@ bool LoadConfig(const Context& context, const Path& ecf, ProjectConfig& config) 
   visitor.product_end = [&](const ProductEntry& header, Walk& walk) {
     ReadProductTable(walk, header, loaded);
   };
-  const Walk::State state = WalkFile(*file, visitor);
+  const Walk::State state = WalkFile(file, visitor);
   if (state == Walk::kDamaged) Tell(context.messages, Icon::kStop, "Invalid Configuration file.");
   if (state != Walk::kGoing) return false;
   config = std::move(loaded);
@@ -331,18 +333,21 @@ bool InitConfig(const Context& context, const Path& ecf, ProjectConfig& config) 
   try {
     return LoadConfig(context, ecf, config);
   } catch (const std::bad_alloc&) {
-    Tell(context.messages, Icon::kStop, "malloc failed - InitConfig");
+    TellWhy(context.messages, Icon::kStop, Utf8FromPath(ecf), "malloc failed - InitConfig");
     return false;
   }
 }
 
-std::optional<EcfTree> ReadEcfTree(const Context& context, const Path& ecf) {
-  const auto file = ReadWholeFile(ecf, kMaximumEcfSize);
-  if (!file) {
-    Tell(context.messages, Icon::kStop, "File access error - AddConfigurationListToComboBox");
+std::optional<EcfTree> ReadEcfTree(const Context& caller, const Path& ecf) {
+  Bytes file;
+  const ReadResult read = ReadWholeFile(ecf, file, kMaximumEcfSize);
+  if (read != ReadResult::kDone) {
+    TellWhy(caller.messages, Icon::kStop, ReadReason(ecf, read.error),
+            "File access error - AddConfigurationListToComboBox");
     return std::nullopt;
   }
-  if (!HasMagic(*file)) {
+  const Context context = About(caller, Utf8FromPath(ecf));
+  if (!HasMagic(file)) {
     Tell(context.messages, Icon::kStop, "Config magic id mismatch - AddConfigurationListToComboBox");
     return std::nullopt;
   }
@@ -359,7 +364,7 @@ std::optional<EcfTree> ReadEcfTree(const Context& context, const Path& ecf) {
   visitor.configuration = [&](size_t, const ConfigurationEntry& header, Walk& walk) {
     ReadListEntry(header, walk, tree.manufacturers.back().products.back());
   };
-  if (WalkFile(*file, visitor) != Walk::kGoing) {
+  if (WalkFile(file, visitor) != Walk::kGoing) {
     Tell(context.messages, Icon::kStop, "Invalid Configuration file.");
     return std::nullopt;
   }
@@ -379,7 +384,8 @@ bool IsConfigurationAvailable(const Context& context, const Path& ecf, uint8_t p
   const auto file = ReadWholeFile(ecf, kMaximumEcfSize);
   if (!file) return false;
   if (!HasMagic(*file)) {
-    Tell(context.messages, Icon::kStop, "Config magic id mismatch - AddConfigurationListToComboBox");
+    TellWhy(context.messages, Icon::kStop, Utf8FromPath(ecf),
+            "Config magic id mismatch - AddConfigurationListToComboBox");
     return false;
   }
   bool found = false;

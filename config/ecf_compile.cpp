@@ -401,30 +401,80 @@ ProductTable ReadProductTable(Compiler& compiler, const Table& product, const ch
   return table;
 }
 
-// Whether every partition has room for its table. `place` is that of the configuration in a product: it says
-// whether settings stand in an EEPROM or in journals.
+// A partition of the description as far as it can be judged.
+struct JudgedPartition {
+  uint32_t type = 0;
+  int64_t room = 0;  // bytes, with its bitmap
+  const toml::node* length = nullptr;
+  std::string path;
+};
+
+// Nothing for an entry whose type or length was told to be wrong already.
+std::optional<JudgedPartition> JudgedAt(const Field& list, const toml::node& element, size_t place) {
+  const toml::table* source = element.as_table();
+  const auto number = [&](const char* key) -> std::optional<int64_t> {
+    return source && source->get(key) ? source->get(key)->value_exact<int64_t>() : std::nullopt;
+  };
+  const auto type = number("type"), length = number("length"), bits = number("bitmap_bits");
+  if (!type || !length || *type < 0 || *type >= int64_t{kPartitionTypes} || *length < 0 ||
+      *length > UINT32_MAX)
+    return std::nullopt;
+  const uint32_t bitmap = bits ? BitmapSize(static_cast<uint32_t>(*bits & 0xFF)) : 0;
+  return JudgedPartition{static_cast<uint32_t>(*type), *length + bitmap, source->get("length"),
+                         Below(ElementOf(list, element, place).path, "length")};
+}
+
+void CheckSize(Compiler& compiler, const JudgedPartition& partition, const TableSize& size, bool eeprom) {
+  const int64_t least = eeprom ? size.in_eeprom : size.in_journal;
+  if (partition.type != size.type || partition.room >= least) return;
+  compiler.Add(*partition.length, partition.path,
+               "A partition of type %u has at least %lld bytes for its table%s.", unsigned{size.type},
+               static_cast<long long>(least),
+               size.in_eeprom == size.in_journal ? ""
+               : eeprom                          ? " in an EEPROM"
+                                                 : ", a journal");
+}
+
+// What the image takes of the region that holds it, the last of type 3: in an EEPROM lie the tables whose
+// size depends on it.
+void CheckRegionRoom(Compiler& compiler, const Field& list, size_t configuration,
+                     const std::vector<JudgedPartition>& partitions, bool eeprom) {
+  const auto& regions = compiler.content.configurations[configuration].regions;
+  const auto region = std::find_if(regions.rbegin(), regions.rend(),
+                                   [](const RegionEntry& entry) { return entry.type == kAdbRegionType; });
+  if (region == regions.rend() || region->end < region->start) return;
+  int64_t taken = 0;
+  for (const JudgedPartition& partition : partitions) {
+    const auto* size = std::find_if(std::begin(kTableSizes), std::end(kTableSizes),
+                                    [&](const TableSize& row) { return row.type == partition.type; });
+    if (size == std::end(kTableSizes) || (eeprom && size->in_eeprom != size->in_journal)) continue;
+    taken += partition.room;
+  }
+  const int64_t room = int64_t{region->end} - region->start;
+  if (taken <= room) return;
+  compiler.Add(*list.node, list.path, "The partitions take %lld bytes, the region \"%s\" has %lld.",
+               static_cast<long long>(taken), Utf8FromLatin(region->name).c_str(),
+               static_cast<long long>(room));
+}
+
+// The partitions against their tables and their region, as the place among a product's configurations has
+// them.
 void CheckPartitions(Compiler& compiler, size_t configuration, size_t place) {
   const Field* list = Find(compiler.sources[configuration], "partitions");
   const toml::array* array = list ? list->node->as_array() : nullptr;
-  for (size_t i = 0; array && i < array->size(); ++i) {
-    const toml::table* source = (*array)[i].as_table();
-    const auto number = [&](const char* key) -> std::optional<int64_t> {
-      return source && source->get(key) ? source->get(key)->value_exact<int64_t>() : std::nullopt;
-    };
-    const auto type = number("type"), length = number("length"), bits = number("bitmap_bits");
-    if (!type || !length) continue;
-    for (const TableSize& size : kTableSizes) {
-      const int64_t least = place == kEepromPlace ? size.in_eeprom : size.in_journal;
-      const int64_t room = *length + (bits ? BitmapSize(static_cast<uint32_t>(*bits & 0xFF)) : 0);
-      if (*type != size.type || room >= least) continue;
-      compiler.Add(*source->get("length"), Below(ElementOf(*list, *source, i).path, "length"),
-                   "A partition of type %u has at least %lld bytes for its table%s.", unsigned{size.type},
-                   static_cast<long long>(least),
-                   size.in_eeprom == size.in_journal ? ""
-                   : place == kEepromPlace           ? " in an EEPROM"
-                                                     : ", a journal");
-    }
+  if (!array || array->empty()) return;
+  const bool eeprom = place == kEepromPlace;
+  std::vector<JudgedPartition> partitions;
+  for (size_t i = 0; i < array->size(); ++i) {
+    if (auto partition = JudgedAt(*list, (*array)[i], i)) partitions.push_back(std::move(*partition));
   }
+  for (const TableSize& size : kTableSizes) {
+    for (const JudgedPartition& partition : partitions) CheckSize(compiler, partition, size, eeprom);
+    const auto holds = [&](const JudgedPartition& partition) { return partition.type == size.type; };
+    if (partitions.size() == array->size() && std::none_of(partitions.begin(), partitions.end(), holds))
+      compiler.Add(*list->node, list->path, "There is no partition of type %u.", unsigned{size.type});
+  }
+  CheckRegionRoom(compiler, *list, configuration, partitions, eeprom);
 }
 
 ContentProduct ReadProduct(Compiler& compiler, const Table& table) {
@@ -528,12 +578,13 @@ std::optional<Bytes> CompileEcfText(const Context& context, const std::string& n
 
 std::optional<Bytes> CompileEcf(const Context& context, const Path& toml) {
   const std::string name = Utf8FromPath(toml);
-  const auto content = ReadWholeFile(toml, kMaximumEcfSize);
-  if (!content) {
-    Tell(context.messages, Icon::kStop, "Can't open file %s", name.c_str());
+  Bytes content;
+  const ReadResult read = ReadWholeFile(toml, content, kMaximumEcfSize);
+  if (read != ReadResult::kDone) {
+    TellWhy(context.messages, Icon::kStop, ReadReason(toml, read.error), "Can't open file %s", name.c_str());
     return std::nullopt;
   }
-  return CompileEcfText(context, name, {reinterpret_cast<const char*>(content->data()), content->size()});
+  return CompileEcfText(context, name, {reinterpret_cast<const char*>(content.data()), content.size()});
 }
 
 }  // namespace vexa

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <sstream>
 #include <system_error>
+#include <utility>
 
 #include "config/ecf.h"
 #include "core/messages.h"
@@ -270,11 +271,30 @@ int64_t DecimalValue(const std::string& text) {
   return negative ? -value : value;
 }
 
-bool LoadPortSettings(const SettingsStore& store, ProjectConfig& config) {
+std::string SettingsReason(const SettingsStore& store, const std::error_code& error) {
+  return Reason(Attempt::kKeepSettings, store.place, error);
+}
+
+SettingsStore ToldSettings(const SettingsStore& store, const Messages& messages) {
+  SettingsStore told = store;
+  const auto once = std::make_shared<bool>(false);
+  told.write = [store, messages, once](const std::string& key, const std::string& name,
+                                       const std::string& value) {
+    const Outcome written = store.write(key, name, value);
+    if (!written && !std::exchange(*once, true)) {
+      TellWhy(messages, Icon::kWarning, SettingsReason(store, written.error),
+              "The settings could not be kept for the next start.");
+    }
+    return written;
+  };
+  return told;
+}
+
+Outcome LoadPortSettings(const SettingsStore& store, ProjectConfig& config) {
   const std::string key = SettingsKey(kPortSettingsKey);
-  const KeyState state = store.open(key);
-  if (state == KeyState::kUnavailable) return false;
-  if (state == KeyState::kCreated) WritePortDefaults(store, key);
+  const OpenedKey opened = store.open(key);
+  if (opened == KeyState::kUnavailable) return opened.error;
+  if (opened == KeyState::kCreated) WritePortDefaults(store, key);
   ReadPortSettings(store, key, config);
   return true;
 }

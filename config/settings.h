@@ -14,6 +14,7 @@
 
 #include "config/project_config.h"
 #include "core/database.h"
+#include "core/messages.h"
 #include "generated/version.h"
 #include "platform/serial.h"
 #include "platform/settings_store.h"
@@ -60,9 +61,14 @@ std::string PortStatusText(const ProjectConfig& config);
 // Text to integer: blanks, a sign, digits; 0 for anything else. Saturates.
 int64_t DecimalValue(const std::string& text);
 
+// The store, whose first write that fails is told; what follows fails of the same cause.
+SettingsStore ToldSettings(const SettingsStore& store, const Messages& messages);
+// Where the store is and why the system refuses it, for the user in one line.
+std::string SettingsReason(const SettingsStore& store, const std::error_code& error);
+
 // At the start: a new key gets the defaults, an old one is read into `config` (an index beyond its list
-// counts as not readable). False when the key can neither be opened nor created.
-bool LoadPortSettings(const SettingsStore& store, ProjectConfig& config);
+// counts as not readable). Not done when the key can neither be opened nor created.
+Outcome LoadPortSettings(const SettingsStore& store, ProjectConfig& config);
 // When the configuration dialog has closed: an old key gets the values of `config`, a new one the defaults.
 bool SavePortSettings(const SettingsStore& store, const ProjectConfig& config);
 

@@ -139,8 +139,10 @@ std::optional<uint64_t> SaveSatellites(const Context& context, const Document& d
                                        const std::vector<size_t>& satellites, const Path& path,
                                        const BinVersion& version = {});
 
-// True when a file of `size` bytes is one that a receiver takes; else shows the size message.
-bool CheckBinSize(const Context& context, uint64_t size);
+// True when the file at `path`, of `size` bytes, is one that a receiver takes; else shows the size message.
+bool CheckBinSize(const Context& context, const Path& path, uint64_t size);
+// Tells that a database was not written to `path`, with the text for how far it came.
+void TellUnsaved(const Messages& messages, const Path& path, const WriteResult& written);
 
 // One SDB as a stream. Sets the fields that a save sets (first service, carrier and LNB indices) in the bytes
 // only. Unused LNB and satellite places are filled from `defaults`.

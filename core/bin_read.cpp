@@ -382,7 +382,8 @@ bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Openin
     StreamEntry entry;
     Bytes scratch;
     std::span<const uint8_t> stream;
-    if (!ReadEntry(context, layout, opened, entry) || !StreamOf(context, layout, entry, scratch, stream))
+    const Context part = About(context, Format("SDB %zu of %zu", opened + 1, sdbs));
+    if (!ReadEntry(part, layout, opened, entry) || !StreamOf(part, layout, entry, scratch, stream))
       return false;
     if (document.sdbs.size() >= kMaximumSdbs) {
       Tell(context.messages, Icon::kInformation,
@@ -392,10 +393,10 @@ bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Openin
       break;
     }
     size_t used = 0;
-    if (!AddSdb(context, stream, entry.name, entry.compressed, opening, used)) return false;
+    if (!AddSdb(part, stream, entry.name, entry.compressed, opening, used)) return false;
   }
   if (ubis == 0 || opened == 0) return true;
-  return ReadUbis(context, layout, sdbs, ubis, document);
+  return ReadUbis(About(context, "user box records"), layout, sdbs, ubis, document);
 }
 
 bool OpenContainer(const Context& context, std::span<const uint8_t> file, Opening& opening) {
@@ -472,18 +473,24 @@ bool OpenAny(const Context& context, std::span<const uint8_t> file, Opening& ope
 // As much of the file as an open looks at, once its first bytes were found good. Nothing after a message.
 std::optional<Bytes> ReadBin(const Context& context, const Path& path, const Document& document) {
   std::optional<Bytes> file;
+  std::error_code why;
   if (std::optional<FileReader> reader = OpenFileReader(path)) {
     file.emplace(static_cast<size_t>(std::min<uint64_t>(reader->size, kBinHeaderSize)));
     bool good = reader->Read(0, *file);
-    if (good && !JudgeHead(context, *file, reader->size, document)) return std::nullopt;
+    const Context about = About(context, Utf8FromPath(path));
+    if (good && !JudgeHead(about, *file, reader->size, document)) return std::nullopt;
     const size_t head = file->size();
     if (good) file->resize(static_cast<size_t>(std::min(reader->size, kBinHeaderSize + kMaximumStreamSize)));
     good = good && reader->Read(head, std::span(*file).subspan(head));
+    why = reader->error;
     if (!good) file.reset();
-  } else {
-    file = ReadWholeFile(path);  // a pipe, perhaps
+  } else {  // a pipe, perhaps
+    const ReadResult read = ReadWholeFile(path, file.emplace());
+    why = read.error;
+    if (read != ReadResult::kDone) file.reset();
   }
-  if (!file) Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+  if (!file)
+    TellWhy(context.messages, Icon::kStop, ReadReason(path, why), "Error No: -3 \n File Access Error!!!");
   return file;
 }
 
@@ -515,7 +522,7 @@ bool OpenBin(const Context& context, const Path& path, Document& document) {
     document.read_whole = false;
     return false;
   }
-  const bool opened = OpenAny(context, *file, opening);
+  const bool opened = OpenAny(About(context, Utf8FromPath(path)), *file, opening);
   file.reset();
   LinkAll(opening);
   return opened;

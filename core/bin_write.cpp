@@ -356,12 +356,17 @@ ContainerPlan PlanContainer(const Document& document, const BinSelection& select
 // Whether there is an SDB, and each has an LNB and a satellite, without which no receiver takes it. False
 // after a message.
 bool HasLnbAndSatellite(const Context& context, const ContainerPlan& plan) {
-  const bool complete =
-      plan.SdbCount() > 0 && std::all_of(plan.parts.begin(), plan.parts.end(), [](const ContainerPart& part) {
-        return !part.sdb || (part.sdb->database->lnb_count > 0 && !part.sdb->satellites.empty());
-      });
-  if (!complete) Tell(context.messages, Icon::kStop, "Add atleast one LNB and Satellite to save as a bin");
-  return complete;
+  const auto lacking = std::find_if(plan.parts.begin(), plan.parts.end(), [](const ContainerPart& part) {
+    return part.sdb && (part.sdb->database->lnb_count == 0 || part.sdb->satellites.empty());
+  });
+  if (plan.SdbCount() > 0 && lacking == plan.parts.end()) return true;
+  std::string detail = "No SDB is chosen.";
+  if (lacking != plan.parts.end()) {
+    detail = Utf8FromLatin(lacking->name) + " has no " +
+             (lacking->sdb->database->lnb_count == 0 ? "LNB." : "satellite.");
+  }
+  TellWhy(context.messages, Icon::kStop, detail, "Add atleast one LNB and Satellite to save as a bin");
+  return false;
 }
 
 // A container that is about to be written: packed whole where it is compressed, else made piece by piece.
@@ -392,16 +397,9 @@ std::optional<uint64_t> SaveContainer(const Context& context, ContainerPlan plan
   ReadyContainer ready{std::move(plan), {}};
   if (!HasLnbAndSatellite(context, ready.plan) || !MakeReady(context, ready, version)) return std::nullopt;
   const auto produce = [&](const PieceWriter& write) { return WriteReady(context, ready, version, write); };
-  switch (WriteWholeFileBy(path, produce, *context.files)) {
-    case WriteResult::kDone:
-      return ready.Size();
-    case WriteResult::kCannotCreate:
-      Tell(context.messages, Icon::kStop, "Could not creat file \"%s\".", Utf8FromPath(path).c_str());
-      return std::nullopt;
-    case WriteResult::kFailed:
-      break;
-  }
-  Tell(context.messages, Icon::kStop, "Error No: -11 \n Save as BIN File");
+  const WriteResult written = WriteWholeFileBy(path, produce, *context.files);
+  if (written == WriteResult::kDone) return ready.Size();
+  TellUnsaved(context.messages, path, written);
   return std::nullopt;
 }
 
@@ -446,9 +444,22 @@ std::optional<uint64_t> SaveSatellites(const Context& context, const Document& d
   return SaveContainer(context, std::move(plan), path, version);
 }
 
-bool CheckBinSize(const Context& context, uint64_t size) {
+void TellUnsaved(const Messages& messages, const Path& path, const WriteResult& written) {
+  const std::string why = WriteReason(path, written.error);
+  if (written == WriteResult::kCannotCreate) {
+    TellWhy(messages, Icon::kStop, why, "Could not creat file \"%s\".", Utf8FromPath(path).c_str());
+  } else {
+    TellWhy(messages, Icon::kStop, why, "Error No: -11 \n Save as BIN File");
+  }
+}
+
+bool CheckBinSize(const Context& context, const Path& path, uint64_t size) {
   if (size <= kMaximumBinSize) return true;
-  Tell(context.messages, Icon::kStop, "File size exceeds the limit. Can not continue.");
+  TellWhy(context.messages, Icon::kStop,
+          Format("%s: %llu bytes, %llu are allowed. Leave out SDBs or records, or compress them.",
+                 Utf8FromPath(path).c_str(), static_cast<unsigned long long>(size),
+                 static_cast<unsigned long long>(kMaximumBinSize)),
+          "File size exceeds the limit. Can not continue.");
   return false;
 }
 

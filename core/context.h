@@ -26,4 +26,7 @@ struct Context {
   const DefaultRecords* defaults = nullptr;  // what fills unused places of a stream; nullptr: the factory's
 };
 
+// This context, whose messages are about `object`.
+Context About(const Context& context, const std::string& object);
+
 }  // namespace vexa

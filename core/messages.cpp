@@ -3,6 +3,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "core/context.h"
+
 namespace vexa {
 
 namespace {
@@ -34,7 +36,35 @@ void Tell(const Messages& messages, Icon icon, const char* format, ...) {
   va_start(arguments, format);
   const std::string text = FormatList(format, arguments);
   va_end(arguments);
-  if (messages.tell) messages.tell(icon, text, kApplicationTitle);
+  if (messages.tell) messages.tell({icon, text, kApplicationTitle, {}});
+}
+
+void TellWhy(const Messages& messages, Icon icon, const std::string& detail, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  const std::string text = FormatList(format, arguments);
+  va_end(arguments);
+  if (messages.tell) messages.tell({icon, text, kApplicationTitle, detail});
+}
+
+std::string WholeText(const Message& message) {
+  return message.detail.empty() ? message.text : message.text + "\n\n" + message.detail;
+}
+
+Messages About(const Messages& messages, const std::string& object) {
+  Messages about = messages;
+  about.tell = [tell = messages.tell, object](const Message& message) {
+    Message whole = message;
+    whole.detail = object + (message.detail.empty() ? "" : ": ") + message.detail;
+    if (tell) tell(whole);
+  };
+  return about;
+}
+
+Context About(const Context& context, const std::string& object) {
+  Context about = context;
+  about.messages = About(context.messages, object);
+  return about;
 }
 
 bool Ask(const Messages& messages, const char* format, ...) {

@@ -206,9 +206,10 @@ std::optional<uint64_t> SortToFile(const Context& context, const Document& docum
   Document copy = CopyDocument(document);
   if (!SortSdbs(context.messages, copy, sdbs, options)) return std::nullopt;
   Context silent = context;  // the failure has one text of its own
-  silent.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  std::string why;
+  silent.messages.tell = [&why](const Message& message) { why = message.detail; };
   const auto size = SaveBin(silent, copy, path, version);
-  if (!size) Tell(context.messages, Icon::kStop, "Save as operation failed!!.");
+  if (!size) TellWhy(context.messages, Icon::kStop, why, "Save as operation failed!!.");
   return size;
 }
 

@@ -14,7 +14,7 @@ constexpr const char* kZlibVersion = "1.0.8";
 
 void ShowFailure(const Messages& messages, const char* text, const char* title) {
   const std::string caption = title == nullptr ? kApplicationTitle : *title == 0 ? "Compression" : title;
-  if (messages.tell) messages.tell(Icon::kStop, text, caption);
+  if (messages.tell) messages.tell({Icon::kStop, text, caption, {}});
 }
 
 void Trace(int line) {

@@ -185,26 +185,31 @@ struct Piece {
   const char* failure;
 };
 
+constexpr const char* kNoAdbFile = "File access error - Vexa_CreateADBPartitionFiles.";
+
 bool WritePieces(const Context& context, const Path& path, std::span<const uint8_t> image,
                  std::span<const Piece> pieces) {
-  std::FILE* file = context.files->create(path);
+  const Made<std::FILE*> file = context.files->create(path);
   if (!file) {
-    Tell(context.messages, Icon::kStop, "File access error - Vexa_CreateADBPartitionFiles.");
+    TellWhy(context.messages, Icon::kStop, WriteReason(path, file.error), "%s", kNoAdbFile);
     return false;
   }
+  const auto tell = [&](const Outcome& outcome, const char* failure) {
+    TellWhy(context.messages, Icon::kStop, WriteReason(path, outcome.error), "%s", failure);
+    return false;
+  };
   uint64_t start = 0;
   for (const Piece& piece : pieces) {
     const auto part = image.subspan(static_cast<size_t>(start), static_cast<size_t>(piece.end - start));
-    if (!context.files->write(file, part)) {
-      context.files->finish(file);
-      Tell(context.messages, Icon::kStop, "%s", piece.failure);
-      return false;
+    const Outcome written = context.files->write(file.value, part);
+    if (!written) {
+      context.files->finish(file.value);
+      return tell(written, piece.failure);
     }
     start = piece.end;
   }
-  if (context.files->finish(file)) return true;
-  Tell(context.messages, Icon::kStop, "%s", pieces.back().failure);
-  return false;
+  const Outcome finished = context.files->finish(file.value);
+  return finished || tell(finished, pieces.back().failure);
 }
 
 constexpr const char* kLsdFailure = "File write access error :- LSD Partition";
@@ -216,16 +221,11 @@ bool MakeUrt(const Context& context, const ConversionParameters& parameters,
              const ImageDescription& description, std::span<const uint8_t> image, const char* name) {
   Bytes urt;
   if (BuildUrt(context, parameters, description, image, urt) != ConversionResult::kDone) return false;
-  switch (WriteWholeFile(context.temporary_folder / name, urt, *context.files)) {
-    case WriteResult::kDone:
-      return true;
-    case WriteResult::kCannotCreate:
-      Tell(context.messages, Icon::kStop, "File access error - Vexa_CreateADBPartitionFiles.");
-      return false;
-    case WriteResult::kFailed:
-      break;
-  }
-  Tell(context.messages, Icon::kStop, "%s", kTableFailure);
+  const Path path = context.temporary_folder / name;
+  const WriteResult written = WriteWholeFile(path, urt, *context.files);
+  if (written == WriteResult::kDone) return true;
+  TellWhy(context.messages, Icon::kStop, WriteReason(path, written.error), "%s",
+          written == WriteResult::kCannotCreate ? kNoAdbFile : kTableFailure);
   return false;
 }
 
@@ -337,9 +337,11 @@ std::optional<Bytes> BuildDownloadRequest(const Context& context, const ProjectC
 bool WriteDownloadRequest(const Context& context, const ProjectConfig& config) {
   const auto request = BuildDownloadRequest(context, config);
   if (!request) return false;
-  if (WriteWholeFile(context.temporary_folder / kRequestFile, *request, *context.files) == WriteResult::kDone)
-    return true;
-  Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+  const Path path = context.temporary_folder / kRequestFile;
+  const WriteResult written = WriteWholeFile(path, *request, *context.files);
+  if (written == WriteResult::kDone) return true;
+  TellWhy(context.messages, Icon::kStop, WriteReason(path, written.error),
+          "Error No: -3 \n File Access Error!!!");
   return false;
 }
 

@@ -215,34 +215,30 @@ std::optional<DecodedImage> DecodeImage(const Context& context, const ProjectCon
 
 std::optional<DecodedImage> DecodeFolder(const Context& context, const ProjectConfig& config,
                                          const Path& folder, const UserBoxInfo& user_box) {
-  const auto adb = ReadWholeFile(folder / kAdbImageFile, kMaximumImageSize);
-  if (!adb) {
-    Tell(context.messages, Icon::kStop, "File access error");
+  Bytes adb, e2p;
+  const Path adb_path = folder / kAdbImageFile, e2p_path = folder / kE2pImageFile;
+  ReadResult read = ReadWholeFile(adb_path, adb, kMaximumImageSize);
+  if (read != ReadResult::kDone) {
+    TellWhy(context.messages, Icon::kStop, ReadReason(adb_path, read.error), "File access error");
     return std::nullopt;
   }
-  std::optional<Bytes> e2p = Bytes{};
-  if (config.configuration_index == 1) e2p = ReadWholeFile(folder / kE2pImageFile, kMaximumImageSize);
-  if (!e2p) {
-    Tell(context.messages, Icon::kStop, "E2P File access error.");
+  if (config.configuration_index == 1) read = ReadWholeFile(e2p_path, e2p, kMaximumImageSize);
+  if (read != ReadResult::kDone) {
+    TellWhy(context.messages, Icon::kStop, ReadReason(e2p_path, read.error), "E2P File access error.");
     return std::nullopt;
   }
-  return DecodeImage(context, config, *adb, *e2p, user_box);
+  return DecodeImage(About(context, Utf8FromPath(adb_path)), config, adb, e2p, user_box);
 }
 
 std::optional<DecodedImage> DecodeDownload(const Context& context, const ProjectConfig& config,
                                            const UserBoxInfo& user_box) {
   auto decoded = DecodeFolder(context, config, context.temporary_folder, user_box);
   if (!decoded) return std::nullopt;
-  switch (WriteWholeFile(context.temporary_folder / kDecodedFile, decoded->file, *context.files)) {
-    case WriteResult::kDone:
-      return decoded;
-    case WriteResult::kCannotCreate:
-      Tell(context.messages, Icon::kStop, "File access error");
-      break;
-    case WriteResult::kFailed:
-      Tell(context.messages, Icon::kStop, "File write-access error");
-      break;
-  }
+  const Path path = context.temporary_folder / kDecodedFile;
+  const WriteResult written = WriteWholeFile(path, decoded->file, *context.files);
+  if (written == WriteResult::kDone) return decoded;
+  TellWhy(context.messages, Icon::kStop, WriteReason(path, written.error), "%s",
+          written == WriteResult::kCannotCreate ? "File access error" : "File write-access error");
   return std::nullopt;
 }
 

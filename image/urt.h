@@ -46,12 +46,19 @@ inline constexpr uint32_t kImageHeaderSize = 64;
 inline constexpr uint32_t kType2HeaderSize = 1024;
 inline constexpr uint32_t kNoAddress = 0xFFFFFFFF;
 
-enum class ConversionResult {
-  kDone = 0,
-  kCannotOpen = 1,  // input cannot be read or output cannot be created
-  kRefused = 2,     // the image does not fit; a message was shown
-  kReadFailed = 3,
-  kWriteFailed = 4,
+struct ConversionResult {
+  enum State {
+    kDone = 0,
+    kCannotOpen = 1,  // input cannot be read or output cannot be created
+    kRefused = 2,     // the image does not fit; a message was shown
+    kReadFailed = 3,
+    kWriteFailed = 4,
+  };
+  State state = kDone;
+  std::string detail;  // of a file that was refused: which one and why
+
+  ConversionResult(State reached, std::string why = {}) : state(reached), detail(std::move(why)) {}
+  operator State() const { return state; }
 };
 
 // How an image is cut and framed; from the configuration, with the time of the conversion.

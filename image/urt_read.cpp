@@ -255,7 +255,7 @@ std::optional<Bytes> OriginalImage(const UrtContent& content) {
   if (stored.empty() || stored[0] != 0x78) return ExpandBin2Cod(stored, header.size);
   Bytes original(header.size);
   uint64_t length = 0;
-  const Messages silent{[](Icon, const std::string&, const std::string&) {}, {}};
+  const Messages silent{[](const Message&) {}, {}};
   if (DecompressBuffer(silent, stored, original, length, "") != 0 || length != header.size)
     return std::nullopt;
   return original;

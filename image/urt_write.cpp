@@ -69,7 +69,7 @@ void AppendBig(uint8_t*& out, uint64_t value, int count) {
 }
 
 void RefuseSpace(const Context& context) {
-  context.messages.tell(Icon::kStop, "Image exceeds the allowed memory space.", kTitle);
+  context.messages.tell({Icon::kStop, "Image exceeds the allowed memory space.", kTitle, {}});
 }
 
 bool CompressImage(const Context& context, const ConversionParameters& parameters,
@@ -302,8 +302,10 @@ bool Check(const Context& context, const ConversionParameters& parameters,
            const ImageDescription& description, uint64_t size) {
   if (parameters.block_size == 0 || parameters.packet_size == 0 ||
       parameters.packet_size > kMaximumUrtPacket) {
-    Tell(context.messages, Icon::kStop,
-         "Configuration settings not found to process.\nUpdate configuration file and continue");
+    TellWhy(context.messages, Icon::kStop,
+            Format("block size %u, packet size %u of 1 to %u bytes", parameters.block_size,
+                   parameters.packet_size, kMaximumUrtPacket),
+            "Configuration settings not found to process.\nUpdate configuration file and continue");
     return false;
   }
   const ImageRoom room = RoomOfImage(description.type, description.flag);
@@ -387,36 +389,39 @@ ConversionResult ConvertToUrt(const Context& context, const ConversionParameters
                               const ImageDescription& description, const Path& input, const Path& output) {
   // Compression wants the image whole, and what is no regular file can be read once only.
   std::optional<FileReader> reader;
-  std::optional<Bytes> image;
+  Bytes image;
   if (!IsCompressed(parameters, description)) reader = OpenFileReader(input);
-  if (!reader) image = ReadWholeFile(input, kMaximumImageSize);
-  if (!reader && !image) {
+  ReadResult read = ReadResult::kDone;
+  if (!reader) read = ReadWholeFile(input, image, kMaximumImageSize);
+  if (read != ReadResult::kDone) {
     std::error_code error;
     const auto size = std::filesystem::file_size(input, error);
-    if (error) return ConversionResult::kCannotOpen;
-    if (size <= kMaximumImageSize) return ConversionResult::kReadFailed;
-    RefuseSpace(context);
+    if (error) return {ConversionResult::kCannotOpen, ReadReason(input, read.error)};
+    if (size <= kMaximumImageSize) return {ConversionResult::kReadFailed, ReadReason(input, read.error)};
+    RefuseSpace(About(context, Utf8FromPath(input)));
     return ConversionResult::kRefused;
   }
   Prepared prepared;
-  const std::span<const uint8_t> whole =
-      image ? std::span<const uint8_t>(*image) : std::span<const uint8_t>();
-  const auto result = Prepare(context, parameters, description,
-                              reader ? FileSource(*reader) : MemorySource(whole), whole, prepared);
+  const auto result = Prepare(About(context, Utf8FromPath(input)), parameters, description,
+                              reader ? FileSource(*reader) : MemorySource(image), image, prepared);
+  const auto reading_failed = [&] {
+    return ConversionResult(ConversionResult::kReadFailed,
+                            ReadReason(input, reader ? reader->error : std::error_code()));
+  };
+  if (result == ConversionResult::kReadFailed) return reading_failed();
   if (result != ConversionResult::kDone) return result;
+  ConversionResult failed = ConversionResult::kReadFailed;
   const auto produce = [&](const PieceWriter& write) {
     const bool done = WriteUrt(parameters, description, prepared, write);
+    failed = reading_failed();
     reader.reset();  // the output may take its place
     return done;
   };
-  switch (WriteWholeFileBy(output, produce, *context.files)) {
-    case WriteResult::kCannotCreate:
-      return ConversionResult::kCannotOpen;
-    case WriteResult::kFailed:
-      return prepared.read_failed ? ConversionResult::kReadFailed : ConversionResult::kWriteFailed;
-    case WriteResult::kDone:
-      break;
-  }
+  const WriteResult written = WriteWholeFileBy(output, produce, *context.files);
+  const std::string why = WriteReason(output, written.error);
+  if (written == WriteResult::kCannotCreate) return {ConversionResult::kCannotOpen, why};
+  if (written == WriteResult::kFailed && prepared.read_failed) return failed;
+  if (written == WriteResult::kFailed) return {ConversionResult::kWriteFailed, why};
   return ConversionResult::kDone;
 }
 

@@ -43,11 +43,12 @@ std::optional<ListFormat> CheckListFile(const Context& context, const Path& path
                                         const ListOptions& options) {
   const auto start = ReadFileStart(path, kListStart);
   if (!start) {
-    Tell(context.messages, Icon::kStop, "Unable to open the given file.");
+    TellWhy(context.messages, Icon::kStop, ReadReason(path, WhyUnreadable(path)),
+            "Unable to open the given file.");
     return std::nullopt;
   }
   const auto format = FormatOfStart(path, *start, options);
-  if (!format) Tell(context.messages, Icon::kStop, "Error - Invalid File");
+  if (!format) TellWhy(context.messages, Icon::kStop, Utf8FromPath(path), "Error - Invalid File");
   return format;
 }
 

@@ -141,14 +141,14 @@ bool ReadList(const Context& context, const Path& path, ListFormat format, const
   Bytes content;
   const ReadResult result = ReadListFile(context, path, content);
   if (result == ReadResult::kCannotOpen && !row.missing_is_empty)
-    Tell(context.messages, Icon::kStop, "Error in opening file");
+    TellWhy(context.messages, Icon::kStop, ReadReason(path, result.error), "Error in opening file");
   const bool has_content =
       result == ReadResult::kDone || (result == ReadResult::kCannotOpen && row.missing_is_empty);
   if (has_content) {
     const ListToRead list = {content, Utf8FromPath(path.filename()), defaults, options, context.progress};
     if (row.read(list, work, losses)) return true;
   }
-  Tell(context.messages, Icon::kStop, "%s", row.unreadable);
+  TellWhy(context.messages, Icon::kStop, ReadReason(path, WhyUnreadable(path)), "%s", row.unreadable);
   return false;
 }
 

@@ -127,7 +127,8 @@ std::vector<std::string_view> SplitText(std::string_view text, char separator) {
 ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list) {
   const ReadResult result = ReadWholeFile(path, list);
   if (result == ReadResult::kFailed)
-    Tell(context.messages, Icon::kStop, "Could not read file \"%s\".", Utf8FromPath(path).c_str());
+    TellWhy(context.messages, Icon::kStop, ReadReason(path, result.error), "Could not read file \"%s\".",
+            Utf8FromPath(path).c_str());
   return result;
 }
 

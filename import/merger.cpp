@@ -35,14 +35,15 @@ bool IsSatcodxVersion2Or3(const Path& path) {
 
 bool AddMergeFile(const Context& context, Merger& merger, const Path& path) {
   if (IsListed(merger, path)) {
-    Tell(context.messages, Icon::kStop, "Duplication of files not allowed.");
+    TellWhy(context.messages, Icon::kStop, Utf8FromPath(path), "Duplication of files not allowed.");
     return false;
   }
   if (merger.format == ListFormat::kSatcodx && !IsSatcodxVersion2Or3(path)) {
-    Tell(context.messages, Icon::kStop,
-         "SatcoDX Merger allows only SatcoDX Protocol Version 2 and 3.\nPlease download latest SatcoDX ( SDX "
-         ") file "
-         "from website");
+    TellWhy(
+        context.messages, Icon::kStop, ReadReason(path, WhyUnreadable(path)),
+        "SatcoDX Merger allows only SatcoDX Protocol Version 2 and 3.\nPlease download latest SatcoDX ( SDX "
+        ") file "
+        "from website");
     return false;
   }
   merger.files.push_back(path);
@@ -60,7 +61,7 @@ bool AddMergeFolder(const Context& context, Merger& merger, const Path& folder) 
       found.emplace_back(LowerName(name), folder / name);
   }
   if (found.empty()) {
-    Tell(context.messages, Icon::kStop, "%s", format.merge.empty_folder);
+    TellWhy(context.messages, Icon::kStop, ReadReason(folder, error), "%s", format.merge.empty_folder);
     return false;
   }
   std::sort(found.begin(), found.end());
@@ -101,7 +102,8 @@ bool CanMergeInto(const Context& context, const Merger& merger, const Path& outp
   for (const Path& path : merger.files) {
     std::error_code error;
     if (path.native() != output.native() && !fs::equivalent(path, output, error)) continue;
-    Tell(context.messages, Icon::kStop, "The merged file cannot be one of the selected files.");
+    TellWhy(context.messages, Icon::kStop, Utf8FromPath(path),
+            "The merged file cannot be one of the selected files.");
     return false;
   }
   return true;
@@ -125,9 +127,11 @@ std::optional<WriteResult> WriteMerged(const Context& context, const Merger& mer
   return written;
 }
 
-void TellMerged(const Context& context, const Path& output) {
-  Tell(context.messages, Icon::kInformation, "%s \n file is generated successfully.",
-       Utf8FromPath(output).c_str());
+void TellMerged(const Context& context, const Path& output, const WriteResult& written) {
+  const bool done = written == WriteResult::kDone;
+  TellWhy(context.messages, Icon::kInformation,
+          done ? "" : "It was not written. " + WriteReason(output, written.error),
+          "%s \n file is generated successfully.", Utf8FromPath(output).c_str());
 }
 
 }  // namespace vexa

@@ -37,7 +37,8 @@ bool CanMergeInto(const Context& context, const Merger& merger, const Path& outp
 // Writes the merged list, with progress by files; a file that cannot be opened adds nothing. Nothing, with
 // the output as it was, after the message of a file whose reading broke off.
 std::optional<WriteResult> WriteMerged(const Context& context, const Merger& merger, const Path& output);
-// Says that the merged list is there; said in any case.
-void TellMerged(const Context& context, const Path& output);
+// Says that the merged list is there; said in any case. Of one that could not be written, the detail says so
+// and why.
+void TellMerged(const Context& context, const Path& output, const WriteResult& written);
 
 }  // namespace vexa

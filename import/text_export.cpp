@@ -149,10 +149,11 @@ std::string DatabaseReport(const StaticDatabase& database) {
   return report;
 }
 
-bool ExportDatabaseText(const StaticDatabase& database, const Path& path, const FileOperations& files) {
+WriteResult ExportDatabaseText(const StaticDatabase& database, const Path& path,
+                               const FileOperations& files) {
   const std::string report = DatabaseReport(database);
   const std::span<const uint8_t> bytes(reinterpret_cast<const uint8_t*>(report.data()), report.size());
-  return WriteWholeFile(path, bytes, files) == WriteResult::kDone;
+  return WriteWholeFile(path, bytes, files);
 }
 
 }  // namespace vexa

@@ -11,8 +11,8 @@ namespace vexa {
 // The whole report in single-byte text; an SDB without satellites gives its head of ten lines.
 std::string DatabaseReport(const StaticDatabase& database);
 
-// Writes the report in place of whatever `path` held. False when it cannot be written; nothing is shown.
-bool ExportDatabaseText(const StaticDatabase& database, const Path& path,
-                        const FileOperations& files = SystemFiles());
+// Writes the report in place of whatever `path` held. Nothing is shown when it cannot be written.
+WriteResult ExportDatabaseText(const StaticDatabase& database, const Path& path,
+                               const FileOperations& files = SystemFiles());
 
 }  // namespace vexa

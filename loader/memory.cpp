@@ -66,15 +66,18 @@ Bytes LoadBytes(const LoaderMemory& memory, size_t space, uint32_t address, uint
   return loaded;
 }
 
-bool SaveMemory(const LoaderMemory& memory, const Path& folder) {
+Outcome SaveMemory(const LoaderMemory& memory, const Path& folder) {
   std::error_code error;
   std::filesystem::create_directories(folder, error);
-  if (!std::filesystem::is_directory(folder, error)) return false;
+  std::error_code none;
+  if (!std::filesystem::is_directory(folder, none))
+    return error ? error : std::make_error_code(std::errc::not_a_directory);
   std::set<std::string> written;
   for (size_t space = 0; space < memory.spaces.size(); ++space) {
     for (const auto& [address, bytes] : memory.spaces[space]) {
       const std::string name = NameOf(space, address);
-      if (WriteWholeFile(folder / name, bytes) != WriteResult::kDone) return false;
+      const WriteResult kept = WriteWholeFile(folder / name, bytes);
+      if (kept != WriteResult::kDone) return kept.error;
       written.insert(name);
     }
   }

@@ -23,8 +23,8 @@ void StoreBytes(LoaderMemory& memory, size_t space, uint32_t address, std::span<
 Bytes LoadBytes(const LoaderMemory& memory, size_t space, uint32_t address, uint64_t size);
 
 // One file a piece, "space1-00010000.bin" (space from 1, address in hexadecimal); files of other pieces go.
-// False when the folder or a file in it cannot be written; a file that cannot be read is left out.
-bool SaveMemory(const LoaderMemory& memory, const Path& folder);
+// Not done when the folder or a file in it cannot be written; a file that cannot be read is left out.
+Outcome SaveMemory(const LoaderMemory& memory, const Path& folder);
 // What SaveMemory wrote to the folder; empty when it is not there.
 LoaderMemory OpenMemory(const Path& folder);
 

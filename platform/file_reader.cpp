@@ -1,19 +1,24 @@
 #include "platform/file_reader.h"
 
 #include <limits>
-#include <system_error>
 
 #include "platform/file_system.h"
 
 namespace vexa {
 
 bool FileReader::Read(uint64_t offset, std::span<uint8_t> place) {
+  ForgetFileErrors();
+  error = {};
   if (offset != position) {
-    if (offset > std::numeric_limits<long>::max()) return false;
-    if (std::fseek(file.get(), static_cast<long>(offset), SEEK_SET) != 0) return false;
+    const bool fits = offset <= std::numeric_limits<long>::max();
+    if (!fits || std::fseek(file.get(), static_cast<long>(offset), SEEK_SET) != 0) {
+      error = LastFileError(std::errc::file_too_large);
+      return false;
+    }
   }
   const size_t count = std::fread(place.data(), 1, place.size(), file.get());
   position = offset + count;
+  if (std::ferror(file.get())) error = LastFileError();
   return count == place.size();
 }
 

@@ -7,22 +7,22 @@
 
 namespace vexa {
 
-// nullptr when it cannot be opened; errno says why. Writing empties the file.
+// nullptr when it cannot be opened; LastFileError says why. Writing empties the file.
 std::FILE* OpenFile(const Path& path, bool writing);
 
 // A name in the form in which the system compares names.
 Path ComparedName(const Path& path);
 
 enum class NewFile { kMade, kTaken, kFailed };
-// An empty file under a name that was free; kTaken when anything has the name. errno says why it failed.
-NewFile CreateNewFile(const Path& path);
+// An empty file under a name that was free; kTaken when anything has the name. `why` is set when it failed.
+NewFile CreateNewFile(const Path& path, std::error_code& why);
 
 // A file that stays locked until the object goes or the process ends, however it ends.
 struct LockedFile {
   virtual ~LockedFile() = default;
 };
 // Opens `path`, or makes it when `create`, and locks it. Null when it is not there, is locked by another, is
-// a link, or was removed meanwhile.
+// a link, or was removed meanwhile; LastSystemError says why.
 std::unique_ptr<LockedFile> LockFile(const Path& path, bool create);
 
 }  // namespace vexa

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <memory>
@@ -24,11 +23,13 @@ struct CloseFile {
 
 // Gone at the end, unless it was renamed.
 struct Scratch {
-  Path path;  // empty: none could be made
+  Path path;              // empty: none could be made
+  std::error_code error;  // why
   Scratch() = default;
-  Scratch(Scratch&& other) noexcept { path.swap(other.path); }
+  Scratch(Scratch&& other) noexcept : error(other.error) { path.swap(other.path); }
   Scratch& operator=(Scratch&& other) noexcept {
     path.swap(other.path);
+    error = other.error;
     return *this;
   }
   ~Scratch() {
@@ -48,7 +49,7 @@ Scratch ScratchBeside(const Path& target) {
     std::snprintf(name, sizeof name, ".vexa-%lx-%llx.tmp", ProcessNumber(),
                   static_cast<unsigned long long>(counter++));
     Path path = target.parent_path() / name;
-    const NewFile made = CreateNewFile(path);
+    const NewFile made = CreateNewFile(path, scratch.error);
     if (made == NewFile::kTaken) continue;
     if (made == NewFile::kMade) scratch.path = std::move(path);
     break;
@@ -62,19 +63,27 @@ bool IsReadOnly(const fs::file_status& status) {
   return fs::is_regular_file(status) && (status.permissions() & kWrite) == fs::perms::none;
 }
 
-// Creates the file and fills it; it is closed in every case.
+// Creates the file and fills it; it is closed in every case. A failure of `produce` itself has no error of
+// the system.
 WriteResult Fill(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
                  const FileOperations& files) {
-  std::FILE* file = files.create(path);
-  if (!file) return WriteResult::kCannotCreate;
+  const Made<std::FILE*> file = files.create(path);
+  if (!file) return {WriteResult::kCannotCreate, file.error};
   bool done = false;
+  Outcome written;
   try {
-    done = produce([&](std::span<const uint8_t> piece) { return files.write(file, piece); });
+    done = produce([&](std::span<const uint8_t> piece) {
+      written = files.write(file.value, piece);
+      return written.done;
+    });
   } catch (...) {
-    files.finish(file);
+    files.finish(file.value);
     throw;
   }
-  return files.finish(file) && done ? WriteResult::kDone : WriteResult::kFailed;
+  const Outcome finished = files.finish(file.value);
+  if (!written) return {WriteResult::kFailed, written.error};
+  if (!finished) return {WriteResult::kFailed, finished.error};
+  return done ? WriteResult::kDone : WriteResult::kFailed;
 }
 
 constexpr size_t kReadPiece = size_t{4} << 20;  // between two looks at whether the user interrupts
@@ -91,10 +100,6 @@ size_t ReadPieces(std::span<uint8_t> place, std::FILE* file) {
   return used;
 }
 
-std::string SystemText(int code) {
-  return std::error_code(code, std::generic_category()).message();
-}
-
 // What a write goes to: through a link, so that the file it names is replaced and not the link.
 Path TargetOf(const Path& path) {
   std::error_code error;
@@ -107,16 +112,24 @@ struct Staged {
   Path target;
 };
 
+// What is refused before anything is tried: a path that is none, a folder, a file that its user wants kept.
+std::error_code RefusalOf(const Path& path, const fs::file_status& before) {
+  if (path.empty()) return std::make_error_code(std::errc::no_such_file_or_directory);
+  if (fs::is_directory(before)) return std::make_error_code(std::errc::is_a_directory);
+  if (IsReadOnly(before)) return std::make_error_code(std::errc::permission_denied);
+  return {};
+}
+
 WriteResult Stage(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
                   const FileOperations& files, Staged& staged) {
   std::error_code error;
   const auto before = fs::status(path, error);
-  if (path.empty() || fs::is_directory(before) || IsReadOnly(before)) return WriteResult::kCannotCreate;
+  if (const auto refusal = RefusalOf(path, before)) return {WriteResult::kCannotCreate, refusal};
   // A device or a pipe takes the content as it comes; nothing may take its place.
   if (fs::exists(before) && !fs::is_regular_file(before)) return Fill(path, produce, files);
   staged.target = TargetOf(path);
   staged.scratch = ScratchBeside(staged.target);
-  if (staged.scratch.path.empty()) return WriteResult::kCannotCreate;
+  if (staged.scratch.path.empty()) return {WriteResult::kCannotCreate, staged.scratch.error};
   const WriteResult filled = Fill(staged.scratch.path, produce, files);
   if (filled == WriteResult::kDone && fs::is_regular_file(before))
     fs::permissions(staged.scratch.path, before.permissions(), error);
@@ -129,12 +142,14 @@ struct Former {
   bool moved = false, was_there = false;
 };
 
-bool PutAside(const Path& target, Former& former) {
+Outcome PutAside(const Path& target, Former& former) {
   std::error_code error;
   former.was_there = fs::exists(target, error);
   if (former.was_there) {
     former.old = ScratchBeside(target);
-    if (former.old.path.empty() || !SystemFiles().replace(target, former.old.path)) return false;
+    if (former.old.path.empty()) return former.old.error;
+    const Outcome moved = SystemFiles().replace(target, former.old.path);
+    if (!moved) return moved;
   }
   former.moved = true;
   return true;
@@ -150,21 +165,23 @@ void PutBack(const Path& target, Former& former) {
   }
 }
 
-// Everything from here to the end; false when reading breaks off or more than `limit` bytes come. `size` is a
-// first guess only: a pipe has none and a file may still grow.
-bool ReadToEnd(std::FILE* file, uint64_t size, uint64_t limit, Bytes& content) {
+// Everything from here to the end; not done when reading breaks off or more than `limit` bytes come. `size`
+// is a first guess only: a pipe has none and a file may still grow.
+Outcome ReadToEnd(std::FILE* file, uint64_t size, uint64_t limit, Bytes& content) {
+  ForgetFileErrors();
   content.resize(static_cast<size_t>(size));
   size_t used = ReadPieces(content, file);
   while (used == content.size()) {
     uint8_t more[4096];
     const size_t count = ReadPieces(more, file);
     if (count == 0) break;
-    if (used + count > limit) return false;
+    if (used + count > limit) return std::make_error_code(std::errc::file_too_large);
     content.insert(content.end(), more, more + count);
     used += count;
   }
   content.resize(used);
-  return !std::ferror(file) && !InterruptWatch::IsInterrupted();
+  if (std::ferror(file)) return LastFileError();
+  return !InterruptWatch::IsInterrupted();
 }
 
 }  // namespace
@@ -172,15 +189,17 @@ bool ReadToEnd(std::FILE* file, uint64_t size, uint64_t limit, Bytes& content) {
 ReadResult ReadWholeFile(const Path& path, Bytes& content, uint64_t limit) {
   content.clear();
   std::error_code error;
-  if (fs::is_directory(path, error)) return ReadResult::kCannotOpen;
+  if (fs::is_directory(path, error))
+    return {ReadResult::kCannotOpen, std::make_error_code(std::errc::is_a_directory)};
+  ForgetFileErrors();
   const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
-  if (!file) return ReadResult::kCannotOpen;
+  if (!file) return {ReadResult::kCannotOpen, LastFileError()};
   const uint64_t size = fs::file_size(path, error);
-  if (error || size <= limit) {
-    if (ReadToEnd(file.get(), error ? 0 : size, limit, content)) return ReadResult::kDone;
-    content.clear();
-  }
-  return ReadResult::kFailed;
+  if (!error && size > limit) return {ReadResult::kFailed, std::make_error_code(std::errc::file_too_large)};
+  const Outcome read = ReadToEnd(file.get(), error ? 0 : size, limit, content);
+  if (read) return ReadResult::kDone;
+  content.clear();
+  return {ReadResult::kFailed, read.error};
 }
 
 std::optional<Bytes> ReadWholeFile(const Path& path, uint64_t limit) {
@@ -199,7 +218,9 @@ WriteResult WriteWholeFileBy(const Path& path, const std::function<bool(const Pi
   Staged staged;
   const WriteResult made = Stage(path, produce, files, staged);
   if (made != WriteResult::kDone || staged.scratch.path.empty()) return made;
-  return files.replace(staged.scratch.path, staged.target) ? WriteResult::kDone : WriteResult::kFailed;
+  const Outcome replaced = files.replace(staged.scratch.path, staged.target);
+  if (!replaced) return {WriteResult::kFailed, replaced.error};
+  return WriteResult::kDone;
 }
 
 WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refused,
@@ -214,9 +235,11 @@ WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refus
   for (refused = 0; refused < contents.size(); ++refused) {
     Staged& one = staged[refused];
     if (one.scratch.path.empty()) continue;
-    if (PutAside(one.target, former[refused]) && files.replace(one.scratch.path, one.target)) continue;
+    Outcome placed = PutAside(one.target, former[refused]);
+    if (placed) placed = files.replace(one.scratch.path, one.target);
+    if (placed) continue;
     for (size_t i = 0; i <= refused; ++i) PutBack(staged[i].target, former[i]);
-    return WriteResult::kFailed;
+    return {WriteResult::kFailed, placed.error};
   }
   return WriteResult::kDone;
 }
@@ -233,29 +256,34 @@ void RemoveFolder(const Path& folder) {
   }
 }
 
-std::string WhyUnreadable(const Path& path) {
+std::error_code WhyUnreadable(const Path& path) {
   std::error_code error;
   const auto status = fs::status(path, error);
-  if (fs::is_directory(status)) return SystemText(EISDIR);
+  if (fs::is_directory(status)) return std::make_error_code(std::errc::is_a_directory);
   // A pipe or a device is left alone: opening one may wait, or take something from it.
   if (fs::exists(status) && !fs::is_regular_file(status)) return {};
-  errno = 0;
+  ForgetFileErrors();
   const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
-  if (!file) return SystemText(errno);
-  if (std::fgetc(file.get()) == EOF && std::ferror(file.get())) return SystemText(errno);
+  if (!file) return LastFileError();
+  if (std::fgetc(file.get()) == EOF && std::ferror(file.get())) return LastFileError();
   return {};
 }
 
-std::string WhyNotWritable(const Path& path) {
+std::error_code WhyNotWritable(const Path& path) {
   std::error_code error;
   const auto before = fs::status(path, error);
-  if (path.empty()) return SystemText(ENOENT);
-  if (fs::is_directory(before)) return SystemText(EISDIR);
-  if (IsReadOnly(before)) return SystemText(EACCES);
+  if (const auto refusal = RefusalOf(path, before)) return refusal;
   if (fs::exists(before) && !fs::is_regular_file(before)) return {};
-  errno = 0;
-  if (ScratchBeside(TargetOf(path)).path.empty()) return SystemText(errno);
-  return {};
+  const Scratch scratch = ScratchBeside(TargetOf(path));
+  return scratch.path.empty() ? scratch.error : std::error_code();
+}
+
+std::string ReadReason(const Path& path, const std::error_code& error) {
+  return Reason(Attempt::kRead, Utf8FromPath(path), error);
+}
+
+std::string WriteReason(const Path& path, const std::error_code& error) {
+  return Reason(Attempt::kWrite, Utf8FromPath(path), error);
 }
 
 std::string Utf8FromPath(const Path& path) {

@@ -17,35 +17,51 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/system_error.h"
+
 namespace vexa {
 
 using Path = std::filesystem::path;
 using Bytes = std::vector<uint8_t>;
 
-enum class WriteResult {
-  kDone,
-  kCannotCreate,  // the target is read-only, or no file could be made beside it
-  kFailed,        // writing, flushing or renaming failed; the target is as it was
+struct WriteResult {
+  enum State {
+    kDone,
+    kCannotCreate,  // the target is read-only, or no file could be made beside it
+    kFailed,        // writing, flushing or renaming failed; the target is as it was
+  };
+  State state = kDone;
+  std::error_code error;  // the system's, unless `state` is kDone
+
+  WriteResult(State reached, std::error_code why = {}) : state(reached), error(why) {}
+  operator State() const { return state; }
 };
 
 struct FileOperations {
-  // Opens `path` for writing, empty. nullptr when it cannot be created.
-  std::function<std::FILE*(const Path&)> create;
-  // Writes all bytes; false on failure (disk full, device gone).
-  std::function<bool(std::FILE*, std::span<const uint8_t>)> write;
+  // Opens `path` for writing, empty.
+  std::function<Made<std::FILE*>(const Path&)> create;
+  // Writes all bytes; not done when the disk is full or the device is gone.
+  std::function<Outcome(std::FILE*, std::span<const uint8_t>)> write;
   // Flushes to the disk and closes; the file is closed in every case.
-  std::function<bool(std::FILE*)> finish;
+  std::function<Outcome(std::FILE*)> finish;
   // Puts `from` in the place of `to`, replacing it.
-  std::function<bool(const Path& from, const Path& to)> replace;
+  std::function<Outcome(const Path& from, const Path& to)> replace;
 };
 
 // The operating system's own.
 const FileOperations& SystemFiles();
 
-enum class ReadResult {
-  kDone,
-  kCannotOpen,  // not there, a folder, or not permitted
-  kFailed,      // reading broke off, the program was interrupted, or the file is above the limit
+struct ReadResult {
+  enum State {
+    kDone,
+    kCannotOpen,  // not there, a folder, or not permitted
+    kFailed,      // reading broke off, the program was interrupted, or the file is above the limit
+  };
+  State state = kDone;
+  std::error_code error;  // the system's, unless `state` is kDone
+
+  ReadResult(State reached, std::error_code why = {}) : state(reached), error(why) {}
+  operator State() const { return state; }
 };
 
 inline constexpr uint64_t kReadLimit = uint64_t{1} << 31;  // bytes
@@ -74,10 +90,13 @@ struct FileContent {
 WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refused,
                             const FileOperations& files = SystemFiles());
 
-// Why the system refuses to read the file, or to write it in place of what `path` holds; empty when it does
-// not.
-std::string WhyUnreadable(const Path& path);
-std::string WhyNotWritable(const Path& path);
+// Why the system refuses to read the file, or to write it in place of what `path` holds; no error when it
+// does not.
+std::error_code WhyUnreadable(const Path& path);
+std::error_code WhyNotWritable(const Path& path);
+// The same as `Reason` words it; the path alone when nothing refuses.
+std::string ReadReason(const Path& path, const std::error_code& error);
+std::string WriteReason(const Path& path, const std::error_code& error);
 
 // Removes the folder with all that is in it; failures are silent.
 void RemoveFolder(const Path& folder);

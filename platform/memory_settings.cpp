@@ -20,7 +20,9 @@ SettingsStore MemorySettingsStore() {
   };
   store.write = [keys](const std::string& key, const std::string& name, const std::string& value) {
     const auto values = keys->find(key);
-    if (values != keys->end()) values->second[name] = value;
+    if (values == keys->end()) return Outcome(std::make_error_code(std::errc::no_such_file_or_directory));
+    values->second[name] = value;
+    return Outcome();
   };
   return store;
 }

@@ -1,7 +1,8 @@
 // Serial ports of the operating system, as one table of operations (`CommApi`) whose steps and failures are
 // those of the Win32 communication functions: a read, a write or a wait for a line event either completes at
-// once, stays pending until its event is signalled, or fails. The port library (serial/port.h) is written
-// against the table alone; tests hand in one whose steps fail on demand.
+// once, stays pending until its event is signalled, or fails. What fails answers with the system's error. The
+// port library (serial/port.h) is written against the table alone; tests hand in one whose steps fail on
+// demand.
 //
 // Threads: reading, writing and waiting may run at the same time on one port, each with its own `Overlapped`;
 // one Overlapped belongs to one thread. Events may be signalled from any thread.
@@ -15,6 +16,8 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "platform/system_error.h"
 
 namespace vexa {
 
@@ -72,30 +75,44 @@ struct Overlapped {
   std::shared_ptr<void> system;
 };
 
-enum class IoResult { kDone, kPending, kAborted, kFailed };
+struct IoResult {
+  enum State { kDone, kPending, kAborted, kFailed };
+  State state = kDone;
+  std::error_code error;  // of kFailed
 
-inline constexpr int kWaitTimeout = -1, kWaitFailed = -2;  // else the index of the signalled event
+  IoResult(State reached = kDone, std::error_code why = {}) : state(reached), error(why) {}
+  operator State() const { return state; }
+};
+
+inline constexpr int kWaitTimeout = -1, kWaitFailed = -2;
+struct WaitResult {
+  int index = kWaitFailed;  // of the signalled event, or one of the two above
+  std::error_code error;    // of kWaitFailed
+
+  WaitResult(int signalled, std::error_code why = {}) : index(signalled), error(why) {}
+  operator int() const { return index; }
+};
 inline constexpr uint32_t kWaitForever = 0xFFFFFFFF;
 
 struct CommApi {
   std::function<SerialPlatform()> platform;  // kUnknown: the system's version cannot be told
-  std::function<SerialDevicePtr(const std::string& name)> create_file;  // null: not there, or held by another
-  std::function<bool(const SerialDevicePtr&)> close_file;
-  std::function<SerialEventPtr(bool manual_reset, bool signalled)> create_event;
+  std::function<Made<SerialDevicePtr>(const std::string& name)> create_file;  // not there, or held by another
+  std::function<Outcome(const SerialDevicePtr&)> close_file;
+  std::function<Made<SerialEventPtr>(bool manual_reset, bool signalled)> create_event;
   std::function<void(const SerialEventPtr&)> set_event;
   std::function<void(const SerialEventPtr&)> reset_event;
   // The lowest of the events that is signalled.
-  std::function<int(std::span<const SerialEventPtr> events, uint32_t milliseconds)> wait;
+  std::function<WaitResult(std::span<const SerialEventPtr> events, uint32_t milliseconds)> wait;
 
-  std::function<bool(const SerialDevicePtr&, CommTimeouts&)> get_timeouts;
-  std::function<bool(const SerialDevicePtr&, const CommTimeouts&)> set_timeouts;
-  std::function<bool(const SerialDevicePtr&, const PortDcb&)> set_state;
-  std::function<bool(const SerialDevicePtr&, uint32_t receive, uint32_t transmit)> setup_queues;
-  std::function<bool(const SerialDevicePtr&)> raise_dtr;
-  std::function<bool(const SerialDevicePtr&, uint32_t mask)> set_mask;
-  std::function<bool(const SerialDevicePtr&, uint32_t what)> purge;
-  std::function<bool(const SerialDevicePtr&, CommStatus&)> clear_error;
-  std::function<bool(const SerialDevicePtr&, uint32_t& modem)> modem_status;
+  std::function<Outcome(const SerialDevicePtr&, CommTimeouts&)> get_timeouts;
+  std::function<Outcome(const SerialDevicePtr&, const CommTimeouts&)> set_timeouts;
+  std::function<Outcome(const SerialDevicePtr&, const PortDcb&)> set_state;
+  std::function<Outcome(const SerialDevicePtr&, uint32_t receive, uint32_t transmit)> setup_queues;
+  std::function<Outcome(const SerialDevicePtr&)> raise_dtr;
+  std::function<Outcome(const SerialDevicePtr&, uint32_t mask)> set_mask;
+  std::function<Outcome(const SerialDevicePtr&, uint32_t what)> purge;
+  std::function<Outcome(const SerialDevicePtr&, CommStatus&)> clear_error;
+  std::function<Outcome(const SerialDevicePtr&, uint32_t& modem)> modem_status;
 
   // `count`: bytes moved, when kDone. A null `overlapped` waits until all is written.
   std::function<IoResult(const SerialDevicePtr&, std::span<uint8_t>, size_t& count, Overlapped&)> read;
@@ -108,19 +125,23 @@ struct CommApi {
   // Asks the driver to let go of whatever any thread has under way on the port; does not wait for it.
   std::function<void(const SerialDevicePtr&)> cancel_all;
 
-  // False when the system has no thread left.
-  std::function<bool(std::thread&, std::function<void()>)> start_thread;
+  // Not done when the system has no thread left.
+  std::function<Outcome(std::thread&, std::function<void()>)> start_thread;
 };
 
 const CommApi& SystemCommApi();
-// Starts a thread; false when the system refuses one.
-bool StartThread(std::thread& thread, std::function<void()> run);
+// Starts a thread, unless the system refuses one.
+Outcome StartThread(std::thread& thread, std::function<void()> run);
 
 struct SerialPortInfo {
   std::string name;         // what opens it: "COM1", "/dev/ttyUSB0"
   std::string description;  // the device or driver behind it; may be empty
 };
 std::vector<SerialPortInfo> ListSerialPorts();  // by name
+// Why a port cannot be opened, for the user in one line:
+//   "COM1 is in use", "/dev/ttyS0 is in use by PROGRAM (PID)" where the owner can be told, or as `Reason` has
+//   it with the group that may use the port.
+std::string PortRefusal(const std::string& name, const std::error_code& error);
 // Whether two names open one port: on Windows "COM1", "com1" and "\\\\.\\COM1" do, elsewhere a device and a
 // link to it. False when one is empty.
 bool IsSamePort(const std::string& one, const std::string& other);

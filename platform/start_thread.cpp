@@ -4,12 +4,12 @@
 
 namespace vexa {
 
-bool StartThread(std::thread& thread, std::function<void()> run) {
+Outcome StartThread(std::thread& thread, std::function<void()> run) {
   try {
     thread = std::thread(std::move(run));
     return true;
-  } catch (const std::system_error&) {
-    return false;
+  } catch (const std::system_error& error) {
+    return error.code();
   }
 }
 

@@ -28,10 +28,12 @@ std::unique_ptr<TemporaryFolder> TemporaryFolder::Make(const std::string& name, 
   std::error_code error;
   const Path parent = fs::temp_directory_path(error);
   if (error) {
-    why = Utf8FromPath(parent) + (parent.empty() ? "" : ": ") + error.message();
+    why = Reason(Attempt::kMakeFolder, Utf8FromPath(parent), error);
     return nullptr;
   }
   Path folder;
+  // Where a hundred names are taken, that is the reason.
+  std::error_code refused = std::make_error_code(std::errc::file_exists);
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     folder = parent / PathFromUtf8(attempt == 0 ? name : name + "-" + std::to_string(attempt));
     const bool made = fs::create_directory(folder, error);
@@ -41,14 +43,14 @@ std::unique_ptr<TemporaryFolder> TemporaryFolder::Make(const std::string& name, 
     try {
       if (auto owner = LockFile(folder / kOwnerFile, true))
         return std::unique_ptr<TemporaryFolder>(new TemporaryFolder(folder, std::move(owner)));
+      refused = LastSystemError();
     } catch (...) {  // memory ran out: nobody else would ever remove it
       RemoveFolder(folder);
       throw;
     }
     RemoveFolder(folder);
   }
-  if (!error) error = std::make_error_code(std::errc::permission_denied);
-  why = Utf8FromPath(folder) + ": " + error.message();
+  why = Reason(Attempt::kMakeFolder, Utf8FromPath(folder), error ? error : refused);
   return nullptr;
 }
 

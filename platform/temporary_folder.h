@@ -17,7 +17,8 @@ struct LockedFile;
 class TemporaryFolder {
  public:
   // The folder `name` under the system's temporary path, made new; `name` gets a number behind it when
-  // anything stands there. Null when none can be made: `why` then holds its path and the system's reason.
+  // anything stands there. Null when none can be made: `why` then holds its path, the system's reason and
+  // what to do.
   static std::unique_ptr<TemporaryFolder> Make(const std::string& name, std::string& why);
   ~TemporaryFolder();  // removes it with all that is in it
   TemporaryFolder(const TemporaryFolder&) = delete;

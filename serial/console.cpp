@@ -13,18 +13,18 @@ namespace vexa {
 namespace {
 
 constexpr const char* kWriteProblem = "WriteFile problem";
+constexpr const char* kNoThread = "Create thread failed - ConnectDisConnectWithPort";
 
 // With the lock held. Each text waits once: a job that floods a lost port fails thousands of times a second.
-void LeaveMessage(ConsoleLog& log, const ConsoleMessage& message) {
-  const auto same = [&](const ConsoleMessage& waiting) { return waiting.text == message.text; };
+void LeaveMessage(ConsoleLog& log, const Message& message) {
+  const auto same = [&](const Message& waiting) { return waiting.text == message.text; };
   if (std::none_of(log.messages.begin(), log.messages.end(), same)) log.messages.push_back(message);
 }
 
 // Told at once on the owner's thread, left for the next update on the others.
-void TellConsole(Console& console, const ConsoleMessage& message) {
+void TellConsole(Console& console, const Message& message) {
   if (std::this_thread::get_id() == console.owner) {
-    if (!console.quiet && console.context.messages.tell)
-      console.context.messages.tell(message.icon, message.text, message.title);
+    if (!console.quiet && console.context.messages.tell) console.context.messages.tell(message);
     return;
   }
   const std::lock_guard hold(console.log.lock);
@@ -33,9 +33,7 @@ void TellConsole(Console& console, const ConsoleMessage& message) {
 
 Messages ConsoleMessages(Console& console) {
   Messages messages;
-  messages.tell = [&console](Icon icon, const std::string& text, const std::string& title) {
-    TellConsole(console, {icon, text, title});
-  };
+  messages.tell = [&console](const Message& message) { TellConsole(console, message); };
   messages.ask = [](const std::string&, const std::string&, bool) { return false; };
   return messages;
 }
@@ -44,11 +42,11 @@ Messages ConsoleMessages(Console& console) {
 void WriteLog(Console& console, std::string_view text) {
   ConsoleLog& log = console.log;
   const std::span bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
-  const bool written = log.file && console.context.files->write(log.file, bytes);
+  const Outcome written = log.file ? console.context.files->write(log.file, bytes) : Outcome(false);
   if (written) {
     log.size += text.size();
   } else if (!log.failed) {
-    LeaveMessage(log, {Icon::kStop, kWriteProblem, kApplicationTitle});
+    LeaveMessage(log, {Icon::kStop, kWriteProblem, kApplicationTitle, WriteReason(log.path, written.error)});
   }
   log.failed = !written;
 }
@@ -73,13 +71,19 @@ void AppendText(Console& console, std::string_view text, ReportColour colour) {
 }
 
 // With the lock held. Every write reaches the file at once: the log is there to be read after a crash.
-bool CreateLog(Console& console) {
+Outcome CreateLog(Console& console) {
   ConsoleLog& log = console.log;
   if (log.file) std::fclose(log.file);
-  log.file = console.context.files->create(log.path);
+  const auto file = console.context.files->create(log.path);
+  log.file = file.value;
   log.size = 0;
-  if (log.file) std::setvbuf(log.file, nullptr, _IONBF, 0);
-  return log.file != nullptr;
+  if (!file) return file.error;
+  std::setvbuf(log.file, nullptr, _IONBF, 0);
+  return true;
+}
+
+void TellUnwrittenLog(const Console& console, const Path& path, const std::error_code& why) {
+  TellWhy(console.context.messages, Icon::kStop, WriteReason(path, why), "%s", kWriteProblem);
 }
 
 void RunSender(Console& console) {
@@ -98,13 +102,13 @@ void RunSender(Console& console) {
   sender.changed.notify_all();
 }
 
-bool StartSender(Console& console) {
+Outcome StartSender(Console& console) {
   ConsoleSender& sender = console.sender;
   sender.lines.clear();
   sender.stop = sender.ended = false;
-  if (console.port.api->start_thread(sender.thread, [&console] { RunSender(console); })) return true;
-  sender.ended = true;
-  return false;
+  const Outcome started = console.port.api->start_thread(sender.thread, [&console] { RunSender(console); });
+  if (!started) sender.ended = true;
+  return started;
 }
 
 // A write that does not end is given up after a while. False when it does not answer even then.
@@ -176,26 +180,31 @@ void PreparePort(Console& console) {
   console.transfer.context.messages = ConsoleMessages(console);
 }
 
+void TellPortFailure(Console& console, const Outcome& failed, const char* text) {
+  TellWhy(ConsoleMessages(console), Icon::kStop, Reason(Attempt::kUsePort, console.port.name, failed.error),
+          "%s", text);
+}
+
 // Closes the port with all that hangs on it.
 bool EndConnection(Console& console) {
   const bool job_ended = EndJob(console), sender_ended = StopSender(console),
              reader_ended = StopThread(console.port);
   console.stuck = !job_ended || !sender_ended || !reader_ended;
-  const bool closed = !console.stuck && ClosePort(console.port);
+  const Outcome closed = console.stuck ? Outcome(false) : ClosePort(console.port);
   if (console.stuck) {
-    TellNoAnswer(ConsoleMessages(console));
+    TellNoAnswer(ConsoleMessages(console), console.port.name);
   } else {
-    if (!closed) Tell(ConsoleMessages(console), Icon::kStop, "Port Close API failed");
+    if (!closed) TellPortFailure(console, closed, "Port Close API failed");
     console.port.device = nullptr;
   }
   console.state = ConsoleState::kDisconnected;
   ClearProgress(console);
-  return closed;
+  return closed.done;
 }
 
 bool TryConnect(Console& console) {
   if (!IsLetGo(console)) {
-    TellNoAnswer(ConsoleMessages(console));
+    TellNoAnswer(ConsoleMessages(console), console.port.name);
     return false;
   }
   PreparePort(console);
@@ -207,14 +216,16 @@ bool TryConnect(Console& console) {
     return false;
   }
   console.state = ConsoleState::kConnected;
-  if (StartSender(console)) return true;
-  Tell(ConsoleMessages(console), Icon::kStop, "Create thread failed - ConnectDisConnectWithPort");
+  const Outcome started = StartSender(console);
+  if (started) return true;
+  TellPortFailure(console, started, kNoThread);
   EndConnection(console);
   return false;
 }
 
 void LoseConnection(Console& console, uint64_t now) {
   const bool again = OptionsOf(console).reconnect, uploading = IsUploading(console);
+  const std::string why = GoneReason(console.port);
   console.quiet = true;
   console.lost = true;
   AbandonWrites(console.port);
@@ -235,11 +246,11 @@ void LoseConnection(Console& console, uint64_t now) {
     console.state = ConsoleState::kWaiting;
     console.retry_wait = kFirstRetry;
     console.next_try = now + kFirstRetry;
-    Tell(console.context.messages, Icon::kWarning,
-         "%s is not available any more.\nThe console connects again when it is back.", name);
+    TellWhy(console.context.messages, Icon::kWarning, why,
+            "%s is not available any more.\nThe console connects again when it is back.", name);
   } else {
-    Tell(console.context.messages, Icon::kWarning,
-         "%s is not available any more.\nThe console is disconnected.", name);
+    TellWhy(console.context.messages, Icon::kWarning, why,
+            "%s is not available any more.\nThe console is disconnected.", name);
   }
 }
 
@@ -309,10 +320,11 @@ bool OpenConsole(Console& console, const Context& context) {
   std::unique_lock hold(console.log.lock);
   console.log.path = context.temporary_folder / kConsoleLogFile;
   console.ever_opened = true;
-  if (CreateLog(console)) return true;
+  const Outcome created = CreateLog(console);
+  if (created) return true;
   console.log.failed = true;
   hold.unlock();
-  Tell(context.messages, Icon::kStop, "%s", kWriteProblem);
+  TellUnwrittenLog(console, console.log.path, created.error);
   return false;
 }
 
@@ -430,14 +442,14 @@ bool StartConsoleUpload(Console& console, const Path& file, const std::string& n
   console.ending = false;
   console.upload_name = name;
   console.meter = {};
-  const bool started = console.port.api->start_thread(console.job, [&console] {
+  const Outcome started = console.port.api->start_thread(console.job, [&console] {
     console.job_outcome = UploadUrtPacketThread(console.transfer);
     console.job_ended = true;
     Wake(console.transfer);
   });
   if (started) return true;
   ResetTransfer(transfer);
-  Tell(console.context.messages, Icon::kStop, "Create thread failed - ConnectDisConnectWithPort");
+  TellPortFailure(console, started, kNoThread);
   return false;
 }
 
@@ -473,8 +485,12 @@ bool SaveConsoleLog(Console& console, const Path& path) {
     }
     return true;
   };
-  if (!log || WriteWholeFileBy(path, copy, *console.context.files) != WriteResult::kDone) {
-    Tell(console.context.messages, Icon::kStop, "%s", kWriteProblem);
+  const WriteResult written =
+      log ? WriteWholeFileBy(path, copy, *console.context.files) : WriteResult(WriteResult::kFailed);
+  if (written != WriteResult::kDone) {
+    const bool unread = !written.error;  // what is to be saved could not be read
+    const Path& refused = unread ? console.log.path : path;
+    TellUnwrittenLog(console, refused, unread ? WhyUnreadable(refused) : written.error);
     return false;
   }
   Tell(console.context.messages, Icon::kInformation, "%s log file is saved successfully.",
@@ -484,7 +500,7 @@ bool SaveConsoleLog(Console& console, const Path& path) {
 
 void ClearConsoleLog(Console& console) {
   std::unique_lock hold(console.log.lock);
-  const bool created = CreateLog(console);
+  const Outcome created = CreateLog(console);
   console.log.failed = !created;
   console.log.hexadecimal = {};
   console.log.stamps = {};
@@ -494,7 +510,7 @@ void ClearConsoleLog(Console& console) {
   console.log.part_end = 0;
   console.log.queue.cleared = true;
   hold.unlock();
-  if (!created) Tell(console.context.messages, Icon::kStop, "%s", kWriteProblem);
+  if (!created) TellUnwrittenLog(console, console.log.path, created.error);
 }
 
 ConsoleUpdate UpdateConsole(Console& console, uint64_t now, ViewUse use, size_t shown) {
@@ -525,7 +541,7 @@ ConsoleUpdate UpdateConsole(Console& console, uint64_t now, ViewUse use, size_t 
 
 // The library may repeat a failure twice a second: each text is shown once a connection.
 void TellConsoleMessages(Console& console, uint64_t now) {
-  std::deque<ConsoleMessage> messages;
+  std::deque<Message> messages;
   {
     const std::lock_guard hold(console.log.lock);
     messages.swap(console.log.messages);
@@ -533,7 +549,7 @@ void TellConsoleMessages(Console& console, uint64_t now) {
   if (messages.empty()) return;
   if (console.state == ConsoleState::kConnected && IsPortGone(console.port))
     return LoseConnection(console, now);
-  for (const ConsoleMessage& message : messages) {
+  for (const Message& message : messages) {
     const bool library = message.title != kApplicationTitle;
     if (library && !console.told.insert(message.text).second) continue;
     TellConsole(console, message);

@@ -35,11 +35,6 @@ inline constexpr uint64_t kUpdateInterval = 33;                     // ms betwee
 inline constexpr uint64_t kFirstRetry = 500, kLongestRetry = 2000;  // ms between tries of a lost port
 inline constexpr uint64_t kCancelTime = 2000;                       // ms that a cancelled job has to end
 
-struct ConsoleMessage {
-  Icon icon;
-  std::string text, title;
-};
-
 // Where a report stands in the log file.
 struct ColouredText {
   uint64_t place = 0, size = 0;
@@ -60,8 +55,8 @@ struct ConsoleLog {
   ViewLines lines;
   ViewQueue queue;
   std::deque<ColouredText> coloured;
-  uint64_t part_end = 0;  // the owner's: the view shows a part of the log up to here; 0: the log's end
-  std::deque<ConsoleMessage> messages;  // told by other threads than the owner's
+  uint64_t part_end = 0;         // the owner's: the view shows a part of the log up to here; 0: the log's end
+  std::deque<Message> messages;  // told by other threads than the owner's
 };
 
 // Lines on their way to the port, so that a line that takes nothing does not stop the owner.

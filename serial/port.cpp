@@ -13,8 +13,13 @@ namespace {
 
 constexpr const char* kTitle = "Serial Comm lib";
 
-void TellPort(const Messages& messages, const std::string& text, Icon icon = Icon::kStop) {
-  if (messages.tell) messages.tell(icon, text, kTitle);
+void TellPort(const Messages& messages, const std::string& name, const std::string& text,
+              const std::error_code& error, Icon icon = Icon::kStop) {
+  if (messages.tell) messages.tell({icon, text, kTitle, Reason(Attempt::kUsePort, name, error)});
+}
+
+void TellPort(const Port& port, const std::string& text, const std::error_code& error) {
+  TellPort(port.messages, port.name, text, error);
 }
 
 }  // namespace
@@ -22,6 +27,7 @@ void TellPort(const Messages& messages, const std::string& text, Icon icon = Ico
 struct PortReader {
   const CommApi* api = nullptr;
   Messages messages;
+  std::string name;  // of the port
   LineTap tap;
   std::function<void(const std::string&)> status;
   ReceiveCallback callback;
@@ -29,6 +35,7 @@ struct PortReader {
   uint32_t event_mask = 0;
 
   SerialEventPtr read_event, status_event;
+  std::error_code read_event_error, status_event_error;  // of one that is null
   Overlapped reading, waiting;
   bool read_outstanding = false, wait_outstanding = false;
   uint32_t applied_mask = 0, reported_mask = 0;
@@ -47,8 +54,9 @@ struct PortReader {
 namespace {
 
 // Tells the owner, unless the reader was stopped: it may come out of the driver when its owner is gone.
-void TellOwner(const PortReader& reader, const std::string& text, Icon icon = Icon::kStop) {
-  if (!reader.stop) TellPort(reader.messages, text, icon);
+void TellOwner(const PortReader& reader, const std::string& text, const std::error_code& error,
+               Icon icon = Icon::kStop) {
+  if (!reader.stop) TellPort(reader.messages, reader.name, text, error, icon);
 }
 
 void ShowStatus(const PortReader& reader, const std::string& line) {
@@ -57,19 +65,22 @@ void ShowStatus(const PortReader& reader, const std::string& line) {
 
 void CheckComStatus(PortReader& reader, bool update_now) {
   CommStatus now;
-  if (!reader.api->clear_error(reader.device, now)) return TellOwner(reader, "ClearCommError");
+  const Outcome asked = reader.api->clear_error(reader.device, now);
+  if (!asked) return TellOwner(reader, "ClearCommError", asked.error);
   if (update_now || now != reader.last_status) reader.last_status = now;
 }
 
 void CheckModemStatus(PortReader& reader, bool update_now) {
   uint32_t now = 0;
-  if (!reader.api->modem_status(reader.device, now)) return TellOwner(reader, "GetCommModemStatus");
+  const Outcome asked = reader.api->modem_status(reader.device, now);
+  if (!asked) return TellOwner(reader, "GetCommModemStatus", asked.error);
   if (update_now || now != reader.last_modem) reader.last_modem = now;
 }
 
 void ReportCommError(PortReader& reader) {
   CommStatus now;
-  if (!reader.api->clear_error(reader.device, now)) TellOwner(reader, "ClearCommError");
+  const Outcome asked = reader.api->clear_error(reader.device, now);
+  if (!asked) TellOwner(reader, "ClearCommError", asked.error);
   ShowStatus(reader, CommErrorText(now.errors));
 }
 
@@ -115,7 +126,8 @@ void StartRead(PortReader& reader) {
 
 void ApplyMask(PortReader& reader) {
   if (reader.mask_applied && reader.applied_mask == reader.event_mask) return;
-  if (!reader.api->set_mask(reader.device, reader.event_mask)) TellOwner(reader, "Error - SetCommMask");
+  const Outcome set = reader.api->set_mask(reader.device, reader.event_mask);
+  if (!set) TellOwner(reader, "Error - SetCommMask", set.error);
   reader.applied_mask = reader.event_mask;
   reader.mask_applied = true;
 }
@@ -129,7 +141,7 @@ bool StartStatusWait(PortReader& reader) {
     reader.wait_outstanding = true;
     return true;
   }
-  TellOwner(reader, "Error - WaitCommEvent");
+  TellOwner(reader, "Error - WaitCommEvent", result.error);
   PauseReader(reader);
   return false;
 }
@@ -137,9 +149,9 @@ bool StartStatusWait(PortReader& reader) {
 void WaitForSomething(PortReader& reader) {
   const SerialEventPtr events[] = {reader.read_event, reader.status_event};
   const bool both = reader.read_event && reader.status_event;
-  const int result = both ? reader.api->wait(events, kIdleWait) : kWaitFailed;
+  const WaitResult result = both ? reader.api->wait(events, kIdleWait) : WaitResult(kWaitFailed);
   size_t count = 0;
-  switch (result) {
+  switch (result.index) {
     case 0: {
       const bool done = reader.api->result(reader.device, reader.reading, count) == IoResult::kDone;
       reader.read_outstanding = false;
@@ -157,7 +169,7 @@ void WaitForSomething(PortReader& reader) {
       CheckComStatus(reader, false);
       break;
     default:
-      TellOwner(reader, "Error - WaitForMultipleObjects(Reader & Status handles)");
+      TellOwner(reader, "Error - WaitForMultipleObjects(Reader & Status handles)", result.error);
       PauseReader(reader);
       break;
   }
@@ -167,8 +179,10 @@ void PrepareReader(PortReader& reader) {
   reader.api->purge(reader.device, kPurgeTransmit | kPurgeReceive);
   reader.api->setup_queues(reader.device, kQueueSize, kQueueSize);
   reader.api->set_mask(reader.device, kEventRxChar | kEventCts | kEventDsr | kEventRlsd | kEventRing);
-  if (!reader.read_event) TellOwner(reader, "Error - CreateEvent ( Reader Event )", Icon::kNone);
-  if (!reader.status_event) TellOwner(reader, "Error - CreateEvent ( Status Event )");
+  if (!reader.read_event)
+    TellOwner(reader, "Error - CreateEvent ( Reader Event )", reader.read_event_error, Icon::kNone);
+  if (!reader.status_event)
+    TellOwner(reader, "Error - CreateEvent ( Status Event )", reader.status_event_error);
   reader.reading.event = reader.read_event;
   reader.waiting.event = reader.status_event;
   CheckModemStatus(reader, true);
@@ -189,14 +203,14 @@ void RunReader(PortReader& reader) {
   reader.changed.notify_all();
 }
 
-bool IsTimeoutOrAbandoned(Port& port, int result) {
+bool IsTimeoutOrAbandoned(Port& port, const WaitResult& result) {
   if (result == 1) return true;
   if (result == kWaitTimeout) {
     port.api->set_event(port.exit_event);
     return true;
   }
   if (result == 0) return false;
-  TellPort(port.messages, "WaitForMultipleObjects (WriterGeneric)");
+  TellPort(port, "WaitForMultipleObjects (WriterGeneric)", result.error);
   return true;
 }
 
@@ -204,7 +218,7 @@ bool IsTimeoutOrAbandoned(Port& port, int result) {
 size_t AwaitWrite(Port& port, Overlapped& overlapped, size_t asked) {
   const SerialEventPtr events[] = {overlapped.event, port.exit_event};
   const bool both = overlapped.event && port.exit_event;
-  if (IsTimeoutOrAbandoned(port, both ? port.api->wait(events, kWaitForever) : kWaitFailed)) {
+  if (IsTimeoutOrAbandoned(port, both ? port.api->wait(events, kWaitForever) : WaitResult(kWaitFailed))) {
     port.api->cancel(port.device, overlapped);
     return 0;
   }
@@ -213,25 +227,27 @@ size_t AwaitWrite(Port& port, Overlapped& overlapped, size_t asked) {
   if (result == IoResult::kAborted) {
     port.api->set_event(port.exit_event);
   } else if (result != IoResult::kDone) {
-    TellPort(port.messages, "GetOverlappedResult(in Writer)");
+    TellPort(port, "GetOverlappedResult(in Writer)", result.error);
   }
-  if (written < asked) TellPort(port.messages, "Error writing data to port (overlapped)");
+  if (written < asked) TellPort(port, "Error writing data to port (overlapped)", result.error);
   return written;
 }
 
 size_t WriteOverlapped(Port& port, std::span<const uint8_t> bytes) {
   Overlapped overlapped;
-  overlapped.event = port.api->create_event(false, true);
-  if (!overlapped.event) TellPort(port.messages, "CreateEvent (overlapped write hEvent)");
+  const auto event = port.api->create_event(false, true);
+  overlapped.event = event.value;
+  if (!event) TellPort(port, "CreateEvent (overlapped write hEvent)", event.error);
   size_t written = 0;
-  switch (port.api->write(port.device, bytes, written, &overlapped)) {
+  const IoResult result = port.api->write(port.device, bytes, written, &overlapped);
+  switch (result.state) {
     case IoResult::kDone:
       if (written < bytes.size() && port.exit_event) port.api->set_event(port.exit_event);
       return written;
     case IoResult::kPending:
       return AwaitWrite(port, overlapped, bytes.size());
     default:
-      TellPort(port.messages, "WriteFile (in Writer)");
+      TellPort(port, "WriteFile (in Writer)", result.error);
       return written;
   }
 }
@@ -309,27 +325,34 @@ bool DetectPlatform(Port& port) {
 }
 
 void ApplyPortState(Port& port) {
-  if (!port.api->set_state(port.device, port.dcb)) TellPort(port.messages, "Error - SetCommState.");
-  if (!port.api->set_timeouts(port.device, port.timeouts))
-    TellPort(port.messages, "Error - SetCommTimeouts.");
+  const Outcome state = port.api->set_state(port.device, port.dcb);
+  if (!state) TellPort(port, "Error - SetCommState.", state.error);
+  const Outcome timeouts = port.api->set_timeouts(port.device, port.timeouts);
+  if (!timeouts) TellPort(port, "Error - SetCommTimeouts.", timeouts.error);
 }
 
 bool OpenPort(Port& port, const std::string& name) {
+  port.name = name;
+  port.refusal.clear();
   if (!DetectPlatform(port)) return false;
-  port.device = port.api->create_file(name);
-  if (!port.device) {
-    TellPort(port.messages, "Port is not available.");
+  const auto device = port.api->create_file(name);
+  port.device = device.value;
+  if (!device) {
+    port.refusal = PortRefusal(name, device.error);
+    if (port.messages.tell) port.messages.tell({Icon::kStop, "Port is not available.", kTitle, port.refusal});
     return false;
   }
-  port.exit_event = port.api->create_event(true, false);
-  if (!port.exit_event) TellPort(port.messages, "CreateEvent (Thread exit event)");
-  if (!port.api->get_timeouts(port.device, port.saved_timeouts))
-    TellPort(port.messages, "Error - GetCommTimeouts");
+  const auto exit_event = port.api->create_event(true, false);
+  port.exit_event = exit_event.value;
+  if (!exit_event) TellPort(port, "CreateEvent (Thread exit event)", exit_event.error);
+  const Outcome saved = port.api->get_timeouts(port.device, port.saved_timeouts);
+  if (!saved) TellPort(port, "Error - GetCommTimeouts", saved.error);
   port.timeouts = {1, 0, 0, 0, 0};
   port.event_mask = kPortEventMask;
   ApplyPortState(port);
   port.api->setup_queues(port.device, kQueueSize, kQueueSize);
-  if (!port.api->raise_dtr(port.device)) TellPort(port.messages, "Error - EscapeCommFunction");
+  const Outcome raised = port.api->raise_dtr(port.device);
+  if (!raised) TellPort(port, "Error - EscapeCommFunction", raised.error);
   return true;
 }
 
@@ -337,15 +360,21 @@ bool StartReaderThread(Port& port, ReceiveCallback callback) {
   const auto reader = std::make_shared<PortReader>();
   reader->api = port.api;
   reader->messages = port.messages;
+  reader->name = port.name;
   reader->tap = port.tap;
   reader->status = port.status;
   reader->callback = std::move(callback);
   reader->device = port.device;
   reader->event_mask = port.event_mask;
-  reader->read_event = port.api->create_event(true, false);
-  reader->status_event = port.api->create_event(true, false);
-  if (!port.api->start_thread(reader->thread, [reader] { RunReader(*reader); })) {
-    TellPort(port.messages, "Error in CreateThread(Reader/Status)");
+  const auto read_event = port.api->create_event(true, false);
+  const auto status_event = port.api->create_event(true, false);
+  reader->read_event = read_event.value;
+  reader->read_event_error = read_event.error;
+  reader->status_event = status_event.value;
+  reader->status_event_error = status_event.error;
+  const Outcome started = port.api->start_thread(reader->thread, [reader] { RunReader(*reader); });
+  if (!started) {
+    TellPort(port, "Error in CreateThread(Reader/Status)", started.error);
     return false;
   }
   port.reader = reader;
@@ -375,10 +404,10 @@ bool AwaitEnd(const Port& port, const std::function<bool(std::chrono::millisecon
   return wait(kAnswerTime);
 }
 
-void TellNoAnswer(const Messages& messages) {
-  Tell(messages, Icon::kStop, "Exit Thread API failed");
-  Tell(messages, Icon::kStop,
-       "The driver of the port does not answer.\nThe port may stay in use until this program has ended.");
+void TellNoAnswer(const Messages& messages, const std::string& port) {
+  TellWhy(messages, Icon::kStop, port, "Exit Thread API failed");
+  TellWhy(messages, Icon::kStop, port,
+          "The driver of the port does not answer.\nThe port may stay in use until this program has ended.");
 }
 
 bool StopThread(Port& port) {
@@ -404,6 +433,12 @@ bool IsPortGone(const Port& port) {
   return port.device && !port.api->clear_error(port.device, status);
 }
 
+std::string GoneReason(const Port& port) {
+  CommStatus status;
+  const Outcome asked = port.device ? port.api->clear_error(port.device, status) : Outcome();
+  return Reason(Attempt::kUsePort, port.name, asked.error);
+}
+
 Messages WatchedPortMessages(const Port& port, std::atomic<bool>& gone, const Messages& messages) {
   struct Told {
     std::mutex lock;
@@ -411,23 +446,24 @@ Messages WatchedPortMessages(const Port& port, std::atomic<bool>& gone, const Me
   };
   Messages watched = messages;
   const auto told = std::make_shared<Told>();
-  watched.tell = [&port, &gone, told, tell = messages.tell](Icon icon, const std::string& text,
-                                                            const std::string& title) {
+  watched.tell = [&port, &gone, told, tell = messages.tell](const Message& message) {
     if (IsPortGone(port)) {
       gone = true;
       return;
     }
     {
       const std::lock_guard hold(told->lock);
-      if (!told->texts.insert(text).second) return;
+      if (!told->texts.insert(message.text).second) return;
     }
-    if (tell) tell(icon, text, title);
+    if (tell) tell(message);
   };
   return watched;
 }
 
-bool ClosePort(Port& port) {
-  if (!port.device || !port.api->close_file(port.device)) return false;
+Outcome ClosePort(Port& port) {
+  if (!port.device) return false;
+  const Outcome closed = port.api->close_file(port.device);
+  if (!closed) return closed;
   port.device = nullptr;
   port.exit_event = nullptr;
   return true;

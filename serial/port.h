@@ -50,6 +50,8 @@ struct Port {
   CommTimeouts saved_timeouts, timeouts;
   uint32_t event_mask = 0;
   bool plain_writes = true;   // synchronous
+  std::string name;           // with which it was opened last
+  std::string refusal;        // why that failed, for the user in one line; empty when it did not
   SerialDevicePtr device;     // null: closed
   SerialEventPtr exit_event;  // signalled: pending writes give up, until the port is closed
   std::shared_ptr<PortReader> reader;
@@ -61,7 +63,8 @@ void BuildPortDcb(Port& port, const ProjectConfig& config);
 // Bytes a second that the line carries with these settings; 0: not known.
 double BytesPerSecond(const PortDcb& dcb);
 // Opens the port with the settings that BuildPortDcb made; `name` as the system has it ("COM1", a path),
-// UTF-8. False after "Port is not available.", and silently on a system that cannot.
+// UTF-8. False after "Port is not available.", and silently on a system that cannot. All messages
+// of the port bear its name and the system's reason as their detail.
 bool OpenPort(Port& port, const std::string& name);
 // Hands line settings and time-outs to the open port. Each failure is told and passed over.
 void ApplyPortState(Port& port);
@@ -78,15 +81,17 @@ void AbandonWrites(Port& port);
 // False when it does not answer: it hangs in the driver, whatever it uses must stay, and so must the port,
 // whose handle it may come back to.
 bool AwaitEnd(const Port& port, const std::function<bool(std::chrono::milliseconds)>& wait);
-// Tells that a thread did not answer.
-void TellNoAnswer(const Messages& messages);
+// Tells that a thread did not answer; `port` is the port's name.
+void TellNoAnswer(const Messages& messages, const std::string& port);
 // Asks the reader to stop and waits for it. False when it does not answer: it is left behind, and calls
 // nothing of its owner's any more. True without a reader.
 bool StopThread(Port& port);
-// False when the port's handle did not close.
-bool ClosePort(Port& port);
+// Not done when the port's handle did not close.
+Outcome ClosePort(Port& port);
 // Whether an open port was unplugged. The port itself is asked: a failed call alone may pass.
 bool IsPortGone(const Port& port);
+// Of a port that is gone: its name, what the system says about it, and what to do.
+std::string GoneReason(const Port& port);
 // For `messages`: a failure may repeat with every write and twice a second, so each text is told once; of a
 // port that is gone nothing is told, `gone` is set instead. Both must outlive the port's threads.
 Messages WatchedPortMessages(const Port& port, std::atomic<bool>& gone, const Messages& messages);

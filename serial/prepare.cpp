@@ -56,9 +56,8 @@ std::optional<std::vector<Path>> Convert(const Context& context, const Path& ima
   const ConversionParameters parameters = SetConversionParameters(config, time);
   const auto result = ConvertToUrt(context, parameters, DescribeSdb(config), image, urt);
   if (result == ConversionResult::kDone) return std::vector<Path>{urt};
-  if (result != ConversionResult::kRefused) {
-    Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
-  }
+  if (result != ConversionResult::kRefused)
+    TellWhy(context.messages, Icon::kStop, result.detail, "Error No: -3 \n File Access Error!!!");
   return std::nullopt;
 }
 
@@ -66,12 +65,15 @@ bool WriteSingle(const Context& context, const Document& document, size_t sdb, c
                  const Path& path) {
   const StaticDatabase& database = *document.sdbs[sdb].database;
   if (database.lnb_count == 0 || database.satellites.empty()) {
-    Tell(context.messages, Icon::kStop, "Add atleast one LNB and Satellite to save as a bin");
+    TellWhy(context.messages, Icon::kStop, Utf8FromLatin(document.sdbs[sdb].name),
+            "Add atleast one LNB and Satellite to save as a bin");
     return false;
   }
   const Bytes stream = WriteSdbStream(database, version, DefaultsOf(context));
-  if (WriteWholeFile(path, stream, *context.files) == WriteResult::kDone) return true;
-  Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+  const WriteResult written = WriteWholeFile(path, stream, *context.files);
+  if (written == WriteResult::kDone) return true;
+  TellWhy(context.messages, Icon::kStop, WriteReason(path, written.error),
+          "Error No: -3 \n File Access Error!!!");
   return false;
 }
 
@@ -79,7 +81,7 @@ bool WriteSingle(const Context& context, const Document& document, size_t sdb, c
 bool WriteMultiple(const Context& context, const Document& document, const BinSelection& selection,
                    const BinVersion& version, const Path& path) {
   const auto size = SaveBin(context, document, path, version, selection);
-  return size && CheckBinSize(context, *size);
+  return size && CheckBinSize(context, path, *size);
 }
 
 uint32_t MaskOfCount(size_t count) {

@@ -75,10 +75,9 @@ void Relay::Close() {
 
 Messages RelayedMessages(Relay& relay, const Messages& messages) {
   Messages relayed;
-  relayed.tell = [&relay, tell = messages.tell](Icon icon, const std::string& text,
-                                                const std::string& title) {
-    // With copies of the texts: a thread that Close lets go is away before the box has shown them.
-    relay.Call([tell, icon, text, title] { tell(icon, text, title); });
+  relayed.tell = [&relay, tell = messages.tell](const Message& message) {
+    // With a copy: a thread that Close lets go is away before the box has shown it.
+    relay.Call([tell, message] { tell(message); });
   };
   relayed.ask = [&relay, ask = messages.ask](const std::string& text, const std::string& title,
                                              bool yes_is_default) {

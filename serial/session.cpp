@@ -33,8 +33,8 @@ bool OpenForFrame(TransferSession& session, const ProjectConfig& config, bool co
   session.transfer.bytes_per_second = BytesPerSecond(session.port.dcb);
   if (OpenPort(session.port, config.port_name)) return true;
   if (!console) {
-    Tell(session.transfer.context.messages, Icon::kStop,
-         "Can't open port.\nPort may be opened by another application.");
+    TellWhy(session.transfer.context.messages, Icon::kStop, session.port.refusal,
+            "Can't open port.\nPort may be opened by another application.");
   }
   return false;
 }
@@ -46,18 +46,17 @@ bool StartThreads(TransferSession& session, TransferJob job) {
     download ? DownloadReceive(transfer, bytes) : TransferReceive(transfer, bytes);
   };
   if (!StartReaderThread(session.port, receive)) return false;
-  const bool started = session.port.api->start_thread(session.job, [&session, job] {
+  const Outcome started = session.port.api->start_thread(session.job, [&session, job] {
     session.outcome = RunJob(session.transfer, job);
     session.job_ended = true;
     Wake(session.transfer);
   });
-  if (!started && job != TransferJob::kConsole) {
-    Tell(transfer.context.messages, Icon::kStop, "Thread creation problem - Upload as ADB");
-  }
-  if (!started && job == TransferJob::kAdb) {
-    Tell(transfer.context.messages, Icon::kStop, "Unable to initialise ADB uploading process.");
-  }
-  return started;
+  const std::string why = Reason(Attempt::kUsePort, session.port.name, started.error);
+  if (!started && job != TransferJob::kConsole)
+    TellWhy(transfer.context.messages, Icon::kStop, why, "Thread creation problem - Upload as ADB");
+  if (!started && job == TransferJob::kAdb)
+    TellWhy(transfer.context.messages, Icon::kStop, why, "Unable to initialise ADB uploading process.");
+  return started.done;
 }
 
 // Joins the job and the part of a download that it started. False when one of them does not answer.
@@ -75,11 +74,12 @@ bool EndJobs(TransferSession& session) {
 }
 
 // A port that is gone has nothing left to close.
-bool CloseSessionPort(TransferSession& session) {
+Outcome CloseSessionPort(TransferSession& session) {
   const bool gone = IsPortGone(session.port);
-  if (ClosePort(session.port)) return true;
-  if (gone) session.port.device = nullptr;
-  return gone;
+  const Outcome closed = ClosePort(session.port);
+  if (closed || !gone) return closed;
+  session.port.device = nullptr;
+  return true;
 }
 
 double SecondsSince(std::chrono::steady_clock::time_point then) {
@@ -111,6 +111,7 @@ bool StartTransfer(TransferSession& session, const ProjectConfig& config, Transf
   transfer.deaf = job != TransferJob::kConsole;
   session.kind = job;
   session.port_name = config.port_name;
+  session.gone_reason.clear();
   session.started = std::chrono::steady_clock::now();
   session.seconds = 0;
   if (!transfer.start_thread) transfer.start_thread = session.port.api->start_thread;
@@ -133,16 +134,18 @@ bool CancelTransfer(TransferSession& session) {
   Wake(transfer);
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
   AbandonWrites(session.port);
+  if (session.port_gone) session.gone_reason = GoneReason(session.port);
   const bool jobs_ended = EndJobs(session);
   session.left_behind = !StopThread(session.port) || !jobs_ended;
-  const bool closed = !session.left_behind && CloseSessionPort(session);
+  const Outcome closed = session.left_behind ? Outcome(false) : CloseSessionPort(session);
   if (session.left_behind) {
-    TellNoAnswer(messages);
+    TellNoAnswer(messages, session.port.name);
   } else if (!closed) {
-    Tell(messages, Icon::kStop, "Port Close API failed");
+    TellWhy(messages, Icon::kStop, Reason(Attempt::kUsePort, session.port.name, closed.error),
+            "Port Close API failed");
   }
   RemoveFiles(session);
-  return closed;
+  return closed.done;
 }
 
 bool IsPortMissed(const TransferSession& session) {
@@ -151,8 +154,11 @@ bool IsPortMissed(const TransferSession& session) {
 
 bool TestPort(TransferSession& session, const ProjectConfig& config) {
   if (!OpenForFrame(session, config, false)) return false;
-  if (ClosePort(session.port)) return true;
-  Tell(session.transfer.context.messages, Icon::kStop, "Port Close API failed - Upload as SDB");
+  const Outcome closed = ClosePort(session.port);
+  if (closed) return true;
+  TellWhy(session.transfer.context.messages, Icon::kStop,
+          Reason(Attempt::kUsePort, session.port.name, closed.error),
+          "Port Close API failed - Upload as SDB");
   return false;
 }
 

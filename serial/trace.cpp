@@ -1,8 +1,6 @@
 #include "serial/trace.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <system_error>
 
 #include "core/messages.h"
 #include "image/line_frame.h"
@@ -39,23 +37,25 @@ Trace::~Trace() {
   Close();
 }
 
-std::string Trace::Close() {
+Outcome Trace::Close() {
   const std::lock_guard hold(lock_);
-  if (!file_) return {};
+  if (!file_) return true;
   WriteRepeats();
-  errno = 0;
+  ForgetFileErrors();
   const bool failed_before = std::ferror(file_) != 0;
   const bool written = std::fflush(file_) == 0 && !failed_before;
-  const int reason = errno == 0 ? ENOSPC : errno;  // of an earlier failure the disk is the usual one
+  // Of an earlier failure the disk is the usual reason.
+  const auto reason = LastFileError(std::errc::no_space_on_device);
   std::fclose(file_);
   file_ = nullptr;
-  return written ? std::string() : std::error_code(reason, std::generic_category()).message();
+  return written ? Outcome() : Outcome(reason);
 }
 
-bool Trace::Open(const Path& path) {
-  file_ = SystemFiles().create(path);
+Outcome Trace::Open(const Path& path) {
+  const auto file = SystemFiles().create(path);
+  file_ = file.value;
   start_ = std::chrono::steady_clock::now();
-  return file_ != nullptr;
+  return file ? Outcome() : Outcome(file.error);
 }
 
 double Trace::Seconds() const {

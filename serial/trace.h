@@ -22,15 +22,15 @@ class Trace {
   Trace(const Trace&) = delete;
   Trace& operator=(const Trace&) = delete;
 
-  // False when the file cannot be created.
-  bool Open(const Path& path);
+  // Not done when the file cannot be created.
+  Outcome Open(const Path& path);
   // Records bytes that crossed the line at this moment, towards the receiver when `from_pc`. Nothing without
   // a file; failures show when the record is closed.
   void Bytes(bool from_pc, std::span<const uint8_t> bytes);
   // A line of text with its time.
   void Line(const std::string& text);
-  // Ends the record. The system's reason when not all of it could be written; else empty, as without a file.
-  std::string Close();
+  // Ends the record. Not done when not all of it could be written; done without a file.
+  Outcome Close();
 
  private:
   void WriteRepeats();

@@ -67,12 +67,12 @@ void ShowStatus(Transfer& transfer, const std::string& text) {
   Show(transfer.view.status, text);
 }
 
-void TellFailure(Transfer& transfer, const std::string& text) {
+void TellFailure(Transfer& transfer, const std::string& text, const std::string& detail) {
   {
     const std::lock_guard hold(transfer.text_lock);
     transfer.failure = text;
   }
-  Tell(transfer.context.messages, Icon::kStop, "%s", text.c_str());
+  TellWhy(transfer.context.messages, Icon::kStop, detail, "%s", text.c_str());
 }
 
 std::string StatusOf(Transfer& transfer) {

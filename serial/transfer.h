@@ -69,7 +69,7 @@ struct Transfer {
   std::function<bool(bool crc_failed)> decode;  // the downloaded regions into a database; true on success
   std::string subject;                          // what is sent, for the status line; may be empty
   std::function<int()> seconds_of_hour;         // minute x 60 + second of local time; empty: the clock
-  std::function<bool(std::thread&, std::function<void()>)> start_thread;  // empty: the system's
+  std::function<Outcome(std::thread&, std::function<void()>)> start_thread;  // empty: the system's
 
   std::atomic<bool> deaf{false};          // what arrives is from before the job, and is only counted
   std::atomic<uint64_t> chunks_heard{0};  // received
@@ -97,8 +97,8 @@ struct Transfer {
 
   std::mutex region_lock;  // guards the members below
   std::FILE* region_file = nullptr;
-  bool region_cut = false;   // something did not get into the file
-  std::string region_error;  // what the system said then
+  bool region_cut = false;       // something did not get into the file
+  std::error_code region_error;  // the system's then
   uint32_t region_length = 0, region_crc = 0;
   IncomingPacket packet;
 
@@ -146,7 +146,7 @@ bool SendByte(Transfer& transfer, uint8_t byte);
 // Remembers the text as the job's status, and shows it.
 void ShowStatus(Transfer& transfer, const std::string& text);
 // Remembers why the job ends, and tells it.
-void TellFailure(Transfer& transfer, const std::string& text);
+void TellFailure(Transfer& transfer, const std::string& text, const std::string& detail);
 // Calls a part of the view that may be empty.
 inline void Show(const std::function<void(const std::string&)>& view, const std::string& text) {
   if (view) view(text);

@@ -1,6 +1,4 @@
-#include <cerrno>
 #include <filesystem>
-#include <system_error>
 
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
@@ -43,9 +41,10 @@ void AskAgain(Transfer& transfer) {
 
 bool EnterPacket(Transfer& transfer) {
   transfer.packet.bytes.assign(1, kStx);
-  transfer.packet.file = transfer.context.files->create(PacketFile(transfer));
-  if (!transfer.packet.file) {
-    TellFailure(transfer, "File Access Error");
+  const auto file = transfer.context.files->create(PacketFile(transfer));
+  transfer.packet.file = file.value;
+  if (!file) {
+    TellFailure(transfer, "File Access Error", WriteReason(PacketFile(transfer), file.error));
     return false;
   }
   transfer.in_packet = true;
@@ -75,16 +74,16 @@ bool TakeHeader(Transfer& transfer, std::span<const uint8_t> record) {
 }
 
 // A region that was cut ends the job, whatever its CRC would say.
-void CutRegion(Transfer& transfer) {
-  transfer.region_error = errno == 0 ? "" : std::generic_category().message(errno);
+void CutRegion(Transfer& transfer, const std::error_code& why) {
+  transfer.region_error = why;
   transfer.region_cut = true;
 }
 
 void KeepData(Transfer& transfer, std::span<const uint8_t> data) {
   const std::lock_guard hold(transfer.region_lock);
   if (!transfer.region_file || transfer.region_cut) return;
-  errno = 0;
-  if (!transfer.context.files->write(transfer.region_file, data)) CutRegion(transfer);
+  const Outcome written = transfer.context.files->write(transfer.region_file, data);
+  if (!written) CutRegion(transfer, written.error);
 }
 
 bool TakeRecord(Transfer& transfer, std::span<const uint8_t> record) {
@@ -141,13 +140,14 @@ void StartDownload(Transfer& transfer) {
 }
 
 bool OpenRegion(Transfer& transfer) {
-  std::FILE* file = transfer.context.files->create(RegionFile(transfer));
+  const auto file = transfer.context.files->create(RegionFile(transfer));
   if (!file) {
-    TellFailure(transfer, "Terminated Receiving.\nCancel and close the Application and Retry !!!");
+    TellFailure(transfer, "Terminated Receiving.\nCancel and close the Application and Retry !!!",
+                WriteReason(RegionFile(transfer), file.error));
     return false;
   }
   const std::lock_guard hold(transfer.region_lock);
-  transfer.region_file = file;
+  transfer.region_file = file.value;
   transfer.region_length = transfer.region_crc = 0;
   transfer.region_cut = false;
   return true;
@@ -190,37 +190,44 @@ bool ReceiveRegion(Transfer& transfer) {
   return true;
 }
 
-bool AppendTo(const Path& path, std::span<const uint8_t> more, const FileOperations& files) {
+WriteResult AppendTo(const Path& path, std::span<const uint8_t> more, const FileOperations& files) {
   Bytes all = ReadWholeFile(path).value_or(Bytes{});
   all.insert(all.end(), more.begin(), more.end());
-  return WriteWholeFile(path, all, files) == WriteResult::kDone;
+  return WriteWholeFile(path, all, files);
+}
+
+// The whole region in `data`, and in the file that was asked for. With the region's lock held.
+Outcome KeepRegion(Transfer& transfer, size_t region, Bytes& data) {
+  const ReadResult read = ReadWholeFile(RegionFile(transfer), data);
+  if (read != ReadResult::kDone) return Outcome(read.error);
+  if (region >= transfer.region_files.size()) return true;
+  const WriteResult kept = AppendTo(transfer.region_files[region], data, *transfer.context.files);
+  return kept == WriteResult::kDone ? Outcome() : Outcome(kept.error);
 }
 
 // False when it could not be kept; then the region is cut.
 bool VerifyRegion(Transfer& transfer, size_t region) {
-  const FileOperations& files = *transfer.context.files;
   const std::lock_guard hold(transfer.region_lock);
-  errno = 0;
-  const bool written = files.finish(transfer.region_file);
+  Outcome kept = transfer.context.files->finish(transfer.region_file);
   transfer.region_file = nullptr;
-  if (written && transfer.region_length == 0) return true;
-  const auto data = written ? ReadWholeFile(RegionFile(transfer)) : std::nullopt;
-  const bool asked_for = region < transfer.region_files.size();
-  if (!data || (asked_for && !AppendTo(transfer.region_files[region], *data, files))) {
-    CutRegion(transfer);
+  if (kept && transfer.region_length == 0) return true;
+  Bytes data;
+  if (kept) kept = KeepRegion(transfer, region, data);
+  if (!kept) {
+    CutRegion(transfer, kept.error);
     return false;
   }
-  if (Crc32Mpeg2(*data) != transfer.region_crc) transfer.crc_failed = true;
+  if (Crc32Mpeg2(data) != transfer.region_crc) transfer.crc_failed = true;
   Show(transfer.view.result,
        transfer.crc_failed ? "CRC Verification - failed \n Retry once again" : "CRC Verification - Success");
   return true;
 }
 
 void TellCutRegion(Transfer& transfer) {
-  std::string text =
-      Format("The received data could not be written to \"%s\".", Utf8FromPath(RegionFile(transfer)).c_str());
-  if (!transfer.region_error.empty()) text += "\n" + transfer.region_error;
-  TellFailure(transfer, text);
+  const Path file = RegionFile(transfer);
+  TellFailure(transfer,
+              Format("The received data could not be written to \"%s\".", Utf8FromPath(file).c_str()),
+              WriteReason(file, transfer.region_error));
   transfer.refused = true;
 }
 

@@ -53,7 +53,7 @@ constexpr UploadStyle kConsoleStyle = {.one_file = true,
                                        .from_console = true,
                                        .open_failure = "File access error - UploadURTPacketThread"};
 
-enum class Outcome { kSent, kAgain, kCancelled, kFailed };
+enum class FileOutcome { kSent, kAgain, kCancelled, kFailed };
 
 // Compared for equality, as the loader's users know it: a start in the last 15 s of an hour never warns.
 struct Deadline {
@@ -158,16 +158,16 @@ Clock::duration SendLast(Transfer& transfer, OpenUrt& file) {
 
 bool OpenUrtFile(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
   const size_t index = transfer.file_index;
-  auto content = index < transfer.files.size() ? ReadWholeFile(transfer.files[index]) : std::nullopt;
-  if (!content) {
+  const Path path = index < transfer.files.size() ? transfer.files[index] : Path();
+  const ReadResult read = ReadWholeFile(path, file.content);
+  if (read != ReadResult::kDone) {
     BackToPolling(transfer);
     transfer.counter = 0;
     transfer.refused = true;
     if (style.from_console && transfer.view.reset_console) transfer.view.reset_console();
-    TellFailure(transfer, style.open_failure);
+    TellFailure(transfer, style.open_failure, ReadReason(path, read.error));
     return false;
   }
-  file.content = std::move(*content);
   file.position = std::min<size_t>(6, file.content.size());
   return true;
 }
@@ -245,16 +245,16 @@ void SendAgain(Transfer& transfer, OpenUrt& file) {
   ++transfer.packets_repeated;
 }
 
-Outcome SendPackets(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
+FileOutcome SendPackets(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
   Deadline deadline;
   Restart(transfer, deadline);
   const auto something = [&] {
     return transfer.enq || !transfer.ack || (transfer.nak && !file.last.empty());
   };
   for (;;) {
-    if (transfer.cancel) return Outcome::kCancelled;
-    if (transfer.packet_count > 0 && transfer.counter == transfer.packet_count) return Outcome::kSent;
-    if (!transfer.ack) return Outcome::kAgain;
+    if (transfer.cancel) return FileOutcome::kCancelled;
+    if (transfer.packet_count > 0 && transfer.counter == transfer.packet_count) return FileOutcome::kSent;
+    if (!transfer.ack) return FileOutcome::kAgain;
     if (transfer.enq.exchange(false)) {
       SendNextPacket(transfer, style, file);
     } else if (transfer.nak && !file.last.empty()) {
@@ -269,24 +269,24 @@ Outcome SendPackets(Transfer& transfer, const UploadStyle& style, OpenUrt& file)
   }
 }
 
-Outcome TryOneFile(Transfer& transfer, const UploadStyle& style) {
-  if (!PollForAck(transfer, style)) return Outcome::kCancelled;
+FileOutcome TryOneFile(Transfer& transfer, const UploadStyle& style) {
+  if (!PollForAck(transfer, style)) return FileOutcome::kCancelled;
   while (!AwaitTransfer(transfer, 1000, [&] { return transfer.enq.load(); })) {
-    if (transfer.cancel) return Outcome::kCancelled;
+    if (transfer.cancel) return FileOutcome::kCancelled;
   }
-  if (transfer.cancel) return Outcome::kCancelled;
+  if (transfer.cancel) return FileOutcome::kCancelled;
   const size_t index = transfer.file_index;
   if (index < 2) ShowText(transfer, style.in_progress[index]);
   OpenUrt file;
-  if (!OpenUrtFile(transfer, style, file)) return Outcome::kFailed;
-  if (!ReadMagicAndCount(transfer, style, file)) return Outcome::kAgain;
+  if (!OpenUrtFile(transfer, style, file)) return FileOutcome::kFailed;
+  if (!ReadMagicAndCount(transfer, style, file)) return FileOutcome::kAgain;
   return SendPackets(transfer, style, file);
 }
 
-Outcome SendOneFile(Transfer& transfer, const UploadStyle& style) {
-  Outcome outcome = Outcome::kAgain;
-  while (outcome == Outcome::kAgain) outcome = TryOneFile(transfer, style);
-  if (outcome != Outcome::kSent) return outcome;
+FileOutcome SendOneFile(Transfer& transfer, const UploadStyle& style) {
+  FileOutcome outcome = FileOutcome::kAgain;
+  while (outcome == FileOutcome::kAgain) outcome = TryOneFile(transfer, style);
+  if (outcome != FileOutcome::kSent) return outcome;
   BackToPolling(transfer);
   transfer.counter = 0;
   const size_t index = transfer.file_index++;
@@ -296,14 +296,15 @@ Outcome SendOneFile(Transfer& transfer, const UploadStyle& style) {
 }
 
 int UploadFiles(Transfer& transfer, const UploadStyle& style, size_t files) {
-  Outcome outcome = WakeUpReceiver(transfer, kUploadWakeUp) ? Outcome::kSent : Outcome::kCancelled;
-  while (outcome == Outcome::kSent && transfer.file_index < files) outcome = SendOneFile(transfer, style);
-  if (outcome == Outcome::kSent) {
+  FileOutcome outcome =
+      WakeUpReceiver(transfer, kUploadWakeUp) ? FileOutcome::kSent : FileOutcome::kCancelled;
+  while (outcome == FileOutcome::kSent && transfer.file_index < files) outcome = SendOneFile(transfer, style);
+  if (outcome == FileOutcome::kSent) {
     std::error_code ignored;
     for (const Path& file : std::span(transfer.files).first(files)) std::filesystem::remove(file, ignored);
   }
-  if (outcome != Outcome::kCancelled) PressCancel(transfer);
-  return outcome == Outcome::kSent ? 1 : 0;
+  if (outcome != FileOutcome::kCancelled) PressCancel(transfer);
+  return outcome == FileOutcome::kSent ? 1 : 0;
 }
 
 }  // namespace
@@ -319,32 +320,33 @@ int UploadSdbThread(Transfer& transfer) {
 int UploadUrtPacketThread(Transfer& transfer) {
   transfer.file_index = 0;
   transfer.console_active = true;
-  const Outcome outcome = SendOneFile(transfer, kConsoleStyle);
+  const FileOutcome outcome = SendOneFile(transfer, kConsoleStyle);
   transfer.console_active = false;
-  if (outcome == Outcome::kSent) {
+  if (outcome == FileOutcome::kSent) {
     Report(transfer, 1);
     if (transfer.view.reset_console) transfer.view.reset_console();
   }
-  if (outcome == Outcome::kCancelled) Report(transfer, 23);
-  return outcome == Outcome::kSent ? 1 : 0;
+  if (outcome == FileOutcome::kCancelled) Report(transfer, 23);
+  return outcome == FileOutcome::kSent ? 1 : 0;
 }
 
 int UploadDownloadScriptThread(Transfer& transfer) {
   if (!WakeUpReceiver(transfer, kDownloadWakeUp)) return 0;
-  const Outcome outcome = SendOneFile(transfer, kScriptStyle);
-  if (outcome == Outcome::kFailed) PressCancel(transfer);
-  if (outcome != Outcome::kSent) return 0;
+  const FileOutcome outcome = SendOneFile(transfer, kScriptStyle);
+  if (outcome == FileOutcome::kFailed) PressCancel(transfer);
+  if (outcome != FileOutcome::kSent) return 0;
   transfer.script_done = true;
   transfer.regions = transfer.packet_count.load();
   const auto start = transfer.start_thread ? transfer.start_thread : StartThread;
-  const bool started = start(transfer.receive_thread, [&transfer] {
+  const Outcome started = start(transfer.receive_thread, [&transfer] {
     transfer.receive_outcome = DownloadReceiveThread(transfer);
     transfer.receive_ended = true;
     Wake(transfer);
   });
   if (started) return 1;
   transfer.receive_ended = true;
-  TellFailure(transfer, "CreateThread failed - UploadDownloadScriptThread");
+  TellFailure(transfer, "CreateThread failed - UploadDownloadScriptThread",
+              started.error ? SystemText(started.error) : "");
   PressCancel(transfer);
   return 0;
 }

@@ -9,9 +9,9 @@ bool ConfigurationServes(const Context& context, const Path& ecf, uint8_t produc
   if (!info || !info->asks.Any()) return true;
   bool told = false;
   Context listening = context;
-  listening.messages.tell = [&](Icon icon, const std::string& text, const std::string& title) {
+  listening.messages.tell = [&](const Message& message) {
     told = true;
-    context.messages.tell(icon, text, title);
+    context.messages.tell(message);
   };
   if (IsConfigurationAvailable(listening, ecf, product_index, info->asks)) return true;
   if (!told) {

@@ -78,22 +78,27 @@ bool MayWriteCompressed(const Messages& messages, CompressionForm& dialog) {
 
 std::optional<CompressionSizes> RunCompression(const Context& context, const CompressionForm& dialog) {
   if (dialog.expand && !BeginsAsPacked(dialog.input)) {
-    context.messages.tell(Icon::kStop, "Decompression failed.", "Compression");
+    context.messages.tell({Icon::kStop, "Decompression failed.", "Compression", Utf8FromPath(dialog.input)});
     return std::nullopt;
   }
-  const auto source = ReadWholeFile(dialog.input);
-  if (!source) {
-    Tell(context.messages, Icon::kStop, "Could not read file \"%s\".", Utf8FromPath(dialog.input).c_str());
+  Bytes source;
+  const ReadResult read = ReadWholeFile(dialog.input, source);
+  if (read != ReadResult::kDone) {
+    TellWhy(context.messages, Icon::kStop, ReadReason(dialog.input, read.error),
+            "Could not read file \"%s\".", Utf8FromPath(dialog.input).c_str());
     return std::nullopt;
   }
-  const auto made = dialog.expand ? Expand(context, *source)
-                                  : Compress(context, *source, std::clamp(dialog.level, 0, 8) + 1);
+  const Context about = About(context, Utf8FromPath(dialog.input));
+  const auto made =
+      dialog.expand ? Expand(about, source) : Compress(about, source, std::clamp(dialog.level, 0, 8) + 1);
   if (!made) return std::nullopt;
-  if (WriteWholeFile(dialog.output, *made, *context.files) != WriteResult::kDone) {
-    Tell(context.messages, Icon::kStop, "Could not write file \"%s\".", Utf8FromPath(dialog.output).c_str());
+  const WriteResult written = WriteWholeFile(dialog.output, *made, *context.files);
+  if (written != WriteResult::kDone) {
+    TellWhy(context.messages, Icon::kStop, WriteReason(dialog.output, written.error),
+            "Could not write file \"%s\".", Utf8FromPath(dialog.output).c_str());
     return std::nullopt;
   }
-  return CompressionSizes{source->size(), made->size()};
+  return CompressionSizes{source.size(), made->size()};
 }
 
 }  // namespace vexa

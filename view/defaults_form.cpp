@@ -28,7 +28,7 @@ std::optional<Refusal> StoreDefaults(const Messages& messages, const DefaultsFor
   if (auto refusal = StoreLnb(named.lnb, stored.lnb, 0)) return refusal;
   // An angle of 0 is what a satellite starts with; it is judged when the record is stored.
   Messages silent = messages;
-  silent.tell = [](Icon, const std::string&, const std::string&) {};
+  silent.tell = [](const Message&) {};
   if (auto refusal = StoreSatellite(silent, named.satellite, stored.satellite)) return refusal;
   if (auto refusal = StoreCarrier(named.carrier, stored.lnb, stored.carrier)) return refusal;
   if (auto refusal = StoreService(messages, named.service, hexadecimal, nullptr, stored.service))

@@ -71,10 +71,16 @@ void FillLists(SettingsForm& dialog, const EcfTree& tree) {
   dialog.listed = true;
 }
 
+void TellSettingProblem(const Context& context, const Path& file) {
+  TellWhy(context.messages, Icon::kStop, Utf8FromPath(file), "Configuration setting problem");
+}
+
 void LoseLists(const Context& context, SettingsForm& dialog) {
   FillLists(dialog, {});
   dialog.listed = false;
-  Tell(context.messages, Icon::kStop, "Configuration parsing problem");
+  const Path file = PathFromUtf8(dialog.file);
+  TellWhy(context.messages, Icon::kStop, ReadReason(file, WhyUnreadable(file)),
+          "Configuration parsing problem");
 }
 
 uint8_t IndexOf(int selection) {
@@ -154,7 +160,7 @@ void ChooseManufacturer(const Context& context, SettingsForm& dialog, int positi
   dialog.configurations.clear();
   dialog.product = dialog.configuration = -1;
   const auto tree = ReadEcfTree(context, dialog.listed_file);
-  if (!tree) return Tell(context.messages, Icon::kStop, "Configuration setting problem");
+  if (!tree) return TellSettingProblem(context, dialog.listed_file);
   FillProducts(dialog, *tree);
   FillConfigurations(dialog, *tree);
 }
@@ -164,7 +170,7 @@ void ChooseProduct(const Context& context, SettingsForm& dialog, int position) {
   dialog.configurations.clear();
   dialog.configuration = -1;
   const auto tree = ReadEcfTree(context, dialog.listed_file);
-  if (!tree) return Tell(context.messages, Icon::kStop, "Configuration setting problem");
+  if (!tree) return TellSettingProblem(context, dialog.listed_file);
   FillConfigurations(dialog, *tree);
 }
 
@@ -174,13 +180,13 @@ void ChooseConfiguration(const Context& context, SettingsForm& dialog, int posit
   dialog.image_type = -1;
   dialog.stored_image_type = 0;
   const auto tree = ReadEcfTree(context, dialog.listed_file);
-  if (!tree) return Tell(context.messages, Icon::kStop, "Configuration setting problem");
+  if (!tree) return TellSettingProblem(context, dialog.listed_file);
   FillImageTypes(dialog, *tree);
 }
 
 void BrowseConfiguration(const Context& context, SettingsForm& dialog, const Path& file) {
   const auto tree = ReadEcfTree(context, file);
-  if (!tree) return Tell(context.messages, Icon::kStop, "Configuration setting problem");
+  if (!tree) return TellSettingProblem(context, file);
   dialog.product = dialog.configuration = -1;
   dialog.file = Utf8FromPath(file);
   dialog.listed_file = file;
@@ -221,16 +227,20 @@ namespace {
 // Whether the file, the version and the port in the edits can be taken; the field of a refusal, after its
 // message.
 SettingsField JudgeEdits(const Context& context, SettingsForm& dialog, SoftwareVersion& version) {
-  const auto refuse = [&](SettingsField field, const std::string& text) {
-    Tell(context.messages, Icon::kStop, "%s", text.c_str());
+  const auto refuse = [&](SettingsField field, const std::string& text, const std::string& why = {}) {
+    TellWhy(context.messages, Icon::kStop, why, "%s", text.c_str());
     return field;
   };
-  const auto content = ReadWholeFile(PathFromUtf8(dialog.file), kMaximumEcfSize);
-  if (!content) {
-    return refuse(SettingsField::kFile, "Configuration file does not exist or invalid path.");
+  Bytes content;
+  const Path file = PathFromUtf8(dialog.file);
+  const ReadResult read = ReadWholeFile(file, content, kMaximumEcfSize);
+  if (read != ReadResult::kDone) {
+    return refuse(SettingsField::kFile, "Configuration file does not exist or invalid path.",
+                  ReadReason(file, read.error));
   }
-  if (content->empty()) {
-    return refuse(SettingsField::kFile, "Configuration file does not contains any information.");
+  if (content.empty()) {
+    return refuse(SettingsField::kFile, "Configuration file does not contains any information.",
+                  Utf8FromPath(file));
   }
   LeaveConfigurationFile(context, dialog);
   if (!dialog.listed) return SettingsField::kFile;
@@ -262,7 +272,8 @@ SettingsOutcome AcceptSettings(const Context& context, SettingsForm& dialog, Pat
     config = std::move(chosen);
     ecf = dialog.listed_file;
   } else {
-    Tell(context.messages, Icon::kInformation, "Invalid configuration selection.");
+    TellWhy(context.messages, Icon::kInformation, Utf8FromPath(dialog.listed_file),
+            "Invalid configuration selection.");
   }
   // A changed format brings its own way of showing PIDs, over the list's.
   const bool format_changed = dialog.sdb_format != dialog.had_sdb_format;

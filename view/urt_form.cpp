@@ -42,20 +42,22 @@ std::optional<Refusal> CheckRow(const UrtForm& dialog, size_t place) {
   return std::nullopt;
 }
 
-bool TellResult(const Context& context, ConversionResult result, const UrtRow& row) {
+bool TellResult(const Context& context, const ConversionResult& result, const UrtRow& row) {
   switch (result) {
     case ConversionResult::kDone:
       return true;
     case ConversionResult::kCannotOpen:
-      Tell(context.messages, Icon::kStop, "Error No: -3 \n File Access Error!!!");
+      TellWhy(context.messages, Icon::kStop, result.detail, "Error No: -3 \n File Access Error!!!");
       break;
     case ConversionResult::kRefused:
       break;  // told where it was found
     case ConversionResult::kReadFailed:
-      Tell(context.messages, Icon::kStop, "Could not read file \"%s\".", Utf8FromPath(row.image).c_str());
+      TellWhy(context.messages, Icon::kStop, result.detail, "Could not read file \"%s\".",
+              Utf8FromPath(row.image).c_str());
       break;
     case ConversionResult::kWriteFailed:
-      Tell(context.messages, Icon::kStop, "Could not write file \"%s\".", Utf8FromPath(row.urt).c_str());
+      TellWhy(context.messages, Icon::kStop, result.detail, "Could not write file \"%s\".",
+              Utf8FromPath(row.urt).c_str());
       break;
   }
   return false;

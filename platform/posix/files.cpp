@@ -20,9 +20,13 @@ Path ComparedName(const Path& path) {
   return path;
 }
 
-NewFile CreateNewFile(const Path& path) {
+NewFile CreateNewFile(const Path& path, std::error_code& why) {
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  if (file < 0) return errno == EEXIST ? NewFile::kTaken : NewFile::kFailed;
+  if (file < 0 && errno == EEXIST) return NewFile::kTaken;
+  if (file < 0) {
+    why = LastSystemError();
+    return NewFile::kFailed;
+  }
   close(file);
   return NewFile::kMade;
 }
@@ -47,20 +51,39 @@ std::unique_ptr<LockedFile> LockFile(const Path& path, bool create) {
   return locked;
 }
 
+namespace {
+
+Made<std::FILE*> OpenEmpty(const Path& path) {
+  std::FILE* file = OpenFile(path, true);
+  if (!file) return LastSystemError();
+  return file;
+}
+
+Outcome WriteBytes(std::FILE* file, std::span<const uint8_t> bytes) {
+  ForgetFileErrors();
+  if (bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size()) return true;
+  return LastFileError();
+}
+
+Outcome FlushAndClose(std::FILE* file) {
+  ForgetFileErrors();
+  Outcome flushed;
+  // A pipe or a device has nothing to flush to, and says so.
+  if (std::fflush(file) != 0 || (fsync(fileno(file)) != 0 && errno != EINVAL && errno != ENOTSUP))
+    flushed = LastFileError();
+  if (std::fclose(file) != 0 && flushed) return LastFileError();
+  return flushed;
+}
+
+Outcome RenameOver(const Path& from, const Path& to) {
+  if (std::rename(from.c_str(), to.c_str()) == 0) return true;
+  return LastSystemError();
+}
+
+}  // namespace
+
 const FileOperations& SystemFiles() {
-  static const FileOperations operations = {
-      [](const Path& path) { return OpenFile(path, true); },
-      [](std::FILE* file, std::span<const uint8_t> bytes) {
-        return bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-      },
-      [](std::FILE* file) {
-        // A pipe or a device has nothing to flush to, and says so.
-        const bool flushed =
-            std::fflush(file) == 0 && (fsync(fileno(file)) == 0 || errno == EINVAL || errno == ENOTSUP);
-        return (std::fclose(file) == 0) && flushed;
-      },
-      [](const Path& from, const Path& to) { return std::rename(from.c_str(), to.c_str()) == 0; },
-  };
+  static const FileOperations operations = {OpenEmpty, WriteBytes, FlushAndClose, RenameOver};
   return operations;
 }
 

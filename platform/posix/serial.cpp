@@ -82,10 +82,10 @@ void ResetEvent(const SerialEventPtr& pointer) {
   }
 }
 
-SerialEventPtr CreateEvent(bool manual_reset, bool signalled) {
+Made<SerialEventPtr> CreateEvent(bool manual_reset, bool signalled) {
   const auto event = std::make_shared<Event>();
   event->manual = manual_reset;
-  if (pipe(event->pipe_ends) != 0) return nullptr;
+  if (pipe(event->pipe_ends) != 0) return LastSystemError();
   for (const int end : event->pipe_ends) fcntl(end, F_SETFD, FD_CLOEXEC);
   if (signalled) SetEvent(event);
   return event;
@@ -104,15 +104,18 @@ void GoOn(Pending& pending) {
       pending.watch = reads ? POLLIN : POLLOUT;
       return;
     }
-    if (count <= 0) break;  // the device is gone
+    if (count <= 0) {
+      const auto gone = std::make_error_code(std::errc::no_such_device);
+      pending.state = {IoResult::kFailed, count < 0 ? LastSystemError() : gone};
+      pending.watch = 0;
+      return;
+    }
     pending.moved += static_cast<size_t>(count);
     if (!reads && pending.moved < pending.size) continue;
     pending.state = IoResult::kDone;
     pending.watch = 0;
     return;
   }
-  pending.state = IoResult::kFailed;
-  pending.watch = 0;
 }
 
 std::shared_ptr<Pending> PendingOf(const Overlapped& overlapped) {
@@ -217,7 +220,7 @@ int TakeSignalled(std::span<const SerialEventPtr> events) {
   return kWaitTimeout;
 }
 
-int Wait(std::span<const SerialEventPtr> events, uint32_t milliseconds) {
+WaitResult Wait(std::span<const SerialEventPtr> events, uint32_t milliseconds) {
   using Clock = std::chrono::steady_clock;
   const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
   for (;;) {
@@ -237,25 +240,30 @@ int Wait(std::span<const SerialEventPtr> events, uint32_t milliseconds) {
       watched.push_back({operations.back() ? operations.back()->file : -1,
                          operations.back() ? operations.back()->watch : short{0}, 0});
     }
-    if (poll(watched.data(), watched.size(), left) < 0 && errno != EINTR) return kWaitFailed;
+    if (poll(watched.data(), watched.size(), left) < 0 && errno != EINTR)
+      return {kWaitFailed, LastSystemError()};
     for (size_t i = 0; i < events.size(); ++i) {
       if (operations[i] && watched[2 * i + 1].revents != 0) Finish(events[i], operations[i]);
     }
   }
 }
 
-SerialDevicePtr CreateFile(const std::string& name) {
+// The outcome of a call that gives 0 when it did what it was to do.
+Outcome Done(int result) {
+  return result == 0 ? Outcome() : Outcome(LastSystemError());
+}
+
+Made<SerialDevicePtr> CreateFile(const std::string& name) {
   const auto device = std::make_shared<Device>();
   device->file = open(PathFromUtf8(name).c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-  if (device->file < 0 || !isatty(device->file)) return nullptr;
-  if (flock(device->file, LOCK_EX | LOCK_NB) != 0) return nullptr;
+  if (device->file < 0 || !isatty(device->file)) return LastSystemError();
+  if (flock(device->file, LOCK_EX | LOCK_NB) != 0) return LastSystemError();
   return device;
 }
 
-bool CloseFile(const SerialDevicePtr& pointer) {
+Outcome CloseFile(const SerialDevicePtr& pointer) {
   Device& device = static_cast<Device&>(*pointer);
-  if (device.file < 0) return false;
-  const bool closed = close(device.file) == 0;
+  const Outcome closed = Done(close(device.file));
   device.file = -1;
   return closed;
 }
@@ -288,21 +296,22 @@ bool SetFrame(termios& state, const PortDcb& dcb) {
   return true;
 }
 
-bool SetState(const SerialDevicePtr& device, const PortDcb& dcb) {
+Outcome SetState(const SerialDevicePtr& device, const PortDcb& dcb) {
   const int file = FileOf(device);
   termios state{};
-  if (tcgetattr(file, &state) != 0) return false;
+  const auto not_taken = std::make_error_code(std::errc::invalid_argument);
+  if (tcgetattr(file, &state) != 0) return LastSystemError();
   cfmakeraw(&state);
-  if (!SetFrame(state, dcb)) return false;
+  if (!SetFrame(state, dcb)) return not_taken;
   state.c_cc[VMIN] = 1;
   state.c_cc[VTIME] = 0;
   const auto* named = std::find_if(std::begin(kSpeeds), std::end(kSpeeds),
                                    [&](const NamedSpeed& speed) { return speed.baud == dcb.baud_rate; });
   const bool known = named != std::end(kSpeeds);
   if (known && (cfsetispeed(&state, named->speed) != 0 || cfsetospeed(&state, named->speed) != 0))
-    return false;
-  if (tcsetattr(file, TCSANOW, &state) != 0) return false;
-  return known || SetAnySpeed(file, dcb.baud_rate);
+    return LastSystemError();
+  if (tcsetattr(file, TCSANOW, &state) != 0) return LastSystemError();
+  return known || SetAnySpeed(file, dcb.baud_rate) ? Outcome() : Outcome(not_taken);
 }
 
 // A terminal without modem lines (a pseudo-terminal) has none to raise, and none raised.
@@ -310,15 +319,17 @@ bool HasNoModemLines() {
   return errno == ENOTTY || errno == EINVAL;
 }
 
-bool RaiseDtr(const SerialDevicePtr& device) {
+Outcome RaiseDtr(const SerialDevicePtr& device) {
   const int line = TIOCM_DTR;
-  return ioctl(FileOf(device), TIOCMBIS, &line) == 0 || HasNoModemLines();
+  const Outcome raised = Done(ioctl(FileOf(device), TIOCMBIS, &line));
+  return raised || !HasNoModemLines() ? raised : Outcome();
 }
 
-bool ModemStatus(const SerialDevicePtr& device, uint32_t& modem) {
+Outcome ModemStatus(const SerialDevicePtr& device, uint32_t& modem) {
   int lines = 0;
   modem = 0;
-  if (ioctl(FileOf(device), TIOCMGET, &lines) != 0) return HasNoModemLines();
+  if (ioctl(FileOf(device), TIOCMGET, &lines) != 0)
+    return HasNoModemLines() ? Outcome() : Outcome(LastSystemError());
   if (lines & TIOCM_CTS) modem |= 0x10;
   if (lines & TIOCM_DSR) modem |= 0x20;
   if (lines & TIOCM_RNG) modem |= 0x40;
@@ -326,18 +337,21 @@ bool ModemStatus(const SerialDevicePtr& device, uint32_t& modem) {
   return true;
 }
 
-bool ClearError(const SerialDevicePtr& device, CommStatus& status) {
+Outcome ClearError(const SerialDevicePtr& device, CommStatus& status) {
   int waiting = 0;
   status = {};
-  if (ioctl(FileOf(device), FIONREAD, &waiting) != 0) return errno != EIO && errno != ENODEV;  // unplugged
+  if (ioctl(FileOf(device), FIONREAD, &waiting) != 0) {
+    const bool unplugged = errno == EIO || errno == ENODEV;
+    return unplugged ? Outcome(LastSystemError()) : Outcome();
+  }
   status.in_queue = static_cast<uint32_t>(waiting);
   return true;
 }
 
-bool Purge(const SerialDevicePtr& device, uint32_t what) {
-  bool done = true;
-  if (what & kPurgeReceive) done = tcflush(FileOf(device), TCIFLUSH) == 0;
-  if (what & kPurgeTransmit) done = tcflush(FileOf(device), TCOFLUSH) == 0 && done;
+Outcome Purge(const SerialDevicePtr& device, uint32_t what) {
+  Outcome done;
+  if (what & kPurgeReceive) done = Done(tcflush(FileOf(device), TCIFLUSH));
+  if (what & kPurgeTransmit && done) done = Done(tcflush(FileOf(device), TCOFLUSH));
   return done;
 }
 

@@ -46,10 +46,12 @@ std::string Unescape(const std::string& text) {
   return plain;
 }
 
-Sections ReadSections(const Path& file) {
+// `why`: of a file that is there and cannot be read.
+Sections ReadSections(const Path& file, std::error_code& why) {
   Sections sections;
-  const auto content = ReadWholeFile(file, 1 << 20);
-  if (!content) return sections;
+  Bytes content;
+  const ReadResult read = ReadWholeFile(file, content, 1 << 20);
+  if (read != ReadResult::kDone && CauseOf(read.error) != Cause::kMissing) why = read.error;
   std::string section, line;
   const auto take = [&] {
     const size_t equals = line.find('=');
@@ -61,21 +63,23 @@ Sections ReadSections(const Path& file) {
     }
     line.clear();
   };
-  for (const uint8_t byte : *content) byte == '\n' ? take() : line.push_back(static_cast<char>(byte));
+  for (const uint8_t byte : content) byte == '\n' ? take() : line.push_back(static_cast<char>(byte));
   take();
   return sections;
 }
 
-bool WriteSections(const Path& file, const Sections& sections) {
+Outcome WriteSections(const Path& file, const Sections& sections) {
   std::error_code error;
   std::filesystem::create_directories(file.parent_path(), error);
+  if (error) return error;
   std::string text;
   for (const auto& [section, values] : sections) {
     text += "[" + Escape(section) + "]\n";
     for (const auto& [name, value] : values) text += Escape(name) + "=" + Escape(value) + "\n";
   }
   const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-  return WriteWholeFile(file, {bytes, text.size()}) == WriteResult::kDone;
+  const WriteResult written = WriteWholeFile(file, {bytes, text.size()});
+  return written == WriteResult::kDone ? Outcome() : Outcome(written.error);
 }
 
 }  // namespace
@@ -83,24 +87,31 @@ bool WriteSections(const Path& file, const Sections& sections) {
 SettingsStore SystemSettingsStore() {
   const Path file = SettingsFile();
   SettingsStore store;
-  store.open = [file](const std::string& key) {
-    Sections sections = ReadSections(file);
+  store.place = Utf8FromPath(file);
+  store.open = [file](const std::string& key) -> OpenedKey {
+    std::error_code why;
+    Sections sections = ReadSections(file, why);
+    if (why) return {KeyState::kUnavailable, why};
     if (sections.contains(key)) return KeyState::kExisted;
     sections[key];
-    return WriteSections(file, sections) ? KeyState::kCreated : KeyState::kUnavailable;
+    const Outcome written = WriteSections(file, sections);
+    return written ? OpenedKey(KeyState::kCreated) : OpenedKey(KeyState::kUnavailable, written.error);
   };
   store.read = [file](const std::string& key, const std::string& name) -> std::optional<std::string> {
-    const Sections sections = ReadSections(file);
+    std::error_code why;
+    const Sections sections = ReadSections(file, why);
     const auto values = sections.find(key);
     if (values == sections.end()) return std::nullopt;
     const auto value = values->second.find(name);
     if (value == values->second.end()) return std::nullopt;
     return value->second;
   };
-  store.write = [file](const std::string& key, const std::string& name, const std::string& value) {
-    Sections sections = ReadSections(file);
+  store.write = [file](const std::string& key, const std::string& name, const std::string& value) -> Outcome {
+    std::error_code why;
+    Sections sections = ReadSections(file, why);
+    if (why) return why;
     sections[key][name] = value;
-    WriteSections(file, sections);
+    return WriteSections(file, sections);
   };
   return store;
 }

@@ -3,8 +3,8 @@
 #include <io.h>
 #include <windows.h>
 
-#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <cwctype>
 
 #include "platform/file_system.h"
@@ -37,17 +37,15 @@ Path ComparedName(const Path& path) {
   return name;
 }
 
-NewFile CreateNewFile(const Path& path) {
+NewFile CreateNewFile(const Path& path, std::error_code& why) {
   const HANDLE file = CreateFileW(LongPath(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                   FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file != INVALID_HANDLE_VALUE) {
     CloseHandle(file);
     return NewFile::kMade;
   }
-  const DWORD error = GetLastError();
-  if (error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS) return NewFile::kTaken;
-  const bool missing = error == ERROR_PATH_NOT_FOUND || error == ERROR_FILE_NOT_FOUND;
-  errno = missing ? ENOENT : error == ERROR_DISK_FULL ? ENOSPC : EACCES;
+  why = LastSystemError();
+  if (why.value() == ERROR_FILE_EXISTS || why.value() == ERROR_ALREADY_EXISTS) return NewFile::kTaken;
   return NewFile::kFailed;
 }
 
@@ -72,21 +70,41 @@ std::unique_ptr<LockedFile> LockFile(const Path& path, bool create) {
   return locked;
 }
 
+namespace {
+
+Made<std::FILE*> OpenEmpty(const Path& path) {
+  ForgetFileErrors();
+  std::FILE* file = OpenFile(path, true);
+  if (!file) return LastFileError();
+  return file;
+}
+
+Outcome WriteBytes(std::FILE* file, std::span<const uint8_t> bytes) {
+  ForgetFileErrors();
+  if (bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size()) return true;
+  return LastFileError();
+}
+
+Outcome FlushAndClose(std::FILE* file) {
+  ForgetFileErrors();
+  Outcome flushed;
+  if (std::fflush(file) != 0 || _commit(_fileno(file)) != 0) flushed = LastFileError();
+  if (std::fclose(file) != 0 && flushed) return LastFileError();
+  return flushed;
+}
+
+Outcome RenameOver(const Path& from, const Path& to) {
+  if (MoveFileExW(LongPath(from).c_str(), LongPath(to).c_str(),
+                  MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+    return true;
+  }
+  return LastSystemError();
+}
+
+}  // namespace
+
 const FileOperations& SystemFiles() {
-  static const FileOperations operations = {
-      [](const Path& path) { return OpenFile(path, true); },
-      [](std::FILE* file, std::span<const uint8_t> bytes) {
-        return bytes.empty() || std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-      },
-      [](std::FILE* file) {
-        const bool flushed = std::fflush(file) == 0 && _commit(_fileno(file)) == 0;
-        return (std::fclose(file) == 0) && flushed;
-      },
-      [](const Path& from, const Path& to) {
-        return MoveFileExW(LongPath(from).c_str(), LongPath(to).c_str(),
-                           MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
-      },
-  };
+  static const FileOperations operations = {OpenEmpty, WriteBytes, FlushAndClose, RenameOver};
   return operations;
 }
 

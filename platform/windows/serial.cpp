@@ -50,55 +50,59 @@ HANDLE HandleOf(const SerialEventPtr& event) {
   return static_cast<Event&>(*event).handle;
 }
 
-SerialDevicePtr OpenDevice(const std::string& name) {
+Outcome Done(BOOL done) {
+  return done ? Outcome() : Outcome(LastSystemError());
+}
+
+Made<SerialDevicePtr> OpenDevice(const std::string& name) {
   // Names above COM9 are found in the device name space only; the low ones there too.
   const std::wstring path = name.rfind("\\\\", 0) == 0 ? Wide(name) : L"\\\\.\\" + Wide(name);
   const auto device = std::make_shared<Device>();
   device->handle = CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                FILE_FLAG_OVERLAPPED | FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (device->handle == INVALID_HANDLE_VALUE) return nullptr;
+  if (device->handle == INVALID_HANDLE_VALUE) return LastSystemError();
   return device;
 }
 
-bool CloseDevice(const SerialDevicePtr& pointer) {
+Outcome CloseDevice(const SerialDevicePtr& pointer) {
   Device& device = static_cast<Device&>(*pointer);
-  if (!CloseHandle(device.handle)) return false;
+  if (!CloseHandle(device.handle)) return LastSystemError();
   device.handle = INVALID_HANDLE_VALUE;
   return true;
 }
 
-SerialEventPtr MakeEvent(bool manual_reset, bool signalled) {
+Made<SerialEventPtr> MakeEvent(bool manual_reset, bool signalled) {
   const auto event = std::make_shared<Event>();
   event->handle = CreateEventW(nullptr, manual_reset, signalled, nullptr);
-  if (!event->handle) return nullptr;
+  if (!event->handle) return LastSystemError();
   return event;
 }
 
-int WaitForEvents(std::span<const SerialEventPtr> events, uint32_t milliseconds) {
+WaitResult WaitForEvents(std::span<const SerialEventPtr> events, uint32_t milliseconds) {
   std::array<HANDLE, 8> handles{};
   const size_t count = std::min(events.size(), handles.size());
   for (size_t i = 0; i < count; ++i) handles[i] = HandleOf(events[i]);
   const DWORD result = WaitForMultipleObjects(static_cast<DWORD>(count), handles.data(), FALSE, milliseconds);
   if (result == WAIT_TIMEOUT) return kWaitTimeout;
   if (result < WAIT_OBJECT_0 + count) return static_cast<int>(result - WAIT_OBJECT_0);
-  return kWaitFailed;
+  return {kWaitFailed, LastSystemError()};
 }
 
-bool GetTimeouts(const SerialDevicePtr& device, CommTimeouts& timeouts) {
+Outcome GetTimeouts(const SerialDevicePtr& device, CommTimeouts& timeouts) {
   COMMTIMEOUTS system{};
-  if (!GetCommTimeouts(HandleOf(device), &system)) return false;
+  if (!GetCommTimeouts(HandleOf(device), &system)) return LastSystemError();
   timeouts = {system.ReadIntervalTimeout, system.ReadTotalTimeoutMultiplier, system.ReadTotalTimeoutConstant,
               system.WriteTotalTimeoutMultiplier, system.WriteTotalTimeoutConstant};
   return true;
 }
 
-bool SetTimeouts(const SerialDevicePtr& device, const CommTimeouts& timeouts) {
+Outcome SetTimeouts(const SerialDevicePtr& device, const CommTimeouts& timeouts) {
   COMMTIMEOUTS system{timeouts.read_interval, timeouts.read_multiplier, timeouts.read_constant,
                       timeouts.write_multiplier, timeouts.write_constant};
-  return SetCommTimeouts(HandleOf(device), &system) != 0;
+  return Done(SetCommTimeouts(HandleOf(device), &system));
 }
 
-bool SetState(const SerialDevicePtr& device, const PortDcb& dcb) {
+Outcome SetState(const SerialDevicePtr& device, const PortDcb& dcb) {
   DCB system{};
   system.DCBlength = dcb.length;
   system.BaudRate = dcb.baud_rate;
@@ -119,13 +123,13 @@ bool SetState(const SerialDevicePtr& device, const PortDcb& dcb) {
   system.StopBits = dcb.stop_bits;
   system.XonChar = static_cast<char>(dcb.xon_char);
   system.XoffChar = static_cast<char>(dcb.xoff_char);
-  return SetCommState(HandleOf(device), &system) != 0;
+  return Done(SetCommState(HandleOf(device), &system));
 }
 
-bool ClearError(const SerialDevicePtr& device, CommStatus& status) {
+Outcome ClearError(const SerialDevicePtr& device, CommStatus& status) {
   DWORD errors = 0;
   COMSTAT system{};
-  if (!ClearCommError(HandleOf(device), &errors, &system)) return false;
+  if (!ClearCommError(HandleOf(device), &errors, &system)) return LastSystemError();
   status = {errors, 0, system.cbInQue, system.cbOutQue};
   if (system.fCtsHold) status.flags |= 1;
   if (system.fDsrHold) status.flags |= 2;
@@ -137,16 +141,17 @@ bool ClearError(const SerialDevicePtr& device, CommStatus& status) {
   return true;
 }
 
-bool ModemStatus(const SerialDevicePtr& device, uint32_t& modem) {
+Outcome ModemStatus(const SerialDevicePtr& device, uint32_t& modem) {
   DWORD lines = 0;
-  if (!GetCommModemStatus(HandleOf(device), &lines)) return false;
+  if (!GetCommModemStatus(HandleOf(device), &lines)) return LastSystemError();
   modem = lines;
   return true;
 }
 
 IoResult Failure(DWORD error) {
   if (error == ERROR_IO_PENDING || error == ERROR_IO_INCOMPLETE) return IoResult::kPending;
-  return error == ERROR_OPERATION_ABORTED ? IoResult::kAborted : IoResult::kFailed;
+  if (error == ERROR_OPERATION_ABORTED) return IoResult::kAborted;
+  return {IoResult::kFailed, {static_cast<int>(error), std::system_category()}};
 }
 
 bool IsRunning(const Pending& pending) {
@@ -159,7 +164,7 @@ void Release(Pending* pending) {
 }
 
 IoResult Started(Pending& pending, BOOL done) {
-  const IoResult result = done ? IoResult::kDone : Failure(GetLastError());
+  const IoResult result = done ? IoResult() : Failure(GetLastError());
   pending.taken = result == IoResult::kPending;
   return result;
 }
@@ -191,7 +196,7 @@ IoResult Write(const SerialDevicePtr& device, std::span<const uint8_t> bytes, si
                               pending ? &pending->overlapped : nullptr);
   count = done ? moved : 0;
   if (pending) return Started(*pending, done);
-  return done ? IoResult::kDone : Failure(GetLastError());
+  return done ? IoResult() : Failure(GetLastError());
 }
 
 IoResult WaitEvent(const SerialDevicePtr& device, uint32_t& mask, Overlapped& overlapped) {
@@ -240,16 +245,16 @@ CommApi MakeApi() {
   api.set_timeouts = SetTimeouts;
   api.set_state = SetState;
   api.setup_queues = [](const SerialDevicePtr& device, uint32_t receive, uint32_t transmit) {
-    return SetupComm(HandleOf(device), receive, transmit) != 0;
+    return Done(SetupComm(HandleOf(device), receive, transmit));
   };
   api.raise_dtr = [](const SerialDevicePtr& device) {
-    return EscapeCommFunction(HandleOf(device), SETDTR) != 0;
+    return Done(EscapeCommFunction(HandleOf(device), SETDTR));
   };
   api.set_mask = [](const SerialDevicePtr& device, uint32_t mask) {
-    return SetCommMask(HandleOf(device), mask) != 0;
+    return Done(SetCommMask(HandleOf(device), mask));
   };
   api.purge = [](const SerialDevicePtr& device, uint32_t what) {
-    return PurgeComm(HandleOf(device), what) != 0;
+    return Done(PurgeComm(HandleOf(device), what));
   };
   api.clear_error = ClearError;
   api.modem_status = ModemStatus;
@@ -325,6 +330,13 @@ std::vector<SerialPortInfo> ListSerialPorts() {
     return a.name.size() != b.name.size() ? a.name.size() < b.name.size() : a.name < b.name;
   });
   return ports;
+}
+
+// The system does not tell who holds a port, and refuses one that is held as it refuses what is forbidden;
+// ports forbidden to a user are not known.
+std::string PortRefusal(const std::string& name, const std::error_code& error) {
+  if (CauseOf(error) == Cause::kInUse || CauseOf(error) == Cause::kNoPermission) return name + " is in use";
+  return Reason(Attempt::kOpenPort, name, error);
 }
 
 bool IsSamePort(const std::string& one, const std::string& other) {

@@ -71,8 +71,9 @@ TEST_F(EditCommands, SortRefusesWrongUsageAndPlaces) {
   EXPECT_FALSE(Exists("out.bin"));
   const ProgramResult result = Vexa("sort @in.bin -o @no/such/folder.bin --satellites name");
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "error: Save as operation failed!!.\ninfo: " + In("no/such/folder.bin") +
-                               ": No such file or directory\n");
+  EXPECT_EQ(result.errors,
+            "error: Save as operation failed!!.\ninfo: " + In("no/such/folder.bin") +
+                ": No such file or directory. Make the folder first, or choose another one.\n");
 }
 
 TEST_F(EditCommands, CheckPrintsFindingsAndEndsWithOne) {

@@ -33,7 +33,7 @@ struct Process : CliTest {
 
   // Runs the command line in a child; its standard error goes to "errors", its output to `output`.
   pid_t Start(const std::string& line, int fails_at = 0, const std::string& output = "/dev/null",
-              bool line_by_line = false) {
+              bool line_by_line = false, FailingThreads threads = FailingThreads::kThis) {
     const pid_t child = fork();
     if (child != 0) return child;
     const auto direct = [](const std::string& path, int stream) {
@@ -50,7 +50,7 @@ struct Process : CliTest {
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     std::optional<FailingMemory> memory;
-    if (fails_at > 0) memory.emplace(fails_at);
+    if (fails_at > 0) memory.emplace(fails_at, threads);
     const int status = RunProgram(static_cast<int>(arguments.size()), pointers.data());
     _exit(fails_at > 0 && !memory->Reached() ? 100 : status);
   }
@@ -114,6 +114,34 @@ TEST_F(Process, AFailedAllocationIsToldAndLeavesOldOutputsWhereverItHappens) {
     }
     EXPECT_GT(told, 30) << line;
   }
+}
+
+// The job and the reader of a port run on threads of their own.
+TEST_F(Process, AFailedAllocationInATransfersThreadIsToldAndLeavesNothingBehind) {
+  const pid_t loader = Start("loader --link @far");
+  for (int i = 0; i < 400 && !std::filesystem::is_symlink(At("far")); ++i) usleep(5000);
+  if (!std::filesystem::is_symlink(At("far"))) {
+    End(loader);
+    GTEST_SKIP() << "no pseudo-terminals on this system";
+  }
+  EXPECT_EQ(End(Start("upload adb @base.bin --port @far --timeout 20")), 0) << Errors();
+  for (const std::string line :
+       {"upload adb @base.bin --port @far --timeout 20", "download -o @out --port @far --timeout 20"}) {
+    int told = 0;
+    for (int n = 1; !HasFailure(); n = n < 6 ? n + 1 : n * 2) {
+      Put("out", "old");
+      const int status = End(Start(line, n, "/dev/null", false, FailingThreads::kOthers));
+      if (status == 100) break;
+      EXPECT_EQ(status, 1) << line << n;
+      EXPECT_TRUE(Errors().ends_with(std::string("error: ") + kOutOfMemoryText + "\n")) << Errors();
+      EXPECT_EQ(Left(), 0u) << line << n;
+      EXPECT_EQ(Get("out"), BytesOf("old")) << line << n;
+      ++told;
+    }
+    EXPECT_GT(told, 6) << line;
+  }
+  kill(loader, SIGTERM);
+  End(loader);
 }
 
 TEST_F(Process, SignalsEndEveryCommandWithNothingLeftBehind) {

@@ -53,7 +53,10 @@ class ReceiverCommands : public CliTest {
 };
 
 TEST_F(ReceiverCommands, APortThatIsNotThereIsToldWithThoseThatAre) {
-  const std::string library = "error: Port is not available.\n",
+  const auto missing = SystemCommApi().create_file(In("no-port")).error;
+  ASSERT_EQ(CauseOf(missing), Cause::kMissing);
+  const std::string library =
+                        "error: Port is not available.\ninfo: " + PortRefusal(In("no-port"), missing) + "\n",
                     frame = "error: Can't open port.\nPort may be opened by another application.\n";
   const std::pair<std::string, std::string> rows[] = {{"upload adb @list.bin", library + frame},
                                                       {"upload sdb @list.bin", library + frame},
@@ -203,7 +206,7 @@ TEST_F(ReceiverCommands, TheLineIsSetAsTheOptionsSay) {
 
 TEST_F(ReceiverCommands, WhatCannotBeReadOrWrittenIsToldBeforeTheLine) {
   bool opened = false;
-  line_of_ports.create_file = [&](const std::string&) -> SerialDevicePtr {
+  line_of_ports.create_file = [&](const std::string&) -> Made<SerialDevicePtr> {
     opened = true;
     return nullptr;
   };
@@ -261,7 +264,10 @@ TEST_F(ReceiverCommands, ATraceThatCannotBeWrittenIsAFailure) {
   if (!StartReceiver()) GTEST_SKIP() << "no pseudo-terminals on this system";
   const ProgramResult result = Vexa("upload adb @list.bin --port @line --trace /dev/full");
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.errors, HasSubstr("error: Could not write \"/dev/full\": No space left on device\n"));
+  EXPECT_THAT(
+      result.errors,
+      HasSubstr(
+          "error: Could not write \"/dev/full\": No space left on device\ninfo: No space is left there"));
 }
 
 TEST_F(ReceiverCommands, TheLoaderReplacesNothingButADeadLinkOfItsOwnKind) {
@@ -279,7 +285,7 @@ TEST_F(ReceiverCommands, TheLoaderReplacesNothingButADeadLinkOfItsOwnKind) {
   EXPECT_FALSE(OpenPseudoTerminal(At("own"))) << "it is in use";
   // A port belongs to the one who opened it.
   const CommApi& api = SystemCommApi();
-  const auto port = api.create_file(terminal->path);
+  const auto port = api.create_file(terminal->path).value;
   EXPECT_TRUE(port);
   EXPECT_FALSE(api.create_file(terminal->path));
   EXPECT_TRUE(api.close_file(port));
@@ -300,7 +306,8 @@ TEST_F(ReceiverCommands, AnUnpluggedPortEndsTheTransferWithOneMessage) {
   user.join();
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.errors, "Receiver not connected.\nerror: " + In("line") +
-                               " is not available any more.\nThe transfer was ended.\n");
+                               " is not available any more.\nThe transfer was ended.\ninfo: " + In("line") +
+                               ": Input/output error. Connect the device again, and start anew.\n");
 }
 
 // A receiver that restarts as soon as it knows that all has arrived.

@@ -29,6 +29,10 @@ struct CompileTest : testing::Test {
 
 constexpr const char* kMaker = "[[manufacturer]]\nid = 7\nproducts = [\"p\"]\n";
 constexpr const char* kProduct = "[product.p]\nname = \"P\"\nconfigurations = [\"c\"]\n";
+// What every configuration with partitions needs, one a table of the image.
+constexpr const char* kFourTables =
+    "{ type = 3, start = 0, length = 2508 }, { type = 4, start = 0, length = 220000 }, "
+    "{ type = 5, start = 0, length = 9998 }, { type = 2, start = 0, length = 2248 }";
 constexpr const char* kConfiguration = "[configuration.c]\nname = \"C\"\n";
 
 TEST_F(CompileTest, ReaderFindsWhatTheSourceStates) {
@@ -50,7 +54,8 @@ name = "C"
 version = [1, 2]
 regions = [{ name = "ADB Application", type = 3, start = 0x10, end = 4294967295 }]
 loader = { header_tag = 1, packet_tag = 2, block_size = 256, packet_size = 2979 }
-partitions = [{ type = 6, start = 1, length = 56352 }, { type = 0, number = 9, start = 3, length = 3360, bitmap_bits = 40 }]
+partitions = [{ type = 6, start = 1, length = 56352 }, { type = 0, number = 9, start = 3, length = 3360, bitmap_bits = 40 },
+  )" + kFourTables + R"(]
 extra = "0102030405060708"
 menu_languages = [["eng", "English"]]
 audio_languages = [["fra", "Français"], ["deu", "Deutsch"]]
@@ -61,11 +66,13 @@ extra = "00 00 00 00 00 00 00 01"
 )",
                    config))
       << testing::PrintToString(recorder.Texts());
-  EXPECT_EQ(Listing(config),
-            "maker 7\nproduct P\xE9ri 5 1\ntable 0-13\ntable ff-ff\nconfiguration D 1.2\n"
-            "region ADB Application 3 10-ffffffff\nloader 1 2 256 2979\npartition 1 6 1-56353\n"
-            "partition 9 0 3-3371\nsizes 3368 0 0 0 0 0 56352\nextra 0 0 0 0 0 0 0 1\nlanguages eng "
-            "0\nlanguages fra 0 deu 0");
+  EXPECT_EQ(
+      Listing(config),
+      "maker 7\nproduct P\xE9ri 5 1\ntable 0-13\ntable ff-ff\nconfiguration D 1.2\n"
+      "region ADB Application 3 10-ffffffff\nloader 1 2 256 2979\npartition 1 6 1-56353\n"
+      "partition 9 0 3-3371\npartition 10 3 0-2508\npartition 11 4 0-220000\npartition 12 5 0-9998\n"
+      "partition 13 2 0-2248\nsizes 3368 0 2248 2508 220000 9998 56352\nextra 0 0 0 0 0 0 0 1\nlanguages eng "
+      "0\nlanguages fra 0 deu 0");
   EXPECT_EQ(LanguageName(config.first_languages.records[0]), "English");
   EXPECT_EQ(LanguageName(config.second_languages.records[0]),
             "Fran\xE7"
@@ -162,18 +169,22 @@ TEST_F(CompileTest, EveryFaultHasItsPlace) {
 }
 
 TEST_F(CompileTest, PartitionsHoldTheirTables) {
-  // Behind the sizes in an EEPROM, place 1, those of a journal, all other places.
+  // The sizes in an EEPROM, place 1, and those in a journal, all other places.
   const struct {
     int type, eeprom, journal;
   } rows[] = {{3, 2508, 2508},   {4, 220000, 220000}, {5, 9998, 9998},
               {6, 56352, 56352}, {0, 96, 3368},       {2, 64, 2248}};
-  const auto compiles = [&](int type, int length, const char* places) {
+  // With one partition of each type, the first of this length; `region` bytes for all of them.
+  const auto compiles = [&](int type, int length, const char* places, int region = 300000) {
     const std::string configurations = Format("[product.p]\nname = \"P\"\nconfigurations = [%s]\n", places);
+    std::string partitions = Format("{type=%d,start=0,length=%d}", type, length);
+    for (const auto& row : rows) {
+      if (row.type != type) partitions += Format(",{type=%d,start=0,length=%d}", row.type, row.journal);
+    }
     return Compile(kMaker + configurations + kConfiguration +
-                   "regions = [{name=\"123456789012345\",type=3,start=0,end=1}]\n"
-                   "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n" +
-                   Format("partitions = [{type=%d,start=0,length=%d}]\n", type, length) +
-                   "[configuration.d]\nname = \"D\"\n")
+                   Format("regions = [{name=\"123456789012345\",type=3,start=0,end=%d}]\n", region) +
+                   "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\npartitions = [" +
+                   partitions + "]\n[configuration.d]\nname = \"D\"\n")
         .has_value();
   };
   for (const auto& row : rows) {
@@ -196,18 +207,35 @@ TEST_F(CompileTest, PartitionsHoldTheirTables) {
     }
     recorder.Texts();
   }
-  EXPECT_TRUE(compiles(1, 0, "\"c\""));
+  // The region: of a journal all tables, of an EEPROM's place the four before it.
+  const int four = 2508 + 220000 + 9998 + 56352, all = four + 3368 + 2248;
+  for (const auto& [places, needed] : {std::pair("\"c\"", all), std::pair("\"d\", \"c\"", four)}) {
+    EXPECT_TRUE(compiles(3, 2508, places, needed));
+    EXPECT_FALSE(compiles(3, 2508, places, needed - 1));
+    EXPECT_NE(
+        recorder.Texts().at(0).find(Format("(11,14): configuration.c.partitions: The partitions take %d "
+                                           "bytes, the region \"123456789012345\" has %d.",
+                                           needed, needed - 1)),
+        std::string::npos);
+  }
   EXPECT_FALSE(Compile(std::string(kMaker) + kProduct + kConfiguration +
-                       "regions = [{name=\"12345678901234\",type=3,start=0,end=1}]\n"
+                       "regions = [{name=\"12345678901234\",type=3,start=0,end=300000}]\n"
                        "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n"
                        "partitions = [{type=1,start=0,length=0}, {type=1,start=0,length=0}]"));
   const Texts texts = recorder.Texts();
-  ASSERT_EQ(texts.size(), 2u) << testing::PrintToString(texts);
+  ASSERT_EQ(texts.size(), 8u) << testing::PrintToString(texts);
   EXPECT_NE(texts[0].find(
                 "(9,18): configuration.c.regions[0].name: Receivers show the region of type 3 by a name of "
                 "15 characters; this one has 14."),
             std::string::npos);
-  EXPECT_NE(texts[1].find("partitions[1].type: There are two partitions of type 1."), std::string::npos);
+  const int missing[] = {0, 2, 3, 4, 5, 6};
+  for (size_t i = 0; i < 6; ++i) {
+    EXPECT_NE(texts[i + 1].find(Format(
+                  "(11,14): configuration.c.partitions: There is no partition of type %d.", missing[i])),
+              std::string::npos)
+        << texts[i + 1];
+  }
+  EXPECT_NE(texts[7].find("partitions[1].type: There are two partitions of type 1."), std::string::npos);
 }
 
 struct DescribeTest : CompileTest {
@@ -235,12 +263,13 @@ TEST_F(DescribeTest, CompilesToTheSameBytes) {
         "[configuration.c]\nname = \"A b\"\nversion = [255, 15]\nmenu_languages = []\nextra = "
         "\"0102030405060708\"\n"
         "[configuration.d]\nname = \"a-B\"\naudio_languages = [[\"\", \"\"], [\"abc\", \"\\u0001\"]]\n"
-        "regions = [{name=\"123456789012345\",type=3,start=4294967295,end=4294967295},"
+        "regions = [{name=\"123456789012345\",type=3,start=4000000000,end=4294967295},"
         "{name=\"\",type=255,start=0,end=0}]\n"
         "loader = {header_tag=0,packet_tag=255,block_size=256,packet_size=2979}\n"
         "partitions = "
-        "[{type=1,number=255,start=1,length=2,bitmap_bits=0},{type=5,number=3,start=0,length=9998},"
-        "{type=2,start=0,length=64,bitmap_bits=255}]\n"}) {
+        "[{type=0,number=255,start=1,length=96,bitmap_bits=0},{type=5,number=3,start=0,length=9998},"
+        "{type=2,start=0,length=64,bitmap_bits=255},{type=6,start=0,length=56352},"
+        "{type=3,start=0,length=2508},{type=4,start=0,length=220000}]\n"}) {
     const auto file = Compile(text);
     ASSERT_TRUE(file) << testing::PrintToString(recorder.Texts());
     ExpectRoundTrip(*file);

@@ -18,7 +18,7 @@ constexpr const char* kInvalid = "Invalid or unknown file format.";
 struct Opened {
   bool good = false;
   Document document;
-  std::vector<ShownMessage> shown;
+  std::vector<Message> shown;
   std::vector<std::string> Texts() const {
     std::vector<std::string> texts;
     for (const auto& message : shown) texts.push_back(message.text);
@@ -31,9 +31,7 @@ Opened Open(const Bytes& file, Document document = {}) {
   Opened opened;
   opened.document = std::move(document);
   Context context;  // without a Recorder's folder: there are thousands of these
-  context.messages.tell = [&](Icon icon, const std::string& text, const std::string& title) {
-    opened.shown.push_back({icon, text, title});
-  };
+  context.messages.tell = [&](const Message& message) { opened.shown.push_back(message); };
   const std::vector<uint8_t> exact(file.begin(), file.end());
   opened.good = OpenBinBytes(context, exact, opened.document);
   for (const OpenSdb& sdb : opened.document.sdbs) EXPECT_EQ(CheckLinks(*sdb.database), "");

@@ -277,10 +277,12 @@ TEST_F(OldFile, StaysWhenAnyStepFails) {
     recorder.FailStep(step);
     saved = SaveBin(recorder.context, document, path).has_value();
     ExpectContent(saved ? SampleContainer().Join() : old);
+    const std::string detail = recorder.shown.empty() ? "" : recorder.shown[0].detail;
     const auto texts = recorder.Texts();
     if (saved) {
       EXPECT_TRUE(texts.empty());
     } else {
+      EXPECT_EQ(detail, Recorder::FullDisk(path));
       EXPECT_EQ(texts, std::vector<std::string>{step == 1 ? cannot_create : kNotSaved});
     }
   }
@@ -308,9 +310,9 @@ TEST_F(OldFile, StaysWhenMemoryRunsOut) {
 
 TEST(BinSize, LimitIs131072Bytes) {
   Recorder recorder;
-  EXPECT_TRUE(CheckBinSize(recorder.context, 131072));
+  EXPECT_TRUE(CheckBinSize(recorder.context, "a.bin", 131072));
   EXPECT_TRUE(recorder.shown.empty());
-  EXPECT_FALSE(CheckBinSize(recorder.context, 131073));
+  EXPECT_FALSE(CheckBinSize(recorder.context, "a.bin", 131073));
   EXPECT_EQ(recorder.Texts(), std::vector<std::string>{"File size exceeds the limit. Can not continue."});
 }
 

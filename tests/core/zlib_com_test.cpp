@@ -79,7 +79,7 @@ TEST(ZlibCom, DamagedOrTooLongDataFailsToInflate) {
   packed.back() ^= 1;                                                                       // the checksum
   EXPECT_EQ(DecompressBuffer(recorder.context.messages, packed, enough, length, "T"), -3);  // Z_DATA_ERROR
   ASSERT_EQ(recorder.shown.size(), 3u);
-  for (const ShownMessage& message : recorder.shown) EXPECT_EQ(message.text, "Decompression failed.");
+  for (const Message& message : recorder.shown) EXPECT_EQ(message.text, "Decompression failed.");
   EXPECT_EQ(recorder.shown[0].title, "Compression");
   EXPECT_EQ(recorder.shown[2].title, "T");
 }

@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > 12 && data[4] == 0x10 && data[11] != 0 && size > 15 && data[14] != 0) return 0;
   int told = 0;
   Context context;
-  context.messages.tell = [&](Icon, const std::string&, const std::string&) { ++told; };
+  context.messages.tell = [&](const Message&) { ++told; };
   Document document;
   const bool opened = OpenBinBytes(context, {data, size}, document);
   Require(opened || told > 0, "a refusal without a message");

@@ -9,7 +9,7 @@ using namespace vexa;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Context context;
-  context.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  context.messages.tell = [](const Message&) {};
   context.messages.ask = [](const std::string&, const std::string&, bool) { return true; };
   ByteReader reader({data, size});
   ProjectConfig config;

@@ -22,7 +22,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 3) return 0;
   int messages = 0;
   vexa::Context context;
-  context.messages.tell = [&](vexa::Icon, const std::string&, const std::string&) { ++messages; };
+  context.messages.tell = [&](const vexa::Message&) { ++messages; };
   context.messages.ask = [](const std::string&, const std::string&, bool) { return false; };
   if (vexa::WriteWholeFile(File(), {data + 3, size - 3}) != vexa::WriteResult::kDone) std::abort();
   vexa::ProjectConfig config;

@@ -24,7 +24,7 @@ struct OwnFolder {
 Context QuietContext() {
   static const OwnFolder folder;
   Context context;
-  context.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  context.messages.tell = [](const Message&) {};
   if (folder.path) context.temporary_folder = *folder.path;
   return context;
 }

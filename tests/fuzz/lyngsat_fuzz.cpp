@@ -8,7 +8,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace vexa;
   Context context;
-  context.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  context.messages.tell = [](const Message&) {};
   WorkRecords work;
   ReadLyngsat({data, size}, DefaultRecords{}, work);
   Document document;

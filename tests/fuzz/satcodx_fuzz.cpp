@@ -8,7 +8,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace vexa;
   Context context;
-  context.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  context.messages.tell = [](const Message&) {};
   SatcodxDoubt({data, size});
   const size_t length = size % 2 == 0 ? 0 : kSatcodxReadLength + data[size / 2] % 16;
   for (const auto layout : {SatcodxLayout::kDefault, SatcodxLayout::kAuto, SatcodxLayout::kA,

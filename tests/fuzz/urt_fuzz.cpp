@@ -11,7 +11,7 @@ namespace {
 
 void RoundTrip(ByteReader& reader) {
   Context context;
-  context.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  context.messages.tell = [](const Message&) {};
   ConversionParameters parameters;
   parameters.block_size = 1024u * (reader.U8() & 3);
   parameters.packet_size = reader.U16() & 0x1FFF;

@@ -60,7 +60,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       std::abort();
   }
   Context context;
-  context.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  context.messages.tell = [](const Message&) {};
   Document document;
   const Bytes stream = BuildBinFromWorkFiles(work, DefaultRecords{});
   if (OpenBinBytes(context, stream, document) && !CheckLinks(*document.sdbs.at(0).database).empty())

@@ -379,6 +379,12 @@ TEST_F(Adb, EveryFailingStepHasItsMessage) {
     recorder.FailStep(++step);
     int files = -1;
     EXPECT_FALSE(CreateAdbPartitionFiles(recorder.context, document, 0, config, {}, files)) << step;
+    const char* name = step <= 5    ? kAdbImageFile
+                       : step <= 8  ? kE2pImageFile
+                       : step <= 12 ? kAdbUrtFile
+                                    : kE2pUrtFile;
+    ASSERT_EQ(recorder.shown.size(), 1u) << step;
+    EXPECT_EQ(recorder.shown[0].detail, Recorder::FullDisk(recorder.context.temporary_folder / name)) << step;
     EXPECT_THAT(recorder.Texts(), ElementsAre(text)) << step;
     EXPECT_EQ(files, step > 12 ? 1 : 0) << step;
   }
@@ -410,6 +416,8 @@ TEST_F(Adb, DownloadRequest) {
   EXPECT_EQ(ReadWholeFile(recorder.context.temporary_folder / kRequestFile), two);
   recorder.FailStep(1);
   EXPECT_FALSE(WriteDownloadRequest(recorder.context, config));
+  EXPECT_EQ(recorder.shown.at(0).detail,
+            Recorder::FullDisk(recorder.context.temporary_folder / kRequestFile));
   EXPECT_THAT(recorder.Texts(), ElementsAre("Error No: -3 \n File Access Error!!!"));
   RemoveTransferFiles(recorder.context.temporary_folder);
   config.regions[1].type = 2;

@@ -463,6 +463,7 @@ TEST_F(Decoder, FilesAndTheirMessages) {
   for (int step = 1; step <= 4; ++step) {
     recorder.FailStep(step);
     EXPECT_FALSE(DecodeDownload(recorder.context, config, box)) << step;
+    EXPECT_EQ(recorder.shown.at(0).detail, Recorder::FullDisk(folder / kDecodedFile)) << step;
     EXPECT_THAT(recorder.Texts(), ElementsAre(expected[step - 1])) << step;
   }
   recorder.FailStep(0);

@@ -402,15 +402,17 @@ TEST_F(Urt, FilesAreJudgedByTheirFirstBytesAndTheirSize) {
 
 TEST_F(Urt, FilesAppearWholeOrNotAtAll) {
   Type(3, 0, 0, 8);
-  EXPECT_EQ(Convert(recorder.context), ConversionResult::kCannotOpen);
+  const ConversionResult missing = Convert(recorder.context);
+  EXPECT_EQ(missing, ConversionResult::kCannotOpen);
+  EXPECT_EQ(missing.detail, ReadReason(input, WhyUnreadable(input)));
   PutFile(input, Counting(8));
   PutFile(output, BytesOf("old"));
   // Create, description, packets, finish, replace.
   for (int step = 1; step <= 5; ++step) {
     recorder.FailStep(step);
-    EXPECT_EQ(Convert(recorder.context),
-              step == 1 ? ConversionResult::kCannotOpen : ConversionResult::kWriteFailed)
-        << step;
+    const ConversionResult result = Convert(recorder.context);
+    EXPECT_EQ(result, step == 1 ? ConversionResult::kCannotOpen : ConversionResult::kWriteFailed) << step;
+    EXPECT_EQ(result.detail, Recorder::FullDisk(output)) << step;
     EXPECT_EQ(ReadWholeFile(output), BytesOf("old")) << step;
   }
   recorder.FailStep(0);

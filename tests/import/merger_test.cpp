@@ -93,7 +93,7 @@ TEST(Merger, JoinsBytesInOrder) {
   recorder.context.progress.position = [&](uint64_t position) { seen.push_back(position); };
   EXPECT_EQ(WriteMerged(recorder.context, merger, output), WriteResult::kDone);
   EXPECT_EQ(seen, (std::vector<uint64_t>{3, 1, 2, 3}));
-  TellMerged(recorder.context, output);
+  TellMerged(recorder.context, output, WriteResult::kDone);
   EXPECT_EQ(*ReadWholeFile(output), (Bytes{'b', 0, 26, 'a', '\r', '\n'}));
   EXPECT_EQ(recorder.shown.at(0).icon, Icon::kInformation);
   EXPECT_EQ(recorder.Texts(), Texts{Utf8FromPath(output) + " \n file is generated successfully."});
@@ -126,7 +126,11 @@ TEST(Merger, FailedWriteLeavesTheOldFile) {
   while (!written && step < 20) {
     EXPECT_EQ(*ReadWholeFile(output), BytesOf("old")) << step;
     recorder.FailStep(++step);
-    written = WriteMerged(recorder.context, merger, output) == WriteResult::kDone;
+    const auto result = WriteMerged(recorder.context, merger, output);
+    ASSERT_TRUE(result);
+    TellMerged(recorder.context, output, *result);
+    written = *result == WriteResult::kDone;
+    EXPECT_EQ(recorder.Details(), Texts{written ? "" : "It was not written. " + Recorder::FullDisk(output)});
   }
   EXPECT_EQ(step, 6) << "create, two pieces, finish, replace fail one after the other";
   EXPECT_EQ(*ReadWholeFile(output), BytesOf("onetwo"));

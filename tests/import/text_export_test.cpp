@@ -126,11 +126,12 @@ TEST(TextExport, LongValues) {
 TEST(TextExport, UnwritablePathIsSilent) {
   Recorder recorder;
   const Path folder = recorder.context.temporary_folder;
-  EXPECT_FALSE(ExportDatabaseText(StaticDatabase{}, folder / "none" / "report.txt"));
-  EXPECT_TRUE(ExportDatabaseText(StaticDatabase{}, folder / "report.txt"));
+  EXPECT_NE(ExportDatabaseText(StaticDatabase{}, folder / "none" / "report.txt"), WriteResult::kDone);
+  EXPECT_EQ(ExportDatabaseText(StaticDatabase{}, folder / "report.txt"), WriteResult::kDone);
   EXPECT_EQ(ReadWholeFile(folder / "report.txt")->size(), 510u);
   recorder.FailStep(2);
-  EXPECT_FALSE(ExportDatabaseText(StaticDatabase{}, folder / "report.txt", recorder.files));
+  EXPECT_EQ(ExportDatabaseText(StaticDatabase{}, folder / "report.txt", recorder.files),
+            WriteResult::kFailed);
   EXPECT_EQ(ReadWholeFile(folder / "report.txt")->size(), 510u);
   EXPECT_TRUE(recorder.shown.empty());
 }

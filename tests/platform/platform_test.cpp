@@ -38,6 +38,7 @@ TEST(Files, EveryFailingStepLeavesTheOldFileAndNoScratch) {
       break;
     }
     EXPECT_EQ(result, step == 1 ? WriteResult::kCannotCreate : WriteResult::kFailed);
+    EXPECT_EQ(CauseOf(result.error), Cause::kNoSpace) << step;
     EXPECT_EQ(ReadWholeFile(target), before) << step;
   }
   EXPECT_EQ(ReadWholeFile(target), after);
@@ -197,12 +198,20 @@ TEST(Files, TellsWhyAFileCannotBeUsed) {
   Recorder recorder;
   const Path folder = recorder.context.temporary_folder, file = folder / "file";
   PutFile(file, BytesOf("x"));
-  EXPECT_EQ(WhyUnreadable(file), "");
-  EXPECT_EQ(WhyNotWritable(file), "");
-  EXPECT_EQ(WhyNotWritable(folder / "new"), "");
-  for (const Path& path : {folder, folder / "none" / "file"}) {
-    EXPECT_NE(WhyUnreadable(path), "");
-    EXPECT_NE(WhyNotWritable(path), "");
+  EXPECT_FALSE(WhyUnreadable(file));
+  EXPECT_FALSE(WhyNotWritable(file));
+  EXPECT_FALSE(WhyNotWritable(folder / "new"));
+  // What reading and writing answer is what they would answer.
+  const std::pair<Path, Cause> rows[] = {{folder, Cause::kFolder},
+                                         {folder / "none" / "file", Cause::kMissing}};
+  for (const auto& [path, cause] : rows) {
+    Bytes content;
+    const ReadResult read = ReadWholeFile(path, content);
+    const WriteResult written = WriteWholeFile(path, content);
+    EXPECT_EQ(read, ReadResult::kCannotOpen) << path;
+    EXPECT_EQ(written, WriteResult::kCannotCreate) << path;
+    for (const std::error_code& why : {read.error, written.error, WhyUnreadable(path), WhyNotWritable(path)})
+      EXPECT_EQ(CauseOf(why), cause) << path << why;
   }
   EXPECT_EQ(FilesIn(folder), 1);
 }
@@ -236,7 +245,9 @@ TEST(Files, ProcessesThatWriteOneTargetLeaveOneOfTheirFilesWhole) {
 TEST(Files, AReadThatFailsIsNoEnd) {
   if (!std::filesystem::exists("/proc/self/mem")) GTEST_SKIP();
   EXPECT_FALSE(ReadWholeFile("/proc/self/mem"));  // its first pages are no memory: reading them fails
-  EXPECT_NE(WhyUnreadable("/proc/self/mem"), "");
+  Bytes content;
+  EXPECT_EQ(CauseOf(ReadWholeFile("/proc/self/mem", content).error), Cause::kFault);
+  EXPECT_EQ(CauseOf(WhyUnreadable("/proc/self/mem")), Cause::kFault);
 }
 
 TEST(Files, APipeIsWrittenToAndStays) {
@@ -316,6 +327,26 @@ TEST(Settings, SystemStoreKeepsValuesBetweenStores) {
   EXPECT_EQ(SystemSettingsStore().read(key, "na=me"), awkward);
   EXPECT_FALSE(SystemSettingsStore().read(key, "other"));
 }
+
+#if !defined(_WIN32)
+TEST(Settings, AStoreThatCannotBeReadIsNotWrittenOver) {
+  Recorder recorder;
+  setenv("XDG_CONFIG_HOME", recorder.context.temporary_folder.c_str(), 1);
+  const SettingsStore store = SystemSettingsStore();
+  const Path file = recorder.context.temporary_folder / "vexa-editor" / "settings.ini";
+  EXPECT_EQ(store.place, Utf8FromPath(file));
+  std::filesystem::create_directories(file);
+  const OpenedKey opened = store.open("a");
+  EXPECT_EQ(opened, KeyState::kUnavailable);
+  EXPECT_EQ(CauseOf(opened.error), Cause::kFolder);
+  EXPECT_EQ(CauseOf(store.write("a", "x", "1").error), Cause::kFolder);
+  EXPECT_FALSE(store.read("a", "x"));
+  EXPECT_TRUE(std::filesystem::is_empty(file));
+  std::filesystem::remove_all(file.parent_path());
+  PutFile(file.parent_path(), {});
+  EXPECT_EQ(CauseOf(store.open("a").error), Cause::kNoFolder);
+}
+#endif
 
 }  // namespace
 }  // namespace vexa

@@ -31,7 +31,7 @@ TEST(SerialPorts, TheLineIsSetAsTheControlBlockSays) {
   const auto terminal = OpenPseudoTerminal({});
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   const CommApi& api = SystemCommApi();
-  const SerialDevicePtr port = api.create_file(terminal->path);
+  const SerialDevicePtr port = api.create_file(terminal->path).value;
   ASSERT_TRUE(port);
   struct Row {
     const char* name;
@@ -58,7 +58,7 @@ TEST(SerialPorts, TheLineIsSetAsTheControlBlockSays) {
     dcb.byte_size = row.size;
     dcb.parity = row.parity;
     dcb.stop_bits = row.stop;
-    EXPECT_EQ(api.set_state(port, dcb), row.works) << row.name;
+    EXPECT_EQ(api.set_state(port, dcb).done, row.works) << row.name;
     const termios state = LineStateOf(terminal->path);
     EXPECT_EQ(state.c_cflag & kFlags, row.flags) << row.name;
     EXPECT_EQ(cfgetospeed(&state), row.speed) << row.name;
@@ -71,15 +71,15 @@ TEST(SerialPorts, BytesCrossBothWaysAndAnUnpluggedPortIsSeen) {
   auto terminal = OpenPseudoTerminal({});
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   const CommApi& api = SystemCommApi();
-  const SerialDevicePtr port = api.create_file(terminal->path);
+  const SerialDevicePtr port = api.create_file(terminal->path).value;
   ASSERT_TRUE(port);
   EXPECT_FALSE(api.create_file(terminal->path)) << "a port has one user";
   Bytes buffer(8);
   size_t count = 99;
   Overlapped reading;
-  reading.event = api.create_event(true, false);
+  reading.event = api.create_event(true, false).value;
   EXPECT_EQ(api.read(port, buffer, count, reading), IoResult::kPending);
-  const SerialEventPtr events[] = {api.create_event(false, false), reading.event};
+  const SerialEventPtr events[] = {api.create_event(false, false).value, reading.event};
   EXPECT_EQ(api.wait(events, 1), kWaitTimeout);
   EXPECT_EQ(api.result(port, reading, count), IoResult::kPending);
   terminal->Write(BytesOf("abc"));
@@ -111,7 +111,7 @@ TEST(SerialPorts, BytesCrossBothWaysAndAnUnpluggedPortIsSeen) {
   EXPECT_EQ(terminal->Read(buffer, 1000), 3u);
   const Bytes much(1 << 20, 'm');
   Overlapped writing;
-  writing.event = api.create_event(false, false);
+  writing.event = api.create_event(false, false).value;
   EXPECT_EQ(api.write(port, much, count, &writing), IoResult::kPending);
   api.cancel(port, writing);
   EXPECT_EQ(api.result(port, writing, count), IoResult::kFailed) << "nothing is under way";

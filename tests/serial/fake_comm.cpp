@@ -27,6 +27,10 @@ bool FakeComm::Step(const std::string& operation) {
   return !failing.contains(operation) && !failing.contains(operation + " " + std::to_string(number));
 }
 
+Outcome FakeComm::Answer(const std::string& operation) {
+  return Step(operation) ? Outcome() : Outcome(error);
+}
+
 void FakeComm::Fail(std::set<std::string> operations) {
   const std::lock_guard hold(lock_);
   failing = std::move(operations);
@@ -89,8 +93,7 @@ IoResult FakeComm::Read(std::span<uint8_t> buffer, size_t& count, Overlapped& ov
   overlapped.system = operation;
   if (overlapped.event) static_cast<Event&>(*overlapped.event).signalled = false;
   if (!works) {
-    operation->state = IoResult::kFailed;
-    return IoResult::kFailed;
+    return operation->state = IoResult(IoResult::kFailed, error);
   }
   if (hung_up) return operation->state = IoResult::kDone;
   read_ = operation;
@@ -103,7 +106,7 @@ IoResult FakeComm::Read(std::span<uint8_t> buffer, size_t& count, Overlapped& ov
 }
 
 IoResult FakeComm::Write(std::span<const uint8_t> bytes, size_t& count, Overlapped* overlapped) {
-  if (!Step("write")) return IoResult::kFailed;
+  if (!Step("write")) return {IoResult::kFailed, error};
   if (on_write) on_write(bytes);
   const std::lock_guard hold(lock_);
   const auto operation = std::make_shared<Operation>();
@@ -122,14 +125,14 @@ IoResult FakeComm::Write(std::span<const uint8_t> bytes, size_t& count, Overlapp
     case WriteMode::kShort:
       return IoResult::kDone;
     case WriteMode::kFail:
-      return IoResult::kFailed;
+      return {IoResult::kFailed, error};
     case WriteMode::kNever:
       return IoResult::kPending;
     case WriteMode::kPendingAborted:
       operation->state = IoResult::kAborted;
       break;
     case WriteMode::kPendingFailed:
-      operation->state = IoResult::kFailed;
+      operation->state = {IoResult::kFailed, error};
       break;
     default:
       operation->state = IoResult::kDone;
@@ -144,11 +147,11 @@ IoResult FakeComm::Result(Overlapped& overlapped, size_t& count) {
   const std::lock_guard hold(lock_);
   const auto operation = std::static_pointer_cast<Operation>(overlapped.system);
   count = operation ? operation->moved : 0;
-  return operation ? operation->state : IoResult::kFailed;
+  return operation ? operation->state : IoResult(IoResult::kFailed);
 }
 
-int FakeComm::Wait(std::span<const SerialEventPtr> events, uint32_t milliseconds) {
-  if (!Step("wait")) return kWaitFailed;
+WaitResult FakeComm::Wait(std::span<const SerialEventPtr> events, uint32_t milliseconds) {
+  if (!Step("wait")) return {kWaitFailed, error};
   std::unique_lock hold(lock_);
   int found = kWaitTimeout;
   const auto look = [&] {
@@ -171,15 +174,16 @@ int FakeComm::Wait(std::span<const SerialEventPtr> events, uint32_t milliseconds
 
 FakeComm::FakeComm() {
   const auto simple = [this](const char* name) {
-    return [this, name](const SerialDevicePtr&) { return Step(name); };
+    return [this, name](const SerialDevicePtr&) { return Answer(name); };
   };
   api.platform = [this] { return platform; };
-  api.create_file = [this](const std::string&) -> SerialDevicePtr {
-    return Step("create_file") ? std::make_shared<Device>() : nullptr;
+  api.create_file = [this](const std::string&) -> Made<SerialDevicePtr> {
+    if (!Step("create_file")) return error;
+    return std::make_shared<Device>();
   };
   api.close_file = simple("close_file");
-  api.create_event = [this](bool manual, bool signalled) -> SerialEventPtr {
-    if (!Step("create_event")) return nullptr;  // by order: exit, read, status, then one a write
+  api.create_event = [this](bool manual, bool signalled) -> Made<SerialEventPtr> {
+    if (!Step("create_event")) return error;  // by order: exit, read, status, then one a write
     const auto event = std::make_shared<Event>();
     event->manual = manual;
     event->signalled = signalled;
@@ -195,38 +199,38 @@ FakeComm::FakeComm() {
     static_cast<Event&>(*event).signalled = false;
   };
   api.wait = [this](std::span<const SerialEventPtr> events, uint32_t time) { return Wait(events, time); };
-  api.get_timeouts = [this](const SerialDevicePtr&, CommTimeouts&) { return Step("get_timeouts"); };
-  api.set_timeouts = [this](const SerialDevicePtr&, const CommTimeouts&) { return Step("set_timeouts"); };
-  api.set_state = [this](const SerialDevicePtr&, const PortDcb& dcb) {
-    if (!Step("set_state")) return false;
+  api.get_timeouts = [this](const SerialDevicePtr&, CommTimeouts&) { return Answer("get_timeouts"); };
+  api.set_timeouts = [this](const SerialDevicePtr&, const CommTimeouts&) { return Answer("set_timeouts"); };
+  api.set_state = [this](const SerialDevicePtr&, const PortDcb& dcb) -> Outcome {
+    if (!Step("set_state")) return error;
     const std::lock_guard hold(lock_);
     dcb_ = dcb;
     return true;
   };
-  api.setup_queues = [this](const SerialDevicePtr&, uint32_t, uint32_t) { return Step("setup_queues"); };
+  api.setup_queues = [this](const SerialDevicePtr&, uint32_t, uint32_t) { return Answer("setup_queues"); };
   api.raise_dtr = simple("raise_dtr");
-  api.set_mask = [this](const SerialDevicePtr&, uint32_t) { return Step("set_mask"); };
+  api.set_mask = [this](const SerialDevicePtr&, uint32_t) { return Answer("set_mask"); };
   api.purge = [this](const SerialDevicePtr&, uint32_t what) {
     const bool works = Step("purge");
     const std::lock_guard hold(lock_);
     if (what & kPurgeReceive) received_.clear();
     return works;
   };
-  api.clear_error = [this](const SerialDevicePtr&, CommStatus&) { return Step("clear_error"); };
-  api.modem_status = [this](const SerialDevicePtr&, uint32_t&) { return Step("modem_status"); };
+  api.clear_error = [this](const SerialDevicePtr&, CommStatus&) { return Answer("clear_error"); };
+  api.modem_status = [this](const SerialDevicePtr&, uint32_t&) { return Answer("modem_status"); };
   api.read = [this](const SerialDevicePtr&, std::span<uint8_t> buffer, size_t& count,
                     Overlapped& overlapped) { return Read(buffer, count, overlapped); };
   api.write = [this](const SerialDevicePtr&, std::span<const uint8_t> bytes, size_t& count,
                      Overlapped* overlapped) { return Write(bytes, count, overlapped); };
   api.wait_event = [this](const SerialDevicePtr&, uint32_t& mask, Overlapped& overlapped) {
-    if (!Step("wait_event")) return IoResult::kFailed;
+    if (!Step("wait_event")) return IoResult(IoResult::kFailed, error);
     const std::lock_guard hold(lock_);
     wait_ = std::make_shared<Operation>();
     wait_event_ = overlapped.event;
     if (wait_event_) static_cast<Event&>(*wait_event_).signalled = false;
     overlapped.system = wait_;
     mask_to_ = &mask;
-    return IoResult::kPending;
+    return IoResult(IoResult::kPending);
   };
   api.result = [this](const SerialDevicePtr&, Overlapped& overlapped, size_t& count) {
     return Result(overlapped, count);
@@ -245,7 +249,7 @@ FakeComm::FakeComm() {
     if (on_cancel_all) on_cancel_all();
   };
   api.start_thread = [this](std::thread& thread, std::function<void()> run) {
-    return Step("start_thread") && StartThread(thread, std::move(run));
+    return Step("start_thread") ? StartThread(thread, std::move(run)) : Outcome(error);
   };
 }
 

@@ -32,7 +32,9 @@ class FakeComm {
  public:
   FakeComm();
   CommApi api;
-  std::set<std::string> failing;     // operations that fail from now on
+  std::set<std::string> failing;  // operations that fail from now on
+  // With what they fail: the system's error for a device that does not work.
+  std::error_code error = std::make_error_code(std::errc::io_error);
   std::atomic<bool> hung_up{false};  // reads end at once without a byte
   WriteMode write_mode = WriteMode::kDone;
   SerialPlatform platform = SerialPlatform::kWindowsNt;
@@ -53,7 +55,8 @@ class FakeComm {
   IoResult Read(std::span<uint8_t> buffer, size_t& count, Overlapped& overlapped);
   IoResult Write(std::span<const uint8_t> bytes, size_t& count, Overlapped* overlapped);
   IoResult Result(Overlapped& overlapped, size_t& count);
-  int Wait(std::span<const SerialEventPtr> events, uint32_t milliseconds);
+  Outcome Answer(const std::string& operation);
+  WaitResult Wait(std::span<const SerialEventPtr> events, uint32_t milliseconds);
   void CompleteRead();
 
   std::mutex lock_;

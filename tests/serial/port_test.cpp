@@ -101,9 +101,11 @@ TEST(Port, EveryFailureHasItsMessageAndOnlyAMissingPortStopsTheOpening) {
     rig.comm.failing = {row.operation};
     EXPECT_EQ(rig.Open(), row.opens) << row.operation;
     EXPECT_EQ(rig.shown.Texts(), row.texts) << row.operation;
-    for (const ShownMessage& message : rig.shown.All()) {
+    for (const Message& message : rig.shown.All()) {
       EXPECT_EQ(message.title, "Serial Comm lib");
       EXPECT_EQ(message.icon, Icon::kStop);
+      EXPECT_EQ(message.detail,
+                Reason(row.opens ? Attempt::kUsePort : Attempt::kOpenPort, rig.port.name, rig.comm.error));
     }
   }
 }
@@ -188,7 +190,7 @@ TEST(Port, LineEventsAreWordedAndShowNothing) {
             "ERROR: DNS IOE OOP PTO MODE BREAK FRAME RXOVER TXFULL OVERRUN RXPARITY \n");
   PortRig rig;
   SharedMessages lines;
-  rig.port.status = [&](const std::string& line) { lines.messages().tell(Icon::kNone, line, ""); };
+  rig.port.status = [&](const std::string& line) { lines.messages().tell({Icon::kNone, line, "", ""}); };
   ASSERT_TRUE(rig.Open() && rig.Start());
   ASSERT_TRUE(rig.comm.AwaitCount("wait", 1));
   rig.comm.RaiseEvent(kEventError | kEventBreak);

@@ -75,7 +75,7 @@ TEST(Relay, LetsWaitersGoWhenItCloses) {
   std::atomic<int> answers{0};
   std::thread job([&] {
     answers += relayed.ask("Open it?", "", true) ? 100 : 1;
-    relayed.tell(Icon::kStop, "lost", "");
+    relayed.tell({Icon::kStop, "lost", "", ""});
     answers += 1;
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -84,7 +84,7 @@ TEST(Relay, LetsWaitersGoWhenItCloses) {
   EXPECT_EQ(answers, 2);
   relay.Run();
   EXPECT_TRUE(recorder.shown.empty()) << "nothing of it may come later";
-  relayed.tell(Icon::kStop, "of the face itself", "");
+  relayed.tell({Icon::kStop, "of the face itself", "", ""});
   EXPECT_EQ(recorder.Texts(), std::vector<std::string>{"of the face itself"});
 }
 

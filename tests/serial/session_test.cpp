@@ -109,7 +109,7 @@ TEST(Session, TheStatusLinesSayWhatIsSentThatNobodyAnswersAndHowItEnded) {
   rig.session.seconds = 1.26;
   EXPECT_EQ(TransferOutcomeText(rig.session),
             "Cancelled: Receiver not connected.   1 packet   2 packets repeated   1.3 s");
-  TellFailure(rig.session.transfer, "File access error\nin two lines");
+  TellFailure(rig.session.transfer, "File access error\nin two lines", "");
   EXPECT_EQ(TransferOutcomeText(rig.session),
             "Failed: File access error   1 packet   2 packets repeated   1.3 s");
 

@@ -16,15 +16,15 @@ class SharedMessages {
  public:
   Messages messages() {
     Messages made;
-    made.tell = [this](Icon icon, const std::string& text, const std::string& title) {
+    made.tell = [this](const Message& message) {
       const std::lock_guard hold(lock_);
-      shown_.push_back({icon, text, title});
+      shown_.push_back(message);
       changed_.notify_all();
     };
     made.ask = [](const std::string&, const std::string&, bool) { return true; };
     return made;
   }
-  std::vector<ShownMessage> All() {
+  std::vector<Message> All() {
     const std::lock_guard hold(lock_);
     return shown_;
   }
@@ -32,7 +32,7 @@ class SharedMessages {
   std::vector<std::string> Texts() {
     const std::lock_guard hold(lock_);
     std::vector<std::string> texts;
-    for (const ShownMessage& message : shown_) texts.push_back(message.text);
+    for (const Message& message : shown_) texts.push_back(message.text);
     shown_.clear();
     return texts;
   }
@@ -40,14 +40,14 @@ class SharedMessages {
   bool Await(const std::string& text) {
     std::unique_lock hold(lock_);
     return changed_.wait_for(hold, std::chrono::seconds(5), [&] {
-      return std::any_of(shown_.begin(), shown_.end(), [&](const ShownMessage& m) { return m.text == text; });
+      return std::any_of(shown_.begin(), shown_.end(), [&](const Message& m) { return m.text == text; });
     });
   }
 
  private:
   std::mutex lock_;
   std::condition_variable changed_;
-  std::vector<ShownMessage> shown_;
+  std::vector<Message> shown_;
 };
 
 }  // namespace vexa

@@ -3,13 +3,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <numeric>
 #include <system_error>
 
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
 #include "image/line_frame.h"
+#include "image/transfer_files.h"
 #include "tests/serial/shared_messages.h"
 #include "tests/support/recorder.h"
 
@@ -527,17 +527,17 @@ TEST(Download, DataThatCannotBeKeptIsNoFailedCrc) {
     bool failed = false;
     const auto write = rig.recorder.files.write;
     const auto finish = rig.recorder.files.finish;
-    rig.recorder.files.write = [&](std::FILE* file, std::span<const uint8_t> bytes) {
+    const auto full = std::make_error_code(std::errc::no_space_on_device);
+    rig.recorder.files.write = [&](std::FILE* file, std::span<const uint8_t> bytes) -> Outcome {
       if (++writes != step || bytes.size() == 7000 + 16 || bytes.size() < 100) return write(file, bytes);
-      errno = ENOSPC;
       failed = true;
-      return false;
+      return full;
     };
     rig.recorder.files.finish = [&](std::FILE* file) {
-      const bool good = finish(file);
-      if (++writes != step) return good;
-      errno = ENOSPC;
-      return !(failed = true);
+      const Outcome finished = finish(file);
+      if (++writes != step) return finished;
+      failed = true;
+      return Outcome(full);
     };
     rig.transfer.decode = [](bool) { return true; };
     const int outcome = rig.Run();
@@ -547,10 +547,11 @@ TEST(Download, DataThatCannotBeKeptIsNoFailedCrc) {
     }
     EXPECT_EQ(outcome, 0) << step;
     EXPECT_FALSE(rig.transfer.crc_failed || rig.transfer.line_done || rig.transfer.decoded) << step;
+    const auto shown = rig.messages.All();
     const auto texts = rig.messages.Texts();
     ASSERT_EQ(texts.size(), 1u) << step;
     EXPECT_TRUE(texts[0].starts_with("The received data could not be written to \"")) << texts[0];
-    EXPECT_TRUE(texts[0].ends_with("\n" + std::generic_category().message(ENOSPC))) << texts[0];
+    EXPECT_EQ(shown[0].detail, Recorder::FullDisk(rig.recorder.context.temporary_folder / kRegionFile));
     EXPECT_EQ(rig.cancels, 1) << step;
     EXPECT_EQ(FailureOf(rig.transfer), texts[0]);
   }
@@ -580,7 +581,9 @@ TEST(Download, FilesAndThreadsThatCannotBeMade) {
 
   TransferRig script;
   script.Put("a.urt", Urt({Frame({1})}));
-  script.transfer.start_thread = [](std::thread&, const std::function<void()>&) { return false; };
+  script.transfer.start_thread = [](std::thread&, const std::function<void()>&) {
+    return Outcome(std::make_error_code(std::errc::resource_unavailable_try_again));
+  };
   script.peer = [&](const Bytes& bytes) { script.AnswerUpload(bytes); };
   EXPECT_EQ(UploadDownloadScriptThread(script.transfer), 0);
   EXPECT_EQ(script.messages.Texts(),

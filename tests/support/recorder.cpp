@@ -15,27 +15,29 @@ Recorder::Recorder() {
   const auto folder = MakeTestFolder("vexa-test-" + std::to_string(run) + "-" + std::to_string(number++));
   EXPECT_TRUE(folder.has_value());
   if (folder) context.temporary_folder = *folder;
-  context.messages.tell = [this](Icon icon, const std::string& text, const std::string& title) {
-    shown.push_back({icon, text, title});
-  };
+  context.messages.tell = [this](const Message& message) { shown.push_back(message); };
   context.messages.ask = [this](const std::string& text, const std::string& title, bool) {
-    shown.push_back({Icon::kQuestion, text, title});
+    shown.push_back({Icon::kQuestion, text, title, ""});
     return answer;
   };
   const FileOperations& system = SystemFiles();
-  files.create = [this, &system](const Path& path) { return FailsNow() ? nullptr : system.create(path); };
-  files.write = [this, &system](std::FILE* file, std::span<const uint8_t> bytes) {
+  const auto full = std::make_error_code(std::errc::no_space_on_device);
+  files.create = [=, this, &system](const Path& path) {
+    return FailsNow() ? Made<std::FILE*>(full) : system.create(path);
+  };
+  files.write = [=, this, &system](std::FILE* file, std::span<const uint8_t> bytes) -> Outcome {
     // A failing write leaves half of its bytes behind, as a full disk does.
     if (!FailsNow()) return system.write(file, bytes);
     system.write(file, bytes.first(bytes.size() / 2));
-    return false;
+    return full;
   };
-  files.finish = [this, &system](std::FILE* file) {
+  files.finish = [=, this, &system](std::FILE* file) {
     const bool fails = FailsNow();
-    return system.finish(file) && !fails;
+    const Outcome finished = system.finish(file);
+    return fails ? Outcome(full) : finished;
   };
-  files.replace = [this, &system](const Path& from, const Path& to) {
-    return !FailsNow() && system.replace(from, to);
+  files.replace = [=, this, &system](const Path& from, const Path& to) {
+    return FailsNow() ? Outcome(full) : system.replace(from, to);
   };
   context.files = &files;
 }
@@ -46,9 +48,20 @@ Recorder::~Recorder() {
 
 std::vector<std::string> Recorder::Texts() {
   std::vector<std::string> texts;
-  for (const ShownMessage& message : shown) texts.push_back(message.text);
+  for (const Message& message : shown) texts.push_back(message.text);
   shown.clear();
   return texts;
+}
+
+std::vector<std::string> Recorder::Details() {
+  std::vector<std::string> details;
+  for (const Message& message : shown) details.push_back(message.detail);
+  shown.clear();
+  return details;
+}
+
+std::string Recorder::FullDisk(const Path& path) {
+  return WriteReason(path, std::make_error_code(std::errc::no_space_on_device));
 }
 
 void Recorder::FailStep(int n) {
@@ -69,9 +82,9 @@ void PutFile(const Path& path, std::span<const uint8_t> content) {
   // thousands.
   std::error_code error;
   std::filesystem::remove(path, error);
-  std::FILE* file = SystemFiles().create(path);
+  std::FILE* file = SystemFiles().create(path).value;
   ASSERT_NE(file, nullptr) << Utf8FromPath(path);
-  const bool written = SystemFiles().write(file, content);
+  const bool written = SystemFiles().write(file, content).done;
   ASSERT_TRUE(std::fclose(file) == 0 && written) << Utf8FromPath(path);
 }
 

@@ -9,11 +9,6 @@
 
 namespace vexa {
 
-struct ShownMessage {
-  Icon icon;
-  std::string text, title;
-};
-
 // Everything the engine told or asked, in order. Questions are answered with `answer`.
 struct Recorder {
   Recorder();
@@ -21,15 +16,18 @@ struct Recorder {
   Recorder(const Recorder&) = delete;
   Recorder& operator=(const Recorder&) = delete;
 
-  std::vector<ShownMessage> shown;
+  std::vector<Message> shown;
   bool answer = true;
   Context context;  // its temporary folder is new, and removed at the end
   FileOperations files;
 
-  // The texts alone; cleared by the call.
+  // The texts alone, and what stands below them; cleared by the call.
   std::vector<std::string> Texts();
+  std::vector<std::string> Details();
+  // The detail of a message about a step that failed on this file.
+  static std::string FullDisk(const Path& path);
   // From now on the n-th step (from 1) of all file writing fails, then all goes on; 0: none.
-  // A step is one create, write, finish or replace. `steps` counts them.
+  // A step is one create, write, finish or replace; the reason is a full disk. `steps` counts them.
   void FailStep(int n);
   int steps = 0;
 

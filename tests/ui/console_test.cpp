@@ -64,7 +64,7 @@ class ConsoleUi : public testing::Test {
   std::string Told(const std::string& title, int button) {
     HWND box = editor_->WaitForBox(title);
     if (!box) return "";
-    const std::string text = editor_->BoxText(box);
+    const std::string text = editor_->MessageText(box);
     editor_->Press(box, button);
     return text;
   }

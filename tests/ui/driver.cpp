@@ -177,6 +177,17 @@ HWND EditorDriver::WaitForBox(const std::string& title) {
   return box;
 }
 
+std::string EditorDriver::MessageText(HWND box) {
+  const std::string text = BoxText(box);
+  return text.substr(0, text.find("\n\n"));
+}
+
+std::string EditorDriver::MessageDetail(HWND box) {
+  const std::string text = BoxText(box);
+  const size_t line = text.find("\n\n");
+  return line == text.npos ? "" : text.substr(line + 2);
+}
+
 std::string EditorDriver::BoxText(HWND box) {
   std::string text;
   for (HWND label = nullptr; (label = FindWindowExW(box, label, L"Static", nullptr)) != nullptr;) {
@@ -197,7 +208,8 @@ void EditorDriver::Press(HWND box, int button) {
 std::string EditorDriver::Answer(int button) {
   HWND box = WaitForBox();
   if (!box) return "";
-  const std::string text = BoxText(box);
+  const std::string text = MessageText(box);
+  detail_ = MessageDetail(box);
   Press(box, button);
   return text;
 }

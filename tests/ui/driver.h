@@ -57,9 +57,14 @@ class EditorDriver {
   HWND WaitForBox(const std::string& title = "");
   HWND FindBox(const std::string& title = "");
   std::string BoxText(HWND box);  // texts of its labels, joined by '\n'
+  // The two parts of a message box's text, with an empty line between them: what is told, and about what and
+  // why; the second may be empty.
+  std::string MessageText(HWND box);
+  std::string MessageDetail(HWND box);
   void Press(HWND box, int button);
-  // Waits for a message box and answers it; its text.
+  // Waits for a message box and answers it; its text, and its detail.
   std::string Answer(int button);
+  std::string detail() const { return detail_; }
   // Gives a name to the open file dialog and takes it.
   void ChooseFile(const std::string& title, const Path& path);
 
@@ -116,6 +121,7 @@ class EditorDriver {
   void Walk(HWND tree, HTREEITEM item, int depth, bool expand, std::vector<std::string>& lines);
   void* Remote();  // memory in the program for one structure and one text
 
+  std::string detail_;
   PROCESS_INFORMATION process_{};
   HWND frame_ = nullptr;
   void* remote_ = nullptr;

@@ -88,7 +88,7 @@ class EditorTest : public testing::Test {
   std::string AnswerOver(HWND dialog, int button = IDOK) {
     HWND box = BoxOver(dialog);
     if (!box) return "";
-    const std::string text = driver_->BoxText(box);
+    const std::string text = driver_->MessageText(box);
     driver_->Press(box, button);
     return text;
   }

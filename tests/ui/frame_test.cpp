@@ -202,6 +202,7 @@ TEST_F(Frame, DamagedFileOpensNoWindow) {
   EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
   ASSERT_TRUE(editor.WaitForFrame());
   EXPECT_EQ(editor.Answer(IDOK), "Invalid or unknown file format.");
+  EXPECT_EQ(editor.detail(), Utf8FromPath(path));
   EXPECT_THAT(editor.Children(), IsEmpty());
   ExpectCleanEnd(editor);
 }
@@ -336,6 +337,7 @@ TEST_F(Frame, WithoutConfigurationTheUserChoosesOrTheProgramEnds) {
   PutFile(wrong, BytesOf("not a configuration"));
   EditorDriver editor(lonely / "VexaEditor.exe");
   EXPECT_EQ(editor.Answer(IDOK), "Invalid configuration file.");
+  EXPECT_EQ(editor.detail(), Utf8FromPath(lonely) + " holds no configuration file (*.ecf). Choose one.");
   editor.ChooseFile("Open a Configuration File", wrong);
   EXPECT_EQ(editor.Answer(IDOK), "Invalid Configuration file.");
   HWND dialog = editor.WaitForBox("Open a Configuration File");
@@ -363,6 +365,9 @@ TEST_F(Frame, WithoutATemporaryFolderTheProgramEnds) {
   EditorDriver editor(EditorProgram());
   SetEnvironmentVariableW(L"TMP", before);
   EXPECT_EQ(editor.Answer(IDOK), "Failed to create new directory.");
+  EXPECT_THAT(editor.detail(), testing::StartsWith(Utf8FromPath(Folder() / "nowhere")));
+  EXPECT_THAT(editor.detail(),
+              testing::EndsWith(". TMPDIR, on Windows TMP, names the folder for temporary files."));
   EXPECT_TRUE(editor.ExitCode().has_value());
 }
 
@@ -476,6 +481,7 @@ TEST_F(Frame, TextFileWritesAndShowsTheReport) {
     return editor.Answer(IDOK);
   };
   EXPECT_EQ(save_again(), "Export process failed");
+  EXPECT_EQ(editor.detail(), WriteReason(report, {ERROR_SHARING_VIOLATION, std::system_category()}));
   CloseHandle(held);
   editor.Lose(kLoseViewer);
   EXPECT_EQ(save_again(), "Error in loading notepad");

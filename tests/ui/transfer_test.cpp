@@ -9,6 +9,7 @@
 #include "core/bin_file.h"
 #include "core/messages.h"
 #include "image/urt.h"
+#include "platform/serial.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
 #include "ui/controls/windows_api.h"
@@ -98,7 +99,7 @@ void ExpectFocus(EditorDriver& editor, HWND dialog, int id) {
 std::string Told(EditorDriver& editor) {
   HWND box = editor.WaitForBox("Vexa Editor " VEXA_VERSION);
   if (!box) return "";
-  const std::string text = editor.BoxText(box);
+  const std::string text = editor.MessageText(box);
   editor.Press(box, IDOK);
   return text;
 }
@@ -116,7 +117,9 @@ TEST_F(Transfers, PortThatCannotBeOpenedIsToldTwice) {
     editor->Command(command);
     HWND box = editor->WaitForBox("Serial Comm lib");
     ASSERT_NE(box, nullptr);
-    EXPECT_EQ(editor->BoxText(box), "Port is not available.");
+    EXPECT_EQ(editor->MessageText(box), "Port is not available.");
+    EXPECT_EQ(editor->MessageDetail(box),
+              PortRefusal("COM99", {ERROR_FILE_NOT_FOUND, std::system_category()}));
     editor->Press(box, IDOK);
     EXPECT_EQ(Told(*editor), "Can't open port.\nPort may be opened by another application.");
     EXPECT_TRUE(editor->Answers());
@@ -271,7 +274,7 @@ TEST_F(Transfers, ImageTooLargeBringsTheDialogBack) {
   Click(dialog, IDOK);
   HWND box = editor->WaitForBox("URT Conversion");
   ASSERT_NE(box, nullptr);
-  EXPECT_EQ(editor->BoxText(box), "Image exceeds the allowed memory space.");
+  EXPECT_EQ(editor->MessageText(box), "Image exceeds the allowed memory space.");
   editor->Press(box, IDOK);
   dialog = editor->WaitForBox("Bin2URT");
   ASSERT_NE(dialog, nullptr);

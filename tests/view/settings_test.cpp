@@ -86,8 +86,24 @@ TEST(Settings, EachPortValueThatCannotBeReadKeepsItsDefault) {
   ASSERT_TRUE(LoadPortSettings(store, config));
   EXPECT_EQ(PortOf(config), "COM1 12 4 0 2 1");
   SettingsStore locked = store;
-  locked.open = [](const std::string&) { return KeyState::kUnavailable; };
-  EXPECT_FALSE(LoadPortSettings(locked, config));
+  const auto full = std::make_error_code(std::errc::no_space_on_device);
+  locked.open = [&](const std::string&) { return OpenedKey(KeyState::kUnavailable, full); };
+  EXPECT_EQ(LoadPortSettings(locked, config).error, full);
+}
+
+TEST(Settings, WhatCannotBeKeptIsToldOnceWithItsReason) {
+  Recorder recorder;
+  const auto full = std::make_error_code(std::errc::no_space_on_device);
+  SettingsStore store = MemorySettingsStore();
+  store.place = "settings.ini";
+  store.write = [&](const std::string&, const std::string&, const std::string&) { return Outcome(full); };
+  const SettingsStore told = ToldSettings(store, recorder.context.messages);
+  SaveColors(told, DefaultColors());
+  SavePortSettings(told, {});
+  ASSERT_EQ(recorder.shown.size(), 1u);
+  EXPECT_EQ(recorder.shown[0].text, "The settings could not be kept for the next start.");
+  EXPECT_EQ(recorder.shown[0].icon, Icon::kWarning);
+  EXPECT_EQ(recorder.shown[0].detail, Reason(Attempt::kKeepSettings, "settings.ini", full));
 }
 
 TEST(Settings, StatusTextNamesTheLine) {

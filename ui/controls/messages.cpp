@@ -36,8 +36,8 @@ HWND OwnerWindow(const Application& app) {
 
 Messages BoxMessages(Application& app) {
   Messages messages;
-  messages.tell = [&app](Icon icon, const std::string& text, const std::string& title) {
-    Box(app, text, title, MB_OK | IconFlag(icon));
+  messages.tell = [&app](const Message& message) {
+    Box(app, WholeText(message), message.title, MB_OK | IconFlag(message.icon));
   };
   messages.ask = [&app](const std::string& text, const std::string& title, bool yes_is_default) {
     return Box(app, text, title,

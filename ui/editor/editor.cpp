@@ -84,7 +84,7 @@ bool CreateControls(EditorWindow& editor) {
                         WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS,
                         kListId, WS_EX_CLIENTEDGE);
   if (!editor.tree || !editor.list) {
-    Tell(editor.app->context.messages, Icon::kStop, "Can't Init the ListView Control");
+    TellWhy(editor.app->context.messages, Icon::kStop, LastErrorText(), "Can't Init the ListView Control");
     return false;
   }
   editor.information = Control(editor, L"button", L"Information", WS_TABSTOP | BS_PUSHBUTTON, kInformationId);

@@ -21,7 +21,7 @@ bool SaveTo(EditorWindow& editor, const Path& path) {
   RefreshCaption(editor);
   editor.app->refresh_frame();
   // The user's work is saved whatever its size; the receiver's limit is told afterwards.
-  CheckBinSize(editor.app->context, *size);
+  CheckBinSize(editor.app->context, path, *size);
   return true;
 }
 

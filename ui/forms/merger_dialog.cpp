@@ -106,11 +106,13 @@ bool Merge(MergerDialog& dialog, const Form& form) {
   const auto output = AskSaveFile(form.window, question, Proposed(dialog));
   if (!output || !CanMergeInto(context, dialog.merger, *output)) return false;
   dialog.app.merge_file = *output;
+  std::optional<WriteResult> written;
   {
     const ProgressBox progress(dialog.app, Utf8FromPath(*output), format.merge.title);
-    if (!WriteMerged(progress.context(), dialog.merger, *output)) return false;
+    written = WriteMerged(progress.context(), dialog.merger, *output);
   }
-  TellMerged(context, *output);
+  if (!written) return false;
+  TellMerged(context, *output, *written);
   return true;
 }
 

@@ -134,7 +134,7 @@ void SavePart(EditorWindow& editor, const char* title,
   if (!path) return;
   const WaitPointer wait;
   const Context& context = editor.app->context;
-  if (const auto size = save(context, *path)) CheckBinSize(context, *size);
+  if (const auto size = save(context, *path)) CheckBinSize(context, *path, *size);
 }
 
 void SaveSdb(Application& app) {

@@ -72,7 +72,7 @@ bool SortToSeparateFile(const EditorWindow& editor, const SortForm& form, HWND o
   const Context& context = editor.app->context;
   const auto size =
       SortToFile(context, editor.document, form.sdbs, SortOptionsOf(form), *path, editor.version);
-  return size && (CheckBinSize(context, *size), true);
+  return size && (CheckBinSize(context, *path, *size), true);
 }
 
 }  // namespace

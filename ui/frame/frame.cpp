@@ -52,7 +52,9 @@ bool FindConfiguration(Application& app) {
     app.configuration_file = *found;
     return true;
   }
-  Tell(app.context.messages, Icon::kStop, "Invalid configuration file.");
+  TellWhy(app.context.messages, Icon::kStop,
+          Utf8FromPath(ProgramFolder()) + " holds no configuration file (*.ecf). Choose one.",
+          "Invalid configuration file.");
   const FileQuestion question = {
       "Open a Configuration File", {{"Vexa Editor Configuration File ( *.ECF )", "*.ecf"}}, "ecf"};
   while (const auto chosen = AskOpenFile(app.frame, question)) {
@@ -60,14 +62,16 @@ bool FindConfiguration(Application& app) {
       app.configuration_file = *chosen;
       return true;
     }
-    Tell(app.context.messages, Icon::kStop, "Invalid Configuration file.");
+    TellWhy(app.context.messages, Icon::kStop, ReadReason(*chosen, WhyUnreadable(*chosen)),
+            "Invalid Configuration file.");
   }
   return false;
 }
 
 bool LoadSettings(Application& app) {
   if (!InitConfig(app.context, app.configuration_file, app.config)) {
-    Tell(app.context.messages, Icon::kStop, "Cannot read Configuration details.");
+    TellWhy(app.context.messages, Icon::kStop, Utf8FromPath(app.configuration_file),
+            "Cannot read Configuration details.");
   }
   app.recent = LoadRecentFiles(app.settings);
   RefreshRecentMenus(app);
@@ -75,8 +79,10 @@ bool LoadSettings(Application& app) {
   LoadDefaultRecords(app.settings, app.defaults);
   app.context.defaults = &app.defaults;
   app.window = LoadWindowSettings(app.settings);
-  if (LoadPortSettings(app.settings, app.config)) return true;
-  Tell(app.context.messages, Icon::kStop, "Cannot initialize port settings.");
+  const Outcome loaded = LoadPortSettings(app.settings, app.config);
+  if (loaded) return true;
+  TellWhy(app.context.messages, Icon::kStop, SettingsReason(app.settings, loaded.error),
+          "Cannot initialize port settings.");
   return false;
 }
 
@@ -86,7 +92,7 @@ bool CreateProgramFolder(Application& app) {
   std::string why;
   app.folder = TemporaryFolder::Make(Format("Temp%x", number), why);
   if (!app.folder) {
-    Tell(app.context.messages, Icon::kStop, "Failed to create new directory.");
+    TellWhy(app.context.messages, Icon::kStop, why, "Failed to create new directory.");
     return false;
   }
   app.context.temporary_folder = app.folder->path();

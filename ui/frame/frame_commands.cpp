@@ -42,7 +42,7 @@ void Contents(Application& app) {
 
 void SdbInformation(Application& app) {
   const std::string text = BinInformation(app.context, ActiveEditor(app)->document);
-  app.context.messages.tell(Icon::kInformation, text, "Bin file information");
+  app.context.messages.tell({Icon::kInformation, text, "Bin file information", ""});
 }
 
 void Information(Application& app) {
@@ -55,7 +55,8 @@ void ShowReport(Application& app, const Path& path) {
   start.cb = sizeof start;
   PROCESS_INFORMATION process{};
   if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) {
-    Tell(app.context.messages, Icon::kStop, "Error in loading notepad");
+    TellWhy(app.context.messages, Icon::kStop,
+            Reason(Attempt::kRead, Utf8(app.report_viewer), LastSystemError()), "Error in loading notepad");
     return;
   }
   CloseHandle(process.hThread);
@@ -65,13 +66,15 @@ void ShowReport(Application& app, const Path& path) {
 void TextFile(Application& app) {
   const OpenSdb* sdb = SelectedSdb(*ActiveEditor(app));
   if (!sdb || sdb->database->satellites.empty()) {
-    Tell(app.context.messages, Icon::kStop, "There is no information to export");
+    TellWhy(app.context.messages, Icon::kStop, sdb ? Utf8FromLatin(sdb->name) + " has no satellite." : "",
+            "There is no information to export");
     return;
   }
   const auto path = AskSaveFile(app.frame, {"Save", {{"Text Files ( *.TXT )", "*.txt"}}, "txt"});
   if (!path) return;
-  if (!ExportDatabaseText(*sdb->database, *path)) {
-    Tell(app.context.messages, Icon::kStop, "Export process failed");
+  const WriteResult written = ExportDatabaseText(*sdb->database, *path);
+  if (written != WriteResult::kDone) {
+    TellWhy(app.context.messages, Icon::kStop, WriteReason(*path, written.error), "Export process failed");
     return;
   }
   ShowReport(app, *path);
@@ -93,7 +96,7 @@ bool ImportInto(Application& app, const Path& path, Document& document) {
   WorkRecords work;
   return ImportListFile(app.context, path, app.defaults,
                         {FilterMode::kAsk, app.choose_records, show_progress}, work) &&
-         OpenWorkFiles(app.context, work, app.defaults, document);
+         OpenWorkFiles(About(app.context, Utf8FromPath(path)), work, app.defaults, document);
 }
 
 template <ListFormat format>

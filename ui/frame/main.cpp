@@ -51,6 +51,7 @@ void ReadArguments(Application& app) {
     }
   }
   LocalFree(arguments);
+  app.settings = ToldSettings(app.settings, app.context.messages);
 }
 
 Application* running = nullptr;  // for the handler below, which is handed nothing
@@ -78,8 +79,10 @@ int RunEditor(HINSTANCE instance) {
   app.choose_records = [&app](WorkRecords& work) { return RunImportWizard(app, work); };
   ReadArguments(app);
   app.thread_exit_event = CreateEventW(nullptr, TRUE, FALSE, app.describe_menus ? kTestExitEvent : nullptr);
-  if (!app.thread_exit_event)
-    Tell(app.context.messages, Icon::kStop, "Failed to create event( Thread exit event ).");
+  if (!app.thread_exit_event) {
+    TellWhy(app.context.messages, Icon::kStop, LastErrorText(),
+            "Failed to create event( Thread exit event ).");
+  }
   INITCOMMONCONTROLSEX controls{sizeof controls, ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES | ICC_BAR_CLASSES};
   InitCommonControlsEx(&controls);
   int status = 1;

@@ -221,7 +221,7 @@ bool CreateControls(ConsoleWindow& console) {
   console.panel = CreateDialogParamW(app.instance, MAKEINTRESOURCEW(IDD_CONSOLE_PANEL), console.window,
                                      PanelProcedure, 0);
   if (!console.panel) {
-    Tell(app.context.messages, Icon::kStop, "Status Window creation problem");
+    TellWhy(app.context.messages, Icon::kStop, LastErrorText(), "Status Window creation problem");
     return false;
   }
   console.log = CreateLogView(console.window, app.instance, IDC_CONSOLE_LOG);

@@ -210,8 +210,8 @@ bool RunTransferDialog(Application& app, TransferOrder order) {
   }
   busy.reset();
   if (started && IsPortMissed(window.session)) {
-    Tell(app.context.messages, Icon::kStop, "%s is not available any more.\nThe transfer was ended.",
-         app.config.port_name.c_str());
+    TellWhy(app.context.messages, Icon::kStop, window.session.gone_reason,
+            "%s is not available any more.\nThe transfer was ended.", app.config.port_name.c_str());
   }
   app.outcome = TransferOutcomeText(window.session);
   if (window.session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
