@@ -40,6 +40,8 @@ completed=$(bash -c 'source "$1"; COMP_WORDS=(vexa upload adb --baud 1152); COMP
 expect "$completed" 115200 "completion of a value"
 zsh -n "$installed/share/zsh/vendor-completions/_vexa"
 fish -n "$installed/share/fish/vendor_completions.d/vexa.fish"
+dynamic=$(readelf -dW "$installed/bin/vexa" && nm -D "$installed/bin/vexa")
+for guard in NOW PIE __stack_chk_fail __memcpy_chk; do grep -q "$guard" <<<"$dynamic" || die "vexa is built without $guard"; done
 grep -q zlib "$installed/share/doc/vexa/copyright" || grep -q toml "$installed/share/doc/vexa/copyright" || die "no notices"
 [ -f "$installed/lib/vexa/VexaEditor.exe" ] || die "no editor"
 for file in help.chm help/index.html; do [ -s "$installed/lib/vexa/$file" ] || die "no $file beside the editor"; done

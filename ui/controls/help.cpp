@@ -14,10 +14,7 @@ constexpr UINT kDisplayTopic = 0, kCloseAll = 0x12;
 // Loaded when it is asked for, from the system's folder alone: not every system has it.
 HtmlHelpFunction HtmlHelp() {
   static const HtmlHelpFunction function = [] {
-    wchar_t folder[MAX_PATH] = L"";
-    const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
-    HMODULE library =
-        length > 0 && length < MAX_PATH ? LoadLibraryW((Path(folder) / L"hhctrl.ocx").c_str()) : nullptr;
+    const HMODULE library = LoadLibraryW(SystemFile(L"hhctrl.ocx").c_str());
     return library ? reinterpret_cast<HtmlHelpFunction>(
                          reinterpret_cast<void*>(GetProcAddress(library, "HtmlHelpW")))
                    : nullptr;

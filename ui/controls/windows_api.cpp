@@ -12,6 +12,12 @@ void SetText(HWND window, const std::string& utf8) {
   SetWindowTextW(window, Wide(utf8).c_str());
 }
 
+std::wstring SystemFile(const std::wstring& name) {
+  std::wstring path(MAX_PATH, L'\0');
+  path.resize(GetSystemDirectoryW(path.data(), MAX_PATH));
+  return path + L'\\' + name;
+}
+
 int Scaled(HWND window, int length) {
   HDC screen = GetDC(window);
   const int dots = GetDeviceCaps(screen, LOGPIXELSX);

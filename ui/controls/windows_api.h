@@ -21,6 +21,10 @@ int Scaled(HWND window, int length);
 // "MS Sans Serif" at the window's resolution; the caller deletes it.
 HFONT MakeFont(HWND window);
 
+// The full path of a file in the system's folder: a file of that name beside the program, or in the current
+// folder, is never taken instead.
+std::wstring SystemFile(const std::wstring& name);
+
 // The pointer of a program at work, for as long as the object lives.
 class WaitPointer {
  public:

@@ -54,7 +54,8 @@ void ShowReport(Application& app, const Path& path) {
   STARTUPINFOW start{};
   start.cb = sizeof start;
   PROCESS_INFORMATION process{};
-  if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process)) {
+  if (!CreateProcessW(SystemFile(app.report_viewer).c_str(), line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                      nullptr, &start, &process)) {
     TellWhy(app.context.messages, Icon::kStop,
             Reason(Attempt::kRead, Utf8(app.report_viewer), LastSystemError()), "Error in loading notepad");
     return;

@@ -97,7 +97,7 @@ bool TrimFront(HWND log) {
 }  // namespace
 
 HWND CreateLogView(HWND parent, HINSTANCE instance, int id) {
-  static const HMODULE library = LoadLibraryW(L"RICHED32.DLL");
+  static const HMODULE library = LoadLibraryW(SystemFile(L"RICHED32.DLL").c_str());
   if (!library) return nullptr;
   HWND log = CreateWindowExW(WS_EX_CLIENTEDGE, L"RICHEDIT", L"",
                              WS_CHILD | WS_VISIBLE | WS_VSCROLL | WS_TABSTOP | ES_MULTILINE | ES_READONLY |
