@@ -47,7 +47,17 @@ void RunLoader(CommandState& state, const LoaderOptions& options) {
   LoaderRun run = options.run;
   const auto terminal = OpenLine(state, options.link, run);
   LoaderMemory memory;
-  if (!options.memory.empty()) memory = OpenMemory(PathFromUtf8(options.memory));
+  if (!options.memory.empty()) {
+    // What cannot be read would be taken for old at the end, and removed.
+    Path refused;
+    auto kept = OpenMemory(PathFromUtf8(options.memory), refused);
+    if (!kept) {
+      TellWhy(state.context.messages, Icon::kStop, ReadReason(refused, WhyUnreadable(refused)),
+              "Could not read file \"%s\".", Utf8FromPath(refused).c_str());
+      throw CommandFailed{};
+    }
+    memory = std::move(*kept);
+  }
   Receiver receiver = MakeReceiver(options.faults, std::move(memory));
   receiver.note = [&log](const std::string& line) { log.Line(line); };
   bool saved = true;

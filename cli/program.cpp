@@ -102,8 +102,6 @@ int Run(CommandState& state, int count, char** arguments) {
 
 int RunGuarded(CommandState& state, int count, char** arguments) {
   try {
-    const InterruptWatch watch;
-    KeepStandardStreams();
     return Run(state, count, arguments);
   } catch (const std::bad_alloc&) {
     if (state.output_made) return 0;
@@ -117,11 +115,19 @@ int RunGuarded(CommandState& state, int count, char** arguments) {
 }  // namespace
 
 int RunProgram(int count, char** arguments, const CommApi& line) {
-  CommandState state;
-  state.line = &line;
-  const int status = RunGuarded(state, count, arguments);
-  SetFolderOfLastResort(nullptr);
-  return status;
+  try {
+    const InterruptWatch
+        watch;  // outlives the state: its folder is removed before a signal may end the program
+    KeepStandardStreams();
+    CommandState state;
+    state.line = &line;
+    const int status = RunGuarded(state, count, arguments);
+    SetFolderOfLastResort(nullptr);
+    return status;
+  } catch (const std::bad_alloc&) {
+    TellOutOfMemory();
+  }
+  return 1;
 }
 
 }  // namespace vexa

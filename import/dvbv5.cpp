@@ -74,7 +74,7 @@ class ScanReader {
     if (line.empty()) return;
     if (line.starts_with('[')) {
       EndSection();
-      section_ = ScanSection{number, {}};
+      section_.emplace().line = number;
       return;
     }
     const size_t equals = line.find('=');

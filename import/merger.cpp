@@ -60,7 +60,8 @@ bool AddMergeFolder(const Context& context, Merger& merger, const Path& folder) 
     if (HasExtension(name, format.extension()) && !entry->is_directory(ignored))
       found.emplace_back(LowerName(name), folder / name);
   }
-  if (found.empty()) {
+  // A folder that could be read in part only is no folder of lists.
+  if (error || found.empty()) {
     TellWhy(context.messages, Icon::kStop, ReadReason(folder, error), "%s", format.merge.empty_folder);
     return false;
   }

@@ -92,14 +92,19 @@ Outcome SaveMemory(const LoaderMemory& memory, const Path& folder) {
   return true;
 }
 
-LoaderMemory OpenMemory(const Path& folder) {
+std::optional<LoaderMemory> OpenMemory(const Path& folder, Path& refused) {
   LoaderMemory memory;
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
     size_t space = 0;
     uint32_t address = 0;
     if (!ParseName(Utf8FromPath(entry.path().filename()), space, address)) continue;
-    if (const auto bytes = ReadWholeFile(entry.path())) StoreBytes(memory, space, address, *bytes);
+    const auto bytes = ReadWholeFile(entry.path());
+    if (!bytes) {
+      refused = entry.path();
+      return std::nullopt;
+    }
+    StoreBytes(memory, space, address, *bytes);
   }
   return memory;
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <map>
+#include <optional>
 #include <span>
 
 #include "platform/files.h"
@@ -25,7 +26,8 @@ Bytes LoadBytes(const LoaderMemory& memory, size_t space, uint32_t address, uint
 // One file a piece, "space1-00010000.bin" (space from 1, address in hexadecimal); files of other pieces go.
 // Not done when the folder or a file in it cannot be written; a file that cannot be read is left out.
 Outcome SaveMemory(const LoaderMemory& memory, const Path& folder);
-// What SaveMemory wrote to the folder; empty when it is not there.
-LoaderMemory OpenMemory(const Path& folder);
+// What SaveMemory wrote to the folder; empty when it is not there. Nothing when `refused`, a file of it,
+// cannot be read.
+std::optional<LoaderMemory> OpenMemory(const Path& folder, Path& refused);
 
 }  // namespace vexa

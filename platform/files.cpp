@@ -232,14 +232,22 @@ WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refus
     if (made != WriteResult::kDone) return made;
   }
   std::vector<Former> former(contents.size());
-  for (refused = 0; refused < contents.size(); ++refused) {
-    Staged& one = staged[refused];
-    if (one.scratch.path.empty()) continue;
-    Outcome placed = PutAside(one.target, former[refused]);
-    if (placed) placed = files.replace(one.scratch.path, one.target);
-    if (placed) continue;
+  const auto put_all_back = [&] {
     for (size_t i = 0; i <= refused; ++i) PutBack(staged[i].target, former[i]);
-    return {WriteResult::kFailed, placed.error};
+  };
+  try {
+    for (refused = 0; refused < contents.size(); ++refused) {
+      Staged& one = staged[refused];
+      if (one.scratch.path.empty()) continue;
+      Outcome placed = PutAside(one.target, former[refused]);
+      if (placed) placed = files.replace(one.scratch.path, one.target);
+      if (placed) continue;
+      put_all_back();
+      return {WriteResult::kFailed, placed.error};
+    }
+  } catch (const std::bad_alloc&) {
+    put_all_back();
+    throw;
   }
   return WriteResult::kDone;
 }

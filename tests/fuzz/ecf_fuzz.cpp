@@ -6,14 +6,22 @@
 
 namespace {
 
-// One folder a process, so that several can run at a time.
-const vexa::Path& File() {
-  static const vexa::Path path = [] {
+// One folder a process, so that several can run at a time; it goes with the process.
+struct Folder {
+  Folder() {
     std::string pattern = (std::filesystem::temp_directory_path() / "ecf-fuzz-XXXXXX").string();
     if (!mkdtemp(pattern.data())) std::abort();
-    return vexa::Path(pattern) / "f.ecf";
-  }();
-  return path;
+    path = pattern;
+  }
+  ~Folder() { vexa::RemoveFolder(path); }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+  vexa::Path path;
+};
+
+vexa::Path File() {
+  static const Folder folder;
+  return folder.path / "f.ecf";
 }
 
 }  // namespace

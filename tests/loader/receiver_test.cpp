@@ -378,7 +378,8 @@ TEST(LoaderMemory, HoldsWhatWasStoredLastAndSurvivesTheDisk) {
       std::copy(bytes.begin(), bytes.end(), expected[space].begin() + static_cast<std::ptrdiff_t>(start));
     }
     ASSERT_TRUE(SaveMemory(memory, folder));
-    const LoaderMemory again = OpenMemory(folder);
+    Path refused;
+    const LoaderMemory again = OpenMemory(folder, refused).value();
     for (size_t space = 0; space < 2; ++space) {
       EXPECT_EQ(LoadBytes(memory, space, 0, 400), expected[space]) << seed;
       EXPECT_EQ(LoadBytes(again, space, 0, 400), expected[space]) << seed;
