@@ -57,7 +57,7 @@ bool TakeScanRate(std::string_view text, ListedCarrier& carrier) {
 
 // One "[...]" section.
 struct ScanSection {
-  size_t line = 0;                                               // on which it begins
+  size_t line = 0;  // on which it begins, from 1; 0: none has begun
   std::map<std::string, std::pair<std::string, size_t>> values;  // each with its line
 };
 
@@ -74,21 +74,21 @@ class ScanReader {
     if (line.empty()) return;
     if (line.starts_with('[')) {
       EndSection();
-      section_.emplace().line = number;
+      section_.line = number;
       return;
     }
     const size_t equals = line.find('=');
-    if (equals != std::string_view::npos && section_) {
-      section_->values[UpperText(Trimmed(line.substr(0, equals)))] = {
+    if (equals != std::string_view::npos && section_.line > 0) {
+      section_.values[UpperText(Trimmed(line.substr(0, equals)))] = {
           UpperText(Trimmed(line.substr(equals + 1))), number};
       return;
     }
     if (!TakeOlderLine(line)) losses_.AddUnreadable(number);
   }
   void EndSection() {
-    const size_t unreadable = section_ ? TakeSection(*section_) : 0;
+    const size_t unreadable = section_.line > 0 ? TakeSection(section_) : 0;
     if (unreadable > 0) losses_.AddUnreadable(unreadable);
-    section_.reset();
+    section_ = {};
   }
   void Finish(WorkRecords& work) const { collector_.Finish(work); }
 
@@ -161,7 +161,7 @@ class ScanReader {
   ListLosses& losses_;
   ChannelCollector collector_;
   ScanFileName file_;
-  std::optional<ScanSection> section_;
+  ScanSection section_;
 };
 
 }  // namespace
