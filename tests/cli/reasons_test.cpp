@@ -14,7 +14,7 @@ struct Reasons : CliTest {
     document.sdbs[0].database = MakeRandomDatabase(random, {3, 2, 4, 8, 2, false, false});
     Save(document, "base.bin");
     Put("text", "neither a database nor a configuration, nor anything else");
-    Put("list.sdx", "SATCODX");
+    Put("list.dvb", "DVSO");
   }
   // Ends with status 1, these two lines and nothing made.
   void Expect(const std::string& line, const std::string& text, const std::string& detail) {
@@ -69,8 +69,8 @@ TEST_F(Reasons, FilesThatCannotBeWritten) {
       {"save @base.bin -o @base.bin/x", uncreated("base.bin/x"), "base.bin/x"},
       {"sort @base.bin --satellites name -o @none/x", "error: Save as operation failed!!.", "none/x"},
       {"export @base.bin -o @none/x", uncreated("none/x"), "none/x"},
-      {"import @list.sdx --stream -o @none/x", uncreated("none/x"), "none/x"},
-      {"merge lyngsat @text @list.sdx -o @none/x", uncreated("none/x"), "none/x"},
+      {"import @list.dvb --stream -o @none/x", uncreated("none/x"), "none/x"},
+      {"merge lyngsat @text @list.dvb -o @none/x", uncreated("none/x"), "none/x"},
       {"adb request -o @none/x", uncreated("none/x"), "none/x"},
       {"adb build @base.bin -o @base.bin/x", uncreated(in_file), in_file},
       {image + "@none/x", kFile3, "none/x"},
@@ -111,10 +111,8 @@ TEST_F(Reasons, FilesThatAreNotWhatTheyShouldBe) {
   Expect("adb request --ecf @text -o @out", "error: Magic Id mismatch - InitConfig", In("text"));
   Put("text.sdx", "no list");
   Expect("import @text.sdx -o @out", "error: Error - Invalid File", In("text.sdx"));
-  Document empty = NewDocument();
-  Put("empty.sdx", "SATCODX");
-  Expect("import @empty.sdx -o @out", "error: Add atleast one LNB and Satellite to save as a bin",
-         In("empty.sdx") + ": SDB1 has no satellite.");
+  Expect("import @list.dvb -o @out", "error: Add atleast one LNB and Satellite to save as a bin",
+         In("list.dvb") + ": SDB1 has no satellite.");
 }
 
 #if !defined(_WIN32)

@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <fstream>
 #endif
@@ -115,7 +116,7 @@ TEST(Reasons, OfFilesAreWhatStandsInTheWay) {
     EXPECT_EQ(CauseOf(WriteWholeFile(path, Bytes(1)).error), write) << path;
   }
   Bytes content;
-  EXPECT_EQ(ReadWholeFile(loop, content).error, Of(std::errc::too_many_symbolic_link_levels));
+  EXPECT_EQ(ReadWholeFile(loop, content).error.value(), ELOOP);
 }
 
 TEST(Reasons, AFileThatMayNotGrowIsTooLarge) {
