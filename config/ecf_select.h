@@ -24,9 +24,10 @@ std::string SelectionName(const EcfTree& tree, const Selection& selection);
 // a single configuration. Of several that match, those count whose name is the text as a whole. An empty name
 // matches nothing.
 struct SelectionFound {
-  std::optional<Selection> selection;   // when exactly one was meant
-  bool several = false;                 // more than one may be meant
-  std::vector<std::string> candidates;  // without a selection: the names of those that may be meant, or of all
+  std::optional<Selection> selection;  // when exactly one was meant
+  bool several = false;                // more than one may be meant
+  std::vector<std::string>
+      candidates;  // without a selection: the names of those that may be meant, or of all
 };
 SelectionFound FindSelection(const EcfTree& tree, const std::string& text);
 
