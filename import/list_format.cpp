@@ -148,7 +148,7 @@ bool ReadList(const Context& context, const Path& path, ListFormat format, const
     const ListToRead list = {content, Utf8FromPath(path.filename()), defaults, options, context.progress};
     if (row.read(list, work, losses)) return true;
   }
-  TellWhy(context.messages, Icon::kStop, ReadReason(path, WhyUnreadable(path)), "%s", row.unreadable);
+  TellWhy(context.messages, Icon::kStop, ReadReason(path, result.error), "%s", row.unreadable);
   return false;
 }
 

@@ -14,6 +14,14 @@ namespace {
 constexpr const char* kOwnerFile = "vexa-owner";
 constexpr int kAttempts = 100;
 
+// What the user named as the place of temporary files, which the library does not tell where it is none.
+Path NamedParent() {
+  for (const char* name : {"TMPDIR", "TMP", "TEMP"}) {
+    if (const auto named = PathOfEnvironment(name)) return *named;
+  }
+  return "The folder for temporary files";
+}
+
 }  // namespace
 
 TemporaryFolder::TemporaryFolder(Path path, std::unique_ptr<LockedFile> owner)
@@ -28,7 +36,7 @@ std::unique_ptr<TemporaryFolder> TemporaryFolder::Make(const std::string& name, 
   std::error_code error;
   const Path parent = fs::temp_directory_path(error);
   if (error) {
-    why = Reason(Attempt::kMakeFolder, Utf8FromPath(parent), error);
+    why = Reason(Attempt::kMakeFolder, Utf8FromPath(NamedParent()), error);
     return nullptr;
   }
   Path folder;

@@ -93,12 +93,26 @@ Outcome FlushAndClose(std::FILE* file) {
   return flushed;
 }
 
+// A file that another program holds is refused to a renaming as one that is forbidden; whoever wants to
+// delete it is told the truth.
+bool IsHeld(const Path& path) {
+  const HANDLE file =
+      CreateFileW(LongPath(path).c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                  nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_SHARING_VIOLATION;
+  CloseHandle(file);
+  return false;
+}
+
 Outcome RenameOver(const Path& from, const Path& to) {
   if (MoveFileExW(LongPath(from).c_str(), LongPath(to).c_str(),
                   MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
     return true;
   }
-  return LastSystemError();
+  const std::error_code error = LastSystemError();
+  if (error.value() == ERROR_ACCESS_DENIED && IsHeld(to))
+    return std::error_code(ERROR_SHARING_VIOLATION, std::system_category());
+  return error;
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (note.text.empty()) std::abort();
   }
   Context context;
-  context.messages.tell = [](Icon, const std::string&, const std::string&) {};
+  context.messages.tell = [](const Message&) {};
   Document document;
   if (!OpenBinBytes(context, BuildBinFromWorkFiles(work, defaults), document)) return 0;
   const StaticDatabase& database = *document.sdbs.at(0).database;
