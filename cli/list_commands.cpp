@@ -138,7 +138,7 @@ Bytes BuildImport(CommandState& state, const ImportOptions& options, const ListF
     const bool says_sides = !format || format->names_side;
     for (const std::string& warning :
          Complete(*document.sdbs[0].database, options.completion, says_sides, defaults))
-      Tell(about.messages, Icon::kWarning, "%s", warning.c_str());
+      Tell(state.context.messages, Icon::kWarning, "%s", warning.c_str());
     file = BuildBin(about, document);
   }
   if (!file) throw CommandFailed{};
