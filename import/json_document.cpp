@@ -395,6 +395,8 @@ Json Parsed(std::string_view text) {
     const auto lines =
         std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(read > 0 ? read - 1 : 0), '\n');
     throw Misfit{"line " + std::to_string(lines + 1), "is no JSON"};
+  } catch (const Json::out_of_range&) {
+    throw Misfit{"a number", "is beyond what any field holds"};
   }
 }
 

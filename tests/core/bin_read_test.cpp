@@ -76,7 +76,7 @@ TEST(BinRead, ContainerOfEveryCompressionIsWrittenAsItWas) {
     Bytes longer = file;
     if (flags & 4) longer.resize(file.size() + 100, 0xEE);  // what follows a packed payload is not looked at
     // Any value but 0 sets a flag: the payload's, and in an open directory those of two SDBs and of the UBIs.
-    for (const size_t flag : {11, 31, 59, 87})
+    for (const size_t flag : {11u, 31u, 59u, 87u})
       if ((flag == 11 || !(flags & 4)) && longer[flag]) longer[flag] = 0x80;
     Document document;
     document.compress_payload = document.compress_ubis = true;
