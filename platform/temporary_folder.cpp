@@ -17,7 +17,10 @@ constexpr int kAttempts = 100;
 // What the user named as the place of temporary files, which the library does not tell where it is none.
 Path NamedParent() {
   for (const char* name : {"TMPDIR", "TMP", "TEMP"}) {
-    if (const auto named = PathOfEnvironment(name)) return *named;
+    std::error_code error;
+    const auto named = PathOfEnvironment(name);
+    // Systems ask for them in different orders; the one that is no folder is at fault.
+    if (named && !fs::is_directory(*named, error)) return *named;
   }
   return "The folder for temporary files";
 }
