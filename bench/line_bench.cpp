@@ -111,7 +111,7 @@ struct Line {
   std::thread relay;
 
   Line(std::unique_ptr<PseudoTerminal> far_end, uint32_t baud)
-      : sender(OpenPseudoTerminal({})), receiver(std::move(far_end)) {
+      : sender(OpenPseudoTerminal({}).value), receiver(std::move(far_end)) {
     Require(sender && receiver, "a pseudo-terminal");
     relay = std::thread([this, baud] {
       Direction there{.from = *sender, .to = *receiver}, back{.from = *receiver, .to = *sender, .back = true};
@@ -214,7 +214,7 @@ void PrintUpload(const std::string& vexa, const std::string& database, uint32_t 
 void PrintYmodem(uint32_t baud, const Path& folder) {
   const Path file = folder / "~001adb.urt", received = folder / "received";
   std::filesystem::create_directory(received);
-  Line line(OpenPseudoTerminal({}), baud);
+  Line line(OpenPseudoTerminal({}).value, baud);
   const double start = Seconds();
   const pid_t receiver = Start({"rz", "--ymodem", "--quiet"}, line.receiver->path, received);
   const pid_t sender = Start({"sz", "--ymodem", "--1k", "--quiet", file.string()}, line.sender->path, folder);

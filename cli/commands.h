@@ -74,9 +74,9 @@ std::string CheckPlace(const std::string& text);
 std::string CheckCodePage(const std::string& name);
 // First and last numbers, one-based, of a text that `CheckList` passes and that is not "all".
 std::vector<std::pair<size_t, size_t>> ListRanges(const std::string& text);
-// Such a text, one-based, to zero-based positions, ascending, each once. A number beyond `count` is refused
-// with an error message.
-std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count);
+// Such a text, one-based, to zero-based positions, ascending, each once. Throws CommandFailed after a message
+// for a number beyond `count`; `what` it counts, one of them ("SDB").
+std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count, const char* what);
 // Gives the context a folder for scratch files; throws CommandFailed after a message when none can be made.
 void RequireTemporaryFolder(CommandState& state);
 // The configuration file that the command reads.

@@ -224,8 +224,9 @@ Path ShippedConfiguration(const CommandState& state) {
   std::error_code error;
   if (const auto named = PathOfEnvironment("VEXA_ECF")) {
     if (std::filesystem::exists(*named, error)) return *named;
-    Tell(state.context.messages, Icon::kStop, "VEXA_ECF names \"%s\", where no configuration file is.",
-         Utf8FromPath(*named).c_str());
+    TellWhy(state.context.messages, Icon::kStop,
+            "Set VEXA_ECF to the path of a configuration file, or unset it, or name one with --ecf.",
+            "VEXA_ECF names \"%s\", where no configuration file is.", Utf8FromPath(*named).c_str());
     throw CommandFailed{};
   }
   const Path folder = ProgramFolder();
@@ -285,13 +286,10 @@ std::vector<std::pair<size_t, size_t>> ListRanges(const std::string& text) {
   return ParseRanges(text).value_or(Ranges{});
 }
 
-std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count) {
+std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count, const char* what) {
   std::vector<bool> chosen(count, text == "all");
   for (const auto& [first, last] : ParseRanges(text).value_or(Ranges{})) {
-    if (last > count) {
-      Tell(state.context.messages, Icon::kStop, "Number %zu is beyond the %zu that there are.", last, count);
-      throw CommandFailed{};
-    }
+    if (!ExpectNumber(state.context.messages, last, count, what)) throw CommandFailed{};
     for (size_t i = first; i <= last; ++i) chosen[i - 1] = true;
   }
   std::vector<size_t> positions;
@@ -304,7 +302,8 @@ std::vector<size_t> ParseList(CommandState& state, const std::string& text, size
 void ExpectWhole(CommandState& state, const Document& document, const std::string& file,
                  const std::string& output) {
   if (document.read_whole || !SameFile(PathFromUtf8(file), PathFromUtf8(output))) return;
-  Tell(state.context.messages, Icon::kStop, "%s was not read whole and stays as it is.", output.c_str());
+  TellWhy(state.context.messages, Icon::kStop, "Name another file with -o to keep what was read.",
+          "%s was not read whole and stays as it is.", output.c_str());
   throw CommandFailed{};
 }
 

@@ -56,8 +56,8 @@ void Info(CommandState& state, const std::string& file, bool json) {
 void Save(CommandState& state, const SaveOptions& options) {
   Document document = OpenDocument(state, options.file);
   ExpectWhole(state, document, options.file, options.output);
-  const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size());
-  const auto ubis = ParseList(state, options.ubis, document.ubis.size());
+  const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size(), "SDB");
+  const auto ubis = ParseList(state, options.ubis, document.ubis.size(), "user box record");
   if (!options.compress_bin.empty()) document.compress_payload = options.compress_bin == "on";
   if (!options.compress_sdb.empty()) {
     document.compress_ubis = options.compress_sdb == "on";
@@ -73,7 +73,7 @@ void Save(CommandState& state, const SaveOptions& options) {
   } else {
     if (sdbs.size() != 1) throw CLI::ValidationError("--satellites", "needs a single --sdb");
     const auto count = document.sdbs[sdbs[0]].database->satellites.size();
-    const auto chosen = ParseList(state, options.satellites, count);
+    const auto chosen = ParseList(state, options.satellites, count, "satellite");
     saved = SaveSatellites(state.context, document, sdbs[0], chosen, output, version);
   }
   ExpectSaved(state, options.output, saved);

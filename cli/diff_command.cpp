@@ -43,8 +43,8 @@ std::string DiffJson(const std::vector<Difference>& differences) {
 
 void Diff(CommandState& state, const DiffArguments& arguments) {
   const Document first = OpenDocument(state, arguments.first), second = OpenDocument(state, arguments.second);
-  const size_t first_sdb = ParseList(state, arguments.sdb, first.sdbs.size()).front();
-  const size_t second_sdb = ParseList(state, arguments.sdb, second.sdbs.size()).front();
+  const size_t first_sdb = ParseList(state, arguments.sdb, first.sdbs.size(), "SDB").front();
+  const size_t second_sdb = ParseList(state, arguments.sdb, second.sdbs.size(), "SDB").front();
   const auto differences = CompareDocuments(first, first_sdb, second, second_sdb);
   if (arguments.json) {
     state.output = DiffJson(differences);

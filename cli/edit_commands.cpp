@@ -84,7 +84,7 @@ void SortLike(CommandState& state, const CLI::App& command, const SortArguments&
   const OldOrder old = ReadOldOrder(state, arguments.like);
   Document document = OpenDocument(state, arguments.file);
   OrderSummary summary;
-  for (const size_t sdb : ParseList(state, arguments.sdbs, document.sdbs.size())) {
+  for (const size_t sdb : ParseList(state, arguments.sdbs, document.sdbs.size(), "SDB")) {
     if (sdb < old.document.sdbs.size())
       OrderLike(*old.document.sdbs[sdb].database, *document.sdbs[sdb].database, old.favourites, summary);
   }
@@ -108,7 +108,7 @@ void Sort(CommandState& state, const CLI::App& command, const SortArguments& arg
     options.services = ParseKeys("--services", arguments.services, kServiceKeys, arguments.descending);
   const Document document = OpenDocument(state, arguments.file);
   ExpectWhole(state, document, arguments.file, arguments.output);
-  const auto sdbs = ParseList(state, arguments.sdbs, document.sdbs.size());
+  const auto sdbs = ParseList(state, arguments.sdbs, document.sdbs.size(), "SDB");
   const Path output = PathFromUtf8(arguments.output);
   ExpectSaved(state, arguments.output, SortToFile(state.context, document, sdbs, options, output));
 }

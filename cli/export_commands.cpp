@@ -52,7 +52,7 @@ void Export(CommandState& state, const ExportOptions& options) {
   if (options.sdb == "all") {
     text = JsonOfDocument(document, *FindCodePage(options.page));
   } else {
-    const auto chosen = ParseList(state, options.sdb, document.sdbs.size());
+    const auto chosen = ParseList(state, options.sdb, document.sdbs.size(), "SDB");
     const OpenSdb& sdb = document.sdbs[chosen.front()];
     if (sdb.database->satellites.empty()) RefuseEmpty(state, options.file);
     text = TextOf(sdb, options);

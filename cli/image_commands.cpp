@@ -68,7 +68,7 @@ void BuildAdb(CommandState& state, const BuildOptions& options) {
   RequireTemporaryFolder(state);
   const ProjectConfig config = LoadCommandConfig(state);
   const Document document = OpenDocument(state, options.file);
-  const auto chosen = ParseList(state, options.sdb, document.sdbs.size());
+  const auto chosen = ParseList(state, options.sdb, document.sdbs.size(), "SDB");
   int count = 0;
   if (!CreateAdbPartitionFiles(state.context, document, chosen[0], config, CommandTime(state), count))
     throw CommandFailed{};

@@ -60,7 +60,7 @@ uint8_t BitsOf(std::span<const NamedOption> known, const std::vector<std::string
 // The wizard's three steps with the same boxes ticked for all satellites and all carriers.
 void FilterWorkFiles(CommandState& state, const ImportOptions& options, WorkRecords& work) {
   Wizard wizard(work);
-  for (const size_t i : ParseList(state, options.satellites, work.satellites.size()))
+  for (const size_t i : ParseList(state, options.satellites, work.satellites.size(), "satellite"))
     ChooseSatellite(wizard, i, true);
   wizard.carrier_options = BitsOf(kCarrierOptions, options.carriers);
   BeginCarrierStep(wizard);

@@ -29,10 +29,12 @@ bool SaveTo(CommandState& state, const Receiver& receiver, const std::string& fo
 
 // A port that is there already is opened as one; elsewhere a pseudo-terminal is made.
 std::unique_ptr<PseudoTerminal> OpenLine(CommandState& state, const std::string& link, LoaderRun& run) {
-  if (auto terminal = OpenPseudoTerminal(PathFromUtf8(link))) return terminal;
+  auto terminal = OpenPseudoTerminal(PathFromUtf8(link));
+  if (terminal) return std::move(terminal.value);
   if (run.baud == 0) run.baud = kPortBaud;
   if (auto port = OpenReceiverPort(link, run.baud, state.context.messages)) return port;
-  Tell(state.context.messages, Icon::kStop, "No line can be made or opened at \"%s\".", link.c_str());
+  const std::string why = terminal.error ? Reason(Attempt::kWrite, link, terminal.error) : "";
+  TellWhy(state.context.messages, Icon::kStop, why, "No line can be made or opened at \"%s\".", link.c_str());
   TellPorts(state);
   throw CommandFailed{};
 }
@@ -69,7 +71,8 @@ void RunLoader(CommandState& state, const LoaderOptions& options) {
   saved = SaveTo(state, receiver, options.memory) && saved;
   const bool logged = IsTraceWritten(state, log, options.log);
   if (terminal->gone)
-    Tell(state.context.messages, Icon::kStop, "%s is not available any more.", terminal->path.c_str());
+    TellWhy(state.context.messages, Icon::kStop, AdviceOn(Attempt::kUsePort, Cause::kGone),
+            "%s is not available any more.", terminal->path.c_str());
   if (!saved || !logged || terminal->gone) throw CommandFailed{};
 }
 

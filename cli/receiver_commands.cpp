@@ -192,7 +192,7 @@ void UploadAdb(CommandState& state, const UploadOptions& options) {
   ProjectConfig config = LoadCommandConfig(state);
   SetLine(config, options.line);
   const Document document = OpenDocument(state, options.file);
-  const auto chosen = ParseList(state, options.sdb, document.sdbs.size());
+  const auto chosen = ParseList(state, options.sdb, document.sdbs.size(), "SDB");
   auto files = PrepareAdbUpload(state.context, document, chosen[0], config, CommandTime(state));
   if (!files) throw CommandFailed{};
   Upload(state, config, options.line, TransferJob::kAdb, std::move(*files));
@@ -211,15 +211,18 @@ void UploadSdb(CommandState& state, const UploadOptions& options) {
   config.sdb_format = options.format == "single" ? 0 : 1;
   config.image_type_chosen = options.image_type_given->count() > 0;
   if (options.image_type != 0 && options.image_type >= config.regions.size()) {
-    Tell(state.context.messages, Icon::kStop, "The configuration has no image type %u.", options.image_type);
+    TellWhy(
+        state.context.messages, Icon::kStop,
+        ConfigurationName(config) + Format(": choose one of its %zu regions, from 0.", config.regions.size()),
+        "The configuration has no image type %u.", options.image_type);
     throw CommandFailed{};
   }
   config.image_type_index = static_cast<uint8_t>(options.image_type);
   const std::string replaced = ReplacedImageText(config);
   if (!replaced.empty()) Tell(state.context.messages, Icon::kWarning, "%s", replaced.c_str());
   const Document document = OpenDocument(state, options.file);
-  const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size());
-  const auto ubis = ParseList(state, options.ubis, document.ubis.size());
+  const auto sdbs = ParseList(state, options.sdbs, document.sdbs.size(), "SDB");
+  const auto ubis = ParseList(state, options.ubis, document.ubis.size(), "user box record");
   if (config.sdb_format == 0 && (sdbs.size() != 1 || !ubis.empty())) {
     throw CLI::ValidationError("--format", "single takes one SDB and no user box record");
   }

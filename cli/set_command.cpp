@@ -80,7 +80,7 @@ std::vector<Assignment> ParseAssignments(const std::vector<std::string>& words) 
 void Set(CommandState& state, const SetArguments& arguments) {
   const std::vector<Assignment> assignments = ParseAssignments(arguments.words);
   Document document = OpenDocument(state, arguments.file);
-  const size_t sdb = ParseList(state, arguments.sdb, document.sdbs.size()).front();
+  const size_t sdb = ParseList(state, arguments.sdb, document.sdbs.size(), "SDB").front();
   std::string wrong;
   switch (AssignFields(state.context.messages, document, sdb, assignments, wrong)) {
     case AssignResult::kWrongValue:

@@ -136,23 +136,30 @@ void WalkProducts(Walk& walk, const ManufacturerBlock& manufacturer, const Visit
 }
 
 // `file` begins with the magic.
-Walk::State WalkFile(std::span<const uint8_t> file, const Visitor& visitor) {
+Walk WalkFile(std::span<const uint8_t> file, const Visitor& visitor) {
   Walk walk(file);
   const auto header_bytes = walk.Take(kHeaderSize);
-  if (!walk.Going()) return walk.state;
+  if (!walk.Going()) return walk;
   const EcfHeader file_header{HalfAt(header_bytes, 14)};
   uint32_t next = kHeaderSize;
   for (size_t i = 0; i < file_header.manufacturers; ++i) {
     walk.MoveTo(next);
-    if (!walk.Going()) return walk.state;
+    if (!walk.Going()) return walk;
     const auto bytes = walk.Take(8);
-    if (!walk.Going()) return walk.state;
+    if (!walk.Going()) return walk;
     const ManufacturerBlock header{bytes[0], HalfAt(bytes, 2), WordAt(bytes, 4)};
     next = header.next;
     if (visitor.manufacturer(i, header)) WalkProducts(walk, header, visitor);
-    if (!walk.Going()) return walk.state;
+    if (!walk.Going()) return walk;
   }
-  return walk.state;
+  return walk;
+}
+
+constexpr const char* kNoConfigurationFile = "It is no configuration file: choose another one.";
+
+// Where a walk ended that found the file damaged, and what to do then.
+std::string Damage(const Walk& walk) {
+  return Format("Damaged at byte %zu: use another copy of the file.", walk.reader.position());
 }
 
 bool HasMagic(std::span<const uint8_t> file) {
@@ -294,7 +301,7 @@ bool LoadConfig(const Context& caller, const Path& ecf, ProjectConfig& config) {
   }
   const Context context = About(caller, Utf8FromPath(ecf));
   if (!HasMagic(file)) {
-    Tell(context.messages, Icon::kStop, "Magic Id mismatch - InitConfig");
+    TellWhy(context.messages, Icon::kStop, kNoConfigurationFile, "Magic Id mismatch - InitConfig");
     return false;
   }
   ProjectConfig loaded = WithoutLoaded(config);
@@ -314,15 +321,16 @@ bool LoadConfig(const Context& caller, const Path& ecf, ProjectConfig& config) {
   };
   visitor.configuration = [&](size_t index, const ConfigurationEntry& header, Walk& walk) {
     if (index != config.configuration_index || ReadConfiguration(walk, header, loaded)) return;
-    Tell(context.messages, Icon::kStop, "Language block name mismatch - InitConfig");
+    TellWhy(context.messages, Icon::kStop, Damage(walk), "Language block name mismatch - InitConfig");
     walk.state = Walk::kStopped;
   };
   visitor.product_end = [&](const ProductEntry& header, Walk& walk) {
     ReadProductTable(walk, header, loaded);
   };
-  const Walk::State state = WalkFile(file, visitor);
-  if (state == Walk::kDamaged) Tell(context.messages, Icon::kStop, "Invalid Configuration file.");
-  if (state != Walk::kGoing) return false;
+  const Walk walk = WalkFile(file, visitor);
+  if (walk.state == Walk::kDamaged)
+    TellWhy(context.messages, Icon::kStop, Damage(walk), "Invalid Configuration file.");
+  if (walk.state != Walk::kGoing) return false;
   config = std::move(loaded);
   return true;
 }
@@ -333,7 +341,9 @@ bool InitConfig(const Context& context, const Path& ecf, ProjectConfig& config) 
   try {
     return LoadConfig(context, ecf, config);
   } catch (const std::bad_alloc&) {
-    TellWhy(context.messages, Icon::kStop, Utf8FromPath(ecf), "malloc failed - InitConfig");
+    TellWhy(context.messages, Icon::kStop,
+            Utf8FromPath(ecf) + ": No memory is left for it. Close other programs and try again.",
+            "malloc failed - InitConfig");
     return false;
   }
 }
@@ -348,7 +358,8 @@ std::optional<EcfTree> ReadEcfTree(const Context& caller, const Path& ecf) {
   }
   const Context context = About(caller, Utf8FromPath(ecf));
   if (!HasMagic(file)) {
-    Tell(context.messages, Icon::kStop, "Config magic id mismatch - AddConfigurationListToComboBox");
+    TellWhy(context.messages, Icon::kStop, kNoConfigurationFile,
+            "Config magic id mismatch - AddConfigurationListToComboBox");
     return std::nullopt;
   }
   EcfTree tree;
@@ -364,8 +375,8 @@ std::optional<EcfTree> ReadEcfTree(const Context& caller, const Path& ecf) {
   visitor.configuration = [&](size_t, const ConfigurationEntry& header, Walk& walk) {
     ReadListEntry(header, walk, tree.manufacturers.back().products.back());
   };
-  if (WalkFile(file, visitor) != Walk::kGoing) {
-    Tell(context.messages, Icon::kStop, "Invalid Configuration file.");
+  if (const Walk walk = WalkFile(file, visitor); walk.state != Walk::kGoing) {
+    TellWhy(context.messages, Icon::kStop, Damage(walk), "Invalid Configuration file.");
     return std::nullopt;
   }
   return tree;
@@ -384,7 +395,7 @@ bool IsConfigurationAvailable(const Context& context, const Path& ecf, uint8_t p
   const auto file = ReadWholeFile(ecf, kMaximumEcfSize);
   if (!file) return false;
   if (!HasMagic(*file)) {
-    TellWhy(context.messages, Icon::kStop, Utf8FromPath(ecf),
+    TellWhy(context.messages, Icon::kStop, Utf8FromPath(ecf) + ": " + kNoConfigurationFile,
             "Config magic id mismatch - AddConfigurationListToComboBox");
     return false;
   }

@@ -152,8 +152,9 @@ bool ExpectSame(const Context& context, const std::string& name, std::span<const
                 std::span<const uint8_t> written) {
   const auto [mine, first] = std::mismatch(written.begin(), written.end(), file.begin(), file.end());
   if (mine == written.end() && first == file.end()) return true;
-  Tell(context.messages, Icon::kStop, "%s: No description states what this file holds at byte %zu.",
-       name.c_str(), static_cast<size_t>(first - file.begin()));
+  TellWhy(context.messages, Icon::kStop, "Keep the file itself: a description would lose those bytes.",
+          "%s: No description states what this file holds at byte %zu.", name.c_str(),
+          static_cast<size_t>(first - file.begin()));
   return false;
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/files.h"
+#include "core/context.h"
 
 namespace vexa {
 
@@ -81,5 +81,13 @@ struct ProjectConfig {
   bool partitions_loaded = false;
   bool configuration_found = false;  // the file has a configuration at the three indices
 };
+
+// The configuration as messages name it, UTF-8: "configuration PRODUCT/CONFIGURATION"; the positions where
+// the file has none there.
+std::string ConfigurationName(const ProjectConfig& config);
+
+// Tells that a job needs settings which the configuration does not have; `lack`, a sentence, says which. The
+// answer is false.
+bool RefuseSettings(const Context& context, const ProjectConfig& config, const std::string& lack);
 
 }  // namespace vexa

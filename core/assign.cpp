@@ -169,13 +169,14 @@ class Assigner {
     counted_ = 0;
     switch (assignment.kind) {
       case RecordKind::kLnb:
-        for (const size_t i : Places(assignment.path[0], database_.lnb_count)) {
+        for (const size_t i : Places(assignment.path[0], database_.lnb_count, "LNB")) {
           chosen.lnbs.insert(i);
           SetFields(database_.lnbs[i], assignment);
         }
         return;
       case RecordKind::kUbi:
-        for (const size_t i : Places(assignment.path[0], document_.ubis.size())) SetUbi(i, assignment);
+        for (const size_t i : Places(assignment.path[0], document_.ubis.size(), "user box record"))
+          SetUbi(i, assignment);
         return;
       default:
         for (const size_t i : SatellitePlaces(assignment.path[0]))
@@ -186,13 +187,10 @@ class Assigner {
   Chosen chosen;
 
  private:
-  std::vector<size_t> Places(const RecordNumbers& numbers, size_t count) const {
+  std::vector<size_t> Places(const RecordNumbers& numbers, size_t count, const char* what) const {
     std::vector<bool> taken(count, numbers.all);
     for (const auto& [first, last] : numbers.ranges) {
-      if (last > count) {
-        Tell(messages_, Icon::kStop, "Number %zu is beyond the %zu that there are.", last, count);
-        throw Refused{};
-      }
+      if (!ExpectNumber(messages_, last, count, what)) throw Refused{};
       for (size_t i = first; i <= last; ++i) taken[i - 1] = true;
     }
     std::vector<size_t> places;
@@ -203,7 +201,7 @@ class Assigner {
   }
 
   std::vector<size_t> SatellitePlaces(const RecordNumbers& numbers) const {
-    std::vector<size_t> places = Places(numbers, database_.satellites.size());
+    std::vector<size_t> places = Places(numbers, database_.satellites.size(), "satellite");
     if (numbers.all) std::erase_if(places, [&](size_t i) { return IsUnusedPlace(*database_.satellites[i]); });
     return places;
   }
@@ -214,14 +212,14 @@ class Assigner {
       SetNamedFields(satellite.record, assignment);
       return;
     }
-    for (const size_t c : Places(assignment.path[1], satellite.carriers.size())) {
+    for (const size_t c : Places(assignment.path[1], satellite.carriers.size(), "carrier")) {
       Carrier& carrier = *satellite.carriers[c];
       if (assignment.kind == RecordKind::kCarrier) {
         chosen.carriers.insert(&carrier);
         SetNamedFields(carrier.record, assignment);
         continue;
       }
-      for (const size_t s : Places(assignment.path[2], carrier.services.size()))
+      for (const size_t s : Places(assignment.path[2], carrier.services.size(), "service"))
         SetService(*carrier.services[s], assignment);
     }
   }

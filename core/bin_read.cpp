@@ -14,8 +14,16 @@ constexpr size_t kOldUbiSize = 24;
 // deflate makes at most 1032 bytes out of one.
 constexpr uint64_t kInflateRatio = 1040;
 
-bool Fail(const Context& context) {
-  Tell(context.messages, Icon::kStop, "Invalid or unknown file format.");
+constexpr const char *kNoHeader = "It is shorter than its header",
+                     *kNoDirectory = "The directory of SDBs is empty or cut short",
+                     *kPackedSizes = "The sizes of its compressed data do not go with the file's";
+constexpr const char* kLessRecords = "Make a file with fewer records in the program that it comes from.";
+constexpr const char* kNoDatabase = "It is no database file: choose another one.";
+
+// `why`, a sentence without its full stop, is told below the fixed text, with what to do.
+bool Fail(const Context& context, const char* why) {
+  TellWhy(context.messages, Icon::kStop, Format("%s. The file is damaged: use another copy of it.", why),
+          "Invalid or unknown file format.");
   return false;
 }
 
@@ -65,26 +73,29 @@ void SkipPad(ByteReader& reader, size_t count) {
 
 bool ReadLnbs(const Context& context, ByteReader& reader, StaticDatabase& database) {
   BlockHeader header;
-  if (!ReadBlockHeader(reader, header)) return Fail(context);
+  if (!ReadBlockHeader(reader, header)) return Fail(context, "The LNBs are cut short");
   if (header.count > kMaximumLnbs) {
-    Tell(context.messages, Icon::kStop, "LNB records exceeds the limit 16. Can not continue.");
+    TellWhy(context.messages, Icon::kStop, Format("%u LNBs. %s", unsigned{header.count}, kLessRecords),
+            "LNB records exceeds the limit 16. Can not continue.");
     return false;
   }
   database.lnb_count = header.count;
   for (size_t i = 0; i < header.count; ++i) reader.Read(database.lnbs[i]);
-  return reader.ok() || Fail(context);
+  return reader.ok() || Fail(context, "The LNBs are cut short");
 }
 
 bool ReadSatellites(const Context& context, ByteReader& reader, StaticDatabase& database) {
   BlockHeader header;
-  if (!ReadBlockHeader(reader, header)) return Fail(context);
+  if (!ReadBlockHeader(reader, header)) return Fail(context, "The satellites are cut short");
   if (header.count > kMaximumSatellites) {
-    Tell(context.messages, Icon::kStop, "Satellite records exceed the limit. Can not add.");
+    TellWhy(context.messages, Icon::kStop,
+            Format("%u satellites, at most %u. %s", unsigned{header.count}, kMaximumSatellites, kLessRecords),
+            "Satellite records exceed the limit. Can not add.");
     return false;
   }
   for (unsigned i = 0; i < header.count; ++i) {
     Satellite* satellite = database.satellite_pool.Take();
-    if (!reader.Read(satellite->record)) return Fail(context);
+    if (!reader.Read(satellite->record)) return Fail(context, "The satellites are cut short");
     if (satellite->record.lnb_index >= kMaximumLnbs) satellite->record.lnb_index = 0;
     if (satellite->record.name[0] == 0) SetName(satellite->record.name, Format("Satellite%u", i + 1));
     database.satellites.push_back(satellite);
@@ -94,9 +105,9 @@ bool ReadSatellites(const Context& context, ByteReader& reader, StaticDatabase& 
 
 bool ReadCarriers(const Context& context, ByteReader& reader, StaticDatabase& database) {
   BlockHeader header;
-  if (!ReadBlockHeader(reader, header)) return Fail(context);
+  if (!ReadBlockHeader(reader, header)) return Fail(context, "The carriers are cut short");
   ByteReader records(reader.Take(header.count * sizeof(CarrierRecord)));
-  if (!reader.ok()) return Fail(context);
+  if (!reader.ok()) return Fail(context, "The carriers are cut short");
   database.carrier_pool.Reserve(header.count);
   database.carriers.reserve(header.count);
   std::array<uint16_t, kMaximumSatellites> counts{};
@@ -104,7 +115,8 @@ bool ReadCarriers(const Context& context, ByteReader& reader, StaticDatabase& da
     Carrier* carrier = database.carrier_pool.Take();
     records.Read(carrier->record);
     const size_t satellite = carrier->record.satellite_index;
-    if (satellite >= database.satellites.size()) return Fail(context);
+    if (satellite >= database.satellites.size())
+      return Fail(context, "A carrier names a satellite that is not there");
     carrier->satellite = database.satellites[satellite];
     ++counts[satellite];
     database.carriers.push_back(carrier);
@@ -116,11 +128,12 @@ bool ReadCarriers(const Context& context, ByteReader& reader, StaticDatabase& da
 
 bool ReadServices(const Context& context, ByteReader& reader, StaticDatabase& database) {
   BlockHeader header;
-  if (!ReadBlockHeader(reader, header)) return Fail(context);
+  if (!ReadBlockHeader(reader, header)) return Fail(context, "The services are cut short");
   ByteReader records(reader.Take(header.count * sizeof(ServiceRecord)));
   size_t counted = 0;
   for (const Carrier* carrier : database.carriers) counted += carrier->record.service_count;
-  if (!reader.ok() || counted != header.count) return Fail(context);
+  if (!reader.ok()) return Fail(context, "The services are cut short");
+  if (counted != header.count) return Fail(context, "The carriers count other services than there are");
   database.service_pool.Reserve(header.count);
   database.services.reserve(header.count);
   for (size_t i = 0; i < header.count; ++i) {
@@ -169,7 +182,7 @@ bool ReadFavourites(const Context& context, ByteReader& reader, StaticDatabase& 
     const size_t radio = record.radio_count;
     if (!reader.ok() || tv > kMaximumTvEntries || radio > kMaximumRadioEntries ||
         reader.remaining() < 2 * (tv + radio))
-      return Fail(context);
+      return Fail(context, "The favourite groups are cut short, or hold more than they may");
     ReadEntries(reader, tv, database.services.size(), references.favourites[i].tv);
     ReadEntries(reader, radio, database.services.size(), references.favourites[i].radio);
     SkipPad(reader, tv + radio);
@@ -179,7 +192,7 @@ bool ReadFavourites(const Context& context, ByteReader& reader, StaticDatabase& 
 
 bool CheckMagic(const Context& context, std::span<const uint8_t> stream) {
   if (stream[0] == 'Q' && stream[1] == 'z') return true;
-  Tell(context.messages, Icon::kStop, "StaticDB file magic ID mismatch. Input a valid SDB.");
+  TellWhy(context.messages, Icon::kStop, kNoDatabase, "StaticDB file magic ID mismatch. Input a valid SDB.");
   return false;
 }
 
@@ -188,7 +201,7 @@ bool ReadRecords(const Context& context, std::span<const uint8_t> stream, Static
                  References& references, size_t& used) {
   ByteReader reader(stream);
   const auto header = reader.Take(kBinHeaderSize);
-  if (header.empty()) return Fail(context);
+  if (header.empty()) return Fail(context, kNoHeader);
   if (!CheckMagic(context, header)) return false;
   const int version = header[6] | header[7] << 8;
   if (!ReadLnbs(context, reader, database) || !ReadSatellites(context, reader, database) ||
@@ -255,7 +268,8 @@ bool ReadEntry(const Context& context, std::span<const uint8_t> layout, size_t n
   entry.stored = reader.U32();
   entry.offset = reader.U32();
   reader.Skip(8);
-  return (reader.ok() && entry.offset <= layout.size()) || Fail(context);
+  return (reader.ok() && entry.offset <= layout.size()) ||
+         Fail(context, "An entry of the directory is cut short, or points behind the end");
 }
 
 // Whether the two sizes of compressed data go with the bytes that are there.
@@ -266,7 +280,7 @@ bool FitsPacked(uint64_t stored, uint64_t size, uint64_t there) {
 // Inflates the first `stored` bytes of `source` behind what `result` holds; they must give `size` bytes.
 bool Inflate(const Context& context, std::span<const uint8_t> source, uint64_t stored, uint64_t size,
              Bytes& result) {
-  if (!FitsPacked(stored, size, source.size())) return Fail(context);
+  if (!FitsPacked(stored, size, source.size())) return Fail(context, kPackedSizes);
   const size_t before = result.size();
   // More than the data can give is a lie of the header, found by the length below.
   const auto room = static_cast<size_t>(std::min(size, stored * kInflateRatio + 64));
@@ -275,7 +289,7 @@ bool Inflate(const Context& context, std::span<const uint8_t> source, uint64_t s
   const auto packed = source.first(static_cast<size_t>(stored));
   if (DecompressBuffer(context.messages, packed, std::span(result).subspan(before), length, nullptr) != 0)
     return false;
-  return length == size || Fail(context);
+  return length == size || Fail(context, "Its compressed data has another length than it states");
 }
 
 // The stream of an entry: the bytes from its offset on, or `scratch` with the stream inflated.
@@ -306,7 +320,12 @@ bool AddSdb(const Context& context, std::span<const uint8_t> stream, std::string
 // False after the message of a record size that no receiver of this kind has.
 bool CheckUbiSize(const Context& context, size_t record_size) {
   if (record_size == kOldUbiSize || record_size == sizeof(UserBoxInfo)) return true;
-  Tell(context.messages, Icon::kStop, "Project type mismatch!!. Can not open user box information.");
+  TellWhy(
+      context.messages, Icon::kStop,
+      Format(
+          "Its user box records have %zu bytes; %zu or %zu can be read. It is of another kind of receiver.",
+          record_size, kOldUbiSize, sizeof(UserBoxInfo)),
+      "Project type mismatch!!. Can not open user box information.");
   return false;
 }
 
@@ -333,10 +352,11 @@ bool ReadUbiStream(const Context& context, std::span<const uint8_t> stream, size
                    Document& document) {
   ByteReader reader(stream);
   BlockHeader header;
-  if (reader.remaining() < kBinBlockHeaderSize) return Fail(context);
+  if (reader.remaining() < kBinBlockHeaderSize) return Fail(context, "The user box records are cut short");
   if (!ReadNamedBlockHeader(reader, "UserBox", header)) return true;
   if (!CheckUbiSize(context, header.record_size)) return false;
-  if (reader.remaining() < count * (kUbiNameSize + header.record_size)) return Fail(context);
+  if (reader.remaining() < count * (kUbiNameSize + header.record_size))
+    return Fail(context, "The user box records are cut short");
   TellOldUbi(context, header.record_size);
   for (size_t i = 0; i < count; ++i) {
     if (document.ubis.size() >= kMaximumUbis) {
@@ -376,7 +396,7 @@ bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Openin
   reader.Seek(20);
   const size_t sdbs = reader.U16();
   const size_t ubis = reader.U16();
-  if (!HasDirectory(layout, layout.size())) return Fail(context);
+  if (!HasDirectory(layout, layout.size())) return Fail(context, kNoDirectory);
   size_t opened = 0;
   for (; opened < sdbs; ++opened) {
     StreamEntry entry;
@@ -435,7 +455,7 @@ bool OpenBareStream(const Context& context, std::span<const uint8_t> file, Openi
     return false;
   }
   if (!CheckUbiSize(context, header.record_size)) return false;
-  if (reader.remaining() < header.record_size) return Fail(context);
+  if (reader.remaining() < header.record_size) return Fail(context, "The user box record is cut short");
   TellOldUbi(context, header.record_size);
   AddUbi({}, reader.Take(header.record_size), document);
   return true;
@@ -448,17 +468,22 @@ bool IsContainer(std::span<const uint8_t> file) {
 // What the first bytes and the size of a file say against it. False after a message.
 bool JudgeHead(const Context& context, std::span<const uint8_t> head, uint64_t size,
                const Document& document) {
-  if (head.size() < kBinHeaderSize) return Fail(context);
+  if (head.size() < kBinHeaderSize) return Fail(context, kNoHeader);
   if (!IsContainer(head)) return document.sdbs.size() >= kMaximumSdbs || CheckMagic(context, head);
   if (head[5] != 0) {
-    Tell(context.messages, Icon::kStop, "Unsupport file version. can not open!.");
+    TellWhy(
+        context.messages, Icon::kStop,
+        Format("Its format has the number %u; only 0 can be read. Save it in that one in the program that "
+               "it comes from.",
+               unsigned{head[5]}),
+        "Unsupport file version. can not open!.");
     return false;
   }
   ByteReader reader(head);
   reader.Seek(11);
-  if (reader.U8() == 0) return HasDirectory(head, size) || Fail(context);
+  if (reader.U8() == 0) return HasDirectory(head, size) || Fail(context, kNoDirectory);
   const uint32_t unpacked = reader.U32(), stored = reader.U32();
-  return FitsPacked(stored, unpacked, size - kBinHeaderSize) || Fail(context);
+  return FitsPacked(stored, unpacked, size - kBinHeaderSize) || Fail(context, kPackedSizes);
 }
 
 bool OpenAny(const Context& context, std::span<const uint8_t> file, Opening& opening) {

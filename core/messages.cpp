@@ -67,6 +67,14 @@ Context About(const Context& context, const std::string& object) {
   return about;
 }
 
+bool ExpectNumber(const Messages& messages, size_t number, size_t count, const char* what) {
+  if (number <= count) return true;
+  TellWhy(messages, Icon::kStop,
+          count == 0 ? Format("%s: there is none.", what) : Format("%s: choose from 1 to %zu.", what, count),
+          "Number %zu is beyond the %zu that there are.", number, count);
+  return false;
+}
+
 bool Ask(const Messages& messages, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);

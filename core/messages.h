@@ -44,6 +44,9 @@ void TellWhy(const Messages& messages, Icon icon, const std::string& detail, con
 // These messages, where the detail of each begins with `object`: what the whole job is about, with a part of
 // it behind a colon.
 Messages About(const Messages& messages, const std::string& object);
+// Whether a number from 1 is one of `count` records; `what` names one of them ("satellite"). False after a
+// message.
+bool ExpectNumber(const Messages& messages, size_t number, size_t count, const char* what);
 // Asks with the application's title; true for Yes, which is the default.
 bool Ask(const Messages& messages, const char* format, ...) VEXA_PRINTF(2, 3);
 

@@ -12,9 +12,12 @@ namespace {
 // zlib looks at the first digit alone.
 constexpr const char* kZlibVersion = "1.0.8";
 
-void ShowFailure(const Messages& messages, const char* text, const char* title) {
+// With what zlib says below the text, and what to do then.
+void ShowFailure(const Messages& messages, const char* text, const char* title, int status,
+                 const char* advice) {
   const std::string caption = title == nullptr ? kApplicationTitle : *title == 0 ? "Compression" : title;
-  if (messages.tell) messages.tell({Icon::kStop, text, caption, {}});
+  if (messages.tell)
+    messages.tell({Icon::kStop, text, caption, Format("zlib: %s. %s", zError(status), advice)});
 }
 
 void Trace(int line) {
@@ -55,7 +58,8 @@ uint64_t CompressBuffer(const Messages& messages, std::span<const uint8_t> sourc
   uint64_t length = 0;
   const int status = Deflate(source, destination.first(static_cast<size_t>(capacity)), level, length);
   if (status != Z_OK || length == 0) {
-    ShowFailure(messages, "Compression failed.", title);
+    ShowFailure(messages, "Compression failed.", title, status,
+                "Switch compression off, or choose another level.");
     return 0;
   }
   return length;
@@ -66,7 +70,9 @@ int DecompressBuffer(const Messages& messages, std::span<const uint8_t> source,
   uLongf used = static_cast<uLongf>(destination.size());
   const int status = uncompress(destination.data(), &used, source.data(), static_cast<uLong>(source.size()));
   length = used;
-  if (status != Z_OK) ShowFailure(messages, "Decompression failed.", title);
+  if (status != Z_OK)
+    ShowFailure(messages, "Decompression failed.", title, status,
+                "The data is damaged: use another copy of it.");
   return status;
 }
 

@@ -8,15 +8,16 @@
 #include "image/receiver_layout.h"
 #include "image/transfer_files.h"
 #include "image/urt.h"
+#include "platform/text.h"
 
 namespace vexa {
 
 namespace {
 
-constexpr const char* kDoesNotFit = "Unable to upload\nPlease verify carrier and service record count.";
-
-bool RefuseFit(const Context& context) {
-  Tell(context.messages, Icon::kStop, "%s", kDoesNotFit);
+// False: the message was told, with what does not fit as its detail.
+bool RefuseFit(const Context& context, const std::string& why) {
+  TellWhy(context.messages, Icon::kStop, why,
+          "Unable to upload\nPlease verify carrier and service record count.");
   return false;
 }
 
@@ -25,50 +26,81 @@ uint64_t TablesSize(const StaticDatabase& database) {
          uint64_t{kServiceEntry} * database.services.size();
 }
 
+std::string TooMany(const char* what, size_t count, size_t most) {
+  return Format("%zu %s, at most %zu. Delete some, or divide them between SDBs.", count, what, most);
+}
+
 bool CheckLimits(const Context& context, const StaticDatabase& database) {
   const auto lnbs = static_cast<int>(database.lnb_count);
   const auto satellites = static_cast<int>(database.satellites.size());
   if (database.lnb_count > kMaximumLnbs) {
-    Tell(context.messages, Icon::kStop,
-         "Upload as ADB process failed.\nLNB record count exceeds the limit %d [ %d ]", 16, lnbs);
+    TellWhy(context.messages, Icon::kStop, TooMany("LNBs", database.lnb_count, kMaximumLnbs),
+            "Upload as ADB process failed.\nLNB record count exceeds the limit %d [ %d ]", 16, lnbs);
     return false;
   }
   if (database.satellites.size() > kMaximumSatellites) {
-    Tell(context.messages, Icon::kStop,
-         "Upload as ADB process failed.\nSatellite record count exceeds the limit %d [ %d ]", 85, satellites);
+    TellWhy(
+        context.messages, Icon::kStop, TooMany("satellites", database.satellites.size(), kMaximumSatellites),
+        "Upload as ADB process failed.\nSatellite record count exceeds the limit %d [ %d ]", 85, satellites);
     return false;
   }
-  // The next two show the figures of LNBs and satellites, on purpose.
+  // The texts of the next two show the figures of LNBs and satellites on purpose: users know them like that.
   if (database.carriers.size() > kImageCarriers) {
-    Tell(context.messages, Icon::kStop,
-         "Upload as ADB process failed.\nCarrier record count exceeds the limit %d [ %d ]", 16, lnbs);
+    TellWhy(context.messages, Icon::kStop, TooMany("carriers", database.carriers.size(), kImageCarriers),
+            "Upload as ADB process failed.\nCarrier record count exceeds the limit %d [ %d ]", 16, lnbs);
     return false;
   }
   if (database.services.size() > kImageServices) {
-    Tell(context.messages, Icon::kStop,
-         "Upload as ADB process failed.\nService record count exceeds the limit %d [ %d ]", 85, satellites);
+    TellWhy(context.messages, Icon::kStop, TooMany("services", database.services.size(), kImageServices),
+            "Upload as ADB process failed.\nService record count exceeds the limit %d [ %d ]", 85,
+            satellites);
     return false;
   }
-  return TablesSize(database) <= kImageTables || RefuseFit(context);
+  return TablesSize(database) <= kImageTables ||
+         RefuseFit(context, TooMany("bytes of carriers and services", TablesSize(database), kImageTables));
 }
 
-// Whether every table fits its partition and the partitions fit the region. E2P: settings stand in a file of
-// their own.
-bool Fits(const StaticDatabase& database, const ProjectConfig& config, const RegionEntry& region, bool e2p) {
+// A table and where it goes, in bytes.
+struct TableRoom {
+  const char* table;
+  uint64_t size, room;
+};
+
+// Each table with its partition, each list with its place, and what holds them all. E2P: settings stand in a
+// file of their own.
+std::vector<TableRoom> RoomsOf(const StaticDatabase& database, const ProjectConfig& config,
+                               const RegionEntry& region, bool e2p) {
   const auto& sizes = config.partition_sizes;
   const AdbLayout layout = LayoutOf(config);
   const uint32_t marker = e2p ? 0 : kMarker;
-  const auto& groups = database.favourites;
-  const bool lists = std::all_of(groups.begin(), groups.end(), [](const FavouriteGroup& group) {
-    return 2 * group.tv.size() <= kTvList && 2 * group.radio.size() <= kRadioList;
-  });
-  const uint64_t used = e2p ? layout.settings : layout.end;
-  return lists && region.end >= region.start && used <= region.end - region.start &&
-         region.end - region.start <= kMaximumImageSize &&
-         sizes[3] >= kSatelliteTable + kMaximumSatellites * kSatelliteEntry &&
-         sizes[4] >= TablesSize(database) && sizes[5] >= 2 * database.services.size() &&
-         sizes[6] >= kFavouriteGroups * kFavouriteEntry && sizes[0] >= marker + kSettingsBlock &&
-         sizes[2] >= marker + kSelectionBlock && (!e2p || uint64_t{sizes[0]} + sizes[2] <= kMaximumImageSize);
+  const uint64_t space = region.end >= region.start ? region.end - region.start : 0;
+  std::vector<TableRoom> rooms = {
+      {"LNBs and satellites", kSatelliteTable + kMaximumSatellites * kSatelliteEntry, sizes[3]},
+      {"carriers and services", TablesSize(database), sizes[4]},
+      {"service index", 2 * database.services.size(), sizes[5]},
+      {"favourites", kFavouriteGroups * kFavouriteEntry, sizes[6]},
+      {"settings", marker + kSettingsBlock, sizes[0]},
+      {"selected favourites", marker + kSelectionBlock, sizes[2]},
+      {"all partitions", e2p ? layout.settings : layout.end, space},
+      {"region", space, kMaximumImageSize}};
+  if (e2p) rooms.push_back({"settings file", uint64_t{sizes[0]} + sizes[2], kMaximumImageSize});
+  for (const FavouriteGroup& group : database.favourites) {
+    rooms.push_back({"TV list of a favourite group", 2 * group.tv.size(), kTvList});
+    rooms.push_back({"radio list of a favourite group", 2 * group.radio.size(), kRadioList});
+  }
+  return rooms;
+}
+
+// False after a message when a table does not fit.
+bool ExpectFit(const Context& context, const ProjectConfig& config, const std::vector<TableRoom>& rooms) {
+  const auto fits = [](const TableRoom& room) { return room.size <= room.room; };
+  const auto found = std::find_if_not(rooms.begin(), rooms.end(), fits);
+  if (found == rooms.end()) return true;
+  return RefuseFit(context,
+                   Format("%s: %llu bytes of %s, room for %llu. Delete records, or choose another "
+                          "configuration.",
+                          ConfigurationName(config).c_str(), static_cast<unsigned long long>(found->size),
+                          found->table, static_cast<unsigned long long>(found->room)));
 }
 
 void WriteLsd(const StaticDatabase& database, std::span<uint8_t> image) {
@@ -246,13 +278,12 @@ std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& 
   const StaticDatabase& database = *document.sdbs.at(sdb).database;
   const RegionEntry* region = AdbRegion(config);
   if (!region || config.partitions.empty()) {
-    Tell(context.messages, Icon::kStop,
-         "Configuration settings not found to process.\nUpdate configuration file and continue");
+    RefuseSettings(context, config, "It has no regions or no partitions.");
     return std::nullopt;
   }
   const bool e2p = config.configuration_index == 1;
   if (!CheckLimits(context, database)) return std::nullopt;
-  if (!Fits(database, config, *region, e2p)) return RefuseFit(context), std::nullopt;
+  if (!ExpectFit(context, config, RoomsOf(database, config, *region, e2p))) return std::nullopt;
 
   const AdbLayout layout = LayoutOf(config);
   AdbImages images;
@@ -277,7 +308,13 @@ std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& 
   const uint32_t header = RoomOfImage(0, config.configuration_index != 0).header;
   const bool free = adb.size() >= header &&
                     std::all_of(adb.end() - header, adb.end(), [](uint8_t byte) { return byte == 0xFF; });
-  if (!free) return RefuseFit(context), std::nullopt;
+  if (!free) {
+    RefuseFit(context,
+              Format("%s: no room for the image header, the last %u bytes of \"%s\". Choose another "
+                     "configuration.",
+                     ConfigurationName(config).c_str(), header, Utf8FromLatin(region->name).c_str()));
+    return std::nullopt;
+  }
   return images;
 }
 
@@ -322,7 +359,9 @@ bool CreateAdbPartitionFiles(const Context& context, const Document& document, s
 std::optional<Bytes> BuildDownloadRequest(const Context& context, const ProjectConfig& config) {
   const RegionEntry* region = AdbRegion(config);
   if (!region || region->type != 3) {
-    Tell(context.messages, Icon::kStop, "Vexa Editor is not configured for ADB image download.");
+    TellWhy(context.messages, Icon::kStop,
+            ConfigurationName(config) + ": It has no region of type 3. Choose another configuration.",
+            "Vexa Editor is not configured for ADB image download.");
     return std::nullopt;
   }
   const uint32_t count = config.configuration_index == 0 ? 1 : 2;

@@ -46,14 +46,27 @@ struct Source {
   std::span<const uint8_t> At(uint64_t offset, size_t size) const {
     return image.subspan(static_cast<size_t>(offset), size);
   }
-  bool Holds() const {
+  // What its settings say that cannot be; empty when every table lies inside.
+  std::string Fault() const {
     const uint64_t size = image.size();
-    return counts.lnbs <= kMaximumLnbs && counts.satellites <= kMaximumSatellites &&
-           kSatelliteTable + uint64_t{counts.satellites} * kSatelliteEntry <= size &&
-           layout.tables_end <= size && uint64_t{counts.carriers} * kCarrierEntry <= layout.tables_end &&
-           layout.tables + uint64_t{counts.services} * kServiceEntry <= size &&
-           layout.tables_end + uint64_t{counts.services} * 2 <= size &&
-           layout.favourites + kFavouriteGroups * kFavouriteEntry <= size;
+    const struct {
+      const char* what;
+      uint64_t stated, most;
+    } rows[] = {
+        {"count of LNBs", counts.lnbs, kMaximumLnbs},
+        {"count of satellites", counts.satellites, kMaximumSatellites},
+        {"end of the satellites", kSatelliteTable + uint64_t{counts.satellites} * kSatelliteEntry, size},
+        {"end of the carriers", layout.tables_end, size},
+        {"size of the carriers", uint64_t{counts.carriers} * kCarrierEntry, layout.tables_end},
+        {"end of the services", layout.tables + uint64_t{counts.services} * kServiceEntry, size},
+        {"end of the service index", layout.tables_end + uint64_t{counts.services} * 2, size},
+        {"end of the favourites", layout.favourites + kFavouriteGroups * kFavouriteEntry, size}};
+    for (const auto& [what, stated, most] : rows) {
+      if (stated <= most) continue;
+      return Format("The %s is %llu, at most %llu fits.", what, static_cast<unsigned long long>(stated),
+                    static_cast<unsigned long long>(most));
+    }
+    return {};
   }
 };
 
@@ -171,8 +184,7 @@ std::optional<DecodedImage> DecodeImage(const Context& context, const ProjectCon
                                         std::span<const uint8_t> adb, std::span<const uint8_t> e2p,
                                         const UserBoxInfo& user_box) {
   if (config.partitions.empty()) {
-    Tell(context.messages, Icon::kStop,
-         "Configuration settings not found to process.\nUpdate configuration file and continue");
+    RefuseSettings(context, config, "It has no partitions.");
     return std::nullopt;
   }
   DecodedImage decoded;
@@ -188,8 +200,8 @@ std::optional<DecodedImage> DecodeImage(const Context& context, const ProjectCon
   }
   source.counts = CountsOf(decoded.settings);
   ByteWriter file;
-  bool made = source.Holds();
-  if (made) {
+  std::string fault = source.Fault();
+  if (fault.empty()) {
     WriteFileHeader(file);
     WriteBlockHeader(file, "lnb", sizeof(LnbRecord), source.counts.lnbs);
     for (uint32_t i = 0; i < source.counts.lnbs; ++i)
@@ -197,10 +209,12 @@ std::optional<DecodedImage> DecodeImage(const Context& context, const ProjectCon
     const auto lnbs = WriteSatellites(source, file);
     WriteCarriers(source, lnbs, file);
     WriteServices(source, file);
-    made = WriteFavourites(source, file);
+    if (!WriteFavourites(source, file)) fault = "A favourite group has more entries than its lists hold.";
   }
-  if (!made) {
-    Tell(context.messages, Icon::kStop, "File access error");
+  if (!fault.empty()) {
+    TellWhy(context.messages, Icon::kStop,
+            fault + " Download it again, or choose the configuration that it was made for.",
+            "File access error");
     return std::nullopt;
   }
   WriteBlockHeader(file, "UserBox", sizeof user_box, 1);

@@ -48,7 +48,12 @@ std::optional<ListFormat> CheckListFile(const Context& context, const Path& path
     return std::nullopt;
   }
   const auto format = FormatOfStart(path, *start, options);
-  if (!format) TellWhy(context.messages, Icon::kStop, Utf8FromPath(path), "Error - Invalid File");
+  if (!format) {
+    TellWhy(context.messages, Icon::kStop,
+            Utf8FromPath(path) +
+                ": It does not begin as a list of its kind does. Choose a channel list, or say its format.",
+            "Error - Invalid File");
+  }
   return format;
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/files.h"
+#include "platform/system_error.h"
 
 namespace vexa {
 
@@ -25,7 +26,7 @@ struct PseudoTerminal {
 
 // With a symbolic link to the far end at `link` when it is not empty; a link that
 // an earlier one left there, and that leads nowhere, is replaced, anything else is not. Null when the system
-// has no pseudo-terminals or the link cannot be made.
-std::unique_ptr<PseudoTerminal> OpenPseudoTerminal(const Path& link);
+// has no pseudo-terminals (without an error) or the link cannot be made.
+Made<std::unique_ptr<PseudoTerminal>> OpenPseudoTerminal(const Path& link);
 
 }  // namespace vexa

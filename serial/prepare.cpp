@@ -12,24 +12,39 @@ namespace vexa {
 
 namespace {
 
+constexpr const char* kSelectForUpload = "Please select upload configuration.";
+
 constexpr uint16_t kSdbType = 4, kSdbKind = 3;
 constexpr uint8_t kImageType = 3;
 constexpr uint32_t kDefaultEnd = 131136;  // the largest BIN file and the image header
 
-bool RefuseSettings(const Context& context) {
-  Tell(context.messages, Icon::kStop,
-       "Configuration settings not found to process.\nUpdate configuration file and continue");
+bool IsConfigured(const Context& context, const ProjectConfig& config) {
+  return (config.loader.block_kib != 0 && config.loader.packet_size != 0) ||
+         RefuseSettings(context, config, "Its loader has no block size or no packet size.");
+}
+
+bool HasTables(const Context& context, const ProjectConfig& config) {
+  return (!config.regions.empty() && config.partitions_loaded) ||
+         RefuseSettings(context, config, "It has no regions or no partitions.");
+}
+
+// False after a message: `text` of a job that needs a configuration, and the file has none.
+bool IsSelected(const Context& context, const ProjectConfig& config, const char* text) {
+  if (config.configuration_found) return true;
+  TellWhy(
+      context.messages, Icon::kStop,
+      ConfigurationName(config) + " is not in the configuration file. Choose another one in the settings.",
+      "%s", text);
   return false;
 }
 
-bool IsConfigured(const Context& context, const ProjectConfig& config) {
-  return (config.loader.block_kib != 0 && config.loader.packet_size != 0) || RefuseSettings(context);
+bool RefuseSdbs(const Context& context, const char* why) {
+  TellWhy(context.messages, Icon::kStop, why, "Add atleast one SDB to upload.");
+  return false;
 }
 
 bool HasSdb(const Context& context, const Document& document) {
-  if (!document.sdbs.empty()) return true;
-  Tell(context.messages, Icon::kStop, "Add atleast one SDB to upload.");
-  return false;
+  return !document.sdbs.empty() || RefuseSdbs(context, "The database has none.");
 }
 
 ImageDescription DescribeSdb(const ProjectConfig& config) {
@@ -91,33 +106,22 @@ uint32_t MaskOfCount(size_t count) {
 }  // namespace
 
 bool MayUploadAdb(const Context& context, const ProjectConfig& config, const Document& document) {
-  if (!config.configuration_found) {
-    Tell(context.messages, Icon::kStop, "Please select upload configuration.");
-    return false;
-  }
-  if (config.regions.empty() || !config.partitions_loaded) return RefuseSettings(context);
-  return IsConfigured(context, config) && HasSdb(context, document);
+  return IsSelected(context, config, kSelectForUpload) && HasTables(context, config) &&
+         IsConfigured(context, config) && HasSdb(context, document);
 }
 
 bool MayUploadSdb(const Context& context, const ProjectConfig& config, const Document& document, bool boxes) {
-  if (!config.configuration_found) {
-    Tell(context.messages, Icon::kStop, "Please select upload configuration.");
-    return false;
-  }
-  if (!IsConfigured(context, config)) return false;
+  if (!IsSelected(context, config, kSelectForUpload) || !IsConfigured(context, config)) return false;
   if (boxes && document.ubis.empty()) {
-    Tell(context.messages, Icon::kStop, "Add atleast one User box info to upload.");
+    TellWhy(context.messages, Icon::kStop, "The database has none.",
+            "Add atleast one User box info to upload.");
     return false;
   }
   return HasSdb(context, document);
 }
 
 bool MayDownload(const Context& context, const ProjectConfig& config) {
-  if (!config.configuration_found) {
-    Tell(context.messages, Icon::kStop, "Please select download configuration.");
-    return false;
-  }
-  return (!config.regions.empty() && config.partitions_loaded) || RefuseSettings(context);
+  return IsSelected(context, config, "Please select download configuration.") && HasTables(context, config);
 }
 
 std::optional<std::vector<Path>> PrepareAdbUpload(const Context& context, const Document& document,
@@ -137,10 +141,7 @@ std::optional<std::vector<Path>> PrepareSdbUpload(const Context& context, const 
                                                   const LocalTime& time, const BinVersion& version) {
   const uint32_t sdbs = selection.sdbs & MaskOfCount(document.sdbs.size());
   if (!IsConfigured(context, config)) return std::nullopt;
-  if (sdbs == 0) {
-    Tell(context.messages, Icon::kStop, "Add atleast one SDB to upload.");
-    return std::nullopt;
-  }
+  if (sdbs == 0) return RefuseSdbs(context, "None was chosen."), std::nullopt;
   RemoveTransferFiles(context.temporary_folder);
   const Path image = context.temporary_folder / kDecodedFile;
   const bool single = config.sdb_format == 0;

@@ -98,6 +98,7 @@ struct Transfer {
   std::mutex region_lock;  // guards the members below
   std::FILE* region_file = nullptr;
   bool region_cut = false;       // something did not get into the file
+  Path region_refused;           // the file that did not take it
   std::error_code region_error;  // the system's then
   uint32_t region_length = 0, region_crc = 0;
   IncomingPacket packet;

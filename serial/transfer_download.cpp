@@ -74,7 +74,9 @@ bool TakeHeader(Transfer& transfer, std::span<const uint8_t> record) {
 }
 
 // A region that was cut ends the job, whatever its CRC would say.
-void CutRegion(Transfer& transfer, const std::error_code& why) {
+// `file` did not take or give the data. With the region's lock held.
+void CutRegion(Transfer& transfer, const Path& file, const std::error_code& why) {
+  transfer.region_refused = file;
   transfer.region_error = why;
   transfer.region_cut = true;
 }
@@ -83,7 +85,15 @@ void KeepData(Transfer& transfer, std::span<const uint8_t> data) {
   const std::lock_guard hold(transfer.region_lock);
   if (!transfer.region_file || transfer.region_cut) return;
   const Outcome written = transfer.context.files->write(transfer.region_file, data);
-  if (!written) CutRegion(transfer, written.error);
+  if (!written) CutRegion(transfer, RegionFile(transfer), written.error);
+}
+
+// The packet's file holds the payload of the packet that is arriving.
+void KeepPacket(Transfer& transfer, std::span<const uint8_t> payload) {
+  const Outcome written = transfer.context.files->write(transfer.packet.file, payload);
+  if (written) return;
+  const std::lock_guard hold(transfer.region_lock);
+  CutRegion(transfer, PacketFile(transfer), written.error);
 }
 
 bool TakeRecord(Transfer& transfer, std::span<const uint8_t> record) {
@@ -95,8 +105,7 @@ bool TakeRecord(Transfer& transfer, std::span<const uint8_t> record) {
 
 void FinishPacket(Transfer& transfer, const FrameView& frame) {
   const std::span<const uint8_t> bytes = transfer.packet.bytes;
-  transfer.context.files->write(transfer.packet.file,
-                                bytes.subspan(kFrameHead, frame.size() - kFrameHead - 1));
+  KeepPacket(transfer, bytes.subspan(kFrameHead, frame.size() - kFrameHead - 1));
   const bool good = frame.sum == frame.stated && TakeRecord(transfer, frame.payload);
   LeavePacket(transfer);
   if (good) {
@@ -214,7 +223,7 @@ bool VerifyRegion(Transfer& transfer, size_t region) {
   Bytes data;
   if (kept) kept = KeepRegion(transfer, region, data);
   if (!kept) {
-    CutRegion(transfer, kept.error);
+    CutRegion(transfer, RegionFile(transfer), kept.error);
     return false;
   }
   if (Crc32Mpeg2(data) != transfer.region_crc) transfer.crc_failed = true;
@@ -224,7 +233,7 @@ bool VerifyRegion(Transfer& transfer, size_t region) {
 }
 
 void TellCutRegion(Transfer& transfer) {
-  const Path file = RegionFile(transfer);
+  const Path& file = transfer.region_refused;
   TellFailure(transfer,
               Format("The received data could not be written to \"%s\".", Utf8FromPath(file).c_str()),
               WriteReason(file, transfer.region_error));

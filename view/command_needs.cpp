@@ -15,8 +15,11 @@ bool ConfigurationServes(const Context& context, const Path& ecf, uint8_t produc
   };
   if (IsConfigurationAvailable(listening, ecf, product_index, info->asks)) return true;
   if (!told) {
-    Tell(context.messages, Icon::kStop,
-         "Configuration settings not found to process.\nUpdate configuration file and continue");
+    TellWhy(context.messages, Icon::kStop,
+            Utf8FromPath(ecf) +
+                ": No configuration of the product has what the command needs. Choose another "
+                "product, or another file.",
+            "Configuration settings not found to process.\nUpdate configuration file and continue");
   }
   return false;
 }

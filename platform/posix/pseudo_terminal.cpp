@@ -44,12 +44,6 @@ bool MakeRaw(int file) {
   return tcsetattr(file, TCSANOW, &state) == 0;
 }
 
-bool MakeLink(const Path& link, const std::string& target) {
-  std::error_code error;
-  std::filesystem::create_symlink(target, link, error);
-  return !error;
-}
-
 // To be called before a far end is made: its number may be that of the one which is gone.
 void RemoveDeadLink(const Path& link) {
   std::error_code error;
@@ -61,21 +55,23 @@ void RemoveDeadLink(const Path& link) {
 
 }  // namespace
 
-std::unique_ptr<PseudoTerminal> OpenPseudoTerminal(const Path& link) {
+Made<std::unique_ptr<PseudoTerminal>> OpenPseudoTerminal(const Path& link) {
   RemoveDeadLink(link);
   auto terminal = std::make_unique<SystemTerminal>();
   terminal->master = posix_openpt(O_RDWR | O_NOCTTY);
   if (terminal->master < 0 || grantpt(terminal->master) != 0 || unlockpt(terminal->master) != 0)
-    return nullptr;
+    return LastSystemError();
   const char* name = ptsname(terminal->master);
-  if (!name) return nullptr;
+  if (!name) return LastSystemError();
   terminal->path = name;
   terminal->keeper = open(name, O_RDWR | O_NOCTTY | O_CLOEXEC);
-  if (terminal->keeper < 0 || !MakeRaw(terminal->keeper)) return nullptr;
+  if (terminal->keeper < 0 || !MakeRaw(terminal->keeper)) return LastSystemError();
   fcntl(terminal->master, F_SETFD, FD_CLOEXEC);
   fcntl(terminal->master, F_SETFL, O_NONBLOCK);
   if (!link.empty()) {
-    if (!MakeLink(link, terminal->path)) return nullptr;
+    std::error_code error;
+    std::filesystem::create_symlink(terminal->path, link, error);
+    if (error) return error;
     terminal->link = link;
   }
   return terminal;

@@ -3,8 +3,8 @@
 namespace vexa {
 
 // Windows has none; a pair of ports joined by a driver does there what a pseudo-terminal does elsewhere.
-std::unique_ptr<PseudoTerminal> OpenPseudoTerminal(const Path&) {
-  return nullptr;
+Made<std::unique_ptr<PseudoTerminal>> OpenPseudoTerminal(const Path&) {
+  return {};
 }
 
 }  // namespace vexa

@@ -103,21 +103,43 @@ TEST_F(Reasons, FilesThatAreNotWhatTheyShouldBe) {
   *last = 'X';  // of the second stream
   PutFile(At("two.bin"), damaged);
   const std::string mismatch = "error: StaticDB file magic ID mismatch. Input a valid SDB.";
-  Expect("info @two.bin", mismatch, In("two.bin") + ": SDB 2 of 2");
-  Expect("info @text", mismatch, In("text"));
+  const std::string no_database = ": It is no database file: choose another one.",
+                    no_configuration = ": It is no configuration file: choose another one.";
+  Expect("info @two.bin", mismatch, In("two.bin") + ": SDB 2 of 2" + no_database);
+  Expect("info @text", mismatch, In("text") + no_database);
   Put("short", "Qz");
-  Expect("info @short", "error: Invalid or unknown file format.", In("short"));
-  Expect("ecf show @text", "error: Config magic id mismatch - AddConfigurationListToComboBox", In("text"));
-  Expect("adb request --ecf @text -o @out", "error: Magic Id mismatch - InitConfig", In("text"));
+  Expect("info @short", "error: Invalid or unknown file format.",
+         In("short") + ": It is shorter than its header. The file is damaged: use another copy of it.");
+  Expect("ecf show @text", "error: Config magic id mismatch - AddConfigurationListToComboBox",
+         In("text") + no_configuration);
+  Expect("adb request --ecf @text -o @out", "error: Magic Id mismatch - InitConfig",
+         In("text") + no_configuration);
   Put("text.sdx", "no list");
-  Expect("import @text.sdx -o @out", "error: Error - Invalid File", In("text.sdx"));
+  Expect("import @text.sdx -o @out", "error: Error - Invalid File",
+         In("text.sdx") +
+             ": It does not begin as a list of its kind does. Choose a channel list, or say its format.");
   Expect("import @list.dvb -o @out", "error: Add atleast one LNB and Satellite to save as a bin",
          In("list.dvb") + ": SDB1 has no satellite.");
 }
 
+TEST_F(Reasons, NumbersBeyondWhatThereIs) {
+  const std::string one = "error: Number 2 is beyond the 1 that there are.";
+  Expect("export @base.bin --sdb 2 -o @out", one, "SDB: choose from 1 to 1.");
+  Expect("save @base.bin --ubi 2 -o @out", "error: Number 2 is beyond the 0 that there are.",
+         "user box record: there is none.");
+  Expect("save @base.bin --sdb 1 --satellites 99 -o @out",
+         "error: Number 99 is beyond the 85 that there are.", "satellite: choose from 1 to 85.");
+  Expect("set @base.bin -o @out 'lnb 17' power=1", "error: Number 17 is beyond the 16 that there are.",
+         "LNB: choose from 1 to 16.");
+  const ProgramResult image = Vexa("upload sdb @base.bin --port P --image-type 77");
+  EXPECT_THAT(image.errors,
+              testing::MatchesRegex("error: The configuration has no image type 77.\ninfo: "
+                                    "configuration .*/.*: choose one of its . regions, from 0.\n"));
+}
+
 #if !defined(_WIN32)
 TEST_F(Reasons, PortsThatRefuse) {
-  auto terminal = OpenPseudoTerminal(At("line"));
+  auto terminal = OpenPseudoTerminal(At("line")).value;
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   const std::string library = "error: Port is not available.\ninfo: ";
   const auto errors = [this](const std::string& options) {
@@ -131,6 +153,10 @@ TEST_F(Reasons, PortsThatRefuse) {
   EXPECT_THAT(errors("--port @line --stop-bits 1.5 --timeout 0.05"),
               testing::StartsWith("error: Error - SetCommState.\ninfo: " + In("line") +
                                   ": Invalid argument. Choose other line parameters, or another port.\n"));
+  EXPECT_THAT(Vexa("loader --link @none/line").errors,
+              testing::HasSubstr("error: No line can be made or opened at \"" + In("none/line") +
+                                 "\".\ninfo: " + In("none/line") +
+                                 ": No such file or directory. Make the folder first, or "));
   const auto held = SystemCommApi().create_file(terminal->path);
   ASSERT_TRUE(held);
   // What stands behind the name is this test's, whatever it is called.

@@ -31,7 +31,7 @@ class ReceiverCommands : public CliTest {
   }
   // False where there are no pseudo-terminals.
   bool StartReceiver(const LoaderFaults& faults = {}) {
-    terminal_ = OpenPseudoTerminal(At("line"));
+    terminal_ = OpenPseudoTerminal(At("line")).value;
     if (!terminal_) return false;
     receiver_ = MakeReceiver(faults, {});
     LoaderRun run;
@@ -279,7 +279,7 @@ TEST_F(ReceiverCommands, TheLoaderReplacesNothingButADeadLinkOfItsOwnKind) {
     EXPECT_FALSE(OpenPseudoTerminal(At(name))) << name;
     EXPECT_EQ(std::filesystem::is_symlink(At(name)), std::string(name) != "file");
   }
-  auto terminal = OpenPseudoTerminal(At("own"));
+  auto terminal = OpenPseudoTerminal(At("own")).value;
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   EXPECT_EQ(std::filesystem::read_symlink(At("own")), Path(terminal->path));
   EXPECT_FALSE(OpenPseudoTerminal(At("own"))) << "it is in use";
@@ -294,7 +294,7 @@ TEST_F(ReceiverCommands, TheLoaderReplacesNothingButADeadLinkOfItsOwnKind) {
 #endif
 
 TEST_F(ReceiverCommands, AnUnpluggedPortEndsTheTransferWithOneMessage) {
-  auto terminal = OpenPseudoTerminal(At("line"));
+  auto terminal = OpenPseudoTerminal(At("line")).value;
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   std::thread user([&] {
     Bytes heard(1);
@@ -312,7 +312,7 @@ TEST_F(ReceiverCommands, AnUnpluggedPortEndsTheTransferWithOneMessage) {
 
 // A receiver that restarts as soon as it knows that all has arrived.
 TEST_F(ReceiverCommands, APortThatGoesBehindADownloadHarmsNothing) {
-  auto terminal = OpenPseudoTerminal(At("line"));
+  auto terminal = OpenPseudoTerminal(At("line")).value;
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   std::atomic<bool> downloads{false}, all_received{false};
   receiver_ = MakeReceiver({}, {});

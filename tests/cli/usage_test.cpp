@@ -90,8 +90,8 @@ TEST_F(Usage, SaveAndSortMayWriteOverTheirInputUnlessItWasNotReadWhole) {
   for (const std::string line : {"save @many.bin -o @many.bin", "sort @many.bin -o @many.bin"}) {
     const ProgramResult result = Vexa(line);
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.errors,
-                HasSubstr("error: " + In("many.bin") + " was not read whole and stays as it is.\n"));
+    EXPECT_THAT(result.errors, HasSubstr("error: " + In("many.bin") +
+                                         " was not read whole and stays as it is.\ninfo: Name another file"));
     EXPECT_EQ(Get("many.bin"), before);
   }
   EXPECT_EQ(Vexa("save @many.bin -o @other.bin").status, 0);
@@ -163,7 +163,8 @@ TEST_F(Usage, TheEnvironmentNamesTheConfiguration) {
   EXPECT_EQ(named.output, given.output);
   EXPECT_NE(named.output, shipped);
   EXPECT_EQ(missing.status, 1);
-  EXPECT_THAT(missing.errors, HasSubstr("VEXA_ECF names \"" + In("none.ecf") + "\""));
+  EXPECT_THAT(missing.errors, HasSubstr("VEXA_ECF names \"" + In("none.ecf") +
+                                        "\", where no configuration file is.\ninfo: Set VEXA_ECF"));
   EXPECT_EQ(Vexa("ecf show").output, shipped);
 }
 

@@ -202,6 +202,10 @@ TEST_F(EcfTest, MessagesOfAFailedLoadAndTheOldConfigurationStays) {
     EXPECT_FALSE(Load(row.file));
     ASSERT_EQ(recorder.shown.size(), 1u);
     EXPECT_EQ(recorder.shown[0].icon, Icon::kStop);
+    EXPECT_THAT(recorder.shown[0].detail,
+                testing::EndsWith(!testing::Matches(testing::StartsWith("Magic"))(row.text)
+                                      ? ": use another copy of the file."
+                                      : ": choose another one."));
     EXPECT_EQ(recorder.Texts(), Texts{row.text});
     EXPECT_EQ(config.configuration_name, "old");
     EXPECT_EQ(config.regions.size(), 2u);

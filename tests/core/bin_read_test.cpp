@@ -239,6 +239,7 @@ void ExpectRefusals(const std::vector<RefusedCase>& rows) {
     const Opened opened = Open(row.file);
     EXPECT_FALSE(opened.good);
     EXPECT_EQ(opened.Texts(), List{row.text});
+    EXPECT_THAT(opened.shown[0].detail, testing::EndsWith(".")) << "what is wrong, and what to do";
     ASSERT_EQ(opened.shown.size(), 1u);
     EXPECT_EQ(opened.shown[0].icon, Icon::kStop);
     EXPECT_EQ(opened.shown[0].title, kApplicationTitle);

@@ -15,7 +15,9 @@
 namespace vexa {
 namespace {
 
+using testing::AnyOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 
 constexpr const char* kVerifyCounts = "Unable to upload\nPlease verify carrier and service record count.";
@@ -40,6 +42,10 @@ struct Adb : testing::Test {
   }
   void ExpectRefused(const std::string& text) {
     EXPECT_FALSE(BuildAdbImages(recorder.context, document, 0, config));
+    ASSERT_EQ(recorder.shown.size(), 1u);
+    EXPECT_THAT(recorder.shown[0].detail,
+                AnyOf(EndsWith("divide them between SDBs."), EndsWith("choose another configuration."),
+                      EndsWith("Choose another configuration."), EndsWith("or another file.")));
     EXPECT_THAT(recorder.Texts(), ElementsAre(text));
   }
 };

@@ -297,6 +297,7 @@ TEST_F(Decoder, DamageIsRefusedWithOneMessage) {
     ASSERT_TRUE(Decode());
     row.damage();
     EXPECT_FALSE(Decode()) << row.what;
+    EXPECT_THAT(recorder.shown.at(0).detail, testing::EndsWith(" the configuration that it was made for."));
     EXPECT_THAT(recorder.Texts(), ElementsAre("File access error")) << row.what;
   }
 }

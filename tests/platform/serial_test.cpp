@@ -28,7 +28,7 @@ termios LineStateOf(const std::string& terminal) {
 
 // A pseudo-terminal keeps the flags that its line has no use for, but drops PARENB and the number of bits.
 TEST(SerialPorts, TheLineIsSetAsTheControlBlockSays) {
-  const auto terminal = OpenPseudoTerminal({});
+  const auto terminal = OpenPseudoTerminal({}).value;
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   const CommApi& api = SystemCommApi();
   const SerialDevicePtr port = api.create_file(terminal->path).value;
@@ -68,7 +68,7 @@ TEST(SerialPorts, TheLineIsSetAsTheControlBlockSays) {
 }
 
 TEST(SerialPorts, BytesCrossBothWaysAndAnUnpluggedPortIsSeen) {
-  auto terminal = OpenPseudoTerminal({});
+  auto terminal = OpenPseudoTerminal({}).value;
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   const CommApi& api = SystemCommApi();
   const SerialDevicePtr port = api.create_file(terminal->path).value;
@@ -128,7 +128,7 @@ TEST(SerialPorts, BytesCrossBothWaysAndAnUnpluggedPortIsSeen) {
 TEST(SerialPorts, ALinkIsThePortThatItLeadsTo) {
   Recorder recorder;
   const Path link = recorder.context.temporary_folder / "line";
-  const auto terminal = OpenPseudoTerminal(link);
+  const auto terminal = OpenPseudoTerminal(link).value;
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   EXPECT_TRUE(IsSamePort(terminal->path, Utf8FromPath(link)));
   EXPECT_FALSE(IsSamePort(terminal->path, "/dev/null"));

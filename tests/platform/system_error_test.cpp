@@ -158,7 +158,7 @@ TEST(Reasons, APortNamesWhoHoldsItAndWhoMayUseIt) {
   std::getline(std::ifstream("/proc/self/comm"), program);
   const std::string owner = program + " (" + std::to_string(getpid()) + ")";
   for (const bool locked : {true, false}) {
-    auto terminal = OpenPseudoTerminal({});
+    auto terminal = OpenPseudoTerminal({}).value;
     if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
     const auto port = locked ? SystemCommApi().create_file(terminal->path) : Made<SerialDevicePtr>();
     const auto again = SystemCommApi().create_file(terminal->path);

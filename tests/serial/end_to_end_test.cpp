@@ -300,7 +300,7 @@ TEST(EndToEnd, StartingTellsWhatCannotBeOpenedOrClosed) {
 TEST(EndToEnd, ThroughAPseudoTerminal) {
   Recorder folder;
   const Path link = folder.context.temporary_folder / "line";
-  const auto terminal = OpenPseudoTerminal(link);
+  const auto terminal = OpenPseudoTerminal(link).value;
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
   Receiver receiver = MakeReceiver({}, {});
   std::atomic<bool> stop{false};

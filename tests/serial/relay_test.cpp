@@ -150,6 +150,11 @@ TEST(Preconditions, NameWhatIsMissing) {
   for (const Precondition& test : cases) {
     SCOPED_TRACE(test.what);
     Recorder recorder;
+    const auto tell = recorder.context.messages.tell;
+    recorder.context.messages.tell = [&tell](const Message& message) {
+      EXPECT_NE(message.detail, "") << message.text;
+      tell(message);
+    };
     ProjectConfig config = MakeImageConfig(0);
     config.configuration_found = config.partitions_loaded = true;
     Document document = NewDocument();

@@ -525,12 +525,14 @@ TEST(Download, DataThatCannotBeKeptIsNoFailedCrc) {
       rig.regions[0].push_back(Frame(Data(Bytes(data.begin(), data.begin() + 7000))));
     int writes = 0;
     bool failed = false;
+    const char* refused = kRegionFile;
     const auto write = rig.recorder.files.write;
     const auto finish = rig.recorder.files.finish;
     const auto full = std::make_error_code(std::errc::no_space_on_device);
     rig.recorder.files.write = [&](std::FILE* file, std::span<const uint8_t> bytes) -> Outcome {
-      if (++writes != step || bytes.size() == 7000 + 16 || bytes.size() < 100) return write(file, bytes);
+      if (++writes != step) return write(file, bytes);
       failed = true;
+      refused = bytes.size() == 7000 + 16 || bytes.size() < 100 ? kPacketFile : kRegionFile;
       return full;
     };
     rig.recorder.files.finish = [&](std::FILE* file) {
@@ -551,7 +553,7 @@ TEST(Download, DataThatCannotBeKeptIsNoFailedCrc) {
     const auto texts = rig.messages.Texts();
     ASSERT_EQ(texts.size(), 1u) << step;
     EXPECT_TRUE(texts[0].starts_with("The received data could not be written to \"")) << texts[0];
-    EXPECT_EQ(shown[0].detail, Recorder::FullDisk(rig.recorder.context.temporary_folder / kRegionFile));
+    EXPECT_EQ(shown[0].detail, Recorder::FullDisk(rig.recorder.context.temporary_folder / refused));
     EXPECT_EQ(rig.cancels, 1) << step;
     EXPECT_EQ(FailureOf(rig.transfer), texts[0]);
   }

@@ -391,7 +391,9 @@ void HandleMessage(Application& app, MSG& message) {
 }
 
 void EndWithoutList(Application& app) {
-  Tell(app.context.messages, Icon::kStop, "Updating list view failed. Can not continue.");
+  TellWhy(app.context.messages, Icon::kStop,
+          "Windows takes no more rows. Save the changes when the program asks for them, and start it again.",
+          "Updating list view failed. Can not continue.");
   app.must_end = true;
   app.exit_code = 1;
   PostMessageW(app.frame, WM_CLOSE, 0, 0);

@@ -85,7 +85,11 @@ void TextFile(Application& app) {
 bool SdbLimitReached(Application& app) {
   const EditorWindow* editor = ActiveEditor(app);
   if (!editor || editor->document.sdbs.size() < kMaximumSdbs) return false;
-  Tell(app.context.messages, Icon::kStop, "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
+  TellWhy(
+      app.context.messages, Icon::kStop,
+      Format("The active window holds %zu SDBs, the most that fit. Choose another window, or delete an SDB.",
+             editor->document.sdbs.size()),
+      "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
   return true;
 }
 
