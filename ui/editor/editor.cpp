@@ -87,6 +87,7 @@ bool CreateControls(EditorWindow& editor) {
     TellWhy(editor.app->context.messages, Icon::kStop, LastErrorText(), "Can't Init the ListView Control");
     return false;
   }
+  QuickenList(editor);
   editor.information = Control(editor, L"button", L"Information", WS_TABSTOP | BS_PUSHBUTTON, kInformationId);
   for (size_t i = 0; i < editor.view_buttons.size(); ++i) {
     editor.view_buttons[i] = Control(editor, L"BUTTON", kViewButtons[i].text, WS_TABSTOP | BS_PUSHBUTTON,
@@ -315,6 +316,10 @@ LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
       return 0;
     case WM_NOTIFY:
       return EditorNotify(*editor, *reinterpret_cast<NMHDR*>(lparam), lparam);
+    case kSelectionChanged:
+      editor->selection_told = false;
+      editor->app->refresh_frame();
+      return 0;
     case WM_COMMAND:
       if (HIWORD(wparam) == BN_CLICKED) Command(*editor, LOWORD(wparam));
       return 0;

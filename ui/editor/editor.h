@@ -62,6 +62,7 @@ struct EditorWindow {
   TreeNode root;                      // above the roots of the tree
   std::vector<uint32_t> shown_slots;  // of the SDBs in the tree, in its order
   bool settled = true;                // false: the tree's selection is not the user's
+  bool selection_told = false;        // kSelectionChanged is on its way
   NodeRef selected;                   // tree node
   ListView view = ListView::kBelow;
   bool details = false;  // the list shows the details of `shown_record`

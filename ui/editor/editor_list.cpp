@@ -24,7 +24,48 @@ TreeNode* NodeAlong(EditorWindow& editor, const TreePath& place) {
   return node;
 }
 
+constexpr UINT_PTR kListSubclass = 1;
+// From here on unselecting the rows one by one is felt.
+constexpr int kManySelected = 500;
+
+bool MovesSelection(WPARAM key) {
+  return (key >= VK_PRIOR && key <= VK_DOWN) || key == VK_SPACE;
+}
+
+// A press that the control would answer by unselecting all rows, one after the other.
+bool LeavesSelection(HWND list, WPARAM keys, LPARAM place) {
+  if (keys & (MK_CONTROL | MK_SHIFT)) return false;
+  LVHITTESTINFO hit{};
+  hit.pt = {GET_X_LPARAM(place), GET_Y_LPARAM(place)};
+  const int row = ListView_HitTest(list, &hit);
+  return row < 0 || !(ListView_GetItemState(list, row, LVIS_SELECTED) & LVIS_SELECTED);
+}
+
+// Wine's control marks each row that it unselects for painting; without painting the whole list is marked
+// once.
+LRESULT CALLBACK ListProcedure(HWND list, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                               DWORD_PTR data) noexcept {
+  auto& editor = *reinterpret_cast<EditorWindow*>(data);
+  const bool presses = message == WM_LBUTTONDOWN || message == WM_RBUTTONDOWN;
+  const bool changes = message == WM_LBUTTONUP || (message == WM_KEYDOWN && MovesSelection(wparam));
+  if ((!presses && !changes) || ListView_GetSelectedCount(list) < kManySelected)
+    return DefSubclassProc(list, message, wparam, lparam);
+  if (presses) {
+    if (LeavesSelection(list, wparam, lparam)) SelectRows(editor, [](size_t) { return false; });
+    return DefSubclassProc(list, message, wparam, lparam);
+  }
+  SendMessageW(list, WM_SETREDRAW, FALSE, 0);
+  const LRESULT result = DefSubclassProc(list, message, wparam, lparam);
+  SendMessageW(list, WM_SETREDRAW, TRUE, 0);
+  InvalidateRect(list, nullptr, FALSE);
+  return result;
+}
+
 }  // namespace
+
+void QuickenList(EditorWindow& editor) {
+  SetWindowSubclass(editor.list, ListProcedure, kListSubclass, reinterpret_cast<DWORD_PTR>(&editor));
+}
 
 std::vector<size_t> SelectedRows(const EditorWindow& editor) {
   std::vector<size_t> rows;

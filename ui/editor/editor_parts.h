@@ -7,6 +7,9 @@
 
 namespace vexa {
 
+// A message to the database window: other rows are selected. Posted once for all that one step changes.
+inline constexpr UINT kSelectionChanged = WM_APP + 4;
+
 LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam);
 // The list's columns: made with the widths and in the order that the user last gave them, and remembered
 // before they go.
@@ -16,6 +19,8 @@ void ShowRowOrder(EditorWindow& editor);  // the arrow in a title
 // Places of the selected rows, ascending.
 std::vector<size_t> SelectedRows(const EditorWindow& editor);
 std::vector<NodeRef> SelectedRecords(const EditorWindow& editor);
+// Lets the list leave a selection of very many rows without a pause.
+void QuickenList(EditorWindow& editor);
 // Selects the rows that `chosen` names, and no others.
 void SelectRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen);
 // The same for the user: the list gets the focus, the commands follow.

@@ -108,6 +108,9 @@ TreeNode* NodeBehind(const EditorWindow& editor, HTREEITEM item) {
 // that is opened for each of them.
 constexpr size_t kManyChanges = 64;
 
+// In a tree with more items than these, going through all of them for one is felt.
+constexpr unsigned kLargeTree = 4000;
+
 // Brings the nodes into line first and then the control, which may ask for their texts meanwhile.
 class TreeSync {
  public:
@@ -126,7 +129,7 @@ class TreeSync {
     editor_.shown_slots = slots_;
     for (TreeNode* node : emptied_) RemoveItemsBelow(*node);
     for (auto& node : gone_) DeleteItem(node);
-    for (TreeNode* node : added_) AddItem(*node);
+    AddItems();
     for (TreeNode* node : to_open_) Reopen(*node);
     ScrollTo(NodeAt(top));
     if (records_ == Records::kRebuilt) wanted_ = InSight(NodeAt(selected));
@@ -318,6 +321,19 @@ class TreeSync {
     if (parent.ref.kind == NodeKind::kSatelliteLevel) refusal_ = "Satellite record cannot be deleted.";
     if (parent.ref.kind == NodeKind::kSatellite) refusal_ = "Carrier record cannot be deleted.";
     parent.children.push_back(std::move(node));
+  }
+
+  // Wine's control marks every item in sight behind a new one for painting. Below a closed node it does not.
+  void AddItems() {
+    std::set<TreeNode*> closed;
+    const bool large = TreeView_GetCount(editor_.tree) > kLargeTree;
+    for (TreeNode* node : added_) {
+      TreeNode& parent = *node->parent;
+      if (large && parent.expanded && closed.insert(&parent).second)
+        TreeView_Expand(editor_.tree, parent.item, TVE_COLLAPSE);
+      AddItem(*node);
+    }
+    for (TreeNode* node : closed) TreeView_Expand(editor_.tree, node->item, TVE_EXPAND);
   }
 
   void AddItem(TreeNode& node) {

@@ -1,5 +1,6 @@
 // Tree, list and panel of the database window: filled with what is seen.
 #include <algorithm>
+#include <utility>
 
 #include "core/messages.h"
 #include "ui/editor/editor_parts.h"
@@ -166,7 +167,9 @@ LRESULT ListNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
       return 0;
     case LVN_ITEMCHANGED:
     case LVN_ODSTATECHANGED:
-      if (editor.settled) editor.app->refresh_frame();
+      // A control that unselects many rows tells each of them; one look at the last is enough.
+      if (editor.settled && !std::exchange(editor.selection_told, true))
+        PostMessageW(editor.window, kSelectionChanged, 0, 0);
       return 0;
     case LVN_KEYDOWN:
       RunKey(editor, reinterpret_cast<NMLVKEYDOWN*>(lparam)->wVKey, true);
