@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "cli/error_stream.h"
 #include "config/ecf_select.h"
 #include "config/project_config.h"
 #include "core/context.h"
@@ -37,6 +38,8 @@ struct CommandState {
   bool tells_after_interrupt = false;       // else what fails because of an interruption is not told
   std::string interruption;                 // what is said behind "was interrupted"
   std::string last_detail;                  // of the message that was told last
+  std::string first_error;                  // the text of the first error that was told
+  std::shared_ptr<ErrorStream> errors = std::make_shared<ErrorStream>();
 };
 
 // Options shared by commands. Call while building the command.

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <mutex>
+#include <utility>
 
 #include "cli/last_resort.h"
 #include "cli/usage.h"
@@ -34,7 +35,7 @@ const char* KindOf(Icon icon) {
   }
 }
 
-Progress TerminalProgress() {
+Progress TerminalProgress(const std::shared_ptr<ErrorStream>& errors) {
   Progress progress;
   if (!StandardErrorIsTerminal()) return progress;
   struct State {
@@ -43,13 +44,12 @@ Progress TerminalProgress() {
   };
   const auto state = std::make_shared<State>();
   progress.range = [state](uint64_t total) { *state = {total, -1}; };
-  progress.position = [state](uint64_t position) {
+  progress.position = [state, errors](uint64_t position) {
     if (state->total == 0) return;
     const int percent = static_cast<int>(position * 100 / state->total);
     if (percent == state->shown) return;
     state->shown = percent;
-    std::fprintf(stderr, position < state->total ? "\r%3d%%" : "\r    \r", percent);
-    std::fflush(stderr);
+    errors->ShowLine(position < state->total ? Format("%3d%%", percent) : "");
   };
   return progress;
 }
@@ -96,17 +96,19 @@ void PrepareContext(CommandState& state) {
     if (InterruptWatch::IsInterrupted() && !state.tells_after_interrupt) return;
     static std::mutex one_at_a_time;  // the threads of a transfer tell too
     const std::lock_guard hold(one_at_a_time);
-    std::fprintf(stderr, "%s: %s\n", KindOf(message.icon), message.text.c_str());
+    std::string text = std::string(KindOf(message.icon)) + ": " + message.text + "\n";
     // Of messages that come to one reason, the first gives it.
     if (!message.detail.empty() && message.detail != state.last_detail)
-      std::fprintf(stderr, "info: %s\n", message.detail.c_str());
+      text += "info: " + message.detail + "\n";
     state.last_detail = message.detail;
+    if (message.icon == Icon::kStop && state.first_error.empty()) state.first_error = message.text;
+    state.errors->Print(text);
   };
   context.messages.ask = [&state](const std::string& text, const std::string&, bool) {
-    std::fprintf(stderr, "question: %s\n", text.c_str());
+    state.errors->Print("question: " + text + "\n");
     return state.yes;
   };
-  context.progress = TerminalProgress();
+  context.progress = TerminalProgress(state.errors);
   static const FileOperations files = [] {
     FileOperations own = SystemFiles();
     const FileOperations& system = SystemFiles();
@@ -124,14 +126,18 @@ void PrepareContext(CommandState& state) {
   context.files = &files;
 }
 
-Outcome PrintResults(const CommandState& state) {
+bool PrintResults(CommandState& state) {
+  const std::string output = std::exchange(state.output, "");
   SetBinaryOutput();
   ForgetFileErrors();
-  const bool written =
-      std::fwrite(state.output.data(), 1, state.output.size(), stdout) == state.output.size();
+  const bool written = std::fwrite(output.data(), 1, output.size(), stdout) == output.size();
   // A stream that is flushed at every line end may have failed before the last flush, which succeeds.
   if (std::fflush(stdout) == 0 && written && std::ferror(stdout) == 0) return true;
-  return LastFileError();
+  const std::error_code error = LastFileError();
+  const std::string advice = AdviceOn(Attempt::kWrite, CauseOf(error));
+  state.errors->Print("error: Could not write to standard output: " + SystemText(error) + "\n");
+  if (!advice.empty()) state.errors->Print("info: " + advice + "\n");
+  return false;
 }
 
 void RequireTemporaryFolder(CommandState& state) {

@@ -10,7 +10,8 @@ namespace vexa {
 // --yes; a progress line when standard error is a terminal; no file is begun any more after an interruption.
 void PrepareContext(CommandState& state);
 
-// Writes the collected results to standard output, bytes as they are.
-Outcome PrintResults(const CommandState& state);
+// Writes the collected results to standard output, bytes as they are, and forgets them. False after a message
+// with the system's reason when they cannot be written.
+bool PrintResults(CommandState& state);
 
 }  // namespace vexa

@@ -16,6 +16,7 @@ namespace {
 
 struct BuildOptions {
   std::string file, output, sdb = "1";
+  bool dry_run = false;
 };
 
 struct UrtOptions {
@@ -61,7 +62,20 @@ std::vector<NamedPath> OutputsIn(CommandState& state, const Path& folder) {
   return outputs;
 }
 
+// How full each table would be.
+void ShowRooms(CommandState& state, const BuildOptions& options) {
+  const ProjectConfig config = LoadCommandConfig(state);
+  const Document document = OpenDocument(state, options.file);
+  const size_t sdb = ParseList(state, options.sdb, document.sdbs.size(), "SDB")[0];
+  for (const TableUse& table : AdbRooms(*document.sdbs[sdb].database, config))
+    state.output += table.table + " " + std::to_string(table.used) + "/" + std::to_string(table.room) + "\n";
+  state.print_output_on_failure = true;  // what does not fit is a result
+  if (!BuildAdbImages(state.context, document, sdb, config)) throw CommandFailed{};
+}
+
 void BuildAdb(CommandState& state, const BuildOptions& options) {
+  if (options.dry_run) return ShowRooms(state, options);
+  if (options.output.empty()) throw CLI::RequiredError("--output");
   const Path folder = PathFromUtf8(options.output);
   ExpectApart({{"DB", PathFromUtf8(options.file)}, {"--ecf", ConfigurationFile(state)}},
               OutputsIn(state, folder));
@@ -269,7 +283,12 @@ void AddAdb(CLI::App& program, CommandState& state) {
       *adb.add_subcommand("build", "Lay an SDB out as the receiver's memory, with its URT file");
   const auto made = std::make_shared<BuildOptions>();
   build.add_option("DB", made->file, "Database file")->required();
-  build.add_option("-o,--output", made->output, "Folder for the image and URT files")->required();
+  CLI::Option* const output_folder = build.add_option(
+      "-o,--output", made->output, "Folder for the image and URT files; required without --dry-run");
+  build
+      .add_flag("--dry-run", made->dry_run,
+                "Make nothing, print how full each table of the receiver would be")
+      ->excludes(output_folder);
   build.add_option("--sdb", made->sdb, "Which SDB, from 1")->check(CheckPlace);
   AddConfigurationOptions(build, state);
   AddTimeOption(build, state);

@@ -31,20 +31,15 @@ void TakeNumbersAsDecimal(CLI::App& command) {
   for (CLI::App* inner : command.get_subcommands({})) TakeNumbersAsDecimal(*inner);
 }
 
-// Status 1 with the system's reason when the results cannot be written.
-int Printed(const CommandState& state, int status) {
-  const Outcome printed = PrintResults(state);
-  if (printed) return status;
-  const std::string advice = AdviceOn(Attempt::kWrite, CauseOf(printed.error));
-  std::fprintf(stderr, "error: Could not write to standard output: %s\n", SystemText(printed.error).c_str());
-  if (!advice.empty()) std::fprintf(stderr, "info: %s\n", advice.c_str());
-  return 1;
+// Status 1 when the results cannot be written.
+int Printed(CommandState& state, int status) {
+  return PrintResults(state) ? status : 1;
 }
 
 int TellWrongUsage(CommandState& state, const CLI::App& program, const CLI::ParseError& error) {
   if (error.get_exit_code() != 0) {
-    std::fprintf(stderr, "error: %s\ninfo: %s --help tells more.\n", UsageText(program, error).c_str(),
-                 CommandName(program).c_str());
+    state.errors->Print("error: " + UsageText(program, error) + "\ninfo: " + CommandName(program) +
+                        " --help tells more.\n");
     return 2;
   }
   std::ostringstream help;
@@ -55,8 +50,7 @@ int TellWrongUsage(CommandState& state, const CLI::App& program, const CLI::Pars
 }
 
 int TellInterrupted(const CommandState& state, const CLI::App& program) {
-  std::fprintf(stderr, "error: %s was interrupted%s.\n", CommandName(program).c_str(),
-               state.interruption.c_str());
+  state.errors->Print("error: " + CommandName(program) + " was interrupted" + state.interruption + ".\n");
   return 1;
 }
 
@@ -105,9 +99,10 @@ int RunGuarded(CommandState& state, int count, char** arguments) {
     return Run(state, count, arguments);
   } catch (const std::bad_alloc&) {
     if (state.output_made) return 0;
+    state.errors->ShowLine("");
     TellOutOfMemory();
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "error: %s\n", error.what());
+    state.errors->Print(std::string("error: ") + error.what() + "\n");
   }
   return 1;
 }

@@ -1,201 +1,131 @@
 // ports, upload, download: the receiver's line. The simulated receiver has a file of its own.
 #include "cli/receiver_commands.h"
 
-#include <atomic>
 #include <charconv>
-#include <chrono>
-#include <cstdio>
+#include <iostream>
 #include <nlohmann/json.hpp>
 
+#include "cli/line_job.h"
 #include "cli/usage.h"
-#include "config/settings.h"
+#include "image/adb.h"
 #include "image/decoder.h"
+#include "image/sha256.h"
 #include "platform/text.h"
 #include "serial/prepare.h"
-#include "serial/reports.h"
-#include "serial/session.h"
-#include "serial/trace.h"
 
 namespace vexa {
 
 namespace {
 
-struct LineOptions {
-  std::string port, baud = "115200", parity = "None", data_bits = "8", stop_bits = "1", trace;
-  double timeout = 0;  // s; 0: none
-};
-
 struct UploadOptions {
   LineOptions line;
-  std::string file, sdb = "1", sdbs = "1", ubis = "none", format = "single";
+  std::string file, sdb = "1", sdbs = "1", ubis = "none", format = "single", backup, log;
   uint32_t image_type = 0;
   CLI::Option* image_type_given = nullptr;
+  bool verify = false, each = false;
 };
-
-std::vector<std::string> Texts(std::span<const char* const> texts) {
-  return {texts.begin(), texts.end()};
-}
-
-uint8_t IndexOf(const std::vector<std::string>& texts, const std::string& text) {
-  return static_cast<uint8_t>(std::find(texts.begin(), texts.end(), text) - texts.begin());
-}
-
-void AddLineOptions(CLI::App& command, LineOptions& line) {
-  command.add_option("--port", line.port, "Serial port: COM1, or the path of a terminal device")->required();
-  command.add_option("--baud", line.baud, "Bits a second")->check(OneOf(OfferedLineSpeedTexts()));
-  command.add_option("--parity", line.parity, "None, Even, Odd, Mark or Space")
-      ->check(OneOf(Texts(kParities)));
-  command.add_option("--data-bits", line.data_bits, "Bits of a byte")->check(OneOf(Texts(kDataBits)));
-  command.add_option("--stop-bits", line.stop_bits, "1, 1.5 or 2")->check(OneOf(Texts(kStopBits)));
-  command
-      .add_option("--timeout", line.timeout,
-                  "Give up after so many seconds without a new packet (default: wait until interrupted)")
-      ->check(NumberCheck(0.001, 1e9, "number of seconds from 0.001"));
-  command.add_option("--trace", line.trace, "File for what crosses the line, both ways, with times");
-}
-
-void SetLine(ProjectConfig& config, const LineOptions& line) {
-  config.port_name = line.port;
-  config.baud_index = IndexOf(OfferedLineSpeedTexts(), line.baud);
-  config.parity_index = IndexOf(Texts(kParities), line.parity);
-  config.data_bits_index = IndexOf(Texts(kDataBits), line.data_bits);
-  config.stop_bits_index = IndexOf(Texts(kStopBits), line.stop_bits);
-}
-
-// What the command adds to a session: why it ended.
-struct LineRun {
-  TransferSession session;
-  Trace trace;
-  std::atomic<bool> pressed{false};
-  std::atomic<bool> file_refused{false}, timed_out{false};
-};
-
-void PrintStatus(const std::string& text) {
-  if (!text.empty()) std::fprintf(stderr, "%s\n", text.c_str());
-}
-
-void Connect(CommandState& state, LineRun& run, const LineOptions& line, TransferJob job) {
-  Transfer& transfer = run.session.transfer;
-  transfer.context = state.context;
-  transfer.context.files = &SystemFiles();  // the job ends by its own rules
-  run.session.port.api = state.line;
-  run.session.port.messages =
-      WatchedPortMessages(run.session.port, run.session.port_gone, state.context.messages);
-  transfer.view.status = PrintStatus;
-  transfer.view.range = state.context.progress.range;
-  transfer.view.position = state.context.progress.position;
-  transfer.view.press_cancel = [&run] { run.pressed = true; };
-  transfer.report = [&run, job](int code) {
-    ReportTarget target;
-    target.frame_upload = job == TransferJob::kAdb || job == TransferJob::kSdb;
-    target.download = job == TransferJob::kDownload;
-    target.append = [](const std::string& text, ReportColour) { std::fputs(text.c_str(), stderr); };
-    if (code == 23 && (run.file_refused || IsPortMissed(run.session) || run.timed_out))
-      return;  // told already, and not the user's doing
-    ReportLoaderStatus(target, code);
-    if (code < 0) run.file_refused = true;
-  };
-  if (line.trace.empty()) return;
-  OpenTrace(state, run.trace, line.trace);
-  run.session.port.tap = [&run](bool sent, std::span<const uint8_t> bytes) { run.trace.Bytes(sent, bytes); };
-}
-
-// Until the job presses Cancel or is through, the user interrupts, or nothing moves. True: the job ended by
-// itself.
-bool AwaitJob(CommandState& state, LineRun& run, const LineOptions& line) {
-  using Clock = std::chrono::steady_clock;
-  Transfer& transfer = run.session.transfer;
-  uint64_t moved = 0;
-  auto last = Clock::now();
-  while (!run.pressed && !IsTransferOver(run.session)) {
-    if (InterruptWatch::IsInterrupted() || run.file_refused) return false;
-    if (IsPortMissed(run.session)) break;
-    const auto now = Clock::now();
-    if (transfer.packets_moved != moved) {
-      moved = transfer.packets_moved;
-      last = now;
-    }
-    if (line.timeout > 0 && std::chrono::duration<double>(now - last).count() > line.timeout) {
-      TellWhy(state.context.messages, Icon::kStop,
-              line.port + ": no answer. Check the cable, and switch the receiver off and on.",
-              "The transfer made no progress for %g seconds.", line.timeout);
-      run.timed_out = true;
-      return false;
-    }
-    AwaitTransfer(transfer, 20, [&run] { return run.pressed.load(); });
-  }
-  if (!IsPortMissed(run.session)) return true;
-  TellWhy(state.context.messages, Icon::kStop, GoneReason(run.session.port),
-          "%s is not available any more.\nThe transfer was ended.", line.port.c_str());
-  return false;
-}
-
-// What state the receiver is in when the user ends a transfer.
-std::string InterruptionText(const Transfer& transfer, TransferJob job) {
-  const unsigned long long packets = transfer.packets_moved;
-  if (job != TransferJob::kDownload && packets > 0)
-    return Format(
-        " after %llu packets: the receiver holds a part of the data and needs the whole upload again",
-        packets);
-  return ": the receiver keeps what it had, and may wait in its loader until it is switched off and on";
-}
-
-// Runs the whole transfer; throws CommandFailed unless it was done.
-void RunTransfer(CommandState& state, std::unique_ptr<LineRun>& owned, const ProjectConfig& config,
-                 const LineOptions& line, TransferJob job) {
-  LineRun& run = *owned;
-  if (InterruptWatch::IsInterrupted()) throw CommandFailed{};
-  if (!StartTransfer(run.session, config, job)) {
-    if (run.session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
-    TellPorts(state);
-    throw CommandFailed{};
-  }
-  bool over = false;
-  try {
-    over = AwaitJob(state, run, line);
-  } catch (...) {
-    CancelTransfer(run.session);
-    if (run.session.left_behind) static_cast<void>(owned.release());
-    throw;
-  }
-  const bool interrupted = InterruptWatch::IsInterrupted() && !over;
-  const bool ended = CancelTransfer(run.session) && over;
-  if (interrupted) state.interruption = InterruptionText(run.session.transfer, job);
-  const bool traced = IsTraceWritten(state, run.trace, line.trace);
-  const bool done = ended && run.session.outcome == 1 && !run.file_refused && traced;
-  if (run.session.left_behind) static_cast<void>(owned.release());
-  if (!done) throw CommandFailed{};
-  state.output_made = job != TransferJob::kDownload;  // the receiver has it
-}
-
-void Upload(CommandState& state, const ProjectConfig& config, const LineOptions& line, TransferJob job,
-            std::vector<Path> files) {
-  auto run = std::make_unique<LineRun>();
-  Connect(state, *run, line, job);
-  run->session.transfer.files = std::move(files);
-  if (job == TransferJob::kSdb && !TestPort(run->session, config)) {
-    TellPorts(state);
-    throw CommandFailed{};
-  }
-  RunTransfer(state, run, config, line, job);
-}
 
 void ExpectUploadApart(const CommandState& state, const UploadOptions& options) {
   ExpectApart({{"FILE", PathFromUtf8(options.file)},
                {"--ecf", ConfigurationFile(state)},
                {"--port", PathFromUtf8(options.line.port)}},
-              {{"--trace", PathFromUtf8(options.line.trace)}});
+              {{"--trace", PathFromUtf8(options.line.trace)}, {"--log", PathFromUtf8(options.log)}});
+}
+
+bool Upload(LineJob& job, const ProjectConfig& config, TransferJob kind, std::vector<Path> files) {
+  ReceiverRun run = NewRun(job, config);
+  return EndRun(job, run, RunUpload(run, kind, std::move(files)));
+}
+
+// A database as it goes to the receiver: one SDB of a file, and the configuration with the line.
+struct AdbSource {
+  ProjectConfig config;
+  Document document;
+  size_t sdb = 0;
+  std::string sha256;  // of the file
+};
+
+AdbSource OpenAdbSource(CommandState& state, const UploadOptions& options) {
+  RequireTemporaryFolder(state);
+  AdbSource source;
+  source.config = LoadCommandConfig(state);
+  SetLine(source.config, options.line);
+  source.document = OpenDocument(state, options.file);
+  source.sdb = ParseList(state, options.sdb, source.document.sdbs.size(), "SDB")[0];
+  if (!options.log.empty())
+    source.sha256 = Sha256Text(ReadWholeFile(PathFromUtf8(options.file)).value_or(Bytes{}));
+  return source;
+}
+
+// What would only show behind minutes on the line: a database that does not fit, a folder or log that takes
+// nothing.
+void TryOutputs(CommandState& state, const UploadOptions& options, const AdbSource& source) {
+  if (!BuildAdbImages(state.context, source.document, source.sdb, source.config)) throw CommandFailed{};
+  if (!options.backup.empty()) {
+    const Path folder = PathFromUtf8(options.backup);
+    if (const auto why = WhyNotWritable(folder / "copy.bin")) {
+      TellWhy(state.context.messages, Icon::kStop, WriteReason(folder, why), "No copy can be kept in \"%s\".",
+              options.backup.c_str());
+      throw CommandFailed{};
+    }
+  }
+  if (options.log.empty()) return;
+  const Outcome tried = TryRunLog(PathFromUtf8(options.log));
+  if (!tried) ExpectWritten(state, options.log, {WriteResult::kFailed, tried.error});
+}
+
+// One receiver, with its row in the log.
+bool ServeOne(LineJob& job, const UploadOptions& options, const AdbSource& source,
+              const std::string& serial) {
+  CommandState& state = job.state;
+  const LocalTime time = CommandTime(state);
+  ReceiverRun run = NewRun(job, source.config);
+  const ReceiverOrder order{
+      &source.document, source.sdb, time, options.verify, PathFromUtf8(options.backup), serial};
+  const bool done = EndRun(job, run, ServeReceiver(run, order));
+  if (options.log.empty()) return done;
+  const Outcome logged = AppendToRunLog(PathFromUtf8(options.log), {time, serial, options.file, source.sha256,
+                                                                    state.select, run.result, EndOf(done)});
+  if (!logged) {
+    state.output_made = false;
+    state.tells_after_interrupt = true;
+    TellNotWritten(state, options.log, logged.error);
+  }
+  return done && logged;
+}
+
+// A receiver for each line of standard input, to its end.
+bool ServeEach(LineJob& job, const UploadOptions& options, const AdbSource& source) {
+  CommandState& state = job.state;
+  bool all = true;
+  for (std::string line; !InterruptWatch::IsInterrupted() && std::getline(std::cin, line);) {
+    if (line.ends_with('\r')) line.pop_back();
+    state.first_error.clear();
+    state.last_detail.clear();
+    const bool done = ServeOne(job, options, source, line);
+    all = PrintDocument(job, EndOf(done), true) && done && all;
+    state.output_made = false;  // until all of them are through
+  }
+  return all && !InterruptWatch::IsInterrupted();
 }
 
 void UploadAdb(CommandState& state, const UploadOptions& options) {
-  RequireTemporaryFolder(state);
-  ProjectConfig config = LoadCommandConfig(state);
-  SetLine(config, options.line);
-  const Document document = OpenDocument(state, options.file);
-  const auto chosen = ParseList(state, options.sdb, document.sdbs.size(), "SDB");
-  auto files = PrepareAdbUpload(state.context, document, chosen[0], config, CommandTime(state));
-  if (!files) throw CommandFailed{};
-  Upload(state, config, options.line, TransferJob::kAdb, std::move(*files));
+  const auto body = [&](LineJob& job) {
+    const AdbSource source = OpenAdbSource(state, options);
+    TryOutputs(state, options, source);
+    return options.each ? ServeEach(job, options, source) : ServeOne(job, options, source, "");
+  };
+  options.each ? RunLineList(state, options.line, body) : RunLineCommand(state, options.line, body);
+}
+
+void VerifyAdb(CommandState& state, const UploadOptions& options) {
+  RunLineCommand(state, options.line, [&](LineJob& job) {
+    const AdbSource source = OpenAdbSource(state, options);
+    const auto images = BuildAdbImages(state.context, source.document, source.sdb, source.config);
+    if (!images) return false;
+    ReceiverRun run = NewRun(job, source.config);
+    return EndRun(job, run, RunVerify(run, source.document, source.sdb, *images));
+  });
 }
 
 uint32_t MaskOf(const std::vector<size_t>& positions) {
@@ -204,10 +134,7 @@ uint32_t MaskOf(const std::vector<size_t>& positions) {
   return mask;
 }
 
-void UploadSdb(CommandState& state, const UploadOptions& options) {
-  RequireTemporaryFolder(state);
-  ProjectConfig config = LoadCommandConfig(state);
-  SetLine(config, options.line);
+std::vector<Path> PrepareSdb(CommandState& state, const UploadOptions& options, ProjectConfig& config) {
   config.sdb_format = options.format == "single" ? 0 : 1;
   config.image_type_chosen = options.image_type_given->count() > 0;
   if (options.image_type != 0 && options.image_type >= config.regions.size()) {
@@ -229,58 +156,62 @@ void UploadSdb(CommandState& state, const UploadOptions& options) {
   auto files =
       PrepareSdbUpload(state.context, document, {MaskOf(sdbs), MaskOf(ubis)}, config, CommandTime(state));
   if (!files) throw CommandFailed{};
-  Upload(state, config, options.line, TransferJob::kSdb, std::move(*files));
+  return std::move(*files);
+}
+
+void UploadSdb(CommandState& state, const UploadOptions& options) {
+  RunLineCommand(state, options.line, [&](LineJob& job) {
+    RequireTemporaryFolder(state);
+    ProjectConfig config = LoadCommandConfig(state);
+    SetLine(config, options.line);
+    auto files = PrepareSdb(state, options, config);
+    return Upload(job, config, TransferJob::kSdb, std::move(files));
+  });
 }
 
 void UploadUrt(CommandState& state, const UploadOptions& options) {
-  const Path file = PathFromUtf8(options.file);
-  if (const auto why = WhyUnreadable(file)) {
-    TellWhy(state.context.messages, Icon::kStop, ReadReason(file, why),
-            "File access error - UploadURTPacketThread");
-    throw CommandFailed{};
-  }
-  ProjectConfig config;
-  SetLine(config, options.line);
-  Upload(state, config, options.line, TransferJob::kConsole, {PathFromUtf8(options.file)});
+  RunLineCommand(state, options.line, [&](LineJob& job) {
+    const Path file = PathFromUtf8(options.file);
+    if (const auto why = WhyUnreadable(file)) {
+      TellWhy(state.context.messages, Icon::kStop, ReadReason(file, why),
+              "File access error - UploadURTPacketThread");
+      return false;
+    }
+    ProjectConfig config;
+    SetLine(config, options.line);
+    return Upload(job, config, TransferJob::kConsole, {file});
+  });
 }
 
 void Download(CommandState& state, const LineOptions& line, const std::string& output) {
   ExpectApart({{"--ecf", ConfigurationFile(state)}, {"--port", PathFromUtf8(line.port)}},
               {{"--output", PathFromUtf8(output)}, {"--trace", PathFromUtf8(line.trace)}});
-  RequireTemporaryFolder(state);
-  ProjectConfig config = LoadCommandConfig(state);
-  SetLine(config, line);
-  // A target that cannot be written is told before minutes on the line.
-  if (const auto why = WhyNotWritable(PathFromUtf8(output)))
-    ExpectWritten(state, output, {WriteResult::kCannotCreate, why});
-  auto files = PrepareDownload(state.context, config);
-  if (!files) throw CommandFailed{};
-  auto run = std::make_unique<LineRun>();
-  Connect(state, *run, line, TransferJob::kDownload);
-  Bytes database;
-  Transfer& transfer = run->session.transfer;
-  transfer.files = std::move(files->script);
-  transfer.region_files = std::move(files->regions);
-  transfer.decode = [&](bool crc_failed) {
-    if (crc_failed) {
-      Tell(state.context.messages, Icon::kStop, "CRC Verification - failed \n Retry once again");
-      return false;
-    }
-    PrintStatus("CRC Verification - Success");
-    auto decoded = DecodeDownload(state.context, config, UserBoxInfo{});
-    if (decoded) database = std::move(decoded->file);
-    return decoded.has_value();
-  };
-  RunTransfer(state, run, config, line, TransferJob::kDownload);
-  if (!transfer.decoded) throw CommandFailed{};
-  WriteOutput(state, output, database);
+  RunLineCommand(state, line, [&](LineJob& job) {
+    RequireTemporaryFolder(state);
+    ProjectConfig config = LoadCommandConfig(state);
+    SetLine(config, line);
+    // A target that cannot be written is told before minutes on the line.
+    if (const auto why = WhyNotWritable(PathFromUtf8(output)))
+      ExpectWritten(state, output, {WriteResult::kCannotCreate, why});
+    Bytes database;
+    ReceiverRun run = NewRun(job, config);
+    const bool fetched = RunFetch(run, TransferPhase::kDownload, [&] {
+      auto decoded = DecodeDownload(state.context, config, UserBoxInfo{});
+      if (decoded) database = std::move(decoded->file);
+      return decoded.has_value();
+    });
+    EndRun(job, run, fetched);
+    state.output_made = false;
+    if (fetched) WriteOutput(state, output, database);
+    return fetched;
+  });
 }
 
-CLI::App& AddUpload(CLI::App& upload, CommandState& state, const char* name, const char* what,
-                    const std::shared_ptr<UploadOptions>& options,
-                    void (*run)(CommandState&, const UploadOptions&)) {
-  CLI::App& command = *upload.add_subcommand(name, what);
-  command.add_option("FILE", options->file, "What to send")->required();
+CLI::App& AddTransfer(CLI::App& parent, CommandState& state, const char* name, const char* what,
+                      const std::shared_ptr<UploadOptions>& options,
+                      void (*run)(CommandState&, const UploadOptions&)) {
+  CLI::App& command = *parent.add_subcommand(name, what);
+  command.add_option("FILE", options->file, "What to send, or to compare with")->required();
   AddLineOptions(command, options->line);
   command.callback([&state, options, run] {
     ExpectUploadApart(state, *options);
@@ -294,10 +225,16 @@ void AddUploads(CLI::App& program, CommandState& state) {
   upload.require_subcommand(1);
   const auto adb_options = std::make_shared<UploadOptions>();
   CLI::App& adb =
-      AddUpload(upload, state, "adb", "Build the image of a database and send it", adb_options, UploadAdb);
+      AddTransfer(upload, state, "adb", "Build the image of a database and send it", adb_options, UploadAdb);
   adb.add_option("--sdb", adb_options->sdb, "Which SDB, from 1")->check(CheckPlace);
+  adb.add_flag("--verify", adb_options->verify, "Then read the receiver back and compare");
+  adb.add_option("--backup", adb_options->backup, "Folder that first gets a copy of what the receiver holds");
+  adb.add_flag("--each", adb_options->each,
+               "One receiver after the other, each for a line of standard input, its serial number");
+  adb.add_option("--log", adb_options->log, "CSV file that gets a row for each receiver");
   const auto sdb_options = std::make_shared<UploadOptions>();
-  CLI::App& sdb = AddUpload(upload, state, "sdb", "Send SDBs as they stand in files", sdb_options, UploadSdb);
+  CLI::App& sdb =
+      AddTransfer(upload, state, "sdb", "Send SDBs as they stand in files", sdb_options, UploadSdb);
   sdb.add_option("--sdb", sdb_options->sdbs, "SDBs: 1,3-5 or all")->check(CheckList);
   sdb.add_option("--ubi", sdb_options->ubis, "User box records: 1,3-5, all or none")->check(CheckListOrNone);
   sdb.add_option("--format", sdb_options->format, "single: the bare SDB; multiple: a database file")
@@ -310,8 +247,19 @@ void AddUploads(CLI::App& program, CommandState& state) {
     AddConfigurationOptions(*command, state);
     AddTimeOption(*command, state);
   }
-  AddUpload(upload, state, "urt", "Send a URT file as it is, as the console does",
-            std::make_shared<UploadOptions>(), UploadUrt);
+  AddTransfer(upload, state, "urt", "Send a URT file as it is, as the console does",
+              std::make_shared<UploadOptions>(), UploadUrt);
+}
+
+void AddVerify(CLI::App& program, CommandState& state) {
+  CLI::App& verify = *program.add_subcommand("verify", "Compare what the receiver holds with a database");
+  verify.require_subcommand(1);
+  const auto options = std::make_shared<UploadOptions>();
+  CLI::App& adb =
+      AddTransfer(verify, state, "adb", "Read the receiver back and compare it with the image of a database",
+                  options, VerifyAdb);
+  adb.add_option("--sdb", options->sdb, "Which SDB, from 1")->check(CheckPlace);
+  AddConfigurationOptions(adb, state);
 }
 
 void AddDownload(CLI::App& program, CommandState& state) {
@@ -358,12 +306,16 @@ void OpenTrace(CommandState& state, Trace& trace, const std::string& file) {
   if (!opened) ExpectWritten(state, file, {WriteResult::kCannotCreate, opened.error});
 }
 
+void TellNotWritten(CommandState& state, const std::string& file, const std::error_code& why) {
+  TellWhy(state.context.messages, Icon::kStop, AdviceOn(Attempt::kWrite, CauseOf(why)),
+          "Could not write \"%s\": %s", file.c_str(), SystemText(why).c_str());
+}
+
 bool IsTraceWritten(CommandState& state, Trace& trace, const std::string& file) {
   const Outcome closed = trace.Close();
   if (closed) return true;
   state.tells_after_interrupt = true;
-  TellWhy(state.context.messages, Icon::kStop, AdviceOn(Attempt::kWrite, CauseOf(closed.error)),
-          "Could not write \"%s\": %s", file.c_str(), SystemText(closed.error).c_str());
+  TellNotWritten(state, file, closed.error);
   return false;
 }
 
@@ -384,6 +336,7 @@ void AddReceiverCommands(CLI::App& program, CommandState& state) {
   ports.add_flag("--json", *json, "The same as one JSON document");
   ports.callback([&state, json] { Ports(state, *json); });
   AddUploads(program, state);
+  AddVerify(program, state);
   AddDownload(program, state);
   AddLoaderCommand(program, state);
 }

@@ -18,6 +18,9 @@ void OpenTrace(CommandState& state, Trace& trace, const std::string& file);
 // Ends a trace or log. False after a message when it could not be written.
 bool IsTraceWritten(CommandState& state, Trace& trace, const std::string& file);
 
+// Tells why a trace or log could not be written.
+void TellNotWritten(CommandState& state, const std::string& file, const std::error_code& why);
+
 // An option's check: a number in the range, which "nan" is not. `what`: what else the text is said not to be.
 std::function<std::string(const std::string&)> NumberCheck(double lowest, double highest, const char* what);
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/bytes.h"
+#include "core/match.h"
 #include "image/line_frame.h"
 #include "image/receiver_layout.h"
 #include "image/transfer_files.h"
@@ -273,6 +274,31 @@ void AppendRequestRecord(ByteWriter& file, uint32_t count, uint32_t region, uint
 
 }  // namespace
 
+uint32_t AdbHeaderSize(const ProjectConfig& config) {
+  return RoomOfImage(0, config.configuration_index != 0).header;
+}
+
+std::vector<TableUse> AdbRooms(const StaticDatabase& database, const ProjectConfig& config) {
+  if (!AdbRegion(config) || config.partitions.empty()) return {};
+  const auto& sizes = config.partition_sizes;
+  const auto unused = std::count_if(database.satellites.begin(), database.satellites.end(),
+                                    [](const auto& satellite) { return IsUnusedPlace(*satellite); });
+  std::vector<TableUse> rooms = {
+      {"lnbs", database.lnb_count, kMaximumLnbs},
+      {"satellites", database.satellites.size() - static_cast<size_t>(unused), kMaximumSatellites},
+      {"carriers", database.carriers.size(), kImageCarriers},
+      {"services", database.services.size(), std::min<uint64_t>(kImageServices, sizes[5] / 2)},
+      {"tables", TablesSize(database), std::min<uint64_t>(kImageTables, sizes[4])}};
+  const auto add_group = [&rooms](const char* list, size_t group, size_t used, size_t bytes) {
+    rooms.push_back({list + std::to_string(group + 1), used, bytes / 2});
+  };
+  for (size_t i = 0; i < database.favourites.size(); ++i) {
+    add_group("tv-group-", i, database.favourites[i].tv.size(), kTvList);
+    add_group("radio-group-", i, database.favourites[i].radio.size(), kRadioList);
+  }
+  return rooms;
+}
+
 std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& document, size_t sdb,
                                         const ProjectConfig& config) {
   const StaticDatabase& database = *document.sdbs.at(sdb).database;
@@ -305,7 +331,7 @@ std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& 
     WriteMarked(adb, layout.selection, selection);
   }
   // The converter puts the image header over the end of the region.
-  const uint32_t header = RoomOfImage(0, config.configuration_index != 0).header;
+  const uint32_t header = AdbHeaderSize(config);
   const bool free = adb.size() >= header &&
                     std::all_of(adb.end() - header, adb.end(), [](uint8_t byte) { return byte == 0xFF; });
   if (!free) {
@@ -341,8 +367,7 @@ bool CreateAdbPartitionFiles(const Context& context, const Document& document, s
   description.name = region.name;
   description.start = region.start;
   description.end = region.end;
-  const uint32_t header = RoomOfImage(description.type, description.flag).header;
-  const auto adb = std::span(images->adb).first(images->adb.size() - header);
+  const auto adb = std::span(images->adb).first(images->adb.size() - AdbHeaderSize(config));
   if (!MakeUrt(context, parameters, description, adb, kAdbUrtFile)) return false;
   files = 1;
   if (!e2p) return true;
@@ -369,7 +394,7 @@ std::optional<Bytes> BuildDownloadRequest(const Context& context, const ProjectC
   file.Text("MZ", 2);
   file.U32Big(count);
   AppendRequestRecord(file, count, 1, region->start, region->end);
-  if (count == 2) AppendRequestRecord(file, count, 2, 0, 160);
+  if (count == 2) AppendRequestRecord(file, count, 2, 0, kE2pRequested);
   return std::move(file.bytes());
 }
 

@@ -17,6 +17,8 @@
 #pragma once
 
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "config/project_config.h"
 #include "core/context.h"
@@ -24,6 +26,8 @@
 #include "platform/clock.h"
 
 namespace vexa {
+
+inline constexpr uint32_t kE2pRequested = 160;  // bytes of the second region that a download asks for
 
 struct AdbImages {
   Bytes adb;
@@ -35,6 +39,19 @@ struct AdbImages {
 // region or partition, a limit is exceeded, or a table does not fit.
 std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& document, size_t sdb,
                                         const ProjectConfig& config);
+
+// Bytes of the image header that the receiver writes over the end of the region.
+uint32_t AdbHeaderSize(const ProjectConfig& config);
+
+// How full a table of the receiver is.
+struct TableUse {
+  std::string
+      table;  // "lnbs", "satellites", "carriers", "services", "tables", "tv-group-1", "radio-group-1", ...
+  uint64_t used = 0, room = 0;  // records; of "tables", what carriers and services share, bytes
+};
+// Of each table; nothing for a configuration without regions or partitions. A database of which something is
+// above its room is refused by BuildAdbImages.
+std::vector<TableUse> AdbRooms(const StaticDatabase& database, const ProjectConfig& config);
 
 // Builds the images, writes them and their URT files into the temporary folder, under the names of
 // transfer_files.h. `time` is what the URT files carry. `files` is how many URT files are ready to be sent:

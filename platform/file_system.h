@@ -10,6 +10,9 @@ namespace vexa {
 // nullptr when it cannot be opened; LastFileError says why. Writing empties the file.
 std::FILE* OpenFile(const Path& path, bool writing);
 
+// The same for writing behind what is there.
+std::FILE* OpenFileToAppend(const Path& path);
+
 // A name in the form in which the system compares names.
 Path ComparedName(const Path& path);
 

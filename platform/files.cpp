@@ -264,6 +264,19 @@ void RemoveFolder(const Path& folder) {
   }
 }
 
+Outcome AppendToFile(const Path& path, std::span<const uint8_t> more) {
+  std::error_code no_size, ignored;
+  const auto size = std::filesystem::file_size(path, no_size);
+  ForgetFileErrors();
+  std::FILE* const file = OpenFileToAppend(path);
+  if (!file) return LastFileError();
+  Outcome written = SystemFiles().write(file, more);
+  const Outcome finished = SystemFiles().finish(file);
+  if (written) written = finished;
+  if (!written && !no_size) std::filesystem::resize_file(path, size, ignored);
+  return written;
+}
+
 std::error_code WhyUnreadable(const Path& path) {
   std::error_code error;
   const auto status = fs::status(path, error);

@@ -90,6 +90,10 @@ struct FileContent {
 WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refused,
                             const FileOperations& files = SystemFiles());
 
+// Adds `more` at the end of the file, which is made when it is not there. When not all of it can be written,
+// a file keeps what it held.
+Outcome AppendToFile(const Path& path, std::span<const uint8_t> more);
+
 // Why the system refuses to read the file, or to write it in place of what `path` holds; no error when it
 // does not.
 std::error_code WhyUnreadable(const Path& path);

@@ -31,6 +31,7 @@ void ResetTransfer(Transfer& transfer) {
   transfer.counter = transfer.expected = 0;
   transfer.packet_count = transfer.file_index = transfer.region_index = transfer.regions = 0;
   transfer.packets_moved = transfer.packets_repeated = 0;
+  transfer.bytes_moved = transfer.region_bytes = 0;
   transfer.receive_outcome = 0;
   transfer.heard_at = SteadyMilliseconds();
   const std::lock_guard hold(transfer.text_lock);

@@ -83,6 +83,8 @@ struct Transfer {
   std::atomic<uint32_t> packet_count{0}, file_index{0}, region_index{0}, regions{0};
   std::atomic<uint64_t> packets_moved{0};     // new ones, sent or received: progress for a time-out
   std::atomic<uint64_t> packets_repeated{0};  // sent again, or asked for again
+  std::atomic<uint64_t> bytes_moved{0};       // payload of the new ones
+  std::atomic<uint64_t> region_bytes{0};      // data of a download's regions
   double bytes_per_second = 0;  // of the line, so that repeats keep its pace; 0: as fast as they are taken
   std::atomic<bool> crc_failed{false}, decoded{false}, refused{false};  // refused: a file could not be used
   std::atomic<int> receive_outcome{0};                                  // what DownloadReceiveThread returned

@@ -86,6 +86,7 @@ void KeepData(Transfer& transfer, std::span<const uint8_t> data) {
   if (!transfer.region_file || transfer.region_cut) return;
   const Outcome written = transfer.context.files->write(transfer.region_file, data);
   if (!written) CutRegion(transfer, RegionFile(transfer), written.error);
+  if (written) transfer.region_bytes += data.size();
 }
 
 // The packet's file holds the payload of the packet that is arriving.
@@ -107,6 +108,7 @@ void FinishPacket(Transfer& transfer, const FrameView& frame) {
   const std::span<const uint8_t> bytes = transfer.packet.bytes;
   KeepPacket(transfer, bytes.subspan(kFrameHead, frame.size() - kFrameHead - 1));
   const bool good = frame.sum == frame.stated && TakeRecord(transfer, frame.payload);
+  if (good) transfer.bytes_moved += frame.payload.size();
   LeavePacket(transfer);
   if (good) {
     ++transfer.packets_moved;

@@ -226,6 +226,7 @@ void SendNextPacket(Transfer& transfer, const UploadStyle& style, OpenUrt& file)
       Report(transfer, -3);
     }
   }
+  transfer.bytes_moved += LookAtFrame(file.last).payload.size();
   ++transfer.packets_moved;
   const auto counter = static_cast<uint32_t>(++transfer.counter);
   if (transfer.view.position) transfer.view.position(counter);

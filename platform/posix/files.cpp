@@ -16,6 +16,10 @@ std::FILE* OpenFile(const Path& path, bool writing) {
   return std::fopen(path.c_str(), writing ? "wb" : "rb");
 }
 
+std::FILE* OpenFileToAppend(const Path& path) {
+  return std::fopen(path.c_str(), "ab");
+}
+
 Path ComparedName(const Path& path) {
   return path;
 }

@@ -30,6 +30,10 @@ std::FILE* OpenFile(const Path& path, bool writing) {
   return _wfopen(LongPath(path).c_str(), writing ? L"wb" : L"rb");
 }
 
+std::FILE* OpenFileToAppend(const Path& path) {
+  return _wfopen(LongPath(path).c_str(), L"ab");
+}
+
 Path ComparedName(const Path& path) {
   std::wstring name = Path(path).make_preferred().native();
   while (name.ends_with(L'.') || name.ends_with(L' ')) name.pop_back();

@@ -4,9 +4,8 @@
 #include <thread>
 
 #include "image/line_frame.h"
-#include "loader/run.h"
 #include "platform/serial.h"
-#include "tests/cli/cli_test.h"
+#include "tests/cli/receiver_test.h"
 #include "tests/support/ecf_maker.h"
 
 namespace vexa {
@@ -21,36 +20,7 @@ constexpr int kHangUp = SIGHUP;
 constexpr int kHangUp = SIGBREAK;
 #endif
 
-class ReceiverCommands : public CliTest {
- protected:
-  ReceiverCommands() {
-    std::mt19937 random(7);
-    Document document = NewDocument();
-    document.sdbs[0].database = MakeRandomDatabase(random, RandomShape{});
-    Save(document, "list.bin");
-  }
-  // False where there are no pseudo-terminals.
-  bool StartReceiver(const LoaderFaults& faults = {}) {
-    terminal_ = OpenPseudoTerminal(At("line")).value;
-    if (!terminal_) return false;
-    receiver_ = MakeReceiver(faults, {});
-    LoaderRun run;
-    run.stop = [this] { return stop_.load(); };
-    run.tap = [this](bool from_pc, std::span<const uint8_t>) {
-      if (from_pc) heard_ = true;
-    };
-    loader_ = std::thread([this, run] { RunReceiver(receiver_, *terminal_, run); });
-    return true;
-  }
-  ~ReceiverCommands() override {
-    stop_ = true;
-    if (loader_.joinable()) loader_.join();
-  }
-  std::unique_ptr<PseudoTerminal> terminal_;
-  Receiver receiver_;
-  std::atomic<bool> stop_{false}, heard_{false};
-  std::thread loader_;
-};
+using ReceiverCommands = ReceiverTest;
 
 TEST_F(ReceiverCommands, APortThatIsNotThereIsToldWithThoseThatAre) {
   const auto missing = SystemCommApi().create_file(In("no-port")).error;
@@ -248,11 +218,9 @@ TEST_F(ReceiverCommands, SdbDataGoesToTheRegionThatIsNamed) {
             "warning: SDB data would replace the image in \"Application\".\nDo you want to continue ?\n") !=
         std::string::npos;
     EXPECT_EQ(warned, address == 0x100000) << options;
-    stop_ = true;
-    loader_.join();
-    EXPECT_EQ(receiver_.memory.spaces[0].begin()->first & 0xF00000, address) << options;
-    EXPECT_EQ(receiver_.memory.spaces[0].size(), 1u);
-    stop_ = false;
+    const LoaderMemory memory = StopReceiver();
+    EXPECT_EQ(memory.spaces[0].begin()->first & 0xF00000, address) << options;
+    EXPECT_EQ(memory.spaces[0].size(), 1u);
     terminal_.reset();
     ASSERT_TRUE(StartReceiver());
   }
@@ -305,9 +273,12 @@ TEST_F(ReceiverCommands, AnUnpluggedPortEndsTheTransferWithOneMessage) {
   const ProgramResult result = Vexa("upload adb @list.bin --port @line");
   user.join();
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "Receiver not connected.\nerror: " + In("line") +
-                               " is not available any more.\nThe transfer was ended.\ninfo: " + In("line") +
-                               ": Input/output error. Connect the device again, and start anew.\n");
+  EXPECT_EQ(
+      result.errors,
+      "Receiver not connected.\nerror: " + In("line") +
+          " is not available any more.\nThe transfer was ended.\ninfo: " + In("line") +
+          ": Input/output error. Connect the device again, and start anew.\ninfo: Nothing was written, the "
+          "receiver keeps what it had; switch it off and on before the next try.\n");
 }
 
 // A receiver that restarts as soon as it knows that all has arrived.

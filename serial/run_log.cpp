@@ -1,0 +1,56 @@
+#include "serial/run_log.h"
+
+#include "import/csv.h"
+
+namespace vexa {
+
+namespace {
+
+std::string CellsOf(const RunLogRow& row) {
+  const LocalTime& t = row.time;
+  const RunResult& result = row.result;
+  const char* const verified = !result.verified ? "" : *result.verified ? "yes" : "no";
+  const std::vector<std::string> cells = {
+      Format("%04d-%02d-%02d %02d:%02d:%02d", t.year, t.month, t.day, t.hour, t.minute, t.second),
+      row.serial,
+      row.database,
+      row.sha256,
+      row.configuration,
+      std::to_string(result.packets),
+      std::to_string(result.repeated),
+      Format("%.1f", result.seconds),
+      verified,
+      RunEndName(row.end)};
+  std::string text;
+  AppendCsvRow(text, cells);
+  return text;
+}
+
+}  // namespace
+
+const char* RunEndName(RunEnd end) {
+  constexpr const char* kNames[] = {"ok", "failed", "cancelled"};
+  return kNames[static_cast<size_t>(end)];
+}
+
+Outcome AppendToRunLog(const Path& file, const RunLogRow& row) {
+  std::error_code error;
+  const auto size = std::filesystem::file_size(file, error);
+  std::string text;
+  if (error || size == 0) {
+    AppendCsvRow(text, {"time", "serial", "database", "sha256", "configuration", "packets", "repeated",
+                        "seconds", "verified", "result"});
+  }
+  text += CellsOf(row);
+  return AppendToFile(file, std::span(reinterpret_cast<const uint8_t*>(text.data()), text.size()));
+}
+
+Outcome TryRunLog(const Path& file) {
+  std::error_code error;
+  const bool there = std::filesystem::exists(std::filesystem::symlink_status(file, error));
+  const Outcome opened = AppendToFile(file, {});
+  if (!there && opened) std::filesystem::remove(file, error);
+  return opened;
+}
+
+}  // namespace vexa
