@@ -46,20 +46,20 @@ void RunLoader(CommandState& state, const LoaderOptions& options) {
                    {"--log", PathFromUtf8(options.log)}});
   Trace log;
   OpenTrace(state, log, options.log);
-  LoaderRun run = options.run;
-  const auto terminal = OpenLine(state, options.link, run);
   LoaderMemory memory;
   if (!options.memory.empty()) {
     // What cannot be read would be taken for old at the end, and removed.
-    Path refused;
-    auto kept = OpenMemory(PathFromUtf8(options.memory), refused);
+    std::string why;
+    auto kept = OpenMemory(PathFromUtf8(options.memory), why);
     if (!kept) {
-      TellWhy(state.context.messages, Icon::kStop, ReadReason(refused, WhyUnreadable(refused)),
-              "Could not read file \"%s\".", Utf8FromPath(refused).c_str());
+      TellWhy(state.context.messages, Icon::kStop, why, "Could not read the memory from \"%s\".",
+              options.memory.c_str());
       throw CommandFailed{};
     }
     memory = std::move(*kept);
   }
+  LoaderRun run = options.run;
+  const auto terminal = OpenLine(state, options.link, run);
   Receiver receiver = MakeReceiver(options.faults, std::move(memory));
   receiver.note = [&log](const std::string& line) { log.Line(line); };
   bool saved = true;

@@ -144,11 +144,10 @@ bool IsListed(const Path& file) {
 
 std::vector<Path> ConfigurationFilesOf(const Path& folder) {
   std::vector<std::pair<std::u16string, Path>> named;
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-       entry.increment(error)) {
-    if (IsListed(entry->path()))
-      named.emplace_back(SmallLetters(Utf8FromPath(entry->path().filename())), entry->path());
+  std::vector<Path> names;
+  ListFolder(folder, names);
+  for (const Path& name : names) {
+    if (IsListed(name)) named.emplace_back(SmallLetters(Utf8FromPath(name)), folder / name);
   }
   std::sort(named.begin(), named.end());
   std::vector<Path> files;

@@ -53,16 +53,15 @@ bool AddMergeFile(const Context& context, Merger& merger, const Path& path) {
 bool AddMergeFolder(const Context& context, Merger& merger, const Path& folder) {
   const ListFormatRow& format = RowOf(merger.format);
   std::vector<std::pair<std::string, Path>> found;
-  std::error_code error;
-  for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+  std::vector<Path> names;
+  const Outcome listed = context.files->list(folder, names);
+  for (const Path& name : names) {
     std::error_code ignored;
-    const Path name = entry->path().filename();
-    if (HasExtension(name, format.extension()) && !entry->is_directory(ignored))
+    if (HasExtension(name, format.extension()) && !fs::is_directory(folder / name, ignored))
       found.emplace_back(LowerName(name), folder / name);
   }
-  // A folder that could be read in part only is no folder of lists.
-  if (error || found.empty()) {
-    TellWhy(context.messages, Icon::kStop, ReadReason(folder, error), "%s", format.merge.empty_folder);
+  if (found.empty()) {
+    TellWhy(context.messages, Icon::kStop, ReadReason(folder, listed.error), "%s", format.merge.empty_folder);
     return false;
   }
   std::sort(found.begin(), found.end());

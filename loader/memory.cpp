@@ -81,30 +81,37 @@ Outcome SaveMemory(const LoaderMemory& memory, const Path& folder) {
       written.insert(name);
     }
   }
-  std::vector<Path> stale;
-  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-    const std::string name = Utf8FromPath(entry.path().filename());
+  std::vector<Path> names;
+  const Outcome listed = ListFolder(folder, names);
+  for (const Path& name : names) {
     size_t space = 0;
     uint32_t address = 0;
-    if (ParseName(name, space, address) && !written.contains(name)) stale.push_back(entry.path());
+    if (ParseName(Utf8FromPath(name), space, address) && !written.contains(Utf8FromPath(name)))
+      std::filesystem::remove(folder / name, error);
   }
-  for (const Path& path : stale) std::filesystem::remove(path, error);
-  return true;
+  return listed;
 }
 
-std::optional<LoaderMemory> OpenMemory(const Path& folder, Path& refused) {
+std::optional<LoaderMemory> OpenMemory(const Path& folder, std::string& why) {
   LoaderMemory memory;
+  std::vector<Path> names;
+  const Outcome listed = ListFolder(folder, names);
   std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+  if (!listed && std::filesystem::exists(folder, error)) {
+    why = ReadReason(folder, listed.error);
+    return std::nullopt;
+  }
+  for (const Path& name : names) {
     size_t space = 0;
     uint32_t address = 0;
-    if (!ParseName(Utf8FromPath(entry.path().filename()), space, address)) continue;
-    const auto bytes = ReadWholeFile(entry.path());
-    if (!bytes) {
-      refused = entry.path();
+    if (!ParseName(Utf8FromPath(name), space, address)) continue;
+    Bytes bytes;
+    const ReadResult read = ReadWholeFile(folder / name, bytes);
+    if (read != ReadResult::kDone) {
+      why = ReadReason(folder / name, read.error);
       return std::nullopt;
     }
-    StoreBytes(memory, space, address, *bytes);
+    StoreBytes(memory, space, address, bytes);
   }
   return memory;
 }

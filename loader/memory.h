@@ -24,10 +24,10 @@ void StoreBytes(LoaderMemory& memory, size_t space, uint32_t address, std::span<
 Bytes LoadBytes(const LoaderMemory& memory, size_t space, uint32_t address, uint64_t size);
 
 // One file a piece, "space1-00010000.bin" (space from 1, address in hexadecimal); files of other pieces go.
-// Not done when the folder or a file in it cannot be written; a file that cannot be read is left out.
+// Not done when the folder or a file in it cannot be written.
 Outcome SaveMemory(const LoaderMemory& memory, const Path& folder);
-// What SaveMemory wrote to the folder; empty when it is not there. Nothing when `refused`, a file of it,
-// cannot be read.
-std::optional<LoaderMemory> OpenMemory(const Path& folder, Path& refused);
+// What SaveMemory wrote to the folder; empty when it is not there. Nothing when the folder or a file of it
+// cannot be read: `why` names it, with the system's reason.
+std::optional<LoaderMemory> OpenMemory(const Path& folder, std::string& why);
 
 }  // namespace vexa

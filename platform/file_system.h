@@ -16,6 +16,9 @@ std::FILE* OpenFileToAppend(const Path& path);
 // A name in the form in which the system compares names.
 Path ComparedName(const Path& path);
 
+// Removes all that is in the folder but `kept`; failures are silent.
+void EmptyFolder(const Path& folder, const Path& kept);
+
 enum class NewFile { kMade, kTaken, kFailed };
 // An empty file under a name that was free; kTaken when anything has the name. `why` is set when it failed.
 NewFile CreateNewFile(const Path& path, std::error_code& why);

@@ -252,16 +252,37 @@ WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refus
   return WriteResult::kDone;
 }
 
-void RemoveFolder(const Path& folder) {
-  std::error_code error;
+namespace {
+
+void RemoveContent(const Path& folder, const Path& kept) {
+  std::vector<Path> names;
+  if (!ListFolder(folder, names)) return;
+  for (const Path& name : names) {
+    if (name == kept) continue;
+    const Path path = folder / name;
+    std::error_code error;
+    if (fs::symlink_status(path, error).type() == fs::file_type::directory) RemoveContent(path, {});
+    fs::remove(path, error);
+  }
+}
+
+}  // namespace
+
+void EmptyFolder(const Path& folder, const Path& kept) {
   // Walking through it takes memory; what ran out once is often there again.
   for (int attempt = 0; attempt < 2 && !folder.empty(); ++attempt) {
     try {
-      fs::remove_all(folder, error);
-      return;
+      return RemoveContent(folder, kept);
     } catch (const std::exception&) {
     }
   }
+}
+
+void RemoveFolder(const Path& folder) {
+  if (folder.empty()) return;
+  std::error_code error;
+  if (fs::symlink_status(folder, error).type() == fs::file_type::directory) EmptyFolder(folder, {});
+  fs::remove(folder, error);
 }
 
 Outcome AppendToFile(const Path& path, std::span<const uint8_t> more) {

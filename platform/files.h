@@ -46,6 +46,8 @@ struct FileOperations {
   std::function<Outcome(std::FILE*)> finish;
   // Puts `from` in the place of `to`, replacing it.
   std::function<Outcome(const Path& from, const Path& to)> replace;
+  // As ListFolder.
+  std::function<Outcome(const Path& folder, std::vector<Path>& names)> list;
 };
 
 // The operating system's own.
@@ -101,6 +103,10 @@ std::error_code WhyNotWritable(const Path& path);
 // The same as `Reason` words it; the path alone when nothing refuses.
 std::string ReadReason(const Path& path, const std::error_code& error);
 std::string WriteReason(const Path& path, const std::error_code& error);
+
+// The names of all that stands in the folder, in no order; not done, and `names` empty, unless it was read to
+// its end. The library's own walk ends the program when memory runs out.
+Outcome ListFolder(const Path& folder, std::vector<Path>& names);
 
 // Removes the folder with all that is in it; failures are silent.
 void RemoveFolder(const Path& folder);

@@ -25,14 +25,20 @@ Path NamedParent() {
   return "The folder for temporary files";
 }
 
+// The owner's file goes last: of a program that is killed meanwhile, the next start knows what is left.
+void RemoveOwned(const Path& folder, std::unique_ptr<LockedFile> owner) {
+  EmptyFolder(folder, kOwnerFile);
+  owner.reset();  // some systems do not remove an open file; nobody else makes a folder that is there
+  RemoveFolder(folder);
+}
+
 }  // namespace
 
 TemporaryFolder::TemporaryFolder(Path path, std::unique_ptr<LockedFile> owner)
     : path_(std::move(path)), owner_(std::move(owner)) {}
 
 TemporaryFolder::~TemporaryFolder() {
-  owner_.reset();  // some systems do not remove an open file
-  RemoveFolder(path_);
+  RemoveOwned(path_, std::move(owner_));
 }
 
 std::unique_ptr<TemporaryFolder> TemporaryFolder::Make(const std::string& name, std::string& why) {
@@ -70,15 +76,12 @@ void RemoveAbandonedFolders(const std::string& family) {
   std::vector<Path> left;
   const Path parent = fs::temp_directory_path(error);
   if (error) return;
-  for (fs::directory_iterator entry(parent, error), end; !error && entry != end; entry.increment(error)) {
-    if (Utf8FromPath(entry->path().filename()).starts_with(family)) left.push_back(entry->path());
-  }
-  for (const Path& folder : left) {
+  ListFolder(parent, left);
+  for (const Path& name : left) {
+    if (!Utf8FromPath(name).starts_with(family)) continue;
+    const Path folder = parent / name;
     if (fs::symlink_status(folder, error).type() != fs::file_type::directory) continue;
-    auto owner = LockFile(folder / kOwnerFile, false);
-    if (!owner) continue;
-    owner.reset();  // some systems do not remove an open file; nobody else makes a folder that is there
-    RemoveFolder(folder);
+    if (auto owner = LockFile(folder / kOwnerFile, false)) RemoveOwned(folder, std::move(owner));
   }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -7,6 +8,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include "platform/file_system.h"
 
@@ -22,6 +24,26 @@ std::FILE* OpenFileToAppend(const Path& path) {
 
 Path ComparedName(const Path& path) {
   return path;
+}
+
+Outcome ListFolder(const Path& folder, std::vector<Path>& names) {
+  struct Close {
+    void operator()(DIR* open) const { closedir(open); }
+  };
+  names.clear();
+  const std::unique_ptr<DIR, Close> open(opendir(folder.c_str()));
+  if (!open) return LastSystemError();
+  for (;;) {
+    errno = 0;
+    const dirent* entry = readdir(open.get());
+    if (!entry) break;
+    if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+      names.emplace_back(entry->d_name);
+  }
+  if (errno == 0) return true;
+  const std::error_code why = LastSystemError();
+  names.clear();
+  return why;
 }
 
 NewFile CreateNewFile(const Path& path, std::error_code& why) {
@@ -87,7 +109,7 @@ Outcome RenameOver(const Path& from, const Path& to) {
 }  // namespace
 
 const FileOperations& SystemFiles() {
-  static const FileOperations operations = {OpenEmpty, WriteBytes, FlushAndClose, RenameOver};
+  static const FileOperations operations = {OpenEmpty, WriteBytes, FlushAndClose, RenameOver, ListFolder};
   return operations;
 }
 

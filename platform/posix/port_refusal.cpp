@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
@@ -13,8 +14,6 @@
 namespace vexa {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 // The process that holds the lock of a device by which programs agree on one user; 0: not told.
 unsigned long LockOwner(const struct stat& device) {
@@ -34,24 +33,21 @@ unsigned long LockOwner(const struct stat& device) {
 }
 
 bool HoldsOpen(const Path& process, const struct stat& device) {
-  std::error_code error;
-  for (fs::directory_iterator entry(process / "fd", error), end; !error && entry != end;
-       entry.increment(error)) {
+  std::vector<Path> files;
+  ListFolder(process / "fd", files);
+  return std::any_of(files.begin(), files.end(), [&](const Path& file) {
     struct stat opened {};
-    if (stat(entry->path().c_str(), &opened) == 0 && S_ISCHR(opened.st_mode) &&
-        opened.st_rdev == device.st_rdev) {
-      return true;
-    }
-  }
-  return false;
+    return stat((process / "fd" / file).c_str(), &opened) == 0 && S_ISCHR(opened.st_mode) &&
+           opened.st_rdev == device.st_rdev;
+  });
 }
 
 // Any process that has the device open; 0: none of those that this user may look into.
 unsigned long AnyHolder(const struct stat& device) {
-  std::error_code error;
-  for (fs::directory_iterator entry("/proc", error), end; !error && entry != end; entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    if (name.find_first_not_of("0123456789") == name.npos && HoldsOpen(entry->path(), device))
+  std::vector<Path> names;
+  ListFolder("/proc", names);
+  for (const std::string name : names) {
+    if (name.find_first_not_of("0123456789") == name.npos && HoldsOpen(Path("/proc") / name, device))
       return std::stoul(name);
   }
   return 0;

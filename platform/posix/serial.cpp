@@ -416,14 +416,16 @@ std::vector<SerialPortInfo> ListSerialPorts() {
   namespace fs = std::filesystem;
   std::vector<SerialPortInfo> ports;
   std::error_code error;
-  for (const auto& entry : fs::directory_iterator("/sys/class/tty", error)) {
-    const std::string name = entry.path().filename().string();
-    const auto driver = fs::read_symlink(entry.path() / "device" / "driver", error).filename().string();
+  std::vector<Path> names;
+  ListFolder("/sys/class/tty", names);
+  for (const std::string name : names) {
+    const Path entry = Path("/sys/class/tty") / name;
+    const auto driver = fs::read_symlink(entry / "device" / "driver", error).filename().string();
     if (error || driver.empty()) continue;
     std::string kind;
-    std::ifstream(entry.path() / "type") >> kind;  // a UART's kind; 0 where the driver found none
+    std::ifstream(entry / "type") >> kind;  // a UART's kind; 0 where the driver found none
     if (kind == "0" || !fs::exists("/dev/" + name, error)) continue;
-    ports.push_back({"/dev/" + name, DescriptionOf(entry.path() / "device")});
+    ports.push_back({"/dev/" + name, DescriptionOf(entry / "device")});
   }
   std::sort(ports.begin(), ports.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
   return ports;

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 #include <cwctype>
 
 #include "platform/file_system.h"
@@ -39,6 +40,25 @@ Path ComparedName(const Path& path) {
   while (name.ends_with(L'.') || name.ends_with(L' ')) name.pop_back();
   for (wchar_t& c : name) c = static_cast<wchar_t>(std::towlower(c));
   return name;
+}
+
+Outcome ListFolder(const Path& folder, std::vector<Path>& names) {
+  struct Close {
+    void operator()(HANDLE open) const { FindClose(open); }
+  };
+  names.clear();
+  if (folder.empty()) return std::make_error_code(std::errc::no_such_file_or_directory);
+  WIN32_FIND_DATAW entry{};
+  const std::unique_ptr<void, Close> open(FindFirstFileW(LongPath(folder / L"*").c_str(), &entry));
+  if (open.get() == INVALID_HANDLE_VALUE) return LastSystemError();
+  do {
+    if (std::wcscmp(entry.cFileName, L".") != 0 && std::wcscmp(entry.cFileName, L"..") != 0)
+      names.emplace_back(entry.cFileName);
+  } while (FindNextFileW(open.get(), &entry));
+  const std::error_code end = LastSystemError();
+  if (end.value() == ERROR_NO_MORE_FILES) return true;
+  names.clear();
+  return end;
 }
 
 NewFile CreateNewFile(const Path& path, std::error_code& why) {
@@ -122,7 +142,7 @@ Outcome RenameOver(const Path& from, const Path& to) {
 }  // namespace
 
 const FileOperations& SystemFiles() {
-  static const FileOperations operations = {OpenEmpty, WriteBytes, FlushAndClose, RenameOver};
+  static const FileOperations operations = {OpenEmpty, WriteBytes, FlushAndClose, RenameOver, ListFolder};
   return operations;
 }
 

@@ -56,6 +56,12 @@ TEST_F(Reasons, FilesThatCannotBeRead) {
     EXPECT_TRUE(why) << line;
     Expect(line, text, ReadReason(At("") / name, why));
   }
+  // Half of a memory would replace the whole one.
+  std::filesystem::create_directory(At("folder/space1-00000000.bin"));
+  Expect("loader --link @text --memory @folder",
+         "error: Could not read the memory from \"" + In("folder") + "\".",
+         ReadReason(At("folder") / "space1-00000000.bin", std::make_error_code(std::errc::is_a_directory)));
+  EXPECT_TRUE(Exists("folder/space1-00000000.bin"));
 }
 
 TEST_F(Reasons, FilesThatCannotBeWritten) {

@@ -72,6 +72,12 @@ TEST(Merger, Folder) {
     std::rotate(expected.begin(), expected.end() - 1, expected.end());  // the one that was there leads
     EXPECT_EQ(names, expected);
     EXPECT_TRUE(recorder.shown.empty());
+    recorder.files.list = [](const Path&, std::vector<Path>&) -> Outcome {
+      return std::make_error_code(std::errc::io_error);
+    };
+    EXPECT_FALSE(AddMergeFolder(recorder.context, merger, folder));
+    EXPECT_EQ(recorder.Details(), Texts{ReadReason(folder, std::make_error_code(std::errc::io_error))});
+    EXPECT_EQ(merger.files.size(), c.names.size());
   }
 }
 

@@ -378,8 +378,8 @@ TEST(LoaderMemory, HoldsWhatWasStoredLastAndSurvivesTheDisk) {
       std::copy(bytes.begin(), bytes.end(), expected[space].begin() + static_cast<std::ptrdiff_t>(start));
     }
     ASSERT_TRUE(SaveMemory(memory, folder));
-    Path refused;
-    const LoaderMemory again = OpenMemory(folder, refused).value();
+    std::string why;
+    const LoaderMemory again = OpenMemory(folder, why).value();
     for (size_t space = 0; space < 2; ++space) {
       EXPECT_EQ(LoadBytes(memory, space, 0, 400), expected[space]) << seed;
       EXPECT_EQ(LoadBytes(again, space, 0, 400), expected[space]) << seed;
@@ -388,6 +388,21 @@ TEST(LoaderMemory, HoldsWhatWasStoredLastAndSurvivesTheDisk) {
   LoaderMemory memory;
   StoreBytes(memory, 0, 0xFFFFFFFE, Bytes(5, 1));
   EXPECT_EQ(LoadBytes(memory, 0, 0xFFFFFFFD, 3), (Bytes{0xFF, 1, 1}));
+}
+
+// Half of a memory would replace the whole one at the next save.
+TEST(LoaderMemory, WhatCannotBeReadWholeIsRefusedWithItsName) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder, unreadable = folder / "space2-00000010.bin";
+  std::string why;
+  PutFile(folder / "space1-00000000.bin", BytesOf("x"));
+  ASSERT_TRUE(OpenMemory(folder, why));
+  EXPECT_TRUE(OpenMemory(folder / "none", why)) << "a new one";
+  std::filesystem::create_directory(unreadable);
+  EXPECT_FALSE(OpenMemory(folder, why));
+  EXPECT_EQ(why.find(Utf8FromPath(unreadable) + ": "), 0u) << why;
+  EXPECT_FALSE(OpenMemory(folder / "space1-00000000.bin", why));
+  EXPECT_EQ(why.find(Utf8FromPath(folder / "space1-00000000.bin") + ": "), 0u) << why;
 }
 
 }  // namespace

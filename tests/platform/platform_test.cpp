@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #if !defined(_WIN32)
+#include <dirent.h>
+#include <dlfcn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +17,20 @@
 #include "platform/temporary_folder.h"
 #include "platform/text.h"
 #include "tests/support/recorder.h"
+
+#if !defined(_WIN32)
+namespace {
+int entries_left = 0;  // until a walk through a folder breaks off; 0: none does
+}  // namespace
+
+// The library's, but for a disk that fails.
+extern "C" dirent* readdir(DIR* folder) {
+  static const auto own = reinterpret_cast<dirent* (*)(DIR*)>(dlsym(RTLD_NEXT, "readdir"));
+  if (entries_left == 0 || --entries_left > 0) return own(folder);
+  errno = EIO;
+  return nullptr;
+}
+#endif
 
 namespace vexa {
 namespace {
@@ -165,6 +181,67 @@ TEST(Files, SeveralFilesAppearAllOrNone) {
   EXPECT_EQ(ReadWholeFile(added), BytesOf("added"));
   EXPECT_EQ(ReadWholeFile(last), BytesOf("last"));
   EXPECT_EQ(FilesIn(folder), 3);
+}
+
+TEST(Files, SeveralFilesComeBackWhenMemoryRunsOutBetweenTheRenames) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder;
+  std::vector<FileContent> contents;
+  for (const char* name : {"a", "b", "c"}) contents.push_back({folder / name, BytesOf("new")});
+  for (const int fails : {1, 2, 3}) {
+    for (const char* name : {"a", "c"}) PutFile(folder / name, BytesOf("before"));
+    int steps = 0;
+    recorder.files.replace = [&](const Path& from, const Path& to) {
+      return ++steps == fails ? throw std::bad_alloc() : SystemFiles().replace(from, to);
+    };
+    size_t refused = 0;
+    EXPECT_THROW(WriteWholeFiles(contents, refused, recorder.files), std::bad_alloc);
+    for (const char* name : {"a", "c"}) EXPECT_EQ(ReadWholeFile(folder / name), BytesOf("before")) << fails;
+    EXPECT_EQ(FilesIn(folder), 2) << fails;
+  }
+}
+
+TEST(Folders, AreListedWholeOrNotAtAll) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder;
+  const std::vector<Path> expected = {".hidden", "inner", PathFromUtf8("na\xC3\xAFve \xE2\x82\xAC.bin")};
+  std::vector<Path> names = {"old"};
+  EXPECT_TRUE(ListFolder(folder, names));
+  EXPECT_TRUE(names.empty());
+  PutFile(folder / expected[0], {});
+  std::filesystem::create_directory(folder / expected[1]);
+  PutFile(folder / expected[2], {});
+  EXPECT_TRUE(ListFolder(folder, names));
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, expected);
+  const std::pair<Path, Cause> refused[] = {{folder / "none", Cause::kMissing},
+                                            {Path(), Cause::kMissing},
+                                            {folder / expected[0], Cause::kNoFolder}};
+  for (const auto& [path, cause] : refused) {
+    names = expected;
+    EXPECT_EQ(CauseOf(ListFolder(path, names).error), cause) << path;
+    EXPECT_TRUE(names.empty());
+  }
+#if !defined(_WIN32)
+  entries_left = 4;
+  EXPECT_EQ(CauseOf(ListFolder(folder, names).error), Cause::kFault);
+  EXPECT_TRUE(names.empty());
+#endif
+}
+
+TEST(Folders, AreRemovedWithAllThatIsInThemButNotWithWhatLinksLeadTo) {
+  Recorder recorder;
+  const Path outside = recorder.context.temporary_folder / "outside", folder = outside.parent_path() / "x";
+  std::error_code error;
+  std::filesystem::create_directory(outside);
+  PutFile(outside / "kept", {});
+  std::filesystem::create_directories(folder / "a" / "b");
+  PutFile(folder / "a" / "b" / "file", {});
+  std::filesystem::create_directory_symlink(outside, folder / "link", error);
+  RemoveFolder(folder);
+  RemoveFolder({});
+  EXPECT_FALSE(std::filesystem::exists(folder));
+  EXPECT_TRUE(std::filesystem::exists(outside / "kept"));
 }
 
 TEST(TemporaryFolders, ThoseOfProcessesThatAreGoneAreRemoved) {

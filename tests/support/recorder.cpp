@@ -39,6 +39,7 @@ Recorder::Recorder() {
   files.replace = [=, this, &system](const Path& from, const Path& to) {
     return FailsNow() ? Outcome(full) : system.replace(from, to);
   };
+  files.list = system.list;
   context.files = &files;
 }
 
