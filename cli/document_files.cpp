@@ -5,6 +5,7 @@
 #include "import/json_document.h"
 #include "import/list_text.h"
 #include "platform/code_page.h"
+#include "platform/file_reader.h"
 
 namespace vexa {
 
@@ -13,9 +14,29 @@ std::string DocumentFormat(const std::string& file) {
   return HasExtension(path, ".json") ? "json" : HasExtension(path, ".csv") ? "csv" : "";
 }
 
+namespace {
+
+constexpr size_t kDocumentStart = 64 << 10;  // bytes
+
+[[noreturn]] void Refuse(const CommandState& state, const std::string& file, const Misfit& misfit) {
+  TellWhy(state.context.messages, Icon::kStop, file, "%s: %s", misfit.where.c_str(), misfit.what.c_str());
+  throw CommandFailed{};
+}
+
+// The beginning of what is too large to be read at once for nothing. A pipe cannot be read twice.
+void JudgeStart(const CommandState& state, const std::string& file, bool json) {
+  auto reader = OpenFileReader(PathFromUtf8(file));
+  std::string start(kDocumentStart, '\0');
+  if (!reader || !reader->Read(0, {reinterpret_cast<uint8_t*>(start.data()), start.size()})) return;
+  if (const auto misfit = json ? JudgeJsonStart(start) : JudgeCsvStart(start)) Refuse(state, file, *misfit);
+}
+
+}  // namespace
+
 Document ReadDocumentFile(CommandState& state, const std::string& file, bool json, const std::string& page) {
+  JudgeStart(state, file, json);
   Bytes content;
-  const ReadResult read = ReadWholeFile(PathFromUtf8(file), content);
+  const ReadResult read = ReadWholeFile(PathFromUtf8(file), content, json ? kReadLimit : kLargestCsv);
   if (read != ReadResult::kDone) {
     TellWhy(state.context.messages, Icon::kStop, Reason(Attempt::kRead, file, read.error),
             "Unable to open the given file.");
@@ -25,9 +46,8 @@ Document ReadDocumentFile(CommandState& state, const std::string& file, bool jso
   Document document;
   const CodePage& names = *FindCodePage(page);
   const auto misfit = json ? ReadJsonDocument(text, names, document) : ReadCsvDocument(text, names, document);
-  if (!misfit) return document;
-  TellWhy(state.context.messages, Icon::kStop, file, "%s: %s", misfit->where.c_str(), misfit->what.c_str());
-  throw CommandFailed{};
+  if (misfit) Refuse(state, file, *misfit);
+  return document;
 }
 
 void TellEach(const CommandState& state, const std::vector<ListNote>& notes) {

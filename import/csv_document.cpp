@@ -11,6 +11,7 @@
 #include "core/fields.h"
 #include "core/messages.h"
 #include "import/csv.h"
+#include "platform/text.h"
 
 namespace vexa {
 
@@ -146,7 +147,7 @@ struct Header {
     for (const auto& [kind, names] : KindColumns()) known.insert(names.begin(), names.end());
     for (size_t i = 0; i < columns.size(); ++i) {
       if (!known.contains(columns[i]))
-        throw Misfit{LineOf(row.line), "column \"" + columns[i] + "\" is unknown"};
+        throw Misfit{LineOf(row.line), "column \"" + ShownText(columns[i]) + "\" is unknown"};
       if (!places.emplace(columns[i], i).second)
         throw Misfit{LineOf(row.line), "column \"" + columns[i] + "\" is there twice"};
     }
@@ -168,7 +169,8 @@ class Row {
   std::string Kind() const {
     const std::string& kind = Cell("record");
     const auto columns = KindColumns().find(kind);
-    if (columns == KindColumns().end()) throw Misfit{where(), "record \"" + kind + "\" is unknown"};
+    if (columns == KindColumns().end())
+      throw Misfit{where(), "record \"" + ShownText(kind) + "\" is unknown"};
     for (size_t i = 0; i < row_.cells.size(); ++i) {
       const bool takes = i < header_.columns.size() && columns->second.contains(header_.columns[i]);
       if (i >= header_.columns.size() || (!takes && !row_.cells[i].empty()))
@@ -182,8 +184,9 @@ class Row {
     const auto result = std::from_chars(cell.data(), cell.data() + cell.size(), number);
     if (result.ec != std::errc{} || result.ptr != cell.data() + cell.size() || number < smallest ||
         number > largest)
-      throw Misfit{where(), Format("%s \"%s\" is no number from %lld to %lld", column, cell.c_str(),
-                                   static_cast<long long>(smallest), static_cast<long long>(largest))};
+      throw Misfit{where(),
+                   Format("%s \"%s\" is no number from %lld to %lld", column, ShownText(cell).c_str(),
+                          static_cast<long long>(smallest), static_cast<long long>(largest))};
     return number;
   }
   template <size_t N>
@@ -362,6 +365,17 @@ std::string CsvOfSdb(const OpenSdb& sdb, const CodePage& page) {
   for (size_t i = 0; i < database.favourites.size(); ++i)
     AddFavouriteRows(writer, database.favourites[i], i + 1);
   return writer.table.Text();
+}
+
+std::optional<Misfit> JudgeCsvStart(std::string_view start) {
+  try {
+    const size_t end = start.find('\n');
+    const auto rows = ParseCsv(start.substr(0, end == start.npos ? end : end + 1));
+    if (!rows.empty()) static_cast<void>(Header(rows[0]));
+    return std::nullopt;
+  } catch (const Misfit& misfit) {
+    return misfit;
+  }
 }
 
 std::optional<Misfit> ReadCsvDocument(std::string_view text, const CodePage& page, Document& document) {

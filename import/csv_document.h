@@ -5,6 +5,7 @@
 // array are not in the table.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,12 @@ namespace vexa {
 
 // The table of one SDB, UTF-8 with CR LF behind each row. `page` is that of the names in the database.
 std::string CsvOfSdb(const OpenSdb& sdb, const CodePage& page);
+
+inline constexpr uint64_t kLargestCsv = uint64_t{128} << 20;  // bytes; the most that an SDB gives takes half
+
+// What is wrong in the first line of a table of which `start` is the beginning, as ReadCsvDocument would say
+// it.
+std::optional<Misfit> JudgeCsvStart(std::string_view start);
 
 // Fills an empty document with one SDB, "SDB1". What does not fit is answered with its line; `document` then
 // means nothing. Rows may stand in any order; those of one carrier's services stand in its order.

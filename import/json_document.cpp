@@ -9,6 +9,7 @@
 
 #include "core/fields.h"
 #include "core/messages.h"
+#include "platform/text.h"
 
 namespace vexa {
 
@@ -103,9 +104,10 @@ void PutUbi(Json& fields, const OpenUbi& ubi, const CodePage& page) {
 
 // ---- Reading. What does not fit is thrown as a Misfit.
 
+// Of the own keys whole; those of the document are cut, as everything that a message quotes.
 std::string Escaped(const std::string& key) {
   std::string text;
-  for (const char c : key) text += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
+  for (const char c : ShownText(key)) text += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
   return text;
 }
 
@@ -384,6 +386,14 @@ class KeyWatch {
   std::vector<Level> levels_;
 };
 
+// `byte`: behind the one that does not fit.
+Misfit NoJson(std::string_view text, size_t byte) {
+  const size_t read = std::min(byte, text.size());
+  const auto lines =
+      std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(read > 0 ? read - 1 : 0), '\n');
+  return {"line " + std::to_string(lines + 1), "is no JSON"};
+}
+
 Json Parsed(std::string_view text) {
   try {
     KeyWatch watch;
@@ -391,10 +401,7 @@ Json Parsed(std::string_view text) {
     if (!watch.twice.empty()) throw Misfit{watch.twice, "is there twice"};
     return json;
   } catch (const Json::parse_error& error) {
-    const size_t read = std::min(error.byte, text.size());
-    const auto lines =
-        std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(read > 0 ? read - 1 : 0), '\n');
-    throw Misfit{"line " + std::to_string(lines + 1), "is no JSON"};
+    throw NoJson(text, error.byte);
   } catch (const Json::out_of_range&) {
     throw Misfit{"a number", "is beyond what any field holds"};
   }
@@ -421,6 +428,19 @@ std::string JsonOfDocument(const Document& document, const CodePage& page) {
   Json& ubis = root["ubis"] = Json::array();
   for (const OpenUbi& ubi : document.ubis) PutUbi(ubis.emplace_back(Json::object()), ubi, page);
   return root.dump(2) + "\n";
+}
+
+std::optional<Misfit> JudgeJsonStart(std::string_view start) {
+  try {
+    [[maybe_unused]] const Json parsed = Json::parse(start.begin(), start.end());
+  } catch (const Json::parse_error& error) {
+    // Behind the last byte, the text itself may go on.
+    if (error.byte <= start.size()) return NoJson(start, error.byte);
+  } catch (const Json::out_of_range&) {
+  }
+  const size_t first = start.find_first_not_of("\xEF\xBB\xBF \t\r\n");
+  if (first != start.npos && start[first] != '{') return Misfit{"line 1", "is no object"};
+  return std::nullopt;
 }
 
 std::optional<Misfit> ReadJsonDocument(std::string_view text, const CodePage& page, Document& document) {

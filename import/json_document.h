@@ -28,6 +28,10 @@ std::string JsonOfSdb(const OpenSdb& sdb, const CodePage& page);
 // The same of all SDBs and user box records, with the flags of the file.
 std::string JsonOfDocument(const Document& document, const CodePage& page);
 
+// What is wrong in the beginning of a document, as ReadJsonDocument would say it: that it is no JSON, or no
+// object.
+std::optional<Misfit> JudgeJsonStart(std::string_view start);
+
 // Fills an empty document. What does not fit is answered, with its line where the text is no JSON, else with
 // its path (RFC 6901); `document` then means nothing. `schema` and `place` may be missing, counts and indices
 // that follow from places too.

@@ -7,6 +7,7 @@
 
 #include "core/code_names.h"
 #include "core/messages.h"
+#include "platform/text.h"
 
 namespace vexa {
 
@@ -185,7 +186,8 @@ std::string SetCell(Record& record, const TableColumn& column, const std::string
   const Field<Record>& field = FieldOf(record, column);
   const auto number = NumberOfCell(column, field, cell);
   const int64_t largest = column.kind == CellKind::kYesNo ? 1 : field.largest;
-  if (!number || *number < field.smallest || *number > largest) return "\"" + cell + "\" does not fit";
+  if (!number || *number < field.smallest || *number > largest)
+    return "\"" + ShownText(cell) + "\" does not fit";
   field.set(record, *number);
   return "";
 }

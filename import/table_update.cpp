@@ -10,6 +10,7 @@
 #include "import/csv.h"
 #include "import/csv_table.h"
 #include "import/table_cells.h"
+#include "platform/text.h"
 
 namespace vexa {
 
@@ -42,7 +43,7 @@ class TableReader {
       const auto known = ColumnsOf(kind_);
       const auto column =
           std::find_if(known.begin(), known.end(), [&](const auto& c) { return name == c.name; });
-      if (column == known.end()) throw Misfit{"line 1", "column \"" + name + "\" is unknown"};
+      if (column == known.end()) throw Misfit{"line 1", "column \"" + ShownText(name) + "\" is unknown"};
       if (!places_.emplace(name, columns_.size()).second)
         throw Misfit{"line 1", "column \"" + name + "\" is there twice"};
       columns_.push_back(&*column);
@@ -67,7 +68,7 @@ class TableReader {
     size_t number = 0;
     const auto result = std::from_chars(cell.data(), cell.data() + cell.size(), number);
     if (result.ec != std::errc{} || result.ptr != cell.data() + cell.size() || number < 1 || number > count)
-      throw Misfit{Where(), std::string(column) + " \"" + cell + "\" is not there"};
+      throw Misfit{Where(), std::string(column) + " \"" + ShownText(cell) + "\" is not there"};
     return number - 1;
   }
 
@@ -127,7 +128,8 @@ class TableReader {
     const std::string list = Cell("list").value();
     TableRow row;
     const GroupKind half = list == ListWord(GroupKind::kTv) ? GroupKind::kTv : GroupKind::kRadio;
-    if (list != ListWord(half)) throw Misfit{Where(), "list \"" + list + "\" is neither TV nor Radio"};
+    if (list != ListWord(half))
+      throw Misfit{Where(), "list \"" + ShownText(list) + "\" is neither TV nor Radio"};
     const size_t g = Place("group", kFavouriteGroups);
     const FavouriteGroup& group = database_.favourites[g];
     row.path = {g, static_cast<size_t>(half), Place("entry", EntriesOf(group, half).size())};
@@ -150,7 +152,7 @@ class TableReader {
     if (GuardedCell(Utf8FromPage(page_, before)) == *cell) return;
     const auto bytes = PageFromUtf8(page_, PlainCell(*cell));
     if (!bytes || bytes->size() > kNameSize || bytes->find('\0') != std::string::npos)
-      throw Misfit{Where(), "group_name \"" + *cell + "\" does not fit"};
+      throw Misfit{Where(), "group_name \"" + ShownText(*cell) + "\" does not fit"};
     update_.group_names.push_back({g, list, *bytes});
   }
 

@@ -48,6 +48,17 @@ char32_t TakeUtf8(std::string_view& text) {
   return c;
 }
 
+std::string ShownText(std::string_view text) {
+  constexpr int kMost = 60;
+  std::string shown;
+  for (int count = 0; !text.empty() && count < kMost; ++count) {
+    const char32_t c = TakeUtf8(text);
+    const bool printable = c >= 0x20 && (c < 0x7F || c >= 0xA0) && c != kReplacementCharacter;
+    AppendUtf8(shown, printable ? c : U'?');
+  }
+  return text.empty() ? shown : shown + "...";
+}
+
 bool IsUtf8(std::string_view text) {
   while (!text.empty()) {
     const bool written = text.starts_with("\xEF\xBF\xBD");  // the replacement character itself

@@ -23,6 +23,9 @@ void AppendUtf8(std::string& text, char32_t character);
 char32_t TakeUtf8(std::string_view& text);
 // Whether the text is UTF-8 throughout.
 bool IsUtf8(std::string_view text);
+// Foreign text as a message quotes it: at most 60 characters, "..." behind them where there are more, and '?'
+// for what cannot be printed.
+std::string ShownText(std::string_view text);
 
 // What is no right text of its encoding becomes kReplacementCharacter.
 std::u16string Utf16FromUtf8(std::string_view text);

@@ -46,6 +46,34 @@ TEST_F(DocumentCommands, ADocumentThatDoesNotFitMakesNothing) {
   EXPECT_EQ(Vexa("import @bad.csv --stream -o @x").status, 2);
 }
 
+// Two files of a gigabyte, without a byte on the disk: judged by their beginning, they are not read.
+TEST_F(DocumentCommands, WhatIsNoDocumentIsRefusedByItsBeginning) {
+  const std::string header = "record,lnb\r\n", zeros(60, '?');
+  const std::tuple<const char*, std::string, std::string> rows[] = {
+      {"z.csv", "", "line 1: column \"" + zeros + "...\" is unknown"},
+      {"z.json", "", "line 1: is no JSON"},
+      {"a.json", "\n[1, " + std::string(1 << 17, '2'), "line 1: is no object"},
+      {"b.json", "{\n\n\"a\": b", "line 3: is no JSON"},
+      {"h.csv", header, "Unable to open the given file."}};
+  for (const auto& [name, start, text] : rows) {
+    Put(name, start);
+    std::filesystem::resize_file(At(name), uint64_t{1} << 30);
+    const auto before = std::chrono::steady_clock::now();
+    const ProgramResult result = Vexa(std::string("import @") + name + " -o @out.bin");
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(1)) << name;
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.errors, StartsWith("error: " + text + "\ninfo: " + In(name))) << name;
+    std::filesystem::remove(At(name));
+  }
+  // Beginnings that are cut in the middle of anything are none the worse for it.
+  Put("long.json", "{\"" + std::string(1 << 17, 'x') + "\": 1}");
+  EXPECT_THAT(Vexa("import @long.json -o @out.bin").errors,
+              StartsWith("error: /" + std::string(60, 'x') + "...: is unknown\n"));
+  Put("quoted.csv", "record,lnb\r\n\"" + std::string(1 << 17, 'x') + "\",1\r\n");
+  EXPECT_THAT(Vexa("import @quoted.csv -o @out.bin").errors,
+              StartsWith("error: line 2: record \"" + std::string(60, 'x') + "...\" is unknown\n"));
+}
+
 TEST_F(DocumentCommands, SetThenDiffTellsTheAssignments) {
   ASSERT_EQ(Vexa("set @a.bin -o @b.bin 'satellite all' position=3.. 'satellite 2 carrier 1' fec=3/4").status,
             0);
