@@ -8,16 +8,13 @@ namespace vexa {
 
 namespace {
 
-constexpr int kMostLinks = 40;  // one after the other; more are a circle
-
 // As the system compares paths, for a file that need not be there: links are followed where they lead nowhere
 // too.
 Path Written(Path path) {
   std::error_code error;
   path = std::filesystem::absolute(path, error).lexically_normal();
   if (!path.has_filename()) path = path.parent_path();
-  for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(path, error); ++links)
-    path = (path.parent_path() / std::filesystem::read_symlink(path, error)).lexically_normal();
+  path = FollowLinks(path);
   const Path parent = std::filesystem::weakly_canonical(path.parent_path(), error);
   return ComparedName(error ? path : parent / path.filename());
 }

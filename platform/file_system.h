@@ -13,6 +13,9 @@ std::FILE* OpenFile(const Path& path, bool writing);
 // The same for writing behind what is there.
 std::FILE* OpenFileToAppend(const Path& path);
 
+// What a path leads to: through links, also through one that leads nowhere. A link when they form a circle.
+Path FollowLinks(Path path);
+
 // A name in the form in which the system compares names.
 Path ComparedName(const Path& path);
 

@@ -100,20 +100,18 @@ size_t ReadPieces(std::span<uint8_t> place, std::FILE* file) {
   return used;
 }
 
-// What a write goes to: through a link, so that the file it names is replaced and not the link.
-Path TargetOf(const Path& path) {
-  std::error_code error;
-  return fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : path;
-}
-
 // A file on its way to its name; without a scratch file it was written to as it stands.
 struct Staged {
   Scratch scratch;
   Path target;
 };
 
-// What is refused before anything is tried: a path that is none, a folder, a file that its user wants kept.
+// What is refused before anything is tried: a path that is none, a folder, a file that its user wants kept,
+// links in a circle.
 std::error_code RefusalOf(const Path& path, const fs::file_status& before) {
+  std::error_code error;
+  if (fs::is_symlink(FollowLinks(path), error))
+    return std::make_error_code(std::errc::too_many_symbolic_link_levels);
   if (path.empty()) return std::make_error_code(std::errc::no_such_file_or_directory);
   if (fs::is_directory(before)) return std::make_error_code(std::errc::is_a_directory);
   if (IsReadOnly(before)) return std::make_error_code(std::errc::permission_denied);
@@ -127,7 +125,7 @@ WriteResult Stage(const Path& path, const std::function<bool(const PieceWriter&)
   if (const auto refusal = RefusalOf(path, before)) return {WriteResult::kCannotCreate, refusal};
   // A device or a pipe takes the content as it comes; nothing may take its place.
   if (fs::exists(before) && !fs::is_regular_file(before)) return Fill(path, produce, files);
-  staged.target = TargetOf(path);
+  staged.target = FollowLinks(path);  // the file that a link names is replaced, and not the link
   staged.scratch = ScratchBeside(staged.target);
   if (staged.scratch.path.empty()) return {WriteResult::kCannotCreate, staged.scratch.error};
   const WriteResult filled = Fill(staged.scratch.path, produce, files);
@@ -185,6 +183,14 @@ Outcome ReadToEnd(std::FILE* file, uint64_t size, uint64_t limit, Bytes& content
 }
 
 }  // namespace
+
+Path FollowLinks(Path path) {
+  constexpr int kMostLinks = 40;  // one after the other; more are a circle
+  std::error_code error;
+  for (int links = 0; links < kMostLinks && fs::is_symlink(path, error); ++links)
+    path = path.parent_path() / fs::read_symlink(path, error);
+  return path;
+}
 
 ReadResult ReadWholeFile(const Path& path, Bytes& content, uint64_t limit) {
   content.clear();
@@ -316,7 +322,7 @@ std::error_code WhyNotWritable(const Path& path) {
   const auto before = fs::status(path, error);
   if (const auto refusal = RefusalOf(path, before)) return refusal;
   if (fs::exists(before) && !fs::is_regular_file(before)) return {};
-  const Scratch scratch = ScratchBeside(TargetOf(path));
+  const Scratch scratch = ScratchBeside(FollowLinks(path));
   return scratch.path.empty() ? scratch.error : std::error_code();
 }
 

@@ -423,6 +423,7 @@ bool CanUpload(const Console& console) {
 std::optional<Path> ConsoleUploadFile(const Context& context, const Path& chosen,
                                       const ProjectConfig& config) {
   if (config.image_entry_count == 0 || !EndsWithBin(chosen)) return chosen;
+  if (!MayReplaceImage(context, config)) return std::nullopt;
   const auto files = PrepareBinUpload(context, chosen, config, LocalTimeNow());
   if (!files || files->empty()) return std::nullopt;
   return files->front();
@@ -432,6 +433,7 @@ bool StartConsoleUpload(Console& console, const Path& file, const std::string& n
   if (!CanUpload(console)) return false;
   Transfer& transfer = console.transfer;
   ResetTransfer(transfer);
+  transfer.port_name = console.connected_with.port_name;
   ClearProgress(console);
   ConnectViews(console);
   transfer.bytes_per_second = BytesPerSecond(console.port.dcb);

@@ -132,7 +132,8 @@ bool SendConsoleLine(Console& console, std::string_view line);
 bool IsUploading(const Console& console);
 // Whether one can be started: connected, and none runs.
 bool CanUpload(const Console& console);
-// What is uploaded for a chosen file: itself, or, of a BIN file, its conversion. Nothing after a message.
+// What is uploaded for a chosen file: itself, or, of a BIN file, its conversion. Nothing after a message,
+// or when the user does not want the image replaced (MayReplaceImage).
 std::optional<Path> ConsoleUploadFile(const Context& context, const Path& chosen,
                                       const ProjectConfig& config);
 // Sends the URT file on a thread of its own; `name` is what the user reads of it. The file must stay until

@@ -110,7 +110,7 @@ bool StartTransfer(TransferSession& session, const ProjectConfig& config, Transf
   session.own_files = job != TransferJob::kConsole;
   transfer.deaf = job != TransferJob::kConsole;
   session.kind = job;
-  session.port_name = config.port_name;
+  session.port_name = transfer.port_name = config.port_name;
   session.gone_reason.clear();
   session.started = std::chrono::steady_clock::now();
   session.seconds = 0;

@@ -67,6 +67,7 @@ struct Transfer {
   std::vector<Path> files;                      // to send, in order
   std::vector<Path> region_files;               // where region 1, 2, ... of a download go
   std::function<bool(bool crc_failed)> decode;  // the downloaded regions into a database; true on success
+  std::string port_name;                        // for messages; may be empty
   std::string subject;                          // what is sent, for the status line; may be empty
   std::function<int()> seconds_of_hour;         // minute x 60 + second of local time; empty: the clock
   std::function<Outcome(std::thread&, std::function<void()>)> start_thread;  // empty: the system's

@@ -201,8 +201,14 @@ bool ReceiveRegion(Transfer& transfer) {
   return true;
 }
 
+// The file is at every moment the old one or the new one. One that is there and cannot be read is no empty
+// one.
 WriteResult AppendTo(const Path& path, std::span<const uint8_t> more, const FileOperations& files) {
-  Bytes all = ReadWholeFile(path).value_or(Bytes{});
+  Bytes all;
+  const ReadResult read = ReadWholeFile(path, all);
+  std::error_code missing;
+  if (read != ReadResult::kDone && std::filesystem::exists(path, missing))
+    return {WriteResult::kFailed, read.error};
   all.insert(all.end(), more.begin(), more.end());
   return WriteWholeFile(path, all, files);
 }

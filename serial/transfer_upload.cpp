@@ -119,7 +119,7 @@ bool PollForAck(Transfer& transfer, const UploadStyle& style) {
     if (style.polls_back_to_back && sent) continue;  // a port that takes nothing is not asked without end
     if (!PauseTransfer(transfer, 50)) return false;
     if (IsReached(transfer, style, deadline)) {
-      Tell(transfer.context.messages, Icon::kWarning, "%s", kNoResponsePolling);
+      TellWhy(transfer.context.messages, Icon::kWarning, transfer.port_name, "%s", kNoResponsePolling);
       Restart(transfer, deadline);
     }
   }
@@ -264,7 +264,7 @@ FileOutcome SendPackets(Transfer& transfer, const UploadStyle& style, OpenUrt& f
       AwaitTransfer(transfer, style.asks_for_download ? 200 : 1000, something);
     }
     if (IsReached(transfer, style, deadline)) {
-      Tell(transfer.context.messages, Icon::kWarning, "%s", kNoResponseSending);
+      TellWhy(transfer.context.messages, Icon::kWarning, transfer.port_name, "%s", kNoResponseSending);
       Restart(transfer, deadline);
     }
   }

@@ -24,7 +24,6 @@ make_root() {
   release=$(. /etc/os-release && echo "${VERSION_CODENAME:-}")
   from=$(mirror "$release")
   [ -n "$from" ] || { echo "apt knows no mirror of $release"; return 1; }
-  mkdir -p "$(dirname "$root")"
   rm -rf "$root.new"
   # libc6-dev: the shim of the window tests' line is compiled against it.
   "${alone[@]}" debootstrap --arch=i386 --variant=minbase --include=wine,wine32,libc6-dev "$release" "$root.new" "$from" 2>&1 &&
@@ -33,6 +32,7 @@ make_root() {
 
 case ${1:-} in
   make)
+    mkdir -p "$(dirname "$root")"
     exec 9>"$root.lock" || exit 1
     flock 9
     make_root && "$0" with "$0" in true

@@ -327,6 +327,30 @@ TEST(Files, AReadThatFailsIsNoEnd) {
   EXPECT_EQ(CauseOf(WhyUnreadable("/proc/self/mem")), Cause::kFault);
 }
 
+TEST(Files, AWriteGoesThroughLinksAlsoWhereNothingStandsYet) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder, target = folder / "inner" / "target";
+  std::filesystem::create_directory(folder / "inner");
+  std::filesystem::create_directory_symlink("inner", folder / "way");
+  std::filesystem::create_symlink("way/second", folder / "first");
+  std::filesystem::create_symlink("../inner/target", folder / "inner" / "second");
+  std::filesystem::create_symlink("circle", folder / "circle");
+  std::filesystem::create_symlink("none/file", folder / "astray");
+  for (const char* content : {"new", "another"}) {
+    EXPECT_FALSE(WhyNotWritable(folder / "first"));
+    EXPECT_EQ(WriteWholeFile(folder / "first", BytesOf(content)), WriteResult::kDone);
+    EXPECT_EQ(ReadWholeFile(target), BytesOf(content));
+  }
+  for (const char* name : {"circle", "astray"}) {
+    EXPECT_TRUE(WhyNotWritable(folder / name)) << name;
+    EXPECT_EQ(WriteWholeFile(folder / name, BytesOf("x")), WriteResult::kCannotCreate) << name;
+    EXPECT_TRUE(SameFile(folder / name, folder / "." / name)) << name;
+  }
+  for (const char* name : {"first", "way", "inner/second", "circle", "astray"})
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / name)) << name;
+  EXPECT_EQ(FilesIn(folder) + FilesIn(folder / "inner"), 5 + 2);
+}
+
 TEST(Files, APipeIsWrittenToAndStays) {
   Recorder recorder;
   const Path pipe = recorder.context.temporary_folder / "pipe";
@@ -370,6 +394,16 @@ TEST(Text, DamagedTextNeverReadsOn) {
   for (const auto& row : rows) EXPECT_EQ(LatinFromUtf8(row.text), row.latin) << row.text;
   EXPECT_EQ(Utf8FromUtf16(std::u16string(1, char16_t{0xD800})), "\xEF\xBF\xBD");
   EXPECT_EQ(Utf8FromUtf16(Utf16FromUtf8("\xF0\x9F\x98\x80")), "\xF0\x9F\x98\x80");
+}
+
+TEST(Text, IsShownShortAndPrintable) {
+  const std::string most(60, 'x'), euros = "\xE2\x82\xAC";
+  const std::pair<std::string, std::string> rows[] = {{"", ""},
+                                                      {most, most},
+                                                      {most + "y", most + "..."},
+                                                      {std::string("a\0\n\x7F\xC2\x85\xFFz", 8), "a?????z"},
+                                                      {euros + euros, euros + euros}};
+  for (const auto& [text, shown] : rows) EXPECT_EQ(ShownText(text), shown);
 }
 
 TEST(Clock, TakesRealTimesOnly) {

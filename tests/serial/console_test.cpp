@@ -645,6 +645,15 @@ TEST_F(ConsoleRig, BinFilesAreConvertedWhereTheConfigurationHasImages) {
   EXPECT_EQ(ReadWholeFile(*converted)->at(0), 'M');
   const Path urt = recorder_.context.temporary_folder / "data.urt";
   EXPECT_EQ(ConsoleUploadFile(recorder_.context, urt, config_), urt);
+  // Where it would take the image's place, the user is asked.
+  config_.regions = {{"Image", 3, 0, 0x40000}};
+  recorder_.shown.clear();
+  for (const bool answer : {false, true}) {
+    recorder_.answer = answer;
+    EXPECT_EQ(ConsoleUploadFile(recorder_.context, bin, config_).has_value(), answer);
+    EXPECT_THAT(recorder_.Texts(),
+                ElementsAre("SDB data would replace the image in \"Image\".\nDo you want to continue ?"));
+  }
 }
 
 }  // namespace

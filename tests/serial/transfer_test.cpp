@@ -364,7 +364,9 @@ TEST(Upload, TheScriptWarnsOfSilenceAtTheExactSecond) {
       if (bytes.size() == 6) rig.Receive({kXon});
       if (bytes == Bytes{kEtb} && ++polls == 3) rig.transfer.cancel = true;
     };
+    rig.transfer.port_name = "COM7";
     EXPECT_EQ(UploadDownloadScriptThread(rig.transfer), 0);
+    for (const Message& message : rig.messages.All()) EXPECT_EQ(message.detail, "COM7");
     const auto texts = rig.messages.Texts();
     ASSERT_EQ(texts.size(), step == 15 ? 1u : 0u);
     if (texts.empty()) continue;
@@ -384,7 +386,9 @@ TEST(Upload, TheScriptWarnsOfSilenceAtTheExactSecond) {
     if (bytes.size() <= 6) return rig.AnswerUpload(bytes);
     sending = true;
   };
+  rig.transfer.port_name = "COM7";
   EXPECT_EQ(UploadDownloadScriptThread(rig.transfer), 0);
+  for (const Message& message : rig.messages.All()) EXPECT_EQ(message.detail, "COM7");
   EXPECT_EQ(
       rig.messages.Texts(),
       std::vector<std::string>{
