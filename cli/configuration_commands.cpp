@@ -176,10 +176,15 @@ Json ConfigJson(const ProjectConfig& config) {
 void ShowSource(CommandState& state, const EcfOptions& options) {
   const Path path = ShownFile(state, options);
   if (!ReadEcfTree(state.context, path)) throw CommandFailed{};
-  const auto file = ReadWholeFile(path, kMaximumEcfSize);
-  const auto text = file ? DescribeEcf(state.context, Utf8FromPath(path), *file) : std::nullopt;
-  if (!text) throw CommandFailed{};
-  state.output += *text;
+  Bytes file;
+  const ReadResult read = ReadWholeFile(path, file, kMaximumEcfSize);
+  if (read != ReadResult::kDone) {
+    TellWhy(state.context.messages, Icon::kStop, ReadReason(path, read.error),
+            "File access error - AddConfigurationListToComboBox");
+    throw CommandFailed{};
+  }
+  bool compiles = false;  // what it leaves out is a warning
+  state.output += DescribeEcf(state.context, Utf8FromPath(path), file, compiles);
 }
 
 void Show(CommandState& state, const EcfOptions& options) {

@@ -98,10 +98,11 @@ std::optional<Bytes> CompileEcf(const Context& context, const Path& toml);
 // The same of a description in memory.
 std::optional<Bytes> CompileEcfText(const Context& context, const std::string& name, std::string_view text);
 
-// The inverse: a description that compiles to the same bytes. Nothing after a message when the file holds
-// what no description states, or what the compiler refuses.
-std::optional<std::string> DescribeEcf(const Context& context, const std::string& name,
-                                       std::span<const uint8_t> file);
+// The inverse: a description that compiles to the same bytes. When the file holds what no description states,
+// or what the compiler refuses, warnings say what; then the text states what it can, and `compiles` is false.
+// The lines that the compiler names are the text's.
+std::string DescribeEcf(const Context& context, const std::string& name, std::span<const uint8_t> file,
+                        bool& compiles);
 
 // How many bytes a bitmap of so many bits lengthens its partition by: whole 32-bit words, one more than the
 // bits need when their bytes are whole words already.

@@ -14,6 +14,7 @@
 #include "platform/text.h"
 
 #define TOML_EXCEPTIONS 0
+#define TOML_MAX_NESTED_VALUES 16  // the description has four; the library works through them by recursion
 #include <toml++/toml.h>
 
 namespace vexa {
@@ -62,6 +63,8 @@ constexpr TableSize kTableSizes[] = {
 constexpr size_t kEepromPlace = 1;     // of a product's configurations
 constexpr size_t kAdbRegionName = 15;  // characters of the name that receivers report
 constexpr uint8_t kAdbRegionType = 3;
+constexpr uint32_t kRegionHeader = 64;  // bytes of an image's header, behind which the image stands
+constexpr unsigned kMostKeyParts = 16;  // "configuration.KEY.loader.block_size" has four
 
 struct Compiler {
   const toml::table* root = nullptr;
@@ -272,11 +275,19 @@ RegionEntry ReadRegion(Compiler& compiler, const Table& table) {
   RegionEntry region;
   region.name = Text(compiler, table, "name", 49);
   region.type = Byte(compiler, table, "type");
+  const size_t faults = compiler.faults.size();
   region.start = Number(compiler, table, "start", 0, UINT32_MAX);
-  region.end = Number(compiler, table, "end", 0, UINT32_MAX);
-  if (Find(table, "start") && Find(table, "end") && region.end < region.start) {
-    compiler.Add(*table.node, table.path, "The region \"%s\" ends before it starts.",
-                 Utf8FromLatin(region.name).c_str());
+  // The first address behind it is an address too.
+  region.end = Number(compiler, table, "end", 0, UINT32_MAX - 1);
+  const std::string shown = Utf8FromLatin(region.name);
+  const bool placed = compiler.faults.size() == faults;  // else a number is not what was meant
+  if (placed && region.end < region.start) {
+    compiler.Add(*table.node, table.path, "The region \"%s\" ends before it starts.", shown.c_str());
+  } else if (placed && region.end - region.start <= kRegionHeader) {
+    compiler.Add(*table.node, table.path,
+                 "The region \"%s\" has %" PRIu32 " bytes; an image takes more than the %" PRIu32
+                 " of its header.",
+                 shown.c_str(), region.end - region.start, kRegionHeader);
   }
   const Field* name = Find(table, "name");
   const auto hidden = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
@@ -306,7 +317,7 @@ LoaderParameters ReadLoader(Compiler& compiler, const Table& configuration) {
 
 std::vector<ContentPartition> ReadPartitions(Compiler& compiler, const Table& configuration) {
   std::vector<ContentPartition> partitions;
-  std::set<uint32_t> types;
+  std::set<uint32_t> types, numbers;
   uint32_t number = 0;
   for (const Field& element : List(compiler, configuration, "partitions", kMaximumPartitions)) {
     const auto table =
@@ -316,6 +327,11 @@ std::vector<ContentPartition> ReadPartitions(Compiler& compiler, const Table& co
     partition.type = static_cast<uint8_t>(Number(compiler, *table, "type", 0, kPartitionTypes - 1));
     number = Number(compiler, *table, "number", 1, 255, number + 1);
     partition.number = static_cast<uint8_t>(number);
+    const Field* numbered = Find(*table, "number");
+    if (!numbers.insert(number).second) {
+      compiler.Add(numbered ? *numbered->node : *table->node, Below(table->path, "number"),
+                   "There are two partitions of number %" PRIu32 ".", number);
+    }
     partition.start = Number(compiler, *table, "start", 0, UINT32_MAX);
     partition.length = Number(compiler, *table, "length", 0, UINT32_MAX);
     if (Find(*table, "bitmap_bits")) partition.bitmap_bits = Byte(compiler, *table, "bitmap_bits");
@@ -353,6 +369,12 @@ void CheckAdbRegion(Compiler& compiler, const Table& table, const ContentConfigu
   const auto region = std::find_if(configuration.regions.begin(), configuration.regions.end(),
                                    [](const RegionEntry& entry) { return entry.type == kAdbRegionType; });
   const Field* regions = Find(table, "regions");
+  const auto more = std::count_if(configuration.regions.begin(), configuration.regions.end(),
+                                  [](const RegionEntry& entry) { return entry.type == kAdbRegionType; });
+  if (more > 1) {
+    compiler.Add(*regions->node, regions->path, "There are %zu regions of type 3; the partitions lie in one.",
+                 static_cast<size_t>(more));
+  }
   if (region == configuration.regions.end()) {
     compiler.Add(regions ? *regions->node : *table.node, Below(table.path, "regions"),
                  "There is no region of type 3, which the partitions lie in.");
@@ -407,6 +429,9 @@ struct JudgedPartition {
   int64_t room = 0;  // bytes, with its bitmap
   const toml::node* length = nullptr;
   std::string path;
+  std::optional<int64_t> start;
+  const toml::node* entry = nullptr;
+  std::string entry_path;
 };
 
 // Nothing for an entry whose type or length was told to be wrong already.
@@ -416,12 +441,20 @@ std::optional<JudgedPartition> JudgedAt(const Field& list, const toml::node& ele
     return source && source->get(key) ? source->get(key)->value_exact<int64_t>() : std::nullopt;
   };
   const auto type = number("type"), length = number("length"), bits = number("bitmap_bits");
+  auto start = number("start");
+  if (start && (*start < 0 || *start > UINT32_MAX)) start.reset();
+  const std::string path = ElementOf(list, element, place).path;
   if (!type || !length || *type < 0 || *type >= int64_t{kPartitionTypes} || *length < 0 ||
       *length > UINT32_MAX)
     return std::nullopt;
   const uint32_t bitmap = bits ? BitmapSize(static_cast<uint32_t>(*bits & 0xFF)) : 0;
-  return JudgedPartition{static_cast<uint32_t>(*type), *length + bitmap, source->get("length"),
-                         Below(ElementOf(list, element, place).path, "length")};
+  return JudgedPartition{static_cast<uint32_t>(*type),
+                         *length + bitmap,
+                         source->get("length"),
+                         Below(path, "length"),
+                         start,
+                         &element,
+                         path};
 }
 
 void CheckSize(Compiler& compiler, const JudgedPartition& partition, const TableSize& size, bool eeprom) {
@@ -435,6 +468,31 @@ void CheckSize(Compiler& compiler, const JudgedPartition& partition, const Table
                                                  : ", a journal");
 }
 
+// Whether the partition lies in an EEPROM, whose addresses are its own.
+bool LiesInEeprom(const JudgedPartition& partition, bool eeprom) {
+  const auto* size = std::find_if(std::begin(kTableSizes), std::end(kTableSizes),
+                                  [&](const TableSize& row) { return row.type == partition.type; });
+  return eeprom && size != std::end(kTableSizes) && size->in_eeprom != size->in_journal;
+}
+
+void CheckPlaces(Compiler& compiler, const std::vector<JudgedPartition>& partitions, bool eeprom) {
+  for (size_t i = 0; i < partitions.size(); ++i) {
+    const JudgedPartition& later = partitions[i];
+    if (!later.start) continue;
+    if (*later.start + later.room > UINT32_MAX)
+      compiler.Add(*later.entry, later.entry_path, "The partition ends behind the last address.");
+    for (size_t j = 0; j < i; ++j) {
+      const JudgedPartition& earlier = partitions[j];
+      if (!earlier.start || LiesInEeprom(earlier, eeprom) != LiesInEeprom(later, eeprom)) continue;
+      const int64_t first = std::max(*earlier.start, *later.start);
+      if (first >= std::min(*earlier.start + earlier.room, *later.start + later.room)) continue;
+      compiler.Add(*later.entry, later.entry_path,
+                   "The partition overlaps the one of type %" PRIu32 " at %s.", earlier.type,
+                   earlier.entry_path.c_str());
+    }
+  }
+}
+
 // What the image takes of the region that holds it, the last of type 3: in an EEPROM lie the tables whose
 // size depends on it.
 void CheckRegionRoom(Compiler& compiler, const Field& list, size_t configuration,
@@ -445,10 +503,9 @@ void CheckRegionRoom(Compiler& compiler, const Field& list, size_t configuration
   if (region == regions.rend() || region->end < region->start) return;
   int64_t taken = 0;
   for (const JudgedPartition& partition : partitions) {
-    const auto* size = std::find_if(std::begin(kTableSizes), std::end(kTableSizes),
-                                    [&](const TableSize& row) { return row.type == partition.type; });
-    if (size == std::end(kTableSizes) || (eeprom && size->in_eeprom != size->in_journal)) continue;
-    taken += partition.room;
+    const bool of_a_table = std::any_of(std::begin(kTableSizes), std::end(kTableSizes),
+                                        [&](const TableSize& row) { return row.type == partition.type; });
+    if (of_a_table && !LiesInEeprom(partition, eeprom)) taken += partition.room;
   }
   const int64_t room = int64_t{region->end} - region->start;
   if (taken <= room) return;
@@ -474,6 +531,7 @@ void CheckPartitions(Compiler& compiler, size_t configuration, size_t place) {
     if (partitions.size() == array->size() && std::none_of(partitions.begin(), partitions.end(), holds))
       compiler.Add(*list->node, list->path, "There is no partition of type %u.", unsigned{size.type});
   }
+  CheckPlaces(compiler, partitions, eeprom);
   CheckRegionRoom(compiler, *list, configuration, partitions, eeprom);
 }
 
@@ -549,9 +607,55 @@ void ReadAll(Compiler& compiler) {
   }
 }
 
+// Behind the quoted text that begins at `at`, or at the end of what ends too early.
+size_t BehindQuotes(std::string_view text, size_t at) {
+  const char quote = text[at];
+  const std::string three(3, quote);
+  const std::string_view mark =
+      text.substr(at).starts_with(three) ? std::string_view(three) : text.substr(at, 1);
+  for (at += mark.size(); at < text.size(); ++at) {
+    if (text.substr(at).starts_with(mark)) return at + mark.size();
+    if (text[at] == '\\' && quote == '"') ++at;
+    if (mark.size() == 1 && at < text.size() && text[at] == '\n') break;
+  }
+  return std::min(at, text.size());
+}
+
+// The place of a key with too many parts, which the library would work through by recursion; none: npos.
+size_t EndlessKey(std::string_view text) {
+  unsigned parts = 1;
+  for (size_t at = 0; at < text.size();) {
+    const char c = text[at];
+    if (c == '"' || c == '\'') {
+      at = BehindQuotes(text, at);
+      continue;
+    }
+    const bool in_key = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+                        c == '_' || c == '-' || c == ' ' || c == '\t';
+    if (c == '.' && ++parts > kMostKeyParts) return at;
+    if (c != '.' && !in_key) parts = 1;
+    at = c == '#' ? std::min(text.find('\n', at), text.size()) : at + 1;
+  }
+  return text.npos;
+}
+
+// False after a message.
+bool ExpectShortKeys(const Context& context, const std::string& name, std::string_view text) {
+  const size_t place = EndlessKey(text);
+  if (place == text.npos) return true;
+  const std::string_view before = text.substr(0, place);
+  const std::string_view in_line = before.substr(before.rfind('\n') + 1);
+  const auto begins = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
+  Tell(context.messages, Icon::kStop, "%s(%u,%u): A key has at most %u parts.", name.c_str(),
+       static_cast<unsigned>(std::count(before.begin(), before.end(), '\n')) + 1,
+       static_cast<unsigned>(std::count_if(in_line.begin(), in_line.end(), begins)) + 1, kMostKeyParts);
+  return false;
+}
+
 }  // namespace
 
 std::optional<Bytes> CompileEcfText(const Context& context, const std::string& name, std::string_view text) {
+  if (!ExpectShortKeys(context, name, text)) return std::nullopt;
   const toml::parse_result parsed = toml::parse(text);
   if (!parsed) {
     const std::string reason(parsed.error().description());

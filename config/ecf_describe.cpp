@@ -152,7 +152,7 @@ bool ExpectSame(const Context& context, const std::string& name, std::span<const
                 std::span<const uint8_t> written) {
   const auto [mine, first] = std::mismatch(written.begin(), written.end(), file.begin(), file.end());
   if (mine == written.end() && first == file.end()) return true;
-  TellWhy(context.messages, Icon::kStop, "Keep the file itself: a description would lose those bytes.",
+  TellWhy(context.messages, Icon::kWarning, "Keep the file itself: a description would lose those bytes.",
           "%s: No description states what this file holds at byte %zu.", name.c_str(),
           static_cast<size_t>(first - file.begin()));
   return false;
@@ -160,14 +160,19 @@ bool ExpectSame(const Context& context, const std::string& name, std::span<const
 
 }  // namespace
 
-std::optional<std::string> DescribeEcf(const Context& context, const std::string& name,
-                                       std::span<const uint8_t> file) {
+std::string DescribeEcf(const Context& context, const std::string& name, std::span<const uint8_t> file,
+                        bool& compiles) {
   const EcfContent content = ReadEcfContent(file);
-  if (!ExpectSame(context, name, file, WriteEcf(content).value_or(Bytes{}))) return std::nullopt;
   std::string text = Description(content);
+  compiles = ExpectSame(context, name, file, WriteEcf(content).value_or(Bytes{}));
+  Context warned = context;
+  warned.messages.tell = [&](Message message) {
+    message.icon = Icon::kWarning;
+    context.messages.tell(message);
+  };
   // What stands in the file behind the end of a text is kept in the content, but no description states it.
-  const auto compiled = CompileEcfText(context, name, text);
-  if (!compiled || !ExpectSame(context, name, file, *compiled)) return std::nullopt;
+  const auto compiled = CompileEcfText(warned, name, text);
+  compiles = compiled && compiles && ExpectSame(context, name, file, *compiled);
   return text;
 }
 

@@ -169,6 +169,7 @@ struct Document {
   // False: an open left something of its file out (a damaged SDB, a maximum, a project type that does not
   // match). What is here must not replace that file.
   bool read_whole = true;
+  std::string source;  // the file that it was read from, as messages name it; may be empty
   std::array<uint8_t, 96> settings_block{};  // the receiver's own settings, from a download
 };
 

@@ -22,6 +22,12 @@ bool RefuseFit(const Context& context, const std::string& why) {
   return false;
 }
 
+// "lists.bin: SDB 2 \"Europe\""
+std::string NameOfSdb(const Document& document, size_t sdb) {
+  return (document.source.empty() ? "" : document.source + ": ") +
+         Format("SDB %zu \"%s\"", sdb + 1, Utf8FromLatin(document.sdbs[sdb].name).c_str());
+}
+
 uint64_t TablesSize(const StaticDatabase& database) {
   return uint64_t{kCarrierEntry} * database.carriers.size() +
          uint64_t{kServiceEntry} * database.services.size();
@@ -299,14 +305,15 @@ std::vector<TableUse> AdbRooms(const StaticDatabase& database, const ProjectConf
   return rooms;
 }
 
-std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& document, size_t sdb,
+std::optional<AdbImages> BuildAdbImages(const Context& caller, const Document& document, size_t sdb,
                                         const ProjectConfig& config) {
   const StaticDatabase& database = *document.sdbs.at(sdb).database;
   const RegionEntry* region = AdbRegion(config);
   if (!region || config.partitions.empty()) {
-    RefuseSettings(context, config, "It has no regions or no partitions.");
+    RefuseSettings(caller, config, "It has no regions or no partitions.");
     return std::nullopt;
   }
+  const Context context = About(caller, NameOfSdb(document, sdb));
   const bool e2p = config.configuration_index == 1;
   if (!CheckLimits(context, database)) return std::nullopt;
   if (!ExpectFit(context, config, RoomsOf(database, config, *region, e2p))) return std::nullopt;

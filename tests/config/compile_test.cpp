@@ -31,8 +31,8 @@ constexpr const char* kMaker = "[[manufacturer]]\nid = 7\nproducts = [\"p\"]\n";
 constexpr const char* kProduct = "[product.p]\nname = \"P\"\nconfigurations = [\"c\"]\n";
 // What every configuration with partitions needs, one a table of the image.
 constexpr const char* kFourTables =
-    "{ type = 3, start = 0, length = 2508 }, { type = 4, start = 0, length = 220000 }, "
-    "{ type = 5, start = 0, length = 9998 }, { type = 2, start = 0, length = 2248 }";
+    "{ type = 3, start = 100000, length = 2508 }, { type = 4, start = 200000, length = 220000 }, "
+    "{ type = 5, start = 500000, length = 9998 }, { type = 2, start = 600000, length = 2248 }";
 constexpr const char* kConfiguration = "[configuration.c]\nname = \"C\"\n";
 
 TEST_F(CompileTest, ReaderFindsWhatTheSourceStates) {
@@ -52,9 +52,9 @@ name = "Péri"
 [configuration.c]
 name = "C"
 version = [1, 2]
-regions = [{ name = "ADB Application", type = 3, start = 0x10, end = 4294967295 }]
+regions = [{ name = "ADB Application", type = 3, start = 0x10, end = 4294967294 }]
 loader = { header_tag = 1, packet_tag = 2, block_size = 256, packet_size = 2979 }
-partitions = [{ type = 6, start = 1, length = 56352 }, { type = 0, number = 9, start = 3, length = 3360, bitmap_bits = 40 },
+partitions = [{ type = 6, start = 1, length = 56352 }, { type = 0, number = 9, start = 60000, length = 3360, bitmap_bits = 40 },
   )" + kFourTables + R"(]
 extra = "0102030405060708"
 menu_languages = [["eng", "English"]]
@@ -66,13 +66,13 @@ extra = "00 00 00 00 00 00 00 01"
 )",
                    config))
       << testing::PrintToString(recorder.Texts());
-  EXPECT_EQ(
-      Listing(config),
-      "maker 7\nproduct P\xE9ri 5 1\ntable 0-13\ntable ff-ff\nconfiguration D 1.2\n"
-      "region ADB Application 3 10-ffffffff\nloader 1 2 256 2979\npartition 1 6 1-56353\n"
-      "partition 9 0 3-3371\npartition 10 3 0-2508\npartition 11 4 0-220000\npartition 12 5 0-9998\n"
-      "partition 13 2 0-2248\nsizes 3368 0 2248 2508 220000 9998 56352\nextra 0 0 0 0 0 0 0 1\nlanguages eng "
-      "0\nlanguages fra 0 deu 0");
+  EXPECT_EQ(Listing(config),
+            "maker 7\nproduct P\xE9ri 5 1\ntable 0-13\ntable ff-ff\nconfiguration D 1.2\n"
+            "region ADB Application 3 10-fffffffe\nloader 1 2 256 2979\npartition 1 6 1-56353\n"
+            "partition 9 0 60000-63368\npartition 10 3 100000-102508\npartition 11 4 200000-420000\n"
+            "partition 12 5 500000-509998\npartition 13 2 600000-602248\nsizes 3368 0 2248 2508 220000 9998 "
+            "56352\nextra 0 0 0 0 0 0 0 1\nlanguages eng "
+            "0\nlanguages fra 0 deu 0");
   EXPECT_EQ(LanguageName(config.first_languages.records[0]), "English");
   EXPECT_EQ(LanguageName(config.second_languages.records[0]),
             "Fran\xE7"
@@ -142,10 +142,19 @@ TEST_F(CompileTest, EveryFaultHasItsPlace) {
        "(9,12): configuration.c.regions[0]: The region \"R\x01\" ends before it starts.\n"
        "(9,18): configuration.c.regions[0].name: \"name\" has a character that receivers cannot show."},
       {"loader = {header_tag=1,packet_tag=1,block_size=0,packet_size=2980}\n"
-       "regions = [{name=\"R\",type=3,start=0,end=1}]",
+       "regions = [{name=\"R\",type=3,start=0,end=65}]",
        "(9,10): configuration.c.loader: The two tags of the loader must differ.\n"
        "(9,48): configuration.c.loader.block_size: \"block_size\" must be a number from 1 to 256.\n"
        "(9,62): configuration.c.loader.packet_size: \"packet_size\" must be a number from 1 to 2979."},
+      {"loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n"
+       "regions = [{name=\"R\",type=3,start=9,end=10},{name=\"S\",type=3,start=0,end=64},\n"
+       "{name=\"T\",type=3,start=0,end=0xFFFFFFFF},{name=\"U\",type=3,start=4294967229,end=0xFFFFFFFE}]",
+       "(10,12): configuration.c.regions[0]: The region \"R\" has 1 bytes; an image takes more than the 64 "
+       "of "
+       "its header.\n"
+       "(10,45): configuration.c.regions[1]: The region \"S\" has 64 bytes; an image takes more than the 64 "
+       "of its header.\n"
+       "(11,30): configuration.c.regions[2].end: \"end\" must be a number from 0 to 4294967294."},
       {"partitions = [{type=7,start=0,length=0}]",
        "(7,1): configuration.c.regions: There is no region of type 3, which the partitions lie in.\n"
        "(9,21): configuration.c.partitions[0].type: \"type\" must be a number from 0 to 6."},
@@ -168,6 +177,36 @@ TEST_F(CompileTest, EveryFaultHasItsPlace) {
   EXPECT_EQ(recorder.Texts().size(), 1u);
 }
 
+// The library works through the parts of a key, and through what stands in what, by recursion.
+TEST_F(CompileTest, EndlessKeysAreRefusedBeforeTheyAreParsed) {
+  const std::string sixteen = "a.b.c.d.e.f.g.h . i.j.'k.k'.l.\"m.\\\".m\".n.o.p";
+  std::string endless;
+  for (int i = 0; i < 300000; ++i) endless += "a.";
+  const std::pair<std::string, const char*> rows[] = {
+      {"\n\xC3\xA4" + sixteen + ".q = 1", "(2,46)"},
+      {"#" + endless + "\n\n" + sixteen + " . q = 1", "(3,46)"},
+      {"x = {" + endless + "a = 1}", "(1,37)"},
+      {"[" + endless + "a]", "(1,33)"}};
+  for (const auto& [text, place] : rows) {
+    EXPECT_FALSE(Compile(text));
+    EXPECT_EQ(recorder.Texts(), Texts{Utf8FromPath(source) + place + ": A key has at most 16 parts."});
+  }
+  EXPECT_FALSE(Compile("x = " + std::string(300000, '[')));
+  EXPECT_EQ(recorder.Texts().size(), 1u);
+  // Points that part no key.
+  const std::string quotes = "\"\"\"", primes = "\'\'\'";
+  EXPECT_FALSE(Compile("x = [" + quotes + "\n" + endless + "\\\"" + quotes + ", " + primes + "\n" + endless +
+                       primes + ", '" + endless + "', 1.5] # " + endless + "\n" + sixteen + " = 1\n" +
+                       sixteen.substr(2) + " = 1"));
+  const Texts texts = recorder.Texts();
+  ASSERT_EQ(texts.size(), 4u) << texts[0];
+  for (const char* key : {"a", "b", "x"}) {
+    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
+      return text.ends_with(Format("): %s: Unknown key \"%s\".", key, key));
+    })) << key;
+  }
+}
+
 TEST_F(CompileTest, PartitionsHoldTheirTables) {
   // The sizes in an EEPROM, place 1, and those in a journal, all other places.
   const struct {
@@ -178,8 +217,11 @@ TEST_F(CompileTest, PartitionsHoldTheirTables) {
   const auto compiles = [&](int type, int length, const char* places, int region = 300000) {
     const std::string configurations = Format("[product.p]\nname = \"P\"\nconfigurations = [%s]\n", places);
     std::string partitions = Format("{type=%d,start=0,length=%d}", type, length);
+    int start = length;
     for (const auto& row : rows) {
-      if (row.type != type) partitions += Format(",{type=%d,start=0,length=%d}", row.type, row.journal);
+      if (row.type == type) continue;
+      partitions += Format(",{type=%d,start=%d,length=%d}", row.type, start, row.journal);
+      start += row.journal;
     }
     return Compile(kMaker + configurations + kConfiguration +
                    Format("regions = [{name=\"123456789012345\",type=3,start=0,end=%d}]\n", region) +
@@ -238,14 +280,64 @@ TEST_F(CompileTest, PartitionsHoldTheirTables) {
   EXPECT_NE(texts[7].find("partitions[1].type: There are two partitions of type 1."), std::string::npos);
 }
 
+TEST_F(CompileTest, PartitionsStandBesideEachOther) {
+  // `place`: the product's configurations; `last`: the partitions behind those of types 3, 4 and 5.
+  const auto told = [&](const char* place, const std::string& last, const char* regions = "") {
+    const auto file =
+        Compile(std::string(kMaker) + "[product.p]\nname = \"P\"\nconfigurations = [" + place + "]\n" +
+                kConfiguration + "regions = [{name=\"123456789012345\",type=3,start=0,end=900000}" + regions +
+                "]\nloader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\npartitions = [" +
+                "{type=3,start=0,length=2508,bitmap_bits=101},{type=4,start=2524,length=220000}," +
+                "{type=5,start=500000,length=9998},\n" + last + "]\n[configuration.d]\nname = \"D\"\n");
+    std::string told;
+    for (const std::string& each : recorder.Texts()) told += each.substr(each.find("s.toml") + 6) + "\n";
+    EXPECT_EQ(file.has_value(), told.empty());
+    return told;
+  };
+  const std::string six = "{type=6,start=600000,length=56352},";
+  EXPECT_EQ(told("\"c\"", six + "{type=0,start=700000,length=3368},{type=2,start=800000,length=2248}"), "");
+  EXPECT_EQ(told("\"c\"",
+                 "{type=6,number=2,start=600000,length=56352},{type=0,start=656351,length=3368},"
+                 "{type=2,start=4294965048,length=2248}",
+                 ",{name=\"R\",type=3,start=0,end=900000}"),
+            "(9,11): configuration.c.regions: There are 2 regions of type 3; the partitions lie in one.\n"
+            "(12,16): configuration.c.partitions[3].number: There are two partitions of number 2.\n"
+            "(12,45): configuration.c.partitions[4]: The partition overlaps the one of type 6 at "
+            "configuration.c.partitions[3].\n"
+            "(12,45): configuration.c.partitions[4].number: There are two partitions of number 3.\n"
+            "(12,79): configuration.c.partitions[5]: The partition ends behind the last address.\n");
+  // An EEPROM has addresses of its own.
+  const std::string eeprom = six + "{type=0,start=0,length=96},{type=2,start=96,length=64}";
+  EXPECT_EQ(told("\"d\",\"c\"", eeprom), "");
+  EXPECT_EQ(told("\"d\",\"c\"", six + "{type=0,start=0,length=96},{type=2,start=95,length=64}"),
+            "(12,63): configuration.c.partitions[5]: The partition overlaps the one of type 0 at "
+            "configuration.c.partitions[4].\n");
+  EXPECT_EQ(told("\"d\",\"c\"",
+                 "{type=6,start=2523,length=56352},{type=0,start=0,length=96},{type=2,start=96,length=64}"),
+            "(12,1): configuration.c.partitions[3]: The partition overlaps the one of type 3 at "
+            "configuration.c.partitions[0].\n"
+            "(12,1): configuration.c.partitions[3]: The partition overlaps the one of type 4 at "
+            "configuration.c.partitions[1].\n");
+}
+
 struct DescribeTest : CompileTest {
   // The file comes back from its description.
   void ExpectRoundTrip(const Bytes& file) {
-    const auto text = DescribeEcf(recorder.context, "x", file);
-    ASSERT_TRUE(text) << testing::PrintToString(recorder.Texts());
-    const auto back = Compile(*text);
-    ASSERT_TRUE(back) << *text << testing::PrintToString(recorder.Texts());
-    EXPECT_EQ(*back, file) << *text;
+    bool compiles = false;
+    const auto text = DescribeEcf(recorder.context, "x", file, compiles);
+    ASSERT_TRUE(compiles) << testing::PrintToString(recorder.Texts());
+    const auto back = Compile(text);
+    ASSERT_TRUE(back) << text << testing::PrintToString(recorder.Texts());
+    EXPECT_EQ(*back, file) << text;
+  }
+  // The warnings of a file that does not come back; its description states what it can.
+  Texts Warnings(const std::string& name, std::span<const uint8_t> file) {
+    bool compiles = true;
+    EXPECT_NE(DescribeEcf(recorder.context, name, file, compiles).find("[[manufacturer]]"),
+              std::string::npos);
+    EXPECT_FALSE(compiles);
+    for (const Message& message : recorder.shown) EXPECT_EQ(message.icon, Icon::kWarning) << message.text;
+    return recorder.Texts();
   }
 };
 
@@ -263,13 +355,13 @@ TEST_F(DescribeTest, CompilesToTheSameBytes) {
         "[configuration.c]\nname = \"A b\"\nversion = [255, 15]\nmenu_languages = []\nextra = "
         "\"0102030405060708\"\n"
         "[configuration.d]\nname = \"a-B\"\naudio_languages = [[\"\", \"\"], [\"abc\", \"\\u0001\"]]\n"
-        "regions = [{name=\"123456789012345\",type=3,start=4000000000,end=4294967295},"
-        "{name=\"\",type=255,start=0,end=0}]\n"
+        "regions = [{name=\"123456789012345\",type=3,start=4000000000,end=4294967294},"
+        "{name=\"\",type=255,start=0,end=65}]\n"
         "loader = {header_tag=0,packet_tag=255,block_size=256,packet_size=2979}\n"
         "partitions = "
-        "[{type=0,number=255,start=1,length=96,bitmap_bits=0},{type=5,number=3,start=0,length=9998},"
-        "{type=2,start=0,length=64,bitmap_bits=255},{type=6,start=0,length=56352},"
-        "{type=3,start=0,length=2508},{type=4,start=0,length=220000}]\n"}) {
+        "[{type=0,number=255,start=1,length=96,bitmap_bits=0},{type=5,number=3,start=300000,length=9998},"
+        "{type=2,start=200,length=64,bitmap_bits=255},{type=6,start=400000,length=56352},"
+        "{type=3,start=500000,length=2508},{type=4,start=0,length=220000}]\n"}) {
     const auto file = Compile(text);
     ASSERT_TRUE(file) << testing::PrintToString(recorder.Texts());
     ExpectRoundTrip(*file);
@@ -284,19 +376,16 @@ TEST_F(DescribeTest, OfWhatNoDescriptionStatesNamesThePlace) {
                           size_t{244 + 70}, size_t{6502}}) {
     Bytes file = shipped;
     file[at] ^= 0x40;
-    EXPECT_FALSE(DescribeEcf(recorder.context, "x.ecf", file));
-    EXPECT_EQ(recorder.Texts(),
+    EXPECT_EQ(Warnings("x.ecf", file),
               Texts{Format("x.ecf: No description states what this file holds at byte %zu.", at)});
   }
   Bytes longer = shipped;
   longer.push_back(0);
-  EXPECT_FALSE(DescribeEcf(recorder.context, "x", longer));
-  EXPECT_FALSE(DescribeEcf(recorder.context, "x", std::span(shipped).first(300)));
-  EXPECT_EQ(recorder.Texts().size(), 2u);
+  EXPECT_EQ(Warnings("x", longer).size(), 1u);
+  EXPECT_FALSE(Warnings("x", std::span(shipped).first(300)).empty());
   Bytes refused = shipped;
   refused[80 + 129] = 16;  // version B
-  EXPECT_FALSE(DescribeEcf(recorder.context, "x", refused));
-  const Texts texts = recorder.Texts();
+  const Texts texts = Warnings("x", refused);
   ASSERT_EQ(texts.size(), 1u);
   EXPECT_NE(texts[0].find("settings-in-flash.version[1]: \"version\" must be a number from 0 to 15."),
             std::string::npos)

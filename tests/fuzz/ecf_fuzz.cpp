@@ -53,8 +53,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // A description compiles to the file that it describes.
   const vexa::Bytes file(data + 3, data + size);
   messages = 0;
-  if (const auto text = vexa::DescribeEcf(context, "f.ecf", file)) {
-    const auto compiled = vexa::CompileEcfText(context, "f.toml", *text);
+  bool compiles = false;
+  const std::string text = vexa::DescribeEcf(context, "f.ecf", file, compiles);
+  if (compiles) {
+    const auto compiled = vexa::CompileEcfText(context, "f.toml", text);
     if (!compiled || *compiled != file || messages != 0) std::abort();
   } else if (messages == 0) {
     std::abort();

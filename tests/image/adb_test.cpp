@@ -18,6 +18,7 @@ namespace {
 using testing::AnyOf;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr const char* kVerifyCounts = "Unable to upload\nPlease verify carrier and service record count.";
@@ -40,12 +41,16 @@ struct Adb : testing::Test {
     EXPECT_TRUE(images.has_value()) << testing::PrintToString(recorder.Texts());
     return images ? *images : AdbImages{};
   }
-  void ExpectRefused(const std::string& text) {
+  // `what`: what the detail names besides the SDB.
+  void ExpectRefused(const std::string& text, const std::string& what = "") {
     EXPECT_FALSE(BuildAdbImages(recorder.context, document, 0, config));
     ASSERT_EQ(recorder.shown.size(), 1u);
     EXPECT_THAT(recorder.shown[0].detail,
                 AnyOf(EndsWith("divide them between SDBs."), EndsWith("choose another configuration."),
                       EndsWith("Choose another configuration."), EndsWith("or another file.")));
+    EXPECT_THAT(recorder.shown[0].detail, HasSubstr(what));
+    const bool of_an_sdb = !config.partitions.empty() && AdbRegion(config);
+    EXPECT_EQ(recorder.shown[0].detail.starts_with("SDB 1 \"SDB1\": "), of_an_sdb);
     EXPECT_THAT(recorder.Texts(), ElementsAre(text));
   }
 };
@@ -279,8 +284,12 @@ TEST_F(Adb, LimitsInTheirOrderWithTheirFigures) {
 TEST_F(Adb, TablesUpToTheirLimitPass) {
   Grow(5, 4995);  // 36 * 5 + 44 * 4995 = 219,960
   Build();
-  Grow(7, 4995);  // 220,032
+  Grow(7, 4995);
   ExpectRefused(kVerifyCounts);
+  document.source = "x.bin";
+  document.sdbs[0].name = "\xC4";
+  EXPECT_FALSE(BuildAdbImages(recorder.context, document, 0, config));
+  EXPECT_EQ(recorder.Details().at(0).substr(0, 19), "x.bin: SDB 1 \"\xC3\x84\": ");
 }
 
 TEST_F(Adb, PartitionsAndRegionMustHoldTheirContent) {
@@ -288,15 +297,21 @@ TEST_F(Adb, PartitionsAndRegionMustHoldTheirContent) {
   const struct {
     size_t type;
     uint32_t smallest[2];  // for configuration indices 0 and 1
-  } rows[] = {{3, {2508, 2508}},   {4, {204, 204}}, {5, {6, 6}},
-              {6, {56352, 56352}}, {0, {104, 96}},  {2, {72, 64}}};
+    const char* what;
+  } rows[] = {{3, {2508, 2508}, "LNBs and satellites"},
+              {4, {204, 204}, "carriers and services"},
+              {5, {6, 6}, "service index"},
+              {6, {56352, 56352}, "favourites"},
+              {0, {104, 96}, "settings"},
+              {2, {72, 64}, "selected favourites"}};
   for (const uint8_t index : std::initializer_list<uint8_t>{0, 1}) {
     for (const auto& row : rows) {
       config = MakeImageConfig(index);
       config.partition_sizes[row.type] = row.smallest[index];
       Build();
       --config.partition_sizes[row.type];
-      ExpectRefused(kVerifyCounts);
+      const uint32_t smallest = row.smallest[index];
+      ExpectRefused(kVerifyCounts, Format("%u bytes of %s, room for %u. ", smallest, row.what, smallest - 1));
     }
     config = MakeImageConfig(index);
     const AdbLayout layout = LayoutOf(config);
@@ -304,9 +319,9 @@ TEST_F(Adb, PartitionsAndRegionMustHoldTheirContent) {
     config.regions[1].end = config.regions[1].start + length;
     Build();
     --config.regions[1].end;
-    ExpectRefused(kVerifyCounts);
+    ExpectRefused(kVerifyCounts, Format("%u bytes of all partitions, room for %u. ", length, length - 1));
     config.regions[1].end = config.regions[1].start - 1;
-    ExpectRefused(kVerifyCounts);
+    ExpectRefused(kVerifyCounts, Format("%u bytes of all partitions, room for 0. ", length));
   }
   // The image header takes the last 64 bytes of the region at configuration index 0: nothing may stand there.
   config = MakeImageConfig(0);
@@ -316,7 +331,21 @@ TEST_F(Adb, PartitionsAndRegionMustHoldTheirContent) {
   Build();
   --config.partition_sizes[2];
   --config.regions[1].end;
-  ExpectRefused(kVerifyCounts);
+  ExpectRefused(kVerifyCounts, "no room for the image header");
+}
+
+TEST_F(Adb, FavouriteListsMustFitTheirGroups) {
+  Grow(1, 1);
+  const std::pair<size_t, size_t> rows[] = {{2501, 0}, {0, 1001}};
+  for (const auto& [tv, radio] : rows) {
+    database().favourites[2].tv.assign(tv, database().services[0]);
+    database().favourites[2].radio.assign(radio, database().services[0]);
+    ExpectRefused(kVerifyCounts, tv != 0 ? "5002 bytes of TV list of a favourite group, room for 5000. "
+                                         : "2002 bytes of radio list of a favourite group, room for 2000. ");
+  }
+  database().favourites[2].tv.assign(2500, database().services[0]);
+  database().favourites[2].radio.assign(1000, database().services[0]);
+  Build();
 }
 
 TEST_F(Adb, ConfigurationComesBeforeTheLimits) {
