@@ -73,6 +73,8 @@ Document OpenDocument(CommandState& state,
 std::string CheckList(const std::string& text);
 std::string CheckListOrNone(const std::string& text);
 std::string CheckPlace(const std::string& text);
+// The same for one number from 0 to 2^64 - 1.
+std::string CheckNumber(const std::string& text);
 // Why there is no code page of this name; empty when there is one.
 std::string CheckCodePage(const std::string& name);
 // First and last numbers, one-based, of a text that `CheckList` passes and that is not "all".

@@ -271,6 +271,7 @@ ProjectConfig LoadCommandConfig(CommandState& state) {
 Document OpenDocument(CommandState& state, const std::string& file) {
   Document document;
   if (!OpenBin(state.context, PathFromUtf8(file), document)) throw CommandFailed{};
+  document.source = file;
   return document;
 }
 
@@ -286,6 +287,14 @@ std::string CheckPlace(const std::string& text) {
   const auto ranges = ParseRanges(text);
   const bool one = ranges && ranges->size() == 1 && ranges->front().first == ranges->front().second;
   return one ? std::string() : "\"" + text + "\" is no number from 1";
+}
+
+std::string CheckNumber(const std::string& text) {
+  uint64_t number = 0;
+  size_t position = 0;
+  return TakeNumber(text, position, number) && position == text.size()
+             ? std::string()
+             : "\"" + text + "\" is no number from 0 to 18446744073709551615";
 }
 
 std::vector<std::pair<size_t, size_t>> ListRanges(const std::string& text) {

@@ -92,7 +92,8 @@ void AddSave(CLI::App& program, CommandState& state) {
       ->check(CheckList);
   save.add_option("--compress-bin", options->compress_bin, "Compress the payload (default: as read)")
       ->check(OneOf({"on", "off"}));
-  save.add_option("--compress-sdb", options->compress_sdb, "Compress each SDB and the user box records")
+  save.add_option("--compress-sdb", options->compress_sdb,
+                  "Compress each SDB and the user box records (default: as read)")
       ->check(OneOf({"on", "off"}));
   save.add_option("--version", options->version, "Database version MAJOR.MINOR")
       ->check([](const std::string& text) {
@@ -101,7 +102,8 @@ void AddSave(CLI::App& program, CommandState& state) {
   save.add_option("--initials", options->initials, "User's initials, up to three characters")
       ->check([](const std::string& text) {
         if (!FitsLatin(text)) return CharactersText(text);
-        return LatinFromUtf8(text).size() <= 3 ? std::string() : "at most three characters";
+        return LatinFromUtf8(text).size() <= 3 ? std::string()
+                                               : "\"" + text + "\" has more than three characters";
       });
   save.callback([&state, options] { Save(state, *options); });
 }

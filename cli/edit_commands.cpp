@@ -6,6 +6,7 @@
 #include "cli/usage.h"
 #include "core/bin_file.h"
 #include "core/check.h"
+#include "core/nearest_word.h"
 #include "core/order_like.h"
 #include "core/sort.h"
 #include "import/import_command.h"
@@ -40,7 +41,11 @@ SortKeys<Key> ParseKeys(const std::string& option, const std::string& text, cons
     const std::string word = text.substr(start, end - start);
     const auto name =
         std::find_if(names.begin(), names.end(), [&](const auto& row) { return row.first == word; });
-    if (name == names.end()) throw CLI::ValidationError(option, "\"" + word + "\" is no key of this list");
+    if (name == names.end()) {
+      std::vector<std::string> keys;
+      for (const auto& row : names) keys.push_back(row.first);
+      throw CLI::ValidationError(option, "\"" + word + "\" is no key of this list" + NearestText(word, keys));
+    }
     if (!seen.insert(name->second).second)
       throw CLI::ValidationError(option, "key \"" + word + "\" is named twice");
     sort.keys.push_back(name->second);

@@ -4,6 +4,7 @@
 
 #include "cli/commands.h"
 #include "cli/usage.h"
+#include "core/nearest_word.h"
 #include "import/csv_document.h"
 #include "import/csv_table.h"
 #include "import/json_document.h"
@@ -66,7 +67,7 @@ std::string CheckCodePage(const std::string& name) {
   if (FindCodePage(name)) return "";
   std::string names;
   for (const std::string& known : CodePageNames()) names += (names.empty() ? "" : ", ") + known;
-  return "\"" + name + "\" is no code page: " + names;
+  return "\"" + name + "\" is no code page: " + names + NearestText(name, CodePageNames());
 }
 
 void AddExportCommand(CLI::App& program, CommandState& state) {

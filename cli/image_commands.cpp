@@ -4,6 +4,7 @@
 
 #include "cli/commands.h"
 #include "cli/usage.h"
+#include "core/nearest_word.h"
 #include "image/adb.h"
 #include "image/decoder.h"
 #include "image/transfer_files.h"
@@ -318,15 +319,23 @@ void AddUrt(CLI::App& program, CommandState& state) {
   build.add_option("--type", options->type, "Image type, 0-15")->required()->check(CLI::Range(0, 15));
   build.add_option("--kind", options->kind, "Image kind, 0-15")->required()->check(CLI::Range(0, 15));
   build.add_option("--flag", options->flag, "Image flag, 0-255")->required()->check(CLI::Range(0, 255));
-  build.add_option("--name", options->name, "Image name")->required()->check([](const std::string& text) {
-    return FitsLatin(text) ? std::string() : "\"" + text + "\" has characters that no URT file holds";
-  });
+  build.add_option("--name", options->name, "Image name, up to 49 characters")
+      ->required()
+      ->check([](const std::string& text) {
+        if (!FitsLatin(text)) return "\"" + text + "\" has characters that no URT file holds";
+        return LatinFromUtf8(text).size() <= kLongestImageName
+                   ? std::string()
+                   : Format("\"%s\" is longer than %zu characters", text.c_str(), size_t{kLongestImageName});
+      });
   build.add_option("--start", options->start, "Start address")->required();
   build.add_option("--end", options->end, "End address, exclusive")->required();
   build.add_option("--compress", options->compression, "zlib:LEVEL (1-9) or bin2cod")
       ->check([](const std::string& text) {
-        return CompressionLevel(text) >= 0 ? std::string()
-                                           : "\"" + text + "\" is neither zlib:LEVEL nor bin2cod";
+        std::vector<std::string> words = {"bin2cod"};
+        for (char level = '1'; level <= '9'; ++level) words.push_back(std::string("zlib:") + level);
+        return CompressionLevel(text) >= 0
+                   ? std::string()
+                   : "\"" + text + "\" is neither zlib:LEVEL nor bin2cod" + NearestText(text, words);
       });
   AddConfigurationOptions(build, state);
   AddTimeOption(build, state);

@@ -61,7 +61,9 @@ void RunLine(CommandState& state, const LineOptions& line, bool document,
 }  // namespace
 
 void AddLineOptions(CLI::App& command, LineOptions& line) {
-  command.add_option("--port", line.port, "Serial port: COM1, or the path of a terminal device")->required();
+  command.add_option("--port", line.port, "Serial port: COM1, or the path of a terminal device")
+      ->required()
+      ->check([](const std::string& text) { return text.empty() ? "\"\" names no port" : std::string(); });
   command.add_option("--baud", line.baud, "Bits a second")->check(OneOf(OfferedLineSpeedTexts()));
   command.add_option("--parity", line.parity, "None, Even, Odd, Mark or Space")
       ->check(OneOf(Texts(kParities)));

@@ -85,16 +85,14 @@ void AddLoaderCommand(CLI::App& program, CommandState& state) {
   loader
       .add_option("--link", options->link,
                   "Path of the line's other end to be made; or a serial port that is there")
-      ->required();
+      ->required()
+      ->check([](const std::string& text) { return text.empty() ? "\"\" names no line" : std::string(); });
   loader.add_option("--memory", options->memory, "Folder that keeps the memory between runs");
   loader.add_option("--log", options->log, "File for what crosses the line, both ways, with times");
   loader.add_flag("--once", options->run.once, "End after one session");
   loader.add_option("--baud", options->run.baud, "Pace both directions, bits a second; of a port, its speed")
       ->check(CLI::Range(1, 100000000));
-  loader.add_option("--seed", options->faults.seed, "Repeats the same faults")
-      ->check([](const std::string& text) {
-        return text.find('-') == text.npos ? std::string() : "\"" + text + "\" is no number from 0";
-      });
+  loader.add_option("--seed", options->faults.seed, "Repeats the same faults")->check(CheckNumber);
   const std::pair<const char*, double*> faults[] = {{"--nak", &options->faults.nak},
                                                     {"--corrupt", &options->faults.corrupt},
                                                     {"--drop", &options->faults.drop},

@@ -5,6 +5,7 @@
 #include "cli/commands.h"
 #include "core/assign.h"
 #include "core/bin_file.h"
+#include "core/nearest_word.h"
 
 namespace vexa {
 
@@ -50,6 +51,11 @@ Assignment ParsePath(const std::string& path) {
     if (!good) break;
     assignment.kind = kSatelliteWords[i].kind;
     assignment.path.push_back(NumbersIn(path, parts[2 * i + 1]));
+  }
+  static const std::vector<std::string> kinds = {"lnb", "satellite", "carrier", "service", "ubi"};
+  for (size_t i = 0; i < parts.size(); i += 2) {
+    if (std::find(kinds.begin(), kinds.end(), parts[i]) == kinds.end())
+      Wrong(path, "\"" + parts[i] + "\" names no records" + NearestText(parts[i], kinds));
   }
   if (!good) Wrong(path, "is no path: lnb LIST, satellite LIST [carrier LIST [service LIST]] or ubi LIST");
   return assignment;

@@ -6,36 +6,14 @@
 #include <algorithm>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <numeric>
 
+#include "core/nearest_word.h"
 #include "generated/version.h"
 #include "platform/file_identity.h"
 
 namespace vexa {
 
 namespace {
-
-// How many characters must be changed, added or left out to make one word of the other.
-size_t Distance(const std::string& a, const std::string& b) {
-  std::vector<size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), size_t{0});
-  for (size_t i = 0; i < a.size(); ++i) {
-    size_t corner = row[0];
-    row[0] = i + 1;
-    for (size_t j = 0; j < b.size(); ++j) {
-      const size_t above = row[j + 1];
-      row[j + 1] = std::min({above + 1, row[j] + 1, corner + (a[i] == b[j] ? 0 : 1)});
-      corner = above;
-    }
-  }
-  return row.back();
-}
-
-std::string Nearest(const std::string& word, const std::vector<std::string>& words) {
-  return *std::min_element(words.begin(), words.end(), [&](const std::string& a, const std::string& b) {
-    return Distance(word, a) < Distance(word, b);
-  });
-}
 
 const CLI::App& ChosenCommand(const CLI::App& program) {
   const CLI::App* command = &program;
@@ -80,7 +58,7 @@ CLI::Validator OneOf(std::vector<std::string> words) {
   return CLI::Validator(
       [words = std::move(words)](std::string& text) {
         if (std::find(words.begin(), words.end(), text) != words.end()) return std::string();
-        return "\"" + text + "\" is no value of it; the nearest is \"" + Nearest(text, words) + "\"";
+        return "\"" + text + "\" is no value of it" + NearestText(text, words);
       },
       list);
 }
@@ -96,12 +74,11 @@ std::string UsageText(const CLI::App& program, const CLI::ParseError& error) {
       left.front().substr(0, left.front().starts_with('-') ? left.front().find('=') : left.front().npos);
   const std::string name = CommandName(program);
   if (word.size() > 1 && word.starts_with('-'))
-    return "\"" + word + "\" is no option of " + name + "; the nearest is \"" +
-           Nearest(word, OptionNames(command)) + "\"";
+    return "\"" + word + "\" is no option of " + name + NearestText(word, OptionNames(command));
   std::vector<std::string> commands;
   for (const CLI::App* inner : command.get_subcommands({})) commands.push_back(inner->get_name());
   if (commands.empty()) return "\"" + word + "\" is one word too many for " + name;
-  return "\"" + word + "\" is no command of " + name + "; the nearest is \"" + Nearest(word, commands) + "\"";
+  return "\"" + word + "\" is no command of " + name + NearestText(word, commands);
 }
 
 void DescribeDefaults(CLI::App& command) {

@@ -11,6 +11,7 @@
 #include "core/edit.h"
 #include "core/fields.h"
 #include "core/match.h"
+#include "core/nearest_word.h"
 #include "core/rules.h"
 #include "platform/text.h"
 
@@ -103,16 +104,37 @@ const Field<Record>* SettableField(const std::string& key) {
   return nullptr;
 }
 
-std::string WrongText(const std::string& key, const std::string& value) {
-  return "\"" + value + "\" is no value for " + key;
+// `words`: those that the field takes besides numbers.
+std::string WrongText(const std::string& key, const std::string& value,
+                      const std::vector<std::string>& words = {}) {
+  return "\"" + value + "\" is no value for " + key + NearestText(value, words);
+}
+
+// What can be set in records of a kind besides their number fields.
+template <class Record>
+std::vector<std::string> TextKeys() {
+  if constexpr (std::is_same_v<Record, LnbRecord>) return {};
+  if constexpr (std::is_same_v<Record, UserBoxInfo>) return {"name", "kept_byte8_23", "lock_code"};
+  return {"name"};
 }
 
 template <class Record>
 std::string WrongFieldText(const std::string& key, const std::string& value) {
   const Field<Record>* field = SettableField<Record>(key);
-  if (!field) return "\"" + key + "\" is no field that can be set here";
+  if (!field) {
+    std::vector<std::string> keys = TextKeys<Record>();
+    for (const Field<Record>& known : FieldsOf<Record>()) {
+      if (!known.follows) keys.emplace_back(known.key);
+    }
+    return "\"" + key + "\" is no field that can be set here" + NearestText(key, keys);
+  }
   const auto number = NumberValueOf(*field, value);
-  return number && Fits(*field, number->first) ? "" : WrongText(key, value);
+  if (number && Fits(*field, number->first)) return "";
+  std::vector<std::string> words;
+  for (const char* word : field->words) {
+    if (word && !number) words.emplace_back(word);
+  }
+  return WrongText(key, value, words);
 }
 
 std::string WrongNameText(const std::string& value, size_t longest) {

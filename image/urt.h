@@ -40,6 +40,8 @@
 
 namespace vexa {
 
+inline constexpr size_t kLongestImageName = 49;  // bytes, as a region's
+
 inline constexpr uint64_t kMaximumImageSize = uint64_t{128} << 20;
 inline constexpr uint32_t kMaximumUrtPacket = 4086;  // its header's length field has 12 bits
 inline constexpr uint32_t kImageHeaderSize = 64;

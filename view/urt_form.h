@@ -31,8 +31,7 @@ struct UrtField {
   enum : int { kNone, kImage, kUrt, kRegion, kName, kMajor, kMinor };
 };
 
-inline constexpr size_t kLongestImageName = 49;  // bytes, as a region's
-inline constexpr size_t kMostUrtRows = 255;      // of one go
+inline constexpr size_t kMostUrtRows = 255;  // of one go
 
 // With the configuration's versions and compression, and no row.
 UrtForm OpenUrtForm(const ProjectConfig& config);

@@ -8,9 +8,12 @@
 namespace vexa {
 namespace {
 
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
 
 struct ImageCommands : CliTest {
   // test.ecf: configuration 0 with its settings in the image, 1 with an E2P file, 2 without a region for the
@@ -173,6 +176,13 @@ TEST_F(ImageCommands, WrongUsage) {
     for (size_t i = 0; i < options.size(); ++i) line += i == place ? option : options[i];
     refuses(line);
   }
+  std::string line = urt;
+  for (size_t i = 0; i < options.size(); ++i) line += i == 3 ? "" : options[i];
+  EXPECT_THAT(Vexa(line + " --name " + std::string(50, 'n')).errors,
+              AllOf(StartsWith("error: --name: \"nnnn"), HasSubstr("\" is longer than 49 characters\n")));
+  EXPECT_THAT(Vexa(line + " --name " + std::string(49, 'n')).errors, StartsWith("error: Error No: -3"));
+  EXPECT_THAT(Vexa(line + " --name n --compress zlb:3").errors,
+              HasSubstr("is neither zlib:LEVEL nor bin2cod; the nearest is \"zlib:3\"\n"));
   for (const std::string method : {"zlib", "zlib:0", "zlib:10", "lzma", "''"})
     refuses(std::accumulate(options.begin(), options.end(), urt) + " --compress " + method);
   for (const char* line : {"adb", "adb build x -o y --sdb 0", "urt show",
@@ -204,6 +214,24 @@ TEST_F(CliTest, EcfShowWithoutAFileIsOfTheShippedOneAndGivesItsSourceBack) {
   EXPECT_THAT(none.errors, HasSubstr("\"Nobody\" names no configuration; there are: 1A/"));
   Put("m", "MZ");
   EXPECT_EQ(Vexa("ecf show @m --toml").status, 1);
+  // What is damaged, and what no description states: file and place.
+  Bytes file = Get("s.ecf");
+  PutFile(At("cut.ecf"), std::span(file).first(300));
+  const ProgramResult cut = Vexa("ecf show @cut.ecf --toml");
+  EXPECT_EQ(cut.status, 1);
+  EXPECT_EQ(cut.errors, "error: Invalid Configuration file.\ninfo: " + In("cut.ecf") + ": at byte 244\n");
+  file[5] = 1;
+  file[80 + 129] = 16;
+  PutFile(At("odd.ecf"), file);
+  const ProgramResult odd = Vexa("ecf show @odd.ecf --toml");
+  EXPECT_EQ(odd.status, 0);
+  EXPECT_THAT(odd.errors, AllOf(StartsWith("warning: " + In("odd.ecf") +
+                                           ": No description states what this file holds at byte 5.\n"
+                                           "warning: " +
+                                           In("odd.ecf") + "("),
+                                HasSubstr(".version[1]: \"version\" must be a number from 0 to 15.\n"),
+                                Not(HasSubstr("error:"))));
+  EXPECT_THAT(odd.output, HasSubstr("version = [1, 16]\n"));
   EXPECT_EQ(Vexa("ecf show --toml --json").status, 2);
   EXPECT_EQ(Vexa("ecf show --toml --select 0/0/0").status, 2);
 }

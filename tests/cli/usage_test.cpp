@@ -108,6 +108,35 @@ TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
       {"export @base.bin -o @x --format jsno",
        "error: --format: \"jsno\" is no value of it; the nearest is \"json\"\n"},
       {"export @base.bin", "error: --output is required\n"},
+      {"export @base.bin -o @x --code-page windows-1225",
+       "error: --code-page: \"windows-1225\" is no code page: "},
+      {"sort @base.bin -o @x --satellites name,Angel",
+       "error: --satellites: \"Angel\" is no key of this list; the nearest is \"angle\"\n"},
+      {"sort @base.bin -o @x --carriers freq",
+       "error: --carriers: \"freq\" is no key of this list; the nearest is \"frequency\"\n"},
+      {"set @base.bin -o @x 'satelite 1 carrier 2' fec=1",
+       "error: \"satelite 1 carrier 2\": \"satelite\" names no records; the nearest is \"satellite\"\n"},
+      {"set @base.bin -o @x 'satellite 1 carier 2' fec=1",
+       "error: \"satellite 1 carier 2\": \"carier\" names no records; the nearest is \"carrier\"\n"},
+      {"set @base.bin -o @x 'satellite 1 service 2' free=1",
+       "error: \"satellite 1 service 2\": is no path: lnb"},
+      {"set @base.bin -o @x 'satellite 1' anlge=3",
+       "error: \"anlge=3\": \"anlge\" is no field that can be set here; the nearest is \"angle\"\n"},
+      {"set @base.bin -o @x 'ubi 1' lockcode=3",
+       "error: \"lockcode=3\": \"lockcode\" is no field that can be set here; the nearest is "
+       "\"lock_code\"\n"},
+      {"set @base.bin -o @x 'satellite 1' nam=3",
+       "error: \"nam=3\": \"nam\" is no field that can be set here; the nearest is \"name\"\n"},
+      {"set @base.bin -o @x 'lnb 1' type=univresal",
+       "error: \"type=univresal\": \"univresal\" is no value for type; the nearest is \"Universal\"\n"},
+      {"set @base.bin -o @x 'lnb 1' type=9", "error: \"type=9\": \"9\" is no value for type\n"},
+      {"save @base.bin -o @x --initials abcd",
+       "error: --initials: \"abcd\" has more than three characters\n"},
+      {"upload urt @x --port ''", "error: --port: \"\" names no port\n"},
+      {"loader --link ''", "error: --link: \"\" names no line\n"},
+      {"loader --link @x --seed 18446744073709551616",
+       "error: --seed: \"18446744073709551616\" is no number from 0 to 18446744073709551615\n"},
+      {"loader --link @x --seed -1", "error: --seed: \"-1\" is no number from 0 to "},
   };
   for (const auto& [line, text] : rows) {
     const ProgramResult result = Vexa(line);
@@ -115,6 +144,14 @@ TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(result.errors, testing::StartsWith(text)) << line;
   }
+  EXPECT_THAT(Vexa("save --help").output,
+              testing::ContainsRegex("--compress-sdb[^-]*user box records[ \n]+\\(default: as read\\)"));
+}
+
+// The largest seed is one.
+TEST_F(Usage, SeedsHave64Bits) {
+  for (const char* seed : {"18446744073709551615", "0xFFFFFFFFFFFFFFFF", "0"})
+    EXPECT_EQ(Vexa(std::string("loader --link @base.bin --seed ") + seed).status, 1) << seed;
 }
 
 TEST_F(Usage, SoftwareVersionsHaveEightAndFourBits) {
