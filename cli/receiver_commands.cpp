@@ -104,7 +104,9 @@ bool ServeEach(LineJob& job, const UploadOptions& options, const AdbSource& sour
     state.last_detail.clear();
     const bool done = ServeOne(job, options, source, line);
     all = PrintDocument(job, EndOf(done), true) && done && all;
-    state.output_made = false;  // until all of them are through
+    // Of the whole command, which goes on.
+    state.output_made = false;
+    if (!InterruptWatch::IsInterrupted()) state.interruption.clear();
   }
   return all && !InterruptWatch::IsInterrupted();
 }

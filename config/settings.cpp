@@ -67,6 +67,7 @@ constexpr SettingRow kSettings[] = {
     {kConsoleKey, "TimeStamps", "0"},
     {kConsoleKey, "ConnectAgain", "0"},
     {kConsoleKey, "LineEnding", "0"},
+    {kTransferKey, "VerifyUploads", "0"},
 };
 
 constexpr size_t CountOf(std::string_view subkey) {
@@ -525,6 +526,18 @@ void SaveConsoleSettings(const SettingsStore& store, const ConsoleSettings& cons
   const int numbers[] = {console.hexadecimal_view, console.time_stamps, console.reconnect,
                          console.line_ending};
   for (size_t i = 0; i < std::size(numbers); ++i) store.write(key, rows[i]->name, std::to_string(numbers[i]));
+}
+
+bool LoadVerifyUploads(const SettingsStore& store) {
+  const std::string key = SettingsKey(kTransferKey);
+  if (store.open(key) != KeyState::kExisted) return false;
+  return store.read(key, RowsOf(kTransferKey)[0]->name) == "1";
+}
+
+void SaveVerifyUploads(const SettingsStore& store, bool verify) {
+  const std::string key = SettingsKey(kTransferKey);
+  store.open(key);
+  store.write(key, RowsOf(kTransferKey)[0]->name, verify ? "1" : "0");
 }
 
 }  // namespace vexa

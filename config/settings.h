@@ -38,6 +38,7 @@ inline constexpr const char* kRecentlyKey = "Recently";
 inline constexpr const char* kDefaultsKey = "Defaults";
 inline constexpr const char* kWindowKey = "Window";
 inline constexpr const char* kConsoleKey = "Console";
+inline constexpr const char* kTransferKey = "Transfer";
 
 inline constexpr std::array kPortNames = {"COM1", "COM2", "COM3", "COM4"};
 
@@ -153,5 +154,9 @@ struct ConsoleSettings {
 // A line ending beyond its list counts as not readable.
 ConsoleSettings LoadConsoleSettings(const SettingsStore& store);
 void SaveConsoleSettings(const SettingsStore& store, const ConsoleSettings& console);
+
+// Whether an upload of ADB data is read back and compared.
+bool LoadVerifyUploads(const SettingsStore& store);
+void SaveVerifyUploads(const SettingsStore& store, bool verify);
 
 }  // namespace vexa

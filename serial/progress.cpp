@@ -1,6 +1,7 @@
 #include "serial/progress.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "core/messages.h"
 
@@ -8,9 +9,7 @@ namespace vexa {
 
 namespace {
 
-constexpr double kWindow = 5;           // s over which the rate is taken
-constexpr double kSampleSpacing = 0.1;  // s
-constexpr size_t kShortestBar = 7;      // with its brackets
+constexpr size_t kShortestBar = 7;  // with its brackets
 
 unsigned long long Wide(uint64_t number) {
   return number;
@@ -41,25 +40,20 @@ const char* PhaseName(TransferPhase phase) {
 
 void BeginPhase(ProgressMeter& meter, TransferPhase phase, uint64_t total, double seconds) {
   meter.now = {phase, 0, total, 0, std::nullopt, meter.now.repeated};
-  meter.samples.assign(1, {seconds, 0});
+  meter.speed = {};
+  meter.speed.Sample(seconds, 0, 0, total);
 }
 
 void Measure(ProgressMeter& meter, uint64_t done, uint64_t repeated, double seconds) {
   TransferProgress& now = meter.now;
   now.done = std::min(done, now.total);
   now.repeated = repeated;
-  auto& samples = meter.samples;
-  if (samples.empty() || seconds - samples.back().first >= kSampleSpacing)
-    samples.emplace_back(seconds, now.done);
-  while (samples.size() > 1 && samples[1].first <= seconds - kWindow) samples.pop_front();
-  const double time = seconds - samples.front().first;
-  const uint64_t bytes = now.done - std::min(now.done, samples.front().second);
-  now.rate = time >= kSampleSpacing ? static_cast<uint64_t>(static_cast<double>(bytes) / time) : 0;
+  meter.speed.Sample(seconds, now.done, now.done, now.total);
+  now.rate = static_cast<uint64_t>(meter.speed.BytesPerSecond());
   now.seconds_left.reset();
-  if (now.total == 0) return;
-  const uint64_t left = now.total - now.done;
-  if (left == 0) now.seconds_left = 0;
-  if (left > 0 && now.rate > 0) now.seconds_left = (left + now.rate - 1) / now.rate;
+  const double left = meter.speed.SecondsLeft();
+  if (left >= 0) now.seconds_left = static_cast<uint64_t>(std::ceil(left));
+  if (now.done == now.total && now.total > 0) now.seconds_left = 0;
 }
 
 std::string PlainProgress(const TransferProgress& progress) {

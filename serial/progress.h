@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <string>
-#include <utility>
+
+#include "serial/relay.h"
 
 namespace vexa {
 
@@ -26,7 +26,7 @@ struct TransferProgress {
 // Measures a phase. Times are seconds of one clock that never goes back.
 struct ProgressMeter {
   TransferProgress now;
-  std::deque<std::pair<double, uint64_t>> samples;  // time and bytes done
+  TransferMeter speed;
 };
 void BeginPhase(ProgressMeter& meter, TransferPhase phase, uint64_t total, double seconds);
 void Measure(ProgressMeter& meter, uint64_t done, uint64_t repeated, double seconds);

@@ -24,7 +24,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 // One transfer of a run. It stays when a thread hangs in the driver.
-struct Attempt {
+struct OneTransfer {
   TransferSession session;
   TransferPhase phase = TransferPhase::kUpload;
   uint64_t total = 0;
@@ -46,7 +46,7 @@ void ShowOnce(ShownTexts& shown, const std::string& text) {
   Show(shown.show, text);
 }
 
-void Connect(ReceiverRun& run, Attempt& attempt, TransferJob job) {
+void Connect(ReceiverRun& run, OneTransfer& attempt, TransferJob job) {
   TransferSession& session = attempt.session;
   Transfer& transfer = session.transfer;
   transfer.context = run.face.context;
@@ -69,7 +69,7 @@ void Connect(ReceiverRun& run, Attempt& attempt, TransferJob job) {
   };
 }
 
-void Follow(ReceiverRun& run, const Attempt& attempt, const RunResult& before) {
+void Follow(ReceiverRun& run, const OneTransfer& attempt, const RunResult& before) {
   const Transfer& transfer = attempt.session.transfer;
   RunResult& result = run.result;
   result.packets = before.packets + transfer.packets_moved;
@@ -85,7 +85,7 @@ void Follow(ReceiverRun& run, const Attempt& attempt, const RunResult& before) {
 
 // Until the job presses Cancel or is through, the user cancels, or nothing moves. True: the job ended by
 // itself.
-bool AwaitJob(ReceiverRun& run, Attempt& attempt, const RunResult& before) {
+bool AwaitJob(ReceiverRun& run, OneTransfer& attempt, const RunResult& before) {
   TransferSession& session = attempt.session;
   Transfer& transfer = session.transfer;
   const Messages& messages = run.face.context.messages;
@@ -121,8 +121,8 @@ bool AwaitJob(ReceiverRun& run, Attempt& attempt, const RunResult& before) {
 }
 
 // The whole transfer. False: failed or cancelled. What a download's `decode` said is the caller's to look at.
-bool RunAttempt(ReceiverRun& run, std::unique_ptr<Attempt>& owned, TransferJob job) {
-  Attempt& attempt = *owned;
+bool RunAttempt(ReceiverRun& run, std::unique_ptr<OneTransfer>& owned, TransferJob job) {
+  OneTransfer& attempt = *owned;
   const RunResult before = run.result;
   if (IsCancelled(run)) return false;
   attempt.total = BytesToMove(attempt.session.transfer, job);
@@ -156,8 +156,8 @@ bool RunAttempt(ReceiverRun& run, std::unique_ptr<Attempt>& owned, TransferJob j
   return done;
 }
 
-std::unique_ptr<Attempt> MakeAttempt(ReceiverRun& run, TransferPhase phase, TransferJob job) {
-  auto attempt = std::make_unique<Attempt>();
+std::unique_ptr<OneTransfer> MakeAttempt(ReceiverRun& run, TransferPhase phase, TransferJob job) {
+  auto attempt = std::make_unique<OneTransfer>();
   attempt->phase = phase;
   if (!run.shown) {
     run.shown = std::make_shared<ShownTexts>();
@@ -176,22 +176,6 @@ bool Ended(ReceiverRun& run, bool done) {
     Tell(run.face.context.messages, Icon::kInformation, "%s", ReceiverStateSentence(run).c_str());
   }
   return done;
-}
-
-// Whether the regions in the temporary folder hold the images.
-bool IsHeld(ReceiverRun& run, const StaticDatabase& database, const AdbImages& images) {
-  const Path& folder = run.face.context.temporary_folder;
-  const auto adb = ReadWholeFile(folder / kAdbImageFile);
-  const auto e2p = images.e2p.empty() ? std::optional(Bytes{}) : ReadWholeFile(folder / kE2pImageFile);
-  const auto found =
-      CompareImages(run.config, database, images, adb.value_or(Bytes{}), e2p.value_or(Bytes{}));
-  run.differs = found.has_value();
-  if (!found) return true;
-  TellWhy(run.face.context.messages, Icon::kStop,
-          Format("%llu bytes differ, the first at 0x%08X (%s)", static_cast<unsigned long long>(found->bytes),
-                 unsigned{found->address}, found->record.c_str()),
-          "Verification - failed");
-  return false;
 }
 
 }  // namespace
@@ -222,12 +206,29 @@ bool RunFetch(ReceiverRun& run, TransferPhase phase, const std::function<bool()>
   return Ended(run, RunAttempt(run, attempt, TransferJob::kDownload) && *decoded);
 }
 
+bool IsHeld(const Context& context, const ProjectConfig& config, const StaticDatabase& database,
+            const AdbImages& images) {
+  const Path& folder = context.temporary_folder;
+  const auto adb = ReadWholeFile(folder / kAdbImageFile);
+  const auto e2p = images.e2p.empty() ? std::optional(Bytes{}) : ReadWholeFile(folder / kE2pImageFile);
+  const auto found = CompareImages(config, database, images, adb.value_or(Bytes{}), e2p.value_or(Bytes{}));
+  if (!found) return true;
+  TellWhy(context.messages, Icon::kStop,
+          Format("%llu bytes differ, the first at 0x%08X (%s)", static_cast<unsigned long long>(found->bytes),
+                 unsigned{found->address}, found->record.c_str()),
+          "Verification - failed");
+  return false;
+}
+
 bool RunVerify(ReceiverRun& run, const Document& document, size_t sdb, const AdbImages& images) {
   run.result.verified = false;
-  Show(run.face.status, "Verifying");
+  Show(run.face.status, kVerifying);
   const StaticDatabase& database = *document.sdbs[sdb].database;
-  const bool held = RunFetch(run, TransferPhase::kVerify, [&] { return IsHeld(run, database, images); });
-  if (held) Show(run.face.status, "Verification - Success");
+  const bool held = RunFetch(run, TransferPhase::kVerify, [&] {
+    run.differs = !IsHeld(run.face.context, run.config, database, images);
+    return !run.differs;
+  });
+  if (held) Show(run.face.status, kVerified);
   run.result.verified = held;
   return held;
 }

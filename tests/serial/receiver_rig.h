@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <random>
 #include <string>
@@ -23,7 +24,9 @@ class ReceiverRig {
   explicit ReceiverRig(const LoaderFaults& faults = {}) : ReceiverRig(faults, LoaderMemory()) {}
   ReceiverRig(const LoaderFaults& faults, LoaderMemory memory)
       : receiver_(MakeReceiver(faults, std::move(memory))), random_(static_cast<unsigned>(faults.seed)) {
-    comm.on_write = [this](std::span<const uint8_t> bytes) {
+    comm.on_write = [this](std::span<const uint8_t> written) {
+      Bytes bytes(written.begin(), written.end());
+      if (on_sent) on_sent(bytes);
       std::unique_lock hold(lock_);
       taken_.wait(hold, [&] { return queue_.size() < 16384; });  // a flood waits, as a driver makes it
       queue_.insert(queue_.end(), bytes.begin(), bytes.end());
@@ -36,6 +39,12 @@ class ReceiverRig {
     thread_.join();
   }
   FakeComm comm;
+  // What the line makes of a write to the receiver, and of each of its answers; to be set before the first.
+  std::function<void(Bytes&bytes)> on_sent, on_answer;
+  void FeedLate(const Bytes& answer, int milliseconds) {
+    late_.push_back({std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds), answer});
+  }
+  std::atomic<bool> swap_receiver{false};  // another, empty one takes its place
   std::atomic<unsigned> swaps_per_thousand{
       0};  // frames with two bytes of their data exchanged: the sum stays right
   LoaderMemory Memory() {
@@ -58,14 +67,23 @@ class ReceiverRig {
         const auto time = std::chrono::steady_clock::now() - start;
         const auto now = 1000000 + static_cast<uint64_t>(
                                        std::chrono::duration_cast<std::chrono::milliseconds>(time).count());
+        if (swap_receiver.exchange(false)) {
+          receiver_ = MakeReceiver({}, {});
+          queue_.clear();
+        }
         const Bytes bytes(queue_.begin(), queue_.end());
         queue_.clear();
         FeedReceiver(receiver_, now, bytes);
         AdvanceReceiver(receiver_, now);
         Bytes answer;
         while (TakeAnswer(receiver_, now, answer)) {
+          if (on_answer) on_answer(answer);
           if (answer.size() > 40 && random_() % 1000 < swaps_per_thousand) Swap(answer);
           FeedPieces(answer);
+        }
+        while (!late_.empty() && late_.front().first <= std::chrono::steady_clock::now()) {
+          FeedPieces(late_.front().second);
+          late_.pop_front();
         }
       }
       taken_.notify_all();
@@ -85,6 +103,7 @@ class ReceiverRig {
   std::mutex lock_;
   std::condition_variable taken_, arrived_;
   std::deque<uint8_t> queue_;
+  std::deque<std::pair<std::chrono::steady_clock::time_point, Bytes>> late_;
   std::vector<std::string> notes_;
   Receiver receiver_;
   std::mt19937 random_;
