@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <span>
+
 #include "config/ecf.h"
 #include "tests/support/data_folder.h"
 #include "tests/support/ecf_maker.h"
@@ -79,18 +81,25 @@ extra = "00 00 00 00 00 00 00 01"
             "ais");
 }
 
-TEST_F(CompileTest, EveryFaultHasItsPlace) {
-  struct Fault {
-    const char *text, *message;  // several lines: several faults
-  };
-  const auto expect_faults = [&](const std::string& text, const std::string& messages) {
-    EXPECT_FALSE(Compile(text)) << text;
-    std::string told;
-    for (const std::string& each : recorder.Texts())
-      told += (told.empty() ? "" : "\n") + each.substr(each.find("s.toml") + 6);
-    EXPECT_EQ(told, messages) << text;
-  };
-  const Fault of_the_file[] = {
+struct Fault {
+  const char *text, *message;  // several lines: several faults
+};
+
+struct CompileFaults : CompileTest {
+  // Each text behind `start` has just these faults.
+  void Expect(const std::string& start, std::span<const Fault> faults) {
+    for (const Fault& fault : faults) {
+      EXPECT_FALSE(Compile(start + fault.text)) << fault.text;
+      std::string told;
+      for (const std::string& each : recorder.Texts())
+        told += (told.empty() ? "" : "\n") + each.substr(each.find("s.toml") + 6);
+      EXPECT_EQ(told, fault.message) << fault.text;
+    }
+  }
+};
+
+TEST_F(CompileFaults, OfAFile) {
+  const Fault faults[] = {
       {"", "(1,1): manufacturer: \"manufacturer\" is missing in the file."},
       {"colour = 1\nmanufacturer = 1",
        "(1,1): colour: Unknown key \"colour\".\n(2,16): manufacturer: \"manufacturer\" must be a list."},
@@ -108,8 +117,17 @@ TEST_F(CompileTest, EveryFaultHasItsPlace) {
       {"[[manufacturer]]\nid = 7\nproducts = [1]",
        "(3,13): manufacturer[0].products[0]: \"products\" must be a list of names."},
   };
-  for (const Fault& row : of_the_file) expect_faults(row.text, row.message);
-  const Fault of_a_product[] = {
+  Expect("", faults);
+  Compile("x = \ny = 1");
+  const Texts texts = recorder.Texts();
+  ASSERT_EQ(texts.size(), 1u);
+  EXPECT_NE(texts[0].find("s.toml(1,"), std::string::npos) << texts[0];
+  EXPECT_FALSE(CompileEcf(recorder.context, source / "none"));
+  EXPECT_EQ(recorder.Texts().size(), 1u);
+}
+
+TEST_F(CompileFaults, OfAProduct) {
+  const Fault faults[] = {
       {"parent = \"q\"", "(5,10): product.p.parent: There is no product \"q\"."},
       {"parent = \"p\"", "(5,10): product.p.parent: The product \"p\" is its own parent."},
       {"parent = \"q\"\n[product.q]\nparent = \"p\"",
@@ -127,9 +145,11 @@ TEST_F(CompileTest, EveryFaultHasItsPlace) {
       {"name = \"P\"\nconfigurations = [\"c\"]",
        "(6,19): product.p.configurations[0]: There is no configuration \"c\"."},
   };
-  for (const Fault& row : of_a_product)
-    expect_faults(std::string(kMaker) + "[product.p]\n" + row.text, row.message);
-  const Fault of_a_configuration[] = {
+  Expect(std::string(kMaker) + "[product.p]\n", faults);
+}
+
+TEST_F(CompileFaults, OfAConfiguration) {
+  const Fault faults[] = {
       {"version = [1]", "(9,11): configuration.c.version: \"version\" must be a list of two numbers."},
       {"version = [256, 16]",
        "(9,12): configuration.c.version[0]: \"version\" must be a number from 0 to 255.\n"
@@ -167,78 +187,42 @@ TEST_F(CompileTest, EveryFaultHasItsPlace) {
        "(10,8): configuration.unused.name: \"name\" must be a text.\n"
        "(11,1): configuration.unused.versoin: Unknown key \"versoin\"."},
   };
-  const std::string configuration = std::string(kMaker) + kProduct + kConfiguration;  // 8 lines
-  for (const Fault& row : of_a_configuration) expect_faults(configuration + row.text, row.message);
-  Compile("x = \ny = 1");
-  const Texts texts = recorder.Texts();
-  ASSERT_EQ(texts.size(), 1u);
-  EXPECT_NE(texts[0].find("s.toml(1,"), std::string::npos) << texts[0];
-  EXPECT_FALSE(CompileEcf(recorder.context, source / "none"));
-  EXPECT_EQ(recorder.Texts().size(), 1u);
+  Expect(std::string(kMaker) + kProduct + kConfiguration, faults);  // which have 8 lines
 }
 
-// The library works through the parts of a key, and through what stands in what, by recursion.
-TEST_F(CompileTest, EndlessKeysAreRefusedBeforeTheyAreParsed) {
-  const std::string sixteen = "a.b.c.d.e.f.g.h . i.j.'k.k'.l.\"m.\\\".m\".n.o.p";
-  std::string endless;
-  for (int i = 0; i < 300000; ++i) endless += "a.";
-  const std::pair<std::string, const char*> rows[] = {
-      {"\n\xC3\xA4" + sixteen + ".q = 1", "(2,46)"},
-      {"#" + endless + "\n\n" + sixteen + " . q = 1", "(3,46)"},
-      {"x = {" + endless + "a = 1}", "(1,37)"},
-      {"[" + endless + "a]", "(1,33)"}};
-  for (const auto& [text, place] : rows) {
-    EXPECT_FALSE(Compile(text));
-    EXPECT_EQ(recorder.Texts(), Texts{Utf8FromPath(source) + place + ": A key has at most 16 parts."});
-  }
-  EXPECT_FALSE(Compile("x = " + std::string(300000, '[')));
-  EXPECT_EQ(recorder.Texts().size(), 1u);
-  // Points that part no key.
-  const std::string quotes = "\"\"\"", primes = "\'\'\'";
-  EXPECT_FALSE(Compile("x = [" + quotes + "\n" + endless + "\\\"" + quotes + ", " + primes + "\n" + endless +
-                       primes + ", '" + endless + "', 1.5] # " + endless + "\n" + sixteen + " = 1\n" +
-                       sixteen.substr(2) + " = 1"));
-  const Texts texts = recorder.Texts();
-  ASSERT_EQ(texts.size(), 4u) << texts[0];
-  for (const char* key : {"a", "b", "x"}) {
-    EXPECT_TRUE(std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
-      return text.ends_with(Format("): %s: Unknown key \"%s\".", key, key));
-    })) << key;
-  }
-}
+// The sizes in an EEPROM, place 1, and those in a journal, all other places.
+constexpr struct {
+  int type, eeprom, journal;
+} kTables[] = {{3, 2508, 2508},   {4, 220000, 220000}, {5, 9998, 9998},
+               {6, 56352, 56352}, {0, 96, 3368},       {2, 64, 2248}};
 
-TEST_F(CompileTest, PartitionsHoldTheirTables) {
-  // The sizes in an EEPROM, place 1, and those in a journal, all other places.
-  const struct {
-    int type, eeprom, journal;
-  } rows[] = {{3, 2508, 2508},   {4, 220000, 220000}, {5, 9998, 9998},
-              {6, 56352, 56352}, {0, 96, 3368},       {2, 64, 2248}};
+struct CompilePartitions : CompileTest {
   // With one partition of each type, the first of this length; `region` bytes for all of them.
-  const auto compiles = [&](int type, int length, const char* places, int region = 300000) {
+  bool Compiles(int type, int length, const char* places, int region = 300000) {
     const std::string configurations = Format("[product.p]\nname = \"P\"\nconfigurations = [%s]\n", places);
     std::string partitions = Format("{type=%d,start=0,length=%d}", type, length);
-    int start = length;
-    for (const auto& row : rows) {
-      if (row.type == type) continue;
-      partitions += Format(",{type=%d,start=%d,length=%d}", row.type, start, row.journal);
-      start += row.journal;
+    for (const auto& row : kTables) {
+      if (row.type != type) partitions += Format(",{type=%d,start=0,length=%d}", row.type, row.journal);
     }
     return Compile(kMaker + configurations + kConfiguration +
                    Format("regions = [{name=\"123456789012345\",type=3,start=0,end=%d}]\n", region) +
                    "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\npartitions = [" +
                    partitions + "]\n[configuration.d]\nname = \"D\"\n")
         .has_value();
-  };
-  for (const auto& row : rows) {
+  }
+};
+
+TEST_F(CompilePartitions, HoldTheirTables) {
+  for (const auto& row : kTables) {
     SCOPED_TRACE(row.type);
     for (const char* places : {"\"d\"", "\"d\", \"c\""}) {  // unused, and in the EEPROM's place
-      EXPECT_TRUE(compiles(row.type, row.eeprom, places));
-      EXPECT_FALSE(compiles(row.type, row.eeprom - 1, places));
+      EXPECT_TRUE(Compiles(row.type, row.eeprom, places));
+      EXPECT_FALSE(Compiles(row.type, row.eeprom - 1, places));
     }
     for (const char* places : {"\"c\"", "\"d\", \"d\", \"c\"", "\"d\", \"c\", \"c\""}) {
-      EXPECT_TRUE(compiles(row.type, row.journal, places));
+      EXPECT_TRUE(Compiles(row.type, row.journal, places));
       recorder.Texts();
-      EXPECT_FALSE(compiles(row.type, row.journal - 1, places));
+      EXPECT_FALSE(Compiles(row.type, row.journal - 1, places));
       const std::string text = recorder.Texts().at(0);
       EXPECT_NE(text.find(Format(
                     "(11,%d): configuration.c.partitions[0].length: A partition of type %d has at least "
@@ -249,17 +233,23 @@ TEST_F(CompileTest, PartitionsHoldTheirTables) {
     }
     recorder.Texts();
   }
-  // The region: of a journal all tables, of an EEPROM's place the four before it.
+}
+
+TEST_F(CompilePartitions, FitTheirRegion) {
+  // Of a journal all tables, of an EEPROM's place the four before it.
   const int four = 2508 + 220000 + 9998 + 56352, all = four + 3368 + 2248;
   for (const auto& [places, needed] : {std::pair("\"c\"", all), std::pair("\"d\", \"c\"", four)}) {
-    EXPECT_TRUE(compiles(3, 2508, places, needed));
-    EXPECT_FALSE(compiles(3, 2508, places, needed - 1));
+    EXPECT_TRUE(Compiles(3, 2508, places, needed));
+    EXPECT_FALSE(Compiles(3, 2508, places, needed - 1));
     EXPECT_NE(
         recorder.Texts().at(0).find(Format("(11,14): configuration.c.partitions: The partitions take %d "
                                            "bytes, the region \"123456789012345\" has %d.",
                                            needed, needed - 1)),
         std::string::npos);
   }
+}
+
+TEST_F(CompilePartitions, AreThereOnceEach) {
   EXPECT_FALSE(Compile(std::string(kMaker) + kProduct + kConfiguration +
                        "regions = [{name=\"12345678901234\",type=3,start=0,end=300000}]\n"
                        "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n"

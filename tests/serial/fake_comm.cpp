@@ -173,15 +173,18 @@ WaitResult FakeComm::Wait(std::span<const SerialEventPtr> events, uint32_t milli
 }
 
 FakeComm::FakeComm() {
-  const auto simple = [this](const char* name) {
-    return [this, name](const SerialDevicePtr&) { return Answer(name); };
-  };
+  ServePortAndEvents();
+  ServeSettings();
+  ServeTransfers();
+}
+
+void FakeComm::ServePortAndEvents() {
   api.platform = [this] { return platform; };
   api.create_file = [this](const std::string&) -> Made<SerialDevicePtr> {
     if (!Step("create_file")) return error;
     return std::make_shared<Device>();
   };
-  api.close_file = simple("close_file");
+  api.close_file = [this](const SerialDevicePtr&) { return Answer("close_file"); };
   api.create_event = [this](bool manual, bool signalled) -> Made<SerialEventPtr> {
     if (!Step("create_event")) return error;  // by order: exit, read, status, then one a write
     const auto event = std::make_shared<Event>();
@@ -199,6 +202,9 @@ FakeComm::FakeComm() {
     static_cast<Event&>(*event).signalled = false;
   };
   api.wait = [this](std::span<const SerialEventPtr> events, uint32_t time) { return Wait(events, time); };
+}
+
+void FakeComm::ServeSettings() {
   api.get_timeouts = [this](const SerialDevicePtr&, CommTimeouts&) { return Answer("get_timeouts"); };
   api.set_timeouts = [this](const SerialDevicePtr&, const CommTimeouts&) { return Answer("set_timeouts"); };
   api.set_state = [this](const SerialDevicePtr&, const PortDcb& dcb) -> Outcome {
@@ -208,7 +214,7 @@ FakeComm::FakeComm() {
     return true;
   };
   api.setup_queues = [this](const SerialDevicePtr&, uint32_t, uint32_t) { return Answer("setup_queues"); };
-  api.raise_dtr = simple("raise_dtr");
+  api.raise_dtr = [this](const SerialDevicePtr&) { return Answer("raise_dtr"); };
   api.set_mask = [this](const SerialDevicePtr&, uint32_t) { return Answer("set_mask"); };
   api.purge = [this](const SerialDevicePtr&, uint32_t what) {
     const bool works = Step("purge");
@@ -218,6 +224,9 @@ FakeComm::FakeComm() {
   };
   api.clear_error = [this](const SerialDevicePtr&, CommStatus&) { return Answer("clear_error"); };
   api.modem_status = [this](const SerialDevicePtr&, uint32_t&) { return Answer("modem_status"); };
+}
+
+void FakeComm::ServeTransfers() {
   api.read = [this](const SerialDevicePtr&, std::span<uint8_t> buffer, size_t& count,
                     Overlapped& overlapped) { return Read(buffer, count, overlapped); };
   api.write = [this](const SerialDevicePtr&, std::span<const uint8_t> bytes, size_t& count,

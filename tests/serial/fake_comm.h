@@ -50,6 +50,10 @@ class FakeComm {
   bool AwaitCount(const std::string& operation, int count);  // up to 5 s
 
  private:
+  // Fill in the members of `api`.
+  void ServePortAndEvents();
+  void ServeSettings();
+  void ServeTransfers();
   struct Event;
   bool Step(const std::string& operation);  // counts; false when it is to fail
   IoResult Read(std::span<uint8_t> buffer, size_t& count, Overlapped& overlapped);

@@ -110,50 +110,56 @@ Labels Below(Labels node, const std::string& label) {
   return node;
 }
 
-TEST_F(Forms, EveryControlOfARecordIsStored) {
+struct RecordForms : Forms {
+  void SetEveryControl() {
+    ASSERT_TRUE(driver_->SelectItem({"Box Infos"}));
+    driver_->Command(kCmdAdd);
+    Edit(kFirstLnb, {{IDC_LNB_FREQUENCY1, "5150"},
+                     {IDC_LNB_FREQUENCY2, "9000"},
+                     {IDC_LNB_TYPE, "1"},
+                     {IDC_LNB_POWER, "off"},
+                     {IDC_LNB_TONE, "1"},
+                     {IDC_LNB_SWITCH, "2"},
+                     {IDC_LNB_SELECTION, "3"},
+                     {IDC_LNB_MOTOR, "on"}});
+    Edit(Below(kCarrier, "[ 1 ] Cap"), {{IDC_RECORD_NAME, "Scrambled"},
+                                        {IDC_SERVICE_NUMBER, "77"},
+                                        {IDC_SERVICE_SCRAMBLED, "on"},
+                                        {IDC_SERVICE_VIDEO, "111"},
+                                        {IDC_SERVICE_AUDIO, "222"},
+                                        {IDC_SERVICE_PCR, "333"}});
+    Edit(Below(kCarrier, "[ 2 ] ant"), {{IDC_SERVICE_TYPE, "1"}, {IDC_SERVICE_AUDIO, "444"}});
+    Edit(kCarrier, {{IDC_RECORD_NAME, "Lower"},
+                    {IDC_CARRIER_FREQUENCY, "4100"},
+                    {IDC_CARRIER_SYMBOL_RATE, "22000"},
+                    {IDC_CARRIER_POLARIZATION, "2"},
+                    {IDC_CARRIER_FEC, "3"},
+                    {IDC_CARRIER_FACTORY, "on"}});
+    Edit({"SDB1", "Satellites", "[ 1 ] Zeta"}, {{IDC_RECORD_NAME, "Seta"},
+                                                {IDC_SATELLITE_LNB, "4"},
+                                                {IDC_SATELLITE_FLAG, "1"},
+                                                {IDC_SATELLITE_ANGLE, "23.5"},
+                                                {IDC_SATELLITE_POSITION, "17"},
+                                                {IDC_SATELLITE_FACTORY, "on"}});
+    Edit({"Box Infos", "UBI1"}, {{IDC_RECORD_NAME, "MyBox"},
+                                 {IDC_BOX_MENU_LANGUAGE, "1"},
+                                 {IDC_BOX_AUDIO_LANGUAGE, "2"},
+                                 {IDC_BOX_TIME_ZONE, "27"},
+                                 {IDC_BOX_SUMMER_TIME, "on"},
+                                 {IDC_BOX_RF_OUTPUT, "off"},
+                                 {IDC_BOX_STANDARD, "1"},
+                                 {IDC_BOX_SCREEN, "2"},
+                                 {IDC_BOX_LOCK, "on"},
+                                 {IDC_BOX_RF_CHANNEL, "33"},
+                                 {IDC_BOX_VOLUME, "44"},
+                                 {IDC_BOX_PROGRAMME, "555"},
+                                 {IDC_BOX_CODE, "9876"}});
+  }
+};
+
+TEST_F(RecordForms, EveryControlIsStored) {
   StartWithSample();
-  ASSERT_TRUE(driver_->SelectItem({"Box Infos"}));
-  driver_->Command(kCmdAdd);
-  Edit(kFirstLnb, {{IDC_LNB_FREQUENCY1, "5150"},
-                   {IDC_LNB_FREQUENCY2, "9000"},
-                   {IDC_LNB_TYPE, "1"},
-                   {IDC_LNB_POWER, "off"},
-                   {IDC_LNB_TONE, "1"},
-                   {IDC_LNB_SWITCH, "2"},
-                   {IDC_LNB_SELECTION, "3"},
-                   {IDC_LNB_MOTOR, "on"}});
-  Edit(Below(kCarrier, "[ 1 ] Cap"), {{IDC_RECORD_NAME, "Scrambled"},
-                                      {IDC_SERVICE_NUMBER, "77"},
-                                      {IDC_SERVICE_SCRAMBLED, "on"},
-                                      {IDC_SERVICE_VIDEO, "111"},
-                                      {IDC_SERVICE_AUDIO, "222"},
-                                      {IDC_SERVICE_PCR, "333"}});
-  Edit(Below(kCarrier, "[ 2 ] ant"), {{IDC_SERVICE_TYPE, "1"}, {IDC_SERVICE_AUDIO, "444"}});
-  Edit(kCarrier, {{IDC_RECORD_NAME, "Lower"},
-                  {IDC_CARRIER_FREQUENCY, "4100"},
-                  {IDC_CARRIER_SYMBOL_RATE, "22000"},
-                  {IDC_CARRIER_POLARIZATION, "2"},
-                  {IDC_CARRIER_FEC, "3"},
-                  {IDC_CARRIER_FACTORY, "on"}});
-  Edit({"SDB1", "Satellites", "[ 1 ] Zeta"}, {{IDC_RECORD_NAME, "Seta"},
-                                              {IDC_SATELLITE_LNB, "4"},
-                                              {IDC_SATELLITE_FLAG, "1"},
-                                              {IDC_SATELLITE_ANGLE, "23.5"},
-                                              {IDC_SATELLITE_POSITION, "17"},
-                                              {IDC_SATELLITE_FACTORY, "on"}});
-  Edit({"Box Infos", "UBI1"}, {{IDC_RECORD_NAME, "MyBox"},
-                               {IDC_BOX_MENU_LANGUAGE, "1"},
-                               {IDC_BOX_AUDIO_LANGUAGE, "2"},
-                               {IDC_BOX_TIME_ZONE, "27"},
-                               {IDC_BOX_SUMMER_TIME, "on"},
-                               {IDC_BOX_RF_OUTPUT, "off"},
-                               {IDC_BOX_STANDARD, "1"},
-                               {IDC_BOX_SCREEN, "2"},
-                               {IDC_BOX_LOCK, "on"},
-                               {IDC_BOX_RF_CHANNEL, "33"},
-                               {IDC_BOX_VOLUME, "44"},
-                               {IDC_BOX_PROGRAMME, "555"},
-                               {IDC_BOX_CODE, "9876"}});
+  ASSERT_NO_FATAL_FAILURE(SetEveryControl());
   const Document read = Save();
   const StaticDatabase& database = *read.sdbs.at(0).database;
   EXPECT_EQ(FieldsOf(database.lnbs[0]), (Fields{5150, 9000, 1, 0, 1, 2, 3, 1}));

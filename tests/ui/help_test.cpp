@@ -163,6 +163,32 @@ class Help : public EditorTest {
     return FindWindowExW(client, nullptr, kConsoleClass, nullptr);
   }
 
+  // The dialogs that act on rows of the list, and the findings.
+  void SeeDialogsOfRows() {
+    ASSERT_TRUE(driver_->SelectItem(kSatelliteLevel));
+    ChooseRows({1, 2});
+    ASSERT_NO_FATAL_FAILURE(See({kCmdMove, "Move Satellite Information", "move", IDD_MOVE}));
+    ASSERT_TRUE(driver_->SelectItem(kFirstCarrier));
+    ChooseRows({0});
+    ASSERT_NO_FATAL_FAILURE(See({kCmdEdit, "Service Information", "service", IDD_SERVICE}));
+    driver_->Command(kCmdMove);
+    HWND box = driver_->WaitForBox("Move Service Information");
+    See(box, "move-service", HelpPage(IDD_MOVE_SERVICE));
+    Push(box, IDC_MOVE_SERVICE_CHANGE);
+    HWND carriers = driver_->WaitForBox("Change Carriers");
+    See(carriers, "change-carriers", HelpPage(IDD_CHANGE_CARRIERS));
+    driver_->Press(carriers, IDCANCEL);
+    driver_->Press(box, IDCANCEL);
+
+    ASSERT_TRUE(driver_->SelectItem({"SDB1", "TV Groups", "Favourite1"}));
+    ChooseRows({0});
+    ASSERT_NO_FATAL_FAILURE(See({kCmdEdit, "Detailed Service Information", "details", IDD_DETAILED_SERVICE}));
+    driver_->Command(kCmdCheck);
+    box = driver_->WaitForBox("Check Database - " + Caption());
+    See(box, "findings", HelpPage(IDD_FINDINGS));
+    driver_->Press(box, IDCANCEL);
+  }
+
   Path home_;
 };
 
@@ -200,31 +226,9 @@ TEST_F(Help, EveryDialogOfTheDatabaseShowsItsPage) {
   };
   for (const Stop& stop : stops) ASSERT_NO_FATAL_FAILURE(See(stop));
 
-  // What acts on rows of the list.
-  ASSERT_TRUE(driver_->SelectItem(kSatelliteLevel));
-  ChooseRows({1, 2});
-  ASSERT_NO_FATAL_FAILURE(See({kCmdMove, "Move Satellite Information", "move", IDD_MOVE}));
-  ASSERT_TRUE(driver_->SelectItem(kFirstCarrier));
-  ChooseRows({0});
-  ASSERT_NO_FATAL_FAILURE(See({kCmdEdit, "Service Information", "service", IDD_SERVICE}));
-  driver_->Command(kCmdMove);
-  HWND box = driver_->WaitForBox("Move Service Information");
-  See(box, "move-service", HelpPage(IDD_MOVE_SERVICE));
-  Push(box, IDC_MOVE_SERVICE_CHANGE);
-  HWND carriers = driver_->WaitForBox("Change Carriers");
-  See(carriers, "change-carriers", HelpPage(IDD_CHANGE_CARRIERS));
-  driver_->Press(carriers, IDCANCEL);
-  driver_->Press(box, IDCANCEL);
-
-  ASSERT_TRUE(driver_->SelectItem({"SDB1", "TV Groups", "Favourite1"}));
-  ChooseRows({0});
-  ASSERT_NO_FATAL_FAILURE(See({kCmdEdit, "Detailed Service Information", "details", IDD_DETAILED_SERVICE}));
-  driver_->Command(kCmdCheck);
-  box = driver_->WaitForBox("Check Database - " + Caption());
-  See(box, "findings", HelpPage(IDD_FINDINGS));
-  driver_->Press(box, IDCANCEL);
+  ASSERT_NO_FATAL_FAILURE(SeeDialogsOfRows());
   driver_->Command(kCmdSdbInformation);
-  box = driver_->WaitForBox("Bin file information");
+  HWND box = driver_->WaitForBox("Bin file information");
   ASSERT_NE(box, nullptr);
   Picture(box, "bin-information");
   driver_->Press(box, IDOK);

@@ -239,6 +239,28 @@ TEST_F(Lists, FirstStepCountsAndEnablesNext) {
   EXPECT_EQ(editor.FindBox(), nullptr);
 }
 
+// The step of services with a step back between; it ends with "Complete".
+void WalkLastStep(EditorDriver& editor) {
+  HWND box = nullptr;
+  const auto control = [&](int id) { return GetDlgItem(box, id); };
+  const auto text = [&](int id) { return editor.Title(control(id)); };
+  ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
+  ExpectKeysOnce(editor, box);
+  ASSERT_EQ(editor.RowsOf(control(IDC_WIZARD_OWNERS)), 3);
+  EXPECT_EQ(editor.CellOf(control(IDC_WIZARD_OWNERS), 0, 0), "All carriers");
+  EXPECT_EQ(editor.RowsOf(control(IDC_WIZARD_ITEMS)), 4) << "the services of both carriers";
+  editor.Tick(control(IDC_WIZARD_ITEMS), 3);
+  EXPECT_THAT(text(IDC_WIZARD_INFORMATION), HasSubstr("TV   \tVideo PID - "));
+  EXPECT_EQ(text(IDC_WIZARD_SELECTED), "All carriers selected service(s) - 1/3");
+  editor.Push(box, IDC_WIZARD_BACK);
+  ASSERT_NE(box = editor.WaitForBox(kStep2), nullptr);
+  editor.Press(box, IDOK);
+  ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
+  EXPECT_TRUE(editor.IsTicked(control(IDC_WIZARD_ITEMS), 3));
+  EXPECT_EQ(text(IDC_WIZARD_TOTAL), "Total selected services - 1");
+  editor.Press(box, IDOK);
+}
+
 TEST_F(Lists, WizardWalkedWithBack) {
   EditorDriver editor(EditorProgram());
   ASSERT_TRUE(editor.WaitForFrame());
@@ -281,21 +303,7 @@ TEST_F(Lists, WizardWalkedWithBack) {
   EXPECT_EQ(text(IDC_WIZARD_TOTAL), "Total selected carriers - 2");
   editor.Press(box, IDOK);
 
-  ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
-  ExpectKeysOnce(editor, box);
-  ASSERT_EQ(editor.RowsOf(control(IDC_WIZARD_OWNERS)), 3);
-  EXPECT_EQ(editor.CellOf(control(IDC_WIZARD_OWNERS), 0, 0), "All carriers");
-  EXPECT_EQ(editor.RowsOf(control(IDC_WIZARD_ITEMS)), 4) << "the services of both carriers";
-  editor.Tick(control(IDC_WIZARD_ITEMS), 3);
-  EXPECT_THAT(text(IDC_WIZARD_INFORMATION), HasSubstr("TV   \tVideo PID - "));
-  EXPECT_EQ(text(IDC_WIZARD_SELECTED), "All carriers selected service(s) - 1/3");
-  editor.Push(box, IDC_WIZARD_BACK);
-  ASSERT_NE(box = editor.WaitForBox(kStep2), nullptr);
-  editor.Press(box, IDOK);
-  ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
-  EXPECT_TRUE(editor.IsTicked(control(IDC_WIZARD_ITEMS), 3));
-  EXPECT_EQ(text(IDC_WIZARD_TOTAL), "Total selected services - 1");
-  editor.Press(box, IDOK);
+  ASSERT_NO_FATAL_FAILURE(WalkLastStep(editor));
   ExpectOneWindow(editor);
   // A chosen carrier stays without a chosen service.
   EXPECT_THAT(Satellites(editor), ElementsAre("[ 1 ] Astra", "  [ 1 ] Carrier1_S1", "[ 2 ] Hotbird",
