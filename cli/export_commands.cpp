@@ -28,7 +28,8 @@ void RefuseEmpty(CommandState& state, const std::string& file) {
   throw CommandFailed{};
 }
 
-// A report is in the database's own bytes; a page in which they are to be read has no part in it.
+// The file to write. JSON, CSV and tables are UTF-8, made by the code page of the database's names; the text
+// report repeats the bytes of the names as they stand in the database, whatever their code page.
 std::string TextOf(const OpenSdb& sdb, const ExportOptions& options) {
   const CodePage& page = *FindCodePage(options.page);
   if (options.format == "json") return JsonOfSdb(sdb, page);

@@ -29,6 +29,7 @@ struct SelectionFound {
   std::vector<std::string>
       candidates;  // without a selection: the names of those that may be meant, or of all
 };
+// Looks `text` (UTF-8) up in the tree, as said above.
 SelectionFound FindSelection(const EcfTree& tree, const std::string& text);
 
 }  // namespace vexa

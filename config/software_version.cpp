@@ -17,14 +17,14 @@ bool ReadPart(const std::string& text, unsigned largest, uint8_t& part) {
 
 }  // namespace
 
-std::optional<Refusal> ReadSoftwareVersion(const std::string& major, const std::string& minor,
-                                           SoftwareVersion& version) {
+std::optional<SoftwareFault> ReadSoftwareVersion(const std::string& major, const std::string& minor,
+                                                 SoftwareVersion& version) {
   SoftwareVersion read;
   if (!ReadPart(major, kLargestSoftwareMajor, read.major)) {
-    return Refusal{"The major software version is a number from 0 to 255.", Icon::kStop, kSoftwareMajorField};
+    return SoftwareFault{kSoftwareMajorField, "The major software version is a number from 0 to 255."};
   }
   if (!ReadPart(minor, kLargestSoftwareMinor, read.minor)) {
-    return Refusal{"The minor software version is a number from 0 to 15.", Icon::kStop, kSoftwareMinorField};
+    return SoftwareFault{kSoftwareMinorField, "The minor software version is a number from 0 to 15."};
   }
   version = read;
   return std::nullopt;

@@ -5,8 +5,6 @@
 #include <optional>
 #include <string>
 
-#include "core/messages.h"
-
 namespace vexa {
 
 inline constexpr unsigned kLargestSoftwareMajor = 255;  // a byte of the file
@@ -17,9 +15,13 @@ struct SoftwareVersion {
 };
 enum SoftwareField : int { kSoftwareMajorField, kSoftwareMinorField };
 
-// Reads two decimal numbers without sign or blanks. A refusal names the range of the first text that is none,
-// its field a SoftwareField; `version` is then as it was.
-std::optional<Refusal> ReadSoftwareVersion(const std::string& major, const std::string& minor,
-                                           SoftwareVersion& version);
+// The first of the two texts that is no number in its range; `text` says so, whole.
+struct SoftwareFault {
+  SoftwareField field;
+  const char* text;
+};
+// Reads two decimal numbers without sign or blanks. Nothing when both were read; else `version` is as it was.
+std::optional<SoftwareFault> ReadSoftwareVersion(const std::string& major, const std::string& minor,
+                                                 SoftwareVersion& version);
 
 }  // namespace vexa

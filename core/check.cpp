@@ -19,7 +19,7 @@ namespace {
 struct Findings {
   bool duplicates = false;
   std::vector<Finding> list;
-  TreePath place;  // of the record that is being judged
+  FindingPlace place;  // of the record that is being judged
   // An empty text is a rule that holds.
   void Add(const std::string& name, std::string text) {
     if (text.empty()) return;
@@ -28,18 +28,16 @@ struct Findings {
   }
 };
 
-// While one lives, the findings are those of a record one level further down the tree.
-class Below {
+// While one lives, the findings are those of the record at this place of its list.
+class At {
  public:
-  Below(Findings& findings, size_t position) : place_(findings.place) {
-    place_.push_back(static_cast<uint32_t>(position));
-  }
-  ~Below() { place_.pop_back(); }
-  Below(const Below&) = delete;
-  Below& operator=(const Below&) = delete;
+  At(int& place, size_t value) : place_(place) { place_ = static_cast<int>(value); }
+  ~At() { place_ = -1; }
+  At(const At&) = delete;
+  At& operator=(const At&) = delete;
 
  private:
-  TreePath& place_;
+  int& place_;
 };
 
 // "Same name as service 4."
@@ -93,7 +91,7 @@ void CheckServices(const Carrier& carrier, const std::string& place, Findings& f
   for (size_t i = 0; i < carrier.services.size(); ++i) {
     const ServiceRecord& record = carrier.services[i]->record;
     const std::string here = RecordName(place, "service", i);
-    const Below below(findings, i);
+    const At at(findings.place.record.service, i);
     findings.Add(here, ServiceNameText(NameOf(record.name)));
     if (!numbers.insert(record.program_number).second) findings.Add(here, kProgramNumberText);
     findings.Add(here, VideoPidText(record.type, record.video_pid));
@@ -117,7 +115,7 @@ void CheckSatellite(const StaticDatabase& database, const Satellite& satellite, 
   for (size_t i = 0; i < satellite.carriers.size(); ++i) {
     const Carrier& carrier = *satellite.carriers[i];
     const std::string here = RecordName(place, "carrier", i);
-    const Below below(findings, i);
+    const At at(findings.place.record.carrier, i);
     findings.Add(here, CarrierNameText(NameOf(carrier.record.name)));
     findings.Add(here, CarrierFrequencyText(LnbOf(database, satellite).type, carrier.record.frequency));
     findings.Add(here, CarrierSymbolRateText(carrier.record.symbol_rate));
@@ -130,12 +128,11 @@ void CheckSatellite(const StaticDatabase& database, const Satellite& satellite, 
 }
 
 void CheckSatellites(const StaticDatabase& database, const std::string& place, Findings& findings) {
-  const Below level(findings, kSatelliteLevelPosition);
   FirstPlaces<std::pair<uint32_t, uint32_t>> positions;
   for (size_t i = 0; i < database.satellites.size(); ++i) {
     const Satellite& satellite = *database.satellites[i];
     if (IsUnusedPlace(satellite)) continue;
-    const Below below(findings, i);
+    const At at(findings.place.record.satellite, i);
     std::string same;
     if (findings.duplicates && satellite.record.angle != 0) {
       if (const auto first = positions.Seen({satellite.record.angle, satellite.record.east}, i))
@@ -159,7 +156,7 @@ void CheckLimits(const StaticDatabase& database, const std::string& place, Findi
 }
 
 void CheckTvGroup(const FavouriteGroup& group, const std::string& place, size_t index, Findings& findings) {
-  const Below level(findings, kTvGroupLevelPosition), below(findings, index);
+  const At at(findings.place.tv_group, index);
   const std::string tv = RecordName(place, "TV group", index);
   const std::string_view tv_name = NameOf(group.record.tv_name);
   findings.Add(tv, GroupNameText(tv_name));
@@ -172,7 +169,7 @@ void CheckTvGroup(const FavouriteGroup& group, const std::string& place, size_t 
 
 void CheckRadioGroup(const FavouriteGroup& group, const std::string& place, size_t index,
                      Findings& findings) {
-  const Below level(findings, kRadioGroupLevelPosition), below(findings, index);
+  const At at(findings.place.radio_group, index);
   const std::string radio = RecordName(place, "radio group", index);
   const std::string_view radio_name = NameOf(group.record.radio_name);
   findings.Add(radio, GroupNameText(radio_name));
@@ -196,7 +193,7 @@ std::vector<Finding> FindFaults(const Document& document, bool duplicates) {
     const OpenSdb& sdb = document.sdbs[n];
     const StaticDatabase& database = *sdb.database;
     const std::string place = Utf8FromLatin(sdb.name);
-    const Below root(findings, n);
+    const At at(findings.place.record.sdb, n);
     findings.Add(place, SdbNameText(sdb.name));
     CheckLimits(database, place, findings);
     CheckSatellites(database, place, findings);
@@ -205,9 +202,8 @@ std::vector<Finding> FindFaults(const Document& document, bool duplicates) {
       CheckRadioGroup(database.favourites[i], place, i, findings);
     }
   }
-  const Below boxes(findings, document.sdbs.size());
   for (size_t i = 0; i < document.ubis.size(); ++i) {
-    const Below below(findings, i);
+    const At at(findings.place.ubi, i);
     findings.Add(Utf8FromLatin(document.ubis[i].name), UbiNameText(document.ubis[i].name));
   }
   return std::move(findings.list);

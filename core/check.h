@@ -1,25 +1,24 @@
 // Looks over a whole database with the rules of the record dialogs and the limits of the tables.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
-#include "core/database.h"
+#include "core/find.h"
 
 namespace vexa {
-
-// Position among its siblings of each node on the way, from the root: {0, 1, 4} is the fifth satellite of the
-// first SDB. Positions of the levels of an SDB:
-inline constexpr uint32_t kLnbLevelPosition = 0, kSatelliteLevelPosition = 1, kTvGroupLevelPosition = 2,
-                          kRadioGroupLevelPosition = 3;
-using TreePath = std::vector<uint32_t>;
 
 // "SDB1 satellite 3": the name of a record below `parent`, by its place from 0.
 std::string RecordName(const std::string& parent, const char* kind, size_t place);
 
+// A record, favourite group or user box record by its places, from 0; -1: it is none of these.
+struct FindingPlace {
+  RecordPlace record;  // of a group: its SDB
+  int tv_group = -1, radio_group = -1, ubi = -1;
+};
+
 struct Finding {
-  TreePath place;          // the record's in the tree
+  FindingPlace place;
   std::string name, text;  // "SDB1 satellite 3", and what is wrong there
   // "SDB1 satellite 3: TEXT", UTF-8 without a line end.
   std::string line() const { return name + ": " + text; }

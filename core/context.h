@@ -1,5 +1,6 @@
-// What every engine job is given besides its data: the ear of the user, the file system, a folder for
-// scratch files, progress. A face owns one for the time of a job; nothing here is global.
+// What every job of the engine is given beside its data: functions that tell the user something or ask him,
+// the operations on files, a folder for scratch files, functions that show progress. The face that starts a
+// job owns its context, which must live until the job ends.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +14,6 @@ namespace vexa {
 struct Progress {
   std::function<void(uint64_t total)> range;        // may be empty
   std::function<void(uint64_t position)> position;  // may be empty; 0..total
-  std::function<bool()> cancelled;                  // may be empty: never
 };
 
 struct DefaultRecords;  // core/database.h

@@ -23,8 +23,7 @@ namespace vexa {
 
 using Rows = std::vector<size_t>;
 
-enum class ServiceFilter { kAll, kTv, kRadio };  // what the list view shows
-enum class GroupKind { kTv, kRadio };            // which half of a favourite group
+enum class GroupKind { kTv, kRadio };  // which half of a favourite group
 
 // ---- Add: at the end of the list. The new record belongs to the document. nullptr or false after a message:
 // the table is full, or what the record hangs on is missing.
@@ -41,9 +40,9 @@ Satellite* AddSatellite(const Messages& messages, StaticDatabase& database, cons
 Carrier* AddCarrier(const Messages& messages, StaticDatabase& database, Satellite& satellite,
                     const DefaultRecords& defaults);
 // Named "Service%d" by the number of the carrier's services, with the smallest program number that is free
-// there, at the end of the service order. The filter decides its type; kAll keeps the default's.
+// there, at the end of the service order. Of the type that is given, else of the default's.
 Service* AddService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
-                    const DefaultRecords& defaults, ServiceFilter filter = ServiceFilter::kAll);
+                    const DefaultRecords& defaults, std::optional<ServiceType> type = {});
 // Named "UBI%d" by the number of UBIs: zeros, RF channel 21, lock code "0000".
 OpenUbi* AddUbi(const Messages& messages, Document& document);
 // Takes up those of the services whose type belongs to the list and that it does not name yet. False after
@@ -59,7 +58,7 @@ Carrier* InsertCarrier(const Messages& messages, StaticDatabase& database, Satel
                        const DefaultRecords& defaults, const Rows& selected);
 Service* InsertService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
                        const DefaultRecords& defaults, const Rows& selected,
-                       ServiceFilter filter = ServiceFilter::kAll);
+                       std::optional<ServiceType> type = {});
 
 // ---- Delete. What stands below a record goes with it, out of the order list and the favourites too;
 // pointers to it end there. Rows beyond the list count for nothing.
@@ -112,14 +111,6 @@ bool CheckServiceMove(const Messages& messages, const std::vector<Service*>& sel
 bool MoveServicesToCarrier(const Messages& messages, StaticDatabase& database,
                            const std::vector<Service*>& selected, Carrier& destination,
                            size_t place = SIZE_MAX);
-
-// What the move and swap dialogs say.
-struct MoveDialogTexts {
-  std::string title, prompt, tip;  // `tip` of the button
-};
-// `row` is the first selected one; `swap` chooses between the two dialogs.
-MoveDialogTexts SatelliteMoveTexts(size_t row, bool swap);
-MoveDialogTexts CarrierMoveTexts(size_t row, bool swap);
 
 // ---- Mark as.
 enum class SatelliteField { kLnbIndex, kEast, kFactoryDefault };  // LNB indices from 0

@@ -44,11 +44,10 @@ Carrier* NewCarrier(StaticDatabase& database, Satellite& satellite, const Defaul
 }
 
 Service* NewService(StaticDatabase& database, Carrier& carrier, const DefaultRecords& defaults,
-                    ServiceFilter filter, size_t place) {
+                    std::optional<ServiceType> type, size_t place) {
   ServiceRecord record = defaults.service;
   record.program_number = FreeProgramNumber(carrier) & 0xFFFF;
-  if (filter == ServiceFilter::kTv) record.type = kTv;
-  if (filter == ServiceFilter::kRadio) record.type = kRadio;
+  if (type) record.type = *type & 3;
   SetName(record.name, Format("Service%d", static_cast<int>(carrier.services.size()) + 1));
   Service* service = PutService(database, carrier, record, place);
   database.service_order.push_back(service);
@@ -113,22 +112,23 @@ Carrier* InsertCarrier(const Messages& messages, StaticDatabase& database, Satel
 }
 
 Service* AddService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
-                    const DefaultRecords& defaults, ServiceFilter filter) {
+                    const DefaultRecords& defaults, std::optional<ServiceType> type) {
   if (database.services.size() >= kMaximumServices) {
     Tell(messages, Icon::kStop, "Can't add service information. It exceeds the limit.");
     return nullptr;
   }
-  return NewService(database, carrier, defaults, filter, carrier.services.size());
+  return NewService(database, carrier, defaults, type, carrier.services.size());
 }
 
 Service* InsertService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
-                       const DefaultRecords& defaults, const Rows& selected, ServiceFilter filter) {
+                       const DefaultRecords& defaults, const Rows& selected,
+                       std::optional<ServiceType> type) {
   if (!OneRowAtMost(messages, selected)) return nullptr;
   if (database.services.size() >= kMaximumServices) {
     Tell(messages, Icon::kStop, "Service records exceed the limit. Can not add.");
     return nullptr;
   }
-  return NewService(database, carrier, defaults, filter, InsertPlace(selected, carrier.services.size()));
+  return NewService(database, carrier, defaults, type, InsertPlace(selected, carrier.services.size()));
 }
 
 OpenUbi* AddUbi(const Messages& messages, Document& document) {

@@ -215,22 +215,4 @@ bool MoveServicesToCarrier(const Messages& messages, StaticDatabase& database,
   return true;
 }
 
-MoveDialogTexts SatelliteMoveTexts(size_t row, bool swap) {
-  const int number = static_cast<int>(row) + 1;
-  if (swap)
-    return {"Swap Satellite Information", Format("Swap Satellite Information \"%d\" with ", number),
-            "Click to swap satellite record."};
-  return {"Move Satellite Information", Format("Move Satellite Information from \"%d\" to ", number),
-          "Click to move satellite record."};
-}
-
-MoveDialogTexts CarrierMoveTexts(size_t row, bool swap) {
-  const int number = static_cast<int>(row) + 1;
-  if (swap)
-    return {"Swap Carrier Information", Format("Swap Carrier Information \"%d\" with ", number),
-            "Click to swap carrier record."};
-  return {"Move Carrier Information", Format("Move Carrier Information from \"%d\" to ", number),
-          "Click to move carrier record."};
-}
-
 }  // namespace vexa

@@ -14,6 +14,7 @@
 
 namespace vexa {
 
+// One field of a kind of record.
 template <class Record>
 struct Field {
   const char* key;
@@ -21,7 +22,8 @@ struct Field {
   bool follows;                        // from places
   std::span<const char* const> words;  // by code, as the editor shows them; empty: a plain number
   int64_t (*get)(const Record& record);
-  void (*set)(Record& record, int64_t value);  // smallest..largest
+  // `value` must lie in smallest..largest: bits beyond the field are cut off.
+  void (*set)(Record& record, int64_t value);
 };
 
 // The fields of LnbRecord, SatelliteRecord, CarrierRecord, ServiceRecord, FavouriteRecord or UserBoxInfo; the

@@ -50,12 +50,4 @@ bool ExpectNumber(const Messages& messages, size_t number, size_t count, const c
 // Asks with the application's title; true for Yes, which is the default.
 bool Ask(const Messages& messages, const char* format, ...) VEXA_PRINTF(2, 3);
 
-// What a dialog's model answers when a value may not be stored.
-struct Refusal {
-  std::string text;
-  Icon icon = Icon::kStop;
-  int field = 0;   // control to focus, as the model numbers them
-  size_t row = 0;  // of a list of alike rows: which one
-};
-
 }  // namespace vexa

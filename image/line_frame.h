@@ -18,7 +18,7 @@
 
 namespace vexa {
 
-// As they stand in the table of the line.
+// The single bytes that the two ends send each other between frames, with what the sender means by each.
 enum ControlByte : uint8_t {
   kStx = 0x02,  // a frame begins
   kEtx = 0x03,  // a frame ends

@@ -17,20 +17,23 @@ struct ListPages {
   const CodePage* list = nullptr;      // of a list in single bytes
 };
 
+// The page of the database's names: the one that is named, else Windows-1252.
 const CodePage& DatabasePage(const ListPages& pages);
 
 // The list's text as UTF-8, without a byte-order mark. What is no valid UTF-8 is taken whole for single bytes
 // in the list's page, or Windows-1252.
 std::string TextOfList(std::span<const uint8_t> list, const ListPages& pages);
 
-// UTF-8 without control codes.
+// A UTF-8 text without its control codes (below 0x20, and 0x7F to 0x9F).
 std::string WithoutControls(std::string_view name);
 // The same without blanks at both ends.
 std::string PlainName(std::string_view name);
 
-// Turns names of a list in single bytes, whose bytes stay as they are unless a page is named: then those of a
-// list that is UTF-8, and not plain ASCII, are converted to the database's page without their control codes;
-// those of another list from the list's page, if that is named.
+// Brings the names of a list into the code page of the database:
+//   no page is named                        the bytes stay as they are
+//   the list is UTF-8 beyond plain ASCII    converted to the database's page, without control codes
+//   another list, and its page is named     converted from that page to the database's
+//   another list                            the bytes stay as they are
 class NameConverter {
  public:
   NameConverter() = default;  // changes nothing

@@ -25,10 +25,11 @@ enum class CellKind {
 };
 
 struct TableColumn {
-  const char* name;
+  const char* name;  // the title; of a kField the key of core/fields.h
   CellKind kind;
 };
 
+// The columns of a table from left to right; they belong to the program.
 std::span<const TableColumn> ColumnsOf(TableKind kind);
 
 // What the cell of a record's own column holds, UTF-8. Record: LnbRecord, SatelliteRecord, CarrierRecord or
@@ -43,7 +44,8 @@ std::string SetCell(Record& record, const TableColumn& column, const std::string
 template <class Record>
 std::string WordOf(std::string_view key, const Record& record);
 
-const char* ListWord(GroupKind list);  // "TV", "Radio"
+// The list of a favourite group as a cell names it: "TV", "Radio".
+const char* ListWord(GroupKind list);
 
 // A cell as a table holds it, so that no spreadsheet takes it for a formula; and back. A text that begins
 // with two apostrophes may not come back: compare guarded cells.

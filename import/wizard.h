@@ -62,6 +62,7 @@ uint8_t CarrierOptions(const Wizard& wizard, std::optional<size_t> satellite);
 // Ticking chooses the carriers for which the option holds besides those that are chosen; unticking leaves
 // those that the other ticked options choose.
 void SetCarrierOption(Wizard& wizard, std::optional<size_t> satellite, CarrierOption option, bool ticked);
+// One carrier by hand; the ticks of options stay.
 void ChooseCarrier(Wizard& wizard, size_t carrier, bool chosen);
 void BeginServiceStep(Wizard& wizard);  // "Next": applies the remembered service options
 
@@ -70,6 +71,7 @@ std::vector<size_t> ChosenCarriers(const Wizard& wizard);  // of chosen satellit
 // As CarrierOptions and SetCarrierOption, with ServiceOption bits.
 uint8_t ServiceOptions(const Wizard& wizard, std::optional<size_t> carrier);
 void SetServiceOption(Wizard& wizard, std::optional<size_t> carrier, ServiceOption option, bool ticked);
+// One service by hand; the ticks of options stay.
 void ChooseService(Wizard& wizard, size_t service, bool chosen);
 
 // "Complete": leaves the chosen records, in their order and renumbered. With every satellite chosen and

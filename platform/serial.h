@@ -55,7 +55,8 @@ inline constexpr uint32_t kPurgeTransmit = 0x4, kPurgeReceive = 0x8;
 
 struct CommStatus {
   uint32_t errors = 0;
-  uint32_t flags = 0, in_queue = 0, out_queue = 0;
+  uint32_t flags = 0;
+  uint32_t in_queue = 0;  // bytes received and not read yet
   bool operator==(const CommStatus&) const = default;
 };
 
@@ -94,29 +95,43 @@ struct WaitResult {
 };
 inline constexpr uint32_t kWaitForever = 0xFFFFFFFF;
 
+// The system's calls on serial lines, one member each; tests put in their own. No member may be empty. Times
+// are milliseconds, sizes bytes. An Outcome that is not done holds the system's error, which the call leaves
+// as it was given. A device or event belongs to those who hold its pointer and ends with the last of them;
+// the calls do not keep it. All may be called from any thread.
 struct CommApi {
   std::function<SerialPlatform()> platform;  // kUnknown: the system's version cannot be told
-  std::function<Made<SerialDevicePtr>(const std::string& name)> create_file;  // not there, or held by another
+  // Opens the port for this program alone. Null when it is not there, no port, or held by another.
+  std::function<Made<SerialDevicePtr>(const std::string& name)> create_file;
+  // Nothing else may be called with the device afterwards, also when this fails.
   std::function<Outcome(const SerialDevicePtr&)> close_file;
+  // `signalled`: how it begins. One without `manual_reset` lets a single wait through.
   std::function<Made<SerialEventPtr>(bool manual_reset, bool signalled)> create_event;
   std::function<void(const SerialEventPtr&)> set_event;
   std::function<void(const SerialEventPtr&)> reset_event;
-  // The lowest of the events that is signalled.
+  // Waits, kWaitForever without an end, until one of the events is signalled; gives the lowest of them.
   std::function<WaitResult(std::span<const SerialEventPtr> events, uint32_t milliseconds)> wait;
 
   std::function<Outcome(const SerialDevicePtr&, CommTimeouts&)> get_timeouts;
   std::function<Outcome(const SerialDevicePtr&, const CommTimeouts&)> set_timeouts;
   std::function<Outcome(const SerialDevicePtr&, const PortDcb&)> set_state;
+  // Bytes that the driver is asked to hold for each direction; it may hold others.
   std::function<Outcome(const SerialDevicePtr&, uint32_t receive, uint32_t transmit)> setup_queues;
+  // Tells the far end by its line DTR that this program is ready.
   std::function<Outcome(const SerialDevicePtr&)> raise_dtr;
+  // kEvent... bits: what `wait_event` waits for. 0 ends a wait that is pending.
   std::function<Outcome(const SerialDevicePtr&, uint32_t mask)> set_mask;
+  // kPurge... bits: drops the bytes that are waiting there.
   std::function<Outcome(const SerialDevicePtr&, uint32_t what)> purge;
+  // Gives what went wrong on the line since the last call, and forgets it; how much is waiting.
   std::function<Outcome(const SerialDevicePtr&, CommStatus&)> clear_error;
+  // The lines CTS, DSR, ring and carrier as the Win32 bits have them (0x10, 0x20, 0x40, 0x80).
   std::function<Outcome(const SerialDevicePtr&, uint32_t& modem)> modem_status;
 
   // `count`: bytes moved, when kDone. A null `overlapped` waits until all is written.
   std::function<IoResult(const SerialDevicePtr&, std::span<uint8_t>, size_t& count, Overlapped&)> read;
   std::function<IoResult(const SerialDevicePtr&, std::span<const uint8_t>, size_t& count, Overlapped*)> write;
+  // Which of the events of `set_mask` came, in `mask`, which must live while it is pending.
   std::function<IoResult(const SerialDevicePtr&, uint32_t& mask, Overlapped&)> wait_event;
   // Does not wait: kPending while the operation is not complete.
   std::function<IoResult(const SerialDevicePtr&, Overlapped&, size_t& count)> result;
@@ -129,6 +144,7 @@ struct CommApi {
   std::function<Outcome(std::thread&, std::function<void()>)> start_thread;
 };
 
+// The system's own; it belongs to the program.
 const CommApi& SystemCommApi();
 // Starts a thread, unless the system refuses one.
 Outcome StartThread(std::thread& thread, std::function<void()> run);

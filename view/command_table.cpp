@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "view/command_state.h"
+#include "view/window_state.h"
 
 namespace vexa {
 
@@ -22,20 +22,20 @@ constexpr Key Plain(uint16_t code, KeyScope scope = KeyScope::kEverywhere) {
   return {code, 0, scope};
 }
 
-template <bool CommandState::*fact>
-bool Holds(const CommandState& state) {
+template <bool WindowState::*fact>
+bool Holds(const WindowState& state) {
   return state.*fact;
 }
 template <ListView view>
-bool Shows(const CommandState& state) {
+bool Shows(const WindowState& state) {
   return state.view == view;
 }
 template <bool ConsoleOptions::*option>
-bool ConsoleHas(const CommandState& state) {
+bool ConsoleHas(const WindowState& state) {
   return state.console && (*state.console).*option;
 }
 template <LineEnding ending>
-bool LinesEndWith(const CommandState& state) {
+bool LinesEndWith(const WindowState& state) {
   return state.console && state.console->line_ending == ending;
 }
 
@@ -146,7 +146,7 @@ constexpr CommandInfo kCommands[] = {
      .block = Block::kUndo,
      .button = {.place = 30, .picture = 6},
      .other_text = "&Undo",
-     .has_other_text = Holds<&CommandState::can_undo_other>},
+     .has_other_text = Holds<&WindowState::can_undo_other>},
     {.id = kCmdRedo,
      .text = "&Redo",
      .key = Ctrl('Y'),
@@ -215,7 +215,7 @@ constexpr CommandInfo kCommands[] = {
      .needs = kNeedsEditor,
      .tip = "Compress this part when the file is saved",
      .block = Block::kSdb,
-     .checked = Holds<&CommandState::part_compressed>},
+     .checked = Holds<&WindowState::part_compressed>},
     {.id = kCmdSaveSdb,
      .text = "&Save as seperate bin",
      .needs = kNeedsEditor | kNeedsSdb,
@@ -279,7 +279,7 @@ constexpr CommandInfo kCommands[] = {
      .needs = kNeedsEditor,
      .tip = "Compress the file when it is saved",
      .block = Block::kWholeDatabase,
-     .checked = Holds<&CommandState::payload_compressed>},
+     .checked = Holds<&WindowState::payload_compressed>},
 
     {.id = kCmdViewServices,
      .text = "Ser&vices",
@@ -419,9 +419,9 @@ constexpr CommandInfo kCommands[] = {
      .button = {.place = 43,
                 .picture = 17,
                 .other_picture = 18,
-                .has_other_picture = Holds<&CommandState::port_open>},
+                .has_other_picture = Holds<&WindowState::port_open>},
      .other_text = "&Disconnect",
-     .has_other_text = Holds<&CommandState::port_wanted>},
+     .has_other_text = Holds<&WindowState::port_wanted>},
     {.id = kCmdConsoleUpload,
      .text = "&Upload",
      .key = Plain(KeyF(9)),
@@ -588,11 +588,11 @@ std::string MissingNeeds(const CommandInfo& command, uint32_t present) {
   return "";
 }
 
-bool CommandChecked(const CommandInfo& command, const CommandState& state) {
+bool CommandChecked(const CommandInfo& command, const WindowState& state) {
   return command.checked && command.checked(state);
 }
 
-std::string MenuText(const CommandInfo& command, const CommandState& state) {
+std::string MenuText(const CommandInfo& command, const WindowState& state) {
   const bool other = command.has_other_text && command.has_other_text(state);
   return WithKey(command, other ? command.other_text : command.text);
 }

@@ -57,7 +57,7 @@ enum CommandId : uint16_t {
   kCmdRecent4 = 40044,
   kCmdBin2Urt = 40137,
   kCmdConnect = 40138,
-  // Additions.
+  // Identifiers from here on are free for new commands.
   kCmdRedo = 40200,
   kCmdFind = 40201,
   kCmdFindNext = 40202,
@@ -205,8 +205,8 @@ enum class MenuName : uint8_t {
   kCarrierLevel,
 };
 
-struct CommandState;  // view/command_state.h
-using CommandTest = bool (*)(const CommandState&);
+struct WindowState;  // view/window_state.h
+using CommandTest = bool (*)(const WindowState&);
 
 // Its button of the toolbar.
 struct CommandButton {
@@ -243,9 +243,9 @@ bool CommandEnabled(const CommandInfo& command, uint32_t present);
 // In words, for the status line: "Needs an open database." Empty when all is there.
 std::string MissingNeeds(const CommandInfo& command, uint32_t present);
 // Whether its menu item has a check mark.
-bool CommandChecked(const CommandInfo& command, const CommandState& state);
+bool CommandChecked(const CommandInfo& command, const WindowState& state);
 // As a menu shows it: the text, and behind a tab the key as the user reads it.
-std::string MenuText(const CommandInfo& command, const CommandState& state);
+std::string MenuText(const CommandInfo& command, const WindowState& state);
 // The same as long as nothing has happened.
 std::string MenuText(const CommandInfo& command);
 // The key as the user reads it: the command's own, or the one of the command whose place it takes in the

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "core/context.h"
+#include "view/refusal.h"
 
 namespace vexa {
 

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "view/record_forms.h"
+#include "view/refusal.h"
 
 namespace vexa {
 

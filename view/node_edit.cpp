@@ -108,43 +108,9 @@ bool NodeTakes(NodeKind kind, NodeAction action) {
   }
 }
 
-ServiceFilter FilterOf(ListView view) {
-  if (view == ListView::kTvServices) return ServiceFilter::kTv;
-  return view == ListView::kRadioServices ? ServiceFilter::kRadio : ServiceFilter::kAll;
-}
-
-TreePath PathOfNode(const Document& document, const NodeRef& node) {
-  const auto boxes = static_cast<uint32_t>(document.sdbs.size());
-  switch (node.kind) {
-    case NodeKind::kNone:
-      return {};
-    case NodeKind::kUbiLevel:
-      return {boxes};
-    case NodeKind::kUbi:
-      return {boxes, node.index};
-    case NodeKind::kLnbLevel:
-      return {node.sdb, kLnbLevelPosition};
-    case NodeKind::kLnb:
-      return {node.sdb, kLnbLevelPosition, node.index};
-    case NodeKind::kSatelliteLevel:
-      return {node.sdb, kSatelliteLevelPosition};
-    case NodeKind::kTvGroupLevel:
-      return {node.sdb, kTvGroupLevelPosition};
-    case NodeKind::kRadioGroupLevel:
-      return {node.sdb, kRadioGroupLevelPosition};
-    case NodeKind::kTvGroup:
-      return {node.sdb, kTvGroupLevelPosition, node.index};
-    case NodeKind::kRadioGroup:
-      return {node.sdb, kRadioGroupLevelPosition, node.index};
-    case NodeKind::kFavouriteTvEntry:
-      return {node.sdb, kTvGroupLevelPosition, node.group};
-    case NodeKind::kFavouriteRadioEntry:
-      return {node.sdb, kRadioGroupLevelPosition, node.group};
-    case NodeKind::kSdb:
-      return {node.sdb};
-    default:
-      return PathOf(PlaceOf(document, node));
-  }
+std::optional<ServiceType> TypeShown(ListView view) {
+  if (view == ListView::kTvServices) return kTv;
+  return view == ListView::kRadioServices ? std::optional(kRadio) : std::nullopt;
 }
 
 NodeRef NodeToAddAt(const NodeRef& tree, const NodeRef& row) {
@@ -157,7 +123,7 @@ NodeRef NodeToAddAt(const NodeRef& tree, const NodeRef& row) {
 }
 
 std::optional<NodeRef> AddAtNode(const Messages& messages, Document& document, const NodeRef& at,
-                                 const DefaultRecords& defaults, ServiceFilter filter) {
+                                 const DefaultRecords& defaults, std::optional<ServiceType> type) {
   if (at.kind == NodeKind::kUbiLevel || at.kind == NodeKind::kUbi) {
     if (!AddUbi(messages, document)) return std::nullopt;
     return MadeNode(NodeKind::kUbi, 0, document.ubis.size() - 1);
@@ -184,7 +150,7 @@ std::optional<NodeRef> AddAtNode(const Messages& messages, Document& document, c
       return std::nullopt;
     case NodeKind::kCarrier:
     case NodeKind::kService:
-      if (Service* added = AddService(messages, *database, *at.carrier, defaults, filter))
+      if (Service* added = AddService(messages, *database, *at.carrier, defaults, type))
         return NodeOfService(at.sdb, *added);
       return std::nullopt;
     default:
@@ -194,7 +160,7 @@ std::optional<NodeRef> AddAtNode(const Messages& messages, Document& document, c
 
 std::optional<NodeRef> InsertAtRows(const Messages& messages, Document& document,
                                     const std::vector<NodeRef>& rows, const DefaultRecords& defaults,
-                                    ServiceFilter filter) {
+                                    std::optional<ServiceType> type) {
   StaticDatabase* database = rows.empty() ? nullptr : DatabaseOf(document, rows[0]);
   if (!database) return std::nullopt;
   const NodeRef& at = rows[0];
@@ -209,7 +175,7 @@ std::optional<NodeRef> InsertAtRows(const Messages& messages, Document& document
         return NodeOfCarrier(at.sdb, *added);
       return std::nullopt;
     case NodeKind::kService:
-      if (Service* added = InsertService(messages, *database, *at.carrier, defaults, places, filter))
+      if (Service* added = InsertService(messages, *database, *at.carrier, defaults, places, type))
         return NodeOfService(at.sdb, *added);
       return std::nullopt;
     default:
@@ -298,14 +264,17 @@ bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, 
 }
 
 MoveDialogTexts MoveTextsOf(const std::vector<NodeRef>& rows, bool swap) {
-  const size_t row = rows.empty() ? 0 : RowsOf(rows)[0];
+  const size_t number = rows.empty() ? 1 : RowsOf(rows)[0] + 1;
   const NodeKind kind = rows.empty() ? NodeKind::kNone : rows[0].kind;
-  if (kind == NodeKind::kSatellite) return SatelliteMoveTexts(row, swap);
-  if (kind == NodeKind::kCarrier) return CarrierMoveTexts(row, swap);
-  const int number = static_cast<int>(row) + 1;
-  if (swap)
-    return {"Swap Information", Format("Swap Information \"%d\" with ", number), "Click to swap record."};
-  return {"Move Information", Format("Move Information from \"%d\" to ", number), "Click to move record."};
+  const char* object = kind == NodeKind::kSatellite ? "Satellite "
+                       : kind == NodeKind::kCarrier ? "Carrier "
+                                                    : "";
+  const char* record = kind == NodeKind::kSatellite ? "satellite "
+                       : kind == NodeKind::kCarrier ? "carrier "
+                                                    : "";
+  const std::string title = Format("%s %sInformation", swap ? "Swap" : "Move", object);
+  return {title, Format(swap ? "%s \"%zu\" with " : "%s from \"%zu\" to ", title.c_str(), number),
+          Format("Click to %s %srecord.", swap ? "swap" : "move", record)};
 }
 
 bool MoveNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows, bool swap,

@@ -17,11 +17,8 @@ enum class NodeAction { kEdit, kAdd, kInsert, kDelete, kMove, kSwap };
 // Whether nodes of the kind can be edited so at all.
 bool NodeTakes(NodeKind kind, NodeAction action);
 
-// Which services the view shows, and so which type a new one gets.
-ServiceFilter FilterOf(ListView view);
-
-// Where the node is in the tree; a favourite entry stands for its group.
-TreePath PathOfNode(const Document& document, const NodeRef& node);
+// The type of the services that the view shows, and so of a new one; nothing where it shows all.
+std::optional<ServiceType> TypeShown(ListView view);
 
 // Where a new record belongs: to the tree's node, whatever row of its list is selected; but where the row (of
 // kind kNone: none) is a service or carrier that does not stand right below that node, to what it stands
@@ -30,11 +27,11 @@ NodeRef NodeToAddAt(const NodeRef& tree, const NodeRef& row);
 // Adds what is added at the tree node `at`: below a level, a satellite or a carrier; beside an SDB or a user
 // box record. Nothing after a message. The result is the new record's node.
 std::optional<NodeRef> AddAtNode(const Messages& messages, Document& document, const NodeRef& at,
-                                 const DefaultRecords& defaults, ServiceFilter filter = ServiceFilter::kAll);
+                                 const DefaultRecords& defaults, std::optional<ServiceType> type = {});
 // Before the one row chosen.
 std::optional<NodeRef> InsertAtRows(const Messages& messages, Document& document,
                                     const std::vector<NodeRef>& rows, const DefaultRecords& defaults,
-                                    ServiceFilter filter = ServiceFilter::kAll);
+                                    std::optional<ServiceType> type = {});
 // All rows are of the first one's kind and SDB.
 bool DeleteNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows);
 
@@ -42,7 +39,11 @@ bool DeleteNodes(const Messages& messages, Document& document, const std::vector
 // carriers, one carrier's services, one group) and follow one another there, services need not. A swap wants
 // one row, or two services of any carriers.
 bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, bool swap);
-// Title, prompt and tip of the dialog; not for services.
+// What the dialog of a move or swap says for the first of the rows.
+struct MoveDialogTexts {
+  std::string title, prompt, tip;  // `tip` of the button
+};
+// For all rows but services.
 MoveDialogTexts MoveTextsOf(const std::vector<NodeRef>& rows, bool swap);
 // To the place in their one list that `target` names (a number from 1).
 bool MoveNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows, bool swap,

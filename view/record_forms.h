@@ -18,6 +18,7 @@
 #include "core/database.h"
 #include "core/messages.h"
 #include "core/rules.h"
+#include "view/refusal.h"
 
 namespace vexa {
 
@@ -63,8 +64,8 @@ struct SatelliteForm {
   std::string name;
   uint32_t lnb_index = 0;  // from 0
   bool east = false;
-  std::string angle;  // degrees, up to one decimal
-  std::string position;
+  std::string angle;     // degrees, 0-360, up to one decimal
+  std::string position;  // of the dish's motor, 0-64
   bool factory_default = true;
 };
 SatelliteForm SatelliteFormOf(const SatelliteRecord& record);
@@ -73,8 +74,8 @@ std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteF
                                       SatelliteRecord& record);
 
 struct CarrierForm {
-  std::string name, frequency, symbol_rate;  // MHz, kS/s
-  uint32_t polarization = kHorizontal, fec = 0;
+  std::string name, frequency, symbol_rate;      // MHz, kS/s
+  uint32_t polarization = kHorizontal, fec = 0;  // codes of the record
   bool factory_default = true;
 };
 CarrierForm CarrierFormOf(const CarrierRecord& record);
@@ -82,10 +83,10 @@ CarrierForm CarrierFormOf(const CarrierRecord& record);
 std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& lnb, CarrierRecord& record);
 
 struct ServiceForm {
-  std::string name, program_number;
-  uint32_t type = kTv;
+  std::string name, program_number;  // 0-65535
+  uint32_t type = kTv;               // ServiceType
   bool free = true;
-  std::string video_pid, audio_pid, pcr_pid;
+  std::string video_pid, audio_pid, pcr_pid;  // 0-8192
 };
 // `hexadecimal`: how the fields show and read PIDs.
 ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal);
@@ -104,8 +105,8 @@ std::optional<Refusal> StoreGroupName(const std::string& name, FavouriteGroup& g
 
 struct UbiForm {
   std::string name;
-  uint32_t menu_language = 0, audio_language = 0;
-  int time_zone = 0;  // half hours
+  uint32_t menu_language = 0, audio_language = 0;  // places in the configuration's lists
+  int time_zone = 0;                               // half hours
   bool summer_time = false, rf_output = false, parental_lock = false;
   uint32_t tv_standard = 0;                               // PAL, NTSC, Auto
   uint32_t screen = 0;                                    // 4:3, 16:9, letterbox

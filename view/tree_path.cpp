@@ -34,6 +34,15 @@ TreePath PathOf(const RecordPlace& place) {
   return path;
 }
 
+TreePath PathOf(const Document& document, const FindingPlace& place) {
+  const auto position = [](int value) { return static_cast<uint32_t>(value); };
+  if (place.ubi >= 0) return {position(static_cast<int>(document.sdbs.size())), position(place.ubi)};
+  const uint32_t sdb = position(place.record.sdb);
+  if (place.tv_group >= 0) return {sdb, kTvGroupLevelPosition, position(place.tv_group)};
+  if (place.radio_group >= 0) return {sdb, kRadioGroupLevelPosition, position(place.radio_group)};
+  return place.record.satellite < 0 ? TreePath{sdb} : PathOf(place.record);
+}
+
 RecordPlace PlaceOf(const Document& document, const NodeRef& node) {
   RecordPlace place;
   if (node.sdb >= document.sdbs.size()) return place;

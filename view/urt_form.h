@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "image/urt.h"
+#include "view/refusal.h"
 
 namespace vexa {
 

@@ -130,7 +130,7 @@ Outcome ClearError(const SerialDevicePtr& device, CommStatus& status) {
   DWORD errors = 0;
   COMSTAT system{};
   if (!ClearCommError(HandleOf(device), &errors, &system)) return LastSystemError();
-  status = {errors, 0, system.cbInQue, system.cbOutQue};
+  status = {errors, 0, system.cbInQue};
   if (system.fCtsHold) status.flags |= 1;
   if (system.fDsrHold) status.flags |= 2;
   if (system.fRlsdHold) status.flags |= 4;

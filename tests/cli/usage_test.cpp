@@ -1,6 +1,7 @@
 // Wrong usage of every command: outputs that are inputs, words that are no commands, versions, help.
 #include <nlohmann/json.hpp>
 
+#include "generated/version.h"
 #include "tests/cli/cli_test.h"
 #include "tests/support/ecf_maker.h"
 
@@ -164,7 +165,7 @@ TEST_F(Usage, SoftwareVersionsHaveEightAndFourBits) {
 TEST_F(Usage, VersionAndHelpAreResults) {
   const ProgramResult version = Vexa("--version");
   EXPECT_EQ(version.status, 0);
-  EXPECT_THAT(version.output, testing::StartsWith("vexa 1.0.0\nzlib "));
+  EXPECT_THAT(version.output, testing::StartsWith("vexa " VEXA_VERSION "\nzlib "));
   EXPECT_EQ(version.errors, "");
   for (const std::string command :
        {"info",     "check",      "save",       "sort",        "export",     "import",    "merge",

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <set>
+#include <sstream>
 
 #include "config/settings.h"
 #include "core/bin_file.h"
@@ -152,6 +153,19 @@ TEST_F(Frame, NewDatabaseIsEmptyAndClosesWithoutQuestion) {
   editor.Command(kCmdClose);
   EXPECT_THAT(editor.Children(), IsEmpty());
   ExpectCleanEnd(editor);
+}
+
+TEST_F(Frame, EachCommandOfTheTableHasOneFunction) {
+  EditorDriver editor(EditorProgram());
+  ASSERT_TRUE(editor.WaitForFrame());
+  editor.Lose(kListFunctions);
+  const auto text = ReadWholeFile(editor.TemporaryFolder() / "functions.txt");
+  ASSERT_TRUE(text);
+  std::istringstream lines(std::string(text->begin(), text->end()));
+  std::multiset<unsigned> functions, rows;
+  for (unsigned id = 0; lines >> id;) functions.insert(id);
+  for (const CommandInfo& command : Commands()) rows.insert(command.id);
+  EXPECT_EQ(functions, rows);
 }
 
 TEST_F(Frame, OpenShowsTreeListAndDetails) {

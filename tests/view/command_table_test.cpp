@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/support/access_key.h"
+#include "tests/support/data_folder.h"
 #include "view/menu_table.h"
 
 namespace vexa {
@@ -105,8 +106,12 @@ TEST(CommandTable, ToolbarButtonsHaveAPlaceAndAPictureEach) {
     }
     before = command;
   }
-  EXPECT_EQ(pictures.size(), 19u);  // as many as the strip has
-  EXPECT_EQ(*pictures.rbegin(), 18);
+  // The strip is a bitmap of pictures as wide as it is high: its width and height stand behind 18 bytes.
+  const auto strip = ReadWholeFile(DataFolder().parent_path() / "ui" / "controls" / "toolbar16.bmp");
+  ASSERT_TRUE(strip && strip->size() > 26);
+  const auto word = [&](size_t at) { return (*strip)[at] | (*strip)[at + 1] << 8; };
+  EXPECT_EQ(pictures.size(), static_cast<size_t>(word(18) / word(22)));
+  EXPECT_EQ(*pictures.rbegin() + 1, word(18) / word(22));
 }
 
 TEST(CommandTable, HoldsTheWholeVocabulary) {

@@ -348,22 +348,28 @@ TEST(Drops, AreRefused) {
 
 TEST_F(Moves, TextsOfTheDialogs) {
   const struct {
-    MoveDialogTexts texts;
+    NodeKind kind;
+    uint32_t place;
+    bool swap;
     const char *title, *prompt, *tip;
-  } rows[] = {
-      {SatelliteMoveTexts(2, false), "Move Satellite Information",
-       "Move Satellite Information from \"3\" to ", "Click to move satellite record."},
-      {SatelliteMoveTexts(0, true), "Swap Satellite Information", "Swap Satellite Information \"1\" with ",
-       "Click to swap satellite record."},
-      {CarrierMoveTexts(9, false), "Move Carrier Information", "Move Carrier Information from \"10\" to ",
-       "Click to move carrier record."},
-      {CarrierMoveTexts(9, true), "Swap Carrier Information", "Swap Carrier Information \"10\" with ",
-       "Click to swap carrier record."},
-  };
+  } rows[] = {{NodeKind::kSatellite, 2, false, "Move Satellite Information",
+               "Move Satellite Information from \"3\" to ", "Click to move satellite record."},
+              {NodeKind::kSatellite, 0, true, "Swap Satellite Information",
+               "Swap Satellite Information \"1\" with ", "Click to swap satellite record."},
+              {NodeKind::kCarrier, 9, false, "Move Carrier Information",
+               "Move Carrier Information from \"10\" to ", "Click to move carrier record."},
+              {NodeKind::kCarrier, 9, true, "Swap Carrier Information",
+               "Swap Carrier Information \"10\" with ", "Click to swap carrier record."},
+              {NodeKind::kFavouriteTvEntry, 0, false, "Move Information", "Move Information from \"1\" to ",
+               "Click to move record."}};
   for (const auto& row : rows) {
-    EXPECT_EQ(row.texts.title, row.title);
-    EXPECT_EQ(row.texts.prompt, row.prompt);
-    EXPECT_EQ(row.texts.tip, row.tip);
+    NodeRef node;
+    node.kind = row.kind;
+    node.index = row.place;
+    const MoveDialogTexts texts = MoveTextsOf({node}, row.swap);
+    EXPECT_EQ(texts.title, row.title);
+    EXPECT_EQ(texts.prompt, row.prompt);
+    EXPECT_EQ(texts.tip, row.tip);
   }
 }
 

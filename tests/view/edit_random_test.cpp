@@ -201,10 +201,11 @@ struct Player {
 
   Result Step() {
     const size_t kind = Upto(14);
-    const auto filter = static_cast<ServiceFilter>(Upto(2));
+    const std::optional<ServiceType> types[] = {{}, kTv, kRadio};
+    const auto type = types[Upto(2)];
     bool done = false;
-    if (kind < 4) done = AddAtNode(messages(), document, AnyNode(), defaults, filter).has_value();
-    if (kind == 4) done = InsertAtRows(messages(), document, AnyRows(), defaults, filter).has_value();
+    if (kind < 4) done = AddAtNode(messages(), document, AnyNode(), defaults, type).has_value();
+    if (kind == 4) done = InsertAtRows(messages(), document, AnyRows(), defaults, type).has_value();
     if (kind == 5) done = Delete();
     if (kind == 6 || kind == 7) done = Move();
     if (kind == 8 || kind == 9) done = Drop();

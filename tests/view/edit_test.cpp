@@ -171,17 +171,17 @@ TEST_F(Edits, ANewServiceFollowsTheFilterAndTakesAFreeNumber) {
   Make(1, 1, 3);
   defaults.service.type = 3;
   Carrier& carrier = FirstCarrier();
-  const auto added = [&](ServiceFilter filter) {
-    return AddService(messages, database, carrier, defaults, filter);
+  const auto added = [&](std::optional<ServiceType> type) {
+    return AddService(messages, database, carrier, defaults, type);
   };
-  EXPECT_EQ(added(ServiceFilter::kAll)->record.type, 3u);
-  EXPECT_EQ(added(ServiceFilter::kTv)->record.type, kTv);
-  EXPECT_EQ(added(ServiceFilter::kRadio)->record.type, kRadio);
+  EXPECT_EQ(added({})->record.type, 3u);
+  EXPECT_EQ(added(kTv)->record.type, kTv);
+  EXPECT_EQ(added(kRadio)->record.type, kRadio);
   EXPECT_EQ(carrier.services.back()->record.program_number, 6u);
   DeleteServices(database, {carrier.services[1], carrier.services[3], carrier.services[1]});
-  EXPECT_EQ(added(ServiceFilter::kAll)->record.program_number, 2u);
-  EXPECT_EQ(added(ServiceFilter::kAll)->record.program_number, 4u);
-  EXPECT_EQ(added(ServiceFilter::kAll)->record.program_number, 7u);
+  EXPECT_EQ(added({})->record.program_number, 2u);
+  EXPECT_EQ(added({})->record.program_number, 4u);
+  EXPECT_EQ(added({})->record.program_number, 7u);
 }
 
 TEST_F(Edits, TheLastLnbAndTheLastSdbStay) {

@@ -87,7 +87,7 @@ TEST_F(Tools, FindingsLeadToTheirRecords) {
   database.favourites[2].record.radio_name[0] = 0;
   document.ubis.push_back({"", {}});
   std::vector<TreePath> places;
-  for (const Finding& finding : FindFaults(document)) places.push_back(finding.place);
+  for (const Finding& finding : FindFaults(document)) places.push_back(PathOf(document, finding.place));
   EXPECT_THAT(places,
               ElementsAre(TreePath{0, 1, 0, 0}, TreePath{0, 1, 0, 1, 0}, TreePath{0, 3, 2}, TreePath{1, 0}));
 }

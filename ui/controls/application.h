@@ -91,6 +91,7 @@ inline constexpr UINT kMaximizeAgain = WM_APP + 2;
 Messages BoxMessages(Application& app);
 // The window that a box or dialog belongs to: the active dialog, else the frame.
 HWND OwnerWindow(const Application& app);
+// Boxes with a question, over OwnerWindow; closing one means Cancel. `text` is UTF-8.
 enum class Answer { kYes, kNo, kCancel };
 Answer AskYesNoCancel(const Application& app, const std::string& text);
 bool AskOkCancel(const Application& app, const std::string& text);

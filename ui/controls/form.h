@@ -9,6 +9,7 @@
 #include "core/messages.h"
 #include "ui/controls/application.h"
 #include "view/record_forms.h"
+#include "view/refusal.h"
 
 namespace vexa {
 

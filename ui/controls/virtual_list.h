@@ -36,6 +36,7 @@ void SetUpList(const Form& form, const VirtualList& list, const std::vector<Virt
 void FitLastColumn(HWND list);
 // Shows `count` rows with `highlighted` in sight; does not call `highlight`.
 void ShowRows(const Form& form, VirtualList& list, size_t count, std::optional<size_t> highlighted);
+// Draws the rows in sight anew, whose texts have changed.
 void RedrawRows(const Form& form, const VirtualList& list);
 // The answer to a notification of this list; nothing when it is another control's.
 std::optional<LRESULT> ListNotification(const Form& form, VirtualList& list, NMHDR& header);

@@ -40,4 +40,11 @@ HFONT MakeFont(HWND window) {
   return CreateFontIndirectW(&font);
 }
 
+void RenewFont(HFONT& font, HWND window, const std::vector<HWND>& controls) {
+  HFONT old = font;
+  font = MakeFont(window);
+  for (HWND control : controls) SendMessageW(control, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+  if (old) DeleteObject(old);
+}
+
 }  // namespace vexa

@@ -9,6 +9,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/windows/wide.h"
 
@@ -20,6 +21,9 @@ void SetText(HWND window, const std::string& utf8);
 int Scaled(HWND window, int length);
 // "MS Sans Serif" at the window's resolution; the caller deletes it.
 HFONT MakeFont(HWND window);
+// Gives the controls that font at the window's present resolution; the one in `font` goes, the new one is in
+// its place.
+void RenewFont(HFONT& font, HWND window, const std::vector<HWND>& controls);
 
 // The full path of a file in the system's folder: a file of that name beside the program, or in the current
 // folder, is never taken instead.

@@ -12,6 +12,8 @@ namespace vexa {
 // must be as before. Returns what `operation` returned.
 bool ChangeDocument(EditorWindow& editor, const std::function<bool()>& operation, bool is_sort = false);
 
+// Take the last step back, and bring the last one that was taken back again; tree, list, panel and caption
+// follow. Nothing when there is none.
 void UndoChange(EditorWindow& editor);
 void RedoChange(EditorWindow& editor);
 

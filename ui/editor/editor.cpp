@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "core/messages.h"
+#include "ui/controls/child_window.h"
 #include "ui/controls/guard.h"
 #include "ui/controls/resource.h"
 #include "ui/editor/editor_parts.h"
@@ -59,12 +60,10 @@ void AddTip(EditorWindow& editor, HWND control, const wchar_t* text) {
 }
 
 void ShowFontsAndPictures(EditorWindow& editor) {
-  HFONT old = editor.font;
-  editor.font = MakeFont(editor.window);
-  for (HWND child = GetWindow(editor.window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
-    SendMessageW(child, WM_SETFONT, reinterpret_cast<WPARAM>(editor.font), TRUE);
-  }
-  if (old) DeleteObject(old);
+  std::vector<HWND> children;
+  for (HWND child = GetWindow(editor.window, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+    children.push_back(child);
+  RenewFont(editor.font, editor.window, children);
   const auto pictures = reinterpret_cast<LPARAM>(editor.app->tree_pictures);
   SendMessageW(editor.tree, TVM_SETIMAGELIST, TVSIL_NORMAL, pictures);
   SendMessageW(editor.tree, TVM_SETITEMHEIGHT, static_cast<WPARAM>(-1), 0);
@@ -362,11 +361,6 @@ LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   return DefMDIChildProcW(window, message, wparam, lparam);
 }
 
-LRESULT CALLBACK EditorProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
-  return Guarded(LRESULT{message == WM_CREATE ? -1 : 0},
-                 [&] { return EditorMessage(window, message, wparam, lparam); });
-}
-
 }  // namespace
 
 bool TranslateEditorKey(EditorWindow& editor, const MSG& message) {
@@ -393,17 +387,7 @@ void ShowTips(const EditorWindow& editor, MSG message) {
 }
 
 bool RegisterEditorClass(Application& app) {
-  WNDCLASSEXW editor{};
-  editor.cbSize = sizeof editor;
-  editor.style = CS_HREDRAW | CS_VREDRAW;
-  editor.lpfnWndProc = EditorProcedure;
-  editor.cbWndExtra = sizeof(LONG_PTR);
-  editor.hInstance = app.instance;
-  editor.hIcon = LoadIconW(app.instance, MAKEINTRESOURCEW(IDI_VEXA));
-  editor.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-  editor.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-  editor.lpszClassName = kEditorClass;
-  return RegisterClassExW(&editor) != 0;
+  return RegisterChildClass(app.instance, kEditorClass, ChildProcedure<EditorMessage>);
 }
 
 EditorWindow* EditorOf(HWND window) {

@@ -10,11 +10,11 @@
 #include "core/undo.h"
 #include "platform/file_identity.h"
 #include "ui/controls/application.h"
-#include "view/command_state.h"
 #include "view/node_edit.h"
 #include "view/row_order.h"
 #include "view/tree_path.h"
 #include "view/view_model.h"
+#include "view/window_state.h"
 
 namespace vexa {
 
@@ -74,17 +74,28 @@ struct EditorWindow {
   std::wstring cell;  // text handed to the list control
 };
 
-// A new window over `document`; an empty `path` for a database without file.
+// A new window over `document`; an empty `path` for a database without file; `changed`: it is to be saved
+// before it goes. The window owns the structure, until it is destroyed. nullptr, without a message, when the
+// system makes no window.
 EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed);
 // The active database window; nullptr when there is none or another window is active.
 EditorWindow* ActiveEditor(const Application& app);
+// The database window of this handle; nullptr for another window, and for one that is gone.
 EditorWindow* EditorOf(HWND window);
+// All database windows, the one in front first.
 std::vector<EditorWindow*> AllEditors(const Application& app);
 
-bool RefreshList(EditorWindow& editor);  // false: the control does not follow
+// Makes the list's rows anew for the selected node and view. False, without a message: the control does not
+// follow, and the program cannot go on.
+bool RefreshList(EditorWindow& editor);
+// Name and mark of a change in the title.
 void RefreshCaption(EditorWindow& editor);
+// Says whether there is something to save, and shows it.
 void MarkChanged(EditorWindow& editor, bool changed);
+// What a view button or command does: the list shows that view of the selected node.
 void ShowView(EditorWindow& editor, ListView view);
+// The "Information" command: the list shows every field of the record in sight, or, after a message, nothing
+// happens.
 void ShowInformation(EditorWindow& editor);
 // Shows the record at the place: its parent selected in the tree, itself in the list, which gets the focus if
 // asked. False when there is no such record.
@@ -101,9 +112,13 @@ DatabaseLook LookOf(const EditorWindow& editor);
 // The SDB of the selection, the first one without; nullptr when there is none.
 const OpenSdb* SelectedSdb(const EditorWindow& editor);
 
-// False when the user keeps the window open or a save failed.
+// Asks about changes that are not saved, and saves. False when the user keeps the window open or a save
+// failed.
 bool MayClose(EditorWindow& editor);
+// Saves to its file, or asks for one where it has none. False when the user gave up, or after a message; then
+// the file is as it was.
 bool SaveEditor(EditorWindow& editor);
+// The same to a file that the user names.
 bool SaveEditorAs(EditorWindow& editor);
 
 // While records are dragged no key may change them: Esc ends the drag, the others are lost. True when taken.
@@ -113,6 +128,7 @@ bool TranslateEditorKey(EditorWindow& editor, const MSG& message);
 // Lets the tooltip of the control under the mouse come and go.
 void ShowTips(const EditorWindow& editor, MSG message);
 
+// Once, before the first window. False when the system refuses.
 bool RegisterEditorClass(Application& app);
 
 }  // namespace vexa

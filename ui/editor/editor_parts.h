@@ -10,14 +10,17 @@ namespace vexa {
 // A message to the database window: other rows are selected. Posted once for all that one step changes.
 inline constexpr UINT kSelectionChanged = WM_APP + 4;
 
+// Answers a notification of the tree, the list or a title of its columns; 0 for others.
 LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam);
 // The list's columns: made with the widths and in the order that the user last gave them, and remembered
 // before they go.
 void FillColumns(EditorWindow& editor);
 void KeepColumns(EditorWindow& editor);
-void ShowRowOrder(EditorWindow& editor);  // the arrow in a title
-// Places of the selected rows, ascending.
+// The arrow in the title of the column by which the rows are ordered.
+void ShowRowOrder(EditorWindow& editor);
+// Places of the selected rows, from 0, ascending.
 std::vector<size_t> SelectedRows(const EditorWindow& editor);
+// The records of these rows, in the order of the list.
 std::vector<NodeRef> SelectedRecords(const EditorWindow& editor);
 // Lets the list leave a selection of very many rows without a pause.
 void QuickenList(EditorWindow& editor);
@@ -28,22 +31,34 @@ void SelectListRows(EditorWindow& editor, const std::function<bool(size_t)>& cho
 // Selects the record's row alone and brings it in sight; false when the list does not show it.
 bool SelectListRow(EditorWindow& editor, const NodeRef& node);
 
-// Drag and drop; `at` is in the control. DragMessage takes what the window gets while it lasts.
+// Drag and drop; `at` is in pixels of the control where it begins. From the tree its item goes, from the list
+// all selected rows; `row` is the one below the mouse. Nothing begins for records that cannot be dragged,
+// and, after a message, for rows that cannot be moved together.
 void BeginTreeDrag(EditorWindow& editor, HTREEITEM item, POINT at);
 void BeginListDrag(EditorWindow& editor, int row, POINT at);
+// Begins a drag of `rows` out of the control `source`; `image`, which may be null, belongs to the drag from
+// here on.
 void StartDrag(EditorWindow& editor, const std::vector<NodeRef>& rows, HIMAGELIST image, POINT at,
                HWND source);
+// What the window gets while a drag lasts. True: it was the drag's.
 bool DragMessage(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lparam);
+// Ends a drag without a drop; nothing when there is none.
 void CancelDrag(EditorWindow& editor);
 
-// The tree's items.
+// The node that is the parameter of a tree's item; it belongs to its parent node.
 TreeNode& NodeOf(LPARAM parameter);
+// What an item stands for; of no kind for no item.
 NodeRef NodeOfItem(const EditorWindow& editor, HTREEITEM item);
+// Puts the items below a node into the control, closed; nothing when they are there.
 void FillNode(EditorWindow& editor, TreeNode& node);
+// Fills and opens it.
 void ExpandNode(EditorWindow& editor, TreeNode& node);
+// Opens the selected node.
 void OpenSelectedNode(EditorWindow& editor);
-void OpenAllBelow(EditorWindow& editor);  // the selected node
-void FillTree(EditorWindow& editor);      // of a new window
+// Opens the selected node and all below it.
+void OpenAllBelow(EditorWindow& editor);
+// Puts the roots of a new window's document into the tree.
+void FillTree(EditorWindow& editor);
 // Forgets what tree and list show and fills them anew, whatever state they are in.
 void ShowAnew(EditorWindow& editor);
 

@@ -46,7 +46,7 @@ void GoTo(HWND dialog, FindingsWindow& window, bool focus) {
     return;
   }
   SendMessageW(window.app.client, WM_MDIACTIVATE, reinterpret_cast<WPARAM>(editor->window), 0);
-  ShowRecord(*editor, window.findings[static_cast<size_t>(row)].place, focus);
+  ShowRecord(*editor, PathOf(editor->document, window.findings[static_cast<size_t>(row)].place), focus);
 }
 
 void Open(HWND dialog, FindingsWindow& window) {

@@ -11,6 +11,8 @@ namespace vexa {
 // The configuration dialog, opened by the command that states the request. True when it ended with OK and the
 // chosen configuration is in force.
 bool ShowSettings(Application& app, const SettingsRequest& request);
+// The dialogs "Default Values", colours and sorting: each changes what it is about, and keeps it for later
+// runs where it is a setting, when the user ends it with OK; sorting is one step for Undo.
 void ShowDefaultValues(Application& app);
 void ShowColours(Application& app);
 void ShowSort(EditorWindow& editor);

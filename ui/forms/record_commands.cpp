@@ -49,7 +49,7 @@ void Add(Application& app) {
   }
   std::optional<NodeRef> added;
   ChangeDocument(editor, [&] {
-    added = AddAtNode(MessagesOf(editor), editor.document, at, app.defaults, FilterOf(editor.view))
+    added = AddAtNode(MessagesOf(editor), editor.document, at, app.defaults, TypeShown(editor.view))
                 .value_or(NodeRef{});
     return added->kind != NodeKind::kNone;
   });
@@ -64,7 +64,7 @@ void Insert(Application& app) {
   const std::vector<NodeRef> rows = CommandRows(editor);
   std::optional<NodeRef> added;
   ChangeDocument(editor, [&] {
-    added = InsertAtRows(MessagesOf(editor), editor.document, rows, app.defaults, FilterOf(editor.view));
+    added = InsertAtRows(MessagesOf(editor), editor.document, rows, app.defaults, TypeShown(editor.view));
     return added.has_value();
   });
   ShowAdded(editor, added);

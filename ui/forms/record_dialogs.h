@@ -10,23 +10,31 @@
 
 namespace vexa {
 
-// The dialog of the node's kind; entries of favourites show the service that they name.
+// All nodes are of the window's document as it is. The dialog of the node's kind; entries of favourites show
+// the service that they name.
 bool EditRecord(EditorWindow& editor, const NodeRef& node);
+// Of that kind of node alone.
 bool EditLnb(EditorWindow& editor, const NodeRef& node);
 bool EditSatellite(EditorWindow& editor, const NodeRef& node);
 bool EditCarrier(EditorWindow& editor, const NodeRef& node);
 bool EditService(EditorWindow& editor, const NodeRef& node);
+// Of the user box record and the SDB at that place, from 0.
 bool EditUserBox(EditorWindow& editor, size_t ubi);
 bool EditSdb(EditorWindow& editor, size_t sdb);
 // Name and entries of a favourite group; opens with the radio half if asked.
 bool EditFavourites(EditorWindow& editor, const NodeRef& group, bool radio);
+// Shows every field of the service; nothing can be changed there.
 void ShowServiceDetails(EditorWindow& editor, const NodeRef& node);
 
+// Asks where the rows are to go, or for the row to swap with; the rows lie in one list and are no services.
 bool MoveRecords(EditorWindow& editor, const std::vector<NodeRef>& rows, bool swap);
+// Asks for the carrier, and the place there, to which the services go: those among the rows, and those that
+// entries of favourites among them name.
 bool MoveServicesOf(EditorWindow& editor, const std::vector<NodeRef>& rows);
 
-// Version and initials for the file.
+// Version and initials of the window's next save. False when the user gave up.
 bool AskVersion(EditorWindow& editor);
+// Which SDBs and user box records are to be saved; nothing when the user gave up.
 std::optional<BinSelection> AskParts(EditorWindow& editor);
 
 }  // namespace vexa

@@ -26,7 +26,7 @@ CommandFunction FunctionOf(UINT id) {
 }
 
 // What the command's key or button stands for in the active window.
-const CommandInfo* CommandHere(const CommandState& state, UINT id) {
+const CommandInfo* CommandHere(const WindowState& state, UINT id) {
   const CommandInfo* command = FindCommand(id);
   const bool other = command && command->in_console != kNoCommand && state.console_active;
   return other ? FindCommand(command->in_console) : command;
@@ -34,22 +34,30 @@ const CommandInfo* CommandHere(const CommandState& state, UINT id) {
 
 }  // namespace
 
-CommandState StateOfCommands(const Application& app) {
-  CommandState state;
+WindowState StateOfCommands(const Application& app) {
+  WindowState state;
   SeeConsole(state, app);
   if (const EditorWindow* editor = ActiveEditor(app)) SeeDatabase(state, LookOf(*editor));
   return state;
 }
 
-bool CanRun(const CommandState& state, UINT id) {
+bool CanRun(const WindowState& state, UINT id) {
   const CommandInfo* command = CommandHere(state, id);
   return command && FunctionOf(command->id) && CommandEnabled(*command, state.present);
+}
+
+std::vector<UINT> CommandsWithFunction() {
+  std::vector<UINT> ids;
+  for (const CommandGroup group : kGroups) {
+    for (const CommandRow& row : group()) ids.push_back(row.id);
+  }
+  return ids;
 }
 
 bool RunCommand(Application& app, UINT id) {
   if (RunRowCommand(app, id)) return true;
   if (!FindCommand(id)) return false;
-  const CommandState state = StateOfCommands(app);
+  const WindowState state = StateOfCommands(app);
   if (app.busy == 0 && CanRun(state, id)) {
     const CommandId command = CommandHere(state, id)->id;
     app.outcome.clear();

@@ -100,10 +100,7 @@ bool CreateProgramFolder(Application& app) {
 }
 
 void ShowStatusFont(Application& app) {
-  HFONT old = app.status_font;
-  app.status_font = MakeFont(app.frame);
-  SendMessageW(app.status, WM_SETFONT, reinterpret_cast<WPARAM>(app.status_font), TRUE);
-  if (old) DeleteObject(old);
+  RenewFont(app.status_font, app.frame, {app.status});
 }
 
 bool StartFrame(Application& app) {

@@ -5,10 +5,13 @@
 
 namespace vexa {
 
+// The classes of the frame, the database window and the console; once. False when the system refuses.
 bool RegisterClasses(Application& app);
 // Creates and shows the frame. False when the program cannot start; the reason was shown.
 bool CreateFrame(Application& app);
+// Serves the windows until the program is to end. The exit status of the program: 0, or why it ended.
 int RunMessageLoop(Application& app);
+// The box that names the program and its version; returns when it is closed.
 void ShowAbout(Application& app);
 
 // Opens a database file in a window of its own, or brings the window to the front that shows it already.
@@ -18,6 +21,7 @@ bool OpenDatabaseFile(Application& app, const Path& path);
 // as soon as no dialog is open. OpenWaiting goes on with them.
 void OpenWhenFree(Application& app, const std::vector<Path>& paths);
 void OpenWaiting(Application& app);
+// Puts the file on top of the recent ones.
 void RememberFile(Application& app, const Path& path);
 // Called when the active window, its selection or its state has changed.
 void RefreshFrame(Application& app);

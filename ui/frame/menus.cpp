@@ -117,7 +117,7 @@ HACCEL MakeKeys(bool database) {
 }
 
 // A button with a menu is dead only when all of the menu is.
-bool CanUseButton(const CommandState& state, const CommandInfo& command) {
+bool CanUseButton(const WindowState& state, const CommandInfo& command) {
   if (CanRun(state, command.id)) return true;
   if (command.button.drop_down == MenuName::kFrame) return false;
   const std::vector<MenuRow> rows = MenuRows(command.button.drop_down);
@@ -187,7 +187,7 @@ void RefreshRecentMenus(Application& app) {
 }
 
 void PrepareMenu(Application& app, HMENU menu) {
-  const CommandState state = StateOfCommands(app);
+  const WindowState state = StateOfCommands(app);
   for (int i = 0; i < GetMenuItemCount(menu); ++i) {
     const UINT id = GetMenuItemID(menu, i);
     const auto at = static_cast<UINT>(i);
@@ -239,7 +239,7 @@ bool CreateToolbar(Application& app) {
 }
 
 void RefreshToolbar(Application& app) {
-  const CommandState state = StateOfCommands(app);
+  const WindowState state = StateOfCommands(app);
   for (const CommandInfo* command : ToolbarButtons()) {
     if (!command) continue;
     SendMessageW(app.toolbar, TB_ENABLEBUTTON, command->id, MAKELPARAM(CanUseButton(state, *command), 0));

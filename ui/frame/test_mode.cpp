@@ -8,6 +8,7 @@
 
 #include "core/messages.h"
 #include "ui/editor/editor.h"
+#include "ui/frame/commands.h"
 #include "ui/frame/menus.h"
 #include "ui/line/console.h"
 
@@ -42,12 +43,21 @@ void DescribeMenu(Application& app, HMENU menu, int depth, std::string& text) {
   }
 }
 
+bool Leave(const Application& app, const char* name, const std::string& text) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  return WriteWholeFile(app.context.temporary_folder / name, {bytes, text.size()}) == WriteResult::kDone;
+}
+
 bool DescribeMenus(Application& app) {
   std::string text;
   DescribeMenu(app, GetMenu(app.frame), 0, text);
-  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-  return WriteWholeFile(app.context.temporary_folder / "menus.txt", {bytes, text.size()}) ==
-         WriteResult::kDone;
+  return Leave(app, "menus.txt", text);
+}
+
+bool ListFunctions(const Application& app) {
+  std::string text;
+  for (const UINT id : CommandsWithFunction()) text += Format("%u\n", id);
+  return Leave(app, "functions.txt", text);
 }
 
 bool FillLog(Application& app, LPARAM lines) {
@@ -63,6 +73,7 @@ bool FillLog(Application& app, LPARAM lines) {
 
 bool AnswerTest(Application& app, WPARAM request, LPARAM number) {
   if (request == kDescribeMenus) return DescribeMenus(app);
+  if (request == kListFunctions) return ListFunctions(app);
   if (request == kLoseViewer) {
     app.report_viewer = L"no such viewer.exe";
     return true;

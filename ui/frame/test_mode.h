@@ -13,7 +13,8 @@ inline constexpr const wchar_t* kTestMessage = L"VexaEditorTest";
 // The tree and the list to lose are those of the active database window. kMarkQueue, posted, gives the frame
 // a property of the message's name when it comes to its turn. kFailAllocation lets the allocation of that
 // number fail, counted from the next one on, once; 0: none. kFillLog puts so many lines into the console's
-// log.
+// log. kListFunctions writes the identifiers of the commands that have a function, a line each, to
+// "functions.txt" beside the menus.
 enum TestRequest : WPARAM {
   kDescribeMenus,
   kExhaustMemory,
@@ -23,6 +24,7 @@ enum TestRequest : WPARAM {
   kMarkQueue,
   kFailAllocation,
   kFillLog,
+  kListFunctions,
 };
 // In test mode the thread exit event has this name: an object of another kind in its place makes it fail.
 inline constexpr const wchar_t* kTestExitEvent = L"VexaEditorTestExit";

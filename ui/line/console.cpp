@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "ui/controls/child_window.h"
 #include "ui/controls/guard.h"
 #include "ui/controls/resource.h"
 #include "ui/line/console_log.h"
@@ -210,10 +211,7 @@ void EnableButton(ConsoleWindow& console, int id, bool enabled) {
 }
 
 void SetLineFont(ConsoleWindow& console) {
-  HFONT old = console.font;
-  console.font = MakeFont(console.window);
-  SendMessageW(console.line, WM_SETFONT, reinterpret_cast<WPARAM>(console.font), TRUE);
-  if (old) DeleteObject(old);
+  RenewFont(console.font, console.window, {console.line});
 }
 
 bool CreateControls(ConsoleWindow& console) {
@@ -399,25 +397,10 @@ LRESULT ConsoleMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) 
   return DefMDIChildProcW(window, message, wparam, lparam);
 }
 
-LRESULT CALLBACK ConsoleProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
-  return Guarded(LRESULT{message == WM_CREATE ? -1 : 0},
-                 [&] { return ConsoleMessage(window, message, wparam, lparam); });
-}
-
 }  // namespace
 
 bool RegisterConsoleClass(Application& app) {
-  WNDCLASSEXW console{};
-  console.cbSize = sizeof console;
-  console.style = CS_HREDRAW | CS_VREDRAW;
-  console.lpfnWndProc = ConsoleProcedure;
-  console.cbWndExtra = sizeof(LONG_PTR);
-  console.hInstance = app.instance;
-  console.hIcon = LoadIconW(app.instance, MAKEINTRESOURCEW(IDI_VEXA));
-  console.hCursor = LoadCursorW(nullptr, IDC_ARROW);
-  console.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
-  console.lpszClassName = kConsoleClass;
-  return RegisterClassExW(&console) != 0;
+  return RegisterChildClass(app.instance, kConsoleClass, ChildProcedure<ConsoleMessage>);
 }
 
 uint64_t ConsoleClock() {

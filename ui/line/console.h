@@ -3,7 +3,7 @@
 
 #include "serial/console.h"
 #include "ui/controls/application.h"
-#include "view/command_state.h"
+#include "view/window_state.h"
 
 namespace vexa {
 
@@ -23,12 +23,13 @@ struct ConsoleWindow {
   Console console;
 };
 
+// Once, before the window opens. False when the system refuses.
 bool RegisterConsoleClass(Application& app);
-// nullptr: it is not open.
+// The console's window, which belongs to itself; nullptr: it is not open.
 ConsoleWindow* OpenConsoleOf(const Application& app);
 
 // Adds what its commands look at.
-void SeeConsole(CommandState& state, const Application& app);
+void SeeConsole(WindowState& state, const Application& app);
 // The port that the console holds open; empty: none.
 std::string ConsolePort(const Application& app);
 // The frame is about to close: asks when a port is connected. False: everything stays open.
@@ -41,15 +42,19 @@ bool TranslateConsoleKey(Application& app, const MSG& message);
 
 // --- shared by the console's files ---
 
+// Opens it where it is not open yet. False, without a message, when the system makes no window.
 bool OpenConsoleWindow(Application& app);
+// Asks whether the console may close, and disconnects its port. False: it stays open, or has ended already.
 bool MayCloseConsole(ConsoleWindow& console);
 // Disconnects; a port that does not close ends the whole program.
 void Disconnect(ConsoleWindow& console);
 // Shows connection, upload and port settings as they are now.
 void ShowConsoleState(ConsoleWindow& console);
+// Shows or hides the line for commands, and gives its place to the log.
 void ShowCommandLine(ConsoleWindow& console, bool shown);
 // Puts the options in force, shows them and keeps them for later runs.
 void ChangeConsoleOptions(ConsoleWindow& console, const ConsoleOptions& options);
+// Milliseconds of a clock that only goes forward: the `now` of serial/console.h.
 uint64_t ConsoleClock();
 
 }  // namespace vexa

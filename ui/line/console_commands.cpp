@@ -151,7 +151,7 @@ std::span<const CommandRow> ConsoleCommands() {
   return kConsoleCommands;
 }
 
-void SeeConsole(CommandState& state, const Application& app) {
+void SeeConsole(WindowState& state, const Application& app) {
   ConsoleWindow* console = OpenConsoleOf(app);
   if (!console) return;
   const ConsoleState line = console->console.state;

@@ -15,8 +15,10 @@ HWND CreateLogView(HWND parent, HINSTANCE instance, int id);
 void SetLogFont(HWND log, bool fixed);
 // It follows when its end is in sight and nothing is selected.
 ViewUse LogUse(HWND log);
+// Brings the last line in sight.
 void ScrollLogToEnd(HWND log);
 size_t LogLength(HWND log);  // characters
+// The selection of the user, in any part of the log; copying puts it on the clipboard as text.
 bool HasLogSelection(HWND log);
 void SelectWholeLog(HWND log);
 void CopyLogSelection(HWND log);

@@ -12,7 +12,7 @@
 
 namespace vexa {
 
-struct CommandState {
+struct WindowState {
   uint32_t present = kNeedsNothing;  // `Need` bits
   bool console_active = false;
 
@@ -39,8 +39,8 @@ struct DatabaseLook {
   bool has_rows = false;  // the list shows records
 };
 
-// Adds an active database window.
-void SeeDatabase(CommandState& state, const DatabaseLook& look);
+// Fills in what the active database window says: its part of `present`, its view and what can be undone.
+void SeeDatabase(WindowState& state, const DatabaseLook& look);
 
 // The SDB of the node, the first one for a node of no SDB; nullptr when there is none.
 const OpenSdb* SdbOf(const Document& document, const NodeRef& node);

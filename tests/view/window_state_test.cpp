@@ -1,4 +1,4 @@
-#include "view/command_state.h"
+#include "view/window_state.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@ namespace vexa {
 
 namespace {
 
-std::set<int> CheckedIn(const CommandState& state) {
+std::set<int> CheckedIn(const WindowState& state) {
   std::set<int> checked;
   for (const CommandInfo& command : Commands()) {
     if (CommandChecked(command, state)) checked.insert(command.id);
@@ -18,9 +18,9 @@ std::set<int> CheckedIn(const CommandState& state) {
   return checked;
 }
 
-TEST(CommandState, ChecksFollowIt) {
+TEST(WindowState, ChecksFollowIt) {
   EXPECT_EQ(CheckedIn({}), std::set<int>{});
-  CommandState state;
+  WindowState state;
   state.payload_compressed = true;
   state.view = ListView::kBelow;
   EXPECT_EQ(CheckedIn(state), std::set<int>{kCmdCompressBin});
@@ -51,10 +51,10 @@ TEST(CommandState, ChecksFollowIt) {
   }
 }
 
-TEST(CommandState, TextsAndPicturesFollowIt) {
+TEST(WindowState, TextsAndPicturesFollowIt) {
   const CommandInfo& undo = *FindCommand(kCmdUndo);
   const CommandInfo& connect = *FindCommand(kCmdConnect);
-  CommandState state;
+  WindowState state;
   EXPECT_EQ(MenuText(undo, state), "&Undo Sorting\tCtrl+Z");
   EXPECT_EQ(MenuText(connect, state), "Connec&t\tF10");
   EXPECT_FALSE(connect.button.has_other_picture(state));
@@ -80,8 +80,8 @@ struct Looks : testing::Test {
     StartHistory(history, document);
   }
   // With the node selected in the tree.
-  CommandState See(const NodeRef& node) {
-    CommandState state;
+  WindowState See(const NodeRef& node) {
+    WindowState state;
     SeeDatabase(state,
                 {.document = document, .history = history, .selected = node, .record = node, .row = {}});
     return state;
@@ -115,7 +115,7 @@ TEST_F(Looks, WhatIsSelectedDecidesWhatCanBeDone) {
 TEST_F(Looks, ListAndHistory) {
   const NodeRef sdb = RootNodes(document)[0],
                 satellite = ChildNodes(document, ChildNodes(document, sdb)[1])[0];
-  CommandState state;
+  WindowState state;
   // A row of the list is what is changed and where is added; the tree's selection has the views.
   SeeDatabase(state, {document, history, sdb, satellite, satellite, ListView::kCarriers, true});
   EXPECT_EQ(state.present & (kNeedsRows | kNeedsMovable | kNeedsViews),

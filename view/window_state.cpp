@@ -1,4 +1,4 @@
-#include "view/command_state.h"
+#include "view/window_state.h"
 
 #include "view/node_edit.h"
 
@@ -32,7 +32,7 @@ uint32_t RecordNeeds(const DatabaseLook& look) {
 
 }  // namespace
 
-void SeeDatabase(CommandState& state, const DatabaseLook& look) {
+void SeeDatabase(WindowState& state, const DatabaseLook& look) {
   const OpenSdb* sdb = SdbOf(look.document, look.selected);
   state.present |= kNeedsEditor | RecordNeeds(look);
   if (CanUndo(look.history)) state.present |= kNeedsUndo;
