@@ -85,11 +85,13 @@ TEST_F(Tools, FindingsLeadToTheirRecords) {
   Add("", 100, 1);
   database.carriers[0]->record.symbol_rate = 1;
   database.favourites[2].record.radio_name[0] = 0;
+  database.favourites[4].record.tv_name[0] = 0;
+  database.satellites[0]->record.position = 65;
   document.ubis.push_back({"", {}});
   std::vector<TreePath> places;
   for (const Finding& finding : FindFaults(document)) places.push_back(PathOf(document, finding.place));
-  EXPECT_THAT(places,
-              ElementsAre(TreePath{0, 1, 0, 0}, TreePath{0, 1, 0, 1, 0}, TreePath{0, 3, 2}, TreePath{1, 0}));
+  EXPECT_THAT(places, ElementsAre(TreePath{0, 1, 0}, TreePath{0, 1, 0, 0}, TreePath{0, 1, 0, 1, 0},
+                                  TreePath{0, 3, 2}, TreePath{0, 2, 4}, TreePath{1, 0}));
 }
 
 TEST_F(Tools, RowsFollowAColumn) {
