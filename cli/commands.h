@@ -82,6 +82,8 @@ std::vector<std::pair<size_t, size_t>> ListRanges(const std::string& text);
 // Such a text, one-based, to zero-based positions, ascending, each once. Throws CommandFailed after a message
 // for a number beyond `count`; `what` it counts, one of them ("SDB").
 std::vector<size_t> ParseList(CommandState& state, const std::string& text, size_t count, const char* what);
+// Such positions, below 32, as bits.
+uint32_t MaskOf(const std::vector<size_t>& positions);
 // Gives the context a folder for scratch files; throws CommandFailed after a message when none can be made.
 void RequireTemporaryFolder(CommandState& state);
 // The configuration file that the command reads.

@@ -314,6 +314,12 @@ std::vector<size_t> ParseList(CommandState& state, const std::string& text, size
   return positions;
 }
 
+uint32_t MaskOf(const std::vector<size_t>& positions) {
+  uint32_t mask = 0;
+  for (const size_t position : positions) mask |= 1u << position;
+  return mask;
+}
+
 void ExpectWhole(CommandState& state, const Document& document, const std::string& file,
                  const std::string& output) {
   if (document.read_whole || !SameFile(PathFromUtf8(file), PathFromUtf8(output))) return;

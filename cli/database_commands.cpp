@@ -16,12 +16,6 @@ struct SaveOptions {
   std::string compress_bin, compress_sdb;
 };
 
-uint32_t MaskOf(const std::vector<size_t>& positions) {
-  uint32_t mask = 0;
-  for (const size_t position : positions) mask |= 1u << position;
-  return mask;
-}
-
 std::string InfoJson(const BinSizes& sizes, const Document& document) {
   using Json = nlohmann::ordered_json;
   Json root = {{"schema", "vexa-info/1"}, {"sdbs", Json::array()}};

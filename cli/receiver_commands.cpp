@@ -130,12 +130,6 @@ void VerifyAdb(CommandState& state, const UploadOptions& options) {
   });
 }
 
-uint32_t MaskOf(const std::vector<size_t>& positions) {
-  uint32_t mask = 0;
-  for (const size_t position : positions) mask |= 1u << position;
-  return mask;
-}
-
 std::vector<Path> PrepareSdb(CommandState& state, const UploadOptions& options, ProjectConfig& config) {
   config.sdb_format = options.format == "single" ? 0 : 1;
   config.image_type_chosen = options.image_type_given->count() > 0;

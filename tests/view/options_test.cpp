@@ -145,5 +145,14 @@ TEST(ConsoleSettings, AreReadAsTheyWereWrittenAndKeepTheirDefaultsElse) {
   }
 }
 
+TEST(TransferSettings, VerificationIsKept) {
+  const SettingsStore store = MemorySettingsStore();
+  EXPECT_FALSE(LoadVerifyUploads(store));
+  for (const bool verify : {true, false}) {
+    SaveVerifyUploads(store, verify);
+    EXPECT_EQ(LoadVerifyUploads(store), verify);
+  }
+}
+
 }  // namespace
 }  // namespace vexa
