@@ -152,7 +152,7 @@ TEST_F(RunCommands, EachLineIsAReceiverAndARow) {
   };
   Put("log.csv", "");
   const std::string line =
-      "upload adb @list.bin --port @line --timeout 1.5 --each --verify --json --log @log.csv "
+      "upload adb @list.bin --port @line --timeout 4 --each --verify --json --log @log.csv "
       "--time '2024-05-06 07:08:09'";
   ProgramResult result;
   {
@@ -160,7 +160,7 @@ TEST_F(RunCommands, EachLineIsAReceiverAndARow) {
     result = Vexa(line);
   }
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.errors, HasSubstr("error: The transfer made no progress for 1.5 seconds.\n"));
+  EXPECT_THAT(result.errors, HasSubstr("error: The transfer made no progress for 4 seconds.\n"));
   std::istringstream lines(result.output);
   std::vector<std::string> ends;
   for (std::string text; std::getline(lines, text);) {

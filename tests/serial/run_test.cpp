@@ -31,7 +31,7 @@ struct Serving {
     run.face.context = recorder.context;
     run.face.context.messages = messages.messages();
     run.face.api = &receiver.comm.api;
-    run.face.timeout = 1.2;
+    run.face.timeout = 8;
     run.face.progress = [this](const TransferProgress& now) { progress.push_back(now); };
     return run;
   }
@@ -84,6 +84,7 @@ std::string WhatIsWrong(uint8_t index, int frame, bool swapped) {
     if (gone) answer.clear();
   };
   ReceiverRun run = one.Make(receiver, index);
+  run.face.timeout = 1.2;
   const bool done = one.Serve(run);
   if (done && gone) return "it was gone";
   if (done && !one.Holds(receiver, index)) return "it holds something else";

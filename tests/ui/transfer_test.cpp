@@ -510,6 +510,26 @@ TEST_F(Line, KeysOnCancelAskAndTheOutcomeStaysUntilTheNextCommand) {
 }
 
 // The port is the program's own.
+TEST_F(Line, AnUploadIsComparedWhileTheBoxIsTicked) {
+  const auto editor = StartWithDatabase();
+  for (const bool ticked : {false, true}) {
+    editor->Command(kCmdUploadAdb);
+    HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
+    ASSERT_NE(dialog, nullptr);
+    HWND box = GetDlgItem(dialog, IDC_TRANSFER_VERIFY);
+    EXPECT_EQ(Send(box, BM_GETCHECK) == BST_CHECKED, ticked) << "it stays as it was";
+    if (!ticked) Send(box, BM_CLICK);
+    Watch(*editor, dialog);
+    dialog = editor->WaitForBox("Verifying");
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, IDC_TRANSFER_VERIFY)));
+    const Watched seen = Watch(*editor, dialog);
+    EXPECT_THAT(seen.statuses, testing::Contains("Verifying"));
+    EXPECT_EQ(FirstStatus(*editor), "Verification - Success");
+  }
+  ExpectCleanEnd(*editor);
+}
+
 TEST_F(Line, AConnectedConsoleIsNamedAsTheOneThatHoldsThePort) {
   const auto editor = StartWithDatabase();
   editor->Command(kCmdPortload);

@@ -1,11 +1,14 @@
 // Sending to and fetching from the receiver.
 #include <bit>
 
+#include "config/settings.h"
 #include "core/bin_file.h"
 #include "core/messages.h"
+#include "image/adb.h"
 #include "image/decoder.h"
 #include "platform/text.h"
 #include "serial/prepare.h"
+#include "serial/run.h"
 #include "ui/controls/form.h"
 #include "ui/editor/editor.h"
 #include "ui/line/console.h"
@@ -23,6 +26,29 @@ BinSelection OnlySdb(const EditorWindow& editor) {
   return {1u << place, 0};
 }
 
+// Reads the receiver back. What differs has been shown when the dialog closes.
+void VerifyAdb(Application& app, const Document& document, size_t sdb) {
+  const auto images = BuildAdbImages(app.context, document, sdb, app.config);
+  auto files = images ? PrepareDownload(app.context, app.config) : std::nullopt;
+  if (!files) return;
+  bool held = false;
+  TransferOrder order;
+  order.job = TransferJob::kDownload;
+  order.files = std::move(files->script);
+  order.region_files = std::move(files->regions);
+  order.verifies = true;
+  order.decode = [&, config = app.config](const Context& context, bool crc_failed) {
+    if (crc_failed) {
+      Tell(context.messages, Icon::kStop, "CRC Verification - failed \n Retry once again");
+      return false;
+    }
+    held = IsHeld(context, config, *document.sdbs[sdb].database, *images);
+    return held;
+  };
+  const bool through = RunTransferDialog(app, std::move(order));
+  if (through) app.outcome = held ? kVerified : "Verification - failed";
+}
+
 void UploadAdb(Application& app) {
   const EditorWindow& editor = *ActiveEditor(app);
   const Document& document = editor.document;
@@ -34,11 +60,12 @@ void UploadAdb(Application& app) {
     return PrepareAdbUpload(app.context, document, place, app.config, LocalTimeNow());
   }();
   if (!files) return;
-  RunTransferDialog(app, {TransferJob::kAdb,
-                          UploadSubject(document, selection, TransferJob::kAdb),
-                          std::move(*files),
-                          {},
-                          nullptr});
+  TransferOrder order;
+  order.subject = UploadSubject(document, selection, TransferJob::kAdb);
+  order.files = std::move(*files);
+  order.offers_verify = true;
+  if (RunTransferDialog(app, std::move(order)) && LoadVerifyUploads(app.settings))
+    VerifyAdb(app, document, place);
 }
 
 void AddTick(HWND list, int place, const std::string& text) {

@@ -7,7 +7,9 @@
 #include <optional>
 #include <utility>
 
+#include "config/settings.h"
 #include "serial/relay.h"
+#include "serial/run.h"
 #include "ui/controls/help.h"
 #include "ui/line/console.h"
 #include "ui/line/transfer_resource.h"
@@ -49,7 +51,7 @@ void Show(TransferWindow& window, int id, const std::string& text) {
 }
 
 void ShowStatusLine(TransferWindow& window) {
-  const std::string text = TransferStatusLine(window.session);
+  const std::string text = window.order.verifies ? kVerifying : TransferStatusLine(window.session);
   if (text.empty() || text == window.status) return;
   window.status = text;
   SetText(GetDlgItem(window.dialog, IDC_TRANSFER_STATUS), text);
@@ -69,7 +71,7 @@ void Connect(TransferWindow& window) {
   session.console_port = ConsolePort(window.app);
   transfer.region_files = window.order.region_files;
   transfer.view.title = [&window](const std::string& text) {
-    window.relay.Post([&window, text] { SetText(window.dialog, text); });
+    if (!window.order.verifies) window.relay.Post([&window, text] { SetText(window.dialog, text); });
   };
   transfer.view.status = [&window](const std::string&) {
     window.relay.Post([&window] { ShowStatusLine(window); });
@@ -156,9 +158,24 @@ LRESULT CALLBACK CancelProcedure(HWND button, UINT message, WPARAM wparam, LPARA
   return DefSubclassProc(button, message, wparam, lparam);
 }
 
+void ShowVerifyBox(const TransferWindow& window) {
+  HWND box = GetDlgItem(window.dialog, IDC_TRANSFER_VERIFY);
+  if (window.order.offers_verify && LoadVerifyUploads(window.app.settings))
+    SendMessageW(box, BM_SETCHECK, BST_CHECKED, 0);
+  ShowWindow(box, window.order.offers_verify ? SW_SHOW : SW_HIDE);
+}
+
+void KeepVerifyBox(const TransferWindow& window) {
+  SaveVerifyUploads(window.app.settings,
+                    IsDlgButtonChecked(window.dialog, IDC_TRANSFER_VERIFY) == BST_CHECKED);
+}
+
 void OpenTransfer(TransferWindow& window, HWND dialog) {
   window.dialog = dialog;
-  SetText(dialog, window.order.job == TransferJob::kDownload ? kDownloadTitle : kUploadTitle);
+  SetText(dialog, window.order.verifies                        ? kVerifying
+                  : window.order.job == TransferJob::kDownload ? kDownloadTitle
+                                                               : kUploadTitle);
+  ShowVerifyBox(window);
   ShowStatusLine(window);
   SetWindowSubclass(GetDlgItem(dialog, IDCANCEL), CancelProcedure, kCancelSubclass,
                     reinterpret_cast<DWORD_PTR>(&window));
@@ -178,6 +195,7 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
   if (!window) return FALSE;
   switch (message) {
     case WM_COMMAND:
+      if (LOWORD(wparam) == IDC_TRANSFER_VERIFY) KeepVerifyBox(*window);
       if (LOWORD(wparam) == IDCANCEL && window->running == 0 && MayCancel(*window)) EndTransfer(*window);
       return TRUE;
     case WM_HELP:
