@@ -134,6 +134,7 @@ bool RecordChange(UndoHistory& history, const Document& document, bool is_sort) 
   if (history.saved && *history.saved > history.done) history.saved.reset();
   history.steps.push_back(std::move(step));
   ++history.done;
+  ++history.turn;
   return true;
 }
 
@@ -150,6 +151,7 @@ void MarkSaved(UndoHistory& history) {
 
 void MarkUnsaved(UndoHistory& history) {
   history.saved.reset();
+  ++history.turn;
 }
 
 bool IsChanged(const UndoHistory& history) {
@@ -160,6 +162,7 @@ bool Undo(UndoHistory& history, Document& document) {
   if (!CanUndo(history)) return false;
   ApplyStep(history, history.steps[history.done - 1], document, false);
   --history.done;
+  ++history.turn;
   return true;
 }
 
@@ -167,6 +170,16 @@ bool Redo(UndoHistory& history, Document& document) {
   if (!CanRedo(history)) return false;
   ApplyStep(history, history.steps[history.done], document, true);
   ++history.done;
+  ++history.turn;
+  return true;
+}
+
+bool RevertToFirst(UndoHistory& history, Document& document) {
+  if (!CanUndo(history)) return false;
+  UndoHistory back = history;
+  while (Undo(back, document)) {
+  }
+  RecordChange(history, document, false);
   return true;
 }
 

@@ -43,7 +43,8 @@ struct UndoHistory {
   StateTables document;                         // present state of what is no SDB
   std::array<StateTables, kMaximumSdbs> slots;  // of each SDB, by slot; empty: the slot is free
   std::vector<HistoryStep> steps;
-  size_t done = 0;  // steps before this one are undone by Undo, the others redone by Redo
+  size_t done = 0;    // steps before this one are undone by Undo, the others redone by Redo
+  uint64_t turn = 0;  // another number for every state that the document was brought to
   std::optional<size_t> saved =
       0;  // value of `done` at which the document equals its file; none: unreachable
 };
@@ -69,6 +70,9 @@ void RestoreState(const UndoHistory& history, Document& document);
 bool Undo(UndoHistory& history, Document& document);
 // Does again the step that was taken back last. False when there is none.
 bool Redo(UndoHistory& history, Document& document);
+// Brings back the document that the history started with, as a step of its own, which Undo takes back. False
+// when there is no step behind it.
+bool RevertToFirst(UndoHistory& history, Document& document);
 // Whether Undo, or Redo, has a step to go.
 inline bool CanUndo(const UndoHistory& history) {
   return history.done > 0;

@@ -38,16 +38,20 @@ TemporaryFolder::TemporaryFolder(Path path, std::unique_ptr<LockedFile> owner)
     : path_(std::move(path)), owner_(std::move(owner)) {}
 
 TemporaryFolder::~TemporaryFolder() {
-  RemoveOwned(path_, std::move(owner_));
+  if (!stays_) RemoveOwned(path_, std::move(owner_));
 }
 
 std::unique_ptr<TemporaryFolder> TemporaryFolder::Make(const std::string& name, std::string& why) {
   std::error_code error;
   const Path parent = fs::temp_directory_path(error);
-  if (error) {
-    why = Reason(Attempt::kMakeFolder, Utf8FromPath(NamedParent()), error);
-    return nullptr;
-  }
+  if (!error) return MakeIn(parent, name, why);
+  why = Reason(Attempt::kMakeFolder, Utf8FromPath(NamedParent()), error);
+  return nullptr;
+}
+
+std::unique_ptr<TemporaryFolder> TemporaryFolder::MakeIn(const Path& parent, const std::string& name,
+                                                         std::string& why) {
+  std::error_code error;
   Path folder;
   // Where a hundred names are taken, that is the reason.
   std::error_code refused = std::make_error_code(std::errc::file_exists);
@@ -71,18 +75,29 @@ std::unique_ptr<TemporaryFolder> TemporaryFolder::Make(const std::string& name, 
   return nullptr;
 }
 
-void RemoveAbandonedFolders(const std::string& family) {
-  std::error_code error;
-  std::vector<Path> left;
-  const Path parent = fs::temp_directory_path(error);
-  if (error) return;
-  ListFolder(parent, left);
-  for (const Path& name : left) {
+std::vector<std::unique_ptr<TemporaryFolder>> TemporaryFolder::TakeAbandoned(const Path& parent,
+                                                                             const std::string& family) {
+  std::vector<std::unique_ptr<TemporaryFolder>> taken;
+  std::vector<Path> names;
+  ListFolder(parent, names);
+  for (const Path& name : names) {
     if (!Utf8FromPath(name).starts_with(family)) continue;
     const Path folder = parent / name;
+    std::error_code error;
     if (fs::symlink_status(folder, error).type() != fs::file_type::directory) continue;
-    if (auto owner = LockFile(folder / kOwnerFile, false)) RemoveOwned(folder, std::move(owner));
+    taken.emplace_back();  // before the lock: what comes behind it must not fail
+    if (auto owner = LockFile(folder / kOwnerFile, false))
+      taken.back().reset(new TemporaryFolder(folder, std::move(owner)));
+    else
+      taken.pop_back();
   }
+  return taken;
+}
+
+void RemoveAbandonedFolders(const std::string& family) {
+  std::error_code error;
+  const Path parent = fs::temp_directory_path(error);
+  if (!error) TemporaryFolder::TakeAbandoned(parent, family);
 }
 
 }  // namespace vexa

@@ -154,6 +154,11 @@ constexpr CommandInfo kCommands[] = {
      .tip = "Bring back what was taken back",
      .block = Block::kUndo,
      .button = {.place = 31, .picture = 7}},
+    {.id = kCmdRevert,
+     .text = "Revert to Ori&ginal",
+     .needs = kNeedsEditor | kNeedsUndo,
+     .tip = "Bring back the database as it was opened; Undo takes that back",
+     .block = Block::kUndo},
 
     {.id = kCmdEdit,
      .text = "&Edit",

@@ -86,6 +86,7 @@ enum CommandId : uint16_t {
   kCmdSaveSatellites = 40234,
   kCmdSaveParts = 40235,
   kCmdVersion = 40236,
+  kCmdRevert = 40237,
   kCmdConsoleFind = 40280,
   kCmdConsoleFindNext = 40281,
   kCmdConsoleHexadecimalView = 40282,

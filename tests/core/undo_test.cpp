@@ -36,6 +36,28 @@ TEST_F(History, UntouchedSdbsKeepTheirRecords) {
   EXPECT_EQ(document.slot_mask, 1u);
 }
 
+TEST_F(History, TheOriginalComesBackAsAStep) {
+  EXPECT_FALSE(RevertToFirst(history, document));
+  std::vector<StateTables> states = {DocumentState(document)};
+  for (const char* name : {"A", "B"}) {
+    document.sdbs[0].name = name;
+    AddSdb({}, document);
+    RecordChange(history, document);
+    states.push_back(DocumentState(document));
+  }
+  MarkSaved(history);
+  const uint64_t turn = history.turn;
+  ASSERT_TRUE(RevertToFirst(history, document));
+  EXPECT_EQ(DocumentState(document), states[0]);
+  EXPECT_TRUE(IsChanged(history));
+  EXPECT_NE(history.turn, turn);
+  Undo(history, document);
+  EXPECT_EQ(DocumentState(document), states[2]);
+  EXPECT_FALSE(IsChanged(history));
+  Redo(history, document);
+  EXPECT_EQ(DocumentState(document), states[0]);
+}
+
 size_t SizeOf(const UndoHistory& history) {
   size_t size = 0;
   for (const HistoryStep& step : history.steps)

@@ -16,6 +16,7 @@
 #include "platform/temporary_folder.h"
 #include "ui/controls/windows_api.h"
 #include "view/command_table.h"
+#include "view/recovery.h"
 
 namespace vexa {
 
@@ -33,6 +34,7 @@ struct Application {
   HWND console = nullptr;  // the uploader console, while it is open
 
   std::unique_ptr<TemporaryFolder> folder;  // the program's own
+  std::unique_ptr<Recovery> recovery;       // keeps unsaved work; empty: none can be kept
   Context context;  // its messages are boxes over the frame; its temporary folder is the program's
   SettingsStore settings;
   Path configuration_file;
@@ -86,6 +88,8 @@ class Busy {
 
 // A message to the frame: the active database window is maximised again, when there is one.
 inline constexpr UINT kMaximizeAgain = WM_APP + 2;
+// A message to the frame: a transfer is over, however it ended.
+inline constexpr UINT kTransferEnded = WM_APP + 5;
 
 // Messages as boxes over the program's top window.
 Messages BoxMessages(Application& app);

@@ -53,6 +53,10 @@ void RedoChange(EditorWindow& editor) {
   ShowStep(editor, Redo);
 }
 
+void RevertChanges(EditorWindow& editor) {
+  ShowStep(editor, RevertToFirst);
+}
+
 void RefreshChanged(EditorWindow& editor) {
   MarkChanged(editor, IsChanged(editor.history));
 }

@@ -16,6 +16,7 @@ bool ChangeDocument(EditorWindow& editor, const std::function<bool()>& operation
 // follow. Nothing when there is none.
 void UndoChange(EditorWindow& editor);
 void RedoChange(EditorWindow& editor);
+void RevertChanges(EditorWindow& editor);  // to the database as it was opened, which is a step of its own
 
 // Records `changed` in the caption as the history sees it.
 void RefreshChanged(EditorWindow& editor);

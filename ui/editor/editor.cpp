@@ -280,6 +280,7 @@ void Command(EditorWindow& editor, int id) {
 LRESULT Destroy(EditorWindow* editor, HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   SetWindowLongPtrW(window, 0, 0);
   if (editor->font) DeleteObject(editor->font);
+  ForgetKept(*editor);
   delete editor;
   return DefMDIChildProcW(window, message, wparam, lparam);
 }

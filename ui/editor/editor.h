@@ -120,6 +120,10 @@ bool MayClose(EditorWindow& editor);
 bool SaveEditor(EditorWindow& editor);
 // The same to a file that the user names.
 bool SaveEditorAs(EditorWindow& editor);
+// By which number the window's unsaved work is kept for the case that the program fails.
+uint64_t NumberOfKept(const EditorWindow& editor);
+// That work is kept no longer: it is saved, or the window goes.
+void ForgetKept(const EditorWindow& editor);
 
 // While records are dragged no key may change them: Esc ends the drag, the others are lost. True when taken.
 bool TakeDragKey(EditorWindow& editor, const MSG& message);

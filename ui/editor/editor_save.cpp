@@ -17,6 +17,7 @@ bool SaveTo(EditorWindow& editor, const Path& path) {
   editor.path = path;
   editor.file_state = StateOf(path);
   MarkSaved(editor.history);
+  ForgetKept(editor);
   editor.changed = false;
   RefreshCaption(editor);
   editor.app->refresh_frame();
@@ -26,6 +27,14 @@ bool SaveTo(EditorWindow& editor, const Path& path) {
 }
 
 }  // namespace
+
+uint64_t NumberOfKept(const EditorWindow& editor) {
+  return static_cast<uint64_t>(reinterpret_cast<UINT_PTR>(editor.window));
+}
+
+void ForgetKept(const EditorWindow& editor) {
+  if (editor.app->recovery) editor.app->recovery->Forget(NumberOfKept(editor));
+}
 
 bool SaveEditor(EditorWindow& editor) {
   return editor.path.empty() ? SaveEditorAs(editor) : SaveTo(editor, editor.path);

@@ -17,6 +17,7 @@
 #include "ui/editor/editor.h"
 #include "ui/frame/commands.h"
 #include "ui/frame/menus.h"
+#include "ui/frame/recovery.h"
 #include "ui/frame/test_mode.h"
 #include "ui/line/console.h"
 
@@ -26,6 +27,7 @@ namespace {
 
 constexpr UINT kFirstChildId = 45000;  // of the window menu; above all commands
 constexpr UINT kOpenWaiting = WM_APP + 1;
+constexpr UINT kOfferWork = WM_APP + 6;
 
 Application* AppOf(HWND frame) {
   return reinterpret_cast<Application*>(GetWindowLongPtrW(frame, GWLP_USERDATA));
@@ -118,6 +120,8 @@ bool StartFrame(Application& app) {
   // Opened once the frame stands, so that what the file has to say appears over it.
   if (app.open_at_start) app.waiting.push_back(*app.open_at_start);
   PostMessageW(app.frame, kOpenWaiting, 0, 0);
+  StartRecovery(app);
+  PostMessageW(app.frame, kOfferWork, 0, 0);
   return true;
 }
 
@@ -221,6 +225,7 @@ void EndFrame(Application& app) {
     KeepFramePlace(app);
     SaveWindowSettings(app.settings, app.window);
     app.folder.reset();
+    app.recovery.reset();
   }
   // The bar on the frame goes with it; the others are destroyed by the entry point.
   SetMenu(app.frame, nullptr);
@@ -344,6 +349,13 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
       return 0;
     case kOpenWaiting:
       OpenWaiting(*app);
+      return 0;
+    case kOfferWork:
+      OfferAbandonedWork(*app);
+      return 0;
+    case WM_TIMER:
+    case kTransferEnded:
+      KeepUnsavedWork(*app);
       return 0;
     case kMaximizeAgain:
       MaximizeActive(*app);

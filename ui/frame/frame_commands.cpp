@@ -129,6 +129,9 @@ void Undo(Application& app) {
 void Redo(Application& app) {
   RedoChange(*ActiveEditor(app));
 }
+void Revert(Application& app) {
+  RevertChanges(*ActiveEditor(app));
+}
 
 template <size_t N>
 void Recent(Application& app) {
@@ -169,6 +172,7 @@ constexpr CommandRow kFrameRows[] = {
     {kCmdCompressBin, CompressBin},
     {kCmdUndo, Undo},
     {kCmdRedo, Redo},
+    {kCmdRevert, Revert},
     {kCmdRecent1, Recent<0>},
     {kCmdRecent2, Recent<1>},
     {kCmdRecent3, Recent<2>},

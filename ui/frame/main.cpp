@@ -13,6 +13,7 @@
 #include "ui/forms/import_wizard.h"
 #include "ui/frame/frame.h"
 #include "ui/frame/menus.h"
+#include "ui/frame/recovery.h"
 #include "ui/frame/test_mode.h"
 
 namespace vexa {
@@ -54,27 +55,26 @@ void ReadArguments(Application& app) {
   app.settings = ToldSettings(app.settings, app.context.messages);
 }
 
-Application* running = nullptr;  // for the handler below, which is handed nothing
-
 // No exception may pass through the window system, so every procedure that it calls is noexcept: what one of
-// them lets out ends here, after the objects on the way have put their files in order.
+// them lets out ends here.
 [[noreturn]] void EndAfterException() {
   try {
     if (const std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
   } catch (const std::bad_alloc&) {
-    Tell(running->context.messages, Icon::kStop, "%s", kOutOfMemoryText);
-    running->folder.reset();
-    ExitProcess(1);
+    LeaveReport(kOutOfMemoryText, nullptr);
+  } catch (const std::exception& thrown) {
+    LeaveReport(thrown.what(), nullptr);
   } catch (...) {
   }
-  std::abort();
+  LeaveReport(nullptr, nullptr);
+  ExitProcess(1);
 }
 
 int RunEditor(HINSTANCE instance) {
   Application app;
   app.instance = instance;
   app.context.messages = BoxMessages(app);
-  running = &app;
+  HandleFailures(app);
   std::set_terminate(EndAfterException);
   app.choose_records = [&app](WorkRecords& work) { return RunImportWizard(app, work); };
   ReadArguments(app);

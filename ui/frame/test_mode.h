@@ -25,6 +25,7 @@ enum TestRequest : WPARAM {
   kFailAllocation,
   kFillLog,
   kListFunctions,
+  kFail,
 };
 // In test mode the thread exit event has this name: an object of another kind in its place makes it fail.
 inline constexpr const wchar_t* kTestExitEvent = L"VexaEditorTestExit";

@@ -232,6 +232,7 @@ bool RunTransferDialog(Application& app, TransferOrder order) {
             "%s is not available any more.\nThe transfer was ended.", app.config.port_name.c_str());
   }
   app.outcome = TransferOutcomeText(window.session);
+  PostMessageW(app.frame, kTransferEnded, 0, 0);
   if (window.session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
   if (!started) return false;
   return window.order.job == TransferJob::kDownload ? window.session.transfer.receive_outcome == 1

@@ -1,0 +1,144 @@
+#include "view/recovery.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core/undo_state.h"
+#include "tests/support/random_database.h"
+#include "tests/support/recorder.h"
+#include "tests/support/test_folder.h"
+
+namespace vexa {
+namespace {
+
+using testing::HasSubstr;
+
+struct RecoveryTest : testing::Test {
+  Recorder recorder;
+  Path root = recorder.context.temporary_folder / "recovery";
+  Document document = NewDocument();
+  UnsavedWork work = {
+      PathFromUtf8("/tmp/l\xC3\xA9.bin"), "", FileState{77, {}}, {3, 4, "XY"}, {2026, 5, 6, 7, 8, 9}};
+
+  RecoveryTest() {
+    std::mt19937 random(3);
+    document.sdbs[0].database = MakeRandomDatabase(random, {});
+  }
+  std::unique_ptr<Recovery> Start() {
+    std::string why;
+    auto recovery = Recovery::Start(root, why);
+    EXPECT_TRUE(recovery) << why;
+    return recovery;
+  }
+  // Of a program that was killed with two windows, the second without a file.
+  void LeaveWork() {
+    const auto recovery = Start();
+    EXPECT_TRUE(recovery->Keep(1, 5, work, document));
+    UnsavedWork other = work;
+    other.path.clear();
+    other.name = "Untitled1";
+    other.kept.year = 2025;
+    EXPECT_TRUE(recovery->Keep(2, 5, other, document));
+    EXPECT_TRUE(recovery->Keep(3, 5, other, document));
+    recovery->Forget(3);
+    recovery->LeaveBehind();
+  }
+  size_t FoldersLeft() const {
+    std::vector<Path> names;
+    ListFolder(root, names);
+    return names.size();
+  }
+};
+
+TEST_F(RecoveryTest, AKeptFileHoldsTheWholeWork) {
+  for (const bool has_file : {true, false}) {
+    if (!has_file) {
+      work.path.clear();
+      work.name = "Untitled7";
+      work.state.reset();
+      work.version.initials.clear();
+    }
+    const auto file = WriteRecovery(work, document);
+    ASSERT_TRUE(file);
+    const auto read = ReadRecovery(*file);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->work.path, work.path);
+    EXPECT_EQ(read->work.name, work.name);
+    EXPECT_EQ(read->work.state, work.state);
+    EXPECT_EQ(read->work.version.major, 3);
+    EXPECT_EQ(read->work.version.minor, 4);
+    EXPECT_EQ(read->work.version.initials, work.version.initials);
+    EXPECT_EQ(read->work.kept.second, 9);
+    EXPECT_EQ(BuildBin(recorder.context, read->document), BuildBin(recorder.context, document));
+  }
+}
+
+TEST_F(RecoveryTest, APartOfAKeptFileIsNone) {
+  document = NewDocument();
+  const auto file = WriteRecovery(work, document);
+  ASSERT_TRUE(file);
+  for (size_t size = 0; size < file->size(); ++size)
+    EXPECT_FALSE(ReadRecovery(std::span(*file).first(size))) << size;
+}
+
+TEST_F(RecoveryTest, WorkOfAKilledProgramIsFoundOnceAndStaysUntilRemoved) {
+  LeaveWork();
+  const auto living = Start();
+  EXPECT_TRUE(living->Keep(9, 1, work, document));
+  {
+    AbandonedWork found(root);
+    ASSERT_EQ(found.works().size(), 2u);
+    EXPECT_EQ(found.works()[0].work.name, "Untitled1");  // kept earlier
+    EXPECT_EQ(found.works()[1].work.path, work.path);
+    EXPECT_THAT(found.Question(),
+                HasSubstr("\nUntitled1, 2025-05-06 07:08:09\n/tmp/l\xC3\xA9.bin, 2026-05-06"));
+    EXPECT_TRUE(AbandonedWork(root).works().empty()) << "another start has them";
+  }
+  EXPECT_EQ(FoldersLeft(), 2u);
+  {
+    AbandonedWork again(root);
+    EXPECT_EQ(again.works().size(), 2u);
+    again.Remove();
+  }
+  EXPECT_EQ(FoldersLeft(), 1u);
+  EXPECT_TRUE(std::filesystem::exists(living->path() / "9.recovery"));
+}
+
+TEST_F(RecoveryTest, WhatCannotBeReadIsLeftAlone) {
+  LeaveWork();
+  const Path damaged = root / "work-1" / "1.recovery";
+  const auto file = ReadWholeFile(damaged);
+  ASSERT_TRUE(file);
+  EXPECT_EQ(WriteWholeFile(damaged, std::span(*file).first(200)), WriteResult::kDone);
+  {
+    AbandonedWork found(root);
+    EXPECT_EQ(found.works().size(), 1u);
+    found.Remove();
+  }
+  EXPECT_EQ(std::filesystem::file_size(damaged), 200u);
+}
+
+TEST_F(RecoveryTest, OnlyAnotherStateIsWritten) {
+  const auto recovery = Start();
+  const Path file = recovery->path() / "1.recovery";
+  EXPECT_TRUE(recovery->Keep(1, 5, work, document));
+  std::filesystem::remove(file);
+  EXPECT_TRUE(recovery->Keep(1, 5, work, document));
+  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_TRUE(recovery->Keep(1, 6, work, document));
+  EXPECT_TRUE(std::filesystem::exists(file));
+  recovery->Forget(1);
+  EXPECT_FALSE(std::filesystem::exists(file));
+  EXPECT_TRUE(recovery->Keep(1, 6, work, document)) << "forgotten, and kept anew";
+  EXPECT_TRUE(std::filesystem::exists(file));
+}
+
+TEST_F(RecoveryTest, WithoutAFolderTheReasonIsTold) {
+  PutFile(root, Bytes{1});
+  std::string why;
+  EXPECT_FALSE(Recovery::Start(root, why));
+  EXPECT_THAT(why, HasSubstr("recovery"));
+}
+
+}  // namespace
+}  // namespace vexa

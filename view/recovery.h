@@ -1,0 +1,90 @@
+// Unsaved work that outlives the program.
+//
+// A running program has a folder of its own and keeps in it a file for each database that was changed and not
+// saved. The folder goes with the program. Where the program was killed it stays, and the next start offers
+// what it holds; beside a second running copy too, as a folder is locked as long as its program lives.
+//
+// The kept file is text in UTF-8, lines that end with LF, and then a BIN file (core/bin_file.h):
+//   "Vexa Editor recovery 1"
+//   the path of the database's file; empty: it has none
+//   the name in its window's caption
+//   the time of keeping, "YYYY-MM-DD HH:MM:SS"
+//   size in bytes and time of writing (ticks of the file system's clock) of that file as the program last
+//   knew it; empty: there was none
+//   major version, minor version and initials of the next save, with a space between them
+//   the size of the BIN file in bytes
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/bin_file.h"
+#include "platform/clock.h"
+#include "platform/file_identity.h"
+#include "platform/temporary_folder.h"
+
+namespace vexa {
+
+// A database of a window, as far as it is not the document itself.
+struct UnsavedWork {
+  Path path;         // empty: it has no file
+  std::string name;  // in the caption, where there is no path
+  std::optional<FileState> state;
+  BinVersion version;
+  LocalTime kept;
+};
+
+struct RecoveredWork {
+  UnsavedWork work;
+  Document document;
+};
+
+// The bytes of a kept file. Nothing when the document cannot be packed.
+std::optional<Bytes> WriteRecovery(const UnsavedWork& work, const Document& document);
+// Nothing when it is no kept file, or its database cannot be read whole.
+std::optional<RecoveredWork> ReadRecovery(std::span<const uint8_t> file);
+
+// The running program's own folder of kept files.
+class Recovery {
+ public:
+  // Below `root`, which is made when it is not there. Null when it cannot be; `why` then says so.
+  static std::unique_ptr<Recovery> Start(const Path& root, std::string& why);
+
+  // Keeps the document of the window `window`; `turn` tells its states apart, so that one that is kept
+  // already costs nothing. False when it could not be written: what was kept before is still there.
+  bool Keep(uint64_t window, uint64_t turn, const UnsavedWork& work, const Document& document);
+  void Forget(uint64_t window);  // it was saved, or is not wanted
+  // All of it stays when the program ends.
+  void LeaveBehind() { folder_->LeaveBehind(); }
+  const Path& path() const { return folder_->path(); }
+
+ private:
+  explicit Recovery(std::unique_ptr<TemporaryFolder> folder) : folder_(std::move(folder)) {}
+  Path FileOf(uint64_t window) const;
+  std::unique_ptr<TemporaryFolder> folder_;
+  std::map<uint64_t, uint64_t> turns_;  // by window: the state that is kept
+};
+
+// What programs that are gone left below `root`. It stays with them unless it is removed.
+class AbandonedWork {
+ public:
+  explicit AbandonedWork(const Path& root);
+  ~AbandonedWork();
+  // Oldest first. Files that cannot be read are not among them, and are never removed.
+  std::vector<RecoveredWork>& works() { return works_; }
+  // What to ask the user; No throws the work away, Cancel leaves it for the next start.
+  std::string Question() const;
+  // Once it is kept anew, or not wanted.
+  void Remove();
+
+ private:
+  std::vector<std::unique_ptr<TemporaryFolder>> folders_;
+  std::vector<Path> files_;
+  std::vector<RecoveredWork> works_;
+};
+
+}  // namespace vexa
