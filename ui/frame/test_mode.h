@@ -14,7 +14,7 @@ inline constexpr const wchar_t* kTestMessage = L"VexaEditorTest";
 // a property of the message's name when it comes to its turn. kFailAllocation lets the allocation of that
 // number fail, counted from the next one on, once; 0: none. kFillLog puts so many lines into the console's
 // log. kListFunctions writes the identifiers of the commands that have a function, a line each, to
-// "functions.txt" beside the menus.
+// "functions.txt" beside the menus. kFail, posted, writes to memory that is not to be written.
 enum TestRequest : WPARAM {
   kDescribeMenus,
   kExhaustMemory,
