@@ -335,6 +335,7 @@ void AddReceiverCommands(CLI::App& program, CommandState& state) {
   AddVerify(program, state);
   AddDownload(program, state);
   AddLoaderCommand(program, state);
+  AddTraceCommand(program, state);
 }
 
 }  // namespace vexa

@@ -12,6 +12,8 @@ namespace vexa {
 
 // `loader`, the simulated receiver.
 void AddLoaderCommand(CLI::App& program, CommandState& state);
+// `trace show`, a saved record explained.
+void AddTraceCommand(CLI::App& program, CommandState& state);
 
 // Begins a trace or log, unless `file` is empty; throws CommandFailed after a message.
 void OpenTrace(CommandState& state, Trace& trace, const std::string& file);
