@@ -1,5 +1,5 @@
-// export: one SDB as the text report, with every field as CSV or JSON, or as tables for people; all of them
-// as one JSON document.
+// export: one SDB as the text report, with every field as CSV or JSON, or as tables or a page for people; all
+// of them as one JSON document.
 #include <memory>
 
 #include "cli/commands.h"
@@ -11,6 +11,7 @@
 #include "import/text_export.h"
 #include "platform/code_page.h"
 #include "platform/text.h"
+#include "view/report_page.h"
 
 namespace vexa {
 
@@ -28,10 +29,12 @@ void RefuseEmpty(CommandState& state, const std::string& file) {
   throw CommandFailed{};
 }
 
-// The file to write. JSON, CSV and tables are UTF-8, made by the code page of the database's names; the text
-// report repeats the bytes of the names as they stand in the database, whatever their code page.
-std::string TextOf(const OpenSdb& sdb, const ExportOptions& options) {
+// The file to write. JSON, CSV, tables and pages are UTF-8, made by the code page of the database's names;
+// the text report repeats the bytes of the names as they stand in the database, whatever their code page.
+std::string TextOf(const Document& document, size_t place, const ExportOptions& options) {
+  const OpenSdb& sdb = document.sdbs[place];
   const CodePage& page = *FindCodePage(options.page);
+  if (options.format == "html") return ReportPage(document, place, page);
   if (options.format == "json") return JsonOfSdb(sdb, page);
   const std::string mark = options.mark ? "\xEF\xBB\xBF" : "";
   if (options.format == "csv") return mark + CsvOfSdb(sdb, page);
@@ -55,9 +58,8 @@ void Export(CommandState& state, const ExportOptions& options) {
     text = JsonOfDocument(document, *FindCodePage(options.page));
   } else {
     const auto chosen = ParseList(state, options.sdb, document.sdbs.size(), "SDB");
-    const OpenSdb& sdb = document.sdbs[chosen.front()];
-    if (sdb.database->satellites.empty()) RefuseEmpty(state, options.file);
-    text = TextOf(sdb, options);
+    if (document.sdbs[chosen.front()].database->satellites.empty()) RefuseEmpty(state, options.file);
+    text = TextOf(document, chosen.front(), options);
   }
   WriteOutput(state, options.output, {reinterpret_cast<const uint8_t*>(text.data()), text.size()});
 }
@@ -73,13 +75,14 @@ std::string CheckCodePage(const std::string& name) {
 
 void AddExportCommand(CLI::App& program, CommandState& state) {
   const auto options = std::make_shared<ExportOptions>();
-  CLI::App& command = *program.add_subcommand("export", "Write one SDB as a text report, CSV or JSON");
+  CLI::App& command =
+      *program.add_subcommand("export", "Write one SDB as a text report, a page, CSV or JSON");
   command.add_option("FILE", options->file, "Database file")->required();
   command.add_option("-o,--output", options->output, "File to write")->required();
   command.add_option("--sdb", options->sdb, "Which SDB, from 1; all for one JSON document of everything")
       ->check([](const std::string& text) { return text == "all" ? std::string() : CheckPlace(text); });
-  command.add_option("--format", options->format, "text, csv, json or csv-table")
-      ->check(OneOf({"text", "csv", "json", kTableFormat}));
+  command.add_option("--format", options->format, "text, csv, json, csv-table or html")
+      ->check(OneOf({"text", "csv", "json", kTableFormat, "html"}));
   command
       .add_option("--what", options->what,
                   "Of which records the csv-table is: lnbs, satellites, carriers, services or favourites")

@@ -42,6 +42,8 @@ TEST_F(DocumentCommands, ADocumentThatDoesNotFitMakesNothing) {
   EXPECT_FALSE(Exists("out.bin"));
   EXPECT_EQ(Vexa("export @a.bin --bom -o @x").status, 2);
   EXPECT_EQ(Vexa("export @a.bin --sdb all -o @x").status, 2);
+  for (const char* line : {"--sdb all", "--bom", "--what lnbs"})
+    EXPECT_EQ(Vexa(std::string("export @a.bin --format html -o @x ") + line).status, 2) << line;
   EXPECT_EQ(Vexa("export @a.bin --code-page klingon -o @x").status, 2);
   EXPECT_EQ(Vexa("import @bad.csv --stream -o @x").status, 2);
 }

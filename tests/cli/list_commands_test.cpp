@@ -6,6 +6,7 @@
 #include "tests/cli/cli_test.h"
 #include "tests/support/data_folder.h"
 #include "tests/support/list_maker.h"
+#include "view/report_page.h"
 
 namespace vexa {
 namespace {
@@ -288,6 +289,22 @@ TEST_F(ExportCommand, Text) {
   EXPECT_EQ(Vexa("export @db.bin --sdb 2 -o @report.txt").status, 1);
   EXPECT_EQ(Vexa("export @db.bin --format xml -o @report.txt").status, 2);
   EXPECT_EQ(Get("report.txt"), report);
+}
+
+TEST_F(ExportCommand, Page) {
+  OpenSdb& second = *AppendSdb(document, "SDB2");
+  AddTestSatellite(*second.database, "\xE9<");
+  second.database->lnb_count = 1;
+  Save(document, "two.bin");
+  EXPECT_EQ(Vexa("export @two.bin --format html --sdb 2 --code-page iso-8859-5 -o @page.html").status, 0);
+  const std::string expected = ReportPage(Open("two.bin"), 1, *FindCodePage("ISO 8859-5"));
+  EXPECT_EQ(Get("page.html"), BytesOf(expected));
+  EXPECT_THAT(expected, testing::HasSubstr("<td>\xD1\x89&lt;</td>"));
+  ExpectRefusal({"no record", 1, "error: There is no information to export\n"}, [&] {
+    Put("empty.sdx", "SATCODX");
+    EXPECT_EQ(Vexa("import @empty.sdx --stream -o @empty.bin").status, 0);
+    return Vexa("export @empty.bin --format html -o @page.html");
+  }());
 }
 
 TEST_F(ExportCommand, Json) {

@@ -1,0 +1,20 @@
+// One SDB as one HTML page for people: totals, the orbit, what the check finds, a band plan for each
+// satellite with carriers, tables of satellites, carriers, services and favourites. The page is whole in
+// itself: styles, script and pictures stand in it, and it loads nothing.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "core/database.h"
+#include "platform/code_page.h"
+
+namespace vexa {
+
+inline constexpr size_t kMostFindings = 1000;  // that the page lists; the rest is counted
+
+// UTF-8. `sdb` is a place in the document; `page` that of the names in the database. The same database gives
+// the same page.
+std::string ReportPage(const Document& document, size_t sdb, const CodePage& page);
+
+}  // namespace vexa

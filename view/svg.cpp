@@ -1,0 +1,152 @@
+#include "view/svg.h"
+
+#include <cmath>
+
+namespace vexa {
+
+namespace {
+
+std::string ClassOf(const Shape& shape) {
+  switch (shape.paint) {
+    case Paint::kPlain:
+      return "";
+    case Paint::kFaint:
+      return "g";
+    case Paint::kEdge:
+      return "e";
+    case Paint::kRange:
+      return "r";
+    case Paint::kFec:
+      return "f" + std::to_string(shape.index);
+    case Paint::kLnb:
+      return "l" + std::to_string(shape.index);
+  }
+  return "";
+}
+
+// A hundredth of a unit is less than a printer shows.
+void AppendNumber(std::string& page, double value) {
+  int64_t hundredths = std::llround(value * 100);
+  if (hundredths < 0) page += '-';
+  if (hundredths < 0) hundredths = -hundredths;
+  page += std::to_string(hundredths / 100);
+  const int64_t rest = hundredths % 100;
+  if (rest == 0) return;
+  page += '.';
+  page += static_cast<char>('0' + rest / 10);
+  if (rest % 10 != 0) page += static_cast<char>('0' + rest % 10);
+}
+
+void AppendAttribute(std::string& page, const char* name, double value) {
+  page += ' ';
+  page += name;
+  page += "=\"";
+  AppendNumber(page, value);
+  page += '"';
+}
+
+const char* ElementOf(ShapeKind kind) {
+  constexpr const char* kElements[] = {"rect", "line", "circle", "text"};
+  return kElements[static_cast<size_t>(kind)];
+}
+
+void AppendPlaces(std::string& page, const Shape& shape) {
+  constexpr const char* kNames[][4] = {{"x", "y", "width", "height"},
+                                       {"x1", "y1", "x2", "y2"},
+                                       {"cx", "cy", "r", nullptr},
+                                       {"x", "y", nullptr, nullptr}};
+  const bool line = shape.kind == ShapeKind::kLine;
+  const double values[] = {shape.x, shape.y, shape.width + (line ? shape.x : 0),
+                           shape.height + (line ? shape.y : 0)};
+  for (size_t i = 0; i < 4; ++i) {
+    if (const char* name = kNames[static_cast<size_t>(shape.kind)][i]) AppendAttribute(page, name, values[i]);
+  }
+}
+
+void AppendTextPlace(std::string& page, const Shape& shape) {
+  if (shape.place == TextPlace::kMiddle) page += " text-anchor=\"middle\"";
+  if (shape.place == TextPlace::kEnd) page += " text-anchor=\"end\"";
+  if (shape.place != TextPlace::kUpwards) return;
+  page += " transform=\"rotate(-90 ";
+  AppendNumber(page, shape.x);
+  page += ' ';
+  AppendNumber(page, shape.y);
+  page += ")\"";
+}
+
+void AppendShape(std::string& page, const Shape& shape, const std::string& paint, bool with_text) {
+  const bool text = shape.kind == ShapeKind::kText;
+  const char* element = ElementOf(shape.kind);
+  page += '<';
+  page += element;
+  if (!paint.empty()) page += " class=\"" + paint + "\"";
+  AppendPlaces(page, shape);
+  if (text) AppendTextPlace(page, shape);
+  if (!text && (shape.text.empty() || !with_text)) {
+    page += "/>";
+    return;
+  }
+  page += text ? ">" : "><title>";
+  AppendMarkup(page, shape.text);
+  if (!text) page += "</title>";
+  page += "</";
+  page += element;
+  page += '>';
+}
+
+}  // namespace
+
+Shape LineShape(Paint paint, double x1, double y1, double x2, double y2) {
+  return {.kind = ShapeKind::kLine,
+          .paint = paint,
+          .x = x1,
+          .y = y1,
+          .width = x2 - x1,
+          .height = y2 - y1,
+          .text = {}};
+}
+
+Shape TextShape(double x, double y, TextPlace place, std::string text) {
+  return {.kind = ShapeKind::kText, .place = place, .x = x, .y = y, .text = std::move(text)};
+}
+
+void AppendMarkup(std::string& page, std::string_view text) {
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    // U+0080 to U+009F are C2 80 to C2 9F.
+    const bool high_control =
+        byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+    if (byte == '\t' || byte == '\n' || byte == '\r') {
+      page += ' ';
+    } else if (byte < 0x20 || byte == 0x7F || high_control) {
+      page += "\xEF\xBF\xBD";
+      if (high_control) ++i;
+    } else if (byte == '&') {
+      page += "&amp;";
+    } else if (byte == '<') {
+      page += "&lt;";
+    } else if (byte == '>') {
+      page += "&gt;";
+    } else if (byte == '"') {
+      page += "&quot;";
+    } else {
+      page += text[i];
+    }
+  }
+}
+
+void AppendSvg(std::string& page, const Drawing& drawing) {
+  page += "<svg role=\"img\" viewBox=\"0 0 " + std::to_string(std::lround(drawing.width)) + " " +
+          std::to_string(std::lround(drawing.height)) + "\" aria-label=\"";
+  AppendMarkup(page, drawing.title);
+  page += "\">\n";
+  for (const Shape& shape : drawing.shapes) {
+    AppendShape(page, shape, ClassOf(shape), true);
+    // The hatching lets the pointer through to the tip.
+    if (shape.faulty) AppendShape(page, shape, "x", false);
+    page += '\n';
+  }
+  page += "</svg>\n";
+}
+
+}  // namespace vexa
