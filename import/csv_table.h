@@ -16,6 +16,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,7 @@
 #include "core/edit.h"
 #include "import/sdb_builder.h"
 #include "platform/code_page.h"
+#include "platform/files.h"
 
 namespace vexa {
 
@@ -79,5 +81,15 @@ std::optional<Misfit> ReadTable(std::string_view text, TableKind kind, const Cod
 // unless the table gives a new one. False after a message, with nothing changed: the last LNB cannot go.
 bool ApplyTable(const Messages& messages, StaticDatabase& database, const TableUpdate& update,
                 bool delete_missing);
+
+// The kind of a table, by the columns that number its records; nothing when its first line has none of them.
+std::optional<TableKind> KindOfTable(std::string_view text);
+
+// What becomes of the records that a table has no row for.
+enum class MissingRows { kDelete, kKeep, kCancel };
+// A table's file that came back: read, asked about by `ask` when records have no row, and applied. False when
+// nothing was changed: after a message with the path and the line, or when `ask` gave kCancel.
+bool UpdateFromTableFile(const Messages& messages, const Path& path, StaticDatabase& database,
+                         const std::function<MissingRows(const std::string& question)>& ask);
 
 }  // namespace vexa

@@ -8,6 +8,7 @@
 
 #include "core/messages.h"
 #include "import/csv.h"
+#include "import/csv_document.h"
 #include "import/csv_table.h"
 #include "import/table_cells.h"
 #include "platform/text.h"
@@ -399,6 +400,65 @@ std::optional<Misfit> ReadTable(std::string_view text, TableKind kind, const Cod
 bool ApplyTable(const Messages& messages, StaticDatabase& database, const TableUpdate& update,
                 bool delete_missing) {
   return TableUpdater(database, update).Apply(messages, delete_missing);
+}
+
+std::optional<TableKind> KindOfTable(std::string_view text) {
+  // The deepest column decides: a table of services numbers carriers and satellites too.
+  static constexpr std::pair<const char*, TableKind> kNumbering[] = {{"group", TableKind::kFavourites},
+                                                                     {"service", TableKind::kServices},
+                                                                     {"carrier", TableKind::kCarriers},
+                                                                     {"satellite", TableKind::kSatellites},
+                                                                     {"lnb", TableKind::kLnbs}};
+  const std::string first(text.substr(0, text.find('\n')));
+  std::vector<CsvRow> rows;
+  try {
+    rows = ParseCsv(first);
+  } catch (const Misfit&) {
+  }
+  if (rows.empty()) return std::nullopt;
+  const auto& columns = rows.front().cells;
+  for (const auto& [column, kind] : kNumbering)
+    if (std::find(columns.begin(), columns.end(), column) != columns.end()) return kind;
+  return std::nullopt;
+}
+
+namespace {
+
+constexpr size_t kNamedMissing = 10;
+
+std::string MissingQuestion(const std::vector<MissingRow>& missing) {
+  std::string text = Format("The table has no row for %zu records:\n", missing.size());
+  for (size_t i = 0; i < missing.size() && i < kNamedMissing; ++i) text += "\n" + missing[i].text;
+  if (missing.size() > kNamedMissing) text += Format("\nand %zu more", missing.size() - kNamedMissing);
+  return text + "\n\nDelete them? No keeps them behind the records that they follow.";
+}
+
+}  // namespace
+
+bool UpdateFromTableFile(const Messages& messages, const Path& path, StaticDatabase& database,
+                         const std::function<MissingRows(const std::string& question)>& ask) {
+  constexpr const char* kRefused = "The table was not taken over.";
+  Bytes file;
+  const ReadResult read = ReadWholeFile(path, file, kLargestCsv);
+  if (read != ReadResult::kDone) {
+    TellWhy(messages, Icon::kStop, ReadReason(path, read.error), "%s", kRefused);
+    return false;
+  }
+  const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
+  const std::optional<TableKind> kind = KindOfTable(text);
+  TableUpdate update;
+  Misfit misfit{"line 1",
+                "no column numbers records; take a table that vexa export --format csv-table wrote"};
+  const auto found = kind ? ReadTable(text, *kind, Windows1252(), database, update) : misfit;
+  if (found) {
+    TellWhy(messages, Icon::kStop, Utf8FromPath(path) + ", " + found->where + ": " + found->what, "%s",
+            kRefused);
+    return false;
+  }
+  const MissingRows missing =
+      update.missing.empty() ? MissingRows::kKeep : ask(MissingQuestion(update.missing));
+  return missing != MissingRows::kCancel &&
+         ApplyTable(messages, database, update, missing == MissingRows::kDelete);
 }
 
 }  // namespace vexa

@@ -5,6 +5,7 @@
 #include <deque>
 #include <mutex>
 
+#include "config/project_config.h"
 #include "loader/run.h"
 #include "serial/port.h"
 

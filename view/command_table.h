@@ -87,6 +87,7 @@ enum CommandId : uint16_t {
   kCmdSaveParts = 40235,
   kCmdVersion = 40236,
   kCmdRevert = 40237,
+  kCmdUpdateFromTable = 40238,
   kCmdConsoleFind = 40280,
   kCmdConsoleFindNext = 40281,
   kCmdConsoleHexadecimalView = 40282,

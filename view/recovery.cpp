@@ -87,7 +87,7 @@ std::optional<Bytes> WriteRecovery(const UnsavedWork& work, const Document& docu
   if (work.state)
     head += std::to_string(work.state->size) + " " +
             std::to_string(work.state->written.time_since_epoch().count());
-  head += Format("\n%u %u %s\n", work.version.major, work.version.minor, work.version.initials.c_str());
+  head += Format("\n%u %u ", work.version.major, work.version.minor) + work.version.initials + "\n";
   head += std::to_string(database->size()) + "\n";
   Bytes file(head.begin(), head.end());
   file.insert(file.end(), database->begin(), database->end());

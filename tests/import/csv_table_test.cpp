@@ -225,5 +225,37 @@ TEST_F(CsvTable, WhatDoesNotFit) {
   EXPECT_EQ(Json(), before);
 }
 
+TEST_F(CsvTable, AFileThatCameBackIsTakenOver) {
+  const Path path = recorder.context.temporary_folder / "t.csv";
+  std::string question;
+  const auto update = [&](const std::string& text, MissingRows missing) {
+    PutFile(path, BytesOf(text));
+    return UpdateFromTableFile(recorder.context.messages, path, database, [&](const std::string& asked) {
+      question = asked;
+      return missing;
+    });
+  };
+  for (const TableKind kind : {TableKind::kLnbs, TableKind::kSatellites, TableKind::kCarriers,
+                               TableKind::kServices, TableKind::kFavourites})
+    EXPECT_EQ(KindOfTable(Written(kind)), kind);
+  EXPECT_TRUE(update("satellite,carrier,name\n1,2,New\n1,1,A\n", MissingRows::kCancel));
+  EXPECT_EQ(Tree(), "Sat1(New(P1 )A(P1 P2 P3 ))=2()");
+  EXPECT_EQ(question, "");
+  const std::string one = "satellite,carrier,name\n1,2,Last\n";
+  EXPECT_FALSE(update(one, MissingRows::kCancel));
+  EXPECT_EQ(Tree(), "Sat1(New(P1 )A(P1 P2 P3 ))=2()");
+  EXPECT_EQ(question.substr(0, question.find("\n\nDelete")),
+            "The table has no row for 1 records:\n\nsatellite 1 carrier 1 New");
+  EXPECT_TRUE(update(one, MissingRows::kDelete));
+  EXPECT_EQ(Tree(), "Sat1(Last(P1 P2 P3 ))=2()");
+  EXPECT_TRUE(recorder.shown.empty());
+  EXPECT_FALSE(update("a,b\n1,2\n", MissingRows::kKeep));
+  EXPECT_FALSE(update("satellite,angle\n1,x\n", MissingRows::kKeep));
+  EXPECT_FALSE(UpdateFromTableFile(recorder.context.messages, path / "none", database, nullptr));
+  const auto details = recorder.Details();
+  ASSERT_EQ(details.size(), 3u);
+  EXPECT_NE(details[1].find("t.csv, line 2: angle"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace vexa

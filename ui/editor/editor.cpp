@@ -298,6 +298,22 @@ bool TakesCursor(const EditorWindow& editor, WPARAM wparam, LPARAM lparam) {
          SetSplitterCursor(editor);
 }
 
+// The mouse between the controls, and during a drag; also the drag's timer.
+bool TakeMouse(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONUP:
+    case WM_MOUSEMOVE:
+    case WM_TIMER:
+    case WM_RBUTTONDOWN:
+    case WM_CAPTURECHANGED:
+      if (!DragMessage(editor, message, wparam, lparam)) TrackSplitter(editor, message, lparam);
+      return true;
+    default:
+      return false;
+  }
+}
+
 LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_NCCREATE) Adopt(window, *reinterpret_cast<CREATESTRUCTW*>(lparam));
   EditorWindow* editor = EditorOf(window);
@@ -332,14 +348,6 @@ LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_SETCURSOR:
       if (TakesCursor(*editor, wparam, lparam)) return TRUE;
       break;
-    case WM_LBUTTONDOWN:
-    case WM_LBUTTONUP:
-    case WM_MOUSEMOVE:
-    case WM_TIMER:
-    case WM_RBUTTONDOWN:
-    case WM_CAPTURECHANGED:
-      if (!DragMessage(*editor, message, wparam, lparam)) TrackSplitter(*editor, message, lparam);
-      return 0;
     case WM_MDIACTIVATE:
       Activate(*editor, reinterpret_cast<HWND>(lparam));
       return 0;
@@ -357,6 +365,7 @@ LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_NCDESTROY:
       return Destroy(editor, window, message, wparam, lparam);
     default:
+      if (TakeMouse(*editor, message, wparam, lparam)) return 0;
       break;
   }
   return DefMDIChildProcW(window, message, wparam, lparam);

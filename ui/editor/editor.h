@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "config/settings.h"
 #include "core/bin_file.h"
 #include "core/undo.h"
 #include "platform/file_identity.h"

@@ -2,6 +2,7 @@
 #include <array>
 #include <set>
 
+#include "config/project_config.h"
 #include "platform/text.h"
 #include "ui/controls/form.h"
 #include "ui/controls/virtual_list.h"

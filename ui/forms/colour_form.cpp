@@ -1,4 +1,5 @@
 // The colours of tree and list.
+#include "config/settings.h"
 #include "ui/controls/form.h"
 #include "ui/forms/options.h"
 #include "ui/forms/options_resource.h"

@@ -1,6 +1,7 @@
 // The "Default Values" dialog.
 #include "view/defaults_form.h"
 
+#include "config/settings.h"
 #include "core/edit.h"
 #include "ui/controls/form.h"
 #include "ui/forms/options.h"

@@ -1,4 +1,6 @@
 // URT files from images, and the compression of files.
+#include "config/project_config.h"
+#include "image/urt.h"
 #include "ui/controls/windows_api.h"
 // After windows.h.
 #include <commdlg.h>

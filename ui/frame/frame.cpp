@@ -310,6 +310,29 @@ void Destroy(Application& app) {
   PostQuitMessage(app.exit_code);
 }
 
+// What the program's windows send to the frame.
+bool TakeOwnMessage(Application& app, UINT message) {
+  switch (message) {
+    case kOpenWaiting:
+      OpenWaiting(app);
+      return true;
+    case kOfferWork:
+      OfferAbandonedWork(app);
+      return true;
+    case kTransferEnded:
+      KeepUnsavedWork(app);
+      return true;
+    case kMaximizeAgain:
+      MaximizeActive(app);
+      return true;
+    case kOutOfMemory:
+      TellOutOfMemory(app);
+      return true;
+    default:
+      return false;
+  }
+}
+
 LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_NCCREATE) Adopt(frame, *reinterpret_cast<CREATESTRUCTW*>(lparam));
   Application* app = AppOf(frame);
@@ -347,21 +370,8 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_DROPFILES:
       OpenDropped(*app, reinterpret_cast<HDROP>(wparam));
       return 0;
-    case kOpenWaiting:
-      OpenWaiting(*app);
-      return 0;
-    case kOfferWork:
-      OfferAbandonedWork(*app);
-      return 0;
     case WM_TIMER:
-    case kTransferEnded:
       KeepUnsavedWork(*app);
-      return 0;
-    case kMaximizeAgain:
-      MaximizeActive(*app);
-      return 0;
-    case kOutOfMemory:
-      TellOutOfMemory(*app);
       return 0;
     case WM_QUERYENDSESSION:
       return MayCloseAll(*app);
@@ -372,6 +382,7 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
       Destroy(*app);
       return 0;
     default:
+      if (TakeOwnMessage(*app, message)) return 0;
       break;
   }
   return DefFrameProcW(frame, app->client, message, wparam, lparam);

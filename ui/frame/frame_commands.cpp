@@ -1,6 +1,7 @@
 // Commands of files, views and windows.
 #include "core/bin_file.h"
 #include "core/messages.h"
+#include "import/csv_table.h"
 #include "import/import_command.h"
 #include "import/text_export.h"
 #include "ui/controls/file_dialogs.h"
@@ -115,6 +116,21 @@ void Import(Application& app) {
   if (path && ImportInto(app, *path, document)) OpenEditor(app, std::move(document), {}, true);
 }
 
+void UpdateFromTable(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const OpenSdb* selected = SelectedSdb(editor);
+  const auto path = AskOpenFile(app.frame, {"Update from Table", {{"CSV Tables ( *.CSV )", "*.csv"}}, "csv"});
+  if (!path || !selected) return;
+  ChangeDocument(editor, [&] {
+    return UpdateFromTableFile(app.context.messages, *path, *selected->database,
+                               [&](const std::string& text) {
+                                 const Answer answer = AskYesNoCancel(app, text);
+                                 if (answer == Answer::kCancel) return MissingRows::kCancel;
+                                 return answer == Answer::kYes ? MissingRows::kDelete : MissingRows::kKeep;
+                               });
+  });
+}
+
 void CompressBin(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
   ChangeDocument(editor, [&] {
@@ -173,6 +189,7 @@ constexpr CommandRow kFrameRows[] = {
     {kCmdUndo, Undo},
     {kCmdRedo, Redo},
     {kCmdRevert, Revert},
+    {kCmdUpdateFromTable, UpdateFromTable},
     {kCmdRecent1, Recent<0>},
     {kCmdRecent2, Recent<1>},
     {kCmdRecent3, Recent<2>},

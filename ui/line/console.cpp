@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "config/settings.h"
 #include "ui/controls/child_window.h"
 #include "ui/controls/guard.h"
 #include "ui/controls/resource.h"

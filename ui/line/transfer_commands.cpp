@@ -1,6 +1,7 @@
 // Sending to and fetching from the receiver.
 #include <bit>
 
+#include "config/settings.h"
 #include "core/bin_file.h"
 #include "core/messages.h"
 #include "image/adb.h"

@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "config/settings.h"
 #include "serial/relay.h"
 #include "serial/run.h"
 #include "ui/controls/help.h"
