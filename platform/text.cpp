@@ -42,8 +42,8 @@ char32_t TakeUtf8(std::string_view& text) {
     if ((next & 0xC0) != 0x80) return kReplacementCharacter;
     c = c << 6 | (next & 0x3F);
   }
-  constexpr char32_t kSmallest[] = {0, 0x80, 0x800, 0x10000};
-  if (c < kSmallest[more] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) return kReplacementCharacter;
+  constexpr char32_t kSmallest[] = {0x80, 0x800, 0x10000};
+  if (c < kSmallest[more - 1] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) return kReplacementCharacter;
   text.remove_prefix(more);
   return c;
 }

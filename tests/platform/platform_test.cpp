@@ -3,6 +3,7 @@
 #if !defined(_WIN32)
 #include <dirent.h>
 #include <dlfcn.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,17 +14,26 @@
 #include "platform/clock.h"
 #include "platform/file_identity.h"
 #include "platform/files.h"
+#include "platform/interrupt.h"
 #include "platform/settings_store.h"
 #include "platform/temporary_folder.h"
 #include "platform/text.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/recorder.h"
 
 #if !defined(_WIN32)
 namespace {
 int entries_left = 0;  // until a walk through a folder breaks off; 0: none does
+int sync_error = 0;    // of every fsync; 0: they do what they should
 }  // namespace
 
 // The library's, but for a disk that fails.
+extern "C" int fsync(int file) {
+  static const auto own = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"));
+  if (sync_error == 0) return own(file);
+  errno = sync_error;
+  return -1;
+}
 extern "C" dirent* readdir(DIR* folder) {
   static const auto own = reinterpret_cast<dirent* (*)(DIR*)>(dlsym(RTLD_NEXT, "readdir"));
   if (entries_left == 0 || --entries_left > 0) return own(folder);
@@ -252,7 +262,8 @@ TEST(TemporaryFolders, ThoseOfProcessesThatAreGoneAreRemoved) {
   auto mine = TemporaryFolder::Make(family + "mine", why),
        again = TemporaryFolder::Make(family + "mine", why);
   ASSERT_TRUE(mine && again) << why;
-  EXPECT_NE(mine->path(), again->path());
+  EXPECT_EQ(mine->path(), parent / (family + "mine"));
+  EXPECT_EQ(again->path(), parent / (family + "mine-1"));
   const Path dead = parent / (family + "dead"), other = parent / (family + "other");
   for (const Path& folder : {dead, other}) {
     std::filesystem::create_directories(folder / "inner");
@@ -317,6 +328,53 @@ TEST(Files, ProcessesThatWriteOneTargetLeaveOneOfTheirFilesWhole) {
   ASSERT_EQ(last.size(), 20000u);
   EXPECT_EQ(last, Bytes(20000, last[0]));
   EXPECT_EQ(FilesIn(recorder.context.temporary_folder), 1);
+}
+
+TEST(Folders, AreRemovedAlsoWhenMemoryRunsOutOnce) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder / "folder";
+  for (int n = 1;; ++n) {
+    std::filesystem::create_directories(folder / "inner");
+    for (const char* name : {"a name that is too long to be kept without an allocation", "inner/file"})
+      PutFile(folder / name, {});
+    const FailingMemory memory(n);
+    RemoveFolder(folder);
+    if (!memory.Reached()) break;
+    EXPECT_FALSE(std::filesystem::exists(folder)) << n;
+  }
+}
+
+TEST(Files, OnlyWhatReachedTheDiskIsWritten) {
+  Recorder recorder;
+  const Path target = recorder.context.temporary_folder / "target";
+  PutFile(target, BytesOf("old"));
+  for (const auto& [error, written] : {std::pair(EIO, false), {EINVAL, true}, {ENOTSUP, true}}) {
+    sync_error = error;
+    const WriteResult result = WriteWholeFile(target, BytesOf("new"));
+    sync_error = 0;
+    EXPECT_EQ(result, written ? WriteResult::kDone : WriteResult::kFailed) << error;
+    EXPECT_EQ(result.error.value(), written ? 0 : error) << error;
+    EXPECT_EQ(ReadWholeFile(target), BytesOf(written ? "new" : "old")) << error;
+  }
+}
+
+TEST(Interrupts, AreTakenWhileTheyAreWatchedAndGivenBack) {
+  static int heard;
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+    heard = 0;
+    signal(number, [](int signalled) { heard = signalled; });
+    {
+      const InterruptWatch watch;
+      EXPECT_FALSE(InterruptWatch::IsInterrupted()) << number;
+      raise(number);
+      EXPECT_TRUE(InterruptWatch::IsInterrupted()) << number;
+      EXPECT_EQ(heard, 0) << number;
+    }
+    EXPECT_FALSE(InterruptWatch::IsInterrupted()) << number;
+    raise(number);
+    EXPECT_EQ(heard, number);
+    signal(number, SIG_DFL);
+  }
 }
 
 TEST(Files, AReadThatFailsIsNoEnd) {
@@ -408,8 +466,19 @@ TEST(Text, IsShownShortAndPrintable) {
 
 TEST(Clock, TakesRealTimesOnly) {
   EXPECT_EQ(ParseLocalTime("2024-02-29 23:59:58")->second, 58);
-  for (const char* text : {"2023-02-29 00:00:00", "2024-13-01 00:00:00", "2024-01-01 24:00:00", "2024-01-01",
-                           "2024-01-01T00:00:00", ""}) {
+  constexpr int kLast[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  for (const int year : {1900, 2000, 2023, 2024}) {
+    for (int month = 1; month <= 12; ++month) {
+      const int last = kLast[month - 1] + (month == 2 && (year == 2000 || year == 2024) ? 1 : 0);
+      for (const int day : {0, 1, last, last + 1}) {
+        const std::string text = Format("%04d-%02d-%02d 23:59:59", year, month, day);
+        EXPECT_EQ(ParseLocalTime(text).has_value(), day >= 1 && day <= last) << text;
+      }
+    }
+  }
+  for (const char* text :
+       {"2024-00-01 00:00:00", "2024-13-01 00:00:00", "2024-01-01 24:00:00", "2024-01-01 00:60:00",
+        "2024-01-01 00:00:60", "2024-01-01", "2024-01-01T00:00:00", ""}) {
     EXPECT_FALSE(ParseLocalTime(text)) << text;
   }
 }

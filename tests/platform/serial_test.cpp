@@ -4,13 +4,39 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <optional>
+
 #include "platform/pseudo_terminal.h"
 #include "tests/support/recorder.h"
 
 #if !defined(_WIN32)
 #include <fcntl.h>
+#include <stdarg.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <termios.h>
 #include <unistd.h>
+
+namespace {
+int modem_error = 0;             // what asking for a port's modem lines fails with; 0: not at all
+std::optional<int> modem_lines;  // of every port; nothing: the system's own answer
+}  // namespace
+
+// The system's, but for ports with modem lines, which no pseudo-terminal has.
+extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
+  va_list more;
+  va_start(more, request);
+  void* const argument = va_arg(more, void*);
+  va_end(more);
+  if (!modem_lines || (request != TIOCMGET && request != TIOCMBIS))
+    return static_cast<int>(syscall(SYS_ioctl, file, request, argument));
+  int& lines = *static_cast<int*>(argument);
+  if (request == TIOCMGET) lines = *modem_lines;
+  if (request == TIOCMBIS) *modem_lines |= lines;
+  errno = modem_error;
+  return modem_error == 0 ? 0 : -1;
+}
 #endif
 
 namespace vexa {
@@ -22,6 +48,15 @@ termios LineStateOf(const std::string& terminal) {
   termios state{};
   const int file = open(terminal.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
   EXPECT_EQ(tcgetattr(file, &state), 0);
+  close(file);
+  return state;
+}
+
+// What the kernel keeps of a line: its flags and special bytes, and the speeds of both directions last.
+std::array<uint32_t, 11> KernelStateOf(const std::string& terminal) {
+  std::array<uint32_t, 11> state{};
+  const int file = open(terminal.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  EXPECT_EQ(ioctl(file, _IOR('T', 0x2A, uint32_t[11]), state.data()), 0);
   close(file);
   return state;
 }
@@ -65,6 +100,38 @@ TEST(SerialPorts, TheLineIsSetAsTheControlBlockSays) {
     EXPECT_EQ(state.c_lflag & (ICANON | ECHO | ISIG), 0u) << row.name;
     EXPECT_EQ(state.c_iflag & (ICRNL | IXON | IXOFF), 0u) << row.name;
   }
+  PortDcb dcb;
+  dcb.baud_rate = 123456;  // of no table
+  dcb.byte_size = 8;
+  EXPECT_TRUE(api.set_state(port, dcb));
+  const auto state = KernelStateOf(terminal->path);
+  EXPECT_EQ(state[9], 123456u);
+  EXPECT_EQ(state[10], 123456u);
+}
+
+TEST(SerialPorts, ModemLinesAreToldAndRaised) {
+  const auto terminal = OpenPseudoTerminal({}).value;
+  if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
+  const CommApi& api = SystemCommApi();
+  const SerialDevicePtr port = api.create_file(terminal->path).value;
+  ASSERT_TRUE(port);
+  uint32_t told = 0;
+  const std::pair<int, uint32_t> rows[] = {
+      {TIOCM_CTS, 0x10}, {TIOCM_DSR, 0x20}, {TIOCM_RNG, 0x40}, {TIOCM_CAR, 0x80}, {TIOCM_RTS, 0}};
+  for (const auto& [line, expected] : rows) {
+    modem_lines = line;
+    EXPECT_TRUE(api.modem_status(port, told));
+    EXPECT_EQ(told, expected) << line;
+  }
+  EXPECT_TRUE(api.raise_dtr(port));
+  EXPECT_EQ(modem_lines, TIOCM_RTS | TIOCM_DTR);
+  for (const auto& [error, borne] : {std::pair(ENOTTY, true), {EINVAL, true}, {EIO, false}}) {
+    modem_error = error;
+    EXPECT_EQ(api.modem_status(port, told).done, borne) << error;
+    EXPECT_EQ(api.raise_dtr(port).done, borne) << error;
+  }
+  modem_error = 0;
+  modem_lines.reset();
 }
 
 TEST(SerialPorts, BytesCrossBothWaysAndAnUnpluggedPortIsSeen) {
@@ -120,7 +187,9 @@ TEST(SerialPorts, BytesCrossBothWaysAndAnUnpluggedPortIsSeen) {
   EXPECT_TRUE(api.modem_status(port, lines) && lines == 0 && api.raise_dtr(port)) << "without such lines";
   terminal.reset();
   EXPECT_FALSE(api.clear_error(port, status));
-  EXPECT_EQ(api.read(port, buffer, count, reading), IoResult::kFailed);
+  const IoResult gone = api.read(port, buffer, count, reading);
+  EXPECT_EQ(gone, IoResult::kFailed);
+  EXPECT_EQ(CauseOf(gone.error), Cause::kGone);
   EXPECT_TRUE(api.close_file(port));
   EXPECT_FALSE(api.close_file(port));
 }
