@@ -106,9 +106,7 @@ Outcome StartSender(Console& console) {
   ConsoleSender& sender = console.sender;
   sender.lines.clear();
   sender.stop = sender.ended = false;
-  const Outcome started = console.port.api->start_thread(sender.thread, [&console] { RunSender(console); });
-  if (!started) sender.ended = true;
-  return started;
+  return console.port.api->start_thread(sender.thread, [&console] { RunSender(console); });
 }
 
 // A write that does not end is given up after a while. False when it does not answer even then.
@@ -156,7 +154,7 @@ bool EndJob(Console& console) {
 
 bool HasSenderEnded(Console& console) {
   const std::lock_guard hold(console.sender.lock);
-  return console.sender.ended;
+  return console.sender.ended || !console.sender.thread.joinable();
 }
 
 // Whether no thread of an earlier connection hangs in the driver any more.

@@ -405,6 +405,8 @@ TEST_F(ConsoleRig, OptionsShapeTheLog) {
   ASSERT_TRUE(Shows("06 41 "));
   ReportToConsole(console_, 1);
   ASSERT_TRUE(Shows("Upload Success"));
+  comm_.Feed(Bytes{0x42});
+  ASSERT_TRUE(Shows("42 "));
   options = {};
   options.time_stamps = true;
   SetConsoleOptions(console_, options);
@@ -412,7 +414,8 @@ TEST_F(ConsoleRig, OptionsShapeTheLog) {
   ASSERT_TRUE(Shows("plain"));
   EXPECT_EQ(view_, LogFile());
   EXPECT_THAT(view_, HasSubstr("text\r\n06 41 " + std::string(14 * 3 + 1, ' ') +
-                               ".A\r\n\r\n<========== Upload Success ==========>\r\n["));
+                               ".A\r\n\r\n<========== Upload Success ==========>\r\n42 " +
+                               std::string(15 * 3 + 1, ' ') + "B\r\n["));
   EXPECT_THAT(view_, testing::EndsWith("] plain"));
 }
 
@@ -461,9 +464,12 @@ TEST_F(ConsoleRig, SaveAndClear) {
 TEST_F(ConsoleRig, AFullDiskIsToldOnceAndTheViewGoesOn) {
   Open();
   recorder_.files.write = [](std::FILE*, std::span<const uint8_t>) { return false; };
-  for (int i = 0; i < 5; ++i) AppendToConsole(console_, "text", ReportColour::kNeutral);
+  AppendToConsole(console_, "text", ReportColour::kNeutral);
   Update();
   EXPECT_THAT(recorder_.Texts(), ElementsAre("WriteFile problem"));
+  for (int i = 0; i < 4; ++i) AppendToConsole(console_, "text", ReportColour::kNeutral);
+  Update();
+  EXPECT_THAT(recorder_.Texts(), IsEmpty());
   EXPECT_EQ(view_, "texttexttexttexttext");
 }
 
@@ -478,6 +484,9 @@ TEST_F(ConsoleRig, UnpluggingGivesOneMessageAndADisconnectedConsole) {
   }
   EXPECT_THAT(recorder_.Texts(),
               ElementsAre("COM1 is not available any more.\nThe console is disconnected."));
+  comm_.Fail({"create_file"});
+  EXPECT_FALSE(ConnectConsole(console_, config_));
+  EXPECT_THAT(recorder_.Texts(), ElementsAre("Port is not available."));  // one that the user asked for
   comm_.Fail({});
   ConnectAgain();
   comm_.Feed(BytesOf("again"));

@@ -40,6 +40,8 @@ TEST(Progress, TheLineIsAsWideAsItsPlace) {
       {{TransferPhase::kVerify, 100, 100, 999, 0, 0},
        "Verifying [#####################] 100%  999 B/s  0:00 left"},
       {{TransferPhase::kDownload, 0, 100, 0, std::nullopt, 0}, "Downloading [--------]   0%  0 B/s"},
+      {{TransferPhase::kDownload, 0, 100, 1000, std::nullopt, 0}, "Downloading   0%  1.0 kB/s"},
+      {{TransferPhase::kDownload, 0, 100, 100000, std::nullopt, 0}, "Downloading   0%  100.0 kB/s"},
       {{}, "Waiting for the receiver          "},
       {half, ""}};
   for (const auto& [progress, line] : rows) EXPECT_EQ(ProgressLine(progress, line.size()), line);

@@ -9,6 +9,7 @@
 #include "tests/image/image_maker.h"
 #include "tests/serial/receiver_rig.h"
 #include "tests/serial/shared_messages.h"
+#include "tests/serial/upload_frames.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 
@@ -110,6 +111,30 @@ TEST_F(Run, AReceiverThatGoesHalfWayIsNeverCalledVerified) {
   }
   for (size_t i = 0; i < found.size(); ++i)
     EXPECT_EQ(found[i].get(), "") << "row " << i / 2 << (i % 2 ? " swapped" : " pulled off");
+}
+
+// What a file says to move, also where it is cut in the middle of a frame.
+TEST_F(Run, TheBytesToMoveAreThoseOfTheFramesThatAreThere) {
+  const Bytes upload = UploadFile(Bytes(150, 1)), request = RequestFile({Bytes(30), Bytes(7)});
+  uint64_t payloads = 0;
+  for (const Bytes& frame : FramesOf(upload)) payloads += LookAtFrame(frame).payload.size();
+  const auto cut = [](Bytes file, size_t size) { return file.resize(size), file; };
+  const size_t second = 6 + FramesOf(request)[0].size();
+  const std::tuple<Bytes, TransferJob, uint64_t> rows[] = {
+      {upload, TransferJob::kAdb, 2 * payloads},
+      {upload, TransferJob::kSdb, payloads},
+      {request, TransferJob::kDownload, 37},
+      {cut(request, second + 17), TransferJob::kDownload, 37},
+      {cut(request, second + 16), TransferJob::kDownload, 30},
+      {cut(request, second), TransferJob::kDownload, 30},
+      {cut(request, 5), TransferJob::kDownload, 0},
+      {{}, TransferJob::kDownload, 0}};
+  for (const auto& [file, job, bytes] : rows) {
+    Transfer transfer;
+    transfer.files.assign(2, recorder.context.temporary_folder / "file");
+    PutFile(transfer.files[0], file);
+    EXPECT_EQ(BytesToMove(transfer, job), bytes) << file.size();
+  }
 }
 
 TEST_F(Run, TheStateOfTheReceiverIsOneSentence) {

@@ -305,6 +305,7 @@ TEST(Upload, DamagedFilesAreReportedByTheConsole) {
                       {"second letter right", Urt({good}, "xZ"), {1}, {good}},
                       {"no magic", Urt({good}, "xx"), {-6, -6, 23}, {}},
                       {"empty", {}, {-6, -6, 23}, {}},
+                      {"no packets", Urt({}), {-1, -1, 23}, {}},
                       {"no STX", Urt({no_stx}), {-1, -1, 23}, {}},
                       {"fewer packets than counted", Urt({good, {}}), {-1, -1, 23}, {good, good}},
                       {"no ETX, the last", Urt({no_etx}), {-3, 1}, {no_etx}},
@@ -502,6 +503,8 @@ TEST(Download, EveryBadPacketIsAskedForAgainOnce) {
     EXPECT_EQ(rig.Run(), 1) << row.name;
     EXPECT_EQ(rig.Times({kNak}), 1u) << row.name;
     EXPECT_EQ(rig.Times({kEnq}), 3u) << row.name;
+    EXPECT_EQ(rig.purges, 1 + 3 + 2)
+        << row.name;  // at the start, before each ENQ, at the bad one, before NAK
     EXPECT_EQ(rig.results, std::vector<std::string>{"CRC Verification - Success"}) << row.name;
   }
 }
