@@ -148,9 +148,8 @@ bool StoreUpload(Receiver& receiver) {
   const auto image = OriginalImage(content);
   if (!content.findings.empty() || !image) return false;
   // An image without a fixed address goes to the end of its place.
-  const uint32_t address = content.start != kNoAddress    ? content.start
-                           : content.end >= content.space ? content.end - content.space
-                                                          : 0;
+  const uint32_t address =
+      content.start != kNoAddress ? content.start : content.end - std::min(content.end, content.space);
   StoreBytes(receiver.memory, content.type == 3 ? 1 : 0, address, *image);
   Note(receiver,
        Format("stored %zu bytes of image type %u at %08X", image->size(), unsigned{content.type}, address));

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <limits>
 #include <thread>
 
 namespace vexa {
@@ -19,7 +20,7 @@ struct Pace {
   double next = 0;  // s, when the line is free again
 
   size_t Allowance(double now) const {
-    if (baud == 0) return 4096;
+    if (baud == 0) return std::numeric_limits<size_t>::max();
     return now <= next ? 0 : static_cast<size_t>((now - next) * baud / 10);
   }
   // Nothing to move: the time until now is lost.

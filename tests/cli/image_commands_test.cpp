@@ -147,6 +147,7 @@ TEST_F(ImageCommands, RefusalsKeepOldFilesAndNameTheirReason) {
     EXPECT_EQ(result.status, 1) << row.line;
     EXPECT_EQ(result.output, "") << row.line;
     EXPECT_NE(result.errors, "") << row.line;
+    EXPECT_EQ(result.errors.find("error: ", 1), std::string::npos) << result.errors;
     if (row.text) {
       EXPECT_THAT(result.errors, testing::StartsWith(row.text));
     }

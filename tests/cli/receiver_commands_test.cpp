@@ -225,6 +225,7 @@ TEST_F(ReceiverCommands, SdbDataGoesToTheRegionThatIsNamed) {
     ASSERT_TRUE(StartReceiver());
   }
   EXPECT_EQ(Vexa("upload sdb @list.bin --ecf @test.ecf --port @line --image-type 3").status, 1);
+  EXPECT_EQ(Vexa("upload sdb @list.bin --ecf @test.ecf --port @line --image-type 256").status, 2);
 }
 
 #if !defined(_WIN32)

@@ -1,6 +1,7 @@
 // Wrong usage of every command: outputs that are inputs, words that are no commands, versions, help.
 #include <nlohmann/json.hpp>
 
+#include "cli/error_stream.h"
 #include "generated/version.h"
 #include "tests/cli/cli_test.h"
 #include "tests/support/ecf_maker.h"
@@ -138,6 +139,11 @@ TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
       {"loader --link @x --seed 18446744073709551616",
        "error: --seed: \"18446744073709551616\" is no number from 0 to 18446744073709551615\n"},
       {"loader --link @x --seed -1", "error: --seed: \"-1\" is no number from 0 to "},
+      {"loader --link @x --nak 0.5x", "error: --nak: \"0.5x\" is no probability from 0 to 1\n"},
+      {"loader --link @x --nak x", "error: --nak: \"x\" is no probability from 0 to 1\n"},
+      {"loader --link @x --nak 1e-999", "error: --nak: \"1e-999\" is no probability from 0 to 1\n"},
+      {"loader --link @x --nak -0.1", "error: --nak: \"-0.1\" is no probability from 0 to 1\n"},
+      {"loader --link @x --nak 1.1", "error: --nak: \"1.1\" is no probability from 0 to 1\n"},
   };
   for (const auto& [line, text] : rows) {
     const ProgramResult result = Vexa(line);
@@ -147,6 +153,46 @@ TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
   }
   EXPECT_THAT(Vexa("save --help").output,
               testing::ContainsRegex("--compress-sdb[^-]*user box records[ \n]+\\(default: as read\\)"));
+}
+
+TEST_F(Usage, InfoTellsWhatIsCompressed) {
+  for (const std::string bin : {"on", "off"}) {
+    for (const std::string sdb : {"on", "off"}) {
+      ASSERT_EQ(Vexa("save @base.bin -o @x --compress-bin " + bin + " --compress-sdb " + sdb).status, 0);
+      const auto info = nlohmann::json::parse(Vexa("info @x --json").output);
+      EXPECT_EQ(info["compressed"], bin == "on" ? 1 : 0) << bin << sdb;
+      EXPECT_EQ(info["sdbs"][0]["compressed"], sdb == "on" ? 1 : 0) << bin << sdb;
+    }
+  }
+}
+
+// The line of progress gives way to a message, once.
+TEST(Errors, StandBelowNoRestsOfALine) {
+  ErrorStream errors;
+  testing::internal::CaptureStderr();
+  errors.Print("a\n");
+  errors.ShowLine("12345");
+  errors.ShowLine("123456");
+  errors.ShowLine("1");
+  errors.Print("b\n");
+  errors.Print("c\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\n\r12345\r123456\r      \r\r1\r \rb\nc\n");
+}
+
+TEST_F(Usage, ListsOfNumbersHoldNothingElse) {
+  const std::pair<const char*, const char*> options[] = {
+      {"save @base.bin -o @x", "--sdb"},         {"save @base.bin -o @x", "--ubi"},
+      {"save @base.bin -o @x", "--satellites"},  {"sort @base.bin -o @x", "--sdb"},
+      {"import @x -o @y", "--satellites"},       {"upload sdb @base.bin --port x", "--sdb"},
+      {"upload sdb @base.bin --port x", "--ubi"}};
+  for (const auto& [line, option] : options) {
+    for (const std::string list : {"x", "0", "1-", "2-1", "1,", "1;2"}) {
+      const ProgramResult result = Vexa(std::string(line) + " " + option + " '" + list + "'");
+      EXPECT_EQ(result.status, 2) << line << option << list;
+      EXPECT_THAT(result.errors, testing::StartsWith(std::string("error: ") + option + ": \"" + list +
+                                                     "\" is no list of numbers\n"));
+    }
+  }
 }
 
 // The largest seed is one.

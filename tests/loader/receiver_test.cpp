@@ -4,11 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <chrono>
 #include <map>
 #include <random>
 
 #include "core/bytes.h"
 #include "image/line_frame.h"
+#include "loader/run.h"
 #include "serial/transfer.h"
 #include "tests/serial/upload_frames.h"
 #include "tests/support/recorder.h"
@@ -256,7 +258,9 @@ TEST(SimulatedReceiver, AnnouncesAndHandsOutRegionsInTime) {
 TEST(SimulatedReceiver, FaultsAreWhatTheySay) {
   const auto frames = UploadFrames(500);
   Line refuses;
-  refuses.receiver.faults.nak = 1;
+  LoaderFaults refusing;
+  refusing.nak = 1;
+  refuses.receiver = MakeReceiver(refusing, {});
   refuses.Begin();
   EXPECT_EQ(refuses.Send(frames[0]), Bytes{kNak});
   EXPECT_TRUE(refuses.receiver.frames.empty());
@@ -264,11 +268,16 @@ TEST(SimulatedReceiver, FaultsAreWhatTheySay) {
   drops.receiver.faults.drop = 1;
   EXPECT_EQ(drops.Send(kUploadWakeUp), Bytes{});
   EXPECT_EQ(drops.receiver.state, LoaderState::kWoken);
+  // Within a frame of a wrong sum; what stands behind it is lost with it.
+  Bytes hidden = frames[0];
+  hidden.push_back(kEtb);
+  hidden = FrameOf(hidden);
+  hidden[hidden.size() - 2] ^= 1;
   for (const bool reset : {false, true}) {
     Line lost;
     (reset ? lost.receiver.faults.reset : lost.receiver.faults.silence) = 1;
     lost.Begin();
-    EXPECT_EQ(lost.Send(frames[0]), Bytes{});
+    EXPECT_EQ(lost.Send(hidden), Bytes{});
     EXPECT_EQ(lost.receiver.session_ended, reset);
     EXPECT_EQ(lost.Timed(5000), Heard{});
     EXPECT_EQ(lost.Send(kEtb), reset ? Bytes{kAck} : Bytes{});
@@ -333,6 +342,59 @@ TEST(SimulatedReceiver, HandsARegionOutFrameByFrame) {
   EXPECT_EQ(line.Send(kEnq), Bytes{});  // complete
   EXPECT_EQ(line.Send(kCan), Bytes{});
   EXPECT_TRUE(line.receiver.session_ended);
+}
+
+TEST(SimulatedReceiver, APacketIsDueByItsOffsetBlockAndNumber) {
+  Receiver receiver;
+  receiver.block_position = 0x7ABCDE;
+  receiver.block = 0x123456;
+  receiver.block_packet = 0x1F7;
+  EXPECT_EQ(PlaceDue(receiver), (std::array<uint8_t, 7>{0x02, 0xBC, 0xDE, 0x12, 0x34, 0x56, 0xF7}));
+}
+
+// A line on which bytes wait from its second look on.
+struct FullLine : PseudoTerminal {
+  size_t left = 0, read = 0, looks = 0;
+  size_t Read(std::span<uint8_t> buffer, int) override {
+    const size_t count = looks++ == 0 ? 0 : std::min(buffer.size(), left);
+    left -= count;
+    read += count;
+    return count;
+  }
+  size_t Write(std::span<const uint8_t> bytes) override { return bytes.size(); }
+};
+
+TEST(SimulatedReceiver, ALineWithoutASpeedOfItsOwnIsPaced) {
+  using Clock = std::chrono::steady_clock;
+  const std::tuple<uint32_t, bool, bool> rows[] = {
+      {20000, false, true}, {20000, true, false}, {0, false, false}};
+  for (const auto& [baud, own, paced] : rows) {
+    FullLine line;
+    line.left = 100000;
+    line.keeps_pace = own;
+    Receiver receiver = MakeReceiver({}, {});
+    const auto start = Clock::now();
+    const auto seconds = [&] { return std::chrono::duration<double>(Clock::now() - start).count(); };
+    LoaderRun run;
+    run.baud = baud;
+    run.stop = [&, limit = paced ? 0.3 : 10] { return line.left == 0 || seconds() > limit; };
+    RunReceiver(receiver, line, run);
+    EXPECT_EQ(line.left > 0, paced) << baud << own;
+    EXPECT_GT(line.read, 100u);
+    if (paced) {
+      EXPECT_LE(static_cast<double>(line.read), seconds() * 2000);
+    }
+  }
+}
+
+TEST(SimulatedReceiver, APortHasASpeedOfItsOwn) {
+  const auto terminal = OpenPseudoTerminal({}).value;
+  if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
+  Recorder recorder;
+  const auto port = OpenReceiverPort(terminal->path, 9600, recorder.context.messages);
+  ASSERT_TRUE(port);
+  EXPECT_TRUE(port->keeps_pace);
+  EXPECT_EQ(port->path, terminal->path);
 }
 
 TEST(SimulatedReceiver, AnyBytesAreBorne) {
