@@ -139,11 +139,11 @@ TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
       {"loader --link @x --seed 18446744073709551616",
        "error: --seed: \"18446744073709551616\" is no number from 0 to 18446744073709551615\n"},
       {"loader --link @x --seed -1", "error: --seed: \"-1\" is no number from 0 to "},
-      {"loader --link @x --nak 0.5x", "error: --nak: \"0.5x\" is no probability from 0 to 1\n"},
-      {"loader --link @x --nak x", "error: --nak: \"x\" is no probability from 0 to 1\n"},
-      {"loader --link @x --nak 1e-999", "error: --nak: \"1e-999\" is no probability from 0 to 1\n"},
-      {"loader --link @x --nak -0.1", "error: --nak: \"-0.1\" is no probability from 0 to 1\n"},
-      {"loader --link @x --nak 1.1", "error: --nak: \"1.1\" is no probability from 0 to 1\n"},
+      {"loader --link @base.bin --nak 0.5x", "error: --nak: \"0.5x\" is no probability from 0 to 1\n"},
+      {"loader --link @base.bin --nak x", "error: --nak: \"x\" is no probability from 0 to 1\n"},
+      {"loader --link @base.bin --nak 1e-999", "error: --nak: \"1e-999\" is no probability from 0 to 1\n"},
+      {"loader --link @base.bin --nak -0.1", "error: --nak: \"-0.1\" is no probability from 0 to 1\n"},
+      {"loader --link @base.bin --nak 1.1", "error: --nak: \"1.1\" is no probability from 0 to 1\n"},
   };
   for (const auto& [line, text] : rows) {
     const ProgramResult result = Vexa(line);

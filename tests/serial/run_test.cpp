@@ -65,6 +65,9 @@ TEST_F(Run, AllThatMovesIsCounted) {
   }
   EXPECT_EQ(phases, (std::vector{TransferPhase::kWakeUp, TransferPhase::kUpload, TransferPhase::kVerify}));
   EXPECT_EQ(progress.back().done, progress.back().total);
+  EXPECT_TRUE(std::any_of(progress.begin(), progress.end(), [](const TransferProgress& now) {
+    return now.phase == TransferPhase::kVerify && now.done > 0 && now.done < now.total;
+  }));
   const RegionEntry region = *AdbRegion(run.config);
   EXPECT_EQ(progress.back().total, region.end - region.start + kE2pRequested);
   EXPECT_GT(run.result.bytes, 2 * (region.end - region.start));
