@@ -19,7 +19,8 @@ namespace {
 constexpr size_t kDocumentStart = 64 << 10;  // bytes
 
 [[noreturn]] void Refuse(const CommandState& state, const std::string& file, const Misfit& misfit) {
-  TellWhy(state.context.messages, Icon::kStop, file, "%s: %s", misfit.where.c_str(), misfit.what.c_str());
+  TellWhy(state.context.messages, Icon::kStop, file + ": Correct it there, or export the database again.",
+          "%s: %s", misfit.where.c_str(), misfit.what.c_str());
   throw CommandFailed{};
 }
 

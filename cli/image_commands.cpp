@@ -273,6 +273,10 @@ void ShowUrt(CommandState& state, const std::string& file, bool as_json) {
   }
   state.output = as_json ? UrtJson(*urt) : UrtText(*urt);
   if (urt->findings.empty()) return;
+  if (!urt->begins_as_urt)
+    TellWhy(state.context.messages, Icon::kStop,
+            file + ": Choose a URT file, or make one of an image with \"vexa urt build\".",
+            "The file is no URT file.");
   state.print_output_on_failure = true;
   throw CommandFailed{};
 }

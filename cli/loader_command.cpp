@@ -33,7 +33,12 @@ std::unique_ptr<PseudoTerminal> OpenLine(CommandState& state, const std::string&
   if (terminal) return std::move(terminal.value);
   if (run.baud == 0) run.baud = kPortBaud;
   if (auto port = OpenReceiverPort(link, run.baud, state.context.messages)) return port;
-  const std::string why = terminal.error ? Reason(Attempt::kWrite, link, terminal.error) : "";
+  // What stands there is kept.
+  const bool taken = terminal.error == std::errc::file_exists;
+  const std::string why =
+      taken            ? link + ": It is no serial port. Choose a name that is not taken, or a serial port."
+      : terminal.error ? Reason(Attempt::kWrite, link, terminal.error)
+                       : "";
   TellWhy(state.context.messages, Icon::kStop, why, "No line can be made or opened at \"%s\".", link.c_str());
   TellPorts(state);
   throw CommandFailed{};

@@ -91,9 +91,14 @@ std::optional<NumberValue> NumberValueOf(const Field<Record>& field, const std::
 }
 
 template <class Record>
-bool Fits(const Field<Record>& field, int64_t number) {
+int64_t LargestOf(const Field<Record>& field) {
   const bool lnb = std::string_view(field.key) == "lnb_index";
-  return number >= field.smallest && number <= (lnb ? int64_t{kMaximumLnbs} - 1 : field.largest);
+  return lnb ? int64_t{kMaximumLnbs} - 1 : field.largest;
+}
+
+template <class Record>
+bool Fits(const Field<Record>& field, int64_t number) {
+  return number >= field.smallest && number <= LargestOf(field);
 }
 
 template <class Record>
@@ -104,10 +109,24 @@ const Field<Record>* SettableField(const std::string& key) {
   return nullptr;
 }
 
-// `words`: those that the field takes besides numbers.
-std::string WrongText(const std::string& key, const std::string& value,
+// `values`: what the field takes. `words`: those that may have been meant.
+std::string WrongText(const std::string& key, const std::string& value, const std::string& values,
                       const std::vector<std::string>& words = {}) {
-  return "\"" + value + "\" is no value for " + key + NearestText(value, words);
+  return "\"" + value + "\" is no value for " + key + NearestText(value, words) + "; it takes " + values;
+}
+
+// "0 to 4095 (tenths of a degree), or degrees with their side (19.2E)"; "0 to 3, or C-Band, Universal, ...".
+template <class Record>
+std::string ValuesText(const Field<Record>& field) {
+  const std::string_view key = field.key;
+  std::string text = std::to_string(field.smallest) + " to " + std::to_string(LargestOf(field));
+  if (key == "angle") return text + " (tenths of a degree), or degrees with their side (19.2E)";
+  if (key == "lnb_index") return text + Format(", or LNB1 to LNB%d", static_cast<int>(kMaximumLnbs));
+  const char* before = ", or ";
+  for (const char* word : field.words) {
+    if (word) text += before + std::string(word), before = ", ";
+  }
+  return text;
 }
 
 // What can be set in records of a kind besides their number fields.
@@ -134,7 +153,7 @@ std::string WrongFieldText(const std::string& key, const std::string& value) {
   for (const char* word : field->words) {
     if (word && !number) words.emplace_back(word);
   }
-  return WrongText(key, value, words);
+  return WrongText(key, value, ValuesText(*field), words);
 }
 
 std::string WrongNameText(const std::string& value, size_t longest) {
@@ -146,11 +165,14 @@ std::string WrongNameText(const std::string& value, size_t longest) {
 
 std::string WrongUbiText(const std::string& key, const std::string& value) {
   UserBoxInfo box;
-  if (key == "kept_byte8_23") return SetKeptText(box, value) ? "" : WrongText(key, value);
+  if (key == "kept_byte8_23")
+    return SetKeptText(box, value) ? "" : WrongText(key, value, "32 hexadecimal digits");
   // Four characters; or, as documents have it, the hexadecimal digits of the four bytes.
   if (key == "lock_code") {
     const bool short_text = value.size() <= sizeof box.lock_code && !value.empty();
-    return short_text || SetLockCodeText(box, value) ? "" : WrongText(key, value);
+    return short_text || SetLockCodeText(box, value)
+               ? ""
+               : WrongText(key, value, "1 to 4 characters, or 8 hexadecimal digits");
   }
   return WrongFieldText<UserBoxInfo>(key, value);
 }
@@ -281,7 +303,8 @@ class Assigner {
     const Field<Record>& field = *SettableField<Record>(key);
     const NumberValue number = *NumberValueOf(field, value);
     const int64_t stored = number.first + (number.counts ? counted_ : 0);
-    if (!Fits(field, stored)) throw WrongCount{WrongText(key, value) + ": it runs beyond the field"};
+    if (!Fits(field, stored))
+      throw WrongCount{WrongText(key, value, ValuesText(field)) + ", the count runs beyond it"};
     field.set(record, stored);
     if (number.east) SetField(record, "east", *number.east ? "1" : "0");
   }

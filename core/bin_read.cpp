@@ -331,13 +331,14 @@ bool CheckUbiSize(const Context& context, size_t record_size) {
 
 void TellOldUbi(const Context& context, size_t record_size) {
   if (record_size == kOldUbiSize)
-    Tell(context.messages, Icon::kInformation,
-         "Older version static binary!!. Does not contain parental lock code.");
+    TellWhy(context.messages, Icon::kInformation, "Enter it in each user box record.",
+            "Older version static binary!!. Does not contain parental lock code.");
 }
 
 void TellUbiLimit(const Context& context) {
-  Tell(context.messages, Icon::kStop, "Can't add USER BOX Information. It exceeds the limit %d.",
-       static_cast<int>(kMaximumUbis));
+  TellWhy(context.messages, Icon::kStop,
+          "The user box records beyond it are left out. Delete some, and open the file again.",
+          "Can't add USER BOX Information. It exceeds the limit %d.", static_cast<int>(kMaximumUbis));
 }
 
 void AddUbi(std::string name, std::span<const uint8_t> record, Document& document) {
@@ -381,6 +382,9 @@ bool ReadUbis(const Context& context, std::span<const uint8_t> layout, size_t en
   return ReadUbiStream(context, stream, count, document);
 }
 
+constexpr const char* kSdbsLeftOut =
+    "The others are left out. Delete SDBs, or open the file in a new database.";
+
 // Of a container's header, and the size of the layout that it starts.
 bool HasDirectory(std::span<const uint8_t> header, uint64_t layout_size) {
   ByteReader reader(header);
@@ -406,9 +410,9 @@ bool ReadStreams(const Context& context, std::span<const uint8_t> layout, Openin
     if (!ReadEntry(part, layout, opened, entry) || !StreamOf(part, layout, entry, scratch, stream))
       return false;
     if (document.sdbs.size() >= kMaximumSdbs) {
-      Tell(context.messages, Icon::kInformation,
-           "Can not open more than %d SDBs (Opened %d of %d SDBs in the bin).",
-           static_cast<int>(kMaximumSdbs), static_cast<int>(opened), static_cast<int>(sdbs));
+      TellWhy(context.messages, Icon::kInformation, kSdbsLeftOut,
+              "Can not open more than %d SDBs (Opened %d of %d SDBs in the bin).",
+              static_cast<int>(kMaximumSdbs), static_cast<int>(opened), static_cast<int>(sdbs));
       document.read_whole = false;
       break;
     }
@@ -439,8 +443,9 @@ bool OpenContainer(const Context& context, std::span<const uint8_t> file, Openin
 bool OpenBareStream(const Context& context, std::span<const uint8_t> file, Opening& opening) {
   Document& document = opening.document;
   if (document.sdbs.size() >= kMaximumSdbs) {
-    Tell(context.messages, Icon::kInformation,
-         "Can not open more than %d SDBs (opened 0 of 1 SDBs in the bin).", static_cast<int>(kMaximumSdbs));
+    TellWhy(context.messages, Icon::kInformation, kSdbsLeftOut,
+            "Can not open more than %d SDBs (opened 0 of 1 SDBs in the bin).",
+            static_cast<int>(kMaximumSdbs));
     document.read_whole = false;
     return true;
   }

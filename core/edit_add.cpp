@@ -12,14 +12,29 @@ constexpr uint32_t kLowestIf = 950, kHighestIf = 2150;  // MHz
 
 bool HasLnb(const Messages& messages, const StaticDatabase& database) {
   if (database.lnb_count > 0) return true;
-  Tell(messages, Icon::kStop, "Add atleast one LNB to add a satellite.");
+  TellWhy(messages, Icon::kStop, "The SDB has no LNB: add one to its list of LNBs first.",
+          "Add atleast one LNB to add a satellite.");
   return false;
 }
 
 bool OneRowAtMost(const Messages& messages, const Rows& selected) {
   if (selected.size() < 2) return true;
-  Tell(messages, Icon::kStop, "Cannot insert during multiple selection.");
+  TellWhy(messages, Icon::kStop,
+          Format("%zu rows are selected: select the one before which the new row goes, or none.",
+                 selected.size()),
+          "Cannot insert during multiple selection.");
   return false;
+}
+
+// `what`: the records of a full table, `where` it is. What there is and what to do.
+std::string FullText(size_t count, const char* what, const char* where) {
+  return Format("%s has %zu %s, which is the limit: delete some first.", where, count, what);
+}
+
+// Of a list of favourites of this name.
+std::string FullListText(const std::string& name, size_t entries, size_t added) {
+  return Format("\"%s\" has %zu entries, %zu more do not fit: add fewer, or delete some first.", name.c_str(),
+                entries, added);
 }
 
 size_t InsertPlace(const Rows& selected, size_t count) {
@@ -59,13 +74,16 @@ Service* NewService(StaticDatabase& database, Carrier& carrier, const DefaultRec
 OpenSdb* AddSdb(const Messages& messages, Document& document, const DefaultRecords& defaults) {
   const int number = static_cast<int>(document.sdbs.size()) + 1;
   OpenSdb* sdb = AppendSdb(document, Format("SDB%d", number), defaults);
-  if (!sdb) Tell(messages, Icon::kStop, "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
+  if (!sdb)
+    TellWhy(messages, Icon::kStop, FullText(document.sdbs.size(), "SDBs", "The database"),
+            "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
   return sdb;
 }
 
 bool AddLnb(const Messages& messages, StaticDatabase& database, const DefaultRecords& defaults) {
   if (database.lnb_count >= kMaximumLnbs) {
-    Tell(messages, Icon::kStop, "Can't add LNB Information. It exceeds the limit 16.");
+    TellWhy(messages, Icon::kStop, FullText(database.lnb_count, "LNBs", "The SDB"),
+            "Can't add LNB Information. It exceeds the limit 16.");
     return false;
   }
   database.lnbs[database.lnb_count++] = defaults.lnb;
@@ -74,7 +92,8 @@ bool AddLnb(const Messages& messages, StaticDatabase& database, const DefaultRec
 
 Satellite* AddSatellite(const Messages& messages, StaticDatabase& database, const DefaultRecords& defaults) {
   if (database.satellites.size() >= kMaximumSatellites) {
-    Tell(messages, Icon::kStop, "Can't add SATELLITE Information. It exceeds the limit.");
+    TellWhy(messages, Icon::kStop, FullText(database.satellites.size(), "satellites", "The SDB"),
+            "Can't add SATELLITE Information. It exceeds the limit.");
     return nullptr;
   }
   if (!HasLnb(messages, database)) return nullptr;
@@ -85,7 +104,8 @@ Satellite* InsertSatellite(const Messages& messages, StaticDatabase& database, c
                            const Rows& selected) {
   if (!OneRowAtMost(messages, selected)) return nullptr;
   if (database.satellites.size() >= kMaximumSatellites) {
-    Tell(messages, Icon::kStop, "Satellite records exceed the limit. Can not add.");
+    TellWhy(messages, Icon::kStop, FullText(database.satellites.size(), "satellites", "The SDB"),
+            "Satellite records exceed the limit. Can not add.");
     return nullptr;
   }
   if (!HasLnb(messages, database)) return nullptr;
@@ -95,7 +115,8 @@ Satellite* InsertSatellite(const Messages& messages, StaticDatabase& database, c
 Carrier* AddCarrier(const Messages& messages, StaticDatabase& database, Satellite& satellite,
                     const DefaultRecords& defaults) {
   if (database.carriers.size() >= kMaximumCarriers) {
-    Tell(messages, Icon::kStop, "Can't add carrier information. It exceeds the limit.");
+    TellWhy(messages, Icon::kStop, FullText(database.carriers.size(), "carriers", "The SDB"),
+            "Can't add carrier information. It exceeds the limit.");
     return nullptr;
   }
   return NewCarrier(database, satellite, defaults, satellite.carriers.size());
@@ -105,7 +126,8 @@ Carrier* InsertCarrier(const Messages& messages, StaticDatabase& database, Satel
                        const DefaultRecords& defaults, const Rows& selected) {
   if (!OneRowAtMost(messages, selected)) return nullptr;
   if (database.carriers.size() >= kMaximumCarriers) {
-    Tell(messages, Icon::kStop, "Carrier records exceed the limit. Can not add.");
+    TellWhy(messages, Icon::kStop, FullText(database.carriers.size(), "carriers", "The SDB"),
+            "Carrier records exceed the limit. Can not add.");
     return nullptr;
   }
   return NewCarrier(database, satellite, defaults, InsertPlace(selected, satellite.carriers.size()));
@@ -114,7 +136,8 @@ Carrier* InsertCarrier(const Messages& messages, StaticDatabase& database, Satel
 Service* AddService(const Messages& messages, StaticDatabase& database, Carrier& carrier,
                     const DefaultRecords& defaults, std::optional<ServiceType> type) {
   if (database.services.size() >= kMaximumServices) {
-    Tell(messages, Icon::kStop, "Can't add service information. It exceeds the limit.");
+    TellWhy(messages, Icon::kStop, FullText(database.services.size(), "services", "The SDB"),
+            "Can't add service information. It exceeds the limit.");
     return nullptr;
   }
   return NewService(database, carrier, defaults, type, carrier.services.size());
@@ -125,7 +148,8 @@ Service* InsertService(const Messages& messages, StaticDatabase& database, Carri
                        std::optional<ServiceType> type) {
   if (!OneRowAtMost(messages, selected)) return nullptr;
   if (database.services.size() >= kMaximumServices) {
-    Tell(messages, Icon::kStop, "Service records exceed the limit. Can not add.");
+    TellWhy(messages, Icon::kStop, FullText(database.services.size(), "services", "The SDB"),
+            "Service records exceed the limit. Can not add.");
     return nullptr;
   }
   return NewService(database, carrier, defaults, type, InsertPlace(selected, carrier.services.size()));
@@ -133,8 +157,8 @@ Service* InsertService(const Messages& messages, StaticDatabase& database, Carri
 
 OpenUbi* AddUbi(const Messages& messages, Document& document) {
   if (document.ubis.size() >= kMaximumUbis) {
-    Tell(messages, Icon::kStop, "Can't add USER BOX information. It exceeds the limit %d.",
-         static_cast<int>(kMaximumUbis));
+    TellWhy(messages, Icon::kStop, FullText(document.ubis.size(), "user box records", "The database"),
+            "Can't add USER BOX information. It exceeds the limit %d.", static_cast<int>(kMaximumUbis));
     return nullptr;
   }
   OpenUbi ubi;
@@ -156,15 +180,16 @@ bool AddFavourites(const Messages& messages, FavouriteGroup& group, GroupKind ki
   }
   if (added.empty()) return true;
   if (kind == GroupKind::kTv && entries.size() + added.size() > kMaximumTvEntries) {
-    Tell(messages, Icon::kStop,
-         "This service cannot be added in %s group since it exceeds more than 2500 records",
-         Utf8FromLatin(NameOf(group.record.tv_name)).c_str());
+    const std::string name = Utf8FromLatin(NameOf(group.record.tv_name));
+    TellWhy(messages, Icon::kStop, FullListText(name, entries.size(), added.size()),
+            "This service cannot be added in %s group since it exceeds more than 2500 records", name.c_str());
     return false;
   }
   if (kind == GroupKind::kRadio && entries.size() + added.size() > kMaximumRadioEntries) {
-    Tell(messages, Icon::kStop,
-         "This service cannot be added in %s\tgroup since it exceeds more than 1000 records",
-         Utf8FromLatin(NameOf(group.record.radio_name)).c_str());
+    const std::string name = Utf8FromLatin(NameOf(group.record.radio_name));
+    TellWhy(messages, Icon::kStop, FullListText(name, entries.size(), added.size()),
+            "This service cannot be added in %s\tgroup since it exceeds more than 1000 records",
+            name.c_str());
     return false;
   }
   entries.insert(entries.end(), added.begin(), added.end());

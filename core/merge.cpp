@@ -10,14 +10,19 @@ namespace vexa {
 
 namespace {
 
+// `sdbs` and `ubis`: with those of the file that `messages` are about.
 bool Fits(const Messages& messages, size_t sdbs, size_t ubis) {
   if (sdbs > kMaximumSdbs) {
-    Tell(messages, Icon::kStop, "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
+    TellWhy(messages, Icon::kStop,
+            Format("With its SDBs there would be %zu, at most %u: leave it out, or delete SDBs first.", sdbs,
+                   kMaximumSdbs),
+            "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
     return false;
   }
   if (ubis > kMaximumUbis) {
-    Tell(messages, Icon::kStop, "Can't add USER BOX information. It exceeds the limit %d.",
-         static_cast<int>(kMaximumUbis));
+    TellWhy(messages, Icon::kStop,
+            Format("With its user box records there would be %zu: leave it out, or delete some first.", ubis),
+            "Can't add USER BOX information. It exceeds the limit %d.", static_cast<int>(kMaximumUbis));
     return false;
   }
   return true;
@@ -31,7 +36,8 @@ bool MergeBins(const Context& context, const std::vector<Path>& files, Document&
   for (const Path& file : files) {
     Document read;
     if (!OpenBin(context, file, read)) return false;
-    if (!Fits(context.messages, document.sdbs.size() + sdbs.size() + read.sdbs.size(),
+    if (!Fits(About(context.messages, Utf8FromPath(file)),
+              document.sdbs.size() + sdbs.size() + read.sdbs.size(),
               document.ubis.size() + ubis.size() + read.ubis.size()))
       return false;
     std::move(read.sdbs.begin(), read.sdbs.end(), std::back_inserter(sdbs));

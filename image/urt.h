@@ -127,6 +127,7 @@ struct UrtFinding {
 
 // A URT file taken apart, as far as it could be.
 struct UrtContent {
+  bool begins_as_urt = true;  // false: it is no URT file, and the fields say nothing
   uint8_t header_tag = 0, packet_tag = 0;
   uint8_t type = 0, kind = 0, manufacturer_id = 0, version_a = 0, version_b = 0, software_major = 0,
           software_minor = 0;

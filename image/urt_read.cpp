@@ -308,7 +308,8 @@ UrtContent ReadUrt(std::span<const uint8_t> file) {
   ByteReader reader(file);
   const bool m = reader.U8() == 'M', z = reader.U8() == 'Z';
   if (!m || !z) Add(content, 0, "The file does not begin with \"MZ\".");
-  if (!m && !z) return content;
+  content.begins_as_urt = m || z;
+  if (!content.begins_as_urt) return content;
   content.frames = reader.U32Big();
   if (!reader.ok()) {
     Add(content, 0, "The file ends inside its first six bytes.");

@@ -68,8 +68,32 @@ void AppendBig(uint8_t*& out, uint64_t value, int count) {
   while (count-- > 0) *out++ = static_cast<uint8_t>(value >> (8 * count));
 }
 
-void RefuseSpace(const Context& context) {
-  context.messages.tell({Icon::kStop, "Image exceeds the allowed memory space.", kTitle, {}});
+void RefuseSpace(const Context& context, const std::string& why) {
+  context.messages.tell({Icon::kStop, "Image exceeds the allowed memory space.", kTitle, why});
+}
+
+unsigned long long Told(uint64_t bytes) {
+  return bytes;
+}
+
+// Why an image of `stored` bytes, as it would be sent, does not go between its addresses.
+std::string NoRoomText(const ImageDescription& description, const ImageRoom& room, uint64_t stored) {
+  if (description.end < description.start)
+    return Format("The end address 0x%X lies below the start address 0x%X: choose one above it.",
+                  description.end, description.start);
+  const uint64_t space = uint64_t{description.end} - description.start;
+  if (stored > kMaximumImageSize)
+    return Format("The image has %llu bytes, %llu at most can be sent: choose a smaller one.", Told(stored),
+                  Told(kMaximumImageSize));
+  if (!room.open && space > kMaximumImageSize)
+    return Format(
+        "From start to end address there are %llu bytes, %llu at most can be sent: choose a lower "
+        "end address.",
+        Told(space), Told(kMaximumImageSize));
+  return Format(
+      "The image takes %llu bytes and its header %u, from start to end address there are %llu: choose "
+      "a higher end address or a smaller image.",
+      Told(stored), room.header, Told(space));
 }
 
 bool CompressImage(const Context& context, const ConversionParameters& parameters,
@@ -154,7 +178,7 @@ ConversionResult PrepareImage(const Context& context, const ConversionParameters
   const uint64_t space = uint64_t{description.end} - description.start;
   const uint64_t stored = prepared.stored.size;
   if (stored > space - room.header) {
-    RefuseSpace(context);
+    RefuseSpace(context, NoRoomText(description, room, stored));
     return ConversionResult::kRefused;
   }
   const uint64_t open_size = stored + room.header;
@@ -313,7 +337,7 @@ bool Check(const Context& context, const ConversionParameters& parameters,
   const uint64_t least = room.header == 0 ? 0 : room.header + 1;
   const bool fits = description.end >= description.start && space >= least && size <= kMaximumImageSize &&
                     (room.open || space <= kMaximumImageSize);
-  if (!fits) RefuseSpace(context);
+  if (!fits) RefuseSpace(context, NoRoomText(description, room, size));
   return fits;
 }
 
@@ -398,7 +422,8 @@ ConversionResult ConvertToUrt(const Context& context, const ConversionParameters
     const auto size = std::filesystem::file_size(input, error);
     if (error) return {ConversionResult::kCannotOpen, ReadReason(input, read.error)};
     if (size <= kMaximumImageSize) return {ConversionResult::kReadFailed, ReadReason(input, read.error)};
-    RefuseSpace(About(context, Utf8FromPath(input)));
+    RefuseSpace(About(context, Utf8FromPath(input)),
+                NoRoomText(description, RoomOfImage(description.type, description.flag), size));
     return ConversionResult::kRefused;
   }
   Prepared prepared;

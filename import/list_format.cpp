@@ -148,7 +148,11 @@ bool ReadList(const Context& context, const Path& path, ListFormat format, const
     const ListToRead list = {content, Utf8FromPath(path.filename()), defaults, options, context.progress};
     if (row.read(list, work, losses)) return true;
   }
-  TellWhy(context.messages, Icon::kStop, ReadReason(path, result.error), "%s", row.unreadable);
+  const std::string why =
+      has_content ? Utf8FromPath(path) +
+                        ": It is no list of this format. Choose another file, or say the format that it has."
+                  : ReadReason(path, result.error);
+  TellWhy(context.messages, Icon::kStop, why, "%s", row.unreadable);
   return false;
 }
 

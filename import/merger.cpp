@@ -35,7 +35,9 @@ bool IsSatcodxVersion2Or3(const Path& path) {
 
 bool AddMergeFile(const Context& context, Merger& merger, const Path& path) {
   if (IsListed(merger, path)) {
-    TellWhy(context.messages, Icon::kStop, Utf8FromPath(path), "Duplication of files not allowed.");
+    TellWhy(context.messages, Icon::kStop,
+            Utf8FromPath(path) + ": It is in the list already. Choose other files.",
+            "Duplication of files not allowed.");
     return false;
   }
   if (merger.format == ListFormat::kSatcodx && !IsSatcodxVersion2Or3(path)) {
@@ -102,7 +104,7 @@ bool CanMergeInto(const Context& context, const Merger& merger, const Path& outp
   for (const Path& path : merger.files) {
     std::error_code error;
     if (path.native() != output.native() && !fs::equivalent(path, output, error)) continue;
-    TellWhy(context.messages, Icon::kStop, Utf8FromPath(path),
+    TellWhy(context.messages, Icon::kStop, Utf8FromPath(path) + ": Choose another name for the merged file.",
             "The merged file cannot be one of the selected files.");
     return false;
   }

@@ -72,7 +72,9 @@ void FillLists(SettingsForm& dialog, const EcfTree& tree) {
 }
 
 void TellSettingProblem(const Context& context, const Path& file) {
-  TellWhy(context.messages, Icon::kStop, Utf8FromPath(file), "Configuration setting problem");
+  TellWhy(context.messages, Icon::kStop,
+          Utf8FromPath(file) + ": Choose a configuration file, or bring this one back.",
+          "Configuration setting problem");
 }
 
 void LoseLists(const Context& context, SettingsForm& dialog) {
@@ -272,7 +274,9 @@ SettingsOutcome AcceptSettings(const Context& context, SettingsForm& dialog, Pat
     config = std::move(chosen);
     ecf = dialog.listed_file;
   } else {
-    TellWhy(context.messages, Icon::kInformation, Utf8FromPath(dialog.listed_file),
+    TellWhy(context.messages, Icon::kInformation,
+            Utf8FromPath(dialog.listed_file) +
+                ": Choose a manufacturer, a product and a configuration of this file, or another file.",
             "Invalid configuration selection.");
   }
   // A changed format brings its own way of showing PIDs, over the list's.

@@ -127,7 +127,8 @@ TEST_F(ListCommands, ListsOfOtherReceivers) {
                            "import @a.csv --list-code-page cp437 -o @x", "merge vdr @a @b -o @x"})
     EXPECT_EQ(Vexa(line).status, 2) << line;
   EXPECT_EQ(Vexa("import @list.sdx --format lamedb -o @x").errors,
-            "error: Invalid or unsupported lamedb file format.\ninfo: " + In("list.sdx") + "\n");
+            "error: Invalid or unsupported lamedb file format.\ninfo: " + In("list.sdx") +
+                ": It is no list of this format. Choose another file, or say the format that it has.\n");
 }
 
 // A list that is completed has only the faults of its own.

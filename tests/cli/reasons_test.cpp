@@ -128,6 +128,46 @@ TEST_F(Reasons, FilesThatAreNotWhatTheyShouldBe) {
          In("list.dvb") + ": SDB1 has no satellite.");
 }
 
+TEST_F(Reasons, WhatToDoNext) {
+  Put("bytes", std::string(100, 'b'));
+  Put("bad.csv", "record,lnb\r\nlnb,1\r\n");
+  Put("no.json", "{\n\n\"a\": b");
+  const std::string room = "error: Image exceeds the allowed memory space.",
+                    correct = ": Correct it there, or export the database again.",
+                    choose = ": choose a higher end address or a smaller image.";
+  const auto build = [](const std::string& options) {
+    return "urt build @bytes -o @out --kind 1 --flag 0 --name n " + options;
+  };
+  Expect(build("--type 3 --start 9 --end 5"), room,
+         In("bytes") + ": The end address 0x5 lies below the start address 0x9: choose one above it.");
+  const std::string rows[][2] = {{"--type 3 --start 1 --end 100",
+                                  "100 bytes and its header 0, from start to end "
+                                  "address there are 99"},
+                                 {"--type 1 --start 0 --end 163",
+                                  "100 bytes and its header 64, from start to end "
+                                  "address there are 163"},
+                                 {"--type 1 --start 7 --end 7",
+                                  "100 bytes and its header 64, from start to end "
+                                  "address there are 0"}};
+  for (const auto& [options, sizes] : rows)
+    Expect(build(options), room, In("bytes") + ": The image takes " + sizes + choose);
+  Expect(build("--type 3 --start 0 --end 0x8000001"), room,
+         In("bytes") +
+             ": From start to end address there are 134217729 bytes, 134217728 at most can be sent: "
+             "choose a lower end address.");
+  Expect("import @bad.csv -o @out", "error: line 1: column \"frequency1\" is missing",
+         In("bad.csv") + correct);
+  Expect("import @no.json -o @out", "error: line 3: is no JSON", In("no.json") + correct);
+  Expect("merge dvb2000 @list.dvb @list.dvb -o @out", "error: Duplication of files not allowed.",
+         In("list.dvb") + ": It is in the list already. Choose other files.");
+  // What was read of it is printed all the same.
+  const ProgramResult urt = Vexa("urt show @text");
+  EXPECT_EQ(urt.status, 1);
+  EXPECT_EQ(urt.errors, "error: The file is no URT file.\ninfo: " + In("text") +
+                            ": Choose a URT file, or make one of an image with \"vexa urt build\".\n");
+  EXPECT_THAT(urt.output, testing::HasSubstr("does not begin with \"MZ\""));
+}
+
 TEST_F(Reasons, NumbersBeyondWhatThereIs) {
   const std::string one = "error: Number 2 is beyond the 1 that there are.";
   Expect("export @base.bin --sdb 2 -o @out", one, "SDB: choose from 1 to 1.");
@@ -163,6 +203,11 @@ TEST_F(Reasons, PortsThatRefuse) {
               testing::HasSubstr("error: No line can be made or opened at \"" + In("none/line") +
                                  "\".\ninfo: " + In("none/line") +
                                  ": No such file or directory. Make the folder first, or "));
+  EXPECT_THAT(Vexa("loader --link @text").errors,
+              testing::HasSubstr("error: No line can be made or opened at \"" + In("text") +
+                                 "\".\ninfo: " + In("text") +
+                                 ": It is no serial port. Choose a name that is not taken, or a "
+                                 "serial port.\n"));
   const auto held = SystemCommApi().create_file(terminal->path);
   ASSERT_TRUE(held);
   // What stands behind the name is this test's, whatever it is called.

@@ -1,5 +1,6 @@
 // What the reader accepts, corrects and refuses, on files laid out and damaged by hand.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -339,6 +340,7 @@ TEST(BinRead, MoreSdbsThanSlots) {
   EXPECT_TRUE(opened.good);
   ASSERT_EQ(opened.Texts(), List{"Can not open more than 16 SDBs (Opened 2 of 3 SDBs in the bin)."});
   EXPECT_EQ(opened.shown[0].icon, Icon::kInformation);
+  EXPECT_THAT(opened.shown[0].detail, testing::HasSubstr("The others are left out. Delete "));
   EXPECT_EQ(opened.document.sdbs.size(), 16u);
   EXPECT_EQ(opened.document.ubis.size(), 1u);
   EXPECT_FALSE(opened.document.read_whole);
@@ -351,6 +353,7 @@ TEST(BinRead, MoreSdbsThanSlots) {
   opened = Open(SampleStream().Join(), std::move(opened.document));
   EXPECT_EQ(opened.Texts(), List{"Can not open more than 16 SDBs (opened 0 of 1 SDBs in the bin)."});
   EXPECT_EQ(opened.shown[0].icon, Icon::kInformation);
+  EXPECT_THAT(opened.shown[0].detail, testing::HasSubstr("The others are left out. Delete "));
   EXPECT_FALSE(opened.document.read_whole);
 }
 
@@ -376,6 +379,8 @@ void ExpectBoxes(const BoxCase& row) {
   const Opened opened = Open(row.file);
   EXPECT_EQ(opened.good, row.good);
   EXPECT_EQ(opened.Texts(), row.texts);
+  for (const Message& message : opened.shown)
+    EXPECT_THAT(message.detail, testing::HasSubstr("ser box record"));
   EXPECT_EQ(opened.document.sdbs.size(), 1u);
   EXPECT_EQ(opened.document.read_whole, row.good && row.texts != List{kBoxLimit});
   ASSERT_EQ(opened.document.ubis.size(), row.ubis);

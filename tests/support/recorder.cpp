@@ -61,6 +61,13 @@ std::vector<std::string> Recorder::Details() {
   return details;
 }
 
+bool Recorder::EachHasDetail() const {
+  for (const Message& message : shown) {
+    if (message.detail.empty()) return false;
+  }
+  return !shown.empty();
+}
+
 std::string Recorder::FullDisk(const Path& path) {
   return WriteReason(path, std::make_error_code(std::errc::no_space_on_device));
 }

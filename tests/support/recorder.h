@@ -24,6 +24,8 @@ struct Recorder {
   // The texts alone, and what stands below them; cleared by the call.
   std::vector<std::string> Texts();
   std::vector<std::string> Details();
+  // Whether anything was told, and every message says below its text what it is about and what to do.
+  bool EachHasDetail() const;
   // The detail of a message about a step that failed on this file.
   static std::string FullDisk(const Path& path);
   // From now on the n-th step (from 1) of all file writing fails, then all goes on; 0: none.

@@ -39,20 +39,26 @@ struct Edits : testing::Test {
     EXPECT_FALSE(done);
     EXPECT_THAT(recorder.Texts(), ElementsAre(text));
   }
+  // The same of what could be done after a step of the user's, which is said below the text.
+  template <class Result>
+  void ExpectAdvice(const Result& done, const std::string& text) {
+    EXPECT_TRUE(recorder.EachHasDetail()) << text;
+    ExpectRefusal(done, text);
+  }
   void TearDown() override { EXPECT_EQ(CheckLinks(database), ""); }
 };
 
 TEST_F(Edits, LnbsEndAtSixteenAndSatellitesAtEightyFive) {
-  ExpectRefusal(AddSatellite(messages, database, defaults), "Add atleast one LNB to add a satellite.");
-  ExpectRefusal(InsertSatellite(messages, database, defaults, {}), "Add atleast one LNB to add a satellite.");
+  ExpectAdvice(AddSatellite(messages, database, defaults), "Add atleast one LNB to add a satellite.");
+  ExpectAdvice(InsertSatellite(messages, database, defaults, {}), "Add atleast one LNB to add a satellite.");
   Make(85);
   for (int i = 1; i < 16; ++i) EXPECT_TRUE(AddLnb(messages, database, defaults));
-  ExpectRefusal(AddLnb(messages, database, defaults), "Can't add LNB Information. It exceeds the limit 16.");
-  ExpectRefusal(AddSatellite(messages, database, defaults),
-                "Can't add SATELLITE Information. It exceeds the limit.");
-  ExpectRefusal(InsertSatellite(messages, database, defaults, {3}),
-                "Satellite records exceed the limit. Can not add.");
-  ExpectRefusal(InsertSatellite(messages, database, defaults, {3, 4}), kMultiple);
+  ExpectAdvice(AddLnb(messages, database, defaults), "Can't add LNB Information. It exceeds the limit 16.");
+  ExpectAdvice(AddSatellite(messages, database, defaults),
+               "Can't add SATELLITE Information. It exceeds the limit.");
+  ExpectAdvice(InsertSatellite(messages, database, defaults, {3}),
+               "Satellite records exceed the limit. Can not add.");
+  ExpectAdvice(InsertSatellite(messages, database, defaults, {3, 4}), kMultiple);
 }
 
 TEST_F(Edits, CarriersAndServicesEndAt65535) {
@@ -61,24 +67,24 @@ TEST_F(Edits, CarriersAndServicesEndAt65535) {
   Carrier& carrier = FirstCarrier();
   Fill(65534);
   EXPECT_TRUE(AddService(messages, database, carrier, defaults));
-  ExpectRefusal(AddService(messages, database, carrier, defaults),
-                "Can't add service information. It exceeds the limit.");
-  ExpectRefusal(InsertService(messages, database, carrier, defaults, {0}),
-                "Service records exceed the limit. Can not add.");
-  ExpectRefusal(InsertService(messages, database, carrier, defaults, {0, 1}), kMultiple);
+  ExpectAdvice(AddService(messages, database, carrier, defaults),
+               "Can't add service information. It exceeds the limit.");
+  ExpectAdvice(InsertService(messages, database, carrier, defaults, {0}),
+               "Service records exceed the limit. Can not add.");
+  ExpectAdvice(InsertService(messages, database, carrier, defaults, {0, 1}), kMultiple);
   while (database.carriers.size() < 65535) AddTestCarrier(database, 0);
-  ExpectRefusal(AddCarrier(messages, database, satellite, defaults),
-                "Can't add carrier information. It exceeds the limit.");
-  ExpectRefusal(InsertCarrier(messages, database, satellite, defaults, {0}),
-                "Carrier records exceed the limit. Can not add.");
-  ExpectRefusal(InsertCarrier(messages, database, satellite, defaults, {0, 2}), kMultiple);
+  ExpectAdvice(AddCarrier(messages, database, satellite, defaults),
+               "Can't add carrier information. It exceeds the limit.");
+  ExpectAdvice(InsertCarrier(messages, database, satellite, defaults, {0}),
+               "Carrier records exceed the limit. Can not add.");
+  ExpectAdvice(InsertCarrier(messages, database, satellite, defaults, {0, 2}), kMultiple);
 }
 
 TEST_F(Edits, SdbsAndUbisEndAtSixteen) {
   for (int i = 2; i <= 16; ++i) EXPECT_EQ(AddSdb(messages, document)->name, "SDB" + std::to_string(i));
-  ExpectRefusal(AddSdb(messages, document), "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
+  ExpectAdvice(AddSdb(messages, document), "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
   for (int i = 1; i <= 16; ++i) EXPECT_EQ(AddUbi(messages, document)->name, "UBI" + std::to_string(i));
-  ExpectRefusal(AddUbi(messages, document), "Can't add USER BOX information. It exceeds the limit 16.");
+  ExpectAdvice(AddUbi(messages, document), "Can't add USER BOX information. It exceeds the limit 16.");
   EXPECT_EQ(document.ubis[3].record.rf_channel, 21);
   EXPECT_EQ(std::string(document.ubis[3].record.lock_code, 4), "0000");
 }
@@ -276,8 +282,8 @@ TEST_F(Edits, ChosenServicesOfAListKeepTheirOrder) {
   for (size_t i = 5; i < 1010; ++i) all[i]->record.type = kRadio;
   const auto rows =
       ListBelow(document, NodesAlong(document, {0, 1, 0, 0}).back(), ListView::kBelow, false).rows;
-  ExpectRefusal(AddRowsToGroup(messages, document, rows, 1),
-                "This service cannot be added in Favourite2\tgroup since it exceeds more than 1000 records");
+  ExpectAdvice(AddRowsToGroup(messages, document, rows, 1),
+               "This service cannot be added in Favourite2\tgroup since it exceeds more than 1000 records");
   EXPECT_THAT(database.favourites[1].tv, IsEmpty());
   EXPECT_TRUE(AddRowsToGroup(messages, document, {rows[0], rows[1], rows[4]}, 1));
   EXPECT_THAT(database.favourites[1].tv, ElementsAre(all[0], all[1]));

@@ -1,5 +1,6 @@
 #include "config/settings.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/support/ecf_maker.h"
@@ -414,6 +415,7 @@ TEST_F(DialogTest, ChoicesRefillTheListsBelow) {
   EXPECT_EQ(dialog.file, Utf8FromPath(second));
   EXPECT_TRUE(recorder.Texts().empty());
   BrowseConfiguration(recorder.context, dialog, second / "none");
+  EXPECT_THAT(recorder.shown.back().detail, testing::StartsWith(Utf8FromPath(second / "none") + ": Choose "));
   EXPECT_EQ(recorder.Texts().back(), "Configuration setting problem");
   EXPECT_EQ(dialog.products, Texts{"S"});
   PutFile(second, BytesOf("MZ"));
@@ -512,6 +514,7 @@ TEST_F(DialogTest, AFailedOkClosesAndKeepsTheConfigurationInForce) {
   EXPECT_FALSE(outcome.loaded);
   ASSERT_EQ(recorder.shown.size(), 2u);
   EXPECT_EQ(recorder.shown[1].icon, Icon::kInformation);
+  EXPECT_THAT(recorder.shown[1].detail, testing::StartsWith(Utf8FromPath(first) + ": Choose "));
   EXPECT_EQ(recorder.Texts(), (Texts{"Magic Id mismatch - InitConfig", "Invalid configuration selection."}));
   EXPECT_EQ(ecf, first);
   EXPECT_EQ(config.manufacturer_index, 0);

@@ -185,6 +185,8 @@ TEST_F(Tools, MergeBeyondALimitOrOfADamagedFileAddsNothing) {
   };
   for (const auto& row : rows) {
     EXPECT_FALSE(MergeBins(recorder.context, row.files, document));
+    EXPECT_TRUE(recorder.EachHasDetail()) << row.text;
+    EXPECT_THAT(recorder.shown.front().detail, testing::StartsWith(Utf8FromPath(row.files.back()) + ": "));
     EXPECT_THAT(recorder.Texts(), ElementsAre(row.text));
     EXPECT_EQ(document.sdbs.size(), 1u);
     EXPECT_EQ(document.slot_mask, 1u);
