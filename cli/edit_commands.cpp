@@ -72,7 +72,7 @@ OldOrder ReadOldOrder(CommandState& state, const std::string& file) {
     ImportSteps steps;
     steps.tell = [&](const std::vector<ListNote>& notes) { TellEach(state, notes); };
     if (!ImportListFile(state.context, list, defaults, steps, work) ||
-        !OpenWorkFiles(About(state.context, file), work, defaults, old.document))
+        !OpenWorkRecords(About(state.context, file), work, defaults, old.document))
       throw CommandFailed{};
     old.favourites = false;
   } else {

@@ -58,7 +58,7 @@ uint8_t BitsOf(std::span<const NamedOption> known, const std::vector<std::string
 }
 
 // The wizard's three steps with the same boxes ticked for all satellites and all carriers.
-void FilterWorkFiles(CommandState& state, const ImportOptions& options, WorkRecords& work) {
+void FilterWorkRecords(CommandState& state, const ImportOptions& options, WorkRecords& work) {
   Wizard wizard(work);
   for (const size_t i : ParseList(state, options.satellites, work.satellites.size(), "satellite"))
     ChooseSatellite(wizard, i, true);
@@ -66,7 +66,7 @@ void FilterWorkFiles(CommandState& state, const ImportOptions& options, WorkReco
   BeginCarrierStep(wizard);
   wizard.service_options = BitsOf(kServiceOptions, options.services);
   BeginServiceStep(wizard);
-  CompactWorkFiles(wizard);
+  CompactWorkRecords(wizard);
 }
 
 // The folder that the user named for the work files, made where it is not there. Until `Keep` is called, what
@@ -130,11 +130,11 @@ void ExpectListOptions(const ImportOptions& options, const ListFormatRow* format
 // What the import makes of the records. Throws CommandFailed after a message.
 Bytes BuildImport(CommandState& state, const ImportOptions& options, const ListFormatRow* format,
                   const DefaultRecords& defaults, const WorkRecords& work) {
-  if (options.stream) return BuildBinFromWorkFiles(work, defaults);
+  if (options.stream) return BuildBinFromWorkRecords(work, defaults);
   Document document;
   std::optional<Bytes> file;
   const Context about = About(state.context, options.list);
-  if (OpenWorkFiles(about, work, defaults, document) && MayBeSaved(about, document)) {
+  if (OpenWorkRecords(about, work, defaults, document) && MayBeSaved(about, document)) {
     const bool says_sides = !format || format->names_side;
     for (const std::string& warning :
          Complete(*document.sdbs[0].database, options.completion, says_sides, defaults))
@@ -172,7 +172,7 @@ ImportSteps StepsOf(CommandState& state, const ImportOptions& options) {
   ImportSteps steps;
   steps.filter = options.filter ? FilterMode::kOn : FilterMode::kOff;
   steps.choose = [&](WorkRecords& read) {
-    FilterWorkFiles(state, options, read);
+    FilterWorkRecords(state, options, read);
     return true;
   };
   steps.format = ListFormatNamed(options.format);

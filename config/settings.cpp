@@ -30,14 +30,14 @@ constexpr SettingRow kSettings[] = {
     {kPortSettingsKey, "Parity", "0"},
     {kPortSettingsKey, "StopBits", "0"},
     {kPortSettingsKey, "SDBFormat", "1"},
-    {kColorKey, "ActSatellite", "65793"},    // almost black
-    {kColorKey, "InactSatellite", "37120"},  // green
-    {kColorKey, "ActCarrier", "65793"},
-    {kColorKey, "InactCarrier", "16711680"},  // blue
-    {kColorKey, "TVService", "8388863"},      // red-violet
-    {kColorKey, "RadioService", "16711808"},  // violet
-    {kColorKey, "FGLActive", "65793"},
-    {kColorKey, "FGLInactive", "9868950"},  // grey
+    {kColourKey, "ActSatellite", "65793"},    // almost black
+    {kColourKey, "InactSatellite", "37120"},  // green
+    {kColourKey, "ActCarrier", "65793"},
+    {kColourKey, "InactCarrier", "16711680"},  // blue
+    {kColourKey, "TVService", "8388863"},      // red-violet
+    {kColourKey, "RadioService", "16711808"},  // violet
+    {kColourKey, "FGLActive", "65793"},
+    {kColourKey, "FGLInactive", "9868950"},  // grey
     {kRecentlyKey, "1", nullptr},
     {kRecentlyKey, "2", nullptr},
     {kRecentlyKey, "3", nullptr},
@@ -75,7 +75,7 @@ constexpr size_t CountOf(std::string_view subkey) {
   for (const SettingRow& row : kSettings) count += row.subkey == subkey;
   return count;
 }
-static_assert(CountOf(kColorKey) == kColourRoles && CountOf(kRecentlyKey) == kRecentFiles);
+static_assert(CountOf(kColourKey) == kColourRoles && CountOf(kRecentlyKey) == kRecentFiles);
 
 // Rows of one subkey, in the table's order.
 std::vector<const SettingRow*> RowsOf(std::string_view subkey) {
@@ -370,32 +370,32 @@ std::string RecentFileItem(const RecentFiles& recent, size_t position) {
   return Format("&%d %s", static_cast<int>(position + 1), recent.paths.at(position).c_str());
 }
 
-EditorColorTable DefaultColors() {
-  EditorColorTable colors{};
-  const auto rows = RowsOf(kColorKey);
-  for (size_t i = 0; i < colors.size(); ++i)
-    colors[i] = static_cast<uint32_t>(DecimalValue(rows[i]->standard));
-  return colors;
+EditorColourTable DefaultColours() {
+  EditorColourTable colours{};
+  const auto rows = RowsOf(kColourKey);
+  for (size_t i = 0; i < colours.size(); ++i)
+    colours[i] = static_cast<uint32_t>(DecimalValue(rows[i]->standard));
+  return colours;
 }
 
-EditorColorTable LoadColors(const SettingsStore& store) {
-  EditorColorTable colors = DefaultColors();
-  const std::string key = SettingsKey(kColorKey);
-  if (store.open(key) != KeyState::kExisted) return colors;
-  const auto rows = RowsOf(kColorKey);
-  for (size_t i = 0; i < colors.size(); ++i) {
+EditorColourTable LoadColours(const SettingsStore& store) {
+  EditorColourTable colours = DefaultColours();
+  const std::string key = SettingsKey(kColourKey);
+  if (store.open(key) != KeyState::kExisted) return colours;
+  const auto rows = RowsOf(kColourKey);
+  for (size_t i = 0; i < colours.size(); ++i) {
     const auto text = store.read(key, rows[i]->name);
     const int64_t value = text ? DecimalValue(*text) : -1;
-    if (value >= 0 && value <= 0xFFFFFF) colors[i] = static_cast<uint32_t>(value);
+    if (value >= 0 && value <= 0xFFFFFF) colours[i] = static_cast<uint32_t>(value);
   }
-  return colors;
+  return colours;
 }
 
-void SaveColors(const SettingsStore& store, const EditorColorTable& colors) {
-  const std::string key = SettingsKey(kColorKey);
+void SaveColours(const SettingsStore& store, const EditorColourTable& colours) {
+  const std::string key = SettingsKey(kColourKey);
   store.open(key);
-  const auto rows = RowsOf(kColorKey);
-  for (size_t i = 0; i < colors.size(); ++i) store.write(key, rows[i]->name, std::to_string(colors[i]));
+  const auto rows = RowsOf(kColourKey);
+  for (size_t i = 0; i < colours.size(); ++i) store.write(key, rows[i]->name, std::to_string(colours[i]));
 }
 
 void LoadDefaultRecords(const SettingsStore& store, DefaultRecords& records) {

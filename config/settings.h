@@ -33,7 +33,7 @@ std::string SettingsKey(const char* subkey);
 inline constexpr const char* kConfigurationKey = "Configuration";
 inline constexpr const char* kParserKey = "Parser";
 inline constexpr const char* kPortSettingsKey = "PortSettings";
-inline constexpr const char* kColorKey = "Color";
+inline constexpr const char* kColourKey = "Color";
 inline constexpr const char* kRecentlyKey = "Recently";
 inline constexpr const char* kDefaultsKey = "Defaults";
 inline constexpr const char* kWindowKey = "Window";
@@ -108,12 +108,12 @@ enum class ColourRole : uint8_t {
 };
 inline constexpr size_t kColourRoles = 8;
 // As 0x00BBGGRR, by ColourRole.
-using EditorColorTable = std::array<uint32_t, kColourRoles>;
+using EditorColourTable = std::array<uint32_t, kColourRoles>;
 // The colours before the user chose any.
-EditorColorTable DefaultColors();
+EditorColourTable DefaultColours();
 // The kept ones; a value above 0xFFFFFF counts as not readable.
-EditorColorTable LoadColors(const SettingsStore& store);
-void SaveColors(const SettingsStore& store, const EditorColorTable& colors);
+EditorColourTable LoadColours(const SettingsStore& store);
+void SaveColours(const SettingsStore& store, const EditorColourTable& colours);
 
 // The records that new ones start from. A stored value that its field cannot hold counts as not readable.
 void LoadDefaultRecords(const SettingsStore& store, DefaultRecords& records);

@@ -78,9 +78,9 @@ bool ImportListFile(const Context& context, const Path& path, const DefaultRecor
   return !filtered || !steps.choose || steps.choose(work);
 }
 
-bool OpenWorkFiles(const Context& context, const WorkRecords& work, const DefaultRecords& defaults,
-                   Document& document) {
-  return OpenBinBytes(context, BuildBinFromWorkFiles(work, defaults), document);
+bool OpenWorkRecords(const Context& context, const WorkRecords& work, const DefaultRecords& defaults,
+                     Document& document) {
+  return OpenBinBytes(context, BuildBinFromWorkRecords(work, defaults), document);
 }
 
 }  // namespace vexa

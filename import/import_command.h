@@ -49,7 +49,7 @@ bool ImportListFile(const Context& context, const Path& path, const DefaultRecor
 
 // The database of the work files as the only SDB, "SDB1", of an empty document. False after a message, such
 // as that of a limit that the list exceeds.
-bool OpenWorkFiles(const Context& context, const WorkRecords& work, const DefaultRecords& defaults,
-                   Document& document);
+bool OpenWorkRecords(const Context& context, const WorkRecords& work, const DefaultRecords& defaults,
+                     Document& document);
 
 }  // namespace vexa

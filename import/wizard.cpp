@@ -344,7 +344,7 @@ void ChooseService(Wizard& wizard, size_t service, bool chosen) {
   wizard.work.services[service].chosen = chosen;
 }
 
-void CompactWorkFiles(Wizard& wizard) {
+void CompactWorkRecords(Wizard& wizard) {
   WorkRecords& work = wizard.work;
   if (IsEverySatelliteChosen(wizard) && (wizard.carrier_options & kAllCarriers) != 0) {
     CompactServices(work, std::vector<bool>(work.carriers.size(), true));

@@ -77,7 +77,7 @@ void ChooseService(Wizard& wizard, size_t service, bool chosen);
 // "Complete": leaves the chosen records, in their order and renumbered. With every satellite chosen and
 // "Select All" among the remembered carrier options all satellites and carriers stay, also carriers unticked
 // by hand.
-void CompactWorkFiles(Wizard& wizard);
+void CompactWorkRecords(Wizard& wizard);
 
 // Texts of the dialogs, UTF-8: a record's fields, how many records there are, and how many are chosen of a
 // satellite's carriers or a carrier's services (no owner: of all chosen owners').

@@ -55,47 +55,47 @@ Path ProposeCompressionOutput(const Path& input, bool expand) {
   return output += ".out";
 }
 
-std::optional<Refusal> CheckCompression(const CompressionForm& dialog) {
+std::optional<Refusal> CheckCompression(const CompressionForm& form) {
   std::error_code error;
-  if (dialog.input.empty()) return Refusal{"Choose a file.", Icon::kStop, CompressionField::kInput};
-  if (!std::filesystem::is_regular_file(dialog.input, error)) {
+  if (form.input.empty()) return Refusal{"Choose a file.", Icon::kStop, CompressionField::kInput};
+  if (!std::filesystem::is_regular_file(form.input, error)) {
     return Refusal{"The file does not exist.", Icon::kStop, CompressionField::kInput};
   }
-  if (dialog.output.empty())
+  if (form.output.empty())
     return Refusal{"Give the new file a name.", Icon::kStop, CompressionField::kOutput};
-  if (NameOneFile(dialog.input, dialog.output)) {
+  if (NameOneFile(form.input, form.output)) {
     return Refusal{"The new file would take the place of the old one.", Icon::kStop,
                    CompressionField::kOutput};
   }
   return std::nullopt;
 }
 
-bool MayWriteCompressed(const Messages& messages, CompressionForm& dialog) {
-  if (!MayReplace(messages, dialog.output, dialog.agreed)) return false;
-  dialog.agreed = dialog.output;
+bool MayWriteCompressed(const Messages& messages, CompressionForm& form) {
+  if (!MayReplace(messages, form.output, form.agreed)) return false;
+  form.agreed = form.output;
   return true;
 }
 
-std::optional<CompressionSizes> RunCompression(const Context& context, const CompressionForm& dialog) {
-  if (dialog.expand && !BeginsAsPacked(dialog.input)) {
-    context.messages.tell({Icon::kStop, "Decompression failed.", "Compression", Utf8FromPath(dialog.input)});
+std::optional<CompressionSizes> RunCompression(const Context& context, const CompressionForm& form) {
+  if (form.expand && !BeginsAsPacked(form.input)) {
+    context.messages.tell({Icon::kStop, "Decompression failed.", "Compression", Utf8FromPath(form.input)});
     return std::nullopt;
   }
   Bytes source;
-  const ReadResult read = ReadWholeFile(dialog.input, source);
+  const ReadResult read = ReadWholeFile(form.input, source);
   if (read != ReadResult::kDone) {
-    TellWhy(context.messages, Icon::kStop, ReadReason(dialog.input, read.error),
-            "Could not read file \"%s\".", Utf8FromPath(dialog.input).c_str());
+    TellWhy(context.messages, Icon::kStop, ReadReason(form.input, read.error), "Could not read file \"%s\".",
+            Utf8FromPath(form.input).c_str());
     return std::nullopt;
   }
-  const Context about = About(context, Utf8FromPath(dialog.input));
+  const Context about = About(context, Utf8FromPath(form.input));
   const auto made =
-      dialog.expand ? Expand(about, source) : Compress(about, source, std::clamp(dialog.level, 0, 8) + 1);
+      form.expand ? Expand(about, source) : Compress(about, source, std::clamp(form.level, 0, 8) + 1);
   if (!made) return std::nullopt;
-  const WriteResult written = WriteWholeFile(dialog.output, *made, *context.files);
+  const WriteResult written = WriteWholeFile(form.output, *made, *context.files);
   if (written != WriteResult::kDone) {
-    TellWhy(context.messages, Icon::kStop, WriteReason(dialog.output, written.error),
-            "Could not write file \"%s\".", Utf8FromPath(dialog.output).c_str());
+    TellWhy(context.messages, Icon::kStop, WriteReason(form.output, written.error),
+            "Could not write file \"%s\".", Utf8FromPath(form.output).c_str());
     return std::nullopt;
   }
   return CompressionSizes{source.size(), made->size()};

@@ -25,13 +25,13 @@ struct CompressionField {
 // A new name beside the input: "list.bin" <-> "list.bin.z", "list.txt" to "list.txt.out" when it is expanded.
 Path ProposeCompressionOutput(const Path& input, bool expand);
 // Why OK does nothing, with a CompressionField to focus; nothing when the file can be converted.
-std::optional<Refusal> CheckCompression(const CompressionForm& dialog);
+std::optional<Refusal> CheckCompression(const CompressionForm& form);
 // False when the output is there and may not be replaced; a Yes is remembered in the dialog.
-bool MayWriteCompressed(const Messages& messages, CompressionForm& dialog);
+bool MayWriteCompressed(const Messages& messages, CompressionForm& form);
 struct CompressionSizes {
   uint64_t before = 0, after = 0;  // bytes of the input and of the output
 };
 // Converts the files of a checked dialog; nothing after a message, with the output as it was.
-std::optional<CompressionSizes> RunCompression(const Context& context, const CompressionForm& dialog);
+std::optional<CompressionSizes> RunCompression(const Context& context, const CompressionForm& form);
 
 }  // namespace vexa

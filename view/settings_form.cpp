@@ -15,60 +15,60 @@ int KeptSelection(int selection, size_t count) {
   return selection >= 0 && static_cast<size_t>(selection) < count ? selection : 0;
 }
 
-void FillManufacturers(SettingsForm& dialog, const EcfTree& tree) {
-  dialog.manufacturers.clear();
+void FillManufacturers(SettingsForm& form, const EcfTree& tree) {
+  form.manufacturers.clear();
   for (const EcfManufacturer& manufacturer : tree.manufacturers) {
-    dialog.manufacturers.push_back(Format("%X", unsigned{manufacturer.id}));
+    form.manufacturers.push_back(Format("%X", unsigned{manufacturer.id}));
   }
-  dialog.manufacturer = KeptSelection(dialog.manufacturer, dialog.manufacturers.size());
+  form.manufacturer = KeptSelection(form.manufacturer, form.manufacturers.size());
 }
 
-void FillProducts(SettingsForm& dialog, const EcfTree& tree) {
-  dialog.products.clear();
-  if (dialog.manufacturer >= 0 && static_cast<size_t>(dialog.manufacturer) < tree.manufacturers.size()) {
-    for (const EcfProduct& product : tree.manufacturers[static_cast<size_t>(dialog.manufacturer)].products) {
-      dialog.products.push_back(Utf8FromLatin(product.name));
+void FillProducts(SettingsForm& form, const EcfTree& tree) {
+  form.products.clear();
+  if (form.manufacturer >= 0 && static_cast<size_t>(form.manufacturer) < tree.manufacturers.size()) {
+    for (const EcfProduct& product : tree.manufacturers[static_cast<size_t>(form.manufacturer)].products) {
+      form.products.push_back(Utf8FromLatin(product.name));
     }
   }
-  dialog.product = KeptSelection(dialog.product, dialog.products.size());
+  form.product = KeptSelection(form.product, form.products.size());
 }
 
-const EcfProduct* ChosenProduct(const SettingsForm& dialog, const EcfTree& tree) {
-  const auto manufacturer = static_cast<size_t>(dialog.manufacturer),
-             product = static_cast<size_t>(dialog.product);
-  if (dialog.manufacturer < 0 || manufacturer >= tree.manufacturers.size()) return nullptr;
+const EcfProduct* ChosenProduct(const SettingsForm& form, const EcfTree& tree) {
+  const auto manufacturer = static_cast<size_t>(form.manufacturer),
+             product = static_cast<size_t>(form.product);
+  if (form.manufacturer < 0 || manufacturer >= tree.manufacturers.size()) return nullptr;
   const auto& products = tree.manufacturers[manufacturer].products;
-  return dialog.product >= 0 && product < products.size() ? &products[product] : nullptr;
+  return form.product >= 0 && product < products.size() ? &products[product] : nullptr;
 }
 
-void FillConfigurations(SettingsForm& dialog, const EcfTree& tree) {
-  dialog.configurations.clear();
-  if (const EcfProduct* product = ChosenProduct(dialog, tree)) {
+void FillConfigurations(SettingsForm& form, const EcfTree& tree) {
+  form.configurations.clear();
+  if (const EcfProduct* product = ChosenProduct(form, tree)) {
     for (const EcfConfiguration& configuration : product->configurations) {
-      dialog.configurations.push_back(Utf8FromLatin(configuration.name));
+      form.configurations.push_back(Utf8FromLatin(configuration.name));
     }
   }
-  dialog.configuration = KeptSelection(dialog.configuration, dialog.configurations.size());
+  form.configuration = KeptSelection(form.configuration, form.configurations.size());
 }
 
-void FillImageTypes(SettingsForm& dialog, const EcfTree& tree) {
-  dialog.image_types.clear();
-  const EcfProduct* product = ChosenProduct(dialog, tree);
-  const auto position = static_cast<size_t>(dialog.configuration);
-  if (product && dialog.configuration >= 0 && position < product->configurations.size()) {
+void FillImageTypes(SettingsForm& form, const EcfTree& tree) {
+  form.image_types.clear();
+  const EcfProduct* product = ChosenProduct(form, tree);
+  const auto position = static_cast<size_t>(form.configuration);
+  if (product && form.configuration >= 0 && position < product->configurations.size()) {
     for (const std::string& name : product->configurations[position].region_names) {
-      dialog.image_types.push_back(Utf8FromLatin(name));
+      form.image_types.push_back(Utf8FromLatin(name));
     }
   }
-  dialog.image_type = KeptSelection(dialog.stored_image_type, dialog.image_types.size());
+  form.image_type = KeptSelection(form.stored_image_type, form.image_types.size());
 }
 
-void FillLists(SettingsForm& dialog, const EcfTree& tree) {
-  FillManufacturers(dialog, tree);
-  FillProducts(dialog, tree);
-  FillConfigurations(dialog, tree);
-  FillImageTypes(dialog, tree);
-  dialog.listed = true;
+void FillLists(SettingsForm& form, const EcfTree& tree) {
+  FillManufacturers(form, tree);
+  FillProducts(form, tree);
+  FillConfigurations(form, tree);
+  FillImageTypes(form, tree);
+  form.listed = true;
 }
 
 void TellSettingProblem(const Context& context, const Path& file) {
@@ -77,10 +77,10 @@ void TellSettingProblem(const Context& context, const Path& file) {
           "Configuration setting problem");
 }
 
-void LoseLists(const Context& context, SettingsForm& dialog) {
-  FillLists(dialog, {});
-  dialog.listed = false;
-  const Path file = PathFromUtf8(dialog.file);
+void LoseLists(const Context& context, SettingsForm& form) {
+  FillLists(form, {});
+  form.listed = false;
+  const Path file = PathFromUtf8(form.file);
   TellWhy(context.messages, Icon::kStop, ReadReason(file, WhyUnreadable(file)),
           "Configuration parsing problem");
 }
@@ -89,30 +89,29 @@ uint8_t IndexOf(int selection) {
   return static_cast<uint8_t>(std::clamp(selection, 0, 255));
 }
 
-void StoreIndependent(const SettingsForm& dialog, const SoftwareVersion& version, ProjectConfig& config) {
+void StoreIndependent(const SettingsForm& form, const SoftwareVersion& version, ProjectConfig& config) {
   config.software_major = version.major;
   config.software_minor = version.minor;
-  config.sdb_format = IndexOf(dialog.sdb_format);
-  config.compressed_image = dialog.compressed;
-  config.compression_type = IndexOf(dialog.compression_type);
-  config.compression_level = IndexOf(dialog.compression_level);
-  config.port_name = dialog.port_name;
-  const bool offered = dialog.baud < static_cast<int>(kOfferedLineSpeeds);
-  config.baud_index = offered ? IndexOf(dialog.baud) : dialog.stored_baud;
-  config.data_bits_index = IndexOf(dialog.data_bits);
-  config.parity_index = IndexOf(dialog.parity);
-  config.stop_bits_index = IndexOf(dialog.stop_bits);
+  config.sdb_format = IndexOf(form.sdb_format);
+  config.compressed_image = form.compressed;
+  config.compression_type = IndexOf(form.compression_type);
+  config.compression_level = IndexOf(form.compression_level);
+  config.port_name = form.port_name;
+  const bool offered = form.baud < static_cast<int>(kOfferedLineSpeeds);
+  config.baud_index = offered ? IndexOf(form.baud) : form.stored_baud;
+  config.data_bits_index = IndexOf(form.data_bits);
+  config.parity_index = IndexOf(form.parity);
+  config.stop_bits_index = IndexOf(form.stop_bits);
 }
 
-void StoreSelections(const SettingsForm& dialog, ProjectConfig& config) {
-  config.manufacturer_index = IndexOf(dialog.manufacturer);
-  config.product_index = IndexOf(dialog.product);
-  config.configuration_index = IndexOf(dialog.configuration);
-  const bool changed =
-      dialog.image_type != KeptSelection(dialog.stored_image_type, dialog.image_types.size());
-  const bool kept = config.image_type_chosen && config.image_type_index == IndexOf(dialog.image_type);
+void StoreSelections(const SettingsForm& form, ProjectConfig& config) {
+  config.manufacturer_index = IndexOf(form.manufacturer);
+  config.product_index = IndexOf(form.product);
+  config.configuration_index = IndexOf(form.configuration);
+  const bool changed = form.image_type != KeptSelection(form.stored_image_type, form.image_types.size());
+  const bool kept = config.image_type_chosen && config.image_type_index == IndexOf(form.image_type);
   config.image_type_chosen = changed || kept;
-  config.image_type_index = IndexOf(dialog.image_type);
+  config.image_type_index = IndexOf(form.image_type);
 }
 
 }  // namespace
@@ -124,102 +123,102 @@ std::array<const char*, 3> PidHeaders(bool hexadecimal) {
 
 SettingsForm OpenSettingsForm(const Context& context, const SettingsRequest& request, const Path& ecf,
                               const ProjectConfig& config, bool hexadecimal_pids) {
-  SettingsForm dialog;
-  dialog.request = request;
-  dialog.file = Utf8FromPath(ecf);
-  dialog.listed_file = ecf;
-  dialog.manufacturer = config.manufacturer_index;
-  dialog.product = config.product_index;
-  dialog.configuration = config.configuration_index;
-  dialog.stored_image_type = config.image_type_index;
-  dialog.software_major = std::to_string(config.software_major);
-  dialog.software_minor = std::to_string(config.software_minor);
-  dialog.sdb_format = dialog.had_sdb_format = config.sdb_format;
-  dialog.radix = hexadecimal_pids ? 0 : 1;
-  dialog.had_hexadecimal = hexadecimal_pids;
-  dialog.compressed = config.compressed_image;
-  dialog.compression_type = config.compression_type;
-  dialog.compression_level = config.compression_level;
-  dialog.port_name = config.port_name;
-  dialog.bauds = OfferedLineSpeedTexts();
-  dialog.stored_baud = config.baud_index;
-  if (config.baud_index >= kOfferedLineSpeeds) dialog.bauds.push_back(LineSpeedText(config.baud_index));
-  dialog.baud = std::min<int>(config.baud_index, static_cast<int>(kOfferedLineSpeeds));
-  dialog.data_bits = config.data_bits_index;
-  dialog.parity = config.parity_index;
-  dialog.stop_bits = config.stop_bits_index;
+  SettingsForm form;
+  form.request = request;
+  form.file = Utf8FromPath(ecf);
+  form.listed_file = ecf;
+  form.manufacturer = config.manufacturer_index;
+  form.product = config.product_index;
+  form.configuration = config.configuration_index;
+  form.stored_image_type = config.image_type_index;
+  form.software_major = std::to_string(config.software_major);
+  form.software_minor = std::to_string(config.software_minor);
+  form.sdb_format = form.had_sdb_format = config.sdb_format;
+  form.radix = hexadecimal_pids ? 0 : 1;
+  form.had_hexadecimal = hexadecimal_pids;
+  form.compressed = config.compressed_image;
+  form.compression_type = config.compression_type;
+  form.compression_level = config.compression_level;
+  form.port_name = config.port_name;
+  form.bauds = OfferedLineSpeedTexts();
+  form.stored_baud = config.baud_index;
+  if (config.baud_index >= kOfferedLineSpeeds) form.bauds.push_back(LineSpeedText(config.baud_index));
+  form.baud = std::min<int>(config.baud_index, static_cast<int>(kOfferedLineSpeeds));
+  form.data_bits = config.data_bits_index;
+  form.parity = config.parity_index;
+  form.stop_bits = config.stop_bits_index;
   if (const auto tree = ReadEcfTree(context, ecf)) {
-    FillLists(dialog, *tree);
+    FillLists(form, *tree);
   } else {
-    LoseLists(context, dialog);
+    LoseLists(context, form);
   }
-  return dialog;
+  return form;
 }
 
-void ChooseManufacturer(const Context& context, SettingsForm& dialog, int position) {
-  dialog.manufacturer = position;
-  dialog.products.clear();
-  dialog.configurations.clear();
-  dialog.product = dialog.configuration = -1;
-  const auto tree = ReadEcfTree(context, dialog.listed_file);
-  if (!tree) return TellSettingProblem(context, dialog.listed_file);
-  FillProducts(dialog, *tree);
-  FillConfigurations(dialog, *tree);
+void ChooseManufacturer(const Context& context, SettingsForm& form, int position) {
+  form.manufacturer = position;
+  form.products.clear();
+  form.configurations.clear();
+  form.product = form.configuration = -1;
+  const auto tree = ReadEcfTree(context, form.listed_file);
+  if (!tree) return TellSettingProblem(context, form.listed_file);
+  FillProducts(form, *tree);
+  FillConfigurations(form, *tree);
 }
 
-void ChooseProduct(const Context& context, SettingsForm& dialog, int position) {
-  dialog.product = position;
-  dialog.configurations.clear();
-  dialog.configuration = -1;
-  const auto tree = ReadEcfTree(context, dialog.listed_file);
-  if (!tree) return TellSettingProblem(context, dialog.listed_file);
-  FillConfigurations(dialog, *tree);
+void ChooseProduct(const Context& context, SettingsForm& form, int position) {
+  form.product = position;
+  form.configurations.clear();
+  form.configuration = -1;
+  const auto tree = ReadEcfTree(context, form.listed_file);
+  if (!tree) return TellSettingProblem(context, form.listed_file);
+  FillConfigurations(form, *tree);
 }
 
-void ChooseConfiguration(const Context& context, SettingsForm& dialog, int position) {
-  dialog.configuration = position;
-  dialog.image_types.clear();
-  dialog.image_type = -1;
-  dialog.stored_image_type = 0;
-  const auto tree = ReadEcfTree(context, dialog.listed_file);
-  if (!tree) return TellSettingProblem(context, dialog.listed_file);
-  FillImageTypes(dialog, *tree);
+void ChooseConfiguration(const Context& context, SettingsForm& form, int position) {
+  form.configuration = position;
+  form.image_types.clear();
+  form.image_type = -1;
+  form.stored_image_type = 0;
+  const auto tree = ReadEcfTree(context, form.listed_file);
+  if (!tree) return TellSettingProblem(context, form.listed_file);
+  FillImageTypes(form, *tree);
 }
 
-void BrowseConfiguration(const Context& context, SettingsForm& dialog, const Path& file) {
+void BrowseConfiguration(const Context& context, SettingsForm& form, const Path& file) {
   const auto tree = ReadEcfTree(context, file);
   if (!tree) return TellSettingProblem(context, file);
-  dialog.product = dialog.configuration = -1;
-  dialog.file = Utf8FromPath(file);
-  dialog.listed_file = file;
-  FillLists(dialog, *tree);
+  form.product = form.configuration = -1;
+  form.file = Utf8FromPath(file);
+  form.listed_file = file;
+  FillLists(form, *tree);
 }
 
-void LeaveConfigurationFile(const Context& context, SettingsForm& dialog) {
-  const Path entered = PathFromUtf8(dialog.file);
-  if (!dialog.listed || entered == dialog.listed_file) return;
-  dialog.manufacturer = dialog.product = dialog.configuration = -1;
-  dialog.stored_image_type = 0;
-  dialog.listed_file = entered;
+void LeaveConfigurationFile(const Context& context, SettingsForm& form) {
+  const Path entered = PathFromUtf8(form.file);
+  if (!form.listed || entered == form.listed_file) return;
+  form.manufacturer = form.product = form.configuration = -1;
+  form.stored_image_type = 0;
+  form.listed_file = entered;
   if (const auto tree = ReadEcfTree(context, entered)) {
-    FillLists(dialog, *tree);
+    FillLists(form, *tree);
   } else {
-    LoseLists(context, dialog);
+    LoseLists(context, form);
   }
 }
 
-SettingsEnabling EnabledControls(const SettingsForm& dialog) {
-  const SettingsRequest& request = dialog.request;
+SettingsEnabling EnabledControls(const SettingsForm& form) {
+  const SettingsRequest& request = form.request;
   SettingsEnabling enabled{};
-  enabled.browse = request.needs.Any() || !dialog.listed;
-  if (!dialog.listed) return enabled;
+  enabled.browse = request.needs.Any() || !form.listed;
+  if (!form.listed) return enabled;
   enabled.ok = true;
   enabled.file = enabled.lists = enabled.software = request.needs.Any();
   enabled.sdb_format = enabled.radix = !request.from_console;
-  enabled.image_type = request.image_command && !dialog.image_types.empty();
+  enabled.image_type = request.image_command && !form.image_types.empty();
   enabled.compression = request.urt_conversion;
-  enabled.compression_type = request.urt_conversion && dialog.compressed;
-  enabled.compression_level = enabled.compression_type && dialog.compression_type == 0;
+  enabled.compression_type = request.urt_conversion && form.compressed;
+  enabled.compression_level = enabled.compression_type && form.compression_type == 0;
   enabled.serial = !(request.from_console && request.port_connected);
   return enabled;
 }
@@ -228,13 +227,13 @@ namespace {
 
 // Whether the file, the version and the port in the edits can be taken; the field of a refusal, after its
 // message.
-SettingsField JudgeEdits(const Context& context, SettingsForm& dialog, SoftwareVersion& version) {
+SettingsField JudgeEdits(const Context& context, SettingsForm& form, SoftwareVersion& version) {
   const auto refuse = [&](SettingsField field, const std::string& text, const std::string& why = {}) {
     TellWhy(context.messages, Icon::kStop, why, "%s", text.c_str());
     return field;
   };
   Bytes content;
-  const Path file = PathFromUtf8(dialog.file);
+  const Path file = PathFromUtf8(form.file);
   const ReadResult read = ReadWholeFile(file, content, kMaximumEcfSize);
   if (read != ReadResult::kDone) {
     return refuse(SettingsField::kFile, "Configuration file does not exist or invalid path.",
@@ -244,14 +243,14 @@ SettingsField JudgeEdits(const Context& context, SettingsForm& dialog, SoftwareV
     return refuse(SettingsField::kFile, "Configuration file does not contains any information.",
                   Utf8FromPath(file));
   }
-  LeaveConfigurationFile(context, dialog);
-  if (!dialog.listed) return SettingsField::kFile;
-  const auto refusal = ReadSoftwareVersion(dialog.software_major, dialog.software_minor, version);
+  LeaveConfigurationFile(context, form);
+  if (!form.listed) return SettingsField::kFile;
+  const auto refusal = ReadSoftwareVersion(form.software_major, form.software_minor, version);
   if (refusal) {
     const bool major = refusal->field == kSoftwareMajorField;
     return refuse(major ? SettingsField::kMajor : SettingsField::kMinor, refusal->text);
   }
-  if (!IsPortName(dialog.port_name)) {
+  if (!IsPortName(form.port_name)) {
     return refuse(SettingsField::kPort, "The name of the port has 1 to 5 characters.");
   }
   return SettingsField::kNone;
@@ -259,37 +258,36 @@ SettingsField JudgeEdits(const Context& context, SettingsForm& dialog, SoftwareV
 
 }  // namespace
 
-SettingsOutcome AcceptSettings(const Context& context, SettingsForm& dialog, Path& ecf,
-                               ProjectConfig& config) {
+SettingsOutcome AcceptSettings(const Context& context, SettingsForm& form, Path& ecf, ProjectConfig& config) {
   SettingsOutcome outcome;
   SoftwareVersion version;
-  outcome.focus = JudgeEdits(context, dialog, version);
+  outcome.focus = JudgeEdits(context, form, version);
   if (outcome.focus != SettingsField::kNone) return outcome;
   outcome.close = true;
-  StoreIndependent(dialog, version, config);
+  StoreIndependent(form, version, config);
   ProjectConfig chosen = config;
-  StoreSelections(dialog, chosen);
-  outcome.loaded = InitConfig(context, dialog.listed_file, chosen);
+  StoreSelections(form, chosen);
+  outcome.loaded = InitConfig(context, form.listed_file, chosen);
   if (outcome.loaded) {
     config = std::move(chosen);
-    ecf = dialog.listed_file;
+    ecf = form.listed_file;
   } else {
     TellWhy(context.messages, Icon::kInformation,
-            Utf8FromPath(dialog.listed_file) +
+            Utf8FromPath(form.listed_file) +
                 ": Choose a manufacturer, a product and a configuration of this file, or another file.",
             "Invalid configuration selection.");
   }
   // A changed format brings its own way of showing PIDs, over the list's.
-  const bool format_changed = dialog.sdb_format != dialog.had_sdb_format;
-  outcome.hexadecimal_pids = format_changed ? dialog.sdb_format == 1 : dialog.radix == 0;
-  outcome.refill = format_changed || outcome.hexadecimal_pids != dialog.had_hexadecimal;
+  const bool format_changed = form.sdb_format != form.had_sdb_format;
+  outcome.hexadecimal_pids = format_changed ? form.sdb_format == 1 : form.radix == 0;
+  outcome.refill = format_changed || outcome.hexadecimal_pids != form.had_hexadecimal;
   return outcome;
 }
 
-void StoreSettingsForm(const SettingsStore& store, const SettingsForm& dialog, const Path& ecf,
+void StoreSettingsForm(const SettingsStore& store, const SettingsForm& form, const Path& ecf,
                        const ProjectConfig& config) {
   SavePortSettings(store, config);
-  SaveConfigurationPaths(store, ecf, dialog.file);
+  SaveConfigurationPaths(store, ecf, form.file);
 }
 
 }  // namespace vexa

@@ -65,21 +65,21 @@ SettingsForm OpenSettingsForm(const Context& context, const SettingsRequest& req
                               const ProjectConfig& config, bool hexadecimal_pids);
 
 // Choices in the lists. Each reads the file again; after a message the lists are empty below the choice.
-void ChooseManufacturer(const Context& context, SettingsForm& dialog, int position);
-void ChooseProduct(const Context& context, SettingsForm& dialog, int position);
-void ChooseConfiguration(const Context& context, SettingsForm& dialog, int position);
+void ChooseManufacturer(const Context& context, SettingsForm& form, int position);
+void ChooseProduct(const Context& context, SettingsForm& form, int position);
+void ChooseConfiguration(const Context& context, SettingsForm& form, int position);
 // The browse button's file. One that cannot be listed changes nothing (after a message).
-void BrowseConfiguration(const Context& context, SettingsForm& dialog, const Path& file);
+void BrowseConfiguration(const Context& context, SettingsForm& form, const Path& file);
 // The edit of the file has been left: another path than the lists' refills them, with their first entries
 // selected. One that cannot be listed leaves them empty and clears `listed`, after a message.
-void LeaveConfigurationFile(const Context& context, SettingsForm& dialog);
+void LeaveConfigurationFile(const Context& context, SettingsForm& form);
 
 struct SettingsEnabling {
   bool file, browse, ok, lists, software, sdb_format, radix, image_type, compression, compression_type,
       compression_level, serial;
 };
 // Which controls take an answer, by who opened the dialog and by whether the lists could be filled.
-SettingsEnabling EnabledControls(const SettingsForm& dialog);
+SettingsEnabling EnabledControls(const SettingsForm& form);
 
 enum class SettingsField { kNone, kFile, kMajor, kMinor, kPort };
 struct SettingsOutcome {
@@ -94,11 +94,10 @@ struct SettingsOutcome {
 // the dialog, after a message, and nothing is stored. When the configuration cannot be loaded the dialog
 // closes nevertheless: the file, its choices and what was loaded of them stay as they were, all other values
 // are stored.
-SettingsOutcome AcceptSettings(const Context& context, SettingsForm& dialog, Path& ecf,
-                               ProjectConfig& config);
+SettingsOutcome AcceptSettings(const Context& context, SettingsForm& form, Path& ecf, ProjectConfig& config);
 
 // To be called whenever the dialog has closed, by OK or not: the settings that a dialog stores.
-void StoreSettingsForm(const SettingsStore& store, const SettingsForm& dialog, const Path& ecf,
+void StoreSettingsForm(const SettingsStore& store, const SettingsForm& form, const Path& ecf,
                        const ProjectConfig& config);
 
 }  // namespace vexa

@@ -10,8 +10,8 @@ namespace vexa {
 
 namespace {
 
-std::optional<Refusal> CheckRow(const UrtForm& dialog, size_t place) {
-  const UrtRow& row = dialog.rows[place];
+std::optional<Refusal> CheckRow(const UrtForm& form, size_t place) {
+  const UrtRow& row = form.rows[place];
   const auto refuse = [place](const char* text, int field) {
     return Refusal{text, Icon::kStop, field, place};
   };
@@ -21,11 +21,11 @@ std::optional<Refusal> CheckRow(const UrtForm& dialog, size_t place) {
     return refuse("The image file does not exist.", UrtField::kImage);
   }
   if (row.urt.empty()) return refuse("Give the URT file a name.", UrtField::kUrt);
-  for (const UrtRow& other : dialog.rows) {
+  for (const UrtRow& other : form.rows) {
     if (NameOneFile(other.image, row.urt))
       return refuse("The URT file would take the place of an image.", UrtField::kUrt);
   }
-  if (row.region < 0 || static_cast<size_t>(row.region) >= dialog.regions.size()) {
+  if (row.region < 0 || static_cast<size_t>(row.region) >= form.regions.size()) {
     return refuse("Choose an image type.", UrtField::kRegion);
   }
   if (LatinFromUtf8(row.name).size() > kLongestImageName) {
@@ -35,7 +35,7 @@ std::optional<Refusal> CheckRow(const UrtForm& dialog, size_t place) {
     return refuse("The image name has characters that no URT file holds.", UrtField::kName);
   }
   for (size_t i = 0; i < place; ++i) {
-    if (NameOneFile(dialog.rows[i].urt, row.urt)) {
+    if (NameOneFile(form.rows[i].urt, row.urt)) {
       return refuse("Two images would be written to the same URT file.", UrtField::kUrt);
     }
   }
@@ -87,18 +87,18 @@ ImageDescription DescribeForRegion(const ProjectConfig& config, size_t place) {
 }  // namespace
 
 UrtForm OpenUrtForm(const ProjectConfig& config) {
-  UrtForm dialog;
+  UrtForm form;
   for (size_t i = 0; i < config.regions.size(); ++i) {
-    dialog.regions.push_back(Utf8FromLatin(config.regions[i].name));
+    form.regions.push_back(Utf8FromLatin(config.regions[i].name));
     const ImageDescription description = DescribeForRegion(config, i);
-    dialog.compressible.push_back(MayBeCompressed(description.type, description.flag));
+    form.compressible.push_back(MayBeCompressed(description.type, description.flag));
   }
-  dialog.software_major = std::to_string(config.software_major);
-  dialog.software_minor = std::to_string(config.software_minor);
-  dialog.compressed = config.compressed_image;
-  dialog.compression_type = config.compression_type == 1 ? 1 : 0;
-  dialog.compression_level = std::min<int>(config.compression_level, 8);
-  return dialog;
+  form.software_major = std::to_string(config.software_major);
+  form.software_minor = std::to_string(config.software_minor);
+  form.compressed = config.compressed_image;
+  form.compression_type = config.compression_type == 1 ? 1 : 0;
+  form.compression_level = std::min<int>(config.compression_level, 8);
+  return form;
 }
 
 UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image) {
@@ -119,60 +119,60 @@ void ChooseUrtImage(UrtRow& row, const Path& image) {
   row.image = image;
 }
 
-void ChooseUrtRegion(const UrtForm& dialog, UrtRow& row, int region) {
-  const auto name_of = [&dialog](int place) {
-    return place >= 0 && static_cast<size_t>(place) < dialog.regions.size()
-               ? dialog.regions[static_cast<size_t>(place)]
+void ChooseUrtRegion(const UrtForm& form, UrtRow& row, int region) {
+  const auto name_of = [&form](int place) {
+    return place >= 0 && static_cast<size_t>(place) < form.regions.size()
+               ? form.regions[static_cast<size_t>(place)]
                : std::string();
   };
   if (row.name == name_of(row.region)) row.name = name_of(region);
   row.region = region;
 }
 
-CompressionChoices ChoicesOfCompression(const UrtForm& dialog) {
-  const auto may = [&dialog](const UrtRow& row) {
+CompressionChoices ChoicesOfCompression(const UrtForm& form) {
+  const auto may = [&form](const UrtRow& row) {
     const auto region = static_cast<size_t>(row.region);
-    return region >= dialog.compressible.size() || dialog.compressible[region];
+    return region >= form.compressible.size() || form.compressible[region];
   };
   CompressionChoices choices;
-  choices.compressed = dialog.rows.empty() || std::any_of(dialog.rows.begin(), dialog.rows.end(), may);
-  choices.method = choices.compressed && dialog.compressed;
-  choices.level = choices.method && dialog.compression_type == 0;
+  choices.compressed = form.rows.empty() || std::any_of(form.rows.begin(), form.rows.end(), may);
+  choices.method = choices.compressed && form.compressed;
+  choices.level = choices.method && form.compression_type == 0;
   return choices;
 }
 
-std::optional<Refusal> CheckUrtForm(const UrtForm& dialog) {
-  if (dialog.rows.empty()) return Refusal{"Add at least one image.", Icon::kStop, UrtField::kImage, 0};
-  for (size_t i = 0; i < dialog.rows.size(); ++i) {
-    if (const auto refusal = CheckRow(dialog, i)) return refusal;
+std::optional<Refusal> CheckUrtForm(const UrtForm& form) {
+  if (form.rows.empty()) return Refusal{"Add at least one image.", Icon::kStop, UrtField::kImage, 0};
+  for (size_t i = 0; i < form.rows.size(); ++i) {
+    if (const auto refusal = CheckRow(form, i)) return refusal;
   }
   SoftwareVersion version;
-  const auto refusal = ReadSoftwareVersion(dialog.software_major, dialog.software_minor, version);
+  const auto refusal = ReadSoftwareVersion(form.software_major, form.software_minor, version);
   if (!refusal) return std::nullopt;
   return Refusal{refusal->text, Icon::kStop,
                  refusal->field == kSoftwareMajorField ? UrtField::kMajor : UrtField::kMinor, 0};
 }
 
-std::optional<size_t> KeptUrt(const Messages& messages, UrtForm& dialog) {
-  for (size_t i = 0; i < dialog.rows.size(); ++i) {
-    if (!MayReplace(messages, dialog.rows[i].urt, dialog.rows[i].agreed)) return i;
+std::optional<size_t> KeptUrt(const Messages& messages, UrtForm& form) {
+  for (size_t i = 0; i < form.rows.size(); ++i) {
+    if (!MayReplace(messages, form.rows[i].urt, form.rows[i].agreed)) return i;
   }
-  for (UrtRow& row : dialog.rows) row.agreed = row.urt;
+  for (UrtRow& row : form.rows) row.agreed = row.urt;
   return std::nullopt;
 }
 
-size_t ConvertRows(const Context& context, const ProjectConfig& config, const UrtForm& dialog,
+size_t ConvertRows(const Context& context, const ProjectConfig& config, const UrtForm& form,
                    const LocalTime& time) {
   ConversionParameters parameters = SetConversionParameters(config, time);
-  parameters.compressed = dialog.compressed;
-  parameters.compression_type = static_cast<uint8_t>(dialog.compression_type);
-  parameters.level = dialog.compression_level + 1;
+  parameters.compressed = form.compressed;
+  parameters.compression_type = static_cast<uint8_t>(form.compression_type);
+  parameters.level = form.compression_level + 1;
   SoftwareVersion version;
-  ReadSoftwareVersion(dialog.software_major, dialog.software_minor, version);
-  if (context.progress.range) context.progress.range(dialog.rows.size());
-  for (size_t i = 0; i < dialog.rows.size(); ++i) {
+  ReadSoftwareVersion(form.software_major, form.software_minor, version);
+  if (context.progress.range) context.progress.range(form.rows.size());
+  for (size_t i = 0; i < form.rows.size(); ++i) {
     if (context.progress.position) context.progress.position(i);
-    const UrtRow& row = dialog.rows[i];
+    const UrtRow& row = form.rows[i];
     ImageDescription description = DescribeForRegion(config, static_cast<size_t>(row.region));
     description.name = LatinFromUtf8(row.name);
     description.software_major = version.major;
@@ -180,8 +180,8 @@ size_t ConvertRows(const Context& context, const ProjectConfig& config, const Ur
     if (!TellResult(context, ConvertToUrt(context, parameters, description, row.image, row.urt), row))
       return i;
   }
-  if (context.progress.position) context.progress.position(dialog.rows.size());
-  return dialog.rows.size();
+  if (context.progress.position) context.progress.position(form.rows.size());
+  return form.rows.size();
 }
 
 }  // namespace vexa

@@ -41,23 +41,23 @@ UrtRow MakeUrtRow(const ProjectConfig& config, const Path& image);
 // Another image brings its URT file's name along, unless the user gave that one of its own.
 void ChooseUrtImage(UrtRow& row, const Path& image);
 // Another region brings its name along, unless the user gave the row a name of its own.
-void ChooseUrtRegion(const UrtForm& dialog, UrtRow& row, int region);
+void ChooseUrtRegion(const UrtForm& form, UrtRow& row, int region);
 struct CompressionChoices {
   bool compressed = false, method = false, level = false;
 };
 // Which of the compression's fields take an answer. The check box: some row's image may be compressed, or
 // there is no row yet; images that may not go as they are beside those that may.
-CompressionChoices ChoicesOfCompression(const UrtForm& dialog);
+CompressionChoices ChoicesOfCompression(const UrtForm& form);
 // Nothing when all may be converted.
-std::optional<Refusal> CheckUrtForm(const UrtForm& dialog);
+std::optional<Refusal> CheckUrtForm(const UrtForm& form);
 
 // Asks for each URT file of a checked dialog that is there already whether it may be replaced. Nothing when
 // all may be written, which is remembered in the rows; else the row of the first No.
-std::optional<size_t> KeptUrt(const Messages& messages, UrtForm& dialog);
+std::optional<size_t> KeptUrt(const Messages& messages, UrtForm& form);
 
 // Converts the rows of a checked dialog in order, one step of progress each. Each URT file appears whole or
 // not at all; a failure (message shown) ends it, files before it stay. The number of files made.
-size_t ConvertRows(const Context& context, const ProjectConfig& config, const UrtForm& dialog,
+size_t ConvertRows(const Context& context, const ProjectConfig& config, const UrtForm& form,
                    const LocalTime& time);
 
 }  // namespace vexa

@@ -29,11 +29,11 @@ TEST_F(ListCommands, ContainerIsWhatSavingTheImportedDatabaseGives) {
     WorkRecords work;
     ASSERT_TRUE(ImportListFile(recorder.context, list, {}, {}, work)) << name;
     Document expected;
-    ASSERT_TRUE(OpenWorkFiles(recorder.context, work, {}, expected));
+    ASSERT_TRUE(OpenWorkRecords(recorder.context, work, {}, expected));
     EXPECT_EQ(Get("out.bin"), BuildBin(recorder.context, expected, {}, {})) << name;
     EXPECT_LT(Get("out.bin").size(), kMaximumBinSize);
     EXPECT_EQ(RunVexa({"import", Utf8FromPath(list), "--stream", "-o", In("out.sdb")}).status, 0) << name;
-    EXPECT_EQ(Get("out.sdb"), BuildBinFromWorkFiles(work, {})) << name;
+    EXPECT_EQ(Get("out.sdb"), BuildBinFromWorkRecords(work, {})) << name;
     EXPECT_GT(Open("out.sdb").sdbs[0].database->services.size(), 100u);
   }
 }
@@ -189,7 +189,7 @@ TEST_F(ListCommands, ImportRefusals) {
   EXPECT_FALSE(Exists("work"));
   // The bare stream is written all the same.
   EXPECT_EQ(Vexa("import @empty.sdx --stream -o @out.bin").status, 0);
-  EXPECT_EQ(Get("out.bin"), BuildBinFromWorkFiles({}, {}));
+  EXPECT_EQ(Get("out.bin"), BuildBinFromWorkRecords({}, {}));
 }
 
 TEST_F(ListCommands, DatabaseAboveTheSizeLimitIsWrittenWithStatusOne) {

@@ -51,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Wizard wizard(work);
   Choose(wizard, data + 1);
   const bool only_services = IsEverySatelliteChosen(wizard) && (wizard.carrier_options & kAllCarriers) != 0;
-  CompactWorkFiles(wizard);
+  CompactWorkRecords(wizard);
   for (size_t i = 0; i < work.carriers.size(); ++i) {
     if (work.carriers[i].first_service + work.carriers[i].service_count > work.services.size()) std::abort();
   }
@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Context context;
   context.messages.tell = [](const Message&) {};
   Document document;
-  const Bytes stream = BuildBinFromWorkFiles(work, DefaultRecords{});
+  const Bytes stream = BuildBinFromWorkRecords(work, DefaultRecords{});
   if (OpenBinBytes(context, stream, document) && !CheckLinks(*document.sdbs.at(0).database).empty())
     std::abort();
   return 0;

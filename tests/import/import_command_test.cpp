@@ -129,7 +129,7 @@ TEST(ImportCommand, ListsCutAtEveryByte) {
         ASSERT_EQ(std::memcmp(&work.services[i], &whole.services[i], sizeof(WorkService)), 0) << size;
       Recorder recorder;
       Document document;
-      ASSERT_TRUE(OpenWorkFiles(recorder.context, work, {}, document)) << size;
+      ASSERT_TRUE(OpenWorkRecords(recorder.context, work, {}, document)) << size;
       EXPECT_EQ(CheckLinks(*document.sdbs.at(0).database), "") << size;
     }
   }
@@ -144,7 +144,7 @@ struct ImportManySatellites : testing::Test {
     PutFile(path, BytesOf(SdxList(records)));
     WorkRecords work;
     return ImportListFile(recorder.context, path, {}, {filter, choose, {}}, work) &&
-           OpenWorkFiles(recorder.context, work, {}, document);
+           OpenWorkRecords(recorder.context, work, {}, document);
   }
   Recorder recorder;
   Document document;
@@ -175,7 +175,7 @@ TEST_F(ImportManySatellites, FilterModeTakesWhatTheChoiceLeaves) {
     ChooseSatellite(wizard, 88, true);
     SetCarrierOption(wizard, std::nullopt, kAllCarriers, true);
     SetServiceOption(wizard, std::nullopt, kAllServices, true);
-    CompactWorkFiles(wizard);
+    CompactWorkRecords(wizard);
     return true;
   }));
   EXPECT_TRUE(recorder.shown.empty()) << "not asked";

@@ -127,7 +127,7 @@ TEST(Wizard, EverythingChosenKeepsCarriersUntickedByHand) {
     ChooseCarrier(wizard, 1, false);
     wizard.service_options = kTvServices;
     BeginServiceStep(wizard);
-    CompactWorkFiles(wizard);
+    CompactWorkRecords(wizard);
     EXPECT_EQ(Names(work.carriers), remembered ? "0|1|2|3|4" : "0|2|3|4");
     EXPECT_EQ(Names(work.services), "0t|0T|2t|2T|3t|3T|4t|4T");
     EXPECT_EQ(work.carriers[1].first_service, 2u);
@@ -143,7 +143,7 @@ TEST(Wizard, CompactionKeepsIndicesThatAreOneTooHigh) {
   ChooseSatellite(wizard, 1, true);
   SetCarrierOption(wizard, 1, kAllCarriers, true);
   SetServiceOption(wizard, 3, kAllServices, true);
-  CompactWorkFiles(wizard);
+  CompactWorkRecords(wizard);
   ASSERT_EQ(work.services.size(), 4u);
   EXPECT_EQ(work.services[0].carrier_index, 1u);
 }
@@ -194,7 +194,7 @@ TEST(Wizard, CompactionOfRandomChoices) {
           kept += work.services[i].chosen ? ' ' + Name(work.services[i].name) : "";
       }
     }
-    CompactWorkFiles(wizard);
+    CompactWorkRecords(wizard);
     ASSERT_EQ(Outline(work), kept) << round;
   }
 }
@@ -214,7 +214,7 @@ TEST(Wizard, DamagedRangesStayInsideTheFiles) {
   SetCarrierOption(wizard, std::nullopt, kKuBand, true);
   SetServiceOption(wizard, std::nullopt, kAllServices, true);
   EXPECT_EQ(TotalSelectedCarriersText(wizard), "Total selected carriers - 2");
-  CompactWorkFiles(wizard);
+  CompactWorkRecords(wizard);
   EXPECT_EQ(Names(work.carriers), "2|4");
   EXPECT_EQ(work.satellites[0].carrier_count, 2u);
   EXPECT_EQ(work.satellites[1].carrier_count, 0u);

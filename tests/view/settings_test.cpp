@@ -99,7 +99,7 @@ TEST(Settings, WhatCannotBeKeptIsToldOnceWithItsReason) {
   store.place = "settings.ini";
   store.write = [&](const std::string&, const std::string&, const std::string&) { return Outcome(full); };
   const SettingsStore told = ToldSettings(store, recorder.context.messages);
-  SaveColors(told, DefaultColors());
+  SaveColours(told, DefaultColours());
   SavePortSettings(told, {});
   ASSERT_EQ(recorder.shown.size(), 1u);
   EXPECT_EQ(recorder.shown[0].text, "The settings could not be kept for the next start.");
@@ -168,15 +168,15 @@ TEST(Settings, ConfigurationFileIsTheStoredOneOrTheFirstOfTheFolder) {
 
 TEST(Settings, ColoursAreReadOneByOneAndWrittenTogether) {
   const SettingsStore store = MemorySettingsStore();
-  EXPECT_EQ(LoadColors(store),
-            (EditorColorTable{65793, 37120, 65793, 16711680, 8388863, 16711808, 65793, 9868950}));
+  EXPECT_EQ(LoadColours(store),
+            (EditorColourTable{65793, 37120, 65793, 16711680, 8388863, 16711808, 65793, 9868950}));
   EXPECT_EQ(Stored(store, "Color", {"TVService"}), "-");
   Put(store, "Color", {{"TVService", "255"}, {"FGLInactive", "-1"}, {"ActCarrier", "16777216"}});
-  EditorColorTable colors = LoadColors(store);
-  EXPECT_EQ(colors, (EditorColorTable{65793, 37120, 65793, 16711680, 255, 16711808, 65793, 9868950}));
-  colors[static_cast<size_t>(ColourRole::kActiveFavourite)] = 1;
-  SaveColors(store, colors);
-  EXPECT_EQ(LoadColors(store), colors);
+  EditorColourTable colours = LoadColours(store);
+  EXPECT_EQ(colours, (EditorColourTable{65793, 37120, 65793, 16711680, 255, 16711808, 65793, 9868950}));
+  colours[static_cast<size_t>(ColourRole::kActiveFavourite)] = 1;
+  SaveColours(store, colours);
+  EXPECT_EQ(LoadColours(store), colours);
 }
 
 TEST(Settings, EveryFieldOfTheDefaultRecordsComesBack) {

@@ -42,7 +42,7 @@ struct Application {
   bool hexadecimal = false;  // PIDs in headers, values and input
   RecentFiles recent;
   std::wstring report_viewer = L"Notepad.exe";
-  EditorColorTable colours = DefaultColors();
+  EditorColourTable colours = DefaultColours();
   DefaultRecords defaults;
   UINT describe_menus = 0;    // test mode only: the message that asks for the menus
   int exit_code = 0;          // of the program

@@ -44,7 +44,7 @@ size_t PlaceOfButton(UINT id) {
 }  // namespace
 
 void ShowColours(Application& app) {
-  EditorColorTable colours = app.colours;
+  EditorColourTable colours = app.colours;
   FormActions actions;
   actions.draw = [&](Form&, const DRAWITEMSTRUCT& item) {
     const size_t place = PlaceOfButton(item.CtlID);
@@ -54,12 +54,12 @@ void ShowColours(Application& app) {
     if (code != BN_CLICKED) return;
     const size_t place = PlaceOfButton(static_cast<UINT>(id));
     if (place < colours.size()) Choose(form, colours[place]);
-    if (id == IDC_COLOURS_STANDARD) colours = DefaultColors();
+    if (id == IDC_COLOURS_STANDARD) colours = DefaultColours();
     InvalidateRect(form.window, nullptr, FALSE);
   };
   if (!RunForm(app, IDD_COLOURS, actions)) return;
   app.colours = colours;
-  SaveColors(app.settings, app.colours);
+  SaveColours(app.settings, app.colours);
   for (EditorWindow* editor : AllEditors(app)) {
     InvalidateRect(editor->tree, nullptr, TRUE);
     InvalidateRect(editor->list, nullptr, TRUE);

@@ -189,7 +189,7 @@ bool RunImportWizard(Application& app, WorkRecords& work) {
     number += end == StepEnd::kNext ? 1 : -1;
     if (number > 3) break;
   }
-  CompactWorkFiles(wizard);
+  CompactWorkRecords(wizard);
   return true;
 }
 

@@ -77,7 +77,7 @@ bool LoadSettings(Application& app) {
   }
   app.recent = LoadRecentFiles(app.settings);
   RefreshRecentMenus(app);
-  app.colours = LoadColors(app.settings);
+  app.colours = LoadColours(app.settings);
   LoadDefaultRecords(app.settings, app.defaults);
   app.context.defaults = &app.defaults;
   app.window = LoadWindowSettings(app.settings);

@@ -102,7 +102,7 @@ bool ImportInto(Application& app, const Path& path, Document& document) {
   WorkRecords work;
   return ImportListFile(app.context, path, app.defaults,
                         {FilterMode::kAsk, app.choose_records, show_progress}, work) &&
-         OpenWorkFiles(About(app.context, Utf8FromPath(path)), work, app.defaults, document);
+         OpenWorkRecords(About(app.context, Utf8FromPath(path)), work, app.defaults, document);
 }
 
 template <ListFormat format>
