@@ -4,12 +4,23 @@
 // can run it in memory. It sends XON, ACK, ENQ, NAK, ETB and frames, nothing else, and never ACK and ENQ
 // together.
 //
-//   idle --wake-up--> woken (XON) --17--> polled (ACK) --120 ms without 17--> receiving (an ENQ for each
-//   frame) an upload's last frame: stored, woken again; a script's: announce (ETB until ACK) --> region (a
-//   frame for each ENQ or NAK) --> done (next region at ACK, idle at CAN)
+// What leads from one state to the next, and what the receiver sends in the new one:
+// clang-format off
+//   any        wake-up               -> woken      XON
+//   idle       ETB                   -> polled     ACK; a console's upload has no wake-up
+//   woken      ETB                   -> polled     ACK
+//   polled     a pause behind an ETB -> receiving  ENQ for each frame, NAK for a damaged one
+//   receiving  ETB behind a pause    -> polled     ACK: the file begins anew
+//              an upload is whole    -> woken      nothing: it is stored, another file may follow
+//              a script is whole     -> announce   ETB until an ACK comes
+//              the file is wrong     -> failed     nothing
+//   announce   ACK                   -> region     a frame for each ENQ (next) or NAK (again)
+//   region     ENQ behind the last   -> done       ETB until an ACK comes, while regions are left
+//   done       ACK                   -> region     the next one
+//   announce, region, done: CAN, or nothing for too long -> idle
+// clang-format on
 //
-// Region frames are framed like an upload. Frame 0 has the layout of an image description with tag F1 and a
-// name of 15 bytes; data frames have tag F2, the 12-byte packet header and at most 2979 bytes of data.
+// Region frames: image/region_frame.h, with at most 2979 bytes of data.
 #pragma once
 
 #include <deque>

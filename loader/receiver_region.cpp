@@ -3,6 +3,7 @@
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
 #include "image/line_frame.h"
+#include "image/region_frame.h"
 #include "loader/receiver.h"
 
 namespace vexa {
@@ -11,8 +12,8 @@ namespace {
 
 constexpr uint32_t kPacketData = 2979;  // bytes, so that a frame stays within 3000
 constexpr size_t kSmallBlock = 0x10000, kLargeBlock = 0x80000;
-constexpr uint64_t kSmallBlockLimit = uint64_t{32}
-                                      << 20;  // the block table of a larger region would not fit a frame
+// Bytes: the block table of a larger region would not fit a frame.
+constexpr uint64_t kSmallBlockLimit = uint64_t{32} << 20;
 
 uint32_t PacketsOf(uint64_t length) {
   return static_cast<uint32_t>((length + kPacketData - 1) / kPacketData);
@@ -27,11 +28,11 @@ Bytes RegionHeader(const Receiver& receiver) {
   const std::span<const uint8_t> data = receiver.region_data;
   const size_t blocks = receiver.region_packets.size();
   ByteWriter writer;
-  writer.U8(0xF1);
+  writer.U8(kRegionHeaderTag);
   writer.U16Big(static_cast<uint32_t>(0x8000 | ((blocks * 14 + 47) & 0xFFF)));
   writer.Fill(5, 0);
-  writer.U8(15);
-  writer.Text("Region " + std::to_string(region.number), 15, ' ');
+  writer.U8(kRegionNameSize);
+  writer.Text("Region " + std::to_string(region.number), kRegionNameSize, ' ');
   writer.U32Big(static_cast<uint32_t>(data.size()));
   writer.U8(1), writer.U8(1), writer.U16Big(2000);
   writer.Fill(4, 0);
@@ -59,7 +60,7 @@ Bytes RegionPacket(const Receiver& receiver, size_t number) {
   const size_t end = std::min<size_t>(receiver.region_data.size(), start + BlockSize(receiver));
   const size_t length = std::min<size_t>(kPacketData, end - start - offset);
   ByteWriter writer;
-  writer.U8(0xF2);
+  writer.U8(kRegionDataTag);
   writer.U16Big(static_cast<uint32_t>(0x8000 | ((length + 9) & 0xFFF)));
   writer.U24Big(static_cast<uint32_t>(offset & 0x3FFFF));
   writer.U24Big(static_cast<uint32_t>(block));

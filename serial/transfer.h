@@ -9,10 +9,7 @@
 //           ETB.
 // Download: the wake-up message of its own, the request script as an upload, ETB from the receiver; then for
 //           each region: ACK, and an ENQ (next) or NAK (again) for each frame; CAN after the last region.
-// Region frames, by the first payload byte; any other is taken and ignored
-//   F1 header   24 4 data length   44 3 entry count N   47 14xN entries, packet count at +4
-//               47+14xN 4 CRC of the region's data
-//   F2 data     12.. the data
+// Region frames: image/region_frame.h.
 //
 // Threads: the port's reader calls TransferReceive or DownloadReceive; a job runs on a thread of its own; the
 // face sets `cancel` through CancelTransfer (serial/session.h). They share the atomics of `Transfer` and
@@ -49,6 +46,7 @@ struct TransferView {
 };
 
 struct TransferLine {
+  // The number of bytes that the line took; fewer than all: the port gave up.
   std::function<size_t(std::span<const uint8_t> bytes)> write;
   std::function<void()> purge;  // forgets what was received and not yet handed out
 };

@@ -3,14 +3,13 @@
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
 #include "image/line_frame.h"
+#include "image/region_frame.h"
 #include "image/transfer_files.h"
 #include "serial/transfer.h"
 
 namespace vexa {
 
 namespace {
-
-constexpr uint8_t kHeaderTag = 0xF1, kDataTag = 0xF2;
 
 Path PacketFile(const Transfer& transfer) {
   return transfer.context.temporary_folder / kPacketFile;
@@ -54,9 +53,9 @@ bool EnterPacket(Transfer& transfer) {
 // False when the entry table goes beyond the record.
 bool TakeHeader(Transfer& transfer, std::span<const uint8_t> record) {
   ByteReader reader(record);
-  reader.Seek(24);
+  reader.Seek(kRegionLengthAt);
   const uint32_t length = reader.U32Big();
-  reader.Seek(44);
+  reader.Seek(kRegionBlockCountAt);
   const uint32_t entries = reader.U24Big();
   int64_t packets = 1;
   for (uint32_t i = 0; i < entries && reader.ok(); ++i) {
@@ -73,8 +72,8 @@ bool TakeHeader(Transfer& transfer, std::span<const uint8_t> record) {
   return true;
 }
 
-// A region that was cut ends the job, whatever its CRC would say.
-// `file` did not take or give the data. With the region's lock held.
+// Marks the region as cut, since `file` did not take or give its data: that ends the job, whatever the CRC
+// would say. With the region's lock held.
 void CutRegion(Transfer& transfer, const Path& file, const std::error_code& why) {
   transfer.region_refused = file;
   transfer.region_error = why;
@@ -99,8 +98,9 @@ void KeepPacket(Transfer& transfer, std::span<const uint8_t> payload) {
 
 bool TakeRecord(Transfer& transfer, std::span<const uint8_t> record) {
   if (record.empty()) return true;
-  if (record[0] == kHeaderTag) return TakeHeader(transfer, record);
-  if (record[0] == kDataTag && record.size() > 12) KeepData(transfer, record.subspan(12));
+  if (record[0] == kRegionHeaderTag) return TakeHeader(transfer, record);
+  if (record[0] == kRegionDataTag && record.size() > kRegionDataAt)
+    KeepData(transfer, record.subspan(kRegionDataAt));
   return true;
 }
 
