@@ -2,7 +2,8 @@
 //
 // Every value stands once in the tables of settings.cpp. Values are strings; numbers are decimal text. Each
 // subkey hangs below a key that names the version, so that settings of another version never mix. What cannot
-// be read keeps its default, what cannot be written is lost, both silently.
+// be read keeps its default, silently; what cannot be written is lost, and told where the store is one of
+// ToldSettings.
 #pragma once
 
 #include <array>
@@ -146,7 +147,7 @@ WindowSettings LoadWindowSettings(const SettingsStore& store);
 void SaveWindowSettings(const SettingsStore& store, const WindowSettings& window);
 
 // The options of the uploader console that are kept.
-inline constexpr int kLineEndings = 4;
+inline constexpr int kLineEndings = 4;  // of LineEnding (serial/console_text.h)
 struct ConsoleSettings {
   bool hexadecimal_view = false, time_stamps = false, reconnect = false;
   int line_ending = 0;  // place in the list of line endings, below kLineEndings

@@ -9,12 +9,15 @@
 #include <string_view>
 #include <vector>
 
+#include "config/settings.h"
 #include "platform/files.h"
 #include "serial/reports.h"
 
 namespace vexa {
 
+// The settings keep the number.
 enum class LineEnding { kCarriageReturn, kLineFeed, kBoth, kNone };
+static_assert(static_cast<int>(LineEnding::kNone) + 1 == kLineEndings);
 
 struct ConsoleOptions {
   LineEnding line_ending = LineEnding::kCarriageReturn;  // sent behind each line
