@@ -1,6 +1,6 @@
 #include "cli/usage.h"
 
-#include <toml++/impl/version.h>
+#include <toml++/toml.h>
 #include <zlib.h>
 
 #include <algorithm>
