@@ -25,15 +25,19 @@ constexpr int kLineTextKept = 16000;               // characters; the control ta
 struct PanelButton {
   int id;
   CommandId command;
-  const wchar_t* tip;
+  const char* tip = nullptr;  // nullptr: its command's; the panel's own are shorter
 };
-constexpr PanelButton kPanelButtons[] = {
-    {IDC_CONSOLE_CONNECT, kCmdConnect, L"Connect to the receiver, or disconnect"},
-    {IDC_CONSOLE_UPLOAD, kCmdConsoleUpload, L"Upload ( PC to STB )"},
-    {IDC_CONSOLE_CANCEL, kCmdConsoleCancel, L"Cancel"},
-    {IDC_CONSOLE_SAVE, kCmdConsoleSaveLog, L"Save log file"},
-    {IDC_CONSOLE_CLEAR, kCmdConsoleClear, L"Clear"},
-    {IDC_CONSOLE_COMMAND, kNoCommand, L"Test Tool Command Window"}};
+constexpr PanelButton kPanelButtons[] = {{IDC_CONSOLE_CONNECT, kCmdConnect},
+                                         {IDC_CONSOLE_UPLOAD, kCmdConsoleUpload, "Upload ( PC to STB )"},
+                                         {IDC_CONSOLE_CANCEL, kCmdConsoleCancel, "Cancel"},
+                                         {IDC_CONSOLE_SAVE, kCmdConsoleSaveLog, "Save log file"},
+                                         {IDC_CONSOLE_CLEAR, kCmdConsoleClear, "Clear"},
+                                         {IDC_CONSOLE_COMMAND, kNoCommand, "Test Tool Command Window"}};
+
+std::string TipOf(const PanelButton& button) {
+  const CommandInfo* command = FindCommand(button.command);
+  return button.tip ? button.tip : command ? command->tip : "";
+}
 
 ConsoleWindow* ConsoleOf(HWND window) {
   return reinterpret_cast<ConsoleWindow*>(GetWindowLongPtrW(window, 0));
@@ -193,7 +197,8 @@ void AddTips(ConsoleWindow& console) {
     tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
     tool.hwnd = console.panel;
     tool.uId = reinterpret_cast<UINT_PTR>(PanelControl(console, button.id));
-    tool.lpszText = const_cast<wchar_t*>(button.tip);
+    std::wstring tip = Wide(TipOf(button));
+    tool.lpszText = tip.data();  // the window copies it
     SendMessageW(console.tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
     // A grey button's mouse messages go to the panel.
     GetWindowRect(PanelControl(console, button.id), &tool.rect);
