@@ -114,11 +114,12 @@ void WriteOutput(CommandState& state, const std::string& file, std::span<const u
 void DescribeProgram(CLI::App& program, CommandState& state);
 
 void AddDatabaseCommands(CLI::App& program, CommandState& state);  // info check save sort export diff set
-void AddExportCommand(CLI::App& program, CommandState& state);
-void AddDiffCommand(CLI::App& program, CommandState& state);
-void AddSetCommand(CLI::App& program, CommandState& state);
-void AddSortCommand(CLI::App& program, CommandState& state);
-void AddCheckCommand(CLI::App& program, CommandState& state);
+// Those of them that have a file of their own.
+void AddExportCommand(CLI::App& program, CommandState& state);          // export
+void AddDiffCommand(CLI::App& program, CommandState& state);            // diff
+void AddSetCommand(CLI::App& program, CommandState& state);             // set
+void AddSortCommand(CLI::App& program, CommandState& state);            // sort
+void AddCheckCommand(CLI::App& program, CommandState& state);           // check
 void AddListCommands(CLI::App& program, CommandState& state);           // import merge
 void AddConfigurationCommands(CLI::App& program, CommandState& state);  // ecf show, ecf build
 void AddImageCommands(CLI::App& program, CommandState& state);          // adb, urt

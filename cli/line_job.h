@@ -20,6 +20,7 @@ struct LineOptions {
   bool json = false;
 };
 
+// Adds --port and the other options of the line to the command; `line` outlives it.
 void AddLineOptions(CLI::App& command, LineOptions& line);
 // The port and its settings into the configuration.
 void SetLine(ProjectConfig& config, const LineOptions& line);

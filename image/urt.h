@@ -1,9 +1,9 @@
 // The URT file: an image cut into blocks and packets, as the receiver's loader takes it. Big-endian
 // throughout.
 //
-// File: the image's description is the first frame, then one frame a packet, blocks in order
-//   0 2 magic "MZ"            2 4 frame count                        6 frames (line_frame.h) around these
-//   bodies
+// File: the frames (line_frame.h) hold the bodies below, first the image's description, then a packet each,
+// blocks in order
+//   0 2 magic "MZ"            2 4 frame count                        6 frames
 // Description body, n bytes of name, b blocks
 //   0 1 header tag            1 2 0x8000 | (14 b + 47 mod 4096)      3 1 image type << 4 | image kind
 //   4 1 version B << 4 | software minor      5 1 manufacturer        6 1 version A   7 1 software major

@@ -37,14 +37,12 @@ struct Wizard {
   uint8_t service_options = 0;  // remembered: the boxes ticked for all carriers
 };
 
-// The carriers of a satellite and the services of a carrier, as positions from `first`; within the files.
-//
-// Here and below, records are named by their positions in the work files, from 0, and must be there.
+// Records that stand one behind the other. Here and below, records are named by their places in the lists of
+// the work records, from 0, and must be there.
 struct WorkRange {
   size_t first = 0, count = 0;
 };
-// The carriers of a satellite and the services of a carrier, as places in `work`; what lies beyond its lists
-// is cut off.
+// The carriers of a satellite and the services of a carrier; what lies beyond the lists is cut off.
 WorkRange CarriersOf(const WorkRecords& work, size_t satellite);
 WorkRange ServicesOf(const WorkRecords& work, size_t carrier);
 

@@ -15,7 +15,9 @@
 
 namespace vexa {
 
+// The text of a control, or the title of a window, as UTF-8; of a control that is another process's, nothing.
 std::string WindowText(HWND window);
+// Replaces it.
 void SetText(HWND window, const std::string& utf8);
 // A length given at 96 dots an inch, at the resolution of the window's screen.
 int Scaled(HWND window, int length);
