@@ -100,22 +100,8 @@ TEST_F(Usage, SaveAndSortMayWriteOverTheirInputUnlessItWasNotReadWhole) {
   EXPECT_EQ(Open("other.bin").ubis.size(), 16u);
 }
 
-TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
+TEST_F(Usage, AssignmentsNameTheWrongWordAndWhatAFieldTakes) {
   const std::pair<const char*, const char*> rows[] = {
-      {"exprot @base.bin -o @x", "error: \"exprot\" is no command of vexa; the nearest is \"export\"\n"},
-      {"--yess", "error: \"--yess\" is no option of vexa; the nearest is \"--yes\"\n"},
-      {"export --frmat=csv", "error: \"--frmat\" is no option of vexa export; the nearest is \"--format\"\n"},
-      {"adb biuld", "error: \"biuld\" is no command of vexa adb; the nearest is \"build\"\n"},
-      {"info @base.bin more", "error: \"more\" is one word too many for vexa info\n"},
-      {"export @base.bin -o @x --format jsno",
-       "error: --format: \"jsno\" is no value of it; the nearest is \"json\"\n"},
-      {"export @base.bin", "error: --output is required\n"},
-      {"export @base.bin -o @x --code-page windows-1225",
-       "error: --code-page: \"windows-1225\" is no code page: "},
-      {"sort @base.bin -o @x --satellites name,Angel",
-       "error: --satellites: \"Angel\" is no key of this list; the nearest is \"angle\"\n"},
-      {"sort @base.bin -o @x --carriers freq",
-       "error: --carriers: \"freq\" is no key of this list; the nearest is \"frequency\"\n"},
       {"set @base.bin -o @x 'satelite 1 carrier 2' fec=1",
        "error: \"satelite 1 carrier 2\": \"satelite\" names no records; the nearest is \"satellite\"\n"},
       {"set @base.bin -o @x 'satellite 1 carier 2' fec=1",
@@ -143,6 +129,31 @@ TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
        "error: \"lnb_index=16\": \"16\" is no value for lnb_index; it takes 0 to 15, or LNB1 to LNB16\n"},
       {"set @base.bin -o @x 'ubi 1' lock_code=",
        "error: \"lock_code=\": \"\" is no value for lock_code; it takes 1 to 4 characters, or 8 "},
+  };
+  for (const auto& [line, text] : rows) {
+    const ProgramResult result = Vexa(line);
+    EXPECT_EQ(result.status, 2) << line;
+    EXPECT_EQ(result.output, "");
+    EXPECT_THAT(result.errors, testing::StartsWith(text)) << line;
+  }
+}
+
+TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"exprot @base.bin -o @x", "error: \"exprot\" is no command of vexa; the nearest is \"export\"\n"},
+      {"--yess", "error: \"--yess\" is no option of vexa; the nearest is \"--yes\"\n"},
+      {"export --frmat=csv", "error: \"--frmat\" is no option of vexa export; the nearest is \"--format\"\n"},
+      {"adb biuld", "error: \"biuld\" is no command of vexa adb; the nearest is \"build\"\n"},
+      {"info @base.bin more", "error: \"more\" is one word too many for vexa info\n"},
+      {"export @base.bin -o @x --format jsno",
+       "error: --format: \"jsno\" is no value of it; the nearest is \"json\"\n"},
+      {"export @base.bin", "error: --output is required\n"},
+      {"export @base.bin -o @x --code-page windows-1225",
+       "error: --code-page: \"windows-1225\" is no code page: "},
+      {"sort @base.bin -o @x --satellites name,Angel",
+       "error: --satellites: \"Angel\" is no key of this list; the nearest is \"angle\"\n"},
+      {"sort @base.bin -o @x --carriers freq",
+       "error: --carriers: \"freq\" is no key of this list; the nearest is \"frequency\"\n"},
       {"save @base.bin -o @x --initials abcd",
        "error: --initials: \"abcd\" has more than three characters\n"},
       {"upload urt @x --port ''", "error: --port: \"\" names no port\n"},
