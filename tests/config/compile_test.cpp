@@ -197,12 +197,16 @@ constexpr struct {
                {6, 56352, 56352}, {0, 96, 3368},       {2, 64, 2248}};
 
 struct CompilePartitions : CompileTest {
-  // With one partition of each type, the first of this length; `region` bytes for all of them.
+  // With one partition of each type behind the other, the first of this length; `region` bytes for all of
+  // them.
   bool Compiles(int type, int length, const char* places, int region = 300000) {
     const std::string configurations = Format("[product.p]\nname = \"P\"\nconfigurations = [%s]\n", places);
     std::string partitions = Format("{type=%d,start=0,length=%d}", type, length);
+    int start = length;
     for (const auto& row : kTables) {
-      if (row.type != type) partitions += Format(",{type=%d,start=0,length=%d}", row.type, row.journal);
+      if (row.type == type) continue;
+      partitions += Format(",{type=%d,start=%d,length=%d}", row.type, start, row.journal);
+      start += row.journal;
     }
     return Compile(kMaker + configurations + kConfiguration +
                    Format("regions = [{name=\"123456789012345\",type=3,start=0,end=%d}]\n", region) +
