@@ -5,11 +5,10 @@
 
 #include "core/bytes.h"
 #include "image/line_frame.h"
-#include "image/transfer_files.h"
-#include "image/verify.h"
 #include "serial/backup.h"
 #include "serial/prepare.h"
 #include "serial/reports.h"
+#include "serial/verdict.h"
 
 namespace vexa {
 
@@ -178,6 +177,27 @@ bool Ended(ReceiverRun& run, bool done) {
   return done;
 }
 
+using DecodeStep = std::function<bool(const Context& context, bool crc_failed)>;
+
+// Reads the regions into the temporary folder; `decode` as Transfer::decode, with the transfer's context.
+// False: failed, cancelled or `decode` did.
+bool Fetch(ReceiverRun& run, TransferPhase phase, const DecodeStep& decode) {
+  auto files = PrepareDownload(run.face.context, run.config);
+  if (!files) return false;
+  auto attempt = MakeAttempt(run, phase, TransferJob::kDownload);
+  Transfer& transfer = attempt->session.transfer;
+  transfer.files = std::move(files->script);
+  transfer.region_files = std::move(files->regions);
+  const auto decoded = std::make_shared<std::atomic<bool>>(false);
+  const auto shown = phase == TransferPhase::kDownload ? run.shown : nullptr;
+  transfer.decode = [decoded, shown, decode, &context = transfer.context](bool crc_failed) {
+    if (!crc_failed && shown) ShowOnce(*shown, kCrcHolds);
+    *decoded = decode(context, crc_failed);
+    return decoded->load();
+  };
+  return Ended(run, RunAttempt(run, attempt, TransferJob::kDownload) && *decoded);
+}
+
 }  // namespace
 
 bool RunUpload(ReceiverRun& run, TransferJob job, std::vector<Path> files) {
@@ -189,46 +209,22 @@ bool RunUpload(ReceiverRun& run, TransferJob job, std::vector<Path> files) {
 }
 
 bool RunFetch(ReceiverRun& run, TransferPhase phase, const std::function<bool()>& take) {
-  auto files = PrepareDownload(run.face.context, run.config);
-  if (!files) return false;
-  auto attempt = MakeAttempt(run, phase, TransferJob::kDownload);
-  Transfer& transfer = attempt->session.transfer;
-  transfer.files = std::move(files->script);
-  transfer.region_files = std::move(files->regions);
-  const auto decoded = std::make_shared<std::atomic<bool>>(false);
-  const auto shown = phase == TransferPhase::kDownload ? run.shown : nullptr;
-  transfer.decode = [decoded, shown, take, &messages = transfer.context.messages](bool crc_failed) {
-    if (crc_failed) Tell(messages, Icon::kStop, "CRC Verification - failed \n Retry once again");
-    if (!crc_failed && shown) ShowOnce(*shown, "CRC Verification - Success");
-    *decoded = !crc_failed && take();
-    return decoded->load();
-  };
-  return Ended(run, RunAttempt(run, attempt, TransferJob::kDownload) && *decoded);
-}
-
-bool IsHeld(const Context& context, const ProjectConfig& config, const StaticDatabase& database,
-            const AdbImages& images) {
-  const Path& folder = context.temporary_folder;
-  const auto adb = ReadWholeFile(folder / kAdbImageFile);
-  const auto e2p = images.e2p.empty() ? std::optional(Bytes{}) : ReadWholeFile(folder / kE2pImageFile);
-  const auto found = CompareImages(config, database, images, adb.value_or(Bytes{}), e2p.value_or(Bytes{}));
-  if (!found) return true;
-  TellWhy(context.messages, Icon::kStop,
-          Format("%llu bytes differ, the first at 0x%08X (%s)", static_cast<unsigned long long>(found->bytes),
-                 unsigned{found->address}, found->record.c_str()),
-          "Verification - failed");
-  return false;
+  return Fetch(run, phase, [take](const Context& context, bool crc_failed) {
+    if (crc_failed) Tell(context.messages, Icon::kStop, "%s", CrcFailedText().c_str());
+    return !crc_failed && take();
+  });
 }
 
 bool RunVerify(ReceiverRun& run, const Document& document, size_t sdb, const AdbImages& images) {
   run.result.verified = false;
   Show(run.face.status, kVerifying);
   const StaticDatabase& database = *document.sdbs[sdb].database;
-  const bool held = RunFetch(run, TransferPhase::kVerify, [&] {
-    run.differs = !IsHeld(run.face.context, run.config, database, images);
-    return !run.differs;
+  const bool held = Fetch(run, TransferPhase::kVerify, [&](const Context& context, bool crc_failed) {
+    const Verdict verdict = JudgeDownload(context, run.config, database, images, crc_failed);
+    run.differs = verdict == Verdict::kDiffers;
+    return verdict == Verdict::kSame;
   });
-  if (held) Show(run.face.status, kVerified);
+  if (held) Show(run.face.status, VerdictText(Verdict::kSame));
   run.result.verified = held;
   return held;
 }
@@ -267,7 +263,8 @@ uint64_t BytesToMove(const Transfer& transfer, TransferJob job) {
       job == TransferJob::kAdb ? transfer.files.size() : std::min<size_t>(1, transfer.files.size());
   uint64_t bytes = 0;
   for (const Path& file : std::span(transfer.files).first(files)) {
-    const Bytes content = ReadWholeFile(file).value_or(Bytes{});
+    Bytes content;
+    if (ReadWholeFile(file, content) != ReadResult::kDone) continue;  // the job tells why, and sends nothing
     ByteReader reader(content);
     reader.Seek(2);
     const uint32_t count = reader.U32Big();

@@ -69,13 +69,6 @@ bool RunFetch(ReceiverRun& run, TransferPhase phase, const std::function<bool()>
 // it differs, or failed or cancelled.
 bool RunVerify(ReceiverRun& run, const Document& document, size_t sdb, const AdbImages& images);
 
-inline constexpr const char* kVerifying = "Verifying";
-inline constexpr const char* kVerified = "Verification - Success";
-// Whether the regions that a download left in the temporary folder hold the images of the database; told when
-// they do not.
-bool IsHeld(const Context& context, const ProjectConfig& config, const StaticDatabase& database,
-            const AdbImages& images);
-
 struct ReceiverOrder {
   const Document* document = nullptr;
   size_t sdb = 0;

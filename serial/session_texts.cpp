@@ -1,6 +1,7 @@
 // What a transfer's session says of itself.
 #include "platform/text.h"
 #include "serial/session.h"
+#include "serial/verdict.h"
 
 namespace vexa {
 
@@ -25,7 +26,7 @@ std::string WhyFailed(TransferSession& session) {
   if (IsPortMissed(session)) return session.port_name + " is not available any more.";
   const std::string failure = FailureOf(session.transfer);
   if (!failure.empty()) return FirstLine(failure);
-  if (session.transfer.crc_failed) return "CRC Verification - failed";
+  if (session.transfer.crc_failed) return kCrcFailed;
   if (session.transfer.receive_outcome == 1) return "The received data could not be opened.";
   return "";
 }

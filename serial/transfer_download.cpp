@@ -6,6 +6,7 @@
 #include "image/region_frame.h"
 #include "image/transfer_files.h"
 #include "serial/transfer.h"
+#include "serial/verdict.h"
 
 namespace vexa {
 
@@ -235,8 +236,7 @@ bool VerifyRegion(Transfer& transfer, size_t region) {
     return false;
   }
   if (Crc32Mpeg2(data) != transfer.region_crc) transfer.crc_failed = true;
-  Show(transfer.view.result,
-       transfer.crc_failed ? "CRC Verification - failed \n Retry once again" : "CRC Verification - Success");
+  Show(transfer.view.result, transfer.crc_failed ? CrcFailedText() : kCrcHolds);
   return true;
 }
 

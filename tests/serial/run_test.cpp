@@ -4,8 +4,10 @@
 
 #include <future>
 
+#include "image/transfer_files.h"
 #include "serial/backup.h"
 #include "serial/run_log.h"
+#include "serial/verdict.h"
 #include "tests/image/image_maker.h"
 #include "tests/serial/receiver_rig.h"
 #include "tests/serial/shared_messages.h"
@@ -71,6 +73,35 @@ TEST_F(Run, AllThatMovesIsCounted) {
   const RegionEntry region = *AdbRegion(run.config);
   EXPECT_EQ(progress.back().total, region.end - region.start + kE2pRequested);
   EXPECT_GT(run.result.bytes, 2 * (region.end - region.start));
+}
+
+TEST_F(Run, OnlyDataThatCouldBeReadIsCalledSameOrDifferent) {
+  const ProjectConfig config = MakeImageConfig(1);
+  Context context = recorder.context;
+  context.messages = messages.messages();
+  const AdbImages images = BuildAdbImages(context, document, 0, config).value();
+  const Path adb = context.temporary_folder / kAdbImageFile, e2p = context.temporary_folder / kE2pImageFile;
+  const auto judge = [&](bool crc_failed) {
+    return JudgeDownload(context, config, *document.sdbs[0].database, images, crc_failed);
+  };
+  PutFile(adb, images.adb);
+  PutFile(e2p, images.e2p);
+  EXPECT_EQ(judge(false), Verdict::kSame);
+  EXPECT_TRUE(messages.Texts().empty());
+  EXPECT_EQ(judge(true), Verdict::kNotCompared);
+  EXPECT_EQ(messages.Texts().back(), CrcFailedText());
+  for (const Path& region : {adb, e2p}) {
+    const Bytes content = ReadWholeFile(region).value();
+    std::filesystem::remove(region);
+    EXPECT_EQ(judge(false), Verdict::kDiffers) << "nothing came of it";
+    EXPECT_EQ(messages.Texts().back(), VerdictText(Verdict::kDiffers));
+    std::filesystem::create_directory(region);
+    EXPECT_EQ(judge(false), Verdict::kNotCompared);
+    EXPECT_EQ(messages.Texts().back(), "The received data cannot be read.");
+    std::filesystem::remove(region);
+    PutFile(region, content);
+  }
+  EXPECT_EQ(judge(false), Verdict::kSame);
 }
 
 // The receiver is pulled off, or another takes its place, when a frame is on its way to it. Empty: only what

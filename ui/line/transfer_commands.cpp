@@ -8,7 +8,7 @@
 #include "image/decoder.h"
 #include "platform/text.h"
 #include "serial/prepare.h"
-#include "serial/run.h"
+#include "serial/verdict.h"
 #include "ui/controls/form.h"
 #include "ui/editor/editor.h"
 #include "ui/line/console.h"
@@ -31,22 +31,17 @@ void VerifyAdb(Application& app, const Document& document, size_t sdb) {
   const auto images = BuildAdbImages(app.context, document, sdb, app.config);
   auto files = images ? PrepareDownload(app.context, app.config) : std::nullopt;
   if (!files) return;
-  bool held = false;
+  Verdict verdict = Verdict::kNotCompared;
   TransferOrder order;
   order.job = TransferJob::kDownload;
   order.files = std::move(files->script);
   order.region_files = std::move(files->regions);
   order.verifies = true;
   order.decode = [&, config = app.config](const Context& context, bool crc_failed) {
-    if (crc_failed) {
-      Tell(context.messages, Icon::kStop, "CRC Verification - failed \n Retry once again");
-      return false;
-    }
-    held = IsHeld(context, config, *document.sdbs[sdb].database, *images);
-    return held;
+    verdict = JudgeDownload(context, config, *document.sdbs[sdb].database, *images, crc_failed);
+    return verdict == Verdict::kSame;
   };
-  const bool through = RunTransferDialog(app, std::move(order));
-  if (through) app.outcome = held ? kVerified : "Verification - failed";
+  if (RunTransferDialog(app, std::move(order))) app.outcome = VerdictText(verdict);
 }
 
 void UploadAdb(Application& app) {
@@ -161,9 +156,7 @@ void UploadThisSdb(Application& app) {
 bool DecodeFetched(const Context& context, const ProjectConfig& config, const UserBoxInfo& user_box,
                    bool crc_failed, std::optional<DecodedImage>& decoded) {
   if (crc_failed &&
-      !context.messages.ask(
-          "CRC Verification - failed \n Retry once again\n\nDo you want to open the data all the same ?", "",
-          false)) {
+      !context.messages.ask(CrcFailedText() + "\n\nDo you want to open the data all the same ?", "", false)) {
     return false;
   }
   decoded = DecodeDownload(context, config, user_box);

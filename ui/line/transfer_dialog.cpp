@@ -9,7 +9,7 @@
 
 #include "config/settings.h"
 #include "serial/relay.h"
-#include "serial/run.h"
+#include "serial/verdict.h"
 #include "ui/controls/help.h"
 #include "ui/line/console.h"
 #include "ui/line/transfer_resource.h"
