@@ -80,14 +80,15 @@ std::string AdviceOn(Attempt attempt, Cause cause) {
       return Find(kOpenPortAdvice, cause);
     case Attempt::kUsePort:
       return Find(kUsePortAdvice, cause);
+    case Attempt::kMakeWindow:
+      return "Close other windows and programs, and try again.";
   }
   return {};
 }
 
 std::string Reason(Attempt attempt, const std::string& object, const std::error_code& error) {
-  if (!error) return object;
-  const std::string advice = AdviceOn(attempt, CauseOf(error));
-  return object + ": " + SystemText(error) + (advice.empty() ? "" : ". " + advice);
+  const std::string advice = AdviceOn(attempt, error ? CauseOf(error) : Cause::kOther);
+  return object + (error ? ": " + SystemText(error) : "") + (advice.empty() ? "" : ". " + advice);
 }
 
 }  // namespace vexa

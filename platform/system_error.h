@@ -69,13 +69,13 @@ enum class Cause {
 Cause CauseOf(const std::error_code& error);
 
 // What was to be done, and so which advice helps.
-enum class Attempt { kRead, kWrite, kMakeFolder, kOpenPort, kUsePort, kKeepSettings };
+enum class Attempt { kRead, kWrite, kMakeFolder, kOpenPort, kUsePort, kKeepSettings, kMakeWindow };
 
 // The next step for the user, a sentence with its full stop; empty where none is known.
 std::string AdviceOn(Attempt attempt, Cause cause);
 
-// "OBJECT: what the system says. What to do." in one line. Without an error the object alone. `object` is a
-// file, port, key or folder as the user knows it.
+// "OBJECT: what the system says. What to do." in one line. Without an error the middle is missing, and the
+// advice where it depends on the cause. `object` is a file, port, key, folder or window as the user knows it.
 std::string Reason(Attempt attempt, const std::string& object, const std::error_code& error);
 
 }  // namespace vexa

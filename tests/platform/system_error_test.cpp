@@ -53,6 +53,8 @@ TEST(Reasons, NameTheObjectWhatTheSystemSaysAndTheNextStep) {
     EXPECT_EQ(Reason(row.attempt, "a.bin", error), "a.bin: " + SystemText(error) + row.advice);
   }
   EXPECT_EQ(Reason(Attempt::kRead, "a.bin", {}), "a.bin");
+  EXPECT_EQ(Reason(Attempt::kMakeWindow, "a.bin", {}),
+            "a.bin. Close other windows and programs, and try again.");
 }
 
 TEST(Reasons, CarryTheErrorBesideWhatWasNotDone) {

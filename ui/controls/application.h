@@ -13,6 +13,7 @@
 #include "core/database.h"
 #include "core/find.h"
 #include "import/work_files.h"
+#include "platform/system_error.h"
 #include "platform/temporary_folder.h"
 #include "ui/controls/windows_api.h"
 #include "view/command_table.h"
@@ -95,6 +96,11 @@ inline constexpr UINT kTransferEnded = WM_APP + 5;
 Messages BoxMessages(Application& app);
 // The window that a box or dialog belongs to: the active dialog, else the frame.
 HWND OwnerWindow(const Application& app);
+// Tells that the system made no window, why and what to do next. `what`: the window, or what was to be shown
+// in it.
+void TellNoWindow(const Application& app, const std::string& what,
+                  const std::error_code& why = LastSystemError(),
+                  const char* text = "The window could not be opened.");
 // Boxes with a question, over OwnerWindow; closing one means Cancel. `text` is UTF-8.
 enum class Answer { kYes, kNo, kCancel };
 Answer AskYesNoCancel(const Application& app, const std::string& text);

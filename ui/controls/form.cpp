@@ -216,8 +216,10 @@ std::vector<std::string> NamesOfCodes(std::string (*name)(uint32_t), uint32_t co
 
 bool RunForm(Application& app, int id, FormActions actions) {
   OpenForm open{app, id, std::move(actions)};
-  return DialogBoxParamW(app.instance, MAKEINTRESOURCEW(id), OwnerWindow(app), FormProcedure,
-                         reinterpret_cast<LPARAM>(&open)) == IDOK;
+  const INT_PTR end = DialogBoxParamW(app.instance, MAKEINTRESOURCEW(id), OwnerWindow(app), FormProcedure,
+                                      reinterpret_cast<LPARAM>(&open));
+  if (end == -1) TellNoWindow(app, "Dialog");
+  return end == IDOK;
 }
 
 }  // namespace vexa

@@ -46,6 +46,11 @@ Messages BoxMessages(Application& app) {
   return messages;
 }
 
+void TellNoWindow(const Application& app, const std::string& what, const std::error_code& why,
+                  const char* text) {
+  TellWhy(app.context.messages, Icon::kStop, Reason(Attempt::kMakeWindow, what, why), "%s", text);
+}
+
 bool AskOkCancel(const Application& app, const std::string& text) {
   return Box(app, text, "", MB_OKCANCEL | MB_ICONQUESTION) == IDOK;
 }

@@ -75,6 +75,10 @@ std::wstring TipOf(CommandId id) {
   return Wide(command ? command->tip : "");
 }
 
+std::string CaptionName(const EditorWindow& editor) {
+  return editor.path.empty() ? editor.name : Utf8FromPath(editor.path);
+}
+
 bool CreateControls(EditorWindow& editor) {
   editor.tree = Control(editor, WC_TREEVIEWW, L"",
                         WS_TABSTOP | TVS_HASBUTTONS | TVS_HASLINES | TVS_LINESATROOT | TVS_SHOWSELALWAYS,
@@ -83,7 +87,8 @@ bool CreateControls(EditorWindow& editor) {
                         WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS,
                         kListId, WS_EX_CLIENTEDGE);
   if (!editor.tree || !editor.list) {
-    TellWhy(editor.app->context.messages, Icon::kStop, LastErrorText(), "Can't Init the ListView Control");
+    TellNoWindow(*editor.app, CaptionName(editor), LastSystemError(), "Can't Init the ListView Control");
+    *editor.refusal_told = true;
     return false;
   }
   QuickenList(editor);
@@ -440,10 +445,18 @@ EditorWindow* OpenEditor(Application& app, Document document, const Path& path, 
   create.x = create.y = create.cx = create.cy = CW_USEDEFAULT;
   // The first window takes the whole frame, the next ones do as the active one does.
   create.style = !active || maximised ? WS_MAXIMIZE : 0;
+  bool told = false;
+  editor->refusal_told = &told;
+  const std::string name = CaptionName(*editor);
   create.lParam = reinterpret_cast<LPARAM>(owned.release());
+  SetLastError(ERROR_SUCCESS);
   const auto window =
       reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDICREATE, 0, reinterpret_cast<LPARAM>(&create)));
-  if (!window) return nullptr;  // the window took the structure with it
+  if (!window) {  // it took the structure with it
+    if (!told) TellNoWindow(app, name);
+    return nullptr;
+  }
+  editor->refusal_told = nullptr;
   RefreshCaption(*editor);
   FillTree(*editor);
   app.refresh_frame();
@@ -451,8 +464,7 @@ EditorWindow* OpenEditor(Application& app, Document document, const Path& path, 
 }
 
 void RefreshCaption(EditorWindow& editor) {
-  const std::string name = editor.path.empty() ? editor.name : Utf8FromPath(editor.path);
-  SetText(editor.window, name + (editor.changed ? " *" : ""));
+  SetText(editor.window, CaptionName(editor) + (editor.changed ? " *" : ""));
 }
 
 void MarkChanged(EditorWindow& editor, bool changed) {

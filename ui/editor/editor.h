@@ -52,6 +52,8 @@ struct EditorWindow {
   UndoHistory history;
   BinVersion version{kVersionMajor, kVersionMinor, ""};  // of the next save
 
+  bool* refusal_told = nullptr;  // while the window is made: set once the user knows why it is not
+
   HWND last_focus = nullptr;  // tree or list, whichever had the focus last
   HWND tree = nullptr, list = nullptr, information = nullptr, bar = nullptr, tips = nullptr;
   std::array<HWND, 5> labels{};
@@ -76,7 +78,7 @@ struct EditorWindow {
 };
 
 // A new window over `document`; an empty `path` for a database without file; `changed`: it is to be saved
-// before it goes. The window owns the structure, until it is destroyed. nullptr, without a message, when the
+// before it goes. The window owns the structure, until it is destroyed. nullptr, after a message, when the
 // system makes no window.
 EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed);
 // The active database window; nullptr when there is none or another window is active.

@@ -129,6 +129,7 @@ void ShowFindings(EditorWindow& editor) {
   app.findings = CreateDialogParamW(app.instance, MAKEINTRESOURCEW(IDD_FINDINGS), app.frame,
                                     FindingsProcedure, reinterpret_cast<LPARAM>(window));
   if (!app.findings) {
+    TellNoWindow(app, "Check Database");
     delete window;
     return;
   }

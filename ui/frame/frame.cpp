@@ -45,6 +45,7 @@ bool CreateClient(Application& app) {
   app.client = CreateWindowExW(WS_EX_CLIENTEDGE, L"MDICLIENT", nullptr,
                                WS_CHILD | WS_CLIPCHILDREN | WS_VISIBLE | WS_VSCROLL | WS_HSCROLL, 0, 0, 0, 0,
                                app.frame, nullptr, app.instance, &client);
+  if (!app.client) TellNoWindow(app, app.title);
   return app.client != nullptr;
 }
 
@@ -440,7 +441,9 @@ bool RegisterClasses(Application& app) {
   frame.hCursor = LoadCursorW(nullptr, IDC_ARROW);
   frame.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
   frame.lpszClassName = kFrameClass;
-  return RegisterClassExW(&frame) && RegisterEditorClass(app) && RegisterConsoleClass(app);
+  if (RegisterClassExW(&frame) && RegisterEditorClass(app) && RegisterConsoleClass(app)) return true;
+  TellNoWindow(app, app.title);
+  return false;
 }
 
 bool CreateFrame(Application& app) {
@@ -448,7 +451,10 @@ bool CreateFrame(Application& app) {
   HWND frame = CreateWindowExW(0, kFrameClass, Wide(app.title).c_str(), WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
                                CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, nullptr,
                                app.frame_menu, app.instance, &app);
-  if (!frame) return false;
+  if (!frame) {
+    if (!app.frame) TellNoWindow(app, app.title);  // else it was being made, and has told
+    return false;
+  }
   SetGuardedFrame(frame);
   ShowFrame(app);
   UpdateWindow(frame);

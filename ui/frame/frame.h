@@ -5,7 +5,8 @@
 
 namespace vexa {
 
-// The classes of the frame, the database window and the console; once. False when the system refuses.
+// The classes of the frame, the database window and the console; once. False, after a message, when the
+// system refuses.
 bool RegisterClasses(Application& app);
 // Creates and shows the frame. False when the program cannot start; the reason was shown.
 bool CreateFrame(Application& app);

@@ -88,7 +88,7 @@ int RunEditor(HINSTANCE instance) {
   int status = 1;
   if (RegisterClasses(app)) {
     LoadMenus(app);
-    status = CreateFrame(app) ? RunMessageLoop(app) : 0;
+    status = CreateFrame(app) ? RunMessageLoop(app) : 1;
     DestroyMenus(app);
   }
   if (app.toolbar_pictures) ImageList_Destroy(app.toolbar_pictures);

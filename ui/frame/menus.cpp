@@ -221,7 +221,10 @@ bool CreateToolbar(Application& app) {
   app.toolbar = CreateWindowExW(0, TOOLBARCLASSNAMEW, nullptr,
                                 WS_CHILD | WS_VISIBLE | TBSTYLE_FLAT | TBSTYLE_TOOLTIPS | CCS_TOP, 0, 0, 0, 0,
                                 app.frame, nullptr, app.instance, nullptr);
-  if (!app.toolbar) return false;
+  if (!app.toolbar) {
+    TellNoWindow(app, app.title);
+    return false;
+  }
   SendMessageW(app.toolbar, TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON), 0);
   SendMessageW(app.toolbar, TB_SETEXTENDEDSTYLE, 0, TBSTYLE_EX_DRAWDDARROWS);
   ShowToolbarPictures(app);

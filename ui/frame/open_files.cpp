@@ -33,7 +33,8 @@ bool OpenDatabaseFile(Application& app, const Path& path) {
   // A part of a file must not take its place.
   const bool whole = opened && document.read_whole;
   EditorWindow* editor = OpenEditor(app, std::move(document), whole ? path : Path(), false);
-  if (editor && whole) editor->file_state = state;
+  if (!editor) return false;
+  if (whole) editor->file_state = state;
   RememberFile(app, path);
   return true;
 }

@@ -170,11 +170,14 @@ void KeepVerifyBox(const TransferWindow& window) {
                     IsDlgButtonChecked(window.dialog, IDC_TRANSFER_VERIFY) == BST_CHECKED);
 }
 
+const char* TitleOf(const TransferOrder& order) {
+  if (order.verifies) return kVerifying;
+  return order.job == TransferJob::kDownload ? kDownloadTitle : kUploadTitle;
+}
+
 void OpenTransfer(TransferWindow& window, HWND dialog) {
   window.dialog = dialog;
-  SetText(dialog, window.order.verifies                        ? kVerifying
-                  : window.order.job == TransferJob::kDownload ? kDownloadTitle
-                                                               : kUploadTitle);
+  SetText(dialog, TitleOf(window.order));
   ShowVerifyBox(window);
   ShowStatusLine(window);
   SetWindowSubclass(GetDlgItem(dialog, IDCANCEL), CancelProcedure, kCancelSubclass,
@@ -222,9 +225,11 @@ bool RunTransferDialog(Application& app, TransferOrder order) {
   std::optional<Busy> busy(app);
   const bool started = StartTransfer(window.session, app.config, window.order.job);
   if (started) {
-    DialogBoxParamW(app.instance, MAKEINTRESOURCEW(IDD_TRANSFER), OwnerWindow(app), TransferProcedure,
-                    reinterpret_cast<LPARAM>(&window));
+    const INT_PTR end = DialogBoxParamW(app.instance, MAKEINTRESOURCEW(IDD_TRANSFER), OwnerWindow(app),
+                                        TransferProcedure, reinterpret_cast<LPARAM>(&window));
+    const std::error_code why = LastSystemError();
     EndTransfer(window);  // a dialog that could not be made, or was ended from elsewhere
+    if (end == -1) TellNoWindow(app, TitleOf(window.order), why);
   }
   busy.reset();
   if (started && IsPortMissed(window.session)) {
