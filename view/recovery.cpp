@@ -6,6 +6,7 @@
 #include <span>
 #include <string_view>
 #include <tuple>
+#include <utility>
 
 namespace vexa {
 
@@ -70,6 +71,11 @@ bool ReadVersion(std::string_view text, BinVersion& version) {
   return true;
 }
 
+void RemoveFile(const Path& path) {
+  std::error_code error;
+  std::filesystem::remove(path, error);
+}
+
 bool IsKeptBefore(const RecoveredWork& left, const RecoveredWork& right) {
   const auto key = [](const LocalTime& t) {
     return std::make_tuple(t.year, t.month, t.day, t.hour, t.minute, t.second);
@@ -126,19 +132,25 @@ Path Recovery::FileOf(uint64_t window) const {
   return folder_->path() / (std::to_string(window) + kExtension);
 }
 
-bool Recovery::Keep(uint64_t window, uint64_t turn, const UnsavedWork& work, const Document& document) {
+Outcome Recovery::Keep(uint64_t window, uint64_t turn, const UnsavedWork& work, const Document& document) {
   const auto kept = turns_.find(window);
   if (kept != turns_.end() && kept->second == turn) return true;
   const std::optional<Bytes> file = WriteRecovery(work, document);
-  if (!file || WriteWholeFile(FileOf(window), *file) != WriteResult::kDone) return false;
+  if (!file) return false;
+  const WriteResult written = WriteWholeFile(FileOf(window), *file);
+  if (written != WriteResult::kDone) return {written.error};
   turns_[window] = turn;
   return true;
 }
 
+bool Recovery::MustTell(bool kept, bool may_tell) {
+  if (kept) told_ = false;
+  return !kept && may_tell && !std::exchange(told_, true);
+}
+
 void Recovery::Forget(uint64_t window) {
   if (turns_.erase(window) == 0) return;
-  std::error_code error;
-  std::filesystem::remove(FileOf(window), error);
+  RemoveFile(FileOf(window));
 }
 
 AbandonedWork::AbandonedWork(const Path& root) : folders_(TemporaryFolder::TakeAbandoned(root, kFamily)) {
@@ -151,8 +163,8 @@ AbandonedWork::AbandonedWork(const Path& root) : folders_(TemporaryFolder::TakeA
       const std::optional<Bytes> file = ReadWholeFile(folder->path() / name);
       std::optional<RecoveredWork> work = file ? ReadRecovery(*file) : std::nullopt;
       if (!work) continue;
+      work->file = folder->path() / name;
       works_.push_back(std::move(*work));
-      files_.push_back(folder->path() / name);
     }
   }
   std::stable_sort(works_.begin(), works_.end(), IsKeptBefore);
@@ -179,11 +191,14 @@ std::string AbandonedWork::Question() const {
          "the next start.";
 }
 
-void AbandonedWork::Remove() {
-  for (const Path& file : files_) {
-    std::error_code error;
-    std::filesystem::remove(file, error);
+void AbandonedWork::HandOver(const std::function<bool(RecoveredWork& work)>& take) {
+  for (RecoveredWork& work : works_) {
+    if (take(work)) RemoveFile(work.file);
   }
+}
+
+void AbandonedWork::Remove() {
+  for (const RecoveredWork& work : works_) RemoveFile(work.file);
 }
 
 }  // namespace vexa

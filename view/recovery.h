@@ -16,6 +16,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -25,6 +26,7 @@
 #include "core/bin_file.h"
 #include "platform/clock.h"
 #include "platform/file_identity.h"
+#include "platform/system_error.h"
 #include "platform/temporary_folder.h"
 
 namespace vexa {
@@ -41,6 +43,7 @@ struct UnsavedWork {
 struct RecoveredWork {
   UnsavedWork work;
   Document document;
+  Path file;  // where it is kept
 };
 
 // The bytes of a kept file. Nothing when the document cannot be packed.
@@ -55,9 +58,12 @@ class Recovery {
   static std::unique_ptr<Recovery> Start(const Path& root, std::string& why);
 
   // Keeps the document of the window `window`; `turn` tells its states apart, so that one that is kept
-  // already costs nothing. False when it could not be written: what was kept before is still there.
-  bool Keep(uint64_t window, uint64_t turn, const UnsavedWork& work, const Document& document);
+  // already costs nothing. Not done when it could not be written: what was kept before is still there.
+  Outcome Keep(uint64_t window, uint64_t turn, const UnsavedWork& work, const Document& document);
   void Forget(uint64_t window);  // it was saved, or is not wanted
+  // Whether the user is to be told, after a round of Keep that went well or not, that nothing is kept: once,
+  // until a round goes well. `may_tell`: a box can be shown; without it the telling waits for the next round.
+  bool MustTell(bool kept, bool may_tell);
   // All of it stays when the program ends.
   void LeaveBehind() { folder_->LeaveBehind(); }
   const Path& path() const { return folder_->path(); }
@@ -67,6 +73,7 @@ class Recovery {
   Path FileOf(uint64_t window) const;
   std::unique_ptr<TemporaryFolder> folder_;
   std::map<uint64_t, uint64_t> turns_;  // by window: the state that is kept
+  bool told_ = false;
 };
 
 // What programs that are gone left below `root`. It stays with them unless it is removed.
@@ -78,12 +85,14 @@ class AbandonedWork {
   std::vector<RecoveredWork>& works() { return works_; }
   // What to ask the user; No throws the work away, Cancel leaves it for the next start.
   std::string Question() const;
-  // Once it is kept anew, or not wanted.
+  // Hands over one after the other. What `take` has opened and kept anew is removed here; what it has not,
+  // for which it gives back false, is offered again at the next start.
+  void HandOver(const std::function<bool(RecoveredWork& work)>& take);
+  // All of it, when it is not wanted.
   void Remove();
 
  private:
   std::vector<std::unique_ptr<TemporaryFolder>> folders_;
-  std::vector<Path> files_;
   std::vector<RecoveredWork> works_;
 };
 

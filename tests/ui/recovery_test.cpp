@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/ui/editor_fixture.h"
+#include "ui/controls/application.h"
 #include "ui/frame/test_mode.h"
 #include "view/command_table.h"
 
@@ -71,6 +72,27 @@ TEST_F(RecoveryWindow, AFailureLeavesAReportAndTheWork) {
   EXPECT_TRUE(driver_->Children().empty());
   ExpectCleanEnd(*driver_);
   ExpectNothingOffered();
+}
+
+TEST_F(RecoveryWindow, ThatWorkCannotBeKeptIsToldOnce) {
+  Start({L"--test-mode"}, PutSample());
+  const auto number = reinterpret_cast<UINT_PTR>(driver_->ActiveChild());
+  const Path file = root() / "work-1" / (std::to_string(number) + ".recovery");
+  ASSERT_TRUE(std::filesystem::create_directory(file));
+  ASSERT_TRUE(SelectLow());
+  driver_->Command(kCmdAdd);
+  const auto keep = [&] { PostMessageW(driver_->frame(), kTransferEnded, 0, 0); };
+  keep();
+  EXPECT_THAT(driver_->Answer(IDOK), HasSubstr("Unsaved work cannot be kept"));
+  EXPECT_THAT(driver_->detail(), HasSubstr("work-1"));
+  keep();
+  EXPECT_TRUE(driver_->HasCaughtUp());
+  EXPECT_EQ(driver_->FindBox(), nullptr);
+  std::filesystem::remove(file);
+  keep();
+  EXPECT_TRUE(driver_->HasCaughtUp());
+  EXPECT_TRUE(std::filesystem::is_regular_file(file));
+  driver_->Kill();
 }
 
 TEST_F(RecoveryWindow, TheOriginalComesBackAndGoesAgain) {

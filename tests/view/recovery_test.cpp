@@ -104,6 +104,14 @@ TEST_F(RecoveryTest, WorkOfAKilledProgramIsFoundOnceAndStaysUntilRemoved) {
   EXPECT_TRUE(std::filesystem::exists(living->path() / "9.recovery"));
 }
 
+TEST_F(RecoveryTest, OnlyWorkThatWasTakenIsRemoved) {
+  LeaveWork();
+  AbandonedWork(root).HandOver([](const RecoveredWork& work) { return work.work.name == "Untitled1"; });
+  AbandonedWork again(root);
+  ASSERT_EQ(again.works().size(), 1u);
+  EXPECT_EQ(again.works()[0].work.path, work.path);
+}
+
 TEST_F(RecoveryTest, WhatCannotBeReadIsLeftAlone) {
   LeaveWork();
   const Path damaged = root / "work-1" / "1.recovery";
@@ -131,6 +139,19 @@ TEST_F(RecoveryTest, OnlyAnotherStateIsWritten) {
   EXPECT_FALSE(std::filesystem::exists(file));
   EXPECT_TRUE(recovery->Keep(1, 6, work, document)) << "forgotten, and kept anew";
   EXPECT_TRUE(std::filesystem::exists(file));
+}
+
+TEST_F(RecoveryTest, ThatNothingIsKeptIsToldOnceUntilItIsKeptAgain) {
+  const auto recovery = Start();
+  std::filesystem::create_directory(recovery->path() / "1.recovery");
+  const Outcome refused = recovery->Keep(1, 5, work, document);
+  EXPECT_FALSE(refused);
+  EXPECT_TRUE(refused.error);
+  const struct {
+    bool kept, may_tell, tells;
+  } rows[] = {{true, true, false},   {false, false, false}, {false, true, true}, {false, true, false},
+              {false, false, false}, {true, false, false},  {false, true, true}};
+  for (const auto& row : rows) EXPECT_EQ(recovery->MustTell(row.kept, row.may_tell), row.tells);
 }
 
 TEST_F(RecoveryTest, WithoutAFolderTheReasonIsTold) {

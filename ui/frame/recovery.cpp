@@ -17,6 +17,8 @@ constexpr UINT_PTR kRecoveryTimer = 1;
 constexpr UINT kRecoveryInterval = 10000;  // milliseconds
 constexpr USHORT kDeepest = 48;            // places of a report's stack
 
+constexpr const char* kNotKept = "Unsaved work cannot be kept for the case that the program fails.";
+
 Application* running = nullptr;  // for the handler, which is handed nothing
 
 // In the user's own data; a test keeps out of it.
@@ -26,27 +28,37 @@ Path RecoveryRoot(const Application& app) {
   return data && !app.describe_menus ? *data / "Vexa Editor" / "Recovery" : Path();
 }
 
-// False when some of it could not be kept.
-bool KeepWork(Application& app) {
-  bool kept = true;
-  for (EditorWindow* editor : AllEditors(app)) {
-    if (!editor->changed) {
-      app.recovery->Forget(NumberOfKept(*editor));
-      continue;
-    }
-    const UnsavedWork work = {editor->path, editor->name, editor->file_state, editor->version,
-                              LocalTimeNow()};
-    kept &= app.recovery->Keep(NumberOfKept(*editor), editor->history.turn, work, editor->document);
-  }
-  return kept;
+Outcome KeepWorkOf(Application& app, const EditorWindow& editor) {
+  const UnsavedWork work = {editor.path, editor.name, editor.file_state, editor.version, LocalTimeNow()};
+  return app.recovery->Keep(NumberOfKept(editor), editor.history.turn, work, editor.document);
 }
 
-void OpenRecovered(Application& app, RecoveredWork& recovered) {
+// Not done when some of it could not be kept.
+Outcome KeepWork(Application& app) {
+  Outcome all;
+  for (const EditorWindow* editor : AllEditors(app)) {
+    if (!editor->changed) {
+      app.recovery->Forget(NumberOfKept(*editor));
+    } else if (const Outcome kept = KeepWorkOf(app, *editor); !kept) {
+      all = kept;
+    }
+  }
+  return all;
+}
+
+// Whether it has a window and is kept anew.
+bool OpenRecovered(Application& app, RecoveredWork& recovered) {
   UnsavedWork& work = recovered.work;
   EditorWindow* editor = OpenEditor(app, std::move(recovered.document), work.path, true);
-  if (!editor) return;
+  if (!editor) return false;
   editor->file_state = work.state;
   editor->version = work.version;
+  return static_cast<bool>(KeepWorkOf(app, *editor));
+}
+
+// A box may not come over another job, a dialog, a menu or records that are dragged.
+bool MayTell(const Application& app) {
+  return app.busy == 0 && IsWindowEnabled(app.frame) && !GetCapture();
 }
 
 // "VexaEditor.exe+1a2b": a place in a module tells the same on every machine.
@@ -118,8 +130,7 @@ void StartRecovery(Application& app) {
   std::string why;
   app.recovery = Recovery::Start(root, why);
   if (!app.recovery) {
-    TellWhy(app.context.messages, Icon::kWarning, why,
-            "Unsaved work cannot be kept for the case that the program fails.");
+    TellWhy(app.context.messages, Icon::kWarning, why, "%s", kNotKept);
     return;
   }
   SetTimer(app.frame, kRecoveryTimer, kRecoveryInterval, nullptr);
@@ -131,16 +142,16 @@ void OfferAbandonedWork(Application& app) {
   if (abandoned.works().empty()) return;
   const Answer answer = AskYesNoCancel(app, abandoned.Question());
   if (answer == Answer::kCancel) return;
-  bool kept = true;
-  if (answer == Answer::kYes) {
-    for (RecoveredWork& work : abandoned.works()) OpenRecovered(app, work);
-    kept = KeepWork(app);
-  }
-  if (kept) abandoned.Remove();
+  if (answer == Answer::kNo) return abandoned.Remove();
+  abandoned.HandOver([&app](RecoveredWork& work) { return OpenRecovered(app, work); });
 }
 
 void KeepUnsavedWork(Application& app) {
-  if (app.recovery) KeepWork(app);
+  if (!app.recovery) return;
+  const Outcome kept = KeepWork(app);
+  if (!app.recovery->MustTell(kept.done, MayTell(app))) return;
+  TellWhy(app.context.messages, Icon::kWarning, WriteReason(app.recovery->path(), kept.error), "%s",
+          kNotKept);
 }
 
 void LeaveReport(const char* thrown, const EXCEPTION_POINTERS* failure) noexcept {

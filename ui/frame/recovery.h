@@ -11,7 +11,7 @@ void StartRecovery(Application& app);
 // Asks about the work that programs which are gone left behind, and opens it.
 void OfferAbandonedWork(Application& app);
 // Keeps what was changed since it was kept last, and forgets what has been saved. For the timer, and when a
-// transfer has ended.
+// transfer has ended. Where it cannot be kept the user is told, once until it can be again.
 void KeepUnsavedWork(Application& app);
 // A failure that nothing handles: leaves a report that holds no data of the user's, and the unsaved work for
 // the next start; then says where they are. `thrown`: what the failed part said; may be null. Works once.
