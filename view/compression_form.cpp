@@ -56,11 +56,15 @@ Path ProposeCompressionOutput(const Path& input, bool expand) {
 }
 
 std::optional<Refusal> CheckCompression(const CompressionForm& form) {
-  std::error_code error;
   if (form.input.empty()) return Refusal{"Choose a file.", Icon::kStop, CompressionField::kInput};
-  if (!std::filesystem::is_regular_file(form.input, error)) {
-    return Refusal{"The file does not exist.", Icon::kStop, CompressionField::kInput};
+  if (const std::error_code why = WhyUnreadable(form.input)) {
+    const char* text =
+        CauseOf(why) == Cause::kMissing ? "The file does not exist." : "The file cannot be read.";
+    return Refusal{text, Icon::kStop, CompressionField::kInput, 0, ReadReason(form.input, why)};
   }
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(form.input, error))  // a pipe or a device, which may never end
+    return Refusal{"Choose a file.", Icon::kStop, CompressionField::kInput};
   if (form.output.empty())
     return Refusal{"Give the new file a name.", Icon::kStop, CompressionField::kOutput};
   if (NameOneFile(form.input, form.output)) {

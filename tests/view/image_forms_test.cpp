@@ -318,6 +318,11 @@ TEST_F(UrtFormTest, CompressionRefusesItsOwnInputAndMissingFiles) {
   EXPECT_FALSE(CheckCompression(dialog).has_value());
   dialog.input += "missing";
   EXPECT_EQ(CheckCompression(dialog)->field, CompressionField::kInput);
+  EXPECT_EQ(CheckCompression(dialog)->text, "The file does not exist.");
+  dialog.input = recorder_.context.temporary_folder;
+  EXPECT_EQ(CheckCompression(dialog)->text, "The file cannot be read.");
+  EXPECT_EQ(CheckCompression(dialog)->detail,
+            ReadReason(dialog.input, std::make_error_code(std::errc::is_a_directory)));
 }
 
 }  // namespace

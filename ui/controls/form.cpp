@@ -200,7 +200,7 @@ void Form::Limit(int id, int characters) const {
 }
 
 void Form::Refuse(const Refusal& refusal, int id) const {
-  if (!refusal.text.empty()) app.context.messages.tell({refusal.icon, refusal.text, "", ""});
+  if (!refusal.text.empty()) app.context.messages.tell({refusal.icon, refusal.text, "", refusal.detail});
   Focus(id);
 }
 
