@@ -209,8 +209,8 @@ bool RunUpload(ReceiverRun& run, TransferJob job, std::vector<Path> files) {
 }
 
 bool RunFetch(ReceiverRun& run, TransferPhase phase, const std::function<bool()>& take) {
-  return Fetch(run, phase, [take](const Context& context, bool crc_failed) {
-    if (crc_failed) Tell(context.messages, Icon::kStop, "%s", CrcFailedText().c_str());
+  return Fetch(run, phase, [take, port = run.config.port_name](const Context& context, bool crc_failed) {
+    if (crc_failed) TellCrcFailed(context.messages, port);
     return !crc_failed && take();
   });
 }

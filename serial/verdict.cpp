@@ -25,6 +25,10 @@ std::string CrcFailedText() {
   return std::string(kCrcFailed) + " \n Retry once again";
 }
 
+void TellCrcFailed(const Messages& messages, const std::string& port) {
+  TellWhy(messages, Icon::kStop, port, "%s", CrcFailedText().c_str());
+}
+
 const char* VerdictText(Verdict verdict) {
   return verdict == Verdict::kSame ? "Verification - Success" : "Verification - failed";
 }
@@ -32,7 +36,7 @@ const char* VerdictText(Verdict verdict) {
 Verdict JudgeDownload(const Context& context, const ProjectConfig& config, const StaticDatabase& database,
                       const AdbImages& images, bool crc_failed) {
   if (crc_failed) {
-    Tell(context.messages, Icon::kStop, "%s", CrcFailedText().c_str());
+    TellCrcFailed(context.messages, config.port_name);
     return Verdict::kNotCompared;
   }
   Bytes adb, e2p;

@@ -15,6 +15,7 @@ inline constexpr const char* kCrcHolds = "CRC Verification - Success";
 inline constexpr const char* kCrcFailed = "CRC Verification - failed";
 // With what to do next, as a box and the transfer window say it.
 std::string CrcFailedText();
+void TellCrcFailed(const Messages& messages, const std::string& port);
 
 inline constexpr const char* kVerifying = "Verifying";
 

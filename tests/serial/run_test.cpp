@@ -76,7 +76,8 @@ TEST_F(Run, AllThatMovesIsCounted) {
 }
 
 TEST_F(Run, OnlyDataThatCouldBeReadIsCalledSameOrDifferent) {
-  const ProjectConfig config = MakeImageConfig(1);
+  ProjectConfig config = MakeImageConfig(1);
+  config.port_name = "COM3";
   Context context = recorder.context;
   context.messages = messages.messages();
   const AdbImages images = BuildAdbImages(context, document, 0, config).value();
@@ -89,6 +90,7 @@ TEST_F(Run, OnlyDataThatCouldBeReadIsCalledSameOrDifferent) {
   EXPECT_EQ(judge(false), Verdict::kSame);
   EXPECT_TRUE(messages.Texts().empty());
   EXPECT_EQ(judge(true), Verdict::kNotCompared);
+  EXPECT_EQ(messages.All().back().detail, "COM3");
   EXPECT_EQ(messages.Texts().back(), CrcFailedText());
   for (const Path& region : {adb, e2p}) {
     const Bytes content = ReadWholeFile(region).value();
@@ -97,7 +99,9 @@ TEST_F(Run, OnlyDataThatCouldBeReadIsCalledSameOrDifferent) {
     EXPECT_EQ(messages.Texts().back(), VerdictText(Verdict::kDiffers));
     std::filesystem::create_directory(region);
     EXPECT_EQ(judge(false), Verdict::kNotCompared);
-    EXPECT_EQ(messages.Texts().back(), "The received data cannot be read.");
+    EXPECT_EQ(messages.All().back().detail,
+              ReadReason(region, std::make_error_code(std::errc::is_a_directory)));
+    EXPECT_EQ(messages.Texts(), std::vector<std::string>{"The received data cannot be read."});
     std::filesystem::remove(region);
     PutFile(region, content);
   }
