@@ -220,21 +220,25 @@ void SetLineFont(ConsoleWindow& console) {
   RenewFont(console.font, console.window, {console.line});
 }
 
+// Always false.
+bool RefuseConsole(ConsoleWindow& console) {
+  TellNoWindow(*console.app, "Portload", LastSystemError(), "Status Window creation problem");
+  *console.refusal_told = true;
+  return false;
+}
+
 bool CreateControls(ConsoleWindow& console) {
   Application& app = *console.app;
   console.panel = CreateDialogParamW(app.instance, MAKEINTRESOURCEW(IDD_CONSOLE_PANEL), console.window,
                                      PanelProcedure, 0);
-  if (!console.panel) {
-    TellWhy(app.context.messages, Icon::kStop, LastErrorText(), "Status Window creation problem");
-    return false;
-  }
+  if (!console.panel) return RefuseConsole(console);
   console.log = CreateLogView(console.window, app.instance, IDC_CONSOLE_LOG);
   console.line = CreateWindowExW(
       WS_EX_CLIENTEDGE, L"EDIT", L"",
       WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_VSCROLL | ES_MULTILINE | ES_AUTOVSCROLL | ES_AUTOHSCROLL, 0, 0,
       0, 0, console.window, reinterpret_cast<HMENU>(static_cast<INT_PTR>(IDC_CONSOLE_LINE)), app.instance,
       nullptr);
-  if (!console.log || !console.line) return false;
+  if (!console.log || !console.line) return RefuseConsole(console);
   SetLineFont(console);
   SetWindowSubclass(console.line, LineProcedure, kLineSubclass, reinterpret_cast<DWORD_PTR>(&console));
   SetWindowSubclass(console.log, LogProcedure, kLogSubclass, reinterpret_cast<DWORD_PTR>(&console));
@@ -431,9 +435,16 @@ bool OpenConsoleWindow(Application& app) {
   create.x = create.y = kFirstPlace;
   create.cx = create.cy = CW_USEDEFAULT;
   create.lParam = reinterpret_cast<LPARAM>(console);
+  bool told = false;
+  console->refusal_told = &told;
+  SetLastError(ERROR_SUCCESS);
   const auto window =
       reinterpret_cast<HWND>(SendMessageW(app.client, WM_MDICREATE, 0, reinterpret_cast<LPARAM>(&create)));
-  if (!window) return false;  // the window took the structure with it
+  if (!window) {  // it took the structure with it
+    if (!told) TellNoWindow(app, "Portload");
+    return false;
+  }
+  console->refusal_told = nullptr;
   app.port_connected = [&app] {
     const ConsoleWindow* open = OpenConsoleOf(app);
     return open && open->console.state == ConsoleState::kConnected;

@@ -9,6 +9,7 @@ namespace vexa {
 
 struct ConsoleWindow {
   Application* app = nullptr;
+  bool* refusal_told = nullptr;  // while the window is made: set once the user knows why it is not
   HWND window = nullptr, log = nullptr, line = nullptr, panel = nullptr, tips = nullptr;
   HFONT font = nullptr;
   bool line_shown = true;
@@ -42,7 +43,7 @@ bool TranslateConsoleKey(Application& app, const MSG& message);
 
 // --- shared by the console's files ---
 
-// Opens it where it is not open yet. False, without a message, when the system makes no window.
+// Opens it where it is not open yet. False, after a message, when the system makes no window.
 bool OpenConsoleWindow(Application& app);
 // Asks whether the console may close, and disconnects its port. False: it stays open, or has ended already.
 bool MayCloseConsole(ConsoleWindow& console);
