@@ -40,13 +40,17 @@ bool IsAngle(const std::string& text) {
   return digits > 0 && points <= 1 && static_cast<size_t>(digits + points) == text.size();
 }
 
-// True: `pid` may be stored, 8192 in place of an invalid one. The question is asked with the caller's text.
-bool PidByAnswer(const Messages& messages, const std::string& question, uint32_t& pid, int64_t entered) {
+// Whether `pid` may be stored, 8192 in place of an invalid one when the user says so to the rule's question.
+// A field without a number is refused with the first line of the question: what it stands for is not known.
+std::optional<Refusal> TakePid(const Messages& messages, const std::string& text, int64_t entered,
+                               const std::string& question, RecordField field, uint32_t& pid) {
   pid = static_cast<uint32_t>(entered);
-  if (question.empty()) return true;
-  if (!Ask(messages, "%s", question.c_str())) return false;
+  if (question.empty()) return std::nullopt;
+  if (text.find_first_not_of(' ') == text.npos)
+    return Verdict(question.substr(0, question.find('\n')), field);
+  if (!Ask(messages, "%s", question.c_str())) return Refusal{"", Icon::kNone, field};
   pid = kNoPid;
-  return true;
+  return std::nullopt;
 }
 
 }  // namespace
@@ -145,12 +149,14 @@ std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm&
       if (&other->record != &record && other->record.program_number == number)
         return Verdict(kProgramNumberText, kFieldProgramNumber);
   uint32_t video = 0, audio = 0, pcr = 0;
-  if (!PidByAnswer(messages, VideoPidText(form.type, video_entered), video, video_entered))
-    return Refusal{"", Icon::kNone, kFieldVideoPid};
-  if (!PidByAnswer(messages, AudioPidText(audio_entered), audio, audio_entered))
-    return Refusal{"", Icon::kNone, kFieldAudioPid};
-  if (!PidByAnswer(messages, PcrPidText(pcr_entered), pcr, pcr_entered))
-    return Refusal{"", Icon::kNone, kFieldPcrPid};
+  if (auto refusal = TakePid(messages, form.video_pid, video_entered, VideoPidText(form.type, video_entered),
+                             kFieldVideoPid, video))
+    return refusal;
+  if (auto refusal = TakePid(messages, form.audio_pid, audio_entered, AudioPidText(audio_entered),
+                             kFieldAudioPid, audio))
+    return refusal;
+  if (auto refusal = TakePid(messages, form.pcr_pid, pcr_entered, PcrPidText(pcr_entered), kFieldPcrPid, pcr))
+    return refusal;
   SetName(record.name, name);
   record.program_number = number & 0xFFFF;
   record.type = form.type & 3;

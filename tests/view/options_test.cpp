@@ -41,6 +41,8 @@ TEST(DefaultsForm, TheRulesOfTheRecordsHoldAndNothingIsStoredByHalves) {
       {[](DefaultsForm& f) { f.satellite.position = ""; }, kFieldPosition},
       {[](DefaultsForm& f) { f.satellite.angle = ""; }, kFieldAngle},
       {[](DefaultsForm& f) { f.carrier.symbol_rate = ""; }, kFieldSymbolRate},
+      {[](DefaultsForm& f) { f.service.video_pid = ""; }, kFieldVideoPid},
+      {[](DefaultsForm& f) { f.service.pcr_pid = ""; }, kFieldPcrPid},
       {[](DefaultsForm& f) { f.lnb.frequency2 = ""; }, kFieldOscillator2},
       {[](DefaultsForm& f) { f.carrier.frequency = "950"; }, kFieldFrequency},
   };
@@ -53,6 +55,7 @@ TEST(DefaultsForm, TheRulesOfTheRecordsHoldAndNothingIsStoredByHalves) {
     const auto refusal = StoreDefaults(recorder.context.messages, form, false, records);
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal->field, row.field);
+    EXPECT_THAT(recorder.Texts(), IsEmpty());
     EXPECT_EQ(records.lnb.frequency1, 9750u);
   }
 }

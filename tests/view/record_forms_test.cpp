@@ -162,7 +162,7 @@ TEST(Validation, ServicePids) {
       {0, false, "500", "20", "101", {kAudio}, kFieldAudioPid, {8192, 8192, 101}},
       {kTv, true, "20", "2000", "1fff", {}, 0, {32, 8192, 8191}},
       {kTv, true, "1F", "2001", "0x100", {kVideo, kAudio}, kFieldVideoPid, {8192, 8192, 256}},
-      {kTv, false, "", "1FF", "-50", {kVideo, kAudio, kPcr}, kFieldVideoPid, {8192, 8192, 8192}},
+      {kTv, false, "x", "1FF", "-50", {kVideo, kAudio, kPcr}, kFieldVideoPid, {8192, 8192, 8192}},
       {kTv, false, "4294967396", "100", "100", {kVideo}, kFieldVideoPid, {8192, 100, 100}},
   };
   for (const auto& row : rows) {
@@ -189,6 +189,32 @@ TEST(Validation, ServicePids) {
     EXPECT_EQ(record.pcr_pid, row.stored[2]);
     EXPECT_EQ(record.kept_28, 15u);
     EXPECT_EQ(record.kept_17, 0x7FFFu);
+  }
+}
+
+TEST(Validation, AnEmptyPidIsRefusedUnasked) {
+  const struct {
+    uint32_t type;
+    const char *video, *audio, *pcr, *text;  // of the refusal; none: stored
+    int field;
+  } rows[] = {
+      {kTv, "", "", "", "Invalid Video PID.", kFieldVideoPid},
+      {kRadio, "", " ", "", "Invalid Audio PID.", kFieldAudioPid},
+      {kTv, "32", "32", "", "Invalid PCR PID.", kFieldPcrPid},
+      {kRadio, "", "32", "32", nullptr, 0},
+  };
+  for (const auto& row : rows) {
+    Recorder recorder;
+    auto record = AllOnes<ServiceRecord>();
+    const ServiceForm form{"S", "7", row.type, false, row.video, row.audio, row.pcr};
+    const auto refusal = StoreService(recorder.context.messages, form, false, nullptr, record);
+    EXPECT_THAT(recorder.Texts(), ElementsAre());
+    ASSERT_EQ(refusal.has_value(), row.text != nullptr);
+    if (!refusal) continue;
+    EXPECT_EQ(refusal->text, row.text);
+    EXPECT_EQ(refusal->icon, Icon::kStop);
+    EXPECT_EQ(refusal->field, row.field);
+    EXPECT_TRUE(SameBytes(record, AllOnes<ServiceRecord>()));
   }
 }
 
