@@ -51,6 +51,8 @@ void AddConfigurationOptions(CLI::App& command, CommandState& state);  // --ecf 
 // "MAJOR.MINOR" with numbers up to 255 and `largest_minor`; nothing for other text.
 std::optional<std::pair<uint8_t, uint8_t>> ParseVersion(const std::string& text,
                                                         unsigned largest_minor = 255);
+// Why ParseVersion refuses the text, with the range.
+std::string VersionRefusal(const std::string& text, unsigned largest_minor = 255);
 
 // Why the text can choose no configuration of any file; empty when it may.
 std::string CheckSelection(const std::string& text);

@@ -171,8 +171,12 @@ void AddConfigurationOptions(CLI::App& command, CommandState& state) {
   command.add_option("--software", state.software, "Software version MAJOR.MINOR")
       ->check([](const std::string& text) {
         return ParseVersion(text, kLargestSoftwareMinor) ? std::string()
-                                                         : "\"" + text + "\" is no version MAJOR.MINOR";
+                                                         : VersionRefusal(text, kLargestSoftwareMinor);
       });
+}
+
+std::string VersionRefusal(const std::string& text, unsigned largest_minor) {
+  return Format("\"%s\" is no version MAJOR.MINOR from 0.0 to 255.%u", text.c_str(), largest_minor);
 }
 
 std::optional<std::pair<uint8_t, uint8_t>> ParseVersion(const std::string& text, unsigned largest_minor) {

@@ -90,9 +90,8 @@ void AddSave(CLI::App& program, CommandState& state) {
                   "Compress each SDB and the user box records (default: as read)")
       ->check(OneOf({"on", "off"}));
   save.add_option("--version", options->version, "Database version MAJOR.MINOR")
-      ->check([](const std::string& text) {
-        return ParseVersion(text) ? std::string() : "\"" + text + "\" is no version MAJOR.MINOR";
-      });
+      ->check(
+          [](const std::string& text) { return ParseVersion(text) ? std::string() : VersionRefusal(text); });
   save.add_option("--initials", options->initials, "User's initials, up to three characters")
       ->check([](const std::string& text) {
         if (!FitsLatin(text)) return CharactersText(text);

@@ -346,7 +346,7 @@ void Merge(CommandState& state, const MergeOptions& options) {
   if (!CanMerge(state.context, merger) || !CanMergeInto(state.context, merger, output)) throw CommandFailed{};
   const auto written = WriteMerged(state.context, merger, output);
   if (!written) throw CommandFailed{};
-  ExpectWritten(state, options.output, *written);
+  ExpectWritten(state, options.output, written->written);
   TellMerged(state.context, output, *written);
 }
 

@@ -111,28 +111,33 @@ bool CanMergeInto(const Context& context, const Merger& merger, const Path& outp
   return true;
 }
 
-std::optional<WriteResult> WriteMerged(const Context& context, const Merger& merger, const Path& output) {
+std::optional<MergeResult> WriteMerged(const Context& context, const Merger& merger, const Path& output) {
   const Progress& progress = context.progress;
   if (progress.range) progress.range(merger.files.size());
   bool read = true;
+  std::string left_out;
   const auto produce = [&](const PieceWriter& write) {
     for (size_t i = 0; i < merger.files.size(); ++i) {
       Bytes list;
-      read = ReadListFile(context, merger.files[i], list) != ReadResult::kFailed;
+      const ReadResult result = ReadListFile(context, merger.files[i], list);
+      read = result != ReadResult::kFailed;
       if (!read || !write(list)) return false;
+      if (result != ReadResult::kDone)
+        left_out += (left_out.empty() ? "" : " ") + std::string("Left out: ") +
+                    ReadReason(merger.files[i], result.error);
       if (progress.position) progress.position(i + 1);
     }
     return true;
   };
   const WriteResult written = WriteWholeFileBy(output, produce, *context.files);
   if (!read) return std::nullopt;
-  return written;
+  return MergeResult{written, left_out};
 }
 
-void TellMerged(const Context& context, const Path& output, const WriteResult& written) {
-  const bool done = written == WriteResult::kDone;
+void TellMerged(const Context& context, const Path& output, const MergeResult& result) {
+  const bool done = result.written == WriteResult::kDone;
   TellWhy(context.messages, Icon::kInformation,
-          done ? "" : "It was not written. " + WriteReason(output, written.error),
+          done ? result.left_out : "It was not written. " + WriteReason(output, result.written.error),
           "%s \n file is generated successfully.", Utf8FromPath(output).c_str());
 }
 

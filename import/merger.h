@@ -34,11 +34,15 @@ bool CanMerge(const Context& context, const Merger& merger);
 // False after a message when `output` is one of the lists that are to be joined, by whatever path.
 bool CanMergeInto(const Context& context, const Merger& merger, const Path& output);
 
+struct MergeResult {
+  WriteResult written;
+  std::string left_out;  // the files that could not be opened, and why; empty: none
+};
 // Writes the merged list, with progress by files; a file that cannot be opened adds nothing. Nothing, with
 // the output as it was, after the message of a file whose reading broke off.
-std::optional<WriteResult> WriteMerged(const Context& context, const Merger& merger, const Path& output);
-// Says that the merged list is there; said in any case. Of one that could not be written, the detail says so
-// and why.
-void TellMerged(const Context& context, const Path& output, const WriteResult& written);
+std::optional<MergeResult> WriteMerged(const Context& context, const Merger& merger, const Path& output);
+// Says that the merged list is there; said in any case. The detail says why it could not be written, and what
+// was left out.
+void TellMerged(const Context& context, const Path& output, const MergeResult& result);
 
 }  // namespace vexa

@@ -12,8 +12,7 @@ namespace {
 // too.
 Path Written(Path path) {
   std::error_code error;
-  path = std::filesystem::absolute(path, error).lexically_normal();
-  if (!path.has_filename()) path = path.parent_path();
+  path = PlainPath(std::filesystem::absolute(path, error));
   path = FollowLinks(path);
   const Path parent = std::filesystem::weakly_canonical(path.parent_path(), error);
   return ComparedName(error ? path : parent / path.filename());

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <memory>
 #include <system_error>
+#include <vector>
 
 #include "platform/file_system.h"
 #include "platform/interrupt.h"
@@ -341,6 +342,26 @@ std::string Utf8FromPath(const Path& path) {
 
 Path PathFromUtf8(std::string_view text) {
   return Path(std::u8string(text.begin(), text.end()));
+}
+
+Path PlainPath(const Path& path) {
+  std::vector<Path::string_type> parts;
+  const bool rooted = path.has_root_directory();
+  for (const Path& part : path.relative_path()) {
+    const auto& name = part.native();
+    const bool up = name.size() == 2 && name[0] == '.' && name[1] == '.';
+    if (name.empty() || (name.size() == 1 && name[0] == '.')) continue;
+    if (up && !parts.empty() && parts.back() != name)
+      parts.pop_back();
+    else if (!up || !rooted)
+      parts.push_back(name);
+  }
+  Path::string_type plain = path.root_path().native();
+  for (size_t i = 0; i < parts.size(); ++i) {
+    if (i > 0) plain += Path::preferred_separator;
+    plain += parts[i];
+  }
+  return Path(plain.empty() ? Path::string_type(1, '.') : plain);
 }
 
 }  // namespace vexa

@@ -118,6 +118,9 @@ std::optional<Path> PathOfEnvironment(const char* name);
 
 // Path to and from UTF-8, the encoding of all message texts.
 std::string Utf8FromPath(const Path& path);
+// The path without "." and "..", as it is written: links are not followed. The library's own function breaks
+// the heap when memory runs out in it.
+Path PlainPath(const Path& path);
 Path PathFromUtf8(std::string_view text);
 
 }  // namespace vexa

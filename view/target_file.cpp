@@ -22,7 +22,7 @@ char16_t Lower(char16_t c) {
 std::u16string Folded(const Path& path) {
   std::error_code error;
   Path whole = fs::weakly_canonical(fs::absolute(path, error), error);
-  if (error) whole = path.lexically_normal();
+  if (error) whole = PlainPath(path);
   std::u16string text = Utf16FromUtf8(Utf8FromPath(whole.make_preferred()));
   for (char16_t& c : text) c = Lower(c);
   return text;

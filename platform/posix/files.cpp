@@ -9,17 +9,29 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "platform/file_system.h"
 
 namespace vexa {
 
+namespace {
+
+// What could not be opened for want of memory is no file that is not there.
+template <class Opened>
+Opened* ThrowWithoutMemory(Opened* opened) {
+  if (!opened && errno == ENOMEM) throw std::bad_alloc();
+  return opened;
+}
+
+}  // namespace
+
 std::FILE* OpenFile(const Path& path, bool writing) {
-  return std::fopen(path.c_str(), writing ? "wb" : "rb");
+  return ThrowWithoutMemory(std::fopen(path.c_str(), writing ? "wb" : "rb"));
 }
 
 std::FILE* OpenFileToAppend(const Path& path) {
-  return std::fopen(path.c_str(), "ab");
+  return ThrowWithoutMemory(std::fopen(path.c_str(), "ab"));
 }
 
 Path ComparedName(const Path& path) {
@@ -31,7 +43,7 @@ Outcome ListFolder(const Path& folder, std::vector<Path>& names) {
     void operator()(DIR* open) const { closedir(open); }
   };
   names.clear();
-  const std::unique_ptr<DIR, Close> open(opendir(folder.c_str()));
+  const std::unique_ptr<DIR, Close> open(ThrowWithoutMemory(opendir(folder.c_str())));
   if (!open) return LastSystemError();
   for (;;) {
     errno = 0;

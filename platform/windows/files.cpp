@@ -17,7 +17,7 @@ namespace {
 // Paths of 260 characters and more need the \\?\ form, which takes no "." and "..".
 std::wstring LongPath(const Path& path) {
   std::error_code error;
-  Path absolute = std::filesystem::absolute(path, error).lexically_normal();
+  Path absolute = PlainPath(std::filesystem::absolute(path, error));
   absolute.make_preferred();
   const std::wstring text = absolute.native();
   if (text.size() < 240 || text.starts_with(L"\\\\?\\")) return path.native();

@@ -228,6 +228,7 @@ TEST_F(Usage, SoftwareVersionsHaveEightAndFourBits) {
   EXPECT_EQ(Vexa(line + "255.15").status, 0);
   for (const std::string version : {"256.0", "1.16", "1.99", "1", "-1.0", "1.", ""})
     EXPECT_EQ(Vexa(line + "'" + version + "'").status, 2) << version;
+  EXPECT_THAT(Vexa(line + "1.16").errors, HasSubstr("from 0.0 to 255.15"));
 }
 
 TEST_F(Usage, VersionAndHelpAreResults) {

@@ -97,9 +97,12 @@ TEST(Merger, JoinsBytesInOrder) {
   std::vector<uint64_t> seen;
   recorder.context.progress.range = [&](uint64_t total) { seen.push_back(total); };
   recorder.context.progress.position = [&](uint64_t position) { seen.push_back(position); };
-  EXPECT_EQ(WriteMerged(recorder.context, merger, output), WriteResult::kDone);
+  const auto merged = WriteMerged(recorder.context, merger, output);
+  ASSERT_TRUE(merged);
+  EXPECT_EQ(merged->written, WriteResult::kDone);
   EXPECT_EQ(seen, (std::vector<uint64_t>{3, 1, 2, 3}));
-  TellMerged(recorder.context, output, WriteResult::kDone);
+  TellMerged(recorder.context, output, *merged);
+  EXPECT_EQ(recorder.shown.at(0).detail.find("Left out: " + Utf8FromPath(folder / "none.sdx")), 0u);
   EXPECT_EQ(*ReadWholeFile(output), (Bytes{'b', 0, 26, 'a', '\r', '\n'}));
   EXPECT_EQ(recorder.shown.at(0).icon, Icon::kInformation);
   EXPECT_EQ(recorder.Texts(), Texts{Utf8FromPath(output) + " \n file is generated successfully."});
@@ -135,7 +138,7 @@ TEST(Merger, FailedWriteLeavesTheOldFile) {
     const auto result = WriteMerged(recorder.context, merger, output);
     ASSERT_TRUE(result);
     TellMerged(recorder.context, output, *result);
-    written = *result == WriteResult::kDone;
+    written = result->written == WriteResult::kDone;
     EXPECT_EQ(recorder.Details(), Texts{written ? "" : "It was not written. " + Recorder::FullDisk(output)});
   }
   EXPECT_EQ(step, 6) << "create, two pieces, finish, replace fail one after the other";

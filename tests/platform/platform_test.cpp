@@ -528,5 +528,17 @@ TEST(Settings, AStoreThatCannotBeReadIsNotWrittenOver) {
 }
 #endif
 
+TEST(Files, PathsAreMadePlainAsTheyAreWritten) {
+  const std::pair<const char*, const char*> rows[] = {{"/a/./b//c/", "/a/b/c"},
+                                                      {"/a/b/../../../c", "/c"},
+                                                      {"a/..", "."},
+                                                      {"../a/../../b", "../../b"},
+                                                      {"./a", "a"},
+                                                      {"/", "/"},
+                                                      {"/a/..b/.c", "/a/..b/.c"},
+                                                      {"", "."}};
+  for (const auto& [path, plain] : rows) EXPECT_EQ(PlainPath(path), Path(plain).make_preferred()) << path;
+}
+
 }  // namespace
 }  // namespace vexa

@@ -106,7 +106,7 @@ bool Merge(MergerDialog& dialog, const Form& form) {
   const auto output = AskSaveFile(form.window, question, Proposed(dialog));
   if (!output || !CanMergeInto(context, dialog.merger, *output)) return false;
   dialog.app.merge_file = *output;
-  std::optional<WriteResult> written;
+  std::optional<MergeResult> written;
   {
     const ProgressBox progress(dialog.app, Utf8FromPath(*output), format.merge.title);
     written = WriteMerged(progress.context(), dialog.merger, *output);
