@@ -7,8 +7,8 @@
 
 namespace vexa {
 
-// nullptr when it cannot be opened; LastFileError says why. Writing empties the file. Throws std::bad_alloc when
-// that was for want of memory.
+// nullptr when it cannot be opened; LastFileError says why. Writing empties the file. Throws std::bad_alloc
+// when that was for want of memory.
 std::FILE* OpenFile(const Path& path, bool writing);
 
 // The same for writing behind what is there.

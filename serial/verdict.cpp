@@ -22,7 +22,7 @@ bool ReadRegion(const Context& context, const char* name, Bytes& content) {
 }  // namespace
 
 std::string CrcFailedText() {
-  return std::string(kCrcFailed) + " \n Retry once again";
+  return "CRC Verification - failed \n Retry once again";
 }
 
 void TellCrcFailed(const Messages& messages, const std::string& port) {
