@@ -79,6 +79,50 @@ TEST_F(Options, SettingsDecideHowPidsAreShown) {
   End();
 }
 
+// By the keyboard the way to the lists goes over Browse.
+TEST_F(Options, ATypedConfigurationIsLookedAtWhenTabLeavesIt) {
+  StartWithSample();
+  const EcfConfigurationSpec one{.name = "one"}, two{.name = "two"};
+  const Path other = recorder_.context.temporary_folder / "other.ecf";
+  PutFile(other, MakeEcf({{0xAB, {{.name = "P", .configurations = {one, two}}}}}));
+  driver_->Command(kCmdSettings);
+  HWND box = driver_->WaitForBox("Settings");
+  ASSERT_NE(box, nullptr);
+  const auto press = [&](unsigned key) {
+    PostMessageW(driver_->Focused(), WM_KEYDOWN, key, 1);
+    EXPECT_TRUE(driver_->HasCaughtUp());
+  };
+  const auto tab_to = [&](int id) {
+    press(VK_TAB);
+    EXPECT_EQ(GetDlgCtrlID(driver_->Focused()), id);
+  };
+  const auto type = [&](const std::string& path) {
+    Send(box, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(box, IDC_SETTINGS_FILE)), TRUE);
+    Type(box, IDC_SETTINGS_FILE, path);
+    const std::string before = Shown(box, IDC_SETTINGS_MANUFACTURER);
+    tab_to(IDC_SETTINGS_BROWSE);
+    EXPECT_EQ(Shown(box, IDC_SETTINGS_MANUFACTURER), before) << "Browse may replace it";
+    press(VK_TAB);
+  };
+  type(Utf8FromPath(other));
+  EXPECT_EQ(GetDlgCtrlID(driver_->Focused()), IDC_SETTINGS_MANUFACTURER);
+  EXPECT_EQ(Shown(box, IDC_SETTINGS_MANUFACTURER), "AB");
+  tab_to(IDC_SETTINGS_PRODUCT);
+  tab_to(IDC_SETTINGS_CONFIGURATION);
+  press(VK_DOWN);
+  press(VK_RETURN);
+  ASSERT_TRUE(driver_->Until("the end of the dialog", [&] { return !IsWindow(box); }));
+  driver_->Command(kCmdSettings);
+  box = driver_->WaitForBox("Settings");
+  EXPECT_EQ(Shown(box, IDC_SETTINGS_CONFIGURATION), "two");
+  type("C:\\none.ecf");
+  EXPECT_EQ(AnswerOver(box), "File access error - AddConfigurationListToComboBox");
+  EXPECT_EQ(AnswerOver(box), "Configuration parsing problem");
+  driver_->Until("OK to grey", [&] { return !Enabled(box, IDOK); });
+  driver_->Press(box, IDCANCEL);
+  End();
+}
+
 TEST_F(Options, ATypedConfigurationRefillsTheListsOrLeavesBrowse) {
   StartWithSample();
   const Path other = recorder_.context.temporary_folder / "other.ecf",

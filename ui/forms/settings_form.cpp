@@ -97,8 +97,8 @@ void Take(const Form& form, SettingsForm& dialog) {
   dialog.stop_bits = form.Choice(IDC_SETTINGS_STOP_BITS);
 }
 
-// Posted to the dialog when the edit of the file has lost the focus: a message box must not come up while the
-// focus is on its way.
+// Posted to the dialog when the edit of the file, or Browse behind it, has lost the focus: a message box must
+// not come up while the focus is on its way.
 constexpr int kFileWasLeft = 0x7F00;
 
 void LeaveFile(const Form& form, SettingsForm& dialog) {
@@ -107,8 +107,8 @@ void LeaveFile(const Form& form, SettingsForm& dialog) {
   ShowEnabling(form, dialog);
 }
 
-// OK judges the path itself, Browse replaces it, Cancel drops it; a message box over the dialog is no
-// leaving.
+// OK judges the path itself, Browse may replace it and is left in its turn, Cancel drops it; a message box
+// over the dialog is no leaving.
 bool LeftForAnotherField(const Form& form) {
   HWND focus = GetFocus();
   if (!IsChild(form.window, focus)) return false;
@@ -130,8 +130,9 @@ void Command(const Form& form, SettingsForm& dialog, int id, int code) {
     dialog.file = form.Text(id);
     return;
   }
-  if (id == IDC_SETTINGS_FILE && code == EN_KILLFOCUS) {
-    PostMessageW(form.window, WM_COMMAND, MAKEWPARAM(id, kFileWasLeft), 0);
+  if ((id == IDC_SETTINGS_FILE && code == EN_KILLFOCUS) ||
+      (id == IDC_SETTINGS_BROWSE && code == BN_KILLFOCUS)) {
+    PostMessageW(form.window, WM_COMMAND, MAKEWPARAM(IDC_SETTINGS_FILE, kFileWasLeft), 0);
     return;
   }
   if (code == kFileWasLeft && LeftForAnotherField(form)) return LeaveFile(form, dialog);
