@@ -109,6 +109,37 @@ TEST_F(Window, AFileHasOneWindowAndKeepsWhatOthersWrote) {
   End();
 }
 
+TEST_F(Window, ASecondStartHandsItsFileOver) {
+  const std::wstring kind = L"--hand-over=window-" + std::to_wstring(GetCurrentProcessId());
+  const Path first = PutSample("first file.bin"), second = PutSample("second.bin");
+  std::wstring upper = first.native();
+  std::transform(upper.begin(), upper.end(), upper.begin(), [](wchar_t c) { return std::towupper(c); });
+  const auto start_with = [&](const std::wstring& file) {
+    EditorDriver started(EditorProgram(), {L"--test-mode", kind, file});
+    EXPECT_EQ(started.ExitCode(), 0u) << "still runs, or failed";
+    EXPECT_TRUE(driver_->HasCaughtUp());
+  };
+  Start({L"--test-mode", kind});
+  EditorDriver holder(EditorProgram(), {L"--test-mode", L"--hand-over=another", first.native()});
+  ASSERT_TRUE(holder.WaitForFrame()) << "programs of another kind do not meet";
+  start_with(first.native());
+  start_with(second.native());
+  ASSERT_TRUE(WaitForWindows(2));
+  start_with(upper);
+  EXPECT_EQ(driver_->Title(driver_->ActiveChild()), Utf8FromPath(first));
+  EXPECT_EQ(driver_->Children().size(), 2u);
+  driver_->Command(kCmdClose);
+  driver_->Command(kCmdAbout);
+  HWND box = driver_->WaitForBox();
+  ASSERT_NE(box, nullptr);
+  start_with(first.native());
+  EXPECT_EQ(driver_->Children().size(), 1u) << "it waits for the dialog";
+  driver_->Press(box, IDOK);
+  ASSERT_TRUE(WaitForWindows(2));
+  ExpectCleanEnd(holder);
+  End();
+}
+
 TEST_F(Window, DroppedFilesWaitForTheDialog) {
   const Path sample = PutSample(), dropped = PutSample("dropped.bin");
   Start({L"--test-mode"}, sample);

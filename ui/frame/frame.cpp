@@ -18,6 +18,7 @@
 #include "ui/frame/commands.h"
 #include "ui/frame/menus.h"
 #include "ui/frame/recovery.h"
+#include "ui/frame/second_start.h"
 #include "ui/frame/test_mode.h"
 #include "ui/line/console.h"
 
@@ -119,8 +120,7 @@ bool StartFrame(Application& app) {
   SetText(app.frame, Format("Vexa Editor %d.%d.%d", kVersionMajor, kVersionMinor, kVersionBuild));
   app.title = WindowText(app.frame);
   // Opened once the frame stands, so that what the file has to say appears over it.
-  if (app.open_at_start) app.waiting.push_back(*app.open_at_start);
-  PostMessageW(app.frame, kOpenWaiting, 0, 0);
+  if (app.open_at_start) OpenLater(app, *app.open_at_start);
   StartRecovery(app);
   PostMessageW(app.frame, kOfferWork, 0, 0);
   return true;
@@ -371,6 +371,8 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_DROPFILES:
       OpenDropped(*app, reinterpret_cast<HDROP>(wparam));
       return 0;
+    case WM_COPYDATA:
+      return AnswerSecondStart(*app, *reinterpret_cast<const COPYDATASTRUCT*>(lparam));
     case WM_TIMER:
       KeepUnsavedWork(*app);
       return 0;
@@ -430,6 +432,11 @@ void ServeWindows(Application& app) {
 }
 
 }  // namespace
+
+void OpenLater(Application& app, const Path& path) {
+  app.waiting.push_back(path);
+  PostMessageW(app.frame, kOpenWaiting, 0, 0);
+}
 
 bool RegisterClasses(Application& app) {
   WNDCLASSEXW frame{};

@@ -22,6 +22,10 @@ bool OpenDatabaseFile(Application& app, const Path& path);
 // as soon as no dialog is open. OpenWaiting goes on with them.
 void OpenWhenFree(Application& app, const std::vector<Path>& paths);
 void OpenWaiting(Application& app);
+// The same for one file, after the messages that wait at the frame.
+void OpenLater(Application& app, const Path& path);
+// Whether a window shows the file.
+bool IsOpen(const Application& app, const Path& path);
 // Puts the file on top of the recent ones.
 void RememberFile(Application& app, const Path& path);
 // Called when the active window, its selection or its state has changed.

@@ -14,6 +14,7 @@
 #include "ui/frame/frame.h"
 #include "ui/frame/menus.h"
 #include "ui/frame/recovery.h"
+#include "ui/frame/second_start.h"
 #include "ui/frame/test_mode.h"
 
 namespace vexa {
@@ -21,6 +22,7 @@ namespace vexa {
 namespace {
 
 constexpr const wchar_t* kTestMode = L"--test-mode";
+constexpr const wchar_t* kHandOver = L"--hand-over=";
 
 // Settings of a test run lie in a key of its own, which stands in for the whole of the user's.
 void RedirectSettings(const std::wstring& name) {
@@ -33,8 +35,11 @@ void RedirectSettings(const std::wstring& name) {
   }
 }
 
-// --test-mode keeps settings in memory, --test-mode=NAME in a key for tests; anything else is a file to open.
-void ReadArguments(Application& app) {
+// --test-mode keeps settings in memory, --test-mode=NAME in a key for tests; --hand-over=NAME lets test
+// programs of that name hand over files; anything else is a file to open. The kind of program that takes
+// files from others and hands them over; nothing for one that stays alone, as other test programs do.
+std::optional<std::wstring> ReadArguments(Application& app) {
+  std::optional<std::wstring> kind;
   app.settings = SystemSettingsStore();
   int count = 0;
   wchar_t** arguments = CommandLineToArgvW(GetCommandLineW(), &count);
@@ -45,6 +50,8 @@ void ReadArguments(Application& app) {
       app.settings = MemorySettingsStore();
     } else if (argument.starts_with(std::wstring(kTestMode) + L"=")) {
       RedirectSettings(argument.substr(wcslen(kTestMode) + 1));
+    } else if (argument.starts_with(kHandOver)) {
+      kind = argument.substr(wcslen(kHandOver));
     } else if (!app.open_at_start && GetFileAttributesW(argument.c_str()) != INVALID_FILE_ATTRIBUTES) {
       std::error_code error;
       const Path path = std::filesystem::absolute(argument, error);
@@ -53,6 +60,7 @@ void ReadArguments(Application& app) {
   }
   LocalFree(arguments);
   app.settings = ToldSettings(app.settings, app.context.messages);
+  return app.describe_menus ? kind : std::wstring();
 }
 
 // No exception may pass through the window system, so every procedure that it calls is noexcept: what one of
@@ -77,7 +85,8 @@ int RunEditor(HINSTANCE instance) {
   HandleFailures(app);
   std::set_terminate(EndAfterException);
   app.choose_records = [&app](WorkRecords& work) { return RunImportWizard(app, work); };
-  ReadArguments(app);
+  const std::optional<std::wstring> kind = ReadArguments(app);
+  if (kind && app.open_at_start && HandOver(*app.open_at_start, *kind)) return 0;
   app.thread_exit_event = CreateEventW(nullptr, TRUE, FALSE, app.describe_menus ? kTestExitEvent : nullptr);
   if (!app.thread_exit_event) {
     TellWhy(app.context.messages, Icon::kStop, LastErrorText(),
@@ -88,7 +97,9 @@ int RunEditor(HINSTANCE instance) {
   int status = 1;
   if (RegisterClasses(app)) {
     LoadMenus(app);
-    status = CreateFrame(app) ? RunMessageLoop(app) : 1;
+    const bool stands = CreateFrame(app);
+    if (stands && kind) TakeHandedOver(app.frame, *kind);
+    status = stands ? RunMessageLoop(app) : 1;
     DestroyMenus(app);
   }
   if (app.toolbar_pictures) ImageList_Destroy(app.toolbar_pictures);

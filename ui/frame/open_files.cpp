@@ -18,6 +18,10 @@ EditorWindow* WindowOf(const Application& app, const Path& path) {
 
 }  // namespace
 
+bool IsOpen(const Application& app, const Path& path) {
+  return WindowOf(app, path) != nullptr;
+}
+
 bool OpenDatabaseFile(Application& app, const Path& path) {
   if (const EditorWindow* open = WindowOf(app, path)) {
     SendMessageW(app.client, WM_MDIACTIVATE, reinterpret_cast<WPARAM>(open->window), 0);
