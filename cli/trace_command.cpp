@@ -3,7 +3,7 @@
 
 #include "cli/commands.h"
 #include "cli/usage.h"
-#include "serial/trace_story.h"
+#include "view/trace_page.h"
 
 namespace vexa {
 

@@ -53,8 +53,5 @@ TraceStory ExplainTrace(const std::vector<TraceEntry>& entries);
 // The story as text: the summary, then a line a step. Packets that were each asked for once, and came right,
 // are one line for all of them.
 std::string TraceStoryText(const TraceStory& story);
-// The same as an HTML page of its own, without scripts: the line drawn over time, and every step with its
-// first bytes. `title` in UTF-8.
-std::string TraceStoryPage(const TraceStory& story, const std::string& title);
 
 }  // namespace vexa

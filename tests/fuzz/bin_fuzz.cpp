@@ -1,20 +1,8 @@
 // Opens any bytes as a BIN file. What opens keeps its links, and what a save makes of it opens again with the
 // same content.
 
-#include <cstdio>
-#include <cstdlib>
-
 #include "core/bin_file.h"
-
-namespace {
-
-void Require(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
-
-}  // namespace
+#include "tests/fuzz/require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace vexa;

@@ -1,18 +1,6 @@
 // Reads any bytes as a file of kept work. What is read is written and read again with the same content.
-#include <cstdio>
-#include <cstdlib>
-
+#include "tests/fuzz/require.h"
 #include "view/recovery.h"
-
-namespace {
-
-void Require(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace vexa;

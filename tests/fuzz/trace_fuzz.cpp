@@ -1,8 +1,7 @@
 // Reads any bytes as a record of the line. What is read is explained, as text and as a page.
-#include <cstdio>
-#include <cstdlib>
-
-#include "serial/trace_story.h"
+#include "platform/text.h"
+#include "tests/fuzz/require.h"
+#include "view/trace_page.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace vexa;
@@ -10,9 +9,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const auto entries = ReadTrace({reinterpret_cast<const char*>(data), size}, line);
   if (!entries) return 0;
   const TraceStory story = ExplainTrace(*entries);
-  if (TraceStoryText(story).empty() || TraceStoryPage(story, "x").empty()) {
-    std::fprintf(stderr, "broken: a story without text\n");
-    std::abort();
-  }
+  Require(!TraceStoryText(story).empty() && IsUtf8(TraceStoryPage(story, "x")), "a page that is no UTF-8");
   return 0;
 }

@@ -1,9 +1,11 @@
-// The page of a trace: the line drawn over time, and a table of what happened.
+#include "view/trace_page.h"
+
 #include <algorithm>
+#include <span>
 
 #include "core/messages.h"
 #include "serial/trace.h"
-#include "serial/trace_story.h"
+#include "view/svg.h"
 
 namespace vexa {
 
@@ -13,7 +15,7 @@ constexpr double kDotsPerSecond = 150, kSmallest = 900, kLargest = 30000;  // th
 constexpr int kLane = 26, kTop = 24, kMargin = 80;
 constexpr size_t kShownBytes = 64;  // of a step
 
-constexpr const char* kHead = R"(<!DOCTYPE html>
+constexpr const char* kPageHead = R"(<!DOCTYPE html>
 <html lang="en"><head><meta charset="utf-8"><meta name="viewport" content="width=device-width">
 <style>
 :root{color-scheme:light dark}
@@ -32,25 +34,13 @@ pre{margin:.3em 0}
 </style>
 )";
 
-// A character that HTML does not take as it is. Bytes that are no text of a page become "?".
-std::string Escaped(const std::string& text) {
+std::string Escaped(std::string_view text) {
   std::string escaped;
-  for (const char c : text) {
-    if (c == '&')
-      escaped += "&amp;";
-    else if (c == '<')
-      escaped += "&lt;";
-    else if (c == '>')
-      escaped += "&gt;";
-    else if (c == '"')
-      escaped += "&quot;";
-    else
-      escaped += static_cast<unsigned char>(c) < 0x20 && c != '\t' ? '?' : c;
-  }
+  AppendMarkup(escaped, text);
   return escaped;
 }
 
-const char* ClassOf(const TraceStep& step) {
+const char* ClassOfStep(const TraceStep& step) {
   static constexpr const char* kClasses[] = {"control", "packet",  "repeated", "damaged",
                                              "unknown", "silence", "text"};
   return kClasses[step.kind];
@@ -62,7 +52,7 @@ std::string TextOf(const TraceStep& step) {
   return text;
 }
 
-std::string Drawing(const TraceStory& story) {
+std::string LineDrawing(const TraceStory& story) {
   const double seconds = std::max(story.summary.seconds, 0.001);
   const double width = std::clamp(seconds * kDotsPerSecond, kSmallest, kLargest);
   const int height = kTop + 2 * kLane + 10;
@@ -82,7 +72,7 @@ std::string Drawing(const TraceStory& story) {
     const bool silence = step.kind == TraceStep::kSilence;
     const int top = kTop + (silence || step.from_pc ? 0 : kLane);
     svg += Format("<a href=\"#s%zu\"><rect class=\"%s\" x=\"%.2f\" y=\"%d\" width=\"%.2f\" height=\"%d\">", i,
-                  ClassOf(step), kMargin + step.seconds * scale, top + 2,
+                  ClassOfStep(step), kMargin + step.seconds * scale, top + 2,
                   std::max((step.last - step.seconds) * scale, 1.5), (silence ? 2 * kLane : kLane) - 4);
     svg += "<title>" + Format("%.3f s: ", step.seconds) + Escaped(TextOf(step)) + "</title></rect></a>\n";
   }
@@ -111,7 +101,7 @@ std::string SideRow(const char* name, const TraceSummary::Side& side) {
 
 std::string TraceStoryPage(const TraceStory& story, const std::string& title) {
   const TraceSummary& summary = story.summary;
-  std::string page = kHead;
+  std::string page = kPageHead;
   page += "<title>" + Escaped(title) + "</title></head>\n<body>\n<h1>" + Escaped(title) + "</h1>\n";
   page += Format("<p>%.3f s; silences of %.0f s and more: %llu", summary.seconds, kTraceSilence,
                  static_cast<unsigned long long>(summary.silences));
@@ -122,15 +112,15 @@ std::string TraceStoryPage(const TraceStory& story, const std::string& title) {
   page +=
       "<p>Blue: a control byte; green: a packet; amber: a packet again; red: a damaged packet; grey: no "
       "packet, or silence. Click one to see its row.</p>\n";
-  page += Drawing(story) + "<table><tr><th>s</th><th>from</th><th>what</th></tr>\n";
+  page += LineDrawing(story) + "<table><tr><th>s</th><th>from</th><th>what</th></tr>\n";
   for (size_t i = 0; i < story.steps.size(); ++i) {
     const TraceStep& step = story.steps[i];
     const bool nobody = step.kind == TraceStep::kSilence || step.kind == TraceStep::kText;
-    page +=
-        Format("<tr id=\"s%zu\" class=\"%s\"><td>%.3f</td><td>%s</td><td>", i, ClassOf(step), step.seconds,
-               nobody         ? ""
-               : step.from_pc ? "PC"
-                              : "receiver");
+    page += Format("<tr id=\"s%zu\" class=\"%s\"><td>%.3f</td><td>%s</td><td>", i, ClassOfStep(step),
+                   step.seconds,
+                   nobody         ? ""
+                   : step.from_pc ? "PC"
+                                  : "receiver");
     page += Escaped(TextOf(step)) + BytesOf(step) + "</td></tr>\n";
   }
   return page + "</table>\n</body></html>\n";
