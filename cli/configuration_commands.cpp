@@ -149,7 +149,7 @@ Json ConfigJson(const ProjectConfig& config) {
                           {"end", partition.end}});
   }
   for (const ProductTableRecord& record : config.product_table) table.push_back(Hex(record));
-  Json json;
+  Json json = Json::object();  // a null one that turns into an object breaks when memory runs out
   json["manufacturer_id"] = config.manufacturer_id;
   json["product_name"] = Utf8FromLatin(config.product_name);
   json["product_byte"] = config.product_byte;

@@ -152,6 +152,9 @@ UrtContent ReadUrt(std::span<const uint8_t> file);
 // The same from a file, which is judged by its first bytes and its size before the rest is read. Nothing when
 // it cannot be read.
 std::optional<UrtContent> ReadUrtFile(const Path& path);
+// The bytes that an upload sends of the file: as many as its head says there can be; of a file that does not
+// begin as a URT file the head alone.
+ReadResult ReadUrtBytes(const Path& path, Bytes& content);
 
 // Deciphers and reads the header behind an image; nothing when there is none of this type there. `enciphered`
 // is the end of the image: kImageHeaderSize bytes, kType2HeaderSize for type 2.

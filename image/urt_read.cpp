@@ -365,4 +365,19 @@ std::optional<UrtContent> ReadUrtFile(const Path& path) {
   return file ? std::optional(ReadUrt(*file)) : std::nullopt;
 }
 
+ReadResult ReadUrtBytes(const Path& path, Bytes& content) {
+  auto reader = OpenFileReader(path);
+  if (!reader || reader->size < kUrtHead) return ReadWholeFile(path, content);
+  content.clear();
+  std::array<uint8_t, kUrtHead> head{};
+  if (!reader->Read(0, head)) return {ReadResult::kFailed, reader->error};
+  const bool begins_as_urt = head[0] == 'M' || head[1] == 'Z';
+  const uint64_t size = begins_as_urt ? std::min(reader->size, LargestUrt(head)) : kUrtHead;
+  if (size > kReadLimit) return {ReadResult::kFailed, std::make_error_code(std::errc::file_too_large)};
+  content.resize(static_cast<size_t>(size));
+  if (reader->Read(0, content)) return ReadResult::kDone;
+  content.clear();
+  return {ReadResult::kFailed, reader->error};
+}
+
 }  // namespace vexa

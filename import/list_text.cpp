@@ -125,7 +125,7 @@ std::vector<std::string_view> SplitText(std::string_view text, char separator) {
 }
 
 ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list) {
-  const ReadResult result = ReadWholeFile(path, list);
+  const ReadResult result = ReadWholeFile(path, list, kLargestList);
   if (result == ReadResult::kFailed)
     TellWhy(context.messages, Icon::kStop, ReadReason(path, result.error), "Could not read file \"%s\".",
             Utf8FromPath(path).c_str());

@@ -106,6 +106,8 @@ class ListProgress {
   uint64_t done_ = 0;
 };
 
+// The longest list that is read, in bytes: twenty times what the 65,535 services of an SDB take.
+inline constexpr uint64_t kLargestList = uint64_t{256} << 20;
 // The whole list in `list`. kFailed after a message: no list ends where reading it broke off. kCannotOpen
 // without one.
 ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list);

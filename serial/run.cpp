@@ -5,6 +5,7 @@
 
 #include "core/bytes.h"
 #include "image/line_frame.h"
+#include "image/urt.h"
 #include "serial/backup.h"
 #include "serial/prepare.h"
 #include "serial/reports.h"
@@ -264,7 +265,7 @@ uint64_t BytesToMove(const Transfer& transfer, TransferJob job) {
   uint64_t bytes = 0;
   for (const Path& file : std::span(transfer.files).first(files)) {
     Bytes content;
-    if (ReadWholeFile(file, content) != ReadResult::kDone) continue;  // the job tells why, and sends nothing
+    if (ReadUrtBytes(file, content) != ReadResult::kDone) continue;  // the job tells why, and sends nothing
     ByteReader reader(content);
     reader.Seek(2);
     const uint32_t count = reader.U32Big();

@@ -2,6 +2,7 @@
 #include <chrono>
 
 #include "image/line_frame.h"
+#include "image/urt.h"
 #include "platform/clock.h"
 #include "platform/serial.h"
 #include "serial/transfer.h"
@@ -159,7 +160,7 @@ Clock::duration SendLast(Transfer& transfer, OpenUrt& file) {
 bool OpenUrtFile(Transfer& transfer, const UploadStyle& style, OpenUrt& file) {
   const size_t index = transfer.file_index;
   const Path path = index < transfer.files.size() ? transfer.files[index] : Path();
-  const ReadResult read = ReadWholeFile(path, file.content);
+  const ReadResult read = ReadUrtBytes(path, file.content);
   if (read != ReadResult::kDone) {
     BackToPolling(transfer);
     transfer.counter = 0;

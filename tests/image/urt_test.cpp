@@ -398,6 +398,16 @@ TEST_F(Urt, FilesAreJudgedByTheirFirstBytesAndTheirSize) {
   EXPECT_EQ(ReadUrtFile(input)->image, Counting(9));
   EXPECT_THAT(findings(urt, 0), IsEmpty());
   EXPECT_FALSE(ReadUrtFile(recorder.context.temporary_folder / "none"));
+  // An upload takes the whole file; of one that is none, however long, its head.
+  Bytes content;
+  EXPECT_EQ(ReadUrtBytes(input, content), ReadResult::kDone);
+  EXPECT_EQ(content, ReadWholeFile(input));
+  const Path zeros = recorder.context.temporary_folder / "zeros";
+  PutFile(zeros, {});
+  std::filesystem::resize_file(zeros, uint64_t{3} << 30);
+  EXPECT_EQ(ReadUrtBytes(zeros, content), ReadResult::kDone);
+  EXPECT_LT(content.size(), 100u);
+  EXPECT_EQ(ReadUrtBytes(recorder.context.temporary_folder / "none", content), ReadResult::kCannotOpen);
 }
 
 TEST_F(Urt, FilesAppearWholeOrNotAtAll) {
