@@ -64,7 +64,8 @@ bool CheckLimits(const Context& context, const StaticDatabase& database) {
     return false;
   }
   return TablesSize(database) <= kImageTables ||
-         RefuseFit(context, TooMany("bytes of carriers and services", TablesSize(database), kImageTables));
+         RefuseFit(context, TooMany("bytes of carriers and services",
+                                    static_cast<size_t>(TablesSize(database)), kImageTables));
 }
 
 // A table and where it goes, in bytes.
