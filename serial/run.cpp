@@ -247,7 +247,8 @@ std::string ReceiverState(const ReceiverRun& run) {
   if (run.sent) return "the receiver got all data, but was not compared; switch it off and on and verify it";
   if (run.uploaded > 0)
     return Format(
-        "the receiver holds a part of the data, %llu packets; switch it off and on and send it again",
+        "the receiver may hold a part of the data (packets sent: %llu); switch it off and on and send it "
+        "again",
         static_cast<unsigned long long>(run.uploaded));
   return "nothing was written, the receiver keeps what it had; switch it off and on before the next try";
 }

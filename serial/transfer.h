@@ -1,8 +1,11 @@
 // The transfer jobs and the protocol of the line between the editor and the receiver's loader.
 //
 // Frames and control bytes: image/line_frame.h.
-// Before the first wake-up a job waits until the line is quiet: late frames of an earlier download hold XON,
-// ACK and ENQ as data. What arrives before an ETB was sent is no answer either.
+// Before the first wake-up, or the first ETB of a console upload, a job waits until the line is quiet: late
+// frames of an earlier download hold XON, ACK and ENQ as data. What arrives before an ETB was sent is no
+// answer either. A console upload has no wake-up that ends such a download, and the receiver repeats its
+// frame after seconds of silence: until the first packet goes out, ACK and ENQ that stand among other bytes
+// than answers and text are data, and a whole frame is answered by CAN, so that the receiver listens to ETB.
 //
 // Upload:   wake-up message until XON, three SYN; then for each URT file: ETB until ACK, wait for ENQ, one
 //           frame for each ENQ, the last frame again and again after a NAK. A console upload starts at the
@@ -57,6 +60,15 @@ struct IncomingPacket {
   std::FILE* file = nullptr;   // "pckurt.bin": payload and checksum
 };
 
+// What arrives while answers are weighed; touched by the reader's thread only. Times in ms of the steady
+// clock.
+struct AnswerBurst {
+  static constexpr int64_t never = -1'000'000;
+  int64_t data_at = never;                                 // the last chunk of data
+  int64_t ack_at = never, enq_at = never, nak_at = never;  // when the flags were set
+  std::vector<uint8_t> bytes;  // of the data without a pause, as many as a frame may have
+};
+
 struct Transfer {
   Context context;
   TransferLine line;
@@ -75,7 +87,9 @@ struct Transfer {
   std::atomic<int64_t> heard_at{0};       // ms of the steady clock: the last chunk, or the start
   // The port may go: the last packet was handed to the line, or all regions are here.
   std::atomic<bool> line_done{false};
-  std::atomic<bool> polled{false};  // an ETB was sent
+  std::atomic<bool> polled{false};      // an ETB was sent
+  std::atomic<bool> weighed{false};     // answers are told from the data of late frames
+  std::atomic<bool> late_frame{false};  // one arrived whole: the receiver is still in a download
   std::atomic<bool> xon{false}, ack{false}, enq{false}, nak{false}, cancel{false};
   std::atomic<bool> console_active{false}, download_started{false}, in_packet{false}, script_done{false};
   std::atomic<int64_t> counter{0}, expected{0};
@@ -103,6 +117,7 @@ struct Transfer {
   std::error_code region_error;  // the system's then
   uint32_t region_length = 0, region_crc = 0;
   IncomingPacket packet;
+  AnswerBurst burst;
 
   Transfer() = default;
   Transfer(const Transfer&) = delete;
@@ -141,6 +156,9 @@ bool PauseTransfer(Transfer& transfer, int milliseconds);
 bool AwaitTransfer(Transfer& transfer, int milliseconds, const std::function<bool()>& ready);
 // For the receive callbacks: counts a chunk. False when it is not to be looked at.
 bool TakesBytes(Transfer& transfer);
+// How long no data arrives before and behind an answer, in ms: 30, and more on lines of below 133 bytes a
+// second.
+int BurstPause(const Transfer& transfer);
 // Sets the flags of the control bytes in a chunk, for the upload's callback and the script's.
 void ScanHandshakes(Transfer& transfer, std::span<const uint8_t> bytes);
 // False when the port did not take it.

@@ -81,7 +81,7 @@ void ShowText(Transfer& transfer, const char* text) {
 
 // False when cancelled.
 bool AwaitQuietLine(Transfer& transfer) {
-  constexpr int quiet = 60;  // ms
+  const int quiet = std::max(60, BurstPause(transfer));  // ms
   const auto end = Clock::now() + std::chrono::seconds(5);
   transfer.deaf = true;
   for (bool heard = true; heard && Clock::now() < end;) {
@@ -114,17 +114,34 @@ bool PollForAck(Transfer& transfer, const UploadStyle& style) {
   Restart(transfer, deadline);
   // What arrived before the first ETB answers nothing.
   if (!transfer.polled.exchange(true)) transfer.ack = transfer.enq = transfer.nak = false;
-  while (!transfer.ack) {
-    if (transfer.cancel) return false;
-    const bool sent = SendByte(transfer, kEtb);
-    if (style.polls_back_to_back && sent) continue;  // a port that takes nothing is not asked without end
-    if (!PauseTransfer(transfer, 50)) return false;
-    if (IsReached(transfer, style, deadline)) {
-      TellWhy(transfer.context.messages, Icon::kWarning, transfer.port_name, "%s", kNoResponsePolling);
-      Restart(transfer, deadline);
+  const int after_ack = style.polls_back_to_back ? std::max(100, BurstPause(transfer) + 10) : 0;  // ms
+  do {
+    while (!transfer.ack) {
+      if (transfer.cancel) return false;
+      if (transfer.late_frame.exchange(false)) SendByte(transfer, kCan);
+      const bool sent = SendByte(transfer, kEtb);
+      if (style.polls_back_to_back && sent) continue;  // a port that takes nothing is not asked without end
+      if (!PauseTransfer(transfer, 50)) return false;
+      if (IsReached(transfer, style, deadline)) {
+        TellWhy(transfer.context.messages, Icon::kWarning, transfer.port_name, "%s", kNoResponsePolling);
+        Restart(transfer, deadline);
+      }
     }
+    if (after_ack > 0) PauseTransfer(transfer, after_ack);
+    if (transfer.cancel) return false;
+  } while (!transfer.ack);  // data that followed has taken it back
+  return true;
+}
+
+// Until the first packet is asked for. False when cancelled, or when a frame of a download came instead: then
+// the ACK was none.
+bool AwaitFirstEnq(Transfer& transfer) {
+  while (!transfer.cancel && !transfer.late_frame) {
+    if (!AwaitTransfer(transfer, 1000, [&] { return transfer.enq || transfer.late_frame; })) continue;
+    if (transfer.weighed) PauseTransfer(transfer, BurstPause(transfer) + 10);
+    if (transfer.enq) break;
   }
-  return style.polls_back_to_back ? PauseTransfer(transfer, 100) : !transfer.cancel;
+  return !transfer.cancel && !transfer.late_frame;
 }
 
 void Report(Transfer& transfer, int code) {
@@ -272,11 +289,13 @@ FileOutcome SendPackets(Transfer& transfer, const UploadStyle& style, OpenUrt& f
 }
 
 FileOutcome TryOneFile(Transfer& transfer, const UploadStyle& style) {
+  transfer.weighed = style.from_console;
   if (!PollForAck(transfer, style)) return FileOutcome::kCancelled;
-  while (!AwaitTransfer(transfer, 1000, [&] { return transfer.enq.load(); })) {
-    if (transfer.cancel) return FileOutcome::kCancelled;
+  if (!AwaitFirstEnq(transfer)) {
+    BackToPolling(transfer);
+    return transfer.cancel ? FileOutcome::kCancelled : FileOutcome::kAgain;
   }
-  if (transfer.cancel) return FileOutcome::kCancelled;
+  transfer.weighed = false;
   const size_t index = transfer.file_index;
   if (index < 2) ShowText(transfer, style.in_progress[index]);
   OpenUrt file;
@@ -322,7 +341,8 @@ int UploadSdbThread(Transfer& transfer) {
 int UploadUrtPacketThread(Transfer& transfer) {
   transfer.file_index = 0;
   transfer.console_active = true;
-  const FileOutcome outcome = SendOneFile(transfer, kConsoleStyle);
+  const FileOutcome outcome =
+      AwaitQuietLine(transfer) ? SendOneFile(transfer, kConsoleStyle) : FileOutcome::kCancelled;
   transfer.console_active = false;
   if (outcome == FileOutcome::kSent) {
     Report(transfer, 1);

@@ -222,7 +222,7 @@ TEST(EndToEnd, CancelEndsEveryWait) {
     std::atomic<int> code{0};
     rig.session.transfer.report = [&](int value) { code = value; };
     ASSERT_TRUE(StartTransfer(rig.session, ProjectConfig{}, row.job)) << row.name;
-    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    std::this_thread::sleep_for(std::chrono::milliseconds(250));  // behind the wait for quiet
     const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(CancelTransfer(rig.session)) << row.name;
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2)) << row.name;

@@ -3,8 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <numeric>
 #include <system_error>
+#include <utility>
 
 #include "core/bytes.h"
 #include "image/crc32_mpeg2.h"
@@ -128,35 +130,89 @@ TEST(Upload, TwoFilesByteByByte) {
 }
 
 // A cancelled download leaves a frame on the line whose data looks like answers.
-TEST(Upload, BytesFromBeforeTheFirstWakeUpDoNotCount) {
+TEST(Upload, BytesFromBeforeTheFirstSignOfLifeDoNotCount) {
   using Clock = std::chrono::steady_clock;
-  for (const bool download : {false, true}) {
+  struct Row {
+    const char* name;
+    int (*job)(Transfer&);
+    Bytes wake;  // empty: none
+  };
+  const Row rows[] = {
+      {"upload", UploadAdbThread, Bytes(kUploadWakeUp.begin(), kUploadWakeUp.end())},
+      {"download", UploadDownloadScriptThread, Bytes(kDownloadWakeUp.begin(), kDownloadWakeUp.end())},
+      {"console", UploadUrtPacketThread, {}}};
+  for (const Row& row : rows) {
     TransferRig rig;
     const Bytes one = Frame({1, 1, 1, 1});
     rig.Put("a.urt", Urt({one}));
-    std::atomic<bool> woken{false};
+    std::atomic<bool> begun{false}, woken{false};
     Clock::time_point first, last_late;
     rig.peer = [&](const Bytes& bytes) {
       if (!woken.exchange(true)) first = Clock::now();
       rig.AnswerUpload(bytes);
     };
+    rig.transfer.deaf = !row.wake.empty();
     std::thread late([&] {
       for (int i = 0; i < 8 && !woken; ++i) {
         last_late = Clock::now();
         const Bytes data(40, i % 2 ? kEnq : kAck);
-        download ? DownloadReceive(rig.transfer, data) : rig.Receive(Join({kXon}, data));
+        row.job == UploadDownloadScriptThread ? DownloadReceive(rig.transfer, data)
+                                              : rig.Receive(Join({kXon}, data));
+        begun = true;
         std::this_thread::sleep_for(std::chrono::milliseconds(25));
       }
     });
-    rig.transfer.deaf = true;
     rig.transfer.start_thread = [](std::thread&, const std::function<void()>&) { return false; };
-    download ? UploadDownloadScriptThread(rig.transfer) : UploadAdbThread(rig.transfer);
+    while (!begun) std::this_thread::yield();
+    row.job(rig.transfer);
     late.join();
-    EXPECT_GE(first - last_late, std::chrono::milliseconds(50)) << download;
-    const auto wake = download ? Bytes(kDownloadWakeUp.begin(), kDownloadWakeUp.end())
-                               : Bytes(kUploadWakeUp.begin(), kUploadWakeUp.end());
+    EXPECT_GE(first - last_late, std::chrono::milliseconds(50)) << row.name;
     const Bytes syn{kSyn};
-    EXPECT_EQ(rig.sent, (std::vector<Bytes>{wake, syn, syn, syn, {kEtb}, one})) << download;
+    std::vector<Bytes> expected{{kEtb}, one};
+    if (!row.wake.empty()) expected.insert(expected.begin(), {row.wake, syn, syn, syn});
+    EXPECT_EQ(rig.sent, expected) << row.name;
+  }
+}
+
+// The receiver of an interrupted download repeats its frame after seconds of silence: into the polls.
+TEST(Upload, AConsoleUploadTellsAnswersFromALateFrame) {
+  const Bytes late = Frame({0xF2, 0, 'T', 'V', kAck, kEnq, kNak, kEnq}), one = Frame({1, 1, 1, 1});
+  Bytes damaged = late;
+  damaged[8] ^= 0x40;
+  std::vector<Bytes> apart;
+  for (const uint8_t byte : late) apart.push_back({byte});
+  const Bytes greeting = Join(BytesOf("Loader 1\r\n"), {kAck});
+  const Bytes etb{kEtb}, can{kCan};
+  struct Row {
+    const char* name;
+    std::vector<Bytes> early, late;  // chunks for the first ETB, with a pause longer than a frame's between
+    std::vector<Bytes> sent;
+  };
+  const Row rows[] = {{"in one chunk", {late}, {}, {etb, can, etb, one}},
+                      {"byte by byte", apart, {}, {etb, can, etb, one}},
+                      {"the end of one in front", {{kAck}, {kEnq}, {0x80, 3}}, {late}, {etb, can, etb, one}},
+                      {"behind an ACK", {{kAck}}, apart, {etb, can, etb, one}},
+                      {"damaged", {damaged, {kAck}, {kEnq}}, {}, {etb, etb, one}},
+                      {"an ACK in text", {greeting}, {{kEnq}}, {etb, one}}};
+  for (const Row& row : rows) {
+    TransferRig rig;
+    rig.Put("a.urt", Urt({one}));
+    rig.transfer.bytes_per_second = 40;  // 100 ms without data around an answer
+    bool answered = false;
+    rig.peer = [&](const Bytes& bytes) {
+      if (bytes != etb || std::exchange(answered, true)) return rig.AnswerUpload(bytes);
+      for (const auto* chunks : {&row.early, &row.late}) {
+        for (const Bytes& chunk : *chunks) rig.Receive(chunk);
+        if (!chunks->empty()) std::this_thread::sleep_for(std::chrono::milliseconds(130));
+      }
+    };
+    auto job = std::async(std::launch::async, UploadUrtPacketThread, std::ref(rig.transfer));
+    if (job.wait_for(std::chrono::seconds(10)) != std::future_status::ready) {
+      rig.transfer.cancel = true;
+      Wake(rig.transfer);
+    }
+    EXPECT_EQ(job.get(), 1) << row.name;
+    EXPECT_EQ(rig.sent, row.sent) << row.name;
   }
 }
 
