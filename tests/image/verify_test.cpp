@@ -70,12 +70,12 @@ TEST_F(Verify, TheFirstDifferenceIsNamedByItsRecord) {
       {layout.selection + 8, "selection"},
   };
   for (const auto& [place, record] : rows) {
-    held.adb[place] ^= 1;
+    held.adb[static_cast<size_t>(place)] ^= 1;
     EXPECT_EQ(Result(), Format("1 %08X ", static_cast<unsigned>(0x100000 + place)) + record) << place;
-    held.adb[place] ^= 1;
+    held.adb[static_cast<size_t>(place)] ^= 1;
   }
-  held.adb[layout.settings + 8] ^= 1;
-  held.adb[130] ^= 1;
+  held.adb[static_cast<size_t>(layout.settings + 8)] ^= 1;
+  held.adb[static_cast<size_t>(130)] ^= 1;
   EXPECT_EQ(Result(), "2 00100082 satellite 1");
 }
 
@@ -97,15 +97,15 @@ TEST_F(Verify, OfAJournalTheCopyInForceCounts) {
     const auto from = held.adb.begin() + static_cast<std::ptrdiff_t>(partition + kMarker);
     std::copy_n(from, size, from + static_cast<std::ptrdiff_t>(slot * size));
     std::fill_n(from, size, uint8_t{0x55});  // an older copy
-    held.adb[partition + 3] = static_cast<uint8_t>(0x7F >> slot);
+    held.adb[static_cast<size_t>(partition + 3)] = static_cast<uint8_t>(0x7F >> slot);
   };
   write_copy(layout.settings, 2, kSettingsBlock);
   write_copy(layout.selection, 3, kSelectionBlock);
   EXPECT_EQ(Result(), "same");
   const uint64_t changed = layout.settings + kMarker + 2 * kSettingsBlock + 5;
-  held.adb[changed] ^= 0x10;
+  held.adb[static_cast<size_t>(changed)] ^= 0x10;
   EXPECT_EQ(Result(), Format("1 %08X settings", static_cast<unsigned>(0x100000 + changed)));
-  held.adb[changed] ^= 0x10;
+  held.adb[static_cast<size_t>(changed)] ^= 0x10;
   // Room for two copies: the marker cannot mean a third.
   config.partition_sizes[0] = kMarker + 2 * kSettingsBlock;
   const auto first = static_cast<unsigned>(0x100000 + layout.settings + kMarker);
@@ -123,7 +123,7 @@ TEST_F(Verify, TheSecondRegionCountsFromZero) {
   held.e2p = {};
   EXPECT_EQ(Result(), "160 00000000 settings");
   held = sent;
-  held.adb[layout.settings] ^= 1;  // where the first configuration has its journal
+  held.adb[static_cast<size_t>(layout.settings)] ^= 1;  // where the first configuration has its journal
   EXPECT_EQ(Result(), Format("1 %08X fill", static_cast<unsigned>(0x100000 + layout.settings)));
 }
 
