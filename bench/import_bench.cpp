@@ -18,7 +18,7 @@ double ImportTime(ListFormat format, const Path& path, size_t& services) {
     WorkRecords work;
     ListLosses losses;
     ReadList(context, path, format, defaults, {}, work, losses);
-    const Bytes stream = BuildBinFromWorkRecords(work, defaults);
+    const Bytes stream = BuildBinFromWorkFiles(work, defaults);
     services = work.services.size();
     if (stream.empty()) std::abort();
   });

@@ -130,7 +130,7 @@ void ExpectListOptions(const ImportOptions& options, const ListFormatRow* format
 // What the import makes of the records. Throws CommandFailed after a message.
 Bytes BuildImport(CommandState& state, const ImportOptions& options, const ListFormatRow* format,
                   const DefaultRecords& defaults, const WorkRecords& work) {
-  if (options.stream) return BuildBinFromWorkRecords(work, defaults);
+  if (options.stream) return BuildBinFromWorkFiles(work, defaults);
   Document document;
   std::optional<Bytes> file;
   const Context about = About(state.context, options.list);

@@ -89,7 +89,7 @@ void WriteRecords(ByteWriter& stream, std::string_view name, const std::vector<W
 
 }  // namespace
 
-Bytes BuildBinFromWorkRecords(const WorkRecords& work, const DefaultRecords& defaults) {
+Bytes BuildBinFromWorkFiles(const WorkRecords& work, const DefaultRecords& defaults) {
   ByteWriter stream;
   stream.bytes().assign(std::begin(kHeader), std::end(kHeader));
   stream.bytes().reserve(sizeof kHeader + 5 * kBlockHeaderSize + kMaximumLnbs * sizeof(LnbRecord) +

@@ -10,6 +10,6 @@ namespace vexa {
 
 // Records keep the order and the indices of the work files. What a work record does not say is all ones in
 // the database record. Counts above 65,535 wrap.
-Bytes BuildBinFromWorkRecords(const WorkRecords& work, const DefaultRecords& defaults);
+Bytes BuildBinFromWorkFiles(const WorkRecords& work, const DefaultRecords& defaults);
 
 }  // namespace vexa

@@ -80,7 +80,7 @@ bool ImportListFile(const Context& context, const Path& path, const DefaultRecor
 
 bool OpenWorkRecords(const Context& context, const WorkRecords& work, const DefaultRecords& defaults,
                      Document& document) {
-  return OpenBinBytes(context, BuildBinFromWorkRecords(work, defaults), document);
+  return OpenBinBytes(context, BuildBinFromWorkFiles(work, defaults), document);
 }
 
 }  // namespace vexa

@@ -263,18 +263,36 @@ bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, 
   return swap ? CheckSwapRows(messages, places) : CheckMoveRows(messages, places);
 }
 
+namespace {
+
+struct MoveTexts {
+  NodeKind kind;  // of the records; kNone: all others
+  const char *title, *from, *click;
+};
+constexpr MoveTexts kMoveTexts[] = {
+    {NodeKind::kSatellite, "Move Satellite Information", "Move Satellite Information from \"%d\" to ",
+     "Click to move satellite record."},
+    {NodeKind::kCarrier, "Move Carrier Information", "Move Carrier Information from \"%d\" to ",
+     "Click to move carrier record."},
+    {NodeKind::kNone, "Move Information", "Move Information from \"%d\" to ", "Click to move record."}};
+constexpr MoveTexts kSwapTexts[] = {
+    {NodeKind::kSatellite, "Swap Satellite Information", "Swap Satellite Information \"%d\" with ",
+     "Click to swap satellite record."},
+    {NodeKind::kCarrier, "Swap Carrier Information", "Swap Carrier Information \"%d\" with ",
+     "Click to swap carrier record."},
+    {NodeKind::kNone, "Swap Information", "Swap Information \"%d\" with ", "Click to swap record."}};
+
+}  // namespace
+
 MoveDialogTexts MoveTextsOf(const std::vector<NodeRef>& rows, bool swap) {
   const size_t number = rows.empty() ? 1 : RowsOf(rows)[0] + 1;
-  const NodeKind kind = rows.empty() ? NodeKind::kNone : rows[0].kind;
-  const char* object = kind == NodeKind::kSatellite ? "Satellite "
-                       : kind == NodeKind::kCarrier ? "Carrier "
-                                                    : "";
-  const char* record = kind == NodeKind::kSatellite ? "satellite "
-                       : kind == NodeKind::kCarrier ? "carrier "
-                                                    : "";
-  const std::string title = Format("%s %sInformation", swap ? "Swap" : "Move", object);
-  return {title, Format(swap ? "%s \"%zu\" with " : "%s from \"%zu\" to ", title.c_str(), number),
-          Format("Click to %s %srecord.", swap ? "swap" : "move", record)};
+  const auto& texts = swap ? kSwapTexts : kMoveTexts;
+  const MoveTexts* found = std::find_if(std::begin(texts), std::end(texts) - 1, [&](const MoveTexts& row) {
+    return !rows.empty() && row.kind == rows[0].kind;
+  });
+  std::string from = found->from;
+  from.replace(from.find("%d"), 2, std::to_string(number));
+  return {found->title, from, found->click};
 }
 
 bool MoveNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows, bool swap,

@@ -33,7 +33,7 @@ TEST_F(ListCommands, ContainerIsWhatSavingTheImportedDatabaseGives) {
     EXPECT_EQ(Get("out.bin"), BuildBin(recorder.context, expected, {}, {})) << name;
     EXPECT_LT(Get("out.bin").size(), kMaximumBinSize);
     EXPECT_EQ(RunVexa({"import", Utf8FromPath(list), "--stream", "-o", In("out.sdb")}).status, 0) << name;
-    EXPECT_EQ(Get("out.sdb"), BuildBinFromWorkRecords(work, {})) << name;
+    EXPECT_EQ(Get("out.sdb"), BuildBinFromWorkFiles(work, {})) << name;
     EXPECT_GT(Open("out.sdb").sdbs[0].database->services.size(), 100u);
   }
 }
@@ -189,7 +189,7 @@ TEST_F(ListCommands, ImportRefusals) {
   EXPECT_FALSE(Exists("work"));
   // The bare stream is written all the same.
   EXPECT_EQ(Vexa("import @empty.sdx --stream -o @out.bin").status, 0);
-  EXPECT_EQ(Get("out.bin"), BuildBinFromWorkRecords({}, {}));
+  EXPECT_EQ(Get("out.bin"), BuildBinFromWorkFiles({}, {}));
 }
 
 TEST_F(ListCommands, DatabaseAboveTheSizeLimitIsWrittenWithStatusOne) {

@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   WorkRecords work;
   ReadDvb2000({data, size}, DefaultRecords{}, work);
   Document document;
-  if (!OpenBinBytes(context, BuildBinFromWorkRecords(work, DefaultRecords{}), document)) return 0;
+  if (!OpenBinBytes(context, BuildBinFromWorkFiles(work, DefaultRecords{}), document)) return 0;
   const StaticDatabase& database = *document.sdbs.at(0).database;
   if (!CheckLinks(database).empty() || database.services.size() != work.services.size()) std::abort();
   return 0;

@@ -32,7 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Context context;
   context.messages.tell = [](const Message&) {};
   Document document;
-  if (!OpenBinBytes(context, BuildBinFromWorkRecords(work, defaults), document)) return 0;
+  if (!OpenBinBytes(context, BuildBinFromWorkFiles(work, defaults), document)) return 0;
   const StaticDatabase& database = *document.sdbs.at(0).database;
   if (!CheckLinks(database).empty() || database.services.size() != work.services.size()) std::abort();
   return 0;

@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     WorkRecords work;
     ReadSatcodx({data, size}, DefaultRecords{}, work, {}, {layout, length});
     Document document;
-    if (!OpenBinBytes(context, BuildBinFromWorkRecords(work, DefaultRecords{}), document)) continue;
+    if (!OpenBinBytes(context, BuildBinFromWorkFiles(work, DefaultRecords{}), document)) continue;
     const StaticDatabase& database = *document.sdbs.at(0).database;
     if (!CheckLinks(database).empty() || database.services.size() != work.services.size()) std::abort();
   }

@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Context context;
   context.messages.tell = [](const Message&) {};
   Document document;
-  const Bytes stream = BuildBinFromWorkRecords(work, DefaultRecords{});
+  const Bytes stream = BuildBinFromWorkFiles(work, DefaultRecords{});
   if (OpenBinBytes(context, stream, document) && !CheckLinks(*document.sdbs.at(0).database).empty())
     std::abort();
   return 0;

@@ -64,13 +64,13 @@ TEST(BuildBin, EveryByteOfASmallStream) {
       BlockHeader("OSL", 2, 1),
       {0, 0},
   });
-  EXPECT_EQ(BuildBinFromWorkRecords(work, {}), expected);
+  EXPECT_EQ(BuildBinFromWorkFiles(work, {}), expected);
 }
 
 TEST(BuildBin, NothingFoundGivesEmptyBlocksAndDefaultLnbs) {
   DefaultRecords defaults;
   defaults.lnb.frequency1 = 5150;
-  const Bytes stream = BuildBinFromWorkRecords({}, defaults);
+  const Bytes stream = BuildBinFromWorkFiles({}, defaults);
   ASSERT_EQ(stream.size(), 24u + 16 + 128 + 4 * 16);
   for (size_t i = 0; i < 16; ++i) EXPECT_EQ(stream[40 + 8 * i], 5150 & 0xFF) << i;
   EXPECT_EQ(Bytes(stream.end() - 16, stream.end()), BlockHeader("OSL", 2, 0));
@@ -79,7 +79,7 @@ TEST(BuildBin, NothingFoundGivesEmptyBlocksAndDefaultLnbs) {
 TEST(BuildBin, ServiceOrderIsTheFileOrderWithoutFiller) {
   WorkRecords work;
   work.services.resize(259);
-  const Bytes stream = BuildBinFromWorkRecords(work, {});
+  const Bytes stream = BuildBinFromWorkFiles(work, {});
   const size_t list = stream.size() - 2 * 259;
   EXPECT_EQ(stream[list - 16], 'O');
   for (size_t i = 0; i < 259; ++i)
@@ -98,7 +98,7 @@ TEST(BuildBin, Dvb2000ListOpensWithServicesUnderTheirCarriers) {
   ASSERT_EQ(work.services.size(), 2u);
   EXPECT_EQ(work.services[1].carrier_index, 2u);
   Document document;
-  ASSERT_TRUE(OpenBinBytes(recorder.context, BuildBinFromWorkRecords(work, {}), document));
+  ASSERT_TRUE(OpenBinBytes(recorder.context, BuildBinFromWorkFiles(work, {}), document));
   EXPECT_TRUE(recorder.shown.empty());
   ASSERT_EQ(document.sdbs.size(), 1u);
   EXPECT_EQ(document.sdbs[0].name, "SDB1");
