@@ -56,7 +56,9 @@ struct Serving {
 struct Run : Serving, testing::Test {};
 
 TEST_F(Run, AllThatMovesIsCounted) {
-  ReceiverRig receiver;
+  LoaderFaults slow;
+  slow.delay = 10;  // so that the progress, told ten times a second, is told half way too
+  ReceiverRig receiver(slow);
   ReceiverRun run = Make(receiver, 1);
   ASSERT_TRUE(Serve(run)) << testing::PrintToString(messages.Texts());
   EXPECT_TRUE(Holds(receiver, 1));
