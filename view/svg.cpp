@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "platform/text.h"
+
 namespace vexa {
 
 namespace {
@@ -111,26 +113,22 @@ Shape TextShape(double x, double y, TextPlace place, std::string text) {
 }
 
 void AppendMarkup(std::string& page, std::string_view text) {
-  for (size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    // U+0080 to U+009F are C2 80 to C2 9F.
-    const bool high_control =
-        byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
-    if (byte == '\t' || byte == '\n' || byte == '\r') {
+  while (!text.empty()) {
+    const char32_t character = TakeUtf8(text);
+    if (character == '\t' || character == '\n' || character == '\r') {
       page += ' ';
-    } else if (byte < 0x20 || byte == 0x7F || high_control) {
-      page += "\xEF\xBF\xBD";
-      if (high_control) ++i;
-    } else if (byte == '&') {
+    } else if (character < 0x20 || (character >= 0x7F && character < 0xA0)) {
+      AppendUtf8(page, kReplacementCharacter);
+    } else if (character == '&') {
       page += "&amp;";
-    } else if (byte == '<') {
+    } else if (character == '<') {
       page += "&lt;";
-    } else if (byte == '>') {
+    } else if (character == '>') {
       page += "&gt;";
-    } else if (byte == '"') {
+    } else if (character == '"') {
       page += "&quot;";
     } else {
-      page += text[i];
+      AppendUtf8(page, character);
     }
   }
 }

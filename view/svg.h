@@ -9,7 +9,7 @@
 namespace vexa {
 
 // Appends UTF-8 text so that it is text within an element or a quoted attribute. Tabs and line ends become
-// blanks; other control characters, which a page may not hold, U+FFFD.
+// blanks; other control characters, which a page may not hold, and bytes that are no UTF-8, U+FFFD.
 void AppendMarkup(std::string& page, std::string_view text);
 
 // Appends the drawing as an <svg> element for the inside of a page. A paint is a class: "e" edge, "r" range,

@@ -182,9 +182,10 @@ size_t CountOf(const std::string& page, const std::string& part) {
 
 TEST(Markup, WhatAPageMayNotHold) {
   std::string page;
-  AppendMarkup(page, "<a b=\"c\">&amp;\t\n\x01\x7F\xC2\x81\xC2\xA0\xC3\xA9'");
+  AppendMarkup(page, "<a b=\"c\">&amp;\t\n\x01\x7F\xC2\x81\xC2\xA0\xC3\xA9\xFE'");
   EXPECT_EQ(page,
-            "&lt;a b=&quot;c&quot;&gt;&amp;amp;  \xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xC2\xA0\xC3\xA9'");
+            "&lt;a b=&quot;c&quot;&gt;&amp;amp;  "
+            "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xC2\xA0\xC3\xA9\xEF\xBF\xBD'");
   Drawing drawing{.width = 10, .height = 5, .title = "\"<", .shapes = {}};
   drawing.shapes.push_back({.paint = Paint::kFec,
                             .index = 3,
