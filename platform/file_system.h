@@ -32,7 +32,11 @@ struct LockedFile {
   virtual ~LockedFile() = default;
 };
 // Opens `path`, or makes it when `create`, and locks it. Null when it is not there, is locked by another, is
-// a link, or was removed meanwhile; LastSystemError says why.
+// a link, or was removed meanwhile; LastSystemError says why. The file can be read, written, renamed and
+// removed as before.
 std::unique_ptr<LockedFile> LockFile(const Path& path, bool create);
+
+// A number of the system that runs this process: two processes with one number see each other's locks.
+uint32_t RunningSystem();
 
 }  // namespace vexa

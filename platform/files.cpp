@@ -24,13 +24,17 @@ struct CloseFile {
 
 // Gone at the end, unless it was renamed.
 struct Scratch {
-  Path path;              // empty: none could be made
-  std::error_code error;  // why
+  Path path;                          // empty: none could be made
+  std::error_code error;              // why
+  std::unique_ptr<LockedFile> owner;  // null where the file system knows no locks
   Scratch() = default;
-  Scratch(Scratch&& other) noexcept : error(other.error) { path.swap(other.path); }
+  Scratch(Scratch&& other) noexcept : error(other.error), owner(std::move(other.owner)) {
+    path.swap(other.path);
+  }
   Scratch& operator=(Scratch&& other) noexcept {
     path.swap(other.path);
     error = other.error;
+    owner.swap(other.owner);
     return *this;
   }
   ~Scratch() {
@@ -39,23 +43,74 @@ struct Scratch {
   }
 };
 
-// A new, empty file beside `target`. Its name is short, so that it can stand beside one of the longest names,
-// and was free: no file of the user's and none of another process is ever taken for it.
-Scratch ScratchBeside(const Path& target) {
+constexpr std::string_view kScratchBegin = ".vexa-", kScratchEnd = ".tmp";
+// What held a name until it got another file is never taken for abandoned: of a program that was killed
+// meanwhile it may be all that there is.
+constexpr std::string_view kFormerEnd = ".old";
+// Of a file whose owner ran where nobody here can tell whether it still does.
+constexpr auto kAbandonedAge = std::chrono::hours(24);
+
+// A new, empty file beside `target`, a scratch file locked as long as its owner lives. Its name is short, so
+// that it can stand beside one of the longest names, and was free: no file of the user's and none of another
+// process is ever taken for it. It ends with the number of the system that runs the owner.
+Scratch ScratchBeside(const Path& target, std::string_view end = kScratchEnd) {
   static std::atomic<uint64_t> counter{
       static_cast<uint64_t>(std::chrono::system_clock::now().time_since_epoch().count())};
   Scratch scratch;
   for (int attempt = 0; attempt < 1000; ++attempt) {
-    char name[64];
-    std::snprintf(name, sizeof name, ".vexa-%lx-%llx.tmp", ProcessNumber(),
-                  static_cast<unsigned long long>(counter++));
+    char name[80];
+    std::snprintf(name, sizeof name, "%s%lx-%llx-%08x%s", kScratchBegin.data(), ProcessNumber(),
+                  static_cast<unsigned long long>(counter++), unsigned{RunningSystem()}, end.data());
     Path path = target.parent_path() / name;
     const NewFile made = CreateNewFile(path, scratch.error);
     if (made == NewFile::kTaken) continue;
-    if (made == NewFile::kMade) scratch.path = std::move(path);
-    break;
+    if (made == NewFile::kFailed) break;
+    scratch.path = std::move(path);
+    if (end != kScratchEnd) break;
+    scratch.owner = LockFile(scratch.path, false);
+    const Cause cause = scratch.owner ? Cause::kOther : CauseOf(LastSystemError());
+    if (cause != Cause::kInUse && cause != Cause::kMissing) break;
+    // Another process took it for abandoned before it was locked.
+    std::error_code ignored;
+    fs::remove(scratch.path, ignored);
+    scratch.path.clear();
   }
   return scratch;
+}
+
+// Whether the name is a scratch file's; `here`: of this system, as it runs.
+bool IsScratchName(const Path& path, bool& here) {
+  const std::string name = Utf8FromPath(path);
+  if (!name.starts_with(kScratchBegin) || !name.ends_with(kScratchEnd) ||
+      name.size() <= kScratchBegin.size() + kScratchEnd.size())
+    return false;
+  const std::string_view numbers = std::string_view(name).substr(
+      kScratchBegin.size(), name.size() - kScratchBegin.size() - kScratchEnd.size());
+  char own[16];
+  std::snprintf(own, sizeof own, "-%08x", unsigned{RunningSystem()});
+  here = numbers.ends_with(own);
+  const auto hyphens = std::count(numbers.begin(), numbers.end(), '-');
+  return numbers.find_first_not_of("0123456789abcdef-") == numbers.npos && hyphens >= 1 && hyphens <= 2;
+}
+
+// Removes the scratch files beside `target` whose owners are gone. The lock tells that of those who ran on
+// this system; of others, whose locks may not be seen here, the age does. Failures are silent.
+void RemoveAbandonedBeside(const Path& target) {
+  const Path parent = target.parent_path();
+  std::vector<Path> names;
+  if (!ListFolder(parent.empty() ? Path(".") : parent, names)) return;
+  for (const Path& name : names) {
+    bool here = false;
+    if (!IsScratchName(name, here)) continue;
+    const Path path = parent / name;
+    std::error_code error;
+    if (fs::symlink_status(path, error).type() != fs::file_type::regular) continue;
+    auto owner = LockFile(path, false);
+    if (!owner && CauseOf(LastSystemError()) == Cause::kInUse) continue;
+    const auto written = fs::last_write_time(path, error);
+    const bool old = !error && fs::file_time_type::clock::now() - written > kAbandonedAge;
+    if ((owner && here) || old) fs::remove(path, error);
+  }
 }
 
 // A file without any permission to write: its user wants it kept.
@@ -127,12 +182,19 @@ WriteResult Stage(const Path& path, const std::function<bool(const PieceWriter&)
   // A device or a pipe takes the content as it comes; nothing may take its place.
   if (fs::exists(before) && !fs::is_regular_file(before)) return Fill(path, produce, files);
   staged.target = FollowLinks(path);  // the file that a link names is replaced, and not the link
+  RemoveAbandonedBeside(staged.target);
   staged.scratch = ScratchBeside(staged.target);
   if (staged.scratch.path.empty()) return {WriteResult::kCannotCreate, staged.scratch.error};
   const WriteResult filled = Fill(staged.scratch.path, produce, files);
   if (filled == WriteResult::kDone && fs::is_regular_file(before))
     fs::permissions(staged.scratch.path, before.permissions(), error);
   return filled;
+}
+
+Outcome TakeName(Staged& staged, const FileOperations& files) {
+  const Outcome replaced = files.replace(staged.scratch.path, staged.target);
+  if (replaced) staged.scratch.owner.reset();  // some systems put no other file in the place of an open one
+  return replaced;
 }
 
 // What a name held before it got another file.
@@ -145,7 +207,7 @@ Outcome PutAside(const Path& target, Former& former) {
   std::error_code error;
   former.was_there = fs::exists(target, error);
   if (former.was_there) {
-    former.old = ScratchBeside(target);
+    former.old = ScratchBeside(target, kFormerEnd);
     if (former.old.path.empty()) return former.old.error;
     const Outcome moved = SystemFiles().replace(target, former.old.path);
     if (!moved) return moved;
@@ -225,7 +287,7 @@ WriteResult WriteWholeFileBy(const Path& path, const std::function<bool(const Pi
   Staged staged;
   const WriteResult made = Stage(path, produce, files, staged);
   if (made != WriteResult::kDone || staged.scratch.path.empty()) return made;
-  const Outcome replaced = files.replace(staged.scratch.path, staged.target);
+  const Outcome replaced = TakeName(staged, files);
   if (!replaced) return {WriteResult::kFailed, replaced.error};
   return WriteResult::kDone;
 }
@@ -247,7 +309,7 @@ WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refus
       Staged& one = staged[refused];
       if (one.scratch.path.empty()) continue;
       Outcome placed = PutAside(one.target, former[refused]);
-      if (placed) placed = files.replace(one.scratch.path, one.target);
+      if (placed) placed = TakeName(one, files);
       if (placed) continue;
       put_all_back();
       return {WriteResult::kFailed, placed.error};

@@ -85,8 +85,28 @@ std::unique_ptr<LockedFile> LockFile(const Path& path, bool create) {
   locked->file = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | (create ? O_CREAT | O_EXCL : 0), 0600);
   struct stat facts {};
   if (locked->file < 0 || flock(locked->file, LOCK_EX | LOCK_NB) != 0) return nullptr;
-  if (fstat(locked->file, &facts) != 0 || !S_ISREG(facts.st_mode) || facts.st_nlink == 0) return nullptr;
+  if (fstat(locked->file, &facts) != 0 || !S_ISREG(facts.st_mode) || facts.st_nlink == 0) {
+    locked.reset();
+    errno = ENOENT;
+    return nullptr;
+  }
   return locked;
+}
+
+// Each start of a system has another number, which all its containers see.
+uint32_t RunningSystem() {
+  static const uint32_t number = [] {
+    uint32_t sum = 2166136261U;  // FNV-1a
+    char text[64];
+    const int file = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
+    ssize_t size = file < 0 ? 0 : read(file, text, sizeof text);
+    if (file >= 0) close(file);
+    if (size <= 0) size = gethostname(text, sizeof text) == 0 ? static_cast<ssize_t>(sizeof text) : 0;
+    for (ssize_t i = 0; i < size && text[i]; ++i)
+      sum = (sum ^ static_cast<unsigned char>(text[i])) * 16777619U;
+    return sum;
+  }();
+  return number;
 }
 
 namespace {

@@ -86,12 +86,30 @@ struct Locked : LockedFile {
 
 std::unique_ptr<LockedFile> LockFile(const Path& path, bool create) {
   auto locked = std::make_unique<Locked>();
-  // Shared with nobody: whoever opens it meanwhile is refused.
-  locked->file = CreateFileW(LongPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+  locked->file = CreateFileW(LongPath(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                              create ? CREATE_NEW : OPEN_EXISTING,
                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
   if (locked->file == INVALID_HANDLE_VALUE) return nullptr;
-  return locked;
+  // One byte far behind all content, so that nobody's reading and writing meets it.
+  OVERLAPPED place{};
+  place.OffsetHigh = 0x7FFFFFFF;
+  FILE_STANDARD_INFO facts{};
+  DWORD refused = ERROR_FILE_NOT_FOUND;
+  const bool held =
+      LockFileEx(locked->file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &place);
+  if (!held) refused = GetLastError();
+  if (held && GetFileInformationByHandleEx(locked->file, FileStandardInfo, &facts, sizeof facts) &&
+      !facts.DeletePending && !facts.Directory)
+    return locked;
+  locked.reset();
+  SetLastError(refused);
+  return nullptr;
+}
+
+// Locks reach every system that opens the file.
+uint32_t RunningSystem() {
+  return 0;
 }
 
 namespace {

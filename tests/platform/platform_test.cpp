@@ -304,7 +304,62 @@ TEST(Files, TellsWhyAFileCannotBeUsed) {
   EXPECT_EQ(FilesIn(folder), 1);
 }
 
+TEST(Files, AbandonedScratchFilesOfOtherSystemsGoAfterADay) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder;
+  using std::chrono::hours;
+  const struct {
+    const char* name;
+    hours age;
+    bool stays;
+  } rows[] = {{".vexa-1a-2b.tmp", hours(25), false},
+              {".vexa-1a-2b-0000000c.tmp", hours(25), false},
+              {".vexa-1a-2c-0000000c.tmp", hours(23), true},
+              {".vexa-1a-2b-3-4.tmp", hours(99), true},
+              {".vexa-1a.tmp", hours(99), true},
+              {".vexa-.tmp", hours(99), true},
+              {".vexa-1a-2b-mine.tmp", hours(99), true},
+              {".vexa-1a-2d.old", hours(99), true},
+              {"vexa-1a-2b.tmp", hours(99), true}};
+  for (const auto& row : rows) {
+    PutFile(folder / row.name, BytesOf("x"));
+    std::filesystem::last_write_time(folder / row.name,
+                                     std::filesystem::file_time_type::clock::now() - row.age);
+  }
+  std::filesystem::create_directory(folder / ".vexa-1-2.tmp");
+  EXPECT_EQ(WriteWholeFile(folder / "target", BytesOf("new")), WriteResult::kDone);
+  for (const auto& row : rows) EXPECT_EQ(std::filesystem::exists(folder / row.name), row.stays) << row.name;
+  EXPECT_TRUE(std::filesystem::exists(folder / ".vexa-1-2.tmp"));
+}
+
 #if !defined(_WIN32)
+TEST(Files, TheNextWriteRemovesWhatAKilledOneLeft) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder;
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t writer = fork();
+  if (writer == 0) {
+    WriteWholeFileBy(folder / "target", [&](const PieceWriter& write) {
+      write(BytesOf("half"));
+      static_cast<void>(!::write(ready[1], "x", 1));
+      return pause() == 0;
+    });
+    _exit(0);
+  }
+  char byte = 0;
+  ASSERT_EQ(read(ready[0], &byte, 1), 1);
+  EXPECT_EQ(WriteWholeFile(folder / "other", BytesOf("new")), WriteResult::kDone);
+  EXPECT_EQ(FilesIn(folder), 2) << "that of a writer who lives stays";
+  kill(writer, SIGKILL);
+  waitpid(writer, nullptr, 0);
+  EXPECT_EQ(FilesIn(folder), 2);
+  EXPECT_EQ(WriteWholeFile(folder / "other", BytesOf("newer")), WriteResult::kDone);
+  EXPECT_EQ(FilesIn(folder), 1);
+  EXPECT_FALSE(std::filesystem::exists(folder / "target"));
+  for (const int end : ready) close(end);
+}
+
 TEST(Files, ProcessesThatWriteOneTargetLeaveOneOfTheirFilesWhole) {
   Recorder recorder;
   const Path target = recorder.context.temporary_folder / "target";
