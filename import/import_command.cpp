@@ -27,8 +27,9 @@ std::optional<ListFormat> FormatOfStart(const Path& path, std::string start, con
 }  // namespace
 
 std::optional<ListFormat> RecognizeList(const Path& path, const ListOptions& options) {
-  const auto start = ReadFileStart(path, kListStart);
-  return start ? FormatOfStart(path, *start, options) : std::nullopt;
+  std::string start;
+  return ReadFileStart(path, kListStart, start) == ReadResult::kDone ? FormatOfStart(path, start, options)
+                                                                     : std::nullopt;
 }
 
 bool IsListFile(const Path& path) {
@@ -41,13 +42,17 @@ bool IsListFile(const Path& path) {
 
 std::optional<ListFormat> CheckListFile(const Context& context, const Path& path,
                                         const ListOptions& options) {
-  const auto start = ReadFileStart(path, kListStart);
-  if (!start) {
-    TellWhy(context.messages, Icon::kStop, ReadReason(path, WhyUnreadable(path)),
-            "Unable to open the given file.");
+  std::string start;
+  const ReadResult read = ReadFileStart(path, kListStart, start);
+  if (read != ReadResult::kDone) {
+    if (read == ReadResult::kFailed) {
+      TellUnreadList(context, path, read.error);
+    } else {
+      TellWhy(context.messages, Icon::kStop, ReadReason(path, read.error), "Unable to open the given file.");
+    }
     return std::nullopt;
   }
-  const auto format = FormatOfStart(path, *start, options);
+  const auto format = FormatOfStart(path, start, options);
   if (!format) {
     TellWhy(context.messages, Icon::kStop,
             Utf8FromPath(path) +

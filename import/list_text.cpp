@@ -4,7 +4,6 @@
 #include <bit>
 #include <charconv>
 #include <cstring>
-#include <fstream>
 #include <iterator>
 #include <string>
 #include <system_error>
@@ -124,23 +123,15 @@ std::vector<std::string_view> SplitText(std::string_view text, char separator) {
   return pieces;
 }
 
-ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list) {
-  const ReadResult result = ReadWholeFile(path, list, kLargestList);
-  if (result == ReadResult::kFailed)
-    TellWhy(context.messages, Icon::kStop, ReadReason(path, result.error), "Could not read file \"%s\".",
-            Utf8FromPath(path).c_str());
-  return result;
+void TellUnreadList(const Context& context, const Path& path, const std::error_code& error) {
+  TellWhy(context.messages, Icon::kStop, ReadReason(path, error), "Could not read file \"%s\".",
+          Utf8FromPath(path).c_str());
 }
 
-std::optional<std::string> ReadFileStart(const Path& path, size_t count) {
-  std::error_code error;
-  if (std::filesystem::is_directory(path, error)) return std::nullopt;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
-  std::string start(count, '\0');
-  file.read(start.data(), static_cast<std::streamsize>(count));
-  start.resize(static_cast<size_t>(file.gcount()));
-  return start;
+ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list) {
+  const ReadResult result = ReadWholeFile(path, list, kLargestList);
+  if (result == ReadResult::kFailed) TellUnreadList(context, path, result.error);
+  return result;
 }
 
 bool StartsWithIgnoringCase(std::string_view text, std::string_view start) {

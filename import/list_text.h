@@ -111,8 +111,8 @@ inline constexpr uint64_t kLargestList = uint64_t{256} << 20;
 // The whole list in `list`. kFailed after a message: no list ends where reading it broke off. kCannotOpen
 // without one.
 ReadResult ReadListFile(const Context& context, const Path& path, Bytes& list);
-// The first bytes of a file, up to `count`; nothing when it cannot be opened.
-std::optional<std::string> ReadFileStart(const Path& path, size_t count);
+// The message of a list that could be opened and not be read.
+void TellUnreadList(const Context& context, const Path& path, const std::error_code& error);
 // Whether `text` begins with `start`, without regard to the case of A-Z.
 bool StartsWithIgnoringCase(std::string_view text, std::string_view start);
 // The extension is given with its point, ".sdx"; the case of A-Z does not count.

@@ -27,9 +27,8 @@ std::string LowerName(const Path& path) {
 
 }  // namespace
 
-bool IsSatcodxVersion2Or3(const Path& path) {
-  const std::string start = ReadFileStart(path, 10).value_or("");
-  return start.size() == 10 && StartsWithIgnoringCase(start, "satcodx") && start[8] == '0' &&
+bool IsSatcodxVersion2Or3(std::string_view start) {
+  return start.size() >= 10 && StartsWithIgnoringCase(start, "satcodx") && start[8] == '0' &&
          (start[9] == '2' || start[9] == '3');
 }
 
@@ -40,9 +39,16 @@ bool AddMergeFile(const Context& context, Merger& merger, const Path& path) {
             "Duplication of files not allowed.");
     return false;
   }
-  if (merger.format == ListFormat::kSatcodx && !IsSatcodxVersion2Or3(path)) {
+  std::string start;
+  const ReadResult read =
+      merger.format == ListFormat::kSatcodx ? ReadFileStart(path, 10, start) : ReadResult(ReadResult::kDone);
+  if (read == ReadResult::kFailed) {
+    TellUnreadList(context, path, read.error);
+    return false;
+  }
+  if (merger.format == ListFormat::kSatcodx && !IsSatcodxVersion2Or3(start)) {
     TellWhy(
-        context.messages, Icon::kStop, ReadReason(path, WhyUnreadable(path)),
+        context.messages, Icon::kStop, ReadReason(path, read.error),
         "SatcoDX Merger allows only SatcoDX Protocol Version 2 and 3.\nPlease download latest SatcoDX ( SDX "
         ") file "
         "from website");

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "import/list_format.h"
@@ -14,11 +15,11 @@ struct Merger {
   std::vector<Path> files;  // in the order of the result
 };
 
-// "SATCODX" without regard to case, any character, then "02" or "03". False for a file that cannot be read.
-bool IsSatcodxVersion2Or3(const Path& path);
+// Whether a list begins so: "SATCODX" without regard to case, any character, then "02" or "03".
+bool IsSatcodxVersion2Or3(std::string_view start);
 
 // Button "Files". False after a message: the very path is listed already, or a SatcoDX list of another
-// version.
+// version, or one that cannot be read.
 bool AddMergeFile(const Context& context, Merger& merger, const Path& path);
 // Button "Folder": adds the folder's files of the format, by name without regard to case, but those listed
 // already. Their version is not looked at. False after a message: there is none.

@@ -271,6 +271,23 @@ ReadResult ReadWholeFile(const Path& path, Bytes& content, uint64_t limit) {
   return {ReadResult::kFailed, read.error};
 }
 
+ReadResult ReadFileStart(const Path& path, size_t count, std::string& start) {
+  start.clear();
+  std::error_code error;
+  if (fs::is_directory(path, error))
+    return {ReadResult::kCannotOpen, std::make_error_code(std::errc::is_a_directory)};
+  ForgetFileErrors();
+  const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
+  if (!file) return {ReadResult::kCannotOpen, LastFileError()};
+  start.resize(count);
+  ForgetFileErrors();
+  start.resize(std::fread(start.data(), 1, count, file.get()));
+  if (!std::ferror(file.get())) return ReadResult::kDone;
+  const std::error_code why = LastFileError();
+  start.clear();
+  return {ReadResult::kFailed, why};
+}
+
 std::optional<Bytes> ReadWholeFile(const Path& path, uint64_t limit) {
   Bytes content;
   if (ReadWholeFile(path, content, limit) != ReadResult::kDone) return std::nullopt;

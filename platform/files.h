@@ -74,6 +74,9 @@ ReadResult ReadWholeFile(const Path& path, Bytes& content, uint64_t limit = kRea
 // The same; nothing when the file cannot be opened or read, or is above `limit` bytes.
 std::optional<Bytes> ReadWholeFile(const Path& path, uint64_t limit = kReadLimit);
 
+// The first bytes of the file, up to `count`, in `start`, which is empty unless the result is kDone.
+ReadResult ReadFileStart(const Path& path, size_t count, std::string& start);
+
 // Writes `content` in place of whatever `path` held.
 WriteResult WriteWholeFile(const Path& path, std::span<const uint8_t> content,
                            const FileOperations& files = SystemFiles());

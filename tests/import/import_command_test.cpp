@@ -44,6 +44,12 @@ TEST(ImportCommand, ExtensionAndFirstBytesMustAgree) {
     EXPECT_FALSE(CheckListFile(recorder.context, path));
     EXPECT_EQ(recorder.Texts(), Texts{"Unable to open the given file."});
   }
+  const Path broken = "/proc/self/mem";  // can be opened, and nothing is mapped at its start
+  if (!std::filesystem::exists(broken)) return;
+  EXPECT_FALSE(CheckListFile(recorder.context, broken));
+  ASSERT_EQ(recorder.shown.size(), 1u);
+  EXPECT_EQ(recorder.shown[0].text, "Could not read file \"/proc/self/mem\".");
+  EXPECT_EQ(recorder.shown[0].detail, ReadReason(broken, std::make_error_code(std::errc::io_error)));
 }
 
 // A list of each format, and what is told when it goes away, or breaks off, between the check and the

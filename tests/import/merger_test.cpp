@@ -17,7 +17,7 @@ TEST(Merger, SatcodxVersion) {
   const Path path = recorder.context.temporary_folder / "a.sdx";
   for (const auto& [start, passes] : cases) {
     PutFile(path, BytesOf(start));
-    EXPECT_EQ(IsSatcodxVersion2Or3(path), passes) << start;
+    EXPECT_EQ(IsSatcodxVersion2Or3(start), passes) << start;
     Merger merger;
     EXPECT_EQ(AddMergeFile(recorder.context, merger, path), passes);
     const Texts refused = {
@@ -30,6 +30,17 @@ TEST(Merger, SatcodxVersion) {
     EXPECT_TRUE(AddMergeFolder(recorder.context, merger, recorder.context.temporary_folder));
     EXPECT_EQ(merger.files.size(), 1u);
   }
+}
+
+TEST(Merger, AListThatCannotBeReadIsNoOtherVersion) {
+  const Path broken = "/proc/self/mem";  // can be opened, and nothing is mapped at its start
+  if (!std::filesystem::exists(broken)) GTEST_SKIP();
+  Recorder recorder;
+  Merger merger;
+  EXPECT_FALSE(AddMergeFile(recorder.context, merger, broken));
+  ASSERT_EQ(recorder.shown.size(), 1u);
+  EXPECT_EQ(recorder.shown[0].text, "Could not read file \"/proc/self/mem\".");
+  EXPECT_EQ(recorder.shown[0].detail, ReadReason(broken, std::make_error_code(std::errc::io_error)));
 }
 
 TEST(Merger, SamePathOnce) {
