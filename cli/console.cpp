@@ -134,6 +134,7 @@ bool PrintResults(CommandState& state) {
   // A stream that is flushed at every line end may have failed before the last flush, which succeeds.
   if (std::fflush(stdout) == 0 && written && std::ferror(stdout) == 0) return true;
   const std::error_code error = LastFileError();
+  if (InterruptWatch::IsInterrupted()) return false;  // told by who asked
   const std::string advice = AdviceOn(Attempt::kWrite, CauseOf(error));
   state.errors->Print("error: Could not write to standard output: " + SystemText(error) + "\n");
   if (!advice.empty()) state.errors->Print("info: " + advice + "\n");

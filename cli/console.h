@@ -11,7 +11,7 @@ namespace vexa {
 void PrepareContext(CommandState& state);
 
 // Writes the collected results to standard output, bytes as they are, and forgets them. False after a message
-// with the system's reason when they cannot be written.
+// with the system's reason, or without one when the program was interrupted, when they cannot be written.
 bool PrintResults(CommandState& state);
 
 }  // namespace vexa

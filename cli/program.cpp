@@ -31,9 +31,15 @@ void TakeNumbersAsDecimal(CLI::App& command) {
   for (CLI::App* inner : command.get_subcommands({})) TakeNumbersAsDecimal(*inner);
 }
 
+int TellInterrupted(const CommandState& state, const CLI::App& program) {
+  state.errors->Print("error: " + CommandName(program) + " was interrupted" + state.interruption + ".\n");
+  return 1;
+}
+
 // Status 1 when the results cannot be written.
-int Printed(CommandState& state, int status) {
-  return PrintResults(state) ? status : 1;
+int Printed(CommandState& state, const CLI::App& program, int status) {
+  if (PrintResults(state)) return status;
+  return InterruptWatch::IsInterrupted() ? TellInterrupted(state, program) : 1;
 }
 
 int TellWrongUsage(CommandState& state, const CLI::App& program, const CLI::ParseError& error) {
@@ -46,12 +52,7 @@ int TellWrongUsage(CommandState& state, const CLI::App& program, const CLI::Pars
   help.exceptions(std::ios::badbit);  // memory that runs out is no end of the text
   program.exit(error, help, help);
   state.output = help.str();
-  return Printed(state, 0);
-}
-
-int TellInterrupted(const CommandState& state, const CLI::App& program) {
-  state.errors->Print("error: " + CommandName(program) + " was interrupted" + state.interruption + ".\n");
-  return 1;
+  return Printed(state, program, 0);
 }
 
 }  // namespace
@@ -85,12 +86,12 @@ int Run(CommandState& state, int count, char** arguments) {
     program.parse(count, arguments);
     // What an interrupted command has to say may be half of it; an output that has its name is done.
     if (InterruptWatch::IsInterrupted() && !state.output_made) return TellInterrupted(state, program);
-    return Printed(state, 0);
+    return Printed(state, program, 0);
   } catch (const CLI::ParseError& error) {
     return TellWrongUsage(state, program, error);
   } catch (const CommandFailed&) {
     if (InterruptWatch::IsInterrupted()) return TellInterrupted(state, program);
-    return state.print_output_on_failure ? Printed(state, 1) : 1;
+    return state.print_output_on_failure ? Printed(state, program, 1) : 1;
   }
 }
 

@@ -10,10 +10,14 @@ class InterruptWatch {
  public:
   // Takes the requests over until the object goes.
   InterruptWatch();
+  // Takes them to the end of the process, so that none ends it between the watch's last look and its exit:
+  // one that comes while no object lives is kept for the next.
+  static void TakeToTheEnd();
   ~InterruptWatch();
   InterruptWatch(const InterruptWatch&) = delete;
   InterruptWatch& operator=(const InterruptWatch&) = delete;
-  // Whether a request came since the object was made; false when none lives.
+  // Whether a request came since the object was made; false when none lives, unless they are taken to the
+  // end.
   static bool IsInterrupted();
 };
 

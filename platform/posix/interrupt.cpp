@@ -24,10 +24,7 @@ void OnSignal(int number) {
   alarm(kAgain);
 }
 
-}  // namespace
-
-InterruptWatch::InterruptWatch() {
-  interrupted = false;
+void TakeSignals() {
   struct sigaction action {};
   action.sa_handler = OnSignal;  // without SA_RESTART: what waits in the system comes back
   sigemptyset(&action.sa_mask);
@@ -35,6 +32,16 @@ InterruptWatch::InterruptWatch() {
     sigaction(kSignals[i], nullptr, &old_actions[i]);
     if (old_actions[i].sa_handler != SIG_IGN) sigaction(kSignals[i], &action, nullptr);
   }
+}
+
+}  // namespace
+
+void InterruptWatch::TakeToTheEnd() {
+  TakeSignals();
+}
+
+InterruptWatch::InterruptWatch() {
+  TakeSignals();
   struct sigaction ignore {};
   ignore.sa_handler = SIG_IGN;
   sigaction(SIGPIPE, &ignore, &old_pipe);

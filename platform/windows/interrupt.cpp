@@ -28,15 +28,22 @@ BOOL WINAPI OnConsole(DWORD event) {
   return TRUE;
 }
 
-}  // namespace
-
-InterruptWatch::InterruptWatch() {
-  interrupted = false;
+void TakeSignals() {
   for (size_t i = 0; i < kSignals.size(); ++i) {
     old_handlers[i] = std::signal(kSignals[i], OnSignal);
     if (old_handlers[i] == SIG_IGN) std::signal(kSignals[i], SIG_IGN);
   }
   SetConsoleCtrlHandler(OnConsole, TRUE);
+}
+
+}  // namespace
+
+void InterruptWatch::TakeToTheEnd() {
+  TakeSignals();
+}
+
+InterruptWatch::InterruptWatch() {
+  TakeSignals();
 }
 
 InterruptWatch::~InterruptWatch() {

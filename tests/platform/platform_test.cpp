@@ -432,6 +432,31 @@ TEST(Interrupts, AreTakenWhileTheyAreWatchedAndGivenBack) {
   }
 }
 
+// Where requests are taken to the end, one without a watch ends nothing, and the next watch knows of it.
+TEST(InterruptsDeathTest, AreTakenToTheEndOfTheProcess) {
+  EXPECT_EXIT(
+      {
+        signal(SIGHUP, SIG_IGN);
+        InterruptWatch::TakeToTheEnd();
+        raise(SIGTERM);
+        bool first = false;
+        bool second = true;
+        {
+          const InterruptWatch watch;
+          first = InterruptWatch::IsInterrupted();
+        }
+        {
+          const InterruptWatch watch;
+          raise(SIGHUP);
+          second = InterruptWatch::IsInterrupted();
+        }
+        raise(SIGINT);
+        raise(SIGALRM);
+        _exit(first && !second ? 7 : 8);
+      },
+      testing::ExitedWithCode(7), "");
+}
+
 TEST(Files, AReadThatFailsIsNoEnd) {
   if (!std::filesystem::exists("/proc/self/mem")) GTEST_SKIP();
   EXPECT_FALSE(ReadWholeFile("/proc/self/mem"));  // its first pages are no memory: reading them fails
