@@ -21,11 +21,14 @@ const CLI::App& ChosenCommand(const CLI::App& program) {
   return *command;
 }
 
-std::vector<std::string> OptionNames(const CLI::App& command) {
+// What `word`, a wrong option, may have been meant for: a long one for no short one.
+std::vector<std::string> OptionNames(const CLI::App& command, const std::string& word) {
   std::vector<std::string> names;
   for (const CLI::App* app = &command; app; app = app->get_parent()) {
     for (const CLI::Option* option : app->get_options()) {
-      for (const std::string& name : option->get_snames()) names.push_back("-" + name);
+      for (const std::string& name : option->get_snames()) {
+        if (!word.starts_with("--")) names.push_back("-" + name);
+      }
       for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
     }
   }
@@ -65,18 +68,23 @@ CLI::Validator OneOf(std::vector<std::string> words) {
 
 std::string UsageText(const CLI::App& program, const CLI::ParseError& error) {
   const int code = error.get_exit_code();
-  const bool words_left = code == static_cast<int>(CLI::ExitCodes::RequiredError) ||
-                          code == static_cast<int>(CLI::ExitCodes::ExtrasError);
+  const bool required = code == static_cast<int>(CLI::ExitCodes::RequiredError);
   const std::vector<std::string> left = program.remaining(true);
-  if (!words_left || left.empty()) return error.what();
   const CLI::App& command = ChosenCommand(program);
+  std::vector<std::string> commands;
+  for (const CLI::App* inner : command.get_subcommands({})) commands.push_back(inner->get_name());
+  if (required && left.empty() && !commands.empty()) {
+    std::string list;
+    for (const std::string& inner : commands) list += (list.empty() ? "" : ", ") + inner;
+    return CommandName(program) + " needs one of its commands: " + list;
+  }
+  if ((!required && code != static_cast<int>(CLI::ExitCodes::ExtrasError)) || left.empty())
+    return error.what();
   const std::string word =
       left.front().substr(0, left.front().starts_with('-') ? left.front().find('=') : left.front().npos);
   const std::string name = CommandName(program);
   if (word.size() > 1 && word.starts_with('-'))
-    return "\"" + word + "\" is no option of " + name + NearestText(word, OptionNames(command));
-  std::vector<std::string> commands;
-  for (const CLI::App* inner : command.get_subcommands({})) commands.push_back(inner->get_name());
+    return "\"" + word + "\" is no option of " + name + NearestText(word, OptionNames(command, word));
   if (commands.empty()) return "\"" + word + "\" is one word too many for " + name;
   return "\"" + word + "\" is no command of " + name + NearestText(word, commands);
 }

@@ -1,6 +1,11 @@
 #include "core/nearest_word.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <tuple>
 
 namespace vexa {
 
@@ -32,12 +37,32 @@ size_t Distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
+// Nothing for what is no number.
+std::optional<double> ValueOf(std::string_view word) {
+  if (word.empty() || word[0] < '0' || word[0] > '9') return std::nullopt;
+  double value = 0;
+  const char* const end = word.data() + word.size();
+  const auto read = std::from_chars(word.data(), end, value, std::chars_format::fixed);
+  return read.ec == std::errc{} && read.ptr == end ? std::optional(value) : std::nullopt;
+}
+
+bool IsBeginOf(std::string_view word, std::string_view whole) {
+  return !word.empty() && word.size() <= whole.size() &&
+         std::equal(word.begin(), word.end(), whole.begin(),
+                    [](char a, char b) { return Lower(a) == Lower(b); });
+}
+
 }  // namespace
 
 const std::string& NearestWord(std::string_view word, const std::vector<std::string>& words) {
-  return *std::min_element(words.begin(), words.end(), [&](const std::string& a, const std::string& b) {
-    return Distance(word, a) < Distance(word, b);
-  });
+  const auto number = ValueOf(word);
+  const auto away = [&](const std::string& other) {
+    const auto value = number ? ValueOf(other) : std::nullopt;
+    const double by_value = value ? std::abs(*value - *number) : std::numeric_limits<double>::infinity();
+    return std::tuple(by_value, !IsBeginOf(word, other), Distance(word, other));
+  };
+  return *std::min_element(words.begin(), words.end(),
+                           [&](const std::string& a, const std::string& b) { return away(a) < away(b); });
 }
 
 std::string NearestText(std::string_view word, const std::vector<std::string>& words) {
