@@ -40,7 +40,9 @@ Bytes ReadMade(CommandState& state, const char* name) {
 struct MadeFolder {
   Path uppermost;
   bool keep = false;
-  explicit MadeFolder(const Path& folder) {
+  MadeFolder() = default;
+  // The object is whole before anything is made, so that its end removes that also when memory runs out here.
+  explicit MadeFolder(const Path& folder) : MadeFolder() {
     std::error_code error;
     for (Path part = folder; !part.empty() && !std::filesystem::exists(part, error);) {
       uppermost = part;
@@ -95,8 +97,8 @@ void BuildAdb(CommandState& state, const BuildOptions& options) {
   MadeFolder made(folder);
   size_t refused = 0;
   const WriteResult result = WriteWholeFiles(contents, refused, *state.context.files);
-  made.keep = result == WriteResult::kDone;
-  ExpectWritten(state, Utf8FromPath(contents[made.keep ? 0 : refused].path), result);
+  made.keep = state.output_made = result == WriteResult::kDone;
+  if (!made.keep) ExpectWritten(state, Utf8FromPath(contents[refused].path), result);
 }
 
 void RequestAdb(CommandState& state, const std::string& output) {

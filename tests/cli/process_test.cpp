@@ -128,6 +128,25 @@ TEST_F(Process, AFailedAllocationIsToldAndLeavesOldOutputsWhereverItHappens) {
   }
 }
 
+// Folders are made for the outputs, shortly before the end.
+TEST_F(Process, AFailedAllocationLeavesNoFolderThatWasMadeForOutputs) {
+  const std::string line = "adb build @base.bin -o @made/for/it";
+  const auto run = [&](int n) {
+    std::filesystem::remove_all(At("made"));
+    return End(Start(line, n));
+  };
+  int reached = 1, beyond = 1 << 20;  // allocations that there are, and are not
+  while (beyond - reached > 1) {
+    const int middle = (reached + beyond) / 2;
+    (run(middle) == 100 ? beyond : reached) = middle;
+  }
+  for (int n = reached; n > std::max(0, reached - 60); --n) {
+    const int status = run(n);
+    EXPECT_THAT(status, testing::AnyOf(0, 1)) << n;
+    EXPECT_EQ(Exists("made"), status == 0) << n << Errors();
+  }
+}
+
 // The job and the reader of a port run on threads of their own.
 TEST_F(Process, AFailedAllocationInATransfersThreadIsToldAndLeavesNothingBehind) {
   const pid_t loader = Start("loader --link @far");
