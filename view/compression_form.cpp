@@ -55,7 +55,8 @@ Path ProposeCompressionOutput(const Path& input, bool expand) {
   return output += ".out";
 }
 
-std::optional<Refusal> CheckCompression(const CompressionForm& form) {
+std::optional<Refusal> CheckCompression(CompressionForm& form) {
+  form.output = BesideInput(form.input, form.output);
   if (form.input.empty()) return Refusal{"Choose a file.", Icon::kStop, CompressionField::kInput};
   if (const std::error_code why = WhyUnreadable(form.input)) {
     const char* text =

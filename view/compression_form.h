@@ -24,8 +24,9 @@ struct CompressionField {
 
 // A new name beside the input: "list.bin" <-> "list.bin.z", "list.txt" to "list.txt.out" when it is expanded.
 Path ProposeCompressionOutput(const Path& input, bool expand);
-// Why OK does nothing, with a CompressionField to focus; nothing when the file can be converted.
-std::optional<Refusal> CheckCompression(const CompressionForm& form);
+// Why OK does nothing, with a CompressionField to focus; nothing when the file can be converted. A
+// new file that was named without a folder is put beside the old one.
+std::optional<Refusal> CheckCompression(CompressionForm& form);
 // False when the output is there and may not be replaced; a Yes is remembered in the dialog.
 bool MayWriteCompressed(const Messages& messages, CompressionForm& form);
 struct CompressionSizes {

@@ -35,6 +35,10 @@ bool NameOneFile(const Path& one, const Path& other) {
   return fs::equivalent(one, other, error) || Folded(one) == Folded(other);
 }
 
+Path BesideInput(const Path& input, const Path& target) {
+  return target.empty() || target.has_root_path() ? target : input.parent_path() / target;
+}
+
 bool MayReplace(const Messages& messages, const Path& target, const Path& agreed) {
   std::error_code error;
   if (target == agreed || !fs::exists(target, error)) return true;

@@ -10,6 +10,9 @@ namespace vexa {
 // the file systems under the windows keep no two names that differ in it.
 bool NameOneFile(const Path& one, const Path& other);
 
+// Where a file goes that is made out of `input` and was named so: a name without a place stands beside it.
+Path BesideInput(const Path& input, const Path& target);
+
 // True when nothing stands at `target`, when it is what the user has agreed to replace, or when he agrees;
 // the answer to a plain Enter is No.
 bool MayReplace(const Messages& messages, const Path& target, const Path& agreed);

@@ -141,7 +141,8 @@ CompressionChoices ChoicesOfCompression(const UrtForm& form) {
   return choices;
 }
 
-std::optional<Refusal> CheckUrtForm(const UrtForm& form) {
+std::optional<Refusal> CheckUrtForm(UrtForm& form) {
+  for (UrtRow& row : form.rows) row.urt = BesideInput(row.image, row.urt);
   if (form.rows.empty()) return Refusal{"Add at least one image.", Icon::kStop, UrtField::kImage, 0};
   for (size_t i = 0; i < form.rows.size(); ++i) {
     if (const auto refusal = CheckRow(form, i)) return refusal;

@@ -48,8 +48,8 @@ struct CompressionChoices {
 // Which of the compression's fields take an answer. The check box: some row's image may be compressed, or
 // there is no row yet; images that may not go as they are beside those that may.
 CompressionChoices ChoicesOfCompression(const UrtForm& form);
-// Nothing when all may be converted.
-std::optional<Refusal> CheckUrtForm(const UrtForm& form);
+// Nothing when all may be converted. URT files that were named without a folder are put beside their images.
+std::optional<Refusal> CheckUrtForm(UrtForm& form);
 
 // Asks for each URT file of a checked dialog that is there already whether it may be replaced. Nothing when
 // all may be written, which is remembered in the rows; else the row of the first No.

@@ -307,6 +307,22 @@ TEST(TargetFile, NamesThatDifferInCaseAreOneFile) {
     EXPECT_EQ(NameOneFile(PathFromUtf8(row.one), PathFromUtf8(row.other)), row.same) << row.one;
 }
 
+TEST_F(UrtFormTest, ANameWithoutAFolderStandsBesideTheInput) {
+  const Path one = Put("one.bin", {1, 2, 3}), two = Put("two.bin", {4}), folder = one.parent_path();
+  UrtForm form = OpenUrtForm(config_);
+  form.rows = {MakeUrtRow(config_, one), MakeUrtRow(config_, two)};
+  form.rows[0].urt = "made.urt";
+  form.rows[1].urt = Path("..") / "made.urt";
+  EXPECT_FALSE(CheckUrtForm(form).has_value());
+  EXPECT_EQ(form.rows[0].urt, folder / "made.urt");
+  EXPECT_EQ(form.rows[1].urt, folder / ".." / "made.urt");
+  CompressionForm compression{.input = one, .output = "one.bin"};
+  EXPECT_EQ(CheckCompression(compression)->field, CompressionField::kOutput);
+  compression.output = "one.z";
+  EXPECT_FALSE(CheckCompression(compression).has_value());
+  EXPECT_EQ(compression.output, folder / "one.z");
+}
+
 TEST_F(UrtFormTest, CompressionRefusesItsOwnInputAndMissingFiles) {
   CompressionForm dialog;
   EXPECT_EQ(CheckCompression(dialog)->field, CompressionField::kInput);
