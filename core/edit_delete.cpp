@@ -2,6 +2,7 @@
 #include <unordered_set>
 
 #include "core/edit.h"
+#include "platform/text.h"
 
 namespace vexa {
 
@@ -69,7 +70,9 @@ void CloseLnbPlace(StaticDatabase& database, size_t place) {
 bool DeleteSdb(const Messages& messages, Document& document, size_t sdb) {
   if (sdb >= document.sdbs.size()) return false;
   if (document.sdbs.size() < 2) {
-    Tell(messages, Icon::kStop, "Cannot delete. Minimum one SDB is needed.");
+    TellWhy(messages, Icon::kStop,
+            Utf8FromLatin(document.sdbs[sdb].name) + ": It is the only SDB. Add another one first.",
+            "Cannot delete. Minimum one SDB is needed.");
     return false;
   }
   ReleaseSlot(document, document.sdbs[sdb].slot);
@@ -82,7 +85,8 @@ bool DeleteLnbs(const Messages& messages, StaticDatabase& database, const Rows& 
   size_t deleted = 0;
   for (const size_t row : chosen) deleted += row < database.lnb_count;
   if (deleted >= database.lnb_count) {
-    Tell(messages, Icon::kStop, "Cannot delete. Minimum one LNB is required.");
+    TellWhy(messages, Icon::kStop, "No LNB would be left. Keep one, or add another one first.",
+            "Cannot delete. Minimum one LNB is required.");
     return false;
   }
   for (size_t place = database.lnb_count; place-- > 0;)

@@ -448,12 +448,15 @@ bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,
 
 bool CheckSeparateSdb(const Messages& messages, const StaticDatabase& database) {
   if (database.satellites.empty()) {
-    Tell(messages, Icon::kStop,
-         "Invalid SDB. \nNOTE: Valid SDB should contain atleast one satellite record.");
+    TellWhy(messages, Icon::kStop, "It has no satellite. Add one, with a carrier, and save again.",
+            "Invalid SDB. \nNOTE: Valid SDB should contain atleast one satellite record.");
   } else if (database.carriers.empty()) {
-    Tell(messages, Icon::kStop, "Invalid SDB. \nNOTE: Valid SDB should contain atleast one Carrier record.");
+    TellWhy(messages, Icon::kStop, "None of its satellites has a carrier. Add one, and save again.",
+            "Invalid SDB. \nNOTE: Valid SDB should contain atleast one Carrier record.");
   } else if (database.lnb_count > kMaximumLnbs) {
-    Tell(messages, Icon::kStop, "Invalid SDB. LNB count exceecds the limit 16.");
+    TellWhy(messages, Icon::kStop,
+            Format("It has %u LNBs. Delete some, and save again.", unsigned{database.lnb_count}),
+            "Invalid SDB. LNB count exceecds the limit 16.");
   } else {
     return true;
   }

@@ -193,10 +193,10 @@ TEST_F(Edits, ANewServiceFollowsTheFilterAndTakesAFreeNumber) {
 TEST_F(Edits, TheLastLnbAndTheLastSdbStay) {
   Make(0);
   const char* const one_lnb = "Cannot delete. Minimum one LNB is required.";
-  ExpectRefusal(DeleteLnbs(messages, database, {0}), one_lnb);
+  ExpectAdvice(DeleteLnbs(messages, database, {0}), one_lnb);
   AddLnb(messages, database, defaults);
-  ExpectRefusal(DeleteLnbs(messages, database, {0, 1}), one_lnb);
-  ExpectRefusal(DeleteSdb(messages, document, 0), "Cannot delete. Minimum one SDB is needed.");
+  ExpectAdvice(DeleteLnbs(messages, database, {0, 1}), one_lnb);
+  ExpectAdvice(DeleteSdb(messages, document, 0), "Cannot delete. Minimum one SDB is needed.");
   EXPECT_EQ(database.lnb_count, 2u);
   EXPECT_EQ(document.slot_mask, 1u);
 }
@@ -291,15 +291,15 @@ TEST_F(Edits, ChosenServicesOfAListKeepTheirOrder) {
 }
 
 TEST_F(Edits, AnSdbOfItsOwnFileNeedsASatelliteAndACarrier) {
-  ExpectRefusal(CheckSeparateSdb(messages, database),
-                "Invalid SDB. \nNOTE: Valid SDB should contain atleast one satellite record.");
+  ExpectAdvice(CheckSeparateSdb(messages, database),
+               "Invalid SDB. \nNOTE: Valid SDB should contain atleast one satellite record.");
   Make(1);
-  ExpectRefusal(CheckSeparateSdb(messages, database),
-                "Invalid SDB. \nNOTE: Valid SDB should contain atleast one Carrier record.");
+  ExpectAdvice(CheckSeparateSdb(messages, database),
+               "Invalid SDB. \nNOTE: Valid SDB should contain atleast one Carrier record.");
   AddCarrier(messages, database, *database.satellites[0], defaults);
   EXPECT_TRUE(CheckSeparateSdb(messages, database));
   database.lnb_count = 17;
-  ExpectRefusal(CheckSeparateSdb(messages, database), "Invalid SDB. LNB count exceecds the limit 16.");
+  ExpectAdvice(CheckSeparateSdb(messages, database), "Invalid SDB. LNB count exceecds the limit 16.");
   database.lnb_count = 1;
 }
 

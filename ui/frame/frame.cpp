@@ -74,7 +74,9 @@ bool FindConfiguration(Application& app) {
 
 bool LoadSettings(Application& app) {
   if (!InitConfig(app.context, app.configuration_file, app.config)) {
-    TellWhy(app.context.messages, Icon::kStop, Utf8FromPath(app.configuration_file),
+    // The reason was told where it was found.
+    TellWhy(app.context.messages, Icon::kStop,
+            Utf8FromPath(app.configuration_file) + ": Choose another configuration file in the settings.",
             "Cannot read Configuration details.");
   }
   app.recent = LoadRecentFiles(app.settings);
