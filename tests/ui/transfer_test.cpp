@@ -478,29 +478,35 @@ std::string FirstStatus(EditorDriver& editor) {
   return editor.Title(FindWindowExW(editor.frame(), nullptr, STATUSCLASSNAMEW, nullptr));
 }
 
-TEST_F(Line, KeysOnCancelAskAndTheOutcomeStaysUntilTheNextCommand) {
+TEST_F(Line, AllButAClickOnCancelAsksAndTheOutcomeStaysUntilTheNextCommand) {
   const auto editor = StartWithDatabase();
   editor->Command(kCmdUploadAdb);
   HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
   ASSERT_NE(dialog, nullptr);
   editor->Until("the first packets",
                 [&] { return Send(GetDlgItem(dialog, IDC_TRANSFER_BAR), PBM_GETPOS) > 2; });
-  const std::pair<unsigned, int> rows[] = {{VK_SPACE, IDNO}, {VK_RETURN, IDYES}};
-  for (const auto& [key, answer] : rows) {
-    if (key == VK_RETURN) {
-      PostMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(dialog, IDCANCEL)), TRUE);
-      ExpectFocus(*editor, dialog, IDCANCEL);
-      PostMessageW(GetDlgItem(dialog, IDCANCEL), WM_KEYDOWN, VK_RETURN, 1);
-    } else {
+  HWND button = GetDlgItem(dialog, IDCANCEL);
+  const std::function<void()> ways[] = {
       // The button is told of the key, and the dialog of the button.
-      Send(GetDlgItem(dialog, IDCANCEL), WM_KEYDOWN, key, 1);
-      PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
-    }
+      [&] {
+        Send(button, WM_KEYDOWN, VK_SPACE, 1);
+        PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+      },
+      [&] { PostMessageW(button, WM_KEYDOWN, VK_ESCAPE, 1); },
+      [&] { PostMessageW(dialog, WM_SYSCOMMAND, SC_CLOSE, 0); },
+      [&] { PostMessageW(button, BM_CLICK, 0, 0); },  // as its access key does
+      [&] {
+        PostMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(button), TRUE);
+        ExpectFocus(*editor, dialog, IDCANCEL);
+        PostMessageW(button, WM_KEYDOWN, VK_RETURN, 1);
+      }};
+  for (const auto& way : ways) {
+    way();
     HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
-    ASSERT_NE(box, nullptr);
+    ASSERT_NE(box, nullptr) << &way - ways;
     EXPECT_EQ(editor->BoxText(box), "Do you want to end the transfer ?");
     EXPECT_TRUE(IsWindow(dialog));
-    editor->Press(box, answer);
+    editor->Press(box, &way - ways < 4 ? IDNO : IDYES);
   }
   editor->Until("the dialog to go", [&] { return !IsWindow(dialog); });
   EXPECT_THAT(FirstStatus(*editor), testing::StartsWith("Cancelled: ADB upload inprogress."));
@@ -559,7 +565,8 @@ TEST_F(Line, CancelsInTheMiddleAndOutlivesAnAttemptToClose) {
     editor->Close();
     EXPECT_TRUE(editor->Answers());
     EXPECT_TRUE(IsWindow(dialog)) << "the frame waits for the transfer";
-    editor->Press(dialog, IDCANCEL);
+    editor->Click(GetDlgItem(dialog, IDCANCEL), {5, 5});
+    editor->Until("the dialog to go", [&] { return !IsWindow(dialog); });
     EXPECT_TRUE(editor->Answers());
     EXPECT_TRUE(editor->FindBox() == nullptr) << editor->BoxText(editor->FindBox());
   }

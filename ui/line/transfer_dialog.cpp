@@ -42,8 +42,9 @@ struct TransferWindow {
   uint64_t shown_range = 0;
   int running = 0;  // calls of the relay's Run, which boxes nest
   bool pressed = false, ended = false;
-  bool keyed = false;   // a key pressed Cancel, and not the mouse
-  bool asking = false;  // whether to cancel
+  bool clicked = false;  // the mouse presses Cancel
+  bool by_key = false;   // its access key presses it, which the button takes for the mouse
+  bool asking = false;   // whether to cancel
 };
 
 void Show(TransferWindow& window, int id, const std::string& text) {
@@ -121,9 +122,10 @@ void EndTransfer(TransferWindow& window) {
   if (window.dialog) EndDialog(window.dialog, IDCANCEL);
 }
 
-// A key that meets the focused button by chance does not end a transfer. False: it goes on, or has ended.
+// A key, or a click beside the button, that meets the dialog by chance does not end a transfer. False: it
+// goes on, or has ended.
 bool MayCancel(TransferWindow& window) {
-  if (!std::exchange(window.keyed, false)) return true;
+  if (window.clicked) return true;
   ++window.running;
   window.asking = true;
   const bool yes = window.app.context.messages.ask("Do you want to end the transfer ?", "", false);
@@ -145,17 +147,17 @@ void DoWork(TransferWindow& window) {
   if (window.asking) PostMessageW(GetLastActivePopup(window.dialog), WM_COMMAND, IDNO, 0);
 }
 
-// Notes whether the mouse or a key presses the button. The dialog asks the button about Enter before it takes
-// it for itself.
+// Notes that the mouse presses the button, which tells the dialog so before the message ends.
 LRESULT CALLBACK CancelProcedure(HWND button, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR id,
                                  DWORD_PTR data) noexcept {
   auto& window = *reinterpret_cast<TransferWindow*>(data);
-  const auto* key = message == WM_GETDLGCODE ? reinterpret_cast<const MSG*>(lparam) : nullptr;
-  if (key && key->message == WM_KEYDOWN) window.keyed = key->wParam == VK_RETURN || key->wParam == VK_SPACE;
-  if (message == WM_KEYDOWN) window.keyed = wparam == VK_SPACE || wparam == VK_RETURN;
-  if (message == WM_LBUTTONDOWN) window.keyed = false;
   if (message == WM_NCDESTROY) RemoveWindowSubclass(button, CancelProcedure, id);
-  return DefSubclassProc(button, message, wparam, lparam);
+  if (message == BM_CLICK) window.by_key = true;
+  window.clicked = message == WM_LBUTTONUP && !window.by_key;
+  const LRESULT result = DefSubclassProc(button, message, wparam, lparam);
+  window.clicked = false;
+  if (message == BM_CLICK) window.by_key = false;
+  return result;
 }
 
 void ShowVerifyBox(const TransferWindow& window) {
