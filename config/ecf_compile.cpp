@@ -63,8 +63,10 @@ constexpr TableSize kTableSizes[] = {
 constexpr size_t kEepromPlace = 1;     // of a product's configurations
 constexpr size_t kAdbRegionName = 15;  // characters of the name that receivers report
 constexpr uint8_t kAdbRegionType = 3;
-constexpr uint32_t kRegionHeader = 64;  // bytes of an image's header, behind which the image stands
-constexpr unsigned kMostKeyParts = 16;  // "configuration.KEY.loader.block_size" has four
+constexpr uint32_t kLastRegionType = 15;  // the files for the line have four bits for it
+constexpr size_t kUnread = SIZE_MAX;      // the place of what is told to be wrong where it stands
+constexpr uint32_t kRegionHeader = 64;    // bytes of an image's header, behind which the image stands
+constexpr unsigned kMostKeyParts = 16;    // "configuration.KEY.loader.block_size" has four
 
 struct Compiler {
   const toml::table* root = nullptr;
@@ -167,6 +169,14 @@ std::string Text(Compiler& compiler, const Table& table, const char* what, size_
   return field ? TextOf(compiler, *field, limit) : std::string();
 }
 
+// The same for what users choose by it.
+std::string NameText(Compiler& compiler, const Table& table, size_t limit) {
+  const Field* field = Required(compiler, table, "name");
+  if (field && field->node->value_exact<std::string>() == "")
+    compiler.Add(*field->node, field->path, "\"name\" is empty.");
+  return field ? TextOf(compiler, *field, limit) : std::string();
+}
+
 int HexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -252,7 +262,7 @@ Table Resolve(Compiler& compiler, const std::string& kind, const std::string& na
   return table;
 }
 
-// The places of the named products or configurations.
+// The places of the named products or configurations, kUnread for each name that is told to be wrong.
 std::vector<size_t> References(Compiler& compiler, const Table& table, const char* what, const char* kind,
                                const std::map<std::string, size_t, std::less<>>& places, size_t limit) {
   std::vector<size_t> references;
@@ -260,22 +270,24 @@ std::vector<size_t> References(Compiler& compiler, const Table& table, const cha
   for (const Field& element : List(compiler, table, what, limit)) {
     const auto key = element.node->value_exact<std::string>();
     const auto found = places.find(key.value_or(""));
+    references.push_back(key && found != places.end() ? found->second : kUnread);
     if (!key) {
       compiler.WrongKind(element, "a list of names");
     } else if (found == places.end()) {
       compiler.Add(*element.node, element.path, "There is no %s \"%s\".", kind, key->c_str());
-    } else {
-      references.push_back(found->second);
     }
   }
   return references;
 }
 
-RegionEntry ReadRegion(Compiler& compiler, const Table& table) {
+// `typed` becomes false when the type is not what was meant.
+RegionEntry ReadRegion(Compiler& compiler, const Table& table, bool& typed) {
   RegionEntry region;
-  region.name = Text(compiler, table, "name", 49);
-  region.type = Byte(compiler, table, "type");
-  const size_t faults = compiler.faults.size();
+  region.name = NameText(compiler, table, 49);
+  size_t faults = compiler.faults.size();
+  region.type = static_cast<uint8_t>(Number(compiler, table, "type", 0, kLastRegionType));
+  typed = typed && compiler.faults.size() == faults;
+  faults = compiler.faults.size();
   region.start = Number(compiler, table, "start", 0, UINT32_MAX);
   // The first address behind it is an address too.
   region.end = Number(compiler, table, "end", 0, UINT32_MAX - 1);
@@ -378,7 +390,8 @@ void CheckAdbRegion(Compiler& compiler, const Table& table, const ContentConfigu
   if (region == configuration.regions.end()) {
     compiler.Add(regions ? *regions->node : *table.node, Below(table.path, "regions"),
                  "There is no region of type 3, which the partitions lie in.");
-  } else if (region->name.size() != kAdbRegionName && regions && regions->node->is_array()) {
+  } else if (!region->name.empty() && region->name.size() != kAdbRegionName && regions &&
+             regions->node->is_array()) {
     const auto place = static_cast<size_t>(region - configuration.regions.begin());
     const Field element = ElementOf(*regions, (*regions->node->as_array())[place], place);
     const toml::node* name = element.node->as_table()->get("name");
@@ -391,7 +404,7 @@ void CheckAdbRegion(Compiler& compiler, const Table& table, const ContentConfigu
 
 ContentConfiguration ReadConfiguration(Compiler& compiler, const Table& table) {
   ContentConfiguration configuration;
-  configuration.name = Text(compiler, table, "name", 127);
+  configuration.name = NameText(compiler, table, 127);
   const auto version = List(compiler, table, "version", 2);
   if (version.size() == 2) {
     configuration.version_a = static_cast<uint8_t>(NumberOf(compiler, version[0], 0, 255));
@@ -404,7 +417,7 @@ ContentConfiguration ReadConfiguration(Compiler& compiler, const Table& table) {
   for (const Field& element : regions) {
     const auto entry = EntryOf(compiler, element, "a region", {"name", "type", "start", "end"});
     read = read && entry;
-    if (entry) configuration.regions.push_back(ReadRegion(compiler, *entry));
+    if (entry) configuration.regions.push_back(ReadRegion(compiler, *entry, read));
   }
   if (!regions.empty()) configuration.loader = ReadLoader(compiler, table);
   configuration.partitions = ReadPartitions(compiler, table);
@@ -535,6 +548,18 @@ void CheckPartitions(Compiler& compiler, size_t configuration, size_t place) {
   CheckRegionRoom(compiler, *list, configuration, partitions, eeprom);
 }
 
+// A product's list of configurations tells them apart by their names.
+void ExpectOnce(Compiler& compiler, const Table& table, std::vector<size_t>& configurations) {
+  const auto elements = List(compiler, table, "configurations", 255);
+  std::set<size_t> seen;
+  for (size_t i = 0; i < configurations.size(); ++i) {
+    if (configurations[i] == kUnread || seen.insert(configurations[i]).second) continue;
+    compiler.Add(*elements[i].node, elements[i].path, "The configuration \"%s\" stands twice in the list.",
+                 elements[i].node->value_exact<std::string>()->c_str());
+    configurations[i] = kUnread;
+  }
+}
+
 ContentProduct ReadProduct(Compiler& compiler, const Table& table) {
   ContentProduct product;
   product.name = Text(compiler, table, "name", 32);
@@ -542,13 +567,14 @@ ContentProduct ReadProduct(Compiler& compiler, const Table& table) {
   product.variant = Byte(compiler, table, "variant", 0);
   product.configurations =
       References(compiler, table, "configurations", "configuration", compiler.configurations, 255);
+  ExpectOnce(compiler, table, product.configurations);
   product.table = ReadProductTable(compiler, table, "table", 255);
   const size_t left = 255 - std::min<size_t>(product.table.size(), 255);
   product.second_table = ReadProductTable(compiler, table, "second_table", left);
   return product;
 }
 
-// The tables under `kind` by their keys; what is none of them is an error.
+// The tables under `kind` by their keys; what is none of them is an error, and nullptr.
 std::vector<std::pair<std::string, const toml::table*>> TablesOf(Compiler& compiler, const Table& root,
                                                                  const char* kind) {
   std::vector<std::pair<std::string, const toml::table*>> tables;
@@ -561,50 +587,70 @@ std::vector<std::pair<std::string, const toml::table*>> TablesOf(Compiler& compi
   }
   for (auto&& [key, node] : *all) {
     const std::string name(key.str());
-    if (const toml::table* table = node.as_table()) {
-      tables.emplace_back(name, table);
-    } else {
-      compiler.WrongKind({&node, Below(kind, name), name}, "a table");
-    }
+    tables.emplace_back(name, node.as_table());
+    if (!tables.back().second) compiler.WrongKind({&node, Below(kind, name), name}, "a table");
   }
   return tables;
 }
 
-void ReadAll(Compiler& compiler) {
-  Table root{{}, compiler.root, "", "the file", true};
-  AddFields(compiler, *compiler.root, "", {"manufacturer", "product", "configuration"}, root);
+void ReadConfigurations(Compiler& compiler, const Table& root) {
   for (const auto& [key, source] : TablesOf(compiler, root, "configuration")) {
+    compiler.configurations.emplace(key, source ? compiler.content.configurations.size() : kUnread);
+    if (!source) continue;
     const Table table = Resolve(compiler, "configuration", key, *source,
                                 {"parent", "name", "version", "loader", "regions", "partitions", "extra",
                                  "menu_languages", "audio_languages"});
-    compiler.configurations.emplace(key, compiler.content.configurations.size());
     compiler.content.configurations.push_back(ReadConfiguration(compiler, table));
     compiler.sources.push_back(table);
   }
+}
+
+// Judges partitions as well: what they must hold depends on the configuration's place in a product.
+void ReadProducts(Compiler& compiler, const Table& root) {
   std::set<size_t> used;
   for (const auto& [key, source] : TablesOf(compiler, root, "product")) {
+    compiler.products.emplace(key, source ? compiler.content.products.size() : kUnread);
+    if (!source) continue;
     const Table table =
         Resolve(compiler, "product", key, *source,
                 {"parent", "name", "byte", "variant", "configurations", "table", "second_table"});
-    compiler.products.emplace(key, compiler.content.products.size());
     compiler.content.products.push_back(ReadProduct(compiler, table));
     const auto& places = compiler.content.products.back().configurations;
     used.insert(places.begin(), places.end());
-    for (size_t i = 0; i < places.size(); ++i) CheckPartitions(compiler, places[i], i);
+    for (size_t i = 0; i < places.size(); ++i) {
+      if (places[i] != kUnread) CheckPartitions(compiler, places[i], i);
+    }
   }
   // A configuration that no product refers to needs the smaller tables only, as for an EEPROM.
   for (size_t i = 0; i < compiler.sources.size(); ++i) {
     if (!used.contains(i)) CheckPartitions(compiler, i, kEepromPlace);
   }
+}
+
+void ReadManufacturers(Compiler& compiler, const Table& root) {
+  std::set<uint8_t> ids;
   Required(compiler, root, "manufacturer");
   for (const Field& element : List(compiler, root, "manufacturer", 65535)) {
     const auto table = EntryOf(compiler, element, "a manufacturer", {"id", "products"});
     if (!table) continue;
     ContentManufacturer manufacturer;
+    const size_t faults = compiler.faults.size();
     manufacturer.id = Byte(compiler, *table, "id");
+    const bool read = compiler.faults.size() == faults;
+    if (const Field* id = Find(*table, "id"); id && read && !ids.insert(manufacturer.id).second)
+      compiler.Add(*id->node, id->path, "There are two manufacturers of id 0x%02X.",
+                   unsigned{manufacturer.id});
     manufacturer.products = References(compiler, *table, "products", "product", compiler.products, 65535);
     compiler.content.manufacturers.push_back(std::move(manufacturer));
   }
+}
+
+void ReadAll(Compiler& compiler) {
+  Table root{{}, compiler.root, "", "the file", true};
+  AddFields(compiler, *compiler.root, "", {"manufacturer", "product", "configuration"}, root);
+  ReadConfigurations(compiler, root);
+  ReadProducts(compiler, root);
+  ReadManufacturers(compiler, root);
 }
 
 // Behind the quoted text that begins at `at`, or at the end of what ends too early.

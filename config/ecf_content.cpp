@@ -175,20 +175,20 @@ ProductTable ReadTableGroup(ByteReader& reader, size_t count) {
   return group;
 }
 
-// Values by the bytes that they are written as, each once.
+// Values by the bytes that they are written as, each once, or once for each `copy` of it.
 template <class Value>
 class Pool {
  public:
   explicit Pool(std::vector<Value>& values) : values_(values) {}
-  size_t PlaceOf(Value value, const ByteWriter& written) {
-    const auto [known, is_new] = places_.emplace(written.bytes(), values_.size());
+  size_t PlaceOf(Value value, const Bytes& written, size_t copy = 0) {
+    const auto [known, is_new] = places_.emplace(std::pair(written, copy), values_.size());
     if (is_new) values_.push_back(std::move(value));
     return known->second;
   }
 
  private:
   std::vector<Value>& values_;
-  std::map<Bytes, size_t> places_;
+  std::map<std::pair<Bytes, size_t>, size_t> places_;
 };
 
 }  // namespace
@@ -235,17 +235,20 @@ EcfContent ReadEcfContent(std::span<const uint8_t> file) {
       reader.Skip(2);
       const size_t second = reader.U8();
       reader.Skip(5);
+      std::map<Bytes, size_t> seen;  // a product refers to each configuration once
       for (size_t k = 0; k < configuration_count && reader.ok(); ++k) {
         ContentConfiguration configuration = ReadConfiguration(reader);
         ByteWriter written;
         WriteConfiguration(written, configuration);
-        product.configurations.push_back(configurations.PlaceOf(std::move(configuration), written));
+        const size_t copy = seen[written.bytes()]++;
+        product.configurations.push_back(
+            configurations.PlaceOf(std::move(configuration), written.bytes(), copy));
       }
       if (total > 0) product.table = ReadTableGroup(reader, total - std::min(second, total));
       if (second > 0) product.second_table = ReadTableGroup(reader, second);
       ByteWriter written;
       WriteProduct(written, content, product);
-      manufacturer.products.push_back(products.PlaceOf(std::move(product), written));
+      manufacturer.products.push_back(products.PlaceOf(std::move(product), written.bytes()));
     }
     content.manufacturers.push_back(std::move(manufacturer));
   }

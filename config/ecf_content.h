@@ -50,7 +50,8 @@ struct EcfContent {
 // The file; nothing when it would be larger than kMaximumEcfSize.
 std::optional<Bytes> WriteEcf(const EcfContent& content);
 
-// What of the file a description can state, equal configurations and products once. Only the blocks in their
+// What of the file a description can state, equal configurations and products once, but for those that one
+// product has twice. Only the blocks in their
 // order count, no offset. Whether that is everything shows when it is written again.
 EcfContent ReadEcfContent(std::span<const uint8_t> file);
 

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "config/ecf.h"
+#include "config/ecf_content.h"
 #include "tests/support/data_folder.h"
 #include "tests/support/ecf_maker.h"
 #include "tests/support/recorder.h"
@@ -114,6 +115,11 @@ TEST_F(CompileFaults, OfAFile) {
       {"manufacturer = []\nproduct = 5", "(2,11): product: \"product\" must be tables by their keys."},
       {"manufacturer = []\nconfiguration.a = 5", "(2,19): configuration.a: \"a\" must be a table."},
       {kMaker, "(3,13): manufacturer[0].products[0]: There is no product \"p\"."},
+      {"[[manufacturer]]\nid = 26\nproducts = []\n[[manufacturer]]\nid = 0x1A\nproducts = []\n"
+       "[[manufacturer]]\nid = \"x\"\nproducts = [\"p\"]\n[product]\np = 5",
+       "(5,6): manufacturer[1].id: There are two manufacturers of id 0x1A.\n"
+       "(8,6): manufacturer[2].id: \"id\" must be a number from 0 to 255.\n"
+       "(11,5): product.p: \"p\" must be a table."},
       {"[[manufacturer]]\nid = 7\nproducts = [1]",
        "(3,13): manufacturer[0].products[0]: \"products\" must be a list of names."},
   };
@@ -146,6 +152,26 @@ TEST_F(CompileFaults, OfAProduct) {
        "(6,19): product.p.configurations[0]: There is no configuration \"c\"."},
   };
   Expect(std::string(kMaker) + "[product.p]\n", faults);
+  // What is wrong in a list moves no other configuration to another place, where more would be wrong.
+  const std::string eeprom =
+      "\nregions = [{name=\"123456789012345\",type=3,start=0,end=300000}]\n"
+      "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n"
+      "partitions = [{type=6,start=800000,length=56352},{type=0,start=0,length=96},"
+      "{type=2,start=96,length=64},{type=3,start=100000,length=2508},"
+      "{type=4,start=200000,length=220000},{type=5,start=500000,length=9998}]";
+  const Fault lists[] = {
+      {"[\"d\", \"c\"]", "(6,19): product.p.configurations[0]: There is no configuration \"d\"."},
+      {"[\"f\", \"c\", \"f\", \"c\", 1]",
+       "(6,29): product.p.configurations[2]: The configuration \"f\" stands twice in the list.\n"
+       "(6,34): product.p.configurations[3]: The configuration \"c\" stands twice in the list.\n"
+       "(6,39): product.p.configurations[4]: \"configurations\" must be a list of names."},
+  };
+  for (const Fault& list : lists) {
+    const std::string text =
+        list.text + ("\n" + std::string(kConfiguration)) + eeprom + "\n[configuration.f]\nname = \"F\"";
+    const Fault whole[] = {{text.c_str(), list.message}};
+    Expect(std::string(kMaker) + "[product.p]\nname = \"P\"\nconfigurations = ", whole);
+  }
 }
 
 TEST_F(CompileFaults, OfAConfiguration) {
@@ -178,6 +204,15 @@ TEST_F(CompileFaults, OfAConfiguration) {
       {"partitions = [{type=7,start=0,length=0}]",
        "(7,1): configuration.c.regions: There is no region of type 3, which the partitions lie in.\n"
        "(9,21): configuration.c.partitions[0].type: \"type\" must be a number from 0 to 6."},
+      {"loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n"
+       "regions = [{name=\"\",type=99,start=0,end=65},{name=\"\",type=16,start=0,end=65}]\n"
+       "partitions = [{type=7,start=0,length=0}]\n[configuration.e]\nname = \"\"",
+       "(10,18): configuration.c.regions[0].name: \"name\" is empty.\n"
+       "(10,26): configuration.c.regions[0].type: \"type\" must be a number from 0 to 15.\n"
+       "(10,51): configuration.c.regions[1].name: \"name\" is empty.\n"
+       "(10,59): configuration.c.regions[1].type: \"type\" must be a number from 0 to 15.\n"
+       "(11,21): configuration.c.partitions[0].type: \"type\" must be a number from 0 to 6.\n"
+       "(13,8): configuration.e.name: \"name\" is empty."},
       {"menu_languages = [[\"eng\"]]",
        "(9,19): configuration.c.menu_languages[0]: \"menu_languages\" must be a list of pairs of code and "
        "name."},
@@ -211,7 +246,7 @@ struct CompilePartitions : CompileTest {
     return Compile(kMaker + configurations + kConfiguration +
                    Format("regions = [{name=\"123456789012345\",type=3,start=0,end=%d}]\n", region) +
                    "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\npartitions = [" +
-                   partitions + "]\n[configuration.d]\nname = \"D\"\n")
+                   partitions + "]\n[configuration.d]\nname = \"D\"\n[configuration.e]\nname = \"E\"\n")
         .has_value();
   }
 };
@@ -223,15 +258,16 @@ TEST_F(CompilePartitions, HoldTheirTables) {
       EXPECT_TRUE(Compiles(row.type, row.eeprom, places));
       EXPECT_FALSE(Compiles(row.type, row.eeprom - 1, places));
     }
-    for (const char* places : {"\"c\"", "\"d\", \"d\", \"c\"", "\"d\", \"c\", \"c\""}) {
-      EXPECT_TRUE(Compiles(row.type, row.journal, places));
+    const char* const in_two = "\"d\", \"c\"]\n[product.q]\nname = \"Q\"\nconfigurations = [\"c\"";
+    for (const std::string places : {"\"c\"", "\"d\", \"e\", \"c\"", in_two}) {
+      EXPECT_TRUE(Compiles(row.type, row.journal, places.c_str()));
       recorder.Texts();
-      EXPECT_FALSE(Compiles(row.type, row.journal - 1, places));
+      EXPECT_FALSE(Compiles(row.type, row.journal - 1, places.c_str()));
       const std::string text = recorder.Texts().at(0);
       EXPECT_NE(text.find(Format(
-                    "(11,%d): configuration.c.partitions[0].length: A partition of type %d has at least "
+                    "(%d,%d): configuration.c.partitions[0].length: A partition of type %d has at least "
                     "%d bytes for its table",
-                    38, row.type, row.journal)),
+                    places == in_two ? 14 : 11, 38, row.type, row.journal)),
                 std::string::npos)
           << text;
     }
@@ -345,12 +381,12 @@ TEST_F(DescribeTest, CompilesToTheSameBytes) {
         "\"\"\nconfigurations = []\n"
         "second_table = [\"000102030405060708090a0b0c0d0e0f10111213\"]\n"
         "[product.q]\nname = \"a\\\"b\\\\c\\u0007\\u0081\\u20AC\"\nbyte = 255\nvariant = 9\n"
-        "configurations = [\"c\", \"d\", \"c\"]\n"
+        "configurations = [\"c\", \"d\"]\n"
         "[configuration.c]\nname = \"A b\"\nversion = [255, 15]\nmenu_languages = []\nextra = "
         "\"0102030405060708\"\n"
         "[configuration.d]\nname = \"a-B\"\naudio_languages = [[\"\", \"\"], [\"abc\", \"\\u0001\"]]\n"
         "regions = [{name=\"123456789012345\",type=3,start=4000000000,end=4294967294},"
-        "{name=\"\",type=255,start=0,end=65}]\n"
+        "{name=\"\\u0081\",type=15,start=0,end=65}]\n"
         "loader = {header_tag=0,packet_tag=255,block_size=256,packet_size=2979}\n"
         "partitions = "
         "[{type=0,number=255,start=1,length=96,bitmap_bits=0},{type=5,number=3,start=300000,length=9998},"
@@ -360,6 +396,15 @@ TEST_F(DescribeTest, CompilesToTheSameBytes) {
     ASSERT_TRUE(file) << testing::PrintToString(recorder.Texts());
     ExpectRoundTrip(*file);
   }
+  // One configuration at several places of a product, as a file may have it.
+  EcfContent content;
+  content.configurations.resize(2);
+  content.configurations[0].name = "A";
+  content.configurations[1].name = "a";
+  content.products = {{.name = "P", .configurations = {0, 1, 0, 0}, .table = {}, .second_table = {}},
+                      {.name = "Q", .configurations = {0, 0}, .table = {}, .second_table = {}}};
+  content.manufacturers = {{1, {0, 1}}};
+  ExpectRoundTrip(WriteEcf(content).value_or(Bytes{}));
 }
 
 TEST_F(DescribeTest, OfWhatNoDescriptionStatesNamesThePlace) {
