@@ -20,7 +20,7 @@ namespace {
 constexpr const char* kTableFormat = "csv-table";
 
 struct ExportOptions {
-  std::string file, output, format = "text", sdb = "1", page = "Windows-1252", what;
+  std::string file, output, format = "text", sdb = "1", page = "Windows-1252", what, from;
   bool mark = false;
 };
 
@@ -34,7 +34,7 @@ void RefuseEmpty(CommandState& state, const std::string& file) {
 std::string TextOf(const Document& document, size_t place, const ExportOptions& options) {
   const OpenSdb& sdb = document.sdbs[place];
   const CodePage& page = *FindCodePage(options.page);
-  if (options.format == "html") return ReportPage(document, place, page);
+  if (options.format == "html") return ReportPage(document, place, page, PlaceFromText(options.from));
   if (options.format == "json") return JsonOfSdb(sdb, page);
   const std::string mark = options.mark ? "\xEF\xBB\xBF" : "";
   if (options.format == "csv") return mark + CsvOfSdb(sdb, page);
@@ -51,6 +51,8 @@ void Export(CommandState& state, const ExportOptions& options) {
     throw CLI::ValidationError("--bom", "goes with --format csv and csv-table");
   if (table == options.what.empty())
     throw CLI::ValidationError("--what", "goes with --format csv-table, and is needed there");
+  if (!options.from.empty() && options.format != "html")
+    throw CLI::ValidationError("--place", "goes with --format html");
   ExpectApart({{"FILE", PathFromUtf8(options.file)}}, {{"--output", PathFromUtf8(options.output)}});
   const Document document = OpenDocument(state, options.file);
   std::string text;
@@ -89,6 +91,12 @@ void AddExportCommand(CLI::App& program, CommandState& state) {
       ->check(OneOf(TableNames()));
   command.add_option("--code-page", options->page, "In which page the names of the database are read")
       ->check(CheckCodePage);
+  command
+      .add_option("--place", options->from,
+                  "Latitude,longitude in degrees (51.5,-0.13), from where a page says where the dish looks")
+      ->check([](const std::string& text) {
+        return PlaceFromText(text) ? "" : "\"" + text + "\" is no latitude and longitude, such as 51.5,-0.13";
+      });
   command.add_flag("--bom", options->mark, "Begin a CSV table of either kind with a byte-order mark");
   command.callback([&state, options] { Export(state, *options); });
 }

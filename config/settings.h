@@ -40,6 +40,7 @@ inline constexpr const char* kDefaultsKey = "Defaults";
 inline constexpr const char* kWindowKey = "Window";
 inline constexpr const char* kConsoleKey = "Console";
 inline constexpr const char* kTransferKey = "Transfer";
+inline constexpr const char* kPlaceKey = "Place";
 
 inline constexpr std::array kPortNames = {"COM1", "COM2", "COM3", "COM4"};
 

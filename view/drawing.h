@@ -2,19 +2,22 @@
 // window paints them. What a shape is for is its paint; colours are the face's.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vexa {
 
 enum class Paint : uint8_t {
-  kPlain,  // texts and axes
-  kFaint,  // lanes, leaders, ticks
-  kEdge,   // edges of a band, and where it is parted
-  kRange,  // what an LNB receives
-  kFec,    // of a carrier: `index` is the code, 0 to 7
-  kLnb     // of a satellite: `index` is its LNB, 0 to 15
+  kPlain,   // texts and axes
+  kFaint,   // lanes, leaders, ticks
+  kEdge,    // edges of a band, and where it is parted
+  kRange,   // what an LNB receives
+  kFec,     // of a carrier: `index` is the code, 0 to 7
+  kLnb,     // of a satellite: `index` is its LNB, 0 to 15
+  kBeneath  // of a carrier of another database; of a satellite that cannot be seen
 };
 
 enum class ShapeKind : uint8_t {
@@ -26,6 +29,8 @@ enum class ShapeKind : uint8_t {
 
 enum class TextPlace : uint8_t { kStart, kMiddle, kEnd, kUpwards };  // where x, y is; upwards: turned left
 
+inline constexpr size_t kNoItem = static_cast<size_t>(-1);
+
 // x goes right, y goes down.
 struct Shape {
   ShapeKind kind = ShapeKind::kRectangle;
@@ -34,7 +39,8 @@ struct Shape {
   TextPlace place = TextPlace::kStart;
   bool faulty = false;  // hatched red
   double x = 0, y = 0, width = 0, height = 0;
-  std::string text;  // UTF-8: what a text shows, the tip of another shape
+  std::string text;       // UTF-8: what a text shows, the tip of another shape
+  size_t item = kNoItem;  // which of the things that are drawn it stands for; what they are says the drawing
 };
 
 struct Drawing {
@@ -42,6 +48,10 @@ struct Drawing {
   std::string title;          // UTF-8, for those who do not see it
   std::vector<Shape> shapes;  // later ones lie above earlier ones
 };
+
+// The shape with a tip under the point, the uppermost of several; narrow ones are hit within `reach` units.
+// nullptr: none.
+const Shape* ShapeAt(const Drawing& drawing, double x, double y, double reach);
 
 // Shapes without a tip.
 Shape LineShape(Paint paint, double x1, double y1, double x2, double y2);

@@ -23,8 +23,8 @@ int FloorTo(int value, int step) {
 
 class OrbitPainter {
  public:
-  OrbitPainter(const StaticDatabase& database, const CodePage& page)
-      : page_(page), places_(OrbitPlaces(database)) {
+  OrbitPainter(const StaticDatabase& database, const CodePage& page, const std::optional<Place>& place)
+      : page_(page), from_(place), places_(OrbitPlaces(database)) {
     drawing_.width = kOrbitWidth;
     drawing_.height = kOrbitHeight;
     drawing_.title = Format("%zu satellites from West to East", places_.size());
@@ -99,6 +99,10 @@ class OrbitPainter {
            (record.east ? "E" : "W");
   }
 
+  std::optional<LookAngle> AngleOf(const OrbitPlace& place) const {
+    return from_ ? std::optional(LookAngleOf(*from_, place.position)) : std::nullopt;
+  }
+
   void AddName(const OrbitPlace& place, double name) {
     const double x = XOf(place.position);
     drawing_.shapes.push_back(LineShape(Paint::kFaint, x, YOf(x), name, kNamesFoot + 3));
@@ -119,15 +123,19 @@ class OrbitPainter {
                 .y = YOf(x),
                 .width = disc + ring,
                 .text = NameOfPlace(place) +
-                        Format(", LNB%u, %zu carriers, %zu services", lnb + 1, carriers, place.services)};
+                        Format(", LNB%u, %zu carriers, %zu services", lnb + 1, carriers, place.services),
+                .item = place.item};
+    const std::optional<LookAngle> angle = AngleOf(place);
+    if (angle) shape.text += ", " + LookAngleText(*angle);
     drawing_.shapes.push_back(shape);
-    shape.paint = Paint::kLnb;
+    shape.paint = angle && angle->elevation < 0 ? Paint::kBeneath : Paint::kLnb;
     shape.index = static_cast<uint8_t>(lnb % kMaximumLnbs);
     shape.width = disc;
     drawing_.shapes.push_back(std::move(shape));
   }
 
   const CodePage& page_;
+  const std::optional<Place> from_;
   const std::vector<OrbitPlace> places_;
   int low_ = 0, high_ = kLeastSpan;  // tenths of a degree
   size_t most_services_ = 1, most_carriers_ = 1;
@@ -136,12 +144,17 @@ class OrbitPainter {
 
 }  // namespace
 
+int OrbitalPositionOf(const Satellite& satellite) {
+  const int angle = static_cast<int>(satellite.record.angle);
+  return satellite.record.east ? angle : -angle;
+}
+
 std::vector<OrbitPlace> OrbitPlaces(const StaticDatabase& database) {
   std::vector<OrbitPlace> places;
-  for (const Satellite* satellite : database.satellites) {
+  for (size_t i = 0; i < database.satellites.size(); ++i) {
+    const Satellite* satellite = database.satellites[i];
     if (IsUnusedPlace(*satellite)) continue;
-    const int angle = static_cast<int>(satellite->record.angle);
-    OrbitPlace place{satellite, satellite->record.east ? angle : -angle, 0};
+    OrbitPlace place{satellite, OrbitalPositionOf(*satellite), 0, i};
     for (const Carrier* carrier : satellite->carriers) place.services += carrier->services.size();
     places.push_back(place);
   }
@@ -150,8 +163,8 @@ std::vector<OrbitPlace> OrbitPlaces(const StaticDatabase& database) {
   return places;
 }
 
-Drawing Orbit(const StaticDatabase& database, const CodePage& page) {
-  return OrbitPainter(database, page).Draw();
+Drawing Orbit(const StaticDatabase& database, const CodePage& page, const std::optional<Place>& place) {
+  return OrbitPainter(database, page, place).Draw();
 }
 
 }  // namespace vexa

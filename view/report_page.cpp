@@ -26,8 +26,13 @@ std::string PidCell(uint32_t pid) {
 
 class PageWriter {
  public:
-  PageWriter(const Document& document, size_t sdb, const CodePage& code_page)
-      : document_(document), sdb_(sdb), database_(*document.sdbs[sdb].database), code_page_(code_page) {
+  PageWriter(const Document& document, size_t sdb, const CodePage& code_page,
+             const std::optional<Place>& place)
+      : document_(document),
+        sdb_(sdb),
+        database_(*document.sdbs[sdb].database),
+        code_page_(code_page),
+        place_(place) {
     name_ = Utf8FromPage(code_page, document.sdbs[sdb].name);
     // About what a row and a block take.
     page_.reserve(65536 + database_.services.size() * 230 + database_.carriers.size() * 400);
@@ -114,7 +119,7 @@ class PageWriter {
 
   void AddOrbit() {
     Add("<section id=\"orbit\">\n<h2>Orbit</h2>\n<figure>\n");
-    AppendSvg(page_, Orbit(database_, code_page_));
+    AppendSvg(page_, Orbit(database_, code_page_, place_));
     Add("</figure>\n<ul class=\"key\">\n");
     for (size_t i = 0; i < database_.lnb_count && i < kMaximumLnbs; ++i) {
       const LnbRecord& lnb = database_.lnbs[i];
@@ -158,14 +163,13 @@ class PageWriter {
       AddText(Named(NameOf(satellite.record.name)) + " " + AngleText(satellite.record.angle) + " " +
               kSides[satellite.record.east]);
       Add("</h3>\n");
-      AppendSvg(page_, BandPlan(database_, satellite, code_page_));
+      AppendSvg(page_, PlanOf(database_, satellite, code_page_).drawing);
       Add("</figure>\n");
     }
     Add("</section>\n");
   }
 
-  void BeginTable(const char* id, const char* title, size_t rows,
-                  std::initializer_list<const char*> columns) {
+  void BeginTable(const char* id, const char* title, size_t rows, const std::vector<const char*>& columns) {
     page_ += Format(
         "<section id=\"%s\">\n<h2>%s: <span class=\"count\">%zu</span></h2>\n<div class=\"wide\"><table "
         "class=\"list\">\n<thead><tr>",
@@ -176,30 +180,49 @@ class PageWriter {
   void EndTable() { Add("</tbody>\n</table></div>\n</section>\n"); }
 
   // Texts are escaped here.
-  void AddRow(std::initializer_list<std::string_view> cells) {
-    Add("<tr>");
+  void AddCells(std::initializer_list<std::string_view> cells) {
     for (const std::string_view cell : cells) {
       Add("<td>");
       AddText(cell);
       Add("</td>");
     }
+  }
+  void AddRow(std::initializer_list<std::string_view> cells) {
+    Add("<tr>");
+    AddCells(cells);
     Add("</tr>\n");
   }
 
   void AddSatellites() {
-    BeginTable("satellites", "Satellites", database_.satellites.size(),
-               {"No", "Satellite Name", "Angle", "East/West Flag", "Position", "Carrier Count", "LNB Index",
-                "LNB freq 1", "LNB freq 2"});
+    std::vector<const char*> columns = {"No",        "Satellite Name", "Angle",     "East/West Flag",
+                                        "Position",  "Carrier Count",  "LNB Index", "LNB freq 1",
+                                        "LNB freq 2"};
+    if (place_) columns.insert(columns.end(), {"Azimuth", "Elevation", "Skew"});
+    BeginTable("satellites", "Satellites", database_.satellites.size(), columns);
     for (size_t i = 0; i < database_.satellites.size(); ++i) {
       const Satellite& satellite = *database_.satellites[i];
       const SatelliteRecord& record = satellite.record;
       const LnbRecord& lnb = LnbOf(database_, satellite);
-      AddRow({std::to_string(i + 1), Named(NameOf(record.name)), AngleText(record.angle), kSides[record.east],
-              std::to_string(record.position), std::to_string(satellite.carriers.size()),
-              "LNB" + std::to_string(record.lnb_index + 1u), std::to_string(lnb.frequency1),
-              std::to_string(lnb.frequency2)});
+      Add("<tr>");
+      AddCells({std::to_string(i + 1), Named(NameOf(record.name)), AngleText(record.angle),
+                kSides[record.east], std::to_string(record.position),
+                std::to_string(satellite.carriers.size()), "LNB" + std::to_string(record.lnb_index + 1u),
+                std::to_string(lnb.frequency1), std::to_string(lnb.frequency2)});
+      if (place_) AddLookAngle(satellite);
+      Add("</tr>\n");
     }
     EndTable();
+  }
+
+  void AddLookAngle(const Satellite& satellite) {
+    const LookAngle angle = LookAngleOf(*place_, OrbitalPositionOf(satellite));
+    if (IsUnusedPlace(satellite)) {
+      AddCells({"", "", ""});
+    } else if (angle.elevation < 0) {
+      AddCells({"", "below the horizon", ""});
+    } else {
+      AddCells({Format("%.1f", angle.azimuth), Format("%.1f", angle.elevation), Format("%.1f", angle.skew)});
+    }
   }
 
   void AddCarriers() {
@@ -266,13 +289,15 @@ class PageWriter {
   const size_t sdb_;
   const StaticDatabase& database_;
   const CodePage& code_page_;
+  const std::optional<Place>& place_;
   std::string name_, page_;
 };
 
 }  // namespace
 
-std::string ReportPage(const Document& document, size_t sdb, const CodePage& page) {
-  return PageWriter(document, sdb, page).Write();
+std::string ReportPage(const Document& document, size_t sdb, const CodePage& page,
+                       const std::optional<Place>& place) {
+  return PageWriter(document, sdb, page, place).Write();
 }
 
 }  // namespace vexa

@@ -17,7 +17,7 @@ svg{width:100%;height:auto;font-size:11px;display:block}
 svg.defs{width:0;height:0;position:absolute}
 svg text{fill:var(--ink)}svg line{stroke:var(--ink)}svg circle{stroke:var(--page);stroke-width:.6}svg circle:not([class]){fill:var(--faint)}
 svg .g{stroke:var(--line)}svg .e{stroke:var(--faint);stroke-dasharray:4 3}svg rect.r{fill:var(--faint)}
-svg rect{stroke:var(--page);stroke-width:.4}svg rect.x{fill:url(#hatch);stroke:var(--bad);stroke-width:1;pointer-events:none}
+svg .b{fill:var(--soft);stroke:var(--line)}svg rect{stroke:var(--page);stroke-width:.4}svg rect.x{fill:url(#hatch);stroke:var(--bad);stroke-width:1;pointer-events:none}
 #hatch path{stroke:var(--bad);stroke-width:2}
 .key{display:flex;flex-wrap:wrap;gap:.2em 1.2em;list-style:none;padding:0;font-size:.9em}.key svg{display:inline-block;width:1em;height:1em;vertical-align:-.1em;margin-right:.4em}
 .wide{overflow-x:auto}

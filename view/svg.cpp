@@ -22,6 +22,8 @@ std::string ClassOf(const Shape& shape) {
       return "f" + std::to_string(shape.index);
     case Paint::kLnb:
       return "l" + std::to_string(shape.index);
+    case Paint::kBeneath:
+      return "b";
   }
   return "";
 }
@@ -97,20 +99,6 @@ void AppendShape(std::string& page, const Shape& shape, const std::string& paint
 }
 
 }  // namespace
-
-Shape LineShape(Paint paint, double x1, double y1, double x2, double y2) {
-  return {.kind = ShapeKind::kLine,
-          .paint = paint,
-          .x = x1,
-          .y = y1,
-          .width = x2 - x1,
-          .height = y2 - y1,
-          .text = {}};
-}
-
-Shape TextShape(double x, double y, TextPlace place, std::string text) {
-  return {.kind = ShapeKind::kText, .place = place, .x = x, .y = y, .text = std::move(text)};
-}
 
 void AppendMarkup(std::string& page, std::string_view text) {
   while (!text.empty()) {

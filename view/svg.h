@@ -13,7 +13,8 @@ namespace vexa {
 void AppendMarkup(std::string& page, std::string_view text);
 
 // Appends the drawing as an <svg> element for the inside of a page. A paint is a class: "e" edge, "r" range,
-// "g" faint, "f0" to "f7" FEC, "l0" to "l15" LNB, none for plain; "x" is the hatching over a faulty shape.
+// "g" faint, "f0" to "f7" FEC, "l0" to "l15" LNB, "b" beneath, none for plain; "x" is the hatching over a
+// faulty shape.
 void AppendSvg(std::string& page, const Drawing& drawing);
 
 }  // namespace vexa

@@ -90,7 +90,7 @@ TEST_F(Pictures, BlocksStandOverTheirFrequencies) {
   Add(3600, 20000);
   Add(20000, 1000, kVertical);
   satellite.carriers[0]->record.fec = 3;
-  const Drawing plan = BandPlan(database, satellite, Windows1252());
+  const Drawing plan = PlanOf(database, satellite, Windows1252()).drawing;
   std::vector<const Shape*> blocks;  // C: the third; Ku: the first, then the vertical ones
   size_t ranges = 0;
   for (const Shape& shape : plan.shapes) {
@@ -112,7 +112,7 @@ TEST_F(Pictures, BlocksStandOverTheirFrequencies) {
   EXPECT_EQ(blocks[1]->index, 3);
   EXPECT_EQ(blocks[0]->y + blocks[0]->height + 30 + 22 + 22, blocks[1]->y + blocks[1]->height);
   EXPECT_TRUE(blocks[0]->faulty && !blocks[1]->faulty && !blocks[2]->faulty && blocks[3]->faulty);
-  EXPECT_TRUE(BandPlan(database, *AddTestSatellite(database, "None"), Windows1252()).shapes.empty());
+  EXPECT_TRUE(PlanOf(database, *AddTestSatellite(database, "None"), Windows1252()).drawing.shapes.empty());
 }
 
 TEST_F(Pictures, TheOrbitGoesFromWestToEast) {
