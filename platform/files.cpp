@@ -226,6 +226,18 @@ void PutBack(const Path& target, Former& former) {
   }
 }
 
+// Null when it cannot be opened, and `why`.
+std::unique_ptr<std::FILE, CloseFile> OpenToRead(const Path& path, std::error_code& why) {
+  if (fs::is_directory(path, why)) {
+    why = std::make_error_code(std::errc::is_a_directory);
+    return nullptr;
+  }
+  ForgetFileErrors();
+  std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
+  why = file ? std::error_code() : LastFileError();
+  return file;
+}
+
 // Everything from here to the end; not done when reading breaks off or more than `limit` bytes come. `size`
 // is a first guess only: a pipe has none and a file may still grow.
 Outcome ReadToEnd(std::FILE* file, uint64_t size, uint64_t limit, Bytes& content) {
@@ -258,11 +270,8 @@ Path FollowLinks(Path path) {
 ReadResult ReadWholeFile(const Path& path, Bytes& content, uint64_t limit) {
   content.clear();
   std::error_code error;
-  if (fs::is_directory(path, error))
-    return {ReadResult::kCannotOpen, std::make_error_code(std::errc::is_a_directory)};
-  ForgetFileErrors();
-  const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
-  if (!file) return {ReadResult::kCannotOpen, LastFileError()};
+  const auto file = OpenToRead(path, error);
+  if (!file) return {ReadResult::kCannotOpen, error};
   const uint64_t size = fs::file_size(path, error);
   if (!error && size > limit) return {ReadResult::kFailed, std::make_error_code(std::errc::file_too_large)};
   const Outcome read = ReadToEnd(file.get(), error ? 0 : size, limit, content);
@@ -274,11 +283,8 @@ ReadResult ReadWholeFile(const Path& path, Bytes& content, uint64_t limit) {
 ReadResult ReadFileStart(const Path& path, size_t count, std::string& start) {
   start.clear();
   std::error_code error;
-  if (fs::is_directory(path, error))
-    return {ReadResult::kCannotOpen, std::make_error_code(std::errc::is_a_directory)};
-  ForgetFileErrors();
-  const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
-  if (!file) return {ReadResult::kCannotOpen, LastFileError()};
+  const auto file = OpenToRead(path, error);
+  if (!file) return {ReadResult::kCannotOpen, error};
   start.resize(count);
   ForgetFileErrors();
   start.resize(std::fread(start.data(), 1, count, file.get()));
