@@ -63,6 +63,7 @@ constexpr SettingRow kSettings[] = {
     {kWindowKey, "ServiceOrder", nullptr},
     {kWindowKey, "FavouriteOrder", nullptr},
     {kWindowKey, "UbiOrder", nullptr},
+    {kWindowKey, "PictureHeight", nullptr},
     {kConsoleKey, "HexadecimalView", "0"},
     {kConsoleKey, "TimeStamps", "0"},
     {kConsoleKey, "ConnectAgain", "0"},
@@ -450,7 +451,7 @@ std::string TextOf(const std::vector<int>& numbers) {
 }
 
 constexpr size_t kFirstColumnRow = 5, kFirstOrderRow = kFirstColumnRow + kColumnSets;  // of the subkey's rows
-static_assert(CountOf(kWindowKey) == kFirstOrderRow + kColumnSets);
+static_assert(CountOf(kWindowKey) == kFirstOrderRow + kColumnSets + 1);
 
 }  // namespace
 
@@ -475,6 +476,7 @@ WindowSettings LoadWindowSettings(const SettingsStore& store) {
     window.height = *height;
   }
   if (const auto split = number(4, 1)) window.split = *split;
+  if (const auto picture = number(rows.size() - 1, 0)) window.picture_height = *picture;
   for (size_t i = 0; i < window.columns.size(); ++i) {
     if (const auto text = store.read(key, rows[kFirstColumnRow + i]->name))
       window.columns[i] = NumbersOf(*text);
@@ -494,6 +496,7 @@ void SaveWindowSettings(const SettingsStore& store, const WindowSettings& window
       store.write(key, rows[i]->name, std::to_string(numbers[i]));
   }
   store.write(key, rows[kFirstColumnRow - 1]->name, std::to_string(window.split));
+  store.write(key, rows.back()->name, std::to_string(window.picture_height));
   for (size_t i = 0; i < window.columns.size(); ++i) {
     if (!window.columns[i].empty())
       store.write(key, rows[kFirstColumnRow + i]->name, TextOf(window.columns[i]));

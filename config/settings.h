@@ -138,6 +138,7 @@ struct WindowSettings {
   // The frame's place while it is not maximised, in screen coordinates; a width of 0: none is known.
   int left = 0, top = 0, width = 0, height = 0;
   int split = 280;                                    // width of the tree
+  int picture_height = 0;                             // of the picture below; 0: it is not shown
   std::array<std::vector<int>, kColumnSets> columns;  // widths, by ColumnSet; empty: the standard ones
   // Places of the columns from left to right; empty: as they are made.
   std::array<std::vector<int>, kColumnSets> column_orders;

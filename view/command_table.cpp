@@ -128,6 +128,11 @@ constexpr CommandInfo kCommands[] = {
      .tip = "Write the database as a text report",
      .block = Block::kExport,
      .button = {.place = 22, .picture = 5}},
+    {.id = kCmdHtmlPage,
+     .text = "&HTML page",
+     .needs = kNeedsEditor,
+     .tip = "Write the SDB as a page with its orbit, band plans and tables",
+     .block = Block::kExport},
 
     {.id = kCmdSdbInformation,
      .text = "SDB &Information",
@@ -325,6 +330,14 @@ constexpr CommandInfo kCommands[] = {
      .needs = kNeedsEditor | kNeedsViews,
      .tip = "Show TV and radio services",
      .block = Block::kViews},
+
+    {.id = kCmdPicture,
+     .text = "&Picture",
+     .key = Ctrl('B'),
+     .needs = kNeedsEditor,
+     .tip = "Show the band plan of the satellite, or the orbit, below the list",
+     .block = Block::kPicture,
+     .checked = Holds<&WindowState::picture>},
 
     {.id = kCmdUploadAdb,
      .text = "ADB Data  ( PC to STB )",

@@ -103,6 +103,8 @@ constexpr Entry kEditor[] = {
     All(1, Block::kWholeDatabase),
     Popup(0, "Vie&w"),
     All(1, Block::kViews),
+    Line(1),
+    All(1, Block::kPicture),
     Popup(0, "Tran&sfer"),
     All(1, Block::kUpload),
     Part(1, kEndOfTransfer),

@@ -11,8 +11,8 @@ namespace vexa {
 
 namespace {
 
-constexpr double kOrbitWidth = 1000, kOrbitHeight = 390, kLeft = 40, kRight = 960;
-constexpr double kArcTop = 250, kArcDepth = 70;     // its highest point, and how far its ends lie below
+constexpr double kOrbitWidth = 1000, kOrbitHeight = 335, kLeft = 40, kRight = 960;
+constexpr double kArcTop = 220, kArcDepth = 50;     // its highest point, and how far its ends lie below
 constexpr double kNamesFoot = 190, kNameStep = 13;  // the least distance of two names
 constexpr double kLeastDisc = 3, kDiscGrowth = 8, kLeastRing = 1, kRingGrowth = 3;
 constexpr int kStep = 100, kLeastSpan = 600;  // tenths of a degree

@@ -22,6 +22,8 @@ struct WindowState {
   bool part_compressed = false;  // the selected SDB, or all UBIs while these are selected
   bool can_undo_other = false;   // there is a change to take back, and it was no sort
 
+  bool picture = false;  // database windows show the picture below their lists
+
   // Of the console; as here when it is not open.
   std::optional<ConsoleOptions> console;
   bool port_wanted = false;  // connected, or waiting for a lost port

@@ -97,12 +97,13 @@ TEST(WindowSettings, AreReadAsTheyWereWritten) {
   window.width = 1;
   window.height = 700;
   window.split = 333;
+  window.picture_height = 210;
   window.columns[static_cast<size_t>(ColumnSet::kServices)] = {44, 0, 150};
   window.column_orders[static_cast<size_t>(ColumnSet::kServices)] = {2, 0, 1};
   SaveWindowSettings(store, window);
   const WindowSettings read = LoadWindowSettings(store);
-  EXPECT_EQ((std::array{read.left, read.top, read.width, read.height, read.split}),
-            (std::array{-1200, 40, 1, 700, 333}));
+  EXPECT_EQ((std::array{read.left, read.top, read.width, read.height, read.split, read.picture_height}),
+            (std::array{-1200, 40, 1, 700, 333, 210}));
   EXPECT_EQ(read.columns, window.columns);
   EXPECT_EQ(read.column_orders, window.column_orders);
 }

@@ -146,7 +146,7 @@ TEST_F(Pictures, TheOrbitGoesFromWestToEast) {
   EXPECT_GT(discs[0].width, discs[1].width);
   EXPECT_NEAR(discs[1].x, 40 + 920 * 5 / 70.0, 1e-6);
   EXPECT_EQ(discs[1].index, 2);
-  EXPECT_LT(discs[3].y, 250 + 70);
+  EXPECT_LT(discs[3].y, 220 + 50);
   ASSERT_EQ(texts.size(), 4u);
   for (size_t i = 1; i < 4; ++i) EXPECT_GE(texts[i] - texts[i - 1], 12.9);
 }

@@ -17,7 +17,9 @@
 #include "platform/temporary_folder.h"
 #include "ui/controls/windows_api.h"
 #include "view/command_table.h"
+#include "view/look_angle.h"
 #include "view/recovery.h"
+#include "view/room.h"
 
 namespace vexa {
 
@@ -55,7 +57,9 @@ struct Application {
   // The import wizard: leaves the chosen records; false when the user gave up.
   std::function<bool(WorkRecords&)> choose_records;
   WindowSettings window;
-  std::string outcome;  // of the last transfer, in the status line until the next command
+  RoomLook room;               // in the receiver, as the status line shows it
+  std::optional<Place> place;  // where the user is, from where satellites are looked at
+  std::string outcome;         // of the last transfer, in the status line until the next command
   FindQuery last_search;
   HWND findings = nullptr;               // the window of the database check, while it is open
   std::function<bool()> port_connected;  // whether the uploader console's port is open; empty: no console

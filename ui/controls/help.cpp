@@ -23,17 +23,8 @@ HtmlHelpFunction HtmlHelp() {
 }
 
 bool Show(Application& app, const HelpWay& way) {
-  if (app.describe_menus) {
-    const std::string name = Utf8FromPath(way.target);
-    return !way.html_help &&
-           WriteWholeFile(app.context.temporary_folder / "help.txt",
-                          {reinterpret_cast<const uint8_t*>(name.data()), name.size()}) == WriteResult::kDone;
-  }
-  if (!way.html_help) {
-    const auto result = reinterpret_cast<INT_PTR>(
-        ShellExecuteW(app.frame, L"open", way.target.c_str(), nullptr, nullptr, SW_SHOWNORMAL));
-    return result > 32;
-  }
+  if (!way.html_help) return ShowInBrowser(app, way.target);
+  if (app.describe_menus) return false;
   const HtmlHelpFunction show = HtmlHelp();
   // Owned by the frame, it outlives the dialog that asked for it.
   const bool shown = show && show(app.frame, way.target.c_str(), kDisplayTopic, 0);
@@ -51,6 +42,17 @@ void ShowHelp(Application& app, std::string_view page) {
   }
   Tell(app.context.messages, Icon::kInformation, "%s",
        HelpFailureText(folder, ways, HtmlHelp() != nullptr).c_str());
+}
+
+bool ShowInBrowser(Application& app, const Path& page) {
+  if (app.describe_menus) {
+    const std::string name = Utf8FromPath(page);
+    return WriteWholeFile(app.context.temporary_folder / "help.txt",
+                          {reinterpret_cast<const uint8_t*>(name.data()), name.size()}) == WriteResult::kDone;
+  }
+  const auto result = reinterpret_cast<INT_PTR>(
+      ShellExecuteW(app.frame, L"open", page.c_str(), nullptr, nullptr, SW_SHOWNORMAL));
+  return result > 32;
 }
 
 void EndHelp(const Application& app) {

@@ -8,6 +8,7 @@
 #include "ui/controls/guard.h"
 #include "ui/controls/resource.h"
 #include "ui/editor/editor_parts.h"
+#include "ui/editor/picture_pane.h"
 #include "view/command_table.h"
 
 namespace vexa {
@@ -16,6 +17,7 @@ namespace {
 
 constexpr int kSplitterWidth = 5;
 constexpr int kButtonWidth = 84, kButtonHeight = 23, kGap = 6, kLabelHeight = 18, kLabelTab = 64;
+constexpr int kLeastPicture = 100, kStandardPicture = 280, kMostPicture = 2000;  // heights
 
 enum ControlId : int {
   kTreeId = 100,
@@ -24,6 +26,7 @@ enum ControlId : int {
   kFirstViewId,  // four of them
   kFirstLabelId = kFirstViewId + 4,
   kBarId = kFirstLabelId + 5,
+  kPictureId,
 };
 
 struct ViewButton {
@@ -115,8 +118,18 @@ bool CreateControls(EditorWindow& editor) {
   AddTip(editor, editor.information, TipOf(kCmdInformation).c_str());
   for (size_t i = 0; i < editor.view_buttons.size(); ++i)
     AddTip(editor, editor.view_buttons[i], TipOf(kViewButtons[i].command).c_str());
+  editor.picture_pane = CreatePicturePane(editor, kPictureId);
+  if (editor.app->window.picture_height > 0) ShowWindow(editor.picture_pane, SW_SHOWNA);
   ShowFontsAndPictures(editor);
   return true;
+}
+
+// In pixels; 0: it is not shown, also where a window is too low for both.
+int PictureHeight(const EditorWindow& editor, int room) {
+  const int wanted = Scaled(editor.window, editor.app->window.picture_height);
+  const int least = Scaled(editor.window, kLeastPicture);
+  if (wanted == 0 || !editor.picture_pane || room < 2 * least) return 0;
+  return std::min(std::max(wanted, least), room - least);
 }
 
 // Tree at the left, list at the right, the buttons below the list, panel and bar along the bottom.
@@ -130,18 +143,21 @@ void LayOut(EditorWindow& editor) {
   const int split = std::clamp(dots(editor.split), 0, std::max(0, width - dots(kSplitterWidth)));
   const int left = split + dots(kSplitterWidth);
   const int panel_top = std::max(0, height - 2 * label - gap);
+  const int picture = PictureHeight(editor, panel_top);
+  const int body = picture > 0 ? panel_top - gap - picture : panel_top;  // where tree and list end
   const int button_width = dots(kButtonWidth);
   // As many rows of buttons as the width asks for.
   const int count = static_cast<int>(editor.view_buttons.size()) + 1;
   const int in_row = std::clamp((width - left + gap) / (button_width + gap), 1, count);
-  const int buttons_top = std::max(0, panel_top - (count + in_row - 1) / in_row * (button + gap));
-  HDWP moves = BeginDeferWindowPos(14);
+  const int buttons_top = std::max(0, body - (count + in_row - 1) / in_row * (button + gap));
+  HDWP moves = BeginDeferWindowPos(15);
   const auto place = [&](HWND control, int x, int y, int w, int h) {
     if (moves)
       moves = DeferWindowPos(moves, control, nullptr, x, y, std::max(0, w), std::max(0, h),
                              SWP_NOZORDER | SWP_NOACTIVATE);
   };
-  place(editor.tree, 0, 0, split, panel_top - gap);
+  place(editor.tree, 0, 0, split, body - gap);
+  if (picture > 0) place(editor.picture_pane, 0, body, width, picture);
   place(editor.list, left, 0, width - left, buttons_top - gap);
   for (int i = 0; i < count; ++i) {
     place(i == 0 ? editor.information : editor.view_buttons[static_cast<size_t>(i) - 1],
@@ -158,11 +174,25 @@ void LayOut(EditorWindow& editor) {
   if (moves) EndDeferWindowPos(moves);
 }
 
-bool IsOnSplitter(const EditorWindow& editor, POINT at) {
+// The same in a window of the same size, which the system does not draw anew by itself.
+void LayOutAnew(EditorWindow& editor) {
+  LayOut(editor);
+  RedrawWindow(editor.window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+}
+
+// What a drag from there moves: the edge of the tree, or that of the picture.
+decltype(EditorWindow::splitting) SplitterAt(const EditorWindow& editor, POINT at) {
   RECT tree{};
   GetClientRect(editor.tree, &tree);
-  return at.x >= tree.right && at.x <= tree.right + Scaled(editor.window, kSplitterWidth + 4) &&
-         at.y <= tree.bottom;
+  const LONG reach = Scaled(editor.window, kSplitterWidth + 4);
+  if (at.x >= tree.right && at.x <= tree.right + reach && at.y <= tree.bottom)
+    return EditorWindow::kSplitTree;
+  RECT picture{};
+  GetWindowRect(editor.picture_pane, &picture);
+  MapWindowPoints(nullptr, editor.window, reinterpret_cast<POINT*>(&picture), 2);
+  const bool shown = editor.app->window.picture_height > 0;
+  return shown && at.y < picture.top && at.y >= picture.top - reach ? EditorWindow::kSplitPicture
+                                                                    : EditorWindow::kNotSplitting;
 }
 
 // The tab in a label's text stands before its number; the control's own tab stops may lie right behind the
@@ -180,15 +210,24 @@ void DrawLabel(const EditorWindow& editor, const DRAWITEMSTRUCT& item) {
 
 void TrackSplitter(EditorWindow& editor, UINT message, LPARAM lparam) {
   if (message == WM_LBUTTONDOWN) {
-    if (!IsOnSplitter(editor, {GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)})) return;
-    editor.splitting = true;
+    const auto splitter = SplitterAt(editor, {GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)});
+    if (splitter == EditorWindow::kNotSplitting) return;
+    editor.splitting = splitter;
     SetCapture(editor.window);
   } else if (message == WM_CAPTURECHANGED) {
-    editor.splitting = false;
-  } else if (message == WM_LBUTTONUP && editor.splitting) {
+    editor.splitting = EditorWindow::kNotSplitting;
+  } else if (message == WM_LBUTTONUP && editor.splitting != EditorWindow::kNotSplitting) {
     editor.app->window.split = editor.split;
     ReleaseCapture();
-  } else if (message == WM_MOUSEMOVE && editor.splitting) {
+  } else if (message == WM_MOUSEMOVE && editor.splitting == EditorWindow::kSplitPicture) {
+    RECT area{};
+    GetClientRect(editor.window, &area);
+    const int hundred = std::max(1, Scaled(editor.window, 100));
+    const int panel = 2 * Scaled(editor.window, kLabelHeight) + 2 * Scaled(editor.window, kGap);
+    const int picture = static_cast<int>(area.bottom) - panel - GET_Y_LPARAM(lparam);
+    editor.app->window.picture_height = std::clamp(picture * 100 / hundred, kLeastPicture, kMostPicture);
+    LayOutAnew(editor);
+  } else if (message == WM_MOUSEMOVE && editor.splitting == EditorWindow::kSplitTree) {
     RECT area{};
     GetClientRect(editor.window, &area);
     const int hundred = std::max(1, Scaled(editor.window, 100));
@@ -202,8 +241,9 @@ bool SetSplitterCursor(const EditorWindow& editor) {
   POINT at{};
   GetCursorPos(&at);
   ScreenToClient(editor.window, &at);
-  if (!IsOnSplitter(editor, at)) return false;
-  SetCursor(LoadCursorW(nullptr, IDC_SIZEWE));
+  const auto splitter = SplitterAt(editor, at);
+  if (splitter == EditorWindow::kNotSplitting) return false;
+  SetCursor(LoadCursorW(nullptr, splitter == EditorWindow::kSplitTree ? IDC_SIZEWE : IDC_SIZENS));
   return true;
 }
 
@@ -339,6 +379,7 @@ LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
       return EditorNotify(*editor, *reinterpret_cast<NMHDR*>(lparam), lparam);
     case kSelectionChanged:
       editor->selection_told = false;
+      RefreshPictureSelection(*editor);
       editor->app->refresh_frame();
       return 0;
     case WM_COMMAND:
@@ -378,6 +419,19 @@ LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
 
 }  // namespace
 
+void SwitchPicture(Application& app) {
+  app.window.picture_height = app.window.picture_height > 0 ? 0 : kStandardPicture;
+  for (EditorWindow* editor : AllEditors(app)) {
+    const bool shown = app.window.picture_height > 0;
+    if (!shown && GetFocus() == editor->picture_pane)
+      SetFocus(editor->last_focus ? editor->last_focus : editor->tree);
+    ShowWindow(editor->picture_pane, shown ? SW_SHOWNA : SW_HIDE);
+    LayOutAnew(*editor);
+    RefreshPicture(*editor);
+  }
+  app.refresh_frame();
+}
+
 bool TranslateEditorKey(EditorWindow& editor, const MSG& message) {
   if (message.message != WM_KEYDOWN || !IsChild(editor.window, message.hwnd)) return false;
   if (message.wParam == VK_TAB && GetKeyState(VK_CONTROL) >= 0) {
@@ -389,7 +443,8 @@ bool TranslateEditorKey(EditorWindow& editor, const MSG& message) {
     OpenAllBelow(editor);
     return true;
   }
-  const bool button = message.hwnd != editor.tree && message.hwnd != editor.list;
+  const bool button =
+      message.hwnd != editor.tree && message.hwnd != editor.list && message.hwnd != editor.picture_pane;
   if (message.wParam != VK_RETURN || !button) return false;
   SendMessageW(message.hwnd, BM_CLICK, 0, 0);
   return true;
@@ -402,7 +457,8 @@ void ShowTips(const EditorWindow& editor, MSG message) {
 }
 
 bool RegisterEditorClass(Application& app) {
-  return RegisterChildClass(app.instance, kEditorClass, ChildProcedure<EditorMessage>);
+  return RegisterPictureClass(app) &&
+         RegisterChildClass(app.instance, kEditorClass, ChildProcedure<EditorMessage>);
 }
 
 EditorWindow* EditorOf(HWND window) {

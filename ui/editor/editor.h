@@ -12,6 +12,7 @@
 #include "platform/file_identity.h"
 #include "ui/controls/application.h"
 #include "view/node_edit.h"
+#include "view/picture.h"
 #include "view/row_order.h"
 #include "view/tree_path.h"
 #include "view/view_model.h"
@@ -60,7 +61,7 @@ struct EditorWindow {
   std::array<HWND, 4> view_buttons{};
   HFONT font = nullptr;
   int split = 280;  // width of the tree at 96 dots an inch
-  bool splitting = false;
+  enum { kNotSplitting, kSplitTree, kSplitPicture } splitting = kNotSplitting;
 
   TreeNode root;                      // above the roots of the tree
   std::vector<uint32_t> shown_slots;  // of the SDBs in the tree, in its order
@@ -74,6 +75,11 @@ struct EditorWindow {
   RowOrder order;          // of the list's rows; the records keep theirs
   int column_scale = 100;  // percent, of the columns' widths; that of the screen when they were made
   DragState drag;
+  HWND picture_pane = nullptr;  // shown while `window.picture_height` of the program is not 0
+  Picture picture;
+  std::string picture_tip;  // of what is under the mouse
+  std::optional<POINT> picture_drag;
+  POINT picture_drag_end{};
   std::wstring cell;  // text handed to the list control
 };
 
@@ -95,6 +101,8 @@ bool RefreshList(EditorWindow& editor);
 void RefreshCaption(EditorWindow& editor);
 // Says whether there is something to save, and shows it.
 void MarkChanged(EditorWindow& editor, bool changed);
+// Shows or hides the pane with the picture (ui/editor/picture_pane.h) in all database windows.
+void SwitchPicture(Application& app);
 // What a view button or command does: the list shows that view of the selected node.
 void ShowView(EditorWindow& editor, ListView view);
 // The "Information" command: the list shows every field of the record in sight, or, after a message, nothing

@@ -165,15 +165,20 @@ void ShowRowOrder(EditorWindow& editor) {
   }
 }
 
+bool SelectTreeNode(EditorWindow& editor, const TreePath& place) {
+  const TreeNode* node = NodeAlong(editor, place);
+  if (!node) return false;
+  TreeView_SelectItem(editor.tree, node->item);
+  TreeView_EnsureVisible(editor.tree, node->item);
+  return true;
+}
+
 bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus) {
   const auto nodes = NodesAlong(editor.document, place);
   if (place.empty() || nodes.size() != place.size()) return false;
   TreePath parent = place;
   if (place.size() > 1) parent.pop_back();
-  const TreeNode* node = NodeAlong(editor, parent);
-  if (!node) return false;
-  TreeView_SelectItem(editor.tree, node->item);
-  TreeView_EnsureVisible(editor.tree, node->item);
+  if (!SelectTreeNode(editor, parent)) return false;
   // It may have been selected before, with another view or in another order.
   if (editor.view != ListView::kBelow || editor.details) ShowView(editor, ListView::kBelow);
   const bool selected = place.size() > 1 && SelectListRow(editor, nodes.back());

@@ -28,6 +28,8 @@ void QuickenList(EditorWindow& editor);
 void SelectRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen);
 // The same for the user: the list gets the focus, the commands follow.
 void SelectListRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen);
+// Selects the tree's node at the place and brings it in sight; false when there is none.
+bool SelectTreeNode(EditorWindow& editor, const TreePath& place);
 // Selects the record's row alone and brings it in sight; false when the list does not show it.
 bool SelectListRow(EditorWindow& editor, const NodeRef& node);
 

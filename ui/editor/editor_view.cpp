@@ -4,6 +4,7 @@
 
 #include "core/messages.h"
 #include "ui/editor/editor_parts.h"
+#include "ui/editor/picture_pane.h"
 #include "view/command_table.h"
 
 namespace vexa {
@@ -23,6 +24,7 @@ void RefreshPanel(EditorWindow& editor) {
     if (!views && GetFocus() == button) SetFocus(editor.tree);
     EnableWindow(button, views);
   }
+  RefreshPicture(editor);
   SetText(editor.bar, editor.rows.title.empty() ? "" : Format(" %s", editor.rows.title.c_str()));
 }
 

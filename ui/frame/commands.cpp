@@ -37,6 +37,7 @@ const CommandInfo* CommandHere(const WindowState& state, UINT id) {
 WindowState StateOfCommands(const Application& app) {
   WindowState state;
   SeeConsole(state, app);
+  state.picture = app.window.picture_height > 0;
   if (const EditorWindow* editor = ActiveEditor(app)) SeeDatabase(state, LookOf(*editor));
   return state;
 }

@@ -17,6 +17,7 @@
 #include "ui/editor/editor.h"
 #include "ui/frame/commands.h"
 #include "ui/frame/menus.h"
+#include "ui/frame/room_bar.h"
 #include "ui/frame/recovery.h"
 #include "ui/frame/second_start.h"
 #include "ui/frame/test_mode.h"
@@ -34,9 +35,10 @@ Application* AppOf(HWND frame) {
   return reinterpret_cast<Application*>(GetWindowLongPtrW(frame, GWLP_USERDATA));
 }
 
-// Of the status line's parts behind the first.
-std::array<std::string, 3> StatusTexts(const Application& app) {
-  return {Utf8FromLatin(app.config.product_name + "  " + app.config.configuration_name),
+// Of the status line's parts behind the first. That of the room is drawn (ui/frame/room_bar.h).
+constexpr int kRoomPart = 1;
+std::array<std::string, 4> StatusTexts(const Application& app) {
+  return {app.room.text, Utf8FromLatin(app.config.product_name + "  " + app.config.configuration_name),
           app.hexadecimal ? "PIDs (Hex)" : "PIDs (Dec)",
           app.config.sdb_format == 0 ? "Single SDB" : "Multiple SDB"};
 }
@@ -85,6 +87,7 @@ bool LoadSettings(Application& app) {
   LoadDefaultRecords(app.settings, app.defaults);
   app.context.defaults = &app.defaults;
   app.window = LoadWindowSettings(app.settings);
+  app.place = LoadPlace(app.settings);
   const Outcome loaded = LoadPortSettings(app.settings, app.config);
   if (loaded) return true;
   TellWhy(app.context.messages, Icon::kStop, SettingsReason(app.settings, loaded.error),
@@ -147,9 +150,9 @@ void LayOutStatus(Application& app) {
   GetClientRect(app.frame, &area);
   const auto texts = StatusTexts(app);
   int right = static_cast<int>(area.right) - GetSystemMetrics(SM_CXVSCROLL);  // the corner for sizing
-  std::array<int, 4> parts{0, 0, 0, -1}, before{};
+  std::array<int, 5> parts{0, 0, 0, 0, -1}, before{};
   for (size_t i = texts.size(); i-- > 0;) {
-    right -= StatusWidth(app, texts[i]);
+    if (!texts[i].empty()) right -= StatusWidth(app, texts[i]);
     parts[i] = std::max(right, static_cast<int>(area.right) / 3);
   }
   SendMessageW(app.status, SB_GETPARTS, before.size(), reinterpret_cast<LPARAM>(before.data()));
@@ -266,6 +269,11 @@ LRESULT Notify(Application& app, HWND frame, NMHDR& header, WPARAM wparam, LPARA
     DropDown(app, reinterpret_cast<NMTOOLBARW&>(header));
     return TBDDRET_DEFAULT;
   }
+  if (header.code == NM_CLICK && header.hwndFrom == app.status &&
+      reinterpret_cast<NMMOUSE&>(header).dwItemSpec == kRoomPart) {
+    ShowRoom(app);
+    return TRUE;
+  }
   if (header.code == TTN_GETDISPINFOW) {
     static std::wstring tip;
     auto& asked = reinterpret_cast<NMTTDISPINFOW&>(header);
@@ -361,6 +369,9 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
       break;
     case WM_NOTIFY:
       return Notify(*app, frame, *reinterpret_cast<NMHDR*>(lparam), wparam, lparam);
+    case WM_DRAWITEM:
+      DrawRoom(*app, *reinterpret_cast<const DRAWITEMSTRUCT*>(lparam));
+      return TRUE;
     case WM_INITMENUPOPUP:
       PrepareMenu(*app, reinterpret_cast<HMENU>(wparam));
       break;
@@ -485,10 +496,14 @@ int RunMessageLoop(Application& app) {
 void RefreshFrame(Application& app) {
   if (!app.toolbar || !app.status) return;
   RefreshToolbar(app);
+  LookAtRoom(app);
   LayOutStatus(app);
   ShowFirstStatus(app, "");
   const auto texts = StatusTexts(app);
-  for (size_t i = 0; i < texts.size(); ++i) ShowStatus(app, static_cast<int>(i) + 1, texts[i]);
+  for (size_t i = 0; i < texts.size(); ++i) {
+    const int part = static_cast<int>(i) + 1;
+    ShowStatus(app, part == kRoomPart && !texts[i].empty() ? part | SBT_OWNERDRAW : part, texts[i]);
+  }
 }
 
 }  // namespace vexa

@@ -11,6 +11,7 @@
 #include "ui/editor/editor.h"
 #include "ui/frame/commands.h"
 #include "ui/frame/frame.h"
+#include "view/report_page.h"
 
 namespace vexa {
 
@@ -65,13 +66,14 @@ void ShowReport(Application& app, const Path& path) {
   CloseHandle(process.hProcess);
 }
 
+void TellNothingToExport(const Application& app, const OpenSdb* sdb) {
+  TellWhy(app.context.messages, Icon::kStop, sdb ? Utf8FromLatin(sdb->name) + " has no satellite." : "",
+          "There is no information to export");
+}
+
 void TextFile(Application& app) {
   const OpenSdb* sdb = SelectedSdb(*ActiveEditor(app));
-  if (!sdb || sdb->database->satellites.empty()) {
-    TellWhy(app.context.messages, Icon::kStop, sdb ? Utf8FromLatin(sdb->name) + " has no satellite." : "",
-            "There is no information to export");
-    return;
-  }
+  if (!sdb || sdb->database->satellites.empty()) return TellNothingToExport(app, sdb);
   const auto path = AskSaveFile(app.frame, {"Save", {{"Text Files ( *.TXT )", "*.txt"}}, "txt"});
   if (!path) return;
   const WriteResult written = ExportDatabaseText(*sdb->database, *path);
@@ -80,6 +82,25 @@ void TextFile(Application& app) {
     return;
   }
   ShowReport(app, *path);
+}
+
+void HtmlPage(Application& app) {
+  const EditorWindow& editor = *ActiveEditor(app);
+  const OpenSdb* sdb = SelectedSdb(editor);
+  if (!sdb || sdb->database->satellites.empty()) return TellNothingToExport(app, sdb);
+  const auto path = AskSaveFile(app.frame, {"Save", {{"HTML Pages ( *.HTML )", "*.html"}}, "html"});
+  if (!path) return;
+  const auto place = static_cast<size_t>(sdb - editor.document.sdbs.data());
+  const std::string page = ReportPage(editor.document, place, Windows1252(), app.place);
+  const WriteResult written =
+      WriteWholeFile(*path, {reinterpret_cast<const uint8_t*>(page.data()), page.size()});
+  if (written != WriteResult::kDone) {
+    TellWhy(app.context.messages, Icon::kStop, WriteReason(*path, written.error), "Export process failed");
+    return;
+  }
+  if (!ShowInBrowser(app, *path))
+    TellWhy(app.context.messages, Icon::kInformation, "It stands in " + Utf8FromPath(*path) + ".",
+            "No program shows HTML pages here.");
 }
 
 // The limit judges the active window, though the list opens in a window of its own.
@@ -182,6 +203,8 @@ constexpr CommandRow kFrameRows[] = {
     {kCmdInformation, Information},
     {kCmdTextFile, TextFile},
     {kCmdExportSdb, TextFile},
+    {kCmdHtmlPage, HtmlPage},
+    {kCmdPicture, SwitchPicture},
     {kCmdImportSatcodx, Import<ListFormat::kSatcodx>},
     {kCmdImportDvb2000, Import<ListFormat::kDvb2000>},
     {kCmdImportLyngsat, Import<ListFormat::kLyngsat>},
