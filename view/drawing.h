@@ -17,6 +17,7 @@ enum class Paint : uint8_t {
   kRange,   // what an LNB receives
   kFec,     // of a carrier: `index` is the code, 0 to 7
   kLnb,     // of a satellite: `index` is its LNB, 0 to 15
+  kStep,    // of what crossed the line: `index` is its TraceStep::Kind
   kBeneath  // of a carrier of another database; of a satellite that cannot be seen
 };
 

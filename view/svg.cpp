@@ -22,6 +22,8 @@ std::string ClassOf(const Shape& shape) {
       return "f" + std::to_string(shape.index);
     case Paint::kLnb:
       return "l" + std::to_string(shape.index);
+    case Paint::kStep:
+      return "t" + std::to_string(shape.index);
     case Paint::kBeneath:
       return "b";
   }
@@ -121,13 +123,21 @@ void AppendMarkup(std::string& page, std::string_view text) {
   }
 }
 
-void AppendSvg(std::string& page, const Drawing& drawing) {
-  page += "<svg role=\"img\" viewBox=\"0 0 " + std::to_string(std::lround(drawing.width)) + " " +
+void AppendSvg(std::string& page, const Drawing& drawing, const char* link) {
+  page += "<svg role=\"img\"";
+  if (link) {
+    AppendAttribute(page, "width", drawing.width);
+    AppendAttribute(page, "height", drawing.height);
+  }
+  page += " viewBox=\"0 0 " + std::to_string(std::lround(drawing.width)) + " " +
           std::to_string(std::lround(drawing.height)) + "\" aria-label=\"";
   AppendMarkup(page, drawing.title);
   page += "\">\n";
   for (const Shape& shape : drawing.shapes) {
+    const bool leads = link && shape.item != kNoItem;
+    if (leads) page += std::string("<a href=\"") + link + std::to_string(shape.item) + "\">";
     AppendShape(page, shape, ClassOf(shape), true);
+    if (leads) page += "</a>";
     // The hatching lets the pointer through to the tip.
     if (shape.faulty) AppendShape(page, shape, "x", false);
     page += '\n';

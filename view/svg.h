@@ -13,8 +13,9 @@ namespace vexa {
 void AppendMarkup(std::string& page, std::string_view text);
 
 // Appends the drawing as an <svg> element for the inside of a page. A paint is a class: "e" edge, "r" range,
-// "g" faint, "f0" to "f7" FEC, "l0" to "l15" LNB, "b" beneath, none for plain; "x" is the hatching over a
-// faulty shape.
-void AppendSvg(std::string& page, const Drawing& drawing);
+// "g" faint, "f0" to "f7" FEC, "l0" to "l15" LNB, "t0" to "t6" steps, "b" beneath, none for plain; "x" is the
+// hatching over a faulty shape. With a `link` the shapes of an item lead to it, followed by the item's
+// number, and the element has the drawing's size.
+void AppendSvg(std::string& page, const Drawing& drawing, const char* link = nullptr);
 
 }  // namespace vexa

@@ -1,10 +1,9 @@
 #include "view/trace_page.h"
 
 #include <algorithm>
-#include <span>
 
 #include "core/messages.h"
-#include "serial/trace.h"
+#include "view/line_strip.h"
 #include "view/svg.h"
 
 namespace vexa {
@@ -12,8 +11,6 @@ namespace vexa {
 namespace {
 
 constexpr double kDotsPerSecond = 150, kSmallest = 900, kLargest = 30000;  // the drawing's width
-constexpr int kLane = 26, kTop = 24, kMargin = 80;
-constexpr size_t kShownBytes = 64;  // of a step
 
 constexpr const char* kPageHead = R"(<!DOCTYPE html>
 <html lang="en"><head><meta charset="utf-8"><meta name="viewport" content="width=device-width">
@@ -22,8 +19,8 @@ constexpr const char* kPageHead = R"(<!DOCTYPE html>
 body{font:14px sans-serif;margin:1.5em}
 .line{overflow-x:auto;border:1px solid #8888}
 text{font:11px sans-serif;fill:currentColor}
-.control{fill:#3778c2}.packet{fill:#3a9a53}.repeated{fill:#d59a1e}.damaged{fill:#cc3333}.unknown{fill:#888}
-.silence{fill:#8883}
+.t0{fill:#3778c2}.t1{fill:#3a9a53}.t2{fill:#d59a1e}.t3{fill:#cc3333}.t4{fill:#888}
+.t5{fill:#8883}
 table{border-collapse:collapse;margin-top:1em}
 td,th{padding:.15em .6em;text-align:left;vertical-align:top;border-bottom:1px solid #8884}
 td:first-child{text-align:right;font-variant-numeric:tabular-nums}
@@ -46,48 +43,30 @@ const char* ClassOfStep(const TraceStep& step) {
   return kClasses[step.kind];
 }
 
-std::string TextOf(const TraceStep& step) {
-  std::string text = step.text;
-  if (step.times > 1) text += Format(" (%llu times)", static_cast<unsigned long long>(step.times));
-  return text;
+// Each line by itself: line ends within a text become blanks.
+std::string PreformattedOf(std::string_view lines) {
+  std::string page;
+  for (size_t end = lines.find('\n'); end != std::string_view::npos; end = lines.find('\n')) {
+    AppendMarkup(page, lines.substr(0, end));
+    page += '\n';
+    lines.remove_prefix(end + 1);
+  }
+  return page;
 }
 
 std::string LineDrawing(const TraceStory& story) {
   const double seconds = std::max(story.summary.seconds, 0.001);
   const double width = std::clamp(seconds * kDotsPerSecond, kSmallest, kLargest);
-  const int height = kTop + 2 * kLane + 10;
-  std::string svg = Format(
-      "<div class=\"line\"><svg width=\"%.0f\" height=\"%d\" role=\"img\" aria-label=\"The line over "
-      "time\">\n"
-      "<text x=\"4\" y=\"%d\">PC</text><text x=\"4\" y=\"%d\">receiver</text>\n",
-      width + kMargin + 10, height, kTop + 16, kTop + kLane + 16);
-  const double scale = width / seconds;
-  double mark = 0.001;
-  while (mark * scale < 80) mark *= 10;
-  for (double at = 0; at <= seconds; at += mark)
-    svg += Format("<text x=\"%.1f\" y=\"14\">%g s</text>\n", kMargin + at * scale, at);
-  for (size_t i = 0; i < story.steps.size(); ++i) {
-    const TraceStep& step = story.steps[i];
-    if (step.kind == TraceStep::kText) continue;
-    const bool silence = step.kind == TraceStep::kSilence;
-    const int top = kTop + (silence || step.from_pc ? 0 : kLane);
-    svg += Format("<a href=\"#s%zu\"><rect class=\"%s\" x=\"%.2f\" y=\"%d\" width=\"%.2f\" height=\"%d\">", i,
-                  ClassOfStep(step), kMargin + step.seconds * scale, top + 2,
-                  std::max((step.last - step.seconds) * scale, 1.5), (silence ? 2 * kLane : kLane) - 4);
-    svg += "<title>" + Format("%.3f s: ", step.seconds) + Escaped(TextOf(step)) + "</title></rect></a>\n";
-  }
-  return svg + "</svg></div>\n";
+  std::string page = "<div class=\"line\">";
+  AppendSvg(page, LineStrip(story, 0, seconds, width + kStripBegin + kStripEnd), "#s");
+  return page + "</div>\n";
 }
 
-std::string BytesOf(const TraceStep& step) {
-  if (step.bytes.size() < 2) return "";
-  std::string lines;
-  const auto shown = std::span(step.bytes).first(std::min(kShownBytes, step.bytes.size()));
-  for (size_t i = 0; i < shown.size(); i += 16)
-    lines += Escaped(TraceBytes(shown.subspan(i, std::min<size_t>(16, shown.size() - i)))) + "\n";
-  if (shown.size() < step.bytes.size())
-    lines += Format("and %zu bytes more\n", step.bytes.size() - shown.size());
-  return "<details><summary>bytes</summary><pre>" + lines + "</pre></details>";
+std::string BytesCell(const TraceStep& step) {
+  const std::string bytes = BytesOf(step);
+  return bytes.empty()
+             ? ""
+             : "<details><summary>bytes</summary><pre>" + PreformattedOf(bytes) + "</pre></details>";
 }
 
 std::string SideRow(const char* name, const TraceSummary::Side& side) {
@@ -121,7 +100,7 @@ std::string TraceStoryPage(const TraceStory& story, const std::string& title) {
                    nobody         ? ""
                    : step.from_pc ? "PC"
                                   : "receiver");
-    page += Escaped(TextOf(step)) + BytesOf(step) + "</td></tr>\n";
+    page += Escaped(TextOf(step)) + BytesCell(step) + "</td></tr>\n";
   }
   return page + "</table>\n</body></html>\n";
 }

@@ -23,6 +23,12 @@ COLORREF ColourOfHue(int hue, double saturation, double lightness) {
   return RGB(part(0), part(8), part(4));
 }
 
+COLORREF ColourOfStep(uint8_t kind) {
+  static constexpr COLORREF kColours[] = {RGB(55, 120, 194), RGB(58, 154, 83),   RGB(213, 154, 30),
+                                          RGB(204, 51, 51),  RGB(136, 136, 136), RGB(215, 215, 215)};
+  return kind < std::size(kColours) ? kColours[kind] : GetSysColor(COLOR_GRAYTEXT);
+}
+
 COLORREF ColourOf(const Shape& shape) {
   switch (shape.paint) {
     case Paint::kPlain:
@@ -36,6 +42,8 @@ COLORREF ColourOf(const Shape& shape) {
       return ColourOfHue(40 + shape.index * 40, 0.6, 0.6);
     case Paint::kLnb:
       return ColourOfHue((205 + shape.index * 137) % 360, 0.7, 0.48);
+    case Paint::kStep:
+      return ColourOfStep(shape.index);
     case Paint::kBeneath:
       return GetSysColor(COLOR_BTNFACE);
   }
