@@ -107,22 +107,6 @@ size_t LineCount(std::string_view text) {
   return static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1;
 }
 
-std::string_view Trimmed(std::string_view text) {
-  const size_t first = text.find_first_not_of(" \t");
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
-}
-
-std::vector<std::string_view> SplitText(std::string_view text, char separator) {
-  std::vector<std::string_view> pieces;
-  for (size_t end = 0; end != std::string_view::npos;) {
-    end = text.find(separator);
-    pieces.push_back(text.substr(0, end));
-    text = end == std::string_view::npos ? std::string_view{} : text.substr(end + 1);
-  }
-  return pieces;
-}
-
 void TellUnreadList(const Context& context, const Path& path, const std::error_code& error) {
   TellWhy(context.messages, Icon::kStop, ReadReason(path, error), "Could not read file \"%s\".",
           Utf8FromPath(path).c_str());

@@ -11,6 +11,7 @@
 
 #include "core/context.h"
 #include "core/records.h"
+#include "platform/text.h"
 
 namespace vexa {
 
@@ -81,10 +82,6 @@ class ListLines {
   std::string_view rest_;
 };
 size_t LineCount(std::string_view text);  // for progress
-// Without blanks and tabs at both ends.
-std::string_view Trimmed(std::string_view text);
-// The pieces between the separators, of which there is one at least.
-std::vector<std::string_view> SplitText(std::string_view text, char separator);
 
 // Tells the progress bar how far a reader is, not oftener than it can be seen.
 class ListProgress {

@@ -95,6 +95,22 @@ bool FitsLatin(std::string_view text) {
   return Utf8FromLatin(LatinFromUtf8(text)) == text;
 }
 
+std::string_view Trimmed(std::string_view text) {
+  const size_t first = text.find_first_not_of(" \t");
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
+}
+
+std::vector<std::string_view> SplitText(std::string_view text, char separator) {
+  std::vector<std::string_view> pieces;
+  for (size_t end = 0; end != std::string_view::npos;) {
+    end = text.find(separator);
+    pieces.push_back(text.substr(0, end));
+    text = end == std::string_view::npos ? std::string_view{} : text.substr(end + 1);
+  }
+  return pieces;
+}
+
 std::u16string Utf16FromUtf8(std::string_view text) {
   std::u16string wide;
   while (!text.empty()) {

@@ -27,6 +27,11 @@ bool IsUtf8(std::string_view text);
 // for what cannot be printed.
 std::string ShownText(std::string_view text);
 
+// Without blanks and tabs at both ends.
+std::string_view Trimmed(std::string_view text);
+// The pieces between the separators, of which there is one at least.
+std::vector<std::string_view> SplitText(std::string_view text, char separator);
+
 // What is no right text of its encoding becomes kReplacementCharacter.
 std::u16string Utf16FromUtf8(std::string_view text);
 std::string Utf8FromUtf16(std::u16string_view text);
