@@ -11,6 +11,7 @@
 #include "image/decoder.h"
 #include "image/sha256.h"
 #include "platform/text.h"
+#include "serial/batch.h"
 #include "serial/prepare.h"
 
 namespace vexa {
@@ -37,12 +38,10 @@ bool Upload(LineJob& job, const ProjectConfig& config, TransferJob kind, std::ve
   return EndRun(job, run, RunUpload(run, kind, std::move(files)));
 }
 
-// A database as it goes to the receiver: one SDB of a file, and the configuration with the line.
+// A database as it goes to the receiver, and the configuration with the line.
 struct AdbSource {
   ProjectConfig config;
-  Document document;
-  size_t sdb = 0;
-  std::string sha256;  // of the file
+  ReceiverBatch batch;
 };
 
 AdbSource OpenAdbSource(CommandState& state, const UploadOptions& options) {
@@ -50,59 +49,43 @@ AdbSource OpenAdbSource(CommandState& state, const UploadOptions& options) {
   AdbSource source;
   source.config = LoadCommandConfig(state);
   SetLine(source.config, options.line);
-  source.document = OpenDocument(state, options.file);
-  source.sdb = ParseList(state, options.sdb, source.document.sdbs.size(), "SDB")[0];
+  ReceiverBatch& batch = source.batch;
+  batch.document = OpenDocument(state, options.file);
+  batch.sdb = ParseList(state, options.sdb, batch.document.sdbs.size(), "SDB")[0];
+  batch.database = options.file;
+  batch.configuration = state.select;
+  batch.verify = options.verify;
+  batch.backup_folder = PathFromUtf8(options.backup);
+  batch.log = PathFromUtf8(options.log);
   if (!options.log.empty())
-    source.sha256 = Sha256Text(ReadWholeFile(PathFromUtf8(options.file)).value_or(Bytes{}));
+    batch.sha256 = Sha256Text(ReadWholeFile(PathFromUtf8(options.file)).value_or(Bytes{}));
   return source;
 }
 
-// What would only show behind minutes on the line: a database that does not fit, a folder or log that takes
-// nothing.
-void TryOutputs(CommandState& state, const UploadOptions& options, const AdbSource& source) {
-  if (!BuildAdbImages(state.context, source.document, source.sdb, source.config)) throw CommandFailed{};
-  if (!options.backup.empty()) {
-    const Path folder = PathFromUtf8(options.backup);
-    if (const auto why = WhyNotWritable(folder / "copy.bin")) {
-      TellWhy(state.context.messages, Icon::kStop, WriteReason(folder, why), "No copy can be kept in \"%s\".",
-              options.backup.c_str());
-      throw CommandFailed{};
-    }
-  }
-  if (options.log.empty()) return;
-  const Outcome tried = TryRunLog(PathFromUtf8(options.log));
-  if (!tried) ExpectWritten(state, options.log, {WriteResult::kFailed, tried.error});
-}
-
 // One receiver, with its row in the log.
-bool ServeOne(LineJob& job, const UploadOptions& options, const AdbSource& source,
-              const std::string& serial) {
+bool ServeOne(LineJob& job, const AdbSource& source, const std::string& serial) {
   CommandState& state = job.state;
-  const LocalTime time = CommandTime(state);
   ReceiverRun run = NewRun(job, source.config);
-  const ReceiverOrder order{
-      &source.document, source.sdb, time, options.verify, PathFromUtf8(options.backup), serial};
-  const bool done = EndRun(job, run, ServeReceiver(run, order));
-  if (options.log.empty()) return done;
-  const Outcome logged = AppendToRunLog(PathFromUtf8(options.log), {time, serial, options.file, source.sha256,
-                                                                    state.select, run.result, EndOf(done)});
+  RunEnd end = RunEnd::kFailed;
+  const Outcome logged = ServeOneOf(run, source.batch, serial, CommandTime(state), end);
+  const bool done = EndRun(job, run, end == RunEnd::kOk);
   if (!logged) {
     state.output_made = false;
     state.tells_after_interrupt = true;
-    TellNotWritten(state, options.log, logged.error);
+    TellNotWritten(state, Utf8FromPath(source.batch.log), logged.error);
   }
   return done && logged;
 }
 
 // A receiver for each line of standard input, to its end.
-bool ServeEach(LineJob& job, const UploadOptions& options, const AdbSource& source) {
+bool ServeEach(LineJob& job, const AdbSource& source) {
   CommandState& state = job.state;
   bool all = true;
   for (std::string line; !InterruptWatch::IsInterrupted() && std::getline(std::cin, line);) {
     if (line.ends_with('\r')) line.pop_back();
     state.first_error.clear();
     state.last_detail.clear();
-    const bool done = ServeOne(job, options, source, line);
+    const bool done = ServeOne(job, source, line);
     all = PrintDocument(job, EndOf(done), true) && done && all;
     // Of the whole command, which goes on.
     state.output_made = false;
@@ -114,8 +97,8 @@ bool ServeEach(LineJob& job, const UploadOptions& options, const AdbSource& sour
 void UploadAdb(CommandState& state, const UploadOptions& options) {
   const auto body = [&](LineJob& job) {
     const AdbSource source = OpenAdbSource(state, options);
-    TryOutputs(state, options, source);
-    return options.each ? ServeEach(job, options, source) : ServeOne(job, options, source, "");
+    return MayServe(state.context, source.batch, source.config) &&
+           (options.each ? ServeEach(job, source) : ServeOne(job, source, ""));
   };
   options.each ? RunLineList(state, options.line, body) : RunLineCommand(state, options.line, body);
 }
@@ -123,10 +106,11 @@ void UploadAdb(CommandState& state, const UploadOptions& options) {
 void VerifyAdb(CommandState& state, const UploadOptions& options) {
   RunLineCommand(state, options.line, [&](LineJob& job) {
     const AdbSource source = OpenAdbSource(state, options);
-    const auto images = BuildAdbImages(state.context, source.document, source.sdb, source.config);
+    const ReceiverBatch& batch = source.batch;
+    const auto images = BuildAdbImages(state.context, batch.document, batch.sdb, source.config);
     if (!images) return false;
     ReceiverRun run = NewRun(job, source.config);
-    return EndRun(job, run, RunVerify(run, source.document, source.sdb, *images));
+    return EndRun(job, run, RunVerify(run, batch.document, batch.sdb, *images));
   });
 }
 

@@ -7,18 +7,15 @@ namespace vexa {
 
 namespace {
 
-constexpr const char* kRegionFiles[] = {kAdbImageFile, kE2pImageFile};
+constexpr const char* kRegionFiles[kRawRegions] = {kAdbImageFile, kE2pImageFile};
 
 Path Copy(const Path& folder, const std::string& name) {
   return folder / PathFromUtf8(name);
 }
-std::string RawName(const std::string& name, size_t region) {
-  return name + "-" + std::to_string(region + 1) + ".raw";
-}
 
 bool IsTaken(const Path& folder, const std::string& name) {
   std::error_code error;
-  for (const std::string& file : {name + ".bin", RawName(name, 0), RawName(name, 1)}) {
+  for (const std::string& file : {name + kCopyExtension, name + RawSuffix(0), name + RawSuffix(1)}) {
     if (std::filesystem::exists(std::filesystem::symlink_status(Copy(folder, file), error))) return true;
   }
   return false;
@@ -28,19 +25,6 @@ std::string FreeName(const Path& folder, const std::string& name) {
   std::string free = name;
   for (int i = 2; IsTaken(folder, free); ++i) free = name + "-" + std::to_string(i);
   return free;
-}
-
-// The regions as they lie in the temporary folder, and the database in them first.
-bool Collect(const ReceiverRun& run, std::vector<FileContent>& copies) {
-  const Context& context = run.face.context;
-  auto decoded = DecodeFolder(context, run.config, context.temporary_folder, UserBoxInfo{});
-  if (!decoded) return false;
-  copies.push_back({"", std::move(decoded->file)});
-  for (const char* name : kRegionFiles) {
-    auto raw = ReadWholeFile(context.temporary_folder / name);
-    if (raw) copies.push_back({"", std::move(*raw)});
-  }
-  return true;
 }
 
 }  // namespace
@@ -54,19 +38,49 @@ std::string BackupName(const LocalTime& time, const std::string& serial) {
   return name;
 }
 
-bool RunBackup(ReceiverRun& run, const Path& folder, const std::string& name) {
-  std::vector<FileContent> copies;
-  if (!RunFetch(run, TransferPhase::kDownload, [&] { return Collect(run, copies); })) return false;
-  const Context& context = run.face.context;
+std::string RawSuffix(size_t region) {
+  return "-" + std::to_string(region + 1) + ".raw";
+}
+
+bool MayKeepCopies(const Context& context, const Path& folder) {
+  const auto why = WhyNotWritable(folder / "copy.bin");
+  if (!why) return true;
+  TellWhy(context.messages, Icon::kStop, WriteReason(folder, why), "No copy can be kept in \"%s\".",
+          Utf8FromPath(folder).c_str());
+  return false;
+}
+
+bool CollectCopy(const Context& context, const ProjectConfig& config, std::vector<FileContent>& copy) {
+  auto decoded = DecodeFolder(context, config, context.temporary_folder, UserBoxInfo{});
+  if (!decoded) return false;
+  copy.push_back({"", std::move(decoded->file)});
+  for (const char* name : kRegionFiles) {
+    auto raw = ReadWholeFile(context.temporary_folder / name);
+    if (raw) copy.push_back({"", std::move(*raw)});
+  }
+  return true;
+}
+
+bool WriteCopy(const Context& context, const Path& folder, const std::string& name,
+               std::vector<FileContent>& copy) {
   const std::string free = FreeName(folder, name);
-  copies[0].path = Copy(folder, free + ".bin");
-  for (size_t i = 1; i < copies.size(); ++i) copies[i].path = Copy(folder, RawName(free, i - 1));
+  copy[0].path = Copy(folder, free + kCopyExtension);
+  for (size_t i = 1; i < copy.size(); ++i) copy[i].path = Copy(folder, free + RawSuffix(i - 1));
   size_t refused = 0;
-  const WriteResult written = WriteWholeFiles(copies, refused, *context.files);
+  const WriteResult written = WriteWholeFiles(copy, refused, *context.files);
   if (written == WriteResult::kDone) return true;
-  const Path& file = copies[refused].path;
+  const Path& file = copy[refused].path;
   TellWhy(context.messages, Icon::kStop, WriteReason(file, written.error),
           "The copy could not be written to \"%s\".", Utf8FromPath(file).c_str());
+  return false;
+}
+
+bool RunBackup(ReceiverRun& run, const Path& folder, const std::string& name) {
+  std::vector<FileContent> copy;
+  const Context& context = run.face.context;
+  if (!RunFetch(run, TransferPhase::kDownload, [&] { return CollectCopy(context, run.config, copy); }))
+    return false;
+  if (WriteCopy(context, folder, name, copy)) return true;
   Tell(context.messages, Icon::kInformation, "%s", ReceiverStateSentence(run).c_str());
   return false;
 }

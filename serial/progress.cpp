@@ -26,16 +26,16 @@ std::string Bar(const TransferProgress& progress, size_t width) {
   return "[" + std::string(full, '#') + std::string(inside - full, '-') + "]";
 }
 
-const char* PhaseText(TransferPhase phase) {
-  constexpr const char* kTexts[] = {"Waiting for the receiver", "Uploading", "Downloading", "Verifying"};
-  return kTexts[static_cast<size_t>(phase)];
-}
-
 }  // namespace
 
 const char* PhaseName(TransferPhase phase) {
   constexpr const char* kNames[] = {"wake-up", "upload", "download", "verify"};
   return kNames[static_cast<size_t>(phase)];
+}
+
+const char* PhaseText(TransferPhase phase) {
+  constexpr const char* kTexts[] = {"Waiting for the receiver", "Uploading", "Downloading", "Verifying"};
+  return kTexts[static_cast<size_t>(phase)];
 }
 
 void BeginPhase(ProgressMeter& meter, TransferPhase phase, uint64_t total, double seconds) {

@@ -14,6 +14,9 @@ enum class TransferPhase { kWakeUp, kUpload, kDownload, kVerify };
 // "wake-up", "upload", "download", "verify": as programs read it.
 const char* PhaseName(TransferPhase phase);
 
+// "Waiting for the receiver", "Uploading", ...: as people read it.
+const char* PhaseText(TransferPhase phase);
+
 struct TransferProgress {
   TransferPhase phase = TransferPhase::kWakeUp;
   uint64_t done = 0, total = 0;  // bytes, done at most total; total is fixed within a phase, 0: not known

@@ -96,7 +96,9 @@ bool AwaitJob(ReceiverRun& run, OneTransfer& attempt, const RunResult& before) {
     if (IsCancelled(run) || attempt.file_refused) return false;
     if (IsPortMissed(session)) break;
     const auto now = Clock::now();
-    if (transfer.packets_moved != moved) {
+    // Bytes from before the job are no answer to it.
+    run.answered |= transfer.xon;
+    if (transfer.packets_moved != moved || (run.face.patient && !run.answered)) {
       moved = transfer.packets_moved;
       last = now;
     }

@@ -32,7 +32,8 @@ struct RunFace {
   std::function<void(const TransferProgress&)> progress;  // about ten times a second, and at each end
   LineTap tap;
   std::function<bool()> cancelled;
-  double timeout = 0;  // s without a new packet, after which the run has failed; 0: none
+  double timeout = 0;    // s without a new packet, after which the run has failed; 0: none
+  bool patient = false;  // which does not count until the receiver has answered the run for the first time
 };
 
 struct RunResult {
@@ -52,6 +53,7 @@ struct ReceiverRun {
   ProgressMeter meter;
   std::shared_ptr<ShownTexts> shown;
   bool begun = false;        // a transfer was started
+  bool answered = false;     // the receiver was heard
   bool unopened = false;     // the port could not be opened
   uint64_t uploaded = 0;     // packets of uploads
   bool sent = false;         // an upload ran to its end

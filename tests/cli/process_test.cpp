@@ -13,6 +13,7 @@
 
 #include "cli/program.h"
 #include "core/out_of_memory.h"
+#include "import/csv.h"
 #include "platform/temporary_folder.h"
 #include "tests/support/failing_memory.h"
 
@@ -145,6 +146,43 @@ TEST_F(Process, AFailedAllocationLeavesNoFolderThatWasMadeForOutputs) {
     EXPECT_THAT(status, testing::AnyOf(0, 1)) << n;
     EXPECT_EQ(Exists("made"), status == 0) << n << Errors();
   }
+}
+
+// Two commands side by side share a log; the receiver of one of them is killed half way.
+TEST_F(Process, ReceiversAtTwoPortsEndEachForItself) {
+  const pid_t loaders[] = {Start("loader --link @one"),
+                           Start("loader --link @two --baud 300000 --log @heard")};
+  for (int i = 0; i < 400 && !std::filesystem::is_symlink(At("two")); ++i) usleep(5000);
+  if (!std::filesystem::is_symlink(At("two")) || !std::filesystem::is_symlink(At("one"))) {
+    for (const pid_t loader : loaders) End(loader);
+    GTEST_SKIP() << "no pseudo-terminals on this system";
+  }
+  const auto each = [&](const std::string& port, const std::string& lines) {
+    Put("lines", lines);
+    const int before = dup(STDIN_FILENO), input = open(In("lines").c_str(), O_RDONLY);
+    dup2(input, STDIN_FILENO);
+    const pid_t child =
+        Start("upload adb @base.bin --each --verify --timeout 20 --log @log.csv --port @" + port);
+    dup2(before, STDIN_FILENO);
+    for (const int file : {before, input}) close(file);
+    return child;
+  };
+  const pid_t two = each("two", "B-1\n");
+  std::error_code error;
+  for (int i = 0; i < 4000 && std::filesystem::file_size(At("heard"), error) + 1 < 100000; ++i) usleep(5000);
+  const pid_t one = each("one", "A-1\nA-2\n");
+  kill(loaders[1], SIGKILL);
+  EXPECT_EQ(End(two), 1);
+  EXPECT_EQ(End(one), 0) << Errors();
+  kill(loaders[0], SIGTERM);
+  for (const pid_t loader : loaders) End(loader);
+  const Bytes log = Get("log.csv");
+  std::vector<std::string> rows;
+  for (const CsvRow& row : ParseCsv(std::string(log.begin(), log.end())))
+    rows.push_back(row.cells[1] + " " + row.cells[8] + " " + row.cells[9]);
+  std::sort(rows.begin(), rows.end());
+  EXPECT_EQ(rows,
+            (std::vector<std::string>{"A-1 yes ok", "A-2 yes ok", "B-1  failed", "serial verified result"}));
 }
 
 // The job and the reader of a port run on threads of their own.

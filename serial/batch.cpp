@@ -1,0 +1,30 @@
+#include "serial/batch.h"
+
+#include "serial/backup.h"
+
+namespace vexa {
+
+bool MayServe(const Context& context, const ReceiverBatch& batch, const ProjectConfig& config) {
+  if (!BuildAdbImages(context, batch.document, batch.sdb, config)) return false;
+  if (!batch.backup_folder.empty() && !MayKeepCopies(context, batch.backup_folder)) return false;
+  const Outcome tried = batch.log.empty() ? Outcome() : TryRunLog(batch.log);
+  if (tried) return true;
+  const std::string log = Utf8FromPath(batch.log);
+  TellWhy(context.messages, Icon::kStop, Reason(Attempt::kWrite, log, tried.error),
+          "Could not write file \"%s\".", log.c_str());
+  return false;
+}
+
+Outcome ServeOneOf(ReceiverRun& run, const ReceiverBatch& batch, const std::string& serial,
+                   const LocalTime& time, RunEnd& end) {
+  const bool done =
+      ServeReceiver(run, {&batch.document, batch.sdb, time, batch.verify, batch.backup_folder, serial});
+  const bool cancelled = run.face.cancelled && run.face.cancelled();
+  end = done ? RunEnd::kOk : cancelled ? RunEnd::kCancelled : RunEnd::kFailed;
+  if (batch.log.empty()) return true;
+  const std::lock_guard hold(*batch.log_lock);
+  return AppendToRunLog(batch.log,
+                        {time, serial, batch.database, batch.sha256, batch.configuration, run.result, end});
+}
+
+}  // namespace vexa
