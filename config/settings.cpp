@@ -69,6 +69,13 @@ constexpr SettingRow kSettings[] = {
     {kConsoleKey, "ConnectAgain", "0"},
     {kConsoleKey, "LineEnding", "0"},
     {kTransferKey, "VerifyUploads", "0"},
+    {kTransferKey, "KeepCopies", "0"},
+    {kTransferKey, "CopyFolder", ""},
+    {kProductionKey, "Database", ""},
+    {kProductionKey, "Sdb", "1"},
+    {kProductionKey, "Log", ""},
+    {kProductionKey, "Ports", ""},
+    {kProductionKey, "KeepCopies", "0"},
 };
 
 constexpr size_t CountOf(std::string_view subkey) {
@@ -132,12 +139,6 @@ char16_t SmallLetter(char16_t c) {
   if (c >= 0x400 && c <= 0x40F) return static_cast<char16_t>(c + 80);
   if (c >= 0x100 && c <= 0x137 && c != 0x130) return static_cast<char16_t>(c | 1);
   return c;
-}
-
-std::u16string SmallLetters(const std::string& text) {
-  std::u16string small = Utf16FromUtf8(text);
-  std::transform(small.begin(), small.end(), small.begin(), SmallLetter);
-  return small;
 }
 
 bool IsListed(const Path& file) {
@@ -206,6 +207,12 @@ std::string SettingsKey(const char* subkey) {
   return Format("Software\\QMV\\VexaEditor\\%s\\Version%d.%d.%d\\", kProjectId, kVersionMajor, kVersionMinor,
                 kVersionBuild) +
          subkey;
+}
+
+std::u16string SmallLetters(const std::string& text) {
+  std::u16string small = Utf16FromUtf8(text);
+  std::transform(small.begin(), small.end(), small.begin(), SmallLetter);
+  return small;
 }
 
 bool IsPortName(const std::string& name) {
@@ -531,16 +538,52 @@ void SaveConsoleSettings(const SettingsStore& store, const ConsoleSettings& cons
   for (size_t i = 0; i < std::size(numbers); ++i) store.write(key, rows[i]->name, std::to_string(numbers[i]));
 }
 
-bool LoadVerifyUploads(const SettingsStore& store) {
-  const std::string key = SettingsKey(kTransferKey);
-  if (store.open(key) != KeyState::kExisted) return false;
-  return store.read(key, RowsOf(kTransferKey)[0]->name) == "1";
+namespace {
+
+// The texts of a subkey, in the order of its rows; the defaults of those that are not there.
+std::vector<std::string> LoadTexts(const SettingsStore& store, const char* subkey) {
+  const std::string key = SettingsKey(subkey);
+  const bool there = store.open(key) == KeyState::kExisted;
+  std::vector<std::string> texts;
+  for (const SettingRow* row : RowsOf(subkey)) {
+    const auto text = there ? store.read(key, row->name) : std::nullopt;
+    texts.push_back(text.value_or(row->standard));
+  }
+  return texts;
 }
 
-void SaveVerifyUploads(const SettingsStore& store, bool verify) {
-  const std::string key = SettingsKey(kTransferKey);
+void SaveTexts(const SettingsStore& store, const char* subkey, const std::vector<std::string>& texts) {
+  const std::string key = SettingsKey(subkey);
   store.open(key);
-  store.write(key, RowsOf(kTransferKey)[0]->name, verify ? "1" : "0");
+  const auto rows = RowsOf(subkey);
+  for (size_t i = 0; i < rows.size(); ++i) store.write(key, rows[i]->name, texts[i]);
+}
+
+std::string FlagText(bool set) {
+  return set ? "1" : "0";
+}
+
+}  // namespace
+
+TransferSettings LoadTransferSettings(const SettingsStore& store) {
+  const auto texts = LoadTexts(store, kTransferKey);
+  return {texts[0] == "1", texts[1] == "1", texts[2]};
+}
+
+void SaveTransferSettings(const SettingsStore& store, const TransferSettings& transfer) {
+  SaveTexts(store, kTransferKey,
+            {FlagText(transfer.verify), FlagText(transfer.keep_copy), transfer.copy_folder});
+}
+
+ProductionSettings LoadProductionSettings(const SettingsStore& store) {
+  const auto texts = LoadTexts(store, kProductionKey);
+  return {texts[0], texts[1], texts[2], texts[3], texts[4] == "1"};
+}
+
+void SaveProductionSettings(const SettingsStore& store, const ProductionSettings& production) {
+  SaveTexts(store, kProductionKey,
+            {production.database, production.sdb, production.log, production.ports,
+             FlagText(production.keep_copy)});
 }
 
 }  // namespace vexa

@@ -41,6 +41,8 @@ inline constexpr const char* kWindowKey = "Window";
 inline constexpr const char* kConsoleKey = "Console";
 inline constexpr const char* kTransferKey = "Transfer";
 inline constexpr const char* kPlaceKey = "Place";
+inline constexpr const char* kProductionKey = "Production";
+inline constexpr const char* kSetsKey = "Sets";
 
 inline constexpr std::array kPortNames = {"COM1", "COM2", "COM3", "COM4"};
 
@@ -57,6 +59,10 @@ std::vector<std::string> OfferedLineSpeedTexts();
 std::vector<std::string> PortChoices(const std::vector<SerialPortInfo>& there);
 // The name in a line of that list, or in what was typed.
 std::string PortNameIn(const std::string& choice);
+
+// The text with the small letters of the scripts that Windows-1252, Greek and Cyrillic names use, for
+// comparing without regard to case.
+std::u16string SmallLetters(const std::string& text);
 
 // "COM1 115200 8 N 1", the console's status line. An index beyond its list shows as the list's default.
 std::string PortStatusText(const ProjectConfig& config);
@@ -158,8 +164,22 @@ struct ConsoleSettings {
 ConsoleSettings LoadConsoleSettings(const SettingsStore& store);
 void SaveConsoleSettings(const SettingsStore& store, const ConsoleSettings& console);
 
-// Whether an upload of ADB data is read back and compared.
-bool LoadVerifyUploads(const SettingsStore& store);
-void SaveVerifyUploads(const SettingsStore& store, bool verify);
+// What is done beside an upload of ADB data.
+struct TransferSettings {
+  bool verify = false;      // the receiver is read back and compared
+  bool keep_copy = false;   // what it held is fetched and kept before
+  std::string copy_folder;  // where copies are kept, UTF-8; empty: the user has chosen none
+};
+TransferSettings LoadTransferSettings(const SettingsStore& store);
+void SaveTransferSettings(const SettingsStore& store, const TransferSettings& transfer);
+
+// What the window "Production" was last told, as its fields hold it, UTF-8.
+struct ProductionSettings {
+  std::string database, sdb = "1", log;
+  std::string ports;  // names between blanks
+  bool keep_copy = false;
+};
+ProductionSettings LoadProductionSettings(const SettingsStore& store);
+void SaveProductionSettings(const SettingsStore& store, const ProductionSettings& production);
 
 }  // namespace vexa

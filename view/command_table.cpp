@@ -362,6 +362,11 @@ constexpr CommandInfo kCommands[] = {
      .tip = "Fetch the database of the receiver",
      .block = Block::kDownload,
      .button = {.place = 41, .picture = 12}},
+    {.id = kCmdRestore,
+     .text = "&Restore...",
+     .asks = {.images = true, .partitions = true},
+     .tip = "Send a copy back to the receiver",
+     .block = Block::kDownload},
 
     {.id = kCmdPortload,
      .text = "&Portload",

@@ -88,6 +88,8 @@ enum CommandId : uint16_t {
   kCmdVersion = 40236,
   kCmdRevert = 40237,
   kCmdUpdateFromTable = 40238,
+  kCmdRestore = 40240,
+  kCmdProduction = 40241,
   kCmdHtmlPage = 40250,
   kCmdPicture = 40251,
   kCmdConsoleFind = 40280,

@@ -45,6 +45,8 @@ constexpr Row<int> kDialogs[] = {
     {IDD_MERGER, "merger"},
     {IDD_TRANSFER, "transfer"},
     {IDD_UPLOAD_SDBS, "upload"},
+    {IDD_RESTORE, "restore"},
+    {IDD_PRODUCTION, "production"},
     {IDD_SINGLE_IMAGE, "images"},
     {IDD_MULTIPLE_IMAGE, "images"},
     {IDD_COMPRESSION, "compression"},

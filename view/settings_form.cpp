@@ -109,9 +109,32 @@ void StoreSelections(const SettingsForm& form, ProjectConfig& config) {
   config.product_index = IndexOf(form.product);
   config.configuration_index = IndexOf(form.configuration);
   const bool changed = form.image_type != KeptSelection(form.stored_image_type, form.image_types.size());
-  const bool kept = config.image_type_chosen && config.image_type_index == IndexOf(form.image_type);
-  config.image_type_chosen = changed || kept;
+  config.image_type_chosen = changed || form.chosen_image_type == IndexOf(form.image_type);
   config.image_type_index = IndexOf(form.image_type);
+}
+
+// All but the lists of the configuration file.
+void ShowChoices(SettingsForm& form, const ProjectConfig& config, bool hexadecimal) {
+  form.manufacturer = config.manufacturer_index;
+  form.product = config.product_index;
+  form.configuration = config.configuration_index;
+  form.stored_image_type = config.image_type_index;
+  form.chosen_image_type = config.image_type_chosen ? config.image_type_index : -1;
+  form.software_major = std::to_string(config.software_major);
+  form.software_minor = std::to_string(config.software_minor);
+  form.sdb_format = config.sdb_format;
+  form.radix = hexadecimal ? 0 : 1;
+  form.compressed = config.compressed_image;
+  form.compression_type = config.compression_type;
+  form.compression_level = config.compression_level;
+  form.port_name = config.port_name;
+  form.bauds = OfferedLineSpeedTexts();
+  form.stored_baud = config.baud_index;
+  if (config.baud_index >= kOfferedLineSpeeds) form.bauds.push_back(LineSpeedText(config.baud_index));
+  form.baud = std::min<int>(config.baud_index, static_cast<int>(kOfferedLineSpeeds));
+  form.data_bits = config.data_bits_index;
+  form.parity = config.parity_index;
+  form.stop_bits = config.stop_bits_index;
 }
 
 }  // namespace
@@ -127,26 +150,9 @@ SettingsForm OpenSettingsForm(const Context& context, const SettingsRequest& req
   form.request = request;
   form.file = Utf8FromPath(ecf);
   form.listed_file = ecf;
-  form.manufacturer = config.manufacturer_index;
-  form.product = config.product_index;
-  form.configuration = config.configuration_index;
-  form.stored_image_type = config.image_type_index;
-  form.software_major = std::to_string(config.software_major);
-  form.software_minor = std::to_string(config.software_minor);
-  form.sdb_format = form.had_sdb_format = config.sdb_format;
-  form.radix = hexadecimal_pids ? 0 : 1;
+  form.had_sdb_format = config.sdb_format;
   form.had_hexadecimal = hexadecimal_pids;
-  form.compressed = config.compressed_image;
-  form.compression_type = config.compression_type;
-  form.compression_level = config.compression_level;
-  form.port_name = config.port_name;
-  form.bauds = OfferedLineSpeedTexts();
-  form.stored_baud = config.baud_index;
-  if (config.baud_index >= kOfferedLineSpeeds) form.bauds.push_back(LineSpeedText(config.baud_index));
-  form.baud = std::min<int>(config.baud_index, static_cast<int>(kOfferedLineSpeeds));
-  form.data_bits = config.data_bits_index;
-  form.parity = config.parity_index;
-  form.stop_bits = config.stop_bits_index;
+  ShowChoices(form, config, hexadecimal_pids);
   if (const auto tree = ReadEcfTree(context, ecf)) {
     FillLists(form, *tree);
   } else {
@@ -220,6 +226,8 @@ SettingsEnabling EnabledControls(const SettingsForm& form) {
   enabled.compression_type = request.urt_conversion && form.compressed;
   enabled.compression_level = enabled.compression_type && form.compression_type == 0;
   enabled.serial = !(request.from_console && request.port_connected);
+  // A set brings its port and all else.
+  enabled.sets = enabled.lists && enabled.serial && enabled.sdb_format && enabled.compression;
   return enabled;
 }
 
@@ -282,6 +290,40 @@ SettingsOutcome AcceptSettings(const Context& context, SettingsForm& form, Path&
   outcome.hexadecimal_pids = format_changed ? form.sdb_format == 1 : form.radix == 0;
   outcome.refill = format_changed || outcome.hexadecimal_pids != form.had_hexadecimal;
   return outcome;
+}
+
+SettingsField KeepSettingsSet(const Context& context, SettingsForm& form, std::vector<OptionSet>& sets,
+                              const std::string& typed) {
+  OptionSet set;
+  set.name = Trimmed(typed);
+  const std::string refusal = WhyNoSet(sets, set.name);
+  if (!refusal.empty()) {
+    Tell(context.messages, Icon::kStop, "%s", refusal.c_str());
+    return SettingsField::kSet;
+  }
+  SoftwareVersion version;
+  const SettingsField field = JudgeEdits(context, form, version);
+  if (field != SettingsField::kNone) return field;
+  set.file = Utf8FromPath(form.listed_file);
+  StoreIndependent(form, version, set.choices);
+  StoreSelections(form, set.choices);
+  set.hexadecimal = form.radix == 0;
+  PutOptionSet(sets, std::move(set));
+  return SettingsField::kNone;
+}
+
+bool TakeSettingsSet(const Context& context, SettingsForm& form, const OptionSet& set) {
+  ProjectConfig config;
+  if (!LoadOptionSet(context, set, config)) return false;
+  const Path file = PathFromUtf8(set.file);
+  const auto tree = ReadEcfTree(context, file);
+  if (!tree) return false;
+  form.file = set.file;
+  form.listed_file = file;
+  ShowChoices(form, config, set.hexadecimal);
+  form.had_sdb_format = form.sdb_format;  // PIDs are shown as the set says
+  FillLists(form, *tree);
+  return true;
 }
 
 void StoreSettingsForm(const SettingsStore& store, const SettingsForm& form, const Path& ecf,

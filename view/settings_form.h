@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "config/ecf.h"
+#include "config/option_sets.h"
 #include "config/project_config.h"
 #include "core/context.h"
 #include "platform/settings_store.h"
@@ -55,8 +56,9 @@ struct SettingsForm {
 
   bool had_hexadecimal = false;  // when the dialog opened
   int had_sdb_format = 0;
-  int stored_image_type = 0;  // what a filled image-type list selects
-  uint8_t stored_baud = 0;    // the index of the last of `bauds` when it is not offered
+  int stored_image_type = 0;   // what a filled image-type list selects
+  int chosen_image_type = -1;  // the one that the user chose before; -1: none
+  uint8_t stored_baud = 0;     // the index of the last of `bauds` when it is not offered
 };
 
 // Fills everything from the configuration in force. When the lists cannot be filled they are empty and
@@ -76,12 +78,12 @@ void LeaveConfigurationFile(const Context& context, SettingsForm& form);
 
 struct SettingsEnabling {
   bool file, browse, ok, lists, software, sdb_format, radix, image_type, compression, compression_type,
-      compression_level, serial;
+      compression_level, serial, sets;
 };
 // Which controls take an answer, by who opened the dialog and by whether the lists could be filled.
 SettingsEnabling EnabledControls(const SettingsForm& form);
 
-enum class SettingsField { kNone, kFile, kMajor, kMinor, kPort };
+enum class SettingsField { kNone, kFile, kMajor, kMinor, kPort, kSet };
 struct SettingsOutcome {
   bool close = false;  // false: the dialog stays, `focus` gets the focus
   SettingsField focus = SettingsField::kNone;
@@ -95,6 +97,13 @@ struct SettingsOutcome {
 // closes nevertheless: the file, its choices and what was loaded of them stay as they were, all other values
 // are stored.
 SettingsOutcome AcceptSettings(const Context& context, SettingsForm& form, Path& ecf, ProjectConfig& config);
+
+// Keeps what the controls hold among the sets, under the name that was typed. A name, file, version or port
+// that cannot be keeps them as they are, after a message; then the field of it.
+SettingsField KeepSettingsSet(const Context& context, SettingsForm& form, std::vector<OptionSet>& sets,
+                              const std::string& typed);
+// The controls take what the set holds. False after a message; then they hold what they did.
+bool TakeSettingsSet(const Context& context, SettingsForm& form, const OptionSet& set);
 
 // To be called whenever the dialog has closed, by OK or not: the settings that a dialog stores.
 void StoreSettingsForm(const SettingsStore& store, const SettingsForm& form, const Path& ecf,

@@ -149,13 +149,22 @@ TEST(ConsoleSettings, AreReadAsTheyWereWrittenAndKeepTheirDefaultsElse) {
   }
 }
 
-TEST(TransferSettings, VerificationIsKept) {
+TEST(TransferSettings, EachValueIsKept) {
   const SettingsStore store = MemorySettingsStore();
-  EXPECT_FALSE(LoadVerifyUploads(store));
-  for (const bool verify : {true, false}) {
-    SaveVerifyUploads(store, verify);
-    EXPECT_EQ(LoadVerifyUploads(store), verify);
+  const auto transfer = [&] {
+    const TransferSettings kept = LoadTransferSettings(store);
+    return std::tuple(kept.verify, kept.keep_copy, kept.copy_folder);
+  };
+  EXPECT_EQ(transfer(), std::tuple(false, false, ""));
+  for (const auto& [verify, copy] : {std::pair(true, false), {false, true}}) {
+    SaveTransferSettings(store, {verify, copy, "C:\\c"});
+    EXPECT_EQ(transfer(), std::tuple(verify, copy, "C:\\c"));
   }
+  EXPECT_EQ(LoadProductionSettings(store).sdb, "1");
+  SaveProductionSettings(store, {"d", "2", "l", "COM1 COM3", true});
+  const ProductionSettings kept = LoadProductionSettings(store);
+  EXPECT_EQ(std::tuple(kept.database, kept.sdb, kept.log, kept.ports, kept.keep_copy),
+            std::tuple("d", "2", "l", "COM1 COM3", true));
 }
 
 }  // namespace

@@ -111,4 +111,11 @@ std::optional<Path> AskFolder(HWND owner, const char* title, const Path& folder)
   return Path(path);
 }
 
+Path DocumentsFolder() {
+  wchar_t path[MAX_PATH] = L"";
+  if (FAILED(SHGetFolderPathW(nullptr, CSIDL_PERSONAL, nullptr, SHGFP_TYPE_CURRENT, path)))
+    return ProgramFolder();
+  return Path(path);
+}
+
 }  // namespace vexa

@@ -32,4 +32,7 @@ std::optional<Path> AskSaveFile(HWND owner, const FileQuestion& question, const 
 // A folder of the file system; starts at `folder` and shows the highlighted folder's path.
 std::optional<Path> AskFolder(HWND owner, const char* title, const Path& folder);
 
+// The user's folder for documents; the program's own where the system names none.
+Path DocumentsFolder();
+
 }  // namespace vexa

@@ -9,6 +9,9 @@ namespace vexa {
 
 namespace {
 
+constexpr UINT_PTR kFormTimer = 1;
+constexpr UINT kTick = 150;  // ms
+
 struct OpenForm {
   Application& app;
   int id;  // of the dialog
@@ -38,7 +41,10 @@ Anchor AnchorBeside(const std::vector<Anchors::Control>& named, const RECT& plac
 
 void Command(OpenForm& open, HWND dialog, int id, int code) {
   Form form{open.app, dialog};
-  if (id == IDCANCEL) return form.End(false);
+  if (id == IDCANCEL) {
+    if (!open.actions.may_cancel || open.actions.may_cancel(form)) form.End(false);
+    return;
+  }
   if (id == IDOK) {
     if (!open.actions.accept || open.actions.accept(form)) form.End(true);
     return;
@@ -54,6 +60,7 @@ INT_PTR FormMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
     Form form{open.app, dialog};
     if (open.actions.open) open.actions.open(form);
     open.anchors = TakeAnchors(dialog, open.actions.anchors);
+    if (open.actions.tick) SetTimer(dialog, kFormTimer, kTick, nullptr);
     // A focus that the form has set stays, and with it the default button.
     return !IsChild(dialog, GetFocus());
   }
@@ -75,6 +82,9 @@ INT_PTR FormMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_DRAWITEM:
       if (!open->actions.draw) return FALSE;
       open->actions.draw(form, *reinterpret_cast<const DRAWITEMSTRUCT*>(lparam));
+      return TRUE;
+    case WM_TIMER:
+      if (open->actions.tick) open->actions.tick(form);
       return TRUE;
     case WM_SIZE:
       FollowSize(open->anchors);

@@ -67,6 +67,10 @@ struct FormActions {
   std::function<void(Form&)> open;  // fills the controls
   // OK was pressed; true ends the dialog as accepted.
   std::function<bool(Form&)> accept;
+  // Cancel was pressed; false keeps the dialog. Empty: it ends.
+  std::function<bool(Form&)> may_cancel;
+  // Called several times a second.
+  std::function<void(Form&)> tick;
   // Any other WM_COMMAND of a control (id, notification code).
   std::function<void(Form&, int id, int code)> command;
   // WM_NOTIFY; what it returns becomes the message's result.

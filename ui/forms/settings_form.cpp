@@ -1,8 +1,10 @@
 // The configuration dialog.
+#include "core/messages.h"
 #include "ui/controls/file_dialogs.h"
 #include "ui/controls/form.h"
 #include "ui/forms/options.h"
 #include "ui/forms/options_resource.h"
+#include "view/upload_steps.h"
 
 namespace vexa {
 
@@ -48,7 +50,10 @@ void ShowEnabling(const Form& form, const SettingsForm& dialog) {
               {IDC_SETTINGS_BAUD, enabled.serial},
               {IDC_SETTINGS_DATA_BITS, enabled.serial},
               {IDC_SETTINGS_PARITY, enabled.serial},
-              {IDC_SETTINGS_STOP_BITS, enabled.serial}};
+              {IDC_SETTINGS_STOP_BITS, enabled.serial},
+              {IDC_SETTINGS_SET, enabled.sets},
+              {IDC_SETTINGS_SET_SAVE, enabled.sets},
+              {IDC_SETTINGS_SET_DELETE, enabled.sets}};
   for (const auto& row : rows) EnableLabelled(form, row.id, row.enabled);
   // A disabled control that keeps the focus would take all keys.
   HWND focus = GetFocus();
@@ -56,11 +61,15 @@ void ShowEnabling(const Form& form, const SettingsForm& dialog) {
     form.Focus(IDC_SETTINGS_BROWSE);
 }
 
-void Open(const Form& form, const SettingsForm& dialog) {
+void ShowSets(const Form& form) {
+  std::vector<std::string> names;
+  for (const OptionSet& set : LoadOptionSets(form.app.settings)) names.push_back(set.name);
+  form.Fill(IDC_SETTINGS_SET, names, -1);
+}
+
+void ShowValues(const Form& form, const SettingsForm& dialog) {
   form.SetText(IDC_SETTINGS_FILE, dialog.file);
   ShowLists(form, dialog);
-  form.Limit(IDC_SETTINGS_MAJOR, 3);
-  form.Limit(IDC_SETTINGS_MINOR, 2);
   form.SetText(IDC_SETTINGS_MAJOR, dialog.software_major);
   form.SetText(IDC_SETTINGS_MINOR, dialog.software_minor);
   form.Fill(IDC_SETTINGS_FORMAT, TextsOf(kSdbFormats), dialog.sdb_format);
@@ -68,15 +77,25 @@ void Open(const Form& form, const SettingsForm& dialog) {
   form.Check(IDC_SETTINGS_COMPRESSED, dialog.compressed);
   form.Fill(IDC_SETTINGS_COMPRESSION, TextsOf(kCompressionTypes), dialog.compression_type);
   form.Fill(IDC_SETTINGS_LEVEL, TextsOf(kCompressionLevels), dialog.compression_level);
-  form.Fill(IDC_SETTINGS_PORT, PortChoices(ListSerialPorts()), -1);
-  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_LIMITTEXT, kPortNameSize, 0);
-  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_SETDROPPEDWIDTH, 320, 0);
   form.SetText(IDC_SETTINGS_PORT, dialog.port_name);
   form.Fill(IDC_SETTINGS_BAUD, dialog.bauds, dialog.baud);
   form.Fill(IDC_SETTINGS_DATA_BITS, TextsOf(kDataBits), dialog.data_bits);
   form.Fill(IDC_SETTINGS_PARITY, TextsOf(kParities), dialog.parity);
   form.Fill(IDC_SETTINGS_STOP_BITS, TextsOf(kStopBits), dialog.stop_bits);
   ShowEnabling(form, dialog);
+}
+
+void Open(const Form& form, const SettingsForm& dialog) {
+  form.Limit(IDC_SETTINGS_MAJOR, 3);
+  form.Limit(IDC_SETTINGS_MINOR, 2);
+  form.Fill(IDC_SETTINGS_PORT, PortChoices(ListSerialPorts()), -1);
+  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_LIMITTEXT, kPortNameSize, 0);
+  SendMessageW(form.Control(IDC_SETTINGS_PORT), CB_SETDROPPEDWIDTH, 320, 0);
+  SendMessageW(form.Control(IDC_SETTINGS_SET), CB_LIMITTEXT, kMaximumSetName, 0);
+  ShowSets(form);
+  form.SetText(IDC_SETTINGS_COPIES,
+               Utf8FromPath(CopyFolderIn(LoadTransferSettings(form.app.settings), DocumentsFolder())));
+  ShowValues(form, dialog);
 }
 
 // What the controls hold, but for the lists of the configuration, which the model follows at once.
@@ -124,6 +143,44 @@ void Browse(const Form& form, SettingsForm& dialog) {
   ShowLists(form, dialog);
 }
 
+int ControlOf(SettingsField field);
+
+void TakeSet(const Form& form, SettingsForm& dialog) {
+  const auto sets = LoadOptionSets(form.app.settings);
+  const int place = form.Choice(IDC_SETTINGS_SET);
+  if (place < 0 || static_cast<size_t>(place) >= sets.size()) return;
+  if (TakeSettingsSet(form.app.context, dialog, sets[static_cast<size_t>(place)])) ShowValues(form, dialog);
+}
+
+void SaveSet(const Form& form, SettingsForm& dialog) {
+  Take(form, dialog);
+  auto sets = LoadOptionSets(form.app.settings);
+  const std::string name = form.Text(IDC_SETTINGS_SET);
+  const SettingsField refused = KeepSettingsSet(form.app.context, dialog, sets, name);
+  if (refused != SettingsField::kNone) return form.Focus(ControlOf(refused));
+  SaveOptionSets(form.app.settings, sets);
+  ShowSets(form);
+  form.SetText(IDC_SETTINGS_SET, name);
+}
+
+void DeleteSet(const Form& form) {
+  auto sets = LoadOptionSets(form.app.settings);
+  const auto place = FindOptionSet(sets, form.Text(IDC_SETTINGS_SET));
+  if (!place) {
+    Tell(form.app.context.messages, Icon::kInformation, "Choose the set that is to be deleted.");
+    return form.Focus(IDC_SETTINGS_SET);
+  }
+  sets.erase(sets.begin() + static_cast<std::ptrdiff_t>(*place));
+  SaveOptionSets(form.app.settings, sets);
+  ShowSets(form);
+}
+
+void BrowseCopies(const Form& form) {
+  const auto folder = AskFolder(form.window, "Choose the folder of the copies.",
+                                PathFromUtf8(form.Text(IDC_SETTINGS_COPIES)));
+  if (folder) form.SetText(IDC_SETTINGS_COPIES, Utf8FromPath(*folder));
+}
+
 void Command(const Form& form, SettingsForm& dialog, int id, int code) {
   const Context& context = form.app.context;
   if (id == IDC_SETTINGS_FILE && code == EN_CHANGE) {
@@ -140,6 +197,18 @@ void Command(const Form& form, SettingsForm& dialog, int id, int code) {
   switch (id) {
     case IDC_SETTINGS_BROWSE:
       Browse(form, dialog);
+      break;
+    case IDC_SETTINGS_SET:
+      TakeSet(form, dialog);
+      break;
+    case IDC_SETTINGS_SET_SAVE:
+      SaveSet(form, dialog);
+      break;
+    case IDC_SETTINGS_SET_DELETE:
+      DeleteSet(form);
+      break;
+    case IDC_SETTINGS_COPIES_BROWSE:
+      BrowseCopies(form);
       break;
     case IDC_SETTINGS_MANUFACTURER:
       ChooseManufacturer(context, dialog, form.Choice(id));
@@ -168,9 +237,17 @@ int ControlOf(SettingsField field) {
       return IDC_SETTINGS_MINOR;
     case SettingsField::kPort:
       return IDC_SETTINGS_PORT;
+    case SettingsField::kSet:
+      return IDC_SETTINGS_SET;
     default:
       return IDC_SETTINGS_FILE;
   }
+}
+
+void KeepCopyFolder(const Form& form) {
+  TransferSettings settings = LoadTransferSettings(form.app.settings);
+  settings.copy_folder = CopyFolderText(form.Text(IDC_SETTINGS_COPIES), DocumentsFolder());
+  SaveTransferSettings(form.app.settings, settings);
 }
 
 void TakeEffect(Application& app, const SettingsOutcome& outcome) {
@@ -193,7 +270,10 @@ bool ShowSettings(Application& app, const SettingsRequest& request) {
   actions.accept = [&](Form& form) {
     Take(form, dialog);
     outcome = AcceptSettings(app.context, dialog, app.configuration_file, app.config);
-    if (outcome.close) return true;
+    if (outcome.close) {
+      KeepCopyFolder(form);
+      return true;
+    }
     ShowLists(form, dialog);
     ShowEnabling(form, dialog);
     if (dialog.listed) form.Focus(ControlOf(outcome.focus));

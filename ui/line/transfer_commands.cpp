@@ -7,12 +7,15 @@
 #include "image/adb.h"
 #include "image/decoder.h"
 #include "platform/text.h"
+#include "serial/backup.h"
 #include "serial/prepare.h"
 #include "serial/verdict.h"
+#include "ui/controls/file_dialogs.h"
 #include "ui/controls/form.h"
 #include "ui/editor/editor.h"
 #include "ui/line/console.h"
 #include "ui/line/line_commands.h"
+#include "ui/line/line_dialogs.h"
 #include "ui/line/transfer_dialog.h"
 #include "ui/line/transfer_resource.h"
 
@@ -26,22 +29,89 @@ BinSelection OnlySdb(const EditorWindow& editor) {
   return {1u << place, 0};
 }
 
+// What goes to the receiver as ADB data.
+struct AdbUpload {
+  const Document& document;
+  size_t sdb;
+  std::string subject;
+};
+
+StepEnd KeepCopy(Application& app) {
+  const Path folder = CopyFolder(app);
+  std::error_code told_below;
+  std::filesystem::create_directories(folder, told_below);
+  std::vector<FileContent> copy;
+  StepEnd end = StepEnd::kNotDone;
+  auto files = MayKeepCopies(app.context, folder) ? PrepareDownload(app.context, app.config) : std::nullopt;
+  if (files) {
+    TransferOrder order;
+    order.job = TransferJob::kDownload;
+    order.files = std::move(files->script);
+    order.region_files = std::move(files->regions);
+    order.title = kKeepingCopy;
+    order.decode = [&, config = app.config](const Context& context, bool crc_failed) {
+      if (crc_failed) TellCrcFailed(context.messages, config.port_name);
+      return !crc_failed && CollectCopy(context, config, copy);
+    };
+    const std::string name = BackupName(LocalTimeNow(), "");
+    end = RunTransferDialog(app, std::move(order));
+    if (copy.empty() || (end == StepEnd::kDone && !WriteCopy(app.context, folder, name, copy)))
+      end = StepEnd::kNotDone;
+  }
+  if (end == StepEnd::kNotDone) Tell(app.context.messages, Icon::kWarning, "%s", kNothingSent);
+  return end;
+}
+
 // Reads the receiver back. What differs has been shown when the dialog closes.
-void VerifyAdb(Application& app, const Document& document, size_t sdb) {
-  const auto images = BuildAdbImages(app.context, document, sdb, app.config);
+StepEnd Compare(Application& app, const AdbUpload& upload) {
+  const auto images = BuildAdbImages(app.context, upload.document, upload.sdb, app.config);
   auto files = images ? PrepareDownload(app.context, app.config) : std::nullopt;
-  if (!files) return;
+  if (!files) return StepEnd::kNotDone;
   Verdict verdict = Verdict::kNotCompared;
   TransferOrder order;
   order.job = TransferJob::kDownload;
   order.files = std::move(files->script);
   order.region_files = std::move(files->regions);
-  order.verifies = true;
+  order.title = kVerifying;
+  order.compares = true;
   order.decode = [&, config = app.config](const Context& context, bool crc_failed) {
-    verdict = JudgeDownload(context, config, *document.sdbs[sdb].database, *images, crc_failed);
+    const StaticDatabase& database = *upload.document.sdbs[upload.sdb].database;
+    verdict = JudgeDownload(context, config, database, *images, crc_failed);
     return verdict == Verdict::kSame;
   };
-  if (RunTransferDialog(app, std::move(order))) app.outcome = VerdictText(verdict);
+  const StepEnd end = RunTransferDialog(app, std::move(order));
+  if (end == StepEnd::kDone) app.outcome = VerdictText(verdict);
+  return end;
+}
+
+StepEnd Send(Application& app, const AdbUpload& upload, bool copied) {
+  if (!MayUploadAdb(app.context, app.config, upload.document)) return StepEnd::kNotDone;
+  auto files = [&] {
+    const WaitPointer wait;
+    return PrepareAdbUpload(app.context, upload.document, upload.sdb, app.config, LocalTimeNow());
+  }();
+  if (!files) return StepEnd::kNotDone;
+  TransferOrder order;
+  order.subject = upload.subject;
+  order.files = std::move(*files);
+  order.offers_choices = true;
+  order.copied = copied;
+  return RunTransferDialog(app, std::move(order));
+}
+
+void RunUpload(Application& app, const AdbUpload& upload) {
+  // What the configuration or the receiver's room refuses is told before anything is fetched.
+  if (!MayUploadAdb(app.context, app.config, upload.document) ||
+      !BuildAdbImages(app.context, upload.document, upload.sdb, app.config))
+    return;
+  bool copied = false;
+  for (UploadStep step = FirstUploadStep(LoadTransferSettings(app.settings)); step != UploadStep::kEnd;) {
+    const StepEnd end = step == UploadStep::kCopy   ? KeepCopy(app)
+                        : step == UploadStep::kSend ? Send(app, upload, copied)
+                                                    : Compare(app, upload);
+    copied |= step == UploadStep::kCopy && end == StepEnd::kDone;
+    step = NextUploadStep(step, end, LoadTransferSettings(app.settings), copied);
+  }
 }
 
 void UploadAdb(Application& app) {
@@ -50,17 +120,14 @@ void UploadAdb(Application& app) {
   if (!MayUploadAdb(app.context, app.config, document)) return;
   const BinSelection selection = OnlySdb(editor);
   const auto place = static_cast<size_t>(std::countr_zero(selection.sdbs));
-  auto files = [&] {
-    const WaitPointer wait;
-    return PrepareAdbUpload(app.context, document, place, app.config, LocalTimeNow());
-  }();
-  if (!files) return;
-  TransferOrder order;
-  order.subject = UploadSubject(document, selection, TransferJob::kAdb);
-  order.files = std::move(*files);
-  order.offers_verify = true;
-  if (RunTransferDialog(app, std::move(order)) && LoadVerifyUploads(app.settings))
-    VerifyAdb(app, document, place);
+  RunUpload(app, {document, place, UploadSubject(document, selection, TransferJob::kAdb)});
+}
+
+void Restore(Application& app) {
+  if (!MayDownload(app.context, app.config)) return;
+  Document document;
+  if (const auto name = ChooseCopy(app, document))
+    RunUpload(app, {document, 0, "\"" + *name + "\" as ADB data"});
 }
 
 void AddTick(HWND list, int place, const std::string& text) {
@@ -126,11 +193,11 @@ void SendSdbs(Application& app, const EditorWindow& editor, const BinSelection& 
                             editor.version);
   }();
   if (!files) return;
-  RunTransferDialog(app, {TransferJob::kSdb,
-                          UploadSubject(editor.document, selection, TransferJob::kSdb),
-                          std::move(*files),
-                          {},
-                          nullptr});
+  TransferOrder order;
+  order.job = TransferJob::kSdb;
+  order.subject = UploadSubject(editor.document, selection, TransferJob::kSdb);
+  order.files = std::move(*files);
+  RunTransferDialog(app, std::move(order));
 }
 
 void UploadSdb(Application& app) {
@@ -171,21 +238,22 @@ void Download(Application& app) {
   const UserBoxInfo user_box =
       editor && !editor->document.ubis.empty() ? editor->document.ubis[0].record : UserBoxInfo{};
   std::optional<DecodedImage> decoded;
-  TransferOrder order{TransferJob::kDownload, "", std::move(files->script), std::move(files->regions),
-                      nullptr};
+  TransferOrder order;
+  order.job = TransferJob::kDownload;
+  order.files = std::move(files->script);
+  order.region_files = std::move(files->regions);
   order.decode = [&, config = app.config](const Context& context, bool crc_failed) {
     return DecodeFetched(context, config, user_box, crc_failed, decoded);
   };
-  if (!RunTransferDialog(app, std::move(order)) || !decoded) return;
+  if (RunTransferDialog(app, std::move(order)) != StepEnd::kDone || !decoded) return;
   Document document;
   if (!OpenDecoded(app.context, *decoded, document)) return;
   OpenEditor(app, std::move(document), {}, true);
 }
 
-constexpr CommandRow kTransferCommands[] = {{kCmdUploadAdb, UploadAdb},
-                                            {kCmdUploadSdb, UploadSdb},
-                                            {kCmdUploadThisSdb, UploadThisSdb},
-                                            {kCmdDownload, Download}};
+constexpr CommandRow kTransferCommands[] = {
+    {kCmdUploadAdb, UploadAdb}, {kCmdUploadSdb, UploadSdb}, {kCmdUploadThisSdb, UploadThisSdb},
+    {kCmdDownload, Download},   {kCmdRestore, Restore}};
 
 }  // namespace
 

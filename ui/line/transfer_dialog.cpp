@@ -45,6 +45,8 @@ struct TransferWindow {
   bool clicked = false;  // the mouse presses Cancel
   bool by_key = false;   // its access key presses it, which the button takes for the mouse
   bool asking = false;   // whether to cancel
+  bool begins_again = false;
+  std::vector<OptionSet> sets;  // that are offered
 };
 
 void Show(TransferWindow& window, int id, const std::string& text) {
@@ -52,7 +54,7 @@ void Show(TransferWindow& window, int id, const std::string& text) {
 }
 
 void ShowStatusLine(TransferWindow& window) {
-  const std::string text = window.order.verifies ? kVerifying : TransferStatusLine(window.session);
+  const std::string text = window.order.compares ? kVerifying : TransferStatusLine(window.session);
   if (text.empty() || text == window.status) return;
   window.status = text;
   SetText(GetDlgItem(window.dialog, IDC_TRANSFER_STATUS), text);
@@ -72,7 +74,7 @@ void Connect(TransferWindow& window) {
   session.console_port = ConsolePort(window.app);
   transfer.region_files = window.order.region_files;
   transfer.view.title = [&window](const std::string& text) {
-    if (!window.order.verifies) window.relay.Post([&window, text] { SetText(window.dialog, text); });
+    if (!window.order.title) window.relay.Post([&window, text] { SetText(window.dialog, text); });
   };
   transfer.view.status = [&window](const std::string&) {
     window.relay.Post([&window] { ShowStatusLine(window); });
@@ -89,8 +91,17 @@ void Connect(TransferWindow& window) {
   }
 }
 
+bool HasAnswered(const TransferWindow& window) {
+  return window.session.transfer.xon || window.session.transfer.packets_moved > 0;
+}
+
 void ShowProgress(TransferWindow& window) {
   ShowStatusLine(window);
+  HWND sets = GetDlgItem(window.dialog, IDC_TRANSFER_SET);
+  if (HasAnswered(window) && IsWindowEnabled(sets)) {
+    if (GetFocus() == sets) SetFocus(GetDlgItem(window.dialog, IDCANCEL));
+    EnableWindow(sets, FALSE);
+  }
   const uint64_t range = window.range, position = window.position;
   const auto bounded = [](uint64_t value) {
     return static_cast<LPARAM>(std::min<uint64_t>(value, std::numeric_limits<int>::max()));
@@ -160,27 +171,70 @@ LRESULT CALLBACK CancelProcedure(HWND button, UINT message, WPARAM wparam, LPARA
   return result;
 }
 
-void ShowVerifyBox(const TransferWindow& window) {
-  HWND box = GetDlgItem(window.dialog, IDC_TRANSFER_VERIFY);
-  if (window.order.offers_verify && LoadVerifyUploads(window.app.settings))
-    SendMessageW(box, BM_SETCHECK, BST_CHECKED, 0);
-  ShowWindow(box, window.order.offers_verify ? SW_SHOW : SW_HIDE);
+// The dialog ends below `control` when nothing further down is offered.
+void EndAbove(HWND dialog, int control) {
+  RECT place{}, size{};
+  GetWindowRect(GetDlgItem(dialog, control), &place);
+  GetWindowRect(dialog, &size);
+  POINT edge{0, place.top};
+  ScreenToClient(dialog, &edge);
+  RECT client{};
+  GetClientRect(dialog, &client);
+  SetWindowPos(dialog, nullptr, 0, 0, size.right - size.left, size.bottom - size.top - client.bottom + edge.y,
+               SWP_NOMOVE | SWP_NOZORDER);
 }
 
-void KeepVerifyBox(const TransferWindow& window) {
-  SaveVerifyUploads(window.app.settings,
-                    IsDlgButtonChecked(window.dialog, IDC_TRANSFER_VERIFY) == BST_CHECKED);
+void ShowChoices(TransferWindow& window) {
+  HWND dialog = window.dialog;
+  const TransferSettings settings = LoadTransferSettings(window.app.settings);
+  const bool offers = window.order.offers_choices;
+  if (offers) window.sets = LoadOptionSets(window.app.settings);
+  const std::pair<int, bool> boxes[] = {{IDC_TRANSFER_VERIFY, settings.verify},
+                                        {IDC_TRANSFER_COPY, settings.keep_copy}};
+  for (const auto& [id, ticked] : boxes) {
+    CheckDlgButton(dialog, id, offers && ticked ? BST_CHECKED : BST_UNCHECKED);
+    ShowWindow(GetDlgItem(dialog, id), offers ? SW_SHOW : SW_HIDE);
+  }
+  for (const int id : {IDC_TRANSFER_SET_TITLE, IDC_TRANSFER_SET})
+    ShowWindow(GetDlgItem(dialog, id), window.sets.empty() ? SW_HIDE : SW_SHOW);
+  for (const OptionSet& set : window.sets) {
+    SendDlgItemMessageW(dialog, IDC_TRANSFER_SET, CB_ADDSTRING, 0,
+                        reinterpret_cast<LPARAM>(Wide(set.name).c_str()));
+  }
+  if (window.sets.empty()) EndAbove(dialog, offers ? IDC_TRANSFER_SET : IDC_TRANSFER_VERIFY);
+}
+
+void KeepBoxes(TransferWindow& window) {
+  TransferSettings settings = LoadTransferSettings(window.app.settings);
+  settings.verify = IsDlgButtonChecked(window.dialog, IDC_TRANSFER_VERIFY) == BST_CHECKED;
+  settings.keep_copy = IsDlgButtonChecked(window.dialog, IDC_TRANSFER_COPY) == BST_CHECKED;
+  SaveTransferSettings(window.app.settings, settings);
+  window.begins_again = CallsForCopy(settings, window.order.copied, HasAnswered(window));
+  if (window.begins_again) EndTransfer(window);
+}
+
+// Only a line on which nobody has answered is given up for another.
+void ChooseSet(TransferWindow& window) {
+  HWND list = GetDlgItem(window.dialog, IDC_TRANSFER_SET);
+  const auto place = static_cast<size_t>(SendMessageW(list, CB_GETCURSEL, 0, 0));
+  if (place >= window.sets.size() || HasAnswered(window)) return;
+  Application& app = window.app;
+  ++window.running;
+  window.begins_again =
+      ChooseOptionSet(app.context, app.settings, window.sets[place], app.configuration_file, app.config);
+  --window.running;
+  if (window.begins_again || window.pressed) EndTransfer(window);
 }
 
 const char* TitleOf(const TransferOrder& order) {
-  if (order.verifies) return kVerifying;
+  if (order.title) return order.title;
   return order.job == TransferJob::kDownload ? kDownloadTitle : kUploadTitle;
 }
 
 void OpenTransfer(TransferWindow& window, HWND dialog) {
   window.dialog = dialog;
   SetText(dialog, TitleOf(window.order));
-  ShowVerifyBox(window);
+  ShowChoices(window);
   ShowStatusLine(window);
   SetWindowSubclass(GetDlgItem(dialog, IDCANCEL), CancelProcedure, kCancelSubclass,
                     reinterpret_cast<DWORD_PTR>(&window));
@@ -188,6 +242,12 @@ void OpenTransfer(TransferWindow& window, HWND dialog) {
   // From now on the jobs' work is announced here; what came before waits in the relay.
   window.target = dialog;
   PostMessageW(dialog, kWork, 0, 0);
+}
+
+void Command(TransferWindow& window, int id, int code) {
+  if (id == IDC_TRANSFER_SET && code == CBN_SELCHANGE && window.running == 0) ChooseSet(window);
+  if ((id == IDC_TRANSFER_VERIFY || id == IDC_TRANSFER_COPY) && window.running == 0) KeepBoxes(window);
+  if (id == IDCANCEL && window.running == 0 && MayCancel(window)) EndTransfer(window);
 }
 
 INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
@@ -200,8 +260,7 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
   if (!window) return FALSE;
   switch (message) {
     case WM_COMMAND:
-      if (LOWORD(wparam) == IDC_TRANSFER_VERIFY) KeepVerifyBox(*window);
-      if (LOWORD(wparam) == IDCANCEL && window->running == 0 && MayCancel(*window)) EndTransfer(*window);
+      Command(*window, LOWORD(wparam), HIWORD(wparam));
       return TRUE;
     case WM_HELP:
       ShowHelp(window->app, HelpPage(IDD_TRANSFER));
@@ -220,7 +279,7 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
 
 }  // namespace
 
-bool RunTransferDialog(Application& app, TransferOrder order) {
+StepEnd RunTransferDialog(Application& app, TransferOrder order) {
   auto owned = std::make_unique<TransferWindow>(app, std::move(order));
   TransferWindow& window = *owned;
   Connect(window);
@@ -234,16 +293,19 @@ bool RunTransferDialog(Application& app, TransferOrder order) {
     if (end == -1) TellNoWindow(app, TitleOf(window.order), why);
   }
   busy.reset();
-  if (started && IsPortMissed(window.session)) {
-    TellWhy(app.context.messages, Icon::kStop, window.session.gone_reason,
+  TransferSession& session = window.session;
+  if (started && IsPortMissed(session)) {
+    TellWhy(app.context.messages, Icon::kStop, session.gone_reason,
             "%s is not available any more.\nThe transfer was ended.", app.config.port_name.c_str());
   }
-  app.outcome = TransferOutcomeText(window.session);
+  app.outcome = TransferOutcomeText(session);
   PostMessageW(app.frame, kTransferEnded, 0, 0);
-  if (window.session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
-  if (!started) return false;
-  return window.order.job == TransferJob::kDownload ? window.session.transfer.receive_outcome == 1
-                                                    : window.session.outcome == 1;
+  const bool again = window.begins_again;
+  const bool done = window.order.job == TransferJob::kDownload ? session.transfer.receive_outcome == 1
+                                                               : session.outcome == 1;
+  if (session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
+  if (started && again) return StepEnd::kBeginAgain;
+  return started && done ? StepEnd::kDone : StepEnd::kNotDone;
 }
 
 }  // namespace vexa

@@ -4,6 +4,7 @@
 #include "core/context.h"
 #include "serial/session.h"
 #include "ui/controls/application.h"
+#include "view/upload_steps.h"
 
 namespace vexa {
 
@@ -14,13 +15,15 @@ struct TransferOrder {
   std::vector<Path> region_files;  // of a download
   // Called on the transfer's thread with a context of that thread; see Transfer::decode.
   std::function<bool(const Context&, bool crc_failed)> decode;
-  bool offers_verify =
-      false;              // shows the box that chooses whether the upload is compared, and keeps its state
-  bool verifies = false;  // a download that compares, and says so instead of its own texts
+  // An upload of ADB data: shows the boxes of what is done around it, keeps their state, and offers the sets.
+  bool offers_choices = false;
+  bool copied = false;          // a copy was kept before this upload
+  const char* title = nullptr;  // what a download is for; nullptr: the job says its titles itself
+  bool compares = false;        // a download that compares, and says so instead of its own status
 };
 
-// True when the transfer ran to its end. Its messages have been shown; the frame's status line says how it
-// ended.
-bool RunTransferDialog(Application& app, TransferOrder order);
+// How the transfer ended. Its messages have been shown; the frame's status line says it as well.
+// kBeginAgain: the user ticked the box for a copy, or chose a set, before a receiver had answered.
+StepEnd RunTransferDialog(Application& app, TransferOrder order);
 
 }  // namespace vexa
