@@ -367,6 +367,11 @@ constexpr CommandInfo kCommands[] = {
      .asks = {.images = true, .partitions = true},
      .tip = "Send a copy back to the receiver",
      .block = Block::kDownload},
+    {.id = kCmdProduction,
+     .text = "Pro&duction",
+     .asks = {.images = true, .partitions = true},
+     .tip = "Send a database to one receiver after the other",
+     .block = Block::kDownload},
 
     {.id = kCmdPortload,
      .text = "&Portload",

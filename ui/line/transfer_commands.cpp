@@ -253,7 +253,7 @@ void Download(Application& app) {
 
 constexpr CommandRow kTransferCommands[] = {
     {kCmdUploadAdb, UploadAdb}, {kCmdUploadSdb, UploadSdb}, {kCmdUploadThisSdb, UploadThisSdb},
-    {kCmdDownload, Download},   {kCmdRestore, Restore}};
+    {kCmdDownload, Download},   {kCmdRestore, Restore},     {kCmdProduction, ShowProduction}};
 
 }  // namespace
 

@@ -1,0 +1,334 @@
+// The window "Production".
+#include <algorithm>
+
+#include "config/option_sets.h"
+#include "core/messages.h"
+#include "ui/controls/file_dialogs.h"
+#include "ui/controls/virtual_list.h"
+#include "ui/editor/editor.h"
+#include "ui/line/line_dialogs.h"
+#include "ui/line/transfer_resource.h"
+#include "view/production.h"
+#include "view/upload_steps.h"
+
+namespace vexa {
+
+namespace {
+
+struct ProductionDialog {
+  explicit ProductionDialog(Application& application) : app(application), production(application.context) {}
+
+  Application& app;
+  Production production;
+  VirtualList list;
+  std::vector<OptionSet> sets;
+  ProjectConfig config;              // of the chosen set
+  std::vector<std::string> choices;  // of ports, with what is behind them
+  std::vector<bool> ticked;          // the ports that take turns
+  size_t shown = 0;                  // the place whose verdict stands large
+  std::string refusal;               // why a number was not taken; stands in place of the verdict
+  bool locked = false;               // the fields, while something is at work
+  std::string seen;                  // what the rows and the verdict showed last
+};
+
+constexpr int kFields[] = {
+    IDC_PRODUCTION_DATABASE, IDC_PRODUCTION_DATABASE_BROWSE, IDC_PRODUCTION_SDB, IDC_PRODUCTION_SET,
+    IDC_PRODUCTION_LOG,      IDC_PRODUCTION_LOG_BROWSE,      IDC_PRODUCTION_COPY};
+
+size_t Highlighted(const ProductionDialog& dialog) {
+  return dialog.list.highlighted.value_or(0);
+}
+
+void ShowSerialTitle(const Form& form, const ProductionDialog& dialog) {
+  form.SetText(IDC_PRODUCTION_SERIAL_TITLE,
+               "Serial &number for " + dialog.production.Look(Highlighted(dialog)).port);
+  form.Enable(IDC_PRODUCTION_STOP, dialog.production.Look(Highlighted(dialog)).state == PlaceState::kAtWork);
+}
+
+// Draws anew what has changed.
+void ShowWork(const Form& form, ProductionDialog& dialog) {
+  std::string now = dialog.refusal + std::to_string(dialog.shown);
+  for (size_t i = 0; i < dialog.production.count(); ++i) {
+    const PlaceView view = dialog.production.Look(i);
+    now += VerdictLine(view) + VerdictHeadline(view.state);
+  }
+  const bool at_work = dialog.production.IsAtWork();
+  if (at_work != dialog.locked) {
+    dialog.locked = at_work;
+    for (const int id : kFields) form.Enable(id, !at_work);
+  }
+  if (now == dialog.seen) return;
+  dialog.seen = now;
+  ShowSerialTitle(form, dialog);
+  form.SetText(IDC_PRODUCTION_COUNT, ProductionCountText(dialog.production));
+  RedrawRows(form, dialog.list);
+  InvalidateRect(form.Control(IDC_PRODUCTION_VERDICT), nullptr, FALSE);
+}
+
+void HighlightPlace(const Form& form, ProductionDialog& dialog, size_t place) {
+  ShowRows(form, dialog.list, dialog.production.count(), place);
+  ShowSerialTitle(form, dialog);
+}
+
+std::string PlaceCell(const ProductionDialog& dialog, size_t row, int column) {
+  const PlaceView view = dialog.production.Look(row);
+  switch (column) {
+    case 0:
+      return row < dialog.choices.size() ? dialog.choices[row] : view.port;
+    case 1:
+      return view.serial;
+    case 2:
+      return PlaceText(view);
+    case 3:
+      return std::to_string(view.ok);
+    default:
+      return std::to_string(view.failed);
+  }
+}
+
+// The ports that there are and those that are wanted, each a place; those wanted have the ticks.
+void ShowPorts(const Form& form, ProductionDialog& dialog, const std::vector<std::string>& wanted) {
+  dialog.choices = PortChoices(ListSerialPorts());
+  std::vector<std::string> ports;
+  for (const std::string& choice : dialog.choices) ports.push_back(PortNameIn(choice));
+  for (const std::string& port : wanted) {
+    const auto same = [&port](const std::string& other) { return IsSamePort(other, port); };
+    if (std::any_of(ports.begin(), ports.end(), same)) continue;
+    ports.push_back(port);
+    dialog.choices.push_back(port);
+  }
+  dialog.production.SetPorts(ports);
+  dialog.ticked.assign(ports.size(), false);
+  size_t first = ports.size();
+  for (size_t i = 0; i < ports.size(); ++i) {
+    const auto same = [&](const std::string& port) { return IsSamePort(ports[i], port); };
+    dialog.ticked[i] = std::any_of(wanted.begin(), wanted.end(), same);
+    if (dialog.ticked[i]) first = std::min(first, i);
+  }
+  HighlightPlace(form, dialog, first < ports.size() ? first : 0);
+}
+
+void ShowConfiguration(const Form& form, const ProductionDialog& dialog) {
+  form.SetText(IDC_PRODUCTION_CONFIGURATION, ProductionConfigText(dialog.config));
+}
+
+void ChooseSet(const Form& form, ProductionDialog& dialog) {
+  const int place = form.Choice(IDC_PRODUCTION_SET);
+  dialog.config = dialog.app.config;
+  const bool chosen =
+      place > 0 && static_cast<size_t>(place) <= dialog.sets.size() &&
+      LoadOptionSet(dialog.app.context, dialog.sets[static_cast<size_t>(place) - 1], dialog.config);
+  if (place > 0 && !chosen) SendMessageW(form.Control(IDC_PRODUCTION_SET), CB_SETCURSEL, 0, 0);
+  ShowConfiguration(form, dialog);
+  ShowPorts(form, dialog, {dialog.config.port_name});
+}
+
+void OpenProduction(const Form& form, ProductionDialog& dialog) {
+  Application& app = dialog.app;
+  const ProductionSettings kept = LoadProductionSettings(app.settings);
+  const EditorWindow* editor = ActiveEditor(app);
+  const bool of_editor = editor && !editor->path.empty();
+  form.SetText(IDC_PRODUCTION_DATABASE, of_editor ? Utf8FromPath(editor->path) : kept.database);
+  form.SetText(IDC_PRODUCTION_SDB, of_editor ? "1" : kept.sdb);
+  form.SetText(IDC_PRODUCTION_LOG, kept.log);
+  form.Check(IDC_PRODUCTION_COPY, kept.keep_copy);
+  dialog.sets = LoadOptionSets(app.settings);
+  std::vector<std::string> names = {"As in Settings"};
+  for (const OptionSet& set : dialog.sets) names.push_back(set.name);
+  form.Fill(IDC_PRODUCTION_SET, names, 0);
+  dialog.config = app.config;
+  ShowConfiguration(form, dialog);
+  SetUpList(form, dialog.list,
+            {{"Port", 160}, {"Serial number", 115}, {"Verdict", 290}, {"OK", 45}, {"Failed", 0}}, nullptr);
+  std::vector<std::string> ports = PortsIn(kept.ports);
+  if (ports.empty()) ports = {app.config.port_name};
+  ShowPorts(form, dialog, ports);
+  ShowWork(form, dialog);
+  form.Focus(IDC_PRODUCTION_SERIAL);
+}
+
+ProductionForm FormOf(const Form& form, const ProductionDialog& dialog) {
+  ProductionForm fields;
+  fields.fields.database = form.Text(IDC_PRODUCTION_DATABASE);
+  fields.fields.sdb = form.Text(IDC_PRODUCTION_SDB);
+  fields.fields.log = form.Text(IDC_PRODUCTION_LOG);
+  fields.fields.keep_copy = form.Checked(IDC_PRODUCTION_COPY);
+  std::vector<std::string> ports;
+  for (size_t i = 0; i < dialog.ticked.size(); ++i) {
+    if (dialog.ticked[i]) ports.push_back(dialog.production.Look(i).port);
+  }
+  fields.fields.ports = TextOfPorts(ports);
+  fields.copy_folder = CopyFolder(dialog.app);
+  fields.config = dialog.config;
+  return fields;
+}
+
+int ControlOfField(int field) {
+  constexpr int kControls[] = {IDC_PRODUCTION_SERIAL, IDC_PRODUCTION_DATABASE, IDC_PRODUCTION_SDB,
+                               IDC_PRODUCTION_LOG};
+  return kControls[field];
+}
+
+// Enter behind a serial number, which a scanner sends too. What is wrong with a number stands in the window:
+// the next scan must not close a box unseen.
+void BeginReceiver(const Form& form, ProductionDialog& dialog) {
+  const size_t place = Highlighted(dialog);
+  dialog.refusal.clear();
+  const ProductionForm fields = FormOf(form, dialog);
+  const auto refusal = dialog.production.Begin(place, form.Text(IDC_PRODUCTION_SERIAL), fields);
+  if (refusal) {
+    if (refusal->field == kProductionSerial) {
+      dialog.refusal = WholeText({refusal->icon, refusal->text, "", refusal->detail});
+      MessageBeep(MB_ICONHAND);
+    }
+    ShowWork(form, dialog);
+    if (refusal->field == kProductionSerial) return form.Focus(IDC_PRODUCTION_SERIAL);
+    return form.Refuse(*refusal, ControlOfField(refusal->field));
+  }
+  SaveProductionSettings(dialog.app.settings, fields.fields);
+  dialog.shown = place;
+  form.SetText(IDC_PRODUCTION_SERIAL, "");
+  form.Focus(IDC_PRODUCTION_SERIAL);
+  HighlightPlace(form, dialog,
+                 dialog.production.NextFree(place, [&](size_t each) { return dialog.ticked[each]; }));
+  ShowWork(form, dialog);
+}
+
+void Tick(const Form& form, ProductionDialog& dialog) {
+  for (const size_t place : dialog.production.TakeEnded()) {
+    dialog.shown = place;
+    dialog.refusal.clear();
+    MessageBeep(dialog.production.Look(place).state == PlaceState::kOk ? MB_ICONASTERISK : MB_ICONHAND);
+  }
+  ShowWork(form, dialog);
+}
+
+void Command(const Form& form, ProductionDialog& dialog, int id, int code) {
+  if (id == IDC_PRODUCTION_SET && code == CBN_SELCHANGE) ChooseSet(form, dialog);
+  if (id == IDC_PRODUCTION_STOP) dialog.production.Stop(Highlighted(dialog));
+  if (id == IDC_PRODUCTION_DATABASE_BROWSE) {
+    const auto file = AskOpenFile(form.window, {"Open", kBinFilters, "bin"});
+    if (file) form.SetText(IDC_PRODUCTION_DATABASE, Utf8FromPath(*file));
+  }
+  if (id == IDC_PRODUCTION_LOG_BROWSE) {
+    const auto file = AskSaveFile(form.window, {"Log", {{"CSV Tables ( *.CSV )", "*.csv"}}, "csv"});
+    if (file) form.SetText(IDC_PRODUCTION_LOG, Utf8FromPath(*file));
+  }
+}
+
+// Green and red as they can be told apart on paper too; the words say it as well.
+COLORREF ColourOf(PlaceState state) {
+  constexpr COLORREF kOk = RGB(0, 112, 48), kFailed = RGB(176, 0, 32), kStopped = RGB(96, 96, 96);
+  switch (state) {
+    case PlaceState::kOk:
+      return kOk;
+    case PlaceState::kFailed:
+      return kFailed;
+    case PlaceState::kStopped:
+      return kStopped;
+    default:
+      return GetSysColor(COLOR_WINDOW);
+  }
+}
+
+HFONT VerdictFont(HWND window, int height, int weight) {
+  LOGFONTW description{};
+  GetObjectW(reinterpret_cast<HFONT>(SendMessageW(window, WM_GETFONT, 0, 0)), sizeof description,
+             &description);
+  description.lfHeight = -Scaled(window, height);
+  description.lfWeight = weight;
+  return CreateFontIndirectW(&description);
+}
+
+void DrawVerdict(const Form& form, const ProductionDialog& dialog, const DRAWITEMSTRUCT& draw) {
+  const PlaceView view = dialog.production.Look(dialog.shown);
+  const bool refused = !dialog.refusal.empty();
+  const PlaceState state = view.state;
+  const std::wstring headline = Wide(refused ? "NOT BEGUN" : VerdictHeadline(state)),
+                     line = Wide(refused ? dialog.refusal : VerdictLine(view));
+  const bool plain = !refused && (state == PlaceState::kFree || state == PlaceState::kAtWork);
+  constexpr COLORREF kRefused = RGB(144, 80, 0);  // no verdict on a receiver
+  HBRUSH back = CreateSolidBrush(refused ? kRefused : ColourOf(state));
+  FillRect(draw.hDC, &draw.rcItem, back);
+  DeleteObject(back);
+  SetBkMode(draw.hDC, TRANSPARENT);
+  SetTextColor(draw.hDC, plain ? GetSysColor(COLOR_WINDOWTEXT) : RGB(255, 255, 255));
+  RECT place = draw.rcItem;
+  const int gap = Scaled(form.window, 8);
+  InflateRect(&place, -gap, -gap / 2);
+  const std::pair<const std::wstring&, HFONT> parts[] = {{headline, VerdictFont(form.window, 38, FW_BOLD)},
+                                                         {line, VerdictFont(form.window, 16, FW_NORMAL)}};
+  for (const auto& [text, font] : parts) {
+    HGDIOBJ before = SelectObject(draw.hDC, font);
+    const UINT how = DT_LEFT | DT_NOPREFIX | DT_WORDBREAK | DT_END_ELLIPSIS | DT_EDITCONTROL;
+    place.top += DrawTextW(draw.hDC, text.c_str(), -1, &place, how);
+    SelectObject(draw.hDC, before);
+    DeleteObject(font);
+  }
+  FrameRect(draw.hDC, &draw.rcItem, GetSysColorBrush(COLOR_BTNSHADOW));
+}
+
+// Rows have the colour of their verdict.
+LRESULT DrawRow(const ProductionDialog& dialog, NMLVCUSTOMDRAW& draw) {
+  if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+  const auto row = static_cast<size_t>(draw.nmcd.dwItemSpec);
+  if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT || row >= dialog.production.count()) return CDRF_DODEFAULT;
+  const PlaceState state = dialog.production.Look(row).state;
+  if (state == PlaceState::kOk || state == PlaceState::kFailed) draw.clrText = ColourOf(state);
+  return CDRF_DODEFAULT;
+}
+
+bool MayClose(const Form& form, const ProductionDialog& dialog) {
+  return !dialog.production.IsAtWork() ||
+         form.app.context.messages.ask(
+             "Receivers are still being written.\nDo you want to stop that and close the window ?", "",
+             false);
+}
+
+FormActions ActionsOf(ProductionDialog& dialog) {
+  FormActions actions;
+  actions.anchors = {{IDC_PRODUCTION_PLACES, 0, 0, kWhole, kWhole},
+                     {IDC_PRODUCTION_VERDICT, 0, kWhole, kWhole, kWhole},
+                     {IDC_PRODUCTION_SERIAL, 0, kWhole, kWhole, kWhole},
+                     {IDC_PRODUCTION_DATABASE, 0, 0, kWhole, 0},
+                     {IDC_PRODUCTION_LOG, 0, 0, kWhole, 0},
+                     {IDCANCEL, kWhole, kWhole, kWhole, kWhole}};
+  actions.open = [&](Form& form) { OpenProduction(form, dialog); };
+  actions.accept = [&](Form& form) {
+    BeginReceiver(form, dialog);
+    return false;
+  };
+  actions.may_cancel = [&](Form& form) { return MayClose(form, dialog); };
+  actions.tick = [&](Form& form) { Tick(form, dialog); };
+  actions.command = [&](Form& form, int id, int code) { Command(form, dialog, id, code); };
+  actions.notify = [&](Form& form, NMHDR& header) -> LRESULT {
+    if (header.idFrom == IDC_PRODUCTION_PLACES && header.code == NM_CUSTOMDRAW)
+      return DrawRow(dialog, reinterpret_cast<NMLVCUSTOMDRAW&>(header));
+    return ListNotification(form, dialog.list, header).value_or(0);
+  };
+  actions.draw = [&](Form& form, const DRAWITEMSTRUCT& draw) { DrawVerdict(form, dialog, draw); };
+  actions.resized = [&](Form& form) { FitLastColumn(form.Control(IDC_PRODUCTION_PLACES)); };
+  return actions;
+}
+
+}  // namespace
+
+void ShowProduction(Application& app) {
+  const Busy busy(app);
+  ProductionDialog dialog(app);
+  dialog.list.id = IDC_PRODUCTION_PLACES;
+  dialog.list.text = [&](size_t row, int column) { return PlaceCell(dialog, row, column); };
+  dialog.list.ticked = [&](size_t row) { return dialog.ticked[row]; };
+  dialog.list.tick = [&](const Form&, size_t row, bool ticked) { dialog.ticked[row] = ticked; };
+  dialog.list.highlight = [&](const Form& form, size_t row) {
+    dialog.shown = row;
+    dialog.refusal.clear();
+    ShowSerialTitle(form, dialog);
+  };
+  RunForm(app, IDD_PRODUCTION, ActionsOf(dialog));
+  PostMessageW(app.frame, kTransferEnded, 0, 0);
+  const WaitPointer wait;  // until what was at work has stopped
+  dialog.production.StopAll();
+}
+
+}  // namespace vexa

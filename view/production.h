@@ -1,0 +1,108 @@
+// The window "Production" without its window: one database for many receivers, at several ports side by side.
+//
+// Each port is a place with a thread of its own. A serial number begins a run at a place: the upload, read
+// back and compared, with a copy before it where that is asked for. The run ends in a verdict and a row of
+// the log; then the place is free for the next number.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config/project_config.h"
+#include "config/settings.h"
+#include "core/context.h"
+#include "platform/serial.h"
+#include "serial/progress.h"
+#include "view/refusal.h"
+
+namespace vexa {
+
+enum class PlaceState {
+  kFree,    // nothing was done here
+  kAtWork,  // a run is under way
+  kOk,      // the last one is written and compared; so are the others free for the next number
+  kFailed,
+  kStopped,  // by the user
+};
+
+// What is known of a place.
+struct PlaceView {
+  std::string port;
+  std::string serial;  // of the receiver here, or of the last one
+  PlaceState state = PlaceState::kFree;
+  TransferProgress progress;  // at work
+  double seconds = 0;         // of the last run
+  std::string reason;         // why it failed, and what state the receiver is in; sentences
+  size_t ok = 0, failed = 0;  // runs that ended so; stopped ones are in neither
+};
+
+// What the window's fields hold.
+struct ProductionForm {
+  ProductionSettings fields;  // its ports are not looked at
+  Path copy_folder;
+  ProjectConfig config;  // its port is not looked at
+};
+
+enum ProductionField { kProductionSerial, kProductionDatabase, kProductionSdb, kProductionLog };
+
+struct Workplace;
+struct ReceiverBatch;
+
+class Production {
+ public:
+  // `context` tells what is wrong with the fields; scratch folders are made below its temporary one. `api_of`
+  // gives what opens a port; empty: the system.
+  Production(const Context& context, std::function<const CommApi*(const std::string& port)> api_of = {});
+  ~Production();  // stops what is at work and waits for it
+  Production(const Production&) = delete;
+  Production& operator=(const Production&) = delete;
+
+  // A place for each port; the names differ in the sense of IsSamePort. Places that are there keep theirs.
+  void SetPorts(const std::vector<std::string>& ports);
+  size_t count() const { return places_.size(); }
+  PlaceView Look(size_t place) const;
+  bool IsAtWork() const;
+  // The next free place from `from` on, in turn, among those for which `counts` holds; `from` when there is
+  // none.
+  size_t NextFree(size_t from, const std::function<bool(size_t)>& counts) const;
+
+  // A serial number was typed or scanned for the place. The fields count, and their database is read, when
+  // nothing else is at work. Nothing: the run has begun. A refusal without text has been told.
+  std::optional<Refusal> Begin(size_t place, const std::string& typed, const ProductionForm& form);
+  void Stop(size_t place);
+  void StopAll();
+  // The places whose runs have ended since the last call.
+  std::vector<size_t> TakeEnded();
+
+ private:
+  std::optional<Refusal> WhyNotNow(size_t place, const std::string& serial) const;
+  std::optional<Refusal> Open(const ProductionForm& form);
+  std::optional<Refusal> Start(Workplace& place, const std::string& serial);
+  Context context_;
+  std::function<const CommApi*(const std::string& port)> api_of_;
+  std::vector<std::unique_ptr<Workplace>> places_;
+  std::shared_ptr<const ReceiverBatch> batch_;
+  ProjectConfig config_;
+};
+
+// "Waiting for a serial number", "Uploading 45 %, 0:05 left, 2 repeated", "OK: written and compared in
+// 25.3 s", "FAILED: ...", "STOPPED: ...".
+std::string PlaceText(const PlaceView& view);
+// The verdict as it stands large: "OK", "FAILED", "STOPPED", "AT WORK", "READY"; and below it the port, the
+// serial number and what else PlaceText says.
+std::string VerdictHeadline(PlaceState state);
+std::string VerdictLine(const PlaceView& view);
+// "12 OK, 1 failed": of all places.
+std::string ProductionCountText(const Production& production);
+
+// "Standard Receiver / Software only   115200 8 N 1": what the receivers are, and the line.
+std::string ProductionConfigText(const ProjectConfig& config);
+
+// The ports of the settings' text, each once; and back.
+std::vector<std::string> PortsIn(const std::string& text);
+std::string TextOfPorts(const std::vector<std::string>& ports);
+
+}  // namespace vexa
