@@ -11,12 +11,14 @@
 #include "tests/ui/picture.h"
 #include "ui/controls/application.h"
 #include "ui/forms/lists_resource.h"
+#include "ui/forms/options_resource.h"
 #include "ui/forms/records_resource.h"
 #include "ui/line/console_resource.h"
 #include "ui/line/transfer_resource.h"
 #include "view/dialog_ids.h"
 #include "view/help_pages.h"
 #include "view/menu_table.h"
+#include "view/upload_steps.h"
 
 namespace vexa {
 
@@ -189,6 +191,44 @@ class Help : public EditorTest {
     driver_->Press(box, IDCANCEL);
   }
 
+  // With something in them, for their pictures.
+  void SeeCopiesAndProduction() {
+    driver_->Command(kCmdSettings);
+    HWND box = driver_->WaitForBox("Settings");
+    Type(box, IDC_SETTINGS_COPIES, Utf8FromPath(home_ / "Copies"));
+    driver_->Press(box, IDOK);
+    for (int i = 0; i < 2; ++i) {
+      driver_->Command(kCmdUploadAdb);
+      if (i == 1) {
+        box = driver_->WaitForBox(kKeepingCopy);
+        driver_->Until(
+            "the copy", [&] { return !IsWindow(box); }, 60);
+      }
+      box = driver_->WaitForBox("Transfer Data ( PC to STB )");
+      ASSERT_NE(box, nullptr);
+      driver_->Until("packets", [&] { return Send(GetDlgItem(box, IDC_TRANSFER_BAR), PBM_GETPOS) > 2; });
+      Send(GetDlgItem(box, IDC_TRANSFER_COPY), BM_CLICK);
+      driver_->Until(
+          "the upload", [&] { return !IsWindow(box); }, 60);
+    }
+    ASSERT_NO_FATAL_FAILURE(See({kCmdRestore, "Restore", "restore", IDD_RESTORE}));
+    driver_->Command(kCmdProduction);
+    box = driver_->WaitForBox("Production");
+    ASSERT_NE(box, nullptr);
+    Type(box, IDC_PRODUCTION_LOG, Utf8FromPath(home_ / "log.csv"));
+    for (const char* serial : {"4711-0042", "4711-0043"}) {
+      driver_->Until(
+          "the place", [&] { return Enabled(box, IDC_PRODUCTION_LOG); }, 60);
+      Type(box, IDC_PRODUCTION_SERIAL, serial);
+      Push(box, IDOK);
+      driver_->Until("the start", [&] { return !Enabled(box, IDC_PRODUCTION_LOG); });
+    }
+    driver_->Until(
+        "the end", [&] { return Enabled(box, IDC_PRODUCTION_LOG); }, 60);
+    See(box, "production", HelpPage(IDD_PRODUCTION));
+    driver_->Press(box, IDCANCEL);
+  }
+
   Path home_;
 };
 
@@ -243,7 +283,9 @@ TEST_F(Help, EveryOtherDialogShowsItsPage) {
                         {kCmdColour, "Color", "colors", IDD_COLOURS},
                         {kCmdSingleImage, "Single Image", "single-image", IDD_SINGLE_IMAGE},
                         {kCmdMultipleImage, "Multiple Image", "multiple-image", IDD_MULTIPLE_IMAGE},
-                        {kCmdCompression, "Compression", "compression", IDD_COMPRESSION}};
+                        {kCmdCompression, "Compression", "compression", IDD_COMPRESSION},
+                        {kCmdRestore, "Restore", "restore", IDD_RESTORE},
+                        {kCmdProduction, "Production", "production", IDD_PRODUCTION}};
   for (const Stop& stop : stops) ASSERT_NO_FATAL_FAILURE(See(stop));
   driver_->Command(kCmdMergeSatcodx);
   HWND box = driver_->WaitForBox("SatcoDX [ SDX ] File Merger");
@@ -280,12 +322,13 @@ TEST_F(Help, TheTransferShowsItsPage) {
     return driver_->Title(GetDlgItem(box, IDC_TRANSFER_FIGURES)).find("bytes/s") != std::string::npos;
   });
   See(box, "transfer", HelpPage(IDD_TRANSFER));
-  driver_->Press(box, IDCANCEL);
+  driver_->Click(GetDlgItem(box, IDCANCEL), {5, 5});
   ASSERT_TRUE(driver_->Until("the end", [&] { return !IsWindow(box); }));
   if (!PictureFolder().empty()) {
     const Path list = home_ / "list.bin";
     driver_->Command(kCmdSaveAs);
     driver_->ChooseFile("Save", list);
+    ASSERT_NO_FATAL_FAILURE(SeeCopiesAndProduction());
     driver_->Command(kCmdPortload);
     driver_->Command(kCmdConnect);
     driver_->Command(kCmdConsoleUpload);
