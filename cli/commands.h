@@ -102,9 +102,7 @@ void SaveDocument(CommandState& state, const Document& document, const std::stri
                   const std::string& output);
 // The database of a JSON document or a CSV table; throws CommandFailed after a message. `page`: the page of
 // the database's names.
-Document ReadDocumentFile(CommandState& state, const std::string& file, bool json, const std::string& page);
-// "json", "csv", or nothing for another extension.
-std::string DocumentFormat(const std::string& file);
+Document ReadDocument(CommandState& state, const std::string& file, bool json, const std::string& page);
 // What an import left out, a message each.
 void TellEach(const CommandState& state, const std::vector<ListNote>& notes);
 // Throws CommandFailed after a message unless the output file was written.

@@ -51,7 +51,7 @@ void Diff(CommandState& state, const DiffArguments& arguments) {
   } else if (arguments.summary) {
     state.output = DifferenceSummary(differences);
   } else {
-    for (const Difference& difference : differences) state.output += DifferenceLine(difference) + "\n";
+    state.output = DifferenceLines(differences);
   }
   if (differences.empty()) return;
   state.print_output_on_failure = true;

@@ -9,7 +9,7 @@
 #include "core/nearest_word.h"
 #include "core/order_like.h"
 #include "core/sort.h"
-#include "import/import_command.h"
+#include "import/any_database.h"
 
 namespace vexa {
 
@@ -54,30 +54,12 @@ SortKeys<Key> ParseKeys(const std::string& option, const std::string& text, cons
   return sort;
 }
 
-// The database whose order is taken: a database file, a document, or a list of any format that imports.
-struct OldOrder {
-  Document document;
-  bool favourites = true;  // a list of channels has none, and no running order
-};
-
-OldOrder ReadOldOrder(CommandState& state, const std::string& file) {
-  OldOrder old;
-  const std::string document_format = DocumentFormat(file);
-  if (!document_format.empty()) {
-    old.document = ReadDocumentFile(state, file, document_format == "json", "Windows-1252");
-  } else if (IsListFile(PathFromUtf8(file))) {
-    const DefaultRecords defaults;
-    const Path list = PathFromUtf8(file);
-    WorkRecords work;
-    ImportSteps steps;
-    steps.tell = [&](const std::vector<ListNote>& notes) { TellEach(state, notes); };
-    if (!ImportListFile(state.context, list, defaults, steps, work) ||
-        !OpenWorkRecords(About(state.context, file), work, defaults, old.document))
-      throw CommandFailed{};
-    old.favourites = false;
-  } else {
-    old.document = OpenDocument(state, file);
-  }
+AnyDatabase ReadOldOrder(CommandState& state, const std::string& file) {
+  AnyDatabase old;
+  ImportSteps steps;
+  steps.tell = [&](const std::vector<ListNote>& notes) { TellEach(state, notes); };
+  if (!OpenAnyDatabase(state.context, PathFromUtf8(file), {}, steps, *FindCodePage("Windows-1252"), old))
+    throw CommandFailed{};
   return old;
 }
 
@@ -86,7 +68,7 @@ void SortLike(CommandState& state, const CLI::App& command, const SortArguments&
     if (command.count(option) > 0) throw CLI::ValidationError(option, "does not go with --like");
   }
   ExpectApart({{"--like", PathFromUtf8(arguments.like)}}, {{"--output", PathFromUtf8(arguments.output)}});
-  const OldOrder old = ReadOldOrder(state, arguments.like);
+  const AnyDatabase old = ReadOldOrder(state, arguments.like);
   Document document = OpenDocument(state, arguments.file);
   OrderSummary summary;
   for (const size_t sdb : ParseList(state, arguments.sdbs, document.sdbs.size(), "SDB")) {
@@ -94,11 +76,7 @@ void SortLike(CommandState& state, const CLI::App& command, const SortArguments&
       OrderLike(*old.document.sdbs[sdb].database, *document.sdbs[sdb].database, old.favourites, summary);
   }
   SaveDocument(state, document, arguments.file, arguments.output);
-  Tell(state.context.messages, Icon::kInformation,
-       "%zu of %zu satellites, %zu of %zu carriers, %zu of %zu services matched; %zu favourite entries "
-       "taken, %zu left out",
-       summary.satellites, summary.all_satellites, summary.carriers, summary.all_carriers, summary.services,
-       summary.all_services, summary.entries_taken, summary.entries_left_out);
+  Tell(state.context.messages, Icon::kInformation, "%s", SummaryText(summary).c_str());
 }
 
 void Sort(CommandState& state, const CLI::App& command, const SortArguments& arguments) {

@@ -8,8 +8,8 @@
 #include "cli/usage.h"
 #include "core/bin_file.h"
 #include "core/complete.h"
+#include "import/any_database.h"
 #include "import/build_bin.h"
-#include "import/import_command.h"
 #include "import/list_text.h"
 #include "import/merger.h"
 #include "import/wizard.h"
@@ -107,7 +107,7 @@ void ImportDocument(CommandState& state, const ImportOptions& options, bool json
                         options.completion.any() || !options.list_page.empty();
   if (of_lists) throw CLI::ValidationError("--format", "a csv or json document takes no option of lists");
   const Document document =
-      ReadDocumentFile(state, options.list, json, options.page.empty() ? "Windows-1252" : options.page);
+      ReadDocument(state, options.list, json, options.page.empty() ? "Windows-1252" : options.page);
   SaveDocument(state, document, options.list, options.output);
 }
 
@@ -191,7 +191,8 @@ ImportSteps StepsOf(CommandState& state, const ImportOptions& options) {
 
 void Import(CommandState& state, const ImportOptions& options) {
   ExpectImportApart(options);
-  const std::string document_format = options.format.empty() ? DocumentFormat(options.list) : options.format;
+  const std::string document_format =
+      options.format.empty() ? DocumentFormat(PathFromUtf8(options.list)) : options.format;
   if (document_format == "json" || document_format == "csv")
     return ImportDocument(state, options, document_format == "json");
   const ListFormatRow* format = FormatOf(options);

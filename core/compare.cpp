@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utility>
 
 #include "core/check.h"
@@ -31,9 +32,39 @@ void AddChanges(std::vector<FieldChange>& changes, const Record& before, const R
   }
 }
 
+// The bits of a record that a comparison looks at: all but fields that follow from places.
+template <class Record>
+struct ComparedBits {
+  static constexpr size_t kWords = sizeof(Record) / sizeof(uint32_t);
+  std::array<uint32_t, kWords> mask;
+
+  ComparedBits() {
+    Record follows{};
+    for (const Field<Record>& field : FieldsOf<Record>()) {
+      if (field.follows) field.set(follows, field.largest);
+    }
+    std::memcpy(mask.data(), &follows, sizeof follows);
+    for (uint32_t& word : mask) word = ~word;
+  }
+};
+
+// Whether two records are the same to the last bit that counts, as most are; others may differ in what stands
+// behind the end of a name alone.
+template <class Record>
+bool SameBits(const Record& before, const Record& after) {
+  static const ComparedBits<Record> kBits;
+  std::array<uint32_t, ComparedBits<Record>::kWords> first, second;
+  std::memcpy(first.data(), &before, sizeof before);
+  std::memcpy(second.data(), &after, sizeof after);
+  uint32_t different = 0;
+  for (size_t i = 0; i < first.size(); ++i) different |= (first[i] ^ second[i]) & kBits.mask[i];
+  return different == 0;
+}
+
 template <class Record>
 std::vector<FieldChange> NamedChanges(const Record& before, const Record& after) {
   std::vector<FieldChange> changes;
+  if (SameBits(before, after)) return changes;
   AddChange(changes, "name", Shown(before.name), Shown(after.name));
   AddChanges(changes, before, after);
   return changes;
@@ -48,17 +79,53 @@ std::vector<FieldChange> UbiChanges(const OpenUbi& before, const OpenUbi& after)
   return changes;
 }
 
+// The path of a record, which is made only when something is told of it.
+struct RecordPath {
+  const RecordPath* above = nullptr;  // nullptr: `root` alone
+  const char* word = "";
+  size_t place = 0;
+  const std::string* root = nullptr;
+
+  std::string text() const {
+    std::string path;
+    AppendTo(path);
+    return path;
+  }
+  void AppendTo(std::string& path) const {
+    if (!above) {
+      path += *root;
+      return;
+    }
+    above->AppendTo(path);
+    path += ' ';
+    path += word;
+    path += ' ';
+    path += std::to_string(place + 1);
+  }
+  RecordPath Below(const char* kind, size_t at) const { return {this, kind, at, nullptr}; }
+};
+
 // What two lists that are compared have in common: the kind of their records, and the words for them.
 struct ListSides {
   DifferenceKind kind;
-  const char* word;           // "satellite"
-  std::string first, second;  // paths of what the lists belong to
+  const char* word;                  // "satellite"
+  const RecordPath &first, &second;  // of what the lists belong to
   const Pairing* pairing = nullptr;
+  size_t level = 0;  // of DifferencePlace
 };
 
 class Comparison {
  public:
   std::vector<Difference> differences;
+  bool equal = false;                                   // these are told too
+  DifferencePlace first = kNowhere, second = kNowhere;  // of what is looked at
+
+  // What is looked at next stands at these places of the level.
+  void Look(size_t level, size_t first_place, size_t second_place) {
+    first[level] = first_place == kUnmatched ? kNoPlace : static_cast<uint32_t>(first_place);
+    second[level] = second_place == kUnmatched ? kNoPlace : static_cast<uint32_t>(second_place);
+    moved_ = false;
+  }
 
   void Tell(char sign, DifferenceKind kind, std::string path, std::string name = "", bool has_name = false,
             std::string from = "") {
@@ -69,11 +136,22 @@ class Comparison {
     difference.name = std::move(name);
     difference.has_name = has_name;
     difference.from = std::move(from);
+    difference.first = first;
+    difference.second = second;
     differences.push_back(std::move(difference));
+  }
+  // `path` and `name` give texts.
+  template <class Path, class Name>
+  void TellPair(DifferenceKind kind, Path path, Name name, std::vector<FieldChange> changes) {
+    if (!changes.empty() || (equal && !moved_)) TellChanges(kind, path(), name(), true, std::move(changes));
   }
   void TellChanges(DifferenceKind kind, const std::string& path, const std::string& name, bool has_name,
                    std::vector<FieldChange> changes) {
-    if (changes.empty()) return;
+    const bool record = has_name || kind == DifferenceKind::kLnb;
+    if (changes.empty()) {
+      if (equal && record && !moved_) Tell('=', kind, path, name, has_name);
+      return;
+    }
     Tell('~', kind, path, name, has_name);
     differences.back().fields = std::move(changes);
   }
@@ -85,34 +163,54 @@ class Comparison {
   void WalkLists(const ListSides& sides, FirstName first_name, SecondName second_name,
                  FirstCounts first_counts, SecondCounts second_counts, Matched matched) {
     const Pairing& pairing = *sides.pairing;
-    std::vector<size_t> order;
-    for (const size_t first : pairing.first_of) {
-      if (first != kUnmatched) order.push_back(first);
+    if (pairing.ByPlace()) {
+      for (size_t place = 0; place < pairing.same; ++place) {
+        Look(sides.level, place, place);
+        matched(place, place, sides.second.Below(sides.word, place));
+      }
+      Look(sides.level, kUnmatched, kUnmatched);
+      return;
     }
-    const std::vector<bool> stays = LongestAscending(order);
-    const auto tell_removed = [&](size_t first) {
-      if (first_counts(first))
-        Tell('-', sides.kind, RecordName(sides.first, sides.word, first), first_name(first), true);
+    std::vector<size_t> order;
+    order.reserve(pairing.first_of.size());
+    for (const size_t place : pairing.first_of) {
+      if (place != kUnmatched) order.push_back(place);
+    }
+    const bool in_order = std::is_sorted(order.begin(), order.end());
+    const std::vector<bool> stays = in_order ? std::vector<bool>() : LongestAscending(order);
+    const auto tell_removed = [&](size_t place) {
+      Look(sides.level, place, kUnmatched);
+      if (first_counts(place))
+        Tell('-', sides.kind, sides.first.Below(sides.word, place).text(), first_name(place), true);
     };
     size_t pair = 0;
-    for (size_t second = 0; second < pairing.first_of.size(); ++second) {
-      const size_t first = pairing.first_of[second];
-      const std::string path = RecordName(sides.second, sides.word, second);
-      if (first == kUnmatched) {
-        if (second_counts(second)) Tell('+', sides.kind, path, second_name(second), true);
+    for (size_t after = 0; after < pairing.first_of.size(); ++after) {
+      const size_t before = pairing.first_of[after];
+      const RecordPath path = sides.second.Below(sides.word, after);
+      if (before == kUnmatched) {
+        Look(sides.level, kUnmatched, after);
+        if (second_counts(after)) Tell('+', sides.kind, path.text(), second_name(after), true);
         continue;
       }
-      size_t removed = first;
+      size_t removed = before;
       while (removed > 0 && pairing.second_of[removed - 1] == kUnmatched) --removed;
-      for (; removed < first; ++removed) tell_removed(removed);
-      if (!stays[pair++])
-        Tell('>', sides.kind, path, second_name(second), true, RecordName(sides.first, sides.word, first));
-      matched(first, second, path);
+      for (; removed < before; ++removed) tell_removed(removed);
+      Look(sides.level, before, after);
+      if (!in_order && !stays[pair++]) {
+        Tell('>', sides.kind, path.text(), second_name(after), true,
+             sides.first.Below(sides.word, before).text());
+        moved_ = true;
+      }
+      matched(before, after, path);
     }
     size_t rest = pairing.second_of.size();
     while (rest > 0 && pairing.second_of[rest - 1] == kUnmatched) --rest;
     for (; rest < pairing.second_of.size(); ++rest) tell_removed(rest);
+    Look(sides.level, kUnmatched, kUnmatched);
   }
+
+ private:
+  bool moved_ = false;  // what is looked at was told as moved
 };
 
 template <class Record>
@@ -127,6 +225,7 @@ bool EveryPlace(size_t) {
 void CompareLnbs(Comparison& out, const StaticDatabase& first, const StaticDatabase& second,
                  const std::string& from, const std::string& to) {
   for (uint32_t i = 0; i < std::max(first.lnb_count, second.lnb_count); ++i) {
+    out.Look(0, i < first.lnb_count ? i : kUnmatched, i < second.lnb_count ? i : kUnmatched);
     if (i >= second.lnb_count) {
       out.Tell('-', DifferenceKind::kLnb, RecordName(from, "LNB", i));
     } else if (i >= first.lnb_count) {
@@ -137,44 +236,52 @@ void CompareLnbs(Comparison& out, const StaticDatabase& first, const StaticDatab
       out.TellChanges(DifferenceKind::kLnb, RecordName(to, "LNB", i), "", false, std::move(changes));
     }
   }
+  out.Look(0, kUnmatched, kUnmatched);
 }
 
 void CompareServices(Comparison& out, const Carrier& first, const Carrier& second, const Pairing& services,
-                     const std::string& from, const std::string& to) {
+                     const RecordPath& from, const RecordPath& to) {
   const auto names = NamesOf(second.services);
-  out.WalkLists({DifferenceKind::kService, "service", from, to, &services}, NamesOf(first.services), names,
-                EveryPlace, EveryPlace, [&](size_t before, size_t after, const std::string& path) {
-                  out.TellChanges(
-                      DifferenceKind::kService, path, names(after), true,
+  out.WalkLists({DifferenceKind::kService, "service", from, to, &services, 2}, NamesOf(first.services), names,
+                EveryPlace, EveryPlace, [&](size_t before, size_t after, const RecordPath& path) {
+                  out.TellPair(
+                      DifferenceKind::kService, [&] { return path.text(); }, [&] { return names(after); },
                       NamedChanges(first.services[before]->record, second.services[after]->record));
                 });
 }
 
 void CompareCarriers(Comparison& out, const Satellite& first, const Satellite& second,
-                     const SatelliteMatch& match, const std::string& from, const std::string& to) {
+                     const SatelliteMatch& match, const RecordPath& from, const RecordPath& to) {
   const auto names = NamesOf(second.carriers);
-  out.WalkLists({DifferenceKind::kCarrier, "carrier", from, to, &match.carriers}, NamesOf(first.carriers),
-                names, EveryPlace, EveryPlace, [&](size_t before, size_t after, const std::string& path) {
+  out.WalkLists({DifferenceKind::kCarrier, "carrier", from, to, &match.carriers, 1}, NamesOf(first.carriers),
+                names, EveryPlace, EveryPlace, [&](size_t before, size_t after, const RecordPath& path) {
                   const Carrier &old = *first.carriers[before], &now = *second.carriers[after];
-                  out.TellChanges(DifferenceKind::kCarrier, path, names(after), true,
-                                  NamedChanges(old.record, now.record));
-                  CompareServices(out, old, now, match.below[before].services,
-                                  RecordName(from, "carrier", before), path);
+                  out.TellPair(
+                      DifferenceKind::kCarrier, [&] { return path.text(); }, [&] { return names(after); },
+                      NamedChanges(old.record, now.record));
+                  CompareServices(out, old, now, match.below[before].services, from.Below("carrier", before),
+                                  path);
                 });
 }
 
 void CompareSatellites(Comparison& out, const StaticDatabase& first, const StaticDatabase& second,
-                       const DatabaseMatch& match, const std::string& from, const std::string& to) {
+                       ServicePairs& pairs, const std::string& first_sdb, const std::string& second_sdb) {
+  const Pairing satellites = MatchSatellites(first, second);
+  const RecordPath from{nullptr, "", 0, &first_sdb}, to{nullptr, "", 0, &second_sdb};
   const auto names = NamesOf(second.satellites);
   out.WalkLists(
-      {DifferenceKind::kSatellite, "satellite", from, to, &match.satellites}, NamesOf(first.satellites),
-      names, [&](size_t place) { return !IsUnusedPlace(*first.satellites[place]); },
+      {DifferenceKind::kSatellite, "satellite", from, to, &satellites, 0}, NamesOf(first.satellites), names,
+      [&](size_t place) { return !IsUnusedPlace(*first.satellites[place]); },
       [&](size_t place) { return !IsUnusedPlace(*second.satellites[place]); },
-      [&](size_t before, size_t after, const std::string& path) {
+      [&](size_t before, size_t after, const RecordPath& path) {
         const Satellite &old = *first.satellites[before], &now = *second.satellites[after];
-        out.TellChanges(DifferenceKind::kSatellite, path, names(after), true,
-                        NamedChanges(old.record, now.record));
-        CompareCarriers(out, old, now, match.below[before], RecordName(from, "satellite", before), path);
+        out.TellPair(
+            DifferenceKind::kSatellite, [&] { return path.text(); }, [&] { return names(after); },
+            NamedChanges(old.record, now.record));
+        // What belongs to one satellite is looked at together, as long as it is at hand.
+        const SatelliteMatch match = MatchCarriers(old, now);
+        AddServicePairs(old, now, match, pairs);
+        CompareCarriers(out, old, now, match, from.Below("satellite", before), path);
       });
 }
 
@@ -182,44 +289,34 @@ void CompareSatellites(Comparison& out, const StaticDatabase& first, const Stati
 size_t MovedInOrder(const StaticDatabase& first, const StaticDatabase& second, const ServicePairs& pairs) {
   const Places<Service> places(second.service_pool, second.service_order);
   std::vector<size_t> order;
-  order.reserve(pairs.size());
+  order.reserve(first.service_order.size());
   for (const Service* service : first.service_order) {
-    const auto pair = pairs.find(service);
-    if (pair != pairs.end()) order.push_back(places.Of(*pair->second));
+    if (const Service* match = pairs.Of(*service)) order.push_back(places.Of(*match));
   }
   const std::vector<bool> stays = LongestAscending(order);
   return static_cast<size_t>(std::count(stays.begin(), stays.end(), false));
 }
 
-// The k-th entry of a service in the one list is the k-th of its match in the other.
-Pairing PairEntries(const std::vector<Service*>& first, const std::vector<Service*>& second,
-                    const ServicePairs& pairs) {
-  Pairing pairing{std::vector<size_t>(first.size(), kUnmatched),
-                  std::vector<size_t>(second.size(), kUnmatched)};
-  std::unordered_map<const Service*, std::vector<size_t>> places;
-  for (size_t i = second.size(); i-- > 0;) places[second[i]].push_back(i);
-  for (size_t i = 0; i < first.size(); ++i) {
-    const auto pair = pairs.find(first[i]);
-    const auto found = pair == pairs.end() ? places.end() : places.find(pair->second);
-    if (found == places.end() || found->second.empty()) continue;
-    pairing.second_of[i] = found->second.back();
-    pairing.first_of[found->second.back()] = i;
-    found->second.pop_back();
-  }
-  return pairing;
-}
-
 void CompareEntries(Comparison& out, const std::vector<Service*>& first, const std::vector<Service*>& second,
-                    const ServicePairs& pairs, const std::string& from, const std::string& to) {
+                    const ServicePairs& pairs, const std::string& first_group,
+                    const std::string& second_group) {
+  const RecordPath from{nullptr, "", 0, &first_group}, to{nullptr, "", 0, &second_group};
   const Pairing pairing = PairEntries(first, second, pairs);
-  out.WalkLists({DifferenceKind::kFavourite, "entry", from, to, &pairing}, NamesOf(first), NamesOf(second),
-                EveryPlace, EveryPlace, [](size_t, size_t, const std::string&) {});
+  const auto names = NamesOf(second);
+  out.WalkLists({DifferenceKind::kFavourite, "entry", from, to, &pairing, 2}, NamesOf(first), names,
+                EveryPlace, EveryPlace, [&](size_t, size_t after, const RecordPath& path) {
+                  out.TellPair(
+                      DifferenceKind::kFavourite, [&] { return path.text(); }, [&] { return names(after); },
+                      {});
+                });
 }
 
 void CompareGroups(Comparison& out, const StaticDatabase& first, const StaticDatabase& second,
                    const ServicePairs& pairs, const std::string& from, const std::string& to) {
   for (size_t i = 0; i < kFavouriteGroups; ++i) {
     const FavouriteGroup &old = first.favourites[i], &now = second.favourites[i];
+    out.Look(0, i, i);
+    out.Look(1, 0, 0);
     std::vector<FieldChange> changes;
     AddChange(changes, "name", Shown(old.record.tv_name), Shown(now.record.tv_name));
     AddChanges(changes, old.record, now.record);
@@ -227,20 +324,21 @@ void CompareGroups(Comparison& out, const StaticDatabase& first, const StaticDat
     out.TellChanges(DifferenceKind::kFavourite, tv, "", false, std::move(changes));
     CompareEntries(out, old.tv, now.tv, pairs, RecordName(from, "TV group", i), tv);
     changes.clear();
+    out.Look(1, 1, 1);
     AddChange(changes, "name", Shown(old.record.radio_name), Shown(now.record.radio_name));
     const std::string radio = RecordName(to, "radio group", i);
     out.TellChanges(DifferenceKind::kFavourite, radio, "", false, std::move(changes));
     CompareEntries(out, old.radio, now.radio, pairs, RecordName(from, "radio group", i), radio);
   }
+  out.first = out.second = kNowhere;
 }
 
 void CompareSdbs(Comparison& out, const OpenSdb& first, const OpenSdb& second) {
   const StaticDatabase &old = *first.database, &now = *second.database;
   const std::string from = Utf8FromLatin(first.name), to = Utf8FromLatin(second.name);
-  const DatabaseMatch match = MatchDatabases(old, now);
-  const ServicePairs pairs = MatchedServices(old, now, match);
+  ServicePairs pairs(old);
   CompareLnbs(out, old, now, from, to);
-  CompareSatellites(out, old, now, match, from, to);
+  CompareSatellites(out, old, now, pairs, from, to);
   std::vector<FieldChange> changes;
   AddChange(changes, "name", from, to);
   out.TellChanges(DifferenceKind::kSdb, to, "", false, std::move(changes));
@@ -258,6 +356,7 @@ void CompareSdbs(Comparison& out, const OpenSdb& first, const OpenSdb& second) {
 void CompareUbis(Comparison& out, const Document& first, const Document& second) {
   for (size_t i = 0; i < std::max(first.ubis.size(), second.ubis.size()); ++i) {
     const std::string path = "UBI" + std::to_string(i + 1);
+    out.Look(0, i < first.ubis.size() ? i : kUnmatched, i < second.ubis.size() ? i : kUnmatched);
     if (i >= second.ubis.size()) {
       out.Tell('-', DifferenceKind::kUbi, path, Utf8FromLatin(first.ubis[i].name), true);
     } else if (i >= first.ubis.size()) {
@@ -267,6 +366,7 @@ void CompareUbis(Comparison& out, const Document& first, const Document& second)
                       UbiChanges(first.ubis[i], second.ubis[i]));
     }
   }
+  out.Look(0, kUnmatched, kUnmatched);
 }
 
 void CompareFlag(Comparison& out, const char* key, bool before, bool after) {
@@ -282,8 +382,9 @@ std::string ValueText(const std::variant<int64_t, std::string>& value) {
 }  // namespace
 
 std::vector<Difference> CompareDocuments(const Document& first, size_t first_sdb, const Document& second,
-                                         size_t second_sdb) {
+                                         size_t second_sdb, bool equal) {
   Comparison comparison;
+  comparison.equal = equal;
   CompareSdbs(comparison, first.sdbs[first_sdb], second.sdbs[second_sdb]);
   CompareUbis(comparison, first, second);
   CompareFlag(comparison, "compressed", first.compress_payload, second.compress_payload);
@@ -303,6 +404,14 @@ std::string DifferenceLine(const Difference& difference) {
     separator = ", ";
   }
   return line;
+}
+
+std::string DifferenceLines(const std::vector<Difference>& differences) {
+  std::string lines;
+  for (const Difference& difference : differences) {
+    if (difference.sign != '=') lines += DifferenceLine(difference) + "\n";
+  }
+  return lines;
 }
 
 std::string DifferenceSummary(const std::vector<Difference>& differences) {

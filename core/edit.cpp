@@ -156,4 +156,32 @@ void MarkCarriers(Satellite& satellite, const Rows& rows, CarrierField field, ui
   }
 }
 
+namespace {
+
+// False when it is of that type already.
+bool SetType(ServiceRecord& record, bool tv) {
+  if ((record.type == kTv) == tv) return false;
+  record.type = tv ? uint32_t{kTv} & 3 : uint32_t{kRadio} & 3;
+  if (!tv) record.video_pid = kNoPid & 0x3FFF;
+  return true;
+}
+
+}  // namespace
+
+void MarkServices(StaticDatabase& database, const std::vector<Service*>& services, ServiceField field,
+                  uint32_t value) {
+  std::unordered_set<const Service*> changed;
+  for (Service* service : services) {
+    ServiceRecord& record = service->record;
+    if (field == ServiceField::kScrambled) record.free = value == 0;
+    if (field == ServiceField::kTv && SetType(record, value != 0)) changed.insert(service);
+    if (field == ServiceField::kNoVideo) record.video_pid = kNoPid & 0x3FFF;
+    if (field == ServiceField::kNoAudio) record.audio_pid = kNoPid & 0x3FFF;
+    if (field == ServiceField::kNoPcr) record.pcr_pid = kNoPid & 0x3FFF;
+    if (field == ServiceField::kLnbIndex && value < kMaximumLnbs)
+      service->carrier->satellite->record.lnb_index = value & 0xFF;
+  }
+  if (!changed.empty()) LeaveListsOfOldType(database, changed);
+}
+
 }  // namespace vexa

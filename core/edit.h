@@ -117,8 +117,20 @@ enum class SatelliteField { kLnbIndex, kEast, kFactoryDefault };  // LNB indices
 enum class CarrierField { kPolarization, kFec, kFactoryDefault };
 // Set the field in the chosen rows of the list; rows beyond it count for nothing. The flags are set for any
 // `value` but 0. Codes are cut to their field, and an LNB index above 15 changes nothing.
+enum class ServiceField {
+  kScrambled,
+  kTv,
+  kNoVideo,
+  kNoAudio,
+  kNoPcr,
+  kLnbIndex
+};  // the last of their satellites
 void MarkSatellites(StaticDatabase& database, const Rows& rows, SatelliteField field, uint32_t value);
 void MarkCarriers(Satellite& satellite, const Rows& rows, CarrierField field, uint32_t value);
+// Services of this database. One that becomes radio has no video PID, and one that changes between TV and
+// radio leaves the favourite lists of its old type. The PIDs become none, whatever the value.
+void MarkServices(StaticDatabase& database, const std::vector<Service*>& services, ServiceField field,
+                  uint32_t value);
 
 // ---- Parts shared by the operations.
 // New records with all their links and counts, at a place of their list from 0 to its length; all other

@@ -26,12 +26,6 @@ char Fold(char c) {
   }
 }
 
-std::string Folded(std::string_view text) {
-  std::string folded(text);
-  for (char& c : folded) c = Fold(c);
-  return folded;
-}
-
 struct Wanted {
   FindBy by;
   std::string name;  // folded
@@ -42,7 +36,7 @@ struct Wanted {
 std::optional<Wanted> WantedOf(const FindQuery& query) {
   Wanted wanted{query.by, {}, -1};
   if (query.by == FindBy::kName) {
-    wanted.name = Folded(LatinFromUtf8(query.text));
+    wanted.name = FoldedName(LatinFromUtf8(query.text));
     if (wanted.name.empty()) return std::nullopt;
     return wanted;
   }
@@ -56,7 +50,7 @@ std::optional<Wanted> WantedOf(const FindQuery& query) {
 }
 
 bool NameMatches(const Wanted& wanted, std::string_view name) {
-  return wanted.by == FindBy::kName && Folded(name).find(wanted.name) != std::string::npos;
+  return wanted.by == FindBy::kName && FoldedName(name).find(wanted.name) != std::string::npos;
 }
 
 bool Matches(const Wanted& wanted, const Carrier& carrier) {
@@ -100,6 +94,12 @@ std::vector<RecordPlace> MatchesOf(const Document& document, const FindQuery& qu
 }
 
 }  // namespace
+
+std::string FoldedName(std::string_view name) {
+  std::string folded(name);
+  for (char& c : folded) c = Fold(c);
+  return folded;
+}
 
 std::optional<RecordPlace> FindNext(const Document& document, const FindQuery& query,
                                     const RecordPlace& from) {

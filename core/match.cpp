@@ -1,7 +1,9 @@
 #include "core/match.h"
 
 #include <algorithm>
+#include <numeric>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace vexa {
@@ -9,7 +11,18 @@ namespace vexa {
 namespace {
 
 Pairing Unpaired(size_t first, size_t second) {
-  return {std::vector<size_t>(first, kUnmatched), std::vector<size_t>(second, kUnmatched)};
+  return {std::vector<size_t>(first, kUnmatched), std::vector<size_t>(second, kUnmatched), 0};
+}
+
+// Whether each record can be paired with the one at its place: there are as many, and `same` holds of each
+// two.
+template <class Record, class Same>
+bool PairByPlace(const std::vector<Record*>& first, const std::vector<Record*>& second, Same same) {
+  if (first.size() != second.size()) return false;
+  for (size_t i = 0; i < first.size(); ++i) {
+    if (!same(first[i]->record, second[i]->record)) return false;
+  }
+  return true;
 }
 
 void Pair(Pairing& pairing, size_t first, size_t second) {
@@ -56,7 +69,7 @@ void PairLists(const std::vector<Record*>& first, const std::vector<Record*>& se
                  KeysOf<Key>(second, pairing.first_of, key_of, takes), pairing);
 }
 
-Pairing PairSatellites(const std::vector<Satellite*>& first, const std::vector<Satellite*>& second) {
+Pairing PairSatelliteLists(const std::vector<Satellite*>& first, const std::vector<Satellite*>& second) {
   Pairing pairing = Unpaired(first.size(), second.size());
   const auto used = [](const Satellite& satellite) { return !IsUnusedPlace(satellite); };
   PairLists<uint32_t>(
@@ -115,7 +128,15 @@ class FreeCarriers {
 };
 
 Pairing PairCarriers(const std::vector<Carrier*>& first, const std::vector<Carrier*>& second) {
+  const auto same = [](const CarrierRecord& one, const CarrierRecord& other) {
+    return one.frequency == other.frequency && one.polarization == other.polarization;
+  };
   Pairing pairing = Unpaired(first.size(), second.size());
+  if (PairByPlace(first, second, same)) {
+    std::iota(pairing.second_of.begin(), pairing.second_of.end(), size_t{0});
+    pairing.first_of = pairing.second_of;
+    return pairing;
+  }
   FreeCarriers free(second);
   for (size_t i = 0; i < first.size(); ++i) {
     const size_t place = free.TakeNearest(first[i]->record);
@@ -125,6 +146,10 @@ Pairing PairCarriers(const std::vector<Carrier*>& first, const std::vector<Carri
 }
 
 Pairing PairServices(const std::vector<Service*>& first, const std::vector<Service*>& second) {
+  const auto same = [](const ServiceRecord& one, const ServiceRecord& other) {
+    return one.program_number == other.program_number;
+  };
+  if (PairByPlace(first, second, same)) return {{}, {}, first.size()};
   Pairing pairing = Unpaired(first.size(), second.size());
   const auto all = [](const Service&) { return true; };
   PairLists<uint32_t>(
@@ -134,6 +159,8 @@ Pairing PairServices(const std::vector<Service*>& first, const std::vector<Servi
       first, second, pairing, [](const ServiceRecord& record) { return NameOf(record.name); }, all);
   return pairing;
 }
+
+}  // namespace
 
 SatelliteMatch MatchCarriers(const Satellite& first, const Satellite& second) {
   SatelliteMatch match{PairCarriers(first.carriers, second.carriers), {}};
@@ -146,8 +173,6 @@ SatelliteMatch MatchCarriers(const Satellite& first, const Satellite& second) {
   return match;
 }
 
-}  // namespace
-
 bool IsUnusedPlace(const Satellite& satellite) {
   constexpr std::string_view kStart = "NewSat ";
   const std::string_view name = NameOf(satellite.record.name);
@@ -156,11 +181,16 @@ bool IsUnusedPlace(const Satellite& satellite) {
 }
 
 size_t Pairing::count() const {
+  if (ByPlace()) return same;
   return second_of.size() - static_cast<size_t>(std::count(second_of.begin(), second_of.end(), kUnmatched));
 }
 
+Pairing MatchSatellites(const StaticDatabase& first, const StaticDatabase& second) {
+  return PairSatelliteLists(first.satellites, second.satellites);
+}
+
 DatabaseMatch MatchDatabases(const StaticDatabase& first, const StaticDatabase& second) {
-  DatabaseMatch match{PairSatellites(first.satellites, second.satellites), {}};
+  DatabaseMatch match{MatchSatellites(first, second), {}};
   match.below.resize(first.satellites.size());
   for (size_t i = 0; i < first.satellites.size(); ++i) {
     const size_t place = match.satellites.second_of[i];
@@ -169,27 +199,48 @@ DatabaseMatch MatchDatabases(const StaticDatabase& first, const StaticDatabase& 
   return match;
 }
 
+void AddServicePairs(const Satellite& first, const Satellite& second, const SatelliteMatch& match,
+                     ServicePairs& pairs) {
+  for (size_t c = 0; c < match.below.size(); ++c) {
+    const Pairing& services = match.below[c].services;
+    if (services.FirstSize() == 0) continue;
+    const Carrier &from = *first.carriers[c], &to = *second.carriers[match.carriers.second_of[c]];
+    for (size_t i = 0; i < services.FirstSize(); ++i) {
+      if (services.SecondOf(i) != kUnmatched) pairs.Set(*from.services[i], to.services[services.SecondOf(i)]);
+    }
+  }
+}
+
 ServicePairs MatchedServices(const StaticDatabase& first, const StaticDatabase& second,
                              const DatabaseMatch& match) {
-  ServicePairs pairs;
-  pairs.reserve(first.services.size());
+  ServicePairs pairs(first);
   for (size_t s = 0; s < first.satellites.size(); ++s) {
-    const SatelliteMatch& satellite = match.below[s];
-    for (size_t c = 0; c < satellite.below.size(); ++c) {
-      const std::vector<size_t>& second_of = satellite.below[c].services.second_of;
-      if (second_of.empty()) continue;
-      const Carrier& from = *first.satellites[s]->carriers[c];
-      const Carrier& to =
-          *second.satellites[match.satellites.second_of[s]]->carriers[satellite.carriers.second_of[c]];
-      for (size_t i = 0; i < second_of.size(); ++i) {
-        if (second_of[i] != kUnmatched) pairs.emplace(from.services[i], to.services[second_of[i]]);
-      }
-    }
+    const size_t place = match.satellites.second_of[s];
+    if (place != kUnmatched)
+      AddServicePairs(*first.satellites[s], *second.satellites[place], match.below[s], pairs);
   }
   return pairs;
 }
 
+Pairing PairEntries(const std::vector<Service*>& first, const std::vector<Service*>& second,
+                    const ServicePairs& pairs) {
+  Pairing pairing{std::vector<size_t>(first.size(), kUnmatched),
+                  std::vector<size_t>(second.size(), kUnmatched), 0};
+  std::unordered_map<const Service*, std::vector<size_t>> places;
+  for (size_t i = second.size(); i-- > 0;) places[second[i]].push_back(i);
+  for (size_t i = 0; i < first.size(); ++i) {
+    const Service* match = pairs.Of(*first[i]);
+    const auto found = match ? places.find(match) : places.end();
+    if (found == places.end() || found->second.empty()) continue;
+    pairing.second_of[i] = found->second.back();
+    pairing.first_of[found->second.back()] = i;
+    found->second.pop_back();
+  }
+  return pairing;
+}
+
 std::vector<bool> LongestAscending(const std::vector<size_t>& numbers) {
+  if (std::is_sorted(numbers.begin(), numbers.end())) return std::vector<bool>(numbers.size(), true);
   // ends[k]: among the ascending runs of k + 1 numbers, the place of the smallest last number. before[i]: the
   // place of the number in front of number i in its run.
   std::vector<size_t> ends, before(numbers.size(), kUnmatched);

@@ -6,7 +6,6 @@
 #pragma once
 
 #include <cstddef>
-#include <unordered_map>
 #include <vector>
 
 #include "core/database.h"
@@ -19,11 +18,20 @@ bool IsUnusedPlace(const Satellite& satellite);
 inline constexpr size_t kUnmatched = ~size_t{0};
 inline constexpr uint32_t kSameFrequency = 3;  // MHz: carriers no further apart are one and the same
 
-// Of two lists: for each record of the one its place in the other, or kUnmatched.
+// Of two lists: for each record of the one its place in the other, or kUnmatched. Lists of services that are
+// paired place by place, as most are, need no numbers: `same` says how many there are, and the numbers are
+// empty.
 struct Pairing {
   std::vector<size_t> second_of;  // by place in the first list
   std::vector<size_t> first_of;   // by place in the second list
-  size_t count() const;           // of pairs
+  size_t same = 0;
+
+  bool ByPlace() const { return second_of.empty() && first_of.empty(); }
+  size_t FirstSize() const { return ByPlace() ? same : second_of.size(); }
+  size_t SecondSize() const { return ByPlace() ? same : first_of.size(); }
+  size_t SecondOf(size_t first) const { return ByPlace() ? first : second_of[first]; }
+  size_t FirstOf(size_t second) const { return ByPlace() ? second : first_of[second]; }
+  size_t count() const;  // of pairs
 };
 
 struct CarrierMatch {
@@ -37,14 +45,35 @@ struct DatabaseMatch {
   Pairing satellites;
   std::vector<SatelliteMatch> below;  // by place in the first list
 };
+// The parts of that, for a job that does them satellite by satellite. Of a satellite and its match:
+Pairing MatchSatellites(const StaticDatabase& first, const StaticDatabase& second);
+SatelliteMatch MatchCarriers(const Satellite& first, const Satellite& second);
 // Unused places of the satellite table match nothing. Both databases stay as they are.
 DatabaseMatch MatchDatabases(const StaticDatabase& first, const StaticDatabase& second);
 
-// The service of the second database for each matched one of the first.
-using ServicePairs = std::unordered_map<const Service*, Service*>;
+// The service of the second database for each matched one of the first, as long as both last.
+class ServicePairs {
+ public:
+  explicit ServicePairs(const StaticDatabase& first) : second_of_(first.service_pool.size()) {}
+  void Set(const Service& first, Service* second) { second_of_[first.pool_number] = second; }
+  // nullptr: it has no match.
+  Service* Of(const Service& first) const {
+    return first.pool_number < second_of_.size() ? second_of_[first.pool_number] : nullptr;
+  }
+
+ private:
+  std::vector<Service*> second_of_;  // by pool number
+};
+// Adds those of the carriers of a satellite and its match.
+void AddServicePairs(const Satellite& first, const Satellite& second, const SatelliteMatch& match,
+                     ServicePairs& pairs);
 // `match` must have been made of these two databases as they are.
 ServicePairs MatchedServices(const StaticDatabase& first, const StaticDatabase& second,
                              const DatabaseMatch& match);
+
+// Of two favourite lists: the k-th entry of a service in the one is the k-th of its match in the other.
+Pairing PairEntries(const std::vector<Service*>& first, const std::vector<Service*>& second,
+                    const ServicePairs& pairs);
 
 // Which of the numbers, all different, stand in a longest ascending run of them: leaving all others out
 // explains a new order by the fewest moves.

@@ -1,12 +1,12 @@
 #include "core/order_like.h"
 
 #include <algorithm>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 #include "core/edit.h"
 #include "core/match.h"
+#include "core/messages.h"
 
 namespace vexa {
 
@@ -15,6 +15,7 @@ namespace {
 // The matched records of `list` in the order of the other list, then the rest as it was.
 template <class Record>
 void TakeOrder(std::vector<Record*>& list, const Pairing& pairing) {
+  if (pairing.ByPlace()) return;
   std::vector<Record*> ordered;
   ordered.reserve(list.size());
   for (const size_t place : pairing.second_of) {
@@ -52,10 +53,10 @@ void OrderServiceOrder(const StaticDatabase& old, StaticDatabase& database, cons
   std::vector<Service*> ordered;
   std::unordered_set<const Service*> taken;
   for (const Service* service : old.service_order) {
-    const auto pair = pairs.find(service);
-    if (pair == pairs.end()) continue;
-    ordered.push_back(pair->second);
-    taken.insert(pair->second);
+    Service* match = pairs.Of(*service);
+    if (!match) continue;
+    ordered.push_back(match);
+    taken.insert(match);
   }
   for (Service* service : database.service_order) {
     if (!taken.contains(service)) ordered.push_back(service);
@@ -67,8 +68,8 @@ void TakeEntries(const std::vector<Service*>& old, bool tv, std::vector<Service*
                  const ServicePairs& pairs, OrderSummary& summary) {
   entries.clear();
   for (const Service* service : old) {
-    const auto pair = pairs.find(service);
-    if (pair != pairs.end() && (pair->second->record.type == kTv) == tv) entries.push_back(pair->second);
+    Service* match = pairs.Of(*service);
+    if (match && (match->record.type == kTv) == tv) entries.push_back(match);
   }
   summary.entries_taken += entries.size();
   summary.entries_left_out += old.size() - entries.size();
@@ -87,6 +88,14 @@ void TakeFavourites(const StaticDatabase& old, StaticDatabase& database, const S
 }
 
 }  // namespace
+
+std::string SummaryText(const OrderSummary& summary) {
+  return Format(
+      "%zu of %zu satellites, %zu of %zu carriers, %zu of %zu services matched; %zu favourite entries "
+      "taken, %zu left out",
+      summary.satellites, summary.all_satellites, summary.carriers, summary.all_carriers, summary.services,
+      summary.all_services, summary.entries_taken, summary.entries_left_out);
+}
 
 void OrderLike(const StaticDatabase& old, StaticDatabase& database, bool favourites, OrderSummary& summary) {
   const DatabaseMatch match = MatchDatabases(old, database);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 #include "core/database.h"
 
@@ -14,6 +15,9 @@ struct OrderSummary {
   size_t services = 0, all_services = 0;
   size_t entries_taken = 0, entries_left_out = 0;  // of the old favourite lists
 };
+
+// "N of M satellites, N of M carriers, N of M services matched; N favourite entries taken, N left out"
+std::string SummaryText(const OrderSummary& summary);
 
 // Matched satellites, carriers and services of `database` take the order that `old` has them in and stand
 // before the others, which keep theirs. With `favourites` the service order list follows likewise, and the

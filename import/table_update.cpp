@@ -435,30 +435,40 @@ std::string MissingQuestion(const std::vector<MissingRow>& missing) {
 
 }  // namespace
 
-bool UpdateFromTableFile(const Messages& messages, const Path& path, StaticDatabase& database,
+namespace {
+
+constexpr const char* kTableRefused = "The table was not taken over.";
+
+}  // namespace
+
+bool UpdateFromTableText(const Messages& messages, const std::string& name, std::string_view text,
+                         StaticDatabase& database,
                          const std::function<MissingRows(const std::string& question)>& ask) {
-  constexpr const char* kRefused = "The table was not taken over.";
-  Bytes file;
-  const ReadResult read = ReadWholeFile(path, file, kLargestCsv);
-  if (read != ReadResult::kDone) {
-    TellWhy(messages, Icon::kStop, ReadReason(path, read.error), "%s", kRefused);
-    return false;
-  }
-  const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
   const std::optional<TableKind> kind = KindOfTable(text);
   TableUpdate update;
   Misfit misfit{"line 1",
                 "no column numbers records; take a table that vexa export --format csv-table wrote"};
   const auto found = kind ? ReadTable(text, *kind, Windows1252(), database, update) : misfit;
   if (found) {
-    TellWhy(messages, Icon::kStop, Utf8FromPath(path) + ", " + found->where + ": " + found->what, "%s",
-            kRefused);
+    TellWhy(messages, Icon::kStop, name + ", " + found->where + ": " + found->what, "%s", kTableRefused);
     return false;
   }
   const MissingRows missing =
       update.missing.empty() ? MissingRows::kKeep : ask(MissingQuestion(update.missing));
   return missing != MissingRows::kCancel &&
          ApplyTable(messages, database, update, missing == MissingRows::kDelete);
+}
+
+bool UpdateFromTableFile(const Messages& messages, const Path& path, StaticDatabase& database,
+                         const std::function<MissingRows(const std::string& question)>& ask) {
+  Bytes file;
+  const ReadResult read = ReadWholeFile(path, file, kLargestCsv);
+  if (read != ReadResult::kDone) {
+    TellWhy(messages, Icon::kStop, ReadReason(path, read.error), "%s", kTableRefused);
+    return false;
+  }
+  const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
+  return UpdateFromTableText(messages, Utf8FromPath(path), text, database, ask);
 }
 
 }  // namespace vexa
