@@ -643,6 +643,11 @@ std::string ShownKey(const CommandInfo& command) {
   return "";
 }
 
+std::string ToolTip(const CommandInfo& command) {
+  const std::string key = ShownKey(command);
+  return key.empty() ? command.tip : std::string(command.tip) + " (" + key + ")";
+}
+
 std::string KeyName(const Key& key) {
   if (key.code == 0) return "";
   std::string name;

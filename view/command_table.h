@@ -259,6 +259,9 @@ std::string MenuText(const CommandInfo& command);
 // console.
 std::string ShownKey(const CommandInfo& command);
 
+// As the tip of a button: what the command does and its key, "Save the database (Ctrl+S)".
+std::string ToolTip(const CommandInfo& command);
+
 // "Ctrl+N", "Shift+F4", "Ins"; empty for no key.
 std::string KeyName(const Key& key);
 // The command whose key this is in that scope itself, not in a wider one; kNoCommand: none.

@@ -39,6 +39,16 @@ TEST(CommandTable, EveryRowIsWholeAndStandsOnce) {
   }
 }
 
+TEST(CommandTable, TipsNameTheCommandAndItsKey) {
+  const std::pair<CommandId, const char*> rows[] = {
+      {kCmdSave, "Save the database (Ctrl+S)"},
+      {kCmdSaveAs, "Save the database under another name"},
+      {kCmdViewTv, "Show the TV services (Alt+T)"},
+      {kCmdConsoleSaveLog, "Save the log of the console (Ctrl+S)"},
+  };
+  for (const auto& [id, tip] : rows) EXPECT_EQ(ToolTip(*FindCommand(id)), tip);
+}
+
 // Whether one press of a key could be meant for both. A database window and the console are never active at
 // once.
 bool Meet(KeyScope one, KeyScope other) {

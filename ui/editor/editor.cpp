@@ -75,7 +75,7 @@ void ShowFontsAndPictures(EditorWindow& editor) {
 
 std::wstring TipOf(CommandId id) {
   const CommandInfo* command = FindCommand(id);
-  return Wide(command ? command->tip : "");
+  return Wide(command ? ToolTip(*command) : "");
 }
 
 std::string CaptionName(const EditorWindow& editor) {

@@ -278,7 +278,7 @@ LRESULT Notify(Application& app, HWND frame, NMHDR& header, WPARAM wparam, LPARA
     static std::wstring tip;
     auto& asked = reinterpret_cast<NMTTDISPINFOW&>(header);
     const CommandInfo* command = FindCommand(static_cast<uint32_t>(header.idFrom));
-    tip = Wide(command ? command->tip : "");
+    tip = Wide(command ? ToolTip(*command) : "");
     asked.lpszText = tip.data();
     return 0;
   }
