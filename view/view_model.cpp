@@ -185,6 +185,13 @@ bool HasServices(const Satellite& satellite) {
 
 }  // namespace
 
+uint32_t TextColour(const EditorColourTable& colours, ColourRole role, bool high_contrast,
+                    uint32_t system_text) {
+  if (role == ColourRole::kPlain) return system_text;
+  const auto place = static_cast<size_t>(role);
+  return high_contrast && colours[place] == DefaultColours()[place] ? system_text : colours[place];
+}
+
 ColourRole NodeColour(const Document& document, const NodeRef& node) {
   const StaticDatabase* database = DatabaseOf(document, node);
   switch (node.kind) {

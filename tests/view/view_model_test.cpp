@@ -102,6 +102,18 @@ TEST_F(ViewModel, ColoursTellWhatIsInUse) {
   EXPECT_EQ(IconOf(At({0, 1, 0, 0})), NodeIcon::kFactoryCarrier);
 }
 
+TEST_F(ViewModel, HighContrastKeepsTheColoursThatTheUserChose) {
+  constexpr uint32_t kSystem = 0xFFFFFF, kChosen = 0x123456;
+  EditorColourTable colours = DefaultColours();
+  colours[static_cast<size_t>(ColourRole::kTvService)] = kChosen;
+  for (const bool high : {false, true}) {
+    EXPECT_EQ(TextColour(colours, ColourRole::kTvService, high, kSystem), kChosen);
+    EXPECT_EQ(TextColour(colours, ColourRole::kPlain, high, kSystem), kSystem);
+    EXPECT_EQ(TextColour(colours, ColourRole::kRadioService, high, kSystem),
+              high ? kSystem : colours[static_cast<size_t>(ColourRole::kRadioService)]);
+  }
+}
+
 TEST_F(ViewModel, ListShowsWhatIsBelowTheNode) {
   EXPECT_THAT(Column(List({0}), 1), ElementsAre("Astra", "Empty"));
   EXPECT_THAT(Column(List({0, 0, 1}), 1), ElementsAre("Astra")) << "on the second LNB";

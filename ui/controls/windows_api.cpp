@@ -30,6 +30,13 @@ int Scaled(HWND window, int length) {
   return MulDiv(length, own ? static_cast<int>(own) : dots, 96);
 }
 
+bool HighContrast() {
+  HIGHCONTRASTW asked{};
+  asked.cbSize = sizeof asked;
+  return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof asked, &asked, 0) &&
+         (asked.dwFlags & HCF_HIGHCONTRASTON) != 0;
+}
+
 HFONT MakeFont(HWND window) {
   LOGFONTW font{};
   font.lfHeight = -Scaled(window, 11);

@@ -29,9 +29,8 @@ void RefreshPanel(EditorWindow& editor) {
 }
 
 COLORREF ColourOf(const EditorWindow& editor, const NodeRef& node) {
-  const ColourRole role = NodeColour(editor.document, node);
-  return role == ColourRole::kPlain ? GetSysColor(COLOR_WINDOWTEXT)
-                                    : editor.app->colours[static_cast<size_t>(role)];
+  return TextColour(editor.app->colours, NodeColour(editor.document, node), HighContrast(),
+                    GetSysColor(COLOR_WINDOWTEXT));
 }
 
 LRESULT DrawTree(EditorWindow& editor, NMTVCUSTOMDRAW& draw) {

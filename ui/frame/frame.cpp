@@ -344,6 +344,11 @@ bool TakeOwnMessage(Application& app, UINT message) {
   }
 }
 
+BOOL CALLBACK PassOnColours(HWND window, LPARAM) {
+  SendMessageW(window, WM_SYSCOLORCHANGE, 0, 0);
+  return TRUE;
+}
+
 LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_NCCREATE) Adopt(frame, *reinterpret_cast<CREATESTRUCTW*>(lparam));
   Application* app = AppOf(frame);
@@ -354,6 +359,10 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
       return StartFrame(*app) ? 0 : -1;
     case WM_SIZE:
       LayOut(*app);
+      return 0;
+    case WM_SYSCOLORCHANGE:
+      // Only top windows are told, and common controls keep colours until they are.
+      EnumChildWindows(frame, PassOnColours, 0);
       return 0;
     case WM_DPICHANGED:
       ChangeResolution(*app, *reinterpret_cast<const RECT*>(lparam));

@@ -46,18 +46,22 @@ void Select(HWND log, LONG first, LONG last) {
 void Colour(HWND log, ReportColour colour) {
   CHARFORMATW format{};
   format.cbSize = sizeof format;
-  format.dwMask = CFM_COLOR;
-  if (colour == ReportColour::kNeutral) format.dwEffects = CFE_AUTOCOLOR;
+  format.dwMask = CFM_COLOR | CFM_BOLD;
+  // The system's own colour is the only one that is sure to be read in high contrast; errors stand out there
+  // by being bold.
+  const bool plain = HighContrast();
+  if (plain || colour == ReportColour::kNeutral) format.dwEffects = CFE_AUTOCOLOR;
+  if (plain && colour == ReportColour::kError) format.dwEffects |= CFE_BOLD;
   format.crTextColor = colour == ReportColour::kError ? kErrorColour : kSuccessColour;
   SendMessageW(log, EM_SETCHARFORMAT, SCF_SELECTION, reinterpret_cast<LPARAM>(&format));
 }
 
-// True when text that is added at the selection has no colour of its own.
+// True when text that is added at the selection has no colour or weight of its own.
 bool IsNeutral(HWND log) {
   CHARFORMATW format{};
   format.cbSize = sizeof format;
   SendMessageW(log, EM_GETCHARFORMAT, SCF_SELECTION, reinterpret_cast<LPARAM>(&format));
-  return (format.dwEffects & CFE_AUTOCOLOR) != 0;
+  return (format.dwEffects & (CFE_AUTOCOLOR | CFE_BOLD)) == CFE_AUTOCOLOR;
 }
 
 void InsertPiece(HWND log, const ConsolePiece& piece) {
