@@ -375,7 +375,9 @@ void SaveRecentFiles(const SettingsStore& store, const RecentFiles& recent) {
 }
 
 std::string RecentFileItem(const RecentFiles& recent, size_t position) {
-  return Format("&%d %s", static_cast<int>(position + 1), recent.paths.at(position).c_str());
+  std::string item = Format("&%d ", static_cast<int>(position + 1));
+  for (const char each : recent.paths.at(position)) item.append(each == '&' ? 2 : 1, each);
+  return item;
 }
 
 EditorColourTable DefaultColours() {

@@ -99,7 +99,7 @@ RecentFiles LoadRecentFiles(const SettingsStore& store);
 void AddRecentFile(RecentFiles& recent, const std::string& path);
 // Only when their key was there at the start of this run.
 void SaveRecentFiles(const SettingsStore& store, const RecentFiles& recent);
-// The menu item "&1 path"; `position` from 0.
+// The menu item "&1 path", in which an '&' of the path is doubled; `position` from 0.
 std::string RecentFileItem(const RecentFiles& recent, size_t position);
 
 // The colours that the user chooses, in the order of the settings.

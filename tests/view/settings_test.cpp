@@ -143,6 +143,8 @@ TEST(Settings, RecentFilesKeepFourAndMoveAKnownPathUp) {
   AddRecentFile(recent, "\xC3\x84.bin");
   EXPECT_EQ(recent.paths, (Texts{"\xC3\x84.bin", "5", "4", "2"}));
   EXPECT_EQ(RecentFileItem(recent, 1), "&2 5");
+  AddRecentFile(recent, "R&D");
+  EXPECT_EQ(RecentFileItem(recent, 0), "&1 R&&D");
 }
 
 TEST(Settings, ConfigurationFileIsTheStoredOneOrTheFirstOfTheFolder) {

@@ -28,7 +28,7 @@ struct Application {
   std::string title = "Vexa Editor";  // caption of every message box
   HANDLE thread_exit_event = nullptr;
   std::optional<Path> open_at_start;
-  HWND frame = nullptr, client = nullptr, toolbar = nullptr, status = nullptr;
+  HWND frame = nullptr, client = nullptr, start_page = nullptr, toolbar = nullptr, status = nullptr;
   HIMAGELIST toolbar_pictures = nullptr, tree_pictures = nullptr;
   HFONT status_font = nullptr;
   HMENU frame_menu = nullptr, editor_menu = nullptr, console_menu = nullptr;
@@ -93,6 +93,8 @@ class Busy {
 
 // A message to the frame: the active database window is maximised again, when there is one.
 inline constexpr UINT kMaximizeAgain = WM_APP + 2;
+// A message to the frame: a window was opened or closed in it, or a file became a recent one.
+inline constexpr UINT kShowStartPage = WM_APP + 7;
 // A message to the frame: a transfer is over, however it ended.
 inline constexpr UINT kTransferEnded = WM_APP + 5;
 

@@ -20,6 +20,7 @@
 #include "ui/frame/room_bar.h"
 #include "ui/frame/recovery.h"
 #include "ui/frame/second_start.h"
+#include "ui/frame/start_page.h"
 #include "ui/frame/test_mode.h"
 #include "ui/line/console.h"
 
@@ -45,9 +46,10 @@ std::array<std::string, 4> StatusTexts(const Application& app) {
 
 bool CreateClient(Application& app) {
   CLIENTCREATESTRUCT client{nullptr, kFirstChildId};
-  app.client = CreateWindowExW(WS_EX_CLIENTEDGE, L"MDICLIENT", nullptr,
-                               WS_CHILD | WS_CLIPCHILDREN | WS_VISIBLE | WS_VSCROLL | WS_HSCROLL, 0, 0, 0, 0,
-                               app.frame, nullptr, app.instance, &client);
+  app.client =
+      CreateWindowExW(WS_EX_CLIENTEDGE, L"MDICLIENT", nullptr,
+                      WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS | WS_VISIBLE | WS_VSCROLL | WS_HSCROLL, 0,
+                      0, 0, 0, app.frame, nullptr, app.instance, &client);
   if (!app.client) TellNoWindow(app, app.title);
   return app.client != nullptr;
 }
@@ -172,6 +174,7 @@ void LayOut(Application& app) {
   const int bottom = bar.bottom - bar.top;
   LayOutStatus(app);
   MoveWindow(app.client, 0, top, area.right, std::max<int>(0, area.bottom - top - bottom), TRUE);
+  ShowStartPage(app);
 }
 
 void ShowStatus(Application& app, int part, const std::string& text) {
@@ -250,6 +253,7 @@ void ChangeResolution(Application& app, const RECT& place) {
   SetWindowPos(app.frame, nullptr, place.left, place.top, place.right - place.left, place.bottom - place.top,
                SWP_NOZORDER | SWP_NOACTIVATE);
   LayOut(app);
+  RenewStartPage(app);
 }
 
 void OpenDropped(Application& app, HDROP drop) {
@@ -330,6 +334,9 @@ bool TakeOwnMessage(Application& app, UINT message) {
     case kOfferWork:
       OfferAbandonedWork(app);
       return true;
+    case kShowStartPage:
+      ShowStartPage(app);
+      return true;
     case kTransferEnded:
       KeepUnsavedWork(app);
       return true;
@@ -364,6 +371,9 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
       // Only top windows are told, and common controls keep colours until they are.
       EnumChildWindows(frame, PassOnColours, 0);
       return 0;
+    case WM_SETFOCUS:
+      if (FocusStartPage(*app)) return 0;
+      break;
     case WM_DPICHANGED:
       ChangeResolution(*app, *reinterpret_cast<const RECT*>(lparam));
       return 0;
@@ -431,6 +441,7 @@ void HandleMessage(Application& app, MSG& message) {
   }
   if (editor && IsWindowEnabled(app.frame) && TranslateEditorKey(*editor, message)) return;
   if (editor) ShowTips(*editor, message);
+  if (!editor && TranslateStartKey(app, message)) return;
   TranslateMessage(&message);
   DispatchMessageW(&message);
 }
@@ -506,6 +517,7 @@ void RefreshFrame(Application& app) {
   if (!app.toolbar || !app.status) return;
   RefreshToolbar(app);
   LookAtRoom(app);
+  ShowStartPageLater(app);
   LayOutStatus(app);
   ShowFirstStatus(app, "");
   const auto texts = StatusTexts(app);

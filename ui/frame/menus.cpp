@@ -177,10 +177,7 @@ void RefreshRecentMenus(Application& app) {
     while (DeleteMenu(menu, 0, MF_BYPOSITION)) {
     }
     for (size_t i = 0; i < app.recent.paths.size(); ++i) {
-      // A path may hold the character that marks access keys.
-      const std::string item = RecentFileItem(app.recent, i);
-      const std::string text = "&" + Plain(item.substr(1));
-      AppendMenuW(menu, MF_STRING, kCmdRecent1 + i, Wide(text).c_str());
+      AppendMenuW(menu, MF_STRING, kCmdRecent1 + i, Wide(RecentFileItem(app.recent, i)).c_str());
     }
     if (app.recent.paths.empty()) AppendMenuW(menu, MF_STRING | MF_GRAYED, 0, L"(none)");
   }
