@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,9 +14,13 @@
 
 #include "cli/program.h"
 #include "core/out_of_memory.h"
+#include "image/urt.h"
 #include "import/csv.h"
 #include "platform/temporary_folder.h"
+#include "tests/support/data_folder.h"
+#include "tests/support/failing_files.h"
 #include "tests/support/failing_memory.h"
+#include "tests/support/list_maker.h"
 
 namespace vexa {
 namespace {
@@ -29,6 +34,8 @@ struct Process : CliTest {
     document.sdbs[0].database = MakeRandomDatabase(random, {3, 2, 4, 8, 2, false, false});
     Save(document, "base.bin");
     Put("list.sdx", "SATCODX");
+    Put("small.sdx", SdxList({{}, {.video = "0403"}}));
+    Put("other.sdx", SdxList({{.video = "0405"}}));
     Put("list.dvb", "DVSO");
     for (const char* folder : {"lists", "memory"}) std::filesystem::create_directory(At(folder));
     for (const char* name : {"1", "2"})
@@ -54,10 +61,28 @@ struct Process : CliTest {
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
+    if (failing_step > 0) FailFileStep(fault, failing_step, *steps);
     std::optional<FailingMemory> memory;
     if (fails_at > 0) memory.emplace(fails_at, threads);
     const int status = RunProgram(static_cast<int>(arguments.size()), pointers.data());
     _exit(fails_at > 0 && !memory->Reached() ? 100 : status);
+  }
+  // Runs the command line with that step of writing files gone wrong; its status, or nothing when it has not
+  // so many steps.
+  std::optional<int> EndWithFault(const std::string& line, FileFault what, int step) {
+    fault = what;
+    failing_step = step;
+    *steps = 0;
+    const int status = End(Start(line));
+    failing_step = 0;
+    return *steps < step ? std::nullopt : std::optional(status);
+  }
+  // Files beside `name` that a program leaves while it writes.
+  bool HasScratch() {
+    std::vector<Path> names;
+    ListFolder(recorder.context.temporary_folder, names);
+    return std::any_of(names.begin(), names.end(),
+                       [](const Path& name) { return name.native().starts_with(".vexa-"); });
   }
   // Until the child answers the signal itself.
   static void AwaitWatch(pid_t child, int number) {
@@ -84,11 +109,86 @@ struct Process : CliTest {
     return static_cast<size_t>(std::count_if(
         names.begin(), names.end(), [](const Path& name) { return name.native().starts_with("vexa-"); }));
   }
+  FileFault fault = FileFault::kFullDisk;
+  int failing_step = 0;  // 0: none
+  int* steps = static_cast<int*>(
+      mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  void TearDown() override { munmap(steps, sizeof(int)); }
   void SetUp() override {
+    ASSERT_NE(steps, MAP_FAILED);
     std::filesystem::create_directory(At("tmp"));
     Put("tmp/a file with a name that is too long to be kept without an allocation", "");
   }
 };
+
+// Commands that write the file "out"; of those that fill a folder, only what they say and leave behind is
+// looked at.
+const char* const kWriting[] = {
+    "save @base.bin -o @out --compress-bin on",
+    "sort @base.bin -o @out --satellites name",
+    "set @base.bin -o @out 'satellite 1' position=3",
+    "import @small.sdx -o @out",
+    "import @small.sdx -o @out --stream",
+    "export @base.bin -o @out --format json",
+    "export @base.bin -o @out --format csv",
+    "export @base.bin -o @out --format html",
+    "export @base.bin -o @out",
+    "merge satcodx @small.sdx @other.sdx -o @out",
+    "ecf build @s.toml -o @out",
+    "adb request -o @out-request",
+    "adb build @base.bin -o @out-adb",
+    "urt build @base.bin -o @out --type 3 --kind 5 --flag 0 --name N --start 0 --end 20000",
+};
+
+// A packed file tells the minute in which it was made, and shows by itself that it is whole.
+bool IsSameOutput(const Bytes& one, const Bytes& other) {
+  return one == other || (one.size() == other.size() && ReadUrt(one).findings.empty());
+}
+
+TEST_F(Process, AFullDiskAtAnyStepIsToldAndLeavesOldOutputs) {
+  std::filesystem::copy_file(DataFolder() / "receivers.toml", At("s.toml"));
+  for (const std::string line : kWriting) {
+    SCOPED_TRACE(line);
+    Put("out", "old");
+    ASSERT_EQ(End(Start(line)), 0) << Errors();
+    int step = 1;
+    for (;; ++step) {
+      Put("out", "old");
+      const auto status = EndWithFault(line, FileFault::kFullDisk, step);
+      if (!status) break;
+      EXPECT_EQ(*status, 1) << step;
+      EXPECT_THAT(Errors(), HasSubstr("error: ")) << step;
+      EXPECT_EQ(Get("out"), BytesOf("old")) << step;
+      EXPECT_EQ(Left(), 0u) << step;
+      EXPECT_FALSE(HasScratch()) << step;
+      if (HasFailure()) return;
+    }
+    EXPECT_GE(step, 4);
+  }
+}
+
+TEST_F(Process, KilledAtAnyStepTheOldOrTheNewFileStands) {
+  std::filesystem::copy_file(DataFolder() / "receivers.toml", At("s.toml"));
+  for (const std::string line : kWriting) {
+    SCOPED_TRACE(line);
+    Put("out", "old");
+    ASSERT_EQ(End(Start(line)), 0) << Errors();
+    const Bytes made = Get("out");
+    for (int step = 1;; ++step) {
+      Put("out", "old");
+      const auto status = EndWithFault(line, FileFault::kKill, step);
+      if (!status) break;
+      EXPECT_EQ(*status, 1000 + SIGKILL) << step;
+      EXPECT_TRUE(Get("out") == BytesOf("old") || IsSameOutput(Get("out"), made)) << step;
+      if (HasFailure()) return;
+    }
+    // The next start and the next write take what was left behind.
+    EXPECT_EQ(End(Start(line)), 0) << Errors();
+    EXPECT_TRUE(IsSameOutput(Get("out"), made));
+    EXPECT_EQ(Left(), 0u);
+    EXPECT_FALSE(HasScratch());
+  }
+}
 
 TEST_F(Process, AFailedAllocationIsToldAndLeavesOldOutputsWhereverItHappens) {
   const std::string lines[] = {"info @base.bin",
@@ -97,6 +197,10 @@ TEST_F(Process, AFailedAllocationIsToldAndLeavesOldOutputsWhereverItHappens) {
                                "adb build @base.bin -o @out-dir",
                                "export @base.bin -o @out --format json",
                                "merge satcodx --folder @lists -o @out",
+                               "sort @base.bin -o @out --satellites name",
+                               "set @base.bin -o @out 'satellite 1' position=3",
+                               "urt build @base.bin -o @out --type 3 --kind 5 --flag 0 --name N --start 0 "
+                               "--end 20000",
                                "ports --json",
                                "loader --link @base.bin --memory @memory",
                                "info @base.bin --bogus",
