@@ -6,7 +6,7 @@ out=$(realpath "${1:-$(dirname "$0")/../ui/controls}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-sizes='16 20 24 32'  # dots of a picture's side; the drawings are for 16
+sizes='16 20 24 32 48'  # dots of a picture's side; the drawings are for 16
 number=0
 picture() {  # DRAWING: one more picture for the strips
   local size
@@ -71,10 +71,10 @@ picture 'fill #F5C518 polygon 7.5,1 9.5,6 14.5,6 10.5,9 12,14 7.5,11 3,14 4.5,9 
 picture 'fill #404858 rectangle 1,7 14,12 fill #60E060 rectangle 3,9 6,10 fill #C0C0C0 circle 11,9.5 11,8.5'  # box
 strip tree
 
-for size in 16 32 48 64; do
+for size in 16 20 24 32 40 48 64 128 256; do
   convert -size 256x256 xc:none -fill '#1F3F77' -draw 'roundrectangle 8,8 247,247 40,40' \
     -fill '#E8EEF8' -stroke '#E8EEF8' -draw 'path "M 60,70 A 120,120 0 0,0 190,200 Z"' \
     -strokewidth 14 -draw 'line 125,135 190,70' -fill '#F5C518' -stroke none -draw 'circle 192,66 192,46' \
     -resize ${size}x$size "$work/$size.png"
 done
-convert "$work/16.png" "$work/32.png" "$work/48.png" "$work/64.png" "$out/vexa.ico"
+convert "$work"/{16,20,24,32,40,48,64,128,256}.png "$out/vexa.ico"

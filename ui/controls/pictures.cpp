@@ -4,7 +4,7 @@ namespace vexa {
 
 namespace {
 
-constexpr int kPictureSizes[] = {16, 20, 24, 32};
+constexpr int kPictureSizes[] = {16, 20, 24, 32, 48};
 constexpr COLORREF kClear = RGB(255, 0, 255);
 
 struct Scale {
