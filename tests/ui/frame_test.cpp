@@ -248,6 +248,27 @@ TEST_F(Frame, SaveAsWritesTheDatabaseAndUnsavedChangesAsk) {
   EXPECT_LT(std::filesystem::file_size(copy), before) << "saved compressed on the way out";
 }
 
+TEST_F(Frame, AFileOfAnotherWindowIsNotSavedOver) {
+  const Path path = PutSample("sample.bin"), other = Folder() / "other.bin";
+  std::filesystem::copy_file(path, other);
+  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
+  ASSERT_TRUE(editor.WaitForFrame());
+  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  editor.DropFiles({other});
+  ASSERT_TRUE(editor.Until("the second window", [&] { return editor.Children().size() == 2; }));
+  editor.Command(kCmdCompressBin);
+  const auto before = ReadWholeFile(path);
+  editor.Command(kCmdSaveAs);
+  editor.ChooseFile("Save", path);
+  editor.Answer(IDYES);  // the system's question about the existing file
+  EXPECT_EQ(editor.Answer(IDOK), "This file is open in another window.");
+  EXPECT_EQ(ReadWholeFile(path), before);
+  EXPECT_EQ(editor.Title(editor.ActiveChild()), Utf8FromPath(other) + " *");
+  editor.Command(kCmdSave);
+  EXPECT_TRUE(editor.Answers());
+  ExpectCleanEnd(editor);
+}
+
 TEST_F(Frame, PathsMayBeLong) {
   const Path folder = Folder() / std::string(150, 'a') / std::string(150, 'b'), copy = Folder() / "copy.bin";
   std::filesystem::create_directories(folder);

@@ -481,6 +481,13 @@ std::vector<EditorWindow*> AllEditors(const Application& app) {
   return editors;
 }
 
+EditorWindow* EditorOfFile(const Application& app, const Path& path) {
+  for (EditorWindow* editor : AllEditors(app)) {
+    if (!editor->path.empty() && SameFile(editor->path, path)) return editor;
+  }
+  return nullptr;
+}
+
 EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed) {
   auto owned = std::make_unique<EditorWindow>();
   EditorWindow* editor = owned.get();

@@ -91,6 +91,8 @@ EditorWindow* OpenEditor(Application& app, Document document, const Path& path, 
 EditorWindow* ActiveEditor(const Application& app);
 // The database window of this handle; nullptr for another window, and for one that is gone.
 EditorWindow* EditorOf(HWND window);
+// The one whose file this path names; nullptr when there is none.
+EditorWindow* EditorOfFile(const Application& app, const Path& path);
 // All database windows, the one in front first.
 std::vector<EditorWindow*> AllEditors(const Application& app);
 

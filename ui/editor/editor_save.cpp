@@ -1,5 +1,6 @@
 // Saving and closing a database window.
 #include "core/bin_file.h"
+#include "core/messages.h"
 #include "core/replace_file.h"
 #include "ui/controls/file_dialogs.h"
 #include "ui/editor/editor.h"
@@ -42,7 +43,14 @@ bool SaveEditor(EditorWindow& editor) {
 
 bool SaveEditorAs(EditorWindow& editor) {
   const auto path = AskSaveFile(editor.app->frame, {"Save", kBinFilters, "bin"}, editor.path);
-  if (!path || !SaveTo(editor, *path)) return false;
+  if (!path) return false;
+  if (const EditorWindow* other = EditorOfFile(*editor.app, *path); other && other != &editor) {
+    TellWhy(editor.app->context.messages, Icon::kStop,
+            Utf8FromPath(*path) + ". Close its window first, or choose another name.",
+            "This file is open in another window.");
+    return false;
+  }
+  if (!SaveTo(editor, *path)) return false;
   editor.app->remember_file(*path);
   return true;
 }

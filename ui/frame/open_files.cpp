@@ -1,29 +1,17 @@
 // Opening database files in windows: one window a file, and none while a dialog is open.
 #include "core/bin_file.h"
-#include "platform/file_identity.h"
 #include "ui/editor/editor.h"
 #include "ui/frame/frame.h"
 #include "ui/frame/menus.h"
 
 namespace vexa {
 
-namespace {
-
-EditorWindow* WindowOf(const Application& app, const Path& path) {
-  for (EditorWindow* editor : AllEditors(app)) {
-    if (!editor->path.empty() && SameFile(editor->path, path)) return editor;
-  }
-  return nullptr;
-}
-
-}  // namespace
-
 bool IsOpen(const Application& app, const Path& path) {
-  return WindowOf(app, path) != nullptr;
+  return EditorOfFile(app, path) != nullptr;
 }
 
 bool OpenDatabaseFile(Application& app, const Path& path) {
-  if (const EditorWindow* open = WindowOf(app, path)) {
+  if (const EditorWindow* open = EditorOfFile(app, path)) {
     SendMessageW(app.client, WM_MDIACTIVATE, reinterpret_cast<WPARAM>(open->window), 0);
     RememberFile(app, path);
     return true;

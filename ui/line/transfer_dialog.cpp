@@ -12,6 +12,7 @@
 #include "serial/verdict.h"
 #include "ui/controls/help.h"
 #include "ui/line/console.h"
+#include "ui/line/line_strip_control.h"
 #include "ui/line/transfer_resource.h"
 
 namespace vexa {
@@ -37,6 +38,7 @@ struct TransferWindow {
   }};
   TransferSession session;
   // The dialog's own.
+  StripControl strip;  // its record is filled by the job's threads
   TransferMeter meter;
   std::string figures, status;
   uint64_t shown_range = 0;
@@ -65,7 +67,10 @@ void Connect(TransferWindow& window) {
   Transfer& transfer = session.transfer;
   const Messages messages = RelayedMessages(window.relay, window.app.context.messages);
   session.port.messages = WatchedPortMessages(session.port, session.port_gone, messages);
-  session.port.tap = [&window](bool, std::span<const uint8_t> bytes) { window.bytes += bytes.size(); };
+  session.port.tap = [&window](bool sent, std::span<const uint8_t> bytes) {
+    window.bytes += bytes.size();
+    window.strip.record.Add(sent, bytes);
+  };
   transfer.context = window.app.context;
   transfer.context.messages = messages;
   transfer.context.progress = {};
@@ -97,6 +102,7 @@ bool HasAnswered(const TransferWindow& window) {
 
 void ShowProgress(TransferWindow& window) {
   ShowStatusLine(window);
+  RefreshStrip(GetDlgItem(window.dialog, IDC_TRANSFER_LINE), window.strip);
   HWND sets = GetDlgItem(window.dialog, IDC_TRANSFER_SET);
   if (HasAnswered(window) && IsWindowEnabled(sets)) {
     if (GetFocus() == sets) SetFocus(GetDlgItem(window.dialog, IDCANCEL));
@@ -164,9 +170,11 @@ LRESULT CALLBACK CancelProcedure(HWND button, UINT message, WPARAM wparam, LPARA
   auto& window = *reinterpret_cast<TransferWindow*>(data);
   if (message == WM_NCDESTROY) RemoveWindowSubclass(button, CancelProcedure, id);
   if (message == BM_CLICK) window.by_key = true;
-  window.clicked = message == WM_LBUTTONUP && !window.by_key;
+  // The button sends itself other messages before it tells the dialog.
+  const bool lets_go = message == WM_LBUTTONUP;
+  if (lets_go) window.clicked = !window.by_key;
   const LRESULT result = DefSubclassProc(button, message, wparam, lparam);
-  window.clicked = false;
+  if (lets_go) window.clicked = false;
   if (message == BM_CLICK) window.by_key = false;
   return result;
 }
@@ -245,6 +253,9 @@ void OpenTransfer(TransferWindow& window, HWND dialog) {
 }
 
 void Command(TransferWindow& window, int id, int code) {
+  if (id == IDC_TRANSFER_LINE && code == STN_CLICKED)
+    SetText(GetDlgItem(window.dialog, IDC_TRANSFER_STEP),
+            StepUnderPointer(GetDlgItem(window.dialog, IDC_TRANSFER_LINE), window.strip));
   if (id == IDC_TRANSFER_SET && code == CBN_SELCHANGE && window.running == 0) ChooseSet(window);
   if ((id == IDC_TRANSFER_VERIFY || id == IDC_TRANSFER_COPY) && window.running == 0) KeepBoxes(window);
   if (id == IDCANCEL && window.running == 0 && MayCancel(window)) EndTransfer(window);
@@ -261,6 +272,9 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
   switch (message) {
     case WM_COMMAND:
       Command(*window, LOWORD(wparam), HIWORD(wparam));
+      return TRUE;
+    case WM_DRAWITEM:
+      DrawStrip(*reinterpret_cast<const DRAWITEMSTRUCT*>(lparam), window->strip);
       return TRUE;
     case WM_HELP:
       ShowHelp(window->app, HelpPage(IDD_TRANSFER));
