@@ -55,6 +55,7 @@ constexpr SettingRow kSettings[] = {
     {kWindowKey, "ServiceColumns", nullptr},
     {kWindowKey, "FavouriteColumns", nullptr},
     {kWindowKey, "UbiColumns", nullptr},
+    {kWindowKey, "SdbServiceColumns", nullptr},
     // Columns from left to right, by their places in the list's own order.
     {kWindowKey, "DetailOrder", nullptr},
     {kWindowKey, "LnbOrder", nullptr},
@@ -63,6 +64,7 @@ constexpr SettingRow kSettings[] = {
     {kWindowKey, "ServiceOrder", nullptr},
     {kWindowKey, "FavouriteOrder", nullptr},
     {kWindowKey, "UbiOrder", nullptr},
+    {kWindowKey, "SdbServiceOrder", nullptr},
     {kWindowKey, "PictureHeight", nullptr},
     {kConsoleKey, "HexadecimalView", "0"},
     {kConsoleKey, "TimeStamps", "0"},

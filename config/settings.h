@@ -136,8 +136,9 @@ enum class ColumnSet : uint8_t {
   kServices,
   kFavourites,
   kUbis,
+  kSdbServices,
 };
-inline constexpr size_t kColumnSets = 7;
+inline constexpr size_t kColumnSets = 8;
 
 // What the windows looked like. Lengths of a database window are kept at 96 dots an inch.
 struct WindowSettings {

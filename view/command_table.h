@@ -92,6 +92,14 @@ enum CommandId : uint16_t {
   kCmdProduction = 40241,
   kCmdHtmlPage = 40250,
   kCmdPicture = 40251,
+  kCmdFilter = 40300,
+  kCmdCompare = 40301,
+  kCmdOrderLike = 40302,
+  kCmdUseOrder = 40303,
+  kCmdGoToService = 40304,
+  kCmdCut = 40305,
+  kCmdCopy = 40306,
+  kCmdPaste = 40307,
   kCmdConsoleFind = 40280,
   kCmdConsoleFindNext = 40281,
   kCmdConsoleHexadecimalView = 40282,
@@ -127,7 +135,10 @@ enum Need : uint32_t {
   kNeedsInsertable = 1 << 14,  // before which another one can be inserted
   kNeedsDeletable = 1 << 15,
   kNeedsMovable = 1 << 16,
-  kNeedsViews = 1 << 17,  // whose list the view commands change
+  kNeedsViews = 1 << 17,        // whose list the view commands change
+  kNeedsCarrierView = 1 << 19,  // that holds carriers
+  kNeedsRowOrder = 1 << 20,     // whose list is in the order of a column
+  kNeedsEntry = 1 << 21,        // that names a service: an entry of a favourite list
 };
 
 enum KeyModifier : uint8_t { kCtrl = 1, kAlt = 2, kShift = 4 };
@@ -169,6 +180,7 @@ enum class Block : uint8_t {
   kExit,
   kUndo,
   kEdit,
+  kClipboard,
   kMove,
   kSelect,
   kSaveSatellites,

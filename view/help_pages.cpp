@@ -43,6 +43,7 @@ constexpr Row<int> kDialogs[] = {
     {IDD_WIZARD_CARRIERS, "import"},
     {IDD_WIZARD_SERVICES, "import"},
     {IDD_MERGER, "merger"},
+    {IDD_COMPARE, "compare"},
     {IDD_TRANSFER, "transfer"},
     {IDD_UPLOAD_SDBS, "upload"},
     {IDD_RESTORE, "restore"},

@@ -58,7 +58,8 @@ constexpr Entry kHelpMenu[] = {Popup(0, "&Help"), All(1, Block::kHelp)};
 
 // --- parts of the records' menus ---
 
-constexpr Entry kRecord[] = {All(0, Block::kEdit), Line(0), All(0, Block::kMove)};
+constexpr Entry kRecord[] = {All(0, Block::kEdit), Line(0), All(0, Block::kClipboard), Line(0),
+                             All(0, Block::kMove)};
 constexpr Entry kSelecting[] = {Popup(0, "Se&lect"), All(1, Block::kSelect)};
 constexpr Entry kMarking[] = {
     Popup(0, "Mar&k As"),
@@ -149,7 +150,7 @@ constexpr Entry kUrt[] = {All(0, Block::kUrt)};
 constexpr Entry kRecordMenu[] = {Part(0, kRecord), Line(0), Part(0, kSelecting), Part(0, kEndOfRecord)};
 constexpr Entry kService[] = {Part(0, kRecord),          Line(0),
                               Popup(0, "Add to &Group"), Filled(1, MenuRowKind::kFavouriteGroups),
-                              Part(0, kSelecting),       Part(0, kEndOfRecord)};
+                              Part(0, kMarking),         Part(0, kEndOfRecord)};
 constexpr Entry kSdb[] = {One(0, kCmdAdd), One(0, kCmdEdit), One(0, kCmdDelete), Line(0),
                           All(0, Block::kSdb)};
 constexpr Entry kSatelliteLevel[] = {

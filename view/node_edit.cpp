@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <tuple>
+
+#include "view/common_form.h"
 
 namespace vexa {
 
@@ -250,6 +253,59 @@ std::vector<Service*> ServicesOf(const std::vector<NodeRef>& rows) {
   return services;
 }
 
+namespace {
+
+// The records at these places come to stand there in this order.
+template <class Record>
+bool PutInOrder(std::vector<Record*>& list, const Rows& order) {
+  const std::vector<Record*> before = list;
+  Rows places = order;
+  std::sort(places.begin(), places.end());
+  for (size_t i = 0; i < places.size(); ++i) list[places[i]] = before[order[i]];
+  return list != before;
+}
+
+}  // namespace
+
+bool UseOrder(Document& document, const std::vector<NodeRef>& rows) {
+  // By SDB, kind, group and owner.
+  std::map<std::tuple<uint32_t, NodeKind, uint32_t, void*>, Rows> lists;
+  for (const NodeRef& row : rows) {
+    if (!DatabaseOf(document, row) || !NodeTakes(row.kind, NodeAction::kMove)) continue;
+    void* owner = row.kind == NodeKind::kCarrier   ? static_cast<void*>(row.satellite)
+                  : row.kind == NodeKind::kService ? static_cast<void*>(row.carrier)
+                                                   : nullptr;
+    lists[{row.sdb, row.kind, row.group, owner}].push_back(row.index);
+  }
+  bool changed = false;
+  for (const auto& [key, list] : lists) {
+    const auto& [sdb, kind, group, owner] = key;
+    StaticDatabase& database = *document.sdbs[sdb].database;
+    if (kind == NodeKind::kSatellite) changed |= PutInOrder(database.satellites, list);
+    if (kind == NodeKind::kCarrier) changed |= PutInOrder(static_cast<Satellite*>(owner)->carriers, list);
+    if (kind == NodeKind::kService) changed |= PutInOrder(static_cast<Carrier*>(owner)->services, list);
+    if (IsEntry(kind)) changed |= PutInOrder(EntriesOf(database.favourites[group], HalfOf(kind)), list);
+  }
+  if (!changed) return false;
+  for (OpenSdb& sdb : document.sdbs) {
+    NumberSatellites(*sdb.database);
+    for (Satellite* satellite : sdb.database->satellites) NumberCarriers(*satellite);
+    RefillAll(*sdb.database);
+  }
+  return true;
+}
+
+Carrier* ProposedDestination(const StaticDatabase& database, const Carrier& source) {
+  const auto& siblings = source.satellite->carriers;
+  const size_t place = PositionIn(siblings, &source);
+  if (place + 1 < siblings.size()) return siblings[place + 1];
+  if (siblings.size() > 1) return siblings[siblings.size() - 2];
+  for (const Satellite* satellite : database.satellites) {
+    if (satellite != source.satellite && !satellite->carriers.empty()) return satellite->carriers[0];
+  }
+  return nullptr;
+}
+
 bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, bool swap) {
   const bool services = rows.empty() || rows[0].kind == NodeKind::kService;
   if (services && swap) {
@@ -324,16 +380,22 @@ bool MoveNodes(const Messages& messages, Document& document, const std::vector<N
 }
 
 DropMark DropMarkOf(const std::vector<NodeRef>& rows, const NodeRef& target) {
-  if (rows.empty() || !NodeTakes(target.kind, NodeAction::kMove)) return {};
+  if (ListDroppedOn(rows, target)) return {true, false, true};
+  if (rows.empty() || !NodeTakes(target.kind, NodeAction::kMove) || !AreInOneList(rows)) return {};
   const NodeRef& first = rows[0];
-  if (InOneList(first, target)) return {true, first.index < target.index};
-  return {target.kind == NodeKind::kService && first.kind == target.kind && first.sdb == target.sdb, false};
+  if (InOneList(first, target)) return {true, first.index < target.index, false};
+  return {target.kind == NodeKind::kService && first.kind == target.kind && first.sdb == target.sdb, false,
+          false};
 }
 
 bool DropNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
                const NodeRef& target) {
   StaticDatabase* database = rows.empty() ? nullptr : DatabaseOf(document, rows[0]);
   if (!database || std::find(rows.begin(), rows.end(), target) != rows.end()) return false;
+  if (const auto list = ListDroppedOn(rows, target)) {
+    const auto addition = AddRowsToGroup(messages, document, rows, target.index, list);
+    return addition && addition->added > 0;
+  }
   if (!CheckOneList(messages, rows)) return false;
   const NodeRef& first = rows[0];
   if (DropMarkOf(rows, target).fits) {
@@ -351,23 +413,31 @@ bool DropNodes(const Messages& messages, Document& document, const std::vector<N
   return false;
 }
 
+namespace {
+
+// Access keys: 1 to 9, then A to G.
+std::string LnbChoice(uint32_t index) {
+  const int number = static_cast<int>(index) + 1;
+  return index < 9 ? Format("LNB&%d", number)
+                   : Format("&%c  LNB%d", static_cast<char>('A' + static_cast<int>(index) - 9), number);
+}
+
+}  // namespace
+
 const std::vector<FieldChoice>& FieldChoices() {
   static const std::vector<FieldChoice> kChoices = [] {
     std::vector<FieldChoice> choices;
     const auto satellite = [&](const char* title, std::string text, SatelliteField field, uint32_t value) {
-      choices.push_back({title, std::move(text), false, field, {}, value});
+      choices.push_back({title, std::move(text), NodeKind::kSatellite, field, {}, {}, value});
     };
     const auto carrier = [&](const char* title, std::string text, CarrierField field, uint32_t value) {
-      choices.push_back({title, std::move(text), true, {}, field, value});
+      choices.push_back({title, std::move(text), NodeKind::kCarrier, {}, field, {}, value});
     };
-    // Access keys: 1 to 9, then A to G.
-    for (uint32_t i = 0; i < kMaximumLnbs; ++i) {
-      const int number = static_cast<int>(i) + 1;
-      satellite("LNB Inde&x",
-                i < 9 ? Format("LNB&%d", number)
-                      : Format("&%c  LNB%d", static_cast<char>('A' + static_cast<int>(i) - 9), number),
-                SatelliteField::kLnbIndex, i);
-    }
+    const auto service = [&](const char* title, std::string text, ServiceField field, uint32_t value) {
+      choices.push_back({title, std::move(text), NodeKind::kService, {}, {}, field, value});
+    };
+    for (uint32_t i = 0; i < kMaximumLnbs; ++i)
+      satellite("LNB Inde&x", LnbChoice(i), SatelliteField::kLnbIndex, i);
     satellite("&EastWest Flag", "&East", SatelliteField::kEast, 1);
     satellite("&EastWest Flag", "&West", SatelliteField::kEast, 0);
     satellite("&Factory Default", "&Yes", SatelliteField::kFactoryDefault, 1);
@@ -378,33 +448,70 @@ const std::vector<FieldChoice>& FieldChoices() {
     for (uint32_t i = 0; i < 6; ++i) carrier("F&EC", kFecs[i], CarrierField::kFec, i);
     carrier("&Factory Default", "&Yes", CarrierField::kFactoryDefault, 1);
     carrier("&Factory Default", "&No", CarrierField::kFactoryDefault, 0);
+    service("&Scrambled", "&Yes", ServiceField::kScrambled, 1);
+    service("&Scrambled", "&No", ServiceField::kScrambled, 0);
+    service("Service &Type", "&TV", ServiceField::kTv, 1);
+    service("Service &Type", "&Radio", ServiceField::kTv, 0);
+    service("P&IDs", "No &video PID", ServiceField::kNoVideo, 1);
+    service("P&IDs", "No &audio PID", ServiceField::kNoAudio, 1);
+    service("P&IDs", "No &PCR PID", ServiceField::kNoPcr, 1);
+    for (uint32_t i = 0; i < kMaximumLnbs; ++i)
+      service("LNB Inde&x", LnbChoice(i), ServiceField::kLnbIndex, i);
     return choices;
   }();
   return kChoices;
 }
 
-void MarkNodes(Document& document, const std::vector<NodeRef>& rows, const FieldChoice& choice) {
+size_t MarkNodes(Document& document, const std::vector<NodeRef>& rows, const FieldChoice& choice) {
+  std::map<StaticDatabase*, std::vector<Service*>> services;
   for (const NodeRef& row : rows) {
     StaticDatabase* database = DatabaseOf(document, row);
-    if (!database) continue;
-    if (choice.carrier && row.kind == NodeKind::kCarrier)
+    if (!database || row.kind != choice.kind) continue;
+    if (row.kind == NodeKind::kCarrier)
       MarkCarriers(*row.satellite, {row.index}, choice.carrier_field, choice.value);
-    if (!choice.carrier && row.kind == NodeKind::kSatellite)
+    if (row.kind == NodeKind::kSatellite)
       MarkSatellites(*database, {row.index}, choice.satellite_field, choice.value);
+    if (row.kind == NodeKind::kService) services[database].push_back(row.service);
   }
+  size_t gone = 0;
+  for (const auto& [database, chosen] : services) {
+    const size_t before = CountEntries(*database);
+    MarkServices(*database, chosen, choice.service_field, choice.value);
+    gone += before - CountEntries(*database);
+  }
+  return gone;
 }
 
 namespace {
 
+bool Matches(const ServiceRecord& record, uint32_t lnb_index, const FieldChoice& choice) {
+  const bool wanted = choice.value != 0;
+  switch (choice.service_field) {
+    case ServiceField::kScrambled:
+      return (record.free == 0) == wanted;
+    case ServiceField::kTv:
+      return (record.type == kTv) == wanted;
+    case ServiceField::kNoVideo:
+      return record.video_pid == kNoPid;
+    case ServiceField::kNoAudio:
+      return record.audio_pid == kNoPid;
+    case ServiceField::kNoPcr:
+      return record.pcr_pid == kNoPid;
+    default:
+      return lnb_index == choice.value;
+  }
+}
+
 bool Matches(const NodeRef& row, const FieldChoice& choice) {
-  if (choice.carrier) {
-    if (row.kind != NodeKind::kCarrier) return false;
+  if (row.kind != choice.kind) return false;
+  if (row.kind == NodeKind::kService)
+    return Matches(row.service->record, row.satellite->record.lnb_index, choice);
+  if (row.kind == NodeKind::kCarrier) {
     const CarrierRecord& record = row.carrier->record;
     if (choice.carrier_field == CarrierField::kPolarization) return record.polarization == choice.value;
     if (choice.carrier_field == CarrierField::kFec) return record.fec == choice.value;
     return (record.user == 0) == (choice.value != 0);
   }
-  if (row.kind != NodeKind::kSatellite) return false;
   const SatelliteRecord& record = row.satellite->record;
   if (choice.satellite_field == SatelliteField::kLnbIndex) return record.lnb_index == choice.value;
   if (choice.satellite_field == SatelliteField::kEast) return record.east == choice.value;
@@ -421,16 +528,42 @@ Rows MatchingRows(const std::vector<NodeRef>& rows, const FieldChoice& choice) {
   return matching;
 }
 
-bool AddRowsToGroup(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
-                    uint32_t group) {
+std::optional<GroupAddition> AddRowsToGroup(const Messages& messages, Document& document,
+                                            const std::vector<NodeRef>& rows, uint32_t group,
+                                            std::optional<GroupKind> list) {
   StaticDatabase* database = rows.empty() ? nullptr : DatabaseOf(document, rows[0]);
-  if (!database || group >= kFavouriteGroups) return false;
+  if (!database || group >= kFavouriteGroups) return std::nullopt;
   FavouriteGroup& lists = database->favourites[group];
-  const std::vector<Service*> before = lists.tv, services = ServicesOf(rows);
-  if (!AddFavourites(messages, lists, GroupKind::kTv, services)) return false;
-  if (AddFavourites(messages, lists, GroupKind::kRadio, services)) return true;
-  lists.tv = before;
-  return false;
+  const FavouriteGroup before = lists;
+  const std::vector<Service*> services = ServicesOf(rows);
+  GroupAddition addition;
+  size_t fit = 0;
+  for (const GroupKind kind : {GroupKind::kTv, GroupKind::kRadio}) {
+    if (list && *list != kind) continue;
+    for (const Service* service : services) fit += (service->record.type == kTv) == (kind == GroupKind::kTv);
+    if (!AddFavourites(messages, lists, kind, services)) {
+      lists = before;
+      return std::nullopt;
+    }
+  }
+  addition.added = lists.tv.size() + lists.radio.size() - before.tv.size() - before.radio.size();
+  addition.present = fit - addition.added;
+  addition.unfit = services.size() - fit;
+  return addition;
+}
+
+std::string AdditionText(const GroupAddition& addition) {
+  return Format("%zu added, %zu there before, %zu did not fit", addition.added, addition.present,
+                addition.unfit);
+}
+
+std::optional<GroupKind> ListDroppedOn(const std::vector<NodeRef>& rows, const NodeRef& target) {
+  const bool tv = target.kind == NodeKind::kTvGroup;
+  const bool services = !rows.empty() && std::all_of(rows.begin(), rows.end(), [&](const NodeRef& row) {
+    return row.service && row.sdb == target.sdb;
+  });
+  if (!services || (!tv && target.kind != NodeKind::kRadioGroup)) return std::nullopt;
+  return tv ? GroupKind::kTv : GroupKind::kRadio;
 }
 
 bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,

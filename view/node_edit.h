@@ -48,6 +48,13 @@ MoveDialogTexts MoveTextsOf(const std::vector<NodeRef>& rows, bool swap);
 // To the place in their one list that `target` names (a number from 1).
 bool MoveNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows, bool swap,
                const std::string& target);
+// Where the dialog that moves services of `source` proposes to move them: the next carrier of its satellite,
+// else another one of it, else the first one of the SDB; nullptr when there is no other.
+Carrier* ProposedDestination(const StaticDatabase& database, const Carrier& source);
+// Puts the records of the rows into the order of the rows: those of each list (an SDB's satellites, a
+// satellite's carriers, a carrier's services, a favourite list) share the places that they have there. False
+// when they stood so.
+bool UseOrder(Document& document, const std::vector<NodeRef>& rows);
 // The services among the rows, and those that entries among them name.
 std::vector<Service*> ServicesOf(const std::vector<NodeRef>& rows);
 
@@ -55,6 +62,7 @@ std::vector<Service*> ServicesOf(const std::vector<NodeRef>& rows);
 struct DropMark {
   bool fits = false;
   bool behind = false;  // the target; else before it
+  bool onto = false;    // the target takes them up: no edge is marked
 };
 // Whether dragged rows can be dropped on the target, and where they come to stand: a window marks that edge.
 DropMark DropMarkOf(const std::vector<NodeRef>& rows, const NodeRef& target);
@@ -66,25 +74,39 @@ DropMark DropMarkOf(const std::vector<NodeRef>& rows, const NodeRef& target);
 bool DropNodes(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
                const NodeRef& target);
 
-// ---- "Mark As" and "Select": a menu of values for the fields of satellites and of carriers.
+// ---- "Mark As" and "Select": a menu of values for the fields of satellites, carriers and services.
 struct FieldChoice {
   const char* field;  // title of the submenu
   std::string text;   // with its access key
-  bool carrier = false;
+  NodeKind kind = NodeKind::kSatellite;
   SatelliteField satellite_field = SatelliteField::kLnbIndex;
   CarrierField carrier_field = CarrierField::kPolarization;
+  ServiceField service_field = ServiceField::kScrambled;
   uint32_t value = 0;
 };
-const std::vector<FieldChoice>& FieldChoices();  // satellites' first; those of a field follow one another
-// Rows of the other kind are left alone.
-void MarkNodes(Document& document, const std::vector<NodeRef>& rows, const FieldChoice& choice);
+// Satellites' first, then carriers', then services'; those of a field follow one another.
+const std::vector<FieldChoice>& FieldChoices();
+// Rows of another kind are left alone. How many entries of favourite lists went with services that changed
+// their type.
+size_t MarkNodes(Document& document, const std::vector<NodeRef>& rows, const FieldChoice& choice);
 // Places in `rows` of those whose field has the value.
 Rows MatchingRows(const std::vector<NodeRef>& rows, const FieldChoice& choice);
 
-// Adds the services among the rows to both lists of the group, each to the one of its type. False after a
-// message, nothing being added then.
-bool AddRowsToGroup(const Messages& messages, Document& document, const std::vector<NodeRef>& rows,
-                    uint32_t group);
+// What became of services that were to enter a favourite group.
+struct GroupAddition {
+  size_t added = 0;
+  size_t present = 0;  // in its list before
+  size_t unfit = 0;    // of the other type than the list's
+};
+// "3 added, 1 there before, 2 did not fit"
+std::string AdditionText(const GroupAddition& addition);
+// Adds the services among the rows to both lists of the group, each to the one of its type, or to one list
+// alone. Nothing after a message, nothing being added then.
+std::optional<GroupAddition> AddRowsToGroup(const Messages& messages, Document& document,
+                                            const std::vector<NodeRef>& rows, uint32_t group,
+                                            std::optional<GroupKind> list = {});
+// The list that rows dropped on the target are added to: it is a group, and they are services of its SDB.
+std::optional<GroupKind> ListDroppedOn(const std::vector<NodeRef>& rows, const NodeRef& target);
 
 // Makes the list name just the chosen services: those that it names keep their order, others of `all` follow
 // in its order. False after the limit's message.

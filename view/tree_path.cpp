@@ -43,6 +43,40 @@ TreePath PathOf(const Document& document, const FindingPlace& place) {
   return place.record.satellite < 0 ? TreePath{sdb} : PathOf(place.record);
 }
 
+TreePath PathOf(const Document& document, const NodeRef& node) {
+  const auto boxes = static_cast<uint32_t>(document.sdbs.size());
+  switch (node.kind) {
+    case NodeKind::kNone:
+      return {};
+    case NodeKind::kUbiLevel:
+      return {boxes};
+    case NodeKind::kUbi:
+      return {boxes, node.index};
+    case NodeKind::kSdb:
+      return {node.sdb};
+    case NodeKind::kLnbLevel:
+      return {node.sdb, kLnbLevelPosition};
+    case NodeKind::kLnb:
+      return {node.sdb, kLnbLevelPosition, node.index};
+    case NodeKind::kSatelliteLevel:
+      return {node.sdb, kSatelliteLevelPosition};
+    case NodeKind::kTvGroupLevel:
+      return {node.sdb, kTvGroupLevelPosition};
+    case NodeKind::kRadioGroupLevel:
+      return {node.sdb, kRadioGroupLevelPosition};
+    case NodeKind::kTvGroup:
+      return {node.sdb, kTvGroupLevelPosition, node.index};
+    case NodeKind::kRadioGroup:
+      return {node.sdb, kRadioGroupLevelPosition, node.index};
+    case NodeKind::kFavouriteTvEntry:
+      return {node.sdb, kTvGroupLevelPosition, node.group, node.index};
+    case NodeKind::kFavouriteRadioEntry:
+      return {node.sdb, kRadioGroupLevelPosition, node.group, node.index};
+    default:
+      return PathOf(PlaceOf(document, node));
+  }
+}
+
 RecordPlace PlaceOf(const Document& document, const NodeRef& node) {
   RecordPlace place;
   if (node.sdb >= document.sdbs.size()) return place;

@@ -24,6 +24,8 @@ std::vector<NodeRef> NodesAlong(const Document& document, const TreePath& path);
 TreePath PathOf(const RecordPlace& place);
 // The way to what a finding is about.
 TreePath PathOf(const Document& document, const FindingPlace& place);
+// The way to any node of the document's tree, and to an entry of a favourite list.
+TreePath PathOf(const Document& document, const NodeRef& node);
 // The satellite, carrier or service of the node; of a favourite entry: of the service that it names. Other
 // nodes of an SDB stand before its first satellite.
 RecordPlace PlaceOf(const Document& document, const NodeRef& node);

@@ -1,5 +1,7 @@
 // The list of a database window: which rows and columns, and the text of each cell.
+#include <algorithm>
 #include <iterator>
+#include <unordered_set>
 
 #include "core/messages.h"
 #include "platform/text.h"
@@ -77,6 +79,18 @@ Columns ServiceColumns(bool hexadecimal) {
           {"Scrambled", 72, false}};
 }
 
+// Of services of many satellites.
+constexpr size_t kWidePlace = 3;  // of the first column more
+Columns WideServiceColumns(bool hexadecimal) {
+  Columns columns = ServiceColumns(hexadecimal);
+  columns.insert(columns.begin() + kWidePlace, {{"Satellite Name", 150, false}, {"Frequency", 76, true}});
+  return columns;
+}
+bool IsWide(const Columns& columns) {
+  return columns.size() > kWidePlace && columns[1].title == "Service Name" &&
+         columns[kWidePlace].title == "Satellite Name";
+}
+
 Columns FavouriteColumns(bool radio) {
   if (radio) return {{"No.", 44, true}, {"Radio List", 150, false}, {"Radio Services", 100, true}};
   return {{"No.", 44, true}, {"TV List", 150, false}, {"TV Services", 100, true}};
@@ -135,7 +149,7 @@ ListModel ListOfView(const Document& document, const NodeRef& node, ListView vie
     AddCarriers(document, list, node);
     return list;
   }
-  list.columns = ServiceColumns(hexadecimal);
+  list.columns = node.satellite ? ServiceColumns(hexadecimal) : WideServiceColumns(hexadecimal);
   const StaticDatabase& database = *document.sdbs[node.sdb].database;
   if (node.carrier) {
     AddServices(list, *node.carrier, node.sdb, view);
@@ -208,6 +222,16 @@ Columns ColumnsBelow(NodeKind kind, bool hexadecimal) {
 bool HasViews(NodeKind kind) {
   return kind == NodeKind::kSdb || kind == NodeKind::kSatelliteLevel || kind == NodeKind::kSatellite ||
          kind == NodeKind::kCarrier;
+}
+
+bool HasView(NodeKind kind, ListView view) {
+  return HasViews(kind) && (kind != NodeKind::kCarrier || view != ListView::kCarriers);
+}
+
+ListView ViewShown(NodeKind kind, ListView view) {
+  if (view != ListView::kBelow) return view;
+  if (kind == NodeKind::kSatellite) return ListView::kCarriers;
+  return kind == NodeKind::kCarrier ? ListView::kServices : view;
 }
 
 ListModel ListBelow(const Document& document, const NodeRef& node, ListView view, bool hexadecimal) {
@@ -318,6 +342,12 @@ std::string ServiceCell(const Service& service, size_t column, bool hexadecimal)
   }
 }
 
+std::string WideServiceCell(const Service& service, size_t column, bool hexadecimal) {
+  if (column < kWidePlace) return ServiceCell(service, column, hexadecimal);
+  if (column >= kWidePlace + 2) return ServiceCell(service, column - 2, hexadecimal);
+  return service.carrier ? CarrierCell(*service.carrier, column - 1) : "";
+}
+
 std::string FavouriteCell(const FavouriteGroup& group, bool radio, size_t column) {
   if (column == 1) return NameText(radio ? group.record.radio_name : group.record.tv_name);
   return std::to_string(radio ? group.radio.size() : group.tv.size());
@@ -354,7 +384,8 @@ std::string CellText(const Document& document, const ListModel& list, size_t row
     case NodeKind::kService:
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
-      return ServiceCell(*node.service, column, hexadecimal);
+      return IsWide(list.columns) ? WideServiceCell(*node.service, column, hexadecimal)
+                                  : ServiceCell(*node.service, column, hexadecimal);
     case NodeKind::kTvGroup:
     case NodeKind::kRadioGroup:
       return FavouriteCell(document.sdbs[node.sdb].database->favourites[node.index],
@@ -393,11 +424,26 @@ Details CarrierDetails(const Carrier& carrier) {
           {"SymbolRate", CarrierCell(carrier, 4)},     {"Polarization", CarrierCell(carrier, 5)}};
 }
 
-Details ServiceDetails(const Service& service, bool hexadecimal) {
+// The names of the favourite lists that name the service, in the order of the groups.
+std::string ListsOf(const StaticDatabase& database, const Service& service) {
+  std::string names;
+  const auto add = [&](const std::vector<Service*>& entries, const std::string& name, const char* list) {
+    if (std::find(entries.begin(), entries.end(), &service) == entries.end()) return;
+    names += (names.empty() ? "" : ", ") + name + " (" + list + ")";
+  };
+  for (const FavouriteGroup& group : database.favourites) {
+    add(group.tv, NameText(group.record.tv_name), "TV");
+    add(group.radio, NameText(group.record.radio_name), "Radio");
+  }
+  return names.empty() ? "---" : names;
+}
+
+Details ServiceDetails(const StaticDatabase& database, const Service& service, bool hexadecimal) {
   const auto columns = ServiceColumns(hexadecimal);
   Details details;
   for (size_t i = 1; i < columns.size(); ++i)
     details.emplace_back(columns[i].title, ServiceCell(service, i, hexadecimal));
+  details.emplace_back("Favourite Groups", ListsOf(database, service));
   return details;
 }
 
@@ -441,7 +487,7 @@ ListModel DetailsOf(const Document& document, const NodeRef& node, bool hexadeci
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
       name = NameText(node.service->record.name);
-      list.details = ServiceDetails(*node.service, hexadecimal);
+      list.details = ServiceDetails(*document.sdbs[node.sdb].database, *node.service, hexadecimal);
       break;
     case NodeKind::kUbi:
       name = Utf8FromLatin(document.ubis[node.index].name);
@@ -473,8 +519,29 @@ const char* UnreadableText(const Document& document, const NodeRef& node) {
                  : "Error reading satellite information. Cannot proceed.";
 }
 
+ListModel GroupCandidates(const Document& document, const NodeRef& group, bool radio) {
+  const StaticDatabase& database = *document.sdbs[group.sdb].database;
+  const FavouriteGroup& lists = database.favourites[group.index];
+  const std::vector<Service*>& entries = radio ? lists.radio : lists.tv;
+  const std::unordered_set<const Service*> named(entries.begin(), entries.end());
+  ListModel list;
+  list.columns = WideServiceColumns(false);
+  for (Service* service : database.service_order) {
+    if ((service->record.type != kTv) != radio && !named.contains(service)) continue;
+    NodeRef node;
+    node.kind = NodeKind::kService;
+    node.sdb = group.sdb;
+    node.service = service;
+    node.carrier = service->carrier;
+    node.satellite = service->carrier->satellite;
+    list.rows.push_back(node);
+  }
+  return list;
+}
+
 ColumnSet ColumnSetOf(const ListModel& list) {
   if (list.columns.size() < 2 || !list.details.empty()) return ColumnSet::kDetails;
+  if (IsWide(list.columns)) return ColumnSet::kSdbServices;
   struct Row {
     const char* title;  // of the second column
     ColumnSet set;

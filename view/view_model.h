@@ -95,6 +95,11 @@ NodeIcon IconOf(const NodeRef& node);
 enum class ListView : uint8_t { kBelow, kCarriers, kServices, kTvServices, kRadioServices };
 // Whether the view buttons mean anything for nodes of the kind.
 bool HasViews(NodeKind kind);
+// Whether nodes of the kind have this view: a carrier holds no carriers.
+bool HasView(NodeKind kind, ListView view);
+// What the list shows of a node of the kind when `view` is chosen: where that shows what is right below, the
+// view that shows the same, if there is one.
+ListView ViewShown(NodeKind kind, ListView view);
 
 struct ListColumn {
   std::string title;
@@ -122,6 +127,10 @@ const char* UnreadableText(const Document& document, const NodeRef& node);
 // The text at a row and a column, both from 0 and both there.
 std::string CellText(const Document& document, const ListModel& list, size_t row, size_t column,
                      bool hexadecimal);
+
+// What a favourite group's dialog offers: the services of the list's type, and those that it names though
+// they are of the other one, in running order.
+ListModel GroupCandidates(const Document& document, const NodeRef& group, bool radio);
 
 // Under which name the widths and the order of its columns are kept.
 ColumnSet ColumnSetOf(const ListModel& list);

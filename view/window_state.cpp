@@ -21,9 +21,12 @@ uint32_t RecordNeeds(const DatabaseLook& look) {
     if (NodeTakes(look.record.kind, row.action)) present |= row.need;
   }
   if (NodeTakes(NodeToAddAt(look.selected, look.row).kind, NodeAction::kAdd)) present |= kNeedsAddable;
-  if (HasViews(look.selected.kind)) present |= kNeedsViews;
+  if (HasView(look.selected.kind, ListView::kServices)) present |= kNeedsViews;
+  if (HasView(look.selected.kind, ListView::kCarriers)) present |= kNeedsCarrierView;
   if (look.has_rows) present |= kNeedsRows;
+  if (look.has_rows && look.ordered) present |= kNeedsRowOrder;
   const NodeKind kind = look.record.kind;
+  if (kind == NodeKind::kFavouriteTvEntry || kind == NodeKind::kFavouriteRadioEntry) present |= kNeedsEntry;
   if (kind == NodeKind::kSatellite ||
       (kind == NodeKind::kSatelliteLevel && HasChildNodes(look.document, look.record)))
     present |= kNeedsSatellite;
@@ -38,7 +41,8 @@ void SeeDatabase(WindowState& state, const DatabaseLook& look) {
   if (CanUndo(look.history)) state.present |= kNeedsUndo;
   if (CanRedo(look.history)) state.present |= kNeedsRedo;
   if (sdb && !IsAmongUbis(look.selected)) state.present |= kNeedsSdb;
-  state.view = look.view;
+  state.details = look.details;
+  if (HasViews(look.selected.kind) && !look.details) state.view = ViewShown(look.selected.kind, look.view);
   state.payload_compressed = look.document.compress_payload;
   state.part_compressed =
       IsAmongUbis(look.selected) ? look.document.compress_ubis : sdb && sdb->database->compressed;

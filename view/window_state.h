@@ -17,7 +17,8 @@ struct WindowState {
   bool console_active = false;
 
   // Of the active database window; as here when there is none.
-  std::optional<ListView> view;
+  std::optional<ListView> view;  // nothing where its list has none
+  bool details = false;          // the list shows the details of a record
   bool payload_compressed = false;
   bool part_compressed = false;  // the selected SDB, or all UBIs while these are selected
   bool can_undo_other = false;   // there is a change to take back, and it was no sort
@@ -39,6 +40,8 @@ struct DatabaseLook {
   NodeRef row;       // the same, of no kind while the tree has the focus: where a new record goes
   ListView view = ListView::kBelow;
   bool has_rows = false;  // the list shows records
+  bool details = false;   // the list shows the details of one
+  bool ordered = false;   // the list is in the order of a column
 };
 
 // Fills in what the active database window says: its part of `present`, its view and what can be undone.

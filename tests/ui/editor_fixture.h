@@ -73,6 +73,8 @@ class EditorTest : public testing::Test {
   static void Push(HWND box, int id) {
     PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(id), reinterpret_cast<LPARAM>(GetDlgItem(box, id)));
   }
+  // A key that the program's message loop sees first.
+  static void PostKey(HWND control, unsigned key) { PostMessageW(control, WM_KEYDOWN, key, 1); }
   // The dialog or message box that stands over `dialog`.
   HWND BoxOver(HWND dialog) {
     HWND box = nullptr;

@@ -128,7 +128,7 @@ struct Player {
 
   bool FillGroup() {
     StaticDatabase& database = Database();
-    if (Upto(1) == 0) return AddRowsToGroup(messages(), document, AnyRows(), Code(8));
+    if (Upto(1) == 0) return AddRowsToGroup(messages(), document, AnyRows(), Code(8)).has_value();
     const auto services = AnyServices(database);
     return SetEntries(messages(), database.favourites[Upto(7)], static_cast<GroupKind>(Upto(1)),
                       database.services, {services.begin(), services.end()});

@@ -248,15 +248,29 @@ TEST_F(Edits, MarkAndSelectByEveryField) {
     return ListBelow(document, NodesAlong(document, path).back(), ListView::kBelow, false).rows;
   };
   const auto satellites = rows_below({0, 1}), carriers = rows_below({0, 1, 0});
+  // A service on each satellite, as they share its LNB.
+  for (size_t i = 0; i < 4; ++i) {
+    Satellite& satellite = *database.satellites[i];
+    Carrier* carrier = i == 0 ? satellite.carriers[0] : AddCarrier(messages, database, satellite, defaults);
+    AddService(messages, database, *carrier, defaults);
+  }
+  const auto services = ListBelow(document, RootNodes(document)[0], ListView::kServices, false).rows;
+  database.favourites[0].tv = database.services;
   // Marks two rows of both kinds with each choice of the menu: those, and those alone, are found by it then.
   for (const FieldChoice& choice : FieldChoices()) {
-    const auto& rows = choice.carrier ? carriers : satellites;
+    const auto& rows = choice.kind == NodeKind::kCarrier   ? carriers
+                       : choice.kind == NodeKind::kService ? services
+                                                           : satellites;
     for (const FieldChoice& other : FieldChoices()) MarkNodes(document, rows, other);
+    if (choice.text.starts_with("No "))
+      for (Service* service : database.services)
+        service->record.video_pid = service->record.audio_pid = service->record.pcr_pid = 99;
     const Rows all = MatchingRows(rows, choice);
-    MarkNodes(document, {satellites[1], carriers[1], satellites[3], carriers[3]}, choice);
+    MarkNodes(document, {satellites[1], carriers[1], services[1], satellites[3], carriers[3], services[3]},
+              choice);
     const bool last = all.size() == 4;  // of its field: what all were marked with
     EXPECT_EQ(MatchingRows(rows, choice), last ? Rows({0, 1, 2, 3}) : Rows({1, 3})) << choice.text;
-    EXPECT_THAT(MatchingRows(choice.carrier ? satellites : carriers, choice), IsEmpty());
+    EXPECT_THAT(MatchingRows(&rows == &carriers ? satellites : carriers, choice), IsEmpty());
   }
   // The last choice of each field, in its bits.
   const SatelliteRecord& satellite = satellites[0].satellite->record;
@@ -267,6 +281,37 @@ TEST_F(Edits, MarkAndSelectByEveryField) {
   EXPECT_EQ(carrier.polarization, kRight);
   EXPECT_EQ(carrier.fec, 5u);
   EXPECT_EQ(carrier.user, 1u);
+  EXPECT_EQ(services[2].service->record.video_pid, kNoPid) << "none of radio";
+  EXPECT_THAT(database.favourites[0].tv, IsEmpty()) << "radio leaves the TV lists";
+}
+
+// Rows added to a group, and dropped on one of its lists.
+TEST_F(Edits, AdditionsToAGroupAreCounted) {
+  Make(1, 1, 4);
+  const auto rows =
+      ListBelow(document, NodesAlong(document, {0, 1, 0, 0}).back(), ListView::kBelow, false).rows;
+  database.services[3]->record.type = kRadio;
+  FavouriteGroup& group = database.favourites[2];
+  group.tv = {database.services[1]};
+  const NodeRef tv = NodesAlong(document, {0, 2, 2}).back(), radio = NodesAlong(document, {0, 3, 2}).back();
+  EXPECT_EQ(ListDroppedOn(rows, tv), GroupKind::kTv);
+  EXPECT_EQ(ListDroppedOn(rows, radio), GroupKind::kRadio);
+  EXPECT_EQ(ListDroppedOn({NodesAlong(document, {0, 1, 0, 0}).back()}, tv), std::nullopt);
+  EXPECT_TRUE(DropMarkOf(rows, tv).onto);
+  auto addition = AddRowsToGroup(messages, document, rows, 2, GroupKind::kTv);
+  ASSERT_TRUE(addition.has_value());
+  EXPECT_EQ(AdditionText(*addition), "2 added, 1 there before, 1 did not fit");
+  EXPECT_EQ(NamesOf(group.tv), (std::vector<std::string>{"Service2", "Service1", "Service3"}));
+  EXPECT_THAT(group.radio, IsEmpty());
+  addition = AddRowsToGroup(messages, document, rows, 2);
+  EXPECT_EQ(AdditionText(*addition), "1 added, 3 there before, 0 did not fit");
+  EXPECT_FALSE(DropNodes(messages, document, rows, radio)) << "nothing is added";
+  DeleteFavourites(group, GroupKind::kTv, {0, 1, 2});
+  EXPECT_TRUE(DropNodes(messages, document, {rows[2], rows[0]}, tv));
+  EXPECT_EQ(NamesOf(group.tv), (std::vector<std::string>{"Service3", "Service1"}));
+  // What a group takes up knows it.
+  const auto details = DetailsOf(document, rows[0], false).details;
+  EXPECT_EQ(details.back(), (std::pair<std::string, std::string>("Favourite Groups", "Favourite3 (TV)")));
 }
 
 TEST_F(Edits, ChosenServicesOfAListKeepTheirOrder) {
@@ -285,7 +330,7 @@ TEST_F(Edits, ChosenServicesOfAListKeepTheirOrder) {
   ExpectAdvice(AddRowsToGroup(messages, document, rows, 1),
                "This service cannot be added in Favourite2\tgroup since it exceeds more than 1000 records");
   EXPECT_THAT(database.favourites[1].tv, IsEmpty());
-  EXPECT_TRUE(AddRowsToGroup(messages, document, {rows[0], rows[1], rows[4]}, 1));
+  EXPECT_TRUE(AddRowsToGroup(messages, document, {rows[0], rows[1], rows[4]}, 1).has_value());
   EXPECT_THAT(database.favourites[1].tv, ElementsAre(all[0], all[1]));
   EXPECT_THAT(database.favourites[1].radio, ElementsAre(all[4]));
 }

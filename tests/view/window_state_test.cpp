@@ -27,15 +27,18 @@ TEST(WindowState, ChecksFollowIt) {
   state = {};
   state.part_compressed = true;
   EXPECT_EQ(CheckedIn(state), std::set<int>{kCmdCompressSdb});
-  const std::pair<ListView, CommandId> views[] = {{ListView::kServices, kCmdViewServices},
-                                                  {ListView::kCarriers, kCmdViewCarriers},
-                                                  {ListView::kTvServices, kCmdViewTv},
-                                                  {ListView::kRadioServices, kCmdViewRadio}};
-  for (const auto& [view, command] : views) {
+  const std::pair<ListView, std::set<int>> views[] = {{ListView::kServices, {kCmdViewServices, kCmdViewBoth}},
+                                                      {ListView::kCarriers, {kCmdViewCarriers}},
+                                                      {ListView::kTvServices, {kCmdViewTv}},
+                                                      {ListView::kRadioServices, {kCmdViewRadio}}};
+  for (const auto& [view, commands] : views) {
     state = {};
     state.view = view;
-    EXPECT_EQ(CheckedIn(state), std::set<int>{command});
+    EXPECT_EQ(CheckedIn(state), commands);
   }
+  state = {};
+  state.details = true;
+  EXPECT_EQ(CheckedIn(state), std::set<int>{kCmdInformation});
   const std::pair<ConsoleOptions, std::set<int>> options[] = {
       {{}, {kCmdConsoleSendCr}},
       {{.line_ending = LineEnding::kLineFeed, .hexadecimal_view = true},
@@ -91,6 +94,7 @@ struct Looks : testing::Test {
 TEST_F(Looks, WhatIsSelectedDecidesWhatCanBeDone) {
   const uint32_t all = kNeedsEditable | kNeedsAddable | kNeedsInsertable | kNeedsDeletable | kNeedsMovable;
   const uint32_t box = kNeedsEditable | kNeedsAddable | kNeedsDeletable;
+  const uint32_t views = kNeedsViews | kNeedsCarrierView;
   const NodeRef sdb = RootNodes(document)[0], ubis = RootNodes(document)[1];
   const auto below = [&](const NodeRef& node, size_t place) { return ChildNodes(document, node).at(place); };
   const NodeRef level = below(sdb, 1), satellite = below(level, 0), carrier = below(satellite, 0);
@@ -98,9 +102,9 @@ TEST_F(Looks, WhatIsSelectedDecidesWhatCanBeDone) {
     NodeRef node;
     uint32_t present;
   } rows[] = {{{}, kNeedsSdb},
-              {sdb, kNeedsSdb | box | kNeedsViews},
-              {level, kNeedsSdb | kNeedsAddable | kNeedsSatellite | kNeedsViews},
-              {satellite, kNeedsSdb | all | kNeedsSatellite | kNeedsViews},
+              {sdb, kNeedsSdb | box | views},
+              {level, kNeedsSdb | kNeedsAddable | kNeedsSatellite | views},
+              {satellite, kNeedsSdb | all | kNeedsSatellite | views},
               {carrier, kNeedsSdb | all | kNeedsViews},
               {below(carrier, 0), kNeedsSdb | all},
               {ubis, kNeedsAddable},
@@ -132,6 +136,31 @@ TEST_F(Looks, ListAndHistory) {
   ASSERT_TRUE(Undo(history, document));
   EXPECT_EQ(See(sdb).present & (kNeedsUndo | kNeedsRedo), uint32_t{kNeedsRedo});
   EXPECT_FALSE(See(sdb).can_undo_other);
+}
+
+// What is checked in the menu and pressed below the list: the view that the list shows, whichever way it came
+// to it.
+TEST_F(Looks, TheViewIsTheOneThatIsSeen) {
+  const NodeRef sdb = RootNodes(document)[0], level = ChildNodes(document, sdb)[1],
+                satellite = ChildNodes(document, level)[0], carrier = ChildNodes(document, satellite)[0];
+  const struct {
+    NodeRef node;
+    ListView chosen;
+    std::optional<ListView> seen;
+  } rows[] = {{sdb, ListView::kBelow, ListView::kBelow},
+              {sdb, ListView::kRadioServices, ListView::kRadioServices},
+              {satellite, ListView::kBelow, ListView::kCarriers},
+              {satellite, ListView::kServices, ListView::kServices},
+              {carrier, ListView::kBelow, ListView::kServices},
+              {ChildNodes(document, carrier)[0], ListView::kBelow, {}}};
+  for (const auto& row : rows) {
+    for (const bool details : {false, true}) {
+      WindowState state;
+      SeeDatabase(state, {document, history, row.node, row.node, {}, row.chosen, true, details});
+      EXPECT_EQ(state.view, details ? std::nullopt : row.seen) << static_cast<int>(row.node.kind);
+      EXPECT_EQ(state.details, details);
+    }
+  }
 }
 
 TEST_F(Looks, CompressionIsThatOfTheSelection) {

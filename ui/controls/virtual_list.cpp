@@ -35,7 +35,14 @@ LRESULT FindRow(const VirtualList& list, const NMLVFINDITEMW& find) {
 
 void Toggle(const Form& form, const VirtualList& list, int row) {
   if (!list.ticked || row < 0 || static_cast<size_t>(row) >= list.count) return;
-  list.tick(form, static_cast<size_t>(row), !list.ticked(static_cast<size_t>(row)));
+  HWND control = form.Control(list.id);
+  const bool ticked = !list.ticked(static_cast<size_t>(row));
+  list.tick(form, static_cast<size_t>(row), ticked);
+  if (ListView_GetItemState(control, row, LVIS_SELECTED) & LVIS_SELECTED) {
+    for (int other = -1; (other = ListView_GetNextItem(control, other, LVNI_SELECTED)) >= 0;)
+      list.tick(form, static_cast<size_t>(other), ticked);
+  }
+  if (list.ticked_rows) list.ticked_rows(form);
   RedrawRows(form, list);
 }
 

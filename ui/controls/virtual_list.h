@@ -1,5 +1,6 @@
 // A list control of a form that asks for what it shows, so that lists of any length stand at once: texts,
-// pictures, ticks. A click on a row's box and the space key change its tick.
+// pictures, ticks. A click on a row's box and the space key change its tick, and with it those of all
+// selected rows.
 #pragma once
 
 #include <functional>
@@ -17,6 +18,7 @@ struct VirtualList {
   std::function<int(size_t row)> picture;                          // empty: none
   std::function<bool(size_t row)> ticked;                          // empty: no boxes
   std::function<void(const Form&, size_t row, bool ticked)> tick;  // the rows are drawn anew afterwards
+  std::function<void(const Form&)> ticked_rows;                    // one or many of them have got their ticks
   std::function<void(const Form&, size_t row)> highlight;          // the highlighted row has changed
   int name_column = 0;                                             // where typed letters look
 

@@ -24,9 +24,11 @@ bool Recovered(EditorWindow& editor, const Work& work) {
 void ShowStep(EditorWindow& editor, bool (*step)(UndoHistory&, Document&)) {
   Recovered(editor, [&] {
     NoteContents(editor);
+    const DocumentMarks before = MarksOf(editor.document);
     if (!step(editor.history, editor.document)) return false;
     RefreshDocument(editor, Records::kRebuilt);
     RefreshChanged(editor);
+    ShowChanges(editor, ChangesSince(before, editor.document));
     return true;
   });
 }

@@ -16,6 +16,7 @@ namespace vexa {
 namespace {
 
 constexpr int kSplitterWidth = 5;
+constexpr int kFilterHeight = 22, kFilterWidth = 300, kFilterLabelWidth = 48;
 constexpr int kButtonWidth = 84, kButtonHeight = 23, kGap = 6, kLabelHeight = 18, kLabelTab = 64;
 constexpr int kLeastPicture = 100, kStandardPicture = 280, kMostPicture = 2000;  // heights
 
@@ -27,16 +28,18 @@ enum ControlId : int {
   kFirstLabelId = kFirstViewId + 4,
   kBarId = kFirstLabelId + 5,
   kPictureId,
+  kFilterLabelId,
+  kFilterId,
+  kFilterStatusId,
 };
 
-struct ViewButton {
-  const wchar_t* text;
-  CommandId command;
-};
-constexpr ViewButton kViewButtons[] = {{L"Ser&vice", kCmdViewServices},
-                                       {L"&Carrier", kCmdViewCarriers},
-                                       {L"TV / R&adio", kCmdViewBoth},
-                                       {L"&Radio", kCmdViewRadio}};
+constexpr UINT_PTR kFilterTimer = 2;
+constexpr UINT kFilterTime = 250;     // milliseconds after a key
+constexpr size_t kManyRows = 10'000;  // from here on a filter waits for the end of typing
+
+// Texts of the view buttons.
+constexpr const wchar_t* kViewTexts[] = {L"Ser&vice", L"&Carrier", L"TV / R&adio", L"&Radio"};
+static_assert(std::size(kViewTexts) == std::size(kViewCommands));
 
 constexpr const wchar_t* kListTip =
     L"Right click to get the options menu or \n Drag & Drop a item to change that item's location";
@@ -86,6 +89,8 @@ bool CreateControls(EditorWindow& editor) {
   editor.tree = Control(editor, WC_TREEVIEWW, L"",
                         WS_TABSTOP | TVS_HASBUTTONS | TVS_HASLINES | TVS_LINESATROOT | TVS_SHOWSELALWAYS,
                         kTreeId, WS_EX_CLIENTEDGE);
+  editor.filter_field =
+      Control(editor, L"EDIT", L"", WS_TABSTOP | ES_AUTOHSCROLL, kFilterId, WS_EX_CLIENTEDGE);
   editor.list = Control(editor, WC_LISTVIEWW, L"",
                         WS_TABSTOP | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS,
                         kListId, WS_EX_CLIENTEDGE);
@@ -95,10 +100,12 @@ bool CreateControls(EditorWindow& editor) {
     return false;
   }
   QuickenList(editor);
-  editor.information = Control(editor, L"button", L"Information", WS_TABSTOP | BS_PUSHBUTTON, kInformationId);
+  // Pressed as long as the list shows what they stand for.
+  const DWORD button = WS_TABSTOP | BS_CHECKBOX | BS_PUSHLIKE;
+  editor.information = Control(editor, L"button", L"Information", button, kInformationId);
   for (size_t i = 0; i < editor.view_buttons.size(); ++i) {
-    editor.view_buttons[i] = Control(editor, L"BUTTON", kViewButtons[i].text, WS_TABSTOP | BS_PUSHBUTTON,
-                                     kFirstViewId + static_cast<int>(i));
+    editor.view_buttons[i] =
+        Control(editor, L"BUTTON", kViewTexts[i], button, kFirstViewId + static_cast<int>(i));
   }
   static constexpr const wchar_t* kLabels[] = {L"SDBIndex", L"LNB count", L"Satellite Count",
                                                L"Carrier count", L"Service count"};
@@ -107,6 +114,10 @@ bool CreateControls(EditorWindow& editor) {
         Control(editor, L"STATIC", kLabels[i], SS_OWNERDRAW, kFirstLabelId + static_cast<int>(i));
   }
   editor.bar = Control(editor, L"STATIC", L"static bottom", SS_LEFT | SS_NOPREFIX | SS_SUNKEN, kBarId);
+  editor.filter_label =
+      Control(editor, L"STATIC", L"Filter:", SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE, kFilterLabelId);
+  editor.filter_status = Control(editor, L"STATIC", L"",
+                                 SS_LEFT | SS_NOPREFIX | SS_CENTERIMAGE | SS_ENDELLIPSIS, kFilterStatusId);
   SendMessageW(editor.list, LVM_SETEXTENDEDLISTVIEWSTYLE, 0,
                LVS_EX_FULLROWSELECT | LVS_EX_GRIDLINES | LVS_EX_HEADERDRAGDROP | LVS_EX_DOUBLEBUFFER);
   SendMessageW(editor.tree, TVM_SETEXTENDEDSTYLE, TVS_EX_DOUBLEBUFFER, TVS_EX_DOUBLEBUFFER);
@@ -115,9 +126,10 @@ bool CreateControls(EditorWindow& editor) {
   SendMessageW(editor.tips, TTM_SETMAXTIPWIDTH, 0, 600);
   AddTip(editor, editor.list, kListTip);
   AddTip(editor, editor.tree, kTreeTip);
+  AddTip(editor, editor.filter_field, TipOf(kCmdFilter).c_str());
   AddTip(editor, editor.information, TipOf(kCmdInformation).c_str());
   for (size_t i = 0; i < editor.view_buttons.size(); ++i)
-    AddTip(editor, editor.view_buttons[i], TipOf(kViewButtons[i].command).c_str());
+    AddTip(editor, editor.view_buttons[i], TipOf(kViewCommands[i]).c_str());
   editor.picture_pane = CreatePicturePane(editor, kPictureId);
   if (editor.app->window.picture_height > 0) ShowWindow(editor.picture_pane, SW_SHOWNA);
   ShowFontsAndPictures(editor);
@@ -151,6 +163,12 @@ void LayOut(EditorWindow& editor) {
   const int in_row = std::clamp((width - left + gap) / (button_width + gap), 1, count);
   const int buttons_top = std::max(0, body - (count + in_row - 1) / in_row * (button + gap));
   HDWP moves = BeginDeferWindowPos(15);
+  const int buttons_top = std::max(0, panel_top - (count + in_row - 1) / in_row * (button + gap));
+  // The filter's line above the list.
+  const int line = std::max(0, std::min(dots(kFilterHeight), buttons_top - gap));
+  const int field = std::max(0, std::min(dots(kFilterWidth), (width - left) / 2));
+  const int field_left = left + dots(kFilterLabelWidth), status_left = field_left + field + gap;
+  HDWP moves = BeginDeferWindowPos(17);
   const auto place = [&](HWND control, int x, int y, int w, int h) {
     if (moves)
       moves = DeferWindowPos(moves, control, nullptr, x, y, std::max(0, w), std::max(0, h),
@@ -159,6 +177,11 @@ void LayOut(EditorWindow& editor) {
   place(editor.tree, 0, 0, split, body - gap);
   if (picture > 0) place(editor.picture_pane, 0, body, width, picture);
   place(editor.list, left, 0, width - left, buttons_top - gap);
+  place(editor.tree, 0, 0, split, panel_top - gap);
+  place(editor.filter_label, left + gap, 0, dots(kFilterLabelWidth) - gap, line);
+  place(editor.filter_field, field_left, 0, field, line);
+  place(editor.filter_status, status_left, 0, width - status_left, line);
+  place(editor.list, left, line + gap / 2, width - left, buttons_top - gap - line - gap / 2);
   for (int i = 0; i < count; ++i) {
     place(i == 0 ? editor.information : editor.view_buttons[static_cast<size_t>(i) - 1],
           left + i % in_row * (button_width + gap), buttons_top + i / in_row * (button + gap), button_width,
@@ -314,11 +337,19 @@ void Activate(EditorWindow& editor, HWND active) {
   editor.app->refresh_frame();
 }
 
+// What was typed into the filter's field counts at once, in long lists when the typing pauses.
+void FilterTyped(EditorWindow& editor) {
+  if (editor.unfiltered < kManyRows)
+    ApplyFilter(editor);
+  else
+    SetTimer(editor.window, kFilterTimer, kFilterTime, nullptr);
+}
+
 void Command(EditorWindow& editor, int id) {
   if (id == kInformationId) SendMessageW(editor.app->frame, WM_COMMAND, kCmdInformation, 0);
   const int view = id - kFirstViewId;
-  if (view >= 0 && view < static_cast<int>(std::size(kViewButtons))) {
-    SendMessageW(editor.app->frame, WM_COMMAND, kViewButtons[view].command, 0);
+  if (view >= 0 && view < static_cast<int>(std::size(kViewCommands))) {
+    SendMessageW(editor.app->frame, WM_COMMAND, kViewCommands[view], 0);
   }
 }
 
@@ -346,10 +377,16 @@ bool TakesCursor(const EditorWindow& editor, WPARAM wparam, LPARAM lparam) {
 // The mouse between the controls, and during a drag; also the drag's timer.
 bool TakeMouse(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lparam) {
   switch (message) {
+    case WM_TIMER:
+      if (wparam == kFilterTimer) {
+        KillTimer(editor.window, kFilterTimer);
+        ApplyFilter(editor);
+        return true;
+      }
+      [[fallthrough]];
     case WM_LBUTTONDOWN:
     case WM_LBUTTONUP:
     case WM_MOUSEMOVE:
-    case WM_TIMER:
     case WM_RBUTTONDOWN:
     case WM_CAPTURECHANGED:
       if (!DragMessage(editor, message, wparam, lparam)) TrackSplitter(editor, message, lparam);
@@ -383,6 +420,7 @@ LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
       editor->app->refresh_frame();
       return 0;
     case WM_COMMAND:
+      if (HIWORD(wparam) == EN_CHANGE && LOWORD(wparam) == kFilterId) FilterTyped(*editor);
       if (HIWORD(wparam) == BN_CLICKED) Command(*editor, LOWORD(wparam));
       return 0;
     case WM_DRAWITEM:
@@ -430,6 +468,30 @@ void SwitchPicture(Application& app) {
     RefreshPicture(*editor);
   }
   app.refresh_frame();
+namespace {
+
+// Keys of the filter's field that lead out of it.
+bool TakeFilterKey(EditorWindow& editor, WPARAM key) {
+  if (key != VK_ESCAPE && key != VK_RETURN && key != VK_DOWN) return false;
+  if (key == VK_ESCAPE) EndFilter(editor);
+  SetFocus(editor.list);
+  return true;
+}
+
+}  // namespace
+
+bool TakeLeaveKey(EditorWindow& editor, const MSG& message) {
+  if (message.message != WM_KEYDOWN || !IsChild(editor.window, message.hwnd)) return false;
+  if (message.hwnd == editor.filter_field) return TakeFilterKey(editor, message.wParam);
+  if (message.wParam != VK_ESCAPE && message.wParam != VK_BACK) return false;
+  if (!editor.details) return message.wParam == VK_ESCAPE && EndFilter(editor);
+  LeaveInformation(editor);
+  return true;
+}
+
+void GoToFilter(EditorWindow& editor) {
+  SetFocus(editor.filter_field);
+  SendMessageW(editor.filter_field, EM_SETSEL, 0, -1);
 }
 
 bool TranslateEditorKey(EditorWindow& editor, const MSG& message) {
@@ -549,7 +611,10 @@ DatabaseLook LookOf(const EditorWindow& editor) {
           .record = record,
           .row = GetFocus() == editor.tree ? NodeRef{} : record,
           .view = editor.view,
-          .has_rows = !editor.rows.rows.empty()};
+          .has_rows = !editor.rows.rows.empty(),
+          .details = editor.details,
+          .ordered = editor.order.column >= 0 && !editor.rows.rows.empty() &&
+                     NodeTakes(editor.rows.rows[0].kind, NodeAction::kMove)};
 }
 
 }  // namespace vexa

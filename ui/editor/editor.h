@@ -11,6 +11,7 @@
 #include "core/undo.h"
 #include "platform/file_identity.h"
 #include "ui/controls/application.h"
+#include "view/list_filter.h"
 #include "view/node_edit.h"
 #include "view/picture.h"
 #include "view/row_order.h"
@@ -57,6 +58,7 @@ struct EditorWindow {
 
   HWND last_focus = nullptr;  // tree or list, whichever had the focus last
   HWND tree = nullptr, list = nullptr, information = nullptr, bar = nullptr, tips = nullptr;
+  HWND filter_label = nullptr, filter_field = nullptr, filter_status = nullptr;
   std::array<HWND, 5> labels{};
   std::array<HWND, 4> view_buttons{};
   HFONT font = nullptr;
@@ -72,6 +74,8 @@ struct EditorWindow {
   bool details = false;  // the list shows the details of `shown_record`
   NodeRef shown_record;
   ListModel rows;
+  size_t unfiltered = 0;   // rows that the list has without the filter
+  ListFilter filter;       // of the list's rows, whichever list it is
   RowOrder order;          // of the list's rows; the records keep theirs
   int column_scale = 100;  // percent, of the columns' widths; that of the screen when they were made
   DragState drag;
@@ -109,10 +113,15 @@ void SwitchPicture(Application& app);
 void ShowView(EditorWindow& editor, ListView view);
 // The "Information" command: the list shows every field of the record in sight, or, after a message, nothing
 // happens.
+// Done again, it leaves the details.
 void ShowInformation(EditorWindow& editor);
+// The list shows again what it showed before the details, with their record selected.
+void LeaveInformation(EditorWindow& editor);
 // Shows the record at the place: its parent selected in the tree, itself in the list, which gets the focus if
 // asked. False when there is no such record.
 bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus);
+// Selects the tree's node at the place. False when there is none.
+bool SelectTreeNode(EditorWindow& editor, const TreePath& place);
 // The record that a command acts on: the list's when the list has a selected row and the focus, else the
 // tree's.
 NodeRef CommandNode(const EditorWindow& editor);
@@ -138,6 +147,11 @@ uint64_t NumberOfKept(const EditorWindow& editor);
 // That work is kept no longer: it is saved, or the window goes.
 void ForgetKept(const EditorWindow& editor);
 
+// The "Filter" command: the keyboard goes to the filter's field.
+void GoToFilter(EditorWindow& editor);
+// Esc and Backspace leave the details of a record, Esc ends a filter; Enter and Down go from its field to the
+// list. True when taken.
+bool TakeLeaveKey(EditorWindow& editor, const MSG& message);
 // While records are dragged no key may change them: Esc ends the drag, the others are lost. True when taken.
 bool TakeDragKey(EditorWindow& editor, const MSG& message);
 // Keys that no control of the window takes: the way from control to control. True when taken.

@@ -3,6 +3,7 @@
 #include "core/messages.h"
 #include "ui/editor/change.h"
 #include "ui/editor/editor_parts.h"
+#include "view/clip.h"
 #include "view/node_edit.h"
 
 namespace vexa {
@@ -65,7 +66,7 @@ void ShowTarget(EditorWindow& editor, HTREEITEM item, int row) {
   drag.mark = DropMarkOf(drag.rows, target);
   TreeView_SelectDropTarget(editor.tree, item);
   SendMessageW(editor.tree, TVM_SETINSERTMARK, drag.mark.behind,
-               reinterpret_cast<LPARAM>(drag.mark.fits ? item : nullptr));
+               reinterpret_cast<LPARAM>(drag.mark.fits && !drag.mark.onto ? item : nullptr));
   ShowTargetRow(editor, row, true);
   InvalidateRect(editor.tree, nullptr, FALSE);  // not every system takes the old mark off by itself
   UpdateWindow(editor.tree);
@@ -118,7 +119,53 @@ bool CanDrag(const EditorWindow& editor, const std::vector<NodeRef>& rows) {
   return editor.app->busy == 0 && !rows.empty() && NodeTakes(rows[0].kind, NodeAction::kMove);
 }
 
+void Drop(EditorWindow& editor, const std::vector<NodeRef>& rows, const NodeRef& target) {
+  if (target.kind == NodeKind::kNone) return;
+  // With Ctrl, records are copied to another SDB.
+  if (GetKeyState(VK_CONTROL) < 0 && target.sdb != rows[0].sdb && !IsAmongUbis(target)) {
+    if (const auto clip = CopyNodes(editor.app->context, editor.document, rows))
+      PasteClip(editor, target, {}, *clip);
+    return;
+  }
+  if (const auto list = ListDroppedOn(rows, target)) return AddToGroup(editor, rows, target.index, list);
+  ChangeDocument(editor,
+                 [&] { return DropNodes(editor.app->context.messages, editor.document, rows, target); });
+}
+
 }  // namespace
+
+void AddToGroup(EditorWindow& editor, const std::vector<NodeRef>& rows, uint32_t group,
+                std::optional<GroupKind> list) {
+  const Messages& messages = editor.app->context.messages;
+  std::optional<GroupAddition> addition;
+  ChangeDocument(editor, [&] {
+    addition = AddRowsToGroup(messages, editor.document, rows, group, list);
+    return addition && addition->added > 0;
+  });
+  if (!addition) return;
+  const std::string text = AdditionText(*addition);
+  editor.app->outcome = text;
+  editor.app->refresh_frame();
+  if (addition->present + addition->unfit > 0) Tell(messages, Icon::kInformation, "%s", text.c_str());
+}
+
+void PasteClip(EditorWindow& editor, const NodeRef& tree, const NodeRef& row, std::span<const uint8_t> clip) {
+  const Context& context = editor.app->context;
+  const DocumentMarks before = MarksOf(editor.document);
+  std::optional<Pasted> pasted;
+  const bool done = ChangeDocument(editor, [&] {
+    pasted = PasteNodes(context, editor.document, tree, row, clip);
+    return pasted.has_value() && pasted->records > 0;
+  });
+  if (!done) return;
+  ShowChanges(editor, ChangesSince(before, editor.document));
+  editor.app->outcome = Format("%zu pasted", pasted->records);
+  editor.app->refresh_frame();
+  if (pasted->renumbered > 0)
+    Tell(context.messages, Icon::kInformation,
+         "Services that got another program number, as theirs was taken on the carrier: %zu",
+         pasted->renumbered);
+}
 
 void BeginTreeDrag(EditorWindow& editor, HTREEITEM item, POINT at) {
   const std::vector<NodeRef> rows = {NodeOfItem(editor, item)};
@@ -132,9 +179,10 @@ void BeginListDrag(EditorWindow& editor, int row, POINT at) {
   for (const size_t place : SelectedRows(editor)) {
     if (place < editor.rows.rows.size()) rows.push_back(editor.rows.rows[place]);
   }
-  if (!CanDrag(editor, rows) ||
-      (rows.size() > 1 && !CheckMoveNodes(editor.app->context.messages, rows, false)))
-    return;
+  if (!CanDrag(editor, rows)) return;
+  // Services may go to a favourite group, wherever they come from.
+  const bool services = rows[0].kind == NodeKind::kService;
+  if (rows.size() > 1 && !services && !CheckMoveNodes(editor.app->context.messages, rows, false)) return;
   POINT corner{};
   StartDrag(editor, rows, ListView_CreateDragImage(editor.list, row, &corner), at, editor.list);
 }
@@ -176,9 +224,7 @@ bool DragMessage(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lpara
     case WM_LBUTTONUP: {
       const std::vector<NodeRef> rows = drag.rows;
       const NodeRef target = Finish(editor);
-      if (target.kind != NodeKind::kNone)
-        ChangeDocument(
-            editor, [&] { return DropNodes(editor.app->context.messages, editor.document, rows, target); });
+      Drop(editor, rows, target);
       return true;
     }
     case WM_RBUTTONDOWN:

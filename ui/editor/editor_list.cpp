@@ -165,11 +165,41 @@ void ShowRowOrder(EditorWindow& editor) {
   }
 }
 
+namespace {
+
+// Selects the rows of these nodes, and no others, if the list shows them all.
+bool SelectNodes(EditorWindow& editor, const std::vector<NodeRef>& nodes) {
+  const auto& rows = editor.rows.rows;
+  std::vector<bool> chosen(rows.size());
+  size_t found = 0, first = rows.size();
+  // Nodes mostly stand in the order of the rows: each is looked for behind the one before.
+  size_t at = 0;
+  for (const NodeRef& node : nodes) {
+    auto row = std::find(rows.begin() + static_cast<std::ptrdiff_t>(at), rows.end(), node);
+    if (row == rows.end()) row = std::find(rows.begin(), rows.end(), node);
+    if (row == rows.end()) return false;
+    at = static_cast<size_t>(row - rows.begin());
+    found += !chosen[at];
+    chosen[at] = true;
+    first = std::min(first, at);
+  }
+  if (found == 0) return false;
+  SelectRows(editor, [&](size_t row) { return chosen[row]; });
+  const int shown = static_cast<int>(first);
+  ListView_SetItemState(editor.list, shown, LVIS_FOCUSED, LVIS_FOCUSED);
+  ListView_EnsureVisible(editor.list, shown, FALSE);
+  return true;
+}
+
+}  // namespace
+
 bool SelectTreeNode(EditorWindow& editor, const TreePath& place) {
   const TreeNode* node = NodeAlong(editor, place);
-  if (!node) return false;
+  if (!node || node == &editor.root) return false;
   TreeView_SelectItem(editor.tree, node->item);
   TreeView_EnsureVisible(editor.tree, node->item);
+  // It may have been selected before, with another view or in another order.
+  if (editor.view != ListView::kBelow || editor.details) ShowView(editor, ListView::kBelow);
   return true;
 }
 
@@ -179,11 +209,36 @@ bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus) {
   TreePath parent = place;
   if (place.size() > 1) parent.pop_back();
   if (!SelectTreeNode(editor, parent)) return false;
-  // It may have been selected before, with another view or in another order.
-  if (editor.view != ListView::kBelow || editor.details) ShowView(editor, ListView::kBelow);
-  const bool selected = place.size() > 1 && SelectListRow(editor, nodes.back());
+  const auto select = [&] { return place.size() > 1 && SelectListRow(editor, nodes.back()); };
+  // What is to be shown ends a filter that hides it.
+  const bool selected = select() || (EndFilter(editor) && select());
   if (focus) SetFocus(selected ? editor.list : editor.tree);
   return true;
+}
+
+void ShowChanges(EditorWindow& editor, const std::vector<ChangedRows>& changes) {
+  if (changes.empty()) return;
+  const auto with_rows =
+      std::find_if(changes.begin(), changes.end(), [](const ChangedRows& c) { return !c.rows.empty(); });
+  const ChangedRows& first = with_rows == changes.end() ? changes.front() : *with_rows;
+  // Of what changed, records of one kind can be seen together; others followed from them.
+  std::vector<NodeRef> all = ChangedNodes(editor.document, first);
+  for (const ChangedRows& change : changes) {
+    if (&change == &first) continue;
+    for (const NodeRef& node : ChangedNodes(editor.document, change)) {
+      if (!all.empty() && node.kind == all[0].kind) all.push_back(node);
+    }
+  }
+  if (!SelectNodes(editor, all)) {
+    // Of the roots, one is selected in the tree itself.
+    const bool root = first.parent.empty();
+    if (root && first.rows.empty()) return;
+    if (!SelectTreeNode(editor, root ? TreePath{static_cast<uint32_t>(first.rows[0])} : first.parent)) return;
+    const std::vector<NodeRef> nodes = ChangedNodes(editor.document, first);
+    if (!root && !SelectNodes(editor, nodes) && !(EndFilter(editor) && SelectNodes(editor, nodes)))
+      SelectRows(editor, [](size_t) { return false; });
+  }
+  editor.app->refresh_frame();
 }
 
 }  // namespace vexa

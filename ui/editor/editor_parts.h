@@ -2,13 +2,19 @@
 #pragma once
 
 #include <functional>
+#include <span>
 
 #include "ui/editor/editor.h"
+#include "view/changes.h"
 
 namespace vexa {
 
 // A message to the database window: other rows are selected. Posted once for all that one step changes.
 inline constexpr UINT kSelectionChanged = WM_APP + 4;
+
+// What the view buttons do, from left to right.
+inline constexpr CommandId kViewCommands[] = {kCmdViewServices, kCmdViewCarriers, kCmdViewBoth,
+                                              kCmdViewRadio};
 
 // Answers a notification of the tree, the list or a title of its columns; 0 for others.
 LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam);
@@ -28,8 +34,6 @@ void QuickenList(EditorWindow& editor);
 void SelectRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen);
 // The same for the user: the list gets the focus, the commands follow.
 void SelectListRows(EditorWindow& editor, const std::function<bool(size_t)>& chosen);
-// Selects the tree's node at the place and brings it in sight; false when there is none.
-bool SelectTreeNode(EditorWindow& editor, const TreePath& place);
 // Selects the record's row alone and brings it in sight; false when the list does not show it.
 bool SelectListRow(EditorWindow& editor, const NodeRef& node);
 
@@ -44,6 +48,13 @@ void StartDrag(EditorWindow& editor, const std::vector<NodeRef>& rows, HIMAGELIS
                HWND source);
 // What the window gets while a drag lasts. True: it was the drag's.
 bool DragMessage(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lparam);
+// Adds the services among the rows to the group, or to one list of it, as one step for Undo. How many were
+// added is said in the status line, and in a box when not all of them were.
+void AddToGroup(EditorWindow& editor, const std::vector<NodeRef>& rows, uint32_t group,
+                std::optional<GroupKind> list = {});
+// Pastes the bytes of a clip at the tree's node or the list's row, as one step for Undo, and selects what
+// came.
+void PasteClip(EditorWindow& editor, const NodeRef& tree, const NodeRef& row, std::span<const uint8_t> clip);
 // Ends a drag without a drop; nothing when there is none.
 void CancelDrag(EditorWindow& editor);
 
@@ -66,11 +77,17 @@ void ShowAnew(EditorWindow& editor);
 
 // Shows the list's rows in that order; the selected ones stay so.
 void ReorderList(EditorWindow& editor, const RowOrder& order);
+// Shows the rows that the text of the filter's field lets through; selected ones that stay are selected.
+void ApplyFilter(EditorWindow& editor);
+// Empties the field. False when it was empty.
+bool EndFilter(EditorWindow& editor);
 
 // Brings tree, list and panel into line with a changed document. Records that were rebuilt are known again by
 // what they say, for which NoteContents is called before they go; others by their addresses.
 enum class Records { kKept, kRebuilt };
 void NoteContents(EditorWindow& editor);
 void RefreshDocument(EditorWindow& editor, Records records);
+// Selects what changed: its rows in the list where they are shown, else where they belong.
+void ShowChanges(EditorWindow& editor, const std::vector<ChangedRows>& changes);
 
 }  // namespace vexa

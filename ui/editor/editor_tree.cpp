@@ -505,10 +505,26 @@ void ReorderList(EditorWindow& editor, const RowOrder& order) {
   editor.order = order;
   RefreshList(editor);
   SelectKeptRows(editor, kept, Records::kKept);
+  editor.app->refresh_frame();
   const int row = ListView_GetNextItem(editor.list, -1, LVNI_SELECTED);
   if (row < 0) return;
   ListView_SetItemState(editor.list, row, LVIS_FOCUSED, LVIS_FOCUSED);
   ListView_EnsureVisible(editor.list, row, FALSE);
+}
+
+void ApplyFilter(EditorWindow& editor) {
+  const KeptRows kept = KeepRows(editor);
+  editor.filter = ParseFilter(WindowText(editor.filter_field));
+  RefreshList(editor);
+  SelectKeptRows(editor, kept, Records::kKept);
+  editor.app->refresh_frame();
+}
+
+bool EndFilter(EditorWindow& editor) {
+  if (GetWindowTextLengthW(editor.filter_field) == 0) return false;
+  SetText(editor.filter_field, "");  // which is told like typing
+  ApplyFilter(editor);
+  return true;
 }
 
 void RefreshDocument(EditorWindow& editor, Records records) {

@@ -19,11 +19,17 @@ bool SameColumns(const std::vector<ListColumn>& left, const std::vector<ListColu
 void RefreshPanel(EditorWindow& editor) {
   const auto labels = PanelLabels(editor.document, editor.selected);
   for (size_t i = 0; i < labels.size(); ++i) SetText(editor.labels[i], labels[i]);
-  const bool views = HasViews(editor.selected.kind);
-  for (HWND button : editor.view_buttons) {
-    if (!views && GetFocus() == button) SetFocus(editor.tree);
-    EnableWindow(button, views);
+  WindowState state;
+  SeeDatabase(state, LookOf(editor));
+  for (size_t i = 0; i < editor.view_buttons.size(); ++i) {
+    HWND button = editor.view_buttons[i];
+    const CommandInfo& command = *FindCommand(kViewCommands[i]);
+    const bool enabled = CommandEnabled(command, state.present);
+    if (!enabled && GetFocus() == button) SetFocus(editor.tree);
+    EnableWindow(button, enabled);
+    SendMessageW(button, BM_SETCHECK, CommandChecked(command, state) ? BST_CHECKED : BST_UNCHECKED, 0);
   }
+  SendMessageW(editor.information, BM_SETCHECK, editor.details ? BST_CHECKED : BST_UNCHECKED, 0);
   RefreshPicture(editor);
   SetText(editor.bar, editor.rows.title.empty() ? "" : Format(" %s", editor.rows.title.c_str()));
 }
@@ -207,6 +213,9 @@ bool RefreshList(EditorWindow& editor) {
   const bool hexadecimal = editor.app->hexadecimal;
   ListModel rows = editor.details ? DetailsOf(editor.document, editor.shown_record, hexadecimal)
                                   : ListBelow(editor.document, editor.selected, editor.view, hexadecimal);
+  editor.unfiltered = rows.rows.size();
+  const std::string wrong = FilterRows(editor.document, rows, editor.filter, hexadecimal);
+  SetText(editor.filter_status, FilterStatus(editor.filter, wrong, rows.rows.size(), editor.unfiltered));
   const bool same = SameColumns(rows.columns, editor.rows.columns);
   // Rows selected now must not be selected by their places among the next ones. Wine's control goes through
   // all rows that there are to unselect them; with none left it is done at once.
@@ -231,6 +240,7 @@ void ShowView(EditorWindow& editor, ListView view) {
   editor.order = {};
   editor.details = false;
   RefreshList(editor);
+  editor.app->refresh_frame();
 }
 
 namespace {
@@ -238,7 +248,8 @@ namespace {
 // With the focus in a list of records, none of which is selected, nothing is meant: least of all what they
 // all belong to.
 NodeRef NodeWithoutRows(const EditorWindow& editor) {
-  if (GetFocus() == editor.list && editor.rows.details.empty()) return {};
+  const bool in_list = GetFocus() == editor.list || GetFocus() == editor.filter_field;
+  if (in_list && editor.rows.details.empty()) return {};
   return editor.details ? editor.shown_record : editor.selected;
 }
 
@@ -264,7 +275,19 @@ std::vector<NodeRef> CommandRows(const EditorWindow& editor) {
   return nodes;
 }
 
+void LeaveInformation(EditorWindow& editor) {
+  const NodeRef record = editor.shown_record;
+  editor.details = false;
+  RefreshList(editor);
+  SelectListRow(editor, record);
+  editor.app->refresh_frame();
+}
+
 void ShowInformation(EditorWindow& editor) {
+  if (editor.details) {
+    LeaveInformation(editor);
+    return;
+  }
   const NodeRef node = ShownNode(editor);
   const bool service = node.kind == NodeKind::kService || node.kind == NodeKind::kFavouriteTvEntry ||
                        node.kind == NodeKind::kFavouriteRadioEntry;
@@ -280,6 +303,7 @@ void ShowInformation(EditorWindow& editor) {
   editor.shown_record = node;
   editor.details = true;
   RefreshList(editor);
+  editor.app->refresh_frame();
 }
 
 }  // namespace vexa

@@ -9,6 +9,7 @@
 #include "ui/editor/change.h"
 #include "ui/forms/record_dialogs.h"
 #include "ui/forms/records_resource.h"
+#include "view/list_filter.h"
 #include "view/node_edit.h"
 #include "view/record_forms.h"
 
@@ -115,7 +116,8 @@ struct FavouritesForm {
   bool radio = false;
   std::array<std::string, 2> names;
   std::array<std::set<const Service*>, 2> chosen;
-  std::vector<Service*> shown;  // services of the half's type, in running order
+  NodeRef node;
+  ListModel shown;  // services that the half can name and the filter lets through
   VirtualList list;
 
   size_t half() const { return radio ? 1 : 0; }
@@ -127,21 +129,23 @@ void ShowCount(const Form& form, const FavouritesForm& favourites) {
                       static_cast<int>(favourites.radio ? kMaximumRadioEntries : kMaximumTvEntries)));
 }
 
+void ShowCandidates(const Form& form, FavouritesForm& favourites) {
+  favourites.shown = GroupCandidates(favourites.editor.document, favourites.node, favourites.radio);
+  const size_t all = favourites.shown.rows.size();
+  const ListFilter filter = ParseFilter(form.Text(IDC_FAVOURITES_FILTER));
+  const std::string wrong = FilterRows(favourites.editor.document, favourites.shown, filter, false);
+  const size_t count = favourites.shown.rows.size();
+  form.SetText(IDC_FAVOURITES_STATUS, FilterStatus(filter, wrong, count, all));
+  ShowRows(form, favourites.list, count, std::nullopt);
+}
+
 void ShowHalf(Form& form, FavouritesForm& favourites, bool radio) {
   favourites.radio = radio;
   SetText(form.window, radio ? "FGL Information (Radio)" : "FGL Information (TV)");
   form.Check(IDC_FAVOURITES_TV, !radio);
   form.Check(IDC_FAVOURITES_RADIO, radio);
   form.SetText(IDC_RECORD_NAME, favourites.names[favourites.half()]);
-  favourites.shown.clear();
-  const auto& entries = EntriesOf(favourites.group, radio ? GroupKind::kRadio : GroupKind::kTv);
-  // A list from a file may name services of the other type.
-  const std::set<const Service*> named(entries.begin(), entries.end());
-  for (Service* service : favourites.database.service_order) {
-    if ((service->record.type != kTv) == radio || named.contains(service))
-      favourites.shown.push_back(service);
-  }
-  ShowRows(form, favourites.list, favourites.shown.size(), std::nullopt);
+  ShowCandidates(form, favourites);
   ShowCount(form, favourites);
 }
 
@@ -149,23 +153,22 @@ void SetUpFavourites(FavouritesForm& favourites) {
   VirtualList& list = favourites.list;
   list.id = IDC_FAVOURITES_LIST;
   list.text = [&](size_t row, int column) {
-    const Service& service = *favourites.shown[row];
-    if (column == 0) return Utf8FromLatin(NameOf(service.record.name));
-    if (column == 1) return Utf8FromLatin(NameOf(service.carrier->record.name));
-    return Utf8FromLatin(NameOf(service.carrier->satellite->record.name));
+    // Behind the number: names of service, carrier and satellite.
+    return CellText(favourites.editor.document, favourites.shown, row, static_cast<size_t>(column) + 1,
+                    false);
   };
   list.ticked = [&](size_t row) {
-    return favourites.chosen[favourites.half()].contains(favourites.shown[row]);
+    return favourites.chosen[favourites.half()].contains(favourites.shown.rows[row].service);
   };
-  list.tick = [&](const Form& form, size_t row, bool ticked) {
+  list.tick = [&](const Form&, size_t row, bool ticked) {
     auto& chosen = favourites.chosen[favourites.half()];
     if (ticked) {
-      chosen.insert(favourites.shown[row]);
+      chosen.insert(favourites.shown.rows[row].service);
     } else {
-      chosen.erase(favourites.shown[row]);
+      chosen.erase(favourites.shown.rows[row].service);
     }
-    ShowCount(form, favourites);
   };
+  list.ticked_rows = [&](const Form& form) { ShowCount(form, favourites); };
 }
 
 bool AcceptFavourites(Form& form, FavouritesForm& favourites) {
@@ -223,7 +226,7 @@ bool EditFavourites(EditorWindow& editor, const NodeRef& node, bool radio) {
   if (node.sdb >= editor.document.sdbs.size() || node.index >= kFavouriteGroups) return false;
   StaticDatabase& database = *editor.document.sdbs[node.sdb].database;
   FavouriteGroup& group = database.favourites[node.index];
-  FavouritesForm favourites{editor, group, database, radio, {}, {}, {}, {}};
+  FavouritesForm favourites{editor, group, database, radio, {}, {}, node, {}, {}};
   favourites.names = {Utf8FromLatin(NameOf(group.record.tv_name)),
                       Utf8FromLatin(NameOf(group.record.radio_name))};
   favourites.chosen[0].insert(group.tv.begin(), group.tv.end());
@@ -242,6 +245,7 @@ bool EditFavourites(EditorWindow& editor, const NodeRef& node, bool radio) {
     return ListNotification(form, favourites.list, header).value_or(0);
   };
   actions.command = [&](Form& form, int id, int code) {
+    if (code == EN_CHANGE && id == IDC_FAVOURITES_FILTER) return ShowCandidates(form, favourites);
     if (code != BN_CLICKED || (id != IDC_FAVOURITES_TV && id != IDC_FAVOURITES_RADIO)) return;
     favourites.names[favourites.half()] = form.Text(IDC_RECORD_NAME);
     ShowHalf(form, favourites, id == IDC_FAVOURITES_RADIO);

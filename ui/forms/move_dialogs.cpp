@@ -86,16 +86,17 @@ struct ServiceMove {
   EditorWindow& editor;
   const std::vector<NodeRef>& rows;
   StaticDatabase& database;
-  Carrier* destination;
+  Carrier* destination;     // nullptr: there is no other carrier
   bool one_carrier = true;  // else no row of a list is meant
 };
 
 void ShowServiceMove(const Form& form, const ServiceMove& move) {
   const bool to_place = form.Checked(IDC_MOVE_SERVICE_TO_PLACE);
   form.Enable(IDC_MOVE_SERVICE_TO_PLACE, move.one_carrier);
+  form.Enable(IDC_MOVE_SERVICE_TO_CARRIER, move.destination != nullptr);
   form.Enable(IDC_MOVE_TARGET, to_place);
   form.Enable(IDC_MOVE_SERVICE_CHANGE, !to_place);
-  form.SetText(IDC_MOVE_SERVICE_CARRIER, CarrierText(*move.destination));
+  form.SetText(IDC_MOVE_SERVICE_CARRIER, move.destination ? CarrierText(*move.destination) : "");
 }
 
 bool AcceptServiceMove(const Form& form, const ServiceMove& move) {
@@ -136,7 +137,8 @@ bool MoveRecords(EditorWindow& editor, const std::vector<NodeRef>& rows, bool sw
 
 bool MoveServicesOf(EditorWindow& editor, const std::vector<NodeRef>& rows) {
   if (rows.empty() || !rows[0].carrier || rows[0].sdb >= editor.document.sdbs.size()) return false;
-  ServiceMove move{editor, rows, *editor.document.sdbs[rows[0].sdb].database, rows[0].carrier};
+  StaticDatabase& database = *editor.document.sdbs[rows[0].sdb].database;
+  ServiceMove move{editor, rows, database, ProposedDestination(database, *rows[0].carrier)};
   for (const NodeRef& row : rows) move.one_carrier &= row.carrier == rows[0].carrier;
   FormActions actions;
   actions.open = [&](Form& form) {
@@ -145,7 +147,7 @@ bool MoveServicesOf(EditorWindow& editor, const std::vector<NodeRef>& rows) {
                      ? Format("%s  ( %s )", Utf8FromLatin(NameOf(rows[0].service->record.name)).c_str(),
                               CarrierText(*rows[0].carrier).c_str())
                      : Format("%d services", static_cast<int>(rows.size())));
-    form.Check(IDC_MOVE_SERVICE_TO_CARRIER, true);
+    form.Check(move.destination ? IDC_MOVE_SERVICE_TO_CARRIER : IDC_MOVE_SERVICE_TO_PLACE, true);
     form.Limit(IDC_MOVE_TARGET, 5);
     ShowServiceMove(form, move);
   };

@@ -4,6 +4,7 @@
 #include "core/merge.h"
 #include "ui/controls/file_dialogs.h"
 #include "ui/editor/change.h"
+#include "ui/editor/editor_parts.h"
 #include "ui/forms/form_commands.h"
 
 namespace vexa {
@@ -31,6 +32,23 @@ void FindNextRecord(Application& app) {
 void FindPreviousRecord(Application& app) {
   FindAgain(*ActiveEditor(app), true);
 }
+void Filter(Application& app) {
+  GoToFilter(*ActiveEditor(app));
+}
+void Compare(Application& app) {
+  ShowComparison(*ActiveEditor(app));
+}
+void OrderFrom(Application& app) {
+  ApplyOrderFrom(*ActiveEditor(app));
+}
+void UseShownOrder(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  const std::vector<NodeRef> rows = editor.rows.rows;
+  const bool changed = ChangeDocument(
+      editor, [&] { return UseOrder(editor.document, rows); }, true);
+  // The records stand so now: no column orders them.
+  if (changed) ReorderList(editor, {});
+}
 void Check(Application& app) {
   ShowFindings(*ActiveEditor(app));
 }
@@ -50,6 +68,10 @@ constexpr CommandRow kOptionCommands[] = {
     {kCmdFind, Find},
     {kCmdFindNext, FindNextRecord},
     {kCmdFindPrevious, FindPreviousRecord},
+    {kCmdFilter, Filter},
+    {kCmdCompare, Compare},
+    {kCmdOrderLike, OrderFrom},
+    {kCmdUseOrder, UseShownOrder},
     {kCmdCheck, Check},
     {kCmdMergeSdb, MergeSdbs},
 };

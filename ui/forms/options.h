@@ -23,6 +23,12 @@ void FindAgain(EditorWindow& editor, bool before);
 // The list of what breaks the rules, beside the frame. A row leads to its record.
 void ShowFindings(EditorWindow& editor);
 
+// Asks for another database and shows what differs in the window's, which can take it over.
+void ShowComparison(EditorWindow& editor);
+// Asks for an older database or a list and brings the window's SDBs into its order, as one step for Undo;
+// says how much of them it knew.
+void ApplyOrderFrom(EditorWindow& editor);
+
 // One string for each element of an array of names.
 template <class Names>
 std::vector<std::string> TextsOf(const Names& names) {

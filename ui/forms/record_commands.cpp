@@ -9,6 +9,7 @@
 #include "ui/editor/editor_parts.h"
 #include "ui/forms/form_commands.h"
 #include "ui/forms/record_dialogs.h"
+#include "view/common_form.h"
 #include "view/menu_table.h"
 #include "view/node_edit.h"
 
@@ -22,17 +23,18 @@ const Messages& MessagesOf(const EditorWindow& editor) {
 
 void Edit(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
-  const std::vector<NodeRef> rows = CommandRows(editor);
-  if (rows.size() > 1 && rows[0].kind == NodeKind::kService) {
-    Tell(MessagesOf(editor), Icon::kInformation, "Select any one service record");
-    return;
-  }
-  if (!rows.empty()) EditRecord(editor, rows[0]);
+  EditRecords(editor, CommandRows(editor));
 }
 
-// A new record in the list is selected there; tree items that are opened show it anyway.
+// A new record is selected: in the list where that shows it, else beside its sister in the tree or where it
+// belongs.
 void ShowAdded(EditorWindow& editor, const std::optional<NodeRef>& added) {
-  if (added) SelectListRow(editor, *added);
+  if (!added || SelectListRow(editor, *added)) return;
+  const TreePath place = PathOf(editor.document, *added);
+  if (editor.selected.kind == added->kind)
+    SelectTreeNode(editor, place);
+  else
+    ShowRecord(editor, place, false);
 }
 
 NodeRef PlaceToAdd(const EditorWindow& editor) {
@@ -150,7 +152,9 @@ void SaveSdb(Application& app) {
 void SaveChosenSatellites(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
   const std::vector<NodeRef> rows = CommandRows(editor);
-  const Rows satellites = SatelliteRows(editor.document, rows, SelectedRecords(editor));
+  std::vector<NodeRef> chosen = SelectedRecords(editor);
+  if (chosen.empty() && !editor.filter.terms.empty()) chosen = editor.rows.rows;
+  const Rows satellites = SatelliteRows(editor.document, rows, chosen);
   if (satellites.empty()) return;
   SavePart(editor, "Save selected Satellite(s) as", [&](const Context& context, const Path& path) {
     return SaveSatellites(context, editor.document, rows[0].sdb, satellites, path, editor.version);
@@ -164,6 +168,11 @@ void SaveParts(Application& app) {
   SavePart(editor, "Save", [&](const Context& context, const Path& path) {
     return SaveBin(context, editor.document, path, editor.version, *parts);
   });
+}
+
+void GoToService(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  ShowRecord(editor, PathOf(PlaceOf(editor.document, CommandNode(editor))), true);
 }
 
 void Version(Application& app) {
@@ -183,6 +192,7 @@ constexpr CommandRow kRecordCommands[] = {
     {kCmdSaveSdb, SaveSdb},
     {kCmdSaveSatellites, SaveChosenSatellites},
     {kCmdSaveParts, SaveParts},
+    {kCmdGoToService, GoToService},
     {kCmdVersion, Version},
 };
 
@@ -206,20 +216,19 @@ bool RunRowCommand(Application& app, UINT id) {
   EditorWindow& editor = *ActiveEditor(app);
   const auto& choices = FieldChoices();
   if (id >= kFirstGroupCommand) {
-    ChangeDocument(editor, [&] {
-      return AddRowsToGroup(MessagesOf(editor), editor.document, CommandRows(editor),
-                            id - kFirstGroupCommand);
-    });
+    AddToGroup(editor, CommandRows(editor), id - kFirstGroupCommand);
   } else if (id >= kFirstSelectCommand && id - kFirstSelectCommand < choices.size()) {
     std::vector<bool> matching(editor.rows.size());
     for (const size_t row : MatchingRows(editor.rows.rows, choices[id - kFirstSelectCommand]))
       matching[row] = true;
     SelectListRows(editor, [&](size_t row) { return matching[row]; });
   } else if (id < kFirstSelectCommand && id - kFirstMarkCommand < choices.size()) {
+    size_t left_lists = 0;
     ChangeDocument(editor, [&] {
-      MarkNodes(editor.document, SelectedRecords(editor), choices[id - kFirstMarkCommand]);
+      left_lists = MarkNodes(editor.document, SelectedRecords(editor), choices[id - kFirstMarkCommand]);
       return true;
     });
+    TellLeftLists(MessagesOf(editor), left_lists);
   }
   return true;
 }

@@ -10,14 +10,15 @@
 
 namespace vexa {
 
-// All nodes are of the window's document as it is. The dialog of the node's kind; entries of favourites show
-// the service that they name.
-bool EditRecord(EditorWindow& editor, const NodeRef& node);
-// Of that kind of node alone.
-bool EditLnb(EditorWindow& editor, const NodeRef& node);
-bool EditSatellite(EditorWindow& editor, const NodeRef& node);
-bool EditCarrier(EditorWindow& editor, const NodeRef& node);
-bool EditService(EditorWindow& editor, const NodeRef& node);
+// All nodes are of the window's document as it is, of one kind and one SDB. The dialog of their kind, for all
+// LNBs, satellites, carriers or services at once, of other nodes for the first one; entries of favourites
+// show the service that they name.
+bool EditRecords(EditorWindow& editor, const std::vector<NodeRef>& rows);
+// Of that kind of nodes alone.
+bool EditLnbs(EditorWindow& editor, const std::vector<NodeRef>& rows);
+bool EditSatellites(EditorWindow& editor, const std::vector<NodeRef>& rows);
+bool EditCarriers(EditorWindow& editor, const std::vector<NodeRef>& rows);
+bool EditServices(EditorWindow& editor, const std::vector<NodeRef>& rows);
 // Of the user box record and the SDB at that place, from 0.
 bool EditUserBox(EditorWindow& editor, size_t ubi);
 bool EditSdb(EditorWindow& editor, size_t sdb);

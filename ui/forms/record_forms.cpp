@@ -1,12 +1,15 @@
 // The dialogs of LNBs, satellites, carriers and services.
 #include "view/record_forms.h"
 
+#include <set>
+
 #include "core/edit.h"
 #include "platform/text.h"
 #include "ui/controls/form.h"
 #include "ui/editor/change.h"
 #include "ui/forms/record_dialogs.h"
 #include "ui/forms/records_resource.h"
+#include "view/common_form.h"
 #include "view/defaults_form.h"
 
 namespace vexa {
@@ -50,8 +53,43 @@ bool Accept(EditorWindow& editor, const Form& form, const std::function<std::opt
   return !refusal;
 }
 
+// A box of several records: in between when they differ, and so it may stay.
+template <class Values>
+void ShowFlag(const Form& form, int id, const CommonForm<Values>& common, bool Values::*flag,
+              bool turned = false) {
+  if (!common.Differs(flag)) return form.Check(id, common.form.*flag != turned);
+  SendMessageW(form.Control(id), BM_SETSTYLE, BS_AUTO3STATE, TRUE);
+  CheckDlgButton(form.window, id, BST_INDETERMINATE);
+}
+void ShowCode(const Form& form, int id, uint32_t code) {
+  if (code != kNoCode) return form.Check(id, code != 0);
+  SendMessageW(form.Control(id), BM_SETSTYLE, BS_AUTO3STATE, TRUE);
+  CheckDlgButton(form.window, id, BST_INDETERMINATE);
+}
+bool InBetween(const Form& form, int id) {
+  return IsDlgButtonChecked(form.window, id) == BST_INDETERMINATE;
+}
+template <class Values>
+void TakeFlag(const Form& form, int id, CommonForm<Values>& common, bool Values::*flag, bool turned = false) {
+  if (InBetween(form, id))
+    common.differing.push_back(flag);
+  else
+    common.form.*flag = form.Checked(id) != turned;
+}
+uint32_t TakenCode(const Form& form, int id) {
+  return InBetween(form, id) ? kNoCode : uint32_t{form.Checked(id)};
+}
+
+// "Carrier Information - 3 records"
+void ShowCount(const Form& form, size_t records) {
+  if (records > 1) SetText(form.window, WindowText(form.window) + Format(" - %zu records", records));
+}
+
 void ShowSelection(const Form& form, uint32_t switch_type, uint32_t selection) {
-  form.Fill(IDC_LNB_SELECTION, SwitchChoices(switch_type), static_cast<int>(selection));
+  // Of several switch types there is none to choose from.
+  const bool known = switch_type != kNoCode;
+  form.Fill(IDC_LNB_SELECTION, known ? SwitchChoices(switch_type) : std::vector<std::string>(),
+            known ? static_cast<int>(selection) : -1);
 }
 
 void ShowLnb(const Form& form, const LnbForm& lnb) {
@@ -59,11 +97,11 @@ void ShowLnb(const Form& form, const LnbForm& lnb) {
   form.SetText(IDC_LNB_FREQUENCY1, lnb.frequency1);
   form.SetText(IDC_LNB_FREQUENCY2, lnb.frequency2);
   form.Fill(IDC_LNB_TYPE, NamesOfCodes(LnbTypeName, 4), static_cast<int>(lnb.type));
-  form.Check(IDC_LNB_POWER, lnb.power != 0);
+  ShowCode(form, IDC_LNB_POWER, lnb.power);
   form.Fill(IDC_LNB_TONE, {"Off", "On", "Auto"}, static_cast<int>(lnb.tone_22khz));
   form.Fill(IDC_LNB_SWITCH, {"None", "Tone Burst", "DiSEqC 1.0"}, static_cast<int>(lnb.switch_type));
   ShowSelection(form, lnb.switch_type, lnb.selection);
-  form.Check(IDC_LNB_MOTOR, lnb.motor != 0);
+  ShowCode(form, IDC_LNB_MOTOR, lnb.motor);
   // Receivers of another variant have no switch to set.
   if (form.app.config.database_variant == 0) return;
   for (const int id : {IDC_LNB_TONE, IDC_LNB_SWITCH, IDC_LNB_SELECTION, IDC_LNB_MOTOR})
@@ -75,15 +113,16 @@ LnbForm TakenLnb(const Form& form) {
   taken.frequency1 = form.Text(IDC_LNB_FREQUENCY1);
   taken.frequency2 = form.Text(IDC_LNB_FREQUENCY2);
   taken.type = form.Code(IDC_LNB_TYPE);
-  taken.power = form.Checked(IDC_LNB_POWER);
+  taken.power = TakenCode(form, IDC_LNB_POWER);
   taken.tone_22khz = form.Code(IDC_LNB_TONE);
   taken.switch_type = form.Code(IDC_LNB_SWITCH);
   taken.selection = form.Code(IDC_LNB_SELECTION);
-  taken.motor = form.Checked(IDC_LNB_MOTOR);
+  taken.motor = TakenCode(form, IDC_LNB_MOTOR);
   return taken;
 }
 
-void ShowSatellite(const Form& form, const SatelliteForm& satellite) {
+void ShowSatellite(const Form& form, const CommonForm<SatelliteForm>& common) {
+  const SatelliteForm& satellite = common.form;
   std::vector<std::string> lnbs;
   for (int i = 1; i <= static_cast<int>(kMaximumLnbs); ++i) lnbs.push_back(Format("LNB%d", i));
   form.Limit(IDC_RECORD_NAME, kNameLength);
@@ -91,54 +130,62 @@ void ShowSatellite(const Form& form, const SatelliteForm& satellite) {
   form.Limit(IDC_SATELLITE_POSITION, 5);
   form.SetText(IDC_RECORD_NAME, satellite.name);
   form.Fill(IDC_SATELLITE_LNB, lnbs, static_cast<int>(satellite.lnb_index));
-  form.Fill(IDC_SATELLITE_FLAG, {"West", "East"}, satellite.east ? 1 : 0);
+  form.Fill(IDC_SATELLITE_FLAG, {"West", "East"},
+            common.Differs(&SatelliteForm::east) ? -1 : int{satellite.east});
   form.SetText(IDC_SATELLITE_ANGLE, satellite.angle);
   form.SetText(IDC_SATELLITE_POSITION, satellite.position);
-  form.Check(IDC_SATELLITE_FACTORY, satellite.factory_default);
+  ShowFlag(form, IDC_SATELLITE_FACTORY, common, &SatelliteForm::factory_default);
 }
 
-SatelliteForm TakenSatellite(const Form& form) {
-  SatelliteForm taken;
+CommonForm<SatelliteForm> TakenSatellite(const Form& form) {
+  CommonForm<SatelliteForm> common;
+  SatelliteForm& taken = common.form;
   taken.name = form.Text(IDC_RECORD_NAME);
   taken.lnb_index = form.Code(IDC_SATELLITE_LNB);
   taken.east = form.Choice(IDC_SATELLITE_FLAG) == 1;
+  if (form.Choice(IDC_SATELLITE_FLAG) < 0) common.differing.push_back(&SatelliteForm::east);
   taken.angle = form.Text(IDC_SATELLITE_ANGLE);
   taken.position = form.Text(IDC_SATELLITE_POSITION);
-  taken.factory_default = form.Checked(IDC_SATELLITE_FACTORY);
-  return taken;
+  TakeFlag(form, IDC_SATELLITE_FACTORY, common, &SatelliteForm::factory_default);
+  return common;
 }
 
-void ShowCarrier(const Form& form, const Satellite& satellite, const CarrierForm& carrier) {
+// `owner`: the satellite, or how many.
+void ShowCarrier(const Form& form, const std::string& owner, const CommonForm<CarrierForm>& common) {
+  const CarrierForm& carrier = common.form;
   form.Limit(IDC_RECORD_NAME, kNameLength);
   form.Limit(IDC_CARRIER_FREQUENCY, 5);
   form.Limit(IDC_CARRIER_SYMBOL_RATE, 5);
-  form.SetText(IDC_CARRIER_SATELLITE, Utf8FromLatin(NameOf(satellite.record.name)));
+  form.SetText(IDC_CARRIER_SATELLITE, owner);
   form.SetText(IDC_RECORD_NAME, carrier.name);
   form.SetText(IDC_CARRIER_FREQUENCY, carrier.frequency);
   form.SetText(IDC_CARRIER_SYMBOL_RATE, carrier.symbol_rate);
   form.Fill(IDC_CARRIER_POLARIZATION, NamesOfCodes(PolarizationName, 4),
             static_cast<int>(carrier.polarization));
   form.Fill(IDC_CARRIER_FEC, NamesOfCodes(FecName, 6), carrier.fec < 6 ? static_cast<int>(carrier.fec) : -1);
-  form.Check(IDC_CARRIER_FACTORY, carrier.factory_default);
+  ShowFlag(form, IDC_CARRIER_FACTORY, common, &CarrierForm::factory_default);
 }
 
-CarrierForm TakenCarrier(const Form& form) {
-  CarrierForm taken;
+CommonForm<CarrierForm> TakenCarrier(const Form& form) {
+  CommonForm<CarrierForm> common;
+  CarrierForm& taken = common.form;
   taken.name = form.Text(IDC_RECORD_NAME);
   taken.frequency = form.Text(IDC_CARRIER_FREQUENCY);
   taken.symbol_rate = form.Text(IDC_CARRIER_SYMBOL_RATE);
   taken.polarization = form.Code(IDC_CARRIER_POLARIZATION);
   taken.fec = form.Code(IDC_CARRIER_FEC);
-  taken.factory_default = form.Checked(IDC_CARRIER_FACTORY);
-  return taken;
+  TakeFlag(form, IDC_CARRIER_FACTORY, common, &CarrierForm::factory_default);
+  return common;
 }
 
 // Without video, that PID is not asked for.
 void ShowServiceType(const Form& form) {
-  form.Enable(IDC_SERVICE_VIDEO, form.Choice(IDC_SERVICE_TYPE) == 0);
+  form.Enable(IDC_SERVICE_VIDEO, form.Choice(IDC_SERVICE_TYPE) != 1);
 }
 
-void ShowService(const Form& form, const Carrier& carrier, const ServiceForm& service) {
+// `owner`: the carrier, or how many.
+void ShowService(const Form& form, const std::string& owner, const CommonForm<ServiceForm>& common) {
+  const ServiceForm& service = common.form;
   const bool hexadecimal = form.app.hexadecimal;
   form.Limit(IDC_RECORD_NAME, kNameLength);
   for (const int id : {IDC_SERVICE_NUMBER, IDC_SERVICE_VIDEO, IDC_SERVICE_AUDIO, IDC_SERVICE_PCR})
@@ -146,99 +193,124 @@ void ShowService(const Form& form, const Carrier& carrier, const ServiceForm& se
   form.SetText(IDC_SERVICE_VIDEO_TITLE, hexadecimal ? "&Video (Hex)" : "&Video (Dec)");
   form.SetText(IDC_SERVICE_AUDIO_TITLE, hexadecimal ? "&Audio (Hex)" : "&Audio (Dec)");
   form.SetText(IDC_SERVICE_PCR_TITLE, hexadecimal ? "&PCR (Hex)" : "&PCR (Dec)");
-  form.SetText(IDC_SERVICE_CARRIER, Utf8FromLatin(NameOf(carrier.record.name)));
+  form.SetText(IDC_SERVICE_CARRIER, owner);
   form.SetText(IDC_RECORD_NAME, service.name);
   form.SetText(IDC_SERVICE_NUMBER, service.program_number);
-  form.Fill(IDC_SERVICE_TYPE, {"TV", "Radio"}, service.type == kTv ? 0 : 1);
+  form.Fill(IDC_SERVICE_TYPE, {"TV", "Radio"}, service.type == kNoCode ? -1 : service.type == kTv ? 0 : 1);
   form.SetText(IDC_SERVICE_VIDEO, service.video_pid);
   form.SetText(IDC_SERVICE_AUDIO, service.audio_pid);
   form.SetText(IDC_SERVICE_PCR, service.pcr_pid);
-  form.Check(IDC_SERVICE_SCRAMBLED, !service.free);
+  ShowFlag(form, IDC_SERVICE_SCRAMBLED, common, &ServiceForm::free, true);
   ShowServiceType(form);
 }
 
-// Every type but TV's is shown as radio, and stays as it is until TV is chosen.
-ServiceForm TakenService(const Form& form, const ServiceRecord& record) {
-  ServiceForm taken;
+CommonForm<ServiceForm> TakenService(const Form& form) {
+  CommonForm<ServiceForm> common;
+  ServiceForm& taken = common.form;
+  const int type = form.Choice(IDC_SERVICE_TYPE);
   taken.name = form.Text(IDC_RECORD_NAME);
   taken.program_number = form.Text(IDC_SERVICE_NUMBER);
-  const uint32_t radio = record.type == kTv ? uint32_t{kRadio} : record.type;
-  taken.type = form.Choice(IDC_SERVICE_TYPE) == 0 ? uint32_t{kTv} : radio;
-  taken.free = !form.Checked(IDC_SERVICE_SCRAMBLED);
+  taken.type = type < 0 ? kNoCode : type == 0 ? uint32_t{kTv} : uint32_t{kRadio};
+  TakeFlag(form, IDC_SERVICE_SCRAMBLED, common, &ServiceForm::free, true);
   taken.video_pid = form.Text(IDC_SERVICE_VIDEO);
   taken.audio_pid = form.Text(IDC_SERVICE_AUDIO);
   taken.pcr_pid = form.Text(IDC_SERVICE_PCR);
-  return taken;
+  return common;
+}
+
+// The name of what all rows stand below, else how many there are.
+template <class Owner>
+std::string OwnerText(const std::vector<NodeRef>& rows, Owner* NodeRef::*owner, const char* many) {
+  std::set<const Owner*> owners;
+  for (const NodeRef& row : rows) owners.insert(row.*owner);
+  if (owners.size() == 1) return Utf8FromLatin(NameOf((*owners.begin())->record.name));
+  return std::to_string(owners.size()) + many;
 }
 
 }  // namespace
 
-bool EditLnb(EditorWindow& editor, const NodeRef& node) {
-  if (node.sdb >= editor.document.sdbs.size() || node.index >= kMaximumLnbs) return false;
-  LnbRecord& record = editor.document.sdbs[node.sdb].database->lnbs[node.index];
+bool EditLnbs(EditorWindow& editor, const std::vector<NodeRef>& rows) {
+  for (const NodeRef& row : rows)
+    if (row.sdb >= editor.document.sdbs.size() || row.index >= kMaximumLnbs) return false;
+  const auto shown = CommonLnbs(editor.document, rows);
   FormActions actions;
-  actions.open = [&](Form& form) { ShowLnb(form, LnbFormOf(record)); };
+  actions.open = [&](Form& form) {
+    ShowLnb(form, shown.form);
+    ShowCount(form, rows.size());
+  };
   actions.command = [](Form& form, int id, int code) {
     if (id == IDC_LNB_SWITCH && code == CBN_SELCHANGE) ShowSelection(form, form.Code(id), 0);
   };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form,
-                  [&] { return StoreLnb(TakenLnb(form), record, editor.app->config.database_variant); });
+    return Accept(editor, form, [&] {
+      return StoreCommon(editor.document, rows, shown, {TakenLnb(form), {}},
+                         editor.app->config.database_variant);
+    });
   };
   return RunForm(*editor.app, IDD_LNB, actions);
 }
 
-bool EditSatellite(EditorWindow& editor, const NodeRef& node) {
-  SatelliteRecord& record = node.satellite->record;
+bool EditSatellites(EditorWindow& editor, const std::vector<NodeRef>& rows) {
+  const auto shown = CommonSatellites(rows);
   FormActions actions;
-  actions.open = [&](Form& form) { ShowSatellite(form, SatelliteFormOf(record)); };
+  actions.open = [&](Form& form) {
+    ShowSatellite(form, shown);
+    ShowCount(form, rows.size());
+  };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form,
-                  [&] { return StoreSatellite(editor.app->context.messages, TakenSatellite(form), record); });
+    return Accept(editor, form, [&] {
+      return StoreCommon(editor.app->context.messages, rows, shown, TakenSatellite(form));
+    });
   };
   return RunForm(*editor.app, IDD_SATELLITE, actions);
 }
 
-bool EditCarrier(EditorWindow& editor, const NodeRef& node) {
-  CarrierRecord& record = node.carrier->record;
-  const LnbRecord& lnb = LnbOf(*editor.document.sdbs[node.sdb].database, *node.carrier->satellite);
+bool EditCarriers(EditorWindow& editor, const std::vector<NodeRef>& rows) {
+  const auto shown = CommonCarriers(rows);
   FormActions actions;
-  actions.open = [&](Form& form) { ShowCarrier(form, *node.carrier->satellite, CarrierFormOf(record)); };
+  actions.open = [&](Form& form) {
+    ShowCarrier(form, OwnerText(rows, &NodeRef::satellite, " satellites"), shown);
+    ShowCount(form, rows.size());
+  };
   actions.accept = [&](Form& form) {
-    return Accept(editor, form, [&] { return StoreCarrier(TakenCarrier(form), lnb, record); });
+    return Accept(editor, form,
+                  [&] { return StoreCommon(editor.document, rows, shown, TakenCarrier(form)); });
   };
   return RunForm(*editor.app, IDD_CARRIER, actions);
 }
 
-bool EditService(EditorWindow& editor, const NodeRef& node) {
+bool EditServices(EditorWindow& editor, const std::vector<NodeRef>& rows) {
   const bool hexadecimal = editor.app->hexadecimal;
-  StaticDatabase& database = *editor.document.sdbs[node.sdb].database;
-  const Carrier& carrier = *node.service->carrier;
-  const ServiceRecord& record = node.service->record;
+  const auto shown = CommonServices(rows, hexadecimal);
   FormActions actions;
-  actions.open = [&](Form& form) { ShowService(form, carrier, ServiceFormOf(record, hexadecimal)); };
+  actions.open = [&](Form& form) {
+    ShowService(form, OwnerText(rows, &NodeRef::carrier, " carriers"), shown);
+    ShowCount(form, rows.size());
+  };
   actions.command = [](Form& form, int id, int code) {
     if (id == IDC_SERVICE_TYPE && code == CBN_SELCHANGE) ShowServiceType(form);
   };
   actions.accept = [&](Form& form) {
     return Accept(editor, form, [&] {
-      return StoreService(editor.app->context.messages, TakenService(form, record), hexadecimal, database,
-                          *node.service);
+      return StoreCommon(editor.app->context.messages, editor.document, rows, shown, TakenService(form),
+                         hexadecimal);
     });
   };
   return RunForm(*editor.app, IDD_SERVICE, actions);
 }
 
-bool EditRecord(EditorWindow& editor, const NodeRef& node) {
+bool EditRecords(EditorWindow& editor, const std::vector<NodeRef>& rows) {
+  if (rows.empty()) return false;
+  const NodeRef& node = rows[0];
   switch (node.kind) {
     case NodeKind::kLnb:
-      return EditLnb(editor, node);
+      return EditLnbs(editor, rows);
     case NodeKind::kSatellite:
-      return EditSatellite(editor, node);
+      return EditSatellites(editor, rows);
     case NodeKind::kCarrier:
-      return EditCarrier(editor, node);
+      return EditCarriers(editor, rows);
     case NodeKind::kService:
-      return EditService(editor, node);
+      return EditServices(editor, rows);
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
       ShowServiceDetails(editor, node);

@@ -13,8 +13,8 @@ namespace {
 using CommandFunction = void (*)(Application&);
 using CommandGroup = std::span<const CommandRow> (*)();
 
-constexpr CommandGroup kGroups[] = {FrameCommands,    RecordCommands,  MergeCommands, OptionCommands,
-                                    TransferCommands, ConsoleCommands, ImageCommands};
+constexpr CommandGroup kGroups[] = {FrameCommands,  RecordCommands,   ClipboardCommands, MergeCommands,
+                                    OptionCommands, TransferCommands, ConsoleCommands,   ImageCommands};
 
 CommandFunction FunctionOf(UINT id) {
   for (const CommandGroup group : kGroups) {

@@ -431,6 +431,7 @@ LRESULT CALLBACK FrameProcedure(HWND frame, UINT message, WPARAM wparam, LPARAM 
 void HandleMessage(Application& app, MSG& message) {
   EditorWindow* editor = ActiveEditor(app);
   if (editor && TakeDragKey(*editor, message)) return;
+  if (editor && IsWindowEnabled(app.frame) && TakeLeaveKey(*editor, message)) return;
   if (TranslateMDISysAccel(app.client, &message)) return;
   if (app.findings && IsDialogMessageW(app.findings, &message)) return;
   if (TranslateConsoleKey(app, message)) return;

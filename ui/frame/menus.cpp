@@ -21,13 +21,16 @@ constexpr int kButtonWidth = 23, kButtonHeight = 22;  // of the toolbar, at 96 d
 constexpr int kGapWidth = 8;                          // dots between its groups
 
 // For each field of the records a pop-up of its values.
-void AppendFields(HMENU menu, UINT first, bool carriers) {
+void AppendFields(HMENU menu, UINT first, MenuName name) {
+  const NodeKind kind = name == MenuName::kCarrierLevel ? NodeKind::kCarrier
+                        : name == MenuName::kService    ? NodeKind::kService
+                                                        : NodeKind::kSatellite;
   HMENU values = nullptr;
   const char* field = "";
   const auto& choices = FieldChoices();
   for (size_t i = 0; i < choices.size(); ++i) {
     const FieldChoice& choice = choices[i];
-    if (choice.carrier != carriers) continue;
+    if (choice.kind != kind) continue;
     if (strcmp(choice.field, field) != 0) {
       field = choice.field;
       values = CreatePopupMenu();
@@ -75,10 +78,10 @@ void AppendRow(Application& app, HMENU menu, const MenuRow& row, MenuName name) 
       return;
     }
     case MenuRowKind::kMarkFields:
-      AppendFields(menu, kFirstMarkCommand, name == MenuName::kCarrierLevel);
+      AppendFields(menu, kFirstMarkCommand, name);
       return;
     case MenuRowKind::kSelectFields:
-      AppendFields(menu, kFirstSelectCommand, name == MenuName::kCarrierLevel);
+      AppendFields(menu, kFirstSelectCommand, name);
       return;
     case MenuRowKind::kFavouriteGroups:
       AppendGroups(app, menu);

@@ -1,0 +1,179 @@
+// One dialog for several records, beside a slow model that stores each record by itself.
+#include "view/common_form.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/random_database.h"
+#include "tests/support/recorder.h"
+#include "view/tree_path.h"
+
+namespace vexa {
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct Commons : testing::Test {
+  Recorder recorder;
+  const Messages& messages = recorder.context.messages;
+  Document document = SmallDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+
+  std::vector<NodeRef> Below(const TreePath& path) {
+    return ListBelow(document, NodesAlong(document, path).back(), ListView::kBelow, false).rows;
+  }
+};
+
+TEST_F(Commons, WhatDiffersIsEmptyAndStays) {
+  const auto rows = Below({0, 1, 0});
+  rows[1].carrier->record.fec = 4;
+  rows[1].carrier->record.user = 1;
+  const auto shown = CommonCarriers(rows);
+  EXPECT_EQ(shown.form.name, "");
+  EXPECT_EQ(shown.form.frequency, "");
+  EXPECT_EQ(shown.form.symbol_rate, "27500");
+  EXPECT_EQ(shown.form.fec, kNoCode);
+  EXPECT_TRUE(shown.Differs(&CarrierForm::factory_default));
+  auto entered = shown;
+  entered.form.symbol_rate = "22000";
+  entered.form.polarization = kVertical;
+  EXPECT_FALSE(StoreCommon(document, rows, shown, entered));
+  for (const NodeRef& row : rows) {
+    EXPECT_EQ(row.carrier->record.symbol_rate, 22000u);
+    EXPECT_EQ(row.carrier->record.polarization, kVertical);
+  }
+  EXPECT_EQ(rows[0].carrier->record.frequency, 11000u);
+  EXPECT_EQ(rows[1].carrier->record.frequency, 11040u);
+  EXPECT_EQ(rows[0].carrier->record.fec, 0u);
+  EXPECT_EQ(rows[1].carrier->record.fec, 4u);
+  EXPECT_EQ(rows[1].carrier->record.user, 1u);
+  // A field that all share and that is emptied is no value.
+  entered.form.symbol_rate = "";
+  EXPECT_TRUE(StoreCommon(document, rows, shown, entered).has_value());
+}
+
+TEST_F(Commons, OneThatIsRefusedLeavesAllAsTheyWere) {
+  const auto rows = Below({0, 1, 0});
+  database.lnbs[0].type = kLnbUniversal;
+  rows[1].carrier->record.frequency = 3;
+  const auto shown = CommonCarriers(rows);
+  auto entered = shown;
+  entered.form.name = "Both";
+  const auto refusal = StoreCommon(document, rows, shown, entered);
+  ASSERT_TRUE(refusal.has_value());
+  EXPECT_EQ(refusal->text, "[ 2 ] S1C2:\nCarrier frequency should be in the range of 10700 - 12750");
+  EXPECT_EQ(refusal->field, kFieldFrequency);
+  EXPECT_EQ(NameOf(rows[0].carrier->record.name), "S1C1");
+  const auto services = Below({0, 1, 0, 0});
+  const auto shown_services = CommonServices(services, false);
+  auto numbers = shown_services;
+  numbers.form.program_number = "7";
+  EXPECT_EQ(StoreCommon(messages, document, services, shown_services, numbers, false)->text,
+            "[ 2 ] S1C1P2:\nService program number already exists.");
+  EXPECT_EQ(services[0].service->record.program_number, 1u);
+}
+
+TEST_F(Commons, ServicesAreAskedOnceAndLeaveTheirListsWithAWord) {
+  const auto rows = Below({0, 1, 0, 0});
+  database.favourites[0].tv = {database.services[0], database.services[5]};
+  database.favourites[3].tv = {database.services[1], database.services[0]};
+  const auto shown = CommonServices(rows, false);
+  auto entered = shown;
+  entered.form.audio_pid = "9";
+  entered.form.type = kRadio;
+  EXPECT_FALSE(StoreCommon(messages, document, rows, shown, entered, false));
+  EXPECT_THAT(
+      recorder.Texts(),
+      ElementsAre("Invalid Audio PID.\nDo you want to update default PID ?",
+                  "Removed from favourite lists: 3.\nA service that changes between TV and radio leaves "
+                  "the lists of its old type."));
+  EXPECT_THAT(database.favourites[0].tv, ElementsAre(database.services[5]));
+  EXPECT_THAT(database.favourites[3].tv, IsEmpty());
+  for (const NodeRef& row : rows) EXPECT_EQ(row.service->record.audio_pid, kNoPid);
+  // What is refused gives them back.
+  recorder.answer = false;
+  const auto second = Below({0, 1, 0, 1});
+  const auto shown_second = CommonServices(second, false);
+  entered = shown_second;
+  entered.form.type = kRadio;
+  entered.form.pcr_pid = "1";
+  EXPECT_TRUE(StoreCommon(messages, document, second, shown_second, entered, false).has_value());
+  EXPECT_THAT(database.favourites[0].tv, ElementsAre(database.services[5]));
+  EXPECT_EQ(second[0].service->record.type, kTv);
+}
+
+TEST_F(Commons, SatellitesAndLnbs) {
+  const auto satellites = Below({0, 1});
+  const auto shown = CommonSatellites(satellites);
+  EXPECT_FALSE(shown.Differs(&SatelliteForm::east));
+  auto entered = shown;
+  entered.form.east = false;
+  entered.form.lnb_index = 1;
+  EXPECT_FALSE(StoreCommon(messages, satellites, shown, entered));
+  for (const NodeRef& row : satellites) {
+    EXPECT_EQ(row.satellite->record.east, 0u);
+    EXPECT_EQ(row.satellite->record.lnb_index, 1u);
+  }
+  EXPECT_EQ(satellites[1].satellite->record.angle, 130u);
+  entered.form.angle = "0";
+  EXPECT_FALSE(StoreCommon(messages, satellites, shown, entered));
+  EXPECT_THAT(recorder.Texts(), ElementsAre("Invalid satellite angle.")) << "once";
+  const auto lnbs = Below({0, 0});
+  database.lnbs[1].switch_type = kSwitchDiseqc;
+  database.lnbs[1].diseqc_switch = 2;
+  const auto shown_lnbs = CommonLnbs(document, lnbs);
+  auto power = shown_lnbs;
+  power.form.power = 0;
+  EXPECT_FALSE(StoreCommon(document, lnbs, shown_lnbs, power, 0));
+  EXPECT_EQ(database.lnbs[0].power + database.lnbs[1].power, 0u);
+  EXPECT_EQ(database.lnbs[1].diseqc_switch, 2u);
+  EXPECT_EQ(database.lnbs[0].switch_type, kSwitchNone);
+}
+
+// Random forms for random services: the same as storing each by itself, field by field.
+TEST(RandomCommons, DoWhatStoringEachDoes) {
+  std::mt19937 random(12);
+  Recorder recorder;
+  for (int round = 0; round < 80; ++round) {
+    Document document = MakeRandomDocument(random), model;
+    for (OpenSdb& sdb : document.sdbs)
+      model.sdbs.push_back({sdb.slot, sdb.name, CopyDatabase(*sdb.database)});
+    const auto rows_of = [](const Document& of) {
+      return ListBelow(of, RootNodes(of)[0], ListView::kServices, false).rows;
+    };
+    auto rows = rows_of(document), model_rows = rows_of(model);
+    if (rows.size() < 2) continue;
+    const auto shown = CommonServices(rows, false);
+    auto entered = shown;
+    if (random() % 2) entered.form.name = "Same";
+    if (random() % 2) entered.form.audio_pid = std::to_string(random() % 9000);
+    if (random() % 2) entered.form.type = random() % 2 ? uint32_t{kTv} : uint32_t{kRadio};
+    if (random() % 2) entered.form.free = !entered.form.free, entered.differing.clear();
+    const bool done = !StoreCommon(recorder.context.messages, document, rows, shown, entered, false);
+    bool model_done = true;
+    for (NodeRef& row : model_rows) {
+      ServiceForm form = ServiceFormOf(row.service->record, false);
+      if (entered.form.name != shown.form.name) form.name = entered.form.name;
+      if (entered.form.audio_pid != shown.form.audio_pid) form.audio_pid = entered.form.audio_pid;
+      if (entered.form.type != shown.form.type && !(entered.form.type == kRadio && form.type != kTv))
+        form.type = entered.form.type;
+      if (entered.differing != shown.differing || entered.form.free != shown.form.free)
+        form.free = entered.form.free;
+      if (StoreService(recorder.context.messages, form, false, *model.sdbs[0].database, *row.service)) {
+        model_done = false;
+        break;
+      }
+    }
+    EXPECT_EQ(done, model_done) << round;
+    if (done) {
+      EXPECT_EQ(DatabaseDifference(*document.sdbs[0].database, *model.sdbs[0].database), "") << round;
+    }
+    EXPECT_EQ(CheckLinks(*document.sdbs[0].database), "");
+  }
+}
+
+}  // namespace
+
+}  // namespace vexa

@@ -1,0 +1,18 @@
+// Numbers of the comparison's window: 1550 to 1599.
+#pragma once
+
+#include "view/dialog_ids.h"
+
+#define IDC_COMPARE_NAMES 1551
+#define IDC_COMPARE_SDB 1552
+#define IDC_COMPARE_KIND 1553
+#define IDC_COMPARE_CHANGE 1554
+#define IDC_COMPARE_EQUAL 1555
+#define IDC_COMPARE_LIST 1556
+#define IDC_COMPARE_STATUS 1557
+#define IDC_COMPARE_PREVIOUS 1558
+#define IDC_COMPARE_NEXT 1559
+#define IDC_COMPARE_TAKE 1560
+#define IDC_COMPARE_TAKE_KIND 1561
+#define IDC_COMPARE_TAKE_ALL 1562
+#define IDC_COMPARE_EXPORT 1563
