@@ -15,7 +15,7 @@ namespace vexa {
 namespace {
 
 constexpr std::string_view kMagic = "VexaClip";
-constexpr size_t kHead = 11;  // bytes before the container
+constexpr size_t kClipHead = 11;  // bytes before the container
 
 // In the order of their numbers in a clip.
 constexpr NodeKind kClipKinds[] = {NodeKind::kSdb,     NodeKind::kLnb,     NodeKind::kSatellite,
@@ -106,12 +106,12 @@ std::optional<Clip> ReadClip(const Context& context, std::span<const uint8_t> by
     Tell(context.messages, Icon::kInformation, "There is nothing to paste.");
     return std::nullopt;
   };
-  if (bytes.size() < kHead || std::memcmp(bytes.data(), kMagic.data(), kMagic.size()) != 0 ||
+  if (bytes.size() < kClipHead || std::memcmp(bytes.data(), kMagic.data(), kMagic.size()) != 0 ||
       bytes[8] >= std::size(kClipKinds))
     return refuse();
   Clip clip;
   clip.kind = kClipKinds[bytes[8]];
-  if (!OpenBinBytes(context, bytes.subspan(kHead), clip.document)) return std::nullopt;
+  if (!OpenBinBytes(context, bytes.subspan(kClipHead), clip.document)) return std::nullopt;
   if (clip.document.sdbs.size() != 1) return refuse();
   // A stream has all places filled; those that were not copied are taken off again.
   StaticDatabase& database = clip.database();

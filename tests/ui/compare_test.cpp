@@ -18,19 +18,30 @@ using Labels = std::vector<std::string>;
 
 class Comparison : public EditorTest {
  protected:
-  // The sample without its first service, with another name of the second satellite, carriers turned round.
-  Path PutOther() {
-    const Path path = PutSample("other.bin");
+  // The sample with its carriers at two frequencies, changed by `change`.
+  template <class Change>
+  Path PutChanged(const char* name, Change change) {
+    const Path path = PutSample(name);
     Document document;
     EXPECT_TRUE(OpenBin(recorder_.context, path, document));
     StaticDatabase& database = *document.sdbs[0].database;
-    DeleteServices(database, {database.services[0]});
-    SetName(database.satellites[1]->record.name, "Beta");
-    std::swap(database.satellites[0]->carriers[0], database.satellites[0]->carriers[1]);
-    NumberCarriers(*database.satellites[0]);
-    RefillAll(database);
+    database.carriers[1]->record.frequency = 11000;
+    change(database);
     EXPECT_TRUE(SaveBin(recorder_.context, document, path));
     return path;
+  }
+  void StartWithOwn() {
+    Start({L"--test-mode"}, PutChanged("own.bin", [](StaticDatabase&) {}));
+  }
+  // Without the first service, with another name of the second satellite, carriers turned round.
+  Path PutOther() {
+    return PutChanged("other.bin", [](StaticDatabase& database) {
+      DeleteServices(database, {database.services[0]});
+      SetName(database.satellites[1]->record.name, "Beta");
+      std::swap(database.satellites[0]->carriers[0], database.satellites[0]->carriers[1]);
+      NumberCarriers(*database.satellites[0]);
+      RefillAll(database);
+    });
   }
   HWND Open(const Path& other) {
     driver_->Command(kCmdCompare);
@@ -50,12 +61,12 @@ class Comparison : public EditorTest {
 
 TEST_F(Comparison, IsFilteredTakenOverAndExported) {
   const Path other = PutOther();
-  StartWithSample();
+  StartWithOwn();
   HWND box = Open(other);
   ASSERT_NE(box, nullptr);
   HWND list = GetDlgItem(box, IDC_COMPARE_LIST);
   const Labels all = {"Moved SDB1 satellite 1 carrier 1 High",
-                      "Removed SDB1 satellite 1 carrier 2 service 1 Cap", "Changed SDB1 satellite 2 Beta"};
+                      "Removed SDB1 satellite 1 carrier 1 service 1 Cap", "Changed SDB1 satellite 2 Beta"};
   EXPECT_THAT(Records(box), testing::ElementsAreArray(all));
   EXPECT_EQ(driver_->CellOf(list, 2, 2), "name \"Alpha\"");
   EXPECT_EQ(driver_->CellOf(list, 2, 3), "name \"Beta\"");
@@ -105,7 +116,7 @@ TEST_F(Comparison, IsFilteredTakenOverAndExported) {
 
 TEST_F(Comparison, LeadsToTheRecord) {
   const Path other = PutOther();
-  StartWithSample();
+  StartWithOwn();
   HWND box = Open(other);
   ASSERT_NE(box, nullptr);
   driver_->SelectRows(GetDlgItem(box, IDC_COMPARE_LIST), {1});
@@ -117,7 +128,7 @@ TEST_F(Comparison, LeadsToTheRecord) {
 
 TEST_F(Comparison, OrdersAreTakenFromAnOlderDatabaseAndFromTheList) {
   const Path other = PutOther();
-  StartWithSample();
+  StartWithOwn();
   driver_->Command(kCmdOrderLike);
   driver_->ChooseFile("Apply order from", other);
   EXPECT_THAT(driver_->Answer(IDOK),

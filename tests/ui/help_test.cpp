@@ -189,6 +189,11 @@ class Help : public EditorTest {
     box = driver_->WaitForBox("Check Database - " + Caption());
     See(box, "findings", HelpPage(IDD_FINDINGS));
     driver_->Press(box, IDCANCEL);
+    driver_->Command(kCmdCompare);
+    driver_->ChooseFile("Compare with", home_ / "more.sdx");
+    box = driver_->WaitForBox("Compare");
+    See(box, "compare", HelpPage(IDD_COMPARE));
+    driver_->Press(box, IDCANCEL);
   }
 
   // With something in them, for their pictures.

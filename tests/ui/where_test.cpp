@@ -142,7 +142,9 @@ TEST_F(Where, ANewRecordIsSelected) {
   driver_->Key(Tree(), VK_F2);
   EXPECT_TRUE(driver_->Until("the new carrier", [&] { return driver_->ListCount() == 3; }));
   EXPECT_EQ(SelectedName(), "Carrier3");
-  End();
+  driver_->Close();
+  driver_->Answer(IDNO);
+  EXPECT_EQ(driver_->ExitCode(), 0u);
 }
 
 TEST_F(Where, ServicesAreNotProposedToStay) {

@@ -191,6 +191,13 @@ bool SelectNodes(EditorWindow& editor, const std::vector<NodeRef>& nodes) {
   return true;
 }
 
+// Whether the list would show the first of the nodes without its filter.
+bool FilterHides(const EditorWindow& editor, const std::vector<NodeRef>& nodes) {
+  if (nodes.empty() || editor.filter.terms.empty()) return false;
+  const ListModel list = ListBelow(editor.document, editor.selected, editor.view, editor.app->hexadecimal);
+  return std::find(list.rows.begin(), list.rows.end(), nodes[0]) != list.rows.end();
+}
+
 }  // namespace
 
 bool SelectTreeNode(EditorWindow& editor, const TreePath& place) {
@@ -229,7 +236,9 @@ void ShowChanges(EditorWindow& editor, const std::vector<ChangedRows>& changes) 
       if (!all.empty() && node.kind == all[0].kind) all.push_back(node);
     }
   }
-  if (!SelectNodes(editor, all)) {
+  const auto select = [&] { return SelectNodes(editor, all); };
+  // In the list that is shown, a filter may hide them.
+  if (!select() && !(FilterHides(editor, all) && EndFilter(editor) && select())) {
     // Of the roots, one is selected in the tree itself.
     const bool root = first.parent.empty();
     if (root && first.rows.empty()) return;
