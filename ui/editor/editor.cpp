@@ -162,13 +162,11 @@ void LayOut(EditorWindow& editor) {
   const int count = static_cast<int>(editor.view_buttons.size()) + 1;
   const int in_row = std::clamp((width - left + gap) / (button_width + gap), 1, count);
   const int buttons_top = std::max(0, body - (count + in_row - 1) / in_row * (button + gap));
-  HDWP moves = BeginDeferWindowPos(15);
-  const int buttons_top = std::max(0, panel_top - (count + in_row - 1) / in_row * (button + gap));
   // The filter's line above the list.
   const int line = std::max(0, std::min(dots(kFilterHeight), buttons_top - gap));
   const int field = std::max(0, std::min(dots(kFilterWidth), (width - left) / 2));
   const int field_left = left + dots(kFilterLabelWidth), status_left = field_left + field + gap;
-  HDWP moves = BeginDeferWindowPos(17);
+  HDWP moves = BeginDeferWindowPos(18);
   const auto place = [&](HWND control, int x, int y, int w, int h) {
     if (moves)
       moves = DeferWindowPos(moves, control, nullptr, x, y, std::max(0, w), std::max(0, h),
@@ -176,8 +174,6 @@ void LayOut(EditorWindow& editor) {
   };
   place(editor.tree, 0, 0, split, body - gap);
   if (picture > 0) place(editor.picture_pane, 0, body, width, picture);
-  place(editor.list, left, 0, width - left, buttons_top - gap);
-  place(editor.tree, 0, 0, split, panel_top - gap);
   place(editor.filter_label, left + gap, 0, dots(kFilterLabelWidth) - gap, line);
   place(editor.filter_field, field_left, 0, field, line);
   place(editor.filter_status, status_left, 0, width - status_left, line);
@@ -468,6 +464,8 @@ void SwitchPicture(Application& app) {
     RefreshPicture(*editor);
   }
   app.refresh_frame();
+}
+
 namespace {
 
 // Keys of the filter's field that lead out of it.
