@@ -3,6 +3,7 @@
 #pragma once
 
 #define IDD_ABOUT 400
+#define IDD_START 420
 #define IDD_PROGRESS 410
 #define IDD_LNB 1100
 #define IDD_SATELLITE 1101

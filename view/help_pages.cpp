@@ -19,6 +19,7 @@ struct Row {
 // tools/make_help.sh looks for a row of each dialog here, and for the page of each row.
 constexpr Row<int> kDialogs[] = {
     {IDD_ABOUT, "frame"},
+    {IDD_START, "frame"},
     {IDD_PROGRESS, "frame"},
     {IDD_LNB, "lnb"},
     {IDD_SATELLITE, "satellite"},

@@ -18,7 +18,7 @@
 #include "import/csv.h"
 #include "platform/temporary_folder.h"
 #include "tests/support/data_folder.h"
-#include "tests/support/failing_files.h"
+#include "tests/cli/failing_files.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/list_maker.h"
 

@@ -1,6 +1,7 @@
-// Numbers of the page over the empty frame, which is no dialog by itself: its help is the frame's.
+// Numbers of the controls of the page over the empty frame.
 #pragma once
 
-#define IDD_START 420
+#include "view/dialog_ids.h"
+
 #define IDC_START_HINT 421
 #define IDC_START_FIRST 422

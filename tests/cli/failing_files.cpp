@@ -1,4 +1,4 @@
-#include "tests/support/failing_files.h"
+#include "tests/cli/failing_files.h"
 
 #if !defined(_WIN32)
 
