@@ -23,6 +23,10 @@ Path ComparedName(const Path& path);
 // Removes all that is in the folder but `kept`; failures are silent.
 void EmptyFolder(const Path& folder, const Path& kept);
 
+// Gives the file a second name; not done when anything has that, or where the file system knows no such
+// names.
+Outcome LinkFile(const Path& file, const Path& name);
+
 enum class NewFile { kMade, kTaken, kFailed };
 // An empty file under a name that was free; kTaken when anything has the name. `why` is set when it failed.
 NewFile CreateNewFile(const Path& path, std::error_code& why);

@@ -44,29 +44,37 @@ struct Scratch {
 };
 
 constexpr std::string_view kScratchBegin = ".vexa-", kScratchEnd = ".tmp";
-// What held a name until it got another file is never taken for abandoned: of a program that was killed
-// meanwhile it may be all that there is.
+// A second name of what a target holds, until all files of a write have theirs. Its owner's scratch file has
+// the same name up to the end.
 constexpr std::string_view kFormerEnd = ".old";
+// The only name of that, where the file system refuses second names. It is never taken for abandoned: of a
+// program that was killed meanwhile it may be all that there is.
+constexpr std::string_view kMovedEnd = ".kept";
 // Of a file whose owner ran where nobody here can tell whether it still does.
 constexpr auto kAbandonedAge = std::chrono::hours(24);
+
+// Process and system in hexadecimal digits, the counter with 16 of them and the system with 8.
+std::string ScratchName(unsigned long process, unsigned long long counter, unsigned system,
+                        std::string_view end) {
+  char name[80];
+  std::snprintf(name, sizeof name, "%s%lx-%016llx-%08x%s", kScratchBegin.data(), process, counter, system,
+                end.data());
+  return name;
+}
 
 // A new, empty file beside `target`, a scratch file locked as long as its owner lives. Its name is short, so
 // that it can stand beside one of the longest names, and was free: no file of the user's and none of another
 // process is ever taken for it. It ends with the number of the system that runs the owner.
-Scratch ScratchBeside(const Path& target, std::string_view end = kScratchEnd) {
+Scratch ScratchBeside(const Path& target) {
   static std::atomic<uint64_t> counter{
       static_cast<uint64_t>(std::chrono::system_clock::now().time_since_epoch().count())};
   Scratch scratch;
   for (int attempt = 0; attempt < 1000; ++attempt) {
-    char name[80];
-    std::snprintf(name, sizeof name, "%s%lx-%llx-%08x%s", kScratchBegin.data(), ProcessNumber(),
-                  static_cast<unsigned long long>(counter++), unsigned{RunningSystem()}, end.data());
-    Path path = target.parent_path() / name;
+    Path path = target.parent_path() / ScratchName(ProcessNumber(), counter++, RunningSystem(), kScratchEnd);
     const NewFile made = CreateNewFile(path, scratch.error);
     if (made == NewFile::kTaken) continue;
     if (made == NewFile::kFailed) break;
     scratch.path = std::move(path);
-    if (end != kScratchEnd) break;
     scratch.owner = LockFile(scratch.path, false);
     const Cause cause = scratch.owner ? Cause::kOther : CauseOf(LastSystemError());
     if (cause != Cause::kInUse && cause != Cause::kMissing) break;
@@ -78,38 +86,44 @@ Scratch ScratchBeside(const Path& target, std::string_view end = kScratchEnd) {
   return scratch;
 }
 
-// Whether the name is a scratch file's; `here`: of this system, as it runs.
+// Whether the name is one that this program gives to what goes when its owner is gone; `here`: to an owner of
+// this system, as it runs.
 bool IsScratchName(const Path& path, bool& here) {
   const std::string name = Utf8FromPath(path);
-  if (!name.starts_with(kScratchBegin) || !name.ends_with(kScratchEnd) ||
-      name.size() <= kScratchBegin.size() + kScratchEnd.size())
+  unsigned long process = 0;
+  unsigned long long counter = 0;
+  unsigned system = 0;
+  if (!name.starts_with(kScratchBegin) ||
+      std::sscanf(name.c_str() + kScratchBegin.size(), "%lx-%llx-%x", &process, &counter, &system) != 3)
     return false;
-  const std::string_view numbers = std::string_view(name).substr(
-      kScratchBegin.size(), name.size() - kScratchBegin.size() - kScratchEnd.size());
-  char own[16];
-  std::snprintf(own, sizeof own, "-%08x", unsigned{RunningSystem()});
-  here = numbers.ends_with(own);
-  const auto hyphens = std::count(numbers.begin(), numbers.end(), '-');
-  return numbers.find_first_not_of("0123456789abcdef-") == numbers.npos && hyphens >= 1 && hyphens <= 2;
+  here = system == RunningSystem();
+  return name == ScratchName(process, counter, system, kScratchEnd) ||
+         name == ScratchName(process, counter, system, kFormerEnd);
 }
 
-// Removes the scratch files beside `target` whose owners are gone. The lock tells that of those who ran on
-// this system; of others, whose locks may not be seen here, the age does. Failures are silent.
+// The lock of the owner's scratch file tells whether one who ran on this system, `here`, is gone; of others,
+// whose locks may not be seen here, its age does. It is held until the file is removed, so that no owner
+// takes it in between. An owner's own file goes last: a second name without it is nobody's.
+void RemoveIfAbandoned(const Path& path, bool here) {
+  std::error_code error;
+  if (fs::symlink_status(path, error).type() != fs::file_type::regular) return;
+  const Path owned = Path(path).replace_extension(kScratchEnd);
+  const bool has_owner = fs::symlink_status(owned, error).type() != fs::file_type::not_found;
+  const auto owner = has_owner ? LockFile(owned, false) : nullptr;
+  if (has_owner && !owner && CauseOf(LastSystemError()) == Cause::kInUse) return;
+  const auto written = fs::last_write_time(owned, error);
+  const bool old = !error && fs::file_time_type::clock::now() - written > kAbandonedAge;
+  if (!has_owner || (owner && here) || old) fs::remove(path, error);
+}
+
+// Removes what stands beside `target` of owners that are gone. Failures are silent.
 void RemoveAbandonedBeside(const Path& target) {
   const Path parent = target.parent_path();
   std::vector<Path> names;
   if (!ListFolder(parent.empty() ? Path(".") : parent, names)) return;
   for (const Path& name : names) {
     bool here = false;
-    if (!IsScratchName(name, here)) continue;
-    const Path path = parent / name;
-    std::error_code error;
-    if (fs::symlink_status(path, error).type() != fs::file_type::regular) continue;
-    auto owner = LockFile(path, false);
-    if (!owner && CauseOf(LastSystemError()) == Cause::kInUse) continue;
-    const auto written = fs::last_write_time(path, error);
-    const bool old = !error && fs::file_time_type::clock::now() - written > kAbandonedAge;
-    if ((owner && here) || old) fs::remove(path, error);
+    if (IsScratchName(name, here)) RemoveIfAbandoned(parent / name, here);
   }
 }
 
@@ -199,31 +213,49 @@ Outcome TakeName(Staged& staged, const FileOperations& files) {
 
 // What a name held before it got another file.
 struct Former {
-  Scratch old;
-  bool moved = false, was_there = false;
+  Scratch owner;
+  Scratch old;  // gone before its owner's file
+  bool kept = false, was_there = false;
 };
+
+// Leaves nothing under the target's name, where no second one can be had.
+Outcome MoveAside(const Path& target, Former& former) {
+  std::error_code error;
+  Path moved = Path(former.owner.path).replace_extension(kMovedEnd);
+  const NewFile made = CreateNewFile(moved, error);
+  if (made == NewFile::kTaken) return std::make_error_code(std::errc::file_exists);
+  if (made == NewFile::kFailed) return error;
+  former.old.path = std::move(moved);
+  return SystemFiles().replace(target, former.old.path);
+}
 
 Outcome PutAside(const Path& target, Former& former) {
   std::error_code error;
   former.was_there = fs::exists(target, error);
   if (former.was_there) {
-    former.old = ScratchBeside(target, kFormerEnd);
-    if (former.old.path.empty()) return former.old.error;
-    const Outcome moved = SystemFiles().replace(target, former.old.path);
-    if (!moved) return moved;
+    former.owner = ScratchBeside(target);
+    if (former.owner.path.empty()) return former.owner.error;
+    Path second = Path(former.owner.path).replace_extension(kFormerEnd);
+    Outcome aside = LinkFile(target, second);
+    if (aside)
+      former.old.path = std::move(second);
+    else if (CauseOf(aside.error) != Cause::kMissing)
+      aside = MoveAside(target, former);
+    // Whoever else writes there has moved it aside, or taken it back.
+    former.was_there = aside.done;
+    if (!aside && CauseOf(aside.error) != Cause::kMissing) return aside;
   }
-  former.moved = true;
+  former.kept = true;
   return true;
 }
 
 void PutBack(const Path& target, Former& former) {
   std::error_code error;
-  if (!former.moved) return;
-  if (!former.was_there) {
+  if (!former.kept) return;
+  if (!former.was_there)
     fs::remove(target, error);
-  } else if (SystemFiles().replace(former.old.path, target)) {
-    former.old.path.clear();
-  }
+  else if (!SystemFiles().replace(former.old.path, target))
+    former.old.path.clear();  // stays, as the only one that holds it
 }
 
 // Null when it cannot be opened, and `why`.

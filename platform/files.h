@@ -1,9 +1,11 @@
 // Files of the operating system, as the engine needs them: read whole, or written whole.
 //
 // A file is written beside its target under a name that was free, flushed to the disk and renamed over
-// the target, so that the target is at every moment the old file or the new one, never a part. What a program
-// that was killed left there goes with the next write to that folder. A device or a pipe is written to as it
-// stands; a read-only file is refused.
+// the target, so that the target is at every moment the old file or the new one, never a part. Of several
+// files each has a second name until all have taken theirs; only where the file system knows no second names
+// the target is missing for a moment, and a program that is killed then leaves the old file as
+// ".vexa-*.kept". All else that it left there goes with the next write to that folder. A device or a pipe is
+// written to as it stands; a read-only file is refused.
 //
 // `FileOperations` is the table of the primitive steps; the tests hand in one whose n-th step fails.
 // All paths may hold any character of the system's file names. Thread-safe: no shared state.

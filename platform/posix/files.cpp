@@ -58,6 +58,11 @@ Outcome ListFolder(const Path& folder, std::vector<Path>& names) {
   return why;
 }
 
+Outcome LinkFile(const Path& file, const Path& name) {
+  if (link(file.c_str(), name.c_str()) == 0) return true;
+  return LastSystemError();
+}
+
 NewFile CreateNewFile(const Path& path, std::error_code& why) {
   const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   if (file < 0 && errno == EEXIST) return NewFile::kTaken;

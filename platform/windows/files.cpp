@@ -61,6 +61,11 @@ Outcome ListFolder(const Path& folder, std::vector<Path>& names) {
   return end;
 }
 
+Outcome LinkFile(const Path& file, const Path& name) {
+  if (CreateHardLinkW(LongPath(name).c_str(), LongPath(file).c_str(), nullptr)) return true;
+  return LastSystemError();
+}
+
 NewFile CreateNewFile(const Path& path, std::error_code& why) {
   const HANDLE file = CreateFileW(LongPath(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                   FILE_ATTRIBUTE_NORMAL, nullptr);

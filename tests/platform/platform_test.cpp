@@ -25,6 +25,7 @@
 namespace {
 int entries_left = 0;  // until a walk through a folder breaks off; 0: none does
 int sync_error = 0;    // of every fsync; 0: they do what they should
+int link_error = 0;    // of every link, likewise
 }  // namespace
 
 // The library's, but for a disk that fails.
@@ -32,6 +33,13 @@ extern "C" int fsync(int file) {
   static const auto own = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"));
   if (sync_error == 0) return own(file);
   errno = sync_error;
+  return -1;
+}
+// The library's, but for a file system that knows no second names.
+extern "C" int link(const char* file, const char* name) {
+  static const auto own = reinterpret_cast<int (*)(const char*, const char*)>(dlsym(RTLD_NEXT, "link"));
+  if (link_error == 0) return own(file, name);
+  errno = link_error;
   return -1;
 }
 extern "C" dirent* readdir(DIR* folder) {
@@ -312,24 +320,33 @@ TEST(Files, AbandonedScratchFilesOfOtherSystemsGoAfterADay) {
     const char* name;
     hours age;
     bool stays;
-  } rows[] = {{".vexa-1a-2b.tmp", hours(25), false},
-              {".vexa-1a-2b-0000000c.tmp", hours(25), false},
-              {".vexa-1a-2c-0000000c.tmp", hours(23), true},
-              {".vexa-1a-2b-3-4.tmp", hours(99), true},
-              {".vexa-1a.tmp", hours(99), true},
+  } rows[] = {{".vexa-1a-000000000000002b-0000000c.tmp", hours(25), false},
+              {".vexa-1a-000000000000002c-0000000c.tmp", hours(23), true},
+              {".vexa-1a-000000000000002b-0000000c.old", hours(25), false},
+              {".vexa-1a-000000000000002c-0000000c.old", hours(99), true},   // its owner's is younger
+              {".vexa-1a-000000000000002d-0000000c.old", hours(1), false},   // without an owner's
+              {".vexa-1a-000000000000002d-0000000c.kept", hours(99), true},  // perhaps the only one
+              {".vexa-2025-11-20.tmp", hours(99), true},
+              {".vexa-1a-2b.tmp", hours(99), true},
+              {".vexa-1a-2b-0000000c.tmp", hours(99), true},
+              {".vexa-1a-00000000000000002b-0000000c.tmp", hours(99), true},
+              {".vexa-1a-000000000000002b-c.tmp", hours(99), true},
+              {".vexa-01a-000000000000002b-0000000c.tmp", hours(99), true},
+              {".vexa-1A-000000000000002b-0000000c.tmp", hours(99), true},
+              {".vexa-1a-000000000000002b-0000000c-4.tmp", hours(99), true},
+              {".vexa-1a-000000000000002b-0000000c.bin", hours(99), true},
               {".vexa-.tmp", hours(99), true},
-              {".vexa-1a-2b-mine.tmp", hours(99), true},
-              {".vexa-1a-2d.old", hours(99), true},
-              {"vexa-1a-2b.tmp", hours(99), true}};
+              {"vexa-1a-000000000000002b-0000000c.tmp", hours(99), true}};
   for (const auto& row : rows) {
     PutFile(folder / row.name, BytesOf("x"));
     std::filesystem::last_write_time(folder / row.name,
                                      std::filesystem::file_time_type::clock::now() - row.age);
   }
-  std::filesystem::create_directory(folder / ".vexa-1-2.tmp");
+  const Path inner = folder / ".vexa-1a-000000000000002e-0000000c.tmp";
+  std::filesystem::create_directory(inner);
   EXPECT_EQ(WriteWholeFile(folder / "target", BytesOf("new")), WriteResult::kDone);
   for (const auto& row : rows) EXPECT_EQ(std::filesystem::exists(folder / row.name), row.stays) << row.name;
-  EXPECT_TRUE(std::filesystem::exists(folder / ".vexa-1-2.tmp"));
+  EXPECT_TRUE(std::filesystem::exists(inner));
 }
 
 #if !defined(_WIN32)
@@ -360,25 +377,93 @@ TEST(Files, TheNextWriteRemovesWhatAKilledOneLeft) {
   for (const int end : ready) close(end);
 }
 
+// Of two files at each renaming, with and without second names: no content is lost, and no name where there
+// are such. What is left of it goes with the next write, but for what may be the only one.
+TEST(Files, AKillBetweenTheRenamingsLosesNothing) {
+  Recorder recorder;
+  for (const int refused : {0, EPERM}) {
+    for (const int killed_at : {1, 2}) {
+      const Path folder = recorder.context.temporary_folder / std::to_string(refused * 10 + killed_at);
+      std::filesystem::create_directory(folder);
+      for (const char* name : {"a", "b"}) PutFile(folder / name, BytesOf("before"));
+      const pid_t writer = fork();
+      if (writer == 0) {
+        link_error = refused;
+        int steps = 0;
+        recorder.files.replace = [&](const Path& from, const Path& to) {
+          if (++steps == killed_at) raise(SIGKILL);
+          return SystemFiles().replace(from, to);
+        };
+        const FileContent contents[] = {{folder / "a", BytesOf("new")}, {folder / "b", BytesOf("new")}};
+        size_t failed = 0;
+        WriteWholeFiles(contents, failed, recorder.files);
+        _exit(0);
+      }
+      int status = 0;
+      waitpid(writer, &status, 0);
+      EXPECT_TRUE(WIFSIGNALED(status));
+      EXPECT_EQ(WriteWholeFile(folder / "next", BytesOf("new")), WriteResult::kDone);
+      EXPECT_EQ(FilesIn(folder), refused != 0 && killed_at == 2 ? 4 : 3);
+      for (int i = 0; i < 2; ++i) {
+        Path path = folder / (i == 0 ? "a" : "b");
+        if (refused != 0 && i == killed_at - 1) {
+          EXPECT_FALSE(std::filesystem::exists(path));
+          for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            const auto content = ReadWholeFile(entry.path());
+            if (entry.path().extension() == ".kept" && content == BytesOf("before")) path = entry.path();
+          }
+        }
+        EXPECT_EQ(ReadWholeFile(path), BytesOf(i < killed_at - 1 ? "new" : "before")) << path;
+      }
+    }
+  }
+}
+
+TEST(Files, SeveralFilesComeBackAlsoWhereTheyHaveNoSecondNames) {
+  Recorder recorder;
+  const Path folder = recorder.context.temporary_folder;
+  const std::vector<FileContent> contents = {{folder / "a", BytesOf("new")}, {folder / "b", BytesOf("new")}};
+  for (const int failing : {7, 8, 0}) {  // the first and the second renaming, none
+    for (const FileContent& one : contents) PutFile(one.path, BytesOf("before"));
+    recorder.FailStep(failing);
+    size_t refused = 0;
+    link_error = EPERM;
+    const WriteResult result = WriteWholeFiles(contents, refused, recorder.files);
+    link_error = 0;
+    EXPECT_EQ(result, failing == 0 ? WriteResult::kDone : WriteResult::kFailed);
+    for (const FileContent& one : contents)
+      EXPECT_EQ(ReadWholeFile(one.path), BytesOf(failing == 0 ? "new" : "before")) << failing << one.path;
+    EXPECT_EQ(FilesIn(folder), 2);
+  }
+}
+
 TEST(Files, ProcessesThatWriteOneTargetLeaveOneOfTheirFilesWhole) {
   Recorder recorder;
   const Path target = recorder.context.temporary_folder / "target";
+  PutFile(target, Bytes(20000));
   std::vector<pid_t> writers;
   for (const char letter : {'a', 'b', 'c'}) {
     writers.push_back(fork());
     if (writers.back() != 0) continue;
     int status = 0;
     for (int i = 0; i < 60; ++i) {
-      if (WriteWholeFile(target, Bytes(20000, static_cast<uint8_t>(letter))) != WriteResult::kDone)
+      const Bytes content(20000, static_cast<uint8_t>(letter));
+      // By itself and as one of several.
+      size_t refused = 0;
+      const FileContent several[] = {{target, content}};
+      if (WriteWholeFile(target, content) != WriteResult::kDone ||
+          WriteWholeFiles(several, refused) != WriteResult::kDone)
         status = 1;
     }
     _exit(status);
   }
+  int missing = 0;
   for (const pid_t writer : writers) {
     int status = -1;
-    waitpid(writer, &status, 0);
+    while (waitpid(writer, &status, WNOHANG) == 0) missing += std::filesystem::exists(target) ? 0 : 1;
     EXPECT_EQ(status, 0);
   }
+  EXPECT_EQ(missing, 0);
   const Bytes last = ReadWholeFile(target).value_or(Bytes{});
   ASSERT_EQ(last.size(), 20000u);
   EXPECT_EQ(last, Bytes(20000, last[0]));
