@@ -506,25 +506,39 @@ void CheckPlaces(Compiler& compiler, const std::vector<JudgedPartition>& partiti
   }
 }
 
-// What the image takes of the region that holds it, the last of type 3: in an EEPROM lie the tables whose
-// size depends on it.
-void CheckRegionRoom(Compiler& compiler, const Field& list, size_t configuration,
-                     const std::vector<JudgedPartition>& partitions, bool eeprom) {
+// The partitions of the image's tables fit the region that holds it, the last of type 3, and lie in it. In an
+// EEPROM lie the tables whose size depends on it.
+void CheckRegion(Compiler& compiler, const Field& list, size_t configuration,
+                 const std::vector<JudgedPartition>& partitions, bool eeprom) {
   const auto& regions = compiler.content.configurations[configuration].regions;
   const auto region = std::find_if(regions.rbegin(), regions.rend(),
                                    [](const RegionEntry& entry) { return entry.type == kAdbRegionType; });
-  if (region == regions.rend() || region->end < region->start) return;
+  if (region == regions.rend() || region->end <= region->start) return;
+  const std::string name = Utf8FromLatin(region->name);
+  std::vector<const JudgedPartition*> inside;
   int64_t taken = 0;
   for (const JudgedPartition& partition : partitions) {
     const bool of_a_table = std::any_of(std::begin(kTableSizes), std::end(kTableSizes),
                                         [&](const TableSize& row) { return row.type == partition.type; });
-    if (of_a_table && !LiesInEeprom(partition, eeprom)) taken += partition.room;
+    if (!of_a_table || LiesInEeprom(partition, eeprom)) continue;
+    taken += partition.room;
+    inside.push_back(&partition);
   }
   const int64_t room = int64_t{region->end} - region->start;
-  if (taken <= room) return;
-  compiler.Add(*list.node, list.path, "The partitions take %lld bytes, the region \"%s\" has %lld.",
-               static_cast<long long>(taken), Utf8FromLatin(region->name).c_str(),
-               static_cast<long long>(room));
+  if (taken > room) {
+    compiler.Add(*list.node, list.path, "The partitions take %lld bytes, the region \"%s\" has %lld.",
+                 static_cast<long long>(taken), name.c_str(), static_cast<long long>(room));
+    return;
+  }
+  for (const JudgedPartition* partition : inside) {
+    const int64_t end = partition->start.value_or(0) + partition->room;
+    // One behind the last address is told to be so.
+    if (!partition->start || end > UINT32_MAX || (*partition->start >= region->start && end <= region->end))
+      continue;
+    compiler.Add(*partition->entry, partition->entry_path,
+                 "The partition does not lie in the region \"%s\", from 0x%08" PRIX32 " to 0x%08" PRIX32 ".",
+                 name.c_str(), region->start, region->end);
+  }
 }
 
 // The partitions against their tables and their region, as the place among a product's configurations has
@@ -545,18 +559,22 @@ void CheckPartitions(Compiler& compiler, size_t configuration, size_t place) {
       compiler.Add(*list->node, list->path, "There is no partition of type %u.", unsigned{size.type});
   }
   CheckPlaces(compiler, partitions, eeprom);
-  CheckRegionRoom(compiler, *list, configuration, partitions, eeprom);
+  CheckRegion(compiler, *list, configuration, partitions, eeprom);
 }
 
-// A product's list of configurations tells them apart by their names.
-void ExpectOnce(Compiler& compiler, const Table& table, std::vector<size_t>& configurations) {
-  const auto elements = List(compiler, table, "configurations", 255);
+// A product's list of configurations and a manufacturer's of products tell them apart by their names.
+// `places` are the list's, as References gives them.
+void ExpectOnce(Compiler& compiler, const Table& table, const char* what, const char* kind,
+                std::vector<size_t>& places) {
+  const Field* list = Find(table, what);
+  const toml::array* elements = list ? list->node->as_array() : nullptr;
   std::set<size_t> seen;
-  for (size_t i = 0; i < configurations.size(); ++i) {
-    if (configurations[i] == kUnread || seen.insert(configurations[i]).second) continue;
-    compiler.Add(*elements[i].node, elements[i].path, "The configuration \"%s\" stands twice in the list.",
-                 elements[i].node->value_exact<std::string>()->c_str());
-    configurations[i] = kUnread;
+  for (size_t i = 0; elements && i < places.size(); ++i) {
+    if (places[i] == kUnread || seen.insert(places[i]).second) continue;
+    const Field element = ElementOf(*list, (*elements)[i], i);
+    compiler.Add(*element.node, element.path, "The %s \"%s\" stands twice in the list.", kind,
+                 element.node->value_exact<std::string>()->c_str());
+    places[i] = kUnread;
   }
 }
 
@@ -567,7 +585,7 @@ ContentProduct ReadProduct(Compiler& compiler, const Table& table) {
   product.variant = Byte(compiler, table, "variant", 0);
   product.configurations =
       References(compiler, table, "configurations", "configuration", compiler.configurations, 255);
-  ExpectOnce(compiler, table, product.configurations);
+  ExpectOnce(compiler, table, "configurations", "configuration", product.configurations);
   product.table = ReadProductTable(compiler, table, "table", 255);
   const size_t left = 255 - std::min<size_t>(product.table.size(), 255);
   product.second_table = ReadProductTable(compiler, table, "second_table", left);
@@ -641,6 +659,7 @@ void ReadManufacturers(Compiler& compiler, const Table& root) {
       compiler.Add(*id->node, id->path, "There are two manufacturers of id 0x%02X.",
                    unsigned{manufacturer.id});
     manufacturer.products = References(compiler, *table, "products", "product", compiler.products, 65535);
+    ExpectOnce(compiler, *table, "products", "product", manufacturer.products);
     compiler.content.manufacturers.push_back(std::move(manufacturer));
   }
 }

@@ -175,12 +175,12 @@ ProductTable ReadTableGroup(ByteReader& reader, size_t count) {
   return group;
 }
 
-// Values by the bytes that they are written as, each once, or once for each `copy` of it.
+// Values by the bytes that they are written as, once for each `copy` of it.
 template <class Value>
 class Pool {
  public:
   explicit Pool(std::vector<Value>& values) : values_(values) {}
-  size_t PlaceOf(Value value, const Bytes& written, size_t copy = 0) {
+  size_t PlaceOf(Value value, const Bytes& written, size_t copy) {
     const auto [known, is_new] = places_.emplace(std::pair(written, copy), values_.size());
     if (is_new) values_.push_back(std::move(value));
     return known->second;
@@ -224,6 +224,7 @@ EcfContent ReadEcfContent(std::span<const uint8_t> file) {
     ContentManufacturer manufacturer{static_cast<uint8_t>(reader.U16()), {}};
     const size_t count = reader.U16();
     reader.Skip(4);
+    std::map<Bytes, size_t> seen_products;  // a manufacturer refers to each product once
     for (size_t j = 0; j < count && reader.ok(); ++j) {
       ContentProduct product;
       reader.Skip(3);
@@ -248,7 +249,8 @@ EcfContent ReadEcfContent(std::span<const uint8_t> file) {
       if (second > 0) product.second_table = ReadTableGroup(reader, second);
       ByteWriter written;
       WriteProduct(written, content, product);
-      manufacturer.products.push_back(products.PlaceOf(std::move(product), written.bytes()));
+      const size_t copy = seen_products[written.bytes()]++;
+      manufacturer.products.push_back(products.PlaceOf(std::move(product), written.bytes(), copy));
     }
     content.manufacturers.push_back(std::move(manufacturer));
   }

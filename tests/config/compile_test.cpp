@@ -55,7 +55,7 @@ name = "Péri"
 [configuration.c]
 name = "C"
 version = [1, 2]
-regions = [{ name = "ADB Application", type = 3, start = 0x10, end = 4294967294 }]
+regions = [{ name = "ADB Application", type = 3, start = 0x1, end = 4294967294 }]
 loader = { header_tag = 1, packet_tag = 2, block_size = 256, packet_size = 2979 }
 partitions = [{ type = 6, start = 1, length = 56352 }, { type = 0, number = 9, start = 60000, length = 3360, bitmap_bits = 40 },
   )" + kFourTables + R"(]
@@ -71,7 +71,7 @@ extra = "00 00 00 00 00 00 00 01"
       << testing::PrintToString(recorder.Texts());
   EXPECT_EQ(Listing(config),
             "maker 7\nproduct P\xE9ri 5 1\ntable 0-13\ntable ff-ff\nconfiguration D 1.2\n"
-            "region ADB Application 3 10-fffffffe\nloader 1 2 256 2979\npartition 1 6 1-56353\n"
+            "region ADB Application 3 1-fffffffe\nloader 1 2 256 2979\npartition 1 6 1-56353\n"
             "partition 9 0 60000-63368\npartition 10 3 100000-102508\npartition 11 4 200000-420000\n"
             "partition 12 5 500000-509998\npartition 13 2 600000-602248\nsizes 3368 0 2248 2508 220000 9998 "
             "56352\nextra 0 0 0 0 0 0 0 1\nlanguages eng "
@@ -120,6 +120,9 @@ TEST_F(CompileFaults, OfAFile) {
        "(5,6): manufacturer[1].id: There are two manufacturers of id 0x1A.\n"
        "(8,6): manufacturer[2].id: \"id\" must be a number from 0 to 255.\n"
        "(11,5): product.p: \"p\" must be a table."},
+      {"[[manufacturer]]\nid = 7\nproducts = [\"p\", \"q\", \"p\"]\n[[manufacturer]]\nid = 8\n"
+       "products = [\"q\"]\n[product.p]\nname = \"P\"\nconfigurations = []\n[product.q]\nparent = \"p\"",
+       "(3,23): manufacturer[0].products[2]: The product \"p\" stands twice in the list."},
       {"[[manufacturer]]\nid = 7\nproducts = [1]",
        "(3,13): manufacturer[0].products[0]: \"products\" must be a list of names."},
   };
@@ -154,7 +157,7 @@ TEST_F(CompileFaults, OfAProduct) {
   Expect(std::string(kMaker) + "[product.p]\n", faults);
   // What is wrong in a list moves no other configuration to another place, where more would be wrong.
   const std::string eeprom =
-      "\nregions = [{name=\"123456789012345\",type=3,start=0,end=300000}]\n"
+      "\nregions = [{name=\"123456789012345\",type=3,start=0,end=900000}]\n"
       "loader = {header_tag=1,packet_tag=2,block_size=1,packet_size=1}\n"
       "partitions = [{type=6,start=800000,length=56352},{type=0,start=0,length=96},"
       "{type=2,start=96,length=64},{type=3,start=100000,length=2508},"
@@ -336,6 +339,14 @@ TEST_F(CompileTest, PartitionsStandBesideEachOther) {
             "configuration.c.partitions[3].\n"
             "(12,45): configuration.c.partitions[4].number: There are two partitions of number 3.\n"
             "(12,79): configuration.c.partitions[5]: The partition ends behind the last address.\n");
+  // In the region from its first address to its last, of a journal all tables.
+  const auto last_at = [&](int start) {
+    return six + Format("{type=0,start=700000,length=3368},{type=2,start=%d,length=2248}", start);
+  };
+  EXPECT_EQ(told("\"c\"", last_at(900000 - 2248)), "");
+  EXPECT_EQ(told("\"c\"", last_at(900001 - 2248)),
+            "(12,70): configuration.c.partitions[5]: The partition does not lie in the region "
+            "\"123456789012345\", from 0x00000000 to 0x000DBBA0.\n");
   // An EEPROM has addresses of its own.
   const std::string eeprom = six + "{type=0,start=0,length=96},{type=2,start=96,length=64}";
   EXPECT_EQ(told("\"d\",\"c\"", eeprom), "");
@@ -377,7 +388,7 @@ TEST_F(DescribeTest, CompilesToTheSameBytes) {
   ExpectRoundTrip(*shipped);
   for (const char* text :
        {"manufacturer = []", "[[manufacturer]]\nid = 255\nproducts = []",
-        "[[manufacturer]]\nid = 1\nproducts = [\"p\", \"q\", \"p\"]\n[product.p]\nname = "
+        "[[manufacturer]]\nid = 1\nproducts = [\"p\", \"q\"]\n[product.p]\nname = "
         "\"\"\nconfigurations = []\n"
         "second_table = [\"000102030405060708090a0b0c0d0e0f10111213\"]\n"
         "[product.q]\nname = \"a\\\"b\\\\c\\u0007\\u0081\\u20AC\"\nbyte = 255\nvariant = 9\n"
@@ -385,7 +396,7 @@ TEST_F(DescribeTest, CompilesToTheSameBytes) {
         "[configuration.c]\nname = \"A b\"\nversion = [255, 15]\nmenu_languages = []\nextra = "
         "\"0102030405060708\"\n"
         "[configuration.d]\nname = \"a-B\"\naudio_languages = [[\"\", \"\"], [\"abc\", \"\\u0001\"]]\n"
-        "regions = [{name=\"123456789012345\",type=3,start=4000000000,end=4294967294},"
+        "regions = [{name=\"123456789012345\",type=3,start=0,end=4294967294},"
         "{name=\"\\u0081\",type=15,start=0,end=65}]\n"
         "loader = {header_tag=0,packet_tag=255,block_size=256,packet_size=2979}\n"
         "partitions = "
@@ -396,14 +407,15 @@ TEST_F(DescribeTest, CompilesToTheSameBytes) {
     ASSERT_TRUE(file) << testing::PrintToString(recorder.Texts());
     ExpectRoundTrip(*file);
   }
-  // One configuration at several places of a product, as a file may have it.
+  // One configuration at several places of a product, one product at several of a manufacturer, as a file may
+  // have them.
   EcfContent content;
   content.configurations.resize(2);
   content.configurations[0].name = "A";
   content.configurations[1].name = "a";
   content.products = {{.name = "P", .configurations = {0, 1, 0, 0}, .table = {}, .second_table = {}},
                       {.name = "Q", .configurations = {0, 0}, .table = {}, .second_table = {}}};
-  content.manufacturers = {{1, {0, 1}}};
+  content.manufacturers = {{1, {0, 1, 0, 0}}, {2, {0, 1}}};
   ExpectRoundTrip(WriteEcf(content).value_or(Bytes{}));
 }
 
