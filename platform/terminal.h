@@ -11,7 +11,8 @@ bool StandardErrorIsTerminal();
 size_t TerminalColumns();
 // Standard output takes bytes as they are, without changes of line ends.
 void SetBinaryOutput();
-// A standard stream that was handed over closed refuses what is written to it, and no file gets its number.
+// A standard stream that was handed over closed refuses to be read, written and opened by a path that leads
+// to it, as /dev/stdout does, and no file gets its number.
 void KeepStandardStreams();
 // This process's, unique among those that run.
 unsigned long ProcessNumber();

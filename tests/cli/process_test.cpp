@@ -370,6 +370,18 @@ TEST_F(Process, ResultsThatCannotBeWrittenAreAFailure) {
   }
 }
 
+TEST_F(Process, AFileThatLeadsToAStreamWhichTakesNothingIsAFailure) {
+  const std::pair<std::string, std::string> rows[] = {{"/dev/full", "No space left on device"},
+                                                      {"", "No such device or address"}};
+  for (const auto& [output, reason] : rows) {
+    for (const std::string line :
+         {"export @base.bin --format json -o /dev/stdout", "save @base.bin -o /proc/self/fd/1"}) {
+      EXPECT_EQ(End(Start(line, 0, output)), 1) << line;
+      EXPECT_THAT(Errors(), HasSubstr(reason)) << line;
+    }
+  }
+}
+
 TEST_F(Process, ALoaderTellsWhatItCouldNotKeep) {
   const pid_t child = Start("loader --link @far --memory @base.bin/x --log /dev/full");
   for (int i = 0; i < 400 && !std::filesystem::is_symlink(At("far")); ++i) usleep(5000);
