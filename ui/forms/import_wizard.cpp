@@ -11,7 +11,7 @@ namespace vexa {
 
 namespace {
 
-enum class StepEnd { kClosed, kBack, kNext };
+enum class WizardStepEnd { kClosed, kBack, kNext };
 
 void ShowSatelliteCounts(const Form& form, const Wizard& wizard) {
   form.SetText(IDC_WIZARD_TOTAL, TotalSatellitesText(wizard));
@@ -20,7 +20,7 @@ void ShowSatelliteCounts(const Form& form, const Wizard& wizard) {
   form.Enable(IDOK, ChosenSatelliteCount(wizard) > 0);
 }
 
-StepEnd ChooseSatellites(Application& app, Wizard& wizard) {
+WizardStepEnd ChooseSatellites(Application& app, Wizard& wizard) {
   const auto& satellites = wizard.work.satellites;
   VirtualList list;
   list.id = IDC_WIZARD_ITEMS;
@@ -58,7 +58,7 @@ StepEnd ChooseSatellites(Application& app, Wizard& wizard) {
     return ListNotification(form, list, header).value_or(0);
   };
   actions.accept = [&](Form&) { return ChosenSatelliteCount(wizard) > 0; };
-  return RunForm(app, IDD_WIZARD_SATELLITES, actions) ? StepEnd::kNext : StepEnd::kClosed;
+  return RunForm(app, IDD_WIZARD_SATELLITES, actions) ? WizardStepEnd::kNext : WizardStepEnd::kClosed;
 }
 
 int PictureOf(NodeIcon icon) {
@@ -150,7 +150,7 @@ std::vector<Anchor> StepAnchors() {
           {IDOK, kWhole, kWhole, kWhole, kWhole}};
 }
 
-StepEnd RunStep(Application& app, WizardStep step) {
+WizardStepEnd RunStep(Application& app, WizardStep step) {
   StepDialog dialog{app, step, {}, {}};
   DescribeLists(dialog);
   FormActions actions;
@@ -166,8 +166,8 @@ StepEnd RunStep(Application& app, WizardStep step) {
     return ListNotification(form, dialog.items, header).value_or(0);
   };
   if (!RunForm(app, step.services ? IDD_WIZARD_SERVICES : IDD_WIZARD_CARRIERS, actions))
-    return StepEnd::kClosed;
-  return dialog.back ? StepEnd::kBack : StepEnd::kNext;
+    return WizardStepEnd::kClosed;
+  return dialog.back ? WizardStepEnd::kBack : WizardStepEnd::kNext;
 }
 
 }  // namespace
@@ -175,18 +175,18 @@ StepEnd RunStep(Application& app, WizardStep step) {
 bool RunImportWizard(Application& app, WorkRecords& work) {
   Wizard wizard(work);
   for (int number = 1;;) {
-    StepEnd end = StepEnd::kClosed;
+    WizardStepEnd end = WizardStepEnd::kClosed;
     if (number == 1) {
       end = ChooseSatellites(app, wizard);
-      if (end == StepEnd::kNext) BeginCarrierStep(wizard);
+      if (end == WizardStepEnd::kNext) BeginCarrierStep(wizard);
     } else if (number == 2) {
       end = RunStep(app, CarrierStep(wizard));
-      if (end == StepEnd::kNext) BeginServiceStep(wizard);
+      if (end == WizardStepEnd::kNext) BeginServiceStep(wizard);
     } else {
       end = RunStep(app, ServiceStep(wizard));
     }
-    if (end == StepEnd::kClosed) return false;
-    number += end == StepEnd::kNext ? 1 : -1;
+    if (end == WizardStepEnd::kClosed) return false;
+    number += end == WizardStepEnd::kNext ? 1 : -1;
     if (number > 3) break;
   }
   CompactWorkRecords(wizard);
