@@ -17,8 +17,8 @@
 #include "image/urt.h"
 #include "import/csv.h"
 #include "platform/temporary_folder.h"
-#include "tests/support/data_folder.h"
 #include "tests/cli/failing_files.h"
+#include "tests/support/data_folder.h"
 #include "tests/support/failing_memory.h"
 #include "tests/support/list_maker.h"
 

@@ -291,15 +291,13 @@ TEST_F(ReceiverLine, ProductionServesOneReceiverAfterTheOther) {
   EXPECT_FALSE(Enabled(box, IDC_PRODUCTION_DATABASE)) << "while something is at work";
   scan("B-1");
   driver_->Until("work at the second port", [&] { return verdict(1).starts_with("Uploading "); });
-  const std::wstring line = L"start.exe /unix /bin/kill -9 " + Wide(std::getenv("VEXA_TEST_LOADER2"));
-  std::wstring command = line;
+  std::wstring command = L"start.exe /unix /bin/kill -9 " + Wide(std::getenv("VEXA_TEST_LOADER2"));
   STARTUPINFOW start{};
   start.cb = sizeof start;
   PROCESS_INFORMATION process{};
   ASSERT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
                              &process));
-  CloseHandle(process.hThread);
-  CloseHandle(process.hProcess);
+  for (HANDLE handle : {process.hThread, process.hProcess}) CloseHandle(handle);
   driver_->Until(
       "the verdicts", [&] { return verdict(0).starts_with("OK: ") && verdict(1).starts_with("FAILED: "); },
       60);

@@ -325,6 +325,11 @@ void Destroy(Application& app) {
   PostQuitMessage(app.exit_code);
 }
 
+BOOL CALLBACK PassOnColours(HWND window, LPARAM) {
+  SendMessageW(window, WM_SYSCOLORCHANGE, 0, 0);
+  return TRUE;
+}
+
 // What the program's windows send to the frame.
 bool TakeOwnMessage(Application& app, UINT message) {
   switch (message) {
@@ -337,6 +342,14 @@ bool TakeOwnMessage(Application& app, UINT message) {
     case kShowStartPage:
       ShowStartPage(app);
       return true;
+    case WM_SIZE:
+      LayOut(app);
+      return true;
+    case WM_SYSCOLORCHANGE:
+      // Only top windows are told, and common controls keep colours until they are.
+      EnumChildWindows(app.frame, PassOnColours, 0);
+      return true;
+    case WM_TIMER:
     case kTransferEnded:
       KeepUnsavedWork(app);
       return true;
@@ -351,11 +364,6 @@ bool TakeOwnMessage(Application& app, UINT message) {
   }
 }
 
-BOOL CALLBACK PassOnColours(HWND window, LPARAM) {
-  SendMessageW(window, WM_SYSCOLORCHANGE, 0, 0);
-  return TRUE;
-}
-
 LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_NCCREATE) Adopt(frame, *reinterpret_cast<CREATESTRUCTW*>(lparam));
   Application* app = AppOf(frame);
@@ -364,13 +372,6 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
   switch (message) {
     case WM_CREATE:
       return StartFrame(*app) ? 0 : -1;
-    case WM_SIZE:
-      LayOut(*app);
-      return 0;
-    case WM_SYSCOLORCHANGE:
-      // Only top windows are told, and common controls keep colours until they are.
-      EnumChildWindows(frame, PassOnColours, 0);
-      return 0;
     case WM_SETFOCUS:
       if (FocusStartPage(*app)) return 0;
       break;
@@ -405,9 +406,6 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
       return 0;
     case WM_COPYDATA:
       return AnswerSecondStart(*app, *reinterpret_cast<const COPYDATASTRUCT*>(lparam));
-    case WM_TIMER:
-      KeepUnsavedWork(*app);
-      return 0;
     case WM_QUERYENDSESSION:
       return MayCloseAll(*app);
     case WM_CLOSE:
