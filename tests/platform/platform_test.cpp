@@ -332,7 +332,7 @@ TEST(Files, AbandonedScratchFilesOfOtherSystemsGoAfterADay) {
               {".vexa-1a-00000000000000002b-0000000c.tmp", hours(99), true},
               {".vexa-1a-000000000000002b-c.tmp", hours(99), true},
               {".vexa-01a-000000000000002b-0000000c.tmp", hours(99), true},
-              {".vexa-1A-000000000000002b-0000000c.tmp", hours(99), true},
+              {".vexa-1A-000000000000002f-0000000c.tmp", hours(99), true},
               {".vexa-1a-000000000000002b-0000000c-4.tmp", hours(99), true},
               {".vexa-1a-000000000000002b-0000000c.bin", hours(99), true},
               {".vexa-.tmp", hours(99), true},

@@ -224,17 +224,20 @@ struct Template {
   }
 };
 
-std::map<std::string, Template> DialogsOf(HMODULE program) {
-  std::map<std::string, Template> dialogs;
-  const auto add = [](HMODULE module, LPCWSTR type, LPWSTR name, LONG_PTR to) -> BOOL {
-    HRSRC found = FindResourceW(module, name, type);
-    const auto* bytes = static_cast<const uint8_t*>(LockResource(LoadResource(module, found)));
-    const std::string number = Format("dialog %u", static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(name)));
-    (*reinterpret_cast<decltype(dialogs)*>(to))[number].bytes.assign(bytes,
-                                                                     bytes + SizeofResource(module, found));
-    return TRUE;
-  };
-  EnumResourceNamesW(program, RT_DIALOG, add, reinterpret_cast<LONG_PTR>(&dialogs));
+using DialogTemplates = std::map<std::string, Template>;
+
+BOOL CALLBACK AddDialog(HMODULE module, LPCWSTR type, LPWSTR name, LONG_PTR to) {
+  HRSRC found = FindResourceW(module, name, type);
+  const auto* bytes = static_cast<const uint8_t*>(LockResource(LoadResource(module, found)));
+  const std::string number = Format("dialog %u", static_cast<unsigned>(reinterpret_cast<ULONG_PTR>(name)));
+  (*reinterpret_cast<DialogTemplates*>(to))[number].bytes.assign(bytes,
+                                                                 bytes + SizeofResource(module, found));
+  return TRUE;
+}
+
+DialogTemplates DialogsOf(HMODULE program) {
+  DialogTemplates dialogs;
+  EnumResourceNamesW(program, RT_DIALOG, AddDialog, reinterpret_cast<LONG_PTR>(&dialogs));
   return dialogs;
 }
 
