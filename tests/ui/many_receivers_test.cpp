@@ -142,7 +142,7 @@ TEST_F(Receivers, RestoreRefusesWhatIsNoWholeCopy) {
   EXPECT_EQ(driver_->CellOf(list, 0, 7), "Half a copy: its file .bin is missing.");
   EXPECT_EQ(driver_->CellOf(list, 1, 2), "A");
   EXPECT_EQ(GetDlgCtrlID(driver_->Focused()), IDC_RESTORE_LIST);
-  EXPECT_THAT(TabOrder(7), ElementsAre(IDC_RESTORE_VERIFY, IDC_RESTORE_COPY, IDOK, IDCANCEL, IDHELP,
+  EXPECT_THAT(TabOrder(7), ElementsAre(IDC_RESTORE_VERIFY, IDC_RESTORE_COPY, IDHELP, IDOK, IDCANCEL,
                                        IDC_RESTORE_FOLDER, IDC_RESTORE_LIST));
   Push(box, IDOK);
   HWND refusal = BoxOver(box);
