@@ -29,8 +29,8 @@ std::optional<ReceiverCopy> CopyOf(const std::string& name) {
   std::string time = name.substr(0, kTimeSize);
   if (time[8] != '-') return std::nullopt;
   time[8] = ' ';
-  for (const size_t colon : {13, 11}) time.insert(colon, ":");
-  for (const size_t dash : {6, 4}) time.insert(dash, "-");
+  for (const size_t colon : {size_t{13}, size_t{11}}) time.insert(colon, ":");
+  for (const size_t dash : {size_t{6}, size_t{4}}) time.insert(dash, "-");
   const auto parsed = ParseLocalTime(time);
   if (!parsed) return std::nullopt;
   return ReceiverCopy{name, *parsed, name.size() > kTimeSize ? name.substr(kTimeSize + 1) : ""};
