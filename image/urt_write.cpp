@@ -443,11 +443,11 @@ ConversionResult ConvertToUrt(const Context& context, const ConversionParameters
     return done;
   };
   const WriteResult written = WriteWholeFileBy(output, produce, *context.files);
+  if (written == WriteResult::kDone) return ConversionResult::kDone;  // whatever memory is left
   const std::string why = WriteReason(output, written.error);
   if (written == WriteResult::kCannotCreate) return {ConversionResult::kCannotOpen, why};
   if (written == WriteResult::kFailed && prepared.read_failed) return failed;
-  if (written == WriteResult::kFailed) return {ConversionResult::kWriteFailed, why};
-  return ConversionResult::kDone;
+  return {ConversionResult::kWriteFailed, why};
 }
 
 }  // namespace vexa
