@@ -347,7 +347,11 @@ TEST_F(Process, ASignalThatWasIgnoredStaysIgnored) {
   AwaitWatch(child, SIGTERM);
   kill(child, SIGHUP);
   usleep(60000);
-  const int pipe = open(At("pipe").c_str(), O_WRONLY | O_NONBLOCK);
+  int pipe = -1;
+  for (int i = 0; i < 200 && pipe < 0; ++i) {
+    pipe = open(At("pipe").c_str(), O_WRONLY | O_NONBLOCK);
+    if (pipe < 0) usleep(20000);  // it has not come so far
+  }
   EXPECT_GE(pipe, 0) << "it still waits";
   close(pipe);
   EXPECT_EQ(End(child), 1);
