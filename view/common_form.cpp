@@ -123,6 +123,7 @@ std::optional<Refusal> StoreEach(
 template <class Form, class FormOf>
 CommonForm<Form> CommonOfRows(const std::vector<NodeRef>& rows, FormOf form_of) {
   std::vector<Form> forms;
+  forms.reserve(rows.size());
   for (const NodeRef& row : rows) forms.push_back(form_of(row));
   return CommonOf(forms);
 }
@@ -131,6 +132,7 @@ CommonForm<Form> CommonOfRows(const std::vector<NodeRef>& rows, FormOf form_of) 
 template <class Record, class RecordOf>
 std::function<void()> Restorer(const std::vector<NodeRef>& rows, RecordOf record_of) {
   std::vector<Record> records;
+  records.reserve(rows.size());
   for (const NodeRef& row : rows) records.push_back(record_of(row));
   return [rows, records, record_of] {
     for (size_t i = 0; i < rows.size(); ++i) record_of(rows[i]) = records[i];
