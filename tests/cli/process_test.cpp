@@ -94,6 +94,17 @@ struct Process : CliTest {
       }
     }
   }
+  // Until the loader's port is there; false, the loader ended, where the system has no pseudo-terminals.
+  bool AwaitPort(pid_t loader, const char* link) {
+    for (int i = 0; i < 4000; ++i, usleep(5000)) {
+      if (std::filesystem::is_symlink(At(link))) return true;
+      siginfo_t ended{};
+      if (waitid(P_PID, static_cast<id_t>(loader), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 && ended.si_pid)
+        break;
+    }
+    kill(loader, SIGTERM);
+    return false;
+  }
   int End(pid_t child) {
     int status = 0;
     waitpid(child, &status, 0);
@@ -256,8 +267,9 @@ TEST_F(Process, AFailedAllocationLeavesNoFolderThatWasMadeForOutputs) {
 TEST_F(Process, ReceiversAtTwoPortsEndEachForItself) {
   const pid_t loaders[] = {Start("loader --link @one"),
                            Start("loader --link @two --baud 300000 --log @heard")};
-  for (int i = 0; i < 400 && !std::filesystem::is_symlink(At("two")); ++i) usleep(5000);
-  if (!std::filesystem::is_symlink(At("two")) || !std::filesystem::is_symlink(At("one"))) {
+  const bool ports[] = {AwaitPort(loaders[0], "one"), AwaitPort(loaders[1], "two")};
+  if (!ports[0] || !ports[1]) {
+    for (const pid_t loader : loaders) kill(loader, SIGTERM);
     for (const pid_t loader : loaders) End(loader);
     GTEST_SKIP() << "no pseudo-terminals on this system";
   }
@@ -292,8 +304,7 @@ TEST_F(Process, ReceiversAtTwoPortsEndEachForItself) {
 // The job and the reader of a port run on threads of their own.
 TEST_F(Process, AFailedAllocationInATransfersThreadIsToldAndLeavesNothingBehind) {
   const pid_t loader = Start("loader --link @far");
-  for (int i = 0; i < 400 && !std::filesystem::is_symlink(At("far")); ++i) usleep(5000);
-  if (!std::filesystem::is_symlink(At("far"))) {
+  if (!AwaitPort(loader, "far")) {
     End(loader);
     GTEST_SKIP() << "no pseudo-terminals on this system";
   }
@@ -388,7 +399,7 @@ TEST_F(Process, AFileThatLeadsToAStreamWhichTakesNothingIsAFailure) {
 
 TEST_F(Process, ALoaderTellsWhatItCouldNotKeep) {
   const pid_t child = Start("loader --link @far --memory @base.bin/x --log /dev/full");
-  for (int i = 0; i < 400 && !std::filesystem::is_symlink(At("far")); ++i) usleep(5000);
+  AwaitPort(child, "far");
   usleep(20000);
   kill(child, SIGTERM);
   EXPECT_EQ(End(child), 1);

@@ -272,7 +272,8 @@ TEST_F(RunCommands, ADocumentAlsoTellsOfAFailure) {
 TEST_F(RunCommands, ADryRunTellsHowFullEachTableIs) {
   const ProgramResult fits = Vexa("adb build @list.bin --dry-run");
   EXPECT_EQ(fits.status, 0) << fits.errors;
-  const StaticDatabase& database = *Open("list.bin").sdbs[0].database;
+  const Document document = Open("list.bin");
+  const StaticDatabase& database = *document.sdbs[0].database;
   EXPECT_THAT(fits.output, StartsWith("lnbs 16/16\nsatellites 6/85\n"));
   EXPECT_THAT(fits.output, HasSubstr("\ncarriers " + std::to_string(database.carriers.size()) +
                                      "/4095\nservices " + std::to_string(database.services.size()) + "/"));

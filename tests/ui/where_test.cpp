@@ -134,6 +134,7 @@ TEST_F(Where, ANewRecordIsSelected) {
   // A saved file holds sixteen of them.
   ASSERT_TRUE(driver_->SelectItem({"SDB1", "LNBs", "[ 16 ] LNB"}));
   driver_->Key(Tree(), VK_DELETE);
+  ASSERT_TRUE(driver_->HasCaughtUp());
   ASSERT_TRUE(driver_->SelectItem({"SDB1", "LNBs", "[ 1 ] LNB"}));
   driver_->Key(Tree(), VK_F2);
   EXPECT_TRUE(driver_->Until("the new LNB", [&] { return TreeSelection() == "[ 16 ] LNB"; }));
@@ -165,6 +166,7 @@ TEST_F(Where, ServicesAreNotProposedToStay) {
   ASSERT_TRUE(driver_->SelectItem(kZeta));
   ClickRow(1);
   driver_->Key(List(), VK_DELETE);
+  ASSERT_TRUE(driver_->Until("one less", [&] { return driver_->ListCount() == 1; }));
   ASSERT_TRUE(SelectLow());
   ClickRow(0);
   driver_->Key(List(), VK_F3);

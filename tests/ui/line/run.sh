@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Runs a command with ports of Wine that lead to simulated receivers: the window tests of transfers need them.
 #   COM1  one that answers; some packets go wrong both ways
-#   COM2  a slower one, which a test may end: VEXA_TEST_LOADER2 is its process
+#   COM2  a slower one, which ends at once, as if unplugged, when the file of VEXA_TEST_END2 is made
 #   COM3  one that answers nobody
 # Usage: run.sh VEXA COMMAND... ; WINEPREFIX is the prefix to use. Without a compiler for the shim, or where Wine
 # cannot take a pseudo-terminal for a port, those tests say that they were skipped. VEXA_WINE_IN (see
@@ -37,7 +37,9 @@ if "${compiler[@]}" -shared -fPIC -O1 -nostdlib -o "$work/shim.so" "$here/shim.c
   receiver 2 --baud 200000
   receiver 3 --delay 60000
   "${in[@]}" wineserver -w >/dev/null 2>&1
-  export VEXA_TEST_LINE=COM1 VEXA_TEST_LOADER2=${loaders[1]}
+  export VEXA_TEST_LINE=COM1 VEXA_TEST_END2=$work/end2
+  while kill -0 "${loaders[1]}" && [ ! -e "$VEXA_TEST_END2" ]; do sleep 0.05; done 2>/dev/null && kill -9 "${loaders[1]}" &
+  loaders+=($!)
   "${in[@]}" env LD_PRELOAD="$work/shim.so" "$@"
 else
   "${in[@]}" "$@"
