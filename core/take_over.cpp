@@ -323,8 +323,8 @@ class Taker {
         const auto place = half == GroupKind::kTv ? size_t{0} : size_t{1};
         const auto &wanted = wanted_entries_[group][place], &lost = lost_entries_[group][place];
         if (wanted.empty() && lost.empty()) continue;
-        TakeEntries(EntriesOf(to_.favourites[group], half), EntriesOf(from_.favourites[group], half), wanted,
-                    lost);
+        TakeEntries(half, EntriesOf(to_.favourites[group], half), EntriesOf(from_.favourites[group], half),
+                    wanted, lost);
       }
     }
     for (const EntryPlace& renamed : renamed_) {
@@ -341,8 +341,12 @@ class Taker {
 
   using EntrySet = std::unordered_set<size_t>;
 
-  void TakeEntries(std::vector<Service*>& own, const std::vector<Service*>& others, const EntrySet& wanted,
-                   const EntrySet& lost) {
+  // A service that here, unlike there, is none for this list stays out, as one that is not there.
+  void TakeEntries(GroupKind half, std::vector<Service*>& own, const std::vector<Service*>& others,
+                   const EntrySet& wanted, const EntrySet& lost) {
+    const auto fits = [tv = half == GroupKind::kTv](const Service& service, const Service& other) {
+      return (service.record.type == kTv) == tv || service.record.type == other.record.type;
+    };
     std::vector<Service*> ordered;
     const Pairing pairing = PairEntries(own, others, pairs_);
     for (const Placed& placed : NewOrder(
@@ -353,7 +357,7 @@ class Taker {
         continue;
       }
       const auto found = own_of_.find(others[placed.place]);
-      if (found != own_of_.end())
+      if (found != own_of_.end() && fits(*found->second, *others[placed.place]))
         ordered.push_back(found->second);
       else
         ++left_out;

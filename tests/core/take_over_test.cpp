@@ -97,6 +97,13 @@ TEST_F(Takes, AServiceThatBecomesRadioLeavesTheTvLists) {
   EXPECT_THAT(own().favourites[0].tv, IsEmpty());
 }
 
+TEST_F(Takes, ATvServiceComesIntoNoRadioList) {
+  others().services[0]->record.type = kRadio;
+  others().favourites[0].radio = {others().services[0]};
+  Take({"+ SDB1 radio group 1 entry 1 S1C1P1"});
+  EXPECT_THAT(own().favourites[0].radio, IsEmpty());
+}
+
 TEST_F(Takes, LimitsRefuseBeforeAnythingChanges) {
   while (own().satellites.size() < kMaximumSatellites)
     AddTestSatellite(own(), Format("X%zu", own().satellites.size()));
