@@ -249,13 +249,20 @@ Outcome PutAside(const Path& target, Former& former) {
   return true;
 }
 
+// It is the only one that holds what it holds: it stays, under a name that nobody takes for abandoned.
+void KeepForGood(Scratch& old) {
+  const Path kept = Path(old.path).replace_extension(kMovedEnd);
+  if (kept != old.path) SystemFiles().replace(old.path, kept);
+  old.path.clear();
+}
+
 void PutBack(const Path& target, Former& former) {
   std::error_code error;
   if (!former.kept) return;
   if (!former.was_there)
     fs::remove(target, error);
   else if (!SystemFiles().replace(former.old.path, target))
-    former.old.path.clear();  // stays, as the only one that holds it
+    KeepForGood(former.old);
 }
 
 // Null when it cannot be opened, and `why`.
