@@ -6,7 +6,11 @@ namespace vexa {
 
 bool MayServe(const Context& context, const ReceiverBatch& batch, const ProjectConfig& config) {
   if (!BuildAdbImages(context, batch.document, batch.sdb, config)) return false;
-  if (!batch.backup_folder.empty() && !MayKeepCopies(context, batch.backup_folder)) return false;
+  return (batch.backup_folder.empty() || MayKeepCopies(context, batch.backup_folder)) &&
+         MayWriteLog(context, batch);
+}
+
+bool MayWriteLog(const Context& context, const ReceiverBatch& batch) {
   const Outcome tried = batch.log.empty() ? Outcome() : TryRunLog(batch.log);
   if (tried) return true;
   const std::string log = Utf8FromPath(batch.log);

@@ -26,6 +26,8 @@ struct ReceiverBatch {
 // Tries what would only show behind minutes on the line: a database that does not fit the configuration, a
 // folder or a log that takes nothing. False after a message.
 bool MayServe(const Context& context, const ReceiverBatch& batch, const ProjectConfig& config);
+// The log's part of that.
+bool MayWriteLog(const Context& context, const ReceiverBatch& batch);
 
 // Serves one receiver by ServeReceiver, and gives it its row in the log. `time`: of the row and of the files
 // that are sent. `end`: how the run ended. Not done when the row could not be written. Several threads may

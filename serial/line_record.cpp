@@ -2,8 +2,17 @@
 
 namespace vexa {
 
+void LineRecord::Add(bool from_pc, std::span<const uint8_t> bytes) {
+  const std::lock_guard guard(lock_);
+  Append(Seconds(), from_pc, bytes);  // read with the lock: threads enter in the order of their times
+}
+
 void LineRecord::AddAt(double seconds, bool from_pc, std::span<const uint8_t> bytes) {
   const std::lock_guard guard(lock_);
+  Append(seconds, from_pc, bytes);
+}
+
+void LineRecord::Append(double seconds, bool from_pc, std::span<const uint8_t> bytes) {
   TraceEntry entry;
   entry.kind = from_pc ? TraceEntry::kFromPc : TraceEntry::kFromReceiver;
   entry.seconds = seconds;

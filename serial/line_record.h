@@ -17,7 +17,7 @@ class LineRecord {
   LineRecord(double seconds, size_t bytes) : kept_seconds_(seconds), kept_bytes_(bytes) {}
 
   // Bytes that crossed the line at this moment, towards the receiver when `from_pc`.
-  void Add(bool from_pc, std::span<const uint8_t> bytes) { AddAt(Seconds(), from_pc, bytes); }
+  void Add(bool from_pc, std::span<const uint8_t> bytes);
   // The same at another one, in seconds since the record began; not before the last one.
   void AddAt(double seconds, bool from_pc, std::span<const uint8_t> bytes);
   // What is kept, the oldest first.
@@ -26,6 +26,8 @@ class LineRecord {
   double Seconds() const;
 
  private:
+  void Append(double seconds, bool from_pc, std::span<const uint8_t> bytes);  // with the lock
+
   const double kept_seconds_;
   const size_t kept_bytes_;
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();

@@ -24,7 +24,7 @@ constexpr double kPatience = 20;  // s without a new packet, once a receiver has
 
 }  // namespace
 
-// What the window and a place's thread share. It stays for a thread that hangs in a driver.
+// What the window and a place's thread share.
 struct PlaceShared {
   std::mutex lock;  // guards all but `stop`
   PlaceView view;
@@ -242,6 +242,7 @@ std::optional<Refusal> Production::Open(const ProductionForm& form) {
     std::error_code told_below;
     std::filesystem::create_directories(form.copy_folder, told_below);
   }
+  if (!MayWriteLog(context_, *batch)) return Refusal{"", Icon::kStop, kProductionLog};
   if (!MayServe(about, *batch, config)) return Refusal{"", Icon::kStop, kProductionDatabase};
   batch_ = batch;
   config_ = config;

@@ -171,8 +171,6 @@ TEST_F(ProductionTest, ASwappedReceiverIsNeverCalledRight) {
 
 // A receiver may be connected long after its number was scanned; it is waited for until the user stops.
 TEST_F(ProductionTest, TheWaitForAReceiverIsEndedByTheUser) {
-  LoaderFaults silent;
-  silent.silence = 0;
   ReceiverRig& rig = Connect("P");
   rig.on_sent = [](Bytes& bytes) { bytes.clear(); };
   production.SetPorts({"P"});
@@ -208,7 +206,8 @@ TEST_F(ProductionTest, WhatCannotBeDoneIsRefusedBeforeThePortIsOpened) {
   }
   form.fields.sdb = "1";
   form.fields.log = Utf8FromPath(folder / "no" / "log.csv");
-  EXPECT_EQ(Refused(0, "A"), "");
+  const auto log = production.Begin(0, "A", form);
+  EXPECT_TRUE(log && log->text.empty() && log->field == kProductionLog);
   EXPECT_THAT(recorder.Texts(), ElementsAre("Could not write file \"" + form.fields.log + "\"."));
   form.fields.log = "";
   form.fields.keep_copy = true;

@@ -12,8 +12,7 @@ namespace {
 constexpr int kReach = 4;  // units
 
 Fit FitOf(HWND control) {
-  const double dots = std::max(1, Scaled(control, 100)) / 100.0;
-  return {dots, dots};
+  return {DotsPerUnit(control), DotsPerUnit(control)};
 }
 
 }  // namespace
@@ -29,16 +28,9 @@ void RefreshStrip(HWND control, StripControl& strip) {
 }
 
 void DrawStrip(const DRAWITEMSTRUCT& item, const StripControl& strip) {
-  const RECT& area = item.rcItem;
-  HDC device = CreateCompatibleDC(item.hDC);
-  HBITMAP bitmap = CreateCompatibleBitmap(item.hDC, std::max(1L, area.right), std::max(1L, area.bottom));
-  HGDIOBJ old = SelectObject(device, bitmap);
-  FillRect(device, &area, GetSysColorBrush(COLOR_WINDOW));
-  PaintDrawing(device, area, strip.drawing, FitOf(item.hwndItem), kNoItem);
-  BitBlt(item.hDC, 0, 0, area.right, area.bottom, device, 0, 0, SRCCOPY);
-  SelectObject(device, old);
-  DeleteObject(bitmap);
-  DeleteDC(device);
+  const OffscreenPicture picture(item.hDC, item.rcItem);
+  PaintDrawing(picture.device(), item.rcItem, strip.drawing, FitOf(item.hwndItem), kNoItem);
+  picture.Show();
 }
 
 std::string StepUnderPointer(HWND control, const StripControl& strip) {

@@ -66,6 +66,8 @@ void ShowWork(const Form& form, ProductionDialog& dialog) {
 }
 
 void HighlightPlace(const Form& form, ProductionDialog& dialog, size_t place) {
+  dialog.shown = place;
+  dialog.refusal.clear();
   ShowRows(form, dialog.list, dialog.production.count(), place);
   ShowSerialTitle(form, dialog);
 }

@@ -59,8 +59,9 @@ std::optional<std::string> ChooseCopy(Application& app, Document& document) {
   actions.open = [&](Form& form) { OpenRestore(form, dialog); };
   actions.resized = [&](Form& form) { FitLastColumn(form.Control(IDC_RESTORE_LIST)); };
   actions.notify = [&](Form& form, NMHDR& header) -> LRESULT {
-    if (header.idFrom == IDC_RESTORE_LIST && header.code == NM_DBLCLK && dialog.list.highlighted)
-      PostMessageW(form.window, WM_COMMAND, IDOK, 0);
+    const bool row = header.idFrom == IDC_RESTORE_LIST && header.code == NM_DBLCLK &&
+                     reinterpret_cast<NMITEMACTIVATE&>(header).iItem >= 0;
+    if (row && dialog.list.highlighted) PostMessageW(form.window, WM_COMMAND, IDOK, 0);
     return ListNotification(form, dialog.list, header).value_or(0);
   };
   actions.command = [&](Form& form, int id, int) {

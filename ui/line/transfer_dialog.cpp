@@ -10,6 +10,7 @@
 #include "config/settings.h"
 #include "serial/relay.h"
 #include "serial/verdict.h"
+#include "ui/controls/guard.h"
 #include "ui/controls/help.h"
 #include "ui/line/console.h"
 #include "ui/line/line_strip_control.h"
@@ -261,6 +262,30 @@ void Command(TransferWindow& window, int id, int code) {
   if (id == IDCANCEL && window.running == 0 && MayCancel(window)) EndTransfer(window);
 }
 
+// True: it was the dialog's.
+bool TransferMessage(TransferWindow& window, UINT message, WPARAM wparam, LPARAM lparam) {
+  switch (message) {
+    case WM_COMMAND:
+      Command(window, LOWORD(wparam), HIWORD(wparam));
+      return true;
+    case WM_DRAWITEM:
+      DrawStrip(*reinterpret_cast<const DRAWITEMSTRUCT*>(lparam), window.strip);
+      return true;
+    case WM_HELP:
+      ShowHelp(window.app, HelpPage(IDD_TRANSFER));
+      return true;
+    case WM_TIMER:
+      ShowProgress(window);
+      if (IsPortMissed(window.session) && window.running == 0) EndTransfer(window);
+      return true;
+    case kWork:
+      DoWork(window);
+      return true;
+    default:
+      return false;
+  }
+}
+
 INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) noexcept {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(dialog, DWLP_USER, lparam);
@@ -268,27 +293,7 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
     return TRUE;
   }
   auto* window = reinterpret_cast<TransferWindow*>(GetWindowLongPtrW(dialog, DWLP_USER));
-  if (!window) return FALSE;
-  switch (message) {
-    case WM_COMMAND:
-      Command(*window, LOWORD(wparam), HIWORD(wparam));
-      return TRUE;
-    case WM_DRAWITEM:
-      DrawStrip(*reinterpret_cast<const DRAWITEMSTRUCT*>(lparam), window->strip);
-      return TRUE;
-    case WM_HELP:
-      ShowHelp(window->app, HelpPage(IDD_TRANSFER));
-      return TRUE;
-    case WM_TIMER:
-      ShowProgress(*window);
-      if (IsPortMissed(window->session) && window->running == 0) EndTransfer(*window);
-      return TRUE;
-    case kWork:
-      DoWork(*window);
-      return TRUE;
-    default:
-      return FALSE;
-  }
+  return window && Guarded(true, [&] { return TransferMessage(*window, message, wparam, lparam); });
 }
 
 }  // namespace
