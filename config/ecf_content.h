@@ -51,8 +51,8 @@ struct EcfContent {
 std::optional<Bytes> WriteEcf(const EcfContent& content);
 
 // What of the file a description can state, equal configurations and products once, but for those that one
-// product has twice. Only the blocks in their
-// order count, no offset. Whether that is everything shows when it is written again.
+// product or one manufacturer has twice. Only the blocks in their order count, no offset. Whether that is
+// everything shows when it is written again.
 EcfContent ReadEcfContent(std::span<const uint8_t> file);
 
 }  // namespace vexa

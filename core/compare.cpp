@@ -374,12 +374,12 @@ void CompareFlag(Comparison& out, const char* key, bool before, bool after) {
     out.TellChanges(DifferenceKind::kFile, "", "", false, {{key, int64_t{before}, int64_t{after}}});
 }
 
+}  // namespace
+
 std::string ValueText(const std::variant<int64_t, std::string>& value) {
   if (const auto* number = std::get_if<int64_t>(&value)) return std::to_string(*number);
   return "\"" + std::get<std::string>(value) + "\"";
 }
-
-}  // namespace
 
 std::vector<Difference> CompareDocuments(const Document& first, size_t first_sdb, const Document& second,
                                          size_t second_sdb, bool equal) {

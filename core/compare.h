@@ -47,6 +47,8 @@ struct Difference {
 std::vector<Difference> CompareDocuments(const Document& first, size_t first_sdb, const Document& second,
                                          size_t second_sdb, bool equal = false);
 
+// A field's value as lines of differences show it: a number, or a text between quotation marks.
+std::string ValueText(const std::variant<int64_t, std::string>& value);
 // A line each, without its end: "~ SDB1 satellite 3 carrier 2 NAME: fec 3 -> 4".
 std::string DifferenceLine(const Difference& difference);
 // All of them, a line each with its end; equal records are none.

@@ -115,16 +115,9 @@ bool MoveServicesToCarrier(const Messages& messages, StaticDatabase& database,
 // ---- Mark as.
 enum class SatelliteField { kLnbIndex, kEast, kFactoryDefault };  // LNB indices from 0
 enum class CarrierField { kPolarization, kFec, kFactoryDefault };
+enum class ServiceField { kScrambled, kTv, kNoVideo, kNoAudio, kNoPcr, kLnbIndex };  // of their satellites
 // Set the field in the chosen rows of the list; rows beyond it count for nothing. The flags are set for any
 // `value` but 0. Codes are cut to their field, and an LNB index above 15 changes nothing.
-enum class ServiceField {
-  kScrambled,
-  kTv,
-  kNoVideo,
-  kNoAudio,
-  kNoPcr,
-  kLnbIndex
-};  // the last of their satellites
 void MarkSatellites(StaticDatabase& database, const Rows& rows, SatelliteField field, uint32_t value);
 void MarkCarriers(Satellite& satellite, const Rows& rows, CarrierField field, uint32_t value);
 // Services of this database. One that becomes radio has no video PID, and one that changes between TV and

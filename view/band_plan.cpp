@@ -168,17 +168,20 @@ class PlanPainter {
          .y = foot - height,
          .width = right - left,
          .height = height,
-         .text = TipOf(block),
+         .text = beneath ? "Other database: " + FiguresOf(block) : TipOf(block),
          .item = lane_block.item});
   }
 
-  std::string TipOf(const CarrierBlock& block) const {
+  std::string FiguresOf(const CarrierBlock& block) const {
     const CarrierRecord& record = block.carrier->record;
     const std::string fec = WordOf<CarrierRecord>("fec", record);
-    std::string tip =
-        Named(record) + Format(": %u MHz %s, %u kS/s, FEC %s, %zu services", record.frequency,
-                               kPolarizations[record.polarization], uint32_t{record.symbol_rate}, fec.c_str(),
-                               block.carrier->services.size());
+    return Named(record) + Format(": %u MHz %s, %u kS/s, FEC %s, %zu services", record.frequency,
+                                  kPolarizations[record.polarization], uint32_t{record.symbol_rate},
+                                  fec.c_str(), block.carrier->services.size());
+  }
+
+  std::string TipOf(const CarrierBlock& block) const {
+    std::string tip = FiguresOf(block);
     if (block.outside) tip += ", the LNB does not receive it";
     if (block.overlaps)
       tip += Format(", overlaps %u MHz ", block.overlaps->record.frequency) + Named(block.overlaps->record);

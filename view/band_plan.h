@@ -23,11 +23,6 @@ struct CarrierBlock {
 // The blocks of the satellite's carriers, in their order. Blocks that only touch do not overlap.
 std::vector<CarrierBlock> BlocksOf(const StaticDatabase& database, const Satellite& satellite);
 
-// One panel for each band that holds a carrier, and for that of the satellite's LNB: IF (950 to 2150 MHz), C
-// (3000 to 4800 MHz), Ku (10700 to 12750 MHz). A panel has one lane a polarisation; a block's height grows
-// with its services, its paint is its FEC. A carrier in no band stands at the edge of the nearest panel, at
-// most 40 MHz outside. Blocks that overlap or that the LNB does not receive are faulty. The bar is what the
-// LNB receives; the edge at 11700 MHz is where a universal LNB changes its oscillator.
 struct PlanPanel {
   double top = 0, foot = 0;  // in units of the drawing
   double low = 0, high = 0;  // MHz at kPlanLeft and kPlanRight
@@ -36,6 +31,11 @@ struct Plan {
   Drawing drawing;  // an item is the carrier's place among those of its satellite
   std::vector<PlanPanel> panels;
 };
+// One panel for each band that holds a carrier, and for that of the satellite's LNB: IF (950 to 2150 MHz), C
+// (3000 to 4800 MHz), Ku (10700 to 12750 MHz). A panel has one lane a polarisation; a block's height grows
+// with its services, its paint is its FEC. A carrier in no band stands at the edge of the nearest panel, at
+// most 40 MHz outside. Blocks that overlap or that the LNB does not receive are faulty. The bar is what the
+// LNB receives; the edge at 11700 MHz is where a universal LNB changes its oscillator.
 // Names stand in `page`. With a `range` (MHz, the lowest below the highest) one panel shows that part alone.
 // The carriers of `beneath`, which may be null, lie faint under the others: those of another database's
 // satellite. Without carriers and range: no shapes.

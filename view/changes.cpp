@@ -51,7 +51,7 @@ uint64_t OwnMark(const Document& document, const NodeRef& node) {
   }
 }
 
-// An entry is known by the service that it names: by its place on its carrier and what it says.
+// An entry is known by what the service says that it names.
 std::vector<NodeRef> EntriesBelow(const Document& document, const NodeRef& group) {
   return ListBelow(document, group, ListView::kBelow, false).rows;
 }

@@ -6,9 +6,8 @@
 //    8  1  what it holds: 0 SDB, 1 LNBs, 2 satellites, 3 carriers, 4 services, 5 user boxes
 //    9  1  number of LNBs
 //   10  1  number of satellites
-//   11     a container (core/bin_file.h) of one SDB, and user boxes. Carriers and services stand below copies
-//   of
-//          what they belong to, LNBs below nothing.
+//   11     a container (core/bin_file.h) of one SDB, and user boxes
+// Carriers and services stand below copies of what they belong to, LNBs below nothing.
 #pragma once
 
 #include <optional>

@@ -49,18 +49,13 @@ bool LetsThrough(const CompareFilter& filter, const Difference& difference) {
   return filter.change == 0 || kChanges[filter.change - 1].sign == difference.sign;
 }
 
-std::string SideText(const std::variant<int64_t, std::string>& value) {
-  if (const auto* number = std::get_if<int64_t>(&value)) return std::to_string(*number);
-  return "\"" + std::get<std::string>(value) + "\"";
-}
-
 // What one side says of a changed record.
 std::string FieldsText(const Difference& difference, bool second) {
   if (difference.moved > 0)
     return second ? Format("order, %zu moved", difference.moved) : std::string("order");
   std::string text;
   for (const FieldChange& change : difference.fields)
-    text += (text.empty() ? "" : ", ") + change.key + " " + SideText(second ? change.after : change.before);
+    text += (text.empty() ? "" : ", ") + change.key + " " + ValueText(second ? change.after : change.before);
   return text;
 }
 

@@ -42,7 +42,7 @@ enum class TakeOverRange { kRows, kKinds, kAll };
 std::vector<size_t> ChosenDifferences(const CompareView& view, const std::vector<size_t>& rows,
                                       TakeOverRange range);
 
-// "12 differences: 3 added, 0 removed, 8 changed, 1 moved", or that there is none.
+// "Differences: 12: 3 added, 0 removed, 8 changed, 1 moved", or that there is none.
 std::string CompareStatus(const CompareView& view);
 // Where the window's tree has the record, or what it belongs to; empty: nowhere.
 TreePath PathOfDifference(const Document& document, size_t sdb, const Difference& difference);

@@ -2,9 +2,9 @@
 // window paints them. What a shape is for is its paint; colours are the face's.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +20,17 @@ enum class Paint : uint8_t {
   kStep,    // of what crossed the line: `index` is its TraceStep::Kind
   kBeneath  // of a carrier of another database; of a satellite that cannot be seen
 };
+
+// Hues in degrees: those of neighbouring LNBs lie far apart, those of FECs leave red to faults.
+constexpr int HueOfFec(int code) {
+  return 40 + code * 40;
+}
+constexpr int HueOfLnb(int lnb) {
+  return (205 + lnb * 137) % 360;
+}
+// Of what crosses the line, by TraceStep::Kind up to silence, 0xRRGGBB.
+inline constexpr std::array<uint32_t, 6> kStepColours = {0x3778C2, 0x3A9A53, 0xD59A1E,
+                                                         0xCC3333, 0x888888, 0xD0D0D0};
 
 enum class ShapeKind : uint8_t {
   kRectangle,  // left top corner, width and height

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/messages.h"
+#include "platform/text.h"
 
 namespace vexa {
 
@@ -40,11 +41,7 @@ std::string LookAngleText(const LookAngle& angle) {
 }
 
 std::optional<double> DegreesFromText(std::string_view text, double most, char positive, char negative) {
-  const auto trim = [&] {
-    while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-    while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  };
-  trim();
+  text = Trimmed(text);
   double sign = 1;
   if (!text.empty()) {
     const char letter =
@@ -52,7 +49,7 @@ std::optional<double> DegreesFromText(std::string_view text, double most, char p
     if (letter == positive || letter == negative) {
       sign = letter == negative ? -1 : 1;
       text.remove_suffix(1);
-      trim();
+      text = Trimmed(text);
       if (text.starts_with('-')) return std::nullopt;
     }
   }
@@ -78,6 +75,22 @@ std::optional<Place> PlaceFromText(std::string_view text) {
   const auto longitude = DegreesFromText(text.substr(comma + 1), 180, 'E', 'W');
   if (!latitude || !longitude) return std::nullopt;
   return Place{*latitude, *longitude};
+}
+
+std::optional<Refusal> PlaceFromFields(std::string_view latitude, std::string_view longitude,
+                                       std::optional<Place>& place) {
+  place.reset();
+  if (Trimmed(latitude).empty() && Trimmed(longitude).empty()) return std::nullopt;
+  const auto north = DegreesFromText(latitude, 90, 'N', 'S');
+  if (!north)
+    return Refusal{"The latitude is a number of degrees up to 90, such as 51.5 N.", Icon::kStop,
+                   kLatitudeField};
+  const auto east = DegreesFromText(longitude, 180, 'E', 'W');
+  if (!east)
+    return Refusal{"The longitude is a number of degrees up to 180, such as 0.13 W.", Icon::kStop,
+                   kLongitudeField};
+  place = Place{*north, *east};
+  return std::nullopt;
 }
 
 std::optional<Place> LoadPlace(const SettingsStore& store) {

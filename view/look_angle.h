@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "config/settings.h"
+#include "view/refusal.h"
 
 namespace vexa {
 
@@ -38,6 +39,12 @@ std::string TextOfDegrees(double degrees, char positive, char negative);
 
 // "51.5,-0.13": latitude and longitude. Nothing: no such place.
 std::optional<Place> PlaceFromText(std::string_view text);
+
+// The place of two fields; both empty: none is known. A refusal names the field, kLatitudeField or
+// kLongitudeField.
+enum PlaceField { kLatitudeField, kLongitudeField };
+std::optional<Refusal> PlaceFromFields(std::string_view latitude, std::string_view longitude,
+                                       std::optional<Place>& place);
 
 // Where the user is; nothing while it is not known.
 std::optional<Place> LoadPlace(const SettingsStore& store);

@@ -597,7 +597,7 @@ bool CheckSeparateSdb(const Messages& messages, const StaticDatabase& database) 
 }
 
 Rows SatelliteRows(const Document& document, const std::vector<NodeRef>& rows,
-                   const std::vector<NodeRef>& selected) {
+                   const std::vector<NodeRef>& selected, const std::vector<NodeRef>* filtered) {
   Rows places;
   const auto take = [&](const std::vector<NodeRef>& nodes) {
     for (const NodeRef& node : nodes) {
@@ -607,7 +607,9 @@ Rows SatelliteRows(const Document& document, const std::vector<NodeRef>& rows,
   take(rows);
   if (rows.size() == 1 && rows[0].kind == NodeKind::kSatelliteLevel) {
     take(selected);
-    if (places.empty()) take(ChildNodes(document, rows[0]));
+    // A list of carriers or services leaves no satellite out.
+    const bool leaves = filtered && (filtered->empty() || (*filtered)[0].kind == NodeKind::kSatellite);
+    if (places.empty()) take(leaves ? *filtered : ChildNodes(document, rows[0]));
   }
   std::sort(places.begin(), places.end());
   return places;

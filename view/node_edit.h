@@ -117,8 +117,9 @@ bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,
 // Whether the SDB can be a file of its own; else a message.
 bool CheckSeparateSdb(const Messages& messages, const StaticDatabase& database);
 // Table places of the satellites that are to be saved, ascending: those among the rows of the command; for
-// their level those that its list has selected, all of them where none is.
+// their level those that its list has selected, where none is all of them, or those that a filter leaves:
+// `filtered`, nullptr without one.
 Rows SatelliteRows(const Document& document, const std::vector<NodeRef>& rows,
-                   const std::vector<NodeRef>& selected);
+                   const std::vector<NodeRef>& selected, const std::vector<NodeRef>* filtered = nullptr);
 
 }  // namespace vexa

@@ -35,6 +35,13 @@ const Satellite* Beneath(const StaticDatabase* other, const Satellite& satellite
   return same == other->satellites.end() ? nullptr : *same;
 }
 
+// The panel at this height; nullptr: none.
+const PlanPanel* PanelAt(const Picture& picture, double y) {
+  const auto panel = std::find_if(picture.panels.begin(), picture.panels.end(),
+                                  [y](const PlanPanel& p) { return y >= p.top && y < p.foot; });
+  return panel == picture.panels.end() ? nullptr : &*panel;
+}
+
 }  // namespace
 
 void ShowPicture(Picture& picture, const Document& document, const NodeRef& node, const NodeRef& record,
@@ -106,9 +113,8 @@ size_t NeighbourItem(const Picture& picture, int step) {
 }
 
 bool ZoomBetween(Picture& picture, double y, double x1, double x2) {
-  const auto panel = std::find_if(picture.panels.begin(), picture.panels.end(),
-                                  [&](const PlanPanel& p) { return y >= p.top && y < p.foot; });
-  if (panel == picture.panels.end()) return false;
+  const PlanPanel* panel = PanelAt(picture, y);
+  if (!panel) return false;
   const FrequencyRange range = RangeBetween(*panel, x1, x2);
   if (picture.range && picture.range->lowest == range.lowest && picture.range->highest == range.highest)
     return false;
@@ -116,10 +122,10 @@ bool ZoomBetween(Picture& picture, double y, double x1, double x2) {
   return true;
 }
 
-bool ZoomBy(Picture& picture, double factor, double x) {
-  if (picture.panels.empty()) return false;
-  if (!picture.range && factor >= 1) return false;
-  const PlanPanel& panel = picture.panels.front();
+bool ZoomBy(Picture& picture, double factor, double x, double y) {
+  const PlanPanel* at = PanelAt(picture, y);
+  if (!at || (!picture.range && factor >= 1)) return false;
+  const PlanPanel& panel = *at;
   const double share = (std::clamp(x, kPlanLeft, kPlanRight) - kPlanLeft) / (kPlanRight - kPlanLeft);
   const double span = panel.high - panel.low;
   const double wide = std::max(span * factor, double{kLeastRange});

@@ -51,11 +51,11 @@ NodeRef NodeOfItem(const Picture& picture, const Document& document, size_t item
 // nothing is selected. kNoItem: there is none.
 size_t NeighbourItem(const Picture& picture, int step);
 
-// Another part of a plan: from one x to another at this y, in units of the drawing; `factor` times as wide
-// around that x (below 1: a smaller part). Until ShowPicture is called only `range` is another. False when
-// nothing changes.
+// Another part of a plan: from one x to another, in units of the drawing; `factor` times as wide around that
+// x (below 1: a smaller part). The panel is that at `y`. Until ShowPicture is called only `range` is another.
+// False when nothing changes.
 bool ZoomBetween(Picture& picture, double y, double x1, double x2);
-bool ZoomBy(Picture& picture, double factor, double x);
+bool ZoomBy(Picture& picture, double factor, double x, double y);
 bool ShowWhole(Picture& picture);
 
 // How a drawing of these units lies in a pane: as wide as it, texts not above `dots` pixels a unit.

@@ -70,11 +70,10 @@ class PageWriter {
     AddText(name_);
     Add(" - Vexa Editor</title>\n<style>");
     Add(kReportStyle);
-    // Hues of neighbours lie far apart for LNBs; those of FECs leave red to faults.
     for (size_t i = 0; i < kMaximumLnbs; ++i)
-      page_ += Format("svg .l%zu{fill:hsl(%zu 70%% var(--lnb))}\n", i, (205 + i * 137) % 360);
+      page_ += Format("svg .l%zu{fill:hsl(%d 70%% var(--lnb))}\n", i, HueOfLnb(static_cast<int>(i)));
     for (size_t i = 0; i < kFecCodes; ++i)
-      page_ += Format("svg .f%zu{fill:hsl(%zu 60%% var(--fec))}\n", i, 40 + i * 40);
+      page_ += Format("svg .f%zu{fill:hsl(%d 60%% var(--fec))}\n", i, HueOfFec(static_cast<int>(i)));
     Add("</style>\n</head>\n<body>\n"
         "<svg class=\"defs\" aria-hidden=\"true\"><defs><pattern id=\"hatch\" width=\"5\" height=\"5\" "
         "patternUnits=\"userSpaceOnUse\" patternTransform=\"rotate(45)\"><path d=\"M0 "

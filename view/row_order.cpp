@@ -93,4 +93,26 @@ void OrderRows(const Document& document, ListModel& list, const RowOrder& order,
   list.rows = std::move(rows);
 }
 
+std::vector<bool> RowsOfNodes(const std::vector<NodeRef>& rows, const std::vector<NodeRef>& nodes) {
+  const auto before = [](const NodeRef& a, const NodeRef& b) {
+    const auto key = [](const NodeRef& node) {
+      return std::tuple(node.kind, node.sdb, node.index, node.group, node.satellite, node.carrier,
+                        node.service);
+    };
+    return key(a) < key(b);
+  };
+  std::vector<size_t> order(rows.size());
+  std::iota(order.begin(), order.end(), size_t{0});
+  std::sort(order.begin(), order.end(), [&](size_t a, size_t b) { return before(rows[a], rows[b]); });
+  std::vector<bool> chosen(rows.size());
+  for (const NodeRef& node : nodes) {
+    const auto at =
+        std::lower_bound(order.begin(), order.end(), node,
+                         [&](size_t row, const NodeRef& wanted) { return before(rows[row], wanted); });
+    if (at == order.end() || !(rows[*at] == node)) return std::vector<bool>(rows.size());
+    chosen[*at] = true;
+  }
+  return chosen;
+}
+
 }  // namespace vexa

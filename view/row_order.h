@@ -19,4 +19,7 @@ RowOrder OrderAfterClick(const RowOrder& order, int column);
 // Equal rows keep their order.
 void OrderRows(const Document& document, ListModel& list, const RowOrder& order, bool hexadecimal);
 
+// For each row, whether it is one of the nodes; all false when a node is none of the rows.
+std::vector<bool> RowsOfNodes(const std::vector<NodeRef>& rows, const std::vector<NodeRef>& nodes);
+
 }  // namespace vexa

@@ -19,8 +19,6 @@ constexpr const char* kPageHead = R"(<!DOCTYPE html>
 body{font:14px sans-serif;margin:1.5em}
 .line{overflow-x:auto;border:1px solid #8888}
 text{font:11px sans-serif;fill:currentColor}
-.t0{fill:#3778c2}.t1{fill:#3a9a53}.t2{fill:#d59a1e}.t3{fill:#cc3333}.t4{fill:#888}
-.t5{fill:#8883}
 table{border-collapse:collapse;margin-top:1em}
 td,th{padding:.15em .6em;text-align:left;vertical-align:top;border-bottom:1px solid #8884}
 td:first-child{text-align:right;font-variant-numeric:tabular-nums}
@@ -81,6 +79,8 @@ std::string SideRow(const char* name, const TraceSummary::Side& side) {
 std::string TraceStoryPage(const TraceStory& story, const std::string& title) {
   const TraceSummary& summary = story.summary;
   std::string page = kPageHead;
+  for (size_t i = 0; i < kStepColours.size(); ++i)
+    page += Format("<style>.t%zu{fill:#%06x}</style>\n", i, kStepColours[i]);
   page += "<title>" + Escaped(title) + "</title></head>\n<body>\n<h1>" + Escaped(title) + "</h1>\n";
   page += Format("<p>%.3f s; silences of %.0f s and more: %llu", summary.seconds, kTraceSilence,
                  static_cast<unsigned long long>(summary.silences));

@@ -91,9 +91,14 @@ TEST_F(PicturePane, FollowsTheTreeAndTheDocument) {
   Start();
   driver_->Command(kCmdPicture);
   ASSERT_TRUE(driver_->Until("the picture", [&] { return IsWindowVisible(Pane()); }));
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites"}));
+  driver_->Click(Pane(), {2, 2});
   driver_->Key(Pane(), VK_RIGHT);
+  ASSERT_TRUE(driver_->Answers());
+  EXPECT_THAT(Selected(), ElementsAre(0));
   driver_->Key(Pane(), VK_RETURN);
-  ASSERT_TRUE(driver_->Until("the carriers", [&] { return driver_->ListColumns().size() > 2; }));
+  ASSERT_TRUE(driver_->Answers());
+  ASSERT_THAT(driver_->ListColumns(), testing::Contains("Carrier Name"));
   ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites", "[ 1 ] Zeta"}));
   driver_->Click(List(), {5, 150});
   driver_->SelectRows(List(), {0, 1});

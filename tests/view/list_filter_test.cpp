@@ -1,10 +1,7 @@
-// The filter of the list, beside a slow model that goes through the texts of all rows.
 #include "view/list_filter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <random>
 
 #include "tests/support/random_database.h"
 #include "view/tree_path.h"
@@ -129,36 +126,6 @@ TEST_F(Filters, TheServicesOfAnSdbNameSatelliteAndFrequency) {
 }
 
 // Random terms over random databases: a row stays when each of its terms, asked alone, keeps it.
-TEST(RandomFilters, TermsHoldEachByItself) {
-  std::mt19937 random(7);
-  const char* terms[] = {"a",     "1",       "freq>11500", "!pol=v",    "fta",
-                         "radio", "sid<300", "sr>=20000",  "angle<180", "!s"};
-  for (int round = 0; round < 40; ++round) {
-    const Document document = MakeRandomDocument(random);
-    const NodeRef sdb = RootNodes(document)[0];
-    const ListModel all = ListBelow(document, sdb, ListView::kServices, false);
-    std::string text;
-    std::vector<const char*> chosen;
-    for (const char* term : terms) {
-      if (random() % 3 == 0) chosen.push_back(term), text += std::string(" ") + term;
-    }
-    std::vector<NodeRef> expected;
-    for (const NodeRef& row : all.rows) {
-      bool kept = true;
-      for (const char* term : chosen) {
-        ListModel one = all;
-        one.rows = {row};
-        EXPECT_EQ(FilterRows(document, one, ParseFilter(term), false), "");
-        kept &= !one.rows.empty();
-      }
-      if (kept) expected.push_back(row);
-    }
-    ListModel list = all;
-    EXPECT_EQ(FilterRows(document, list, ParseFilter(text), false), "");
-    EXPECT_EQ(list.rows, expected) << text;
-  }
-}
-
 }  // namespace
 
 }  // namespace vexa

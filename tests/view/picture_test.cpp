@@ -66,6 +66,13 @@ TEST(LookAngles, PlacesAsPeopleWriteThem) {
   }
   SavePlace(store, {});
   EXPECT_FALSE(LoadPlace(store));
+  std::optional<Place> place = Place{};
+  EXPECT_FALSE(PlaceFromFields(" ", "", place));
+  EXPECT_FALSE(place);
+  EXPECT_EQ(PlaceFromFields("", "1", place)->field, kLatitudeField);
+  EXPECT_EQ(PlaceFromFields("1", "", place)->field, kLongitudeField);
+  EXPECT_FALSE(PlaceFromFields("1 S", "2", place));
+  EXPECT_EQ(place->latitude, -1);
 }
 
 struct PictureTest : testing::Test {
@@ -136,7 +143,7 @@ TEST_F(PictureTest, ZoomsIntoAPlanAndOutAgain) {
   const auto at = [&](double mhz) {
     return kPlanLeft + (mhz - whole.low) / (whole.high - whole.low) * (kPlanRight - kPlanLeft);
   };
-  EXPECT_FALSE(ZoomBy(picture, 2, 500));
+  EXPECT_FALSE(ZoomBy(picture, 2, 500, 1));
   EXPECT_FALSE(ZoomBetween(picture, whole.foot + 1, 100, 200));
   ASSERT_TRUE(ZoomBetween(picture, whole.top + 1, at(11600), at(10800)));
   EXPECT_EQ(picture.range->lowest, 10800u);
@@ -147,18 +154,24 @@ TEST_F(PictureTest, ZoomsIntoAPlanAndOutAgain) {
     if (shape.item != kNoItem) items.push_back(shape.item);
   EXPECT_THAT(items, testing::ElementsAre(1, 2));
   EXPECT_NEAR(ShapeOf(1).x + ShapeOf(1).width / 2, kPlanLeft + 100.0 / 800 * (kPlanRight - kPlanLeft), 1e-6);
-  ASSERT_TRUE(ZoomBy(picture, 0.5, (kPlanLeft + kPlanRight) / 2));
+  ASSERT_TRUE(ZoomBy(picture, 0.5, (kPlanLeft + kPlanRight) / 2, 1));
   EXPECT_EQ(picture.range->lowest, 11000u);
   EXPECT_EQ(picture.range->highest, 11400u);
   Show(node, node);
-  for (int i = 0; i < 20 && ZoomBy(picture, 0.5, kPlanRight); ++i) Show(node, node);
+  for (int i = 0; i < 20 && ZoomBy(picture, 0.5, kPlanRight, 1); ++i) Show(node, node);
   EXPECT_EQ(picture.range->highest, 11400u);
   EXPECT_EQ(picture.range->highest - picture.range->lowest, kLeastRange);
   for (int i = 0; i < 20 && picture.range; ++i) {
-    ZoomBy(picture, 2, kPlanLeft);
+    ZoomBy(picture, 2, kPlanLeft, 1);
     Show(node, node);
   }
   EXPECT_FALSE(picture.range);
+  // Each panel zooms its own band.
+  satellite.carriers[0]->record.frequency = 3600;
+  Show(node, node);
+  ASSERT_EQ(picture.panels.size(), 2u);
+  ASSERT_TRUE(ZoomBy(picture, 0.5, 500, picture.panels[1].top + 1));
+  EXPECT_GT(picture.range->lowest, 10000u);
   ZoomBetween(picture, 1, 0, 1000);
   Show({.kind = NodeKind::kSdb}, node);
   EXPECT_FALSE(picture.range);
@@ -176,6 +189,8 @@ TEST_F(PictureTest, AnotherDatabaseLiesBeneath) {
   size_t faint = 0;
   for (const Shape& shape : picture.drawing.shapes) faint += shape.paint == Paint::kBeneath ? 1 : 0;
   EXPECT_EQ(faint, 1u);
+  EXPECT_THAT(picture.drawing.shapes,
+              testing::Contains(testing::Field(&Shape::text, testing::StartsWith("Other database: "))));
   same->record.east = 0;
   Show(node, node);
   for (const Shape& shape : picture.drawing.shapes) EXPECT_NE(shape.paint, Paint::kBeneath);

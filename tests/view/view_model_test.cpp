@@ -8,6 +8,7 @@
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 #include "view/node_edit.h"
+#include "view/row_order.h"
 #include "view/tree_path.h"
 
 namespace vexa {
@@ -251,6 +252,12 @@ TEST_F(ViewModel, NewRecordsBelongToTheTreesNodeOrWhereTheRowIs) {
   EXPECT_THAT(SatelliteRows(document_, {level}, {}), ElementsAre(0u, 1u));
   EXPECT_THAT(SatelliteRows(document_, {level}, {empty}), ElementsAre(1u));
   EXPECT_THAT(SatelliteRows(document_, {c1}, {empty}), ElementsAre());
+  const std::vector<NodeRef> shown[] = {{empty}, {}, {c1}};  // by a filter
+  EXPECT_THAT(SatelliteRows(document_, {level}, {}, &shown[0]), ElementsAre(1u));
+  EXPECT_THAT(SatelliteRows(document_, {level}, {}, &shown[1]), ElementsAre());
+  EXPECT_THAT(SatelliteRows(document_, {level}, {}, &shown[2]), ElementsAre(0u, 1u));
+  EXPECT_THAT(RowsOfNodes({level, astra, empty}, {empty, level}), ElementsAre(true, false, true));
+  EXPECT_THAT(RowsOfNodes({level, astra}, {astra, empty}), ElementsAre(false, false));
 }
 
 TEST(ReplaceFile, AsksAboutWhatAnotherProgramWrote) {

@@ -93,7 +93,7 @@ class Busy {
 
 // A message to the frame: the active database window is maximised again, when there is one.
 inline constexpr UINT kMaximizeAgain = WM_APP + 2;
-// A message to the frame: a window was opened or closed in it, or a file became a recent one.
+// A message to the frame, after all that refreshes it: the page of an empty frame comes, or goes.
 inline constexpr UINT kShowStartPage = WM_APP + 7;
 // A message to the frame: a transfer is over, however it ended.
 inline constexpr UINT kTransferEnded = WM_APP + 5;

@@ -23,10 +23,9 @@ COLORREF ColourOfHue(int hue, double saturation, double lightness) {
   return RGB(part(0), part(8), part(4));
 }
 
-COLORREF ColourOfStep(uint8_t kind) {
-  static constexpr COLORREF kColours[] = {RGB(55, 120, 194), RGB(58, 154, 83),   RGB(213, 154, 30),
-                                          RGB(204, 51, 51),  RGB(136, 136, 136), RGB(215, 215, 215)};
-  return kind < std::size(kColours) ? kColours[kind] : GetSysColor(COLOR_GRAYTEXT);
+// From 0xRRGGBB.
+COLORREF Rgb(uint32_t colour) {
+  return RGB(colour >> 16 & 0xFF, colour >> 8 & 0xFF, colour & 0xFF);
 }
 
 COLORREF ColourOf(const Shape& shape) {
@@ -39,11 +38,11 @@ COLORREF ColourOf(const Shape& shape) {
     case Paint::kRange:
       return GetSysColor(COLOR_GRAYTEXT);
     case Paint::kFec:
-      return ColourOfHue(40 + shape.index * 40, 0.6, 0.6);
+      return ColourOfHue(HueOfFec(shape.index), 0.6, 0.6);
     case Paint::kLnb:
-      return ColourOfHue((205 + shape.index * 137) % 360, 0.7, 0.48);
+      return ColourOfHue(HueOfLnb(shape.index), 0.7, 0.48);
     case Paint::kStep:
-      return ColourOfStep(shape.index);
+      return shape.index < kStepColours.size() ? Rgb(kStepColours[shape.index]) : GetSysColor(COLOR_GRAYTEXT);
     case Paint::kBeneath:
       return GetSysColor(COLOR_BTNFACE);
   }
@@ -171,6 +170,29 @@ class Painter {
 };
 
 }  // namespace
+
+double DotsPerUnit(HWND window) {
+  return std::max(1, Scaled(window, 100)) / 100.0;
+}
+
+OffscreenPicture::OffscreenPicture(HDC target, const RECT& area)
+    : target_(target),
+      device_(CreateCompatibleDC(target)),
+      area_(area),
+      bitmap_(CreateCompatibleBitmap(target, std::max(1L, area.right), std::max(1L, area.bottom))),
+      before_(SelectObject(device_, bitmap_)) {
+  FillRect(device_, &area_, GetSysColorBrush(COLOR_WINDOW));
+}
+
+OffscreenPicture::~OffscreenPicture() {
+  SelectObject(device_, before_);
+  DeleteObject(bitmap_);
+  DeleteDC(device_);
+}
+
+void OffscreenPicture::Show() const {
+  BitBlt(target_, 0, 0, area_.right, area_.bottom, device_, 0, 0, SRCCOPY);
+}
 
 void PaintDrawing(HDC device, const RECT& area, const Drawing& drawing, const Fit& fit, size_t marked) {
   Painter painter(device, area, fit);

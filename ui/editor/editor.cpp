@@ -33,7 +33,6 @@ enum ControlId : int {
   kFilterStatusId,
 };
 
-constexpr UINT_PTR kFilterTimer = 2;
 constexpr UINT kFilterTime = 250;     // milliseconds after a key
 constexpr size_t kManyRows = 10'000;  // from here on a filter waits for the end of typing
 
@@ -131,7 +130,6 @@ bool CreateControls(EditorWindow& editor) {
   for (size_t i = 0; i < editor.view_buttons.size(); ++i)
     AddTip(editor, editor.view_buttons[i], TipOf(kViewCommands[i]).c_str());
   editor.picture_pane = CreatePicturePane(editor, kPictureId);
-  if (editor.app->window.picture_height > 0) ShowWindow(editor.picture_pane, SW_SHOWNA);
   ShowFontsAndPictures(editor);
   return true;
 }
@@ -173,6 +171,7 @@ void LayOut(EditorWindow& editor) {
                              SWP_NOZORDER | SWP_NOACTIVATE);
   };
   place(editor.tree, 0, 0, split, body - gap);
+  ShowWindow(editor.picture_pane, picture > 0 ? SW_SHOWNA : SW_HIDE);
   if (picture > 0) place(editor.picture_pane, 0, body, width, picture);
   place(editor.filter_label, left + gap, 0, dots(kFilterLabelWidth) - gap, line);
   place(editor.filter_field, field_left, 0, field, line);
@@ -209,7 +208,7 @@ decltype(EditorWindow::splitting) SplitterAt(const EditorWindow& editor, POINT a
   RECT picture{};
   GetWindowRect(editor.picture_pane, &picture);
   MapWindowPoints(nullptr, editor.window, reinterpret_cast<POINT*>(&picture), 2);
-  const bool shown = editor.app->window.picture_height > 0;
+  const bool shown = (GetWindowLongW(editor.picture_pane, GWL_STYLE) & WS_VISIBLE) != 0;
   return shown && at.y < picture.top && at.y >= picture.top - reach ? EditorWindow::kSplitPicture
                                                                     : EditorWindow::kNotSplitting;
 }
@@ -375,7 +374,6 @@ bool TakeMouse(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lparam)
   switch (message) {
     case WM_TIMER:
       if (wparam == kFilterTimer) {
-        KillTimer(editor.window, kFilterTimer);
         ApplyFilter(editor);
         return true;
       }
@@ -459,7 +457,6 @@ void SwitchPicture(Application& app) {
     const bool shown = app.window.picture_height > 0;
     if (!shown && GetFocus() == editor->picture_pane)
       SetFocus(editor->last_focus ? editor->last_focus : editor->tree);
-    ShowWindow(editor->picture_pane, shown ? SW_SHOWNA : SW_HIDE);
     LayOutAnew(*editor);
     RefreshPicture(*editor);
   }

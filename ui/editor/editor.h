@@ -81,7 +81,8 @@ struct EditorWindow {
   DragState drag;
   HWND picture_pane = nullptr;  // shown while `window.picture_height` of the program is not 0
   Picture picture;
-  std::string picture_tip;  // of what is under the mouse
+  std::shared_ptr<const StaticDatabase> beneath;  // with which it was compared last
+  std::string picture_tip;                        // of what is under the mouse
   std::optional<POINT> picture_drag;
   POINT picture_drag_end{};
   std::wstring cell;  // text handed to the list control

@@ -169,21 +169,9 @@ namespace {
 
 // Selects the rows of these nodes, and no others, if the list shows them all.
 bool SelectNodes(EditorWindow& editor, const std::vector<NodeRef>& nodes) {
-  const auto& rows = editor.rows.rows;
-  std::vector<bool> chosen(rows.size());
-  size_t found = 0, first = rows.size();
-  // Nodes mostly stand in the order of the rows: each is looked for behind the one before.
-  size_t at = 0;
-  for (const NodeRef& node : nodes) {
-    auto row = std::find(rows.begin() + static_cast<std::ptrdiff_t>(at), rows.end(), node);
-    if (row == rows.end()) row = std::find(rows.begin(), rows.end(), node);
-    if (row == rows.end()) return false;
-    at = static_cast<size_t>(row - rows.begin());
-    found += !chosen[at];
-    chosen[at] = true;
-    first = std::min(first, at);
-  }
-  if (found == 0) return false;
+  const std::vector<bool> chosen = RowsOfNodes(editor.rows.rows, nodes);
+  const auto first = std::find(chosen.begin(), chosen.end(), true) - chosen.begin();
+  if (static_cast<size_t>(first) == chosen.size()) return false;
   SelectRows(editor, [&](size_t row) { return chosen[row]; });
   const int shown = static_cast<int>(first);
   ListView_SetItemState(editor.list, shown, LVIS_FOCUSED, LVIS_FOCUSED);
@@ -216,9 +204,9 @@ bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus) {
   TreePath parent = place;
   if (place.size() > 1) parent.pop_back();
   if (!SelectTreeNode(editor, parent)) return false;
-  const auto select = [&] { return place.size() > 1 && SelectListRow(editor, nodes.back()); };
-  // What is to be shown ends a filter that hides it.
-  const bool selected = select() || (EndFilter(editor) && select());
+  const auto select = [&] { return SelectListRow(editor, nodes.back()); };
+  // What is to be shown ends a filter that hides it; a root stands in the tree alone.
+  const bool selected = place.size() > 1 && (select() || (EndFilter(editor) && select()));
   if (focus) SetFocus(selected ? editor.list : editor.tree);
   return true;
 }
@@ -244,7 +232,8 @@ void ShowChanges(EditorWindow& editor, const std::vector<ChangedRows>& changes) 
     if (root && first.rows.empty()) return;
     if (!SelectTreeNode(editor, root ? TreePath{static_cast<uint32_t>(first.rows[0])} : first.parent)) return;
     const std::vector<NodeRef> nodes = ChangedNodes(editor.document, first);
-    if (!root && !SelectNodes(editor, nodes) && !(EndFilter(editor) && SelectNodes(editor, nodes)))
+    const bool hidden = !nodes.empty() && !SelectNodes(editor, nodes);
+    if (!root && (nodes.empty() || (hidden && !(EndFilter(editor) && SelectNodes(editor, nodes)))))
       SelectRows(editor, [](size_t) { return false; });
   }
   editor.app->refresh_frame();

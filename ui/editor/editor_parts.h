@@ -11,6 +11,8 @@ namespace vexa {
 
 // A message to the database window: other rows are selected. Posted once for all that one step changes.
 inline constexpr UINT kSelectionChanged = WM_APP + 4;
+// The timer of the database window that runs while a filter is typed over a long list.
+inline constexpr UINT_PTR kFilterTimer = 2;
 
 // What the view buttons do, from left to right.
 inline constexpr CommandId kViewCommands[] = {kCmdViewServices, kCmdViewCarriers, kCmdViewBoth,

@@ -500,9 +500,10 @@ void ShowAnew(EditorWindow& editor) {
   InvalidateRect(editor.tree, nullptr, TRUE);
 }
 
-void ReorderList(EditorWindow& editor, const RowOrder& order) {
-  const KeptRows kept = KeepRows(editor);
-  editor.order = order;
+namespace {
+
+// The list is made anew and keeps its selection, of which the first row stays in sight.
+void RefreshRows(EditorWindow& editor, const KeptRows& kept) {
   RefreshList(editor);
   SelectKeptRows(editor, kept, Records::kKept);
   editor.app->refresh_frame();
@@ -512,18 +513,25 @@ void ReorderList(EditorWindow& editor, const RowOrder& order) {
   ListView_EnsureVisible(editor.list, row, FALSE);
 }
 
+}  // namespace
+
+void ReorderList(EditorWindow& editor, const RowOrder& order) {
+  const KeptRows kept = KeepRows(editor);
+  editor.order = order;
+  RefreshRows(editor, kept);
+}
+
 void ApplyFilter(EditorWindow& editor) {
+  KillTimer(editor.window, kFilterTimer);
   const KeptRows kept = KeepRows(editor);
   editor.filter = ParseFilter(WindowText(editor.filter_field));
-  RefreshList(editor);
-  SelectKeptRows(editor, kept, Records::kKept);
-  editor.app->refresh_frame();
+  RefreshRows(editor, kept);
 }
 
 bool EndFilter(EditorWindow& editor) {
   if (GetWindowTextLengthW(editor.filter_field) == 0) return false;
-  SetText(editor.filter_field, "");  // which is told like typing
-  ApplyFilter(editor);
+  SetText(editor.filter_field, "");  // which is told like typing; long lists follow later only
+  if (!editor.filter.terms.empty()) ApplyFilter(editor);
   return true;
 }
 

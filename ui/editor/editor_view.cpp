@@ -215,7 +215,8 @@ bool RefreshList(EditorWindow& editor) {
                                   : ListBelow(editor.document, editor.selected, editor.view, hexadecimal);
   editor.unfiltered = rows.rows.size();
   const std::string wrong = FilterRows(editor.document, rows, editor.filter, hexadecimal);
-  SetText(editor.filter_status, FilterStatus(editor.filter, wrong, rows.rows.size(), editor.unfiltered));
+  SetText(editor.filter_status,
+          editor.details ? "" : FilterStatus(editor.filter, wrong, rows.rows.size(), editor.unfiltered));
   const bool same = SameColumns(rows.columns, editor.rows.columns);
   // Rows selected now must not be selected by their places among the next ones. Wine's control goes through
   // all rows that there are to unselect them; with none left it is done at once.

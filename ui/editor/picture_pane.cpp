@@ -32,7 +32,7 @@ PaneArea AreaOf(const EditorWindow& editor) {
   area.line = all;
   area.line.top = std::max(all.top, all.bottom - Scaled(editor.window, kLine));
   area.drawing = {all.left + margin, all.top + margin, all.right - margin, area.line.top - margin};
-  const double dots = std::max(1, Scaled(editor.window, 100)) / 100.0;
+  const double dots = DotsPerUnit(editor.window);
   area.fit = FitInto(editor.picture.drawing, std::max(1L, area.drawing.right - area.drawing.left),
                      std::max(1L, area.drawing.bottom - area.drawing.top), dots);
   return area;
@@ -76,32 +76,38 @@ void PaintLineBelow(const EditorWindow& editor, HDC device, RECT line) {
 }
 
 void PaintZoomBand(const EditorWindow& editor, HDC device, const RECT& drawing) {
-  if (!editor.picture_drag) return;
+  if (!editor.picture_drag || editor.picture.panels.empty()) return;
   RECT band = drawing;
   band.left = std::min(editor.picture_drag->x, editor.picture_drag_end.x);
   band.right = std::max(editor.picture_drag->x, editor.picture_drag_end.x);
   DrawFocusRect(device, &band);
 }
 
-void PaintPane(const EditorWindow& editor) {
-  PAINTSTRUCT paint{};
-  HDC screen = BeginPaint(editor.picture_pane, &paint);
+void PaintPane(const EditorWindow& editor, HDC screen) {
   RECT all{};
   GetClientRect(editor.picture_pane, &all);
-  HDC device = CreateCompatibleDC(screen);
-  HBITMAP bitmap = CreateCompatibleBitmap(screen, std::max(1L, all.right), std::max(1L, all.bottom));
-  HGDIOBJ old = SelectObject(device, bitmap);
-  FillRect(device, &all, GetSysColorBrush(COLOR_WINDOW));
+  const OffscreenPicture picture(screen, all);
   const PaneArea area = AreaOf(editor);
-  PaintDrawing(device, area.drawing, editor.picture.drawing, area.fit, editor.picture.selected);
-  PaintLineBelow(editor, device, area.line);
-  PaintZoomBand(editor, device, area.drawing);
-  if (GetFocus() == editor.picture_pane) DrawFocusRect(device, &all);
-  BitBlt(screen, 0, 0, all.right, all.bottom, device, 0, 0, SRCCOPY);
-  SelectObject(device, old);
-  DeleteObject(bitmap);
-  DeleteDC(device);
-  EndPaint(editor.picture_pane, &paint);
+  PaintDrawing(picture.device(), area.drawing, editor.picture.drawing, area.fit, editor.picture.selected);
+  PaintLineBelow(editor, picture.device(), area.line);
+  PaintZoomBand(editor, picture.device(), area.drawing);
+  if (GetFocus() == editor.picture_pane) DrawFocusRect(picture.device(), &all);
+  picture.Show();
+}
+
+// Ends the painting whatever happens in it.
+void PaintPane(const EditorWindow& editor) {
+  struct Painting {
+    explicit Painting(HWND pane) : window(pane), screen(BeginPaint(pane, &paint)) {}
+    ~Painting() { EndPaint(window, &paint); }
+    Painting(const Painting&) = delete;
+    Painting& operator=(const Painting&) = delete;
+    HWND window;
+    PAINTSTRUCT paint{};
+    HDC screen;
+  };
+  const Painting painting(editor.picture_pane);
+  PaintPane(editor, painting.screen);
 }
 
 void RedrawPane(const EditorWindow& editor) {
@@ -131,7 +137,9 @@ void ZoomPane(EditorWindow& editor, bool changes) {
 bool TakePaneKey(EditorWindow& editor, WPARAM key) {
   Picture& picture = editor.picture;
   const Shape* selected = SelectedShape(picture);
-  const double middle = selected ? selected->x + selected->width / 2 : (kPlanLeft + kPlanRight) / 2;
+  // Around what is selected, else around the middle of the first panel.
+  const double x = selected ? selected->x + selected->width / 2 : (kPlanLeft + kPlanRight) / 2;
+  const double y = selected ? selected->y : 0;
   switch (key) {
     case VK_LEFT:
     case VK_RIGHT: {
@@ -141,11 +149,11 @@ bool TakePaneKey(EditorWindow& editor, WPARAM key) {
     }
     case VK_ADD:
     case VK_OEM_PLUS:
-      ZoomPane(editor, ZoomBy(picture, kStep, middle));
+      ZoomPane(editor, ZoomBy(picture, kStep, x, y));
       return true;
     case VK_SUBTRACT:
     case VK_OEM_MINUS:
-      ZoomPane(editor, ZoomBy(picture, 1 / kStep, middle));
+      ZoomPane(editor, ZoomBy(picture, 1 / kStep, x, y));
       return true;
     case VK_HOME:
       ZoomPane(editor, ShowWhole(picture));
@@ -166,7 +174,7 @@ void EndPaneDrag(EditorWindow& editor, POINT at) {
   const auto from = std::exchange(editor.picture_drag, std::nullopt);
   if (!from) return;
   ReleaseCapture();
-  if (std::abs(at.x - from->x) >= kLeastDrag && editor.picture.kind == PictureKind::kPlan) {
+  if (std::abs(at.x - from->x) >= kLeastDrag && !editor.picture.panels.empty()) {
     const PaneArea area = AreaOf(editor);
     const DrawingPoint first = PointOf(area, *from), last = PointOf(area, at);
     ZoomPane(editor, ZoomBetween(editor.picture, first.y, first.x, last.x));
@@ -216,11 +224,13 @@ bool TakePaneMouse(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lpa
       editor.picture_tip.clear();
       RedrawPane(editor);
       return true;
-    case WM_MOUSEWHEEL:
+    case WM_MOUSEWHEEL: {
       ScreenToClient(editor.picture_pane, &at);
-      ZoomPane(editor, ZoomBy(editor.picture, GET_WHEEL_DELTA_WPARAM(wparam) > 0 ? kStep : 1 / kStep,
-                              PointOf(AreaOf(editor), at).x));
+      const DrawingPoint point = PointOf(AreaOf(editor), at);
+      const double factor = GET_WHEEL_DELTA_WPARAM(wparam) > 0 ? kStep : 1 / kStep;
+      ZoomPane(editor, ZoomBy(editor.picture, factor, point.x, point.y));
       return true;
+    }
     default:
       return false;
   }
@@ -270,7 +280,7 @@ HWND CreatePicturePane(EditorWindow& editor, int id) {
 void RefreshPicture(EditorWindow& editor) {
   if (!editor.app->window.picture_height || !editor.picture_pane) return;
   ShowPicture(editor.picture, editor.document, editor.selected, CommandNode(editor),
-              {Windows1252(), editor.app->place, nullptr});
+              {Windows1252(), editor.app->place, editor.beneath.get()});
   editor.picture_tip.clear();
   RedrawPane(editor);
 }

@@ -63,12 +63,18 @@ bool CopyRows(Application& app, const EditorWindow& editor, const std::vector<No
   const auto clip = CopyNodes(app.context, editor.document, rows);
   if (!clip) return false;
   const std::wstring text = Wide(TextOfNodes(editor.document, rows));
-  const OpenedClipboard clipboard(app.frame);
-  if (!clipboard || !EmptyClipboard() || !clipboard.Put(ClipFormat(), clip->data(), clip->size())) {
-    TellNoClipboard(app, LastSystemError());
+  std::error_code why;
+  {  // it is closed before anything is told
+    const OpenedClipboard clipboard(app.frame);
+    if (!clipboard || !EmptyClipboard() || !clipboard.Put(ClipFormat(), clip->data(), clip->size()))
+      why = LastSystemError();
+    else if (!text.empty())
+      clipboard.Put(CF_UNICODETEXT, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
+  }
+  if (why) {
+    TellNoClipboard(app, why);
     return false;
   }
-  if (!text.empty()) clipboard.Put(CF_UNICODETEXT, text.c_str(), (text.size() + 1) * sizeof(wchar_t));
   app.outcome = Format("%zu copied", rows.size());
   app.refresh_frame();
   return true;

@@ -29,10 +29,11 @@ std::optional<AnyDatabase> AskOtherDatabase(Application& app, const char* title,
   };
   const WaitPointer wait;
   AnyDatabase other;
-  if (!OpenAnyDatabase(app.context, path, app.defaults, steps, *FindCodePage("Windows-1252"), other) ||
-      other.document.sdbs.empty())
-    return std::nullopt;
-  return other;
+  if (!OpenAnyDatabase(app.context, path, app.defaults, steps, Windows1252(), other)) return std::nullopt;
+  if (!other.document.sdbs.empty()) return other;
+  TellWhy(app.context.messages, Icon::kStop, Utf8FromPath(path) + " holds no SDB. Choose another file.",
+          "There is nothing to compare with.");
+  return std::nullopt;
 }
 
 struct CompareWindow {
@@ -98,9 +99,9 @@ void Take(const Form& form, CompareWindow& window, TakeOverRange range) {
 }
 
 void Export(const Form& form, const CompareWindow& window) {
-  const auto path =
-      AskSaveFile(form.window,
-                  {"Export", {{"Text Files ( *.TXT )", "*.txt"}, {"Web Pages ( *.HTML )", "*.html"}}, "txt"});
+  const auto path = AskSaveFile(
+      form.window,
+      {"Export", {{"Text Files ( *.TXT )", "*.txt"}, {"HTML Pages ( *.HTML )", "*.html"}}, "txt"});
   if (!path) return;
   const bool page =
       _wcsicmp(path->extension().c_str(), L".html") == 0 || _wcsicmp(path->extension().c_str(), L".htm") == 0;
@@ -178,7 +179,7 @@ size_t PlaceOfSdb(const EditorWindow& editor) {
 void ShowComparison(EditorWindow& editor) {
   Application& app = *editor.app;
   Path path;
-  const auto other = AskOtherDatabase(app, "Compare with", path);
+  auto other = AskOtherDatabase(app, "Compare with", path);
   if (!other) return;
   CompareWindow window{editor, other->document, Utf8FromPath(path), PlaceOfSdb(editor), 0, {}, {}, {}};
   window.other_sdb = std::min(window.sdb, other->document.sdbs.size() - 1);
@@ -194,7 +195,8 @@ void ShowComparison(EditorWindow& editor) {
   actions.resized = [&](Form& form) { FitLastColumn(form.Control(IDC_COMPARE_LIST)); };
   actions.command = [&](Form& form, int id, int code) { CompareCommand(form, window, id, code); };
   actions.notify = [&](Form& form, NMHDR& header) {
-    const bool opens = header.idFrom == IDC_COMPARE_LIST && header.code == NM_DBLCLK;
+    const bool opens = header.idFrom == IDC_COMPARE_LIST && header.code == NM_DBLCLK &&
+                       reinterpret_cast<NMITEMACTIVATE&>(header).iItem >= 0;
     const LRESULT result = ListNotification(form, window.list, header).value_or(0);
     if (opens) PostMessageW(form.window, WM_COMMAND, IDOK, 0);
     return result;
@@ -205,7 +207,11 @@ void ShowComparison(EditorWindow& editor) {
     target = PathOfDifference(editor.document, window.sdb, window.view.records[window.view.shown[rows[0]]]);
     return true;
   };
-  if (RunForm(app, IDD_COMPARE, actions)) ShowRecord(editor, target, true);
+  const bool shows = RunForm(app, IDD_COMPARE, actions);
+  // In the picture its carriers lie beneath from now on.
+  editor.beneath = std::move(other->document.sdbs[window.other_sdb].database);
+  RefreshList(editor);
+  if (shows) ShowRecord(editor, target, true);
 }
 
 void ApplyOrderFrom(EditorWindow& editor) {

@@ -152,10 +152,10 @@ void SaveSdb(Application& app) {
 void SaveChosenSatellites(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
   const std::vector<NodeRef> rows = CommandRows(editor);
-  std::vector<NodeRef> chosen = SelectedRecords(editor);
-  if (chosen.empty() && !editor.filter.terms.empty()) chosen = editor.rows.rows;
-  const Rows satellites = SatelliteRows(editor.document, rows, chosen);
-  if (satellites.empty()) return;
+  const Rows satellites = SatelliteRows(editor.document, rows, SelectedRecords(editor),
+                                        editor.filter.terms.empty() ? nullptr : &editor.rows.rows);
+  if (satellites.empty())
+    return Tell(MessagesOf(editor), Icon::kInformation, "No satellite is selected, and the list shows none.");
   SavePart(editor, "Save selected Satellite(s) as", [&](const Context& context, const Path& path) {
     return SaveSatellites(context, editor.document, rows[0].sdb, satellites, path, editor.version);
   });

@@ -95,6 +95,10 @@ void Open(const Form& form, const SettingsForm& dialog) {
   ShowSets(form);
   form.SetText(IDC_SETTINGS_COPIES,
                Utf8FromPath(CopyFolderIn(LoadTransferSettings(form.app.settings), DocumentsFolder())));
+  if (const auto& place = form.app.place) {
+    form.SetText(IDC_SETTINGS_LATITUDE, TextOfDegrees(place->latitude, 'N', 'S'));
+    form.SetText(IDC_SETTINGS_LONGITUDE, TextOfDegrees(place->longitude, 'E', 'W'));
+  }
   ShowValues(form, dialog);
 }
 
@@ -250,6 +254,21 @@ void KeepCopyFolder(const Form& form) {
   SaveTransferSettings(form.app.settings, settings);
 }
 
+// False after a message.
+bool TakePlace(const Form& form, std::optional<Place>& place) {
+  const auto refusal =
+      PlaceFromFields(form.Text(IDC_SETTINGS_LATITUDE), form.Text(IDC_SETTINGS_LONGITUDE), place);
+  if (refusal)
+    form.Refuse(*refusal, refusal->field == kLatitudeField ? IDC_SETTINGS_LATITUDE : IDC_SETTINGS_LONGITUDE);
+  return !refusal;
+}
+
+void KeepPlace(Application& app, const std::optional<Place>& place) {
+  app.place = place;
+  SavePlace(app.settings, place);
+  for (EditorWindow* editor : AllEditors(app)) RefreshList(*editor);
+}
+
 void TakeEffect(Application& app, const SettingsOutcome& outcome) {
   app.hexadecimal = outcome.hexadecimal_pids;
   if (outcome.refill) {
@@ -268,10 +287,13 @@ bool ShowSettings(Application& app, const SettingsRequest& request) {
   actions.open = [&](Form& form) { Open(form, dialog); };
   actions.command = [&](Form& form, int id, int code) { Command(form, dialog, id, code); };
   actions.accept = [&](Form& form) {
+    std::optional<Place> place;
+    if (!TakePlace(form, place)) return false;
     Take(form, dialog);
     outcome = AcceptSettings(app.context, dialog, app.configuration_file, app.config);
     if (outcome.close) {
       KeepCopyFolder(form);
+      KeepPlace(form.app, place);
       return true;
     }
     ShowLists(form, dialog);

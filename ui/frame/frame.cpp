@@ -330,7 +330,7 @@ BOOL CALLBACK PassOnColours(HWND window, LPARAM) {
   return TRUE;
 }
 
-// What the program's windows send to the frame.
+// What the program's windows send to the frame, and what it answers whole.
 bool TakeOwnMessage(Application& app, UINT message) {
   switch (message) {
     case kOpenWaiting:
