@@ -78,6 +78,7 @@ constexpr SettingRow kSettings[] = {
     {kProductionKey, "Log", ""},
     {kProductionKey, "Ports", ""},
     {kProductionKey, "KeepCopies", "0"},
+    {kNamesKey, "CodePage", "Windows-1252"},
 };
 
 constexpr size_t CountOf(std::string_view subkey) {
@@ -588,6 +589,20 @@ void SaveProductionSettings(const SettingsStore& store, const ProductionSettings
   SaveTexts(store, kProductionKey,
             {production.database, production.sdb, production.log, production.ports,
              FlagText(production.keep_copy)});
+}
+
+const CodePage& LoadNamesPage(const SettingsStore& store) {
+  const std::string key = SettingsKey(kNamesKey);
+  const SettingRow& row = *RowsOf(kNamesKey)[0];
+  const bool there = store.open(key) == KeyState::kExisted;
+  const CodePage* page = there ? FindCodePage(store.read(key, row.name).value_or("")) : nullptr;
+  return page ? *page : *FindCodePage(row.standard);
+}
+
+void SaveNamesPage(const SettingsStore& store, const CodePage& page) {
+  const std::string key = SettingsKey(kNamesKey);
+  store.open(key);
+  store.write(key, RowsOf(kNamesKey)[0]->name, page.name);
 }
 
 }  // namespace vexa

@@ -17,6 +17,7 @@
 #include "core/database.h"
 #include "core/messages.h"
 #include "generated/version.h"
+#include "platform/code_page.h"
 #include "platform/serial.h"
 #include "platform/settings_store.h"
 
@@ -43,6 +44,7 @@ inline constexpr const char* kTransferKey = "Transfer";
 inline constexpr const char* kPlaceKey = "Place";
 inline constexpr const char* kProductionKey = "Production";
 inline constexpr const char* kSetsKey = "Sets";
+inline constexpr const char* kNamesKey = "Names";
 
 inline constexpr std::array kPortNames = {"COM1", "COM2", "COM3", "COM4"};
 
@@ -182,5 +184,9 @@ struct ProductionSettings {
 };
 ProductionSettings LoadProductionSettings(const SettingsStore& store);
 void SaveProductionSettings(const SettingsStore& store, const ProductionSettings& production);
+
+// The page in which the names of databases are shown. A name that no page has counts as not readable.
+const CodePage& LoadNamesPage(const SettingsStore& store);
+void SaveNamesPage(const SettingsStore& store, const CodePage& page);
 
 }  // namespace vexa

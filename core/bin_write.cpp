@@ -3,6 +3,8 @@
 
 #include "core/bin_file.h"
 #include "core/bytes.h"
+#include "core/field_texts.h"
+#include "core/match.h"
 #include "core/zlib_com.h"
 #include "platform/text.h"
 
@@ -114,7 +116,7 @@ void WriteSatellites(ByteWriter& out, const StreamPlan& plan, const DefaultRecor
   SatelliteRecord filler = defaults.satellite;
   filler.carrier_count = 0;
   for (unsigned i = 1; i <= kMaximumSatellites - plan.satellites.size(); ++i) {
-    SetName(filler.name, Format("NewSat %u", i));
+    SetName(filler.name, EmptySlotName(i));
     out.Write(filler);
   }
 }
@@ -497,7 +499,7 @@ std::string BinInformation(const Context& context, const Document& document) {
   text +=
       Format("Total bin size \t: %5.2fKB/%dbytes\n", kilobytes(sizes->total), static_cast<int>(sizes->total));
   text += document.compress_payload ? "(Compressed)" : "(Uncompressed)";
-  return Utf8FromLatin(text);
+  return NameText(document, text);
 }
 
 }  // namespace vexa

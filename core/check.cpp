@@ -1,13 +1,13 @@
 #include "core/check.h"
 
 #include <algorithm>
-#include <map>
-#include <optional>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
 
+#include "core/duplicates.h"
 #include "core/edit.h"
+#include "core/field_texts.h"
 #include "core/match.h"
 #include "core/rules.h"
 #include "platform/text.h"
@@ -45,49 +45,19 @@ std::string SameText(const char* what, const char* kind, size_t first) {
   return std::string("Same ") + what + " as " + kind + " " + std::to_string(first + 1) + ".";
 }
 
-// Remembers the first place of each key while records come one by one.
-template <class Key>
-class FirstPlaces {
- public:
-  // The first place of the key when it came before; else this one is remembered.
-  std::optional<size_t> Seen(const Key& key, size_t place) {
-    const auto [entry, added] = places_.emplace(key, place);
-    return added ? std::nullopt : std::optional(entry->second);
-  }
-  std::optional<size_t> Find(const Key& key) const {
-    const auto entry = places_.find(key);
-    return entry == places_.end() ? std::nullopt : std::optional(entry->second);
-  }
-
- private:
-  std::map<Key, size_t> places_;
-};
-
-// The first carrier before this one that has its polarisation and lies within 3 MHz.
-std::optional<size_t> SameCarrier(FirstPlaces<std::pair<uint32_t, int64_t>>& seen,
-                                  const CarrierRecord& record, size_t place) {
-  std::optional<size_t> first;
-  for (int64_t step = -int64_t{kSameFrequency}; step <= int64_t{kSameFrequency}; ++step) {
-    const auto found = seen.Find({record.polarization, int64_t{record.frequency} + step});
-    if (found && (!first || *found < *first)) first = found;
-  }
-  seen.Seen({record.polarization, record.frequency}, place);
-  return first;
-}
-
 void CheckEntries(const std::vector<Service*>& entries, const std::string& place, Findings& findings) {
   if (!findings.duplicates) return;
-  FirstPlaces<const Service*> seen;
-  for (size_t i = 0; i < entries.size(); ++i) {
-    if (const auto first = seen.Seen(entries[i], i))
+  const Repeats repeats = RepeatedEntries(entries);
+  for (size_t i = 0; i < repeats.size(); ++i) {
+    if (repeats[i])
       findings.Add(place, "Entry " + std::to_string(i + 1) + " is the same as entry " +
-                              std::to_string(*first + 1) + ".");
+                              std::to_string(*repeats[i] + 1) + ".");
   }
 }
 
 void CheckServices(const Carrier& carrier, const std::string& place, Findings& findings) {
   std::unordered_set<uint32_t> numbers;
-  FirstPlaces<std::string_view> names;
+  const Repeats repeats = findings.duplicates ? RepeatedServices(carrier.services) : Repeats();
   for (size_t i = 0; i < carrier.services.size(); ++i) {
     const ServiceRecord& record = carrier.services[i]->record;
     const std::string here = RecordName(place, "service", i);
@@ -97,9 +67,7 @@ void CheckServices(const Carrier& carrier, const std::string& place, Findings& f
     findings.Add(here, VideoPidText(record.type, record.video_pid));
     findings.Add(here, AudioPidText(record.audio_pid));
     findings.Add(here, PcrPidText(record.pcr_pid));
-    const std::string_view name = NameOf(record.name);
-    if (!findings.duplicates || name.empty()) continue;
-    if (const auto first = names.Seen(name, i)) findings.Add(here, SameText("name", "service", *first));
+    if (findings.duplicates && repeats[i]) findings.Add(here, SameText("name", "service", *repeats[i]));
   }
 }
 
@@ -111,7 +79,7 @@ void CheckSatellite(const StaticDatabase& database, const Satellite& satellite, 
   findings.Add(place, SatelliteAngleText(record.angle / 10));
   findings.Add(place, SatelliteZeroAngleText(record.angle));
   findings.Add(place, same);
-  FirstPlaces<std::pair<uint32_t, int64_t>> frequencies;
+  const Repeats repeats = findings.duplicates ? RepeatedCarriers(satellite.carriers) : Repeats();
   for (size_t i = 0; i < satellite.carriers.size(); ++i) {
     const Carrier& carrier = *satellite.carriers[i];
     const std::string here = RecordName(place, "carrier", i);
@@ -119,25 +87,20 @@ void CheckSatellite(const StaticDatabase& database, const Satellite& satellite, 
     findings.Add(here, CarrierNameText(NameOf(carrier.record.name)));
     findings.Add(here, CarrierFrequencyText(LnbOf(database, satellite).type, carrier.record.frequency));
     findings.Add(here, CarrierSymbolRateText(carrier.record.symbol_rate));
-    if (findings.duplicates) {
-      if (const auto first = SameCarrier(frequencies, carrier.record, i))
-        findings.Add(here, SameText("frequency and polarization", "carrier", *first));
-    }
+    if (findings.duplicates && repeats[i])
+      findings.Add(here, SameText("frequency and polarization", "carrier", *repeats[i]));
     CheckServices(carrier, here, findings);
   }
 }
 
 void CheckSatellites(const StaticDatabase& database, const std::string& place, Findings& findings) {
-  FirstPlaces<std::pair<uint32_t, uint32_t>> positions;
+  const Repeats repeats = findings.duplicates ? RepeatedSatellites(database.satellites) : Repeats();
   for (size_t i = 0; i < database.satellites.size(); ++i) {
     const Satellite& satellite = *database.satellites[i];
     if (IsUnusedPlace(satellite)) continue;
     const At at(findings.place.record.satellite, i);
     std::string same;
-    if (findings.duplicates && satellite.record.angle != 0) {
-      if (const auto first = positions.Seen({satellite.record.angle, satellite.record.east}, i))
-        same = SameText("orbital position", "satellite", *first);
-    }
+    if (findings.duplicates && repeats[i]) same = SameText("orbital position", "satellite", *repeats[i]);
     CheckSatellite(database, satellite, RecordName(place, "satellite", i), same, findings);
   }
 }
@@ -192,7 +155,7 @@ std::vector<Finding> FindFaults(const Document& document, bool duplicates) {
   for (size_t n = 0; n < document.sdbs.size(); ++n) {
     const OpenSdb& sdb = document.sdbs[n];
     const StaticDatabase& database = *sdb.database;
-    const std::string place = Utf8FromLatin(sdb.name);
+    const std::string place = NameText(document, sdb.name);
     const At at(findings.place.record.sdb, n);
     findings.Add(place, SdbNameText(sdb.name));
     CheckLimits(database, place, findings);
@@ -204,7 +167,7 @@ std::vector<Finding> FindFaults(const Document& document, bool duplicates) {
   }
   for (size_t i = 0; i < document.ubis.size(); ++i) {
     const At at(findings.place.ubi, i);
-    findings.Add(Utf8FromLatin(document.ubis[i].name), UbiNameText(document.ubis[i].name));
+    findings.Add(NameText(document, document.ubis[i].name), UbiNameText(document.ubis[i].name));
   }
   return std::move(findings.list);
 }

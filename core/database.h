@@ -20,6 +20,8 @@
 
 namespace vexa {
 
+struct CodePage;  // platform/code_page.h
+
 struct Satellite;
 struct Carrier;
 
@@ -171,6 +173,7 @@ struct Document {
   bool read_whole = true;
   std::string source;  // the file that it was read from, as messages name it; may be empty
   std::array<uint8_t, 96> settings_block{};  // the receiver's own settings, from a download
+  const CodePage* names = nullptr;           // the page that its names stand in; nullptr: Windows-1252
 };
 
 // Lowest free slot below kMaximumSdbs, claimed; -1 when all are taken.

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "core/records.h"
+#include "core/database.h"
+#include "platform/code_page.h"
 #include "platform/text.h"
 
 namespace vexa {
@@ -17,10 +18,22 @@ std::string FecName(uint32_t fec);
 std::string ViewAngleText(uint32_t tenths);
 // Decimal or hexadecimal digits, without a prefix.
 std::string PidText(uint32_t pid, bool hexadecimal);
+// The page that the document's names stand in.
+inline const CodePage& NamesPage(const Document& document) {
+  return document.names ? *document.names : Windows1252();
+}
 // A record's name field as UTF-8.
 template <size_t N>
-std::string NameText(const char (&field)[N]) {
-  return Utf8FromLatin(NameOf(field));
+std::string NameText(const CodePage& page, const char (&field)[N]) {
+  return Utf8FromPage(page, NameOf(field));
+}
+// The same, and other names of the document.
+template <size_t N>
+std::string NameText(const Document& document, const char (&field)[N]) {
+  return NameText(NamesPage(document), field);
+}
+inline std::string NameText(const Document& document, const std::string& name) {
+  return Utf8FromPage(NamesPage(document), name);
 }
 // Tenths of a degree as a dialog and the lists show them: "19.2", "000.00" for 0.
 std::string AngleText(uint32_t tenths);

@@ -1,7 +1,10 @@
 #include "core/find.h"
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
+#include "core/field_texts.h"
 #include "core/rules.h"
 #include "platform/text.h"
 
@@ -9,34 +12,39 @@ namespace vexa {
 
 namespace {
 
-// Windows-1252 to lower case, letters with accents included.
-char Fold(char c) {
-  const auto byte = static_cast<uint8_t>(c);
-  const bool upper = (byte >= 'A' && byte <= 'Z') || (byte >= 0xC0 && byte <= 0xDE && byte != 0xD7);
-  if (upper) return static_cast<char>(byte + 0x20);
-  switch (byte) {
-    case 0x8A:
-    case 0x8C:
-    case 0x8E:
-      return static_cast<char>(byte + 0x10);
-    case 0x9F:
-      return static_cast<char>(0xFF);
-    default:
-      return c;
+// Each byte of the page as its small letter.
+using FoldTable = std::array<char, 256>;
+
+FoldTable FoldsOf(const CodePage& page) {
+  FoldTable folds{};
+  for (size_t byte = 0; byte < folds.size(); ++byte) {
+    const auto small =
+        std::find(page.characters.begin(), page.characters.end(), SmallLetter(page.characters[byte]));
+    folds[byte] = static_cast<char>(
+        small == page.characters.end() ? byte : static_cast<size_t>(small - page.characters.begin()));
   }
+  return folds;
 }
 
 struct Wanted {
   FindBy by;
+  FoldTable folds;
   std::string name;  // folded
   int64_t number = -1;
+
+  std::string Folded(std::string_view text) const {
+    std::string folded(text);
+    for (char& c : folded) c = folds[static_cast<uint8_t>(c)];
+    return folded;
+  }
 };
 
 // Nothing for a text that cannot match.
-std::optional<Wanted> WantedOf(const FindQuery& query) {
-  Wanted wanted{query.by, {}, -1};
+std::optional<Wanted> WantedOf(const FindQuery& query, const CodePage& page) {
+  Wanted wanted{query.by, FoldsOf(page), {}, -1};
   if (query.by == FindBy::kName) {
-    wanted.name = FoldedName(LatinFromUtf8(query.text));
+    size_t lacking = 0;
+    wanted.name = wanted.Folded(PageFromUtf8(page, query.text, lacking));
     if (wanted.name.empty()) return std::nullopt;
     return wanted;
   }
@@ -50,7 +58,7 @@ std::optional<Wanted> WantedOf(const FindQuery& query) {
 }
 
 bool NameMatches(const Wanted& wanted, std::string_view name) {
-  return wanted.by == FindBy::kName && FoldedName(name).find(wanted.name) != std::string::npos;
+  return wanted.by == FindBy::kName && wanted.Folded(name).find(wanted.name) != std::string::npos;
 }
 
 bool Matches(const Wanted& wanted, const Carrier& carrier) {
@@ -75,7 +83,7 @@ int Count(const std::vector<T>& list) {
 // All matches in tree order.
 std::vector<RecordPlace> MatchesOf(const Document& document, const FindQuery& query) {
   std::vector<RecordPlace> places;
-  const auto wanted = WantedOf(query);
+  const auto wanted = WantedOf(query, NamesPage(document));
   if (!wanted) return places;
   for (int sdb = 0; sdb < Count(document.sdbs); ++sdb) {
     const auto& satellites = document.sdbs[static_cast<size_t>(sdb)].database->satellites;
@@ -94,12 +102,6 @@ std::vector<RecordPlace> MatchesOf(const Document& document, const FindQuery& qu
 }
 
 }  // namespace
-
-std::string FoldedName(std::string_view name) {
-  std::string folded(name);
-  for (char& c : folded) c = Fold(c);
-  return folded;
-}
 
 std::optional<RecordPlace> FindNext(const Document& document, const FindQuery& query,
                                     const RecordPlace& from) {

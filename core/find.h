@@ -6,14 +6,10 @@
 #include <cstddef>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "core/database.h"
 
 namespace vexa {
-
-// Windows-1252 text without regard to case, letters with accents included.
-std::string FoldedName(std::string_view name);
 
 enum class FindBy {
   kName,           // part of a satellite's, carrier's or service's name, without regard to case

@@ -10,6 +10,8 @@ namespace vexa {
 
 namespace {
 
+constexpr std::string_view kEmptySlot = "NewSat ";
+
 Pairing Unpaired(size_t first, size_t second) {
   return {std::vector<size_t>(first, kUnmatched), std::vector<size_t>(second, kUnmatched), 0};
 }
@@ -173,11 +175,15 @@ SatelliteMatch MatchCarriers(const Satellite& first, const Satellite& second) {
   return match;
 }
 
+std::string EmptySlotName(unsigned number) {
+  return std::string(kEmptySlot) + std::to_string(number);
+}
+
 bool IsUnusedPlace(const Satellite& satellite) {
-  constexpr std::string_view kStart = "NewSat ";
   const std::string_view name = NameOf(satellite.record.name);
-  if (!satellite.carriers.empty() || !name.starts_with(kStart) || name.size() == kStart.size()) return false;
-  return name.find_first_not_of("0123456789", kStart.size()) == std::string_view::npos;
+  if (!satellite.carriers.empty() || !name.starts_with(kEmptySlot) || name.size() == kEmptySlot.size())
+    return false;
+  return name.find_first_not_of("0123456789", kEmptySlot.size()) == std::string_view::npos;
 }
 
 size_t Pairing::count() const {

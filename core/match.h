@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <vector>
 
 #include "core/database.h"
@@ -14,6 +15,8 @@ namespace vexa {
 
 // A satellite named "NewSat %d" without carriers: a place of the table that nobody uses.
 bool IsUnusedPlace(const Satellite& satellite);
+// The name of such a place, by its number from 1.
+std::string EmptySlotName(unsigned number);
 
 inline constexpr size_t kUnmatched = ~size_t{0};
 inline constexpr uint32_t kSameFrequency = 3;  // MHz: carriers no further apart are one and the same

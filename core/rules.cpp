@@ -111,4 +111,18 @@ std::string CharactersText(std::string_view utf8) {
   return FitsLatin(utf8) ? "" : "\"" + std::string(utf8) + "\" has characters that no database holds.";
 }
 
+std::string LackingText(std::string_view utf8, const CodePage& page) {
+  std::string lacking;
+  for (std::string_view rest = utf8; !rest.empty();) {
+    std::string character;
+    const std::string_view before = rest;
+    AppendUtf8(character, TakeUtf8(rest));
+    const std::string_view bytes = before.substr(0, before.size() - rest.size());
+    if (PageFromUtf8(page, bytes)) continue;
+    if (lacking.find(character) == std::string::npos) lacking += (lacking.empty() ? "" : " ") + character;
+  }
+  if (lacking.empty()) return "";
+  return "\"" + std::string(utf8) + "\" has characters that " + page.name + " lacks: " + lacking;
+}
+
 }  // namespace vexa

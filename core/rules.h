@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "core/database.h"
+#include "platform/code_page.h"
 
 namespace vexa {
 
@@ -45,6 +46,8 @@ std::string UbiNameText(std::string_view name);
 
 // Every character of the UTF-8 text is one of Windows-1252, so that a record can hold it.
 std::string CharactersText(std::string_view utf8);
+// Every character is one of the page; the text names those that it lacks.
+std::string LackingText(std::string_view utf8, const CodePage& page);
 
 // `number` lies in `lowest` to `highest`; the text is "NAME should be in the range of LOWEST - HIGHEST."
 std::string RangeText(const char* name, int64_t number, int lowest, int highest);

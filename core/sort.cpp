@@ -5,7 +5,7 @@
 
 #include "core/bin_file.h"
 #include "core/edit.h"
-#include "platform/text.h"
+#include "core/field_texts.h"
 
 namespace vexa {
 
@@ -188,7 +188,7 @@ bool SortSdbs(const Messages& messages, Document& document, const std::vector<si
   for (const size_t sdb : sdbs) {
     if (!document.sdbs.at(sdb).database->satellites.empty()) continue;
     if (!invalid.empty()) invalid += ", ";
-    invalid += Utf8FromLatin(document.sdbs[sdb].name);
+    invalid += NameText(document, document.sdbs[sdb].name);
   }
   if (!invalid.empty()) {
     Tell(messages, Icon::kStop,

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/bytes.h"
+#include "core/field_texts.h"
 #include "core/match.h"
 #include "image/line_frame.h"
 #include "image/receiver_layout.h"
@@ -25,7 +26,7 @@ bool RefuseFit(const Context& context, const std::string& why) {
 // "lists.bin: SDB 2 \"Europe\""
 std::string NameOfSdb(const Document& document, size_t sdb) {
   return (document.source.empty() ? "" : document.source + ": ") +
-         Format("SDB %zu \"%s\"", sdb + 1, Utf8FromLatin(document.sdbs[sdb].name).c_str());
+         Format("SDB %zu \"%s\"", sdb + 1, NameText(document, document.sdbs[sdb].name).c_str());
 }
 
 uint64_t TablesSize(const StaticDatabase& database) {

@@ -6,6 +6,7 @@
 
 #include "core/bin_file.h"
 #include "core/bytes.h"
+#include "core/match.h"
 #include "image/transfer_files.h"
 #include "image/urt.h"
 
@@ -93,7 +94,7 @@ std::vector<uint8_t> WriteSatellites(const Source& source, ByteWriter& file) {
   for (uint32_t i = 0; i < source.counts.satellites; ++i) {
     SatelliteRecord record =
         UnpackSatellite(source.At(kSatelliteTable + i * kSatelliteEntry, kSatelliteEntry));
-    if (record.name[0] == 0) SetName(record.name, Format("NewSat %u", i + 1));
+    if (record.name[0] == 0) SetName(record.name, EmptySlotName(i + 1));
     lnbs.push_back(static_cast<uint8_t>(record.lnb_index));
     file.Write(record);
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/match.h"
 #include "core/messages.h"
 
 namespace vexa {
@@ -141,7 +142,7 @@ void PackSatellite(const SatelliteRecord& record, std::span<uint8_t> entry) {
 void PackEmptySatellite(uint32_t number, std::span<uint8_t> entry) {
   StoreWord(entry, 0, 0x16FFFFFF);
   StoreWord(entry, 1, 0xFFFFF000);
-  PackName(Format("NewSat %u", number), entry.subspan(8, kNameSize));
+  PackName(EmptySlotName(number), entry.subspan(8, kNameSize));
 }
 
 void PackCarrier(const CarrierRecord& record, std::span<uint8_t> entry) {

@@ -387,7 +387,7 @@ std::string SelectedCarriersText(const Wizard& wizard, std::optional<size_t> sat
     total += range.count;
   }
   const std::string name =
-      satellite ? Utf8FromLatin(NameOf(work.satellites[*satellite].name)) : "All satellites";
+      satellite ? Utf8FromPage(wizard.page, NameOf(work.satellites[*satellite].name)) : "All satellites";
   return Format("%s selected carrier(s) - %d/%d", name.c_str(), static_cast<int>(chosen),
                 static_cast<int>(total));
 }
@@ -411,7 +411,8 @@ std::string SelectedServicesText(const Wizard& wizard, std::optional<size_t> car
     chosen += CountChosen(work.services, range);
     total += range.count;
   }
-  const std::string name = carrier ? Utf8FromLatin(NameOf(work.carriers[*carrier].name)) : "All carriers";
+  const std::string name =
+      carrier ? Utf8FromPage(wizard.page, NameOf(work.carriers[*carrier].name)) : "All carriers";
   return Format("%s selected service(s) - %d/%d", name.c_str(), static_cast<int>(chosen),
                 static_cast<int>(total));
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "import/work_files.h"
+#include "platform/code_page.h"
 
 namespace vexa {
 
@@ -31,8 +32,10 @@ enum ServiceOption : uint8_t {
 };
 
 struct Wizard {
-  explicit Wizard(WorkRecords& files) : work(files) {}
+  explicit Wizard(WorkRecords& files, const CodePage& names_page = Windows1252())
+      : work(files), page(names_page) {}
   WorkRecords& work;
+  const CodePage& page;         // that the names stand in
   uint8_t carrier_options = 0;  // remembered: the boxes ticked for all satellites
   uint8_t service_options = 0;  // remembered: the boxes ticked for all carriers
 };

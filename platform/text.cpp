@@ -59,6 +59,30 @@ std::string ShownText(std::string_view text) {
   return text.empty() ? shown : shown + "...";
 }
 
+char32_t SmallLetter(char32_t c) {
+  // Letters from `first` to `last` in steps of `step` have their small ones `distance` behind.
+  static constexpr struct {
+    char32_t first, last, step, distance;
+  } kLetters[] = {{'A', 'Z', 1, 0x20},     {0xC0, 0xD6, 1, 0x20},   {0xD8, 0xDE, 1, 0x20},
+                  {0x100, 0x12E, 2, 1},    {0x132, 0x136, 2, 1},    {0x139, 0x147, 2, 1},
+                  {0x14A, 0x176, 2, 1},    {0x179, 0x17D, 2, 1},    {0x386, 0x386, 1, 0x26},
+                  {0x388, 0x38A, 1, 0x25}, {0x38C, 0x38C, 1, 0x40}, {0x38E, 0x38F, 1, 0x3F},
+                  {0x391, 0x3A1, 1, 0x20}, {0x3A3, 0x3AB, 1, 0x20}, {0x400, 0x40F, 1, 0x50},
+                  {0x410, 0x42F, 1, 0x20}, {0x490, 0x490, 1, 1}};
+  if (c < 'A') return c;
+  if (c == 0x178) return 0xFF;
+  for (const auto& row : kLetters) {
+    if (c >= row.first && c <= row.last && (c - row.first) % row.step == 0) return c + row.distance;
+  }
+  return c;
+}
+
+std::string SmallText(std::string_view text) {
+  std::string small;
+  while (!text.empty()) AppendUtf8(small, SmallLetter(TakeUtf8(text)));
+  return small;
+}
+
 bool IsUtf8(std::string_view text) {
   while (!text.empty()) {
     const bool written = text.starts_with("\xEF\xBF\xBD");  // the replacement character itself

@@ -21,6 +21,10 @@ void AppendUtf8(std::string& text, char32_t character);
 // Takes the first character off a text that is not empty; kReplacementCharacter for one byte that begins
 // none.
 char32_t TakeUtf8(std::string_view& text);
+// The small letter of a letter of the Latin (to U+017E), Greek and Cyrillic alphabets; others stay.
+char32_t SmallLetter(char32_t character);
+// The same of a whole text, UTF-8.
+std::string SmallText(std::string_view text);
 // Whether the text is UTF-8 throughout.
 bool IsUtf8(std::string_view text);
 // Foreign text as a message quotes it: at most 60 characters, "..." behind them where there are more, and '?'

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "core/field_texts.h"
 #include "image/adb.h"
 #include "image/transfer_files.h"
 #include "image/urt.h"
@@ -80,7 +81,7 @@ bool WriteSingle(const Context& context, const Document& document, size_t sdb, c
                  const Path& path) {
   const StaticDatabase& database = *document.sdbs[sdb].database;
   if (database.lnb_count == 0 || database.satellites.empty()) {
-    TellWhy(context.messages, Icon::kStop, Utf8FromLatin(document.sdbs[sdb].name),
+    TellWhy(context.messages, Icon::kStop, NameText(document, document.sdbs[sdb].name),
             "Add atleast one LNB and Satellite to save as a bin");
     return false;
   }

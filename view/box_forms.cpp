@@ -85,24 +85,25 @@ std::vector<std::string> SwitchChoices(uint32_t switch_type) {
   return choices;
 }
 
-std::optional<Refusal> StoreSdbName(const std::string& name, OpenSdb& sdb) {
-  std::string latin;
-  if (auto refusal = JudgeName(name, SdbNameText, latin)) return refusal;
-  sdb.name = latin.substr(0, kSdbNameLength);
+std::optional<Refusal> StoreSdbName(const std::string& name, OpenSdb& sdb, const CodePage& page) {
+  std::string bytes;
+  if (auto refusal = JudgeName(name, SdbNameText, page, bytes)) return refusal;
+  sdb.name = bytes.substr(0, kSdbNameLength);
   return std::nullopt;
 }
 
-std::optional<Refusal> StoreGroupName(const std::string& name, FavouriteGroup& group, bool radio) {
-  std::string latin;
-  if (auto refusal = JudgeName(name, GroupNameText, latin)) return refusal;
-  SetName(radio ? group.record.radio_name : group.record.tv_name, latin);
+std::optional<Refusal> StoreGroupName(const std::string& name, FavouriteGroup& group, bool radio,
+                                      const CodePage& page) {
+  std::string bytes;
+  if (auto refusal = JudgeName(name, GroupNameText, page, bytes)) return refusal;
+  SetName(radio ? group.record.radio_name : group.record.tv_name, bytes);
   return std::nullopt;
 }
 
-UbiForm UbiFormOf(const OpenUbi& ubi) {
+UbiForm UbiFormOf(const OpenUbi& ubi, const CodePage& page) {
   const UserBoxInfo& record = ubi.record;
   UbiForm form;
-  form.name = Utf8FromLatin(ubi.name);
+  form.name = Utf8FromPage(page, ubi.name);
   form.menu_language = record.menu_language;
   form.audio_language = record.audio_language;
   form.time_zone = record.time_zone;
@@ -118,10 +119,10 @@ UbiForm UbiFormOf(const OpenUbi& ubi) {
   return form;
 }
 
-std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi) {
+std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi, const CodePage& page) {
   std::string name;
   UserBoxInfo& record = ubi.record;
-  if (auto refusal = JudgeName(form.name, UbiNameText, name)) return refusal;
+  if (auto refusal = JudgeName(form.name, UbiNameText, page, name)) return refusal;
   const bool new_code = form.lock_code != Utf8FromLatin(NameOf(record.lock_code));
   if (new_code && !IsLockCode(form.lock_code))
     return Verdict("Lock code should have four digits.", kFieldLockCode);

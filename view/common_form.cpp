@@ -159,17 +159,18 @@ CommonForm<LnbForm> CommonLnbs(const Document& document, const std::vector<NodeR
   return CommonOfRows<LnbForm>(
       rows, [&](const NodeRef& row) { return LnbFormOf(document.sdbs[row.sdb].database->lnbs[row.index]); });
 }
-CommonForm<SatelliteForm> CommonSatellites(const std::vector<NodeRef>& rows) {
+CommonForm<SatelliteForm> CommonSatellites(const std::vector<NodeRef>& rows, const CodePage& page) {
   return CommonOfRows<SatelliteForm>(
-      rows, [](const NodeRef& row) { return SatelliteFormOf(row.satellite->record); });
+      rows, [&](const NodeRef& row) { return SatelliteFormOf(row.satellite->record, page); });
 }
-CommonForm<CarrierForm> CommonCarriers(const std::vector<NodeRef>& rows) {
-  return CommonOfRows<CarrierForm>(rows,
-                                   [](const NodeRef& row) { return CarrierFormOf(row.carrier->record); });
+CommonForm<CarrierForm> CommonCarriers(const std::vector<NodeRef>& rows, const CodePage& page) {
+  return CommonOfRows<CarrierForm>(
+      rows, [&](const NodeRef& row) { return CarrierFormOf(row.carrier->record, page); });
 }
-CommonForm<ServiceForm> CommonServices(const std::vector<NodeRef>& rows, bool hexadecimal) {
+CommonForm<ServiceForm> CommonServices(const std::vector<NodeRef>& rows, bool hexadecimal,
+                                       const CodePage& page) {
   return CommonOfRows<ServiceForm>(
-      rows, [&](const NodeRef& row) { return ServiceFormOf(row.service->record, hexadecimal); });
+      rows, [&](const NodeRef& row) { return ServiceFormOf(row.service->record, hexadecimal, page); });
 }
 
 std::optional<Refusal> StoreCommon(Document& document, const std::vector<NodeRef>& rows,
@@ -186,15 +187,15 @@ std::optional<Refusal> StoreCommon(Document& document, const std::vector<NodeRef
 
 std::optional<Refusal> StoreCommon(const Messages& messages, const std::vector<NodeRef>& rows,
                                    const CommonForm<SatelliteForm>& shown,
-                                   const CommonForm<SatelliteForm>& entered) {
+                                   const CommonForm<SatelliteForm>& entered, const CodePage& page) {
   OncePerText once{messages};
   const Messages wrapped = once.Wrapped();
   const auto record_of = [](const NodeRef& row) -> SatelliteRecord& { return row.satellite->record; };
   const Document none;
   return StoreEach<SatelliteForm>(
-      &none, rows, shown, entered, [&](const NodeRef& row) { return SatelliteFormOf(record_of(row)); },
+      &none, rows, shown, entered, [&](const NodeRef& row) { return SatelliteFormOf(record_of(row), page); },
       [&](const NodeRef& row, const SatelliteForm& form) {
-        return StoreSatellite(wrapped, form, record_of(row));
+        return StoreSatellite(wrapped, form, record_of(row), page);
       },
       Restorer<SatelliteRecord>(rows, record_of));
 }
@@ -203,11 +204,13 @@ std::optional<Refusal> StoreCommon(Document& document, const std::vector<NodeRef
                                    const CommonForm<CarrierForm>& shown,
                                    const CommonForm<CarrierForm>& entered) {
   const auto record_of = [](const NodeRef& row) -> CarrierRecord& { return row.carrier->record; };
+  const CodePage& page = NamesPage(document);
   return StoreEach<CarrierForm>(
-      &document, rows, shown, entered, [&](const NodeRef& row) { return CarrierFormOf(record_of(row)); },
+      &document, rows, shown, entered,
+      [&](const NodeRef& row) { return CarrierFormOf(record_of(row), page); },
       [&](const NodeRef& row, const CarrierForm& form) {
         const LnbRecord& lnb = LnbOf(*document.sdbs[row.sdb].database, *row.carrier->satellite);
-        return StoreCarrier(form, lnb, record_of(row));
+        return StoreCarrier(form, lnb, record_of(row), page);
       },
       Restorer<CarrierRecord>(rows, record_of));
 }
@@ -221,14 +224,15 @@ std::optional<Refusal> StoreCommon(const Messages& messages, Document& document,
   const auto lists = database.favourites;
   const size_t entries = CountEntries(database);
   const auto record_of = [](const NodeRef& row) -> ServiceRecord& { return row.service->record; };
+  const CodePage& page = NamesPage(document);
   const auto restore_records = Restorer<ServiceRecord>(rows, record_of);
   auto refusal = StoreEach<ServiceForm>(
       &document, rows, shown, entered,
-      [&](const NodeRef& row) { return ServiceFormOf(record_of(row), hexadecimal); },
+      [&](const NodeRef& row) { return ServiceFormOf(record_of(row), hexadecimal, page); },
       [&](const NodeRef& row, ServiceForm form) {
         // Every type but TV's is shown as radio, and stays as it is until TV is chosen.
         if (form.type != kTv && record_of(row).type != kTv) form.type = record_of(row).type;
-        return StoreService(wrapped, form, hexadecimal, database, *row.service);
+        return StoreService(wrapped, form, hexadecimal, database, *row.service, page);
       },
       [&] {
         restore_records();

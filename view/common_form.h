@@ -20,11 +20,14 @@ struct CommonForm {
   bool Differs(bool Form::*flag) const;
 };
 
-// What the dialog shows for the nodes, which are of one kind and one SDB.
+// What the dialog shows for the nodes, which are of one kind and one SDB. `page`: of the document's names.
 CommonForm<LnbForm> CommonLnbs(const Document& document, const std::vector<NodeRef>& rows);
-CommonForm<SatelliteForm> CommonSatellites(const std::vector<NodeRef>& rows);
-CommonForm<CarrierForm> CommonCarriers(const std::vector<NodeRef>& rows);
-CommonForm<ServiceForm> CommonServices(const std::vector<NodeRef>& rows, bool hexadecimal);
+CommonForm<SatelliteForm> CommonSatellites(const std::vector<NodeRef>& rows,
+                                           const CodePage& page = Windows1252());
+CommonForm<CarrierForm> CommonCarriers(const std::vector<NodeRef>& rows,
+                                       const CodePage& page = Windows1252());
+CommonForm<ServiceForm> CommonServices(const std::vector<NodeRef>& rows, bool hexadecimal,
+                                       const CodePage& page = Windows1252());
 
 // Store what was entered in all records of the rows, or, with a Refusal, in none. Of several records the
 // Refusal names the one that it is about; a question or warning that several raise is put once. Services that
@@ -34,7 +37,8 @@ std::optional<Refusal> StoreCommon(Document& document, const std::vector<NodeRef
                                    uint32_t database_variant);
 std::optional<Refusal> StoreCommon(const Messages& messages, const std::vector<NodeRef>& rows,
                                    const CommonForm<SatelliteForm>& shown,
-                                   const CommonForm<SatelliteForm>& entered);
+                                   const CommonForm<SatelliteForm>& entered,
+                                   const CodePage& page = Windows1252());
 std::optional<Refusal> StoreCommon(Document& document, const std::vector<NodeRef>& rows,
                                    const CommonForm<CarrierForm>& shown,
                                    const CommonForm<CarrierForm>& entered);

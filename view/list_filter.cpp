@@ -6,7 +6,6 @@
 #include <optional>
 #include <variant>
 
-#include "core/find.h"
 #include "core/messages.h"
 #include "core/nearest_word.h"
 #include "platform/text.h"
@@ -25,14 +24,14 @@ struct FilterField {
   const char* key;
   ValueKind kind;
   Owner owner;
-  FieldValue (*get)(const NodeRef& row);
+  FieldValue (*get)(const NodeRef& row);  // a name as it stands in the record
 };
 
 FieldValue Number(uint64_t value) {
   return static_cast<int64_t>(value);
 }
-FieldValue Text(std::string utf8) {
-  return utf8;
+FieldValue Text(std::string text) {
+  return text;
 }
 
 bool IsUser(const NodeRef& row) {
@@ -42,7 +41,7 @@ bool IsUser(const NodeRef& row) {
 constexpr FilterField kFields[] = {
     {"name", ValueKind::kText, Owner::kAny, nullptr},  // the second column of the list
     {"sat", ValueKind::kText, Owner::kSatellite,
-     [](const NodeRef& row) { return Text(NameText(row.satellite->record.name)); }},
+     [](const NodeRef& row) { return Text(std::string(NameOf(row.satellite->record.name))); }},
     {"angle", ValueKind::kAngle, Owner::kSatellite,
      [](const NodeRef& row) { return Number(row.satellite->record.angle); }},
     {"side", ValueKind::kWord, Owner::kSatellite,
@@ -54,7 +53,7 @@ constexpr FilterField kFields[] = {
     {"carriers", ValueKind::kNumber, Owner::kSatellite,
      [](const NodeRef& row) { return Number(row.satellite->carriers.size()); }},
     {"carrier", ValueKind::kText, Owner::kCarrier,
-     [](const NodeRef& row) { return Text(NameText(row.carrier->record.name)); }},
+     [](const NodeRef& row) { return Text(std::string(NameOf(row.carrier->record.name))); }},
     {"freq", ValueKind::kNumber, Owner::kCarrier,
      [](const NodeRef& row) { return Number(row.carrier->record.frequency); }},
     {"sr", ValueKind::kNumber, Owner::kCarrier,
@@ -203,8 +202,7 @@ std::optional<int64_t> TenthsIn(std::string_view text) {
 }
 
 void SetText(FilterTerm& term, std::string_view text) {
-  term.nowhere = !FitsLatin(text);
-  term.text = FoldedName(LatinFromUtf8(text));
+  term.text = SmallText(text);
 }
 
 // A comparison; what is wrong with it, or nothing.
@@ -265,9 +263,8 @@ struct Look {
 };
 
 bool HoldsText(const Look& look, size_t row, const FilterTerm& term) {
-  if (term.nowhere) return false;
   for (size_t column = 0; column < look.list.columns.size(); ++column) {
-    if (FoldedName(LatinFromUtf8(look.Cell(row, column))).find(term.text) != std::string::npos) return true;
+    if (SmallText(look.Cell(row, column)).find(term.text) != std::string::npos) return true;
   }
   return false;
 }
@@ -278,8 +275,10 @@ bool HoldsField(const Look& look, size_t row, const FilterTerm& term) {
   const FieldValue value = field.get ? field.get(node) : look.Cell(row, 1);
   if (const auto* number = std::get_if<int64_t>(&value))
     return field.kind == ValueKind::kFlag ? *number != 0 : Compares(*number, term);
-  const std::string text = FoldedName(LatinFromUtf8(std::get<std::string>(value)));
-  const size_t at = term.nowhere ? std::string::npos : text.find(term.text);
+  std::string text = std::get<std::string>(value);
+  // Names come as the record has them, the list's own column as it shows them.
+  if (field.kind == ValueKind::kText && field.get) text = NameText(look.document, text);
+  const size_t at = SmallText(text).find(term.text);
   const bool found = field.kind == ValueKind::kWord ? at == 0 : at != std::string::npos;
   return found == (term.comparison == FilterOperator::kEqual);
 }

@@ -30,8 +30,7 @@ struct FilterTerm {
   int field = -1;  // place in the table of fields and flags; -1: a text in any column
   FilterOperator comparison = FilterOperator::kEqual;
   int64_t number = 0;
-  std::string text;      // folded Windows-1252
-  bool nowhere = false;  // the text has characters that no record can hold
+  std::string text;  // in small letters, UTF-8
 };
 
 struct ListFilter {

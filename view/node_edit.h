@@ -92,6 +92,12 @@ size_t MarkNodes(Document& document, const std::vector<NodeRef>& rows, const Fie
 // Places in `rows` of those whose field has the value.
 Rows MatchingRows(const std::vector<NodeRef>& rows, const FieldChoice& choice);
 
+// Places in `rows`, ascending, of the records that repeat an earlier one of the same list among the rows
+// (core/duplicates.h), whatever order the rows are shown in. Records of other kinds repeat nothing.
+Rows DuplicateRows(const std::vector<NodeRef>& rows);
+// "3 duplicates are selected."
+std::string DuplicatesText(size_t count);
+
 // What became of services that were to enter a favourite group.
 struct GroupAddition {
   size_t added = 0;

@@ -56,15 +56,16 @@ std::optional<Refusal> TakePid(const Messages& messages, const std::string& text
 }  // namespace
 
 std::optional<Refusal> JudgeName(const std::string& text, std::string (*rule)(std::string_view),
-                                 std::string& name) {
-  name = LatinFromUtf8(text);
+                                 const CodePage& page, std::string& name) {
+  size_t lacking = 0;
+  name = PageFromUtf8(page, text, lacking);
   if (auto refusal = Verdict(rule(name), kFieldName)) return refusal;
-  return Verdict(CharactersText(text), kFieldName);
+  return Verdict(LackingText(text, page), kFieldName);
 }
 
-SatelliteForm SatelliteFormOf(const SatelliteRecord& record) {
+SatelliteForm SatelliteFormOf(const SatelliteRecord& record, const CodePage& page) {
   SatelliteForm form;
-  form.name = Utf8FromLatin(NameOf(record.name));
+  form.name = NameText(page, record.name);
   form.lnb_index = record.lnb_index;
   form.east = record.east != 0;
   form.angle = AngleText(record.angle);
@@ -74,10 +75,10 @@ SatelliteForm SatelliteFormOf(const SatelliteRecord& record) {
 }
 
 std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteForm& form,
-                                      SatelliteRecord& record) {
+                                      SatelliteRecord& record, const CodePage& page) {
   std::string name;
   const int64_t position = FilledNumberOf(form.position);
-  if (auto refusal = JudgeName(form.name, SatelliteNameText, name)) return refusal;
+  if (auto refusal = JudgeName(form.name, SatelliteNameText, page, name)) return refusal;
   if (auto refusal = Verdict(SatellitePositionText(position), kFieldPosition)) return refusal;
   if (!IsAngle(form.angle)) return Verdict("Invalid format of satellite angle", kFieldAngle, Icon::kWarning);
   const Angle angle = AngleOf(form.angle);
@@ -94,9 +95,9 @@ std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteF
   return std::nullopt;
 }
 
-CarrierForm CarrierFormOf(const CarrierRecord& record) {
+CarrierForm CarrierFormOf(const CarrierRecord& record, const CodePage& page) {
   CarrierForm form;
-  form.name = Utf8FromLatin(NameOf(record.name));
+  form.name = NameText(page, record.name);
   form.frequency = std::to_string(record.frequency);
   form.symbol_rate = std::to_string(record.symbol_rate);
   form.polarization = record.polarization;
@@ -105,10 +106,11 @@ CarrierForm CarrierFormOf(const CarrierRecord& record) {
   return form;
 }
 
-std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& lnb, CarrierRecord& record) {
+std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& lnb, CarrierRecord& record,
+                                    const CodePage& page) {
   std::string name;
   const int64_t frequency = NumberOf(form.frequency), symbol_rate = NumberOf(form.symbol_rate);
-  if (auto refusal = JudgeName(form.name, CarrierNameText, name)) return refusal;
+  if (auto refusal = JudgeName(form.name, CarrierNameText, page, name)) return refusal;
   if (auto refusal = Verdict(CarrierFrequencyText(lnb.type, frequency), kFieldFrequency)) return refusal;
   if (auto refusal = Verdict(CarrierSymbolRateText(symbol_rate), kFieldSymbolRate)) return refusal;
   SetName(record.name, name);
@@ -120,9 +122,9 @@ std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& ln
   return std::nullopt;
 }
 
-ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal) {
+ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal, const CodePage& page) {
   ServiceForm form;
-  form.name = Utf8FromLatin(NameOf(record.name));
+  form.name = NameText(page, record.name);
   form.program_number = std::to_string(record.program_number);
   form.type = record.type;
   form.free = record.free != 0;
@@ -133,13 +135,13 @@ ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal) {
 }
 
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
-                                    const Carrier* carrier, ServiceRecord& record) {
+                                    const Carrier* carrier, ServiceRecord& record, const CodePage& page) {
   std::string name;
   const int64_t number_entered = FilledNumberOf(form.program_number);
   const int64_t video_entered = NumberOf(form.video_pid, hexadecimal);
   const int64_t audio_entered = NumberOf(form.audio_pid, hexadecimal);
   const int64_t pcr_entered = NumberOf(form.pcr_pid, hexadecimal);
-  if (auto refusal = JudgeName(form.name, ServiceNameText, name)) return refusal;
+  if (auto refusal = JudgeName(form.name, ServiceNameText, page, name)) return refusal;
   if (auto refusal =
           Verdict(RangeText("Service program number", number_entered, 0, 0xFFFF), kFieldProgramNumber))
     return refusal;
@@ -168,9 +170,9 @@ std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm&
 }
 
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
-                                    StaticDatabase& database, Service& service) {
+                                    StaticDatabase& database, Service& service, const CodePage& page) {
   const bool was_tv = service.record.type == kTv;
-  auto refusal = StoreService(messages, form, hexadecimal, service.carrier, service.record);
+  auto refusal = StoreService(messages, form, hexadecimal, service.carrier, service.record, page);
   if (was_tv == (service.record.type == kTv)) return refusal;
   for (FavouriteGroup& group : database.favourites)
     std::erase(EntriesOf(group, was_tv ? GroupKind::kTv : GroupKind::kRadio), &service);

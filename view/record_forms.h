@@ -6,6 +6,8 @@
 // through Messages and storing goes on by their answer; after a question answered No the Refusal's text is
 // empty, and only the focus moves.
 //
+// `page` is the one that the names of the database stand in; a character that it lacks is refused.
+//
 // A code for which a list has no entry (of a tone, switch, FEC ...; kNoCode when none is chosen) leaves the
 // record's code as it is.
 #pragma once
@@ -18,6 +20,7 @@
 #include "core/database.h"
 #include "core/messages.h"
 #include "core/rules.h"
+#include "platform/code_page.h"
 #include "view/refusal.h"
 
 namespace vexa {
@@ -68,19 +71,20 @@ struct SatelliteForm {
   std::string position;  // of the dish's motor, 0-64
   bool factory_default = true;
 };
-SatelliteForm SatelliteFormOf(const SatelliteRecord& record);
+SatelliteForm SatelliteFormOf(const SatelliteRecord& record, const CodePage& page = Windows1252());
 // An angle of 0 is warned of and stored.
 std::optional<Refusal> StoreSatellite(const Messages& messages, const SatelliteForm& form,
-                                      SatelliteRecord& record);
+                                      SatelliteRecord& record, const CodePage& page = Windows1252());
 
 struct CarrierForm {
   std::string name, frequency, symbol_rate;      // MHz, kS/s
   uint32_t polarization = kHorizontal, fec = 0;  // codes of the record
   bool factory_default = true;
 };
-CarrierForm CarrierFormOf(const CarrierRecord& record);
+CarrierForm CarrierFormOf(const CarrierRecord& record, const CodePage& page = Windows1252());
 // `lnb` is the LNB of the carrier's satellite.
-std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& lnb, CarrierRecord& record);
+std::optional<Refusal> StoreCarrier(const CarrierForm& form, const LnbRecord& lnb, CarrierRecord& record,
+                                    const CodePage& page = Windows1252());
 
 struct ServiceForm {
   std::string name, program_number;  // 0-65535
@@ -89,19 +93,24 @@ struct ServiceForm {
   std::string video_pid, audio_pid, pcr_pid;  // 0-8192
 };
 // `hexadecimal`: how the fields show and read PIDs.
-ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal);
+ServiceForm ServiceFormOf(const ServiceRecord& record, bool hexadecimal,
+                          const CodePage& page = Windows1252());
 // `carrier` holds the service whose record this is; nullptr for the default record, which has no neighbours.
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
-                                    const Carrier* carrier, ServiceRecord& record);
+                                    const Carrier* carrier, ServiceRecord& record,
+                                    const CodePage& page = Windows1252());
 // The same for a service of the database. One that becomes radio or TV leaves the favourite lists of its old
 // type.
 std::optional<Refusal> StoreService(const Messages& messages, const ServiceForm& form, bool hexadecimal,
-                                    StaticDatabase& database, Service& service);
+                                    StaticDatabase& database, Service& service,
+                                    const CodePage& page = Windows1252());
 
 // Names of an SDB (6 characters are saved), of one half of a favourite group, of a user box record (7
 // characters).
-std::optional<Refusal> StoreSdbName(const std::string& name, OpenSdb& sdb);
-std::optional<Refusal> StoreGroupName(const std::string& name, FavouriteGroup& group, bool radio);
+std::optional<Refusal> StoreSdbName(const std::string& name, OpenSdb& sdb,
+                                    const CodePage& page = Windows1252());
+std::optional<Refusal> StoreGroupName(const std::string& name, FavouriteGroup& group, bool radio,
+                                      const CodePage& page = Windows1252());
 
 struct UbiForm {
   std::string name;
@@ -113,9 +122,9 @@ struct UbiForm {
   std::string rf_channel, start_volume, start_programme;  // 21-69, 0-63, 0-65535
   std::string lock_code;                                  // four digits
 };
-UbiForm UbiFormOf(const OpenUbi& ubi);
+UbiForm UbiFormOf(const OpenUbi& ubi, const CodePage& page = Windows1252());
 // A number or code that stands as the record gave it is kept, also outside its range.
-std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi);
+std::optional<Refusal> StoreUbi(const UbiForm& form, OpenUbi& ubi, const CodePage& page = Windows1252());
 
 struct VersionForm {
   std::string major, minor;  // 0-255
@@ -125,9 +134,9 @@ VersionForm VersionFormOf(const BinVersion& version);
 // Of the initials the first three characters, padded with spaces when the file is written.
 std::optional<Refusal> StoreVersion(const VersionForm& form, BinVersion& version);
 
-// The name that a record keeps of what a field holds, when `rule` (core/rules.h) passes it and a record can
-// hold its characters.
+// The name that a record keeps of what a field holds, when `rule` (core/rules.h) passes it and the page has
+// its characters.
 std::optional<Refusal> JudgeName(const std::string& text, std::string (*rule)(std::string_view),
-                                 std::string& name);
+                                 const CodePage& page, std::string& name);
 
 }  // namespace vexa

@@ -145,7 +145,7 @@ std::array<const char*, 3> PidHeaders(bool hexadecimal) {
 }
 
 SettingsForm OpenSettingsForm(const Context& context, const SettingsRequest& request, const Path& ecf,
-                              const ProjectConfig& config, bool hexadecimal_pids) {
+                              const ProjectConfig& config, bool hexadecimal_pids, const CodePage& names) {
   SettingsForm form;
   form.request = request;
   form.file = Utf8FromPath(ecf);
@@ -153,6 +153,9 @@ SettingsForm OpenSettingsForm(const Context& context, const SettingsRequest& req
   form.had_sdb_format = config.sdb_format;
   form.had_hexadecimal = hexadecimal_pids;
   ShowChoices(form, config, hexadecimal_pids);
+  form.names_pages = CodePageNames();
+  const auto page = std::find(form.names_pages.begin(), form.names_pages.end(), names.name);
+  form.names_page = form.had_names_page = static_cast<int>(page - form.names_pages.begin());
   if (const auto tree = ReadEcfTree(context, ecf)) {
     FillLists(form, *tree);
   } else {
@@ -288,6 +291,8 @@ SettingsOutcome AcceptSettings(const Context& context, SettingsForm& form, Path&
   // A changed format brings its own way of showing PIDs, over the list's.
   const bool format_changed = form.sdb_format != form.had_sdb_format;
   outcome.hexadecimal_pids = format_changed ? form.sdb_format == 1 : form.radix == 0;
+  if (form.names_page >= 0 && form.names_page != form.had_names_page)
+    outcome.names = FindCodePage(form.names_pages[static_cast<size_t>(form.names_page)]);
   outcome.refill = format_changed || outcome.hexadecimal_pids != form.had_hexadecimal;
   return outcome;
 }

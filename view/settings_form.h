@@ -12,6 +12,7 @@
 #include "config/option_sets.h"
 #include "config/project_config.h"
 #include "core/context.h"
+#include "platform/code_page.h"
 #include "platform/settings_store.h"
 
 namespace vexa {
@@ -47,7 +48,9 @@ struct SettingsForm {
   int manufacturer = -1, product = -1, configuration = -1, image_type = -1;       // -1: nothing selected
   std::string software_major, software_minor;
   int sdb_format = 0;
-  int radix = 1;  // place in kRadixes
+  int radix = 1;                         // place in kRadixes
+  std::vector<std::string> names_pages;  // code pages in which names can be shown
+  int names_page = 0;
   bool compressed = false;
   int compression_type = 0, compression_level = 0;
   std::string port_name;
@@ -55,16 +58,18 @@ struct SettingsForm {
   int baud = 0, data_bits = 0, parity = 0, stop_bits = 0;
 
   bool had_hexadecimal = false;  // when the dialog opened
+  int had_names_page = 0;
   int had_sdb_format = 0;
   int stored_image_type = 0;   // what a filled image-type list selects
   int chosen_image_type = -1;  // the one that the user chose before; -1: none
   uint8_t stored_baud = 0;     // the index of the last of `bauds` when it is not offered
 };
 
-// Fills everything from the configuration in force. When the lists cannot be filled they are empty and
-// `listed` is false, after a message.
+// Fills everything from the configuration in force; `names`: the page in which names are shown. When the
+// lists cannot be filled they are empty and `listed` is false, after a message.
 SettingsForm OpenSettingsForm(const Context& context, const SettingsRequest& request, const Path& ecf,
-                              const ProjectConfig& config, bool hexadecimal_pids);
+                              const ProjectConfig& config, bool hexadecimal_pids,
+                              const CodePage& names = Windows1252());
 
 // Choices in the lists. Each reads the file again; after a message the lists are empty below the choice.
 void ChooseManufacturer(const Context& context, SettingsForm& form, int position);
@@ -87,9 +92,10 @@ enum class SettingsField { kNone, kFile, kMajor, kMinor, kPort, kSet };
 struct SettingsOutcome {
   bool close = false;  // false: the dialog stays, `focus` gets the focus
   SettingsField focus = SettingsField::kNone;
-  bool loaded = false;            // the chosen configuration is in force
-  bool hexadecimal_pids = false;  // the display option from now on
-  bool refill = false;            // the option changed: columns are retitled and lists filled again
+  bool loaded = false;              // the chosen configuration is in force
+  bool hexadecimal_pids = false;    // the display option from now on
+  const CodePage* names = nullptr;  // another page in which names are shown; nullptr: the same
+  bool refill = false;              // the option changed: columns are retitled and lists filled again
 };
 // OK. A path that the edit still holds refills the lists first, so that only choices from its own file are
 // stored. On success `ecf` and `config` hold the choices. A file, version or port name that cannot be keeps

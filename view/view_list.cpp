@@ -278,11 +278,11 @@ std::string LnbCell(const LnbRecord& lnb, size_t column) {
   }
 }
 
-std::string SatelliteCell(const Satellite& satellite, size_t column) {
+std::string SatelliteCell(const CodePage& page, const Satellite& satellite, size_t column) {
   const SatelliteRecord& record = satellite.record;
   switch (column) {
     case 1:
-      return NameText(record.name);
+      return NameText(page, record.name);
     case 2:
       return Format("LNB%d", static_cast<int>(record.lnb_index) + 1);
     case 3:
@@ -298,13 +298,13 @@ std::string SatelliteCell(const Satellite& satellite, size_t column) {
   }
 }
 
-std::string CarrierCell(const Carrier& carrier, size_t column) {
+std::string CarrierCell(const CodePage& page, const Carrier& carrier, size_t column) {
   const CarrierRecord& record = carrier.record;
   switch (column) {
     case 1:
-      return NameText(record.name);
+      return NameText(page, record.name);
     case 2:
-      return carrier.satellite ? NameText(carrier.satellite->record.name) : "";
+      return carrier.satellite ? NameText(page, carrier.satellite->record.name) : "";
     case 3:
       return std::to_string(record.frequency);
     case 4:
@@ -320,13 +320,13 @@ std::string CarrierCell(const Carrier& carrier, size_t column) {
   }
 }
 
-std::string ServiceCell(const Service& service, size_t column, bool hexadecimal) {
+std::string ServiceCell(const CodePage& page, const Service& service, size_t column, bool hexadecimal) {
   const ServiceRecord& record = service.record;
   switch (column) {
     case 1:
-      return NameText(record.name);
+      return NameText(page, record.name);
     case 2:
-      return service.carrier ? NameText(service.carrier->record.name) : "";
+      return service.carrier ? NameText(page, service.carrier->record.name) : "";
     case 3:
       return std::to_string(record.program_number);
     case 4:
@@ -342,21 +342,21 @@ std::string ServiceCell(const Service& service, size_t column, bool hexadecimal)
   }
 }
 
-std::string WideServiceCell(const Service& service, size_t column, bool hexadecimal) {
-  if (column < kWidePlace) return ServiceCell(service, column, hexadecimal);
-  if (column >= kWidePlace + 2) return ServiceCell(service, column - 2, hexadecimal);
-  return service.carrier ? CarrierCell(*service.carrier, column - 1) : "";
+std::string WideServiceCell(const CodePage& page, const Service& service, size_t column, bool hexadecimal) {
+  if (column < kWidePlace) return ServiceCell(page, service, column, hexadecimal);
+  if (column >= kWidePlace + 2) return ServiceCell(page, service, column - 2, hexadecimal);
+  return service.carrier ? CarrierCell(page, *service.carrier, column - 1) : "";
 }
 
-std::string FavouriteCell(const FavouriteGroup& group, bool radio, size_t column) {
-  if (column == 1) return NameText(radio ? group.record.radio_name : group.record.tv_name);
+std::string FavouriteCell(const CodePage& page, const FavouriteGroup& group, bool radio, size_t column) {
+  if (column == 1) return NameText(page, radio ? group.record.radio_name : group.record.tv_name);
   return std::to_string(radio ? group.radio.size() : group.tv.size());
 }
 
-std::string UbiCell(const OpenUbi& ubi, size_t column) {
+std::string UbiCell(const CodePage& page, const OpenUbi& ubi, size_t column) {
   switch (column) {
     case 1:
-      return Utf8FromLatin(ubi.name);
+      return Utf8FromPage(page, ubi.name);
     case 2:
       return std::to_string(ubi.record.rf_channel);
     case 3:
@@ -373,25 +373,26 @@ std::string CellText(const Document& document, const ListModel& list, size_t row
   if (row >= list.size() || column >= list.columns.size()) return "";
   if (!list.details.empty()) return column == 0 ? list.details[row].first : list.details[row].second;
   const NodeRef& node = list.rows[row];
+  const CodePage& page = NamesPage(document);
   if (column == 0) return std::to_string(node.index + 1);
   switch (node.kind) {
     case NodeKind::kLnb:
       return LnbCell(document.sdbs[node.sdb].database->lnbs[node.index], column);
     case NodeKind::kSatellite:
-      return SatelliteCell(*node.satellite, column);
+      return SatelliteCell(page, *node.satellite, column);
     case NodeKind::kCarrier:
-      return CarrierCell(*node.carrier, column);
+      return CarrierCell(page, *node.carrier, column);
     case NodeKind::kService:
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
-      return IsWide(list.columns) ? WideServiceCell(*node.service, column, hexadecimal)
-                                  : ServiceCell(*node.service, column, hexadecimal);
+      return IsWide(list.columns) ? WideServiceCell(page, *node.service, column, hexadecimal)
+                                  : ServiceCell(page, *node.service, column, hexadecimal);
     case NodeKind::kTvGroup:
     case NodeKind::kRadioGroup:
-      return FavouriteCell(document.sdbs[node.sdb].database->favourites[node.index],
+      return FavouriteCell(page, document.sdbs[node.sdb].database->favourites[node.index],
                            node.kind == NodeKind::kRadioGroup, column);
     case NodeKind::kUbi:
-      return UbiCell(document.ubis[node.index], column);
+      return UbiCell(page, document.ubis[node.index], column);
     default:
       return "";
   }
@@ -408,50 +409,51 @@ Details LnbDetails(const LnbRecord& lnb) {
           {"Power Control", lnb.power ? "On" : "Off"}};
 }
 
-Details SatelliteDetails(const Satellite& satellite) {
+Details SatelliteDetails(const CodePage& page, const Satellite& satellite) {
   static constexpr const char* kTitles[] = {"Satellite Name", "LNB Index",       "EastWest Flag", "Angle",
                                             "Position",       "Factory Default", "Total Carrier"};
   Details details;
   for (size_t i = 0; i < std::size(kTitles); ++i)
-    details.emplace_back(kTitles[i], SatelliteCell(satellite, i + 1));
+    details.emplace_back(kTitles[i], SatelliteCell(page, satellite, i + 1));
   return details;
 }
 
-Details CarrierDetails(const Carrier& carrier) {
+Details CarrierDetails(const CodePage& page, const Carrier& carrier) {
   const std::string angle = carrier.satellite ? ViewAngleText(carrier.satellite->record.angle) : "";
-  return {{"Satellite Name", CarrierCell(carrier, 2)}, {"Angle", angle},
-          {"Carrier Name", CarrierCell(carrier, 1)},   {"Frequency", CarrierCell(carrier, 3)},
-          {"SymbolRate", CarrierCell(carrier, 4)},     {"Polarization", CarrierCell(carrier, 5)}};
+  return {{"Satellite Name", CarrierCell(page, carrier, 2)}, {"Angle", angle},
+          {"Carrier Name", CarrierCell(page, carrier, 1)},   {"Frequency", CarrierCell(page, carrier, 3)},
+          {"SymbolRate", CarrierCell(page, carrier, 4)},     {"Polarization", CarrierCell(page, carrier, 5)}};
 }
 
 // The names of the favourite lists that name the service, in the order of the groups.
-std::string ListsOf(const StaticDatabase& database, const Service& service) {
+std::string ListsOf(const CodePage& page, const StaticDatabase& database, const Service& service) {
   std::string names;
   const auto add = [&](const std::vector<Service*>& entries, const std::string& name, const char* list) {
     if (std::find(entries.begin(), entries.end(), &service) == entries.end()) return;
     names += (names.empty() ? "" : ", ") + name + " (" + list + ")";
   };
   for (const FavouriteGroup& group : database.favourites) {
-    add(group.tv, NameText(group.record.tv_name), "TV");
-    add(group.radio, NameText(group.record.radio_name), "Radio");
+    add(group.tv, NameText(page, group.record.tv_name), "TV");
+    add(group.radio, NameText(page, group.record.radio_name), "Radio");
   }
   return names.empty() ? "---" : names;
 }
 
-Details ServiceDetails(const StaticDatabase& database, const Service& service, bool hexadecimal) {
+Details ServiceDetails(const CodePage& page, const StaticDatabase& database, const Service& service,
+                       bool hexadecimal) {
   const auto columns = ServiceColumns(hexadecimal);
   Details details;
   for (size_t i = 1; i < columns.size(); ++i)
-    details.emplace_back(columns[i].title, ServiceCell(service, i, hexadecimal));
-  details.emplace_back("Favourite Groups", ListsOf(database, service));
+    details.emplace_back(columns[i].title, ServiceCell(page, service, i, hexadecimal));
+  details.emplace_back("Favourite Groups", ListsOf(page, database, service));
   return details;
 }
 
-Details UbiDetails(const OpenUbi& ubi) {
+Details UbiDetails(const CodePage& page, const OpenUbi& ubi) {
   static constexpr const char* kStandards[] = {"PAL", "NTSC", "Auto", ""};
   static constexpr const char* kScreens[] = {"4:3", "16:9", "Letterbox", ""};
   const UserBoxInfo& record = ubi.record;
-  return {{"UBI Name", Utf8FromLatin(ubi.name)},
+  return {{"UBI Name", Utf8FromPage(page, ubi.name)},
           {"Menu Language", std::to_string(record.menu_language)},
           {"Audio Language", std::to_string(record.audio_language)},
           {"Time Zone", Format("%+.1f", record.time_zone / 2.0)},
@@ -468,6 +470,7 @@ Details UbiDetails(const OpenUbi& ubi) {
 }  // namespace
 
 ListModel DetailsOf(const Document& document, const NodeRef& node, bool hexadecimal) {
+  const CodePage& page = NamesPage(document);
   ListModel list;
   std::string name;
   switch (node.kind) {
@@ -476,22 +479,22 @@ ListModel DetailsOf(const Document& document, const NodeRef& node, bool hexadeci
       list.details = LnbDetails(document.sdbs[node.sdb].database->lnbs[node.index]);
       break;
     case NodeKind::kSatellite:
-      name = NameText(node.satellite->record.name);
-      list.details = SatelliteDetails(*node.satellite);
+      name = NameText(page, node.satellite->record.name);
+      list.details = SatelliteDetails(page, *node.satellite);
       break;
     case NodeKind::kCarrier:
-      name = NameText(node.carrier->record.name);
-      list.details = CarrierDetails(*node.carrier);
+      name = NameText(page, node.carrier->record.name);
+      list.details = CarrierDetails(page, *node.carrier);
       break;
     case NodeKind::kService:
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
-      name = NameText(node.service->record.name);
-      list.details = ServiceDetails(*document.sdbs[node.sdb].database, *node.service, hexadecimal);
+      name = NameText(page, node.service->record.name);
+      list.details = ServiceDetails(page, *document.sdbs[node.sdb].database, *node.service, hexadecimal);
       break;
     case NodeKind::kUbi:
-      name = Utf8FromLatin(document.ubis[node.index].name);
-      list.details = UbiDetails(document.ubis[node.index]);
+      name = NameText(document, document.ubis[node.index].name);
+      list.details = UbiDetails(page, document.ubis[node.index]);
       break;
     default:
       return list;

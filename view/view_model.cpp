@@ -141,7 +141,7 @@ std::string NodeLabel(const Document& document, const NodeRef& node) {
   const StaticDatabase* database = DatabaseOf(document, node);
   switch (node.kind) {
     case NodeKind::kSdb:
-      return node.sdb < document.sdbs.size() ? Utf8FromLatin(document.sdbs[node.sdb].name) : "";
+      return node.sdb < document.sdbs.size() ? NameText(document, document.sdbs[node.sdb].name) : "";
     case NodeKind::kLnbLevel:
       return "LNBs";
     case NodeKind::kSatelliteLevel:
@@ -153,23 +153,23 @@ std::string NodeLabel(const Document& document, const NodeRef& node) {
     case NodeKind::kLnb:
       return Format("[ %d ] LNB", number);
     case NodeKind::kSatellite:
-      return Format("[ %d ] %s", number, NameText(node.satellite->record.name).c_str());
+      return Format("[ %d ] %s", number, NameText(document, node.satellite->record.name).c_str());
     case NodeKind::kCarrier:
-      return Format("[ %d ] %s", number, NameText(node.carrier->record.name).c_str());
+      return Format("[ %d ] %s", number, NameText(document, node.carrier->record.name).c_str());
     case NodeKind::kService:
     case NodeKind::kFavouriteTvEntry:
     case NodeKind::kFavouriteRadioEntry:
-      return Format("[ %d ] %s", number, NameText(node.service->record.name).c_str());
+      return Format("[ %d ] %s", number, NameText(document, node.service->record.name).c_str());
     case NodeKind::kTvGroup:
     case NodeKind::kRadioGroup: {
       if (!database) return "";
       const FavouriteRecord& record = database->favourites[node.index].record;
-      return NameText(node.kind == NodeKind::kTvGroup ? record.tv_name : record.radio_name);
+      return NameText(document, node.kind == NodeKind::kTvGroup ? record.tv_name : record.radio_name);
     }
     case NodeKind::kUbiLevel:
       return "Box Infos";
     case NodeKind::kUbi:
-      return node.index < document.ubis.size() ? Utf8FromLatin(document.ubis[node.index].name) : "";
+      return node.index < document.ubis.size() ? NameText(document, document.ubis[node.index].name) : "";
     default:
       return "";
   }
@@ -292,7 +292,7 @@ std::array<std::string, 5> PanelLabels(const Document& document, const NodeRef& 
   }
   const StaticDatabase* database = node.kind == NodeKind::kNone ? nullptr : DatabaseOf(document, node);
   if (!database) return {};
-  return {Format("SDB:%s  Index %d/%d", Utf8FromLatin(document.sdbs[node.sdb].name).c_str(),
+  return {Format("SDB:%s  Index %d/%d", NameText(document, document.sdbs[node.sdb].name).c_str(),
                  static_cast<int>(node.sdb) + 1, static_cast<int>(document.sdbs.size())),
           Format("LNBs\t%d", static_cast<int>(database->lnb_count)),
           Format("Satellites  %d", static_cast<int>(database->satellites.size())),

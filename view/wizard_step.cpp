@@ -62,14 +62,16 @@ std::string OwnerText(const WizardStep& step, size_t row) {
   const WorkRecords& work = step.wizard.work;
   if (row == 0) return step.services ? "All carriers" : "All satellites";
   const size_t owner = step.owners[row - 1];
-  return Utf8FromLatin(NameOf(step.services ? work.carriers[owner].name : work.satellites[owner].name));
+  return Utf8FromPage(step.wizard.page,
+                      NameOf(step.services ? work.carriers[owner].name : work.satellites[owner].name));
 }
 
 std::string ItemText(const WizardStep& step, size_t row) {
   const WorkRecords& work = step.wizard.work;
   if (row == 0) return step.services ? "All services" : "All Carriers";
   const size_t item = step.items[row - 1];
-  return Utf8FromLatin(NameOf(step.services ? work.services[item].name : work.carriers[item].name));
+  return Utf8FromPage(step.wizard.page,
+                      NameOf(step.services ? work.services[item].name : work.carriers[item].name));
 }
 
 bool IsItemTicked(const WizardStep& step, size_t row) {

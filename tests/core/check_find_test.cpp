@@ -4,6 +4,7 @@
 #include "core/check.h"
 #include "core/edit.h"
 #include "core/find.h"
+#include "platform/code_page.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 
@@ -135,6 +136,25 @@ TEST_F(Looks, FindGoesRoundInTreeOrder) {
   EXPECT_EQ(FindNext(document, {FindBy::kName, "\xC3\xA4stra", false}), (RecordPlace{0, 0, 0, 2}));
   EXPECT_FALSE(FindNext(document, {FindBy::kName, "nowhere", false}));
   EXPECT_FALSE(FindPrevious(document, {FindBy::kName, "", false}));
+}
+
+// Small and capital letters of the page that the names stand in.
+TEST_F(Looks, FindByNamesOfThePage) {
+  const struct {
+    const char *page, *name, *query;
+    bool found;
+  } cases[] = {{"Windows-1252", "\x8Aport \xC4\x9F", "\xC5\xA1port \xC3\xA4\xC3\xBF", true},
+               {"Windows-1251", "\xDF\xD7", "\xD1\x8F\xD1\x87", true},  // capital and small ya, che
+               {"Windows-1252", "\xDF\xD7", "\xD1\x8F\xD1\x87", false},
+               {"ISO 8859-2", "\xA3\xAC", "\xC5\x82\xC5\xBA", true},
+               {"Windows-1253", "\xA2\xD9", "\xCE\xAC\xCF\x89", true},
+               {"Windows-1253", "\xA2\xD9", "\xCE\xAC\xCF\x88", false}};
+  for (const auto& c : cases) {
+    document.names = FindCodePage(c.page);
+    SetName(At(3).record.name, c.name);
+    const auto found = FindNext(document, {FindBy::kName, c.query});
+    EXPECT_EQ(found, c.found ? std::optional(RecordPlace{0, 1, 0, 0}) : std::nullopt) << c.query;
+  }
 }
 
 TEST_F(Looks, FindByNumber) {

@@ -167,5 +167,14 @@ TEST(TransferSettings, EachValueIsKept) {
             std::tuple("d", "2", "l", "COM1 COM3", true));
 }
 
+TEST(NamesSettings, ThePageIsKept) {
+  const SettingsStore store = MemorySettingsStore();
+  EXPECT_EQ(&LoadNamesPage(store), &Windows1252());
+  SaveNamesPage(store, *FindCodePage("ISO 8859-5"));
+  EXPECT_EQ(LoadNamesPage(store).name, "ISO 8859-5");
+  store.write(SettingsKey(kNamesKey), "CodePage", "ISO 8859-99");
+  EXPECT_EQ(&LoadNamesPage(store), &Windows1252());
+}
+
 }  // namespace
 }  // namespace vexa

@@ -362,7 +362,7 @@ TEST(Validation, Names) {
   EXPECT_EQ(NameOf(group.record.tv_name), "");
   // A name in another script is refused whole: it would come back as question marks.
   const std::string russian = "\xD0\x96",
-                    refusal = "\"" + russian + "\" has characters that no database holds.";
+                    refusal = "\"" + russian + "\" has characters that Windows-1252 lacks: " + russian;
   SatelliteForm satellite;
   CarrierForm carrier;
   ServiceForm service;
@@ -378,6 +378,44 @@ TEST(Validation, Names) {
                                              StoreCarrier(carrier, {}, carrier_record),
                                              StoreService({}, service, false, nullptr, service_record)};
   for (const auto& found : refusals) EXPECT_EQ(found ? found->text : "", refusal);
+}
+
+// In another page the same name is stored, and comes back; what that page lacks is told, each character once.
+TEST(Validation, NamesOfAPage) {
+  const CodePage& page = *FindCodePage("Windows-1251");
+  const std::string russian = "\xD0\x96\xD0\xB0", bytes = "\xC6\xE0";
+  SatelliteRecord satellite{};
+  satellite.angle = 10;
+  CarrierRecord carrier{};
+  carrier.frequency = 10700;
+  carrier.symbol_rate = 27500;
+  ServiceRecord service = FactoryDefaults().service;
+  OpenSdb sdb;
+  OpenUbi ubi{"Box", {}};
+  FavouriteGroup group;
+  SatelliteForm satellite_form = SatelliteFormOf(satellite);
+  CarrierForm carrier_form = CarrierFormOf(carrier);
+  ServiceForm service_form = ServiceFormOf(service, false);
+  UbiForm ubi_form = UbiFormOf(ubi);
+  for (std::string* name : {&satellite_form.name, &carrier_form.name, &service_form.name, &ubi_form.name})
+    *name = russian;
+  EXPECT_FALSE(StoreSatellite({}, satellite_form, satellite, page));
+  EXPECT_FALSE(StoreCarrier(carrier_form, FactoryDefaults().lnb, carrier, page));
+  EXPECT_FALSE(StoreService({}, service_form, false, nullptr, service, page));
+  EXPECT_FALSE(StoreSdbName(russian, sdb, page));
+  EXPECT_FALSE(StoreUbi(ubi_form, ubi, page));
+  EXPECT_FALSE(StoreGroupName(russian, group, true, page));
+  EXPECT_EQ(std::tuple(NameOf(satellite.name), NameOf(carrier.name), NameOf(service.name)),
+            std::tuple(bytes, bytes, bytes));
+  EXPECT_EQ(std::tuple(sdb.name, ubi.name, NameOf(group.record.radio_name)), std::tuple(bytes, bytes, bytes));
+  EXPECT_EQ(SatelliteFormOf(satellite, page).name, russian);
+  EXPECT_EQ(CarrierFormOf(carrier, page).name, russian);
+  EXPECT_EQ(ServiceFormOf(service, false, page).name, russian);
+  EXPECT_EQ(UbiFormOf(ubi, page).name, russian);
+  const auto refusal = StoreSdbName("\xC3\xA9\xD0\x96\xC3\xA9\xC3\xB1", sdb, page);
+  EXPECT_EQ(refusal ? refusal->text : "",
+            "\"\xC3\xA9\xD0\x96\xC3\xA9\xC3\xB1\" has characters that Windows-1251 lacks: \xC3\xA9 \xC3\xB1");
+  EXPECT_EQ(sdb.name, bytes);
 }
 
 TEST(Validation, VersionsOfAFile) {

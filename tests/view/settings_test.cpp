@@ -546,6 +546,15 @@ TEST_F(DialogTest, RadixFollowsTheListUnlessTheFormatChanged) {
   EXPECT_STREQ(PidHeaders(false)[2], "PCR (Dec)");
 }
 
+TEST_F(DialogTest, OnlyAnotherPageOfNamesIsAChoice) {
+  SettingsForm form =
+      OpenSettingsForm(recorder.context, {}, first, config, false, *FindCodePage("Windows-1251"));
+  EXPECT_EQ(form.names_pages.at(static_cast<size_t>(form.names_page)), "Windows-1251");
+  EXPECT_EQ(Accept(form).names, nullptr);
+  form.names_page = 0;
+  EXPECT_EQ(Accept(form).names, FindCodePage("Windows-1250"));
+}
+
 TEST_F(DialogTest, ClosingStoresPortAndPaths) {
   const SettingsStore store = MemorySettingsStore();
   LoadPortSettings(store, config);

@@ -192,6 +192,37 @@ TEST_F(ViewModel, RecordsThatAreGoneAreNotRead) {
   EXPECT_EQ(UnreadableText(document_, At({0, 0, 1})), nullptr);
 }
 
+// Every text with a name, in a page where the byte E4 is another letter.
+TEST_F(ViewModel, NamesAreShownInThePageOfTheDocument) {
+  StaticDatabase& database = *document_.sdbs[0].database;
+  document_.names = FindCodePage("Windows-1251");
+  document_.sdbs[0].name = document_.ubis[0].name = "\xE4";
+  for (char* name : {database.satellites[0]->record.name, database.carriers[0]->record.name,
+                     database.favourites[2].record.tv_name, database.favourites[2].record.radio_name})
+    name[0] = '\xE4', name[1] = 0;
+  const std::string letter = "\xD0\xB4";
+  using Path = TreePath;
+  const Path carrier = {0, 1, 0, 0};
+  EXPECT_EQ(NodeLabel(document_, At({0})), letter);
+  EXPECT_EQ(NodeLabel(document_, At({1, 0})), letter);
+  EXPECT_EQ(NodeLabel(document_, At({0, 1, 0})), "[ 1 ] " + letter);
+  EXPECT_EQ(NodeLabel(document_, At(carrier)), "[ 1 ] " + letter);
+  EXPECT_EQ(NodeLabel(document_, At({0, 1, 0, 0, 0})), "[ 1 ] Eins " + letter);
+  EXPECT_EQ(NodeLabel(document_, At({0, 2, 2})), letter);
+  const auto cell = [&](const ListModel& list, size_t row, size_t column) {
+    return CellText(document_, list, row, column, false);
+  };
+  EXPECT_EQ(cell(List({0}), 0, 1), letter);
+  EXPECT_EQ(cell(List({0}, ListView::kCarriers), 0, 2), letter);
+  EXPECT_EQ(cell(List(carrier), 0, 1), "Eins " + letter);
+  EXPECT_EQ(cell(List(carrier), 0, 2), letter);
+  EXPECT_EQ(cell(List({0, 3}), 2, 1), letter);
+  EXPECT_EQ(cell(List({1}), 0, 1), letter);
+  EXPECT_EQ(DetailsOf(document_, At(carrier), false).title, "Info - " + letter);
+  EXPECT_EQ(DetailsOf(document_, At(carrier), false).details[0].second, letter);
+  EXPECT_EQ(PanelLabels(document_, At({0}))[0], "SDB:" + letter + "  Index 1/1");
+}
+
 TEST_F(ViewModel, PanelCountsTheSelectedPart) {
   EXPECT_THAT(PanelLabels(document_, At({0, 1})),
               ElementsAre("SDB:SDB1  Index 1/1", "LNBs\t2", "Satellites  2", "Carriers\t2", "Services  2"));

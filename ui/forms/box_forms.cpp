@@ -177,7 +177,8 @@ bool AcceptFavourites(Form& form, FavouritesForm& favourites) {
   // Everything is tried on a copy first: the group takes all of it or nothing.
   FavouriteGroup group = favourites.group;
   for (const bool radio : {favourites.radio, !favourites.radio}) {
-    if (const auto refusal = StoreGroupName(favourites.names[radio ? 1 : 0], group, radio)) {
+    if (const auto refusal = StoreGroupName(favourites.names[radio ? 1 : 0], group, radio,
+                                            NamesPage(favourites.editor.document))) {
       if (radio != favourites.radio) ShowHalf(form, favourites, radio);
       form.Refuse(*refusal, IDC_RECORD_NAME);
       return false;
@@ -201,11 +202,13 @@ bool EditSdb(EditorWindow& editor, size_t sdb) {
   FormActions actions;
   actions.open = [&](Form& form) {
     form.Limit(IDC_RECORD_NAME, 6);
-    form.SetText(IDC_RECORD_NAME, Utf8FromLatin(open.name));
+    form.SetText(IDC_RECORD_NAME, NameText(editor.document, open.name));
     form.Focus(IDC_RECORD_NAME);
   };
   actions.accept = [&](Form& form) {
-    return AcceptBox(editor, form, [&] { return StoreSdbName(form.Text(IDC_RECORD_NAME), open); });
+    return AcceptBox(editor, form, [&] {
+      return StoreSdbName(form.Text(IDC_RECORD_NAME), open, NamesPage(editor.document));
+    });
   };
   return RunForm(*editor.app, IDD_EDIT_SDB, actions);
 }
@@ -213,11 +216,12 @@ bool EditSdb(EditorWindow& editor, size_t sdb) {
 bool EditUserBox(EditorWindow& editor, size_t ubi) {
   if (ubi >= editor.document.ubis.size()) return false;
   OpenUbi& open = editor.document.ubis[ubi];
-  const UbiForm shown = UbiFormOf(open);
+  const UbiForm shown = UbiFormOf(open, NamesPage(editor.document));
   FormActions actions;
   actions.open = [&](Form& form) { ShowUbi(form, shown); };
   actions.accept = [&](Form& form) {
-    return AcceptBox(editor, form, [&] { return StoreUbi(TakenUbi(form, shown), open); });
+    return AcceptBox(editor, form,
+                     [&] { return StoreUbi(TakenUbi(form, shown), open, NamesPage(editor.document)); });
   };
   return RunForm(*editor.app, IDD_USER_BOX, actions);
 }
@@ -227,8 +231,8 @@ bool EditFavourites(EditorWindow& editor, const NodeRef& node, bool radio) {
   StaticDatabase& database = *editor.document.sdbs[node.sdb].database;
   FavouriteGroup& group = database.favourites[node.index];
   FavouritesForm favourites{editor, group, database, radio, {}, {}, node, {}, {}};
-  favourites.names = {Utf8FromLatin(NameOf(group.record.tv_name)),
-                      Utf8FromLatin(NameOf(group.record.radio_name))};
+  favourites.names = {NameText(editor.document, group.record.tv_name),
+                      NameText(editor.document, group.record.radio_name)};
   favourites.chosen[0].insert(group.tv.begin(), group.tv.end());
   favourites.chosen[1].insert(group.radio.begin(), group.radio.end());
   SetUpFavourites(favourites);

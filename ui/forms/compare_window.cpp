@@ -116,13 +116,14 @@ void Export(const Form& form, const CompareWindow& window) {
 
 void OpenComparison(Form& form, CompareWindow& window) {
   std::vector<std::string> sdbs;
-  for (const OpenSdb& sdb : window.other.sdbs) sdbs.push_back(Utf8FromLatin(sdb.name));
+  for (const OpenSdb& sdb : window.other.sdbs) sdbs.push_back(NameText(window.other, sdb.name));
   form.Fill(IDC_COMPARE_SDB, sdbs, static_cast<int>(window.other_sdb));
   form.Fill(IDC_COMPARE_KIND, CompareKinds(), 0);
   form.Fill(IDC_COMPARE_CHANGE, CompareChanges(), 0);
-  form.SetText(IDC_COMPARE_NAMES, Format("%s: %s, with %s", window.own_name().c_str(),
-                                         Utf8FromLatin(window.editor.document.sdbs[window.sdb].name).c_str(),
-                                         window.other_name.c_str()));
+  form.SetText(IDC_COMPARE_NAMES,
+               Format("%s: %s, with %s", window.own_name().c_str(),
+                      NameText(window.editor.document, window.editor.document.sdbs[window.sdb].name).c_str(),
+                      window.other_name.c_str()));
   const std::vector<std::string> titles = CompareColumns();
   SetUpList(
       form, window.list,

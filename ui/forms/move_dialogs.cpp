@@ -24,19 +24,19 @@ void AddTip(const Form& form, int id, const std::string& tip) {
   SendMessageW(tips, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
-std::string CarrierText(const Carrier& carrier) {
-  return Format("%s - %s", Utf8FromLatin(NameOf(carrier.satellite->record.name)).c_str(),
-                Utf8FromLatin(NameOf(carrier.record.name)).c_str());
+std::string CarrierText(const CodePage& page, const Carrier& carrier) {
+  return Format("%s - %s", NameText(page, carrier.satellite->record.name).c_str(),
+                NameText(page, carrier.record.name).c_str());
 }
 
 // "Change Carriers": another carrier of the SDB.
-Carrier* AskCarrier(Application& app, const StaticDatabase& database, Carrier* chosen) {
+Carrier* AskCarrier(Application& app, const StaticDatabase& database, const CodePage& page, Carrier* chosen) {
   Satellite* satellite = chosen->satellite;
   VirtualList list;
   list.id = IDC_CARRIERS_LIST;
   list.text = [&](size_t row, int column) {
     const CarrierRecord& record = satellite->carriers[row]->record;
-    if (column == 0) return Utf8FromLatin(NameOf(record.name));
+    if (column == 0) return NameText(page, record.name);
     if (column == 1) return Format("%u", static_cast<unsigned>(record.frequency));
     return PolarizationName(record.polarization);
   };
@@ -62,7 +62,7 @@ Carrier* AskCarrier(Application& app, const StaticDatabase& database, Carrier* c
     int choice = 0;
     for (const Satellite* each : database.satellites) {
       if (each == satellite) choice = static_cast<int>(names.size());
-      names.push_back(Utf8FromLatin(NameOf(each->record.name)));
+      names.push_back(NameText(page, each->record.name));
     }
     form.Fill(IDC_CARRIERS_SATELLITE, names, choice);
     SetUpList(form, list, {{"Carrier Name", 130}, {"Frequency", 70}, {"Polarization", 0}}, nullptr);
@@ -96,7 +96,8 @@ void ShowServiceMove(const Form& form, const ServiceMove& move) {
   form.Enable(IDC_MOVE_SERVICE_TO_CARRIER, move.destination != nullptr);
   form.Enable(IDC_MOVE_TARGET, to_place);
   form.Enable(IDC_MOVE_SERVICE_CHANGE, !to_place);
-  form.SetText(IDC_MOVE_SERVICE_CARRIER, move.destination ? CarrierText(*move.destination) : "");
+  form.SetText(IDC_MOVE_SERVICE_CARRIER,
+               move.destination ? CarrierText(NamesPage(move.editor.document), *move.destination) : "");
 }
 
 bool AcceptServiceMove(const Form& form, const ServiceMove& move) {
@@ -144,8 +145,8 @@ bool MoveServicesOf(EditorWindow& editor, const std::vector<NodeRef>& rows) {
   actions.open = [&](Form& form) {
     form.SetText(IDC_MOVE_SERVICE_SELECTED,
                  rows.size() == 1
-                     ? Format("%s  ( %s )", Utf8FromLatin(NameOf(rows[0].service->record.name)).c_str(),
-                              CarrierText(*rows[0].carrier).c_str())
+                     ? Format("%s  ( %s )", NameText(editor.document, rows[0].service->record.name).c_str(),
+                              CarrierText(NamesPage(editor.document), *rows[0].carrier).c_str())
                      : Format("%d services", static_cast<int>(rows.size())));
     form.Check(move.destination ? IDC_MOVE_SERVICE_TO_CARRIER : IDC_MOVE_SERVICE_TO_PLACE, true);
     form.Limit(IDC_MOVE_TARGET, 5);
@@ -155,7 +156,8 @@ bool MoveServicesOf(EditorWindow& editor, const std::vector<NodeRef>& rows) {
     if (code != BN_CLICKED) return;
     if (id == IDC_MOVE_SERVICE_TO_PLACE || id == IDC_MOVE_SERVICE_TO_CARRIER) ShowServiceMove(form, move);
     if (id != IDC_MOVE_SERVICE_CHANGE) return;
-    if (Carrier* carrier = AskCarrier(form.app, move.database, move.destination)) move.destination = carrier;
+    if (Carrier* carrier = AskCarrier(form.app, move.database, NamesPage(editor.document), move.destination))
+      move.destination = carrier;
     ShowServiceMove(form, move);
   };
   actions.accept = [&](Form& form) { return AcceptServiceMove(form, move); };

@@ -117,6 +117,20 @@ void InvertRows(Application& app) {
   SelectListRows(editor, [&](size_t row) { return !selected[row]; });
 }
 
+void SelectDuplicates(Application& app) {
+  EditorWindow& editor = *ActiveEditor(app);
+  std::vector<bool> repeats(editor.rows.size());
+  const Rows duplicates = DuplicateRows(editor.rows.rows);
+  for (const size_t row : duplicates) repeats[row] = true;
+  SelectListRows(editor, [&](size_t row) { return repeats[row]; });
+  const std::string text = DuplicatesText(duplicates.size());
+  if (duplicates.empty()) {
+    Tell(MessagesOf(editor), Icon::kInformation, "%s", text.c_str());
+  } else {
+    app.outcome = text;
+  }
+}
+
 void CompressPart(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
   const bool boxes = IsAmongUbis(editor.selected);
@@ -188,6 +202,7 @@ constexpr CommandRow kRecordCommands[] = {
     {kCmdSwap, Swap},
     {kCmdSelectAll, SelectAll},
     {kCmdInvertSelection, InvertRows},
+    {kCmdSelectDuplicates, SelectDuplicates},
     {kCmdCompressSdb, CompressPart},
     {kCmdSaveSdb, SaveSdb},
     {kCmdSaveSatellites, SaveChosenSatellites},

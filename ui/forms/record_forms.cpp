@@ -220,10 +220,11 @@ CommonForm<ServiceForm> TakenService(const Form& form) {
 
 // The name of what all rows stand below, else how many there are.
 template <class Owner>
-std::string OwnerText(const std::vector<NodeRef>& rows, Owner* NodeRef::*owner, const char* many) {
+std::string OwnerText(const Document& document, const std::vector<NodeRef>& rows, Owner* NodeRef::*owner,
+                      const char* many) {
   std::set<const Owner*> owners;
   for (const NodeRef& row : rows) owners.insert(row.*owner);
-  if (owners.size() == 1) return Utf8FromLatin(NameOf((*owners.begin())->record.name));
+  if (owners.size() == 1) return NameText(document, (*owners.begin())->record.name);
   return std::to_string(owners.size()) + many;
 }
 
@@ -251,7 +252,7 @@ bool EditLnbs(EditorWindow& editor, const std::vector<NodeRef>& rows) {
 }
 
 bool EditSatellites(EditorWindow& editor, const std::vector<NodeRef>& rows) {
-  const auto shown = CommonSatellites(rows);
+  const auto shown = CommonSatellites(rows, NamesPage(editor.document));
   FormActions actions;
   actions.open = [&](Form& form) {
     ShowSatellite(form, shown);
@@ -259,17 +260,18 @@ bool EditSatellites(EditorWindow& editor, const std::vector<NodeRef>& rows) {
   };
   actions.accept = [&](Form& form) {
     return Accept(editor, form, [&] {
-      return StoreCommon(editor.app->context.messages, rows, shown, TakenSatellite(form));
+      return StoreCommon(editor.app->context.messages, rows, shown, TakenSatellite(form),
+                         NamesPage(editor.document));
     });
   };
   return RunForm(*editor.app, IDD_SATELLITE, actions);
 }
 
 bool EditCarriers(EditorWindow& editor, const std::vector<NodeRef>& rows) {
-  const auto shown = CommonCarriers(rows);
+  const auto shown = CommonCarriers(rows, NamesPage(editor.document));
   FormActions actions;
   actions.open = [&](Form& form) {
-    ShowCarrier(form, OwnerText(rows, &NodeRef::satellite, " satellites"), shown);
+    ShowCarrier(form, OwnerText(editor.document, rows, &NodeRef::satellite, " satellites"), shown);
     ShowCount(form, rows.size());
   };
   actions.accept = [&](Form& form) {
@@ -281,10 +283,10 @@ bool EditCarriers(EditorWindow& editor, const std::vector<NodeRef>& rows) {
 
 bool EditServices(EditorWindow& editor, const std::vector<NodeRef>& rows) {
   const bool hexadecimal = editor.app->hexadecimal;
-  const auto shown = CommonServices(rows, hexadecimal);
+  const auto shown = CommonServices(rows, hexadecimal, NamesPage(editor.document));
   FormActions actions;
   actions.open = [&](Form& form) {
-    ShowService(form, OwnerText(rows, &NodeRef::carrier, " carriers"), shown);
+    ShowService(form, OwnerText(editor.document, rows, &NodeRef::carrier, " carriers"), shown);
     ShowCount(form, rows.size());
   };
   actions.command = [](Form& form, int id, int code) {

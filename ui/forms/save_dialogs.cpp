@@ -42,7 +42,7 @@ std::optional<BinSelection> AskParts(EditorWindow& editor) {
   list.id = IDC_PARTS_LIST;
   list.text = [&](size_t row, int column) -> std::string {
     if (column == 1) return row < sdbs ? "SDB" : "UBI";
-    return Utf8FromLatin(row < sdbs ? document.sdbs[row].name : document.ubis[row - sdbs].name);
+    return NameText(document, row < sdbs ? document.sdbs[row].name : document.ubis[row - sdbs].name);
   };
   list.ticked = [&](size_t row) { return taken[row]; };
   list.tick = [&](const Form& form, size_t row, bool ticked) {

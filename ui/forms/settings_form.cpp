@@ -2,6 +2,7 @@
 #include "core/messages.h"
 #include "ui/controls/file_dialogs.h"
 #include "ui/controls/form.h"
+#include "ui/editor/editor_parts.h"
 #include "ui/forms/options.h"
 #include "ui/forms/options_resource.h"
 #include "view/upload_steps.h"
@@ -74,6 +75,7 @@ void ShowValues(const Form& form, const SettingsForm& dialog) {
   form.SetText(IDC_SETTINGS_MINOR, dialog.software_minor);
   form.Fill(IDC_SETTINGS_FORMAT, TextsOf(kSdbFormats), dialog.sdb_format);
   form.Fill(IDC_SETTINGS_RADIX, TextsOf(kRadixes), dialog.radix);
+  form.Fill(IDC_SETTINGS_NAMES, dialog.names_pages, dialog.names_page);
   form.Check(IDC_SETTINGS_COMPRESSED, dialog.compressed);
   form.Fill(IDC_SETTINGS_COMPRESSION, TextsOf(kCompressionTypes), dialog.compression_type);
   form.Fill(IDC_SETTINGS_LEVEL, TextsOf(kCompressionLevels), dialog.compression_level);
@@ -110,6 +112,7 @@ void Take(const Form& form, SettingsForm& dialog) {
   dialog.software_minor = form.Text(IDC_SETTINGS_MINOR);
   dialog.sdb_format = form.Choice(IDC_SETTINGS_FORMAT);
   dialog.radix = form.Choice(IDC_SETTINGS_RADIX);
+  dialog.names_page = form.Choice(IDC_SETTINGS_NAMES);
   dialog.compressed = form.Checked(IDC_SETTINGS_COMPRESSED);
   dialog.compression_type = form.Choice(IDC_SETTINGS_COMPRESSION);
   dialog.compression_level = form.Choice(IDC_SETTINGS_LEVEL);
@@ -274,6 +277,14 @@ void TakeEffect(Application& app, const SettingsOutcome& outcome) {
   if (outcome.refill) {
     for (EditorWindow* editor : AllEditors(app)) RefreshList(*editor);
   }
+  if (outcome.names) {
+    app.names = outcome.names;
+    SaveNamesPage(app.settings, *app.names);
+    for (EditorWindow* editor : AllEditors(app)) {
+      editor->document.names = app.names;
+      RefreshDocument(*editor, Records::kKept);
+    }
+  }
   app.refresh_frame();
 }
 
@@ -281,7 +292,7 @@ void TakeEffect(Application& app, const SettingsOutcome& outcome) {
 
 bool ShowSettings(Application& app, const SettingsRequest& request) {
   SettingsForm dialog =
-      OpenSettingsForm(app.context, request, app.configuration_file, app.config, app.hexadecimal);
+      OpenSettingsForm(app.context, request, app.configuration_file, app.config, app.hexadecimal, *app.names);
   SettingsOutcome outcome;
   FormActions actions;
   actions.open = [&](Form& form) { Open(form, dialog); };

@@ -52,8 +52,8 @@ void Open(const Form& form, const EditorWindow& editor) {
   HWND list = form.Control(IDC_SORT_SDBS);
   const OpenSdb* selected = SelectedSdb(editor);
   for (const OpenSdb& sdb : editor.document.sdbs) {
-    const LRESULT place =
-        SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(Utf8FromLatin(sdb.name)).c_str()));
+    const LRESULT place = SendMessageW(
+        list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(Wide(NameText(editor.document, sdb.name)).c_str()));
     if (&sdb == selected) SendMessageW(list, LB_SETSEL, TRUE, place);
   }
   form.Enable(IDOK, CanSort(TakenSort(form)));

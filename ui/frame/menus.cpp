@@ -52,8 +52,8 @@ void AppendGroups(const Application& app, HMENU menu) {
   if (!sdb) return;
   for (size_t i = 0; i < kFavouriteGroups; ++i) {
     const auto& record = sdb->database->favourites[i].record;
-    const std::string tv = Utf8FromLatin(NameOf(record.tv_name)),
-                      radio = Utf8FromLatin(NameOf(record.radio_name));
+    const std::string tv = NameText(editor->document, record.tv_name),
+                      radio = NameText(editor->document, record.radio_name);
     const std::string text =
         Format("&%d  ", static_cast<int>(i) + 1) + Plain(tv == radio ? tv : tv + " / " + radio);
     AppendMenuW(menu, MF_STRING, kFirstGroupCommand + i, Wide(text).c_str());

@@ -151,9 +151,9 @@ std::optional<BinSelection> ChooseWhatToSend(Application& app, const Document& d
     HWND list = form.Control(IDC_UPLOAD_LIST);
     SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
     for (int i = 0; i < sdbs; ++i)
-      AddTick(list, i, Utf8FromLatin(document.sdbs[static_cast<size_t>(i)].name));
+      AddTick(list, i, NameText(document, document.sdbs[static_cast<size_t>(i)].name));
     for (int i = sdbs; i < all; ++i)
-      AddTick(list, i, Utf8FromLatin(document.ubis[static_cast<size_t>(i - sdbs)].name));
+      AddTick(list, i, NameText(document, document.ubis[static_cast<size_t>(i - sdbs)].name));
     ListView_SetItemState(list, 0, LVIS_FOCUSED | LVIS_SELECTED, LVIS_FOCUSED | LVIS_SELECTED);
   };
   actions.accept = [&](Form& form) {
