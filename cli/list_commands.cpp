@@ -201,6 +201,9 @@ void Import(CommandState& state, const ImportOptions& options) {
   WorkRecords work;
   const ImportSteps steps = StepsOf(state, options);
   const Path list = PathFromUtf8(options.list);
+  // By the rule of the format this is no list at all.
+  if (!format && options.format.empty() && RecognizeList(list, {.satcodx = {.layout = SatcodxLayout::kAuto}}))
+    steps.options.satcodx.doubt(kByteOrderMarkDoubt);
   if (!ImportListFile(state.context, list, defaults, steps, work)) throw CommandFailed{};
   Bytes content = BuildImport(state, options, format, defaults, work);
   const uint64_t size = content.size();
@@ -209,20 +212,14 @@ void Import(CommandState& state, const ImportOptions& options) {
   if (!options.stream) ExpectSaved(state, options.output, size);
 }
 
-constexpr std::pair<const char*, SatcodxLayout> kLayouts[] = {{"default", SatcodxLayout::kDefault},
-                                                              {"auto", SatcodxLayout::kAuto},
-                                                              {"a", SatcodxLayout::kA},
-                                                              {"b", SatcodxLayout::kB},
-                                                              {"105", SatcodxLayout::k105}};
-
 void AddSatcodxOptions(CLI::App& command, ImportOptions& options) {
   std::vector<std::string> names;
-  for (const auto& [name, layout] : kLayouts) names.emplace_back(name);
+  for (const auto& [name, layout] : kSatcodxLayouts) names.emplace_back(name);
   command
       .add_option_function<std::string>(
           "--layout",
           [&options](const std::string& text) {
-            for (const auto& [name, layout] : kLayouts) {
+            for (const auto& [name, layout] : kSatcodxLayouts) {
               if (text == name) options.satcodx.layout = layout;
             }
           },
@@ -231,7 +228,7 @@ void AddSatcodxOptions(CLI::App& command, ImportOptions& options) {
   command
       .add_option("--record-length", options.satcodx.record_length,
                   "Bytes from one SatcoDX record to the next (default: by the layout)")
-      ->check(CLI::Range(kSatcodxReadLength, size_t{65535}));
+      ->check(CLI::Range(kSatcodxReadLength, kLongestSatcodxRecord));
 }
 
 // An option that would do nothing is wrong usage.

@@ -135,15 +135,6 @@ void WritePortDefaults(const SettingsStore& store, const std::string& key) {
   for (const SettingRow* row : RowsOf(kPortSettingsKey)) store.write(key, row->name, row->standard);
 }
 
-// Small letters of the scripts that Windows-1252, Greek and Cyrillic file names use.
-char16_t SmallLetter(char16_t c) {
-  if ((c >= u'A' && c <= u'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7)) return static_cast<char16_t>(c + 32);
-  if ((c >= 0x391 && c <= 0x3A9) || (c >= 0x410 && c <= 0x42F)) return static_cast<char16_t>(c + 32);
-  if (c >= 0x400 && c <= 0x40F) return static_cast<char16_t>(c + 80);
-  if (c >= 0x100 && c <= 0x137 && c != 0x130) return static_cast<char16_t>(c | 1);
-  return c;
-}
-
 bool IsListed(const Path& file) {
   return SmallLetters(Utf8FromPath(file.extension())) == u".ecf";
 }
@@ -214,7 +205,8 @@ std::string SettingsKey(const char* subkey) {
 
 std::u16string SmallLetters(const std::string& text) {
   std::u16string small = Utf16FromUtf8(text);
-  std::transform(small.begin(), small.end(), small.begin(), SmallLetter);
+  std::transform(small.begin(), small.end(), small.begin(),
+                 [](char16_t c) { return static_cast<char16_t>(SmallLetter(c)); });
   return small;
 }
 

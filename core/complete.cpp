@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "core/edit.h"
 #include "core/match.h"
 #include "core/rules.h"
 
@@ -107,6 +108,14 @@ void SetLnbsByBand(StaticDatabase& database, const DefaultRecords& defaults) {
   }
 }
 
+void AddEmptySlots(StaticDatabase& database, const DefaultRecords& defaults) {
+  SatelliteRecord empty = defaults.satellite;
+  for (unsigned number = 1; database.satellites.size() < kMaximumSatellites; ++number) {
+    SetName(empty.name, EmptySlotName(number));
+    PutSatellite(database, empty, database.satellites.size());
+  }
+}
+
 std::vector<std::string> Complete(StaticDatabase& database, const Completion& wanted, bool says_sides,
                                   const DefaultRecords& defaults) {
   std::vector<std::string> warnings;
@@ -116,6 +125,7 @@ std::vector<std::string> Complete(StaticDatabase& database, const Completion& wa
                                 static_cast<int>(kHighestPosition)));
   }
   if (wanted.lnbs_by_band) SetLnbsByBand(database, defaults);
+  if (wanted.empty_slots) AddEmptySlots(database, defaults);
   if (wanted.sides && !says_sides) {
     if (const auto unknown = SetKnownSides(database); !unknown.empty())
       warnings.push_back(Format("East or West of %zu satellites is not known, the first is satellite %zu",

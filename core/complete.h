@@ -15,9 +15,9 @@ namespace vexa {
 
 // Which of them are wanted.
 struct Completion {
-  bool number_positions = false, sides = false, lnbs_by_band = false;
+  bool number_positions = false, sides = false, lnbs_by_band = false, empty_slots = false;
 
-  bool any() const { return number_positions || sides || lnbs_by_band; }
+  bool any() const { return number_positions || sides || lnbs_by_band || empty_slots; }
 };
 
 // Positions 1, 2, 3 ... in table order, as many as the rules of records allow. How many satellites kept
@@ -33,6 +33,10 @@ std::vector<size_t> SetKnownSides(StaticDatabase& database);
 // satellite gets the LNB of most of its carriers, of several the first; without one in a band it keeps its
 // own.
 void SetLnbsByBand(StaticDatabase& database, const DefaultRecords& defaults);
+
+// The places of the table that are not used become satellites of the window's own, as they are in every file:
+// the default satellite without carriers, "NewSat 1" and so on behind the others.
+void AddEmptySlots(StaticDatabase& database, const DefaultRecords& defaults);
 
 // All that is wanted; `says_sides`: the list told East from West. The warnings of what was not done, whole
 // texts.

@@ -32,6 +32,14 @@ std::optional<ListFormat> RecognizeList(const Path& path, const ListOptions& opt
                                                                      : std::nullopt;
 }
 
+std::optional<ListFormat> RecognizeListAs(const Path& path, ListFormat format, const ListOptions& options) {
+  std::string start;
+  if (ReadFileStart(path, kListStart, start) != ReadResult::kDone) return std::nullopt;
+  const ListFormatRow& row = RowOf(format);
+  if (row.looks && row.looks(path, start)) return format;
+  return FormatOfStart(path, start, options);
+}
+
 bool IsListFile(const Path& path) {
   const auto rows = ListFormats();
   const bool named = std::any_of(rows.begin(), rows.end(), [&](const ListFormatRow& row) {
@@ -71,8 +79,15 @@ bool ImportListFile(const Context& context, const Path& path, const DefaultRecor
   if (steps.filter == FilterMode::kAsk)
     filtered = Ask(context.messages, "Do you want to generate Bin file with filter mode");
   ListLosses losses;
+  ListOptions options = steps.options;
+  Bytes content;
+  if (steps.ask) {
+    const bool loaded = LoadList(context, path, *format, content);
+    if (!loaded || !steps.ask({*format, path, content}, options)) return false;
+  }
   const ListReading read = [&](const Context& own) {
-    return ReadList(own, path, *format, defaults, steps.options, work, losses);
+    return (steps.ask || LoadList(own, path, *format, content)) &&
+           ReadLoadedList(own, path, content, *format, defaults, options, work, losses);
   };
   if (!(steps.run ? steps.run(read) : read(context))) return false;
   if (steps.tell) {

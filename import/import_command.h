@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "core/bin_file.h"
@@ -22,11 +23,23 @@ std::optional<ListFormat> CheckListFile(const Context& context, const Path& path
 // Whether the extension is that of a list, or the content.
 bool IsListFile(const Path& path);
 
+// The same of a file for which the user has named a format: it is the file's own where it may be, whatever
+// the extension says.
+std::optional<ListFormat> RecognizeListAs(const Path& path, ListFormat format,
+                                          const ListOptions& options = {});
+
 // Whether only a part of the list is taken. kAsk: the user is asked once the format is known.
 enum class FilterMode { kOff, kOn, kAsk };
 
 // Reads the list, with messages and progress by the context that it is given; false after a message.
 using ListReading = std::function<bool(const Context& context)>;
+
+// A list before it is read.
+struct ListToAsk {
+  ListFormat format;
+  const Path& path;
+  std::span<const uint8_t> content;
+};
 
 // What a face does in the middle of an import.
 struct ImportSteps {
@@ -37,6 +50,9 @@ struct ImportSteps {
   // gets the import's context.
   std::function<bool(const ListReading& read)> run = {};
   ListOptions options = {};
+  // Asked before the content is read, with the options as they stand: may change them. False: the user gave
+  // up. Empty: nobody is asked.
+  std::function<bool(const ListToAsk& list, ListOptions& options)> ask = {};
   // Told what was left out, once the list is read. Empty: it is told in one box.
   std::function<void(const std::vector<ListNote>& notes)> tell = {};
   std::optional<ListFormat> format = {};  // taken for the file's own, whatever its name and first bytes say

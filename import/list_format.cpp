@@ -135,25 +135,41 @@ std::optional<ListFormat> ListFormatNamed(std::string_view name) {
   return std::nullopt;
 }
 
+namespace {
+
+void TellUnreadableList(const Context& context, ListFormat format, const std::string& why) {
+  TellWhy(context.messages, Icon::kStop, why, "%s", RowOf(format).unreadable);
+}
+
+}  // namespace
+
+bool LoadList(const Context& context, const Path& path, ListFormat format, Bytes& content) {
+  const ListFormatRow& row = RowOf(format);
+  const ReadResult result = ReadListFile(context, path, content);
+  if (result == ReadResult::kDone || (result == ReadResult::kCannotOpen && row.missing_is_empty)) return true;
+  if (result == ReadResult::kCannotOpen)
+    TellWhy(context.messages, Icon::kStop, ReadReason(path, result.error), "Error in opening file");
+  TellUnreadableList(context, format, ReadReason(path, result.error));
+  return false;
+}
+
+bool ReadLoadedList(const Context& context, const Path& path, std::span<const uint8_t> content,
+                    ListFormat format, const DefaultRecords& defaults, const ListOptions& options,
+                    WorkRecords& work, ListLosses& losses) {
+  const ListToRead list = {content, Utf8FromPath(path.filename()), defaults, options, context.progress};
+  if (RowOf(format).read(list, work, losses)) return true;
+  TellUnreadableList(
+      context, format,
+      Utf8FromPath(path) +
+          ": It is no list of this format. Choose another file, or say the format that it has.");
+  return false;
+}
+
 bool ReadList(const Context& context, const Path& path, ListFormat format, const DefaultRecords& defaults,
               const ListOptions& options, WorkRecords& work, ListLosses& losses) {
-  const ListFormatRow& row = RowOf(format);
   Bytes content;
-  const ReadResult result = ReadListFile(context, path, content);
-  if (result == ReadResult::kCannotOpen && !row.missing_is_empty)
-    TellWhy(context.messages, Icon::kStop, ReadReason(path, result.error), "Error in opening file");
-  const bool has_content =
-      result == ReadResult::kDone || (result == ReadResult::kCannotOpen && row.missing_is_empty);
-  if (has_content) {
-    const ListToRead list = {content, Utf8FromPath(path.filename()), defaults, options, context.progress};
-    if (row.read(list, work, losses)) return true;
-  }
-  const std::string why =
-      has_content ? Utf8FromPath(path) +
-                        ": It is no list of this format. Choose another file, or say the format that it has."
-                  : ReadReason(path, result.error);
-  TellWhy(context.messages, Icon::kStop, why, "%s", row.unreadable);
-  return false;
+  return LoadList(context, path, format, content) &&
+         ReadLoadedList(context, path, content, format, defaults, options, work, losses);
 }
 
 }  // namespace vexa

@@ -66,7 +66,13 @@ const ListFormatRow& RowOf(ListFormat format);
 // The format of that name, letter case counting; nothing when there is none.
 std::optional<ListFormat> ListFormatNamed(std::string_view name);
 
-// Fills `work` from a file. False after messages.
+// The content of a list that is to be read so. False after messages.
+bool LoadList(const Context& context, const Path& path, ListFormat format, Bytes& content);
+// Fills `work` from the content of the file. False after messages.
+bool ReadLoadedList(const Context& context, const Path& path, std::span<const uint8_t> content,
+                    ListFormat format, const DefaultRecords& defaults, const ListOptions& options,
+                    WorkRecords& work, ListLosses& losses);
+// Both: fills `work` from a file.
 bool ReadList(const Context& context, const Path& path, ListFormat format, const DefaultRecords& defaults,
               const ListOptions& options, WorkRecords& work, ListLosses& losses);
 

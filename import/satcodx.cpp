@@ -293,6 +293,19 @@ std::vector<Record> RecordsOf(std::string_view text, const SatcodxOptions& optio
   return records;
 }
 
+// The list without a byte-order mark, where the layout knows of one.
+std::string_view RecordText(std::span<const uint8_t> list, const SatcodxOptions& options) {
+  std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
+  if (options.LooksForRecords() && text.starts_with(kByteOrderMark))
+    text.remove_prefix(kByteOrderMark.size());
+  return text;
+}
+
+bool Is105(std::string_view text, const SatcodxOptions& options) {
+  if (options.layout != SatcodxLayout::kAuto) return options.layout == SatcodxLayout::k105;
+  return text.size() >= kSatcodxReadLength && Text<kVersion3>(text) == kVersion105;
+}
+
 }  // namespace
 
 bool TrimAtDoubleSpace(char (&name)[kNameSize]) {
@@ -311,19 +324,11 @@ void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, 
   ListLosses own;
   ListLosses& losses = list_losses ? *list_losses : own;
   const NameConverter names(list, pages);
-  std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
-  if (options.LooksForRecords() && text.starts_with(kByteOrderMark))
-    text.remove_prefix(kByteOrderMark.size());
+  const std::string_view text = RecordText(list, options);
   if (text.size() < kSatcodxReadLength) return;
-  const bool is_105 = options.layout == SatcodxLayout::k105 ||
-                      (options.layout == SatcodxLayout::kAuto && Text<kVersion3>(text) == kVersion105);
-  size_t length = std::max(options.record_length, kSatcodxReadLength);
-  if (options.record_length == 0) {
-    length = DefaultLength(text);
-    if (options.LooksForRecords()) length = LikeliestLength(text, is_105 ? kNominalLength105 : length);
-  }
-  const std::vector<Record> records =
-      RecordsOf(text, options, length, is_105 ? kNominalLength105 : kSatcodxReadLength);
+  const bool is_105 = Is105(text, options);
+  const std::vector<Record> records = RecordsOf(text, options, SatcodxRecordLength(list, options),
+                                                is_105 ? kNominalLength105 : kSatcodxReadLength);
   if (is_105) return Read105(records, defaults, work, progress, names, losses);
   if (records.empty()) return;
   const std::string_view version = Text<kVersion>(text);
@@ -341,8 +346,17 @@ void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, 
   bar.End();
 }
 
+size_t SatcodxRecordLength(std::span<const uint8_t> list, const SatcodxOptions& options) {
+  if (options.record_length != 0) return std::max(options.record_length, kSatcodxReadLength);
+  const std::string_view text = RecordText(list, options);
+  const size_t length = DefaultLength(text);
+  if (!options.LooksForRecords()) return length;
+  return LikeliestLength(text, Is105(text, options) ? kNominalLength105 : length);
+}
+
 std::string SatcodxDoubt(std::span<const uint8_t> list) {
   const std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
+  if (text.starts_with(kByteOrderMark)) return kByteOrderMarkDoubt;
   const size_t length = DefaultLength(text), count = text.size() / length;
   if (text.size() >= kSatcodxReadLength) {
     const std::string_view version = Text<kVersion>(text);

@@ -29,7 +29,8 @@
 
 namespace vexa {
 
-inline constexpr size_t kSatcodxReadLength = 127;  // bytes; no record is shorter
+inline constexpr size_t kSatcodxReadLength = 127;       // bytes; no record is shorter
+inline constexpr size_t kLongestSatcodxRecord = 65535;  // that can be asked for
 
 enum class SatcodxLayout {
   kDefault,  // as the text above says
@@ -38,6 +39,16 @@ enum class SatcodxLayout {
   kB,
   k105
 };
+
+struct SatcodxLayoutName {
+  const char* name;  // as the user chooses it
+  SatcodxLayout layout;
+};
+inline constexpr SatcodxLayoutName kSatcodxLayouts[] = {{"default", SatcodxLayout::kDefault},
+                                                        {"auto", SatcodxLayout::kAuto},
+                                                        {"a", SatcodxLayout::kA},
+                                                        {"b", SatcodxLayout::kB},
+                                                        {"105", SatcodxLayout::k105}};
 
 struct SatcodxOptions {
   SatcodxLayout layout = SatcodxLayout::kDefault;
@@ -57,6 +68,11 @@ void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, 
                  const Progress& progress = {}, const SatcodxOptions& options = {},
                  const ListPages& pages = {}, ListLosses* losses = nullptr);
 
+// Bytes from record to record, as ReadSatcodx takes them from a list by these options.
+size_t SatcodxRecordLength(std::span<const uint8_t> list, const SatcodxOptions& options);
+
+// What SatcodxDoubt says of such a list.
+inline constexpr const char* kByteOrderMarkDoubt = "a byte-order mark stands before its first record";
 // What shows that the default options do not fit the list, as a clause such as "its version is 105"; empty
 // when nothing does.
 std::string SatcodxDoubt(std::span<const uint8_t> list);

@@ -44,6 +44,8 @@ constexpr Row<int> kDialogs[] = {
     {IDD_WIZARD_CARRIERS, "import"},
     {IDD_WIZARD_SERVICES, "import"},
     {IDD_MERGER, "merger"},
+    {IDD_IMPORT_QUESTION, "import"},
+    {IDD_COMPLETION, "import"},
     {IDD_COMPARE, "compare"},
     {IDD_TRANSFER, "transfer"},
     {IDD_UPLOAD_SDBS, "upload"},

@@ -39,6 +39,13 @@ Path BesideInput(const Path& input, const Path& target) {
   return target.empty() || target.has_root_path() ? target : input.parent_path() / target;
 }
 
+Path NamedAfter(const Path& file, const char* extension) {
+  const std::string old = Utf8FromPath(file.extension());
+  const bool is_extension = old.size() > 1 && !(old[1] >= '0' && old[1] <= '9');
+  Path name = is_extension ? file.stem() : file.filename();
+  return file.parent_path() / (name += extension);
+}
+
 bool MayReplace(const Messages& messages, const Path& target, const Path& agreed) {
   std::error_code error;
   if (target == agreed || !fs::exists(target, error)) return true;

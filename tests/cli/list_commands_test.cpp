@@ -96,7 +96,11 @@ TEST_F(ListCommands, LayoutsOfSatcodxLists) {
   Put("tv.sdx", "\xEF\xBB\xBF" + record + "\r\n" + record + "\r\n");
   EXPECT_EQ(services("--layout auto", ""), "Das Erste HD ");
   EXPECT_TRUE(
-      Vexa("import @tv.sdx --stream -o @out.sdb").errors.starts_with("error: Error - Invalid File\n"));
+      Vexa("import @tv.sdx --stream -o @out.sdb")
+          .errors.starts_with("warning: " + In("tv.sdx") +
+                              " does not look as lists of its format do: a byte-order mark stands before "
+                              "its first record. --layout auto reads it by what it shows.\n"
+                              "error: Error - Invalid File\n"));
   for (const char* options : {"@tv.sdx --layout c", "@tv.sdx --record-length 126", "@tv.dat --layout a"})
     EXPECT_EQ(Vexa("import -o @out.sdb " + std::string(options)).status, 2) << options;
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/match.h"
 #include "tests/support/random_database.h"
 
 namespace vexa {
@@ -72,6 +73,20 @@ TEST_F(Completed, SidesAreThoseOfKnownPositions) {
             std::vector<std::string>{"East or West of 4 satellites is not known, the first is satellite 7"});
   for (size_t i = 0; i < std::size(cases); ++i)
     EXPECT_EQ(database.satellites[i]->record.east, cases[i].east.value_or(false)) << cases[i].tenths;
+}
+
+TEST_F(Completed, EmptySlotsAreThoseOfAFile) {
+  Add(192, {11000});
+  DefaultRecords defaults;
+  defaults.satellite.position = 7;
+  Complete(database, {.empty_slots = true}, true, defaults);
+  ASSERT_EQ(database.satellites.size(), kMaximumSatellites);
+  EXPECT_EQ(NameOf(database.satellites[1]->record.name), "NewSat 1");
+  EXPECT_EQ(NameOf(database.satellites[84]->record.name), "NewSat 84");
+  EXPECT_EQ(database.satellites[0]->record.position, 255u);
+  EXPECT_EQ(database.satellites[84]->record.position, 7u);
+  EXPECT_TRUE(IsUnusedPlace(*database.satellites[84]));
+  EXPECT_EQ(CheckLinks(database), "");
 }
 
 }  // namespace

@@ -52,6 +52,50 @@ TEST(ImportCommand, ExtensionAndFirstBytesMustAgree) {
   EXPECT_EQ(recorder.shown[0].detail, ReadReason(broken, std::make_error_code(std::errc::io_error)));
 }
 
+// What the user names is the format where it may be; else the file tells.
+TEST(ImportCommand, NamedFormats) {
+  const std::string vdr = "One:11836:hC34:S19.2E:27500:101:102:0:0:7:0:0:0\n";
+  const struct {
+    const char* file;
+    std::string content;
+    ListFormat named;
+    std::optional<ListFormat> format;
+  } cases[] = {{"a.dat", vdr, ListFormat::kVdr, ListFormat::kVdr},
+               {"a.dat", vdr, ListFormat::kLyngsat, std::nullopt},
+               {"a.dat", ":SAT", ListFormat::kVdr, ListFormat::kLyngsat},
+               {"a.sdx", "\xEF\xBB\xBFSATCODX", ListFormat::kSatcodx, ListFormat::kSatcodx},
+               {"none", "", ListFormat::kVdr, std::nullopt}};
+  Recorder recorder;
+  const ListOptions lenient = {.satcodx = {.layout = SatcodxLayout::kAuto}};
+  for (const auto& c : cases) {
+    const Path path = recorder.context.temporary_folder / c.file;
+    if (!c.content.empty()) PutFile(path, BytesOf(c.content));
+    EXPECT_EQ(RecognizeListAs(path, c.named, lenient), c.format) << c.file << ' ' << c.content;
+  }
+}
+
+// The question comes before the list is read, hears its content, and says how.
+TEST(ImportCommand, AskedHowToRead) {
+  Recorder recorder;
+  const Path path = recorder.context.temporary_folder / "a.sdx";
+  const std::string list = SdxText({.name = "SPORT___", .rest = "ABC_________"});
+  PutFile(path, BytesOf(list + list));
+  WorkRecords work;
+  ImportSteps steps;
+  for (const bool go_on : {true, false}) {
+    steps.ask = [&](const ListToAsk& asked, ListOptions& options) {
+      EXPECT_EQ(std::tuple(asked.format, asked.path, asked.content.size()),
+                std::tuple(ListFormat::kSatcodx, path, 2 * list.size()));
+      options.satcodx.layout = SatcodxLayout::kAuto;
+      return go_on;
+    };
+    EXPECT_EQ(ImportListFile(recorder.context, path, {}, steps, work), go_on);
+    EXPECT_EQ(Names(work.services), go_on ? "SPORTABC" : "");
+  }
+  std::filesystem::remove(path);
+  EXPECT_FALSE(ImportListFile(recorder.context, path, {}, steps, work));
+}
+
 // A list of each format, and what is told when it goes away, or breaks off, between the check and the
 // reading.
 TEST(ImportCommand, UnreadableLists) {

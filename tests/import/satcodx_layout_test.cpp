@@ -157,6 +157,7 @@ TEST(SatcodxLayout, Doubts) {
       {one + one + "x", behind},
       {one + "\n" + one, "128 bytes stand behind the last record"},
       {one, "128 bytes stand behind the last record"},
+      {"\xEF\xBB\xBF" + one + one, "a byte-order mark stands before its first record"},
   };
   for (const auto& c : cases) EXPECT_EQ(SatcodxDoubt(BytesOf(c.list)), c.doubt) << c.list.size();
 }

@@ -47,6 +47,18 @@ std::string SdxList(const std::vector<SdxRecord>& records, bool line_ends) {
   return list;
 }
 
+std::string TelevisionList() {
+  std::string list;
+  for (const char* name : {"Das Erst", "ZDF_____"}) {
+    std::string record = SdxText({.version = "05", .name = name, .id = list.empty() ? "00001" : "00002"});
+    record[7] = '1';
+    record.resize(132, '_');
+    if (list.empty()) record.replace(115, 4, "e HD");
+    list += record + "\r\n";
+  }
+  return list;
+}
+
 std::string DvbText(const DvbRecord& record) {
   std::string text(64, '\0');
   PlaceBig(text, 4, record.id);

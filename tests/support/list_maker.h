@@ -21,6 +21,10 @@ std::string SdxText(const SdxRecord& record);
 // Records of 128 characters, or of 129 with a line feed behind each.
 std::string SdxList(const std::vector<SdxRecord>& records, bool line_ends = false);
 
+// A list as a television writes it, of two records of version 105 with CR LF behind each: "Das Erste HD" and
+// "ZDF", with ids 1 and 2, on one carrier.
+std::string TelevisionList();
+
 // One DVB2000 record.
 struct DvbRecord {
   uint16_t id = 0, frequency = 0, symbol_rate = 0, video = 0, audio = 0, pcr = 0;

@@ -214,6 +214,10 @@ std::string EditorDriver::Answer(int button) {
   return text;
 }
 
+void EditorDriver::DeclineCompletion() {
+  Press(WaitForBox("Complete the List"), IDCANCEL);
+}
+
 void EditorDriver::ChooseFile(const std::string& title, const Path& path) {
   HWND dialog = WaitForBox(title);
   if (!dialog) return;

@@ -65,6 +65,8 @@ class EditorDriver {
   // Waits for a message box and answers it; its text, and its detail.
   std::string Answer(int button);
   std::string detail() const { return detail_; }
+  // Waits until a list is imported and takes nothing of what is offered then to complete it.
+  void DeclineCompletion();
   // Gives a name to the open file dialog and takes it.
   void ChooseFile(const std::string& title, const Path& path);
 

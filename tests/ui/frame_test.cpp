@@ -458,6 +458,7 @@ TEST_F(Frame, ImportOpensTheListInAWindowOfItsOwn) {
   editor.Command(kCmdImportSatcodx);
   editor.ChooseFile("Open a File", list);
   EXPECT_EQ(editor.Answer(IDNO), "Do you want to generate Bin file with filter mode");
+  editor.DeclineCompletion();
   ASSERT_TRUE(editor.Until("the imported database", [&] { return editor.Children().size() == 1; }));
   EXPECT_THAT(editor.Labels(), IsSupersetOf({"LNBs\t16", "Services  3"}));
   ASSERT_TRUE(editor.SelectItem({"SDB1", "Satellites", "[ 2 ] HOT BIRD__________"}));

@@ -152,6 +152,9 @@ class Help : public EditorTest {
     driver_->GoTo(GetDlgItem(box, IDC_WIZARD_OWNERS), 1);
     See(box, "wizard-services", HelpPage(IDD_WIZARD_SERVICES));
     driver_->Press(box, IDOK);
+    box = driver_->WaitForBox("Complete the List");
+    See(box, "completion", HelpPage(IDD_COMPLETION));
+    driver_->Press(box, IDCANCEL);
     ASSERT_TRUE(driver_->Until("the list's window", [&] { return driver_->Children().size() == 1; }));
     ASSERT_TRUE(driver_->Answers());
   }
@@ -292,6 +295,15 @@ TEST_F(Help, EveryOtherDialogShowsItsPage) {
                         {kCmdRestore, "Restore", "restore", IDD_RESTORE},
                         {kCmdProduction, "Production", "production", IDD_PRODUCTION}};
   for (const Stop& stop : stops) ASSERT_NO_FATAL_FAILURE(See(stop));
+  Bytes list = ReadWholeFile(DataFolder() / "sample.sdx").value_or(Bytes());
+  list.insert(list.end(), 7, '\n');
+  PutFile(home_ / "list2.sdx", list);
+  driver_->Command(kCmdImportSatcodx);
+  driver_->ChooseFile("Open a File", home_ / "list2.sdx");
+  driver_->Answer(IDNO);
+  HWND question = driver_->WaitForBox("Import - How the list is read");
+  See(question, "import-question", HelpPage(IDD_IMPORT_QUESTION));
+  driver_->Press(question, IDCANCEL);
   driver_->Command(kCmdMergeSatcodx);
   HWND box = driver_->WaitForBox("SatcoDX [ SDX ] File Merger");
   for (const char* name : {"list.sdx", "more.sdx"}) {
@@ -318,6 +330,7 @@ TEST_F(Help, TheTransferShowsItsPage) {
   driver_->Command(kCmdImportSatcodx);
   driver_->ChooseFile("Open a File", home_ / "list.sdx");
   driver_->Answer(IDNO);
+  driver_->DeclineCompletion();
   ASSERT_TRUE(driver_->Until("the list's window", [&] { return driver_->Children().size() == 1; }));
   ASSERT_TRUE(driver_->Answers());
   driver_->Command(kCmdUploadAdb);

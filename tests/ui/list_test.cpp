@@ -127,6 +127,10 @@ class Lists : public testing::Test {
     Import(editor, kFormats[2], true);
     return editor.WaitForBox(kStep1);
   }
+  void ExpectImported(EditorDriver& editor) {
+    editor.DeclineCompletion();
+    ExpectOneWindow(editor);
+  }
   void ExpectOneWindow(EditorDriver& editor) {
     EXPECT_TRUE(editor.Until("the imported database", [&] { return editor.Children().size() == 1; }));
   }
@@ -173,7 +177,7 @@ TEST_F(Lists, EveryFormatOpensWhole) {
     EditorDriver editor(EditorProgram());
     ASSERT_TRUE(editor.WaitForFrame());
     Import(editor, format, false);
-    ExpectOneWindow(editor);
+    ExpectImported(editor);
     EXPECT_EQ(Satellites(editor), format.whole) << format.file;
     CloseUnsaved(editor);
   }
@@ -195,7 +199,7 @@ TEST_F(Lists, EveryFormatOpensFiltered) {
     ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
     editor.Push(box, IDC_WIZARD_OPTION + 4);
     editor.Press(box, IDOK);
-    ExpectOneWindow(editor);
+    ExpectImported(editor);
     EXPECT_EQ(Satellites(editor), format.filtered) << format.file;
     CloseUnsaved(editor);
   }
@@ -304,7 +308,7 @@ TEST_F(Lists, WizardWalkedWithBack) {
   editor.Press(box, IDOK);
 
   ASSERT_NO_FATAL_FAILURE(WalkLastStep(editor));
-  ExpectOneWindow(editor);
+  ExpectImported(editor);
   // A chosen carrier stays without a chosen service.
   EXPECT_THAT(Satellites(editor), ElementsAre("[ 1 ] Astra", "  [ 1 ] Carrier1_S1", "[ 2 ] Hotbird",
                                               "  [ 1 ] Carrier1_S2", "    [ 1 ] Delta"));
@@ -533,7 +537,7 @@ TEST_F(Lists, MergedListsAreImported) {
   editor.Command(kCmdImportLyngsat);
   editor.ChooseFile("Open a File", output);
   EXPECT_EQ(editor.Answer(IDNO), kFilterQuestion);
-  ExpectOneWindow(editor);
+  ExpectImported(editor);
   EXPECT_THAT(Satellites(editor), ElementsAre("[ 1 ] Second", "  [ 1 ] Carrier1_S1", "    [ 1 ] Two",
                                               "[ 2 ] First", "  [ 1 ] Carrier1_S2", "    [ 1 ] One"));
   CloseUnsaved(editor);

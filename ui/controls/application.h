@@ -12,7 +12,7 @@
 #include "core/context.h"
 #include "core/database.h"
 #include "core/find.h"
-#include "import/work_files.h"
+#include "platform/code_page.h"
 #include "platform/system_error.h"
 #include "platform/temporary_folder.h"
 #include "ui/controls/windows_api.h"
@@ -42,7 +42,8 @@ struct Application {
   SettingsStore settings;
   Path configuration_file;
   ProjectConfig config;
-  bool hexadecimal = false;  // PIDs in headers, values and input
+  bool hexadecimal = false;                // PIDs in headers, values and input
+  const CodePage* names = &Windows1252();  // the page in which the names of databases are shown
   RecentFiles recent;
   std::wstring report_viewer = L"Notepad.exe";
   EditorColourTable colours = DefaultColours();
@@ -54,12 +55,10 @@ struct Application {
   std::vector<Path> waiting;  // files to open as soon as no dialog is open
   int untitled = 0;           // new databases so far, for their captions
   Path merge_file;            // chosen last in the merger's file dialogs
-  // The import wizard: leaves the chosen records; false when the user gave up.
-  std::function<bool(WorkRecords&)> choose_records;
   WindowSettings window;
   RoomLook room;               // in the receiver, as the status line shows it
   std::optional<Place> place;  // where the user is, from where satellites are looked at
-  std::string outcome;         // of the last transfer, in the status line until the next command
+  std::string outcome;         // of the last transfer or command, in the status line until the next command
   FindQuery last_search;
   HWND findings = nullptr;               // the window of the database check, while it is open
   std::function<bool()> port_connected;  // whether the uploader console's port is open; empty: no console

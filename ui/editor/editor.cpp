@@ -545,17 +545,21 @@ EditorWindow* EditorOfFile(const Application& app, const Path& path) {
   return nullptr;
 }
 
-EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed) {
+EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed,
+                         const Path& list) {
   auto owned = std::make_unique<EditorWindow>();
   EditorWindow* editor = owned.get();
   editor->app = &app;
   editor->document = std::move(document);
+  if (!editor->document.names) editor->document.names = app.names;
   editor->path = path;
   editor->changed = changed;
   StartHistory(editor->history, editor->document);
   if (changed) MarkUnsaved(editor->history);
   editor->split = app.window.split;
-  if (path.empty()) editor->name = Format("Untitled%d", ++app.untitled);
+  editor->imported_from = list;
+  if (path.empty())
+    editor->name = list.empty() ? Format("Untitled%d", ++app.untitled) : Utf8FromPath(list.filename());
   BOOL maximised = FALSE;
   const auto active = SendMessageW(app.client, WM_MDIGETACTIVE, 0, reinterpret_cast<LPARAM>(&maximised));
   MDICREATESTRUCTW create{};

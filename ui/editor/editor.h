@@ -49,6 +49,7 @@ struct EditorWindow {
   Document document;
   Path path;                            // empty: not saved yet
   std::optional<FileState> file_state;  // of that file, when it was read or saved here
+  Path imported_from;                   // a list; empty: none
   std::string name;                     // caption of a document without path
   bool changed = false;
   UndoHistory history;
@@ -89,9 +90,11 @@ struct EditorWindow {
 };
 
 // A new window over `document`; an empty `path` for a database without file; `changed`: it is to be saved
-// before it goes. The window owns the structure, until it is destroyed. nullptr, after a message, when the
+// before it goes; `list`: the list that it was imported from, by whose name it is called until it is saved;
+// empty: none. The window owns the structure, until it is destroyed. nullptr, after a message, when the
 // system makes no window.
-EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed);
+EditorWindow* OpenEditor(Application& app, Document document, const Path& path, bool changed,
+                         const Path& list = {});
 // The active database window; nullptr when there is none or another window is active.
 EditorWindow* ActiveEditor(const Application& app);
 // The database window of this handle; nullptr for another window, and for one that is gone.

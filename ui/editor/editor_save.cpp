@@ -4,6 +4,7 @@
 #include "core/replace_file.h"
 #include "ui/controls/file_dialogs.h"
 #include "ui/editor/editor.h"
+#include "view/target_file.h"
 
 namespace vexa {
 
@@ -42,7 +43,9 @@ bool SaveEditor(EditorWindow& editor) {
 }
 
 bool SaveEditorAs(EditorWindow& editor) {
-  const auto path = AskSaveFile(editor.app->frame, {"Save", kBinFilters, "bin"}, editor.path);
+  const bool imported = editor.path.empty() && !editor.imported_from.empty();
+  const Path proposed = imported ? NamedAfter(editor.imported_from, ".bin") : editor.path;
+  const auto path = AskSaveFile(editor.app->frame, {"Save", kBinFilters, "bin"}, proposed);
   if (!path) return false;
   if (const EditorWindow* other = EditorOfFile(*editor.app, *path); other && other != &editor) {
     TellWhy(editor.app->context.messages, Icon::kStop,

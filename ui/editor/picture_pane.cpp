@@ -280,7 +280,7 @@ HWND CreatePicturePane(EditorWindow& editor, int id) {
 void RefreshPicture(EditorWindow& editor) {
   if (!editor.app->window.picture_height || !editor.picture_pane) return;
   ShowPicture(editor.picture, editor.document, editor.selected, CommandNode(editor),
-              {Windows1252(), editor.app->place, editor.beneath.get()});
+              {NamesPage(editor.document), editor.app->place, editor.beneath.get()});
   editor.picture_tip.clear();
   RedrawPane(editor);
 }

@@ -27,7 +27,7 @@ WizardStepEnd ChooseSatellites(Application& app, Wizard& wizard) {
   list.name_column = 1;
   list.text = [&](size_t row, int column) {
     return column == 0 ? Format("%d", static_cast<int>(row + 1))
-                       : Utf8FromLatin(NameOf(satellites[row].name));
+                       : Utf8FromPage(wizard.page, NameOf(satellites[row].name));
   };
   list.ticked = [&](size_t row) { return satellites[row].chosen != 0; };
   list.tick = [&](const Form& form, size_t row, bool ticked) {
@@ -172,8 +172,8 @@ WizardStepEnd RunStep(Application& app, WizardStep step) {
 
 }  // namespace
 
-bool RunImportWizard(Application& app, WorkRecords& work) {
-  Wizard wizard(work);
+bool RunImportWizard(Application& app, WorkRecords& work, const CodePage& page) {
+  Wizard wizard(work, page);
   for (int number = 1;;) {
     WizardStepEnd end = WizardStepEnd::kClosed;
     if (number == 1) {

@@ -1,4 +1,4 @@
-// Numbers of the import wizard's and the merger's dialogs.
+// Numbers of the dialogs of imports and of the merger.
 #pragma once
 
 #include "view/dialog_ids.h"
@@ -20,3 +20,16 @@
 #define IDC_MERGE_FILES 1531
 #define IDC_MERGE_FOLDER 1532
 #define IDC_MERGE_REMOVE 1533
+
+#define IDC_IMPORT_QUESTION 1540
+#define IDC_IMPORT_WAYS 1541
+#define IDC_IMPORT_LENGTH 1542
+#define IDC_IMPORT_PAGE 1543
+#define IDC_IMPORT_LIST_PAGE 1544
+#define IDC_IMPORT_KEEP_S2 1545
+
+#define IDC_COMPLETE_TEXT 1535
+#define IDC_COMPLETE_POSITIONS 1536
+#define IDC_COMPLETE_SIDES 1537
+#define IDC_COMPLETE_LNBS 1538
+#define IDC_COMPLETE_SLOTS 1539

@@ -2,6 +2,7 @@
 
 #include "ui/editor/editor.h"
 #include "ui/forms/form_commands.h"
+#include "ui/frame/import_files.h"
 #include "ui/line/console.h"
 #include "ui/line/line_commands.h"
 #include "view/command_needs.h"
@@ -13,8 +14,9 @@ namespace {
 using CommandFunction = void (*)(Application&);
 using CommandGroup = std::span<const CommandRow> (*)();
 
-constexpr CommandGroup kGroups[] = {FrameCommands,  RecordCommands,   ClipboardCommands, MergeCommands,
-                                    OptionCommands, TransferCommands, ConsoleCommands,   ImageCommands};
+constexpr CommandGroup kGroups[] = {FrameCommands,     ImportCommands,  RecordCommands,
+                                    ClipboardCommands, MergeCommands,   OptionCommands,
+                                    TransferCommands,  ConsoleCommands, ImageCommands};
 
 CommandFunction FunctionOf(UINT id) {
   for (const CommandGroup group : kGroups) {

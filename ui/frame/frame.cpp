@@ -86,6 +86,7 @@ bool LoadSettings(Application& app) {
   app.recent = LoadRecentFiles(app.settings);
   RefreshRecentMenus(app);
   app.colours = LoadColours(app.settings);
+  app.names = &LoadNamesPage(app.settings);
   LoadDefaultRecords(app.settings, app.defaults);
   app.context.defaults = &app.defaults;
   app.window = LoadWindowSettings(app.settings);

@@ -18,8 +18,8 @@ void ShowAbout(Application& app);
 // Opens a database file in a window of its own, or brings the window to the front that shows it already.
 // False when there is nothing to show.
 bool OpenDatabaseFile(Application& app, const Path& path);
-// Files that come from outside, which must not change what an open dialog acts on: opened one after the other
-// as soon as no dialog is open. OpenWaiting goes on with them.
+// Files that come from outside, databases and channel lists, which must not change what an open dialog acts
+// on: opened one after the other as soon as no dialog is open. OpenWaiting goes on with them.
 void OpenWhenFree(Application& app, const std::vector<Path>& paths);
 void OpenWaiting(Application& app);
 // The same for one file, after the messages that wait at the frame.

@@ -2,16 +2,15 @@
 #include "core/bin_file.h"
 #include "core/messages.h"
 #include "import/csv_table.h"
-#include "import/import_command.h"
 #include "import/text_export.h"
 #include "ui/controls/file_dialogs.h"
 #include "ui/controls/help.h"
-#include "ui/controls/progress_box.h"
 #include "ui/editor/change.h"
 #include "ui/editor/editor.h"
 #include "ui/frame/commands.h"
 #include "ui/frame/frame.h"
 #include "view/report_page.h"
+#include "view/target_file.h"
 
 namespace vexa {
 
@@ -66,15 +65,24 @@ void ShowReport(Application& app, const Path& path) {
   CloseHandle(process.hProcess);
 }
 
-void TellNothingToExport(const Application& app, const OpenSdb* sdb) {
-  TellWhy(app.context.messages, Icon::kStop, sdb ? Utf8FromLatin(sdb->name) + " has no satellite." : "",
+// An export is called as the database's file, or as the list that the database was imported from.
+Path ProposedReport(const EditorWindow& editor, const char* extension) {
+  const Path& own = editor.path.empty() ? editor.imported_from : editor.path;
+  return own.empty() ? Path() : NamedAfter(own, extension);
+}
+
+void TellNothingToExport(const EditorWindow& editor, const OpenSdb* sdb) {
+  TellWhy(editor.app->context.messages, Icon::kStop,
+          sdb ? NameText(editor.document, sdb->name) + " has no satellite." : "",
           "There is no information to export");
 }
 
 void TextFile(Application& app) {
-  const OpenSdb* sdb = SelectedSdb(*ActiveEditor(app));
-  if (!sdb || sdb->database->satellites.empty()) return TellNothingToExport(app, sdb);
-  const auto path = AskSaveFile(app.frame, {"Save", {{"Text Files ( *.TXT )", "*.txt"}}, "txt"});
+  const EditorWindow& editor = *ActiveEditor(app);
+  const OpenSdb* sdb = SelectedSdb(editor);
+  if (!sdb || sdb->database->satellites.empty()) return TellNothingToExport(editor, sdb);
+  const auto path = AskSaveFile(app.frame, {"Save", {{"Text Files ( *.TXT )", "*.txt"}}, "txt"},
+                                ProposedReport(editor, ".txt"));
   if (!path) return;
   const WriteResult written = ExportDatabaseText(*sdb->database, *path);
   if (written != WriteResult::kDone) {
@@ -87,11 +95,12 @@ void TextFile(Application& app) {
 void HtmlPage(Application& app) {
   const EditorWindow& editor = *ActiveEditor(app);
   const OpenSdb* sdb = SelectedSdb(editor);
-  if (!sdb || sdb->database->satellites.empty()) return TellNothingToExport(app, sdb);
-  const auto path = AskSaveFile(app.frame, {"Save", {{"HTML Pages ( *.HTML )", "*.html"}}, "html"});
+  if (!sdb || sdb->database->satellites.empty()) return TellNothingToExport(editor, sdb);
+  const auto path = AskSaveFile(app.frame, {"Save", {{"HTML Pages ( *.HTML )", "*.html"}}, "html"},
+                                ProposedReport(editor, ".html"));
   if (!path) return;
   const auto place = static_cast<size_t>(sdb - editor.document.sdbs.data());
-  const std::string page = ReportPage(editor.document, place, Windows1252(), app.place);
+  const std::string page = ReportPage(editor.document, place, NamesPage(editor.document), app.place);
   const WriteResult written =
       WriteWholeFile(*path, {reinterpret_cast<const uint8_t*>(page.data()), page.size()});
   if (written != WriteResult::kDone) {
@@ -101,40 +110,6 @@ void HtmlPage(Application& app) {
   if (!ShowInBrowser(app, *path))
     TellWhy(app.context.messages, Icon::kInformation, "It stands in " + Utf8FromPath(*path) + ".",
             "No program shows HTML pages here.");
-}
-
-// The limit judges the active window, though the list opens in a window of its own.
-bool SdbLimitReached(Application& app) {
-  const EditorWindow* editor = ActiveEditor(app);
-  if (!editor || editor->document.sdbs.size() < kMaximumSdbs) return false;
-  TellWhy(
-      app.context.messages, Icon::kStop,
-      Format("The active window holds %zu SDBs, the most that fit. Choose another window, or delete an SDB.",
-             editor->document.sdbs.size()),
-      "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
-  return true;
-}
-
-bool ImportInto(Application& app, const Path& path, Document& document) {
-  const auto show_progress = [&](const ListReading& read) {
-    const ProgressBox progress(app, Utf8FromPath(path));
-    return read(progress.context());
-  };
-  WorkRecords work;
-  return ImportListFile(app.context, path, app.defaults,
-                        {FilterMode::kAsk, app.choose_records, show_progress}, work) &&
-         OpenWorkRecords(About(app.context, Utf8FromPath(path)), work, app.defaults, document);
-}
-
-template <ListFormat format>
-void Import(Application& app) {
-  if (SdbLimitReached(app)) return;
-  FileQuestion question{.title = "Open a File", .filters = {}};
-  for (const ListFormatRow& row : ListFormats()) question.filters.push_back({row.import_filter, row.pattern});
-  question.first_filter = static_cast<size_t>(format);
-  const auto path = AskOpenFile(app.frame, question);
-  Document document;
-  if (path && ImportInto(app, *path, document)) OpenEditor(app, std::move(document), {}, true);
 }
 
 void UpdateFromTable(Application& app) {
@@ -205,9 +180,6 @@ constexpr CommandRow kFrameRows[] = {
     {kCmdExportSdb, TextFile},
     {kCmdHtmlPage, HtmlPage},
     {kCmdPicture, SwitchPicture},
-    {kCmdImportSatcodx, Import<ListFormat::kSatcodx>},
-    {kCmdImportDvb2000, Import<ListFormat::kDvb2000>},
-    {kCmdImportLyngsat, Import<ListFormat::kLyngsat>},
     {kCmdCompressBin, CompressBin},
     {kCmdUndo, Undo},
     {kCmdRedo, Redo},

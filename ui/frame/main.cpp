@@ -10,7 +10,6 @@
 #include "core/messages.h"
 #include "core/out_of_memory.h"
 #include "ui/controls/application.h"
-#include "ui/forms/import_wizard.h"
 #include "ui/frame/frame.h"
 #include "ui/frame/menus.h"
 #include "ui/frame/recovery.h"
@@ -84,7 +83,6 @@ int RunEditor(HINSTANCE instance) {
   app.context.messages = BoxMessages(app);
   HandleFailures(app);
   std::set_terminate(EndAfterException);
-  app.choose_records = [&app](WorkRecords& work) { return RunImportWizard(app, work); };
   const std::optional<std::wstring> kind = ReadArguments(app);
   if (kind && app.open_at_start && HandOver(*app.open_at_start, *kind)) return 0;
   app.thread_exit_event = CreateEventW(nullptr, TRUE, FALSE, app.describe_menus ? kTestExitEvent : nullptr);

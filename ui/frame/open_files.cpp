@@ -2,6 +2,7 @@
 #include "core/bin_file.h"
 #include "ui/editor/editor.h"
 #include "ui/frame/frame.h"
+#include "ui/frame/import_files.h"
 #include "ui/frame/menus.h"
 
 namespace vexa {
@@ -46,7 +47,11 @@ void OpenWaiting(Application& app) {
   while (!app.waiting.empty() && app.busy == 0 && IsWindowEnabled(app.frame)) {
     const Path path = app.waiting.front();
     app.waiting.erase(app.waiting.begin());
-    OpenDatabaseFile(app, path);
+    if (ListFormatOf(path)) {
+      ImportListInWindow(app, path);
+    } else {
+      OpenDatabaseFile(app, path);
+    }
   }
 }
 
