@@ -11,7 +11,8 @@ namespace vexa {
 // when that was for want of memory.
 std::FILE* OpenFile(const Path& path, bool writing);
 
-// The same for writing behind what is there.
+// The same for writing behind what is there. Waits until nobody else has it open so, who may then have added
+// to it.
 std::FILE* OpenFileToAppend(const Path& path);
 
 // What a path leads to: through links, also through one that leads nowhere. A link when they form a circle.

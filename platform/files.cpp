@@ -416,17 +416,24 @@ void RemoveFolder(const Path& folder) {
   fs::remove(folder, error);
 }
 
-Outcome AppendToFile(const Path& path, std::span<const uint8_t> more) {
-  std::error_code no_size, ignored;
-  const auto size = std::filesystem::file_size(path, no_size);
+Outcome AppendToFile(const Path& path, std::span<const uint8_t> more, std::span<const uint8_t> first) {
   ForgetFileErrors();
   std::FILE* const file = OpenFileToAppend(path);
   if (!file) return LastFileError();
-  Outcome written = SystemFiles().write(file, more);
-  const Outcome finished = SystemFiles().finish(file);
-  if (written) written = finished;
+  std::error_code no_size, ignored;
+  const auto size = std::filesystem::file_size(path, no_size);
+  Outcome written = size == 0 ? SystemFiles().write(file, first) : Outcome();
+  if (written) written = SystemFiles().write(file, more);
+  const Outcome flushed = std::fflush(file) == 0 ? Outcome() : LastFileError();
+  if (written) written = flushed;
+  // Nobody else has added to it yet.
   if (!written && !no_size) std::filesystem::resize_file(path, size, ignored);
-  return written;
+  const Outcome finished = SystemFiles().finish(file);
+  if (!written || finished) return written;
+  if (!no_size &&
+      std::filesystem::file_size(path, ignored) == size + first.size() * (size == 0) + more.size())
+    std::filesystem::resize_file(path, size, ignored);
+  return finished;
 }
 
 std::error_code WhyUnreadable(const Path& path) {

@@ -34,23 +34,23 @@ const char* RunEndName(RunEnd end) {
 }
 
 Outcome AppendToRunLog(const Path& file, const RunLogRow& row) {
-  std::error_code error;
-  const auto size = std::filesystem::file_size(file, error);
-  std::string text;
-  if (error || size == 0) {
-    AppendCsvRow(text, {"time", "serial", "database", "sha256", "configuration", "packets", "repeated",
+  const auto bytes = [](const std::string& text) {
+    return std::span(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+  };
+  std::string header;
+  AppendCsvRow(header, {"time", "serial", "database", "sha256", "configuration", "packets", "repeated",
                         "seconds", "verified", "result"});
-  }
-  text += CellsOf(row);
-  return AppendToFile(file, std::span(reinterpret_cast<const uint8_t*>(text.data()), text.size()));
+  const std::string cells = CellsOf(row);
+  return AppendToFile(file, bytes(cells), bytes(header));
 }
 
+// One that is not there is not made for the trial: taking it away again could take another program's row
+// along.
 Outcome TryRunLog(const Path& file) {
   std::error_code error;
-  const bool there = std::filesystem::exists(std::filesystem::symlink_status(file, error));
-  const Outcome opened = AppendToFile(file, {});
-  if (!there && opened) std::filesystem::remove(file, error);
-  return opened;
+  if (std::filesystem::exists(file, error)) return AppendToFile(file, {});
+  if (const std::error_code refusal = WhyNotWritable(file)) return refusal;
+  return {};
 }
 
 }  // namespace vexa

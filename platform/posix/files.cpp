@@ -31,7 +31,11 @@ std::FILE* OpenFile(const Path& path, bool writing) {
 }
 
 std::FILE* OpenFileToAppend(const Path& path) {
-  return ThrowWithoutMemory(std::fopen(path.c_str(), "ab"));
+  std::FILE* file = ThrowWithoutMemory(std::fopen(path.c_str(), "ab"));
+  // Where the file system has no locks, it goes on without.
+  while (file && flock(fileno(file), LOCK_EX) != 0 && errno == EINTR) {
+  }
+  return file;
 }
 
 Path ComparedName(const Path& path) {

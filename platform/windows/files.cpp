@@ -31,8 +31,21 @@ std::FILE* OpenFile(const Path& path, bool writing) {
   return _wfopen(LongPath(path).c_str(), writing ? L"wb" : L"rb");
 }
 
+// One byte far behind all content, so that nobody's reading and writing meets it.
+constexpr OVERLAPPED kPlaceOfLock = [] {
+  OVERLAPPED place{};
+  place.OffsetHigh = 0x7FFFFFFF;
+  return place;
+}();
+
 std::FILE* OpenFileToAppend(const Path& path) {
-  return _wfopen(LongPath(path).c_str(), L"ab");
+  std::FILE* file = _wfopen(LongPath(path).c_str(), L"ab");
+  if (!file) return nullptr;
+  // Where the file system has no locks, it goes on without.
+  OVERLAPPED place = kPlaceOfLock;
+  LockFileEx(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file))), LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0,
+             &place);
+  return file;
 }
 
 Path ComparedName(const Path& path) {
@@ -96,9 +109,7 @@ std::unique_ptr<LockedFile> LockFile(const Path& path, bool create) {
                              create ? CREATE_NEW : OPEN_EXISTING,
                              FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
   if (locked->file == INVALID_HANDLE_VALUE) return nullptr;
-  // One byte far behind all content, so that nobody's reading and writing meets it.
-  OVERLAPPED place{};
-  place.OffsetHigh = 0x7FFFFFFF;
+  OVERLAPPED place = kPlaceOfLock;
   FILE_STANDARD_INFO facts{};
   DWORD refused = ERROR_FILE_NOT_FOUND;
   const bool held =

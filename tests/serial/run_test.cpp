@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <thread>
 
 #include "image/transfer_files.h"
+#include "import/csv.h"
 #include "serial/backup.h"
 #include "serial/run_log.h"
 #include "serial/verdict.h"
@@ -243,6 +245,22 @@ TEST_F(Run, TheLogGrowsByARowAndBeginsWithAHeader) {
                     "2024-05-06 07:08:09,\"a,\"\"b\"\"\",db.bin,00ff,0/0/1,12,3,4.6,,cancelled\r\n"
                     "2024-05-06 07:08:09,\"a,\"\"b\"\"\",db.bin,00ff,0/0/1,12,3,4.6,no,failed\r\n"));
   EXPECT_FALSE(TryRunLog(recorder.context.temporary_folder / "no" / "log"));
+}
+
+TEST_F(Run, ALogThatManyBeginAtOnceHasOneHeaderAndEveryRow) {
+  const Path log = recorder.context.temporary_folder / "log.csv";
+  for (int round = 0; round < 20; ++round) {
+    std::filesystem::remove(log);
+    std::vector<std::thread> programs;
+    for (int i = 0; i < 4; ++i) {
+      programs.emplace_back([&] { EXPECT_TRUE(TryRunLog(log) && AppendToRunLog(log, {})); });
+    }
+    for (std::thread& program : programs) program.join();
+    const Bytes bytes = ReadWholeFile(log).value_or(Bytes{});
+    const std::vector<CsvRow> rows = ParseCsv(std::string(bytes.begin(), bytes.end()));
+    ASSERT_EQ(rows.size(), 5u);
+    for (size_t i = 0; i < rows.size(); ++i) ASSERT_EQ(rows[i].cells[0] == "time", i == 0);
+  }
 }
 
 }  // namespace
