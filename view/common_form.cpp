@@ -16,6 +16,7 @@ struct FormParts {
   std::vector<std::string Form::*> texts;
   std::vector<uint32_t Form::*> codes;
   std::vector<bool Form::*> flags;
+  std::vector<int Form::*> zones = {};
 };
 
 const FormParts<LnbForm>& PartsOf(const LnbForm&) {
@@ -45,6 +46,15 @@ const FormParts<ServiceForm>& PartsOf(const ServiceForm&) {
        &ServiceForm::pcr_pid},
       {&ServiceForm::type},
       {&ServiceForm::free}};
+  return kParts;
+}
+const FormParts<UbiForm>& PartsOf(const UbiForm&) {
+  static const FormParts<UbiForm> kParts = {
+      {&UbiForm::name, &UbiForm::rf_channel, &UbiForm::start_volume, &UbiForm::start_programme,
+       &UbiForm::lock_code},
+      {&UbiForm::menu_language, &UbiForm::audio_language, &UbiForm::tv_standard, &UbiForm::screen},
+      {&UbiForm::summer_time, &UbiForm::rf_output, &UbiForm::parental_lock},
+      {&UbiForm::time_zone}};
   return kParts;
 }
 
@@ -82,6 +92,8 @@ CommonForm<Form> CommonOf(const std::vector<Form>& forms) {
     if (!same(code)) common.form.*code = kNoCode;
   for (const auto flag : parts.flags)
     if (!same(flag)) common.differing.push_back(flag);
+  for (const auto zone : parts.zones)
+    if (!same(zone)) common.form.*zone = kNoZone;
   return common;
 }
 
@@ -96,6 +108,8 @@ Form WithEntered(const Form& own, const CommonForm<Form>& shown, const CommonFor
     if (entered.form.*code != kNoCode) form.*code = entered.form.*code;
   for (const auto flag : parts.flags)
     if (!entered.Differs(flag)) form.*flag = entered.form.*flag;
+  for (const auto zone : parts.zones)
+    if (entered.form.*zone != kNoZone) form.*zone = entered.form.*zone;
   return form;
 }
 
@@ -154,6 +168,7 @@ template struct CommonForm<LnbForm>;
 template struct CommonForm<SatelliteForm>;
 template struct CommonForm<CarrierForm>;
 template struct CommonForm<ServiceForm>;
+template struct CommonForm<UbiForm>;
 
 CommonForm<LnbForm> CommonLnbs(const Document& document, const std::vector<NodeRef>& rows) {
   return CommonOfRows<LnbForm>(
@@ -171,6 +186,10 @@ CommonForm<ServiceForm> CommonServices(const std::vector<NodeRef>& rows, bool he
                                        const CodePage& page) {
   return CommonOfRows<ServiceForm>(
       rows, [&](const NodeRef& row) { return ServiceFormOf(row.service->record, hexadecimal, page); });
+}
+CommonForm<UbiForm> CommonUbis(const Document& document, const std::vector<NodeRef>& rows) {
+  return CommonOfRows<UbiForm>(
+      rows, [&](const NodeRef& row) { return UbiFormOf(document.ubis[row.index], NamesPage(document)); });
 }
 
 std::optional<Refusal> StoreCommon(Document& document, const std::vector<NodeRef>& rows,
@@ -240,6 +259,16 @@ std::optional<Refusal> StoreCommon(const Messages& messages, Document& document,
       });
   if (!refusal) TellLeftLists(messages, entries - CountEntries(database));
   return refusal;
+}
+
+std::optional<Refusal> StoreCommon(Document& document, const std::vector<NodeRef>& rows,
+                                   const CommonForm<UbiForm>& shown, const CommonForm<UbiForm>& entered) {
+  const auto record_of = [&](const NodeRef& row) -> OpenUbi& { return document.ubis[row.index]; };
+  const CodePage& page = NamesPage(document);
+  return StoreEach<UbiForm>(
+      &document, rows, shown, entered, [&](const NodeRef& row) { return UbiFormOf(record_of(row), page); },
+      [&](const NodeRef& row, const UbiForm& form) { return StoreUbi(form, record_of(row), page); },
+      Restorer<OpenUbi>(rows, record_of));
 }
 
 void TellLeftLists(const Messages& messages, size_t entries) {

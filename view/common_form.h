@@ -10,8 +10,8 @@
 
 namespace vexa {
 
-// A form of a kind of record (LnbForm, SatelliteForm, CarrierForm, ServiceForm). Texts that differ are empty,
-// codes kNoCode; flags that differ are named beside.
+// A form of a kind of record (LnbForm, SatelliteForm, CarrierForm, ServiceForm, UbiForm). Texts that differ
+// are empty, codes kNoCode, a time zone kNoZone; flags that differ are named beside.
 template <class Form>
 struct CommonForm {
   Form form{};
@@ -28,6 +28,7 @@ CommonForm<CarrierForm> CommonCarriers(const std::vector<NodeRef>& rows,
                                        const CodePage& page = Windows1252());
 CommonForm<ServiceForm> CommonServices(const std::vector<NodeRef>& rows, bool hexadecimal,
                                        const CodePage& page = Windows1252());
+CommonForm<UbiForm> CommonUbis(const Document& document, const std::vector<NodeRef>& rows);
 
 // Store what was entered in all records of the rows, or, with a Refusal, in none. Of several records the
 // Refusal names the one that it is about; a question or warning that several raise is put once. Services that
@@ -45,6 +46,8 @@ std::optional<Refusal> StoreCommon(Document& document, const std::vector<NodeRef
 std::optional<Refusal> StoreCommon(const Messages& messages, Document& document,
                                    const std::vector<NodeRef>& rows, const CommonForm<ServiceForm>& shown,
                                    const CommonForm<ServiceForm>& entered, bool hexadecimal);
+std::optional<Refusal> StoreCommon(Document& document, const std::vector<NodeRef>& rows,
+                                   const CommonForm<UbiForm>& shown, const CommonForm<UbiForm>& entered);
 
 // Tells that so many entries left the favourite lists as their services changed between TV and radio; nothing
 // for none.

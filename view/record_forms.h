@@ -26,6 +26,8 @@
 namespace vexa {
 
 inline constexpr uint32_t kNoCode = 0xFFFFFFFF;
+// No time zone is chosen, which leaves the record's as well.
+inline constexpr int kNoZone = -1000;
 
 enum RecordField : int {
   kFieldName,

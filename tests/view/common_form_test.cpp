@@ -133,6 +133,33 @@ TEST_F(Commons, SatellitesAndLnbs) {
 }
 
 // Random forms for random services: the same as storing each by itself, field by field.
+TEST_F(Commons, UserBoxes) {
+  document.ubis = {{"One", {}}, {"Two", {}}};
+  document.ubis[0].record.time_zone = 2;
+  document.ubis[1].record.flags = 0x40;
+  for (OpenUbi& box : document.ubis) box.record.rf_channel = 30;
+  std::vector<NodeRef> rows(2);
+  for (size_t i = 0; i < 2; ++i) rows[i].kind = NodeKind::kUbi, rows[i].index = static_cast<uint32_t>(i);
+  const auto shown = CommonUbis(document, rows);
+  EXPECT_EQ(shown.form.name, "");
+  EXPECT_EQ(shown.form.rf_channel, "30");
+  EXPECT_EQ(shown.form.time_zone, kNoZone);
+  EXPECT_TRUE(shown.Differs(&UbiForm::parental_lock));
+  auto entered = shown;
+  entered.form.rf_channel = "68";
+  entered.form.screen = 2;
+  EXPECT_FALSE(StoreCommon(document, rows, shown, entered));
+  for (const OpenUbi& box : document.ubis) EXPECT_EQ(box.record.rf_channel, 68);
+  EXPECT_TRUE(document.ubis[0].record.flags == 0x20 && document.ubis[1].record.flags == 0x60);
+  EXPECT_TRUE(document.ubis[0].name == "One" && document.ubis[1].name == "Two");
+  EXPECT_TRUE(document.ubis[0].record.time_zone == 2 && document.ubis[1].record.time_zone == 0);
+  entered.form.start_volume = "64";
+  const auto refusal = StoreCommon(document, rows, shown, entered);
+  ASSERT_TRUE(refusal);
+  EXPECT_EQ(refusal->field, kFieldStartVolume);
+  EXPECT_EQ(document.ubis[0].record.start_volume, 0u);
+}
+
 TEST(RandomCommons, DoWhatStoringEachDoes) {
   std::mt19937 random(12);
   Recorder recorder;

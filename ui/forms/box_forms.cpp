@@ -7,6 +7,7 @@
 #include "ui/controls/form.h"
 #include "ui/controls/virtual_list.h"
 #include "ui/editor/change.h"
+#include "ui/forms/common_controls.h"
 #include "ui/forms/record_dialogs.h"
 #include "ui/forms/records_resource.h"
 #include "view/list_filter.h"
@@ -20,7 +21,7 @@ namespace {
 constexpr int kLowestZone = -24, kHighestZone = 28;  // half hours
 constexpr size_t kLanguageCode = 4;                  // bytes before a language's name
 
-// Names of the configuration's languages; numbers for places that it has not.
+// Names of the configuration's languages; numbers for places that it has not. kNoCode chooses none.
 void ShowLanguage(const Form& form, int id, const LanguageBlock& list, uint32_t chosen) {
   std::vector<std::string> names;
   for (const LanguageRecord& record : list.records) {
@@ -28,7 +29,8 @@ void ShowLanguage(const Form& form, int id, const LanguageBlock& list, uint32_t 
     std::copy(record.begin() + kLanguageCode, record.end(), name);
     names.push_back(Utf8FromLatin(NameOf(name)));
   }
-  while (names.size() <= chosen) names.push_back(Format("%d", static_cast<int>(names.size()) + 1));
+  while (chosen != kNoCode && names.size() <= chosen)
+    names.push_back(Format("%d", static_cast<int>(names.size()) + 1));
   form.Fill(id, names, static_cast<int>(chosen));
 }
 
@@ -38,10 +40,11 @@ std::string ZoneText(int half_hours) {
 }
 
 int LowestZone(const UbiForm& shown) {
-  return std::min(kLowestZone, shown.time_zone);
+  return shown.time_zone == kNoZone ? kLowestZone : std::min(kLowestZone, shown.time_zone);
 }
 
-void ShowUbi(const Form& form, const UbiForm& ubi) {
+void ShowUbi(const Form& form, const CommonForm<UbiForm>& common) {
+  const UbiForm& ubi = common.form;
   const ProjectConfig& config = form.app.config;
   form.Limit(IDC_RECORD_NAME, 7);
   form.Limit(IDC_BOX_RF_CHANNEL, 3);
@@ -54,10 +57,10 @@ void ShowUbi(const Form& form, const UbiForm& ubi) {
   std::vector<std::string> zones;
   for (int zone = LowestZone(ubi); zone <= std::max(kHighestZone, ubi.time_zone); ++zone)
     zones.push_back(ZoneText(zone));
-  form.Fill(IDC_BOX_TIME_ZONE, zones, ubi.time_zone - LowestZone(ubi));
-  form.Check(IDC_BOX_SUMMER_TIME, ubi.summer_time);
-  form.Check(IDC_BOX_RF_OUTPUT, ubi.rf_output);
-  form.Check(IDC_BOX_LOCK, ubi.parental_lock);
+  form.Fill(IDC_BOX_TIME_ZONE, zones, ubi.time_zone == kNoZone ? -1 : ubi.time_zone - LowestZone(ubi));
+  ShowFlag(form, IDC_BOX_SUMMER_TIME, common, &UbiForm::summer_time);
+  ShowFlag(form, IDC_BOX_RF_OUTPUT, common, &UbiForm::rf_output);
+  ShowFlag(form, IDC_BOX_LOCK, common, &UbiForm::parental_lock);
   // A code without a name stays until another one is chosen.
   form.Fill(IDC_BOX_STANDARD, {"PAL", "NTSC", "Auto"},
             ubi.tv_standard < 3 ? static_cast<int>(ubi.tv_standard) : -1);
@@ -68,22 +71,24 @@ void ShowUbi(const Form& form, const UbiForm& ubi) {
   form.SetText(IDC_BOX_CODE, ubi.lock_code);
 }
 
-UbiForm TakenUbi(const Form& form, const UbiForm& shown) {
-  UbiForm taken = shown;
+CommonForm<UbiForm> TakenUbi(const Form& form, const UbiForm& shown) {
+  CommonForm<UbiForm> common{shown};
+  UbiForm& taken = common.form;
   taken.name = form.Text(IDC_RECORD_NAME);
   if (form.Choice(IDC_BOX_MENU_LANGUAGE) >= 0) taken.menu_language = form.Code(IDC_BOX_MENU_LANGUAGE);
   if (form.Choice(IDC_BOX_AUDIO_LANGUAGE) >= 0) taken.audio_language = form.Code(IDC_BOX_AUDIO_LANGUAGE);
-  taken.time_zone = form.Choice(IDC_BOX_TIME_ZONE) + LowestZone(shown);
-  taken.summer_time = form.Checked(IDC_BOX_SUMMER_TIME);
-  taken.rf_output = form.Checked(IDC_BOX_RF_OUTPUT);
-  taken.parental_lock = form.Checked(IDC_BOX_LOCK);
+  if (form.Choice(IDC_BOX_TIME_ZONE) >= 0)
+    taken.time_zone = form.Choice(IDC_BOX_TIME_ZONE) + LowestZone(shown);
+  TakeFlag(form, IDC_BOX_SUMMER_TIME, common, &UbiForm::summer_time);
+  TakeFlag(form, IDC_BOX_RF_OUTPUT, common, &UbiForm::rf_output);
+  TakeFlag(form, IDC_BOX_LOCK, common, &UbiForm::parental_lock);
   if (form.Choice(IDC_BOX_STANDARD) >= 0) taken.tv_standard = form.Code(IDC_BOX_STANDARD);
   if (form.Choice(IDC_BOX_SCREEN) >= 0) taken.screen = form.Code(IDC_BOX_SCREEN);
   taken.rf_channel = form.Text(IDC_BOX_RF_CHANNEL);
   taken.start_volume = form.Text(IDC_BOX_VOLUME);
   taken.start_programme = form.Text(IDC_BOX_PROGRAMME);
   taken.lock_code = form.Text(IDC_BOX_CODE);
-  return taken;
+  return common;
 }
 
 int BoxControl(int field) {
@@ -213,15 +218,16 @@ bool EditSdb(EditorWindow& editor, size_t sdb) {
   return RunForm(*editor.app, IDD_EDIT_SDB, actions);
 }
 
-bool EditUserBox(EditorWindow& editor, size_t ubi) {
-  if (ubi >= editor.document.ubis.size()) return false;
-  OpenUbi& open = editor.document.ubis[ubi];
-  const UbiForm shown = UbiFormOf(open, NamesPage(editor.document));
+bool EditUserBoxes(EditorWindow& editor, const std::vector<NodeRef>& rows) {
+  const CommonForm<UbiForm> shown = CommonUbis(editor.document, rows);
   FormActions actions;
-  actions.open = [&](Form& form) { ShowUbi(form, shown); };
+  actions.open = [&](Form& form) {
+    ShowCount(form, rows.size());
+    ShowUbi(form, shown);
+  };
   actions.accept = [&](Form& form) {
     return AcceptBox(editor, form,
-                     [&] { return StoreUbi(TakenUbi(form, shown), open, NamesPage(editor.document)); });
+                     [&] { return StoreCommon(editor.document, rows, shown, TakenUbi(form, shown.form)); });
   };
   return RunForm(*editor.app, IDD_USER_BOX, actions);
 }

@@ -11,16 +11,16 @@
 namespace vexa {
 
 // All nodes are of the window's document as it is, of one kind and one SDB. The dialog of their kind, for all
-// LNBs, satellites, carriers or services at once, of other nodes for the first one; entries of favourites
-// show the service that they name.
+// LNBs, satellites, carriers, services or user box records at once, of other nodes for the first one; entries
+// of favourites show the service that they name.
 bool EditRecords(EditorWindow& editor, const std::vector<NodeRef>& rows);
 // Of that kind of nodes alone.
 bool EditLnbs(EditorWindow& editor, const std::vector<NodeRef>& rows);
 bool EditSatellites(EditorWindow& editor, const std::vector<NodeRef>& rows);
 bool EditCarriers(EditorWindow& editor, const std::vector<NodeRef>& rows);
 bool EditServices(EditorWindow& editor, const std::vector<NodeRef>& rows);
-// Of the user box record and the SDB at that place, from 0.
-bool EditUserBox(EditorWindow& editor, size_t ubi);
+bool EditUserBoxes(EditorWindow& editor, const std::vector<NodeRef>& rows);
+// Of the SDB at that place, from 0.
 bool EditSdb(EditorWindow& editor, size_t sdb);
 // Name and entries of a favourite group; opens with the radio half if asked.
 bool EditFavourites(EditorWindow& editor, const NodeRef& group, bool radio);

@@ -7,6 +7,7 @@
 #include "platform/text.h"
 #include "ui/controls/form.h"
 #include "ui/editor/change.h"
+#include "ui/forms/common_controls.h"
 #include "ui/forms/record_dialogs.h"
 #include "ui/forms/records_resource.h"
 #include "view/common_form.h"
@@ -51,38 +52,6 @@ bool Accept(EditorWindow& editor, const Form& form, const std::function<std::opt
   ChangeDocument(editor, [&] { return !(refusal = store()); });
   if (refusal) form.Refuse(*refusal, RecordControl(refusal->field));
   return !refusal;
-}
-
-// A box of several records: in between when they differ, and so it may stay.
-template <class Values>
-void ShowFlag(const Form& form, int id, const CommonForm<Values>& common, bool Values::*flag,
-              bool turned = false) {
-  if (!common.Differs(flag)) return form.Check(id, common.form.*flag != turned);
-  SendMessageW(form.Control(id), BM_SETSTYLE, BS_AUTO3STATE, TRUE);
-  CheckDlgButton(form.window, id, BST_INDETERMINATE);
-}
-void ShowCode(const Form& form, int id, uint32_t code) {
-  if (code != kNoCode) return form.Check(id, code != 0);
-  SendMessageW(form.Control(id), BM_SETSTYLE, BS_AUTO3STATE, TRUE);
-  CheckDlgButton(form.window, id, BST_INDETERMINATE);
-}
-bool InBetween(const Form& form, int id) {
-  return IsDlgButtonChecked(form.window, id) == BST_INDETERMINATE;
-}
-template <class Values>
-void TakeFlag(const Form& form, int id, CommonForm<Values>& common, bool Values::*flag, bool turned = false) {
-  if (InBetween(form, id))
-    common.differing.push_back(flag);
-  else
-    common.form.*flag = form.Checked(id) != turned;
-}
-uint32_t TakenCode(const Form& form, int id) {
-  return InBetween(form, id) ? kNoCode : uint32_t{form.Checked(id)};
-}
-
-// "Carrier Information - 3 records"
-void ShowCount(const Form& form, size_t records) {
-  if (records > 1) SetText(form.window, WindowText(form.window) + Format(" - %zu records", records));
 }
 
 void ShowSelection(const Form& form, uint32_t switch_type, uint32_t selection) {
@@ -323,7 +292,7 @@ bool EditRecords(EditorWindow& editor, const std::vector<NodeRef>& rows) {
     case NodeKind::kSdb:
       return EditSdb(editor, node.sdb);
     case NodeKind::kUbi:
-      return EditUserBox(editor, node.index);
+      return EditUserBoxes(editor, rows);
     default:
       return false;
   }
