@@ -246,6 +246,10 @@ TEST_F(Forms, EveryDefaultIsKeptAndUsed) {
     ASSERT_TRUE(driver_->SelectItem(node));
     driver_->Command(kCmdAdd);
   }
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites", "[ 1 ] Satellite1", "[ 1 ] Carrier1"}));
+  const RECT row = driver_->RowPlace(List(), 0);
+  driver_->Click(List(), {(row.left + row.right) / 2, (row.top + row.bottom) / 2});
+  driver_->Command(kCmdInsert);
   // Its satellite's LNB has not been added, and judges it all the same.
   Edit({"SDB1", "Satellites", "[ 1 ] Satellite1", "[ 1 ] Carrier1"}, {});
   const Document read = Save();
@@ -254,7 +258,11 @@ TEST_F(Forms, EveryDefaultIsKeptAndUsed) {
   EXPECT_EQ(FieldsOf(database.lnbs[15]), FieldsOf(database.lnbs[0])) << "unused places, too";
   EXPECT_EQ(FieldsOf(database.satellites.at(0)->record), (Fields{3, 6, 0, 1, 125}));
   EXPECT_EQ(FieldsOf(database.carriers.at(0)->record), (Fields{4111, 22222, 3, 2, 0}));
-  EXPECT_EQ(FieldsOf(database.services.at(0)->record), (Fields{1, 101, 102, 103, kTv, 0}));
+  ASSERT_EQ(database.services.size(), 2u);
+  for (const Service* service : database.services) {
+    const uint32_t number = service == database.services[0] ? 2 : 1;
+    EXPECT_EQ(FieldsOf(service->record), (Fields{number, 101, 102, 103, kTv, 0}));
+  }
   // This format says nothing of a satellite's LNB; its carriers are bare but for what the list says.
   const Path list = recorder_.context.temporary_folder / "list.sdx";
   PutFile(list, BytesOf(SdxList(std::vector<SdxRecord>(1), true)));
