@@ -94,7 +94,8 @@ void TakeCachedPids(std::string_view text, ListedService& service) {
   for (std::string_view piece : SplitText(text, ',')) {
     piece = Trimmed(piece);
     if (piece.starts_with("C:")) service.free = false;
-    if (!piece.starts_with("c:") || piece.size() != 8) continue;
+    // Some write the PID with its leading zeros, some without.
+    if (!piece.starts_with("c:") || piece.size() < 5 || piece.size() > 8) continue;
     const auto pid = WholeNumber(piece.substr(4), 16);
     const std::string_view kind = piece.substr(2, 2);
     auto* place = kind == "00" ? &video : kind == "01" ? &audio : kind == "03" ? &pcr : &ac3;

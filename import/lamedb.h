@@ -21,9 +21,9 @@
 //   SYSTEM                       0 or none DVB-S, others DVB-S2
 //   s; t, c and others           the delivery system: satellite; terrestrial, cable and so on
 //   TYPE                         decimal: 1 17 22 25 28 31 32 television, 2 7 10 radio
-//   c:KKPPPP                     a PID in hexadecimal: kind 00 video, 01 audio, 03 PCR, 04 AC3, taken when
-//   there
-//                                is no other sound; other kinds do not count
+//   c:KKPPPP                     a PID in hexadecimal, of one to four digits: kind 00 video, 01 audio, 03
+//   PCR,
+//                                04 AC3, taken when there is no other sound; other kinds do not count
 //   C:CAID                       any number: the service is scrambled
 //
 // Lines behind the last "end" do not count. Satellites are named by their position.

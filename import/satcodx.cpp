@@ -224,6 +224,18 @@ WorkCarrier Carrier105(Record record, const WorkCarrier& from) {
   return carrier;
 }
 
+std::string ServiceName105(Record record) {
+  return PlainName105(Text<kServiceName>(record), record.substr(kNameRest105.offset));
+}
+
+// All names, by which UTF-8 is told from single bytes: the fields of a record may part a character.
+std::string Names105(const std::vector<Record>& records) {
+  std::string names;
+  for (const Record record : records)
+    names += PlainName105(Text<kSatelliteNameA>(record), {}) + '\n' + ServiceName105(record) + '\n';
+  return names;
+}
+
 // Records that name no transponder, and services that are neither television nor radio, are left out.
 void Read105(const std::vector<Record>& records, const DefaultRecords& defaults, WorkRecords& work,
              const Progress& progress, const NameConverter& names, ListLosses& losses) {
@@ -241,7 +253,7 @@ void Read105(const std::vector<Record>& records, const DefaultRecords& defaults,
     const char type = record[kType];
     if (type != 'T' && type != 'R') continue;
     WorkService service = NewWorkService(defaults);
-    const std::string name = PlainName105(Text<kServiceName>(record), record.substr(kNameRest105.offset));
+    const std::string name = ServiceName105(record);
     lacking = 0;
     SetListName(service.name, names.Converted(name, lacking));
     service.type = type == 'T' ? kTv : kRadio;
@@ -323,14 +335,19 @@ void ReadSatcodx(std::span<const uint8_t> list, const DefaultRecords& defaults, 
   work = {};
   ListLosses own;
   ListLosses& losses = list_losses ? *list_losses : own;
-  const NameConverter names(list, pages);
+  losses.page = DatabasePage(pages).name;
   const std::string_view text = RecordText(list, options);
   if (text.size() < kSatcodxReadLength) return;
   const bool is_105 = Is105(text, options);
   const std::vector<Record> records = RecordsOf(text, options, SatcodxRecordLength(list, options),
                                                 is_105 ? kNominalLength105 : kSatcodxReadLength);
-  if (is_105) return Read105(records, defaults, work, progress, names, losses);
+  if (is_105) {
+    const std::string all = Names105(records);
+    const NameConverter names_105({reinterpret_cast<const uint8_t*>(all.data()), all.size()}, pages);
+    return Read105(records, defaults, work, progress, names_105, losses);
+  }
   if (records.empty()) return;
+  const NameConverter names(list, pages);
   const std::string_view version = Text<kVersion>(text);
   Reader reader(work, defaults, names, &losses);
   reader.layout_a = version == "02" || version == "03";

@@ -103,7 +103,7 @@ TEST(PublishedLists, Lamedb) {
             "1:1:1\n\ts 12000000:27500000:3:9:-8:2:0:1:2:0:2\n/\n2:1:1\n\tt 498000000:0\n/\n3:1:1\n\ts "
             "12000500:1:2:5:3592:2\n/\nend\nservices\n"
             "1B2:00C00000:3ea:1:25:0\n\xC2\x86"
-            "A\xC2\x87 B\np:P,c:000faa,c:010FAB,c:030002,c:0400ff,C:0000,f:4\n"
+            "A\xC2\x87 B\np:P,c:00faa,c:010FAB,c:032,c:0400ff,C:0000,f:4\n"
             "1b3:c00000:03ea:0001:10:0:0\n\np:,c:040123,c:7f0001\n"
             "5:3:1:1:31:0\nend\nf:1\n6:1:1:1:1:0\nS2\np:\n7:2:1:1:1:0\nT\np:\n8:9:1:1:1:0\nNo carrier\np:\n"
             "9:3:1:1:3:0\nData\np:\nend\nrest:\n",

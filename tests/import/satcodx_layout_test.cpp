@@ -107,6 +107,19 @@ TEST(SatcodxLayout, TelevisionListsInEveryDress) {
   EXPECT_EQ(LayoutOutline(Read(records[0].substr(0, 126), SatcodxLayout::kAuto)), "");
 }
 
+// A record's fields may part a character of UTF-8.
+TEST(SatcodxLayout, NamesOfUtf8AreConverted) {
+  const std::string list = Text105({.name = "ABCDEFG\xC3", .id = "00001"}, "\xBC Radio") +
+                           Text105({.name = "\xC3\xBC \xC5\x81___", .id = "00002"});
+  WorkRecords work;
+  ListLosses losses;
+  ReadSatcodx(BytesOf(list), {}, work, {}, {SatcodxLayout::k105, 0}, {FindCodePage("Windows-1252"), nullptr},
+              &losses);
+  EXPECT_EQ(Names(work.services), "ABCDEFG\xFC Radio|\xFC ?");
+  EXPECT_EQ(losses.lacking, 1u);
+  EXPECT_EQ(losses.page, "Windows-1252");
+}
+
 TEST(SatcodxLayout, OneDigitOfFec) {
   const char digits[] = "0123456789_ ";
   const uint32_t codes[] = {0, 1, 2, 3, 0, 4, 0, 5, 0, 0, 0, 0};
