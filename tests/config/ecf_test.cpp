@@ -241,18 +241,6 @@ TEST_F(EcfTest, OffsetsMustMoveForwardWhenSomethingIsReadThroughThem) {
   }
 }
 
-TEST_F(EcfTest, EveryCutIsAMessageAndKeepsTheConfiguration) {
-  const Bytes whole =
-      MakeEcf({{1, {{.first_records = 1, .second_records = 1, .configurations = {FullConfiguration("x")}}}}});
-  for (size_t size = 24; size < whole.size(); ++size) {
-    config = {};
-    EXPECT_FALSE(Load(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)))) << size;
-    EXPECT_EQ(recorder.Texts(), Texts{kDamaged}) << size;
-    EXPECT_TRUE(config.product_name.empty());
-  }
-  EXPECT_TRUE(Load(whole));
-}
-
 TEST_F(EcfTest, MemoryThatRunsOutIsAMessageAndKeepsTheConfiguration) {
   PutFile(path, FullFile());
   config.manufacturer_index = config.product_index = config.configuration_index = 1;

@@ -308,17 +308,6 @@ TEST(BinRead, PlainSizesAreNotLookedAt) {
   EXPECT_TRUE(Open(Set(file, 24 + 7, 0)).good);
 }
 
-TEST(BinRead, EveryCutOfEveryKindIsRefusedOrWhole) {
-  for (const bool packed : {false, true}) {
-    const Bytes whole = packed ? PackedContainer(true, true) : SampleStream().Join();
-    for (size_t size = 0; size < whole.size(); ++size) {
-      const Opened opened = Open(Cut(whole, size));
-      ASSERT_EQ(opened.shown.size(), opened.good ? 0u : 1u) << "cut at " << size;
-      ASSERT_EQ(opened.document.sdbs.size(), opened.good ? 1u : 0u) << "cut at " << size;
-    }
-  }
-}
-
 TEST(BinRead, GoodSdbsBeforeADamagedOneStay) {
   PlainContainer container = SampleContainer();
   for (const char* name : {"Two", "Three"}) container.sdbs.push_back({name, SampleStream().Join()});

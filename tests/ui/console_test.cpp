@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <iterator>
 #include <memory>
@@ -14,6 +13,7 @@
 #include "image/urt.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
+#include "tests/ui/test_key.h"
 #include "ui/controls/windows_api.h"
 #include "ui/frame/test_mode.h"
 #include "ui/line/console_resource.h"
@@ -63,7 +63,6 @@ class ConsoleUi : public testing::Test {
   }
   std::string Told(const std::string& title, int button) {
     HWND box = editor_->WaitForBox(title);
-    if (!box) return "";
     const std::string text = editor_->MessageText(box);
     editor_->Press(box, button);
     return text;
@@ -115,18 +114,6 @@ TEST_F(ConsoleUi, OpensOnceWithItsMenuPanelAndLog) {
   ExpectCleanEnd();
 }
 
-TEST_F(ConsoleUi, EmptyLogCannotBeSavedAndTheFrameClosesWithoutQuestion) {
-  Start();
-  editor_->Command(kCmdSave);  // the key of both
-  EXPECT_EQ(Told(kTitle, IDOK), "No data in the buffer to save log file");
-  editor_->Command(kCmdConsoleClear);
-  editor_->Command(kCmdConsoleSaveLog);
-  EXPECT_EQ(Told(kTitle, IDOK), "No data in the buffer to save log file");
-  Type("unsent\r");
-  EXPECT_EQ(Log(), "");
-  ExpectCleanEnd();  // not connected
-}
-
 TEST_F(ConsoleUi, CommandLineComesAndGoesAndTheLogKeepsItsHeight) {
   Start();
   HWND line = GetDlgItem(console_, IDC_CONSOLE_LINE), log = GetDlgItem(console_, IDC_CONSOLE_LOG);
@@ -160,7 +147,6 @@ TEST_F(ConsoleUi, OptionsAreTickedAndAMissingTextIsTold) {
   EXPECT_FALSE(Item(kCmdConsoleSendCr).checked);
   editor_->Command(kCmdFind);  // the key of both
   HWND dialog = editor_->WaitForBox("Find in Log");
-  ASSERT_NE(dialog, nullptr);
   Send(GetDlgItem(dialog, IDC_CONSOLE_FIND_TEXT), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(L"absent"));
   PostMessageW(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
   EXPECT_EQ(Told(kTitle, IDOK), "\"absent\" is not in the log.");
@@ -241,9 +227,9 @@ TEST_F(ConsoleUi, SelectedPartsOfTheLogAreCopied) {
 }
 
 TEST_F(ConsoleUi, OptionsComeBackInALaterRun) {
-  const std::wstring name = L"options-" + std::to_wstring(GetCurrentProcessId());
+  const TestKey key;
   for (const bool second : {false, true}) {
-    Start(L"--test-mode=" + name);
+    Start(key.mode);
     for (const unsigned id :
          {kCmdConsoleHexadecimalView, kCmdConsoleTimeStamps, kCmdConsoleReconnect, kCmdConsoleSendCrLf}) {
       EXPECT_EQ(Item(id).checked, second) << id;
@@ -253,7 +239,6 @@ TEST_F(ConsoleUi, OptionsComeBackInALaterRun) {
     ExpectCleanEnd();
     editor_.reset();
   }
-  RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\VexaEditorTests\\" + name).c_str());
 }
 
 TEST_F(ConsoleUi, OpensAtItsPlaceAndGivesTheDatabaseWindowsTheirSizeBack) {
@@ -284,23 +269,6 @@ TEST_F(ConsoleUi, OpensAtItsPlaceAndGivesTheDatabaseWindowsTheirSizeBack) {
     editor_->Command(kCmdClose);
   }
   ExpectCleanEnd();
-}
-
-TEST_F(ConsoleUi, PortThatIsNotThereIsToldOnce) {
-  const std::wstring name = L"console-" + std::to_wstring(GetCurrentProcessId());
-  const std::wstring root = L"Software\\VexaEditorTests\\" + name;
-  const std::wstring key = root + L"\\" + Wide(SettingsKey(kPortSettingsKey));
-  const wchar_t port[] = L"COM99";
-  RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"Port", REG_SZ, port, sizeof port);
-  Start(L"--test-mode=" + name);
-  EXPECT_THAT(Panel(IDC_CONSOLE_PORT), HasSubstr("COM99 "));
-  editor_->Command(kCmdConnect);
-  EXPECT_EQ(Told("Serial Comm lib", IDOK), "Port is not available.");
-  EXPECT_TRUE(editor_->Answers());
-  EXPECT_EQ(editor_->FindBox(), nullptr);
-  EXPECT_EQ(Panel(IDC_CONSOLE_STATE), "Disconnected");
-  ExpectCleanEnd();
-  RegDeleteTreeW(HKEY_CURRENT_USER, root.c_str());
 }
 
 // --- against the simulated receiver ---

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <sstream>
+#include <stdexcept>
 
 #include "core/messages.h"
 #include "ui/controls/application.h"
@@ -173,8 +174,14 @@ HWND EditorDriver::FindBox(const std::string& title) {
 
 HWND EditorDriver::WaitForBox(const std::string& title) {
   HWND box = nullptr;
-  Until("a box \"" + title + "\"", [&] { return (box = FindBox(title)) != nullptr; });
+  if (!Until("a box \"" + title + "\"", [&] { return (box = FindBox(title)) != nullptr; }))
+    throw std::runtime_error("no box \"" + title + "\"");
   return box;
+}
+
+HWND EditorDriver::Open(unsigned command, const std::string& title) {
+  Command(command);
+  return WaitForBox(title);
 }
 
 std::string EditorDriver::MessageText(HWND box) {
@@ -207,7 +214,6 @@ void EditorDriver::Press(HWND box, int button) {
 
 std::string EditorDriver::Answer(int button) {
   HWND box = WaitForBox();
-  if (!box) return "";
   const std::string text = MessageText(box);
   detail_ = MessageDetail(box);
   Press(box, button);
@@ -220,7 +226,6 @@ void EditorDriver::DeclineCompletion() {
 
 void EditorDriver::ChooseFile(const std::string& title, const Path& path) {
   HWND dialog = WaitForBox(title);
-  if (!dialog) return;
   constexpr int kEdit = 0x480, kCombo = 0x47C;  // the name's control: plain, or in a list of earlier names
   HWND edit = nullptr;
   Until("the name's control", [&] {

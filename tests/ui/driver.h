@@ -2,6 +2,7 @@
 // does not answer fails the test, and the program is ended with the object.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <windows.h>
 // After windows.h.
 #include <commctrl.h>
@@ -53,8 +54,9 @@ class EditorDriver {
   std::string Title(HWND window);
   Path TemporaryFolder() const;
 
-  // A dialog or message box of the program, once it shows; nullptr after a failure.
+  // A dialog or message box of the program, once it shows; without one the test ends.
   HWND WaitForBox(const std::string& title = "");
+  HWND Open(unsigned command, const std::string& title = "");  // the box that a command shows
   HWND FindBox(const std::string& title = "");
   std::string BoxText(HWND box);  // texts of its labels, joined by '\n'
   // The two parts of a message box's text, with an empty line between them: what is told, and about what and
@@ -131,6 +133,13 @@ class EditorDriver {
 
 // The editor beside the running program.
 Path EditorProgram();
+// The editor, once its frame shows.
+struct RunningEditor : EditorDriver {
+  explicit RunningEditor(std::vector<std::wstring> arguments = {L"--test-mode"})
+      : EditorDriver(EditorProgram(), std::move(arguments)) {
+    EXPECT_TRUE(WaitForFrame());
+  }
+};
 // Closes the editor: it ends with status 0 and takes its temporary folder with it.
 void ExpectCleanEnd(EditorDriver& editor);
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -78,21 +79,25 @@ class EditorTest : public testing::Test {
   // The dialog or message box that stands over `dialog`.
   HWND BoxOver(HWND dialog) {
     HWND box = nullptr;
-    driver_->Until("a box over the dialog", [&] {
+    const bool there = driver_->Until("a box over the dialog", [&] {
       for (box = nullptr; (box = FindWindowExW(nullptr, box, L"#32770", nullptr)) != nullptr;) {
         if (GetWindow(box, GW_OWNER) == dialog && IsWindowVisible(box)) return true;
       }
       return false;
     });
+    if (!there) throw std::runtime_error("no box over the dialog");
     return box;
   }
   // Answers a message over `dialog`; its text.
   std::string AnswerOver(HWND dialog, int button = IDOK) {
     HWND box = BoxOver(dialog);
-    if (!box) return "";
     const std::string text = driver_->MessageText(box);
     driver_->Press(box, button);
     return text;
+  }
+  HWND Tree() { return FindWindowExW(driver_->ActiveChild(), nullptr, WC_TREEVIEWW, nullptr); }
+  static POINT Middle(const RECT& place) {
+    return {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
   }
   HWND List() { return FindWindowExW(driver_->ActiveChild(), nullptr, WC_LISTVIEWW, nullptr); }
   int SelectedRow() {

@@ -62,9 +62,7 @@ class Forms : public EditorTest {
   }
   // Opens the dialog of the command, sets it and takes it.
   void Take(unsigned command, const Settings& settings) {
-    driver_->Command(command);
-    HWND box = driver_->WaitForBox();
-    ASSERT_NE(box, nullptr);
+    HWND box = driver_->Open(command);
     Set(box, settings);
     driver_->Press(box, IDOK);
     ASSERT_TRUE(driver_->HasCaughtUp());
@@ -234,8 +232,7 @@ TEST_F(Forms, EveryDefaultIsKeptAndUsed) {
                              {IDC_DEFAULTS_SERVICE_PCR, "103"}};
   Start();
   Take(kCmdDefaultValues, settings);
-  driver_->Command(kCmdDefaultValues);
-  HWND box = driver_->WaitForBox();
+  HWND box = driver_->Open(kCmdDefaultValues);
   Expect(box, settings);
   driver_->Press(box, IDCANCEL);
   driver_->Command(kCmdNew);
@@ -285,8 +282,7 @@ TEST_F(Forms, EverySettingIsKept) {
                              {IDC_SETTINGS_PARITY, "1"},      {IDC_SETTINGS_STOP_BITS, "2"}};
   Start();
   Take(kCmdSettings, settings);
-  driver_->Command(kCmdSettings);
-  HWND box = driver_->WaitForBox();
+  HWND box = driver_->Open(kCmdSettings);
   Expect(box, settings);
   driver_->Press(box, IDCANCEL);
   End();
@@ -349,10 +345,8 @@ class Choices : public Forms {
 TEST_F(Choices, ServicesMoveToTheCarrierThatWasChosen) {
   SelectRows(first_, {0, 2});
   HWND box = OpenHere(kCmdMove);
-  ASSERT_NE(box, nullptr);
   Push(box, IDC_MOVE_SERVICE_CHANGE);
   HWND carriers = BoxOver(box);
-  ASSERT_NE(carriers, nullptr);
   driver_->GoTo(GetDlgItem(carriers, IDC_CARRIERS_LIST), 1);
   driver_->Press(carriers, IDOK);
   EXPECT_TRUE(
@@ -367,7 +361,6 @@ TEST_F(Choices, ServicesMoveToTheCarrierThatWasChosen) {
 
 TEST_F(Choices, BothHalvesOfAGroupAreStored) {
   HWND box = Open(kCmdEdit, tv_);
-  ASSERT_NE(box, nullptr);
   HWND list = GetDlgItem(box, IDC_FAVOURITES_LIST);
   Type(box, IDC_RECORD_NAME, "Films");
   driver_->Tick(list, 1);
@@ -391,7 +384,6 @@ TEST_F(Choices, BothHalvesOfAGroupAreStored) {
 
 TEST_F(Choices, ThePartsThatAreTickedAreSaved) {
   HWND box = Open(kCmdSaveParts, {"SDB1"});
-  ASSERT_NE(box, nullptr);
   HWND list = GetDlgItem(box, IDC_PARTS_LIST);
   for (const int row : {0, 2}) driver_->Tick(list, row);
   Push(box, IDOK);
@@ -410,7 +402,6 @@ TEST_F(Choices, ThePartsThatAreTickedAreSaved) {
 TEST_F(Choices, EachKindIsSortedInItsOwnWay) {
   const Labels others = ListOf({"Two", "Satellites"});
   HWND box = Open(kCmdSort, {"SDB1"});
-  ASSERT_NE(box, nullptr);
   Settings settings;
   for (const int kind : {IDC_SORT_SATELLITES, IDC_SORT_CARRIERS, IDC_SORT_SERVICES}) {
     for (int key = 0; key < 3; ++key) settings.push_back({kind + key, key == 0 ? "1" : "0"});
@@ -457,8 +448,7 @@ TEST_F(Forms, EverySavedFileHoldsTheWindowsVersion) {
   expect("Save As", FileOf(kCmdSaveAs, "Save"));
   expect("SDB", FileOf(kCmdSaveSdb, "Save selected SDB as"));
   expect("satellites", FileOf(kCmdSaveSatellites, "Save selected Satellite(s) as"));
-  driver_->Command(kCmdSort);
-  HWND box = driver_->WaitForBox();
+  HWND box = driver_->Open(kCmdSort);
   Send(GetDlgItem(box, IDC_SORT_SEPARATE), BM_CLICK);
   std::filesystem::remove(Saved());
   Push(box, IDOK);

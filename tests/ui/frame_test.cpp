@@ -7,15 +7,14 @@
 #include <set>
 #include <sstream>
 
-#include "config/settings.h"
 #include "core/bin_file.h"
 #include "core/messages.h"
 #include "core/out_of_memory.h"
 #include "import/text_export.h"
-#include "tests/support/access_key.h"
-#include "tests/support/list_maker.h"
+#include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
+#include "tests/ui/test_key.h"
 #include "ui/controls/windows_api.h"
 #include "ui/frame/test_mode.h"
 #include "view/command_table.h"
@@ -24,31 +23,9 @@ namespace vexa {
 
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::IsSupersetOf;
-
-template <class Record>
-void Named(Record& record, const std::string& name) {
-  SetName(record.record.name, name);
-}
-
-void AddServices(StaticDatabase& database, Carrier* carrier, int count) {
-  for (int i = 0; i < count; ++i) {
-    Service* service = database.service_pool.Take();
-    Named(*service, Format("Service %d", i + 1));
-    service->record.type = i % 2 == 0 ? kTv : kRadio;
-    service->record.video_pid = 255;
-    service->record.program_number = static_cast<uint16_t>(i + 1);
-    service->carrier = carrier;
-    service->carrier_position = static_cast<uint16_t>(carrier->satellite->carriers.size() - 1);
-    carrier->services.push_back(service);
-    database.services.push_back(service);
-    database.service_order.push_back(service);
-  }
-  carrier->record.service_count = static_cast<uint16_t>(count);
-}
 
 // One LNB, a satellite "Test Sat" with `carriers` carriers, each with `services` services, TV and radio by
 // turns.
@@ -56,21 +33,20 @@ Document SampleDocument(int carriers, int services) {
   Document document = NewDocument();
   StaticDatabase& database = *document.sdbs[0].database;
   database.lnb_count = 1;
-  Satellite* satellite = database.satellite_pool.Take();
-  Named(*satellite, "Test Sat");
-  satellite->record.east = 1;
-  satellite->record.angle = 192;
-  database.satellites.push_back(satellite);
+  SatelliteRecord& satellite = AddTestSatellite(database, "Test Sat")->record;
+  satellite.east = 1;
+  satellite.angle = 192;
   for (int i = 0; i < carriers; ++i) {
-    Carrier* carrier = database.carrier_pool.Take();
-    Named(*carrier, Format("Carrier %d", i + 1));
-    carrier->record.frequency = static_cast<uint32_t>(10700 + i);
-    carrier->satellite = satellite;
-    satellite->carriers.push_back(carrier);
-    database.carriers.push_back(carrier);
-    AddServices(database, carrier, services);
+    Carrier* carrier = AddTestCarrier(database, 0);
+    SetName(carrier->record.name, Format("Carrier %d", i + 1));
+    for (int k = 0; k < services; ++k) {
+      ServiceRecord& service = AddTestService(database, carrier)->record;
+      SetName(service.name, Format("Service %d", k + 1));
+      service.type = k % 2 == 0 ? kTv : kRadio;
+      service.video_pid = 255;
+      service.program_number = static_cast<uint16_t>(k + 1);
+    }
   }
-  satellite->record.carrier_count = static_cast<uint16_t>(carriers);
   return document;
 }
 
@@ -84,28 +60,28 @@ class Frame : public testing::Test {
     return path;
   }
   Path Folder() { return recorder_.context.temporary_folder; }
+  // The editor, with the file's window if there is a file.
+  EditorDriver& Start(const Path& file = {}) {
+    std::vector<std::wstring> arguments = {L"--test-mode"};
+    if (!file.empty()) arguments.push_back(file.native());
+    editor_ = std::make_unique<EditorDriver>(EditorProgram(), arguments);
+    EXPECT_TRUE(editor_->WaitForFrame());
+    if (!file.empty()) editor_->Until("the database window", [&] { return editor_->Children().size() == 1; });
+    return *editor_;
+  }
 
   Recorder recorder_;
+  std::unique_ptr<EditorDriver> editor_;
 };
 
 // Closes without a question and ends with 0.
 TEST_F(Frame, StartsMaximisedWithItsTitleAndFolder) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  EditorDriver& editor = Start();
   EXPECT_EQ(editor.Title(editor.frame()), "Vexa Editor " VEXA_VERSION);
   EXPECT_TRUE(editor.Until("the maximised frame", [&] { return IsZoomed(editor.frame()) != 0; }));
   EXPECT_TRUE(std::filesystem::is_directory(editor.TemporaryFolder()));
   EXPECT_THAT(editor.Children(), IsEmpty());
   ExpectCleanEnd(editor);
-}
-
-TEST_F(Frame, TwoFramesHaveFoldersOfTheirOwn) {
-  EditorDriver first(EditorProgram()), second(EditorProgram());
-  ASSERT_TRUE(first.WaitForFrame() && second.WaitForFrame());
-  EXPECT_NE(first.TemporaryFolder(), second.TemporaryFolder());
-  ExpectCleanEnd(first);
-  EXPECT_TRUE(std::filesystem::is_directory(second.TemporaryFolder()));
-  ExpectCleanEnd(second);
 }
 
 TEST_F(Frame, AKilledProgramsFolderGoesAtALaterStartAndARunningOnesStays) {
@@ -125,11 +101,8 @@ TEST_F(Frame, AKilledProgramsFolderGoesAtALaterStartAndARunningOnesStays) {
 }
 
 TEST_F(Frame, AboutNamesTheProgram) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
-  editor.Command(kCmdAbout);
-  HWND box = editor.WaitForBox("About software");
-  ASSERT_NE(box, nullptr);
+  EditorDriver& editor = Start();
+  HWND box = editor.Open(kCmdAbout, "About software");
   const std::string text = editor.BoxText(box);
   for (const char* part : {"Project ID - VEXA", "Version - 1.0.0", "Build Date - ", "Build Time - "}) {
     EXPECT_THAT(text, HasSubstr(part));
@@ -139,8 +112,7 @@ TEST_F(Frame, AboutNamesTheProgram) {
 }
 
 TEST_F(Frame, NewDatabaseIsEmptyAndClosesWithoutQuestion) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  EditorDriver& editor = Start();
   editor.Command(kCmdNew);
   ASSERT_EQ(editor.Children().size(), 1u);
   const auto tree = editor.Tree(true);
@@ -156,8 +128,7 @@ TEST_F(Frame, NewDatabaseIsEmptyAndClosesWithoutQuestion) {
 }
 
 TEST_F(Frame, EachCommandOfTheTableHasOneFunction) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  EditorDriver& editor = Start();
   editor.Lose(kListFunctions);
   const auto text = ReadWholeFile(editor.TemporaryFolder() / "functions.txt");
   ASSERT_TRUE(text);
@@ -170,8 +141,7 @@ TEST_F(Frame, EachCommandOfTheTableHasOneFunction) {
 
 TEST_F(Frame, OpenShowsTreeListAndDetails) {
   const Path path = PutSample("sample.bin");
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  EditorDriver& editor = Start();
   editor.Command(kCmdOpen);
   editor.ChooseFile("Open", path);
   ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
@@ -198,13 +168,9 @@ TEST_F(Frame, FileOfTheCommandLineIsOpenedAndDescribed) {
       "von \xC3\xBC"
       "ber.bin",
       1, 2);
-  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
-  ASSERT_TRUE(editor.WaitForFrame());
-  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  EditorDriver& editor = Start(path);
   EXPECT_EQ(editor.Title(editor.Children()[0]), Utf8FromPath(path));
-  editor.Command(kCmdSdbInformation);
-  HWND box = editor.WaitForBox("Bin file information");
-  ASSERT_NE(box, nullptr);
+  HWND box = editor.Open(kCmdSdbInformation, "Bin file information");
   EXPECT_THAT(editor.BoxText(box), HasSubstr("\nSDB1    No \t016\t085\t001\t002\t"));
   editor.Press(box, IDOK);
   ExpectCleanEnd(editor);
@@ -213,8 +179,7 @@ TEST_F(Frame, FileOfTheCommandLineIsOpenedAndDescribed) {
 TEST_F(Frame, DamagedFileOpensNoWindow) {
   const Path path = Folder() / "damaged.bin";
   PutFile(path, BytesOf("Qz, too short"));
-  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
-  ASSERT_TRUE(editor.WaitForFrame());
+  RunningEditor editor({L"--test-mode", path.native()});
   EXPECT_EQ(editor.Answer(IDOK), "Invalid or unknown file format.");
   EXPECT_THAT(editor.detail(), testing::StartsWith(Utf8FromPath(path) + ": "));
   EXPECT_THAT(editor.Children(), IsEmpty());
@@ -223,9 +188,7 @@ TEST_F(Frame, DamagedFileOpensNoWindow) {
 
 TEST_F(Frame, SaveAsWritesTheDatabaseAndUnsavedChangesAsk) {
   const Path path = PutSample("sample.bin"), copy = Folder() / "copy.bin";
-  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
-  ASSERT_TRUE(editor.WaitForFrame());
-  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  EditorDriver& editor = Start(path);
   editor.Command(kCmdSaveAs);
   editor.ChooseFile("Save", copy);
   ASSERT_TRUE(editor.Until("the copy", [&] { return std::filesystem::exists(copy); }));
@@ -251,9 +214,7 @@ TEST_F(Frame, SaveAsWritesTheDatabaseAndUnsavedChangesAsk) {
 TEST_F(Frame, AFileOfAnotherWindowIsNotSavedOver) {
   const Path path = PutSample("sample.bin"), other = Folder() / "other.bin";
   std::filesystem::copy_file(path, other);
-  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
-  ASSERT_TRUE(editor.WaitForFrame());
-  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  EditorDriver& editor = Start(path);
   editor.DropFiles({other});
   ASSERT_TRUE(editor.Until("the second window", [&] { return editor.Children().size() == 2; }));
   editor.Command(kCmdCompressBin);
@@ -274,9 +235,7 @@ TEST_F(Frame, PathsMayBeLong) {
   std::filesystem::create_directories(folder);
   const Path path = folder / "long.bin";
   std::filesystem::copy_file(PutSample("sample.bin"), path);
-  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
-  ASSERT_TRUE(editor.WaitForFrame());
-  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  EditorDriver& editor = Start(path);
   const auto before = std::filesystem::file_size(path);
   editor.Command(kCmdCompressBin);
   editor.Command(kCmdSave);
@@ -292,18 +251,6 @@ TEST_F(Frame, PathsMayBeLong) {
   ExpectCleanEnd(editor);
 }
 
-TEST_F(Frame, SavingAnEmptyDatabaseIsRefused) {
-  const Path path = Folder() / "never.bin";
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
-  editor.Command(kCmdNew);
-  editor.Command(kCmdSave);
-  editor.ChooseFile("Save", path);
-  EXPECT_EQ(editor.Answer(IDOK), "Add atleast one LNB and Satellite to save as a bin");
-  EXPECT_FALSE(std::filesystem::exists(path));
-  ExpectCleanEnd(editor);
-}
-
 std::map<unsigned, MenuLine> ById(const std::vector<MenuLine>& lines) {
   std::map<unsigned, MenuLine> items;
   for (const MenuLine& line : lines) {
@@ -313,8 +260,7 @@ std::map<unsigned, MenuLine> ById(const std::vector<MenuLine>& lines) {
 }
 
 TEST_F(Frame, MenusFollowTheActiveWindow) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  EditorDriver& editor = Start();
   auto items = ById(editor.Menus());
   EXPECT_FALSE(items.contains(kCmdSave)) << "no database, no such item";
   EXPECT_FALSE(items.at(kCmdNew).greyed);
@@ -337,33 +283,6 @@ TEST_F(Frame, MenusFollowTheActiveWindow) {
   ExpectCleanEnd(editor);
 }
 
-// Items whose text is fixed and meets another one's key.
-void ExpectNoDoubledKeys(const std::vector<MenuLine>& lines) {
-  std::vector<std::set<char>> used(1);
-  for (const MenuLine& line : lines) {
-    const auto depth = static_cast<size_t>(line.depth);
-    used.resize(std::min(used.size(), depth + 1));
-    while (used.size() <= depth) used.emplace_back();
-    const char key = AccessKey(line.text);
-    if (key && line.id != kCmdMergeSdb) {
-      EXPECT_TRUE(used[depth].insert(key).second) << line.text;
-    }
-  }
-}
-
-TEST_F(Frame, NoMenuHasAnAccessKeyTwice) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
-  const auto frame_lines = editor.Menus();
-  EXPECT_GT(frame_lines.size(), 20u);
-  ExpectNoDoubledKeys(frame_lines);
-  editor.Command(kCmdNew);
-  const auto editor_lines = editor.Menus();
-  EXPECT_GT(editor_lines.size(), frame_lines.size());
-  ExpectNoDoubledKeys(editor_lines);
-  ExpectCleanEnd(editor);
-}
-
 TEST_F(Frame, WithoutConfigurationTheUserChoosesOrTheProgramEnds) {
   const Path lonely = Folder() / "lonely";
   std::filesystem::create_directory(lonely);
@@ -376,7 +295,6 @@ TEST_F(Frame, WithoutConfigurationTheUserChoosesOrTheProgramEnds) {
   editor.ChooseFile("Open a Configuration File", wrong);
   EXPECT_EQ(editor.Answer(IDOK), "Invalid Configuration file.");
   HWND dialog = editor.WaitForBox("Open a Configuration File");
-  ASSERT_NE(dialog, nullptr);
   editor.Press(dialog, IDCANCEL);
   EXPECT_TRUE(editor.ExitCode().has_value()) << "the program must end";
 }
@@ -409,9 +327,7 @@ TEST_F(Frame, WithoutATemporaryFolderTheProgramEnds) {
 // Each of the allocations that a change needs fails once: it happens or it does not, and all goes on.
 TEST_F(Frame, MemoryThatRunsOutIsToldAndTheDatabaseStays) {
   const Path path = PutSample("sample.bin");
-  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
-  ASSERT_TRUE(editor.WaitForFrame());
-  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  EditorDriver& editor = Start(path);
   editor.ExhaustMemory();
   EXPECT_EQ(editor.Answer(IDOK), kOutOfMemoryText);
   EXPECT_EQ(editor.Children().size(), 1u);
@@ -443,38 +359,10 @@ TEST_F(Frame, MemoryThatRunsOutIsToldAndTheDatabaseStays) {
   ExpectCleanEnd(editor);
 }
 
-TEST_F(Frame, ImportOpensTheListInAWindowOfItsOwn) {
-  const Path list = Folder() / "list.sdx";
-  std::vector<SdxRecord> records(3);
-  records[1].name = "DREI____";
-  records[1].video = "0501";
-  records[1].id = "00002";
-  records[2].satellite = "HOT BIRD";
-  records[2].position = "0130";
-  records[2].frequency = "012000";
-  PutFile(list, BytesOf(SdxList(records, true)));
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
-  editor.Command(kCmdImportSatcodx);
-  editor.ChooseFile("Open a File", list);
-  EXPECT_EQ(editor.Answer(IDNO), "Do you want to generate Bin file with filter mode");
-  editor.DeclineCompletion();
-  ASSERT_TRUE(editor.Until("the imported database", [&] { return editor.Children().size() == 1; }));
-  EXPECT_THAT(editor.Labels(), IsSupersetOf({"LNBs\t16", "Services  3"}));
-  ASSERT_TRUE(editor.SelectItem({"SDB1", "Satellites", "[ 2 ] HOT BIRD__________"}));
-  EXPECT_EQ(editor.ListCount(), 1);
-  EXPECT_EQ(editor.FindBox("Import"), nullptr) << "the progress box is gone";
-  // An import is not in any file yet.
-  editor.Close();
-  EXPECT_EQ(editor.Answer(IDNO), "Changes made are not saved. Do you want to save ?");
-  EXPECT_EQ(editor.ExitCode(), 0u);
-}
-
 TEST_F(Frame, ImportRefusesAForeignFile) {
   const Path list = Folder() / "list.sdx";
   PutFile(list, BytesOf("DVSO is another format"));
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  EditorDriver& editor = Start();
   editor.Command(kCmdImportSatcodx);
   editor.ChooseFile("Open a File", list);
   EXPECT_EQ(editor.Answer(IDOK), "Error - Invalid File");
@@ -498,9 +386,7 @@ void CloseViewer(const std::wstring& file) {
 
 TEST_F(Frame, TextFileWritesAndShowsTheReport) {
   const Path path = PutSample("sample.bin"), report = Folder() / "report.txt";
-  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
-  ASSERT_TRUE(editor.WaitForFrame());
-  ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
+  EditorDriver& editor = Start(path);
   editor.Command(kCmdTextFile);
   editor.ChooseFile("Save", report);
   ASSERT_TRUE(editor.Until("the report", [&] { return std::filesystem::exists(report); }));
@@ -537,46 +423,33 @@ TEST_F(Frame, WithoutAnExitEventTheProgramStartsAllTheSame) {
   ExpectCleanEnd(editor);
 }
 
-// Settings of these runs lie in a key for tests, which goes with the object.
-struct TestSettings {
-  std::wstring name = L"Run" + std::to_wstring(GetCurrentProcessId());
-  ~TestSettings() {
-    RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\VexaEditorTests\\" + name).c_str());
-    RegDeleteKeyW(HKEY_CURRENT_USER, (L"Software\\VexaEditorTests\\" + name).c_str());
-  }
-};
-
 // Below a volatile key no lasting one can be made.
 TEST_F(Frame, WithoutPortSettingsTheProgramEnds) {
-  const TestSettings settings;
+  const TestKey settings;
   const std::string key = SettingsKey("");
-  const std::wstring path =
-      L"Software\\VexaEditorTests\\" + settings.name + L"\\" + std::wstring(key.begin(), key.end() - 1);
+  const std::wstring path = settings.root + L"\\" + std::wstring(key.begin(), key.end() - 1);
   HKEY made = nullptr;
   ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS,
                             nullptr, &made, nullptr),
             ERROR_SUCCESS);
   RegCloseKey(made);
-  EditorDriver editor(EditorProgram(), {L"--test-mode=" + settings.name});
+  EditorDriver editor(EditorProgram(), {settings.mode});
   EXPECT_EQ(editor.Answer(IDOK), "Cannot initialize port settings.");
   EXPECT_TRUE(editor.ExitCode().has_value());
 }
 
 TEST_F(Frame, RecentFilesComeBackFromTheSecondRunOn) {
-  const TestSettings settings;
+  const TestKey settings;
   const Path path = PutSample("first & last.bin");
-  const std::wstring mode = L"--test-mode=" + settings.name;
   for (int run = 1; run <= 2; ++run) {
-    EditorDriver editor(EditorProgram(), {mode, path.native()});
-    ASSERT_TRUE(editor.WaitForFrame());
+    RunningEditor editor({settings.mode, path.native()});
     ASSERT_TRUE(editor.Until("the database window", [&] { return editor.Children().size() == 1; }));
     const auto items = ById(editor.Menus());
     ASSERT_TRUE(items.contains(kCmdRecent1)) << "run " << run;
     EXPECT_FALSE(items.contains(kCmdRecent1 + 1)) << "run " << run;
     ExpectCleanEnd(editor);
   }
-  EditorDriver editor(EditorProgram(), {mode});
-  ASSERT_TRUE(editor.WaitForFrame());
+  RunningEditor editor({settings.mode});
   const auto items = ById(editor.Menus());
   ASSERT_TRUE(items.contains(kCmdRecent1));
   EXPECT_THAT(items.at(kCmdRecent1).text, HasSubstr("first && last.bin"));
@@ -587,8 +460,7 @@ TEST_F(Frame, RecentFilesComeBackFromTheSecondRunOn) {
 
 TEST_F(Frame, LargestDatabaseIsThereAtOnce) {
   const Path path = PutSample("largest.bin", 257, 255);
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  EditorDriver& editor = Start();
   editor.Command(kCmdOpen);
   editor.ChooseFile("Open", path);
   ASSERT_TRUE(editor.Until(

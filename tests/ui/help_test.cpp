@@ -113,8 +113,7 @@ class Help : public EditorTest {
     if (!stop.node.empty()) {
       ASSERT_NO_FATAL_FAILURE(ChooseNode(stop.node));
     }
-    driver_->Command(stop.command);
-    HWND box = driver_->WaitForBox(stop.title);
+    HWND box = driver_->Open(stop.command, stop.title);
     See(box, stop.picture, HelpPage(stop.dialog));
     driver_->Press(box, IDCANCEL);
     ASSERT_TRUE(driver_->Answers());
@@ -176,8 +175,7 @@ class Help : public EditorTest {
     ASSERT_TRUE(driver_->SelectItem(kFirstCarrier));
     ChooseRows({0});
     ASSERT_NO_FATAL_FAILURE(See({kCmdEdit, "Service Information", "service", IDD_SERVICE}));
-    driver_->Command(kCmdMove);
-    HWND box = driver_->WaitForBox("Move Service Information");
+    HWND box = driver_->Open(kCmdMove, "Move Service Information");
     See(box, "move-service", HelpPage(IDD_MOVE_SERVICE));
     Push(box, IDC_MOVE_SERVICE_CHANGE);
     HWND carriers = driver_->WaitForBox("Change Carriers");
@@ -188,8 +186,7 @@ class Help : public EditorTest {
     ASSERT_TRUE(driver_->SelectItem({"SDB1", "TV Groups", "Favourite1"}));
     ChooseRows({0});
     ASSERT_NO_FATAL_FAILURE(See({kCmdEdit, "Detailed Service Information", "details", IDD_DETAILED_SERVICE}));
-    driver_->Command(kCmdCheck);
-    box = driver_->WaitForBox("Check Database - " + Caption());
+    box = driver_->Open(kCmdCheck, "Check Database - " + Caption());
     See(box, "findings", HelpPage(IDD_FINDINGS));
     driver_->Press(box, IDCANCEL);
     driver_->Command(kCmdCompare);
@@ -201,8 +198,7 @@ class Help : public EditorTest {
 
   // With something in them, for their pictures.
   void SeeCopiesAndProduction() {
-    driver_->Command(kCmdSettings);
-    HWND box = driver_->WaitForBox("Settings");
+    HWND box = driver_->Open(kCmdSettings, "Settings");
     Type(box, IDC_SETTINGS_COPIES, Utf8FromPath(home_ / "Copies"));
     driver_->Press(box, IDOK);
     for (int i = 0; i < 2; ++i) {
@@ -213,16 +209,13 @@ class Help : public EditorTest {
             "the copy", [&] { return !IsWindow(box); }, 60);
       }
       box = driver_->WaitForBox("Transfer Data ( PC to STB )");
-      ASSERT_NE(box, nullptr);
       driver_->Until("packets", [&] { return Send(GetDlgItem(box, IDC_TRANSFER_BAR), PBM_GETPOS) > 2; });
       Send(GetDlgItem(box, IDC_TRANSFER_COPY), BM_CLICK);
       driver_->Until(
           "the upload", [&] { return !IsWindow(box); }, 60);
     }
     ASSERT_NO_FATAL_FAILURE(See({kCmdRestore, "Restore", "restore", IDD_RESTORE}));
-    driver_->Command(kCmdProduction);
-    box = driver_->WaitForBox("Production");
-    ASSERT_NE(box, nullptr);
+    box = driver_->Open(kCmdProduction, "Production");
     Type(box, IDC_PRODUCTION_LOG, Utf8FromPath(home_ / "log.csv"));
     for (const char* serial : {"4711-0042", "4711-0043"}) {
       driver_->Until(
@@ -275,9 +268,7 @@ TEST_F(Help, EveryDialogOfTheDatabaseShowsItsPage) {
   for (const Stop& stop : stops) ASSERT_NO_FATAL_FAILURE(See(stop));
 
   ASSERT_NO_FATAL_FAILURE(SeeDialogsOfRows());
-  driver_->Command(kCmdSdbInformation);
-  HWND box = driver_->WaitForBox("Bin file information");
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdSdbInformation, "Bin file information");
   Picture(box, "bin-information");
   driver_->Press(box, IDOK);
   End();
@@ -304,8 +295,7 @@ TEST_F(Help, EveryOtherDialogShowsItsPage) {
   HWND question = driver_->WaitForBox("Import - How the list is read");
   See(question, "import-question", HelpPage(IDD_IMPORT_QUESTION));
   driver_->Press(question, IDCANCEL);
-  driver_->Command(kCmdMergeSatcodx);
-  HWND box = driver_->WaitForBox("SatcoDX [ SDX ] File Merger");
+  HWND box = driver_->Open(kCmdMergeSatcodx, "SatcoDX [ SDX ] File Merger");
   for (const char* name : {"list.sdx", "more.sdx"}) {
     Push(box, IDC_MERGE_FILES);
     driver_->ChooseFile("Select a SatcoDX file", home_ / name);
@@ -333,9 +323,7 @@ TEST_F(Help, TheTransferShowsItsPage) {
   driver_->DeclineCompletion();
   ASSERT_TRUE(driver_->Until("the list's window", [&] { return driver_->Children().size() == 1; }));
   ASSERT_TRUE(driver_->Answers());
-  driver_->Command(kCmdUploadAdb);
-  HWND box = driver_->WaitForBox("Transfer Data ( PC to STB )");
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
   driver_->Until("packets", [&] {
     return driver_->Title(GetDlgItem(box, IDC_TRANSFER_FIGURES)).find("bytes/s") != std::string::npos;
   });

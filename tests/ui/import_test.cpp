@@ -19,7 +19,6 @@ namespace vexa {
 
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -61,8 +60,7 @@ class Imports : public testing::Test {
   }
   // The name that the dialog of the command proposes.
   void ExpectProposal(unsigned command, const char* name) {
-    editor_.Command(command);
-    HWND box = editor_.WaitForBox("Save");
+    HWND box = editor_.Open(command, "Save");
     EXPECT_THAT(editor_.BoxText(box) + editor_.Title(GetDlgItem(box, 0x47C)), HasSubstr(name));
     editor_.Press(box, IDCANCEL);
   }
@@ -80,7 +78,6 @@ TEST_F(Imports, ADoubtfulListIsAskedAboutAndCompleted) {
   const Path path = Put("tv.sdx", TelevisionList());
   Import(kCmdImportSatcodx, path);
   HWND box = editor_.WaitForBox(kQuestion);
-  ASSERT_NE(box, nullptr);
   EXPECT_THAT(editor_.Title(GetDlgItem(box, IDC_IMPORT_QUESTION)),
               HasSubstr("tv.sdx does not look as lists of its format do: its version is 105."));
   HWND ways = GetDlgItem(box, IDC_IMPORT_WAYS);
@@ -95,7 +92,7 @@ TEST_F(Imports, ADoubtfulListIsAskedAboutAndCompleted) {
   EXPECT_EQ(editor_.FindBox(), nullptr);
 
   Import(kCmdImportSatcodx, path);
-  ASSERT_NE(box = editor_.WaitForBox(kQuestion), nullptr);
+  box = editor_.WaitForBox(kQuestion);
   ways = GetDlgItem(box, IDC_IMPORT_WAYS);
   SetDlgItemTextW(box, IDC_IMPORT_LENGTH, L"12");
   editor_.Push(box, IDOK);
@@ -133,7 +130,6 @@ TEST_F(Imports, ListsOfOtherReceivers) {
   editor_.DropFiles({vdr});
   editor_.Answer(IDNO);
   HWND box = editor_.WaitForBox(kQuestion);
-  ASSERT_NE(box, nullptr);
   EXPECT_FALSE(Enabled(box, IDC_IMPORT_LIST_PAGE)) << "it is UTF-8";
   EXPECT_FALSE(Enabled(box, IDC_IMPORT_LENGTH));
   HWND ways = GetDlgItem(box, IDC_IMPORT_WAYS);
@@ -171,7 +167,6 @@ TEST_F(Imports, ListsOfOtherReceivers) {
 TEST_F(Imports, NamesAreShownAndTakenInTheChosenPage) {
   Import(kCmdImportSatcodx, Put("a.sdx", SdxList({{.name = "\xE4lpha___"}, {.id = "00002"}}, true)));
   HWND box = editor_.WaitForBox(kQuestion);
-  ASSERT_NE(box, nullptr);
   EXPECT_EQ(editor_.CellOf(GetDlgItem(box, IDC_IMPORT_WAYS), 0, 4), "\xC3\xA4lpha");
   editor_.Press(box, IDOK);
   editor_.Press(Offer(), IDCANCEL);
@@ -179,8 +174,7 @@ TEST_F(Imports, NamesAreShownAndTakenInTheChosenPage) {
                                             "[ 1 ] Carrier1_S1"};
   ASSERT_TRUE(editor_.SelectItem(carrier));
   EXPECT_EQ(editor_.Cell(0, 1), "\xC3\xA4lpha");
-  editor_.Command(kCmdSettings);
-  box = editor_.WaitForBox("Settings");
+  box = editor_.Open(kCmdSettings, "Settings");
   Choose(box, IDC_SETTINGS_NAMES, "Windows-1251");
   editor_.Press(box, IDOK);
   EXPECT_EQ(editor_.Cell(0, 1), "\xD0\xB4lpha");

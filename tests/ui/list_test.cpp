@@ -2,12 +2,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "core/bin_file.h"
 #include "core/messages.h"
-#include "tests/support/access_key.h"
 #include "tests/support/list_maker.h"
+#include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 #include "tests/ui/driver.h"
 #include "ui/controls/windows_api.h"
@@ -157,46 +155,23 @@ void CloseUnsaved(EditorDriver& editor) {
   EXPECT_EQ(editor.ExitCode(), 0u);
 }
 
-// Labels and buttons of a dialog: no key opens two of them.
-void ExpectKeysOnce(EditorDriver& editor, HWND box) {
-  std::set<char> used;
-  for (HWND child = GetWindow(box, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
-    wchar_t name[64] = L"";
-    GetClassNameW(child, name, 64);
-    if (std::wstring(name) != L"Button") continue;
-    const char key = AccessKey(editor.Title(child));
-    if (key) {
-      EXPECT_TRUE(used.insert(key).second) << editor.Title(child);
-    }
-  }
-  EXPECT_GE(used.size(), 2u);
-}
-
-TEST_F(Lists, EveryFormatOpensWhole) {
+// Whole; then the radio services of the first satellite, whose carrier without one stays, as it was chosen.
+TEST_F(Lists, EveryFormatOpensWholeAndFiltered) {
   for (const ListFormat& format : kFormats) {
-    EditorDriver editor(EditorProgram());
-    ASSERT_TRUE(editor.WaitForFrame());
+    RunningEditor editor;
     Import(editor, format, false);
     ExpectImported(editor);
     EXPECT_EQ(Satellites(editor), format.whole) << format.file;
-    CloseUnsaved(editor);
-  }
-}
-
-// The radio services of the first satellite; its carrier without one stays, as it was chosen.
-TEST_F(Lists, EveryFormatOpensFiltered) {
-  for (const ListFormat& format : kFormats) {
-    EditorDriver editor(EditorProgram());
-    ASSERT_TRUE(editor.WaitForFrame());
+    editor.Command(kCmdClose);
+    EXPECT_EQ(editor.Answer(IDNO), "Changes made are not saved. Do you want to save ?");
     Import(editor, format, true);
     HWND box = editor.WaitForBox(kStep1);
-    ASSERT_NE(box, nullptr);
     editor.Tick(GetDlgItem(box, IDC_WIZARD_ITEMS), 0);
     editor.Press(box, IDOK);
-    ASSERT_NE(box = editor.WaitForBox(kStep2), nullptr);
+    box = editor.WaitForBox(kStep2);
     editor.Push(box, IDC_WIZARD_OPTION);
     editor.Press(box, IDOK);
-    ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
+    box = editor.WaitForBox(kStep3);
     editor.Push(box, IDC_WIZARD_OPTION + 4);
     editor.Press(box, IDOK);
     ExpectImported(editor);
@@ -206,37 +181,30 @@ TEST_F(Lists, EveryFormatOpensFiltered) {
 }
 
 TEST_F(Lists, FirstStepCountsAndEnablesNext) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  RunningEditor editor;
   HWND box = FirstStep(editor);
-  ASSERT_NE(box, nullptr);
-  ExpectKeysOnce(editor, box);
   HWND list = GetDlgItem(box, IDC_WIZARD_ITEMS);
-  const auto text = [&](int id) { return editor.Title(GetDlgItem(box, id)); };
-  const auto next = [&] { return IsWindowEnabled(GetDlgItem(box, IDOK)) != 0; };
-  ASSERT_EQ(editor.RowsOf(list), 2);
-  EXPECT_EQ(editor.CellOf(list, 1, 0), "2");
+  const auto expect = [&](int selected, const char* angle) {
+    EXPECT_EQ(editor.Title(GetDlgItem(box, IDC_WIZARD_SELECTED)),
+              Format("   Selected satellite(s) - %d", selected));
+    EXPECT_EQ(editor.Title(GetDlgItem(box, IDC_WIZARD_INFORMATION)),
+              Format("Angle - %s\tEast/West Flag - East", angle));
+    EXPECT_EQ(IsWindowEnabled(GetDlgItem(box, IDOK)) != 0, selected > 0);
+    EXPECT_EQ(SendMessageW(GetDlgItem(box, IDC_WIZARD_ALL), BM_GETCHECK, 0, 0) == BST_CHECKED, selected == 2);
+  };
   EXPECT_EQ(editor.CellOf(list, 1, 1), "Hotbird");
-  EXPECT_EQ(text(IDC_WIZARD_TOTAL), "Total Satellite(s) - 2");
-  EXPECT_EQ(text(IDC_WIZARD_SELECTED), "   Selected satellite(s) - 0");
-  EXPECT_EQ(text(IDC_WIZARD_INFORMATION), "Angle - 019.2\tEast/West Flag - East");
-  EXPECT_FALSE(next());
+  EXPECT_EQ(editor.Title(GetDlgItem(box, IDC_WIZARD_TOTAL)), "Total Satellite(s) - 2");
+  expect(0, "019.2");
   editor.ClickTick(list, 1);
-  EXPECT_TRUE(editor.IsTicked(list, 1));
-  EXPECT_FALSE(editor.IsTicked(list, 0));
-  EXPECT_TRUE(next());
-  EXPECT_EQ(text(IDC_WIZARD_SELECTED), "   Selected satellite(s) - 1");
-  const auto all = [&] { return SendMessageW(GetDlgItem(box, IDC_WIZARD_ALL), BM_GETCHECK, 0, 0); };
-  EXPECT_EQ(all(), BST_UNCHECKED);
-  editor.Tick(list, 0);
-  EXPECT_EQ(all(), BST_CHECKED) << "on when all rows are ticked";
+  EXPECT_TRUE(editor.IsTicked(list, 1) && !editor.IsTicked(list, 0));
   editor.GoTo(list, 1);
-  EXPECT_EQ(text(IDC_WIZARD_INFORMATION), "Angle - 013.0\tEast/West Flag - East");
+  expect(1, "013.0");
+  editor.Tick(list, 0);
+  editor.GoTo(list, 1);
+  expect(2, "013.0");
   editor.Push(box, IDC_WIZARD_ALL);
-  EXPECT_FALSE(editor.IsTicked(list, 0) || editor.IsTicked(list, 1));
-  EXPECT_FALSE(next());
-  editor.Push(box, IDC_WIZARD_ALL);
-  EXPECT_EQ(text(IDC_WIZARD_SELECTED), "   Selected satellite(s) - 2");
+  editor.GoTo(list, 1);
+  expect(0, "013.0");
   editor.Press(box, IDCANCEL);
   EXPECT_TRUE(editor.Answers());
   EXPECT_THAT(editor.Children(), IsEmpty());
@@ -248,8 +216,7 @@ void WalkLastStep(EditorDriver& editor) {
   HWND box = nullptr;
   const auto control = [&](int id) { return GetDlgItem(box, id); };
   const auto text = [&](int id) { return editor.Title(control(id)); };
-  ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
-  ExpectKeysOnce(editor, box);
+  box = editor.WaitForBox(kStep3);
   ASSERT_EQ(editor.RowsOf(control(IDC_WIZARD_OWNERS)), 3);
   EXPECT_EQ(editor.CellOf(control(IDC_WIZARD_OWNERS), 0, 0), "All carriers");
   EXPECT_EQ(editor.RowsOf(control(IDC_WIZARD_ITEMS)), 4) << "the services of both carriers";
@@ -257,19 +224,17 @@ void WalkLastStep(EditorDriver& editor) {
   EXPECT_THAT(text(IDC_WIZARD_INFORMATION), HasSubstr("TV   \tVideo PID - "));
   EXPECT_EQ(text(IDC_WIZARD_SELECTED), "All carriers selected service(s) - 1/3");
   editor.Push(box, IDC_WIZARD_BACK);
-  ASSERT_NE(box = editor.WaitForBox(kStep2), nullptr);
+  box = editor.WaitForBox(kStep2);
   editor.Press(box, IDOK);
-  ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
+  box = editor.WaitForBox(kStep3);
   EXPECT_TRUE(editor.IsTicked(control(IDC_WIZARD_ITEMS), 3));
   EXPECT_EQ(text(IDC_WIZARD_TOTAL), "Total selected services - 1");
   editor.Press(box, IDOK);
 }
 
 TEST_F(Lists, WizardWalkedWithBack) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  RunningEditor editor;
   HWND box = FirstStep(editor);
-  ASSERT_NE(box, nullptr);
   const auto control = [&](int id) { return GetDlgItem(box, id); };
   const auto text = [&](int id) { return editor.Title(GetDlgItem(box, id)); };
   const auto box_ticked = [&](int bit) {
@@ -278,8 +243,7 @@ TEST_F(Lists, WizardWalkedWithBack) {
   editor.Push(box, IDC_WIZARD_ALL);
   editor.Press(box, IDOK);
 
-  ASSERT_NE(box = editor.WaitForBox(kStep2), nullptr);
-  ExpectKeysOnce(editor, box);
+  box = editor.WaitForBox(kStep2);
   EXPECT_EQ(editor.RowsOf(control(IDC_WIZARD_OWNERS)), 3);
   EXPECT_EQ(editor.CellOf(control(IDC_WIZARD_OWNERS), 0, 0), "All satellites");
   EXPECT_EQ(editor.CellOf(control(IDC_WIZARD_OWNERS), 2, 0), "Hotbird");
@@ -297,10 +261,10 @@ TEST_F(Lists, WizardWalkedWithBack) {
 
   // Back and forth: nothing is lost.
   editor.Push(box, IDC_WIZARD_BACK);
-  ASSERT_NE(box = editor.WaitForBox(kStep1), nullptr);
+  box = editor.WaitForBox(kStep1);
   EXPECT_TRUE(editor.IsTicked(control(IDC_WIZARD_ITEMS), 0) && editor.IsTicked(control(IDC_WIZARD_ITEMS), 1));
   editor.Press(box, IDOK);
-  ASSERT_NE(box = editor.WaitForBox(kStep2), nullptr);
+  box = editor.WaitForBox(kStep2);
   EXPECT_FALSE(box_ticked(1)) << "ticked for one satellite";
   editor.GoTo(control(IDC_WIZARD_OWNERS), 2);
   EXPECT_TRUE(box_ticked(1));
@@ -323,18 +287,6 @@ void ExpectNothingLeft(EditorDriver& editor, HWND step) {
   EXPECT_THAT(editor.Children(), IsEmpty());
 }
 
-TEST_F(Lists, ClosingTheSecondStepLeavesNoWindow) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
-  HWND box = FirstStep(editor);
-  ASSERT_NE(box, nullptr);
-  editor.Push(box, IDC_WIZARD_ALL);
-  editor.Press(box, IDOK);
-  ASSERT_NE(box = editor.WaitForBox(kStep2), nullptr);
-  editor.Push(box, IDC_WIZARD_OPTION);
-  ExpectNothingLeft(editor, box);
-}
-
 TEST_F(Lists, LongestListStandsAtOnce) {
   std::string list = ":SAT \"Astra\" 19.2 E\n";
   for (int i = 0; i < 60000; ++i) {
@@ -342,19 +294,17 @@ TEST_F(Lists, LongestListStandsAtOnce) {
     list += ":CHN \"Service " + std::to_string(i) + "\" " + std::to_string(i) + " T\n";
   }
   const Path path = Put("long.dat", list);
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  RunningEditor editor;
   editor.Command(kCmdImportLyngsat);
   editor.ChooseFile("Open a File", path);
   editor.Answer(IDYES);
   HWND box = editor.WaitForBox(kStep1);
-  ASSERT_NE(box, nullptr);
   editor.Push(box, IDC_WIZARD_ALL);
   editor.Press(box, IDOK);
-  ASSERT_NE(box = editor.WaitForBox(kStep2), nullptr);
+  box = editor.WaitForBox(kStep2);
   editor.Push(box, IDC_WIZARD_OPTION);
   editor.Press(box, IDOK);
-  ASSERT_NE(box = editor.WaitForBox(kStep3), nullptr);
+  box = editor.WaitForBox(kStep3);
   HWND items = GetDlgItem(box, IDC_WIZARD_ITEMS);
   // Not timed: a busy machine says nothing about the program. The list asks for what it shows, and each
   // message has to be answered within the driver's time.
@@ -372,17 +322,14 @@ TEST_F(Lists, LimitOfSdbsRefusesTheCommand) {
     Document one = NewDocument();
     StaticDatabase& database = *one.sdbs[0].database;
     database.lnb_count = 1;
-    Satellite* satellite = database.satellite_pool.Take();
-    SetName(satellite->record.name, "Astra");
-    database.satellites.push_back(satellite);
+    AddTestSatellite(database, "Astra");
     document.sdbs.push_back(std::move(one.sdbs[0]));
   }
   const auto bytes = BuildBin(recorder_.context, document, {}, {});
   ASSERT_TRUE(bytes.has_value());
   const Path path = recorder_.context.temporary_folder / "full.bin";
   PutFile(path, *bytes);
-  EditorDriver editor(EditorProgram(), {L"--test-mode", path.native()});
-  ASSERT_TRUE(editor.WaitForFrame());
+  RunningEditor editor({L"--test-mode", path.native()});
   ExpectOneWindow(editor);
   for (const ListFormat& format : kFormats) {
     editor.Command(format.command);
@@ -410,18 +357,13 @@ void ExpectMessage(EditorDriver& editor, const std::string& text) {
 }
 
 TEST_F(Lists, MergerHasThreeModes) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  RunningEditor editor;
   for (const MergeCase& mode : kMergeCases) {
-    editor.Command(mode.command);
-    HWND box = editor.WaitForBox(mode.title);
-    ASSERT_NE(box, nullptr);
-    ExpectKeysOnce(editor, box);
+    HWND box = editor.Open(mode.command, mode.title);
     editor.Push(box, IDOK);
     ExpectMessage(editor, "Select atleast two files.");
     editor.Push(box, IDC_MERGE_FILES);
     HWND dialog = editor.WaitForBox(mode.open_title);
-    ASSERT_NE(dialog, nullptr);
     editor.Press(dialog, IDCANCEL);
     editor.Press(box, IDCANCEL);
   }
@@ -436,11 +378,8 @@ RECT PlaceOf(HWND box, int id) {
 
 // The list takes what the dialog grows; the buttons keep their distance from the edges they stand at.
 TEST_F(Lists, MergerGrowsWithItsList) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
-  editor.Command(kCmdMergeDvb2000);
-  HWND box = editor.WaitForBox("DVB2000 [ DVB ] File Merger");
-  ASSERT_NE(box, nullptr);
+  RunningEditor editor;
+  HWND box = editor.Open(kCmdMergeDvb2000, "DVB2000 [ DVB ] File Merger");
   const int ids[] = {IDC_MERGE_LIST, IDC_MERGE_FILES, IDCANCEL};
   // Growth of each control's edges: left, top, right, bottom.
   const RECT growth[] = {{0, 0, 90, 60}, {90, 0, 90, 0}, {90, 60, 90, 60}};
@@ -460,14 +399,11 @@ TEST_F(Lists, MergerGrowsWithItsList) {
 }
 
 TEST_F(Lists, MergerAddsAndRemoves) {
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  RunningEditor editor;
   const Path folder = recorder_.context.temporary_folder;
   const Path first = Put("b.sdx", "SATCODX_03"), old = Put("A.sdx", "SATCODX_04");
   std::filesystem::create_directory(folder / "empty");
-  editor.Command(kCmdMergeSatcodx);
-  HWND box = editor.WaitForBox("SatcoDX [ SDX ] File Merger");
-  ASSERT_NE(box, nullptr);
+  HWND box = editor.Open(kCmdMergeSatcodx, "SatcoDX [ SDX ] File Merger");
   HWND list = GetDlgItem(box, IDC_MERGE_LIST);
   const auto add = [&](const Path& path) {
     editor.Push(box, IDC_MERGE_FILES);
@@ -504,11 +440,8 @@ TEST_F(Lists, MergedListsAreImported) {
   const Path second =
       Put("2.dat", ":SAT \"Second\" 13.0 E\r\n:TRP 12000 27500S 0 H 0 3/4\r\n:CHN \"Two\" 2 T\r\n");
   const Path output = recorder_.context.temporary_folder / "merged.dat";
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
-  editor.Command(kCmdMergeLyngsat);
-  HWND box = editor.WaitForBox("Lyngsat [ DAT ] File Merger");
-  ASSERT_NE(box, nullptr);
+  RunningEditor editor;
+  HWND box = editor.Open(kCmdMergeLyngsat, "Lyngsat [ DAT ] File Merger");
   HWND list = GetDlgItem(box, IDC_MERGE_LIST);
   for (const Path& path : {first, second}) {
     const size_t before = editor.EntriesOf(list).size();
@@ -547,16 +480,13 @@ TEST_F(Lists, DroppedFilesOpen) {
   Document document = NewDocument();
   StaticDatabase& database = *document.sdbs[0].database;
   database.lnb_count = 1;
-  Satellite* satellite = database.satellite_pool.Take();
-  SetName(satellite->record.name, "Dropped");
-  database.satellites.push_back(satellite);
+  AddTestSatellite(database, "Dropped");
   const auto bytes = BuildBin(recorder_.context, document, {}, {});
   ASSERT_TRUE(bytes.has_value());
   const Path folder = recorder_.context.temporary_folder;
   const std::vector<Path> paths = {folder / "first.bin", folder / L"zw\x00F6lf.bin"};
   for (const Path& path : paths) PutFile(path, *bytes);
-  EditorDriver editor(EditorProgram());
-  ASSERT_TRUE(editor.WaitForFrame());
+  RunningEditor editor;
   editor.DropFiles(paths);
   ASSERT_TRUE(editor.Until("both windows", [&] { return editor.Children().size() == 2; }));
   EXPECT_EQ(editor.Title(editor.ActiveChild()), Utf8FromPath(paths[1]));

@@ -9,6 +9,7 @@
 #include "config/settings.h"
 #include "import/csv.h"
 #include "tests/ui/editor_fixture.h"
+#include "tests/ui/test_key.h"
 #include "ui/forms/options_resource.h"
 #include "ui/line/transfer_resource.h"
 #include "view/command_table.h"
@@ -24,18 +25,10 @@ using testing::StartsWith;
 
 class Receivers : public EditorTest {
  protected:
-  ~Receivers() override {
-    RegDeleteTreeW(HKEY_CURRENT_USER, (L"Software\\VexaEditorTests\\" + name_).c_str());
-  }
-  void Set(const char* subkey, const wchar_t* value, const std::wstring& text) {
-    const std::wstring key = L"Software\\VexaEditorTests\\" + name_ + L"\\" + Wide(SettingsKey(subkey));
-    RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), value, REG_SZ, text.c_str(),
-                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
-  }
   // With settings of the test's own, and the sample open.
   void StartKept() {
-    Set(kTransferKey, L"CopyFolder", copies_.native());
-    Start({L"--test-mode=" + name_}, PutSample());
+    key_.Set(kTransferKey, L"CopyFolder", copies_.native());
+    Start({key_.mode}, PutSample());
   }
   void Press(unsigned key) {
     PostMessageW(driver_->Focused(), WM_KEYDOWN, key, 1);
@@ -59,7 +52,6 @@ class Receivers : public EditorTest {
   // The title of the next transfer dialog, whose end is awaited.
   std::string Transfer(const char* title) {
     HWND box = driver_->WaitForBox(title);
-    if (!box) return "none";
     const std::string shown = driver_->Title(box);
     AwaitEnd(box);
     return shown;
@@ -72,7 +64,7 @@ class Receivers : public EditorTest {
     for (const auto& file : std::filesystem::directory_iterator(copies_)) count += file.is_regular_file();
     return count;
   }
-  const std::wstring name_ = L"receivers-" + std::to_wstring(GetCurrentProcessId());
+  const TestKey key_;
   const Path copies_ = recorder_.context.temporary_folder / "copies";
 };
 
@@ -85,9 +77,7 @@ class ReceiverLine : public Receivers {
 
 TEST_F(Receivers, SetsAreSavedTakenAndDeletedInTheSettings) {
   StartKept();
-  driver_->Command(kCmdSettings);
-  HWND box = driver_->WaitForBox("Settings");
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdSettings, "Settings");
   Type(box, IDC_SETTINGS_PORT, "COM4");
   Pick(box, IDC_SETTINGS_CONFIGURATION, 1);
   Pick(box, IDC_SETTINGS_BAUD, 3);
@@ -98,9 +88,7 @@ TEST_F(Receivers, SetsAreSavedTakenAndDeletedInTheSettings) {
   driver_->Press(box, IDCANCEL);
   ASSERT_TRUE(driver_->Answers());
 
-  driver_->Command(kCmdSettings);
-  box = driver_->WaitForBox("Settings");
-  ASSERT_NE(box, nullptr);
+  box = driver_->Open(kCmdSettings, "Settings");
   HWND sets = GetDlgItem(box, IDC_SETTINGS_SET);
   ASSERT_EQ(Send(sets, CB_GETCOUNT), 1) << "kept, though the dialog was cancelled";
   EXPECT_EQ(Shown(box, IDC_SETTINGS_PORT), "COM1");
@@ -112,9 +100,7 @@ TEST_F(Receivers, SetsAreSavedTakenAndDeletedInTheSettings) {
   driver_->Press(box, IDOK);
   ASSERT_TRUE(driver_->Answers());
 
-  driver_->Command(kCmdSettings);
-  box = driver_->WaitForBox("Settings");
-  ASSERT_NE(box, nullptr);
+  box = driver_->Open(kCmdSettings, "Settings");
   EXPECT_EQ(Shown(box, IDC_SETTINGS_PORT), "COM4");
   EXPECT_EQ(Shown(box, IDC_SETTINGS_COPIES), "C:\\copies");
   Push(box, IDC_SETTINGS_SET_DELETE);
@@ -132,9 +118,7 @@ TEST_F(Receivers, RestoreRefusesWhatIsNoWholeCopy) {
   PutFile(copies_ / "20240506-070809-A.bin", BytesOf("damaged"));
   PutFile(copies_ / "20240507-070809-1.raw", Bytes(3000));
   StartKept();
-  driver_->Command(kCmdRestore);
-  HWND box = driver_->WaitForBox("Restore");
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdRestore, "Restore");
   EXPECT_THAT(Shown(box, IDC_RESTORE_COUNT), StartsWith("2 copies in "));
   HWND list = GetDlgItem(box, IDC_RESTORE_LIST);
   ASSERT_EQ(driver_->RowsOf(list), 2);
@@ -156,9 +140,7 @@ TEST_F(Receivers, RestoreRefusesWhatIsNoWholeCopy) {
 
 TEST_F(ReceiverLine, WhatTheReceiverHeldIsKeptAndGoesBack) {
   StartKept();
-  driver_->Command(kCmdUploadAdb);
-  HWND box = driver_->WaitForBox("Transfer Data ( PC to STB )");
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
   EXPECT_FALSE(IsWindowVisible(GetDlgItem(box, IDC_TRANSFER_SET))) << "there are no sets";
   EXPECT_FALSE(Ticked(box, IDC_TRANSFER_COPY));
   EXPECT_THAT(TabOrder(3), ElementsAre(IDC_TRANSFER_VERIFY, IDC_TRANSFER_COPY, IDCANCEL));
@@ -171,22 +153,17 @@ TEST_F(ReceiverLine, WhatTheReceiverHeldIsKeptAndGoesBack) {
   // Another database with a copy before it and a comparison behind it.
   driver_->Command(kCmdNew);
   driver_->Command(kCmdClose);
-  driver_->Command(kCmdUploadAdb);
-  box = driver_->WaitForBox(kKeepingCopy);
-  ASSERT_NE(box, nullptr);
+  box = driver_->Open(kCmdUploadAdb, kKeepingCopy);
   EXPECT_FALSE(IsWindowVisible(GetDlgItem(box, IDC_TRANSFER_COPY)));
   driver_->Until("its bar", [&] { return Send(GetDlgItem(box, IDC_TRANSFER_BAR), PBM_GETPOS) > 2; });
   AwaitEnd(box);
   box = driver_->WaitForBox("Transfer Data ( PC to STB )");
-  ASSERT_NE(box, nullptr);
   EXPECT_EQ(CopyFiles(), 2u) << "kept before anything is sent";
   Click(box, IDC_TRANSFER_COPY);
   AwaitEnd(box);
 
   PutFile(copies_ / "20240506-070809.bin", BytesOf("damaged"));
-  driver_->Command(kCmdRestore);
-  box = driver_->WaitForBox("Restore");
-  ASSERT_NE(box, nullptr);
+  box = driver_->Open(kCmdRestore, "Restore");
   HWND list = GetDlgItem(box, IDC_RESTORE_LIST);
   ASSERT_EQ(driver_->RowsOf(list), 2);
   std::vector<std::string> cells;
@@ -202,11 +179,9 @@ TEST_F(ReceiverLine, WhatTheReceiverHeldIsKeptAndGoesBack) {
 }
 
 TEST_F(ReceiverLine, NothingIsSentWhenTheCopyIsCancelledOrCannotBeKept) {
-  Set(kTransferKey, L"KeepCopies", L"1");
+  key_.Set(kTransferKey, L"KeepCopies", L"1");
   StartKept();
-  driver_->Command(kCmdUploadAdb);
-  HWND box = driver_->WaitForBox(kKeepingCopy);
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdUploadAdb, kKeepingCopy);
   driver_->Click(GetDlgItem(box, IDCANCEL), {5, 5});
   EXPECT_EQ(driver_->Answer(IDOK), kNothingSent);
   EXPECT_TRUE(driver_->HasCaughtUp());
@@ -223,33 +198,25 @@ TEST_F(ReceiverLine, NothingIsSentWhenTheCopyIsCancelledOrCannotBeKept) {
 
 // While nobody answers, the box for a copy and the sets change the upload that has begun.
 TEST_F(ReceiverLine, AnUploadThatNobodyAnsweredBeginsAnewAsTheUserWants) {
-  Set(kPortSettingsKey, L"Port", L"COM3");
+  key_.Set(kPortSettingsKey, L"Port", L"COM3");
   StartKept();
-  driver_->Command(kCmdSettings);
-  HWND box = driver_->WaitForBox("Settings");
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdSettings, "Settings");
   Type(box, IDC_SETTINGS_PORT, "COM1");
   Type(box, IDC_SETTINGS_SET, "Bench 1");
   Click(box, IDC_SETTINGS_SET_SAVE);
   driver_->Press(box, IDCANCEL);
-  driver_->Command(kCmdUploadAdb);
-  box = driver_->WaitForBox("Transfer Data ( PC to STB )");
-  ASSERT_NE(box, nullptr);
+  box = driver_->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
   HWND sets = GetDlgItem(box, IDC_TRANSFER_SET);
   EXPECT_TRUE(IsWindowVisible(sets));
   PostMessageW(GetDlgItem(box, IDC_TRANSFER_COPY), BM_CLICK, 0, 0);
   HWND copy = driver_->WaitForBox(kKeepingCopy);
-  ASSERT_NE(copy, nullptr);
   driver_->Click(GetDlgItem(copy, IDCANCEL), {5, 5});
   EXPECT_EQ(driver_->Answer(IDOK), kNothingSent);
 
-  driver_->Command(kCmdRestore);
-  box = driver_->WaitForBox("Restore");
+  box = driver_->Open(kCmdRestore, "Restore");
   Click(box, IDC_RESTORE_COPY);  // not with the next one
   driver_->Press(box, IDCANCEL);
-  driver_->Command(kCmdUploadAdb);
-  box = driver_->WaitForBox("Transfer Data ( PC to STB )");
-  ASSERT_NE(box, nullptr);
+  box = driver_->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
   sets = GetDlgItem(box, IDC_TRANSFER_SET);
   EXPECT_EQ(Send(sets, CB_GETCOUNT), 1);
   Send(sets, CB_SETCURSEL, 0);
@@ -264,9 +231,7 @@ TEST_F(ReceiverLine, AnUploadThatNobodyAnsweredBeginsAnewAsTheUserWants) {
 TEST_F(ReceiverLine, ProductionServesOneReceiverAfterTheOther) {
   const Path log = recorder_.context.temporary_folder / "log.csv";
   StartKept();
-  driver_->Command(kCmdProduction);
-  HWND box = driver_->WaitForBox("Production");
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdProduction, "Production");
   HWND list = GetDlgItem(box, IDC_PRODUCTION_PLACES);
   EXPECT_THAT(Shown(box, IDC_PRODUCTION_DATABASE), HasSubstr("sample.bin"));
   EXPECT_EQ(GetDlgCtrlID(driver_->Focused()), IDC_PRODUCTION_SERIAL);

@@ -6,13 +6,11 @@
 #include <cstdlib>
 
 #include "config/settings.h"
-#include "core/bin_file.h"
 #include "core/messages.h"
 #include "image/urt.h"
 #include "platform/serial.h"
-#include "tests/support/recorder.h"
-#include "tests/ui/driver.h"
-#include "ui/controls/windows_api.h"
+#include "tests/ui/editor_fixture.h"
+#include "tests/ui/test_key.h"
 #include "ui/forms/image_resource.h"
 #include "ui/forms/options_resource.h"
 #include "ui/forms/records_resource.h"
@@ -25,7 +23,7 @@ namespace {
 
 using testing::HasSubstr;
 
-class Transfers : public testing::Test {
+class Transfers : public EditorTest {
  protected:
   Path Folder() { return recorder_.context.temporary_folder; }
   Path PutBytes(const std::string& name, const Bytes& bytes) {
@@ -40,10 +38,7 @@ class Transfers : public testing::Test {
     document.ubis[0].name = "UBI1";
     for (OpenSdb& sdb : document.sdbs) {
       sdb.database->lnb_count = 1;
-      Satellite* satellite = sdb.database->satellite_pool.Take();
-      SetName(satellite->record.name, sdb.name + " Sat");
-      satellite->record.angle = 192;
-      sdb.database->satellites.push_back(satellite);
+      AddTestSatellite(*sdb.database, sdb.name + " Sat")->record.angle = 192;
     }
     const auto bytes = BuildBin(recorder_.context, document, {}, {});
     EXPECT_TRUE(bytes.has_value());
@@ -59,24 +54,7 @@ class Transfers : public testing::Test {
     editor->Until("the database's window", [&] { return editor->Children().size() == 1; });
     return editor;
   }
-  Recorder recorder_;
 };
-
-LRESULT Send(HWND window, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
-  DWORD_PTR result = 0;
-  EXPECT_TRUE(SendMessageTimeoutW(window, message, wparam, lparam, SMTO_NORMAL, 15000, &result)) << message;
-  return static_cast<LRESULT>(result);
-}
-
-void Put(HWND dialog, int id, const std::string& text) {
-  Send(GetDlgItem(dialog, id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(Wide(text).c_str()));
-}
-
-void Choose(HWND dialog, int id, int place) {
-  HWND control = GetDlgItem(dialog, id);
-  Send(control, CB_SETCURSEL, static_cast<WPARAM>(place));
-  Send(dialog, WM_COMMAND, MAKEWPARAM(id, CBN_SELCHANGE), reinterpret_cast<LPARAM>(control));
-}
 
 void Click(HWND dialog, int id) {
   PostMessageW(GetDlgItem(dialog, id), BM_CLICK, 0, 0);
@@ -98,7 +76,6 @@ void ExpectFocus(EditorDriver& editor, HWND dialog, int id) {
 // Answers the program's own message box; its text.
 std::string Told(EditorDriver& editor) {
   HWND box = editor.WaitForBox("Vexa Editor " VEXA_VERSION);
-  if (!box) return "";
   const std::string text = editor.MessageText(box);
   editor.Press(box, IDOK);
   return text;
@@ -106,17 +83,12 @@ std::string Told(EditorDriver& editor) {
 
 TEST_F(Transfers, PortThatCannotBeOpenedIsToldTwice) {
   // The settings of this test name a port that no machine has.
-  const std::wstring name = L"transfers-" + std::to_wstring(GetCurrentProcessId());
-  const std::wstring root = L"Software\\VexaEditorTests\\" + name;
-  const std::wstring key = root + L"\\" + Wide(SettingsKey(kPortSettingsKey));
-  const wchar_t port[] = L"COM99";
-  RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"Port", REG_SZ, port, sizeof port);
-  const auto editor = StartWithDatabase(L"--test-mode=" + name);
+  const TestKey key;
+  key.Set(kPortSettingsKey, L"Port", L"COM99");
+  const auto editor = StartWithDatabase(key.mode);
   for (const unsigned command : {kCmdUploadAdb, kCmdUploadThisSdb, kCmdDownload}) {
     SCOPED_TRACE(command);
-    editor->Command(command);
-    HWND box = editor->WaitForBox("Serial Comm lib");
-    ASSERT_NE(box, nullptr);
+    HWND box = editor->Open(command, "Serial Comm lib");
     EXPECT_EQ(editor->MessageText(box), "Port is not available.");
     EXPECT_EQ(editor->MessageDetail(box),
               PortRefusal("COM99", {ERROR_FILE_NOT_FOUND, std::system_category()}));
@@ -126,14 +98,11 @@ TEST_F(Transfers, PortThatCannotBeOpenedIsToldTwice) {
     EXPECT_TRUE(IsWindowEnabled(editor->frame()));
   }
   ExpectCleanEnd(*editor);
-  RegDeleteTreeW(HKEY_CURRENT_USER, root.c_str());
 }
 
 TEST_F(Transfers, UploadAsSdbOffersEverythingAndNeedsOneSdb) {
   const auto editor = StartWithDatabase();
-  editor->Command(kCmdUploadSdb);
-  HWND dialog = editor->WaitForBox("Upload as SDB");
-  ASSERT_NE(dialog, nullptr);
+  HWND dialog = editor->Open(kCmdUploadSdb, "Upload as SDB");
   HWND list = GetDlgItem(dialog, IDC_UPLOAD_LIST);
   ASSERT_EQ(Send(list, LVM_GETITEMCOUNT), 3) << "two SDBs and a box record";
   EXPECT_EQ(editor->CellOf(list, 1, 0), "SDB2");
@@ -158,22 +127,20 @@ TEST_F(Transfers, SingleImageRefusesAndThenConverts) {
   const Bytes content(3000, 0x5A);
   const Path image = PutBytes("image.bin", content);
   const auto editor = Start();
-  editor->Command(kCmdSingleImage);
-  HWND dialog = editor->WaitForBox("Single Image");
-  ASSERT_NE(dialog, nullptr);
+  HWND dialog = editor->Open(kCmdSingleImage, "Single Image");
   Click(dialog, IDOK);
   EXPECT_EQ(Told(*editor), "Choose an image file.");
   ExpectFocus(*editor, dialog, IDC_IMAGE_FILE);
-  Put(dialog, IDC_IMAGE_FILE, Utf8FromPath(image));
-  Put(dialog, IDC_IMAGE_URT, Utf8FromPath(Folder() / "made.urt"));
-  Choose(dialog, IDC_IMAGE_TYPE, 1);
+  Type(dialog, IDC_IMAGE_FILE, Utf8FromPath(image));
+  Type(dialog, IDC_IMAGE_URT, Utf8FromPath(Folder() / "made.urt"));
+  Pick(dialog, IDC_IMAGE_TYPE, 1);
   EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_NAME)), "SDB Data") << "the region brings its name";
-  Put(dialog, IDC_IMAGE_MAJOR, "12");
-  Put(dialog, IDC_IMAGE_MINOR, "16");
+  Type(dialog, IDC_IMAGE_MAJOR, "12");
+  Type(dialog, IDC_IMAGE_MINOR, "16");
   Click(dialog, IDOK);
   EXPECT_THAT(Told(*editor), HasSubstr("0 to 15"));
   ExpectFocus(*editor, dialog, IDC_IMAGE_MINOR);
-  Put(dialog, IDC_IMAGE_MINOR, "7");
+  Type(dialog, IDC_IMAGE_MINOR, "7");
   Click(dialog, IDOK);
   EXPECT_THAT(Told(*editor), HasSubstr("made.urt\" is ready."));
   const auto file = ReadWholeFile(Folder() / "made.urt");
@@ -210,15 +177,13 @@ TEST_F(Transfers, SingleImagesReplaceAFileOnceAskedAndAreCompressed) {
     editor->Command(kCmdBin2Urt);
     editor->ChooseFile("Open", image);
     HWND dialog = editor->WaitForBox("Bin2URT");
-    ASSERT_NE(dialog, nullptr);
-    Choose(dialog, IDC_IMAGE_TYPE, 2);
+    Pick(dialog, IDC_IMAGE_TYPE, 2);
     Click(dialog, IDC_IMAGE_COMPRESSED);
     editor->Until("the levels", [&] { return IsWindowEnabled(GetDlgItem(dialog, IDC_IMAGE_LEVEL)); });
-    Choose(dialog, IDC_IMAGE_LEVEL, level);
+    Pick(dialog, IDC_IMAGE_LEVEL, level);
     if (level == 0) {
       Click(dialog, IDOK);
       HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
-      ASSERT_NE(box, nullptr);
       EXPECT_EQ(editor->BoxText(box), Utf8FromPath(there) + " already exists.\nDo you want to replace it ?");
       editor->Press(box, IDNO);
       EXPECT_EQ(std::filesystem::file_size(there), 5u);
@@ -242,10 +207,8 @@ TEST_F(Transfers, SingleImagesReplaceAFileOnceAskedAndAreCompressed) {
 TEST_F(Transfers, SdbDataReplacesTheImageOnlyOnceAsked) {
   const auto editor = StartWithDatabase();
   for (const int type : {1, 0}) {  // only what was changed was chosen
-    editor->Command(kCmdSettings);
-    HWND dialog = editor->WaitForBox("Settings");
-    ASSERT_NE(dialog, nullptr);
-    Choose(dialog, IDC_SETTINGS_IMAGE_TYPE, type);
+    HWND dialog = editor->Open(kCmdSettings, "Settings");
+    Pick(dialog, IDC_SETTINGS_IMAGE_TYPE, type);
     editor->Press(dialog, IDOK);
   }
   for (const unsigned command : {kCmdUploadThisSdb, kCmdUploadSdb}) {
@@ -265,19 +228,16 @@ TEST_F(Transfers, ImageTooLargeBringsTheDialogBack) {
   editor->Command(kCmdBin2Urt);
   editor->ChooseFile("Open", image);
   HWND dialog = editor->WaitForBox("Bin2URT");
-  ASSERT_NE(dialog, nullptr);
   EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_FILE)), Utf8FromPath(image));
   EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_URT)), Utf8FromPath(Folder() / "image.urt"));
-  Choose(dialog, IDC_IMAGE_TYPE, 1);
-  Put(dialog, IDC_IMAGE_NAME, "Kept");
+  Pick(dialog, IDC_IMAGE_TYPE, 1);
+  Type(dialog, IDC_IMAGE_NAME, "Kept");
   PutBytes("image.bin", Bytes(0x30000, 1));
   Click(dialog, IDOK);
   HWND box = editor->WaitForBox("URT Conversion");
-  ASSERT_NE(box, nullptr);
   EXPECT_EQ(editor->MessageText(box), "Image exceeds the allowed memory space.");
   editor->Press(box, IDOK);
   dialog = editor->WaitForBox("Bin2URT");
-  ASSERT_NE(dialog, nullptr);
   EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_IMAGE_NAME)), "Kept");
   editor->Press(dialog, IDCANCEL);
   EXPECT_FALSE(std::filesystem::exists(Folder() / "image.urt"));
@@ -287,9 +247,7 @@ TEST_F(Transfers, ImageTooLargeBringsTheDialogBack) {
 TEST_F(Transfers, MultipleImageKeepsATypeForEachImage) {
   const Path images[] = {PutBytes("one.bin", Bytes(100, 1)), PutBytes("two.bin", Bytes(200, 2))};
   const auto editor = Start();
-  editor->Command(kCmdMultipleImage);
-  HWND dialog = editor->WaitForBox("Multiple Image");
-  ASSERT_NE(dialog, nullptr);
+  HWND dialog = editor->Open(kCmdMultipleImage, "Multiple Image");
   EXPECT_FALSE(IsWindowEnabled(GetDlgItem(dialog, IDC_IMAGE_REMOVE)));
   for (const Path& image : {images[0], images[1], images[1]}) {
     const LRESULT before = Send(GetDlgItem(dialog, IDC_IMAGE_LIST), LVM_GETITEMCOUNT);
@@ -303,17 +261,16 @@ TEST_F(Transfers, MultipleImageKeepsATypeForEachImage) {
   Click(dialog, IDC_IMAGE_REMOVE);
   editor->Until("the row to go",
                 [&] { return Send(GetDlgItem(dialog, IDC_IMAGE_LIST), LVM_GETITEMCOUNT) == 2; });
-  Choose(dialog, IDC_IMAGE_TYPE, 2);
+  Pick(dialog, IDC_IMAGE_TYPE, 2);
   PostMessageW(GetDlgItem(dialog, IDC_IMAGE_LIST), WM_KEYDOWN, VK_UP, 0);
   editor->Until("the first row's fields", [&] {
     return editor->Title(GetDlgItem(dialog, IDC_IMAGE_URT)) == Utf8FromPath(Folder() / "one.urt");
   });
-  Choose(dialog, IDC_IMAGE_TYPE, 1);
+  Pick(dialog, IDC_IMAGE_TYPE, 1);
   const Path there = PutBytes("two.urt", Bytes(5, 5));
   for (const int answer : {IDNO, IDYES}) {
     Click(dialog, IDOK);
     HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
-    ASSERT_NE(box, nullptr);
     EXPECT_EQ(editor->BoxText(box), Utf8FromPath(there) + " already exists.\nDo you want to replace it ?");
     EXPECT_EQ(std::filesystem::file_size(there), 5u) << "asked before";
     EXPECT_FALSE(std::filesystem::exists(Folder() / "one.urt"));
@@ -329,54 +286,38 @@ TEST_F(Transfers, MultipleImageKeepsATypeForEachImage) {
   ExpectCleanEnd(*editor);
 }
 
-TEST_F(Transfers, CompressionTakesTheLevel) {
-  const Path file = PutBytes("text.txt", Uneven(60000));
-  const auto editor = Start();
-  std::vector<uintmax_t> sizes;
-  for (const int level : {0, 8}) {
-    const Path output = Folder() / Format("level%d.z", level);
-    editor->Command(kCmdCompression);
-    HWND dialog = editor->WaitForBox("Compression");
-    ASSERT_NE(dialog, nullptr);
-    Put(dialog, IDC_COMPRESSION_FILE, Utf8FromPath(file));
-    Put(dialog, IDC_COMPRESSION_OUTPUT, Utf8FromPath(output));
-    Choose(dialog, IDC_COMPRESSION_LEVEL, level);
-    Click(dialog, IDOK);
-    EXPECT_THAT(Told(*editor), HasSubstr("is ready: "));
-    sizes.push_back(std::filesystem::file_size(output));
-  }
-  EXPECT_LT(sizes[1], sizes[0]);
-  ExpectCleanEnd(*editor);
-}
-
 TEST_F(Transfers, CompressionGoesThereAndBack) {
-  const Bytes content(100000, 'x');
-  const Path file = PutBytes("text.txt", content);
+  const Bytes content = Uneven(60000);
+  const Path file = PutBytes("text.txt", content), fast = Folder() / "fast.z";
   const auto editor = Start();
+  HWND first = editor->Open(kCmdCompression, "Compression");
+  Type(first, IDC_COMPRESSION_FILE, Utf8FromPath(file));
+  Type(first, IDC_COMPRESSION_OUTPUT, Utf8FromPath(fast));
+  Pick(first, IDC_COMPRESSION_LEVEL, 0);
+  Click(first, IDOK);
+  EXPECT_THAT(Told(*editor), HasSubstr("is ready: "));
   for (const bool expand : {false, true}) {
-    editor->Command(kCmdCompression);
-    HWND dialog = editor->WaitForBox("Compression");
-    ASSERT_NE(dialog, nullptr);
+    HWND dialog = editor->Open(kCmdCompression, "Compression");
     if (expand) {
       Click(dialog, IDC_COMPRESSION_EXPAND);
       editor->Until("the level to grey",
                     [&] { return !IsWindowEnabled(GetDlgItem(dialog, IDC_COMPRESSION_LEVEL)); });
     }
-    Put(dialog, IDC_COMPRESSION_FILE, Utf8FromPath(expand ? Path(file) += ".z" : file));
+    Type(dialog, IDC_COMPRESSION_FILE, Utf8FromPath(expand ? Path(file) += ".z" : file));
     EXPECT_EQ(editor->Title(GetDlgItem(dialog, IDC_COMPRESSION_OUTPUT)),
               Utf8FromPath(expand ? file : Path(file) += ".z"));
-    if (expand) Put(dialog, IDC_COMPRESSION_OUTPUT, Utf8FromPath(PutBytes("back.txt", Bytes(7, 1))));
+    if (expand) Type(dialog, IDC_COMPRESSION_OUTPUT, Utf8FromPath(PutBytes("back.txt", Bytes(7, 1))));
+    if (!expand) Pick(dialog, IDC_COMPRESSION_LEVEL, 8);
     Click(dialog, IDOK);
     if (expand) {
       HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
-      ASSERT_NE(box, nullptr);
       EXPECT_THAT(editor->BoxText(box), HasSubstr("back.txt already exists.\nDo you want to replace it ?"));
       editor->Press(box, IDYES);
     }
     EXPECT_THAT(Told(*editor), HasSubstr("is ready: "));
   }
   EXPECT_EQ(ReadWholeFile(Folder() / "back.txt"), content);
-  EXPECT_LT(std::filesystem::file_size(Path(file) += ".z"), 1000u);
+  EXPECT_LT(std::filesystem::file_size(Path(file) += ".z"), std::filesystem::file_size(fast));
   ExpectCleanEnd(*editor);
 }
 
@@ -417,9 +358,7 @@ class Line : public Transfers {
 
 TEST_F(Line, UploadsTheDatabaseAndFetchesItBack) {
   const auto editor = StartWithDatabase();
-  editor->Command(kCmdUploadAdb);
-  HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
-  ASSERT_NE(dialog, nullptr);
+  HWND dialog = editor->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
   Watched seen = Watch(*editor, dialog);
   EXPECT_THAT(seen.statuses,
               testing::Contains(testing::StartsWith("ADB upload inprogress.   \"SDB1\" as ADB data")));
@@ -430,9 +369,7 @@ TEST_F(Line, UploadsTheDatabaseAndFetchesItBack) {
   EXPECT_THAT(editor->Title(FindWindowExW(editor->frame(), nullptr, STATUSCLASSNAMEW, nullptr)),
               testing::AllOf(testing::StartsWith("ADB upload completed.   "), HasSubstr(" packets   ")));
 
-  editor->Command(kCmdDownload);
-  dialog = editor->WaitForBox();
-  ASSERT_NE(dialog, nullptr);
+  dialog = editor->Open(kCmdDownload);
   seen = Watch(*editor, dialog);
   EXPECT_THAT(seen.titles, testing::Contains("Download ( STB to PC )"));
   EXPECT_THAT(seen.statuses, testing::Contains(testing::StartsWith("Downloading inprogress")));
@@ -447,10 +384,8 @@ TEST_F(Line, UploadsTheDatabaseAndFetchesItBack) {
 
 TEST_F(Line, UploadsSdbs) {
   const auto editor = StartWithDatabase();
-  editor->Command(kCmdVersion);
-  HWND version = editor->WaitForBox();
-  ASSERT_NE(version, nullptr);
-  Put(version, IDC_VERSION_MAJOR, "7");
+  HWND version = editor->Open(kCmdVersion);
+  Type(version, IDC_VERSION_MAJOR, "7");
   editor->Press(version, IDOK);
   ASSERT_TRUE(editor->SelectItem({"SDB2"}));
   const auto statuses = [&] {
@@ -462,9 +397,7 @@ TEST_F(Line, UploadsSdbs) {
   };
   editor->Command(kCmdUploadThisSdb);
   EXPECT_THAT(statuses(), testing::Contains(HasSubstr("   \"SDB2\" as SDB data")));
-  editor->Command(kCmdUploadSdb);
-  HWND dialog = editor->WaitForBox("Upload as SDB");
-  ASSERT_NE(dialog, nullptr);
+  HWND dialog = editor->Open(kCmdUploadSdb, "Upload as SDB");
   Click(dialog, IDOK);
   EXPECT_THAT(statuses(), testing::Contains(HasSubstr("   \"SDB1\", \"SDB2\", \"UBI1\" as SDB data")));
   EXPECT_TRUE(editor->FindBox() == nullptr) << editor->BoxText(editor->FindBox());
@@ -480,9 +413,7 @@ std::string FirstStatus(EditorDriver& editor) {
 
 TEST_F(Line, AllButAClickOnCancelAsksAndTheOutcomeStaysUntilTheNextCommand) {
   const auto editor = StartWithDatabase();
-  editor->Command(kCmdUploadAdb);
-  HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
-  ASSERT_NE(dialog, nullptr);
+  HWND dialog = editor->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
   editor->Until("the first packets",
                 [&] { return Send(GetDlgItem(dialog, IDC_TRANSFER_BAR), PBM_GETPOS) > 2; });
   HWND button = GetDlgItem(dialog, IDCANCEL);
@@ -503,7 +434,6 @@ TEST_F(Line, AllButAClickOnCancelAsksAndTheOutcomeStaysUntilTheNextCommand) {
   for (const auto& way : ways) {
     way();
     HWND box = editor->WaitForBox("Vexa Editor 1.0.0");
-    ASSERT_NE(box, nullptr) << &way - ways;
     EXPECT_EQ(editor->BoxText(box), "Do you want to end the transfer ?");
     EXPECT_TRUE(IsWindow(dialog));
     editor->Press(box, &way - ways < 4 ? IDNO : IDYES);
@@ -519,15 +449,12 @@ TEST_F(Line, AllButAClickOnCancelAsksAndTheOutcomeStaysUntilTheNextCommand) {
 TEST_F(Line, AnUploadIsComparedWhileTheBoxIsTicked) {
   const auto editor = StartWithDatabase();
   for (const bool ticked : {false, true}) {
-    editor->Command(kCmdUploadAdb);
-    HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
-    ASSERT_NE(dialog, nullptr);
+    HWND dialog = editor->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
     HWND box = GetDlgItem(dialog, IDC_TRANSFER_VERIFY);
     EXPECT_EQ(Send(box, BM_GETCHECK) == BST_CHECKED, ticked) << "it stays as it was";
     if (!ticked) Send(box, BM_CLICK);
     Watch(*editor, dialog);
     dialog = editor->WaitForBox("Verifying");
-    ASSERT_NE(dialog, nullptr);
     EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, IDC_TRANSFER_VERIFY)));
     const Watched seen = Watch(*editor, dialog);
     EXPECT_THAT(seen.statuses, testing::Contains("Verifying"));
@@ -557,9 +484,7 @@ TEST_F(Line, AConnectedConsoleIsNamedAsTheOneThatHoldsThePort) {
 TEST_F(Line, CancelsInTheMiddleAndOutlivesAnAttemptToClose) {
   const auto editor = StartWithDatabase();
   for (int round = 0; round < 2; ++round) {
-    editor->Command(kCmdUploadAdb);
-    HWND dialog = editor->WaitForBox("Transfer Data ( PC to STB )");
-    ASSERT_NE(dialog, nullptr);
+    HWND dialog = editor->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
     editor->Until("the first packets",
                   [&] { return Send(GetDlgItem(dialog, IDC_TRANSFER_BAR), PBM_GETPOS) > 5; });
     editor->Close();

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cwctype>
 #include <map>
 
@@ -18,13 +17,11 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 
 using Labels = std::vector<std::string>;
 
 class Window : public EditorTest {
  protected:
-  HWND Tree() { return FindWindowExW(driver_->ActiveChild(), nullptr, WC_TREEVIEWW, nullptr); }
   Path Folder() { return recorder_.context.temporary_folder; }
   Document Read(const Path& path) {
     Document document;
@@ -129,9 +126,7 @@ TEST_F(Window, ASecondStartHandsItsFileOver) {
   EXPECT_EQ(driver_->Title(driver_->ActiveChild()), Utf8FromPath(first));
   EXPECT_EQ(driver_->Children().size(), 2u);
   driver_->Command(kCmdClose);
-  driver_->Command(kCmdAbout);
-  HWND box = driver_->WaitForBox();
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdAbout);
   start_with(first.native());
   EXPECT_EQ(driver_->Children().size(), 1u) << "it waits for the dialog";
   driver_->Press(box, IDOK);
@@ -146,7 +141,6 @@ TEST_F(Window, DroppedFilesWaitForTheDialog) {
   ASSERT_TRUE(SelectLow());
   driver_->Command(kCmdMove);  // no row: the carrier of the tree
   HWND box = driver_->WaitForBox();
-  ASSERT_NE(box, nullptr);
   driver_->DropFiles({dropped});
   EXPECT_TRUE(driver_->HasCaughtUp());
   EXPECT_EQ(driver_->Children().size(), 1u);
@@ -266,9 +260,7 @@ TEST_F(Window, NarrowWindowsShowAllButtons) {
 // A focus that a form sets when it opens is not put back to the first control.
 TEST_F(Window, TheDefaultButtonOfTheMergerHasTheFocus) {
   Start();
-  driver_->Command(kCmdMergeSatcodx);
-  HWND box = driver_->WaitForBox();
-  ASSERT_NE(box, nullptr);
+  HWND box = driver_->Open(kCmdMergeSatcodx);
   EXPECT_TRUE(
       driver_->Until("the focus", [&] { return driver_->Focused() == GetDlgItem(box, IDC_MERGE_FILES); }));
   driver_->Press(box, IDCANCEL);
