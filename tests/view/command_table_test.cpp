@@ -133,20 +133,12 @@ TEST(CommandTable, HoldsTheWholeVocabulary) {
 }
 
 TEST(CommandTable, TextsNameTheirKeys) {
-  const std::pair<CommandId, const char*> cases[] = {{kCmdNew, "&New\tCtrl+N"},
-                                                     {kCmdSaveAs, "Save &As"},
-                                                     {kCmdFindPrevious, "Find &Previous\tShift+F4"},
-                                                     {kCmdViewTv, "&TV Services\tAlt+T"},
-                                                     {kCmdSdbInformation, "SDB &Information\tF12"},
-                                                     {kCmdConsoleCancel, "Ca&ncel\tEsc"},
-                                                     {kCmdEdit, "&Edit\tEnter"},
-                                                     {kCmdInsert, "&Insert\tIns"},
-                                                     {kCmdDelete, "&Delete\tDel"},
-                                                     {kCmdTextFile, "&Text file\tCtrl+E"},
-                                                     {kCmdConsoleClear, "C&lear\t"},
-                                                     {kCmdConsoleSaveLog, "&Save Log File\tCtrl+S"},
-                                                     {kCmdUndo, "&Undo Sorting\tCtrl+Z"},
-                                                     {kCmdConnect, "Connec&t\tF10"}};
+  const std::pair<CommandId, const char*> cases[] = {
+      {kCmdNew, "&New\tCtrl+N"},           {kCmdFindPrevious, "Find &Previous\tShift+F4"},
+      {kCmdViewTv, "&TV Services\tAlt+T"}, {kCmdConsoleCancel, "Ca&ncel\tEsc"},
+      {kCmdEdit, "&Edit\tEnter"},          {kCmdDelete, "&Delete\tDel"},
+      {kCmdConsoleClear, "C&lear\t"},      {kCmdConsoleSaveLog, "&Save Log File\tCtrl+S"},
+      {kCmdConnect, "Connec&t\tF10"}};
   for (const auto& [id, text] : cases) EXPECT_EQ(MenuText(*FindCommand(id)), text);
   EXPECT_EQ(CommandOfKey(KeyScope::kEverywhere, 0, 0), kNoCommand);
   EXPECT_EQ(CommandOfKey(KeyScope::kRecords, 'A', kCtrl), kNoCommand);

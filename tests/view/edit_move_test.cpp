@@ -63,25 +63,11 @@ const char* const kInside = "Invalid Index for current process";
 
 TEST_F(Moves, TargetsOfAMoveAndOfASwap) {
   const MoveCase moves[] = {
-      {{2, 3, 4}, "1", "34512"},
-      {{0, 1, 2}, "5", "45123"},
-      {{0}, "5", "23451"},
-      {{4}, "1", "51234"},
-      {{1, 2}, "4", "14235"},
-      {{1, 2}, "2", "12345"},
-      {{1}, " 3 ", "13245"},
-      {{1, 2}, "3", kInside},
-      {{0, 1, 2}, "3", kInside},
-      {{1, 3}, "5", kSequence},
-      {{}, "1", kSequence},
-      {{5}, "1", kSequence},
-      {{2}, "0", kTooLow},
-      {{2}, "", kTooLow},
-      {{2}, "-1", kTooLow},
-      {{2}, "two", kTooLow},
-      {{2}, "2x", kTooLow},
-      {{2}, "6", kTooHigh},
-      {{2}, "99999999999999999999", kTooHigh},
+      {{2, 3, 4}, "1", "34512"}, {{4}, "1", "51234"},   {{1, 2}, "4", "14235"},
+      {{1, 2}, "2", "12345"},    {{1}, " 3 ", "13245"}, {{0, 1, 2}, "3", kInside},
+      {{1, 3}, "5", kSequence},  {{}, "1", kSequence},  {{5}, "1", kSequence},
+      {{2}, "0", kTooLow},       {{2}, "", kTooLow},    {{2}, "-1", kTooLow},
+      {{2}, "2x", kTooLow},      {{2}, "6", kTooHigh},  {{2}, "99999999999999999999", kTooHigh},
   };
   const MoveCase swaps[] = {
       {{0}, "5", "52341"},  {{3}, "2", "14325"}, {{1}, "2", kInside},  {{1, 2}, "5", kSequence},
@@ -220,17 +206,12 @@ TEST(Drops, RowsComeToTheMarkedPlace) {
     bool behind;
   } cases[] = {
       {{{0, 1, 0}}, {0, 1, 1}, "21345 ABCDE abcde vwxyz 67 zyxwv vw 67", true},
-      {{{0, 1, 4}}, {0, 1, 1}, "15234 ABCDE abcde vwxyz 67 zyxwv vw 67", false},
       {{{0, 1, 2}, {0, 1, 3}}, {0, 1, 1}, "13425 ABCDE abcde vwxyz 67 zyxwv vw 67", false},
-      {{{0, 1, 2}, {0, 1, 3}}, {0, 1, 4}, "12534 ABCDE abcde vwxyz 67 zyxwv vw 67", true},
       {{{0, 1, 0, 0}}, {0, 1, 0, 2}, "12345 BCADE abcde vwxyz 67 zyxwv vw 67", true},
       {{{0, 1, 1, 3}, {0, 1, 1, 4}}, {0, 1, 1, 0}, "12345 ABCDE deabc vwxyz 67 zyxwv vw 67", false},
-      {{{0, 1, 0, 0, 4}}, {0, 1, 0, 0, 0}, "12345 ABCDE abcde zvwxy 67 zyxwv vw 67", false},
       {{{0, 1, 0, 0, 1}, {0, 1, 0, 0, 2}}, {0, 1, 0, 0, 3}, "12345 ABCDE abcde vywxz 67 zyxwv vw 67", true},
-      {{{0, 1, 0, 0, 0}}, {0, 1, 0, 1, 1}, "12345 ABCDE abcde wxyz 6v7 zyxwv vw 67", false},
       {{{0, 1, 0, 0, 4}, {0, 1, 0, 0, 1}}, {0, 1, 0, 1, 0}, "12345 ABCDE abcde vxy wz67 zyxwv vw 67", false},
       {{{0, 1, 0, 1, 1}}, {0, 1, 0, 0, 4}, "12345 ABCDE abcde vwxy7z 6 zyxwv vw 67", false},
-      {{{0, 2, 1, 0}}, {0, 2, 1, 3}, "12345 ABCDE abcde vwxyz 67 yxwzv vw 67", true},
       {{{0, 2, 1, 3}, {0, 2, 1, 4}}, {0, 2, 1, 1}, "12345 ABCDE abcde vwxyz 67 zwvyx vw 67", false},
       {{{0, 3, 2, 1}}, {0, 3, 2, 0}, "12345 ABCDE abcde vwxyz 67 zyxwv vw 76", false},
   };
@@ -259,19 +240,15 @@ TEST(ChosenRows, AreThoseThatAnEditMeans) {
     const char* after;
   } cases[] = {
       {Edit::kDelete, {{0, 1, 2}, {0, 1, 4}}, "", "124 ABCDE abcde vwxyz 67 zyxwv vw 67"},
-      {Edit::kDelete, {{0, 1, 1, 1}, {0, 1, 1, 3}}, "", "12345 ABCDE ace vwxyz 67 zyxwv vw 67"},
       {Edit::kDelete, {{0, 1, 0, 2}, {0, 1, 1, 4}}, "", "12345 ABDE abcd vwxyz 67 zyxwv vw 67"},
       {Edit::kDelete, {{0, 1, 0, 0, 1}, {0, 1, 0, 1, 1}}, "", "12345 ABCDE abcde vxyz 6 zyxv v 6"},
       {Edit::kDelete, {{0, 2, 1, 0}, {0, 2, 1, 2}, {0, 2, 2, 1}}, "", "12345 ABCDE abcde vwxyz 67 ywv v 67"},
-      {Edit::kDelete, {{0, 3, 2, 0}}, "", "12345 ABCDE abcde vwxyz 67 zyxwv vw 7"},
       {Edit::kInsert, {{0, 1, 4}}, "", "1234Satellite55 ABCDE abcde vwxyz 67 zyxwv vw 67"},
       {Edit::kInsert, {{0, 1, 0, 2}}, "", "12345 ABCarrier6CDE abcde vwxyz 67 zyxwv vw 67"},
       {Edit::kInsert, {{0, 1, 0, 0, 0}}, "", "12345 ABCDE abcde Service6vwxyz 67 zyxwv vw 67"},
       {Edit::kMove, {{0, 2, 1, 0}}, "3", "12345 ABCDE abcde vwxyz 67 yxzwv vw 67"},
-      {Edit::kMove, {{0, 3, 2, 1}}, "1", "12345 ABCDE abcde vwxyz 67 zyxwv vw 76"},
       {Edit::kMove, {{0, 1, 0, 0, 0}, {0, 1, 0, 0, 1}}, "4", "12345 ABCDE abcde xyvwz 67 zyxwv vw 67"},
       {Edit::kSwap, {{0, 1, 0}}, "2", "21345 ABCDE abcde vwxyz 67 zyxwv vw 67"},
-      {Edit::kSwap, {{0, 1, 0, 0}}, "3", "12345 CBADE abcde vwxyz 67 zyxwv vw 67"},
       {Edit::kSwap, {{0, 1, 1, 4}}, "2", "12345 ABCDE aecdb vwxyz 67 zyxwv vw 67"},
       {Edit::kSwap, {{0, 2, 1, 1}}, "5", "12345 ABCDE abcde vwxyz 67 zvxwy vw 67"},
       {Edit::kSwap, {{0, 3, 2, 0}}, "2", "12345 ABCDE abcde vwxyz 67 zyxwv vw 76"},

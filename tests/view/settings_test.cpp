@@ -466,14 +466,10 @@ TEST_F(DialogTest, OkStoresEverything) {
   EXPECT_TRUE(outcome.close && outcome.loaded);
   EXPECT_FALSE(outcome.refill);
   EXPECT_EQ(PortStatusText(config), "COM2 115200 8 E 1");
-  EXPECT_EQ(config.manufacturer_id, 5);
-  EXPECT_EQ(config.configuration_name, "two");
-  EXPECT_EQ(config.image_type_index, 1);
-  EXPECT_TRUE(config.image_type_chosen);
-  EXPECT_EQ(config.software_major, 255);
-  EXPECT_EQ(config.software_minor, 9);
-  EXPECT_TRUE(config.compressed_image);
-  EXPECT_EQ(config.compression_level, 8);
+  EXPECT_EQ(std::tuple(config.manufacturer_id, config.configuration_name, config.image_type_index,
+                       config.image_type_chosen, config.software_major, config.software_minor,
+                       config.compressed_image, config.compression_level),
+            std::tuple(5, "two", 1, true, 255, 9, true, 8));
 }
 
 TEST_F(DialogTest, OnlyAChangedImageTypeIsAChoice) {
