@@ -87,13 +87,15 @@ std::optional<TableKind> KindOfTable(std::string_view text);
 
 // What becomes of the records that a table has no row for.
 enum class MissingRows { kDelete, kKeep, kCancel };
-// A table that came back, which messages name `name`; else as the file below.
+// A table in UTF-8 that came back, which messages name `name`; else as the file below. `page`: of the
+// database's names.
 bool UpdateFromTableText(const Messages& messages, const std::string& name, std::string_view text,
-                         StaticDatabase& database,
+                         const CodePage& page, StaticDatabase& database,
                          const std::function<MissingRows(const std::string& question)>& ask);
 // A table's file that came back: read, asked about by `ask` when records have no row, and applied. False when
 // nothing was changed: after a message with the path and the line, or when `ask` gave kCancel.
-bool UpdateFromTableFile(const Messages& messages, const Path& path, StaticDatabase& database,
+bool UpdateFromTableFile(const Messages& messages, const Path& path, const CodePage& page,
+                         StaticDatabase& database,
                          const std::function<MissingRows(const std::string& question)>& ask);
 
 }  // namespace vexa

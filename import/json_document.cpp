@@ -259,8 +259,11 @@ class SdbReader {
     if (!carrier)
       throw Misfit{object.PathOf(""), Format("is more than the %u carriers of an SDB", kMaximumCarriers)};
     // In a document of before, no carrier has a place.
-    if (object.Has("place")) ++places_given_;
-    if (places_given_ > 0 && places_given_ != database_.carriers.size()) object.At("place");
+    if (object.Has("place"))
+      ++places_given_;
+    else if (without_place_.empty())
+      without_place_ = object.PathOf("place");
+    if (places_given_ > 0 && !without_place_.empty()) throw Misfit{without_place_, "is missing"};
     if (object.Has("place")) places_.Add(object.Number("place", 0, kMaximumCarriers), object.PathOf("place"));
     object.ForEach("services", kMaximumServices,
                    [&](const Object& service) { ReadService(*carrier, service); });
@@ -312,6 +315,7 @@ class SdbReader {
   StaticDatabase& database_;
   Numbering numbers_{"number"}, orders_{"order"}, places_{"place"};
   size_t places_given_ = 0;
+  std::string without_place_;  // the path of the first one that is missing
 };
 
 OpenUbi UbiOf(const Object& object, const CodePage& page) {

@@ -65,11 +65,12 @@ class TableReader {
 
   // A number that is there, from 1 to `count`; from 0.
   size_t Place(const char* column, size_t count) const {
-    const std::string cell = Cell(column).value();
+    const std::string whole = Cell(column).value();
+    const std::string_view cell = Trimmed(whole);
     size_t number = 0;
     const auto result = std::from_chars(cell.data(), cell.data() + cell.size(), number);
     if (result.ec != std::errc{} || result.ptr != cell.data() + cell.size() || number < 1 || number > count)
-      throw Misfit{Where(), std::string(column) + " \"" + ShownText(cell) + "\" is not there"};
+      throw Misfit{Where(), std::string(column) + " \"" + ShownText(whole) + "\" is not there"};
     return number - 1;
   }
 
@@ -390,7 +391,13 @@ class TableUpdater {
 std::optional<Misfit> ReadTable(std::string_view text, TableKind kind, const CodePage& page,
                                 const StaticDatabase& database, TableUpdate& update) {
   try {
-    TableReader(kind, page, database, update).Read(ParseCsv(text));
+    std::vector<CsvRow> rows = ParseCsv(text);
+    // As spreadsheets leave them below the last row.
+    std::erase_if(rows, [](const CsvRow& row) {
+      return std::all_of(row.cells.begin(), row.cells.end(),
+                         [](const std::string& cell) { return cell.empty(); });
+    });
+    TableReader(kind, page, database, update).Read(rows);
     return std::nullopt;
   } catch (const Misfit& misfit) {
     return misfit;
@@ -409,7 +416,7 @@ std::optional<TableKind> KindOfTable(std::string_view text) {
                                                                      {"carrier", TableKind::kCarriers},
                                                                      {"satellite", TableKind::kSatellites},
                                                                      {"lnb", TableKind::kLnbs}};
-  const std::string first(text.substr(0, text.find('\n')));
+  const std::string first(text.substr(0, text.find_first_of("\r\n")));
   std::vector<CsvRow> rows;
   try {
     rows = ParseCsv(first);
@@ -442,13 +449,18 @@ constexpr const char* kTableRefused = "The table was not taken over.";
 }  // namespace
 
 bool UpdateFromTableText(const Messages& messages, const std::string& name, std::string_view text,
-                         StaticDatabase& database,
+                         const CodePage& page, StaticDatabase& database,
                          const std::function<MissingRows(const std::string& question)>& ask) {
+  if (!IsUtf8(text)) {
+    TellWhy(messages, Icon::kStop, name + ": It is no text in UTF-8. Save the table as \"CSV UTF-8\".", "%s",
+            kTableRefused);
+    return false;
+  }
   const std::optional<TableKind> kind = KindOfTable(text);
   TableUpdate update;
   Misfit misfit{"line 1",
                 "no column numbers records; take a table that vexa export --format csv-table wrote"};
-  const auto found = kind ? ReadTable(text, *kind, Windows1252(), database, update) : misfit;
+  const auto found = kind ? ReadTable(text, *kind, page, database, update) : misfit;
   if (found) {
     TellWhy(messages, Icon::kStop, name + ", " + found->where + ": " + found->what, "%s", kTableRefused);
     return false;
@@ -459,7 +471,8 @@ bool UpdateFromTableText(const Messages& messages, const std::string& name, std:
          ApplyTable(messages, database, update, missing == MissingRows::kDelete);
 }
 
-bool UpdateFromTableFile(const Messages& messages, const Path& path, StaticDatabase& database,
+bool UpdateFromTableFile(const Messages& messages, const Path& path, const CodePage& page,
+                         StaticDatabase& database,
                          const std::function<MissingRows(const std::string& question)>& ask) {
   Bytes file;
   const ReadResult read = ReadWholeFile(path, file, kLargestCsv);
@@ -468,7 +481,7 @@ bool UpdateFromTableFile(const Messages& messages, const Path& path, StaticDatab
     return false;
   }
   const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
-  return UpdateFromTableText(messages, Utf8FromPath(path), text, database, ask);
+  return UpdateFromTableText(messages, Utf8FromPath(path), text, page, database, ask);
 }
 
 }  // namespace vexa

@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "view/common_form.h"
+#include "view/window_state.h"
 
 namespace vexa {
 
@@ -564,6 +565,13 @@ std::optional<GroupKind> ListDroppedOn(const std::vector<NodeRef>& rows, const N
   });
   if (!services || (!tv && target.kind != NodeKind::kRadioGroup)) return std::nullopt;
   return tv ? GroupKind::kTv : GroupKind::kRadio;
+}
+
+DropKind DropKindOf(const std::vector<NodeRef>& rows, const NodeRef& target, bool control) {
+  if (rows.empty() || target.kind == NodeKind::kNone) return DropKind::kNothing;
+  if (control && target.sdb != rows[0].sdb && !IsAmongUbis(target) && !IsAmongUbis(rows[0]))
+    return DropKind::kCopy;
+  return ListDroppedOn(rows, target) ? DropKind::kToList : DropKind::kMove;
 }
 
 bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,

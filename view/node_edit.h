@@ -114,6 +114,15 @@ std::optional<GroupAddition> AddRowsToGroup(const Messages& messages, Document& 
 // The list that rows dropped on the target are added to: it is a group, and they are services of its SDB.
 std::optional<GroupKind> ListDroppedOn(const std::vector<NodeRef>& rows, const NodeRef& target);
 
+enum class DropKind {
+  kNothing,
+  kCopy,    // to another SDB, with Ctrl
+  kToList,  // of ListDroppedOn
+  kMove,    // DropNodes does it or says why not
+};
+// What dropping the rows on the target means; `control`: Ctrl is held.
+DropKind DropKindOf(const std::vector<NodeRef>& rows, const NodeRef& target, bool control);
+
 // Makes the list name just the chosen services: those that it names keep their order, others of `all` follow
 // in its order. False after the limit's message.
 bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,

@@ -230,10 +230,11 @@ TEST_F(CsvTable, AFileThatCameBackIsTakenOver) {
   std::string question;
   const auto update = [&](const std::string& text, MissingRows missing) {
     PutFile(path, BytesOf(text));
-    return UpdateFromTableFile(recorder.context.messages, path, database, [&](const std::string& asked) {
-      question = asked;
-      return missing;
-    });
+    return UpdateFromTableFile(recorder.context.messages, path, Windows1252(), database,
+                               [&](const std::string& asked) {
+                                 question = asked;
+                                 return missing;
+                               });
   };
   for (const TableKind kind : {TableKind::kLnbs, TableKind::kSatellites, TableKind::kCarriers,
                                TableKind::kServices, TableKind::kFavourites})
@@ -248,10 +249,16 @@ TEST_F(CsvTable, AFileThatCameBackIsTakenOver) {
             "The table has no row for 1 records:\n\nsatellite 1 carrier 1 New");
   EXPECT_TRUE(update(one, MissingRows::kDelete));
   EXPECT_EQ(Tree(), "Sat1(Last(P1 P2 P3 ))=2()");
+  // As spreadsheets leave them.
+  EXPECT_TRUE(update("name;carrier;satellite\r\nLast; 1;1 \r\n;;\r\n;;\r\n", MissingRows::kCancel));
   EXPECT_TRUE(recorder.shown.empty());
+  EXPECT_FALSE(update("satellite,name\n1,K\xF6ln\n", MissingRows::kKeep));
+  EXPECT_NE(recorder.Details().at(0).find("UTF-8"), std::string::npos);
+  recorder.shown.clear();
   EXPECT_FALSE(update("a,b\n1,2\n", MissingRows::kKeep));
   EXPECT_FALSE(update("satellite,angle\n1,x\n", MissingRows::kKeep));
-  EXPECT_FALSE(UpdateFromTableFile(recorder.context.messages, path / "none", database, nullptr));
+  EXPECT_FALSE(
+      UpdateFromTableFile(recorder.context.messages, path / "none", Windows1252(), database, nullptr));
   const auto details = recorder.Details();
   ASSERT_EQ(details.size(), 3u);
   EXPECT_NE(details[1].find("t.csv, line 2: angle"), std::string::npos);

@@ -183,6 +183,9 @@ TEST(JsonDocument, WhatFollowsFromPlacesMayBeMissing) {
   json["satellites"][0]["carriers"][0]["place"] = 1;
   Document other;
   EXPECT_EQ(Where(ReadJsonDocument(json.dump(), Windows1252(), other)), "/satellites/0/carriers/1/place");
+  json["satellites"][0]["carriers"][0].erase("place");
+  json["satellites"][0]["carriers"][1]["place"] = 9;
+  EXPECT_EQ(Where(ReadJsonDocument(json.dump(), Windows1252(), other)), "/satellites/0/carriers/0/place");
 }
 
 TEST(CsvDocument, SaysOnWhichLineATableDoesNotFit) {

@@ -367,7 +367,7 @@ void EditorDriver::Click(HWND control, POINT at) {
 }
 
 // Once the control has found that it is a drag, the window has the mouse.
-void EditorDriver::Drag(HWND control, POINT from, POINT to, bool drop) {
+void EditorDriver::Drag(HWND control, POINT from, POINT to, bool drop, WPARAM keys) {
   HWND window = ActiveChild();
   PostMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(from.x, from.y));
   for (int step = 4; step <= 12; step += 4)
@@ -376,7 +376,7 @@ void EditorDriver::Drag(HWND control, POINT from, POINT to, bool drop) {
   MapWindowPoints(control, window, &to, 1);
   PostMessageW(window, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(to.x, to.y));
   if (!drop) PostMessageW(control, WM_KEYDOWN, VK_ESCAPE, 1);
-  PostMessageW(window, WM_LBUTTONUP, 0, MAKELPARAM(to.x, to.y));
+  PostMessageW(window, WM_LBUTTONUP, keys, MAKELPARAM(to.x, to.y));
   EXPECT_TRUE(HasCaughtUp());
 }
 

@@ -93,7 +93,7 @@ class EditorDriver {
   void SetColumnOrder(HWND list, const std::vector<int>& order);
   void Click(HWND control, POINT at);
   // With the mouse from one place of a control to another; Esc comes before the drop unless it shall be one.
-  void Drag(HWND control, POINT from, POINT to, bool drop = true);
+  void Drag(HWND control, POINT from, POINT to, bool drop = true, WPARAM keys = 0);
   HWND Focused();
   std::vector<std::string> EntriesOf(HWND list_box);
   // The list's rows that are selected afterwards; the first of them has its focus.

@@ -137,6 +137,22 @@ TEST_F(Many, ServicesGoToAGroupByDraggingAndBackToTheirCarrier) {
   End();
 }
 
+TEST_F(Many, DraggedWithCtrlRecordsAreCopiedToAnotherSdb) {
+  StartWithSample();
+  ASSERT_TRUE(driver_->SelectItem({"SDB1"}));
+  driver_->Command(kCmdAdd);
+  const Labels zeta = {"SDB1", "Satellites", "[ 1 ] Zeta"}, target = {"SDB2", "Satellites"};
+  driver_->ItemPlace(target);
+  driver_->Drag(Tree(), Middle(driver_->ItemPlace(zeta)), Middle(driver_->ItemPlace(target)), true,
+                MK_CONTROL);
+  for (const char* sdb : {"SDB1", "SDB2"}) {
+    ASSERT_TRUE(driver_->SelectItem({sdb, "Satellites"}));
+    EXPECT_THAT(Column(1), testing::Contains("Zeta")) << sdb;
+  }
+  for (int i = 0; i < 2; ++i) driver_->Command(kCmdUndo);
+  End();
+}
+
 TEST_F(Many, TheGroupsDialogFiltersAndTicksManyRows) {
   StartWithSample();
   ASSERT_TRUE(driver_->SelectItem(kTv));

@@ -112,7 +112,7 @@ TEST_F(Clips, TextGoesToASpreadsheetAndBack) {
   EXPECT_THAT(text, HasSubstr("\"a \"\"b\"\"\""));
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 3);
   text.replace(text.find("S1C1P1"), 6, "Changed");
-  EXPECT_TRUE(UpdateFromTableText(recorder.context.messages, "x", text, database,
+  EXPECT_TRUE(UpdateFromTableText(recorder.context.messages, "x", text, Windows1252(), database,
                                   [](const std::string&) { return MissingRows::kKeep; }));
   EXPECT_EQ(NameOf(database.services[0]->record.name), "Changed");
   EXPECT_EQ(database.services.size(), 12u);

@@ -119,17 +119,20 @@ bool CanDrag(const EditorWindow& editor, const std::vector<NodeRef>& rows) {
   return editor.app->busy == 0 && !rows.empty() && NodeTakes(rows[0].kind, NodeAction::kMove);
 }
 
-void Drop(EditorWindow& editor, const std::vector<NodeRef>& rows, const NodeRef& target) {
-  if (target.kind == NodeKind::kNone) return;
-  // With Ctrl, records are copied to another SDB.
-  if (GetKeyState(VK_CONTROL) < 0 && target.sdb != rows[0].sdb && !IsAmongUbis(target)) {
-    if (const auto clip = CopyNodes(editor.app->context, editor.document, rows))
-      PasteClip(editor, target, {}, *clip);
-    return;
+void Drop(EditorWindow& editor, const std::vector<NodeRef>& rows, const NodeRef& target, bool control) {
+  switch (DropKindOf(rows, target, control)) {
+    case DropKind::kNothing:
+      return;
+    case DropKind::kCopy:
+      if (const auto clip = CopyNodes(editor.app->context, editor.document, rows))
+        PasteClip(editor, target, {}, *clip);
+      return;
+    case DropKind::kToList:
+      return AddToGroup(editor, rows, target.index, ListDroppedOn(rows, target));
+    case DropKind::kMove:
+      ChangeDocument(editor,
+                     [&] { return DropNodes(editor.app->context.messages, editor.document, rows, target); });
   }
-  if (const auto list = ListDroppedOn(rows, target)) return AddToGroup(editor, rows, target.index, list);
-  ChangeDocument(editor,
-                 [&] { return DropNodes(editor.app->context.messages, editor.document, rows, target); });
 }
 
 }  // namespace
@@ -224,7 +227,7 @@ bool DragMessage(EditorWindow& editor, UINT message, WPARAM wparam, LPARAM lpara
     case WM_LBUTTONUP: {
       const std::vector<NodeRef> rows = drag.rows;
       const NodeRef target = Finish(editor);
-      Drop(editor, rows, target);
+      Drop(editor, rows, target, (wparam & MK_CONTROL) != 0);
       return true;
     }
     case WM_RBUTTONDOWN:

@@ -97,8 +97,8 @@ void PasteText(Application& app, EditorWindow& editor, const std::wstring& text)
   const OpenSdb* sdb = SelectedSdb(editor);
   if (!sdb) return;
   ChangeDocument(editor, [&] {
-    return UpdateFromTableText(app.context.messages, "The clipboard", Utf8(text), *sdb->database,
-                               [](const std::string&) { return MissingRows::kKeep; });
+    return UpdateFromTableText(app.context.messages, "The clipboard", Utf8(text), NamesPage(editor.document),
+                               *sdb->database, [](const std::string&) { return MissingRows::kKeep; });
   });
 }
 

@@ -118,7 +118,7 @@ void UpdateFromTable(Application& app) {
   const auto path = AskOpenFile(app.frame, {"Update from Table", {{"CSV Tables ( *.CSV )", "*.csv"}}, "csv"});
   if (!path || !selected) return;
   ChangeDocument(editor, [&] {
-    return UpdateFromTableFile(app.context.messages, *path, *selected->database,
+    return UpdateFromTableFile(app.context.messages, *path, NamesPage(editor.document), *selected->database,
                                [&](const std::string& text) {
                                  const Answer answer = AskYesNoCancel(app, text);
                                  if (answer == Answer::kCancel) return MissingRows::kCancel;
