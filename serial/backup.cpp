@@ -52,7 +52,13 @@ bool MayKeepCopies(const Context& context, const Path& folder) {
 
 bool CollectCopy(const Context& context, const ProjectConfig& config, std::vector<FileContent>& copy) {
   auto decoded = DecodeFolder(context, config, context.temporary_folder, UserBoxInfo{});
-  if (!decoded) return false;
+  if (!decoded) {
+    Tell(context.messages, Icon::kInformation,
+         "What the receiver holds is no database of this configuration, so no copy of it can be kept. "
+         "Without one, "
+         "data can be sent to it.");
+    return false;
+  }
   copy.push_back({"", std::move(decoded->file)});
   for (const char* name : kRegionFiles) {
     auto raw = ReadWholeFile(context.temporary_folder / name);

@@ -1,8 +1,6 @@
 // One database for many receivers: what is tried before the first of them, and how each is served.
 #pragma once
 
-#include <memory>
-#include <mutex>
 #include <string>
 
 #include "serial/run.h"
@@ -19,8 +17,6 @@ struct ReceiverBatch {
   bool verify = false;
   Path backup_folder;  // of copies; empty: none are kept
   Path log;            // empty: none is kept
-  // Held while a row is written: a row and the header before the first one are two questions to the file.
-  std::shared_ptr<std::mutex> log_lock = std::make_shared<std::mutex>();
 };
 
 // Tries what would only show behind minutes on the line: a database that does not fit the configuration, a

@@ -27,6 +27,14 @@ std::string NameOfTable(const std::string& table) {
 
 }  // namespace
 
+uint64_t FileSizeWhenSaved(const Document& document) {
+  Context silent;
+  silent.messages = {[](const Message&) {},
+                     [](const std::string&, const std::string&, bool) { return false; }};
+  const auto sizes = SizesWhenSaved(silent, document);
+  return sizes ? sizes->total : 0;
+}
+
 RoomLook RoomOf(const Document& document, size_t sdb, const ProjectConfig& config, uint64_t file_size) {
   RoomLook look;
   if (sdb >= document.sdbs.size()) return look;

@@ -18,8 +18,10 @@ struct RoomLook {
   std::string lines;  // for its box: a line a table, the fullest first
 };
 
-// Of the SDB of the document, by the tables of the configuration; `file_size` is that of the database's file
-// as it was last read or saved, 0 for none.
+// Of the file that a save would write now, in bytes; 0 when none could be written.
+uint64_t FileSizeWhenSaved(const Document& document);
+
+// Of the SDB of the document, by the tables of the configuration; `file_size` as above.
 RoomLook RoomOf(const Document& document, size_t sdb, const ProjectConfig& config, uint64_t file_size);
 
 }  // namespace vexa

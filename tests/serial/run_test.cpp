@@ -8,6 +8,7 @@
 #include "image/transfer_files.h"
 #include "import/csv.h"
 #include "serial/backup.h"
+#include "serial/batch.h"
 #include "serial/run_log.h"
 #include "serial/verdict.h"
 #include "tests/image/image_maker.h"
@@ -245,6 +246,15 @@ TEST_F(Run, TheLogGrowsByARowAndBeginsWithAHeader) {
                     "2024-05-06 07:08:09,\"a,\"\"b\"\"\",db.bin,00ff,0/0/1,12,3,4.6,,cancelled\r\n"
                     "2024-05-06 07:08:09,\"a,\"\"b\"\"\",db.bin,00ff,0/0/1,12,3,4.6,no,failed\r\n"));
   EXPECT_FALSE(TryRunLog(recorder.context.temporary_folder / "no" / "log"));
+}
+
+TEST_F(Run, ADatabaseIsNoLog) {
+  ReceiverBatch batch;
+  batch.log = recorder.context.temporary_folder / "log.bin";
+  PutFile(batch.log, *BuildBin({}, SmallDocument()));
+  EXPECT_FALSE(MayWriteLog(recorder.context, batch));
+  PutFile(batch.log, BytesOf("time,serial\r\n"));
+  EXPECT_TRUE(MayWriteLog(recorder.context, batch));
 }
 
 TEST_F(Run, ALogThatManyBeginAtOnceHasOneHeaderAndEveryRow) {

@@ -37,6 +37,7 @@ class Comparison : public EditorTest {
   Path PutOther() {
     return PutChanged("other.bin", [](StaticDatabase& database) {
       DeleteServices(database, {database.services[0]});
+      SetName(database.satellites[0]->record.name, "Eta");
       SetName(database.satellites[1]->record.name, "Beta");
       std::swap(database.satellites[0]->carriers[0], database.satellites[0]->carriers[1]);
       NumberCarriers(*database.satellites[0]);
@@ -64,23 +65,32 @@ TEST_F(Comparison, IsFilteredTakenOverAndExported) {
   StartWithOwn();
   HWND box = Open(other);
   HWND list = GetDlgItem(box, IDC_COMPARE_LIST);
-  const Labels all = {"Moved SDB1 satellite 1 carrier 1 High",
+  const Labels all = {"Changed SDB1 satellite 1 Eta", "Moved SDB1 satellite 1 carrier 1 High",
                       "Removed SDB1 satellite 1 carrier 1 service 1 Cap", "Changed SDB1 satellite 2 Beta"};
   EXPECT_THAT(Records(box), testing::ElementsAreArray(all));
-  EXPECT_EQ(driver_->CellOf(list, 2, 2), "name \"Alpha\"");
-  EXPECT_EQ(driver_->CellOf(list, 2, 3), "name \"Beta\"");
+  EXPECT_EQ(driver_->CellOf(list, 3, 2), "name \"Alpha\"");
+  EXPECT_EQ(driver_->CellOf(list, 3, 3), "name \"Beta\"");
   Pick(box, IDC_COMPARE_KIND, 2);
-  EXPECT_THAT(Records(box), ElementsAre(all[2]));
+  EXPECT_THAT(Records(box), ElementsAre(all[0], all[3]));
   Pick(box, IDC_COMPARE_KIND, 0);
   Pick(box, IDC_COMPARE_CHANGE, 2);
-  EXPECT_THAT(Records(box), ElementsAre(all[1]));
+  EXPECT_THAT(Records(box), ElementsAre(all[2]));
   Pick(box, IDC_COMPARE_CHANGE, 0);
+  const auto selected = [&] {
+    return static_cast<int>(Send(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
+  };
+  const std::pair<int, int> steps[] = {
+      {IDC_COMPARE_NEXT, 0}, {IDC_COMPARE_NEXT, 1}, {IDC_COMPARE_NEXT, 2}, {IDC_COMPARE_PREVIOUS, 1}};
+  for (const auto& [button, row] : steps) {
+    driver_->Push(box, button);
+    EXPECT_TRUE(driver_->Until("the row", [&] { return selected() == row; })) << row;
+  }
   driver_->Push(box, IDC_COMPARE_EQUAL);
   EXPECT_GT(driver_->RowsOf(list), 20) << "LNBs, too";
   driver_->Push(box, IDC_COMPARE_NEXT);
   EXPECT_TRUE(driver_->Until("a difference", [&] {
-    const int row = static_cast<int>(Send(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
-    return row >= 0 && driver_->CellOf(list, row, 0) == "Moved";
+    const int row = selected();
+    return row >= 0 && driver_->CellOf(list, row, 0) == "Changed";
   }));
   driver_->Push(box, IDC_COMPARE_EQUAL);
 
@@ -95,16 +105,16 @@ TEST_F(Comparison, IsFilteredTakenOverAndExported) {
                                                : "<tr class=\"moved\">"));
   }
 
-  driver_->SelectRows(list, {1});
+  driver_->SelectRows(list, {3});
   driver_->Push(box, IDC_COMPARE_TAKE);
-  EXPECT_TRUE(driver_->Until("one less", [&] { return driver_->RowsOf(list) == 2; }));
-  EXPECT_THAT(Shown(box, IDC_COMPARE_STATUS), HasSubstr("Taken over: 1. Differences: 2"));
+  EXPECT_TRUE(driver_->Until("one less", [&] { return driver_->RowsOf(list) == 3; }));
+  EXPECT_THAT(Shown(box, IDC_COMPARE_STATUS), HasSubstr("Taken over: 1. Differences: 3"));
   driver_->Push(box, IDC_COMPARE_TAKE_ALL);
   EXPECT_TRUE(driver_->Until("nothing", [&] { return driver_->RowsOf(list) == 0; }));
   EXPECT_THAT(Shown(box, IDC_COMPARE_STATUS), HasSubstr("Nothing differs."));
   EXPECT_FALSE(Enabled(box, IDC_COMPARE_TAKE_ALL));
   driver_->Press(box, IDCANCEL);
-  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites", "[ 1 ] Zeta"}));
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites", "[ 1 ] Eta"}));
   EXPECT_THAT(Column(1), ElementsAre("High", "Low"));
   driver_->Command(kCmdUndo);
   EXPECT_THAT(driver_->Tree(true), testing::Contains("    [ 2 ] Alpha")) << "all of them were one step";

@@ -230,6 +230,7 @@ TEST(Rooms, TheFullestTableComesFirst) {
   const RoomLook look = RoomOf(document, 0, config, 1);
   EXPECT_THAT(look.lines, testing::HasSubstr("\ncarriers: 1 of "));
   EXPECT_THAT(look.lines, testing::Not(testing::HasSubstr("lnbs")));
+  EXPECT_EQ(FileSizeWhenSaved(document), BuildBin({}, document)->size());
 }
 
 }  // namespace

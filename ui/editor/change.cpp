@@ -60,6 +60,7 @@ void RevertChanges(EditorWindow& editor) {
 }
 
 void RefreshChanged(EditorWindow& editor) {
+  editor.saved_size.reset();
   MarkChanged(editor, IsChanged(editor.history));
 }
 

@@ -49,6 +49,7 @@ struct EditorWindow {
   Document document;
   Path path;                            // empty: not saved yet
   std::optional<FileState> file_state;  // of that file, when it was read or saved here
+  std::optional<uint64_t> saved_size;   // of the file that a save would write; not known after a change
   Path imported_from;                   // a list; empty: none
   std::string name;                     // caption of a document without path
   bool changed = false;

@@ -9,11 +9,12 @@ namespace vexa {
 
 void LookAtRoom(Application& app) {
   app.room = {};
-  const EditorWindow* editor = ActiveEditor(app);
+  EditorWindow* editor = ActiveEditor(app);
   const OpenSdb* sdb = editor ? SelectedSdb(*editor) : nullptr;
   if (!sdb) return;
+  if (!editor->saved_size) editor->saved_size = FileSizeWhenSaved(editor->document);
   app.room = RoomOf(editor->document, static_cast<size_t>(sdb - editor->document.sdbs.data()), app.config,
-                    editor->file_state ? editor->file_state->size : 0);
+                    *editor->saved_size);
 }
 
 void DrawRoom(const Application& app, const DRAWITEMSTRUCT& item) {
