@@ -13,11 +13,6 @@
 namespace vexa {
 namespace {
 
-void PrintRatio(const char* what, double milliseconds, double base, const char* beside) {
-  std::printf("%-34s %8.2f ms  %6.2f x %s (%.2f ms)\n", what, milliseconds, milliseconds / base, beside,
-              base);
-}
-
 // The highest memory in use of this program so far, in KiB; 0 where the system does not tell. What getrusage
 // tells may be that of the process which started this one.
 double PeakKilobytes() {
@@ -37,12 +32,12 @@ void PrintMemory(const Context& context, const Path& path) {
   Require(SaveBin(context, document, path).has_value(), "saving");
   const double saved = PeakKilobytes();
   const double size = static_cast<double>(std::filesystem::file_size(path)) / 1024;
-  const auto print = [&](const char* what, double peak) {
-    std::printf("%-34s %8.2f MB  %6.2f x the file (%.2f MB)\n", what, peak / 1024, peak / size, size / 1024);
+  const auto print = [&](const char* what, double peak, const char* meant) {
+    PrintRow({what, {peak / 1024, "MB"}, "the file", {size / 1024, "MB"}, meant});
   };
-  print("memory before", before);
-  print("peak memory of open", opened);
-  print("peak memory of open and save", saved);
+  print("memory before", before, "-");
+  print("peak memory of open", opened, "3 x");
+  print("peak memory of open and save", saved, "3 x");
 }
 
 void PrintTimes(const Context& context, const Path& tool, const Path& path, const Path& copy) {
@@ -60,13 +55,13 @@ void PrintTimes(const Context& context, const Path& tool, const Path& path, cons
       BestMilliseconds(15, [&] { Require(BuildBin(context, document, {}, {}).has_value(), "building"); });
   const double saving =
       BestMilliseconds(15, [&] { Require(SaveBin(context, document, copy).has_value(), "saving"); });
-  PrintRatio("open the largest database", opening, copying, "cp");
+  PrintRow({"open the largest database", {opening}, "`cp`", {copying}});
   const std::string info = "'" + tool.string() + "' info '" + path.string() + "' >/dev/null";
   const double process = BestMilliseconds(15, [&] { RunCommand(info); });
-  PrintRatio("open it in a process, vexa info", process, copying, "cp");
-  PrintRatio("lay its file out in memory", building, copying, "cp");
-  PrintRatio("save it, flushed to the disk", saving, copying, "cp");
-  PrintRatio("save it, flushed to the disk", saving, synced, "cp and sync");
+  PrintRow({"open it in a process, `vexa info`", {process}, "`cp`", {copying}, "1.5 x"});
+  PrintRow({"lay its file out in memory", {building}, "`cp`", {copying}});
+  PrintRow({"save it, flushed to the disk", {saving}, "`cp`", {copying}});
+  PrintRow({"save it, flushed to the disk", {saving}, "`cp` and `sync`", {synced}, "1.1 x"});
 }
 
 void PrintCompression(const Context& context, const Path& path) {
@@ -82,7 +77,7 @@ void PrintCompression(const Context& context, const Path& path) {
   document.compress_payload = true;
   const double packed =
       BestMilliseconds(3, [&] { Require(BuildBin(context, document, {}, {}).has_value(), "packing"); });
-  PrintRatio("compressed save", packed, bare, "zlib level 6");
+  PrintRow({"compressed save", {packed}, "zlib level 6", {bare}});
 }
 
 int Run(int argc, char** argv) {
@@ -98,7 +93,6 @@ int Run(int argc, char** argv) {
   SaveLargestDatabase(context, path);
   PrintTimes(context, Path(argv[0]).parent_path() / "vexa", path, *folder / "copy.bin");
   PrintCompression(context, path);
-  std::fflush(stdout);
   const std::string memory = "\"" + std::string(argv[0]) + "\" --memory '" + path.string() + "'";
   RunCommand(memory);
   RemoveFolder(*folder);

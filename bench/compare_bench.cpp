@@ -56,13 +56,14 @@ void Run() {
   });
   Require(CompareDocuments(first, 0, second, 0).empty(), "taking over everything");
   RemoveFolder(*folder);
-  std::printf("opening both databases             %8.2f ms\n", opening);
-  std::printf("comparing them                     %8.2f ms  %6.2f x opening both (%zu differences)\n",
-              comparing, comparing / opening, differing);
-  std::printf("comparing, with every record       %8.2f ms  %6.2f x opening both\n", showing,
-              showing / opening);
-  std::printf("taking over all that differs       %8.2f ms  %6.2f x opening both\n", taking,
-              taking / opening);
+  const std::string both = "opening both";
+  PrintRow({"comparing two databases of 65,535 services, " + std::to_string(differing) + " differences",
+            {comparing},
+            both,
+            {opening},
+            "2 x"});
+  PrintRow({"comparing, with every record", {showing}, both, {opening}});
+  PrintRow({"taking over all that differs", {taking}, both, {opening}});
 }
 
 }  // namespace

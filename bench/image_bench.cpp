@@ -55,10 +55,11 @@ void MeasureUrt(const Context& context, uint8_t compression, bool compressed) {
   });
   const double check = BestMilliseconds(1, [&] { Require(ReadUrt(urt).findings.empty(), "checking"); });
   const char* name = !compressed ? "plain" : compression == 0 ? "zlib" : "bin2cod";
-  std::printf(
-      "URT 64 MiB %-8s %8.1f ms %6.2f x cp (%.1f ms)   flushed to disk %8.1f ms   in memory %8.1f ms   check "
-      "%8.1f ms\n",
-      name, unflushed, unflushed / cp, cp, convert, build, check);
+  const std::string what = Format("URT of 64 MiB, %s", name);
+  PrintRow({what, {unflushed}, "`cp`", {cp}, compressed ? "-" : "2 x"});
+  PrintRow({what + ", flushed to the disk", {convert}, "`cp`", {cp}});
+  PrintRow({what + ", in memory", {build}, "`cp`", {cp}});
+  PrintRow({what + ", checking it", {check}, "`cp`", {cp}});
 }
 
 void MeasureAdb(const Context& context) {
@@ -84,7 +85,9 @@ void MeasureAdb(const Context& context) {
     decoded = decoded && DecodeImage(context, config, images->adb, {}, UserBoxInfo{}).has_value();
   });
   Require(decoded, "decoding the image");
-  std::printf("ADB image of %zu bytes: build %.2f ms, decode %.2f ms\n", images->adb.size(), build, decode);
+  const std::string what = Format("ADB image of %zu bytes", images->adb.size());
+  PrintRow({what + ", building it", {build}});
+  PrintRow({what + ", decoding it", {decode}});
 }
 
 int Main() {

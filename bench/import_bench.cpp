@@ -33,17 +33,17 @@ void Compare(const char* name, ListFormat format, const Path& path, double empty
   size_t services = 0;
   const double own = ImportTime(format, path, services);
   const double copy = BestMilliseconds(15, [&] { RunCommand("cp '" + file + "' '" + file + ".copy'"); });
-  const double bytes = static_cast<double>(std::filesystem::file_size(path));
-  std::printf(
-      "%-8s %6.2f MB %7zu services  import %6.2f ms  cp %6.2f ms (%.2f without its process)  ratio %.2f\n",
-      name, bytes / 1e6, services, own, copy, copy - empty_process, own / copy);
+  const double megabytes = static_cast<double>(std::filesystem::file_size(path)) / 1e6;
+  const std::string what = Format("%s, %.2f MB, 100,000 records, %zu services", name, megabytes, services);
+  PrintRow({what, {own}, "`cp`", {copy}, "1.5 x"});
+  PrintRow({what, {own}, "`cp` without its process", {copy - empty_process}});
   if (format != ListFormat::kSatcodx) return;
   const std::string columns =
       "mawk '{ print substr($0,11,18), substr($0,29,1), substr($0,34,6), substr($0,43,1), substr($0,44,8), "
       "substr($0,52,4), substr($0,70,5), substr($0,75,1), substr($0,76,4), substr($0,80,4), substr($0,84,4), "
       "substr($0,88,5), substr($0,112,4), substr($0,116,12) }' '";
   const double cut = BestMilliseconds(5, [&] { RunCommand(columns + file + "' > /dev/null"); });
-  std::printf("%-8s mawk %6.2f ms  ratio %.3f\n", name, cut, own / cut);
+  PrintRow({what, {own}, "the same columns by `mawk`", {cut}});
 }
 
 }  // namespace

@@ -181,37 +181,35 @@ Usage RunProgram(const std::vector<std::string>& arguments, const std::string& t
   return {Seconds() - start, ProcessorSeconds(used)};
 }
 
-void PrintUpload(const std::string& vexa, const std::string& database, uint32_t baud, const Path& folder) {
+// Time and processor time of the whole upload.
+Usage PrintUpload(const std::string& vexa, const std::string& database, uint32_t baud, const Path& folder) {
   const Path link = folder / "loader";
   const pid_t loader = Start({vexa, "loader", "--link", link.string()}, "", folder);
   for (int i = 0; i < 500 && !std::filesystem::exists(link); ++i) SleepUntil(Seconds() + 0.01);
+  Usage all;
   {
     Line line(std::make_unique<OpenedTerminal>(link), baud);
     const Usage building = RunProgram({vexa, "adb", "build", database, "-o", folder.string()}, "", folder);
-    const Usage all = RunProgram({vexa, "upload", "adb", database, "--port", line.sender->path}, "", folder);
+    all = RunProgram({vexa, "upload", "adb", database, "--port", line.sender->path}, "", folder);
     FrameWatch& watch = line.watch;
     const double alone = static_cast<double>(watch.bytes) * 10 / baud, taken = watch.last - watch.first;
-    std::printf(
-        "packets of an ADB upload           %8.3f s   %6.2f %% of the time that their %llu bytes need\n",
-        taken, alone / taken * 100, static_cast<unsigned long long>(watch.bytes));
+    const std::string bytes = Format("its %llu bytes alone", static_cast<unsigned long long>(watch.bytes));
+    PrintRow({Format("packets of an ADB upload at %u baud", baud), {taken, "s"}, bytes, {alone, "s"}});
     std::nth_element(watch.answers.begin(),
                      watch.answers.begin() + static_cast<std::ptrdiff_t>(watch.answers.size() / 2),
                      watch.answers.end());
-    std::printf(
-        "from a packet's end to the next    %8.3f ms on the average of %zu, of them from the request on "
-        "%.3f\n",
-        (taken - alone) / static_cast<double>(watch.answers.size()) * 1000, watch.answers.size(),
-        watch.answers[watch.answers.size() / 2] * 1000);
-    std::printf("the whole upload, with wake-up     %8.3f s   %6.2f %%\n", all.seconds,
-                alone / all.seconds * 100);
-    std::printf("its processor time                 %8.3f s   %6.2f %%, of it %.3f s for the image\n",
-                all.processor, all.processor / all.seconds * 100, building.processor);
+    PrintRow({Format("from a packet's end to the next, average of %zu", watch.answers.size()),
+              {(taken - alone) / static_cast<double>(watch.answers.size()) * 1000}});
+    PrintRow({"of it from the request on, median", {watch.answers[watch.answers.size() / 2] * 1000}});
+    PrintRow({"the whole upload, with wake-up", {all.seconds, "s"}, bytes, {alone, "s"}});
+    PrintRow({"processor time for its image", {building.processor, "s"}});
   }
   kill(loader, SIGINT);
   waitpid(loader, nullptr, 0);
+  return all;
 }
 
-void PrintYmodem(uint32_t baud, const Path& folder) {
+void PrintYmodem(uint32_t baud, const Path& folder, const Usage& upload) {
   const Path file = folder / "~001adb.urt", received = folder / "received";
   std::filesystem::create_directory(received);
   Line line(OpenPseudoTerminal({}).value, baud);
@@ -233,10 +231,10 @@ void PrintYmodem(uint32_t baud, const Path& folder) {
   }
   Require(ReadWholeFile(received / file.filename()) == ReadWholeFile(file), "the file of YMODEM");
   const double alone = static_cast<double>(std::filesystem::file_size(file)) * 10 / baud;
-  std::printf("the same file by YMODEM-1k (lrzsz) %8.3f s   %6.2f %%\n", all.seconds,
-              alone / all.seconds * 100);
-  std::printf("its processor time                 %8.3f s   %6.2f %%\n", all.processor,
-              all.processor / all.seconds * 100);
+  const std::string rival = "the same file by YMODEM-1k (lrzsz)";
+  PrintRow({rival, {all.seconds, "s"}, "its bytes alone", {alone, "s"}});
+  PrintRow({"the whole upload, with wake-up", {upload.seconds, "s"}, rival, {all.seconds, "s"}});
+  PrintRow({"its processor time, with the image", {upload.processor, "s"}, rival, {all.processor, "s"}});
 }
 
 int Run(int count, char** arguments) {
@@ -249,9 +247,7 @@ int Run(int count, char** arguments) {
   document.sdbs[0].database = MakeRandomDatabase(random, RandomShape{});
   const Path database = *folder / "list.bin";
   Require(SaveBin(Context{}, document, database).has_value(), "making the database");
-  PrintUpload(vexa.string(), database.string(), baud, *folder);
-  std::fflush(stdout);
-  PrintYmodem(baud, *folder);
+  PrintYmodem(baud, *folder, PrintUpload(vexa.string(), database.string(), baud, *folder));
   RemoveFolder(*folder);
   return 0;
 }

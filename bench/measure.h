@@ -1,5 +1,5 @@
-// What every yardstick needs: the best time of several runs, a failure that ends the program, and the largest
-// database that a file can hold.
+// What every yardstick needs: the best time of several runs, a failure that ends the program, the largest
+// database that a file can hold, and the row that it leaves in the table.
 #pragma once
 
 #include <algorithm>
@@ -10,6 +10,7 @@
 #include <string>
 
 #include "core/bin_file.h"
+#include "core/messages.h"
 #include "tests/support/random_database.h"
 #include "tests/support/test_folder.h"
 
@@ -19,6 +20,35 @@ inline void Require(bool holds, const std::string& what) {
   if (holds) return;
   std::fprintf(stderr, "%s failed\n", what.c_str());
   std::exit(1);
+}
+
+struct Measured {
+  double value = 0;
+  const char* unit = "ms";
+};
+
+struct BenchRow {
+  std::string what;
+  Measured figure;
+  std::string beside = {};  // what a user would have instead; empty: nothing of the kind
+  Measured base = {};       // its figure, in the unit of `figure`
+  const char* meant = "-";  // the limit for the ratio, or for the figure where there is nothing beside it
+};
+
+inline std::string TextOf(const Measured& measured) {
+  const std::string unit = measured.unit;
+  const int decimals = unit == "bytes" ? 0 : unit == "s" ? 3 : 2;
+  return Format("%.*f %s", decimals, measured.value, measured.unit);
+}
+
+// Prints a row of a Markdown table: what | figure | beside | ratio | meant. bench/run.sh prints its head.
+inline void PrintRow(const BenchRow& row) {
+  const bool alone = row.beside.empty();
+  const std::string beside = alone ? "-" : row.beside + ": " + TextOf(row.base);
+  const std::string ratio = alone ? "-" : Format("%.2f x", row.figure.value / row.base.value);
+  std::printf("| %s | %s | %s | %s | %s |\n", row.what.c_str(), TextOf(row.figure).c_str(), beside.c_str(),
+              ratio.c_str(), row.meant);
+  std::fflush(stdout);
 }
 
 // Milliseconds of the fastest of `runs`; `prepare` comes before each run and is not counted.
@@ -40,12 +70,14 @@ inline void RunCommand(const std::string& command) {
   Require(std::system(command.c_str()) == 0, command);
 }
 
-// A database of 85 satellites with 65,535 carriers and services, saved as `path`.
-inline void SaveLargestDatabase(const Context& context, const Path& path) {
+// A database of 65,535 carriers and services, saved as `path`; with all the satellites that it can have
+// unless there shall be less.
+inline void SaveLargestDatabase(const Context& context, const Path& path,
+                                size_t satellites = kMaximumSatellites) {
   std::mt19937 random(1);
   RandomShape shape;
   shape.lnbs = 16;
-  shape.satellites = 85;
+  shape.satellites = satellites;
   shape.carriers = kMaximumCarriers;
   shape.services = kMaximumServices;
   shape.favourites = 1000;

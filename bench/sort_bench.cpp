@@ -86,10 +86,11 @@ void Run() {
   const double rival = BestMilliseconds(kRuns, [&] { RunCommand(command); });
   std::filesystem::remove(text);
   std::filesystem::remove(text.string() + ".out");
-  std::printf("65,535 services by three keys      %8.2f ms  %6.2f x sort -s (%.2f ms)\n", ours, ours / rival,
-              rival);
-  std::printf("undo step of one bit               %8.2f ms  %8zu bytes\n", record, small);
-  std::printf("undo of that sort                  %8.2f ms  %8zu bytes\n", undo, large);
+  PrintRow({"65,535 services by three keys", {ours}, "`sort -s`", {rival}});
+  PrintRow({"undo step of one bit", {record}});
+  PrintRow({"its size", {static_cast<double>(small), "bytes"}});
+  PrintRow({"undo of that sort", {undo}});
+  PrintRow({"size of its step", {static_cast<double>(large), "bytes"}});
 }
 
 }  // namespace

@@ -71,11 +71,10 @@ int Run(int argc, wchar_t** argv) {
   Document document = NewDocument();
   document.sdbs[0].database->lnb_count = 1;
   AddTestSatellite(*document.sdbs[0].database, "Satellite");
-  Require(SaveBin(context, document, empty), "making the empty database");
+  Require(SaveBin(context, document, empty).has_value(), "making the empty database");
   const double base = StartTime(argv[1], empty);
   const double full = StartTime(argv[1], largest);
-  std::printf("start to a shown window, largest database  %8.2f ms  %6.2f x an empty one (%.2f ms)\n", full,
-              full / base, base);
+  PrintRow({"start to a shown window, largest database", {full}, "an empty one", {base}});
   RemoveFolder(*folder);
   return 0;
 }
