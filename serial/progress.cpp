@@ -10,6 +10,7 @@ namespace vexa {
 namespace {
 
 constexpr size_t kShortestBar = 7;  // with its brackets
+constexpr double kShortest = 0.1;   // seconds from which on a rate is told
 
 unsigned long long Wide(uint64_t number) {
   return number;
@@ -42,6 +43,7 @@ void BeginPhase(ProgressMeter& meter, TransferPhase phase, uint64_t total, doubl
   meter.now = {phase, 0, total, 0, std::nullopt, meter.now.repeated};
   meter.speed = {};
   meter.speed.Sample(seconds, 0, 0, total);
+  meter.began = seconds;
 }
 
 void Measure(ProgressMeter& meter, uint64_t done, uint64_t repeated, double seconds) {
@@ -50,6 +52,10 @@ void Measure(ProgressMeter& meter, uint64_t done, uint64_t repeated, double seco
   now.repeated = repeated;
   meter.speed.Sample(seconds, now.done, now.done, now.total);
   now.rate = static_cast<uint64_t>(meter.speed.BytesPerSecond());
+  // Too short for the meter, and long enough to tell: since the phase began.
+  const double elapsed = seconds - meter.began;
+  if (elapsed >= kShortest && elapsed < 1)
+    now.rate = static_cast<uint64_t>(static_cast<double>(now.done) / elapsed);
   now.seconds_left.reset();
   const double left = meter.speed.SecondsLeft();
   if (left >= 0) now.seconds_left = static_cast<uint64_t>(std::ceil(left));
@@ -63,17 +69,19 @@ std::string PlainProgress(const TransferProgress& progress) {
 }
 
 std::string ProgressLine(const TransferProgress& progress, size_t width) {
-  const std::string start = PhaseText(progress.phase);
-  std::string rest;
+  std::string line = PhaseText(progress.phase), rest;
+  // On a narrow terminal the last parts are left out, whole.
+  const auto add = [&](const std::string& part) {
+    if (line.size() + rest.size() + part.size() <= width) rest += part;
+  };
   if (progress.total > 0) {
-    rest +=
-        Format(" %3llu%%  %s", Wide(progress.done * 100 / progress.total), RateText(progress.rate).c_str());
+    add(Format(" %3llu%%", Wide(progress.done * 100 / progress.total)));
+    add("  " + RateText(progress.rate));
     if (const auto left = progress.seconds_left)
-      rest += Format("  %llu:%02llu left", Wide(*left / 60), Wide(*left % 60));
+      add(Format("  %llu:%02llu left", Wide(*left / 60), Wide(*left % 60)));
   }
-  if (progress.repeated > 0) rest += Format("  %llu repeated", Wide(progress.repeated));
-  const size_t used = start.size() + rest.size() + 1;
-  std::string line = start;
+  if (progress.repeated > 0) add(Format("  %llu repeated", Wide(progress.repeated)));
+  const size_t used = line.size() + rest.size() + 1;
   if (progress.total > 0 && used + kShortestBar <= width) line += " " + Bar(progress, width - used);
   line += rest;
   line.resize(width, ' ');

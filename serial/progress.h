@@ -30,6 +30,7 @@ struct TransferProgress {
 struct ProgressMeter {
   TransferProgress now;
   TransferMeter speed;
+  double began = 0;  // the phase
 };
 void BeginPhase(ProgressMeter& meter, TransferPhase phase, uint64_t total, double seconds);
 void Measure(ProgressMeter& meter, uint64_t done, uint64_t repeated, double seconds);

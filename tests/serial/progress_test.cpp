@@ -25,6 +25,8 @@ TEST(Progress, RateAndTimeLeftAreThoseOfTheLastSeconds) {
   }
   BeginPhase(meter, TransferPhase::kVerify, 7, 112);
   EXPECT_EQ(PlainProgress(meter.now), "progress: verify 0/7 0 - 2") << "repeats are the run's";
+  Measure(meter, 7, 2, 112.5);
+  EXPECT_EQ(PlainProgress(meter.now), "progress: verify 7/7 14 0 2") << "shorter than a second";
   BeginPhase(meter, TransferPhase::kWakeUp, 0, 113);
   Measure(meter, 5, 2, 114);
   EXPECT_EQ(PlainProgress(meter.now), "progress: wake-up 0/0 0 - 2");
@@ -37,6 +39,7 @@ TEST(Progress, TheLineIsAsWideAsItsPlace) {
       {half, "Uploading [##---]  50%  11.5 kB/s  1:05 left  3 repeated"},
       {half, "Uploading  50%  11.5 kB/s  1:05 left  3 repeated"},
       {half, "Uploading  50%  11.5 kB/s"},
+      {half, "Uploading  50%  11.5 kB/s    "},  // no part of a word
       {{TransferPhase::kVerify, 100, 100, 999, 0, 0},
        "Verifying [#####################] 100%  999 B/s  0:00 left"},
       {{TransferPhase::kDownload, 0, 100, 0, std::nullopt, 0}, "Downloading [--------]   0%  0 B/s"},
