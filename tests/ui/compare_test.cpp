@@ -51,6 +51,14 @@ class Comparison : public EditorTest {
     EXPECT_NE(box, nullptr);
     return box;
   }
+  void ExpectSteps(HWND box, const std::function<int()>& selected) {
+    const std::pair<int, int> steps[] = {
+        {IDC_COMPARE_NEXT, 0}, {IDC_COMPARE_NEXT, 1}, {IDC_COMPARE_NEXT, 2}, {IDC_COMPARE_PREVIOUS, 1}};
+    for (const auto& [button, row] : steps) {
+      driver_->Push(box, button);
+      EXPECT_TRUE(driver_->Until("the row", [&, row = row] { return selected() == row; })) << row;
+    }
+  }
   Labels Records(HWND box) {
     Labels records;
     HWND list = GetDlgItem(box, IDC_COMPARE_LIST);
@@ -79,12 +87,7 @@ TEST_F(Comparison, IsFilteredTakenOverAndExported) {
   const auto selected = [&] {
     return static_cast<int>(Send(list, LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_SELECTED));
   };
-  const std::pair<int, int> steps[] = {
-      {IDC_COMPARE_NEXT, 0}, {IDC_COMPARE_NEXT, 1}, {IDC_COMPARE_NEXT, 2}, {IDC_COMPARE_PREVIOUS, 1}};
-  for (const auto& [button, row] : steps) {
-    driver_->Push(box, button);
-    EXPECT_TRUE(driver_->Until("the row", [&] { return selected() == row; })) << row;
-  }
+  ExpectSteps(box, selected);
   driver_->Push(box, IDC_COMPARE_EQUAL);
   EXPECT_GT(driver_->RowsOf(list), 20) << "LNBs, too";
   driver_->Push(box, IDC_COMPARE_NEXT);

@@ -207,7 +207,21 @@ TEST_F(Forms, OkAloneChangesNothing) {
   End();
 }
 
-TEST_F(Forms, EveryDefaultIsKeptAndUsed) {
+struct Defaults : Forms {
+  void ExpectDefaultsOfAList() {
+    // This format says nothing of a satellite's LNB; its carriers are bare but for what the list says.
+    const Path list = recorder_.context.temporary_folder / "list.sdx";
+    PutFile(list, BytesOf(SdxList(std::vector<SdxRecord>(1), true)));
+    driver_->Command(kCmdImportSatcodx);
+    driver_->ChooseFile("Open a File", list);
+    driver_->Answer(IDNO);
+    driver_->DeclineCompletion();
+    ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites"}));
+    EXPECT_EQ(driver_->Cell(0, 3), "East") << "the list has no such flag";
+  }
+};
+
+TEST_F(Defaults, AreKeptAndUsed) {
   const Settings settings = {{IDC_DEFAULTS_LNB_FREQUENCY1, "9751"},
                              {IDC_DEFAULTS_LNB_FREQUENCY2, "10601"},
                              {IDC_DEFAULTS_LNB_TYPE, "0"},
@@ -260,15 +274,7 @@ TEST_F(Forms, EveryDefaultIsKeptAndUsed) {
     const uint32_t number = service == database.services[0] ? 2 : 1;
     EXPECT_EQ(FieldsOf(service->record), (Fields{number, 101, 102, 103, kTv, 0}));
   }
-  // This format says nothing of a satellite's LNB; its carriers are bare but for what the list says.
-  const Path list = recorder_.context.temporary_folder / "list.sdx";
-  PutFile(list, BytesOf(SdxList(std::vector<SdxRecord>(1), true)));
-  driver_->Command(kCmdImportSatcodx);
-  driver_->ChooseFile("Open a File", list);
-  driver_->Answer(IDNO);
-  driver_->DeclineCompletion();
-  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites"}));
-  EXPECT_EQ(driver_->Cell(0, 3), "East") << "the list has no such flag";
+  ExpectDefaultsOfAList();
   driver_->Close();
   driver_->Answer(IDNO);
   EXPECT_EQ(driver_->ExitCode(), 0u);
