@@ -10,7 +10,7 @@ namespace vexa {
 namespace {
 
 constexpr size_t kShortestBar = 7;  // with its brackets
-constexpr double kShortest = 0.1;   // seconds from which on a rate is told
+constexpr double kFirstRate = 0.1;  // seconds from which on a rate is told
 
 unsigned long long Wide(uint64_t number) {
   return number;
@@ -54,7 +54,7 @@ void Measure(ProgressMeter& meter, uint64_t done, uint64_t repeated, double seco
   now.rate = static_cast<uint64_t>(meter.speed.BytesPerSecond());
   // Too short for the meter, and long enough to tell: since the phase began.
   const double elapsed = seconds - meter.began;
-  if (elapsed >= kShortest && elapsed < 1)
+  if (elapsed >= kFirstRate && elapsed < 1)
     now.rate = static_cast<uint64_t>(static_cast<double>(now.done) / elapsed);
   now.seconds_left.reset();
   const double left = meter.speed.SecondsLeft();

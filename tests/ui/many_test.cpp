@@ -141,15 +141,18 @@ TEST_F(Many, DraggedWithCtrlRecordsAreCopiedToAnotherSdb) {
   StartWithSample();
   ASSERT_TRUE(driver_->SelectItem({"SDB1"}));
   driver_->Command(kCmdAdd);
-  const Labels zeta = {"SDB1", "Satellites", "[ 1 ] Zeta"}, target = {"SDB2", "Satellites"};
-  driver_->ItemPlace(target);
-  driver_->Drag(Tree(), Middle(driver_->ItemPlace(zeta)), Middle(driver_->ItemPlace(target)), true,
-                MK_CONTROL);
+  ASSERT_TRUE(driver_->SelectItem({"SDB2", "LNBs"}));
+  driver_->Command(kCmdAdd);
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites"}));
+  Choose({0});
+  POINT to = Middle(driver_->ItemPlace({"SDB2", "Satellites"})), from = Middle(driver_->RowPlace(List(), 0));
+  MapWindowPoints(Tree(), List(), &to, 1);
+  driver_->Drag(List(), from, to, true, MK_CONTROL);
   for (const char* sdb : {"SDB1", "SDB2"}) {
     ASSERT_TRUE(driver_->SelectItem({sdb, "Satellites"}));
     EXPECT_THAT(Column(1), testing::Contains("Zeta")) << sdb;
   }
-  for (int i = 0; i < 2; ++i) driver_->Command(kCmdUndo);
+  for (int i = 0; i < 3; ++i) driver_->Command(kCmdUndo);
   End();
 }
 
