@@ -45,7 +45,7 @@ class Receivers : public EditorTest {
   }
   static bool Ticked(HWND box, int id) { return Send(GetDlgItem(box, id), BM_GETCHECK) == BST_CHECKED; }
   static void Click(HWND box, int id) { Send(GetDlgItem(box, id), BM_CLICK); }
-  void AwaitEnd(HWND box, double seconds = 60) {
+  void AwaitEnd(HWND box, double seconds = 120) {
     driver_->Until(
         "the end of the dialog", [&] { return !IsWindow(box); }, seconds);
   }
