@@ -53,9 +53,14 @@ EditorDriver::EditorDriver(const Path& program, std::vector<std::wstring> argume
   for (const std::wstring& argument : arguments) line += L" \"" + argument + L"\"";
   STARTUPINFOW start{};
   start.cb = sizeof start;
-  EXPECT_TRUE(
-      CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &process_))
-      << Utf8(line);
+  const ULONGLONG end = GetTickCount64() + 20000;
+  BOOL started = FALSE;
+  // A system under load refuses a start now and then; a user would click once more.
+  while (!(started = CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                                    &start, &process_)) &&
+         GetTickCount64() < end)
+    Sleep(500);
+  EXPECT_TRUE(started) << Utf8(line) << ": error " << GetLastError();
 }
 
 void EditorDriver::Kill() {
