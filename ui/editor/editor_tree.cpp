@@ -2,6 +2,7 @@
 // opened below them.
 #include <algorithm>
 #include <compare>
+#include <functional>
 #include <set>
 
 #include "core/messages.h"
@@ -85,7 +86,9 @@ bool InsertItem(const EditorWindow& editor, TreeNode& node, HTREEITEM after) {
   TVINSERTSTRUCTW insert{};
   insert.hParent = node.parent->item;
   insert.hInsertAfter = after;
-  insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_CHILDREN | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+  insert.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_CHILDREN | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_STATE;
+  insert.item.stateMask = TVIS_EXPANDED;
+  insert.item.state = node.expanded ? TVIS_EXPANDED : 0;
   insert.item.pszText = LPSTR_TEXTCALLBACKW;
   insert.item.lParam = reinterpret_cast<LPARAM>(&node);
   insert.item.cChildren = I_CHILDRENCALLBACK;
@@ -93,6 +96,37 @@ bool InsertItem(const EditorWindow& editor, TreeNode& node, HTREEITEM after) {
   node.item = reinterpret_cast<HTREEITEM>(
       SendMessageW(editor.tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
   return node.item != nullptr;
+}
+
+// Which new nodes are made as opened ones. Of records built anew what they say is known when it is asked.
+using Opens = std::function<bool(const TreeNode&)>;
+
+// The control goes through all opened items when drawing is turned on again: it is left on.
+void FillNodeWith(EditorWindow& editor, TreeNode& node, Records records, const Opens& opens) {
+  if (!node.children.empty()) return;
+  const std::vector<NodeRef> refs = NodesBelow(editor.document, node);
+  std::vector<uint64_t> contents(refs.size());
+  if (records == Records::kRebuilt) contents = NodeContents(refs);
+  for (size_t i = 0; i < refs.size(); ++i) {
+    auto child = NewNode(node, refs[i]);
+    child->content = contents[i];
+    child->expanded = opens(*child);
+    if (!InsertItem(editor, *child, TVI_LAST)) return;
+    node.children.push_back(std::move(child));
+  }
+}
+
+// The node, which is closed, and all below it that are to be opened, filled. A level after the other: Wine's
+// control looks for a new item's parent among all items, from the oldest on.
+std::vector<TreeNode*> FillLevels(EditorWindow& editor, TreeNode& top, Records records, const Opens& opens) {
+  std::vector<TreeNode*> nodes{&top};
+  for (size_t i = 0; i < nodes.size(); ++i) {
+    FillNodeWith(editor, *nodes[i], records, opens);
+    for (const auto& child : nodes[i]->children) {
+      if (opens(*child)) nodes.push_back(child.get());
+    }
+  }
+  return nodes;
 }
 
 TreeNode* NodeBehind(const EditorWindow& editor, HTREEITEM item) {
@@ -108,8 +142,19 @@ TreeNode* NodeBehind(const EditorWindow& editor, HTREEITEM item) {
 // that is opened for each of them.
 constexpr size_t kManyChanges = 64;
 
-// In a tree with more items than these, going through all of them for one is felt.
-constexpr unsigned kLargeTree = 4000;
+// Going through more items than these for one is felt.
+constexpr size_t kManyItems = 4000;
+
+// How many items in sight a node has with all below it, counted up to the limit.
+size_t ItemsOf(const TreeNode& node, size_t limit) {
+  size_t count = 1;
+  if (!node.expanded) return count;
+  for (const auto& child : node.children) {
+    if (count >= limit) break;
+    count += ItemsOf(*child, limit - count);
+  }
+  return count;
+}
 
 // Brings the nodes into line first and then the control, which may ask for their texts meanwhile.
 class TreeSync {
@@ -323,14 +368,26 @@ class TreeSync {
     parent.children.push_back(std::move(node));
   }
 
-  // Wine's control marks every item in sight behind a new one for painting. Below a closed node it does not.
+  static bool ManyItemsBehind(const TreeNode& node) {
+    size_t count = 0;
+    for (const TreeNode* at = &node; at->parent; at = at->parent) {
+      const auto& nodes = at->parent->children;
+      for (size_t i = PositionOf(*at) + 1; i < nodes.size() && count < kManyItems; ++i)
+        count += ItemsOf(*nodes[i], kManyItems - count);
+    }
+    return count >= kManyItems;
+  }
+
+  // Wine's control marks every item in sight behind a new one for painting. Below a closed node it does not,
+  // but measures all that is opened there anew when the node is opened again.
   void AddItems() {
     std::set<TreeNode*> closed;
-    const bool large = TreeView_GetCount(editor_.tree) > kLargeTree;
     for (TreeNode* node : added_) {
       TreeNode& parent = *node->parent;
-      if (large && parent.expanded && closed.insert(&parent).second)
+      if (parent.expanded && !closed.contains(&parent) && ManyItemsBehind(*node)) {
+        closed.insert(&parent);
         TreeView_Expand(editor_.tree, parent.item, TVE_COLLAPSE);
+      }
       AddItem(*node);
     }
     for (TreeNode* node : closed) TreeView_Expand(editor_.tree, node->item, TVE_EXPAND);
@@ -352,14 +409,17 @@ class TreeSync {
     if (records_ == Records::kKept && KeyOf(slots_, node.ref) == selected_) wanted_ = &node;
   }
 
+  bool WasOpened(const TreeNode& node) const { return opened_.contains(KeyOfNode(slots_, node)); }
+
+  // What was opened without children is open as soon as it has some again.
   void Reopen(TreeNode& node) {
-    if (!opened_.contains(KeyOfNode(slots_, node))) return;
+    if (!WasOpened(node)) return;
+    const auto filled =
+        FillLevels(editor_, node, records_, [&](const TreeNode& child) { return WasOpened(child); });
     ExpandNode(editor_, node);
-    if (records_ == Records::kRebuilt) NoteContentsBelow(node);
-    node.expanded = true;  // without children: as soon as it has some again
-    for (auto& child : node.children) {
-      Note(*child);
-      Reopen(*child);
+    node.expanded = true;
+    for (TreeNode* parent : filled) {
+      for (auto& child : parent->children) Note(*child);
     }
   }
 
@@ -431,14 +491,8 @@ NodeRef NodeOfItem(const EditorWindow& editor, HTREEITEM item) {
   return node ? node->ref : NodeRef{};
 }
 
-// The control goes through all opened items when drawing is turned on again: it is left on.
 void FillNode(EditorWindow& editor, TreeNode& node) {
-  if (!node.children.empty()) return;
-  for (const NodeRef& ref : NodesBelow(editor.document, node)) {
-    auto child = NewNode(node, ref);
-    if (!InsertItem(editor, *child, TVI_LAST)) return;
-    node.children.push_back(std::move(child));
-  }
+  FillNodeWith(editor, node, Records::kKept, [](const TreeNode&) { return false; });
 }
 
 // Wine's control measures every item that is opened, even when the node was open already.
@@ -453,26 +507,20 @@ void OpenSelectedNode(EditorWindow& editor) {
   if (TreeNode* node = NodeBehind(editor, TreeView_GetSelection(editor.tree))) ExpandNode(editor, *node);
 }
 
-namespace {
-
-void OpenAll(EditorWindow& editor, TreeNode& node) {
-  FillNode(editor, node);
-  for (const auto& child : node.children) {
-    if (HasChildNodes(editor.document, child->ref)) OpenAll(editor, *child);
-  }
-  ExpandNode(editor, node);
-}
-
-}  // namespace
-
-// From the leaves up, below a closed node: the control goes through everything in sight for each node that is
-// opened there.
+// Nodes that were closed are opened from the leaves up, below a closed node: the control goes through
+// everything in sight for each.
 void OpenAllBelow(EditorWindow& editor) {
   TreeNode* node = NodeBehind(editor, TreeView_GetSelection(editor.tree));
   if (!node) return;
   const WaitPointer wait;
   TreeView_Expand(editor.tree, node->item, TVE_COLLAPSE);
-  OpenAll(editor, *node);
+  node->expanded = false;
+  const auto opened = FillLevels(editor, *node, Records::kKept, [&](const TreeNode& child) {
+    return HasChildNodes(editor.document, child.ref);
+  });
+  for (size_t i = opened.size(); i-- > 0;) {
+    if (!opened[i]->expanded) ExpandNode(editor, *opened[i]);
+  }
 }
 
 void FillTree(EditorWindow& editor) {
