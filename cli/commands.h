@@ -38,7 +38,7 @@ struct CommandState {
   bool tells_after_interrupt = false;       // else what fails because of an interruption is not told
   std::string interruption;                 // what is said behind "was interrupted"
   std::string last_detail;                  // of the message that was told last
-  std::string first_error;                  // the text of the first error that was told
+  Message failure;                          // the first error that was told; without one, the first message
   std::shared_ptr<ErrorStream> errors = std::make_shared<ErrorStream>();
 };
 

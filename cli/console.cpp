@@ -101,7 +101,9 @@ void PrepareContext(CommandState& state) {
     if (!message.detail.empty() && message.detail != state.last_detail)
       text += "info: " + message.detail + "\n";
     state.last_detail = message.detail;
-    if (message.icon == Icon::kStop && state.first_error.empty()) state.first_error = message.text;
+    Message& failure = state.failure;
+    if (failure.text.empty() || (message.icon == Icon::kStop && failure.icon != Icon::kStop))
+      failure = message;
     state.errors->Print(text);
   };
   context.messages.ask = [&state](const std::string& text, const std::string&, bool) {

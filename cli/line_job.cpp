@@ -10,6 +10,7 @@
 #include "cli/usage.h"
 #include "config/settings.h"
 #include "platform/terminal.h"
+#include "serial/verdict.h"
 
 namespace vexa {
 
@@ -41,6 +42,12 @@ std::function<void(const TransferProgress&)> PlainLines(const std::shared_ptr<Er
     state->at = Clock::now();
     errors->Print(PlainProgress(now) + "\n");
   };
+}
+
+// What failed and why, in one text; a comparison's verdict stands alone.
+std::string FailureText(const Message& failure) {
+  const bool alone = failure.detail.empty() || failure.text == VerdictText(Verdict::kDiffers);
+  return failure.text + (alone ? "" : " " + failure.detail);
 }
 
 void RunLine(CommandState& state, const LineOptions& line, bool document,
@@ -133,7 +140,7 @@ bool PrintDocument(LineJob& job, RunEnd end, bool in_one_line) {
   if (!job.line.json) return true;
   const RunResult& result = job.result;
   std::string message;
-  if (end == RunEnd::kFailed) message = job.state.first_error;
+  if (end == RunEnd::kFailed) message = FailureText(job.state.failure);
   if (end == RunEnd::kCancelled) message = "The transfer was interrupted" + job.state.interruption + ".";
   nlohmann::ordered_json document = {
       {"result", RunEndName(end)},   {"phase", PhaseName(result.phase)},

@@ -83,7 +83,7 @@ bool ServeEach(LineJob& job, const AdbSource& source) {
   bool all = true;
   for (std::string line; !InterruptWatch::IsInterrupted() && std::getline(std::cin, line);) {
     if (line.ends_with('\r')) line.pop_back();
-    state.first_error.clear();
+    state.failure = {};
     state.last_detail.clear();
     const bool done = ServeOne(job, source, line);
     all = PrintDocument(job, EndOf(done), true) && done && all;

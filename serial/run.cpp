@@ -174,7 +174,7 @@ bool Ended(ReceiverRun& run, bool done) {
   if (done) {
     Measure(run.meter, run.meter.now.total, run.result.repeated, Now());
     if (run.face.progress) run.face.progress(run.meter.now);
-  } else if (!IsCancelled(run) && !run.unopened) {
+  } else if (!IsCancelled(run)) {
     Tell(run.face.context.messages, Icon::kInformation, "%s", ReceiverStateSentence(run).c_str());
   }
   return done;
@@ -252,6 +252,8 @@ std::string ReceiverState(const ReceiverRun& run) {
         "the receiver may hold a part of the data (packets sent: %llu); switch it off and on and send it "
         "again",
         static_cast<unsigned long long>(run.uploaded));
+  if (run.unopened)
+    return "nothing was written, the receiver keeps what it had; try again when the port can be opened";
   return "nothing was written, the receiver keeps what it had; switch it off and on before the next try";
 }
 

@@ -4,8 +4,8 @@
 //   ServeReceiver: a copy of what the receiver holds --> the upload --> its memory read back and compared
 //
 // Each function returns when it is through, has failed or was cancelled. Failures are told, and behind them,
-// where the line was open, as information, what state the receiver is in and what to do next. Runs at several
-// ports may go side by side, each with a temporary folder of its own.
+// as information, once the port was asked for, what state the receiver is in and what to do next. Runs at
+// several ports may go side by side, each with a temporary folder of its own.
 #pragma once
 
 #include <functional>
@@ -54,7 +54,7 @@ struct ReceiverRun {
   std::shared_ptr<ShownTexts> shown;
   bool begun = false;        // a transfer was started
   bool answered = false;     // the receiver was heard
-  bool unopened = false;     // the port could not be opened
+  bool unopened = false;     // the port of the last transfer could not be opened
   uint64_t uploaded = 0;     // packets of uploads
   bool sent = false;         // an upload ran to its end
   bool differs = false;      // the comparison found something

@@ -27,7 +27,10 @@ TEST_F(ReceiverCommands, APortThatIsNotThereIsToldWithThoseThatAre) {
   ASSERT_EQ(CauseOf(missing), Cause::kMissing);
   const std::string library =
                         "error: Port is not available.\ninfo: " + PortRefusal(In("no-port"), missing) + "\n",
-                    frame = "error: Can't open port.\nPort may be opened by another application.\n";
+                    frame = "error: Can't open port.\nPort may be opened by another application.\n",
+                    state =
+                        "info: Nothing was written, the receiver keeps what it had; try again when the "
+                        "port can be opened.\n";
   const std::pair<std::string, std::string> rows[] = {{"upload adb @list.bin", library + frame},
                                                       {"upload sdb @list.bin", library + frame},
                                                       {"upload urt @list.bin", library},
@@ -35,7 +38,7 @@ TEST_F(ReceiverCommands, APortThatIsNotThereIsToldWithThoseThatAre) {
   for (const auto& [line, errors] : rows) {
     const ProgramResult result = Vexa(line + " --port @no-port");
     EXPECT_EQ(result.status, 1) << line;
-    EXPECT_THAT(result.errors, StartsWith(errors + "info: ")) << line;
+    EXPECT_THAT(result.errors, StartsWith(errors + state + "info: ")) << line;
     for (const SerialPortInfo& port : ListSerialPorts()) EXPECT_THAT(result.errors, HasSubstr(port.name));
   }
   EXPECT_FALSE(Exists("out.bin"));

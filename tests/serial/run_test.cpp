@@ -184,6 +184,9 @@ TEST_F(Run, TheStateOfTheReceiverIsOneSentence) {
   ReceiverRun run;
   EXPECT_EQ(ReceiverStateSentence(run),
             "Nothing was written, the receiver keeps what it had; switch it off and on before the next try.");
+  run.unopened = true;
+  EXPECT_EQ(ReceiverState(run),
+            "nothing was written, the receiver keeps what it had; try again when the port can be opened");
   run.uploaded = 7;
   EXPECT_EQ(
       ReceiverState(run),
@@ -193,6 +196,18 @@ TEST_F(Run, TheStateOfTheReceiverIsOneSentence) {
             "the receiver got all data, but was not compared; switch it off and on and verify it");
   run.differs = true;
   EXPECT_EQ(ReceiverState(run), "the receiver holds other data than it should; send it again");
+}
+
+// The port is taken between two transfers of one run.
+TEST_F(Run, APortThatDoesNotOpenAgainIsToldWithTheStateThatTheReceiverIsIn) {
+  ReceiverRig receiver;
+  ReceiverRun run = Make(receiver, 0);
+  run.face.status = [&](const std::string& text) {
+    if (text == kVerifying) receiver.comm.Fail({"create_file"});
+  };
+  EXPECT_FALSE(Serve(run));
+  EXPECT_EQ(messages.Texts().back(),
+            "The receiver got all data, but was not compared; switch it off and on and verify it.");
 }
 
 TEST_F(Run, CopiesHaveNamesThatEveryFileSystemTakesAndNoneIsReplaced) {
