@@ -437,6 +437,34 @@ TEST(Files, SeveralFilesComeBackAlsoWhereTheyHaveNoSecondNames) {
   }
 }
 
+// Something else has taken the first one's name when the second renaming fails.
+TEST(Files, WhatCannotGoBackToItsNameIsKeptForGood) {
+  for (const int refused : {0, EPERM}) {
+    Recorder recorder;
+    const Path folder = recorder.context.temporary_folder;
+    const FileContent contents[] = {{folder / "a", BytesOf("new")}, {folder / "b", BytesOf("new")}};
+    for (const FileContent& one : contents) PutFile(one.path, BytesOf("before"));
+    recorder.files.replace = [&](const Path& from, const Path& to) -> Outcome {
+      if (to == folder / "a") return SystemFiles().replace(from, to);
+      std::filesystem::remove(folder / "a");
+      std::filesystem::create_directories(folder / "a" / "inner");
+      return std::make_error_code(std::errc::io_error);
+    };
+    size_t failed = 0;
+    link_error = refused;
+    EXPECT_EQ(WriteWholeFiles(contents, failed, recorder.files), WriteResult::kFailed);
+    link_error = 0;
+    EXPECT_EQ(ReadWholeFile(folder / "b"), BytesOf("before"));
+    EXPECT_EQ(WriteWholeFile(folder / "next", {}), WriteResult::kDone) << "which removes what is abandoned";
+    std::vector<Bytes> kept;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+      if (entry.path().extension() == ".kept") kept.push_back(ReadWholeFile(entry.path()).value_or(Bytes{}));
+    }
+    ASSERT_EQ(kept.size(), 1u) << refused;
+    EXPECT_EQ(kept[0], BytesOf("before"));
+  }
+}
+
 TEST(Files, ProcessesThatWriteOneTargetLeaveOneOfTheirFilesWhole) {
   Recorder recorder;
   const Path target = recorder.context.temporary_folder / "target";
