@@ -115,15 +115,17 @@ const std::vector<Service*>& EntriesOf(const FavouriteGroup& group, GroupKind ki
   return kind == GroupKind::kTv ? group.tv : group.radio;
 }
 
-void LeaveListsOfOldType(StaticDatabase& database, const std::unordered_set<const Service*>& changed) {
+size_t LeaveListsOfOldType(StaticDatabase& database, const std::unordered_set<const Service*>& changed) {
+  size_t left = 0;
   for (FavouriteGroup& group : database.favourites) {
-    std::erase_if(group.tv, [&](const Service* service) {
+    left += std::erase_if(group.tv, [&](const Service* service) {
       return changed.contains(service) && service->record.type != kTv;
     });
-    std::erase_if(group.radio, [&](const Service* service) {
+    left += std::erase_if(group.radio, [&](const Service* service) {
       return changed.contains(service) && service->record.type == kTv;
     });
   }
+  return left;
 }
 
 FrequencyRange RangeOf(uint32_t lnb_type) {

@@ -145,8 +145,9 @@ void NumberSatellites(StaticDatabase& database);
 // Sets the carrier position of every service by the carriers' places on the satellite.
 void NumberCarriers(Satellite& satellite);
 
-// Takes services whose type changed between TV and radio out of the favourite lists of their old one.
-void LeaveListsOfOldType(StaticDatabase& database, const std::unordered_set<const Service*>& changed);
+// Takes services whose type changed between TV and radio out of the favourite lists of their old one; how
+// many entries went.
+size_t LeaveListsOfOldType(StaticDatabase& database, const std::unordered_set<const Service*>& changed);
 
 // The smallest program number, from 1, that no service of the carrier has.
 uint32_t FreeProgramNumber(const Carrier& carrier);

@@ -186,6 +186,23 @@ bool IsUnusedPlace(const Satellite& satellite) {
   return name.find_first_not_of("0123456789", kEmptySlot.size()) == std::string_view::npos;
 }
 
+std::optional<std::vector<size_t>> PlacesToFree(const StaticDatabase& database, size_t satellites) {
+  std::vector<size_t> places;
+  for (size_t i = database.satellites.size(); i-- > 0 && satellites - places.size() > kMaximumSatellites;) {
+    if (IsUnusedPlace(*database.satellites[i])) places.push_back(i);
+  }
+  if (satellites - places.size() > kMaximumSatellites) return std::nullopt;
+  std::reverse(places.begin(), places.end());
+  return places;
+}
+
+size_t EndOfSatellites(const StaticDatabase& database) {
+  const auto& list = database.satellites;
+  const auto last = std::find_if(list.rbegin(), list.rend(),
+                                 [](const Satellite* satellite) { return !IsUnusedPlace(*satellite); });
+  return static_cast<size_t>(list.rend() - last);
+}
+
 size_t Pairing::count() const {
   if (ByPlace()) return same;
   return second_of.size() - static_cast<size_t>(std::count(second_of.begin(), second_of.end(), kUnmatched));

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,11 @@ namespace vexa {
 bool IsUnusedPlace(const Satellite& satellite);
 // The name of such a place, by its number from 1.
 std::string EmptySlotName(unsigned number);
+// The unused places that go, the last ones first, so that no more than the table takes are left of
+// `satellites`, which the database would have with them. Nothing when there are too few.
+std::optional<std::vector<size_t>> PlacesToFree(const StaticDatabase& database, size_t satellites);
+// The place behind the last satellite in use.
+size_t EndOfSatellites(const StaticDatabase& database);
 
 inline constexpr size_t kUnmatched = ~size_t{0};
 inline constexpr uint32_t kSameFrequency = 3;  // MHz: carriers no further apart are one and the same

@@ -116,10 +116,12 @@ class Taker {
     }
   }
 
-  bool Fits() const {
+  // Unused places make room for satellites.
+  bool Fits() {
     const auto count = [&](size_t own, size_t more, size_t less) { return own + more - less; };
-    if (count(to_.satellites.size(), more_satellites_, less_satellites_) > kMaximumSatellites)
-      return Refuse("Satellite records exceed the limit. Can not add.");
+    const auto freed = PlacesToFree(to_, count(to_.satellites.size(), more_satellites_, less_satellites_));
+    if (!freed) return Refuse("Satellite records exceed the limit. Can not add.");
+    for (const size_t place : *freed) doomed_.insert(to_.satellites[place]);
     if (count(to_.carriers.size(), more_carriers_, less_carriers_) > kMaximumCarriers)
       return Refuse("Carrier records exceed the limit. Can not add.");
     if (count(to_.services.size(), more_services_, less_services_) > kMaximumServices)
@@ -151,7 +153,7 @@ class Taker {
     return true;
   }
 
-  size_t left_out = 0;
+  size_t left_out = 0, left_lists = 0;
 
  private:
   bool Refuse(const char* text) const {
@@ -426,7 +428,7 @@ class Taker {
       if ((own->record.type == kTv) != (others->record.type == kTv)) changed.insert(own);
       CopyNamed(others->record, own->record);
     }
-    if (!changed.empty()) LeaveListsOfOldType(to_, changed);
+    if (!changed.empty()) left_lists = LeaveListsOfOldType(to_, changed);
   }
 
   void TakeBoxes() {
@@ -482,7 +484,7 @@ std::optional<TakenOver> TakeOver(const Messages& messages, Document& document, 
     ++taken;
   }
   if (!taker.Fits() || !taker.Run()) return std::nullopt;
-  return TakenOver{taken - taker.left_out, taker.left_out};
+  return TakenOver{taken - taker.left_out, taker.left_out, taker.left_lists};
 }
 
 }  // namespace vexa

@@ -190,7 +190,7 @@ class Paster {
   bool Fits(const StaticDatabase& to, size_t satellites) const {
     const StaticDatabase& from = *clip_.document.sdbs[0].database;
     const char* text = nullptr;
-    if (to.satellites.size() + satellites > kMaximumSatellites)
+    if (!PlacesToFree(to, to.satellites.size() + satellites))
       text = "Satellite records exceed the limit. Can not add.";
     else if (clip_.kind != NodeKind::kService && to.carriers.size() + from.carriers.size() > kMaximumCarriers)
       text = "Carrier records exceed the limit. Can not add.";
@@ -206,7 +206,11 @@ class Paster {
     if (!to) return Refuse("Select the SDB that the records are to go to.");
     if (to->lnb_count == 0) return Refuse("Add atleast one LNB to add a satellite.");
     if (!Fits(*to, from.satellites.size())) return std::nullopt;
-    size_t place = row_.kind == NodeKind::kSatellite ? row_.index + size_t{1} : to->satellites.size();
+    size_t place = row_.kind == NodeKind::kSatellite ? row_.index + size_t{1} : EndOfSatellites(*to);
+    const auto freed = PlacesToFree(*to, to->satellites.size() + from.satellites.size());
+    place -=
+        static_cast<size_t>(std::count_if(freed->begin(), freed->end(), [&](size_t i) { return i < place; }));
+    DeleteSatellites(*to, *freed);
     for (const Satellite* satellite : from.satellites) {
       Satellite* copy = PutSatellite(*to, satellite->record, place++);
       copy->record.lnb_index = LnbFor(*to, from, satellite->record.lnb_index) & 0xFF;

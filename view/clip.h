@@ -33,10 +33,11 @@ struct Pasted {
   size_t renumbered = 0;  // services whose program number was taken on their carrier
 };
 // Puts the records of the clip where a new one of their kind would go, at the tree's node or the list's row
-// (of kind kNone: none): satellites and carriers behind a row of their kind, else at the end of their list.
-// Services pasted into a favourite group enter its lists as far as the SDB has them. Satellites use an LNB
-// that is set as theirs was, else the one of its number. Nothing after a message, with nothing changed:
-// the clip is none, does not fit there, or a table would be too full.
+// (of kind kNone: none): satellites and carriers behind a row of their kind, else at the end of their list
+// (satellites before places that nobody uses, which make room for them). Services pasted into a favourite
+// group enter its lists as far as the SDB has them. Satellites use an LNB that is set as theirs was, else the
+// one of its number. Nothing after a message, with nothing changed: the clip is none, does not fit there, or
+// a table would be too full.
 std::optional<Pasted> PasteNodes(const Context& context, Document& document, const NodeRef& tree,
                                  const NodeRef& row, std::span<const uint8_t> clip);
 

@@ -175,6 +175,18 @@ std::string CompareStatus(const CompareView& view) {
   return all == 0 ? "Nothing differs." : Format("Differences: %zu: %s", all, counts.c_str());
 }
 
+std::string TakenOverText(const TakenOver& taken) {
+  std::string text = Format("Taken over: %zu", taken.taken);
+  if (taken.left_out == 1)
+    text += "; 1 favourite entry was left out, as its service is not here";
+  else if (taken.left_out > 1)
+    text += Format("; %zu favourite entries were left out, as their services are not here", taken.left_out);
+  if (taken.left_lists > 0)
+    text += Format("; removed from favourite lists, as services changed between TV and radio: %zu",
+                   taken.left_lists);
+  return text;
+}
+
 TreePath PathOfDifference(const Document& document, size_t sdb, const Difference& difference) {
   const auto place = static_cast<uint32_t>(sdb);
   const DifferencePlace& at = difference.first;

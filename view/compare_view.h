@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/compare.h"
+#include "core/take_over.h"
 #include "view/tree_path.h"
 
 namespace vexa {
@@ -44,6 +45,8 @@ std::vector<size_t> ChosenDifferences(const CompareView& view, const std::vector
 
 // "Differences: 12: 3 added, 0 removed, 8 changed, 1 moved", or that there is none.
 std::string CompareStatus(const CompareView& view);
+// "Taken over: 3", and what became of favourite entries.
+std::string TakenOverText(const TakenOver& taken);
 // Where the window's tree has the record, or what it belongs to; empty: nowhere.
 TreePath PathOfDifference(const Document& document, size_t sdb, const Difference& difference);
 

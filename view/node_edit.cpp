@@ -320,6 +320,12 @@ bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, 
   return swap ? CheckSwapRows(messages, places) : CheckMoveRows(messages, places);
 }
 
+bool MayDragRows(const Messages& messages, const std::vector<NodeRef>& rows, bool control) {
+  // Services may go to a favourite group, wherever they come from, and a copy has no sequence to keep.
+  const bool any = rows.size() == 1 || rows[0].kind == NodeKind::kService || control;
+  return any || CheckMoveNodes(messages, rows, false);
+}
+
 namespace {
 
 struct MoveTexts {

@@ -39,6 +39,8 @@ bool DeleteNodes(const Messages& messages, Document& document, const std::vector
 // carriers, one carrier's services, one group) and follow one another there, services need not. A swap wants
 // one row, or two services of any carriers.
 bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, bool swap);
+// Whether the rows, of which there is one at least, may be dragged; `control`: with Ctrl held, for a copy.
+bool MayDragRows(const Messages& messages, const std::vector<NodeRef>& rows, bool control);
 // What the dialog of a move or swap says for the first of the rows.
 struct MoveDialogTexts {
   std::string title, prompt, tip;  // `tip` of the button

@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <numeric>
 
+#include "core/complete.h"
 #include "core/edit.h"
+#include "core/match.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 
@@ -93,7 +95,7 @@ TEST_F(Takes, AServiceThatBecomesRadioLeavesTheTvLists) {
   own().favourites[0].tv = {own().services[0]};
   others().services[0]->record.type = kRadio;
   others().favourites[0].tv = {};
-  Take({"~ SDB1 satellite 1 carrier 1 service 1 S1C1P1: type 1 -> 2"});
+  EXPECT_EQ(Take({"~ SDB1 satellite 1 carrier 1 service 1 S1C1P1: type 1 -> 2"})->left_lists, 1u);
   EXPECT_THAT(own().favourites[0].tv, IsEmpty());
 }
 
@@ -102,6 +104,17 @@ TEST_F(Takes, ATvServiceComesIntoNoRadioList) {
   others().favourites[0].radio = {others().services[0]};
   Take({"+ SDB1 radio group 1 entry 1 S1C1P1"});
   EXPECT_THAT(own().favourites[0].radio, IsEmpty());
+}
+
+// A saved file has all its places.
+TEST_F(Takes, SatellitesTakeTheRoomOfUnusedPlaces) {
+  AddEmptySlots(own(), FactoryDefaults());
+  AddTestSatellite(others(), "More")->record.angle = 900;
+  DeleteSatellites(others(), {0});
+  EXPECT_EQ(Take({"+ SDB1 satellite 2 More"})->taken, 1u);
+  std::vector<std::string> names = {"S1", "S2", "More"};
+  for (unsigned number = 1; number < kMaximumSatellites - 2; ++number) names.push_back(EmptySlotName(number));
+  EXPECT_EQ(NamesOf(own().satellites), names);
 }
 
 TEST_F(Takes, LimitsRefuseBeforeAnythingChanges) {

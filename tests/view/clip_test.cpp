@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "core/compare.h"
+#include "core/complete.h"
+#include "core/match.h"
 #include "import/csv_table.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
@@ -54,6 +56,17 @@ TEST_F(Clips, RecordsComeWithAllBelowThem) {
   EXPECT_EQ(Carry({Rows({0, 1})[0]}, document, {0, 1}, Rows({0, 1})[0])->records, 1u);
   EXPECT_EQ(NamesOf(from.satellites), (std::vector<std::string>{"S1", "S1", "S2"})) << "behind the row";
   EXPECT_EQ(to.satellites.size(), 2u);
+  // A saved file has all its places, of which the last unused ones make room.
+  AddEmptySlots(to, FactoryDefaults());
+  EXPECT_EQ(Carry(Rows({0, 1}), other, {0})->records, 3u);
+  EXPECT_EQ(Carry({Rows({0, 1})[2]}, other, {0, 1},
+                  ListBelow(other, At(other, {0, 1}), ListView::kBelow, false).rows[0])
+                ->records,
+            1u);
+  std::vector<std::string> names = {"S1", "S2", "S2", "S1", "S1", "S2"};
+  for (unsigned number = 1; names.size() < kMaximumSatellites; ++number)
+    names.push_back(EmptySlotName(number));
+  EXPECT_EQ(NamesOf(to.satellites), names);
 }
 
 TEST_F(Clips, CarriersAndServicesNeedTheirPlace) {

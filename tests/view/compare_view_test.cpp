@@ -60,6 +60,11 @@ TEST_F(Comparisons, ShowBothSidesAndFilterThem) {
           "Changed|SDB1 TV group 1|name \"Favourite1\"|name \"<Best>\"",
           "Changed|File|compressed 0|compressed 1"));
   EXPECT_EQ(CompareStatus(view), "Differences: 6: 1 added, 1 removed, 3 changed, 1 moved");
+  EXPECT_EQ(TakenOverText({3}), "Taken over: 3");
+  EXPECT_EQ(TakenOverText({3, 1, 2}),
+            "Taken over: 3; 1 favourite entry was left out, as its service is not here; removed from "
+            "favourite lists, as "
+            "services changed between TV and radio: 2");
   EXPECT_THAT(Rows({.kind = 4}), ElementsAre(HasSubstr("Added"), HasSubstr("Removed")));
   EXPECT_THAT(Rows({.change = 4}), ElementsAre(HasSubstr("Moved")));
   EXPECT_THAT(Rows({.kind = 2, .equal = true}),

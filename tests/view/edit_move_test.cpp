@@ -319,7 +319,9 @@ TEST(Drops, AreRefused) {
   EXPECT_FALSE(
       MoveNodes(sample.messages, sample.document, sample.Nodes({{0, 1, 0, 1}, {0, 1, 1, 2}}), false, "5"));
   EXPECT_FALSE(CheckMoveNodes(sample.messages, sample.Nodes({{0, 1, 0, 0, 1}, {0, 1, 0, 1, 0}}), false));
-  EXPECT_THAT(sample.recorder.Texts(), ElementsAre(kSequence, kSequence));
+  EXPECT_FALSE(MayDragRows(sample.messages, sample.Nodes({{0, 1, 0, 0}, {0, 1, 1, 2}}), false));
+  EXPECT_TRUE(MayDragRows(sample.messages, sample.Nodes({{0, 1, 0, 0}, {0, 1, 1, 2}}), true)) << "a copy";
+  EXPECT_THAT(sample.recorder.Texts(), ElementsAre(kSequence, kSequence, kSequence));
   EXPECT_EQ(sample.Picture(), kUntouched);
 }
 

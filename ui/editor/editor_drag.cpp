@@ -183,9 +183,7 @@ void BeginListDrag(EditorWindow& editor, int row, POINT at) {
     if (place < editor.rows.rows.size()) rows.push_back(editor.rows.rows[place]);
   }
   if (!CanDrag(editor, rows)) return;
-  // Services may go to a favourite group, wherever they come from.
-  const bool services = rows[0].kind == NodeKind::kService;
-  if (rows.size() > 1 && !services && !CheckMoveNodes(editor.app->context.messages, rows, false)) return;
+  if (!MayDragRows(editor.app->context.messages, rows, GetKeyState(VK_CONTROL) < 0)) return;
   POINT corner{};
   StartDrag(editor, rows, ListView_CreateDragImage(editor.list, row, &corner), at, editor.list);
 }

@@ -1,7 +1,6 @@
 // The window of a comparison, and the commands that look at another database.
 #include "core/messages.h"
 #include "core/order_like.h"
-#include "core/take_over.h"
 #include "import/any_database.h"
 #include "platform/code_page.h"
 #include "ui/controls/file_dialogs.h"
@@ -91,11 +90,7 @@ void Take(const Form& form, CompareWindow& window, TakeOverRange range) {
   });
   if (!taken) return;
   CompareNow(form, window, rows.empty() ? std::nullopt : std::optional(rows[0]));
-  std::string status = Format("Taken over: %zu", taken->taken);
-  if (taken->left_out > 0)
-    status +=
-        Format("; %zu favourite entries were left out, as their services are not here", taken->left_out);
-  form.SetText(IDC_COMPARE_STATUS, status + ". " + CompareStatus(window.view));
+  form.SetText(IDC_COMPARE_STATUS, TakenOverText(*taken) + ". " + CompareStatus(window.view));
 }
 
 void Export(const Form& form, const CompareWindow& window) {
