@@ -147,6 +147,7 @@ TEST_F(ReceiverLine, WhatTheReceiverHeldIsKeptAndGoesBack) {
   driver_->Until("packets", [&] { return Send(GetDlgItem(box, IDC_TRANSFER_BAR), PBM_GETPOS) > 2; });
   Click(box, IDC_TRANSFER_COPY);
   EXPECT_TRUE(IsWindow(box)) << "the receiver is being written";
+  EXPECT_EQ(Shown(box, IDC_TRANSFER_COPY), CopyBoxText(false, true));
   AwaitEnd(box);
   EXPECT_FALSE(std::filesystem::exists(copies_));
 
@@ -159,6 +160,7 @@ TEST_F(ReceiverLine, WhatTheReceiverHeldIsKeptAndGoesBack) {
   AwaitEnd(box);
   box = driver_->WaitForBox("Transfer Data ( PC to STB )");
   EXPECT_EQ(CopyFiles(), 2u) << "kept before anything is sent";
+  EXPECT_EQ(Shown(box, IDC_TRANSFER_COPY), CopyBoxText(true, false));
   Click(box, IDC_TRANSFER_COPY);
   AwaitEnd(box);
 

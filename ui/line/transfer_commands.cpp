@@ -104,13 +104,12 @@ void RunUpload(Application& app, const AdbUpload& upload) {
   if (!MayUploadAdb(app.context, app.config, upload.document) ||
       !BuildAdbImages(app.context, upload.document, upload.sdb, app.config))
     return;
-  bool copied = false;
-  for (UploadStep step = FirstUploadStep(LoadTransferSettings(app.settings)); step != UploadStep::kEnd;) {
-    const StepEnd end = step == UploadStep::kCopy   ? KeepCopy(app)
-                        : step == UploadStep::kSend ? Send(app, upload, copied)
-                                                    : Compare(app, upload);
-    copied |= step == UploadStep::kCopy && end == StepEnd::kDone;
-    step = NextUploadStep(step, end, LoadTransferSettings(app.settings), copied);
+  UploadSteps steps = FirstUploadStep(LoadTransferSettings(app.settings));
+  while (steps.step != UploadStep::kEnd) {
+    const StepEnd end = steps.step == UploadStep::kCopy   ? KeepCopy(app)
+                        : steps.step == UploadStep::kSend ? Send(app, upload, steps.copied)
+                                                          : Compare(app, upload);
+    GoOn(steps, end, LoadTransferSettings(app.settings));
   }
 }
 
@@ -140,39 +139,28 @@ void AddTick(HWND list, int place, const std::string& text) {
   ListView_SetCheckState(list, place, TRUE);
 }
 
-// SDBs first, then the user box records; all ticked at first.
+// All ticked at first.
 std::optional<BinSelection> ChooseWhatToSend(Application& app, const Document& document) {
-  BinSelection selection{0, 0};
-  const int sdbs = static_cast<int>(document.sdbs.size()),
-            all = sdbs + static_cast<int>(document.ubis.size());
+  std::optional<BinSelection> selection;
+  const std::vector<std::string> parts = PartsToSend(document);
   FormActions actions;
   actions.anchors = ListAnchors(IDC_UPLOAD_LIST);
   actions.open = [&](Form& form) {
     HWND list = form.Control(IDC_UPLOAD_LIST);
     SendMessageW(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_CHECKBOXES, LVS_EX_CHECKBOXES);
-    for (int i = 0; i < sdbs; ++i)
-      AddTick(list, i, NameText(document, document.sdbs[static_cast<size_t>(i)].name));
-    for (int i = sdbs; i < all; ++i)
-      AddTick(list, i, NameText(document, document.ubis[static_cast<size_t>(i - sdbs)].name));
+    for (size_t i = 0; i < parts.size(); ++i) AddTick(list, static_cast<int>(i), parts[i]);
     ListView_SetItemState(list, 0, LVIS_FOCUSED | LVIS_SELECTED, LVIS_FOCUSED | LVIS_SELECTED);
   };
   actions.accept = [&](Form& form) {
     HWND list = form.Control(IDC_UPLOAD_LIST);
-    selection = {0, 0};
-    for (int i = 0; i < all; ++i) {
-      if (!ListView_GetCheckState(list, i)) continue;
-      if (i < sdbs) {
-        selection.sdbs |= 1u << i;
-      } else {
-        selection.ubis |= 1u << (i - sdbs);
-      }
-    }
-    if (selection.sdbs != 0) return true;
-    form.Refuse({"Add atleast one SDB to upload."}, IDC_UPLOAD_LIST);
-    return false;
+    std::vector<bool> ticked;
+    for (size_t i = 0; i < parts.size(); ++i)
+      ticked.push_back(ListView_GetCheckState(list, static_cast<int>(i)) != 0);
+    selection = SelectionOf(document, ticked);
+    if (!selection) form.Refuse({"Add atleast one SDB to upload."}, IDC_UPLOAD_LIST);
+    return selection.has_value();
   };
-  if (!RunForm(app, IDD_UPLOAD_SDBS, actions)) return std::nullopt;
-  return selection;
+  return RunForm(app, IDD_UPLOAD_SDBS, actions) ? selection : std::nullopt;
 }
 
 // Whether the port is there, before anything is prepared for it.
@@ -204,8 +192,7 @@ void UploadSdb(Application& app) {
   const EditorWindow& editor = *ActiveEditor(app);
   const Document& document = editor.document;
   if (!MayUploadSdb(app.context, app.config, document, IsAmongUbis(editor.selected))) return;
-  const bool one_only = app.config.sdb_format == 0;
-  if (one_only || document.sdbs.size() + document.ubis.size() == 1) {
+  if (!AsksWhatToSend(app.config, document)) {
     SendSdbs(app, editor, OnlySdb(editor));
   } else if (const auto selection = ChooseWhatToSend(app, document)) {
     SendSdbs(app, editor, *selection);

@@ -101,8 +101,15 @@ bool HasAnswered(const TransferWindow& window) {
   return window.session.transfer.xon || window.session.transfer.packets_moved > 0;
 }
 
+void ShowCopyBox(const TransferWindow& window) {
+  const std::string text = CopyBoxText(window.order.copied, HasAnswered(window));
+  HWND box = GetDlgItem(window.dialog, IDC_TRANSFER_COPY);
+  if (WindowText(box) != text) SetText(box, text);
+}
+
 void ShowProgress(TransferWindow& window) {
   ShowStatusLine(window);
+  ShowCopyBox(window);
   RefreshStrip(GetDlgItem(window.dialog, IDC_TRANSFER_LINE), window.strip);
   HWND sets = GetDlgItem(window.dialog, IDC_TRANSFER_SET);
   if (HasAnswered(window) && IsWindowEnabled(sets)) {
@@ -218,6 +225,7 @@ void KeepBoxes(TransferWindow& window) {
   settings.verify = IsDlgButtonChecked(window.dialog, IDC_TRANSFER_VERIFY) == BST_CHECKED;
   settings.keep_copy = IsDlgButtonChecked(window.dialog, IDC_TRANSFER_COPY) == BST_CHECKED;
   SaveTransferSettings(window.app.settings, settings);
+  ShowCopyBox(window);
   window.begins_again = CallsForCopy(settings, window.order.copied, HasAnswered(window));
   if (window.begins_again) EndTransfer(window);
 }
@@ -244,6 +252,7 @@ void OpenTransfer(TransferWindow& window, HWND dialog) {
   window.dialog = dialog;
   SetText(dialog, TitleOf(window.order));
   ShowChoices(window);
+  ShowCopyBox(window);
   ShowStatusLine(window);
   SetWindowSubclass(GetDlgItem(dialog, IDCANCEL), CancelProcedure, kCancelSubclass,
                     reinterpret_cast<DWORD_PTR>(&window));
@@ -322,9 +331,11 @@ StepEnd RunTransferDialog(Application& app, TransferOrder order) {
   const bool again = window.begins_again;
   const bool done = window.order.job == TransferJob::kDownload ? session.transfer.receive_outcome == 1
                                                                : session.outcome == 1;
+  const uint64_t packets = session.transfer.packets_moved;
   if (session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
-  if (started && again) return StepEnd::kBeginAgain;
-  return started && done ? StepEnd::kDone : StepEnd::kNotDone;
+  const StepEnd end = EndOfUpload(started && again, packets, started && done);
+  if (again && end == StepEnd::kNotDone) Tell(app.context.messages, Icon::kWarning, "%s", kAlreadyBegun);
+  return end;
 }
 
 }  // namespace vexa
