@@ -47,6 +47,11 @@ void TellWhy(const Messages& messages, Icon icon, const std::string& detail, con
   if (messages.tell) messages.tell({icon, text, kApplicationTitle, detail});
 }
 
+std::string WithReason(std::string text, const std::string& detail) {
+  if (!detail.empty()) text += (text.ends_with('.') ? " " : ": ") + detail;
+  return text;
+}
+
 std::string WholeText(const Message& message) {
   return message.detail.empty() ? message.text : message.text + "\n\n" + message.detail;
 }

@@ -26,6 +26,8 @@ struct Message {
 
 // As a box holds it: the text and, after an empty line, the detail.
 std::string WholeText(const Message& message);
+// As a row of a table holds it: the text and, behind it as its reason, the detail, which may be empty.
+std::string WithReason(std::string text, const std::string& detail);
 
 struct Messages {
   std::function<void(const Message& message)> tell;

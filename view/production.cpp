@@ -56,8 +56,7 @@ struct Task {
 };
 
 std::string Sentence(const Message& message) {
-  std::string text = message.text.substr(0, message.text.find('\n'));
-  if (!message.detail.empty()) text += (text.ends_with('.') ? " " : ": ") + message.detail;
+  const std::string text = WithReason(message.text.substr(0, message.text.find('\n')), message.detail);
   return text.ends_with('.') ? text : text + ".";
 }
 
@@ -133,6 +132,16 @@ std::optional<size_t> SdbIn(const std::string& text, const Document& document) {
   if (text.empty() || text.find_first_not_of("0123456789") != text.npos) return std::nullopt;
   if (number < 1 || static_cast<uint64_t>(number) > document.sdbs.size()) return std::nullopt;
   return static_cast<size_t>(number - 1);
+}
+
+// Each once.
+std::vector<std::string> PortsIn(const std::string& text) {
+  std::vector<std::string> ports;
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    if (IsPortName(word) && std::find(ports.begin(), ports.end(), word) == ports.end()) ports.push_back(word);
+  }
+  return ports;
 }
 
 std::string MinutesText(uint64_t seconds) {
@@ -347,18 +356,39 @@ std::string ProductionConfigText(const ProjectConfig& config) {
          line.substr(line.find(' ') + 1);
 }
 
-std::vector<std::string> PortsIn(const std::string& text) {
-  std::vector<std::string> ports;
-  std::istringstream words(text);
-  for (std::string word; words >> word;) {
-    if (IsPortName(word) && std::find(ports.begin(), ports.end(), word) == ports.end()) ports.push_back(word);
+ProductionSettings ProposedFields(ProductionSettings kept, const std::string& open_database,
+                                  const ProjectConfig& config) {
+  if (!open_database.empty()) {
+    kept.database = open_database;
+    kept.sdb = "1";
   }
-  return ports;
+  if (PortsIn(kept.ports).empty()) kept.ports = config.port_name;
+  return kept;
 }
 
-std::string TextOfPorts(const std::vector<std::string>& ports) {
+std::vector<PortOffer> OfferPorts(const std::vector<SerialPortInfo>& there, const std::string& ticked) {
+  std::vector<PortOffer> offers;
+  for (const std::string& choice : PortChoices(there)) offers.push_back({PortNameIn(choice), choice, false});
+  for (const std::string& port : PortsIn(ticked)) {
+    const auto same = [&port](const PortOffer& offer) { return IsSamePort(offer.port, port); };
+    auto found = std::find_if(offers.begin(), offers.end(), same);
+    if (found == offers.end()) found = offers.insert(offers.end(), {port, port, false});
+    found->ticked = true;
+  }
+  return offers;
+}
+
+size_t FirstTicked(const std::vector<PortOffer>& offers) {
+  const auto found =
+      std::find_if(offers.begin(), offers.end(), [](const PortOffer& offer) { return offer.ticked; });
+  return found == offers.end() ? 0 : static_cast<size_t>(found - offers.begin());
+}
+
+std::string TickedPorts(const std::vector<PortOffer>& offers) {
   std::string text;
-  for (const std::string& port : ports) text += (text.empty() ? "" : " ") + port;
+  for (const PortOffer& offer : offers) {
+    if (offer.ticked) text += (text.empty() ? "" : " ") + offer.port;
+  }
   return text;
 }
 

@@ -101,8 +101,23 @@ std::string ProductionCountText(const Production& production);
 // "Standard Receiver / Software only   115200 8 N 1": what the receivers are, and the line.
 std::string ProductionConfigText(const ProjectConfig& config);
 
-// The ports of the settings' text, each once; and back.
-std::vector<std::string> PortsIn(const std::string& text);
-std::string TextOfPorts(const std::vector<std::string>& ports);
+// What the fields hold when the window opens: `open_database`, the file of the active database window, goes
+// before the one of last time; without ports of last time it is the configuration's.
+ProductionSettings ProposedFields(ProductionSettings kept, const std::string& open_database,
+                                  const ProjectConfig& config);
+
+// A port as the window offers it.
+struct PortOffer {
+  std::string port;
+  std::string text;     // with what is behind it
+  bool ticked = false;  // it takes turns
+};
+// The ports that can be chosen, and behind them those of `ticked` (names between blanks) that are not among
+// them. Those of `ticked` have the ticks.
+std::vector<PortOffer> OfferPorts(const std::vector<SerialPortInfo>& there, const std::string& ticked);
+// The place of the first one with a tick; 0 when none has one.
+size_t FirstTicked(const std::vector<PortOffer>& offers);
+// The names of those with a tick, between blanks.
+std::string TickedPorts(const std::vector<PortOffer>& offers);
 
 }  // namespace vexa

@@ -228,8 +228,32 @@ TEST(ProductionTexts, SayHowFarAndHowItEnded) {
   EXPECT_EQ(VerdictHeadline(PlaceState::kFailed), "FAILED");
   view.state = PlaceState::kFailed;
   EXPECT_THAT(PlaceText(view), HasSubstr("Memory allocation failure."));
-  EXPECT_THAT(PortsIn(" COM1 COM3 COM1 toolong "), ElementsAre("COM1", "COM3"));
-  EXPECT_EQ(TextOfPorts({"COM1", "COM3"}), "COM1 COM3");
+}
+
+TEST(Production, PortsAreOfferedWithThoseOfLastTimeTicked) {
+  const std::vector<SerialPortInfo> there = {{"COM2", "Modem"}, {"COM17", ""}};
+  const auto offers = OfferPorts(there, " COM2 COM9 toolong COM9 ");
+  std::vector<std::string> texts, ticked;
+  for (const PortOffer& offer : offers) {
+    texts.push_back(offer.text);
+    if (offer.ticked) ticked.push_back(offer.port);
+  }
+  EXPECT_THAT(ticked, ElementsAre("COM2", "COM9"));
+  EXPECT_EQ(TickedPorts(offers), "COM2 COM9");
+  EXPECT_THAT(texts, testing::IsSupersetOf({"COM1", "COM2  Modem", "COM17"}));
+  EXPECT_EQ(texts.back(), "COM9") << "it is not there";
+  EXPECT_EQ(offers[FirstTicked(offers)].port, "COM2");
+  EXPECT_EQ(FirstTicked(OfferPorts(there, "")), 0u);
+  ProjectConfig config;
+  config.port_name = "COM4";
+  const ProductionSettings kept{"kept.bin", "3", "log", "COM2 COM9", true};
+  const auto proposed = [&](const ProductionSettings& of, const char* open) {
+    const ProductionSettings fields = ProposedFields(of, open, config);
+    return fields.database + " " + fields.sdb + " " + fields.log + " " + fields.ports;
+  };
+  EXPECT_EQ(proposed(kept, ""), "kept.bin 3 log COM2 COM9");
+  EXPECT_EQ(proposed(kept, "open.bin"), "open.bin 1 log COM2 COM9");
+  EXPECT_EQ(proposed({}, ""), " 1  COM4");
 }
 
 }  // namespace

@@ -22,13 +22,12 @@ struct ProductionDialog {
   Production production;
   VirtualList list;
   std::vector<OptionSet> sets;
-  ProjectConfig config;              // of the chosen set
-  std::vector<std::string> choices;  // of ports, with what is behind them
-  std::vector<bool> ticked;          // the ports that take turns
-  size_t shown = 0;                  // the place whose verdict stands large
-  std::string refusal;               // why a number was not taken; stands in place of the verdict
-  bool locked = false;               // the fields, while something is at work
-  std::string seen;                  // what the rows and the verdict showed last
+  ProjectConfig config;           // of the chosen set
+  std::vector<PortOffer> offers;  // a place each
+  size_t shown = 0;               // the place whose verdict stands large
+  std::string refusal;            // why a number was not taken; stands in place of the verdict
+  bool locked = false;            // the fields, while something is at work
+  std::string seen;               // what the rows and the verdict showed last
 };
 
 constexpr int kFields[] = {
@@ -76,7 +75,7 @@ std::string PlaceCell(const ProductionDialog& dialog, size_t row, int column) {
   const PlaceView view = dialog.production.Look(row);
   switch (column) {
     case 0:
-      return row < dialog.choices.size() ? dialog.choices[row] : view.port;
+      return dialog.offers[row].text;
     case 1:
       return view.serial;
     case 2:
@@ -88,26 +87,12 @@ std::string PlaceCell(const ProductionDialog& dialog, size_t row, int column) {
   }
 }
 
-// The ports that there are and those that are wanted, each a place; those wanted have the ticks.
-void ShowPorts(const Form& form, ProductionDialog& dialog, const std::vector<std::string>& wanted) {
-  dialog.choices = PortChoices(ListSerialPorts());
+void ShowPorts(const Form& form, ProductionDialog& dialog, const std::string& ticked) {
+  dialog.offers = OfferPorts(ListSerialPorts(), ticked);
   std::vector<std::string> ports;
-  for (const std::string& choice : dialog.choices) ports.push_back(PortNameIn(choice));
-  for (const std::string& port : wanted) {
-    const auto same = [&port](const std::string& other) { return IsSamePort(other, port); };
-    if (std::any_of(ports.begin(), ports.end(), same)) continue;
-    ports.push_back(port);
-    dialog.choices.push_back(port);
-  }
+  for (const PortOffer& offer : dialog.offers) ports.push_back(offer.port);
   dialog.production.SetPorts(ports);
-  dialog.ticked.assign(ports.size(), false);
-  size_t first = ports.size();
-  for (size_t i = 0; i < ports.size(); ++i) {
-    const auto same = [&](const std::string& port) { return IsSamePort(ports[i], port); };
-    dialog.ticked[i] = std::any_of(wanted.begin(), wanted.end(), same);
-    if (dialog.ticked[i]) first = std::min(first, i);
-  }
-  HighlightPlace(form, dialog, first < ports.size() ? first : 0);
+  HighlightPlace(form, dialog, FirstTicked(dialog.offers));
 }
 
 void ShowConfiguration(const Form& form, const ProductionDialog& dialog) {
@@ -122,18 +107,18 @@ void ChooseSet(const Form& form, ProductionDialog& dialog) {
       LoadOptionSet(dialog.app.context, dialog.sets[static_cast<size_t>(place) - 1], dialog.config);
   if (place > 0 && !chosen) SendMessageW(form.Control(IDC_PRODUCTION_SET), CB_SETCURSEL, 0, 0);
   ShowConfiguration(form, dialog);
-  ShowPorts(form, dialog, {dialog.config.port_name});
+  ShowPorts(form, dialog, dialog.config.port_name);
 }
 
 void OpenProduction(const Form& form, ProductionDialog& dialog) {
   Application& app = dialog.app;
-  const ProductionSettings kept = LoadProductionSettings(app.settings);
   const EditorWindow* editor = ActiveEditor(app);
-  const bool of_editor = editor && !editor->path.empty();
-  form.SetText(IDC_PRODUCTION_DATABASE, of_editor ? Utf8FromPath(editor->path) : kept.database);
-  form.SetText(IDC_PRODUCTION_SDB, of_editor ? "1" : kept.sdb);
-  form.SetText(IDC_PRODUCTION_LOG, kept.log);
-  form.Check(IDC_PRODUCTION_COPY, kept.keep_copy);
+  const ProductionSettings fields = ProposedFields(LoadProductionSettings(app.settings),
+                                                   editor ? Utf8FromPath(editor->path) : "", app.config);
+  form.SetText(IDC_PRODUCTION_DATABASE, fields.database);
+  form.SetText(IDC_PRODUCTION_SDB, fields.sdb);
+  form.SetText(IDC_PRODUCTION_LOG, fields.log);
+  form.Check(IDC_PRODUCTION_COPY, fields.keep_copy);
   dialog.sets = LoadOptionSets(app.settings);
   std::vector<std::string> names = {"As in Settings"};
   for (const OptionSet& set : dialog.sets) names.push_back(set.name);
@@ -142,9 +127,7 @@ void OpenProduction(const Form& form, ProductionDialog& dialog) {
   ShowConfiguration(form, dialog);
   SetUpList(form, dialog.list,
             {{"Port", 160}, {"Serial number", 115}, {"Verdict", 290}, {"OK", 45}, {"Failed", 0}}, nullptr);
-  std::vector<std::string> ports = PortsIn(kept.ports);
-  if (ports.empty()) ports = {app.config.port_name};
-  ShowPorts(form, dialog, ports);
+  ShowPorts(form, dialog, fields.ports);
   ShowWork(form, dialog);
   form.Focus(IDC_PRODUCTION_SERIAL);
 }
@@ -155,11 +138,7 @@ ProductionForm FormOf(const Form& form, const ProductionDialog& dialog) {
   fields.fields.sdb = form.Text(IDC_PRODUCTION_SDB);
   fields.fields.log = form.Text(IDC_PRODUCTION_LOG);
   fields.fields.keep_copy = form.Checked(IDC_PRODUCTION_COPY);
-  std::vector<std::string> ports;
-  for (size_t i = 0; i < dialog.ticked.size(); ++i) {
-    if (dialog.ticked[i]) ports.push_back(dialog.production.Look(i).port);
-  }
-  fields.fields.ports = TextOfPorts(ports);
+  fields.fields.ports = TickedPorts(dialog.offers);
   fields.copy_folder = CopyFolder(dialog.app);
   fields.config = dialog.config;
   return fields;
@@ -192,7 +171,7 @@ void BeginReceiver(const Form& form, ProductionDialog& dialog) {
   form.SetText(IDC_PRODUCTION_SERIAL, "");
   form.Focus(IDC_PRODUCTION_SERIAL);
   HighlightPlace(form, dialog,
-                 dialog.production.NextFree(place, [&](size_t each) { return dialog.ticked[each]; }));
+                 dialog.production.NextFree(place, [&](size_t each) { return dialog.offers[each].ticked; }));
   ShowWork(form, dialog);
 }
 
@@ -320,8 +299,8 @@ void ShowProduction(Application& app) {
   ProductionDialog dialog(app);
   dialog.list.id = IDC_PRODUCTION_PLACES;
   dialog.list.text = [&](size_t row, int column) { return PlaceCell(dialog, row, column); };
-  dialog.list.ticked = [&](size_t row) { return dialog.ticked[row]; };
-  dialog.list.tick = [&](const Form&, size_t row, bool ticked) { dialog.ticked[row] = ticked; };
+  dialog.list.ticked = [&](size_t row) { return dialog.offers[row].ticked; };
+  dialog.list.tick = [&](const Form&, size_t row, bool ticked) { dialog.offers[row].ticked = ticked; };
   dialog.list.highlight = [&](const Form& form, size_t row) {
     dialog.shown = row;
     dialog.refusal.clear();
