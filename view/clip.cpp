@@ -211,22 +211,27 @@ class Paster {
     place -=
         static_cast<size_t>(std::count_if(freed->begin(), freed->end(), [&](size_t i) { return i < place; }));
     DeleteSatellites(*to, *freed);
+    Pasted pasted{from.satellites.size()};
     for (const Satellite* satellite : from.satellites) {
       Satellite* copy = PutSatellite(*to, satellite->record, place++);
-      copy->record.lnb_index = LnbFor(*to, from, satellite->record.lnb_index) & 0xFF;
+      const uint32_t lnb = satellite->record.lnb_index;
+      copy->record.lnb_index = LnbFor(*to, from, lnb) & 0xFF;
+      pasted.other_lnbs += lnb < from.lnb_count && !SameLnb(*to, copy->record.lnb_index, from, lnb) ? 1 : 0;
       for (const Carrier* carrier : satellite->carriers)
         CopyCarrier(*to, *copy, *carrier, copy->carriers.size());
     }
     NumberSatellites(*to);
-    return Pasted{from.satellites.size(), 0};
+    return pasted;
+  }
+
+  static bool SameLnb(const StaticDatabase& to, uint32_t number, const StaticDatabase& from, uint32_t index) {
+    return std::memcmp(&to.lnbs[number], &from.lnbs[index], sizeof(LnbRecord)) == 0;
   }
 
   // The number of an LNB that is set alike, else the same number if there is one, else the first.
   static uint32_t LnbFor(const StaticDatabase& to, const StaticDatabase& from, uint32_t index) {
     if (index >= kMaximumLnbs) return index;
-    const auto same = [&](uint32_t number) {
-      return std::memcmp(&to.lnbs[number], &from.lnbs[index], sizeof(LnbRecord)) == 0;
-    };
+    const auto same = [&](uint32_t number) { return SameLnb(to, number, from, index); };
     if (index < to.lnb_count && same(index)) return index;
     for (uint32_t number = 0; number < to.lnb_count; ++number)
       if (same(number)) return number;

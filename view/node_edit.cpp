@@ -321,8 +321,9 @@ bool CheckMoveNodes(const Messages& messages, const std::vector<NodeRef>& rows, 
 }
 
 bool MayDragRows(const Messages& messages, const std::vector<NodeRef>& rows, bool control) {
-  // Services may go to a favourite group, wherever they come from, and a copy has no sequence to keep.
-  const bool any = rows.size() == 1 || rows[0].kind == NodeKind::kService || control;
+  // Services and entries may go to a favourite group, wherever they come from, and a copy has no sequence to
+  // keep.
+  const bool any = rows.size() == 1 || rows[0].kind == NodeKind::kService || IsEntry(rows[0].kind) || control;
   return any || CheckMoveNodes(messages, rows, false);
 }
 

@@ -61,6 +61,17 @@ TEST_F(Filter, LeavesRowsOutAndSaysHowMany) {
   driver_->Command(kCmdUndo);
   EXPECT_EQ(driver_->ListCount(), 4);
   EXPECT_EQ(Send(List(), LVM_GETSELECTEDCOUNT), 2);
+  // In the field Ctrl+Z is about its text.
+  driver_->Command(kCmdDelete);
+  driver_->Command(kCmdFilter);
+  Enter("x");
+  SetForegroundWindow(driver_->frame());
+  for (const auto& [key, up] :
+       {std::pair(VK_CONTROL, 0), {'Z', 0}, {'Z', KEYEVENTF_KEYUP}, {VK_CONTROL, KEYEVENTF_KEYUP}})
+    keybd_event(static_cast<BYTE>(key), 0, static_cast<DWORD>(up), 0);
+  EXPECT_TRUE(driver_->Until("the text taken back", [&] { return driver_->Title(Field()).empty(); }));
+  EXPECT_EQ(driver_->ListCount(), 2);
+  driver_->Command(kCmdUndo);
   driver_->Command(kCmdFilter);
   Enter("x");
   PostKey(Field(), VK_ESCAPE);

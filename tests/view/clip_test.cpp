@@ -106,10 +106,10 @@ TEST_F(Clips, SatellitesUseTheLnbThatIsSetAsTheirsWas) {
   for (Satellite* satellite : from.satellites) satellite->record.lnb_index = 1;
   to.lnb_count = 3;
   to.lnbs[2] = from.lnbs[1];
-  EXPECT_TRUE(Carry(Rows({0, 1}), other, {0}));
+  EXPECT_EQ(Carry(Rows({0, 1}), other, {0})->other_lnbs, 0u);
   EXPECT_EQ(to.satellites[0]->record.lnb_index, 2u);
   to.lnb_count = 1;
-  EXPECT_TRUE(Carry(Rows({0, 1}), other, {0}));
+  EXPECT_EQ(Carry(Rows({0, 1}), other, {0})->other_lnbs, 2u);
   EXPECT_EQ(to.satellites[2]->record.lnb_index, 0u);
 }
 

@@ -321,6 +321,9 @@ TEST(Drops, AreRefused) {
   EXPECT_FALSE(CheckMoveNodes(sample.messages, sample.Nodes({{0, 1, 0, 0, 1}, {0, 1, 0, 1, 0}}), false));
   EXPECT_FALSE(MayDragRows(sample.messages, sample.Nodes({{0, 1, 0, 0}, {0, 1, 1, 2}}), false));
   EXPECT_TRUE(MayDragRows(sample.messages, sample.Nodes({{0, 1, 0, 0}, {0, 1, 1, 2}}), true)) << "a copy";
+  NodeRef entry;
+  entry.kind = NodeKind::kFavouriteTvEntry;
+  EXPECT_TRUE(MayDragRows(sample.messages, {entry, entry}, false)) << "to another group";
   EXPECT_THAT(sample.recorder.Texts(), ElementsAre(kSequence, kSequence, kSequence));
   EXPECT_EQ(sample.Picture(), kUntouched);
 }

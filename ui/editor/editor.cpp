@@ -465,8 +465,12 @@ void SwitchPicture(Application& app) {
 
 namespace {
 
-// Keys of the filter's field that lead out of it.
+// Keys of the filter's field that lead out of it, and those by which it takes its own text back, not records.
 bool TakeFilterKey(EditorWindow& editor, WPARAM key) {
+  if (GetKeyState(VK_CONTROL) < 0 && (key == 'Z' || key == 'Y')) {
+    if (key == 'Z') SendMessageW(editor.filter_field, EM_UNDO, 0, 0);
+    return true;
+  }
   if (key != VK_ESCAPE && key != VK_RETURN && key != VK_DOWN) return false;
   if (key == VK_ESCAPE) EndFilter(editor);
   SetFocus(editor.list);

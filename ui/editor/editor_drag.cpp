@@ -145,6 +145,8 @@ void AddToGroup(EditorWindow& editor, const std::vector<NodeRef>& rows, uint32_t
     addition = AddRowsToGroup(messages, editor.document, rows, group, list);
     return addition && addition->added > 0;
   });
+  editor.app->outcome.clear();
+  editor.app->refresh_frame();
   if (!addition) return;
   const std::string text = AdditionText(*addition);
   editor.app->outcome = text;
@@ -164,6 +166,10 @@ void PasteClip(EditorWindow& editor, const NodeRef& tree, const NodeRef& row, st
   ShowChanges(editor, ChangesSince(before, editor.document));
   editor.app->outcome = Format("%zu pasted", pasted->records);
   editor.app->refresh_frame();
+  if (pasted->other_lnbs > 0)
+    Tell(context.messages, Icon::kInformation,
+         "Satellites whose LNB is set otherwise here, as this SDB has none that is set as theirs was: %zu",
+         pasted->other_lnbs);
   if (pasted->renumbered > 0)
     Tell(context.messages, Icon::kInformation,
          "Services that got another program number, as theirs was taken on the carrier: %zu",

@@ -89,7 +89,10 @@ void Cut(Application& app) {
   EditorWindow& editor = *ActiveEditor(app);
   const std::vector<NodeRef> rows = CommandRows(editor);
   if (!CopyRows(app, editor, rows)) return;
-  ChangeDocument(editor, [&] { return DeleteNodes(app.context.messages, editor.document, rows); });
+  if (!ChangeDocument(editor, [&] { return DeleteNodes(app.context.messages, editor.document, rows); }))
+    return;
+  app.outcome = Format("%zu cut", rows.size());
+  app.refresh_frame();
 }
 
 // Text that a spreadsheet gave back: rows of a table, which name their records by number.
