@@ -79,6 +79,8 @@ constexpr SettingRow kSettings[] = {
     {kProductionKey, "Ports", ""},
     {kProductionKey, "KeepCopies", "0"},
     {kNamesKey, "CodePage", "Windows-1252"},
+    {kPlaceKey, "Latitude", ""},
+    {kPlaceKey, "Longitude", ""},
 };
 
 constexpr size_t CountOf(std::string_view subkey) {
@@ -581,6 +583,15 @@ void SaveProductionSettings(const SettingsStore& store, const ProductionSettings
   SaveTexts(store, kProductionKey,
             {production.database, production.sdb, production.log, production.ports,
              FlagText(production.keep_copy)});
+}
+
+PlaceSettings LoadPlaceSettings(const SettingsStore& store) {
+  const auto texts = LoadTexts(store, kPlaceKey);
+  return {texts[0], texts[1]};
+}
+
+void SavePlaceSettings(const SettingsStore& store, const PlaceSettings& place) {
+  SaveTexts(store, kPlaceKey, {place.latitude, place.longitude});
 }
 
 const CodePage& LoadNamesPage(const SettingsStore& store) {

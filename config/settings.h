@@ -185,6 +185,13 @@ struct ProductionSettings {
 ProductionSettings LoadProductionSettings(const SettingsStore& store);
 void SaveProductionSettings(const SettingsStore& store, const ProductionSettings& production);
 
+// Where the user is, as text with its letter ("51.5 N"); both empty while it is not known.
+struct PlaceSettings {
+  std::string latitude, longitude;
+};
+PlaceSettings LoadPlaceSettings(const SettingsStore& store);
+void SavePlaceSettings(const SettingsStore& store, const PlaceSettings& place);
+
 // The page in which the names of databases are shown. A name that no page has counts as not readable.
 const CodePage& LoadNamesPage(const SettingsStore& store);
 void SaveNamesPage(const SettingsStore& store, const CodePage& page);

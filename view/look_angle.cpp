@@ -13,8 +13,6 @@ namespace {
 constexpr double kEarthRadius = 6378.137, kOrbitRadius = 42164.17;  // km
 constexpr double kDegree = 3.14159265358979323846 / 180;            // in radians
 
-constexpr const char *kLatitudeName = "Latitude", *kLongitudeName = "Longitude";
-
 }  // namespace
 
 LookAngle LookAngleOf(const Place& place, int position) {
@@ -94,18 +92,14 @@ std::optional<Refusal> PlaceFromFields(std::string_view latitude, std::string_vi
 }
 
 std::optional<Place> LoadPlace(const SettingsStore& store) {
-  const std::string key = SettingsKey(kPlaceKey);
-  if (store.open(key) != KeyState::kExisted) return std::nullopt;
-  const auto latitude = store.read(key, kLatitudeName), longitude = store.read(key, kLongitudeName);
-  if (!latitude || !longitude) return std::nullopt;
-  return PlaceFromText(*latitude + "," + *longitude);
+  const PlaceSettings place = LoadPlaceSettings(store);
+  return PlaceFromText(place.latitude + "," + place.longitude);
 }
 
 void SavePlace(const SettingsStore& store, const std::optional<Place>& place) {
-  const std::string key = SettingsKey(kPlaceKey);
-  store.open(key);
-  store.write(key, kLatitudeName, place ? TextOfDegrees(place->latitude, 'N', 'S') : "");
-  store.write(key, kLongitudeName, place ? TextOfDegrees(place->longitude, 'E', 'W') : "");
+  if (!place) return SavePlaceSettings(store, {});
+  SavePlaceSettings(store,
+                    {TextOfDegrees(place->latitude, 'N', 'S'), TextOfDegrees(place->longitude, 'E', 'W')});
 }
 
 }  // namespace vexa

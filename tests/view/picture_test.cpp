@@ -64,6 +64,8 @@ TEST(LookAngles, PlacesAsPeopleWriteThem) {
     EXPECT_NEAR(loaded->latitude, place->latitude, 0.0001) << row.text;
     EXPECT_NEAR(loaded->longitude, place->longitude, 0.0001) << row.text;
   }
+  EXPECT_EQ(store.read(SettingsKey(kPlaceKey), "Latitude"), "5 N");
+  EXPECT_EQ(store.read(SettingsKey(kPlaceKey), "Longitude"), "0 W");
   SavePlace(store, {});
   EXPECT_FALSE(LoadPlace(store));
   std::optional<Place> place = Place{};
