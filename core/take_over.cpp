@@ -343,11 +343,16 @@ class Taker {
 
   using EntrySet = std::unordered_set<size_t>;
 
-  // A service that here, unlike there, is none for this list stays out, as one that is not there.
+  // A service that here, unlike there, is none for this list stays out, as one that is not there. What it
+  // will be counts, which it becomes after the lists.
   void TakeEntries(GroupKind half, std::vector<Service*>& own, const std::vector<Service*>& others,
                    const EntrySet& wanted, const EntrySet& lost) {
-    const auto fits = [tv = half == GroupKind::kTv](const Service& service, const Service& other) {
-      return (service.record.type == kTv) == tv || service.record.type == other.record.type;
+    std::unordered_map<const Service*, uint32_t> new_types;
+    for (const auto& [service, other] : changed_services_) new_types[service] = other->record.type;
+    const auto fits = [&](const Service& service, const Service& other) {
+      const auto found = new_types.find(&service);
+      const uint32_t type = found != new_types.end() ? found->second : service.record.type;
+      return (type == kTv) == (half == GroupKind::kTv) || type == other.record.type;
     };
     std::vector<Service*> ordered;
     const Pairing pairing = PairEntries(own, others, pairs_);

@@ -99,6 +99,15 @@ TEST_F(Takes, AServiceThatBecomesRadioLeavesTheTvLists) {
   EXPECT_THAT(own().favourites[0].tv, IsEmpty());
 }
 
+TEST_F(Takes, AServiceThatBecomesRadioComesIntoTheRadioLists) {
+  own().favourites[0].tv = {own().services[0]};
+  others().services[0]->record.type = kRadio;
+  others().favourites[0].radio = {others().services[0]};
+  const auto taken = TakeAll();
+  EXPECT_TRUE(taken && taken->left_out == 0);
+  EXPECT_THAT(Lines(document, other), IsEmpty());
+}
+
 TEST_F(Takes, ATvServiceComesIntoNoRadioList) {
   others().services[0]->record.type = kRadio;
   others().favourites[0].radio = {others().services[0]};
