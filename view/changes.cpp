@@ -157,4 +157,32 @@ std::vector<NodeRef> ChangedNodes(const Document& document, const ChangedRows& c
   return chosen;
 }
 
+ChangesInView ViewOfChanges(const Document& document, const std::vector<ChangedRows>& changes) {
+  if (changes.empty()) return {};
+  const auto with_rows =
+      std::find_if(changes.begin(), changes.end(), [](const ChangedRows& c) { return !c.rows.empty(); });
+  const ChangedRows& first = with_rows == changes.end() ? changes.front() : *with_rows;
+  if (first.parent.empty()) {
+    if (first.rows.empty()) return {};
+    return {{static_cast<uint32_t>(first.rows[0])}, ListView::kBelow, {}};
+  }
+  ChangesInView in_view{first.parent, ListView::kBelow, {}};
+  TreePath& node = in_view.node;
+  const auto is_beside = [&](const ChangedRows& change) {
+    return change.parent.size() == first.parent.size() && change.parent.size() > 2 &&
+           std::equal(change.parent.begin(), change.parent.begin() + 2, first.parent.begin()) &&
+           first.parent[1] == kSatelliteLevelPosition && change.rows.empty() == first.rows.empty();
+  };
+  for (const ChangedRows& change : changes) {
+    if (&change != &first && !is_beside(change)) continue;
+    node.erase(std::mismatch(node.begin(), node.end(), change.parent.begin()).first, node.end());
+    const std::vector<NodeRef> rows = ChangedNodes(document, change);
+    in_view.rows.insert(in_view.rows.end(), rows.begin(), rows.end());
+  }
+  constexpr size_t kSatelliteDepth = 3;
+  if (node.size() < first.parent.size())
+    in_view.view = first.parent.size() > kSatelliteDepth ? ListView::kServices : ListView::kCarriers;
+  return in_view;
+}
+
 }  // namespace vexa

@@ -29,4 +29,14 @@ std::vector<ChangedRows> ChangesSince(const DocumentMarks& before, const Documen
 // The rows as nodes, in their order; those that the document does not have are left out.
 std::vector<NodeRef> ChangedNodes(const Document& document, const ChangedRows& change);
 
+// Where changes are seen together.
+struct ChangesInView {
+  TreePath node;  // of the tree; empty: nowhere
+  ListView view = ListView::kBelow;
+  std::vector<NodeRef> rows;  // of its list, of one kind; empty: the records are gone, or the node is the one
+};
+// Of the first records that changed, or are gone, and all others of their kind in their SDB: what they lie
+// under, with a view of its list that holds them all. `changes` are those of ChangesSince.
+ChangesInView ViewOfChanges(const Document& document, const std::vector<ChangedRows>& changes);
+
 }  // namespace vexa

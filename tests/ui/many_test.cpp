@@ -134,6 +134,15 @@ TEST_F(Many, ServicesGoToAGroupByDraggingAndBackToTheirCarrier) {
   driver_->Command(kCmdInformation);
   EXPECT_EQ(driver_->Cell(driver_->ListCount() - 1, 1), "Favourite2 (TV)");
   for (int i = 0; i < 2; ++i) driver_->Command(kCmdUndo);
+  // What changes in services of two carriers is seen together when it is undone.
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites"}));
+  driver_->Command(kCmdViewServices);
+  Choose({1, 3});
+  driver_->Command(MarkCommand("Service &Type", "&Radio"));
+  ASSERT_TRUE(driver_->SelectItem(kTv));
+  driver_->Command(kCmdUndo);
+  EXPECT_EQ(driver_->ListCount(), 4);
+  EXPECT_EQ(Send(List(), LVM_GETSELECTEDCOUNT), 2);
   End();
 }
 

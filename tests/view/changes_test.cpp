@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 
 #include "core/edit.h"
@@ -12,6 +13,7 @@
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 #include "view/node_edit.h"
+#include "view/row_order.h"
 
 namespace vexa {
 
@@ -81,6 +83,60 @@ TEST_F(ChangesTest, NameTheRowsOfEachList) {
     row.change();
     EXPECT_EQ(Told(), row.told) << row.what;
   }
+}
+
+// The rows that one view shows are selected together, wherever their records lie.
+TEST_F(ChangesTest, AreSeenInTheViewThatHoldsThemAll) {
+  using Numbers = std::vector<size_t>;
+  const struct {
+    Numbers lost, services, carriers;  // gone and changed; those of the second SDB from 12 and 4 on
+    TreePath node;
+    ListView view;
+    std::vector<std::string> rows;
+  } rows[] = {
+      {{}, {3, 5}, {}, {0, 1, 0, 1}, ListView::kBelow, {"S1C2P1", "S1C2P3"}},
+      {{}, {0, 5}, {}, {0, 1, 0}, ListView::kServices, {"S1C1P1", "S1C2P3"}},
+      {{}, {1, 2, 9}, {}, {0, 1}, ListView::kServices, {"S1C1P2", "S1C1P3", "S2C2P1"}},
+      {{}, {0, 5, 12}, {}, {0, 1, 0}, ListView::kServices, {"S1C1P1", "S1C2P3"}},
+      {{}, {15, 21}, {}, {1, 1}, ListView::kServices, {"S1C2P1", "S2C2P1"}},
+      {{}, {}, {1, 3, 5}, {0, 1}, ListView::kCarriers, {"S1C2", "S2C2"}},
+      {{}, {7}, {1}, {0, 1, 0}, ListView::kBelow, {"S1C2"}},
+      {{0}, {}, {}, {0, 1, 0, 0}, ListView::kBelow, {}},
+      {{0, 5}, {}, {}, {0, 1, 0}, ListView::kServices, {}},
+      {{0}, {6, 9}, {}, {0, 1, 1}, ListView::kServices, {"S2C1P1", "S2C2P1"}},
+      {{}, {}, {}, {}, ListView::kBelow, {}},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    document = SmallDocument();
+    Document second = SmallDocument();
+    document.sdbs.push_back(std::move(second.sdbs[0]));
+    database().favourites[0].tv = {database().services[9]};  // says something else, too
+    before = MarksOf(document);
+    const auto of = [&](size_t number, size_t count) -> StaticDatabase& {
+      return *document.sdbs[number / count].database;
+    };
+    for (const size_t i : row.services) of(i, 12).services[i % 12]->record.audio_pid = 99;
+    for (const size_t i : row.carriers) of(i, 4).carriers[i % 4]->record.frequency += 7;
+    std::vector<Service*> lost;
+    for (const size_t i : row.lost) lost.push_back(database().services[i]);
+    DeleteServices(database(), lost);
+    const ChangesInView in_view = ViewOfChanges(document, ChangesSince(before, document));
+    EXPECT_EQ(in_view.node, row.node);
+    EXPECT_EQ(in_view.view, row.view);
+    std::vector<std::string> names;
+    for (const NodeRef& node : in_view.rows)
+      names.emplace_back(NameOf(node.service ? node.service->record.name : node.carrier->record.name));
+    EXPECT_EQ(names, row.rows);
+    if (row.node.empty()) continue;
+    const auto list = ListBelow(document, NodesAlong(document, row.node).back(), row.view, false).rows;
+    const auto chosen = RowsOfNodes(list, in_view.rows);
+    EXPECT_EQ(static_cast<size_t>(std::count(chosen.begin(), chosen.end(), true)), row.rows.size());
+  }
+  before = MarksOf(document);
+  document.sdbs[1].name = "Two";
+  const ChangesInView root = ViewOfChanges(document, ChangesSince(before, document));
+  EXPECT_TRUE(root.node == TreePath{1} && root.rows.empty());
 }
 
 // What the satellites, carriers and services of a document say, by their ways.

@@ -212,28 +212,14 @@ bool ShowRecord(EditorWindow& editor, const TreePath& place, bool focus) {
 }
 
 void ShowChanges(EditorWindow& editor, const std::vector<ChangedRows>& changes) {
-  if (changes.empty()) return;
-  const auto with_rows =
-      std::find_if(changes.begin(), changes.end(), [](const ChangedRows& c) { return !c.rows.empty(); });
-  const ChangedRows& first = with_rows == changes.end() ? changes.front() : *with_rows;
-  // Of what changed, records of one kind can be seen together; others followed from them.
-  std::vector<NodeRef> all = ChangedNodes(editor.document, first);
-  for (const ChangedRows& change : changes) {
-    if (&change == &first) continue;
-    for (const NodeRef& node : ChangedNodes(editor.document, change)) {
-      if (!all.empty() && node.kind == all[0].kind) all.push_back(node);
-    }
-  }
-  const auto select = [&] { return SelectNodes(editor, all); };
+  const ChangesInView place = ViewOfChanges(editor.document, changes);
+  if (place.node.empty()) return;
+  const auto select = [&] { return SelectNodes(editor, place.rows); };
   // In the list that is shown, a filter may hide them.
-  if (!select() && !(FilterHides(editor, all) && EndFilter(editor) && select())) {
-    // Of the roots, one is selected in the tree itself.
-    const bool root = first.parent.empty();
-    if (root && first.rows.empty()) return;
-    if (!SelectTreeNode(editor, root ? TreePath{static_cast<uint32_t>(first.rows[0])} : first.parent)) return;
-    const std::vector<NodeRef> nodes = ChangedNodes(editor.document, first);
-    const bool hidden = !nodes.empty() && !SelectNodes(editor, nodes);
-    if (!root && (nodes.empty() || (hidden && !(EndFilter(editor) && SelectNodes(editor, nodes)))))
+  if (!select() && !(FilterHides(editor, place.rows) && EndFilter(editor) && select())) {
+    if (!SelectTreeNode(editor, place.node)) return;
+    if (place.view != ListView::kBelow) ShowView(editor, place.view);
+    if (place.rows.empty() || !(select() || (EndFilter(editor) && select())))
       SelectRows(editor, [](size_t) { return false; });
   }
   editor.app->refresh_frame();
