@@ -31,6 +31,7 @@ struct Control {
   bool IsButton() const { return kind == L"Button"; }
   bool IsStatic() const { return kind == L"Static"; }
   DWORD ButtonType() const { return style & BS_TYPEMASK; }
+  bool IsField() const { return kind == L"Edit" || kind == L"ComboBox" || kind == L"ListBox"; }
   bool IsGroupBox() const { return IsButton() && ButtonType() == BS_GROUPBOX; }
   bool IsRadio() const {
     return IsButton() && (ButtonType() == BS_AUTORADIOBUTTON || ButtonType() == BS_RADIOBUTTON);
@@ -82,6 +83,19 @@ void CheckKeys(const std::vector<Control>& controls, Faults& faults) {
     const wchar_t key = KeyOf(control);
     if (key && !taken.emplace(key, &control).second)
       faults.push_back("access key of " + taken[key]->Name() + " again at " + control.Name());
+  }
+  // Where the label of one field has a key, those of all fields have.
+  std::vector<const Control*> labels;
+  for (size_t i = 1; i < controls.size(); ++i) {
+    const Control& label = controls[i - 1];
+    if (controls[i].IsField() && label.IsText() && label.Shows()) labels.push_back(&label);
+  }
+  const auto has_key = [](const Control* label) { return KeyOf(*label) != 0; };
+  if (std::none_of(labels.begin(), labels.end(), has_key)) return;
+  for (const Control* label : labels) {
+    const bool name =
+        std::any_of(label->text.begin(), label->text.end(), [](wchar_t c) { return std::iswalpha(c) != 0; });
+    if (name && !has_key(label)) faults.push_back("no access key of " + label->Name());
   }
 }
 
@@ -310,6 +324,9 @@ TEST_F(Dialogs, EachFaultIsFound) {
   EXPECT_THAT(faults([](Places&) {}), IsEmpty());
   EXPECT_THAT(faults([](Places& all) { all[3].text = L"N&o"; }), one("access key"));
   EXPECT_THAT(faults([](Places& all) { all[0].text = L"."; }), one("no name"));
+  EXPECT_THAT(
+      faults([](Places& all) { all[2] = {L"Static", L"Count", 0, 10, 40, 80, 20}, all[3].kind = L"Edit"; }),
+      one("no access key"));
   EXPECT_THAT(faults([](Places& all) { std::swap(all[2].left, all[3].left); }), one("tab order"));
   EXPECT_THAT(faults([](Places& all) { all[3].left = 121; }), one("outside"));
   EXPECT_THAT(faults([](Places& all) { all[0].width = 91; }), one("over each other"));

@@ -125,7 +125,11 @@ void Open(const Form& form) {
         IDC_DEFAULTS_SERVICE_VIDEO, IDC_DEFAULTS_SERVICE_AUDIO, IDC_DEFAULTS_SERVICE_PCR})
     form.Limit(id, 5);
   int title = IDC_DEFAULTS_PID_TITLE;
-  for (const char* text : PidHeaders(hexadecimal)) form.SetText(title++, text);
+  // Behind the labels, which have access keys, stands how their numbers are written.
+  for (const std::string_view text : PidHeaders(hexadecimal)) {
+    form.SetText(title, form.Text(title) + std::string(text.substr(text.find(' '))));
+    ++title;
+  }
   ShowDefaults(form, DefaultsFormOf(form.app.defaults, hexadecimal));
 }
 
