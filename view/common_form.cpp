@@ -210,7 +210,8 @@ std::optional<Refusal> StoreCommon(const Messages& messages, const std::vector<N
   OncePerText once{messages};
   const Messages wrapped = once.Wrapped();
   const auto record_of = [](const NodeRef& row) -> SatelliteRecord& { return row.satellite->record; };
-  const Document none;
+  Document none;
+  none.names = &page;
   return StoreEach<SatelliteForm>(
       &none, rows, shown, entered, [&](const NodeRef& row) { return SatelliteFormOf(record_of(row), page); },
       [&](const NodeRef& row, const SatelliteForm& form) {

@@ -26,32 +26,49 @@ struct Commons : testing::Test {
   }
 };
 
+// Two records: `differing` gives the fields in which they differ, `empty` what those show together, `shared`
+// the others, of which the first one is refused when it is empty or `wrong`.
+template <class Show, class Differing, class Empty, class Shared, class Values>
+void ExpectWhatDiffersStays(Document& document, const std::vector<NodeRef>& rows, Show show,
+                            Differing differing, const Empty& empty, Shared shared, const Values& values,
+                            const char* wrong) {
+  const auto own = [&](size_t row) { return differing(show({rows[row]}).form); };
+  const auto before = std::pair(own(0), own(1));
+  const auto shown = show(rows);
+  EXPECT_EQ(differing(shown.form), empty);
+  auto entered = shown;
+  shared(entered.form) = values;
+  EXPECT_FALSE(StoreCommon(document, rows, shown, entered));
+  for (const char* text : {"", wrong}) {
+    std::get<0>(shared(entered.form)) = text;
+    EXPECT_TRUE(StoreCommon(document, rows, shown, entered).has_value()) << text;
+  }
+  EXPECT_EQ(std::pair(own(0), own(1)), before);
+  auto after = show(rows);
+  EXPECT_EQ(after.differing, shown.differing);
+  EXPECT_TRUE(shared(after.form) == values);
+}
+
 TEST_F(Commons, WhatDiffersIsEmptyAndStays) {
   const auto rows = Below({0, 1, 0});
   rows[1].carrier->record.fec = 4;
   rows[1].carrier->record.user = 1;
-  const auto shown = CommonCarriers(rows);
-  EXPECT_EQ(shown.form.name, "");
-  EXPECT_EQ(shown.form.frequency, "");
-  EXPECT_EQ(shown.form.symbol_rate, "27500");
-  EXPECT_EQ(shown.form.fec, kNoCode);
-  EXPECT_TRUE(shown.Differs(&CarrierForm::factory_default));
-  auto entered = shown;
-  entered.form.symbol_rate = "22000";
-  entered.form.polarization = kVertical;
-  EXPECT_FALSE(StoreCommon(document, rows, shown, entered));
-  for (const NodeRef& row : rows) {
-    EXPECT_EQ(row.carrier->record.symbol_rate, 22000u);
-    EXPECT_EQ(row.carrier->record.polarization, kVertical);
-  }
-  EXPECT_EQ(rows[0].carrier->record.frequency, 11000u);
-  EXPECT_EQ(rows[1].carrier->record.frequency, 11040u);
-  EXPECT_EQ(rows[0].carrier->record.fec, 0u);
-  EXPECT_EQ(rows[1].carrier->record.fec, 4u);
-  EXPECT_EQ(rows[1].carrier->record.user, 1u);
-  // A field that all share and that is emptied is no value.
-  entered.form.symbol_rate = "";
-  EXPECT_TRUE(StoreCommon(document, rows, shown, entered).has_value());
+  ASSERT_TRUE(CommonCarriers(rows).Differs(&CarrierForm::factory_default));
+  ExpectWhatDiffersStays(
+      document, rows, [](const std::vector<NodeRef>& all) { return CommonCarriers(all); },
+      [](const CarrierForm& form) { return std::tuple(form.name, form.frequency, form.fec); },
+      std::tuple("", "", kNoCode),
+      [](CarrierForm& form) { return std::tie(form.symbol_rate, form.polarization); },
+      std::tuple("22000", uint32_t{kVertical}), "999");
+  document.ubis.push_back(document.ubis[0]);
+  document.ubis[0].name = "One";
+  document.ubis[0].record.time_zone = 2;
+  document.ubis[1].record.flags = 0x40;
+  ASSERT_TRUE(CommonUbis(document, Below({1})).Differs(&UbiForm::parental_lock));
+  ExpectWhatDiffersStays(
+      document, Below({1}), [&](const std::vector<NodeRef>& all) { return CommonUbis(document, all); },
+      [](const UbiForm& form) { return std::tuple(form.name, form.time_zone); }, std::tuple("", kNoZone),
+      [](UbiForm& form) { return std::tie(form.rf_channel, form.screen); }, std::tuple("68", 2u), "70");
 }
 
 TEST_F(Commons, OneThatIsRefusedLeavesAllAsTheyWere) {
@@ -73,6 +90,14 @@ TEST_F(Commons, OneThatIsRefusedLeavesAllAsTheyWere) {
   EXPECT_EQ(StoreCommon(messages, document, services, shown_services, numbers, false)->text,
             "[ 2 ] S1C1P2:\nService program number already exists.");
   EXPECT_EQ(services[0].service->record.program_number, 1u);
+  const CodePage& page = *FindCodePage("Windows-1251");
+  SetName(database.satellites[0]->record.name, "\xDF");
+  const auto satellites = Below({0, 1});
+  const auto shown_satellites = CommonSatellites(satellites, page);
+  auto positions = shown_satellites;
+  positions.form.position = "65";
+  EXPECT_EQ(StoreCommon(messages, satellites, shown_satellites, positions, page)->text.substr(0, 10),
+            "[ 1 ] Я:\n");
 }
 
 TEST_F(Commons, ServicesAreAskedOnceAndLeaveTheirListsWithAWord) {
@@ -133,33 +158,6 @@ TEST_F(Commons, SatellitesAndLnbs) {
 }
 
 // Random forms for random services: the same as storing each by itself, field by field.
-TEST_F(Commons, UserBoxes) {
-  document.ubis = {{"One", {}}, {"Two", {}}};
-  document.ubis[0].record.time_zone = 2;
-  document.ubis[1].record.flags = 0x40;
-  for (OpenUbi& box : document.ubis) box.record.rf_channel = 30;
-  std::vector<NodeRef> rows(2);
-  for (size_t i = 0; i < 2; ++i) rows[i].kind = NodeKind::kUbi, rows[i].index = static_cast<uint32_t>(i);
-  const auto shown = CommonUbis(document, rows);
-  EXPECT_EQ(shown.form.name, "");
-  EXPECT_EQ(shown.form.rf_channel, "30");
-  EXPECT_EQ(shown.form.time_zone, kNoZone);
-  EXPECT_TRUE(shown.Differs(&UbiForm::parental_lock));
-  auto entered = shown;
-  entered.form.rf_channel = "68";
-  entered.form.screen = 2;
-  EXPECT_FALSE(StoreCommon(document, rows, shown, entered));
-  for (const OpenUbi& box : document.ubis) EXPECT_EQ(box.record.rf_channel, 68);
-  EXPECT_TRUE(document.ubis[0].record.flags == 0x20 && document.ubis[1].record.flags == 0x60);
-  EXPECT_TRUE(document.ubis[0].name == "One" && document.ubis[1].name == "Two");
-  EXPECT_TRUE(document.ubis[0].record.time_zone == 2 && document.ubis[1].record.time_zone == 0);
-  entered.form.start_volume = "64";
-  const auto refusal = StoreCommon(document, rows, shown, entered);
-  ASSERT_TRUE(refusal);
-  EXPECT_EQ(refusal->field, kFieldStartVolume);
-  EXPECT_EQ(document.ubis[0].record.start_volume, 0u);
-}
-
 TEST(RandomCommons, DoWhatStoringEachDoes) {
   std::mt19937 random(12);
   Recorder recorder;
