@@ -213,6 +213,7 @@ struct ContainerPlan {
   std::vector<ContainerPart> parts;
   std::vector<const OpenUbi*> ubis;
   bool compress_payload = false;
+  const CodePage* names = &Windows1252();  // in which messages name the SDBs
 
   size_t SdbCount() const { return parts.size() - (ubis.empty() ? 0 : 1); }
   // Of everything behind the header, as it is before the payload is compressed.
@@ -344,6 +345,7 @@ void PlanSdb(ContainerPlan& plan, const OpenSdb& sdb, StreamPlan stream) {
 ContainerPlan PlanContainer(const Document& document, const BinSelection& selection) {
   ContainerPlan plan;
   plan.compress_payload = document.compress_payload;
+  plan.names = &NamesPage(document);
   for (size_t i = 0; i < document.sdbs.size(); ++i) {
     if (Selected(selection.sdbs, i))
       PlanSdb(plan, document.sdbs[i], PlanWholeStream(*document.sdbs[i].database));
@@ -364,7 +366,7 @@ bool HasLnbAndSatellite(const Context& context, const ContainerPlan& plan) {
   if (plan.SdbCount() > 0 && lacking == plan.parts.end()) return true;
   std::string detail = "No SDB is chosen.";
   if (lacking != plan.parts.end()) {
-    detail = Utf8FromLatin(lacking->name) + " has no " +
+    detail = Utf8FromPage(*plan.names, lacking->name) + " has no " +
              (lacking->sdb->database->lnb_count == 0 ? "LNB." : "satellite.");
   }
   TellWhy(context.messages, Icon::kStop, detail, "Add atleast one LNB and Satellite to save as a bin");
@@ -442,6 +444,7 @@ std::optional<uint64_t> SaveSatellites(const Context& context, const Document& d
   ContainerPlan plan;
   plan.compress_payload = document.compress_payload;
   const OpenSdb& source = document.sdbs.at(sdb);
+  plan.names = &NamesPage(document);
   PlanSdb(plan, source, PlanStream(*source.database, kSubsetStream, satellites));
   return SaveContainer(context, std::move(plan), path, version);
 }

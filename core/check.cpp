@@ -118,29 +118,15 @@ void CheckLimits(const StaticDatabase& database, const std::string& place, Findi
     findings.Add(place, "Can't add service information. It exceeds the limit.");
 }
 
-void CheckTvGroup(const FavouriteGroup& group, const std::string& place, size_t index, Findings& findings) {
-  const At at(findings.place.tv_group, index);
-  const std::string tv = RecordName(place, "TV group", index);
-  const std::string_view tv_name = NameOf(group.record.tv_name);
-  findings.Add(tv, GroupNameText(tv_name));
-  if (group.tv.size() > kMaximumTvEntries)
-    findings.Add(tv,
-                 Format("This service cannot be added in %s group since it exceeds more than 2500 records",
-                        Utf8FromLatin(tv_name).c_str()));
-  CheckEntries(group.tv, tv, findings);
-}
-
-void CheckRadioGroup(const FavouriteGroup& group, const std::string& place, size_t index,
-                     Findings& findings) {
-  const At at(findings.place.radio_group, index);
-  const std::string radio = RecordName(place, "radio group", index);
-  const std::string_view radio_name = NameOf(group.record.radio_name);
-  findings.Add(radio, GroupNameText(radio_name));
-  if (group.radio.size() > kMaximumRadioEntries)
-    findings.Add(radio,
-                 Format("This service cannot be added in %s\tgroup since it exceeds more than 1000 records",
-                        Utf8FromLatin(radio_name).c_str()));
-  CheckEntries(group.radio, radio, findings);
+void CheckGroup(const CodePage& page, const FavouriteGroup& group, GroupKind kind, const std::string& place,
+                size_t index, Findings& findings) {
+  const bool tv = kind == GroupKind::kTv;
+  const At at(tv ? findings.place.tv_group : findings.place.radio_group, index);
+  const std::string here = RecordName(place, tv ? "TV group" : "radio group", index);
+  const std::vector<Service*>& entries = EntriesOf(group, kind);
+  findings.Add(here, GroupNameText(NameOf(tv ? group.record.tv_name : group.record.radio_name)));
+  findings.Add(here, GroupLimitText(page, group, kind, entries.size()));
+  CheckEntries(entries, here, findings);
 }
 
 }  // namespace
@@ -161,8 +147,8 @@ std::vector<Finding> FindFaults(const Document& document, bool duplicates) {
     CheckLimits(database, place, findings);
     CheckSatellites(database, place, findings);
     for (size_t i = 0; i < kFavouriteGroups; ++i) {
-      CheckTvGroup(database.favourites[i], place, i, findings);
-      CheckRadioGroup(database.favourites[i], place, i, findings);
+      for (const GroupKind kind : {GroupKind::kTv, GroupKind::kRadio})
+        CheckGroup(NamesPage(document), database.favourites[i], kind, place, i, findings);
     }
   }
   for (size_t i = 0; i < document.ubis.size(); ++i) {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/check.h"
+#include "core/field_texts.h"
 #include "core/fields.h"
 #include "core/match.h"
 #include "core/messages.h"
@@ -14,11 +15,6 @@
 namespace vexa {
 
 namespace {
-
-template <size_t N>
-std::string Shown(const char (&name)[N]) {
-  return Utf8FromLatin(NameOf(name));
-}
 
 void AddChange(std::vector<FieldChange>& changes, const char* key, std::string before, std::string after) {
   if (before != after) changes.push_back({key, std::move(before), std::move(after)});
@@ -62,17 +58,17 @@ bool SameBits(const Record& before, const Record& after) {
 }
 
 template <class Record>
-std::vector<FieldChange> NamedChanges(const Record& before, const Record& after) {
+std::vector<FieldChange> NamedChanges(const CodePage& page, const Record& before, const Record& after) {
   std::vector<FieldChange> changes;
   if (SameBits(before, after)) return changes;
-  AddChange(changes, "name", Shown(before.name), Shown(after.name));
+  AddChange(changes, "name", NameText(page, before.name), NameText(page, after.name));
   AddChanges(changes, before, after);
   return changes;
 }
 
-std::vector<FieldChange> UbiChanges(const OpenUbi& before, const OpenUbi& after) {
+std::vector<FieldChange> UbiChanges(const CodePage& page, const OpenUbi& before, const OpenUbi& after) {
   std::vector<FieldChange> changes;
-  AddChange(changes, "name", Utf8FromLatin(before.name), Utf8FromLatin(after.name));
+  AddChange(changes, "name", Utf8FromPage(page, before.name), Utf8FromPage(page, after.name));
   AddChanges(changes, before.record, after.record);
   AddChange(changes, "kept_byte8_23", KeptText(before.record), KeptText(after.record));
   AddChange(changes, "lock_code", LockCodeText(before.record), LockCodeText(after.record));
@@ -116,8 +112,11 @@ struct ListSides {
 
 class Comparison {
  public:
+  Comparison(const CodePage& names, bool with_equal) : page(names), equal(with_equal) {}
+
+  const CodePage& page;  // of all names
+  const bool equal;      // records that are the same are told too
   std::vector<Difference> differences;
-  bool equal = false;                                   // these are told too
   DifferencePlace first = kNowhere, second = kNowhere;  // of what is looked at
 
   // What is looked at next stands at these places of the level.
@@ -214,8 +213,8 @@ class Comparison {
 };
 
 template <class Record>
-auto NamesOf(const std::vector<Record*>& list) {
-  return [&list](size_t place) { return Shown(list[place]->record.name); };
+auto NamesOf(const CodePage& page, const std::vector<Record*>& list) {
+  return [&](size_t place) { return NameText(page, list[place]->record.name); };
 }
 
 bool EveryPlace(size_t) {
@@ -241,43 +240,45 @@ void CompareLnbs(Comparison& out, const StaticDatabase& first, const StaticDatab
 
 void CompareServices(Comparison& out, const Carrier& first, const Carrier& second, const Pairing& services,
                      const RecordPath& from, const RecordPath& to) {
-  const auto names = NamesOf(second.services);
-  out.WalkLists({DifferenceKind::kService, "service", from, to, &services, 2}, NamesOf(first.services), names,
-                EveryPlace, EveryPlace, [&](size_t before, size_t after, const RecordPath& path) {
+  const auto names = NamesOf(out.page, second.services);
+  out.WalkLists({DifferenceKind::kService, "service", from, to, &services, 2},
+                NamesOf(out.page, first.services), names, EveryPlace, EveryPlace,
+                [&](size_t before, size_t after, const RecordPath& path) {
                   out.TellPair(
                       DifferenceKind::kService, [&] { return path.text(); }, [&] { return names(after); },
-                      NamedChanges(first.services[before]->record, second.services[after]->record));
+                      NamedChanges(out.page, first.services[before]->record, second.services[after]->record));
                 });
 }
 
 void CompareCarriers(Comparison& out, const Satellite& first, const Satellite& second,
                      const SatelliteMatch& match, const RecordPath& from, const RecordPath& to) {
-  const auto names = NamesOf(second.carriers);
-  out.WalkLists({DifferenceKind::kCarrier, "carrier", from, to, &match.carriers, 1}, NamesOf(first.carriers),
-                names, EveryPlace, EveryPlace, [&](size_t before, size_t after, const RecordPath& path) {
-                  const Carrier &old = *first.carriers[before], &now = *second.carriers[after];
-                  out.TellPair(
-                      DifferenceKind::kCarrier, [&] { return path.text(); }, [&] { return names(after); },
-                      NamedChanges(old.record, now.record));
-                  CompareServices(out, old, now, match.below[before].services, from.Below("carrier", before),
-                                  path);
-                });
+  const auto names = NamesOf(out.page, second.carriers);
+  out.WalkLists(
+      {DifferenceKind::kCarrier, "carrier", from, to, &match.carriers, 1}, NamesOf(out.page, first.carriers),
+      names, EveryPlace, EveryPlace, [&](size_t before, size_t after, const RecordPath& path) {
+        const Carrier &old = *first.carriers[before], &now = *second.carriers[after];
+        out.TellPair(
+            DifferenceKind::kCarrier, [&] { return path.text(); }, [&] { return names(after); },
+            NamedChanges(out.page, old.record, now.record));
+        CompareServices(out, old, now, match.below[before].services, from.Below("carrier", before), path);
+      });
 }
 
 void CompareSatellites(Comparison& out, const StaticDatabase& first, const StaticDatabase& second,
                        ServicePairs& pairs, const std::string& first_sdb, const std::string& second_sdb) {
   const Pairing satellites = MatchSatellites(first, second);
   const RecordPath from{nullptr, "", 0, &first_sdb}, to{nullptr, "", 0, &second_sdb};
-  const auto names = NamesOf(second.satellites);
+  const auto names = NamesOf(out.page, second.satellites);
   out.WalkLists(
-      {DifferenceKind::kSatellite, "satellite", from, to, &satellites, 0}, NamesOf(first.satellites), names,
+      {DifferenceKind::kSatellite, "satellite", from, to, &satellites, 0},
+      NamesOf(out.page, first.satellites), names,
       [&](size_t place) { return !IsUnusedPlace(*first.satellites[place]); },
       [&](size_t place) { return !IsUnusedPlace(*second.satellites[place]); },
       [&](size_t before, size_t after, const RecordPath& path) {
         const Satellite &old = *first.satellites[before], &now = *second.satellites[after];
         out.TellPair(
             DifferenceKind::kSatellite, [&] { return path.text(); }, [&] { return names(after); },
-            NamedChanges(old.record, now.record));
+            NamedChanges(out.page, old.record, now.record));
         // What belongs to one satellite is looked at together, as long as it is at hand.
         const SatelliteMatch match = MatchCarriers(old, now);
         AddServicePairs(old, now, match, pairs);
@@ -302,8 +303,8 @@ void CompareEntries(Comparison& out, const std::vector<Service*>& first, const s
                     const std::string& second_group) {
   const RecordPath from{nullptr, "", 0, &first_group}, to{nullptr, "", 0, &second_group};
   const Pairing pairing = PairEntries(first, second, pairs);
-  const auto names = NamesOf(second);
-  out.WalkLists({DifferenceKind::kFavourite, "entry", from, to, &pairing, 2}, NamesOf(first), names,
+  const auto names = NamesOf(out.page, second);
+  out.WalkLists({DifferenceKind::kFavourite, "entry", from, to, &pairing, 2}, NamesOf(out.page, first), names,
                 EveryPlace, EveryPlace, [&](size_t, size_t after, const RecordPath& path) {
                   out.TellPair(
                       DifferenceKind::kFavourite, [&] { return path.text(); }, [&] { return names(after); },
@@ -318,14 +319,16 @@ void CompareGroups(Comparison& out, const StaticDatabase& first, const StaticDat
     out.Look(0, i, i);
     out.Look(1, 0, 0);
     std::vector<FieldChange> changes;
-    AddChange(changes, "name", Shown(old.record.tv_name), Shown(now.record.tv_name));
+    AddChange(changes, "name", NameText(out.page, old.record.tv_name),
+              NameText(out.page, now.record.tv_name));
     AddChanges(changes, old.record, now.record);
     const std::string tv = RecordName(to, "TV group", i);
     out.TellChanges(DifferenceKind::kFavourite, tv, "", false, std::move(changes));
     CompareEntries(out, old.tv, now.tv, pairs, RecordName(from, "TV group", i), tv);
     changes.clear();
     out.Look(1, 1, 1);
-    AddChange(changes, "name", Shown(old.record.radio_name), Shown(now.record.radio_name));
+    AddChange(changes, "name", NameText(out.page, old.record.radio_name),
+              NameText(out.page, now.record.radio_name));
     const std::string radio = RecordName(to, "radio group", i);
     out.TellChanges(DifferenceKind::kFavourite, radio, "", false, std::move(changes));
     CompareEntries(out, old.radio, now.radio, pairs, RecordName(from, "radio group", i), radio);
@@ -335,7 +338,7 @@ void CompareGroups(Comparison& out, const StaticDatabase& first, const StaticDat
 
 void CompareSdbs(Comparison& out, const OpenSdb& first, const OpenSdb& second) {
   const StaticDatabase &old = *first.database, &now = *second.database;
-  const std::string from = Utf8FromLatin(first.name), to = Utf8FromLatin(second.name);
+  const std::string from = Utf8FromPage(out.page, first.name), to = Utf8FromPage(out.page, second.name);
   ServicePairs pairs(old);
   CompareLnbs(out, old, now, from, to);
   CompareSatellites(out, old, now, pairs, from, to);
@@ -358,12 +361,12 @@ void CompareUbis(Comparison& out, const Document& first, const Document& second)
     const std::string path = "UBI" + std::to_string(i + 1);
     out.Look(0, i < first.ubis.size() ? i : kUnmatched, i < second.ubis.size() ? i : kUnmatched);
     if (i >= second.ubis.size()) {
-      out.Tell('-', DifferenceKind::kUbi, path, Utf8FromLatin(first.ubis[i].name), true);
+      out.Tell('-', DifferenceKind::kUbi, path, Utf8FromPage(out.page, first.ubis[i].name), true);
     } else if (i >= first.ubis.size()) {
-      out.Tell('+', DifferenceKind::kUbi, path, Utf8FromLatin(second.ubis[i].name), true);
+      out.Tell('+', DifferenceKind::kUbi, path, Utf8FromPage(out.page, second.ubis[i].name), true);
     } else {
-      out.TellChanges(DifferenceKind::kUbi, path, Utf8FromLatin(second.ubis[i].name), true,
-                      UbiChanges(first.ubis[i], second.ubis[i]));
+      out.TellChanges(DifferenceKind::kUbi, path, Utf8FromPage(out.page, second.ubis[i].name), true,
+                      UbiChanges(out.page, first.ubis[i], second.ubis[i]));
     }
   }
   out.Look(0, kUnmatched, kUnmatched);
@@ -383,8 +386,7 @@ std::string ValueText(const std::variant<int64_t, std::string>& value) {
 
 std::vector<Difference> CompareDocuments(const Document& first, size_t first_sdb, const Document& second,
                                          size_t second_sdb, bool equal) {
-  Comparison comparison;
-  comparison.equal = equal;
+  Comparison comparison(NamesPage(first), equal);
   CompareSdbs(comparison, first.sdbs[first_sdb], second.sdbs[second_sdb]);
   CompareUbis(comparison, first, second);
   CompareFlag(comparison, "compressed", first.compress_payload, second.compress_payload);

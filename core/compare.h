@@ -44,6 +44,7 @@ struct Difference {
 
 // The differences of one SDB of each document (positions), in the order of the second one's tree, then of the
 // user boxes and of the flags of the files. With `equal`, records that are the same in both stand among them.
+// All names are taken to stand in the page of the first document.
 std::vector<Difference> CompareDocuments(const Document& first, size_t first_sdb, const Document& second,
                                          size_t second_sdb, bool equal = false);
 

@@ -18,6 +18,7 @@
 
 #include "core/database.h"
 #include "core/messages.h"
+#include "platform/code_page.h"
 
 namespace vexa {
 
@@ -46,9 +47,9 @@ Service* AddService(const Messages& messages, StaticDatabase& database, Carrier&
 // Named "UBI%d" by the number of UBIs: zeros, RF channel 21, lock code "0000".
 OpenUbi* AddUbi(const Messages& messages, Document& document);
 // Takes up those of the services whose type belongs to the list and that it does not name yet. False after
-// the limit's message, nothing being taken up then.
+// the limit's message, nothing being taken up then. `page`: of the group's names.
 bool AddFavourites(const Messages& messages, FavouriteGroup& group, GroupKind kind,
-                   const std::vector<Service*>& services);
+                   const std::vector<Service*>& services, const CodePage& page = Windows1252());
 
 // ---- Insert: as Add, before the one selected row; at the end when none is selected. nullptr after a message
 // when several are selected as well.
@@ -148,6 +149,9 @@ void NumberCarriers(Satellite& satellite);
 // Takes services whose type changed between TV and radio out of the favourite lists of their old one; how
 // many entries went.
 size_t LeaveListsOfOldType(StaticDatabase& database, const std::unordered_set<const Service*>& changed);
+
+// What stands in the way of so many entries of a group's list, which it names in UTF-8; empty: nothing.
+std::string GroupLimitText(const CodePage& page, const FavouriteGroup& group, GroupKind kind, size_t entries);
 
 // The smallest program number, from 1, that no service of the carrier has.
 uint32_t FreeProgramNumber(const Carrier& carrier);

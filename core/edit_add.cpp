@@ -2,7 +2,7 @@
 #include <unordered_set>
 
 #include "core/edit.h"
-#include "platform/text.h"
+#include "core/field_texts.h"
 
 namespace vexa {
 
@@ -35,6 +35,10 @@ std::string FullText(size_t count, const char* what, const char* where) {
 std::string FullListText(const std::string& name, size_t entries, size_t added) {
   return Format("\"%s\" has %zu entries, %zu more do not fit: add fewer, or delete some first.", name.c_str(),
                 entries, added);
+}
+
+std::string GroupName(const CodePage& page, const FavouriteGroup& group, GroupKind kind) {
+  return NameText(page, kind == GroupKind::kTv ? group.record.tv_name : group.record.radio_name);
 }
 
 size_t InsertPlace(const Rows& selected, size_t count) {
@@ -170,7 +174,7 @@ OpenUbi* AddUbi(const Messages& messages, Document& document) {
 }
 
 bool AddFavourites(const Messages& messages, FavouriteGroup& group, GroupKind kind,
-                   const std::vector<Service*>& services) {
+                   const std::vector<Service*>& services, const CodePage& page) {
   std::vector<Service*>& entries = EntriesOf(group, kind);
   std::unordered_set<const Service*> present(entries.begin(), entries.end());
   std::vector<Service*> added;
@@ -179,21 +183,28 @@ bool AddFavourites(const Messages& messages, FavouriteGroup& group, GroupKind ki
     if (fits && present.insert(service).second) added.push_back(service);
   }
   if (added.empty()) return true;
-  if (kind == GroupKind::kTv && entries.size() + added.size() > kMaximumTvEntries) {
-    const std::string name = Utf8FromLatin(NameOf(group.record.tv_name));
-    TellWhy(messages, Icon::kStop, FullListText(name, entries.size(), added.size()),
-            "This service cannot be added in %s group since it exceeds more than 2500 records", name.c_str());
-    return false;
-  }
-  if (kind == GroupKind::kRadio && entries.size() + added.size() > kMaximumRadioEntries) {
-    const std::string name = Utf8FromLatin(NameOf(group.record.radio_name));
-    TellWhy(messages, Icon::kStop, FullListText(name, entries.size(), added.size()),
-            "This service cannot be added in %s\tgroup since it exceeds more than 1000 records",
-            name.c_str());
+  const std::string limit = GroupLimitText(page, group, kind, entries.size() + added.size());
+  if (!limit.empty()) {
+    TellWhy(messages, Icon::kStop, FullListText(GroupName(page, group, kind), entries.size(), added.size()),
+            "%s", limit.c_str());
     return false;
   }
   entries.insert(entries.end(), added.begin(), added.end());
   return true;
+}
+
+std::string GroupLimitText(const CodePage& page, const FavouriteGroup& group, GroupKind kind,
+                           size_t entries) {
+  const std::string name = GroupName(page, group, kind);
+  if (kind == GroupKind::kTv)
+    return entries <= kMaximumTvEntries
+               ? ""
+               : Format("This service cannot be added in %s group since it exceeds more than 2500 records",
+                        name.c_str());
+  return entries <= kMaximumRadioEntries
+             ? ""
+             : Format("This service cannot be added in %s\tgroup since it exceeds more than 1000 records",
+                      name.c_str());
 }
 
 uint32_t FreeProgramNumber(const Carrier& carrier) {

@@ -2,7 +2,7 @@
 #include <unordered_set>
 
 #include "core/edit.h"
-#include "platform/text.h"
+#include "core/field_texts.h"
 
 namespace vexa {
 
@@ -71,7 +71,7 @@ bool DeleteSdb(const Messages& messages, Document& document, size_t sdb) {
   if (sdb >= document.sdbs.size()) return false;
   if (document.sdbs.size() < 2) {
     TellWhy(messages, Icon::kStop,
-            Utf8FromLatin(document.sdbs[sdb].name) + ": It is the only SDB. Add another one first.",
+            NameText(document, document.sdbs[sdb].name) + ": It is the only SDB. Add another one first.",
             "Cannot delete. Minimum one SDB is needed.");
     return false;
   }

@@ -50,15 +50,19 @@ bool ReadDocumentFile(const Messages& messages, const Path& path, bool json, con
 
 bool OpenAnyDatabase(const Context& context, const Path& path, const DefaultRecords& defaults,
                      const ImportSteps& steps, const CodePage& page, AnyDatabase& database) {
+  Document& document = database.document;
+  document.source = Utf8FromPath(path);
+  document.names = &page;
   const std::string format = DocumentFormat(path);
-  database.document.source = Utf8FromPath(path);
-  if (!format.empty())
-    return ReadDocumentFile(context.messages, path, format == "json", page, database.document);
-  if (!IsListFile(path)) return OpenBin(context, path, database.document);
+  if (!format.empty()) return ReadDocumentFile(context.messages, path, format == "json", page, document);
+  if (!IsListFile(path)) return OpenBin(context, path, document);
   database.favourites = false;
+  ImportSteps steps_to_page = steps;
+  const auto list = steps.format ? steps.format : RecognizeList(path, steps.options);
+  if (list && IsText(*list) && !steps.options.pages.database) steps_to_page.options.pages.database = &page;
   WorkRecords work;
-  return ImportListFile(context, path, defaults, steps, work) &&
-         OpenWorkRecords(About(context, Utf8FromPath(path)), work, defaults, database.document);
+  return ImportListFile(context, path, defaults, steps_to_page, work) &&
+         OpenWorkRecords(About(context, Utf8FromPath(path)), work, defaults, document);
 }
 
 }  // namespace vexa

@@ -23,7 +23,9 @@ struct AnyDatabase {
   Document document;
   bool favourites = true;  // a list of channels has none, and no running order
 };
-// False after a message. `steps` are those of the import of a list; `page` is that of a document's names.
+// False after a message. `steps` are those of the import of a list. `page`: in which the names of the
+// database stand and are shown; those of documents and of lists in text are converted to it, lists in bytes
+// keep them.
 bool OpenAnyDatabase(const Context& context, const Path& path, const DefaultRecords& defaults,
                      const ImportSteps& steps, const CodePage& page, AnyDatabase& database);
 

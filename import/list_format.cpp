@@ -128,6 +128,10 @@ const ListFormatRow& RowOf(ListFormat format) {
   return kFormats[static_cast<size_t>(format)];
 }
 
+bool IsText(ListFormat format) {
+  return RowOf(format).looks != nullptr;
+}
+
 std::optional<ListFormat> ListFormatNamed(std::string_view name) {
   for (const ListFormatRow& row : kFormats) {
     if (row.name == name) return row.format;

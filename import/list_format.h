@@ -63,6 +63,8 @@ inline constexpr size_t kListStart = 16384;  // bytes
 // One row a format, in the order of the enumeration; valid as long as the program runs.
 std::span<const ListFormatRow> ListFormats();
 const ListFormatRow& RowOf(ListFormat format);
+// Its lists are lines of text, whose names are characters and no bytes of a page.
+bool IsText(ListFormat format);
 // The format of that name, letter case counting; nothing when there is none.
 std::optional<ListFormat> ListFormatNamed(std::string_view name);
 

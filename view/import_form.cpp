@@ -10,10 +10,6 @@ namespace vexa {
 
 namespace {
 
-bool IsText(ListFormat format) {
-  return RowOf(format).looks != nullptr;
-}
-
 bool BeyondAscii(std::string_view text) {
   return std::any_of(text.begin(), text.end(), [](char c) { return static_cast<uint8_t>(c) >= 0x80; });
 }

@@ -549,7 +549,7 @@ std::optional<GroupAddition> AddRowsToGroup(const Messages& messages, Document& 
   for (const GroupKind kind : {GroupKind::kTv, GroupKind::kRadio}) {
     if (list && *list != kind) continue;
     for (const Service* service : services) fit += (service->record.type == kTv) == (kind == GroupKind::kTv);
-    if (!AddFavourites(messages, lists, kind, services)) {
+    if (!AddFavourites(messages, lists, kind, services, NamesPage(document))) {
       lists = before;
       return std::nullopt;
     }
@@ -582,14 +582,15 @@ DropKind DropKindOf(const std::vector<NodeRef>& rows, const NodeRef& target, boo
 }
 
 bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,
-                const std::vector<Service*>& all, const std::set<const Service*>& chosen) {
+                const std::vector<Service*>& all, const std::set<const Service*>& chosen,
+                const CodePage& page) {
   std::vector<Service*>& entries = EntriesOf(group, kind);
   const std::vector<Service*> before = entries;
   std::vector<Service*> wanted;
   std::copy_if(all.begin(), all.end(), std::back_inserter(wanted),
                [&](const Service* service) { return chosen.contains(service); });
   std::erase_if(entries, [&](const Service* service) { return !chosen.contains(service); });
-  if (AddFavourites(messages, group, kind, wanted)) return true;
+  if (AddFavourites(messages, group, kind, wanted, page)) return true;
   entries = before;
   return false;
 }

@@ -126,9 +126,10 @@ enum class DropKind {
 DropKind DropKindOf(const std::vector<NodeRef>& rows, const NodeRef& target, bool control);
 
 // Makes the list name just the chosen services: those that it names keep their order, others of `all` follow
-// in its order. False after the limit's message.
+// in its order. False after the limit's message. `page`: of the group's names.
 bool SetEntries(const Messages& messages, FavouriteGroup& group, GroupKind kind,
-                const std::vector<Service*>& all, const std::set<const Service*>& chosen);
+                const std::vector<Service*>& all, const std::set<const Service*>& chosen,
+                const CodePage& page = Windows1252());
 
 // ---- Saving parts of a document.
 // Whether the SDB can be a file of its own; else a message.

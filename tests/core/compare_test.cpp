@@ -123,6 +123,23 @@ TEST(Compare, TellsWhatAnEditHasChanged) {
   }
 }
 
+TEST(Compare, NamesStandInTheirPage) {
+  Document before = SmallDocument(), after = SmallDocument();
+  before.names = after.names = FindCodePage("Windows-1251");
+  StaticDatabase& database = *after.sdbs[0].database;
+  after.sdbs[0].name = after.ubis[0].name = "\xC4\xEE\xEC";
+  SetName(database.satellites[0]->record.name, "\xDF");
+  SetName(database.favourites[0].record.tv_name, "\xD2\xC2");
+  database.favourites[0].tv = {database.services[0]};
+  SetName(database.services[0]->record.name, "\xCC");
+  EXPECT_THAT(
+      LinesOf(before, after),
+      ElementsAre("~ Дом satellite 1 Я: name \"S1\" -> \"Я\"",
+                  "~ Дом satellite 1 carrier 1 service 1 М: name \"S1C1P1\" -> \"М\"",
+                  "~ Дом: name \"SDB1\" -> \"Дом\"", "~ Дом TV group 1: name \"Favourite1\" -> \"ТВ\"",
+                  "+ Дом TV group 1 entry 1 М", "~ UBI1 Дом: name \"Box\" -> \"Дом\""));
+}
+
 TEST(Compare, AMoveIsToldByTheFewestRecords) {
   std::mt19937 random(5);
   for (int round = 0; round < 200; ++round) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "import/any_database.h"
 #include "import/dvb2000.h"
 #include "import/lyngsat.h"
 #include "import/satcodx.h"
@@ -50,6 +51,24 @@ TEST(ImportCommand, ExtensionAndFirstBytesMustAgree) {
   ASSERT_EQ(recorder.shown.size(), 1u);
   EXPECT_EQ(recorder.shown[0].text, "Could not read file \"/proc/self/mem\".");
   EXPECT_EQ(recorder.shown[0].detail, ReadReason(broken, std::make_error_code(std::errc::io_error)));
+}
+
+// Lists in text, and documents, come into the page of the names; lists in bytes keep theirs.
+TEST(ImportCommand, AnyDatabaseHasItsNamesInThePage) {
+  Recorder recorder;
+  const CodePage& page = *FindCodePage("Windows-1251");
+  const Path& folder = recorder.context.temporary_folder;
+  const auto name = [&](const char* file, const std::string& content) {
+    PutFile(folder / file, BytesOf(content));
+    AnyDatabase database;
+    EXPECT_TRUE(OpenAnyDatabase(recorder.context, folder / file, {}, {}, page, database)) << file;
+    EXPECT_EQ(database.document.names, &page) << file;
+    return std::string(NameOf(database.document.sdbs.at(0).database->services.at(0)->record.name));
+  };
+  EXPECT_EQ(name("channels.conf", "Мир:11836:hC34:S19.2E:27500:101:102:0:0:7:0:0:0\n"), "\xCC\xE8\xF0");
+  SdxRecord record;
+  record.name = "\xD0\x9C______";
+  EXPECT_EQ(name("a.sdx", SdxList({record})).substr(0, 2), "\xD0\x9C");
 }
 
 // What the user names is the format where it may be; else the file tells.

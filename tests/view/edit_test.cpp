@@ -107,9 +107,9 @@ TEST_F(Edits, FavouriteListsTakeTheirTypeOnceUpToTheLimit) {
   database.services[0]->record.type = kRadio;
   FavouriteGroup& group = database.favourites[2];
   SetName(group.record.tv_name, "Films");
-  SetName(group.record.radio_name, "M\xFCsik");
+  SetName(group.record.radio_name, "\xBC\xEE");
   const char* const radio_limit =
-      "This service cannot be added in M\xC3\xBCsik\tgroup since it exceeds more than 1000 records";
+      "This service cannot be added in Мю\tgroup since it exceeds more than 1000 records";
   const char* const tv_limit =
       "This service cannot be added in Films group since it exceeds more than 2500 records";
   const struct {
@@ -127,7 +127,8 @@ TEST_F(Edits, FavouriteListsTakeTheirTypeOnceUpToTheLimit) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.from);
     const auto first = database.services.begin();
-    const bool added = AddFavourites(messages, group, row.kind, {first + row.from, first + row.to});
+    const bool added = AddFavourites(messages, group, row.kind, {first + row.from, first + row.to},
+                                     *FindCodePage("ISO 8859-5"));
     EXPECT_EQ(added, row.text == nullptr);
     EXPECT_EQ((row.kind == GroupKind::kTv ? group.tv : group.radio).size(), row.size);
     if (row.text) {

@@ -189,7 +189,8 @@ bool AcceptFavourites(Form& form, FavouritesForm& favourites) {
       return false;
     }
     if (!SetEntries(messages, group, radio ? GroupKind::kRadio : GroupKind::kTv,
-                    favourites.database.service_order, favourites.chosen[radio ? 1 : 0]))
+                    favourites.database.service_order, favourites.chosen[radio ? 1 : 0],
+                    NamesPage(favourites.editor.document)))
       return false;
   }
   ChangeDocument(favourites.editor, [&] {

@@ -2,7 +2,6 @@
 #include "core/messages.h"
 #include "core/order_like.h"
 #include "import/any_database.h"
-#include "platform/code_page.h"
 #include "ui/controls/file_dialogs.h"
 #include "ui/controls/progress_box.h"
 #include "ui/controls/virtual_list.h"
@@ -15,8 +14,10 @@ namespace vexa {
 
 namespace {
 
-// Another database, of any file that can be read; nothing when the user gave up, and after a message.
-std::optional<AnyDatabase> AskOtherDatabase(Application& app, const char* title, Path& path) {
+// Another database, of any file that can be read, with its names in the page of the window's; nothing when
+// the user gave up, and after a message.
+std::optional<AnyDatabase> AskOtherDatabase(const EditorWindow& editor, const char* title, Path& path) {
+  Application& app = *editor.app;
   FileQuestion question{title, {{"Databases and lists ( *.* )", "*.*"}, kBinFilters[0]}};
   const auto chosen = AskOpenFile(app.frame, question);
   if (!chosen) return std::nullopt;
@@ -28,7 +29,8 @@ std::optional<AnyDatabase> AskOtherDatabase(Application& app, const char* title,
   };
   const WaitPointer wait;
   AnyDatabase other;
-  if (!OpenAnyDatabase(app.context, path, app.defaults, steps, Windows1252(), other)) return std::nullopt;
+  if (!OpenAnyDatabase(app.context, path, app.defaults, steps, NamesPage(editor.document), other))
+    return std::nullopt;
   if (!other.document.sdbs.empty()) return other;
   TellWhy(app.context.messages, Icon::kStop, Utf8FromPath(path) + " holds no SDB. Choose another file.",
           "There is nothing to compare with.");
@@ -175,7 +177,7 @@ size_t PlaceOfSdb(const EditorWindow& editor) {
 void ShowComparison(EditorWindow& editor) {
   Application& app = *editor.app;
   Path path;
-  auto other = AskOtherDatabase(app, "Compare with", path);
+  auto other = AskOtherDatabase(editor, "Compare with", path);
   if (!other) return;
   CompareWindow window{editor, other->document, Utf8FromPath(path), PlaceOfSdb(editor), 0, {}, {}, {}};
   window.other_sdb = std::min(window.sdb, other->document.sdbs.size() - 1);
@@ -213,7 +215,7 @@ void ShowComparison(EditorWindow& editor) {
 void ApplyOrderFrom(EditorWindow& editor) {
   Application& app = *editor.app;
   Path path;
-  const auto old = AskOtherDatabase(app, "Apply order from", path);
+  const auto old = AskOtherDatabase(editor, "Apply order from", path);
   if (!old) return;
   OrderSummary summary;
   ChangeDocument(editor, [&] {
