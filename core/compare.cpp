@@ -221,18 +221,25 @@ bool EveryPlace(size_t) {
   return true;
 }
 
+// "Universal 9750 / 10600".
+std::string LnbText(const LnbRecord& lnb) {
+  return LnbTypeName(lnb.type) + " " + std::to_string(lnb.frequency1) + " / " +
+         std::to_string(lnb.frequency2);
+}
+
 void CompareLnbs(Comparison& out, const StaticDatabase& first, const StaticDatabase& second,
                  const std::string& from, const std::string& to) {
   for (uint32_t i = 0; i < std::max(first.lnb_count, second.lnb_count); ++i) {
     out.Look(0, i < first.lnb_count ? i : kUnmatched, i < second.lnb_count ? i : kUnmatched);
     if (i >= second.lnb_count) {
-      out.Tell('-', DifferenceKind::kLnb, RecordName(from, "LNB", i));
+      out.Tell('-', DifferenceKind::kLnb, RecordName(from, "LNB", i), LnbText(first.lnbs[i]));
     } else if (i >= first.lnb_count) {
-      out.Tell('+', DifferenceKind::kLnb, RecordName(to, "LNB", i));
+      out.Tell('+', DifferenceKind::kLnb, RecordName(to, "LNB", i), LnbText(second.lnbs[i]));
     } else {
       std::vector<FieldChange> changes;
       AddChanges(changes, first.lnbs[i], second.lnbs[i]);
-      out.TellChanges(DifferenceKind::kLnb, RecordName(to, "LNB", i), "", false, std::move(changes));
+      out.TellChanges(DifferenceKind::kLnb, RecordName(to, "LNB", i), LnbText(second.lnbs[i]), false,
+                      std::move(changes));
     }
   }
   out.Look(0, kUnmatched, kUnmatched);

@@ -33,8 +33,10 @@ struct Difference {
       '~';  // + added, - removed, ~ changed, > moved within its list; = none, where these are asked for
   DifferenceKind kind = DifferenceKind::kSdb;
   std::string path;  // as `check` names records: "SDB1 satellite 3"; empty for the flags of the file
-  std::string name;  // of satellites, carriers, services, favourite entries and user boxes, else empty
-  bool has_name = false;
+  // Of satellites, carriers, services, favourite entries and user boxes; what an LNB is set to, which lines
+  // leave out; else empty.
+  std::string name;
+  bool has_name = false;            // lines tell it
   std::string from;                 // of a moved record: its path in the first database
   std::vector<FieldChange> fields;  // of a changed one
   size_t moved = 0;                 // services that the running order has elsewhere; then `fields` is empty

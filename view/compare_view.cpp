@@ -59,9 +59,8 @@ std::string FieldsText(const Difference& difference, bool second) {
   return text;
 }
 
-// A record without a name is known by its path.
 std::string SideOf(const Difference& difference, bool second) {
-  const std::string name = difference.has_name && !difference.name.empty() ? difference.name : "yes";
+  const std::string name = difference.name.empty() ? "(without a name)" : difference.name;
   switch (difference.sign) {
     case '+':
       return second ? name : "";

@@ -69,6 +69,11 @@ TEST_F(Comparisons, ShowBothSidesAndFilterThem) {
   EXPECT_THAT(Rows({.change = 4}), ElementsAre(HasSubstr("Moved")));
   EXPECT_THAT(Rows({.kind = 2, .equal = true}),
               ElementsAre("|SDB1 satellite 1 S1|S1|S1", "|SDB1 satellite 2 S2|S2|S2"));
+  EXPECT_EQ(Rows({.kind = 1, .equal = true})[1], "|SDB1 LNB 2|Universal 9750 / 10600|Universal 9750 / 10600");
+  other.sdbs[0].database->lnb_count = 1;
+  EXPECT_THAT(Rows({.kind = 1}), ElementsAre("Removed|SDB1 LNB 2|Universal 9750 / 10600|"));
+  EXPECT_THAT(DifferenceLines(view.records), HasSubstr("- SDB1 LNB 2\n"));
+  other.sdbs[0].database->lnb_count = 2;
   EXPECT_EQ(Rows({.equal = true}).size(), 23u);
   EXPECT_EQ(NextDifference(view, std::nullopt, false), std::optional(size_t{3}));
   const auto last = NextDifference(view, std::nullopt, true);
