@@ -199,6 +199,7 @@ TEST_F(Usage, InfoTellsWhatIsCompressed) {
 }
 
 // The line of progress gives way to a message, once.
+// The cursor stands at the start of the line, where the echo of a Ctrl+C does not push it up.
 TEST(Errors, StandBelowNoRestsOfALine) {
   ErrorStream errors;
   testing::internal::CaptureStderr();
@@ -208,7 +209,7 @@ TEST(Errors, StandBelowNoRestsOfALine) {
   errors.ShowLine("1");
   errors.Print("b\n");
   errors.Print("c\n");
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\n\r12345\r123456\r      \r\r1\r \rb\nc\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\n\r12345\r\r123456\r\r      \r\r1\r\r \rb\nc\n");
 }
 
 TEST_F(Usage, ListsOfNumbersHoldNothingElse) {
