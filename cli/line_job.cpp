@@ -44,10 +44,10 @@ std::function<void(const TransferProgress&)> PlainLines(const std::shared_ptr<Er
   };
 }
 
-// What failed and why, in one text; a comparison's verdict stands alone.
+// What failed and why; a comparison's verdict stands alone.
 std::string FailureText(const Message& failure) {
-  const bool alone = failure.detail.empty() || failure.text == VerdictText(Verdict::kDiffers);
-  return failure.text + (alone ? "" : " " + failure.detail);
+  return failure.text == VerdictText(Verdict::kDiffers) ? failure.text
+                                                        : WithReason(failure.text, failure.detail);
 }
 
 void RunLine(CommandState& state, const LineOptions& line, bool document,
@@ -126,6 +126,7 @@ bool EndRun(LineJob& job, const ReceiverRun& run, bool done) {
     job.state.output_made = true;  // the receiver has it
   } else {
     job.state.interruption = ": " + ReceiverState(run);
+    if (!run.problem.empty()) job.state.failure = {Icon::kStop, run.problem, "", ""};
     if (run.unopened) TellPorts(job.state);
   }
   return done;

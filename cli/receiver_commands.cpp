@@ -29,7 +29,7 @@ struct UploadOptions {
 void ExpectUploadApart(const CommandState& state, const UploadOptions& options) {
   ExpectApart({{"FILE", PathFromUtf8(options.file)},
                {"--ecf", ConfigurationFile(state)},
-               {"--port", PathFromUtf8(options.line.port)}},
+               {"--port", PathFromUtf8(options.line.port), true}},
               {{"--trace", PathFromUtf8(options.line.trace)}, {"--log", PathFromUtf8(options.log)}});
 }
 
@@ -164,7 +164,7 @@ void UploadUrt(CommandState& state, const UploadOptions& options) {
 }
 
 void Download(CommandState& state, const LineOptions& line, const std::string& output) {
-  ExpectApart({{"--ecf", ConfigurationFile(state)}, {"--port", PathFromUtf8(line.port)}},
+  ExpectApart({{"--ecf", ConfigurationFile(state)}, {"--port", PathFromUtf8(line.port), true}},
               {{"--output", PathFromUtf8(output)}, {"--trace", PathFromUtf8(line.trace)}});
   RunLineCommand(state, line, [&](LineJob& job) {
     RequireTemporaryFolder(state);
@@ -182,8 +182,15 @@ void Download(CommandState& state, const LineOptions& line, const std::string& o
     });
     EndRun(job, run, fetched);
     state.output_made = false;
-    if (fetched) WriteOutput(state, output, database);
-    return fetched;
+    if (!fetched) return false;
+    state.interruption = ": " + ReceiverState(run);
+    try {
+      WriteOutput(state, output, database);
+    } catch (const CommandFailed&) {
+      Tell(state.context.messages, Icon::kInformation, "%s", ReceiverStateSentence(run).c_str());
+      throw;
+    }
+    return true;
   });
 }
 

@@ -41,12 +41,11 @@ void ExpectApart(const std::vector<NamedPath>& inputs, const std::vector<NamedPa
   for (size_t i = 0; i < outputs.size(); ++i) {
     std::error_code error;
     const auto status = std::filesystem::status(outputs[i].path, error);
+    if (outputs[i].path.empty()) continue;
     // What goes to a device or a pipe takes nobody's place.
-    if (outputs[i].path.empty() || std::filesystem::is_character_file(status) ||
-        std::filesystem::is_fifo(status))
-      continue;
+    const bool stream = std::filesystem::is_character_file(status) || std::filesystem::is_fifo(status);
     const auto refuse = [&](const NamedPath& other, const char* what) {
-      if (other.path.empty() || !SameFile(outputs[i].path, other.path)) return;
+      if (other.path.empty() || (stream && !other.line) || !SameFile(outputs[i].path, other.path)) return;
       throw CLI::ValidationError(outputs[i].option,
                                  "\"" + Utf8FromPath(outputs[i].path) + "\" is " + what + " " + other.option);
     };

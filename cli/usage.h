@@ -23,10 +23,11 @@ std::string VersionText();
 struct NamedPath {
   std::string option;
   Path path;
+  bool line = false;  // the receiver's: no output, not even one that is a device
 };
 // Throws wrong usage when an output is an input, or the same as another output: links, letter case where the
 // system ignores it and the many forms of a path are seen through. Opens nothing. Pipes and devices are what
-// they are.
+// they are, but for the receiver's line.
 void ExpectApart(const std::vector<NamedPath>& inputs, const std::vector<NamedPath>& outputs);
 
 }  // namespace vexa

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <string_view>
 
 namespace vexa {
 
@@ -75,6 +76,14 @@ LoaderReport LoaderReportOf(int code) {
     if (piece) report.text += piece;
   }
   return report;
+}
+
+std::string LoaderProblemOf(int code) {
+  constexpr std::string_view kBegin = "Problem : ";
+  const std::string text = LoaderReportOf(code).text;
+  const size_t begin = text.find(kBegin);
+  if (begin == text.npos) return {};
+  return text.substr(begin + kBegin.size(), text.find('\n', begin) - begin - kBegin.size());
 }
 
 void ReportLoaderStatus(const ReportTarget& target, int code) {

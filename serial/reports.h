@@ -17,6 +17,9 @@ struct LoaderReport {
 // The text and the colour of a status code: -6 to -1, 1 to 4, 19 and 23 have one.
 LoaderReport LoaderReportOf(int code);
 
+// What is wrong, of the text of a status code that tells of an error; else empty.
+std::string LoaderProblemOf(int code);
+
 // Where reports go. While a flag is set nothing is shown.
 struct ReportTarget {
   bool download = false;        // a download runs

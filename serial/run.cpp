@@ -29,6 +29,7 @@ struct OneTransfer {
   TransferPhase phase = TransferPhase::kUpload;
   uint64_t total = 0;
   std::atomic<bool> pressed{false}, file_refused{false}, timed_out{false};
+  std::string problem;  // of a file that was refused
 };
 
 double Now() {
@@ -65,7 +66,9 @@ void Connect(ReceiverRun& run, OneTransfer& attempt, TransferJob job) {
     if (code == 23 && (attempt.file_refused || IsPortMissed(attempt.session) || attempt.timed_out))
       return;  // told already, and not the user's doing
     ReportLoaderStatus(target, code);
-    if (code < 0) attempt.file_refused = true;
+    if (code >= 0 || attempt.file_refused) return;
+    attempt.problem = LoaderProblemOf(code);
+    attempt.file_refused = true;
   };
 }
 
@@ -153,6 +156,7 @@ bool RunAttempt(ReceiverRun& run, std::unique_ptr<OneTransfer>& owned, TransferJ
   Follow(run, attempt, before);
   run.result.seconds = before.seconds + attempt.session.seconds;
   if (attempt.phase == TransferPhase::kUpload) run.uploaded += attempt.session.transfer.packets_moved;
+  if (attempt.file_refused) run.problem = attempt.problem;
   const bool done = ended && attempt.session.outcome == 1 && !attempt.file_refused;
   leave_behind();
   return done;

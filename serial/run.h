@@ -54,6 +54,7 @@ struct ReceiverRun {
   std::shared_ptr<ShownTexts> shown;
   bool begun = false;        // a transfer was started
   bool answered = false;     // the receiver was heard
+  std::string problem;       // what a report said of the file that was sent; may be empty
   bool unopened = false;     // the port of the last transfer could not be opened
   uint64_t uploaded = 0;     // packets of uploads
   bool sent = false;         // an upload ran to its end

@@ -265,6 +265,33 @@ TEST_F(ReceiverCommands, TheLoaderReplacesNothingButADeadLinkOfItsOwnKind) {
 }
 #endif
 
+TEST_F(ReceiverCommands, ADownloadThatCannotBeKeptSaysHowTheReceiverIsLeft) {
+  if (!StartReceiver()) GTEST_SKIP() << "no pseudo-terminals on this system";
+  ASSERT_EQ(Vexa("upload adb @list.bin --port @line").status, 0);
+  std::filesystem::create_directory(At("folder"));
+  heard_ = false;
+  std::thread user([this] {
+    while (!heard_) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    std::filesystem::remove(At("folder"));
+  });
+  const ProgramResult result = Vexa("download -o @folder/out --port @line --timeout 20");
+  user.join();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, HasSubstr("error: Could not creat file"));
+  EXPECT_THAT(result.errors, testing::EndsWith("info: Nothing was written, the receiver keeps what it had; "
+                                               "switch it off and on before the next try.\n"));
+}
+
+TEST_F(ReceiverCommands, NothingIsWrittenToTheLineItself) {
+  auto terminal = OpenPseudoTerminal(At("line")).value;
+  if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";
+  for (const std::string line :
+       {"download -o @line", "download -o @out --trace @line", "upload adb @list.bin --log @line"}) {
+    EXPECT_EQ(Vexa(line + std::string(" --port ") + terminal->path).status, 2) << line;
+  }
+  EXPECT_EQ(Vexa("upload adb @list.bin --log /dev/null --trace /dev/null --port @no-port").status, 1);
+}
+
 TEST_F(ReceiverCommands, AnUnpluggedPortEndsTheTransferWithOneMessage) {
   auto terminal = OpenPseudoTerminal(At("line")).value;
   if (!terminal) GTEST_SKIP() << "no pseudo-terminals on this system";

@@ -262,12 +262,18 @@ TEST_F(RunCommands, ADocumentAlsoTellsOfAFailure) {
     // "error: " with the text, and "info: " with the reason.
     const size_t text = result.errors.find(": ") + 2, end = result.errors.find("\ninfo: ", text);
     const size_t reason = end + 7;
+    const char* between = result.errors[end - 1] == '.' ? " " : ": ";
     EXPECT_EQ(document["message"],
-              result.errors.substr(text, end - text) + " " +
+              result.errors.substr(text, end - text) + between +
                   result.errors.substr(reason, result.errors.find('\n', reason) - reason))
         << words;
   }
   EXPECT_EQ(Vexa("upload adb @list.bin --port @line --json --progress fancy").status, 2);
+  if (!StartReceiver()) return;
+  Put("bad.urt", "no such file");
+  EXPECT_EQ(Json::parse(Vexa("upload urt @bad.urt --port @line --json").output)["message"],
+            "Magic ID not found")
+      << "what the report says";
 }
 
 TEST_F(RunCommands, ADryRunTellsHowFullEachTableIs) {
