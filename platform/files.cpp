@@ -416,13 +416,29 @@ void RemoveFolder(const Path& folder) {
   fs::remove(folder, error);
 }
 
-Outcome AppendToFile(const Path& path, std::span<const uint8_t> more, std::span<const uint8_t> first) {
+namespace {
+
+// A file that cannot be read counts as one that ends with a whole line.
+bool EndsWithinLine(const Path& path) {
+  const std::unique_ptr<std::FILE, CloseFile> file(OpenFile(path, false));
+  if (!file || std::fseek(file.get(), -1, SEEK_END) != 0) return false;
+  const int last = std::fgetc(file.get());
+  return last != EOF && last != '\n';
+}
+
+}  // namespace
+
+Outcome AppendLines(const Path& path, std::span<const uint8_t> more, std::span<const uint8_t> first) {
   ForgetFileErrors();
   std::FILE* const file = OpenFileToAppend(path);
   if (!file) return LastFileError();
   std::error_code no_size, ignored;
   const auto size = std::filesystem::file_size(path, no_size);
-  Outcome written = size == 0 ? SystemFiles().write(file, first) : Outcome();
+  constexpr uint8_t kLineEnd[] = {'\r', '\n'};
+  std::span<const uint8_t> before;
+  if (size == 0) before = first;
+  if (!no_size && !more.empty() && EndsWithinLine(path)) before = kLineEnd;
+  Outcome written = SystemFiles().write(file, before);
   if (written) written = SystemFiles().write(file, more);
   const Outcome flushed = std::fflush(file) == 0 ? Outcome() : LastFileError();
   if (written) written = flushed;
@@ -430,8 +446,7 @@ Outcome AppendToFile(const Path& path, std::span<const uint8_t> more, std::span<
   if (!written && !no_size) std::filesystem::resize_file(path, size, ignored);
   const Outcome finished = SystemFiles().finish(file);
   if (!written || finished) return written;
-  if (!no_size &&
-      std::filesystem::file_size(path, ignored) == size + first.size() * (size == 0) + more.size())
+  if (!no_size && std::filesystem::file_size(path, ignored) == size + before.size() + more.size())
     std::filesystem::resize_file(path, size, ignored);
   return finished;
 }

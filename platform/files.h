@@ -98,10 +98,11 @@ struct FileContent {
 WriteResult WriteWholeFiles(std::span<const FileContent> contents, size_t& refused,
                             const FileOperations& files = SystemFiles());
 
-// Adds `more` at the end of the file, which is made when it is not there; `first` comes before it in a file
-// that holds nothing. Programs that do so at once follow each other. When not all of it can be written, a
+// Adds the lines `more` at the end of the file, which is made when it is not there; `first` comes before them
+// in a file that holds nothing, and CR LF in one whose last line has no end. Programs that do so at once
+// follow each other. When not all of it can be written, a
 // file keeps what it held.
-Outcome AppendToFile(const Path& path, std::span<const uint8_t> more, std::span<const uint8_t> first = {});
+Outcome AppendLines(const Path& path, std::span<const uint8_t> more, std::span<const uint8_t> first = {});
 
 // Why the system refuses to read the file, or to write it in place of what `path` holds; no error when it
 // does not.

@@ -41,14 +41,14 @@ Outcome AppendToRunLog(const Path& file, const RunLogRow& row) {
   AppendCsvRow(header, {"time", "serial", "database", "sha256", "configuration", "packets", "repeated",
                         "seconds", "verified", "result"});
   const std::string cells = CellsOf(row);
-  return AppendToFile(file, bytes(cells), bytes(header));
+  return AppendLines(file, bytes(cells), bytes(header));
 }
 
 // One that is not there is not made for the trial: taking it away again could take another program's row
 // along.
 Outcome TryRunLog(const Path& file) {
   std::error_code error;
-  if (std::filesystem::exists(file, error)) return AppendToFile(file, {});
+  if (std::filesystem::exists(file, error)) return AppendLines(file, {});
   if (const std::error_code refusal = WhyNotWritable(file)) return refusal;
   return {};
 }

@@ -19,8 +19,8 @@ struct RunLogRow {
   RunEnd end = RunEnd::kOk;
 };
 
-// Appends the row, behind the header in a file that is new or empty. When not all of it can be written the
-// file is as it was, as far as the system allows that.
+// Appends the row, behind the header in a file that is new or empty, as a line of its own in any. When not
+// all of it can be written the file is as it was, as far as the system allows that.
 Outcome AppendToRunLog(const Path& file, const RunLogRow& row);
 // Whether rows can be appended. A file that was not there is not there afterwards.
 Outcome TryRunLog(const Path& file);

@@ -261,6 +261,13 @@ TEST_F(Run, TheLogGrowsByARowAndBeginsWithAHeader) {
                     "2024-05-06 07:08:09,\"a,\"\"b\"\"\",db.bin,00ff,0/0/1,12,3,4.6,,cancelled\r\n"
                     "2024-05-06 07:08:09,\"a,\"\"b\"\"\",db.bin,00ff,0/0/1,12,3,4.6,no,failed\r\n"));
   EXPECT_FALSE(TryRunLog(recorder.context.temporary_folder / "no" / "log"));
+  for (const std::string end : {"", "\n", "\r\n"}) {  // as another program may have left it
+    PutFile(log, BytesOf("time,serial" + end));
+    EXPECT_TRUE(TryRunLog(log) && AppendToRunLog(log, row));
+    const Bytes bytes = ReadWholeFile(log).value_or(Bytes{});
+    EXPECT_TRUE(std::string(bytes.begin(), bytes.end())
+                    .starts_with("time,serial" + (end.empty() ? "\r\n" : end) + "2024-05-06"));
+  }
 }
 
 TEST_F(Run, ADatabaseIsNoLog) {
