@@ -12,6 +12,10 @@ namespace vexa {
 
 namespace {
 
+#ifndef ERROR_NO_SUCH_DEVICE
+constexpr int ERROR_NO_SUCH_DEVICE = 433;  // older headers lack it
+#endif
+
 struct Meaning {
   int number;
   Cause cause;
@@ -23,6 +27,7 @@ constexpr Meaning kSystemMeanings[] = {
     {ERROR_BAD_NETPATH, Cause::kMissing},
     {ERROR_BAD_NET_NAME, Cause::kMissing},
     {ERROR_DEV_NOT_EXIST, Cause::kMissing},
+    {ERROR_NO_SUCH_DEVICE, Cause::kMissing},
     {ERROR_ACCESS_DENIED, Cause::kNoPermission},
     {ERROR_PRIVILEGE_NOT_HELD, Cause::kNoPermission},
     {ERROR_SHARING_VIOLATION, Cause::kInUse},

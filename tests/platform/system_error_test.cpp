@@ -69,8 +69,9 @@ TEST(Reasons, CarryTheErrorBesideWhatWasNotDone) {
 #if defined(_WIN32)
 TEST(Reasons, OfWindowsAreWordedAndSorted) {
   const std::pair<int, Cause> rows[] = {
-      {2, Cause::kMissing},         {5, Cause::kNoPermission}, {32, Cause::kInUse},    {112, Cause::kNoSpace},
-      {19, Cause::kWriteProtected}, {1167, Cause::kGone},      {87, Cause::kNotTaken}, {4, Cause::kTooMany}};
+      {2, Cause::kMissing},   {5, Cause::kNoPermission},    {32, Cause::kInUse},
+      {112, Cause::kNoSpace}, {19, Cause::kWriteProtected}, {1167, Cause::kGone},
+      {87, Cause::kNotTaken}, {4, Cause::kTooMany},         {433, Cause::kMissing}};
   for (const auto& [number, cause] : rows) {
     const std::error_code error(number, std::system_category());
     EXPECT_EQ(CauseOf(error), cause) << number;
