@@ -280,6 +280,21 @@ void AppendRequestRecord(ByteWriter& file, uint32_t count, uint32_t region, uint
   file.Append(FrameOf(payload.bytes()));
 }
 
+bool IsLaidOutAlike(const ProjectConfig& one, const ProjectConfig& other) {
+  const RegionEntry *first = AdbRegion(one), *second = AdbRegion(other);
+  return first && second && first->start == second->start && first->end == second->end &&
+         one.configuration_index == other.configuration_index && one.partition_sizes == other.partition_sizes;
+}
+
+// The last `header` bytes of the first region are the image header.
+void TakeHeld(const AdbImages& held, uint32_t header, AdbImages& images) {
+  const auto take = [](const Bytes& from, Bytes& to, size_t end) {
+    std::copy_n(from.begin(), std::min({from.size(), to.size(), end}), to.begin());
+  };
+  take(held.adb, images.adb, images.adb.size() - header);
+  take(held.e2p, images.e2p, images.e2p.size());
+}
+
 }  // namespace
 
 uint32_t AdbHeaderSize(const ProjectConfig& config) {
@@ -308,7 +323,7 @@ std::vector<TableUse> AdbRooms(const StaticDatabase& database, const ProjectConf
 }
 
 std::optional<AdbImages> BuildAdbImages(const Context& caller, const Document& document, size_t sdb,
-                                        const ProjectConfig& config) {
+                                        const ProjectConfig& config, const HeldMemory* held) {
   const StaticDatabase& database = *document.sdbs.at(sdb).database;
   const RegionEntry* region = AdbRegion(config);
   if (!region || config.partitions.empty()) {
@@ -350,13 +365,15 @@ std::optional<AdbImages> BuildAdbImages(const Context& caller, const Document& d
                      ConfigurationName(config).c_str(), header, Utf8FromLatin(region->name).c_str()));
     return std::nullopt;
   }
+  if (held && IsLaidOutAlike(held->config, config)) TakeHeld(held->regions, header, images);
   return images;
 }
 
 bool CreateAdbPartitionFiles(const Context& context, const Document& document, size_t sdb,
-                             const ProjectConfig& config, const LocalTime& time, int& files) {
+                             const ProjectConfig& config, const LocalTime& time, int& files,
+                             const HeldMemory* held) {
   files = 0;
-  auto images = BuildAdbImages(context, document, sdb, config);
+  auto images = BuildAdbImages(context, document, sdb, config, held);
   if (!images) return false;
   const bool e2p = config.configuration_index == 1;
   const AdbLayout layout = LayoutOf(config);

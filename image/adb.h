@@ -34,11 +34,19 @@ struct AdbImages {
   Bytes e2p;  // configuration index 1 only
 };
 
+// What a receiver held, and by which configuration it was read.
+struct HeldMemory {
+  ProjectConfig config;
+  AdbImages regions;  // the second as far as it was read
+};
+
 // Lays the SDB at place `sdb` (from 0, must be there) of the document out, with the document's first user box
-// record and settings block; the document stays as it is. Nothing after a message: the configuration has no
-// region or partition, a limit is exceeded, or a table does not fit.
+// record and settings block; the document stays as it is. `held`, which may be nullptr, is what the document
+// was decoded from: where `config` lays memory out as it was read, the images are its bytes, all but the
+// image header. Nothing after a message: the configuration has no region or partition, a limit is exceeded,
+// or a table does not fit.
 std::optional<AdbImages> BuildAdbImages(const Context& context, const Document& document, size_t sdb,
-                                        const ProjectConfig& config);
+                                        const ProjectConfig& config, const HeldMemory* held = nullptr);
 
 // Bytes of the image header that the receiver writes over the end of the region.
 uint32_t AdbHeaderSize(const ProjectConfig& config);
@@ -55,9 +63,10 @@ std::vector<TableUse> AdbRooms(const StaticDatabase& database, const ProjectConf
 
 // Builds the images, writes them and their URT files into the temporary folder, under the names of
 // transfer_files.h. `time` is what the URT files carry. `files` is how many URT files are ready to be sent:
-// 0, 1, or 2 for configuration index 1. False after a message.
+// 0, 1, or 2 for configuration index 1. `held` as above. False after a message.
 bool CreateAdbPartitionFiles(const Context& context, const Document& document, size_t sdb,
-                             const ProjectConfig& config, const LocalTime& time, int& files);
+                             const ProjectConfig& config, const LocalTime& time, int& files,
+                             const HeldMemory* held = nullptr);
 
 // The request that makes the loader send its memory. Nothing after a message.
 std::optional<Bytes> BuildDownloadRequest(const Context& context, const ProjectConfig& config);

@@ -105,11 +105,15 @@ std::optional<ImageDifference> CompareImages(const ProjectConfig& config, const 
         std::min<uint64_t>(kSelectionBlock, kE2pRequested - std::min<uint64_t>(selection, kE2pRequested));
     CompareBlock(comparison, sent.e2p, selection, e2p, selection, static_cast<size_t>(read), 0, "selection");
   } else {
-    const uint64_t settings = CopyInForce(adb, layout.settings, config.partition_sizes[0], kSettingsBlock);
-    const uint64_t selection = CopyInForce(adb, layout.selection, config.partition_sizes[2], kSelectionBlock);
-    CompareBlock(comparison, sent.adb, layout.settings + kMarker, adb, settings, kSettingsBlock, base,
+    const auto settings_of = [&](std::span<const uint8_t> region) {
+      return CopyInForce(region, layout.settings, config.partition_sizes[0], kSettingsBlock);
+    };
+    const auto selection_of = [&](std::span<const uint8_t> region) {
+      return CopyInForce(region, layout.selection, config.partition_sizes[2], kSelectionBlock);
+    };
+    CompareBlock(comparison, sent.adb, settings_of(sent.adb), adb, settings_of(adb), kSettingsBlock, base,
                  "settings");
-    CompareBlock(comparison, sent.adb, layout.selection + kMarker, adb, selection, kSelectionBlock, base,
+    CompareBlock(comparison, sent.adb, selection_of(sent.adb), adb, selection_of(adb), kSelectionBlock, base,
                  "selection");
     for (uint64_t place = layout.end; place < end; ++place) {
       if (ByteAt(sent.adb, place) != ByteAt(adb, place)) comparison.Note(base + place, "fill");

@@ -20,10 +20,10 @@ struct ImageDifference {
   std::string record;
 };
 
-// `sent`: built by BuildAdbImages from `database` for `config`. `adb` and `e2p`: the content of the two
+// `sent`: as BuildAdbImages gave it for `database` and `config`. `adb` and `e2p`: the content of the two
 // regions from their start on, the second for configuration index 1 only. Nothing when they agree. What the
 // receiver writes by itself is passed over: the image header, and of the settings and selection partitions
-// all but the copy in force, which is compared with the one sent.
+// all but the copy in force, which is compared with the one that was in force in what was sent.
 std::optional<ImageDifference> CompareImages(const ProjectConfig& config, const StaticDatabase& database,
                                              const AdbImages& sent, std::span<const uint8_t> adb,
                                              std::span<const uint8_t> e2p);

@@ -44,8 +44,11 @@ bool ReadPart(const Path& folder, const std::string& name, const std::string& en
   content.bytes += bytes.size();
   if (read == ReadResult::kDone) return true;
   if (content.refusal.empty()) {
+    // Which regions there are is the configuration's to say.
+    const char* const what =
+        end == RawSuffix(1) ? "Half a copy, or of a receiver with another configuration" : "Half a copy";
     content.refusal = CauseOf(read.error) == Cause::kMissing
-                          ? "Half a copy: its file " + end + " is missing."
+                          ? what + (": its file " + end) + " is missing."
                           : "It cannot be read: " + ReadReason(path, read.error);
   }
   return false;
@@ -93,6 +96,16 @@ void RemoveUnusedPlaces(StaticDatabase& database) {
     DeleteSatellites(database, {count - 1});
 }
 
+// A copy whose name was taken has a number behind it, from 2, which is no part of the serial number.
+void TakeNumberOff(const std::map<std::string, ReceiverCopy, std::greater<>>& copies, ReceiverCopy& copy) {
+  const size_t end = copy.name.rfind('-');
+  const std::string number = copy.name.substr(end + 1);
+  const auto first = copies.find(copy.name.substr(0, end));
+  const bool is_number = number != "1" && !number.empty() && number[0] != '0' && number.size() < 6 &&
+                         number.find_first_not_of("0123456789") == number.npos;
+  if (is_number && first != copies.end()) copy.serial = first->second.serial;
+}
+
 }  // namespace
 
 Outcome ListCopies(const Path& folder, std::vector<ReceiverCopy>& copies) {
@@ -104,12 +117,13 @@ Outcome ListCopies(const Path& folder, std::vector<ReceiverCopy>& copies) {
   for (const Path& file : files) {
     if (auto copy = CopyOf(CopyNameOf(Utf8FromPath(file)))) found.try_emplace(copy->name, std::move(*copy));
   }
+  for (auto& [name, copy] : found) TakeNumberOff(found, copy);
   for (auto& [name, copy] : found) copies.push_back(std::move(copy));
   return true;
 }
 
 CopyContent ReadCopy(const Context& context, const ProjectConfig& config, const Path& folder,
-                     const ReceiverCopy& copy, Document* document) {
+                     const ReceiverCopy& copy, CopyToSend* back) {
   CopyContent content;
   Bytes database;
   std::vector<Bytes> raw(kRawRegions);
@@ -122,20 +136,21 @@ CopyContent ReadCopy(const Context& context, const ProjectConfig& config, const 
   if (!database.empty() && OpenBinBytes(Reasoning(context, reason), database, opened)) {
     CountRecords(opened, content);
   } else if (whole) {
+    if (database.empty()) reason = "It is empty.";
     content.refusal = "Damaged: its file " + std::string(kCopyExtension) + " holds no database. " + reason;
     whole = false;
   }
   const auto decoded = whole ? Decode(context, config, database, raw, content) : std::nullopt;
-  if (!decoded || !document) return content;
-  Document back;
-  if (!OpenDecoded(Reasoning(context, reason), *decoded, back)) {
+  if (!decoded || !back) return content;
+  Document document;
+  if (!OpenDecoded(Reasoning(context, reason), *decoded, document)) {
     content.refusal = "Damaged: " + reason;
     return content;
   }
   // The user box record stands in the settings, which are the receiver's own.
-  back.ubis.clear();
-  for (const OpenSdb& sdb : back.sdbs) RemoveUnusedPlaces(*sdb.database);
-  *document = std::move(back);
+  document.ubis.clear();
+  for (const OpenSdb& sdb : document.sdbs) RemoveUnusedPlaces(*sdb.database);
+  *back = {std::move(document), {config, {std::move(raw[0]), std::move(raw[1])}}};
   return content;
 }
 

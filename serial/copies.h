@@ -10,6 +10,7 @@
 #include "config/project_config.h"
 #include "core/context.h"
 #include "core/database.h"
+#include "image/adb.h"
 #include "platform/clock.h"
 
 namespace vexa {
@@ -28,9 +29,14 @@ struct CopyContent {
   size_t satellites = 0, carriers = 0, services = 0;  // of its database, without unused places
   uint64_t bytes = 0;                                 // of all its files
 };
-// Reads the copy. Silent. `document`, unless null, gets what goes back: its database and settings, as the
-// regions hold them; it is left alone when the copy is refused.
+// What goes back: the regions, byte for byte, and the database and settings that they hold.
+struct CopyToSend {
+  Document document;
+  HeldMemory held;
+};
+// Reads the copy. Silent. `back`, unless null, gets what goes back; it is left alone when the copy is
+// refused.
 CopyContent ReadCopy(const Context& context, const ProjectConfig& config, const Path& folder,
-                     const ReceiverCopy& copy, Document* document = nullptr);
+                     const ReceiverCopy& copy, CopyToSend* back = nullptr);
 
 }  // namespace vexa

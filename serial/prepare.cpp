@@ -127,10 +127,10 @@ bool MayDownload(const Context& context, const ProjectConfig& config) {
 
 std::optional<std::vector<Path>> PrepareAdbUpload(const Context& context, const Document& document,
                                                   size_t sdb, const ProjectConfig& config,
-                                                  const LocalTime& time) {
+                                                  const LocalTime& time, const HeldMemory* held) {
   RemoveTransferFiles(context.temporary_folder);
   int count = 0;
-  if (!CreateAdbPartitionFiles(context, document, sdb, config, time, count) || count == 0)
+  if (!CreateAdbPartitionFiles(context, document, sdb, config, time, count, held) || count == 0)
     return std::nullopt;
   std::vector<Path> files = {context.temporary_folder / kAdbUrtFile};
   if (count == 2) files.push_back(context.temporary_folder / kE2pUrtFile);

@@ -7,16 +7,18 @@
 #include "config/project_config.h"
 #include "core/bin_file.h"
 #include "core/database.h"
+#include "image/adb.h"
 #include "platform/clock.h"
 
 namespace vexa {
 
 inline constexpr const char* kSdbUrtFile = "TempURTFile.eut";
 
-// The ADB image of one SDB, and the second file of configuration index 1. Nothing after a message.
+// The ADB image of one SDB, and the second file of configuration index 1. `held` as for BuildAdbImages.
+// Nothing after a message.
 std::optional<std::vector<Path>> PrepareAdbUpload(const Context& context, const Document& document,
                                                   size_t sdb, const ProjectConfig& config,
-                                                  const LocalTime& time);
+                                                  const LocalTime& time, const HeldMemory* held = nullptr);
 // The chosen SDBs and user box records, in the format that `config.sdb_format` says (0: the bare stream of
 // the first SDB), for the region SdbRegion; with the window's version and initials, unused places filled from
 // the context's defaults. Nothing after a message.

@@ -57,11 +57,11 @@ std::string CopyCell(CopyList& list, size_t row, size_t column) {
   }
 }
 
-std::optional<Refusal> TakeCopy(CopyList& list, std::optional<size_t> row, Document& document) {
+std::optional<Refusal> TakeCopy(CopyList& list, std::optional<size_t> row, CopyToSend& back) {
   if (!row || *row >= list.copies.size()) return Refusal{"Choose a copy.", Icon::kInformation};
   // Anew: its files may have changed since it was shown.
-  CopyContent& content = list.contents[*row].emplace(
-      ReadCopy(list.context, list.config, list.folder, list.copies[*row], &document));
+  CopyContent& content =
+      list.contents[*row].emplace(ReadCopy(list.context, list.config, list.folder, list.copies[*row], &back));
   if (content.refusal.empty()) return std::nullopt;
   Refusal refusal{"This copy cannot be sent back."};
   refusal.detail = content.refusal;

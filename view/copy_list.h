@@ -28,9 +28,9 @@ inline constexpr std::array kCopyColumns = {"Date",     "Time",     "Serial numb
 // What the folder holds; empty after a message when it cannot be read.
 CopyList OpenCopyList(const Context& context, const ProjectConfig& config, const Path& folder);
 std::string CopyCell(CopyList& list, size_t row, size_t column);
-// Why the row does not go back to the receiver; `document` gets what goes back otherwise. Without a row:
+// Why the row does not go back to the receiver; `back` gets what goes back otherwise. Without a row:
 // that one is to be chosen.
-std::optional<Refusal> TakeCopy(CopyList& list, std::optional<size_t> row, Document& document);
+std::optional<Refusal> TakeCopy(CopyList& list, std::optional<size_t> row, CopyToSend& back);
 // "3 copies in C:\Copies"
 std::string CopyCountText(const CopyList& list);
 

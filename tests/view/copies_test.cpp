@@ -4,10 +4,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 
 #include "image/adb.h"
 #include "image/decoder.h"
+#include "image/receiver_layout.h"
 #include "image/verify.h"
 #include "serial/backup.h"
 #include "tests/image/image_maker.h"
@@ -34,24 +36,28 @@ struct Copies : testing::Test {
     for (size_t i = 0; i < document.settings_block.size(); ++i)
       document.settings_block[i] = static_cast<uint8_t>(i * 7);
   }
-  // As a backup of a receiver that holds the document leaves it.
-  AdbImages Put(const std::string& name, uint8_t index) {
+  // As a backup of a receiver that holds the document leaves it; `change` is what the receiver did to it.
+  AdbImages Put(
+      const std::string& name, uint8_t index,
+      const std::function<void(AdbImages&)>& change = [](AdbImages&) {}) {
     const ProjectConfig config = MakeImageConfig(index);
     AdbImages images = BuildAdbImages(recorder.context, document, 0, config).value();
     images.adb.resize(config.regions[1].end - config.regions[1].start, 0x55);  // the image header
+    change(images);
     const auto decoded = DecodeImage(recorder.context, config, images.adb, images.e2p, UserBoxInfo{});
     PutFile(folder / (name + ".bin"), decoded.value().file);
     PutFile(folder / (name + "-1.raw"), images.adb);
     if (index == 1) PutFile(folder / (name + "-2.raw"), images.e2p);
     return images;
   }
-  CopyContent Read(const std::string& name, uint8_t index, Document* back = nullptr) {
+  CopyContent Read(const std::string& name, uint8_t index, CopyToSend* back = nullptr) {
     return ReadCopy(recorder.context, MakeImageConfig(index), folder, {name, {}, ""}, back);
   }
 };
 
 TEST_F(Copies, AFolderListsThemTheNewestFirst) {
   for (const char* file : {"20240506-070809.bin", "20240506-070809-1.raw", "20240506-070809-A-1.bin",
+                           "20240506-070809-A-1-2.bin", "20240506-070809-2.bin", "20240506-070809-B-2.bin",
                            "20250101-000000-1.raw", "20240506-070809x.bin", "20241306-070809.bin",
                            "20240506 070809.bin", "other.bin", "20240506-0708.bin", "20240506-070810.txt"})
     PutFile(folder / file, {});
@@ -61,18 +67,30 @@ TEST_F(Copies, AFolderListsThemTheNewestFirst) {
   for (const ReceiverCopy& copy : copies)
     seen.push_back(copy.name + Format(" %d:%d:%d ", copy.time.year, copy.time.month, copy.time.second) +
                    copy.serial);
-  EXPECT_THAT(seen, ElementsAre("20250101-000000 2025:1:0 ", "20240506-070809-A-1 2024:5:9 A-1",
-                                "20240506-070809 2024:5:9 "));
+  EXPECT_THAT(seen, ElementsAre("20250101-000000 2025:1:0 ", "20240506-070809-B-2 2024:5:9 B-2",
+                                "20240506-070809-A-1-2 2024:5:9 A-1", "20240506-070809-A-1 2024:5:9 A-1",
+                                "20240506-070809-2 2024:5:9 ", "20240506-070809 2024:5:9 "));
   EXPECT_TRUE(ListCopies(folder / "none", copies));
   EXPECT_TRUE(copies.empty());
   EXPECT_FALSE(ListCopies(folder / "other.bin", copies));
 }
 
-// The receiver that gets the copy back holds what it held then, its own settings included.
+// The receiver that gets the copy back holds what it held then, its own settings included, to the byte: also
+// what no database tells.
 TEST_F(Copies, WhatGoesBackIsWhatTheReceiverHeld) {
   for (const uint8_t index : {uint8_t{0}, uint8_t{1}}) {
-    const AdbImages held = Put("name", index);
-    Document back;
+    const AdbLayout layout = LayoutOf(MakeImageConfig(index));
+    const AdbImages held = Put("name", index, [&](AdbImages& images) {
+      images.adb[kSatelliteTable + 84 * kSatelliteEntry + 3] = 0x10;  // a satellite with an unused one's name
+      images.adb[static_cast<size_t>(layout.tables) + 30000] = 0x42;  // between services and carriers
+      if (index == 1) return;
+      const size_t first = static_cast<size_t>(layout.settings) + kMarker;  // settings that were changed
+      std::copy_n(images.adb.begin() + static_cast<std::ptrdiff_t>(first), kSettingsBlock,
+                  images.adb.begin() + static_cast<std::ptrdiff_t>(first + kSettingsBlock));
+      images.adb[first + 50] ^= 0xFF;
+      images.adb[first - kMarker + 3] = 0x3F;
+    });
+    CopyToSend back;
     const CopyContent content = Read("name", index, &back);
     EXPECT_EQ(content.refusal, "");
     EXPECT_EQ(content.satellites, 3u);
@@ -80,10 +98,20 @@ TEST_F(Copies, WhatGoesBackIsWhatTheReceiverHeld) {
     EXPECT_EQ(content.services, 20u);
     EXPECT_GT(content.bytes, held.adb.size() + held.e2p.size());
     const ProjectConfig config = MakeImageConfig(index);
-    const auto sent = BuildAdbImages(recorder.context, back, 0, config);
+    const auto sent = BuildAdbImages(recorder.context, back.document, 0, config, &back.held);
     ASSERT_TRUE(sent.has_value());
-    const auto difference = CompareImages(config, *back.sdbs[0].database, *sent, held.adb, held.e2p);
+    const auto end = static_cast<std::ptrdiff_t>(held.adb.size() - AdbHeaderSize(config));
+    EXPECT_TRUE(std::equal(sent->adb.begin(), sent->adb.begin() + end, held.adb.begin())) << int{index};
+    EXPECT_EQ(sent->e2p, held.e2p);
+    const StaticDatabase& database = *back.document.sdbs[0].database;
+    const auto difference = CompareImages(config, database, *sent, held.adb, held.e2p);
     EXPECT_FALSE(difference.has_value()) << difference->record << " " << difference->bytes;
+    ProjectConfig other = config;  // of a receiver with another layout, which gets the database alone
+    other.partition_sizes[3] += 4;
+    other.partition_sizes[4] -= 4;
+    const auto laid_out = BuildAdbImages(recorder.context, back.document, 0, other, &back.held);
+    ASSERT_TRUE(laid_out.has_value());
+    EXPECT_EQ(laid_out->adb, BuildAdbImages(recorder.context, back.document, 0, other)->adb);
   }
   EXPECT_TRUE(recorder.Texts().empty());
 }
@@ -99,9 +127,11 @@ TEST_F(Copies, HalfAndDamagedOnesAreRefusedWithTheReason) {
       {"name-1.raw", [](const Path& p) { std::filesystem::remove(p); },
        "Half a copy: its file -1.raw is missing."},
       {"name-2.raw", [](const Path& p) { std::filesystem::remove(p); },
-       "Half a copy: its file -2.raw is missing."},
+       "Half a copy, or of a receiver with another configuration: its file -2.raw is missing."},
       {"name.bin", [](const Path& p) { PutFile(p, BytesOf("Qx")); },
        "Damaged: its file .bin holds no database. Invalid or unknown file format."},
+      {"name.bin", [](const Path& p) { PutFile(p, {}); },
+       "Damaged: its file .bin holds no database. It is empty."},
       {"name-1.raw", [](const Path& p) { std::filesystem::resize_file(p, 300); }, "Damaged, or of"},
       {"name-1.raw",
        [](const Path& p) {
@@ -114,10 +144,10 @@ TEST_F(Copies, HalfAndDamagedOnesAreRefusedWithTheReason) {
   for (const auto& row : rows) {
     Put("name", 1);
     row.harm(folder / row.file);
-    Document back;
+    CopyToSend back;
     const CopyContent content = Read("name", 1, &back);
     EXPECT_THAT(content.refusal, StartsWith(row.refusal)) << row.file;
-    EXPECT_TRUE(back.sdbs.empty());
+    EXPECT_TRUE(back.document.sdbs.empty());
     EXPECT_GT(content.bytes, 0u);
   }
   Put("name", 0);
@@ -141,7 +171,7 @@ TEST_F(Copies, TheDialogShowsARowForEachAndJudgesItAnew) {
   EXPECT_THAT((std::vector(whole.begin(), whole.begin() + 6)),
               ElementsAre("2024-05-06", "07:08:09", "A", "3", "6", "20"));
   EXPECT_EQ(whole[7], "Whole");
-  Document back;
+  CopyToSend back;
   EXPECT_EQ(TakeCopy(list, std::nullopt, back)->text, "Choose a copy.");
   const auto refusal = TakeCopy(list, 0, back);
   EXPECT_EQ(refusal->text + "|" + refusal->detail,
@@ -151,7 +181,7 @@ TEST_F(Copies, TheDialogShowsARowForEachAndJudgesItAnew) {
   EXPECT_THAT(CopyCell(list, 1, 7), HasSubstr("is missing"));
   Put("20240506-070809-A", 0);
   EXPECT_FALSE(TakeCopy(list, 1, back).has_value());
-  EXPECT_EQ(back.sdbs.size(), 1u);
+  EXPECT_EQ(back.document.sdbs.size(), 1u);
   EXPECT_TRUE(OpenCopyList(recorder.context, {}, folder / "none").copies.empty());
   EXPECT_TRUE(recorder.Texts().empty());
   OpenCopyList(recorder.context, {}, folder / "20240506-070810-1.raw");

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "core/database.h"
+#include "serial/copies.h"
 #include "ui/controls/application.h"
 
 namespace vexa {
@@ -12,8 +12,8 @@ namespace vexa {
 // Where copies of receivers are kept.
 Path CopyFolder(const Application& app);
 // "Restore": lists the copies that were kept. The name of the one that the user sends back, with what goes
-// back in `document`; nothing when he gives up. The boxes for what is done around the upload are kept.
-std::optional<std::string> ChooseCopy(Application& app, Document& document);
+// back in `back`; nothing when he gives up. The boxes for what is done around the upload are kept.
+std::optional<std::string> ChooseCopy(Application& app, CopyToSend& back);
 // "Production": one database for one receiver after the other.
 void ShowProduction(Application& app);
 

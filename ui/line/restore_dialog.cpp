@@ -46,7 +46,7 @@ Path CopyFolder(const Application& app) {
   return CopyFolderIn(LoadTransferSettings(app.settings), DocumentsFolder());
 }
 
-std::optional<std::string> ChooseCopy(Application& app, Document& document) {
+std::optional<std::string> ChooseCopy(Application& app, CopyToSend& back) {
   RestoreDialog dialog{OpenCopyList(app.context, app.config, CopyFolder(app)), {}};
   dialog.list.id = IDC_RESTORE_LIST;
   dialog.list.text = [&](size_t row, int column) {
@@ -75,7 +75,7 @@ std::optional<std::string> ChooseCopy(Application& app, Document& document) {
   std::optional<std::string> chosen;
   actions.accept = [&](Form& form) {
     const WaitPointer wait;
-    if (const auto refusal = TakeCopy(dialog.copies, dialog.list.highlighted, document)) {
+    if (const auto refusal = TakeCopy(dialog.copies, dialog.list.highlighted, back)) {
       RedrawRows(form, dialog.list);
       form.Refuse(*refusal, IDC_RESTORE_LIST);
       return false;

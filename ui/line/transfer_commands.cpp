@@ -34,6 +34,7 @@ struct AdbUpload {
   const Document& document;
   size_t sdb;
   std::string subject;
+  const HeldMemory* held = nullptr;  // what the document was decoded from, which goes back as it was
 };
 
 StepEnd KeepCopy(Application& app) {
@@ -64,7 +65,7 @@ StepEnd KeepCopy(Application& app) {
 
 // Reads the receiver back. What differs has been shown when the dialog closes.
 StepEnd Compare(Application& app, const AdbUpload& upload) {
-  const auto images = BuildAdbImages(app.context, upload.document, upload.sdb, app.config);
+  const auto images = BuildAdbImages(app.context, upload.document, upload.sdb, app.config, upload.held);
   auto files = images ? PrepareDownload(app.context, app.config) : std::nullopt;
   if (!files) return StepEnd::kNotDone;
   Verdict verdict = Verdict::kNotCompared;
@@ -88,7 +89,8 @@ StepEnd Send(Application& app, const AdbUpload& upload, bool copied) {
   if (!MayUploadAdb(app.context, app.config, upload.document)) return StepEnd::kNotDone;
   auto files = [&] {
     const WaitPointer wait;
-    return PrepareAdbUpload(app.context, upload.document, upload.sdb, app.config, LocalTimeNow());
+    return PrepareAdbUpload(app.context, upload.document, upload.sdb, app.config, LocalTimeNow(),
+                            upload.held);
   }();
   if (!files) return StepEnd::kNotDone;
   TransferOrder order;
@@ -102,7 +104,7 @@ StepEnd Send(Application& app, const AdbUpload& upload, bool copied) {
 void RunUpload(Application& app, const AdbUpload& upload) {
   // What the configuration or the receiver's room refuses is told before anything is fetched.
   if (!MayUploadAdb(app.context, app.config, upload.document) ||
-      !BuildAdbImages(app.context, upload.document, upload.sdb, app.config))
+      !BuildAdbImages(app.context, upload.document, upload.sdb, app.config, upload.held))
     return;
   UploadSteps steps = FirstUploadStep(LoadTransferSettings(app.settings));
   while (steps.step != UploadStep::kEnd) {
@@ -124,9 +126,9 @@ void UploadAdb(Application& app) {
 
 void Restore(Application& app) {
   if (!MayDownload(app.context, app.config)) return;
-  Document document;
-  if (const auto name = ChooseCopy(app, document))
-    RunUpload(app, {document, 0, "\"" + *name + "\" as ADB data"});
+  CopyToSend back;
+  if (const auto name = ChooseCopy(app, back))
+    RunUpload(app, {back.document, 0, "\"" + *name + "\" as ADB data", &back.held});
 }
 
 void AddTick(HWND list, int place, const std::string& text) {
