@@ -44,6 +44,7 @@ std::string TableOfSdb(const StaticDatabase& database, TableKind kind, const Cod
 struct TableRow {
   // Places from 0: satellite, carrier, service as far as the kind goes; group, GroupKind, entry.
   std::vector<size_t> path;
+  size_t line = 0;  // on which it begins, from 1
   std::variant<std::monostate, LnbRecord, SatelliteRecord, CarrierRecord, ServiceRecord> record;
   uint32_t order = 0;          // of a service, from 1
   Service* service = nullptr;  // of an entry
@@ -65,22 +66,35 @@ struct TableUpdate {
     std::string name;  // in the page of the database
   };
   std::vector<GroupName> group_names;
+  size_t strangers = 0;  // rows that name what stands above their record, or an entry's service, otherwise
 };
 
 // Reads a table for the records of `database`, which its rows name by their numbers. Rows may stand in any
 // order, columns too; all but those that number the records may be missing, and what follows from other
-// records (names of parents, counts, `number` of a service) is not looked at. Cells that say what the record
-// holds already change nothing; others must fit their field, whatever the dialogs think of them. What does
-// not fit is answered with its line; `update` then means nothing.
+// records (names of parents, counts, `number` of a service) changes nothing. Cells that say what the record
+// holds already change nothing; others must fit their field, whatever the dialogs think of them. Empty rows,
+// and empty columns at the right, are none. What does not fit is answered with its line; `update` then means
+// nothing.
 std::optional<Misfit> ReadTable(std::string_view text, TableKind kind, const CodePage& page,
                                 const StaticDatabase& database, TableUpdate& update);
+
+// What a table that came back did.
+struct TableOutcome {
+  size_t changed = 0;      // records that say something else, entries that name another service
+  size_t renamed = 0;      // favourite lists
+  bool reordered = false;  // records stand in another order, in their lists or in the running order
+  size_t deleted = 0;      // records that had no row
+  size_t left_lists = 0;   // favourite entries of services that changed between TV and radio
+};
+// "3 changed", and behind commas what else was done but the last: "order changed", "1 deleted" ...
+std::string TableOutcomeText(const TableOutcome& outcome);
 
 // Changes the records, and puts those of one parent into the order of their rows; LNBs keep their places.
 // Records without a row are deleted, or stay behind the record that they followed. A service that changed
 // between TV and radio leaves the favourite lists of its old type; one that became radio has no video PID
-// unless the table gives a new one. False after a message, with nothing changed: the last LNB cannot go.
-bool ApplyTable(const Messages& messages, StaticDatabase& database, const TableUpdate& update,
-                bool delete_missing);
+// unless the table gives a new one. Nothing after a message, with nothing changed: the last LNB cannot go.
+std::optional<TableOutcome> ApplyTable(const Messages& messages, StaticDatabase& database,
+                                       const TableUpdate& update, bool delete_missing);
 
 // The kind of a table, by the columns that number its records; nothing when its first line has none of them.
 std::optional<TableKind> KindOfTable(std::string_view text);
@@ -88,14 +102,15 @@ std::optional<TableKind> KindOfTable(std::string_view text);
 // What becomes of the records that a table has no row for.
 enum class MissingRows { kDelete, kKeep, kCancel };
 // A table in UTF-8 that came back, which messages name `name`; else as the file below. `page`: of the
-// database's names.
-bool UpdateFromTableText(const Messages& messages, const std::string& name, std::string_view text,
-                         const CodePage& page, StaticDatabase& database,
-                         const std::function<MissingRows(const std::string& question)>& ask);
-// A table's file that came back: read, asked about by `ask` when records have no row, and applied. False when
-// nothing was changed: after a message with the path and the line, or when `ask` gave kCancel.
-bool UpdateFromTableFile(const Messages& messages, const Path& path, const CodePage& page,
-                         StaticDatabase& database,
-                         const std::function<MissingRows(const std::string& question)>& ask);
+// database's names. When rows name another satellite, carrier or service than the database has at their
+// numbers, a question asks whether the table is meant for it.
+std::optional<TableOutcome> UpdateFromTableText(
+    const Messages& messages, const std::string& name, std::string_view text, const CodePage& page,
+    StaticDatabase& database, const std::function<MissingRows(const std::string& question)>& ask);
+// A table's file that came back: read, asked about by `ask` when records have no row, judged and applied.
+// Nothing, with nothing changed, after a message with the path and the line, or when `ask` gave kCancel.
+std::optional<TableOutcome> UpdateFromTableFile(
+    const Messages& messages, const Path& path, const CodePage& page, StaticDatabase& database,
+    const std::function<MissingRows(const std::string& question)>& ask);
 
 }  // namespace vexa

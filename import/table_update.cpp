@@ -3,6 +3,7 @@
 #include <cstring>
 #include <map>
 #include <set>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -30,6 +31,7 @@ class TableReader {
       row_ = &table[i];
       if (row_->cells.size() > columns_.size()) throw Misfit{Where(), "has a cell too many"};
       update_.rows.push_back(kind_ == TableKind::kFavourites ? EntryRow() : RecordRow());
+      update_.rows.back().line = row_->line;
       if (!seen_.insert(update_.rows.back().path).second) throw Misfit{Where(), "is there twice"};
     }
     if (kind_ == TableKind::kServices) CheckOrders();
@@ -61,6 +63,13 @@ class TableReader {
     const auto place = places_.find(column);
     if (place == places_.end()) return std::nullopt;
     return place->second < row_->cells.size() ? row_->cells[place->second] : std::string();
+  }
+
+  // Whether a cell that is filled gives the record another name.
+  template <class Record>
+  bool NamesOther(const char* column, const Record& record) const {
+    const auto cell = Cell(column);
+    return cell && !cell->empty() && *cell != GuardedCell(Utf8FromPage(page_, NameOf(record.name)));
   }
 
   // A number that is there, from 1 to `count`; from 0.
@@ -101,7 +110,7 @@ class TableReader {
     return record;
   }
 
-  TableRow RecordRow() const {
+  TableRow RecordRow() {
     TableRow row;
     if (kind_ == TableKind::kLnbs) {
       row.path = {Place("lnb", database_.lnb_count)};
@@ -116,6 +125,10 @@ class TableReader {
     }
     row.path.push_back(Place("carrier", satellite.carriers.size()));
     const Carrier& carrier = *satellite.carriers[row.path[1]];
+    const bool service = kind_ == TableKind::kServices;
+    if (NamesOther("satellite_name", satellite.record) ||
+        (service && NamesOther("carrier_name", carrier.record)))
+      ++update_.strangers;
     if (kind_ == TableKind::kCarriers) {
       row.record = Changed(carrier.record);
       return row;
@@ -136,6 +149,9 @@ class TableReader {
     const FavouriteGroup& group = database_.favourites[g];
     row.path = {g, static_cast<size_t>(half), Place("entry", EntriesOf(group, half).size())};
     row.service = database_.services[Place("number", database_.services.size())];
+    // The name of another service follows in the database, not in the table.
+    if (row.service == EntriesOf(group, half)[row.path[2]] && NamesOther("name", row.service->record))
+      ++update_.strangers;
     TakeGroupName(g, half);
     return row;
   }
@@ -237,15 +253,22 @@ void Reorder(std::vector<Record*>& list, const std::vector<size_t>& rows) {
   list = std::move(ordered);
 }
 
+template <class Record>
+bool Differ(const Record& one, const Record& other) {
+  return std::memcmp(&one, &other, sizeof(Record)) != 0;
+}
+
 class TableUpdater {
  public:
   TableUpdater(StaticDatabase& database, const TableUpdate& update) : database_(database), update_(update) {}
 
-  bool Apply(const Messages& messages, bool delete_missing) {
-    if (update_.kind == TableKind::kLnbs) return ApplyLnbs(messages, delete_missing);
+  std::optional<TableOutcome> Apply(const Messages& messages, bool delete_missing) {
+    if (delete_missing) outcome_.deleted = update_.missing.size();
+    if (update_.kind == TableKind::kLnbs)
+      return ApplyLnbs(messages, delete_missing) ? std::optional(outcome_) : std::nullopt;
     if (update_.kind == TableKind::kFavourites) {
       ApplyFavourites(delete_missing);
-      return true;
+      return outcome_;
     }
     SetRecords();
     // By address, since places move.
@@ -253,7 +276,7 @@ class TableUpdater {
     for (const MissingRow& row : update_.missing) missing.insert(RecordAt(row.path));
     ReorderRecords();
     if (delete_missing) Delete(missing);
-    return true;
+    return outcome_;
   }
 
  private:
@@ -266,7 +289,8 @@ class TableUpdater {
 
   bool ApplyLnbs(const Messages& messages, bool delete_missing) {
     const auto before = database_.lnbs;
-    for (const TableRow& row : update_.rows) database_.lnbs[row.path[0]] = std::get<LnbRecord>(row.record);
+    for (const TableRow& row : update_.rows)
+      Set(database_.lnbs[row.path[0]], std::get<LnbRecord>(row.record));
     Rows gone;
     for (const MissingRow& row : update_.missing) gone.push_back(row.path[0]);
     if (!delete_missing || gone.empty() || DeleteLnbs(messages, database_, gone)) return true;
@@ -274,24 +298,34 @@ class TableUpdater {
     return false;
   }
 
+  template <class Record>
+  void Set(Record& record, const Record& wanted) {
+    if (Differ(record, wanted)) ++outcome_.changed;
+    record = wanted;
+  }
+
+  void NoteOrder(const std::vector<size_t>& places) {
+    outcome_.reordered |= !std::is_sorted(places.begin(), places.end());
+  }
+
   void SetRecords() {
     std::unordered_set<const Service*> changed;
     for (const TableRow& row : update_.rows) {
       Satellite& satellite = *database_.satellites[row.path[0]];
       if (row.path.size() == 1) {
-        satellite.record = std::get<SatelliteRecord>(row.record);
+        Set(satellite.record, std::get<SatelliteRecord>(row.record));
       } else if (row.path.size() == 2) {
-        satellite.carriers[row.path[1]]->record = std::get<CarrierRecord>(row.record);
+        Set(satellite.carriers[row.path[1]]->record, std::get<CarrierRecord>(row.record));
       } else {
         SetService(*satellite.carriers[row.path[1]]->services[row.path[2]], row, changed);
       }
     }
-    LeaveListsOfOldType(database_, changed);
+    outcome_.left_lists = LeaveListsOfOldType(database_, changed);
   }
 
-  static void SetService(Service& service, const TableRow& row, std::unordered_set<const Service*>& changed) {
+  void SetService(Service& service, const TableRow& row, std::unordered_set<const Service*>& changed) {
     const ServiceRecord before = service.record;
-    service.record = std::get<ServiceRecord>(row.record);
+    Set(service.record, std::get<ServiceRecord>(row.record));
     if ((before.type == kTv) == (service.record.type == kTv)) return;
     changed.insert(&service);
     if (before.type == kTv && service.record.video_pid == before.video_pid)
@@ -311,6 +345,7 @@ class TableUpdater {
       } else {
         Reorder(database_.satellites[parent[0]]->carriers[parent[1]]->services, rows);
       }
+      NoteOrder(rows);
     }
     NumberSatellites(database_);
     for (Satellite* satellite : database_.satellites) NumberCarriers(*satellite);
@@ -330,6 +365,7 @@ class TableUpdater {
     rows.reserve(by_order.size());
     for (const auto& [order, service] : by_order) rows.push_back(places.at(service));
     Reorder(database_.service_order, rows);
+    NoteOrder(rows);
   }
 
   void Delete(const std::unordered_set<const void*>& missing) {
@@ -355,6 +391,7 @@ class TableUpdater {
   }
 
   void ApplyFavourites(bool delete_missing) {
+    outcome_.renamed = update_.group_names.size();
     for (const TableUpdate::GroupName& name : update_.group_names) {
       FavouriteRecord& record = database_.favourites[name.group].record;
       char(&field)[kNameSize] = name.list == GroupKind::kTv ? record.tv_name : record.radio_name;
@@ -368,8 +405,10 @@ class TableUpdater {
         for (const TableRow& row : update_.rows) {
           if (row.path[0] != g || row.path[1] != static_cast<size_t>(list)) continue;
           rows.push_back(row.path[2]);
+          if (entries[row.path[2]] != row.service) ++outcome_.changed;
           entries[row.path[2]] = row.service;
         }
+        NoteOrder(rows);
         if (delete_missing) {
           std::vector<Service*> kept;
           kept.reserve(rows.size());
@@ -384,7 +423,18 @@ class TableUpdater {
 
   StaticDatabase& database_;
   const TableUpdate& update_;
+  TableOutcome outcome_;
 };
+
+// Empty columns at the right, as spreadsheets leave them beside what was marked.
+void DropEmptyColumns(std::vector<CsvRow>& table) {
+  if (table.empty()) return;
+  const auto drop_empty = [](std::vector<std::string>& cells, size_t kept) {
+    while (cells.size() > kept && cells.back().empty()) cells.pop_back();
+  };
+  drop_empty(table[0].cells, 0);
+  for (CsvRow& row : table) drop_empty(row.cells, table[0].cells.size());
+}
 
 }  // namespace
 
@@ -397,6 +447,7 @@ std::optional<Misfit> ReadTable(std::string_view text, TableKind kind, const Cod
       return std::all_of(row.cells.begin(), row.cells.end(),
                          [](const std::string& cell) { return cell.empty(); });
     });
+    DropEmptyColumns(rows);
     TableReader(kind, page, database, update).Read(rows);
     return std::nullopt;
   } catch (const Misfit& misfit) {
@@ -404,8 +455,16 @@ std::optional<Misfit> ReadTable(std::string_view text, TableKind kind, const Cod
   }
 }
 
-bool ApplyTable(const Messages& messages, StaticDatabase& database, const TableUpdate& update,
-                bool delete_missing) {
+std::string TableOutcomeText(const TableOutcome& outcome) {
+  std::string text = Format("%zu changed", outcome.changed);
+  if (outcome.reordered) text += ", order changed";
+  if (outcome.renamed > 0) text += Format(", %zu renamed", outcome.renamed);
+  if (outcome.deleted > 0) text += Format(", %zu deleted", outcome.deleted);
+  return text;
+}
+
+std::optional<TableOutcome> ApplyTable(const Messages& messages, StaticDatabase& database,
+                                       const TableUpdate& update, bool delete_missing) {
   return TableUpdater(database, update).Apply(messages, delete_missing);
 }
 
@@ -440,45 +499,81 @@ std::string MissingQuestion(const std::vector<MissingRow>& missing) {
   return text + "\n\nDelete them? No keeps them behind the records that they follow.";
 }
 
-}  // namespace
-
-namespace {
+// Why the favourite lists cannot take the services that entries are to name: one of the other type than the
+// list's, or one that is in the list already. Entries that stay as they are pass.
+std::optional<Misfit> JudgeEntries(const StaticDatabase& database, const TableUpdate& update,
+                                   bool delete_missing) {
+  if (update.kind != TableKind::kFavourites) return std::nullopt;
+  const auto service_at = [&](const std::vector<size_t>& path) -> const Service* {
+    return EntriesOf(database.favourites[path[0]], static_cast<GroupKind>(path[1]))[path[2]];
+  };
+  // Of each list, what it names already; then what it is to name besides.
+  std::set<std::tuple<size_t, size_t, const Service*>> named;
+  const auto name = [&](const std::vector<size_t>& path, const Service* service) {
+    return named.emplace(path[0], path[1], service).second;
+  };
+  for (const TableRow& row : update.rows)
+    if (service_at(row.path) == row.service) name(row.path, row.service);
+  for (const MissingRow& row : update.missing)
+    if (!delete_missing) name(row.path, service_at(row.path));
+  for (const TableRow& row : update.rows) {
+    if (service_at(row.path) == row.service) continue;
+    const bool tv = static_cast<GroupKind>(row.path[1]) == GroupKind::kTv;
+    const char* why = nullptr;
+    if ((row.service->record.type == kTv) != tv)
+      why = tv ? "is no TV service" : "is no radio service";
+    else if (!name(row.path, row.service))
+      why = "is in the list already";
+    if (!why) continue;
+    const auto place = std::find(database.services.begin(), database.services.end(), row.service);
+    return Misfit{
+        Format("line %zu", row.line),
+        Format("number \"%zu\" ", static_cast<size_t>(place - database.services.begin()) + 1) + why};
+  }
+  return std::nullopt;
+}
 
 constexpr const char* kTableRefused = "The table was not taken over.";
 
 }  // namespace
 
-bool UpdateFromTableText(const Messages& messages, const std::string& name, std::string_view text,
-                         const CodePage& page, StaticDatabase& database,
-                         const std::function<MissingRows(const std::string& question)>& ask) {
-  if (!IsUtf8(text)) {
-    TellWhy(messages, Icon::kStop, name + ": It is no text in UTF-8. Save the table as \"CSV UTF-8\".", "%s",
-            kTableRefused);
-    return false;
-  }
+std::optional<TableOutcome> UpdateFromTableText(
+    const Messages& messages, const std::string& name, std::string_view text, const CodePage& page,
+    StaticDatabase& database, const std::function<MissingRows(const std::string& question)>& ask) {
+  const auto refuse = [&](const std::string& why) {
+    TellWhy(messages, Icon::kStop, name + why, "%s", kTableRefused);
+    return std::nullopt;
+  };
+  if (!IsUtf8(text)) return refuse(": It is no text in UTF-8. Save the table as \"CSV UTF-8\".");
   const std::optional<TableKind> kind = KindOfTable(text);
   TableUpdate update;
-  Misfit misfit{"line 1",
-                "no column numbers records; take a table that vexa export --format csv-table wrote"};
-  const auto found = kind ? ReadTable(text, *kind, page, database, update) : misfit;
-  if (found) {
-    TellWhy(messages, Icon::kStop, name + ", " + found->where + ": " + found->what, "%s", kTableRefused);
-    return false;
-  }
+  const Misfit misfit{"line 1",
+                      "no column numbers records; take a table that vexa export --format csv-table wrote"};
+  auto found = kind ? ReadTable(text, *kind, page, database, update) : misfit;
+  if (found) return refuse(", " + found->where + ": " + found->what);
+  if (update.strangers > 0 &&
+      !messages.ask(Format("Rows that name another satellite, carrier or service than stands here at their "
+                           "numbers: %zu.\nThe table may be of another database. Take it over?",
+                           update.strangers),
+                    kApplicationTitle, false))
+    return std::nullopt;
   const MissingRows missing =
       update.missing.empty() ? MissingRows::kKeep : ask(MissingQuestion(update.missing));
-  return missing != MissingRows::kCancel &&
-         ApplyTable(messages, database, update, missing == MissingRows::kDelete);
+  if (missing == MissingRows::kCancel) return std::nullopt;
+  const bool delete_missing = missing == MissingRows::kDelete;
+  found = JudgeEntries(database, update, delete_missing);
+  if (found) return refuse(", " + found->where + ": " + found->what);
+  return ApplyTable(messages, database, update, delete_missing);
 }
 
-bool UpdateFromTableFile(const Messages& messages, const Path& path, const CodePage& page,
-                         StaticDatabase& database,
-                         const std::function<MissingRows(const std::string& question)>& ask) {
+std::optional<TableOutcome> UpdateFromTableFile(
+    const Messages& messages, const Path& path, const CodePage& page, StaticDatabase& database,
+    const std::function<MissingRows(const std::string& question)>& ask) {
   Bytes file;
   const ReadResult read = ReadWholeFile(path, file, kLargestCsv);
   if (read != ReadResult::kDone) {
     TellWhy(messages, Icon::kStop, ReadReason(path, read.error), "%s", kTableRefused);
-    return false;
+    return std::nullopt;
   }
   const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
   return UpdateFromTableText(messages, Utf8FromPath(path), text, page, database, ask);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "import/json_document.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
@@ -103,7 +105,9 @@ TEST(CsvTables, UnchangedTablesChangeNothing) {
                                       *sdb.database, update);
         ASSERT_FALSE(misfit) << name << ' ' << misfit->where << ' ' << misfit->what << " seed " << seed;
         EXPECT_TRUE(update.missing.empty()) << name;
-        ASSERT_TRUE(ApplyTable({}, *sdb.database, update, true));
+        const auto outcome = ApplyTable({}, *sdb.database, update, true);
+        ASSERT_TRUE(outcome.has_value());
+        EXPECT_EQ(TableOutcomeText(*outcome), "0 changed") << name;
       }
       ASSERT_EQ(JsonOfDocument(document, Windows1252()), before) << name << " seed " << seed;
     }
@@ -186,6 +190,91 @@ TEST_F(CsvTable, ServicesLeaveTheListsOfTheirOldType) {
   EXPECT_TRUE(database.favourites[0].tv.empty() && database.favourites[0].radio.empty());
   const auto pid = [&](size_t i) { return database.services[i]->record.video_pid; };
   EXPECT_EQ(std::tuple(pid(0), pid(1), pid(2)), std::tuple(kNoPid, 44u, 55u));
+}
+
+// Services 1 and 4 are TV and free, 3 and 1 stand in the TV list; 2 is radio.
+TEST_F(CsvTable, EntriesKeepTheRulesOfTheirLists) {
+  database.favourites[1].tv = {database.services[1], database.services[0], database.services[0]};
+  const std::string columns = "group,list,entry,number\n";
+  const struct {
+    const char *rows, *detail;
+    MissingRows missing = MissingRows::kKeep;
+  } cases[] = {
+      {"1,TV,1,2\n", "x, line 2: number \"2\" is no TV service"},
+      {"1,TV,2,1\n1,Radio,1,4\n", "x, line 3: number \"4\" is no radio service"},
+      {"1,TV,1,1\n", "x, line 2: number \"1\" is in the list already"},
+      {"1,TV,1,4\n1,TV,2,4\n", "x, line 3: number \"4\" is in the list already"},
+      {"2,TV,1,1\n", "x, line 2: number \"1\" is in the list already"},
+      {"1,TV,1,1\n", "", MissingRows::kDelete},
+      {"2,TV,1,2\n2,TV,3,1\n2,TV,2,1\n", ""},  // as the list has them
+      {"2,TV,1,4\n", ""},
+      {"1,TV,1,1\n1,TV,2,3\n", ""},
+  };
+  const auto before = database.favourites;
+  for (const auto& c : cases) {
+    recorder.shown.clear();
+    database.favourites = before;
+    const auto outcome = UpdateFromTableText(recorder.context.messages, "x", columns + c.rows, Windows1252(),
+                                             database, [&](const std::string&) { return c.missing; });
+    const auto details = recorder.Details();
+    EXPECT_EQ(details.empty() ? "" : details[0], c.detail) << c.rows;
+    EXPECT_EQ(outcome.has_value(), details.empty()) << c.rows;
+    EXPECT_TRUE(outcome || database.favourites[0].tv == before[0].tv) << c.rows;
+  }
+  EXPECT_EQ(database.favourites[0].tv, (std::vector<Service*>{database.services[0], database.services[2]}));
+}
+
+TEST_F(CsvTable, TellsWhatItDid) {
+  const auto told = [&](const std::string& text, MissingRows missing = MissingRows::kKeep) {
+    const auto outcome = UpdateFromTableText(recorder.context.messages, "x", text, Windows1252(), database,
+                                             [&](const std::string&) { return missing; });
+    return !outcome ? "refused" : TableOutcomeText(*outcome) + Format(" left %zu", outcome->left_lists);
+  };
+  // Beside and below what a spreadsheet marked too widely.
+  EXPECT_EQ(told("satellite\tname\t\t\r\n1\tSat1\t\t\r\n2\tNew\t\t\r\n\t\t\t\r\n"), "1 changed left 0");
+  EXPECT_EQ(told("satellite,name,\n1,Sat1,x\n"), "refused");
+  EXPECT_EQ(told("satellite,,name\n1,,Sat1\n"), "refused");
+  EXPECT_EQ(recorder.Details(), (std::vector<std::string>{"x, line 2: has a cell too many",
+                                                          "x, line 1: column \"\" is unknown"}));
+  EXPECT_EQ(told("lnb,power\n1,Off\n2,On\n"), "1 changed left 0");
+  EXPECT_EQ(told("satellite,carrier,service,type\n1,1,3,Radio\n1,1,2,TV\n1,2,1,Radio\n"),
+            "3 changed, order changed left 2");
+  EXPECT_EQ(told("satellite,carrier,service,order\n1,1,1,1\n1,2,1,4\n"), "0 changed, order changed left 0");
+  EXPECT_EQ(told("satellite,carrier,name\n1,2,C\n", MissingRows::kDelete), "1 changed, 1 deleted left 0");
+  database.favourites[0].tv = database.favourites[0].radio = {};
+  database.favourites[0].radio = {database.services[0]};
+  EXPECT_EQ(told("group,list,entry,number,group_name\n1,Radio,1,1,New\n"), "0 changed, 1 renamed left 0");
+}
+
+TEST_F(CsvTable, ATableOfAnotherDatabaseIsAskedAbout) {
+  const struct {
+    TableKind kind;
+    const char *cell, *other;
+    bool asked = true;
+  } cases[] = {
+      {TableKind::kServices, "1,Sat1,2,B,10700,Horizontal,1,4,1,P1,", "1,Sat1,2,X,10700,Horizontal,1,4,1,Q,"},
+      {TableKind::kServices, "1,Sat1,2,B,10700,Horizontal,1,4,1,Q,", "1,,2,B,9,Left,1,9,1,R,", false},
+      {TableKind::kFavourites, "1,2,1,P1", "1,2,1,P9"},
+      {TableKind::kFavourites, "1,2,1,P1", "1,2,4,P1", false},
+      {TableKind::kCarriers, "1,Sat1,2,B,", "1,Sat9,2,C,"},
+  };
+  const auto keep = [](const std::string&) { return MissingRows::kKeep; };
+  for (const auto& c : cases) {
+    std::string text = Written(c.kind);
+    const size_t place = text.find(c.cell);
+    ASSERT_NE(place, std::string::npos) << text;
+    text.replace(place, std::strlen(c.cell), c.other);
+    const std::string before = Json();
+    recorder.answer = false;
+    const auto outcome =
+        UpdateFromTableText(recorder.context.messages, "x", text, Windows1252(), database, keep);
+    EXPECT_EQ(outcome.has_value(), !c.asked) << c.other;
+    EXPECT_EQ(Json() == before, c.asked) << c.other;
+    EXPECT_EQ(recorder.Texts().size(), c.asked ? 1u : 0u) << c.other;
+    recorder.answer = true;
+    EXPECT_TRUE(UpdateFromTableText(recorder.context.messages, "x", text, Windows1252(), database, keep));
+    recorder.shown.clear();
+  }
 }
 
 TEST_F(CsvTable, WhatDoesNotFit) {

@@ -47,6 +47,13 @@ bool ChangeDocument(EditorWindow& editor, const std::function<bool()>& operation
   });
 }
 
+bool ChangeAndShow(EditorWindow& editor, const std::function<bool()>& operation) {
+  const DocumentMarks before = MarksOf(editor.document);
+  if (!ChangeDocument(editor, operation)) return false;
+  ShowChanges(editor, ChangesSince(before, editor.document));
+  return true;
+}
+
 void UndoChange(EditorWindow& editor) {
   ShowStep(editor, Undo);
 }

@@ -12,6 +12,10 @@ namespace vexa {
 // must be as before. Returns what `operation` returned.
 bool ChangeDocument(EditorWindow& editor, const std::function<bool()>& operation, bool is_sort = false);
 
+// The same for an operation that reaches records anywhere: what it changed is selected afterwards, as an undo
+// does it.
+bool ChangeAndShow(EditorWindow& editor, const std::function<bool()>& operation);
+
 // Take the last step back, and bring the last one that was taken back again; tree, list, panel and caption
 // follow. Nothing when there is none.
 void UndoChange(EditorWindow& editor);

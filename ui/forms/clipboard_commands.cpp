@@ -8,6 +8,7 @@
 #include "ui/editor/editor_parts.h"
 #include "ui/forms/form_commands.h"
 #include "view/clip.h"
+#include "view/common_form.h"
 
 namespace vexa {
 
@@ -99,7 +100,7 @@ void Cut(Application& app) {
 void PasteText(Application& app, EditorWindow& editor, const std::wstring& text) {
   const OpenSdb* sdb = SelectedSdb(editor);
   if (!sdb) return;
-  ChangeDocument(editor, [&] {
+  ChangeByTable(editor, [&] {
     return UpdateFromTableText(app.context.messages, "The clipboard", Utf8(text), NamesPage(editor.document),
                                *sdb->database, [](const std::string&) { return MissingRows::kKeep; });
   });
@@ -124,6 +125,14 @@ void Paste(Application& app) {
 constexpr CommandRow kClipboardCommands[] = {{kCmdCut, Cut}, {kCmdCopy, Copy}, {kCmdPaste, Paste}};
 
 }  // namespace
+
+void ChangeByTable(EditorWindow& editor, const std::function<std::optional<TableOutcome>()>& update) {
+  std::optional<TableOutcome> outcome;
+  if (!ChangeAndShow(editor, [&] { return (outcome = update()).has_value(); })) return;
+  editor.app->outcome = TableOutcomeText(*outcome);
+  editor.app->refresh_frame();
+  TellLeftLists(editor.app->context.messages, outcome->left_lists);
+}
 
 std::span<const CommandRow> ClipboardCommands() {
   return kClipboardCommands;

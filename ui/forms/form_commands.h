@@ -1,9 +1,13 @@
 // The commands of records, options, tools and lists.
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <span>
 
+#include "import/csv_table.h"
 #include "ui/controls/command_row.h"
+#include "ui/editor/editor.h"
 
 namespace vexa {
 
@@ -17,5 +21,9 @@ std::span<const CommandRow> ImageCommands();      // image_commands.cpp
 bool RunRowCommand(Application& app, UINT id);
 // Whether such a command has something to act on.
 bool CanRunRow(Application& app, UINT id);
+
+// Runs `update` with a table that came back, as one step for Undo, and selects what it changed. The status
+// line says what it did, and a message how many entries left the favourite lists.
+void ChangeByTable(EditorWindow& editor, const std::function<std::optional<TableOutcome>()>& update);
 
 }  // namespace vexa

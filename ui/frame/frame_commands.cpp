@@ -1,12 +1,12 @@
 // Commands of files, views and windows.
 #include "core/bin_file.h"
 #include "core/messages.h"
-#include "import/csv_table.h"
 #include "import/text_export.h"
 #include "ui/controls/file_dialogs.h"
 #include "ui/controls/help.h"
 #include "ui/editor/change.h"
 #include "ui/editor/editor.h"
+#include "ui/forms/form_commands.h"
 #include "ui/frame/commands.h"
 #include "ui/frame/frame.h"
 #include "view/report_page.h"
@@ -117,7 +117,7 @@ void UpdateFromTable(Application& app) {
   const OpenSdb* selected = SelectedSdb(editor);
   const auto path = AskOpenFile(app.frame, {"Update from Table", {{"CSV Tables ( *.CSV )", "*.csv"}}, "csv"});
   if (!path || !selected) return;
-  ChangeDocument(editor, [&] {
+  ChangeByTable(editor, [&] {
     return UpdateFromTableFile(app.context.messages, *path, NamesPage(editor.document), *selected->database,
                                [&](const std::string& text) {
                                  const Answer answer = AskYesNoCancel(app, text);
