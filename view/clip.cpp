@@ -296,9 +296,10 @@ class Paster {
     }
     const auto list = tree_.kind == NodeKind::kTvGroup ? GroupKind::kTv : GroupKind::kRadio;
     if (rows.empty()) return Refuse("This SDB has none of these services.");
-    const auto addition = AddRowsToGroup(messages_, document_, rows, tree_.index, list);
+    auto addition = AddRowsToGroup(messages_, document_, rows, tree_.index, list);
     if (!addition) return std::nullopt;
-    return Pasted{addition->added, 0};
+    addition->unfit += from.service_order.size() - rows.size();
+    return Pasted{.records = addition->added, .addition = addition};
   }
 
   const Messages& messages_;

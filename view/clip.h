@@ -32,6 +32,8 @@ struct Pasted {
   size_t records = 0;     // of the clip's kind
   size_t renumbered = 0;  // services whose program number was taken on their carrier
   size_t other_lnbs = 0;  // satellites that use an LNB that is set otherwise than theirs was
+  // Of services pasted into a favourite group; those that the SDB does not have did not fit.
+  std::optional<GroupAddition> addition = {};
 };
 // Puts the records of the clip where a new one of their kind would go, at the tree's node or the list's row
 // (of kind kNone: none): satellites and carriers behind a row of their kind, else at the end of their list

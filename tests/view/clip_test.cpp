@@ -94,6 +94,17 @@ TEST_F(Clips, ServicesPastedIntoAGroupAreItsEntries) {
   StaticDatabase& database = *document.sdbs[0].database;
   database.services[2]->record.type = kRadio;
   EXPECT_EQ(Carry(Rows({0, 1, 0, 0}), document, {0, 2, 4})->records, 2u);
+  const auto said = [&](const std::vector<NodeRef>& rows, Document& to, const TreePath& group) {
+    const auto pasted = Carry(rows, to, group);
+    return pasted ? AdditionText(pasted->addition.value()) : "";
+  };
+  EXPECT_EQ(said(Rows({0, 1, 0, 0}), document, {0, 3, 4}), "1 added, 0 there before, 2 did not fit");
+  EXPECT_EQ(said(Rows({0, 2, 4}), document, {0, 3, 4}), "0 added, 0 there before, 2 did not fit");
+  EXPECT_EQ(said(Rows({0, 2, 4}), document, {0, 2, 4}), "0 added, 2 there before, 0 did not fit");
+  // One that the SDB does not have.
+  Document smaller = SmallDocument();
+  DeleteServices(*smaller.sdbs[0].database, {smaller.sdbs[0].database->services[0]});
+  EXPECT_EQ(said(Rows({0, 2, 4}), smaller, {0, 2, 4}), "1 added, 0 there before, 1 did not fit");
   EXPECT_EQ(NamesOf(database.favourites[4].tv), (std::vector<std::string>{"S1C1P1", "S1C1P2"}));
   EXPECT_EQ(Carry(Rows({0, 2, 4}), document, {0, 2, 5})->records, 2u) << "from group to group";
   EXPECT_FALSE(Carry(Rows({0, 1, 0, 0}), other, {0, 2, 4}));

@@ -135,6 +135,15 @@ void Drop(EditorWindow& editor, const std::vector<NodeRef>& rows, const NodeRef&
   }
 }
 
+// In the status line, and in a box when not all of them were added.
+void TellAddition(Application& app, const GroupAddition& addition) {
+  const std::string text = AdditionText(addition);
+  app.outcome = text;
+  app.refresh_frame();
+  if (addition.present + addition.unfit > 0)
+    Tell(app.context.messages, Icon::kInformation, "%s", text.c_str());
+}
+
 }  // namespace
 
 void AddToGroup(EditorWindow& editor, const std::vector<NodeRef>& rows, uint32_t group,
@@ -147,23 +156,18 @@ void AddToGroup(EditorWindow& editor, const std::vector<NodeRef>& rows, uint32_t
   });
   editor.app->outcome.clear();
   editor.app->refresh_frame();
-  if (!addition) return;
-  const std::string text = AdditionText(*addition);
-  editor.app->outcome = text;
-  editor.app->refresh_frame();
-  if (addition->present + addition->unfit > 0) Tell(messages, Icon::kInformation, "%s", text.c_str());
+  if (addition) TellAddition(*editor.app, *addition);
 }
 
 void PasteClip(EditorWindow& editor, const NodeRef& tree, const NodeRef& row, std::span<const uint8_t> clip) {
   const Context& context = editor.app->context;
-  const DocumentMarks before = MarksOf(editor.document);
   std::optional<Pasted> pasted;
-  const bool done = ChangeDocument(editor, [&] {
+  const bool done = ChangeAndShow(editor, [&] {
     pasted = PasteNodes(context, editor.document, tree, row, clip);
     return pasted.has_value() && pasted->records > 0;
   });
+  if (pasted && pasted->addition) return TellAddition(*editor.app, *pasted->addition);
   if (!done) return;
-  ShowChanges(editor, ChangesSince(before, editor.document));
   editor.app->outcome = Format("%zu pasted", pasted->records);
   editor.app->refresh_frame();
   if (pasted->other_lnbs > 0)
