@@ -38,6 +38,34 @@ class Many : public EditorTest {
     ADD_FAILURE() << field;
     return 0;
   }
+  // A key with Ctrl held, as the program's thread sees it.
+  void ControlKey(HWND control, unsigned key) {
+    const DWORD own = GetCurrentThreadId(), program = GetWindowThreadProcessId(control, nullptr);
+    ASSERT_TRUE(AttachThreadInput(own, program, TRUE));
+    BYTE keys[256] = {};
+    keys[VK_CONTROL] = 0x80;
+    SetKeyboardState(keys);
+    driver_->Key(control, key);
+    keys[VK_CONTROL] = 0;
+    SetKeyboardState(keys);
+    AttachThreadInput(own, program, FALSE);
+  }
+  std::string StatusLine() {
+    return driver_->Title(FindWindowExW(driver_->frame(), nullptr, STATUSCLASSNAMEW, nullptr));
+  }
+  // Text that another program left.
+  void PutOnClipboard(const std::wstring& text) {
+    HWND owner = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    ASSERT_TRUE(driver_->Until("the clipboard", [&] { return OpenClipboard(owner) != 0; }));
+    EmptyClipboard();
+    const size_t size = (text.size() + 1) * sizeof(wchar_t);
+    HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, size);
+    memcpy(GlobalLock(memory), text.c_str(), size);
+    GlobalUnlock(memory);
+    EXPECT_TRUE(SetClipboardData(CF_UNICODETEXT, memory));
+    CloseClipboard();
+    DestroyWindow(owner);
+  }
 };
 
 TEST_F(Many, OneDialogForAllServices) {
@@ -180,10 +208,52 @@ TEST_F(Many, TheGroupsDialogFiltersAndTicksManyRows) {
   EXPECT_FALSE(driver_->IsTicked(list, 1));
   EXPECT_TRUE(driver_->IsTicked(list, 2));
   EXPECT_EQ(Shown(box, IDC_FAVOURITES_COUNT), "2 of 2500");
+  driver_->Key(list, VK_SPACE);
+  EXPECT_EQ(Shown(box, IDC_FAVOURITES_COUNT), "0 of 2500") << "the selection stays";
+  driver_->Key(list, VK_SPACE);
+  // The keys of the filter lead to the list and leave the dialog open.
+  HWND field = GetDlgItem(box, IDC_FAVOURITES_FILTER);
+  for (const unsigned key : {VK_RETURN, VK_ESCAPE}) {
+    Send(box, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(field), TRUE);
+    PostKey(field, key);
+    EXPECT_TRUE(driver_->Until("the focus in the list", [&] { return driver_->Focused() == list; }));
+    EXPECT_EQ(driver_->RowsOf(list), key == VK_RETURN ? 3 : 4);
+  }
+  ControlKey(list, 'A');
+  EXPECT_EQ(Send(list, LVM_GETSELECTEDCOUNT), 4);
   driver_->Press(box, IDOK);
   ASSERT_TRUE(driver_->HasCaughtUp());
   EXPECT_THAT(Column(1), ElementsAre("Cap", "Bee"));
   driver_->Command(kCmdUndo);
+  box = driver_->Open(kCmdEdit, "FGL Information (TV)");
+  PostKey(GetDlgItem(box, IDC_FAVOURITES_FILTER), VK_ESCAPE);
+  EXPECT_TRUE(driver_->Until("its end", [&] { return !IsWindow(box); })) << "no filter to end";
+  End();
+}
+
+TEST_F(Many, WhatAPasteDidIsSaid) {
+  StartWithSample();
+  ASSERT_TRUE(SelectLow());
+  Choose({0});
+  driver_->Command(kFirstGroupCommand + 1);
+  ASSERT_TRUE(driver_->HasCaughtUp());
+  PutOnClipboard(
+      L"satellite\tcarrier\tservice\ttype\tname\t\r\n1\t1\t1\tRadio\tCap\t\r\n1\t1\t3\tTV\tNew\t\r\n");
+  driver_->Command(kCmdPaste);
+  EXPECT_THAT(driver_->Answer(IDOK), HasSubstr("Removed from favourite lists: 1."));
+  EXPECT_EQ(StatusLine(), "2 changed");
+  EXPECT_THAT(Column(1), ElementsAre("Cap", "ant", "New"));
+  EXPECT_EQ(Send(List(), LVM_GETSELECTEDCOUNT), 2);
+  EXPECT_EQ(SelectedRow(), 0);
+  driver_->Command(kCmdPaste);
+  EXPECT_EQ(StatusLine(), "0 changed");
+  driver_->Command(kCmdCopy);
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Radio Groups", "Favourite2"}));
+  driver_->Command(kCmdPaste);
+  EXPECT_EQ(driver_->Answer(IDOK), "1 added, 0 there before, 1 did not fit");
+  EXPECT_EQ(StatusLine(), "1 added, 0 there before, 1 did not fit");
+  for (int i = 0; i < 3; ++i) driver_->Command(kCmdUndo);
+  EXPECT_THAT(Caption(), Not(HasSubstr("*")));
   End();
 }
 
@@ -209,6 +279,7 @@ TEST_F(Many, RecordsGoThroughTheClipboard) {
   Choose({0});
   driver_->Command(kCmdCut);
   EXPECT_TRUE(driver_->Until("one less", [&] { return driver_->ListCount() == 2; }));
+  EXPECT_EQ(StatusLine(), "1 cut");
   driver_->Command(kCmdPaste);
   driver_->Command(kCmdPaste);
   EXPECT_THAT(driver_->Answer(IDOK), HasSubstr("another program number"));

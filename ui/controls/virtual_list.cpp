@@ -53,6 +53,33 @@ void Clicked(const Form& form, const VirtualList& list, POINT point) {
   if (hit.flags == LVHT_ONITEMSTATEICON) Toggle(form, list, hit.iItem);
 }
 
+constexpr UINT_PTR kTicksSubclass = 1;
+
+// The space key, which ticks all selected rows, would leave only one of them selected.
+LRESULT CALLBACK TicksProcedure(HWND list, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                                DWORD_PTR) noexcept {
+  const bool space = (message == WM_KEYDOWN || message == WM_CHAR) && wparam == VK_SPACE;
+  if (!space || ListView_GetSelectedCount(list) < 2 || GetKeyState(VK_CONTROL) < 0)
+    return DefSubclassProc(list, message, wparam, lparam);
+  if (message == WM_CHAR) return 0;
+  NMLVKEYDOWN key{};
+  key.hdr = {list, static_cast<UINT_PTR>(GetDlgCtrlID(list)), static_cast<UINT>(LVN_KEYDOWN)};
+  key.wVKey = VK_SPACE;
+  SendMessageW(GetParent(list), WM_NOTIFY, key.hdr.idFrom, reinterpret_cast<LPARAM>(&key));
+  return 0;
+}
+
+bool IsMultiple(HWND list) {
+  return (GetWindowLongPtrW(list, GWL_STYLE) & LVS_SINGLESEL) == 0;
+}
+
+void KeyDown(const Form& form, const VirtualList& list, WORD key) {
+  HWND control = form.Control(list.id);
+  if (key == VK_SPACE) Toggle(form, list, ListView_GetNextItem(control, -1, LVNI_FOCUSED));
+  if (key == 'A' && GetKeyState(VK_CONTROL) < 0 && GetKeyState(VK_MENU) >= 0 && IsMultiple(control))
+    ListView_SetItemState(control, -1, LVIS_SELECTED, LVIS_SELECTED);
+}
+
 void HighlightChanged(const Form& form, VirtualList& list) {
   const int row = ListView_GetNextItem(form.Control(list.id), -1, LVNI_SELECTED);
   // Between two rows none is selected for a moment; the last one stays the highlighted one.
@@ -70,7 +97,10 @@ void SetUpList(const Form& form, const VirtualList& list, const std::vector<Virt
   const DWORD boxes = list.ticked ? LVS_EX_CHECKBOXES : 0u;
   const DWORD grid = columns.size() > 1 ? LVS_EX_GRIDLINES : 0u;
   ListView_SetExtendedListViewStyle(control, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | boxes | grid);
-  if (list.ticked) ListView_SetCallbackMask(control, LVIS_STATEIMAGEMASK);
+  if (list.ticked) {
+    ListView_SetCallbackMask(control, LVIS_STATEIMAGEMASK);
+    SetWindowSubclass(control, TicksProcedure, kTicksSubclass, 0);
+  }
   if (pictures) ListView_SetImageList(control, pictures, LVSIL_SMALL);
   for (size_t i = 0; i < columns.size(); ++i) {
     std::wstring title = Wide(columns[i].title);
@@ -126,8 +156,7 @@ std::optional<LRESULT> ListNotification(const Form& form, VirtualList& list, NMH
       HighlightChanged(form, list);
       return 0;
     case LVN_KEYDOWN:
-      if (reinterpret_cast<NMLVKEYDOWN&>(header).wVKey == VK_SPACE)
-        Toggle(form, list, ListView_GetNextItem(form.Control(list.id), -1, LVNI_FOCUSED));
+      KeyDown(form, list, reinterpret_cast<NMLVKEYDOWN&>(header).wVKey);
       return 0;
     case NM_CLICK:
     case NM_DBLCLK:  // the second of two quick clicks

@@ -1,6 +1,6 @@
 // A list control of a form that asks for what it shows, so that lists of any length stand at once: texts,
 // pictures, ticks. A click on a row's box and the space key change its tick, and with it those of all
-// selected rows.
+// selected rows. Ctrl+A selects all rows where many can be selected.
 #pragma once
 
 #include <functional>

@@ -5,6 +5,7 @@
 
 #include "core/messages.h"
 #include "ui/controls/child_window.h"
+#include "ui/controls/filter_field.h"
 #include "ui/controls/guard.h"
 #include "ui/controls/resource.h"
 #include "ui/editor/editor_parts.h"
@@ -471,7 +472,7 @@ bool TakeFilterKey(EditorWindow& editor, WPARAM key) {
     if (key == 'Z') SendMessageW(editor.filter_field, EM_UNDO, 0, 0);
     return true;
   }
-  if (key != VK_ESCAPE && key != VK_RETURN && key != VK_DOWN) return false;
+  if (!LeavesFilter(key)) return false;
   if (key == VK_ESCAPE) EndFilter(editor);
   SetFocus(editor.list);
   return true;

@@ -4,6 +4,7 @@
 
 #include "config/project_config.h"
 #include "platform/text.h"
+#include "ui/controls/filter_field.h"
 #include "ui/controls/form.h"
 #include "ui/controls/virtual_list.h"
 #include "ui/editor/change.h"
@@ -250,6 +251,7 @@ bool EditFavourites(EditorWindow& editor, const NodeRef& node, bool radio) {
     form.Limit(IDC_RECORD_NAME, static_cast<int>(kNameSize) - 1);
     SetUpList(form, favourites.list, {{"Service Name", 130}, {"Carrier Name", 120}, {"Satellite Name", 0}},
               nullptr);
+    MakeFilterField(form.Control(IDC_FAVOURITES_FILTER), form.Control(favourites.list.id));
     ShowHalf(form, favourites, radio);
   };
   actions.notify = [&](Form& form, NMHDR& header) {
