@@ -86,13 +86,11 @@ struct ServiceMove {
   EditorWindow& editor;
   const std::vector<NodeRef>& rows;
   StaticDatabase& database;
-  Carrier* destination;     // nullptr: there is no other carrier
-  bool one_carrier = true;  // else no row of a list is meant
+  Carrier* destination;  // nullptr: there is no other carrier
 };
 
 void ShowServiceMove(const Form& form, const ServiceMove& move) {
   const bool to_place = form.Checked(IDC_MOVE_SERVICE_TO_PLACE);
-  form.Enable(IDC_MOVE_SERVICE_TO_PLACE, move.one_carrier);
   form.Enable(IDC_MOVE_SERVICE_TO_CARRIER, move.destination != nullptr);
   form.Enable(IDC_MOVE_TARGET, to_place);
   form.Enable(IDC_MOVE_SERVICE_CHANGE, !to_place);
@@ -140,7 +138,6 @@ bool MoveServicesOf(EditorWindow& editor, const std::vector<NodeRef>& rows) {
   if (rows.empty() || !rows[0].carrier || rows[0].sdb >= editor.document.sdbs.size()) return false;
   StaticDatabase& database = *editor.document.sdbs[rows[0].sdb].database;
   ServiceMove move{editor, rows, database, ProposedDestination(database, *rows[0].carrier)};
-  for (const NodeRef& row : rows) move.one_carrier &= row.carrier == rows[0].carrier;
   FormActions actions;
   actions.open = [&](Form& form) {
     form.SetText(IDC_MOVE_SERVICE_SELECTED,
