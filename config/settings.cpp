@@ -78,6 +78,7 @@ constexpr SettingRow kSettings[] = {
     {kProductionKey, "Log", ""},
     {kProductionKey, "Ports", ""},
     {kProductionKey, "KeepCopies", "0"},
+    {kProductionKey, "Set", ""},
     {kNamesKey, "CodePage", "Windows-1252"},
     {kPlaceKey, "Latitude", ""},
     {kPlaceKey, "Longitude", ""},
@@ -576,13 +577,13 @@ void SaveTransferSettings(const SettingsStore& store, const TransferSettings& tr
 
 ProductionSettings LoadProductionSettings(const SettingsStore& store) {
   const auto texts = LoadTexts(store, kProductionKey);
-  return {texts[0], texts[1], texts[2], texts[3], texts[4] == "1"};
+  return {texts[0], texts[1], texts[2], texts[3], texts[4] == "1", texts[5]};
 }
 
 void SaveProductionSettings(const SettingsStore& store, const ProductionSettings& production) {
   SaveTexts(store, kProductionKey,
             {production.database, production.sdb, production.log, production.ports,
-             FlagText(production.keep_copy)});
+             FlagText(production.keep_copy), production.set});
 }
 
 PlaceSettings LoadPlaceSettings(const SettingsStore& store) {

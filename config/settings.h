@@ -181,6 +181,7 @@ struct ProductionSettings {
   std::string database, sdb = "1", log;
   std::string ports;  // names between blanks
   bool keep_copy = false;
+  std::string set = {};  // its name; empty: as in the settings
 };
 ProductionSettings LoadProductionSettings(const SettingsStore& store);
 void SaveProductionSettings(const SettingsStore& store, const ProductionSettings& production);

@@ -241,7 +241,8 @@ std::optional<Refusal> Production::Open(const ProductionForm& form) {
   batch->sdb = *sdb;
   batch->database = fields.database;
   batch->sha256 = Sha256Text(content);
-  const ProjectConfig& config = form.config;
+  if (!form.config) return Refusal{"Choose a set, or \"As in Settings\".", Icon::kStop, kProductionSet};
+  const ProjectConfig& config = *form.config;
   batch->configuration = Format("%u/%u/%u", unsigned{config.manufacturer_index},
                                 unsigned{config.product_index}, unsigned{config.configuration_index});
   batch->verify = true;
@@ -252,7 +253,8 @@ std::optional<Refusal> Production::Open(const ProductionForm& form) {
     std::filesystem::create_directories(form.copy_folder, told_below);
   }
   if (!MayWriteLog(context_, *batch)) return Refusal{"", Icon::kStop, kProductionLog};
-  if (!MayServe(about, *batch, config)) return Refusal{"", Icon::kStop, kProductionDatabase};
+  batch->document.source = fields.database;
+  if (!MayServe(context_, *batch, config)) return Refusal{"", Icon::kStop, kProductionDatabase};
   batch_ = batch;
   config_ = config;
   return std::nullopt;
@@ -322,6 +324,25 @@ std::vector<size_t> Production::TakeEnded() {
     if (std::exchange(shared.ended, false)) ended.push_back(i);
   }
   return ended;
+}
+
+void ProductionTurn::Begun(const Production& production, const std::function<bool(size_t)>& counts) {
+  shown = next;
+  next = production.NextFree(next, counts);
+}
+
+void ProductionTurn::Ended(const Production& production, size_t place,
+                           const std::function<bool(size_t)>& counts) {
+  shown = place;
+  next = production.Look(next).state == PlaceState::kAtWork ? production.NextFree(next, counts) : next;
+}
+
+std::optional<ProjectConfig> ConfigOfSet(const Context& context, const std::vector<OptionSet>& sets,
+                                         const std::string& name, const ProjectConfig& in_settings) {
+  ProjectConfig config = in_settings;
+  if (name.empty()) return config;
+  const auto place = FindOptionSet(sets, name);
+  return place && LoadOptionSet(context, sets[*place], config) ? std::optional(config) : std::nullopt;
 }
 
 std::string PlaceText(const PlaceView& view) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "config/option_sets.h"
 #include "config/project_config.h"
 #include "config/settings.h"
 #include "core/context.h"
@@ -43,10 +44,16 @@ struct PlaceView {
 struct ProductionForm {
   ProductionSettings fields;  // its ports are not looked at
   Path copy_folder;
-  ProjectConfig config;  // its port is not looked at
+  std::optional<ProjectConfig> config;  // its port is not looked at; nothing: none was chosen
 };
 
-enum ProductionField { kProductionSerial, kProductionDatabase, kProductionSdb, kProductionLog };
+enum ProductionField {
+  kProductionSerial,
+  kProductionDatabase,
+  kProductionSdb,
+  kProductionSet,
+  kProductionLog
+};
 
 struct Workplace;
 struct ReceiverBatch;
@@ -87,6 +94,24 @@ class Production {
   std::shared_ptr<const ReceiverBatch> batch_;
   ProjectConfig config_;
 };
+
+// Whose turn it is among the places, and whose verdict stands large. `counts` holds for those that take
+// turns.
+struct ProductionTurn {
+  size_t next = 0;   // the place that gets the next number
+  size_t shown = 0;  // the place whose verdict stands large: what was done last
+
+  void Choose(size_t place) { next = shown = place; }
+  // A run has begun at `next`.
+  void Begun(const Production& production, const std::function<bool(size_t)>& counts);
+  // A run has ended at `place`, which has got free: nobody waits at a place that is still at work.
+  void Ended(const Production& production, size_t place, const std::function<bool(size_t)>& counts);
+};
+
+// What the receivers are by the name of a set; by an empty one, as in the settings. Nothing when there is no
+// such set, or after a message when it cannot be loaded.
+std::optional<ProjectConfig> ConfigOfSet(const Context& context, const std::vector<OptionSet>& sets,
+                                         const std::string& name, const ProjectConfig& in_settings);
 
 // "Waiting for a serial number", "Uploading 45 %, 0:05 left, 2 repeated", "OK: written and compared in
 // 25.3 s", "FAILED: ...", "STOPPED: ...".

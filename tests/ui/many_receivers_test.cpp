@@ -229,6 +229,31 @@ TEST_F(ReceiverLine, AnUploadThatNobodyAnsweredBeginsAnewAsTheUserWants) {
   End();
 }
 
+// A scanner types wherever the keyboard is, its letters being no access keys.
+TEST_F(Receivers, InProductionAScanArrivesWhateverWasClicked) {
+  key_.Set(kProductionKey, L"Set", L"Gone");
+  StartKept();
+  HWND box = driver_->Open(kCmdProduction, "Production");
+  for (const int id : {IDC_PRODUCTION_COPY, IDC_PRODUCTION_PLACES, IDC_PRODUCTION_SET,
+                       IDC_PRODUCTION_LOG_BROWSE, IDOK, IDCANCEL}) {
+    Send(box, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(GetDlgItem(box, id)), TRUE);
+    for (const char c : std::string("Ck-7")) {
+      PostMessageW(driver_->Focused(), WM_CHAR, static_cast<WPARAM>(c), 1);
+      ASSERT_TRUE(driver_->HasCaughtUp()) << id;
+    }
+    ASSERT_EQ(driver_->FindBox(), box) << id;
+    EXPECT_EQ(Shown(box, IDC_PRODUCTION_SERIAL), "Ck-7") << id;
+    EXPECT_FALSE(Ticked(box, IDC_PRODUCTION_COPY)) << id;
+  }
+  EXPECT_EQ(Send(GetDlgItem(box, IDC_PRODUCTION_SET), CB_GETCURSEL), CB_ERR) << "the set is gone";
+  EXPECT_EQ(Shown(box, IDC_PRODUCTION_CONFIGURATION), "");
+  Push(box, IDOK);
+  EXPECT_EQ(AnswerOver(box), "Choose a set, or \"As in Settings\".");
+  EXPECT_EQ(GetDlgCtrlID(driver_->Focused()), IDC_PRODUCTION_SET);
+  driver_->Press(box, IDCANCEL);
+  End();
+}
+
 // Two ports side by side; the receiver at one of them goes half way.
 TEST_F(ReceiverLine, ProductionServesOneReceiverAfterTheOther) {
   const Path log = recorder_.context.temporary_folder / "log.csv";
@@ -272,6 +297,14 @@ TEST_F(ReceiverLine, ProductionServesOneReceiverAfterTheOther) {
   driver_->Until(
       "the second verdict", [&] { return driver_->CellOf(list, 0, 3) == "2"; }, 60);
   EXPECT_EQ(driver_->FindBox(), box) << "no boxes over it";
+  driver_->GoTo(list, 0);
+  scan("A-3");
+  driver_->GoTo(list, 0);
+  HWND stop = GetDlgItem(box, IDC_PRODUCTION_STOP);
+  Send(box, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(stop), TRUE);
+  Send(stop, BM_CLICK);
+  driver_->Until("the stop", [&] { return verdict(0).starts_with("STOPPED: ") && !IsWindowEnabled(stop); });
+  EXPECT_EQ(GetDlgCtrlID(driver_->Focused()), IDC_PRODUCTION_SERIAL) << "where the next scan goes";
   driver_->Press(box, IDCANCEL);
   End();
   const Bytes bytes = ReadWholeFile(log).value_or(Bytes{});
@@ -279,7 +312,8 @@ TEST_F(ReceiverLine, ProductionServesOneReceiverAfterTheOther) {
   for (const CsvRow& row : ParseCsv(std::string(bytes.begin(), bytes.end())))
     rows.push_back(row.cells[1] + " " + row.cells[8] + " " + row.cells[9]);
   std::sort(rows.begin(), rows.end());
-  EXPECT_THAT(rows, ElementsAre("A-1 yes ok", "A-2 yes ok", "B-1  failed", "serial verified result"));
+  EXPECT_THAT(rows, ElementsAre("A-1 yes ok", "A-2 yes ok", "A-3  cancelled", "B-1  failed",
+                                "serial verified result"));
 }
 
 }  // namespace

@@ -161,10 +161,10 @@ TEST(TransferSettings, EachValueIsKept) {
     EXPECT_EQ(transfer(), std::tuple(verify, copy, "C:\\c"));
   }
   EXPECT_EQ(LoadProductionSettings(store).sdb, "1");
-  SaveProductionSettings(store, {"d", "2", "l", "COM1 COM3", true});
+  SaveProductionSettings(store, {"d", "2", "l", "COM1 COM3", true, "Bench"});
   const ProductionSettings kept = LoadProductionSettings(store);
-  EXPECT_EQ(std::tuple(kept.database, kept.sdb, kept.log, kept.ports, kept.keep_copy),
-            std::tuple("d", "2", "l", "COM1 COM3", true));
+  EXPECT_EQ(std::tuple(kept.database, kept.sdb, kept.log, kept.ports, kept.keep_copy, kept.set),
+            std::tuple("d", "2", "l", "COM1 COM3", true, "Bench"));
 }
 
 TEST(NamesSettings, ThePageIsKept) {

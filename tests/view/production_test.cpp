@@ -75,14 +75,14 @@ struct ProductionTest : testing::Test {
 TEST_F(ProductionTest, EachNumberIsAReceiverAVerdictAndARow) {
   Connect("P");
   production.SetPorts({"P"});
-  form.config.configuration_index = 0;
   form.fields.keep_copy = true;
   EXPECT_EQ(PlaceText(production.Look(0)), "Waiting for a serial number");
   ASSERT_EQ(Refused(0, " A-1\t"), "begun");
   EXPECT_THAT(Refused(0, "A-2"), "P is still at work. Choose a port that is free.");
   PlaceView view = Ended(0);
   EXPECT_EQ(view.state, PlaceState::kFailed) << "a new receiver holds nothing that could be kept";
-  EXPECT_THAT(PlaceText(view), testing::AllOf(StartsWith("FAILED: "), HasSubstr("Nothing was written")));
+  EXPECT_THAT(PlaceText(view), testing::AllOf(StartsWith("FAILED: What the receiver holds is no database"),
+                                              HasSubstr("Nothing was written")));
   form.fields.keep_copy = false;
   ASSERT_EQ(Refused(0, "A-2"), "begun");
   view = Ended(0);
@@ -186,6 +186,49 @@ TEST_F(ProductionTest, TheWaitForAReceiverIsEndedByTheUser) {
   EXPECT_EQ(ProductionCountText(production), "0 OK, 0 failed");
 }
 
+// Three receivers that do not answer: the verdict is that of what was done last, and the turn goes to the
+// place that gets free first.
+TEST_F(ProductionTest, TheTurnGoesToAFreePlaceAndTheVerdictStays) {
+  for (const char* port : {"P", "Q", "R"}) Connect(port).on_sent = [](Bytes& bytes) { bytes.clear(); };
+  production.SetPorts({"P", "Q", "R"});
+  ProductionTurn turn;
+  const auto counts = [](size_t place) { return place != 1; };
+  const auto scan = [&](const char* serial) {
+    EXPECT_EQ(Refused(turn.next, serial), "begun");
+    turn.Begun(production, counts);
+    return std::pair(turn.shown, turn.next);
+  };
+  const auto stop = [&](size_t place) {
+    production.Stop(place);
+    Ended(place);
+    for (const size_t ended : production.TakeEnded()) turn.Ended(production, ended, counts);
+    return std::pair(turn.shown, turn.next);
+  };
+  using At = std::pair<size_t, size_t>;
+  EXPECT_EQ(scan("A"), At(0, 2));
+  EXPECT_EQ(scan("B"), At(2, 2)) << "none is free";
+  EXPECT_EQ(stop(0), At(0, 0)) << "that one is free";
+  EXPECT_EQ(stop(2), At(2, 0)) << "as it was";
+  EXPECT_EQ(scan("C"), At(0, 2));
+  EXPECT_EQ(production.Look(turn.shown).state, PlaceState::kAtWork) << "not another one's verdict";
+  turn.Choose(1);
+  EXPECT_EQ(scan("D"), At(1, 2));
+  EXPECT_EQ(stop(1), At(1, 2));
+}
+
+TEST_F(ProductionTest, ASetThatIsGoneIsNotReplacedByAnother) {
+  std::vector<OptionSet> sets(1);
+  sets[0].name = "Bench";
+  sets[0].file = Utf8FromPath(folder / "none.ecf");
+  EXPECT_TRUE(ConfigOfSet(recorder.context, sets, "", *form.config));
+  EXPECT_FALSE(ConfigOfSet(recorder.context, sets, "Terrace", *form.config));
+  EXPECT_TRUE(recorder.Texts().empty());
+  form.config = ConfigOfSet(recorder.context, sets, "Bench", *form.config);
+  EXPECT_FALSE(recorder.Texts().empty()) << "told why";
+  production.SetPorts({"P"});
+  EXPECT_EQ(Refused(0, "A"), "Choose a set, or \"As in Settings\".");
+}
+
 TEST_F(ProductionTest, WhatCannotBeDoneIsRefusedBeforeThePortIsOpened) {
   production.SetPorts({"gone"});
   EXPECT_EQ(Refused(1, "A"), "Choose a port.");
@@ -213,13 +256,17 @@ TEST_F(ProductionTest, WhatCannotBeDoneIsRefusedBeforeThePortIsOpened) {
   form.fields.keep_copy = true;
   form.copy_folder = folder / "list.bin" / "below a file";
   EXPECT_EQ(Refused(0, "A"), "");
+  ASSERT_FALSE(recorder.shown.empty());
+  EXPECT_THAT(recorder.shown[0].detail, StartsWith(Utf8FromPath(form.copy_folder)));
   EXPECT_THAT(recorder.Texts(), ElementsAre(StartsWith("No copy can be kept in ")));
   EXPECT_EQ(none.Count("create_file"), 0);
   form.fields.keep_copy = false;
   ASSERT_EQ(Refused(0, "A"), "begun");
   const PlaceView view = Ended(0);
   EXPECT_EQ(view.state, PlaceState::kFailed);
-  EXPECT_THAT(PlaceText(view), StartsWith("FAILED: Port is not available"));
+  EXPECT_THAT(PlaceText(view), testing::AllOf(StartsWith("FAILED: Port is not available"),
+                                              HasSubstr("Nothing was written, the receiver keeps what it "
+                                                        "had; try again when the port can be opened.")));
 }
 
 TEST(ProductionTexts, SayHowFarAndHowItEnded) {

@@ -22,31 +22,59 @@ struct ProductionDialog {
   Production production;
   VirtualList list;
   std::vector<OptionSet> sets;
-  ProjectConfig config;           // of the chosen set
-  std::vector<PortOffer> offers;  // a place each
-  size_t shown = 0;               // the place whose verdict stands large
-  std::string refusal;            // why a number was not taken; stands in place of the verdict
-  bool locked = false;            // the fields, while something is at work
-  std::string seen;               // what the rows and the verdict showed last
+  std::optional<ProjectConfig> config;  // of the chosen set
+  std::vector<PortOffer> offers;        // a place each
+  ProductionTurn turn;
+  std::string refusal;  // why a number was not taken; stands in place of the verdict
+  bool locked = false;  // the fields, while something is at work
+  std::string seen;     // what the rows and the verdict showed last
 };
 
 constexpr int kFields[] = {
     IDC_PRODUCTION_DATABASE, IDC_PRODUCTION_DATABASE_BROWSE, IDC_PRODUCTION_SDB, IDC_PRODUCTION_SET,
     IDC_PRODUCTION_LOG,      IDC_PRODUCTION_LOG_BROWSE,      IDC_PRODUCTION_COPY};
 
-size_t Highlighted(const ProductionDialog& dialog) {
-  return dialog.list.highlighted.value_or(0);
+std::function<bool(size_t)> TakesTurns(const ProductionDialog& dialog) {
+  return [&dialog](size_t place) { return dialog.offers[place].ticked; };
+}
+
+constexpr UINT_PTR kTypedSubclass = 1;
+
+// The controls other than text fields: what is typed there is a serial number, and no access key. Those go
+// with Alt.
+LRESULT CALLBACK TypedProcedure(HWND control, UINT message, WPARAM wparam, LPARAM lparam, UINT_PTR,
+                                DWORD_PTR) noexcept {
+  const auto* asked = reinterpret_cast<const MSG*>(lparam);
+  if (message == WM_GETDLGCODE && asked && asked->message == WM_CHAR && wparam > L' ') return DLGC_WANTCHARS;
+  if (message != WM_CHAR || wparam <= L' ') return DefSubclassProc(control, message, wparam, lparam);
+  HWND dialog = GetParent(control);
+  HWND field = GetDlgItem(dialog, IDC_PRODUCTION_SERIAL);
+  SendMessageW(dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(field), TRUE);
+  return SendMessageW(field, WM_CHAR, wparam, lparam);
+}
+
+void TakeTyping(const Form& form) {
+  for (const int id :
+       {IDC_PRODUCTION_DATABASE_BROWSE, IDC_PRODUCTION_SET, IDC_PRODUCTION_LOG_BROWSE, IDC_PRODUCTION_COPY,
+        IDC_PRODUCTION_PLACES, IDOK, IDC_PRODUCTION_STOP, IDHELP, IDCANCEL})
+    SetWindowSubclass(form.Control(id), TypedProcedure, kTypedSubclass, 0);
+}
+
+// A control that turns grey gives the keyboard away: nothing typed would arrive.
+void EnableField(const Form& form, int id, bool enabled) {
+  if (!enabled && GetFocus() == form.Control(id)) form.Focus(IDC_PRODUCTION_SERIAL);
+  form.Enable(id, enabled);
 }
 
 void ShowSerialTitle(const Form& form, const ProductionDialog& dialog) {
-  form.SetText(IDC_PRODUCTION_SERIAL_TITLE,
-               "Serial &number for " + dialog.production.Look(Highlighted(dialog)).port);
-  form.Enable(IDC_PRODUCTION_STOP, dialog.production.Look(Highlighted(dialog)).state == PlaceState::kAtWork);
+  const PlaceView next = dialog.production.Look(dialog.turn.next);
+  form.SetText(IDC_PRODUCTION_SERIAL_TITLE, "Serial &number for " + next.port);
+  EnableField(form, IDC_PRODUCTION_STOP, next.state == PlaceState::kAtWork);
 }
 
 // Draws anew what has changed.
 void ShowWork(const Form& form, ProductionDialog& dialog) {
-  std::string now = dialog.refusal + std::to_string(dialog.shown);
+  std::string now = dialog.refusal + std::to_string(dialog.turn.shown);
   for (size_t i = 0; i < dialog.production.count(); ++i) {
     const PlaceView view = dialog.production.Look(i);
     now += VerdictLine(view) + VerdictHeadline(view.state);
@@ -54,7 +82,7 @@ void ShowWork(const Form& form, ProductionDialog& dialog) {
   const bool at_work = dialog.production.IsAtWork();
   if (at_work != dialog.locked) {
     dialog.locked = at_work;
-    for (const int id : kFields) form.Enable(id, !at_work);
+    for (const int id : kFields) EnableField(form, id, !at_work);
   }
   if (now == dialog.seen) return;
   dialog.seen = now;
@@ -64,11 +92,14 @@ void ShowWork(const Form& form, ProductionDialog& dialog) {
   InvalidateRect(form.Control(IDC_PRODUCTION_VERDICT), nullptr, FALSE);
 }
 
-void HighlightPlace(const Form& form, ProductionDialog& dialog, size_t place) {
-  dialog.shown = place;
-  dialog.refusal.clear();
-  ShowRows(form, dialog.list, dialog.production.count(), place);
+void HighlightNext(const Form& form, ProductionDialog& dialog) {
+  ShowRows(form, dialog.list, dialog.production.count(), dialog.turn.next);
   ShowSerialTitle(form, dialog);
+}
+
+void ChoosePlace(ProductionDialog& dialog, size_t place) {
+  dialog.turn.Choose(place);
+  dialog.refusal.clear();
 }
 
 std::string PlaceCell(const ProductionDialog& dialog, size_t row, int column) {
@@ -92,22 +123,39 @@ void ShowPorts(const Form& form, ProductionDialog& dialog, const std::string& ti
   std::vector<std::string> ports;
   for (const PortOffer& offer : dialog.offers) ports.push_back(offer.port);
   dialog.production.SetPorts(ports);
-  HighlightPlace(form, dialog, FirstTicked(dialog.offers));
+  ChoosePlace(dialog, FirstTicked(dialog.offers));
+  HighlightNext(form, dialog);
 }
 
 void ShowConfiguration(const Form& form, const ProductionDialog& dialog) {
-  form.SetText(IDC_PRODUCTION_CONFIGURATION, ProductionConfigText(dialog.config));
+  form.SetText(IDC_PRODUCTION_CONFIGURATION, dialog.config ? ProductionConfigText(*dialog.config) : "");
+}
+
+// The name of the chosen set.
+std::string SetName(const Form& form, const ProductionDialog& dialog) {
+  const int place = form.Choice(IDC_PRODUCTION_SET);
+  return place > 0 ? dialog.sets[static_cast<size_t>(place) - 1].name : "";
 }
 
 void ChooseSet(const Form& form, ProductionDialog& dialog) {
-  const int place = form.Choice(IDC_PRODUCTION_SET);
-  dialog.config = dialog.app.config;
-  const bool chosen =
-      place > 0 && static_cast<size_t>(place) <= dialog.sets.size() &&
-      LoadOptionSet(dialog.app.context, dialog.sets[static_cast<size_t>(place) - 1], dialog.config);
-  if (place > 0 && !chosen) SendMessageW(form.Control(IDC_PRODUCTION_SET), CB_SETCURSEL, 0, 0);
+  const Application& app = dialog.app;
+  dialog.config = ConfigOfSet(app.context, dialog.sets, SetName(form, dialog), app.config);
+  if (!dialog.config) SendMessageW(form.Control(IDC_PRODUCTION_SET), CB_SETCURSEL, 0, 0);
+  if (!dialog.config) dialog.config = app.config;
   ShowConfiguration(form, dialog);
-  ShowPorts(form, dialog, dialog.config.port_name);
+  ShowPorts(form, dialog, dialog.config->port_name);
+}
+
+// The set of last time; none when it is gone, so that no receiver gets what is meant for others.
+void ShowSets(const Form& form, ProductionDialog& dialog, const std::string& name) {
+  const Application& app = dialog.app;
+  dialog.sets = LoadOptionSets(app.settings);
+  std::vector<std::string> names = {"As in Settings"};
+  for (const OptionSet& set : dialog.sets) names.push_back(set.name);
+  dialog.config = ConfigOfSet(app.context, dialog.sets, name, app.config);
+  const auto place = FindOptionSet(dialog.sets, name);
+  form.Fill(IDC_PRODUCTION_SET, names, !dialog.config ? -1 : place ? static_cast<int>(*place) + 1 : 0);
+  ShowConfiguration(form, dialog);
 }
 
 void OpenProduction(const Form& form, ProductionDialog& dialog) {
@@ -119,12 +167,8 @@ void OpenProduction(const Form& form, ProductionDialog& dialog) {
   form.SetText(IDC_PRODUCTION_SDB, fields.sdb);
   form.SetText(IDC_PRODUCTION_LOG, fields.log);
   form.Check(IDC_PRODUCTION_COPY, fields.keep_copy);
-  dialog.sets = LoadOptionSets(app.settings);
-  std::vector<std::string> names = {"As in Settings"};
-  for (const OptionSet& set : dialog.sets) names.push_back(set.name);
-  form.Fill(IDC_PRODUCTION_SET, names, 0);
-  dialog.config = app.config;
-  ShowConfiguration(form, dialog);
+  ShowSets(form, dialog, fields.set);
+  TakeTyping(form);
   SetUpList(form, dialog.list,
             {{"Port", 160}, {"Serial number", 115}, {"Verdict", 290}, {"OK", 45}, {"Failed", 0}}, nullptr);
   ShowPorts(form, dialog, fields.ports);
@@ -139,6 +183,7 @@ ProductionForm FormOf(const Form& form, const ProductionDialog& dialog) {
   fields.fields.log = form.Text(IDC_PRODUCTION_LOG);
   fields.fields.keep_copy = form.Checked(IDC_PRODUCTION_COPY);
   fields.fields.ports = TickedPorts(dialog.offers);
+  fields.fields.set = SetName(form, dialog);
   fields.copy_folder = CopyFolder(dialog.app);
   fields.config = dialog.config;
   return fields;
@@ -146,17 +191,16 @@ ProductionForm FormOf(const Form& form, const ProductionDialog& dialog) {
 
 int ControlOfField(int field) {
   constexpr int kControls[] = {IDC_PRODUCTION_SERIAL, IDC_PRODUCTION_DATABASE, IDC_PRODUCTION_SDB,
-                               IDC_PRODUCTION_LOG};
+                               IDC_PRODUCTION_SET, IDC_PRODUCTION_LOG};
   return kControls[field];
 }
 
 // Enter behind a serial number, which a scanner sends too. What is wrong with a number stands in the window:
 // the next scan must not close a box unseen.
 void BeginReceiver(const Form& form, ProductionDialog& dialog) {
-  const size_t place = Highlighted(dialog);
   dialog.refusal.clear();
   const ProductionForm fields = FormOf(form, dialog);
-  const auto refusal = dialog.production.Begin(place, form.Text(IDC_PRODUCTION_SERIAL), fields);
+  const auto refusal = dialog.production.Begin(dialog.turn.next, form.Text(IDC_PRODUCTION_SERIAL), fields);
   if (refusal) {
     if (refusal->field == kProductionSerial) {
       dialog.refusal = WholeText({refusal->icon, refusal->text, "", refusal->detail});
@@ -167,26 +211,27 @@ void BeginReceiver(const Form& form, ProductionDialog& dialog) {
     return form.Refuse(*refusal, ControlOfField(refusal->field));
   }
   SaveProductionSettings(dialog.app.settings, fields.fields);
-  dialog.shown = place;
   form.SetText(IDC_PRODUCTION_SERIAL, "");
   form.Focus(IDC_PRODUCTION_SERIAL);
-  HighlightPlace(form, dialog,
-                 dialog.production.NextFree(place, [&](size_t each) { return dialog.offers[each].ticked; }));
+  dialog.turn.Begun(dialog.production, TakesTurns(dialog));
+  HighlightNext(form, dialog);
   ShowWork(form, dialog);
 }
 
 void Tick(const Form& form, ProductionDialog& dialog) {
+  const size_t next = dialog.turn.next;
   for (const size_t place : dialog.production.TakeEnded()) {
-    dialog.shown = place;
+    dialog.turn.Ended(dialog.production, place, TakesTurns(dialog));
     dialog.refusal.clear();
     MessageBeep(dialog.production.Look(place).state == PlaceState::kOk ? MB_ICONASTERISK : MB_ICONHAND);
   }
+  if (dialog.turn.next != next) HighlightNext(form, dialog);
   ShowWork(form, dialog);
 }
 
 void Command(const Form& form, ProductionDialog& dialog, int id, int code) {
   if (id == IDC_PRODUCTION_SET && code == CBN_SELCHANGE) ChooseSet(form, dialog);
-  if (id == IDC_PRODUCTION_STOP) dialog.production.Stop(Highlighted(dialog));
+  if (id == IDC_PRODUCTION_STOP) dialog.production.Stop(dialog.turn.next);
   if (id == IDC_PRODUCTION_DATABASE_BROWSE) {
     const auto file = AskOpenFile(form.window, {"Open", kBinFilters, "bin"});
     if (file) form.SetText(IDC_PRODUCTION_DATABASE, Utf8FromPath(*file));
@@ -222,7 +267,7 @@ HFONT VerdictFont(HWND window, int height, int weight) {
 }
 
 void DrawVerdict(const Form& form, const ProductionDialog& dialog, const DRAWITEMSTRUCT& draw) {
-  const PlaceView view = dialog.production.Look(dialog.shown);
+  const PlaceView view = dialog.production.Look(dialog.turn.shown);
   const bool refused = !dialog.refusal.empty();
   const PlaceState state = view.state;
   const std::wstring headline = Wide(refused ? "NOT BEGUN" : VerdictHeadline(state)),
@@ -302,8 +347,7 @@ void ShowProduction(Application& app) {
   dialog.list.ticked = [&](size_t row) { return dialog.offers[row].ticked; };
   dialog.list.tick = [&](const Form&, size_t row, bool ticked) { dialog.offers[row].ticked = ticked; };
   dialog.list.highlight = [&](const Form& form, size_t row) {
-    dialog.shown = row;
-    dialog.refusal.clear();
+    ChoosePlace(dialog, row);
     ShowSerialTitle(form, dialog);
   };
   RunForm(app, IDD_PRODUCTION, ActionsOf(dialog));
