@@ -51,12 +51,14 @@ bool MayKeepCopies(const Context& context, const Path& folder) {
 }
 
 bool CollectCopy(const Context& context, const ProjectConfig& config, std::vector<FileContent>& copy) {
-  auto decoded = DecodeFolder(context, config, context.temporary_folder, UserBoxInfo{});
+  // What is wrong in which scratch file helps nobody, unless it cannot be read.
+  Context judge = context;
+  if (!WhyUnreadable(context.temporary_folder / kAdbImageFile)) judge.messages.tell = [](const Message&) {};
+  auto decoded = DecodeFolder(judge, config, context.temporary_folder, UserBoxInfo{});
   if (!decoded) {
-    Tell(context.messages, Icon::kInformation,
+    Tell(context.messages, Icon::kStop,
          "What the receiver holds is no database of this configuration, so no copy of it can be kept. "
-         "Without one, "
-         "data can be sent to it.");
+         "Without one, data can be sent to it.");
     return false;
   }
   copy.push_back({"", std::move(decoded->file)});
