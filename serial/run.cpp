@@ -248,25 +248,6 @@ bool ServeReceiver(ReceiverRun& run, const ReceiverOrder& order) {
   return !order.verify || RunVerify(run, *order.document, order.sdb, *images);
 }
 
-std::string ReceiverState(const ReceiverRun& run) {
-  if (run.differs) return "the receiver holds other data than it should; send it again";
-  if (run.sent) return "the receiver got all data, but was not compared; switch it off and on and verify it";
-  if (run.uploaded > 0)
-    return Format(
-        "the receiver may hold a part of the data (packets sent: %llu); switch it off and on and send it "
-        "again",
-        static_cast<unsigned long long>(run.uploaded));
-  if (run.unopened)
-    return "nothing was written, the receiver keeps what it had; try again when the port can be opened";
-  return "nothing was written, the receiver keeps what it had; switch it off and on before the next try";
-}
-
-std::string ReceiverStateSentence(const ReceiverRun& run) {
-  std::string text = ReceiverState(run);
-  text[0] = static_cast<char>(text[0] - 'a' + 'A');
-  return text + ".";
-}
-
 uint64_t BytesToMove(const Transfer& transfer, TransferJob job) {
   const bool download = job == TransferJob::kDownload;
   const size_t files =

@@ -18,6 +18,7 @@
 #include "platform/clock.h"
 #include "serial/port.h"
 #include "serial/progress.h"
+#include "serial/receiver_state.h"
 #include "serial/session.h"
 
 namespace vexa {
@@ -45,7 +46,7 @@ struct RunResult {
 
 struct ShownTexts;  // the status texts of a run
 
-struct ReceiverRun {
+struct ReceiverRun : ReceiverFacts {
   RunFace face;
   ProjectConfig config;  // with the port and its settings
   RunResult result;
@@ -55,10 +56,6 @@ struct ReceiverRun {
   bool begun = false;        // a transfer was started
   bool answered = false;     // the receiver was heard
   std::string problem;       // what a report said of the file that was sent; may be empty
-  bool unopened = false;     // the port of the last transfer could not be opened
-  uint64_t uploaded = 0;     // packets of uploads
-  bool sent = false;         // an upload ran to its end
-  bool differs = false;      // the comparison found something
   bool left_behind = false;  // a thread hangs in the driver; the port stays taken
 };
 
@@ -83,12 +80,6 @@ struct ReceiverOrder {
 // All that the order asks for. A copy that cannot be kept ends it before anything is sent. False: failed or
 // cancelled.
 bool ServeReceiver(ReceiverRun& run, const ReceiverOrder& order);
-
-// What state the receiver is in, and what to do next, for a run that ended early; a sentence without its
-// capital letter and full stop.
-std::string ReceiverState(const ReceiverRun& run);
-// The same as a sentence.
-std::string ReceiverStateSentence(const ReceiverRun& run);
 
 // Bytes that the job moves, as its progress counts them: the payload of what the files hold, or the memory
 // that a download's script asks for.

@@ -30,6 +30,7 @@ struct TransferSession {
   bool left_behind = false;            // a thread hangs in the driver: this object must stay
   std::atomic<bool> port_gone{false};  // unplugged; see IsPortMissed
   std::string console_port;            // the port that this program's console is connected to; empty: none
+  const char* said = nullptr;          // what it is for, instead of the job's own status; nullptr: that
   std::string gone_reason;             // of a port that was unplugged, since CancelTransfer
   TransferJob kind = TransferJob::kAdb;
   std::string port_name;  // that it was started with

@@ -31,6 +31,10 @@ std::string WhyFailed(TransferSession& session) {
   return "";
 }
 
+std::string Doing(TransferSession& session) {
+  return session.said ? session.said : StatusOf(session.transfer);
+}
+
 std::string PacketsText(uint64_t count, const char* what) {
   return std::to_string(count) + (count == 1 ? " packet" : " packets") + what;
 }
@@ -38,7 +42,7 @@ std::string PacketsText(uint64_t count, const char* what) {
 }  // namespace
 
 std::string TransferStatusLine(TransferSession& session) {
-  std::string line = StatusOf(session.transfer);
+  std::string line = Doing(session);
   if (!session.transfer.subject.empty()) line += kGap + session.transfer.subject;
   const double silent = SecondsUnanswered(session.transfer);
   if (silent < kSilence || IsTransferOver(session) || session.transfer.line_done) return line;
@@ -62,7 +66,7 @@ std::string UploadSubject(const Document& document, const BinSelection& selectio
 
 std::string TransferOutcomeText(TransferSession& session) {
   const Transfer& transfer = session.transfer;
-  std::string text = StatusOf(session.transfer);
+  std::string text = Doing(session);
   if (!IsDone(session)) {
     const std::string why = WhyFailed(session);
     text = why.empty() ? "Cancelled: " + text : "Failed: " + why;

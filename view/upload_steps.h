@@ -43,9 +43,6 @@ StepEnd EndOfUpload(bool given_up, uint64_t packets_sent, bool done);
 // What is said when the copy failed or was cancelled, and the upload was not begun for it.
 inline constexpr const char* kNothingSent =
     "Nothing was sent: what the receiver holds could not be kept before.";
-// The same when a receiver answered while the upload was given up for another order.
-inline constexpr const char* kAlreadyBegun =
-    "The receiver was being written already, and was left so.\nSwitch it off and on, and send again.";
 inline constexpr const char* kKeepingCopy = "Keeping a copy of what is in the receiver";
 
 // Whether the user is asked which parts of the document go to the receiver as SDB data.

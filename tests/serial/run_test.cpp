@@ -194,8 +194,11 @@ TEST_F(Run, TheStateOfTheReceiverIsOneSentence) {
   run.sent = true;
   EXPECT_EQ(ReceiverState(run),
             "the receiver got all data, but was not compared; switch it off and on and verify it");
+  EXPECT_TRUE(IsLeftUnsure(run));
   run.differs = true;
   EXPECT_EQ(ReceiverState(run), "the receiver holds other data than it should; send it again");
+  EXPECT_FALSE(IsLeftUnsure(run)) << "told as the verdict";
+  EXPECT_FALSE(IsLeftUnsure({}));
 }
 
 // The port is taken between two transfers of one run.

@@ -109,6 +109,9 @@ TEST(Session, TheStatusLinesSayWhatIsSentThatNobodyAnswersAndHowItEnded) {
   rig.session.seconds = 1.26;
   EXPECT_EQ(TransferOutcomeText(rig.session),
             "Cancelled: Receiver not connected.   1 packet   2 packets repeated   1.3 s");
+  rig.session.said = "Verifying";
+  EXPECT_TRUE(TransferOutcomeText(rig.session).starts_with("Cancelled: Verifying   1 packet"));
+  EXPECT_TRUE(TransferStatusLine(rig.session).starts_with("Verifying   \"ASTRA\""));
   TellFailure(rig.session.transfer, "File access error\nin two lines", "");
   EXPECT_EQ(TransferOutcomeText(rig.session),
             "Failed: File access error   1 packet   2 packets repeated   1.3 s");

@@ -37,7 +37,15 @@ struct AdbUpload {
   const HeldMemory* held = nullptr;  // what the document was decoded from, which goes back as it was
 };
 
-StepEnd KeepCopy(Application& app) {
+// What a command ended with at the receiver is said, where it did not do all that it should.
+void SayHowItIsLeft(Application& app, const ReceiverFacts& receiver) {
+  const std::string text = ReceiverStateSentence(receiver);
+  app.outcome += "   " + text;
+  app.refresh_frame();
+  if (IsLeftUnsure(receiver)) Tell(app.context.messages, Icon::kWarning, "%s", text.c_str());
+}
+
+StepEnd KeepCopy(Application& app, ReceiverFacts& receiver) {
   const Path folder = CopyFolder(app);
   std::error_code told_below;
   std::filesystem::create_directories(folder, told_below);
@@ -55,7 +63,7 @@ StepEnd KeepCopy(Application& app) {
       return !crc_failed && CollectCopy(context, config, copy);
     };
     const std::string name = BackupName(LocalTimeNow(), "");
-    end = RunTransferDialog(app, std::move(order));
+    end = RunTransferDialog(app, std::move(order), receiver);
     if (copy.empty() || (end == StepEnd::kDone && !WriteCopy(app.context, folder, name, copy)))
       end = StepEnd::kNotDone;
   }
@@ -64,7 +72,7 @@ StepEnd KeepCopy(Application& app) {
 }
 
 // Reads the receiver back. What differs has been shown when the dialog closes.
-StepEnd Compare(Application& app, const AdbUpload& upload) {
+StepEnd Compare(Application& app, const AdbUpload& upload, ReceiverFacts& receiver) {
   const auto images = BuildAdbImages(app.context, upload.document, upload.sdb, app.config, upload.held);
   auto files = images ? PrepareDownload(app.context, app.config) : std::nullopt;
   if (!files) return StepEnd::kNotDone;
@@ -73,19 +81,20 @@ StepEnd Compare(Application& app, const AdbUpload& upload) {
   order.job = TransferJob::kDownload;
   order.files = std::move(files->script);
   order.region_files = std::move(files->regions);
-  order.title = kVerifying;
-  order.compares = true;
+  order.title = order.status = kVerifying;
   order.decode = [&, config = app.config](const Context& context, bool crc_failed) {
     const StaticDatabase& database = *upload.document.sdbs[upload.sdb].database;
     verdict = JudgeDownload(context, config, database, *images, crc_failed);
     return verdict == Verdict::kSame;
   };
-  const StepEnd end = RunTransferDialog(app, std::move(order));
-  if (end == StepEnd::kDone) app.outcome = VerdictText(verdict);
+  const std::string sent = app.outcome;
+  const StepEnd end = RunTransferDialog(app, std::move(order), receiver);
+  receiver.differs = verdict == Verdict::kDiffers;
+  if (end == StepEnd::kDone) app.outcome = sent + "   " + VerdictText(verdict);
   return end;
 }
 
-StepEnd Send(Application& app, const AdbUpload& upload, bool copied) {
+StepEnd Send(Application& app, const AdbUpload& upload, bool copied, ReceiverFacts& receiver) {
   if (!MayUploadAdb(app.context, app.config, upload.document)) return StepEnd::kNotDone;
   auto files = [&] {
     const WaitPointer wait;
@@ -98,7 +107,7 @@ StepEnd Send(Application& app, const AdbUpload& upload, bool copied) {
   order.files = std::move(*files);
   order.offers_choices = true;
   order.copied = copied;
-  return RunTransferDialog(app, std::move(order));
+  return RunTransferDialog(app, std::move(order), receiver);
 }
 
 void RunUpload(Application& app, const AdbUpload& upload) {
@@ -107,12 +116,15 @@ void RunUpload(Application& app, const AdbUpload& upload) {
       !BuildAdbImages(app.context, upload.document, upload.sdb, app.config, upload.held))
     return;
   UploadSteps steps = FirstUploadStep(LoadTransferSettings(app.settings));
+  ReceiverFacts receiver;
+  StepEnd end = StepEnd::kDone;
   while (steps.step != UploadStep::kEnd) {
-    const StepEnd end = steps.step == UploadStep::kCopy   ? KeepCopy(app)
-                        : steps.step == UploadStep::kSend ? Send(app, upload, steps.copied)
-                                                          : Compare(app, upload);
+    end = steps.step == UploadStep::kCopy   ? KeepCopy(app, receiver)
+          : steps.step == UploadStep::kSend ? Send(app, upload, steps.copied, receiver)
+                                            : Compare(app, upload, receiver);
     GoOn(steps, end, LoadTransferSettings(app.settings));
   }
+  if (end == StepEnd::kNotDone) SayHowItIsLeft(app, receiver);
 }
 
 void UploadAdb(Application& app) {
@@ -187,7 +199,8 @@ void SendSdbs(Application& app, const EditorWindow& editor, const BinSelection& 
   order.job = TransferJob::kSdb;
   order.subject = UploadSubject(editor.document, selection, TransferJob::kSdb);
   order.files = std::move(*files);
-  RunTransferDialog(app, std::move(order));
+  ReceiverFacts receiver;
+  if (RunTransferDialog(app, std::move(order), receiver) != StepEnd::kDone) SayHowItIsLeft(app, receiver);
 }
 
 void UploadSdb(Application& app) {
@@ -234,7 +247,10 @@ void Download(Application& app) {
   order.decode = [&, config = app.config](const Context& context, bool crc_failed) {
     return DecodeFetched(context, config, user_box, crc_failed, decoded);
   };
-  if (RunTransferDialog(app, std::move(order)) != StepEnd::kDone || !decoded) return;
+  ReceiverFacts receiver;
+  if (RunTransferDialog(app, std::move(order), receiver) != StepEnd::kDone)
+    return SayHowItIsLeft(app, receiver);
+  if (!decoded) return;
   Document document;
   if (!OpenDecoded(app.context, *decoded, document)) return;
   OpenEditor(app, std::move(document), {}, true);

@@ -9,7 +9,6 @@
 
 #include "config/settings.h"
 #include "serial/relay.h"
-#include "serial/verdict.h"
 #include "ui/controls/guard.h"
 #include "ui/controls/help.h"
 #include "ui/line/console.h"
@@ -57,7 +56,7 @@ void Show(TransferWindow& window, int id, const std::string& text) {
 }
 
 void ShowStatusLine(TransferWindow& window) {
-  const std::string text = window.order.compares ? kVerifying : TransferStatusLine(window.session);
+  const std::string text = TransferStatusLine(window.session);
   if (text.empty() || text == window.status) return;
   window.status = text;
   SetText(GetDlgItem(window.dialog, IDC_TRANSFER_STATUS), text);
@@ -77,6 +76,7 @@ void Connect(TransferWindow& window) {
   transfer.context.progress = {};
   transfer.files = window.order.files;
   transfer.subject = window.order.subject;
+  session.said = window.order.status;
   session.console_port = ConsolePort(window.app);
   transfer.region_files = window.order.region_files;
   transfer.view.title = [&window](const std::string& text) {
@@ -307,7 +307,7 @@ INT_PTR CALLBACK TransferProcedure(HWND dialog, UINT message, WPARAM wparam, LPA
 
 }  // namespace
 
-StepEnd RunTransferDialog(Application& app, TransferOrder order) {
+StepEnd RunTransferDialog(Application& app, TransferOrder order, ReceiverFacts& receiver) {
   auto owned = std::make_unique<TransferWindow>(app, std::move(order));
   TransferWindow& window = *owned;
   Connect(window);
@@ -332,10 +332,13 @@ StepEnd RunTransferDialog(Application& app, TransferOrder order) {
   const bool done = window.order.job == TransferJob::kDownload ? session.transfer.receive_outcome == 1
                                                                : session.outcome == 1;
   const uint64_t packets = session.transfer.packets_moved;
+  receiver.unopened = !started;
+  if (window.order.job != TransferJob::kDownload) {
+    receiver.uploaded += packets;
+    receiver.sent = done;
+  }
   if (session.left_behind) static_cast<void>(owned.release());  // a thread still uses it
-  const StepEnd end = EndOfUpload(started && again, packets, started && done);
-  if (again && end == StepEnd::kNotDone) Tell(app.context.messages, Icon::kWarning, "%s", kAlreadyBegun);
-  return end;
+  return EndOfUpload(started && again, packets, started && done);
 }
 
 }  // namespace vexa
