@@ -1,6 +1,6 @@
 #include "serial/receiver_state.h"
 
-#include "platform/text.h"
+#include "core/messages.h"
 
 namespace vexa {
 
