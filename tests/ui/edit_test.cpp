@@ -404,7 +404,7 @@ class RandomEdits : public Edits {
         undo_.pop_back();
         satellites_ = before;
         ForgetOpened();
-        return SelectWay({});
+        return LeaveView();
       }
     }
   }
@@ -456,6 +456,11 @@ class RandomEdits : public Edits {
     items.insert(items.begin() + place, moved.begin(), moved.end());
     Change(before);
   }
+  // What an undo changed in several places is shown in a view of all, which another node's list ends.
+  void LeaveView() {
+    driver_->SelectItem({"SDB1"});
+    SelectWay({});
+  }
   // A sort that changes nothing is no step; the step before, if there is one, was none either.
   void SortAndTakeBack() {
     if (undo_.empty()) return;
@@ -467,7 +472,7 @@ class RandomEdits : public Edits {
       driver_->Command(kCmdUndo);
       redo_.clear();
     }
-    SelectWay({});
+    LeaveView();
   }
   void Step(bool back) {
     auto& from = back ? undo_ : redo_;
@@ -478,7 +483,7 @@ class RandomEdits : public Edits {
     satellites_ = from.back();
     from.pop_back();
     ForgetOpened();
-    SelectWay({});
+    LeaveView();
   }
 
   void Play() {
