@@ -107,7 +107,7 @@ TEST_F(PicturePane, FollowsTheTreeAndTheDocument) {
   driver_->Key(Pane(), VK_RIGHT);  // nothing to go to, and nothing of the deleted records is touched
   EXPECT_TRUE(driver_->Answers());
   driver_->Command(kCmdUndo);
-  ASSERT_TRUE(driver_->Until("the carriers", [&] { return driver_->ListCount() == 2; }));
+  ASSERT_TRUE(driver_->Until("the carriers", [&] { return Selected().size() == 2; }));
   driver_->Key(Pane(), VK_LEFT);  // of both, which are selected, from the first
   ASSERT_TRUE(driver_->Answers());
   EXPECT_THAT(Selected(), ElementsAre(1));
