@@ -132,24 +132,22 @@ void ApplyMask(PortReader& reader) {
   reader.mask_applied = true;
 }
 
-// True when a wait for a line event is under way.
+// False when a line event came at once. Where the driver refuses the wait for one, what is received still
+// counts.
 bool StartStatusWait(PortReader& reader) {
   if (reader.wait_outstanding) return true;
   const IoResult result = reader.api->wait_event(reader.device, reader.reported_mask, reader.waiting);
+  reader.wait_outstanding = result == IoResult::kPending;
   if (result == IoResult::kDone) return false;
-  if (result == IoResult::kPending) {
-    reader.wait_outstanding = true;
-    return true;
-  }
-  TellOwner(reader, "Error - WaitCommEvent", result.error);
-  PauseReader(reader);
-  return false;
+  if (!reader.wait_outstanding) TellOwner(reader, "Error - WaitCommEvent", result.error);
+  return true;
 }
 
 void WaitForSomething(PortReader& reader) {
   const SerialEventPtr events[] = {reader.read_event, reader.status_event};
   const bool both = reader.read_event && reader.status_event;
-  const WaitResult result = both ? reader.api->wait(events, kIdleWait) : WaitResult(kWaitFailed);
+  const std::span<const SerialEventPtr> awaited(events, reader.wait_outstanding ? 2 : 1);
+  const WaitResult result = both ? reader.api->wait(awaited, kIdleWait) : WaitResult(kWaitFailed);
   size_t count = 0;
   switch (result.index) {
     case 0: {

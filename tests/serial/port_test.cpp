@@ -158,6 +158,19 @@ TEST(Port, TheReaderTellsItsFailuresAndGoesOn) {
   EXPECT_EQ(rig.shown.Texts(), Strings{"Error in CreateThread(Reader/Status)"});
 }
 
+// A driver that refuses the wait for line events delivers bytes all the same.
+TEST(Port, WhatIsReceivedCountsWithoutLineEvents) {
+  PortRig rig;
+  ASSERT_TRUE(rig.Open());
+  rig.comm.failing = {"wait_event"};
+  ASSERT_TRUE(rig.Start());
+  ASSERT_TRUE(rig.shown.Await("Error - WaitCommEvent"));
+  ASSERT_TRUE(rig.comm.AwaitCount("read", 1));
+  rig.comm.Feed(Bytes{1, 2, 3});
+  EXPECT_EQ(rig.AwaitSizes(1), std::vector<size_t>{3});
+  EXPECT_TRUE(StopThread(rig.port));
+}
+
 TEST(Port, AChunkOf2049BytesComesAs2048And1) {
   PortRig rig;
   ASSERT_TRUE(rig.Open() && rig.Start());
