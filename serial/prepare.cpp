@@ -93,11 +93,23 @@ bool WriteSingle(const Context& context, const Document& document, size_t sdb, c
   return false;
 }
 
+// What is wrong with the scratch file is wrong with the database, whose name the user knows.
+Context OfDatabase(const Context& context, const Document& document, const Path& scratch) {
+  Context about = context;
+  about.messages.tell = [name = Utf8FromPath(scratch) + ": ", source = document.source,
+                         tell = context.messages.tell](Message message) {
+    if (message.detail.starts_with(name))
+      message.detail.replace(0, name.size(), source.empty() ? "" : source + ": ");
+    tell(message);
+  };
+  return about;
+}
+
 // The container, when a receiver takes it.
 bool WriteMultiple(const Context& context, const Document& document, const BinSelection& selection,
                    const BinVersion& version, const Path& path) {
   const auto size = SaveBin(context, document, path, version, selection);
-  return size && CheckBinSize(context, path, *size);
+  return size && CheckBinSize(OfDatabase(context, document, path), path, *size);
 }
 
 uint32_t MaskOfCount(size_t count) {
@@ -149,7 +161,7 @@ std::optional<std::vector<Path>> PrepareSdbUpload(const Context& context, const 
   const bool written =
       single ? WriteSingle(context, document, static_cast<size_t>(std::countr_zero(sdbs)), version, image)
              : WriteMultiple(context, document, selection, version, image);
-  auto files = written ? Convert(context, image, config, time) : std::nullopt;
+  auto files = written ? Convert(OfDatabase(context, document, image), image, config, time) : std::nullopt;
   std::error_code ignored;
   std::filesystem::remove(image, ignored);
   return files;

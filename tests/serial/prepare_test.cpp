@@ -77,6 +77,25 @@ TEST(SdbUpload, HoldsTheVersionTheInitialsAndTheDefaultsOfTheWindow) {
   }
 }
 
+TEST(SdbUpload, WhatIsTooLargeIsTheDatabaseAndNoScratchFile) {
+  ProjectConfig config = MakeImageConfig(0);
+  config.regions = {{"Data", 4, 0x100, 0x200}};
+  Document document = NewDocument();
+  std::mt19937 random(3);
+  document.sdbs[0].database = MakeRandomDatabase(random, RandomShape{});
+  for (const char* source : {"list.bin", ""}) {
+    document.source = source;
+    for (const uint8_t format : {uint8_t{0}, uint8_t{1}}) {
+      config.sdb_format = format;
+      Recorder recorder;
+      EXPECT_FALSE(PrepareSdbUpload(recorder.context, document, {1, 0}, config, {2024, 5, 6, 7, 8, 9}));
+      ASSERT_EQ(recorder.shown.size(), 1u);
+      EXPECT_EQ(recorder.shown[0].detail.find("The image takes "), *source ? 10u : 0u)
+          << recorder.shown[0].detail;
+    }
+  }
+}
+
 TEST(SdbUpload, AnSdbThatIsNotThereIsNone) {
   Recorder recorder;
   const Document document = NewDocument();
