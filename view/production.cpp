@@ -12,6 +12,7 @@
 #include "core/bin_file.h"
 #include "core/out_of_memory.h"
 #include "image/sha256.h"
+#include "platform/file_identity.h"
 #include "platform/temporary_folder.h"
 #include "platform/text.h"
 #include "serial/batch.h"
@@ -224,6 +225,13 @@ std::optional<Refusal> Production::Open(const ProductionForm& form) {
     return Refusal{"Choose the database that the receivers get.", Icon::kStop, kProductionDatabase};
   const auto batch = std::make_shared<ReceiverBatch>();
   const Path file = PathFromUtf8(fields.database);
+  const auto is_file = [&file](const Path& path) { return SameFile(path, file); };
+  if (std::any_of(form.unsaved.begin(), form.unsaved.end(), is_file)) {
+    return Refusal{
+        "The database is open and has changes that are not saved: receivers would not get them. "
+        "Close this window, save the database, and come back.",
+        Icon::kStop, kProductionDatabase};
+  }
   Bytes content;
   const ReadResult read = ReadWholeFile(file, content);
   if (read != ReadResult::kDone) {

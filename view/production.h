@@ -45,6 +45,7 @@ struct ProductionForm {
   ProductionSettings fields;  // its ports are not looked at
   Path copy_folder;
   std::optional<ProjectConfig> config;  // its port is not looked at; nothing: none was chosen
+  std::vector<Path> unsaved;            // open files whose windows show more than the disk holds
 };
 
 enum ProductionField {

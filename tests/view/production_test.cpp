@@ -237,6 +237,10 @@ TEST_F(ProductionTest, WhatCannotBeDoneIsRefusedBeforeThePortIsOpened) {
   EXPECT_EQ(Refused(0, "A"), "Choose the database that the receivers get.");
   form.fields.database = Utf8FromPath(folder / "none.bin");
   EXPECT_EQ(Refused(0, "A"), "The database cannot be read.");
+  form.fields.database = Utf8FromPath(folder / "list.bin");
+  form.unsaved = {folder / "other.bin", folder / "." / "list.bin"};
+  EXPECT_THAT(Refused(0, "A"), StartsWith("The database is open and has changes that are not saved"));
+  form.unsaved.pop_back();
   EXPECT_TRUE(recorder.Texts().empty());
   PutFile(folder / "bad.bin", BytesOf("Qx"));
   form.fields.database = Utf8FromPath(folder / "bad.bin");

@@ -109,6 +109,6 @@ void TellNoWindow(const Application& app, const std::string& what,
 // Boxes with a question, over OwnerWindow; closing one means Cancel. `text` is UTF-8.
 enum class Answer { kYes, kNo, kCancel };
 Answer AskYesNoCancel(const Application& app, const std::string& text);
-bool AskOkCancel(const Application& app, const std::string& text);
+bool AskOkCancel(const Application& app, const std::string& text, bool ok_is_default = true);
 
 }  // namespace vexa

@@ -51,8 +51,9 @@ void TellNoWindow(const Application& app, const std::string& what, const std::er
   TellWhy(app.context.messages, Icon::kStop, Reason(Attempt::kMakeWindow, what, why), "%s", text);
 }
 
-bool AskOkCancel(const Application& app, const std::string& text) {
-  return Box(app, text, "", MB_OKCANCEL | MB_ICONQUESTION) == IDOK;
+bool AskOkCancel(const Application& app, const std::string& text, bool ok_is_default) {
+  return Box(app, text, "",
+             MB_OKCANCEL | MB_ICONQUESTION | (ok_is_default ? MB_DEFBUTTON1 : MB_DEFBUTTON2)) == IDOK;
 }
 
 Answer AskYesNoCancel(const Application& app, const std::string& text) {

@@ -186,6 +186,9 @@ ProductionForm FormOf(const Form& form, const ProductionDialog& dialog) {
   fields.fields.set = SetName(form, dialog);
   fields.copy_folder = CopyFolder(dialog.app);
   fields.config = dialog.config;
+  for (const EditorWindow* editor : AllEditors(dialog.app)) {
+    if (editor->changed && !editor->path.empty()) fields.unsaved.push_back(editor->path);
+  }
   return fields;
 }
 
@@ -304,11 +307,13 @@ LRESULT DrawRow(const ProductionDialog& dialog, NMLVCUSTOMDRAW& draw) {
   return CDRF_DODEFAULT;
 }
 
+// The next serial number may be scanned into the question: its buttons have no letters, and Enter keeps the
+// work.
 bool MayClose(const Form& form, const ProductionDialog& dialog) {
   return !dialog.production.IsAtWork() ||
-         form.app.context.messages.ask(
-             "Receivers are still being written.\nDo you want to stop that and close the window ?", "",
-             false);
+         AskOkCancel(form.app,
+                     "Receivers are still being written.\nDo you want to stop that and close the window ?",
+                     false);
 }
 
 FormActions ActionsOf(ProductionDialog& dialog) {
