@@ -26,19 +26,19 @@ struct Block {
 
 // The stored bytes, in memory or in a file. They are gone through twice, block by block: for the CRCs, which
 // stand first in the URT file, and for the packets.
-struct Source {
+struct ImageSource {
   uint64_t size = 0;
   // Nothing when they cannot be read.
   std::function<std::optional<std::span<const uint8_t>>(uint64_t offset, size_t length)> take;
 };
 
-Source MemorySource(std::span<const uint8_t> bytes) {
+ImageSource MemorySource(std::span<const uint8_t> bytes) {
   return {bytes.size(), [bytes](uint64_t offset, size_t length) {
             return std::optional(bytes.subspan(static_cast<size_t>(offset), length));
           }};
 }
 
-Source FileSource(FileReader& reader) {
+ImageSource FileSource(FileReader& reader) {
   return {reader.size, [&reader, buffer = Bytes()](uint64_t offset, size_t length) mutable {
             if (buffer.size() < length) buffer.resize(length);
             const std::span<uint8_t> part = std::span(buffer).first(length);
@@ -50,7 +50,7 @@ Source FileSource(FileReader& reader) {
 // The image as it is cut: stored bytes and behind them fill and header.
 struct Prepared {
   uint64_t space = 0;  // the header packet's image space
-  Source stored;
+  ImageSource stored;
   Bytes compressed;  // what `stored` takes from when the image was compressed
   Bytes tail;
   std::vector<Block> blocks;
@@ -151,7 +151,7 @@ Bytes PlainHeader(const ConversionParameters& parameters, const ImageDescription
 // stored bytes. False when those cannot be read.
 bool CutBlocks(const ConversionParameters& parameters, uint64_t size, Prepared& prepared,
                uint32_t& stored_crc) {
-  const Source& source = prepared.stored;
+  const ImageSource& source = prepared.stored;
   stored_crc = kCrcStart;
   for (uint64_t offset = 0; offset < size; offset += parameters.block_size) {
     Block block;
@@ -347,8 +347,8 @@ bool IsCompressed(const ConversionParameters& parameters, const ImageDescription
 
 // Everything before the first byte is written. `image`, in memory, is needed for a compressed one only.
 ConversionResult Prepare(const Context& context, const ConversionParameters& parameters,
-                         const ImageDescription& description, Source source, std::span<const uint8_t> image,
-                         Prepared& prepared) {
+                         const ImageDescription& description, ImageSource source,
+                         std::span<const uint8_t> image, Prepared& prepared) {
   const uint64_t size = source.size;
   if (!Check(context, parameters, description, size)) return ConversionResult::kRefused;
   prepared.stored = std::move(source);
