@@ -70,15 +70,15 @@ inline void RunCommand(const std::string& command) {
   Require(std::system(command.c_str()) == 0, command);
 }
 
-// A database of 65,535 carriers and services, saved as `path`; with all the satellites that it can have
+// A database of 65,535 services, saved as `path`; with all the satellites and carriers that it can have
 // unless there shall be less.
 inline void SaveLargestDatabase(const Context& context, const Path& path,
-                                size_t satellites = kMaximumSatellites) {
+                                size_t satellites = kMaximumSatellites, size_t carriers = kMaximumCarriers) {
   std::mt19937 random(1);
   RandomShape shape;
   shape.lnbs = 16;
   shape.satellites = satellites;
-  shape.carriers = kMaximumCarriers;
+  shape.carriers = carriers;
   shape.services = kMaximumServices;
   shape.favourites = 1000;
   Document document = NewDocument();
