@@ -143,6 +143,7 @@ enum Need : uint32_t {
   kNeedsCarrierView = 1 << 19,  // that holds carriers
   kNeedsRowOrder = 1 << 20,     // whose list is in the order of a column
   kNeedsEntry = 1 << 21,        // that names a service: an entry of a favourite list
+  kNeedsDetails = 1 << 22,      // of which more is known than a row tells
 };
 
 enum KeyModifier : uint8_t { kCtrl = 1, kAlt = 2, kShift = 4 };

@@ -200,6 +200,7 @@ TreePath PathOfDifference(const Document& document, size_t sdb, const Difference
     case DifferenceKind::kFavourite:
       path.push_back(at[1] == 1 ? kRadioGroupLevelPosition : kTvGroupLevelPosition);
       if (at[0] != kNoPlace) path.push_back(at[0]);
+      if (at[0] != kNoPlace && at[2] != kNoPlace) path.push_back(at[2]);
       return path;
     case DifferenceKind::kSdb:
     case DifferenceKind::kFile:
@@ -212,6 +213,15 @@ TreePath PathOfDifference(const Document& document, size_t sdb, const Difference
     path.push_back(step);
   }
   return path;
+}
+
+std::string ComparisonText(const std::vector<Difference>& records) {
+  std::string text;
+  for (const char c : DifferenceLines(records)) {
+    if (c == '\n') text += '\r';
+    text += c;
+  }
+  return text;
 }
 
 std::string ComparisonPage(const std::vector<Difference>& records, const std::string& first,

@@ -50,6 +50,8 @@ std::string TakenOverText(const TakenOver& taken);
 // Where the window's tree has the record, or what it belongs to; empty: nowhere.
 TreePath PathOfDifference(const Document& document, size_t sdb, const Difference& difference);
 
+// The differences as a text file, a line each, ended as Windows ends lines.
+std::string ComparisonText(const std::vector<Difference>& records);
 // The differences as a page. `first` and `second` name the two databases; the page is whole in itself.
 std::string ComparisonPage(const std::vector<Difference>& records, const std::string& first,
                            const std::string& second);

@@ -297,6 +297,10 @@ ListFilter ParseFilter(std::string_view text) {
     if (text.empty()) return filter;
     Word word;
     if (!TakeWord(text, word)) return refuse("A quotation mark is not closed");
+    if (!word.quoted && word.text == "!") continue;  // the first key of a term
+    if (!word.quoted && word.field.empty() && !word.text.empty() &&
+        std::all_of(word.text.begin(), word.text.end(), IsOperator))
+      return refuse("Write a comparison without blanks, such as freq>11700");
     FilterTerm term;
     term.negated = word.negated;
     if (!word.field.empty()) {

@@ -12,12 +12,18 @@ int PositionOf(const std::vector<T*>& list, const T* record) {
   return found == list.end() ? -1 : static_cast<int>(found - list.begin());
 }
 
+// The tree does not show the entries of a favourite list; the list does.
+std::vector<NodeRef> NodesBelow(const Document& document, const NodeRef& node) {
+  const bool group = node.kind == NodeKind::kTvGroup || node.kind == NodeKind::kRadioGroup;
+  return group ? ListBelow(document, node, ListView::kBelow, false).rows : ChildNodes(document, node);
+}
+
 }  // namespace
 
 std::vector<NodeRef> NodesAlong(const Document& document, const TreePath& path) {
   std::vector<NodeRef> nodes;
   for (const uint32_t position : path) {
-    const auto siblings = nodes.empty() ? RootNodes(document) : ChildNodes(document, nodes.back());
+    const auto siblings = nodes.empty() ? RootNodes(document) : NodesBelow(document, nodes.back());
     if (position >= siblings.size()) break;
     nodes.push_back(siblings[position]);
   }

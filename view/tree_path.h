@@ -17,7 +17,7 @@ inline constexpr uint32_t kLnbLevelPosition = 0, kSatelliteLevelPosition = 1, kT
                           kRadioGroupLevelPosition = 3;
 using TreePath = std::vector<uint32_t>;
 
-// The nodes along the path, as far as they exist.
+// The nodes along the path, as far as they exist; the last one may be an entry of a favourite list.
 std::vector<NodeRef> NodesAlong(const Document& document, const TreePath& path);
 
 // The way to a satellite, carrier or service by its places.

@@ -469,6 +469,21 @@ Details UbiDetails(const CodePage& page, const OpenUbi& ubi) {
 
 }  // namespace
 
+bool HasDetails(NodeKind kind) {
+  switch (kind) {
+    case NodeKind::kLnb:
+    case NodeKind::kSatellite:
+    case NodeKind::kCarrier:
+    case NodeKind::kService:
+    case NodeKind::kFavouriteTvEntry:
+    case NodeKind::kFavouriteRadioEntry:
+    case NodeKind::kUbi:
+      return true;
+    default:
+      return false;
+  }
+}
+
 ListModel DetailsOf(const Document& document, const NodeRef& node, bool hexadecimal) {
   const CodePage& page = NamesPage(document);
   ListModel list;

@@ -120,7 +120,8 @@ struct ListModel {
 
 // What the list shows for a node of the tree; PIDs in decimal or hexadecimal.
 ListModel ListBelow(const Document& document, const NodeRef& node, ListView view, bool hexadecimal);
-// "Information": everything about one record.
+// "Information": everything about one record; of the other nodes there is nothing to tell.
+bool HasDetails(NodeKind kind);
 ListModel DetailsOf(const Document& document, const NodeRef& node, bool hexadecimal);
 // What to say instead when the record that the node names is not in the database; nullptr when it is.
 const char* UnreadableText(const Document& document, const NodeRef& node);

@@ -26,6 +26,8 @@ uint32_t RecordNeeds(const DatabaseLook& look) {
   if (look.has_rows) present |= kNeedsRows;
   if (look.has_rows && look.ordered) present |= kNeedsRowOrder;
   const NodeKind kind = look.record.kind;
+  if (look.details || HasDetails(kind == NodeKind::kNone ? look.selected.kind : kind))
+    present |= kNeedsDetails;
   if (kind == NodeKind::kFavouriteTvEntry || kind == NodeKind::kFavouriteRadioEntry) present |= kNeedsEntry;
   if (kind == NodeKind::kSatellite ||
       (kind == NodeKind::kSatelliteLevel && HasChildNodes(look.document, look.record)))

@@ -104,7 +104,7 @@ TEST_F(Comparison, IsFilteredTakenOverAndExported) {
     EXPECT_TRUE(driver_->Until("the export", [&] { return std::filesystem::exists(target); }));
     const Bytes content = ReadWholeFile(target).value_or(Bytes());
     const std::string text(content.begin(), content.end());
-    EXPECT_THAT(text, HasSubstr(name[4] == 't' ? "~ SDB1 satellite 2 Beta: name \"Alpha\" -> \"Beta\"\n"
+    EXPECT_THAT(text, HasSubstr(name[4] == 't' ? "~ SDB1 satellite 2 Beta: name \"Alpha\" -> \"Beta\"\r\n"
                                                : "<tr class=\"moved\">"));
   }
 

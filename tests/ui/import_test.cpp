@@ -168,12 +168,13 @@ TEST_F(Imports, NamesAreShownAndTakenInTheChosenPage) {
   Import(kCmdImportSatcodx, Put("a.sdx", SdxList({{.name = "\xE4lpha___"}, {.id = "00002"}}, true)));
   HWND box = editor_.WaitForBox(kQuestion);
   EXPECT_EQ(editor_.CellOf(GetDlgItem(box, IDC_IMPORT_WAYS), 0, 4), "\xC3\xA4lpha");
+  Choose(box, IDC_IMPORT_PAGE, "ISO 8859-5");
   editor_.Press(box, IDOK);
   editor_.Press(Offer(), IDCANCEL);
   const std::vector<std::string> carrier = {"SDB1", "Satellites", "[ 1 ] ASTRA 1___________",
                                             "[ 1 ] Carrier1_S1"};
   ASSERT_TRUE(editor_.SelectItem(carrier));
-  EXPECT_EQ(editor_.Cell(0, 1), "\xC3\xA4lpha");
+  EXPECT_EQ(editor_.Cell(0, 1), "\xD1\x84lpha");
   box = editor_.Open(kCmdSettings, "Settings");
   Choose(box, IDC_SETTINGS_NAMES, "Windows-1251");
   editor_.Press(box, IDOK);

@@ -335,6 +335,10 @@ TEST_F(Lists, LimitOfSdbsRefusesTheCommand) {
     editor.Command(format.command);
     EXPECT_EQ(editor.Answer(IDOK), "SDB count exceeds the allowed numbers.Cannot add more SDB's.");
   }
+  // With one less there is room.
+  ASSERT_TRUE(editor.SelectItem({"SDB1"}));
+  editor.Command(kCmdDelete);
+  editor.Press(editor.Open(kCmdImportSatcodx, "Open a File"), IDCANCEL);
 }
 
 struct MergeCase {

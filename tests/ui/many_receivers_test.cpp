@@ -250,9 +250,8 @@ TEST_F(Receivers, InProductionAScanArrivesWhateverWasClicked) {
   EXPECT_EQ(Shown(box, IDC_PRODUCTION_CONFIGURATION), "");
   Push(box, IDOK);
   EXPECT_EQ(AnswerOver(box), "Choose a set, or \"As in Settings\".");
-  EXPECT_TRUE(driver_->Until("the list of sets", [&] {
-    return GetDlgCtrlID(driver_->Focused()) == IDC_PRODUCTION_SET;
-  }));
+  EXPECT_TRUE(driver_->Until("the list of sets",
+                             [&] { return GetDlgCtrlID(driver_->Focused()) == IDC_PRODUCTION_SET; }));
   driver_->Press(box, IDCANCEL);
   End();
 }

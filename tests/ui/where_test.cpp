@@ -54,12 +54,14 @@ class Where : public EditorTest {
 TEST_F(Where, ButtonsAndMenuShowTheView) {
   StartWithSample();
   ASSERT_TRUE(driver_->SelectItem(kSatellites));
-  EXPECT_THAT(Buttons(), ElementsAre());
+  EXPECT_THAT(Buttons(), ElementsAre("-Information"));
   driver_->Command(kCmdViewCarriers);
+  EXPECT_THAT(Buttons(), ElementsAre("&Carrier", "-Information"));
+  ClickRow(0);
   EXPECT_THAT(Buttons(), ElementsAre("&Carrier"));
   EXPECT_THAT(Checked(), ElementsAre(unsigned{kCmdViewCarriers}));
   driver_->Command(kCmdViewTv);
-  EXPECT_THAT(Buttons(), ElementsAre());
+  EXPECT_THAT(Buttons(), ElementsAre("-Information"));
   EXPECT_THAT(Checked(), ElementsAre(unsigned{kCmdViewTv}));
   ASSERT_TRUE(driver_->SelectItem(kZeta));
   EXPECT_THAT(Buttons(), ElementsAre("&Carrier"));
@@ -69,7 +71,7 @@ TEST_F(Where, ButtonsAndMenuShowTheView) {
   EXPECT_TRUE(driver_->Until("no radio service", [&] { return driver_->ListCount() == 0; }));
   EXPECT_THAT(Buttons(), ElementsAre("-&Carrier", "&Radio"));
   ASSERT_TRUE(driver_->SelectItem(kLnbs));
-  EXPECT_THAT(Buttons(), ElementsAre("-Ser&vice", "-&Carrier", "-TV / R&adio", "-&Radio"));
+  EXPECT_THAT(Buttons(), ElementsAre("-Ser&vice", "-&Carrier", "-TV / R&adio", "-&Radio", "-Information"));
   EXPECT_THAT(Checked(), ElementsAre());
   End();
 }

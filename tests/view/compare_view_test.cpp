@@ -111,6 +111,7 @@ TEST_F(Comparisons, ThePageHoldsAllOfThemEscaped) {
   for (size_t at = 0; (at = page.find("<tr class", at)) != std::string::npos; ++at) ++rows;
   EXPECT_EQ(rows, 6u);
   EXPECT_EQ(DifferenceLines(view.records).find('='), std::string::npos);
+  EXPECT_THAT(ComparisonText(view.records), testing::AllOf(testing::EndsWith("\r\n"), HasSubstr("\r\n~ ")));
 }
 
 // Each list keeps the places that its shown records had; a model goes through the names list by list.

@@ -73,7 +73,7 @@ TEST_F(Filters, TextsAndFields) {
               {"vpid=100 apid=100 type=r", {4}},
               {"west scrambled services=3 carriers=2 lnb=1 pos=2 sr=27500 sid>2", {8, 11}},
               {"  \t ", {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}},
-              {"!", {}}};
+              {"! p1 !", Kept("p1", List(ListView::kServices))}};
   for (const auto& row : rows) {
     EXPECT_EQ(Kept(row.text, List(ListView::kServices)), row.kept) << row.text;
     EXPECT_EQ(error, "") << row.text;
@@ -94,6 +94,7 @@ TEST_F(Filters, WhatIsWrongIsSaidAndAllRowsStay) {
               {"angle=19.25", "\"19.25\" is no number for angle"},
               {"pol>v", "pol takes = and != only"},
               {"sr=<3", "\"=<\" compares nothing"},
+              {"freq > 11700", "without blanks"},
               {"one \"two", "A quotation mark is not closed"}};
   for (const auto& row : rows) {
     EXPECT_EQ(Kept(row.text, List(ListView::kServices)).size(), 12u) << row.text;

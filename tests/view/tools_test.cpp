@@ -70,7 +70,9 @@ TEST_F(Tools, PathsLeadToTheRecordAndBack) {
   // A favourite entry stands for its service.
   database.favourites[3].tv.push_back(two);
   const auto group = NodesAlong(document, {0, kTvGroupLevelPosition, 3});
-  EXPECT_EQ(PlaceOf(document, ListBelow(document, group.back(), ListView::kBelow, false).rows.at(0)), place);
+  const NodeRef entry = ListBelow(document, group.back(), ListView::kBelow, false).rows.at(0);
+  EXPECT_EQ(PlaceOf(document, entry), place);
+  EXPECT_EQ(NodesAlong(document, PathOf(document, entry)).back(), entry);
 }
 
 TEST_F(Tools, PathsEndWhereNothingIs) {

@@ -104,11 +104,11 @@ TEST_F(Looks, WhatIsSelectedDecidesWhatCanBeDone) {
   } rows[] = {{{}, kNeedsSdb},
               {sdb, kNeedsSdb | box | views},
               {level, kNeedsSdb | kNeedsAddable | kNeedsSatellite | views},
-              {satellite, kNeedsSdb | all | kNeedsSatellite | views},
-              {carrier, kNeedsSdb | all | kNeedsViews},
-              {below(carrier, 0), kNeedsSdb | all},
+              {satellite, kNeedsSdb | all | kNeedsSatellite | views | kNeedsDetails},
+              {carrier, kNeedsSdb | all | kNeedsViews | kNeedsDetails},
+              {below(carrier, 0), kNeedsSdb | all | kNeedsDetails},
               {ubis, kNeedsAddable},
-              {below(ubis, 0), box}};
+              {below(ubis, 0), box | kNeedsDetails}};
   for (const auto& row : rows) {
     EXPECT_EQ(See(row.node).present, row.present | kNeedsEditor) << static_cast<int>(row.node.kind);
   }

@@ -412,6 +412,7 @@ LRESULT EditorMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     case kSelectionChanged:
       editor->selection_told = false;
       RefreshPictureSelection(*editor);
+      RefreshButtons(*editor);
       editor->app->refresh_frame();
       return 0;
     case WM_COMMAND:

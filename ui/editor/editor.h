@@ -108,6 +108,8 @@ std::vector<EditorWindow*> AllEditors(const Application& app);
 // Makes the list's rows anew for the selected node and view. False, without a message: the control does not
 // follow, and the program cannot go on.
 bool RefreshList(EditorWindow& editor);
+// Enables and presses the buttons below the list as what is selected asks for.
+void RefreshButtons(EditorWindow& editor);
 // Name and mark of a change in the title.
 void RefreshCaption(EditorWindow& editor);
 // Says whether there is something to save, and shows it.

@@ -16,20 +16,18 @@ bool SameColumns(const std::vector<ListColumn>& left, const std::vector<ListColu
                     [](const ListColumn& a, const ListColumn& b) { return a.title == b.title; });
 }
 
+void RefreshButton(const EditorWindow& editor, HWND button, uint32_t id, const WindowState& state) {
+  const CommandInfo& command = *FindCommand(id);
+  const bool enabled = CommandEnabled(command, state.present);
+  if (!enabled && GetFocus() == button) SetFocus(editor.tree);
+  EnableWindow(button, enabled);
+  SendMessageW(button, BM_SETCHECK, CommandChecked(command, state) ? BST_CHECKED : BST_UNCHECKED, 0);
+}
+
 void RefreshPanel(EditorWindow& editor) {
   const auto labels = PanelLabels(editor.document, editor.selected);
   for (size_t i = 0; i < labels.size(); ++i) SetText(editor.labels[i], labels[i]);
-  WindowState state;
-  SeeDatabase(state, LookOf(editor));
-  for (size_t i = 0; i < editor.view_buttons.size(); ++i) {
-    HWND button = editor.view_buttons[i];
-    const CommandInfo& command = *FindCommand(kViewCommands[i]);
-    const bool enabled = CommandEnabled(command, state.present);
-    if (!enabled && GetFocus() == button) SetFocus(editor.tree);
-    EnableWindow(button, enabled);
-    SendMessageW(button, BM_SETCHECK, CommandChecked(command, state) ? BST_CHECKED : BST_UNCHECKED, 0);
-  }
-  SendMessageW(editor.information, BM_SETCHECK, editor.details ? BST_CHECKED : BST_UNCHECKED, 0);
+  RefreshButtons(editor);
   RefreshPicture(editor);
   SetText(editor.bar, editor.rows.title.empty() ? "" : Format(" %s", editor.rows.title.c_str()));
 }
@@ -199,9 +197,18 @@ LRESULT ListNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
 
 }  // namespace
 
+void RefreshButtons(EditorWindow& editor) {
+  WindowState state;
+  SeeDatabase(state, LookOf(editor));
+  for (size_t i = 0; i < editor.view_buttons.size(); ++i)
+    RefreshButton(editor, editor.view_buttons[i], kViewCommands[i], state);
+  RefreshButton(editor, editor.information, kCmdInformation, state);
+}
+
 LRESULT EditorNotify(EditorWindow& editor, NMHDR& header, LPARAM lparam) {
   if (header.code == NM_SETFOCUS) {
     editor.last_focus = header.hwndFrom;
+    RefreshButtons(editor);
     editor.app->refresh_frame();
     return 0;
   }

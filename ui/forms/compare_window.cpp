@@ -103,7 +103,7 @@ void Export(const Form& form, const CompareWindow& window) {
   const bool page =
       _wcsicmp(path->extension().c_str(), L".html") == 0 || _wcsicmp(path->extension().c_str(), L".htm") == 0;
   const std::string text = page ? ComparisonPage(window.view.records, window.own_name(), window.other_name)
-                                : DifferenceLines(window.view.records);
+                                : ComparisonText(window.view.records);
   const WriteResult written =
       WriteWholeFile(*path, {reinterpret_cast<const uint8_t*>(text.data()), text.size()});
   if (written != WriteResult::kDone)
