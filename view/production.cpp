@@ -219,37 +219,32 @@ size_t Production::NextFree(size_t from, const std::function<bool(size_t)>& coun
   return from;
 }
 
-std::optional<Refusal> Production::Open(const ProductionForm& form) {
+std::optional<Refusal> Production::Open(const Context& context, const ProductionForm& form) {
   const ProductionSettings& fields = form.fields;
-  if (fields.database.empty())
-    return Refusal{"Choose the database that the receivers get.", Icon::kStop, kProductionDatabase};
+  if (fields.database.empty()) return Refusal{"Choose the database that the receivers get."};
   const auto batch = std::make_shared<ReceiverBatch>();
   const Path file = PathFromUtf8(fields.database);
   const auto is_file = [&file](const Path& path) { return SameFile(path, file); };
   if (std::any_of(form.unsaved.begin(), form.unsaved.end(), is_file)) {
     return Refusal{
         "The database is open and has changes that are not saved: receivers would not get them. "
-        "Close this window, save the database, and come back.",
-        Icon::kStop, kProductionDatabase};
+        "Close this window, save the database, and come back."};
   }
   Bytes content;
   const ReadResult read = ReadWholeFile(file, content);
   if (read != ReadResult::kDone) {
-    Refusal refusal{"The database cannot be read.", Icon::kStop, kProductionDatabase};
+    Refusal refusal{"The database cannot be read."};
     refusal.detail = ReadReason(file, read.error);
     return refusal;
   }
-  const Context about = About(context_, fields.database);
-  if (!OpenBinBytes(about, content, batch->document)) return Refusal{"", Icon::kStop, kProductionDatabase};
+  const Context about = About(context, fields.database);
+  if (!OpenBinBytes(about, content, batch->document)) return Refusal{};
   const auto sdb = SdbIn(fields.sdb, batch->document);
-  if (!sdb) {
-    return Refusal{Format("The database has the SDBs 1 to %zu.", batch->document.sdbs.size()), Icon::kStop,
-                   kProductionSdb};
-  }
+  if (!sdb) return Refusal{Format("The database has the SDBs 1 to %zu.", batch->document.sdbs.size())};
   batch->sdb = *sdb;
   batch->database = fields.database;
   batch->sha256 = Sha256Text(content);
-  if (!form.config) return Refusal{"Choose a set, or \"As in Settings\".", Icon::kStop, kProductionSet};
+  if (!form.config) return Refusal{"Choose a set, or \"As in Settings\"."};
   const ProjectConfig& config = *form.config;
   batch->configuration = Format("%u/%u/%u", unsigned{config.manufacturer_index},
                                 unsigned{config.product_index}, unsigned{config.configuration_index});
@@ -260,12 +255,26 @@ std::optional<Refusal> Production::Open(const ProductionForm& form) {
     std::error_code told_below;
     std::filesystem::create_directories(form.copy_folder, told_below);
   }
-  if (!MayWriteLog(context_, *batch)) return Refusal{"", Icon::kStop, kProductionLog};
+  if (!MayWriteLog(context, *batch)) return Refusal{};
   batch->document.source = fields.database;
-  if (!MayServe(context_, *batch, config)) return Refusal{"", Icon::kStop, kProductionDatabase};
+  if (!MayServe(context, *batch, config)) return Refusal{};
   batch_ = batch;
   config_ = config;
   return std::nullopt;
+}
+
+// What is told about the fields is the refusal: the next scan would close a box unseen.
+std::optional<Refusal> Production::OpenQuietly(const ProductionForm& form) {
+  std::vector<Message> told;
+  Context listening = context_;
+  listening.messages.tell = [&told](const Message& message) { told.push_back(message); };
+  listening.messages.ask = [](const std::string&, const std::string&, bool) { return false; };
+  auto refusal = Open(listening, form);
+  if (refusal && refusal->text.empty() && !told.empty()) {
+    refusal->text = told[0].text;
+    refusal->detail = told[0].detail;
+  }
+  return refusal;
 }
 
 std::optional<Refusal> Production::WhyNotNow(size_t place, const std::string& serial) const {
@@ -312,7 +321,7 @@ std::optional<Refusal> Production::Start(Workplace& place, const std::string& se
 std::optional<Refusal> Production::Begin(size_t place, const std::string& typed, const ProductionForm& form) {
   const std::string serial(Trimmed(typed));
   auto refusal = WhyNotNow(place, serial);
-  if (!refusal && !IsAtWork()) refusal = Open(form);
+  if (!refusal && !IsAtWork()) refusal = OpenQuietly(form);
   return refusal ? refusal : Start(*places_[place], serial);
 }
 

@@ -48,20 +48,12 @@ struct ProductionForm {
   std::vector<Path> unsaved;            // open files whose windows show more than the disk holds
 };
 
-enum ProductionField {
-  kProductionSerial,
-  kProductionDatabase,
-  kProductionSdb,
-  kProductionSet,
-  kProductionLog
-};
-
 struct Workplace;
 struct ReceiverBatch;
 
 class Production {
  public:
-  // `context` tells what is wrong with the fields; scratch folders are made below its temporary one. `api_of`
+  // Nothing is told by `context`; scratch folders are made below its temporary one. `api_of`
   // gives what opens a port; empty: the system.
   Production(const Context& context, std::function<const CommApi*(const std::string& port)> api_of = {});
   ~Production();  // stops what is at work and waits for it
@@ -78,7 +70,7 @@ class Production {
   size_t NextFree(size_t from, const std::function<bool(size_t)>& counts) const;
 
   // A serial number was typed or scanned for the place. The fields count, and their database is read, when
-  // nothing else is at work. Nothing: the run has begun. A refusal without text has been told.
+  // nothing else is at work. Nothing: the run has begun.
   std::optional<Refusal> Begin(size_t place, const std::string& typed, const ProductionForm& form);
   void Stop(size_t place);
   void StopAll();
@@ -87,7 +79,8 @@ class Production {
 
  private:
   std::optional<Refusal> WhyNotNow(size_t place, const std::string& serial) const;
-  std::optional<Refusal> Open(const ProductionForm& form);
+  std::optional<Refusal> Open(const Context& context, const ProductionForm& form);
+  std::optional<Refusal> OpenQuietly(const ProductionForm& form);
   std::optional<Refusal> Start(Workplace& place, const std::string& serial);
   Context context_;
   std::function<const CommApi*(const std::string& port)> api_of_;

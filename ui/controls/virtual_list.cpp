@@ -75,7 +75,10 @@ bool IsMultiple(HWND list) {
 
 void KeyDown(const Form& form, const VirtualList& list, WORD key) {
   HWND control = form.Control(list.id);
-  if (key == VK_SPACE) Toggle(form, list, ListView_GetNextItem(control, -1, LVNI_FOCUSED));
+  if (key == VK_SPACE) {
+    const int focused = ListView_GetNextItem(control, -1, LVNI_FOCUSED);
+    Toggle(form, list, focused >= 0 ? focused : ListView_GetNextItem(control, -1, LVNI_SELECTED));
+  }
   if (key == 'A' && GetKeyState(VK_CONTROL) < 0 && GetKeyState(VK_MENU) >= 0 && IsMultiple(control))
     ListView_SetItemState(control, -1, LVIS_SELECTED, LVIS_SELECTED);
 }

@@ -72,6 +72,13 @@ void ShowSerialTitle(const Form& form, const ProductionDialog& dialog) {
   EnableField(form, IDC_PRODUCTION_STOP, next.state == PlaceState::kAtWork);
 }
 
+// What stands large, and the line below it.
+std::pair<std::string, std::string> LargeVerdict(const ProductionDialog& dialog) {
+  if (!dialog.refusal.empty()) return {"NOT BEGUN", dialog.refusal};
+  const PlaceView view = dialog.production.Look(dialog.turn.shown);
+  return {VerdictHeadline(view.state), VerdictLine(view)};
+}
+
 // Draws anew what has changed.
 void ShowWork(const Form& form, ProductionDialog& dialog) {
   std::string now = dialog.refusal + std::to_string(dialog.turn.shown);
@@ -88,6 +95,8 @@ void ShowWork(const Form& form, ProductionDialog& dialog) {
   dialog.seen = now;
   ShowSerialTitle(form, dialog);
   form.SetText(IDC_PRODUCTION_COUNT, ProductionCountText(dialog.production));
+  const auto [headline, line] = LargeVerdict(dialog);
+  form.SetText(IDC_PRODUCTION_VERDICT, headline + "\n" + line);  // for who does not see it
   RedrawRows(form, dialog.list);
   InvalidateRect(form.Control(IDC_PRODUCTION_VERDICT), nullptr, FALSE);
 }
@@ -192,26 +201,17 @@ ProductionForm FormOf(const Form& form, const ProductionDialog& dialog) {
   return fields;
 }
 
-int ControlOfField(int field) {
-  constexpr int kControls[] = {IDC_PRODUCTION_SERIAL, IDC_PRODUCTION_DATABASE, IDC_PRODUCTION_SDB,
-                               IDC_PRODUCTION_SET, IDC_PRODUCTION_LOG};
-  return kControls[field];
-}
-
-// Enter behind a serial number, which a scanner sends too. What is wrong with a number stands in the window:
-// the next scan must not close a box unseen.
+// Enter behind a serial number, which a scanner sends too. What is wrong stands in the window: the next scan
+// must not close a box unseen, and takes the place of the number that was refused.
 void BeginReceiver(const Form& form, ProductionDialog& dialog) {
   dialog.refusal.clear();
   const ProductionForm fields = FormOf(form, dialog);
   const auto refusal = dialog.production.Begin(dialog.turn.next, form.Text(IDC_PRODUCTION_SERIAL), fields);
   if (refusal) {
-    if (refusal->field == kProductionSerial) {
-      dialog.refusal = WholeText({refusal->icon, refusal->text, "", refusal->detail});
-      MessageBeep(MB_ICONHAND);
-    }
+    dialog.refusal = WithReason(refusal->text, refusal->detail);
+    MessageBeep(MB_ICONHAND);
     ShowWork(form, dialog);
-    if (refusal->field == kProductionSerial) return form.Focus(IDC_PRODUCTION_SERIAL);
-    return form.Refuse(*refusal, ControlOfField(refusal->field));
+    return form.Focus(IDC_PRODUCTION_SERIAL);
   }
   SaveProductionSettings(dialog.app.settings, fields.fields);
   form.SetText(IDC_PRODUCTION_SERIAL, "");
@@ -270,11 +270,10 @@ HFONT VerdictFont(HWND window, int height, int weight) {
 }
 
 void DrawVerdict(const Form& form, const ProductionDialog& dialog, const DRAWITEMSTRUCT& draw) {
-  const PlaceView view = dialog.production.Look(dialog.turn.shown);
+  const PlaceState state = dialog.production.Look(dialog.turn.shown).state;
   const bool refused = !dialog.refusal.empty();
-  const PlaceState state = view.state;
-  const std::wstring headline = Wide(refused ? "NOT BEGUN" : VerdictHeadline(state)),
-                     line = Wide(refused ? dialog.refusal : VerdictLine(view));
+  const auto verdict = LargeVerdict(dialog);
+  const std::wstring headline = Wide(verdict.first), line = Wide(verdict.second);
   const bool plain = !refused && (state == PlaceState::kFree || state == PlaceState::kAtWork);
   constexpr COLORREF kRefused = RGB(144, 80, 0);  // no verdict on a receiver
   HBRUSH back = CreateSolidBrush(refused ? kRefused : ColourOf(state));
