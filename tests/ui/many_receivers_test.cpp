@@ -259,6 +259,20 @@ TEST_F(Receivers, InProductionAScanArrivesWhateverWasClicked) {
   End();
 }
 
+TEST_F(Receivers, ProductionRefusesWhatItsWindowHasNotSaved) {
+  StartKept();
+  ASSERT_TRUE(driver_->SelectItem({"SDB1", "Satellites", "[ 1 ] Zeta"}));
+  driver_->Command(kCmdDelete);
+  HWND box = driver_->Open(kCmdProduction, "Production");
+  Type(box, IDC_PRODUCTION_SERIAL, "S1");
+  Push(box, IDOK);
+  EXPECT_THAT(Shown(box, IDC_PRODUCTION_VERDICT),
+              StartsWith("NOT BEGUN\nThe database is open and has changes"));
+  driver_->Press(box, IDCANCEL);
+  driver_->Command(kCmdUndo);
+  End();
+}
+
 constexpr int kProductionTabs[] = {IDOK,
                                    IDHELP,
                                    IDCANCEL,

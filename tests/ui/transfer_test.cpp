@@ -358,10 +358,11 @@ class Line : public Transfers {
 
 TEST_F(Line, UploadsTheDatabaseAndFetchesItBack) {
   const auto editor = StartWithDatabase();
+  ASSERT_TRUE(editor->SelectItem({"SDB2"}));
   HWND dialog = editor->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
   Watched seen = Watch(*editor, dialog);
   EXPECT_THAT(seen.statuses,
-              testing::Contains(testing::StartsWith("ADB upload inprogress.   \"SDB1\" as ADB data")));
+              testing::Contains(testing::StartsWith("ADB upload inprogress.   \"SDB2\" as ADB data")));
   EXPECT_GT(seen.furthest, 10);
   ASSERT_FALSE(seen.figures.empty());
   EXPECT_THAT(seen.figures, testing::Contains(HasSubstr("bytes/s")));
@@ -376,7 +377,7 @@ TEST_F(Line, UploadsTheDatabaseAndFetchesItBack) {
   EXPECT_GT(seen.furthest, 50);
   editor->Until("the fetched database", [&] { return editor->Children().size() == 2; });
   const auto fetched = editor->Tree(true);
-  EXPECT_THAT(fetched, testing::Contains("    [ 1 ] SDB1 Sat")) << "the satellite that was sent";
+  EXPECT_THAT(fetched, testing::Contains("    [ 1 ] SDB2 Sat")) << "the satellite that was sent";
   editor->Close();
   EXPECT_THAT(editor->Answer(IDNO), HasSubstr("Changes made are not saved."));
   EXPECT_EQ(editor->ExitCode(), 0u);
