@@ -102,15 +102,15 @@ TEST_F(ReceiverCommands, ATransferThatCannotGoOnEndsWithItsReason) {
 
 TEST_F(ReceiverCommands, TheTimeOutCountsFromTheLastPacket) {
   LoaderFaults faults;
-  faults.delay = 120;
+  faults.delay = 240;
   if (!StartReceiver(faults)) GTEST_SKIP() << "no pseudo-terminals on this system";
   PutFile(At("image"), Bytes(20000));
   ASSERT_EQ(
       Vexa("urt build @image -o @image.urt --type 3 --kind 5 --flag 0 --name N --start 0 --end 20000").status,
       0);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(Vexa("upload urt @image.urt --port @line --timeout 0.8").status, 0);
-  EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(900));
+  EXPECT_EQ(Vexa("upload urt @image.urt --port @line --timeout 3").status, 0);
+  EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(3200));
 }
 
 TEST_F(ReceiverCommands, ADownloadWhoseCrcFailsMakesNoFile) {
