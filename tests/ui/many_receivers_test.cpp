@@ -30,6 +30,11 @@ class Receivers : public EditorTest {
     key_.Set(kTransferKey, L"CopyFolder", copies_.native());
     Start({key_.mode}, PutSample());
   }
+  void AwaitVerdict(HWND box, const std::string& start) {
+    EXPECT_TRUE(driver_->Until("the verdict", [&] {
+      return Shown(box, IDC_PRODUCTION_VERDICT).starts_with(start);
+    })) << Shown(box, IDC_PRODUCTION_VERDICT);
+  }
   void Press(unsigned key) {
     PostMessageW(driver_->Focused(), WM_KEYDOWN, key, 1);
     EXPECT_TRUE(driver_->HasCaughtUp());
@@ -250,7 +255,7 @@ TEST_F(Receivers, InProductionAScanArrivesWhateverWasClicked) {
   EXPECT_EQ(Shown(box, IDC_PRODUCTION_CONFIGURATION), "");
   // A refusal is no box that the next scan would close, and that scan takes the refused number's place.
   Push(box, IDOK);
-  EXPECT_EQ(Shown(box, IDC_PRODUCTION_VERDICT), "NOT BEGUN\nChoose a set, or \"As in Settings\".");
+  AwaitVerdict(box, "NOT BEGUN\nChoose a set, or \"As in Settings\".");
   EXPECT_EQ(GetDlgCtrlID(driver_->Focused()), IDC_PRODUCTION_SERIAL);
   PostMessageW(driver_->Focused(), WM_CHAR, 'X', 1);
   ASSERT_TRUE(driver_->HasCaughtUp());
@@ -266,8 +271,7 @@ TEST_F(Receivers, ProductionRefusesWhatItsWindowHasNotSaved) {
   HWND box = driver_->Open(kCmdProduction, "Production");
   Type(box, IDC_PRODUCTION_SERIAL, "S1");
   Push(box, IDOK);
-  EXPECT_THAT(Shown(box, IDC_PRODUCTION_VERDICT),
-              StartsWith("NOT BEGUN\nThe database is open and has changes"));
+  AwaitVerdict(box, "NOT BEGUN\nThe database is open and has changes");
   driver_->Press(box, IDCANCEL);
   driver_->Command(kCmdUndo);
   End();
