@@ -270,7 +270,9 @@ std::optional<Refusal> Production::OpenQuietly(const ProductionForm& form) {
   listening.messages.tell = [&told](const Message& message) { told.push_back(message); };
   listening.messages.ask = [](const std::string&, const std::string&, bool) { return false; };
   auto refusal = Open(listening, form);
-  if (refusal && refusal->text.empty() && !told.empty()) {
+  if (!refusal) {
+    for (const Message& message : told) context_.messages.tell(message);
+  } else if (refusal->text.empty() && !told.empty()) {
     refusal->text = told[0].text;
     refusal->detail = told[0].detail;
   }

@@ -53,8 +53,8 @@ struct ReceiverBatch;
 
 class Production {
  public:
-  // Nothing is told by `context`; scratch folders are made below its temporary one. `api_of`
-  // gives what opens a port; empty: the system.
+  // `context` tells what a user must know of a database that is sent all the same; scratch folders are made
+  // below its temporary one. `api_of` gives what opens a port; empty: the system.
   Production(const Context& context, std::function<const CommApi*(const std::string& port)> api_of = {});
   ~Production();  // stops what is at work and waits for it
   Production(const Production&) = delete;

@@ -229,6 +229,22 @@ TEST_F(ProductionTest, ASetThatIsGoneIsNotReplacedByAnother) {
   EXPECT_EQ(Refused(0, "A"), "Choose a set, or \"As in Settings\".");
 }
 
+TEST_F(ProductionTest, ADatabaseThatIsNotReadWholeIsTold) {
+  Document document;
+  std::mt19937 random(5);
+  while (document.sdbs.size() <= kMaximumSdbs) {
+    Document one = NewDocument();
+    one.sdbs[0].database = MakeRandomDatabase(random, {1, 1, 1, 1, 0, false, false});
+    document.sdbs.push_back(std::move(one.sdbs[0]));
+  }
+  PutFile(folder / "list.bin", BuildBin(recorder.context, document, {}, {}).value());
+  production.SetPorts({"gone"});
+  EXPECT_EQ(Refused(0, "A"), "begun");
+  EXPECT_THAT(recorder.Texts(),
+              ElementsAre("Can not open more than 16 SDBs (Opened 16 of 17 SDBs in the bin)."));
+  Ended(0);
+}
+
 TEST_F(ProductionTest, WhatCannotBeDoneIsRefusedBeforeThePortIsOpened) {
   production.SetPorts({"gone"});
   EXPECT_EQ(Refused(1, "A"), "Choose a port.");
