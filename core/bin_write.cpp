@@ -121,48 +121,54 @@ void WriteSatellites(ByteWriter& out, const StreamPlan& plan, const DefaultRecor
   }
 }
 
-// Called behind each record of a large block; it may take what was written so far out of the writer.
+// Called within a large block; it may take what was written so far out of the writer.
 using Flush = std::function<void()>;
 
 void WriteCarriers(ByteWriter& out, const StreamPlan& plan, const Flush& flush) {
   WriteBlockHeader(out, "Carrier", sizeof(CarrierRecord), plan.carriers);
+  RecordWriter<CarrierRecord> records(out);
   size_t services = 0;
   for (const Carrier* carrier : plan.database->carriers) {
     if (!Takes(plan, *carrier)) continue;
-    CarrierRecord record = carrier->record;
+    CarrierRecord& record = records.Next();
+    record = carrier->record;
     record.lnb_index = carrier->satellite->record.lnb_index;
     record.first_service = static_cast<uint16_t>(services);
     record.service_count = static_cast<uint16_t>(carrier->services.size());
     record.satellite_index = static_cast<uint32_t>(plan.places[record.satellite_index]) & 0x3FF;
-    out.Write(record);
     services += carrier->services.size();
     flush();
   }
+  records.End();
 }
 
 // The result says where each service stands in the block.
 Places<Service> WriteServices(ByteWriter& out, const StreamPlan& plan, const Flush& flush) {
   WriteBlockHeader(out, "Service", sizeof(ServiceRecord), plan.services);
   Places<Service> places(plan.database->service_pool);
+  RecordWriter<ServiceRecord> records(out);
   size_t carriers = 0, services = 0;
   for (const Carrier* carrier : plan.database->carriers) {
     if (!Takes(plan, *carrier)) continue;
     for (const Service* service : carrier->services) {
       places.Set(*service, services++);
-      ServiceRecord record = service->record;
+      ServiceRecord& record = records.Next();
+      record = service->record;
       record.carrier_index = static_cast<uint16_t>(carriers);
-      out.Write(record);
-      flush();
     }
+    flush();
     ++carriers;
   }
+  records.End();
   return places;
 }
 
 void WriteServiceOrder(ByteWriter& out, const StreamPlan& plan, const Places<Service>& places) {
   WriteBlockHeader(out, "OSL", 2, plan.services);
+  // Looking up every service's carrier costs more than writing the list.
+  const bool all = plan.services == plan.database->services.size();
   for (const Service* service : plan.database->service_order) {
-    if (Takes(plan, *service->carrier)) out.U16(places.Of(*service));
+    if (all || Takes(plan, *service->carrier)) out.U16(places.Of(*service));
   }
   if (plan.services % 2 != 0) out.U16(kMark);
 }

@@ -117,4 +117,28 @@ class ByteWriter {
   std::vector<uint8_t> bytes_;
 };
 
+// Writes many records, each made where it stays until a group of them is copied: to copy a record just after
+// some of its fields were set costs more than to set them.
+template <class Record>
+class RecordWriter {
+ public:
+  explicit RecordWriter(ByteWriter& out) : out_(out) {}
+  // The place of the next record, of any content, to be filled before the next call.
+  Record& Next() {
+    if (used_ == group_.size()) End();
+    return group_[used_++];
+  }
+  // Behind the last record.
+  void End() {
+    out_.Append({reinterpret_cast<const uint8_t*>(group_.data()), used_ * sizeof(Record)});
+    used_ = 0;
+  }
+
+ private:
+  static_assert(std::is_trivially_copyable_v<Record>);
+  ByteWriter& out_;
+  std::array<Record, 64> group_;
+  size_t used_ = 0;
+};
+
 }  // namespace vexa

@@ -16,24 +16,22 @@ constexpr uint8_t kHeader[24] = {'Q',  'z',  2,    0,    0,   0xFF, 5,   0,    0
                                  0xFF, 0xFF, 0xFF, 0xFF, 'Q', 'M',  'V', 0xFF, 1,    0,    0xFF, 0xFF};
 constexpr size_t kBlockHeaderSize = 16;
 
+// All bits that nothing is told of are 1.
 template <class Record>
-Record AllOnes() {
-  Record record;
+void SetAllOnes(Record& record) {
   std::memset(&record, 0xFF, sizeof record);
-  return record;
 }
 
-SatelliteRecord Convert(const WorkSatellite& work) {
-  auto record = AllOnes<SatelliteRecord>();
+void Convert(const WorkSatellite& work, SatelliteRecord& record) {
+  SetAllOnes(record);
   record.carrier_count = work.carrier_count;
   record.east = work.east;
   record.angle = work.angle;
   std::memcpy(record.name, work.name, kNameSize);
-  return record;
 }
 
-CarrierRecord Convert(const WorkCarrier& work) {
-  auto record = AllOnes<CarrierRecord>();
+void Convert(const WorkCarrier& work, CarrierRecord& record) {
+  SetAllOnes(record);
   record.symbol_rate = work.symbol_rate;
   record.first_service = work.first_service;
   record.service_count = work.service_count;
@@ -42,11 +40,10 @@ CarrierRecord Convert(const WorkCarrier& work) {
   record.fec = work.fec;
   record.frequency = work.frequency;
   std::memcpy(record.name, work.name, kNameSize);
-  return record;
 }
 
-ServiceRecord Convert(const WorkService& work) {
-  auto record = AllOnes<ServiceRecord>();
+void Convert(const WorkService& work, ServiceRecord& record) {
+  SetAllOnes(record);
   record.program_number = work.program_number;
   record.carrier_index = work.carrier_index;
   record.video_pid = work.video_pid;
@@ -55,7 +52,6 @@ ServiceRecord Convert(const WorkService& work) {
   record.type = work.type;
   record.free = work.free;
   std::memcpy(record.name, work.name, kNameSize);
-  return record;
 }
 
 void WriteBlockHeader(ByteWriter& stream, std::string_view name, uint32_t record_size, size_t count) {
@@ -70,21 +66,12 @@ void WriteBlockHeader(ByteWriter& stream, std::string_view name, uint32_t record
   stream.Append(header);
 }
 
-// In groups, so that the stream grows by copying and not byte by byte.
-template <class Item, class Make>
-void WriteItems(ByteWriter& stream, size_t count, Make make) {
-  std::array<Item, 64> group;
-  for (size_t start = 0; start < count; start += group.size()) {
-    const size_t used = std::min(group.size(), count - start);
-    for (size_t i = 0; i < used; ++i) group[i] = make(start + i);
-    stream.Append({reinterpret_cast<const uint8_t*>(group.data()), used * sizeof(Item)});
-  }
-}
-
 template <class Record, class Work>
-void WriteRecords(ByteWriter& stream, std::string_view name, const std::vector<Work>& records) {
-  WriteBlockHeader(stream, name, sizeof(Record), records.size());
-  WriteItems<Record>(stream, records.size(), [&](size_t i) { return Convert(records[i]); });
+void WriteRecords(ByteWriter& stream, std::string_view name, const std::vector<Work>& works) {
+  WriteBlockHeader(stream, name, sizeof(Record), works.size());
+  RecordWriter<Record> records(stream);
+  for (const Work& work : works) Convert(work, records.Next());
+  records.End();
 }
 
 }  // namespace
@@ -97,12 +84,14 @@ Bytes BuildBinFromWorkFiles(const WorkRecords& work, const DefaultRecords& defau
                          work.carriers.size() * sizeof(CarrierRecord) +
                          work.services.size() * (sizeof(ServiceRecord) + sizeof(uint16_t)));
   WriteBlockHeader(stream, "lnb", 12, kMaximumLnbs);
-  WriteItems<LnbRecord>(stream, kMaximumLnbs, [&](size_t) { return defaults.lnb; });
+  for (size_t i = 0; i < kMaximumLnbs; ++i) stream.Write(defaults.lnb);
   WriteRecords<SatelliteRecord>(stream, "Satelli", work.satellites);
   WriteRecords<CarrierRecord>(stream, "Carrier", work.carriers);
   WriteRecords<ServiceRecord>(stream, "Service", work.services);
   WriteBlockHeader(stream, "OSL", sizeof(uint16_t), work.services.size());
-  WriteItems<uint16_t>(stream, work.services.size(), [](size_t i) { return static_cast<uint16_t>(i); });
+  RecordWriter<uint16_t> order(stream);
+  for (size_t i = 0; i < work.services.size(); ++i) order.Next() = static_cast<uint16_t>(i);
+  order.End();
   return std::move(stream.bytes());
 }
 

@@ -50,14 +50,13 @@ NameConverter::NameConverter(std::span<const uint8_t> list, const ListPages& pag
 }
 
 std::string NameConverter::Converted(std::string_view name, size_t& lacking) const {
-  switch (way_) {
-    case Way::kFromUtf8:
-      return PageFromUtf8(*database_, WithoutControls(name), lacking);
-    case Way::kFromPage:
-      return PageFromUtf8(*database_, Utf8FromPage(*list_, name), lacking);
-    default:
-      return std::string(name);
-  }
+  const bool utf8 = way_ == Way::kFromUtf8;
+  return PageFromUtf8(*database_, utf8 ? WithoutControls(name) : Utf8FromPage(*list_, name), lacking);
+}
+
+void NameConverter::SetName(char (&field)[kNameSize], std::string_view name, size_t& lacking) const {
+  if (way_ == Way::kNone) return SetListName(field, name);
+  SetListName(field, Converted(name, lacking));
 }
 
 void NameConverter::Convert(char (&name)[kNameSize], size_t& lacking) const {

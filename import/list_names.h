@@ -39,12 +39,13 @@ class NameConverter {
   NameConverter() = default;  // changes nothing
   // `may_be_utf8`: false for lists that are no text.
   NameConverter(std::span<const uint8_t> list, const ListPages& pages, bool may_be_utf8 = true);
-  // `lacking` grows by the characters that the database's page lacks.
-  std::string Converted(std::string_view name, size_t& lacking) const;
+  // A record's name from the list's text. `lacking` grows by the characters that the database's page lacks.
+  void SetName(char (&field)[kNameSize], std::string_view name, size_t& lacking) const;
   // A record's name in place, up to its first NUL. One of 20 bytes without NUL may stay one.
   void Convert(char (&name)[kNameSize], size_t& lacking) const;
 
  private:
+  std::string Converted(std::string_view name, size_t& lacking) const;
   enum class Way { kNone, kFromUtf8, kFromPage };
   const CodePage* database_ = nullptr;
   const CodePage* list_ = nullptr;

@@ -42,7 +42,7 @@ struct ListReader {
   // A record's name from the list's text.
   void SetListedName(char (&field)[kNameSize], std::string_view name) {
     lacking = 0;
-    SetListName(field, names.Converted(name, lacking));
+    names.SetName(field, name, lacking);
   }
   // The same of one that stands in the field already.
   void ConvertName(char (&field)[kNameSize]) {
@@ -55,33 +55,27 @@ struct ListReader {
   }
 
   // Each becomes the current one; links, counts and marks are set here.
-  void Add(WorkSatellite satellite) {
-    satellite.read = 1;
-    satellite.first_carrier = carriers() & 0xFFFF;
-    satellite.carrier_count = 0;
+  void Add(const WorkSatellite& satellite) {
     work.satellites.push_back(satellite);
+    work.satellites.back().first_carrier = carriers() & 0xFFFF;
     CountLacking();
     carriers_of_satellite = 0;
   }
-  void Add(WorkCarrier carrier) {
-    carrier.read = 1;
-    carrier.satellite_index = (satellites() - 1) & 0x3FF;
-    carrier.first_service = static_cast<uint32_t>(work.services.size()) & 0xFFFF;
-    carrier.service_count = 0;
+  void Add(const WorkCarrier& carrier) {
     work.carriers.push_back(carrier);
+    work.carriers.back().satellite_index = (satellites() - 1) & 0x3FF;
+    work.carriers.back().first_service = static_cast<uint32_t>(work.services.size()) & 0xFFFF;
     CountLacking();
     ++carriers_of_satellite;
     work.satellites.back().carrier_count = carriers_of_satellite & 0xFFFF;
     ids.Clear();
   }
-  void Add(WorkService service) {
-    service.read_service = 1;
-    service.read = 1;
+  void Add(const WorkService& service) {
     work.services.push_back(service);
     CountLacking();
     WorkCarrier& carrier = work.carriers.back();
     carrier.service_count = (carrier.service_count + 1) & 0xFFFF;
-    previous_service = service;
+    previous_service = work.services.back();
     ids.Add(service.program_number);
   }
   // "Carrier%d_S%d" for the carrier that comes next.

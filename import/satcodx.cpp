@@ -211,7 +211,7 @@ std::string PlainName105(std::string_view start, std::string_view rest) {
 WorkSatellite Satellite105(Record record, const WorkSatellite& from, const NameConverter& names,
                            size_t& lacking) {
   WorkSatellite satellite = from;
-  SetListName(satellite.name, names.Converted(PlainName105(Text<kSatelliteNameA>(record), {}), lacking));
+  names.SetName(satellite.name, PlainName105(Text<kSatelliteNameA>(record), {}), lacking);
   satellite.angle = Number<kPosition>(record) & 0xFFF;
   return satellite;
 }
@@ -255,7 +255,7 @@ void Read105(const std::vector<Record>& records, const DefaultRecords& defaults,
     WorkService service = NewWorkService(defaults);
     const std::string name = ServiceName105(record);
     lacking = 0;
-    SetListName(service.name, names.Converted(name, lacking));
+    names.SetName(service.name, name, lacking);
     service.type = type == 'T' ? kTv : kRadio;
     TakeServiceColumns(record, service);
     service.program_number = Number<kProgramNumber>(record) & 0xFFFF;

@@ -14,6 +14,7 @@ Bytes BytesOfRecords(const std::vector<Record>& records) {
 
 WorkSatellite NewWorkSatellite(const DefaultRecords& defaults) {
   WorkSatellite satellite{};
+  satellite.read = 1;
   satellite.east = defaults.satellite.east;
   satellite.angle = defaults.satellite.angle;
   return satellite;
@@ -21,6 +22,7 @@ WorkSatellite NewWorkSatellite(const DefaultRecords& defaults) {
 
 WorkCarrier NewWorkCarrier(const DefaultRecords& defaults) {
   WorkCarrier carrier{};
+  carrier.read = 1;
   carrier.symbol_rate = defaults.carrier.symbol_rate;
   carrier.polarization = defaults.carrier.polarization;
   carrier.fec = defaults.carrier.fec;
@@ -30,6 +32,7 @@ WorkCarrier NewWorkCarrier(const DefaultRecords& defaults) {
 
 WorkService NewWorkService(const DefaultRecords& defaults) {
   WorkService service{};
+  service.read = service.read_service = 1;
   service.video_pid = defaults.service.video_pid;
   service.audio_pid = defaults.service.audio_pid;
   service.pcr_pid = defaults.service.pcr_pid;
