@@ -54,7 +54,7 @@ struct ListReader {
     lacking = 0;
   }
 
-  // Each becomes the current one; links, counts and marks are set here.
+  // Each becomes the current one; links and counts are set here.
   void Add(const WorkSatellite& satellite) {
     work.satellites.push_back(satellite);
     work.satellites.back().first_carrier = carriers() & 0xFFFF;

@@ -82,7 +82,7 @@ struct WorkRecords {
   std::vector<WorkService> services;
 };
 
-// The record that a reader starts from: the defaults' fields, all other bits and the name 0.
+// The record that a reader starts from: marked as read, the defaults' fields, all other bits and the name 0.
 WorkSatellite NewWorkSatellite(const DefaultRecords& defaults);
 WorkCarrier NewWorkCarrier(const DefaultRecords& defaults);
 WorkService NewWorkService(const DefaultRecords& defaults);
