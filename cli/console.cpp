@@ -158,7 +158,9 @@ void RequireTemporaryFolder(CommandState& state) {
 }
 
 void AddTimeOption(CLI::App& command, CommandState& state) {
-  command.add_option("--time", state.time_text, "Local time to write into files: \"YYYY-MM-DD HH:MM:SS\"")
+  command
+      .add_option("--time", state.time_text,
+                  "Local time to write into files: \"YYYY-MM-DD HH:MM:SS\" (default: the time of the clock)")
       ->check([](const std::string& text) {
         return ParseLocalTime(text) ? std::string() : "\"" + text + "\" is no time YYYY-MM-DD HH:MM:SS";
       });

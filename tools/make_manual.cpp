@@ -1,6 +1,7 @@
 // make_manual FOLDER: what the command line tells of itself, for those who install it: a manual page for the
 // program and for each command ("vexa-upload-adb.1"), completions for bash, zsh and fish, and the page of the
 // help ("command-line.md").
+#include <algorithm>
 #include <iostream>
 
 #include "cli/commands.h"
@@ -12,9 +13,9 @@ namespace vexa {
 namespace {
 
 constexpr const char* kStatusText =
-    "0 when done, 1 when refused or failed, 2 for wrong usage. Messages go to standard error, results to "
-    "standard "
-    "output; an output file appears whole or not at all.";
+    "0 when done; 1 when refused or failed, and when check, diff, verify or urt show find something; 2 for "
+    "wrong usage. Messages go to standard error, results to standard output; an output file appears whole "
+    "or not at all.";
 
 struct OptionText {
   std::string names;  // "--format", "-o, --output"; a positional's name
@@ -39,7 +40,8 @@ OptionText Describe(const CLI::App& command, const CLI::Option& option) {
   text.description = option.get_description();
   for (const std::string& name : option.get_snames()) text.names += "-" + name + ", ";
   for (const std::string& name : option.get_lnames()) text.names += "--" + name;
-  if (text.positional) text.names = option.get_name(true);
+  if (text.positional)
+    text.names = option.get_name(true) + (option.get_items_expected_max() > 1 ? "..." : "");
   if (!option.get_lnames().empty()) text.completed = option.get_lnames().front();
   if (&option == command.get_help_ptr() || option.get_items_expected_max() == 0) return text;
   // "TEXT", "TEXT:one,two" or "UINT:UINT in [127 - 65535]".
@@ -87,6 +89,11 @@ std::string Roff(const std::string& text) {
   return escaped.starts_with('.') || escaped.starts_with('\'') ? "\\&" + escaped : escaped;
 }
 
+bool TakesConfiguration(const Command& command) {
+  return std::any_of(command.options.begin(), command.options.end(),
+                     [](const OptionText& option) { return option.completed == "ecf"; });
+}
+
 std::string ManualPage(const Command& command, const std::vector<Command>& all) {
   const std::string title = Full(command.name, "-");
   std::string page = ".TH " + title + " 1 \"\" \"vexa " VEXA_VERSION "\" \"Vexa Editor\"\n.SH NAME\n" +
@@ -110,9 +117,10 @@ std::string ManualPage(const Command& command, const std::vector<Command>& all) 
       page += ".TP\n.BR " + Roff(Full(other.name, "-")) + " (1)\n" + Roff(other.description) + "\n";
     }
   }
-  page += ".SH EXIT STATUS\n" + Roff(kStatusText) +
-          "\n.SH ENVIRONMENT\n.TP\n.B VEXA_ECF\nThe configuration file "
-          "that holds without \\-\\-ecf.\n.TP\n.B TMPDIR\nThe folder for temporary files.\n";
+  page += ".SH EXIT STATUS\n" + Roff(kStatusText) + "\n.SH ENVIRONMENT\n";
+  if (command.name.empty() || TakesConfiguration(command))
+    page += ".TP\n.B VEXA_ECF\nThe configuration file that holds without \\-\\-ecf.\n";
+  page += ".TP\n.B TMPDIR\nThe folder for temporary files.\n";
   if (!command.name.empty()) page += ".SH SEE ALSO\n.BR vexa (1)\n";
   return page;
 }

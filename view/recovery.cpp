@@ -12,7 +12,7 @@ namespace vexa {
 
 namespace {
 
-constexpr std::string_view kFirstLine = "Vexa Editor recovery 1";
+constexpr std::string_view kFirstLine = "Vexa Editor recovery 2";
 constexpr const char* kFamily = "work-";
 constexpr const char* kExtension = ".recovery";
 constexpr size_t kNamedInQuestion = 10;
@@ -71,6 +71,52 @@ bool ReadVersion(std::string_view text, BinVersion& version) {
   return true;
 }
 
+std::string SettingsText(const Document& document) {
+  std::string text;
+  for (const uint8_t byte : document.settings_block) text += Format("%02x", unsigned{byte});
+  return text;
+}
+
+bool ReadSettings(std::string_view text, Document& document) {
+  if (text.size() != 2 * document.settings_block.size()) return false;
+  for (uint8_t& byte : document.settings_block) {
+    const char* end = text.data() + 2;
+    if (std::from_chars(text.data(), end, byte, 16).ptr != end) return false;
+    text.remove_prefix(2);
+  }
+  return true;
+}
+
+bool ReadNames(const std::string& page, Document& document) {
+  document.names = page.empty() ? nullptr : FindCodePage(page);
+  return page.empty() || document.names != nullptr;
+}
+
+std::string TableSizes(const Document& document) {
+  std::string text;
+  for (const OpenSdb& sdb : document.sdbs)
+    text += Format("%u %zu ", sdb.database->lnb_count, sdb.database->satellites.size());
+  return text;
+}
+
+// Takes away what the tables of the SDBs were filled with. False when it is not that.
+bool CutTables(std::string_view sizes, Document& document) {
+  for (const OpenSdb& sdb : document.sdbs) {
+    StaticDatabase& database = *sdb.database;
+    uint32_t lnbs = 0;
+    size_t satellites = 0;
+    if (!TakeNumber(sizes, lnbs) || !TakeNumber(sizes, satellites)) return false;
+    if (lnbs > database.lnb_count || satellites > database.satellites.size()) return false;
+    database.lnb_count = lnbs;
+    while (database.satellites.size() > satellites) {
+      if (!database.satellites.back()->carriers.empty()) return false;
+      database.satellite_pool.Give(database.satellites.back());
+      database.satellites.pop_back();
+    }
+  }
+  return sizes.empty();
+}
+
 void RemoveFile(const Path& path) {
   std::error_code error;
   std::filesystem::remove(path, error);
@@ -94,6 +140,8 @@ std::optional<Bytes> WriteRecovery(const UnsavedWork& work, const Document& docu
     head += std::to_string(work.state->size) + " " +
             std::to_string(work.state->written.time_since_epoch().count());
   head += Format("\n%u %u ", work.version.major, work.version.minor) + work.version.initials + "\n";
+  head += OneLine(Utf8FromPath(work.list)) + "\n" + (document.names ? document.names->name : "") + "\n" +
+          SettingsText(document) + "\n" + TableSizes(document) + "\n";
   head += std::to_string(database->size()) + "\n";
   Bytes file(head.begin(), head.end());
   file.insert(file.end(), database->begin(), database->end());
@@ -103,16 +151,20 @@ std::optional<Bytes> WriteRecovery(const UnsavedWork& work, const Document& docu
 std::optional<RecoveredWork> ReadRecovery(std::span<const uint8_t> file) {
   if (TakeLine(file) != std::string(kFirstLine)) return std::nullopt;
   const auto path = TakeLine(file), name = TakeLine(file), time = TakeLine(file), state = TakeLine(file),
-             version = TakeLine(file), size = TakeLine(file);
+             version = TakeLine(file), list = TakeLine(file), page = TakeLine(file),
+             settings = TakeLine(file), tables = TakeLine(file), size = TakeLine(file);
   if (!size || *size != std::to_string(file.size())) return std::nullopt;
   RecoveredWork recovered;
   recovered.work.path = PathFromUtf8(*path);
   recovered.work.name = *name;
+  recovered.work.list = PathFromUtf8(*list);
   const std::optional<LocalTime> kept = ParseLocalTime(*time);
   if (!kept || !ReadState(*state, recovered.work.state) || !ReadVersion(*version, recovered.work.version))
     return std::nullopt;
   recovered.work.kept = *kept;
-  if (!OpenBinBytes(Silent(), file, recovered.document) || !recovered.document.read_whole)
+  Document& document = recovered.document;
+  if (!OpenBinBytes(Silent(), file, document) || !document.read_whole || !CutTables(*tables, document) ||
+      !ReadNames(*page, document) || !ReadSettings(*settings, document))
     return std::nullopt;
   return recovered;
 }

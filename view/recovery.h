@@ -5,14 +5,18 @@
 // what it holds; beside a second running copy too, as a folder is locked as long as its program lives.
 //
 // The kept file is text in UTF-8, lines that end with LF, and then a BIN file (core/bin_file.h):
-//   "Vexa Editor recovery 1"
+//   "Vexa Editor recovery 2"
 //   the path of the database's file; empty: it has none
 //   the name in its window's caption
 //   the time of keeping, "YYYY-MM-DD HH:MM:SS"
 //   size in bytes and time of writing (ticks of the file system's clock) of that file as the program last
 //   knew it; empty: there was none
 //   major version, minor version and initials of the next save, with a space between them
-//   the size of the BIN file in bytes
+//   the path of the list that it was imported from; empty: of none
+//   the code page of its names; empty: not chosen
+//   the receiver's own settings, 96 bytes in hexadecimal digits
+//   the LNBs and the satellites of each SDB, a number each with a space between them: a BIN file fills their
+//   tables the size of the BIN file in bytes
 #pragma once
 
 #include <cstdint>
@@ -38,6 +42,7 @@ struct UnsavedWork {
   std::optional<FileState> state;
   BinVersion version;
   LocalTime kept;
+  Path list = {};  // that it was imported from; empty: of none
 };
 
 struct RecoveredWork {

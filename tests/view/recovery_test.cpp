@@ -73,6 +73,45 @@ TEST_F(RecoveryTest, AKeptFileHoldsTheWholeWork) {
   }
 }
 
+// A saved SDB has all LNBs and satellites that it can have; unsaved work has those that it has.
+TEST_F(RecoveryTest, WorkComesBackAsItWasNotAsASavedFile) {
+  RandomShape shape;
+  shape.lnbs = 3;
+  shape.satellites = 2;
+  std::mt19937 random(4);
+  document.sdbs[0].database = MakeRandomDatabase(random, shape);
+  for (FavouriteGroup& group : document.sdbs[0].database->favourites) {  // counted when they are written
+    group.record.tv_count = group.tv.size() & 0xFFF;
+    group.record.radio_count = group.radio.size() & 0xFFF;
+  }
+  AppendSdb(document, "Empty");
+  document.names = FindCodePage("ISO 8859-5");
+  document.settings_block[0] = 0xA5;
+  document.settings_block[95] = 0x0F;
+  work.list = "/lists/channels.conf";
+  const auto file = WriteRecovery(work, document);
+  ASSERT_TRUE(file);
+  const auto read = ReadRecovery(*file);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(DocumentState(read->document), DocumentState(document));
+  for (size_t i = 0; i < 2; ++i) {
+    EXPECT_TRUE(SdbState(read->document.sdbs[i]) == SdbState(document.sdbs[i])) << i;
+    EXPECT_EQ(CheckLinks(*read->document.sdbs[i].database), "");
+  }
+  EXPECT_EQ(read->document.names, document.names);
+  EXPECT_EQ(read->work.list, work.list);
+
+  // Sizes that the database cannot have had.
+  const std::string text(file->begin(), file->end());
+  const std::string sizes = "\n3 2 0 0 \n";
+  ASSERT_NE(text.find(sizes), std::string::npos);
+  for (const char* wrong : {"\n3 1 0 0 \n", "\n17 2 0 0 \n", "\n3 86 0 0 \n", "\n3 2 \n", "\n3 2 0 0 0 \n"}) {
+    std::string damaged = text;
+    damaged.replace(damaged.find(sizes), sizes.size(), wrong);
+    EXPECT_FALSE(ReadRecovery(Bytes(damaged.begin(), damaged.end()))) << wrong;
+  }
+}
+
 TEST_F(RecoveryTest, APartOfAKeptFileIsNone) {
   document = NewDocument();
   const auto file = WriteRecovery(work, document);

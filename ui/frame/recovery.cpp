@@ -29,7 +29,8 @@ Path RecoveryRoot(const Application& app) {
 }
 
 Outcome KeepWorkOf(Application& app, const EditorWindow& editor) {
-  const UnsavedWork work = {editor.path, editor.name, editor.file_state, editor.version, LocalTimeNow()};
+  const UnsavedWork work = {editor.path,    editor.name,    editor.file_state,
+                            editor.version, LocalTimeNow(), editor.imported_from};
   return app.recovery->Keep(NumberOfKept(editor), editor.history.turn, work, editor.document);
 }
 
@@ -49,7 +50,7 @@ Outcome KeepWork(Application& app) {
 // Whether it has a window and is kept anew.
 bool OpenRecovered(Application& app, RecoveredWork& recovered) {
   UnsavedWork& work = recovered.work;
-  EditorWindow* editor = OpenEditor(app, std::move(recovered.document), work.path, true);
+  EditorWindow* editor = OpenEditor(app, std::move(recovered.document), work.path, true, work.list);
   if (!editor) return false;
   editor->file_state = work.state;
   editor->version = work.version;
