@@ -13,6 +13,21 @@ namespace {
 
 using testing::HasSubstr;
 
+// What records hold only in files: counts of the favourites, and places.
+void SetDerived(StaticDatabase& database) {
+  for (FavouriteGroup& group : database.favourites) {
+    group.record.tv_count = group.tv.size() & 0xFFF;
+    group.record.radio_count = group.radio.size() & 0xFFF;
+  }
+  size_t services = 0;
+  for (size_t i = 0; i < database.carriers.size(); ++i) {
+    database.carriers[i]->record.first_service = static_cast<uint16_t>(services);
+    for (Service* service : database.carriers[i]->services)
+      service->record.carrier_index = static_cast<uint16_t>(i);
+    services += database.carriers[i]->services.size();
+  }
+}
+
 struct RecoveryTest : testing::Test {
   Recorder recorder;
   Path root = recorder.context.temporary_folder / "recovery";
@@ -80,10 +95,7 @@ TEST_F(RecoveryTest, WorkComesBackAsItWasNotAsASavedFile) {
   shape.satellites = 2;
   std::mt19937 random(4);
   document.sdbs[0].database = MakeRandomDatabase(random, shape);
-  for (FavouriteGroup& group : document.sdbs[0].database->favourites) {  // counted when they are written
-    group.record.tv_count = group.tv.size() & 0xFFF;
-    group.record.radio_count = group.radio.size() & 0xFFF;
-  }
+  SetDerived(*document.sdbs[0].database);
   AppendSdb(document, "Empty");
   document.names = FindCodePage("ISO 8859-5");
   document.settings_block[0] = 0xA5;
