@@ -108,6 +108,7 @@ TEST_F(PicturePane, FollowsTheTreeAndTheDocument) {
   EXPECT_TRUE(driver_->Answers());
   driver_->Command(kCmdUndo);
   ASSERT_TRUE(driver_->Until("the carriers", [&] { return Selected().size() == 2; }));
+  EXPECT_TRUE(driver_->HasCaughtUp());
   driver_->Key(Pane(), VK_LEFT);  // of both, which are selected, from the first
   ASSERT_TRUE(driver_->Answers());
   EXPECT_THAT(Selected(), ElementsAre(1));
