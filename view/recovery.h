@@ -15,8 +15,8 @@
 //   the path of the list that it was imported from; empty: of none
 //   the code page of its names; empty: not chosen
 //   the receiver's own settings, 96 bytes in hexadecimal digits
-//   the LNBs and the satellites of each SDB, a number each with a space between them: a BIN file fills their
-//   tables the size of the BIN file in bytes
+//   the LNBs and the satellites of each SDB, numbers with a space behind each: a BIN file fills both tables
+//   the size of the BIN file in bytes
 #pragma once
 
 #include <cstdint>
