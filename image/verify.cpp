@@ -17,12 +17,26 @@ struct Comparison {
 
   std::string RecordAt(uint64_t place) const;
   std::string FavouriteAt(uint64_t place) const;
-  void Note(uint64_t address, const std::string& record) {
-    if (found.bytes++ > 0) return;
-    found.address = static_cast<uint32_t>(address);
-    found.record = record;
-  }
+  // Counts the bytes that differ; a byte that only one side has is one. `address` is that of the first byte,
+  // `record` names what its argument, the place of the first difference from there, lies in.
+  template <typename Record>
+  void Compare(std::span<const uint8_t> sent, std::span<const uint8_t> held, uint64_t address, Record record);
 };
+
+template <typename Record>
+void Comparison::Compare(std::span<const uint8_t> sent, std::span<const uint8_t> held, uint64_t address,
+                         Record record) {
+  const auto [one, other] = std::ranges::mismatch(sent, held);
+  if (one == sent.end() && other == held.end()) return;
+  const auto first = static_cast<uint64_t>(one - sent.begin());
+  if (found.bytes == 0) {
+    found.address = static_cast<uint32_t>(address + first);
+    found.record = record(first);
+  }
+  const size_t both = std::min(sent.size(), held.size());
+  found.bytes += std::max(sent.size(), held.size()) - both;
+  for (auto i = static_cast<size_t>(first); i < both; ++i) found.bytes += sent[i] != held[i];
+}
 
 std::string Numbered(const char* name, uint64_t place) {
   return Format("%s %llu", name, static_cast<unsigned long long>(place + 1));
@@ -56,16 +70,10 @@ std::string Comparison::RecordAt(uint64_t place) const {
   return FavouriteAt(place - layout.favourites);
 }
 
-int ByteAt(std::span<const uint8_t> bytes, uint64_t place) {
-  return place < bytes.size() ? bytes[static_cast<size_t>(place)] : -1;
-}
-
-// One block as it was sent, at `from`, beside the one in force, at `to`.
-void CompareBlock(Comparison& comparison, std::span<const uint8_t> sent, uint64_t from,
-                  std::span<const uint8_t> held, uint64_t to, size_t size, uint64_t base, const char* name) {
-  for (size_t i = 0; i < size; ++i) {
-    if (ByteAt(sent, from + i) != ByteAt(held, to + i)) comparison.Note(base + to + i, name);
-  }
+// What there is of the `size` bytes from `place` on.
+std::span<const uint8_t> PartOf(std::span<const uint8_t> bytes, uint64_t place, uint64_t size) {
+  const uint64_t from = std::min<uint64_t>(place, bytes.size());
+  return bytes.subspan(static_cast<size_t>(from), static_cast<size_t>(std::min(size, bytes.size() - from)));
 }
 
 // The place of the copy in force, in the partition of `size` bytes whose marker stands at `partition`.
@@ -90,34 +98,34 @@ std::optional<ImageDifference> CompareImages(const ProjectConfig& config, const 
   const uint64_t base = region ? region->start : 0;
   const bool apart = config.configuration_index == 1;
   const uint64_t end = sent.adb.size() - std::min<uint64_t>(AdbHeaderSize(config), sent.adb.size());
-  for (uint64_t place = 0; place < std::min(layout.settings, end); ++place) {
-    if (ByteAt(sent.adb, place) != ByteAt(adb, place))
-      comparison.Note(base + place, comparison.RecordAt(place));
-  }
+  const auto named = [](const char* name) { return [name](uint64_t) { return std::string(name); }; };
+  const auto compare_adb = [&](uint64_t from, uint64_t to, auto record) {
+    const uint64_t size = to - std::min(from, to);
+    comparison.Compare(PartOf(sent.adb, from, size), PartOf(adb, from, size), base + from, record);
+  };
+  compare_adb(0, std::min(layout.settings, end), [&](uint64_t place) { return comparison.RecordAt(place); });
   if (apart) {
-    for (uint64_t place = layout.settings; place < end; ++place) {
-      if (ByteAt(sent.adb, place) != ByteAt(adb, place)) comparison.Note(base + place, "fill");
-    }
+    compare_adb(layout.settings, end, named("fill"));
     const uint64_t selection = config.partition_sizes[0];
-    CompareBlock(comparison, sent.e2p, 0, e2p, 0, kSettingsBlock, 0, "settings");
+    const auto compare_e2p = [&](uint64_t place, uint64_t size, const char* name) {
+      comparison.Compare(PartOf(sent.e2p, place, size), PartOf(e2p, place, size), place, named(name));
+    };
+    compare_e2p(0, kSettingsBlock, "settings");
     // A larger first partition pushes the selection out of what is read back.
-    const uint64_t read =
-        std::min<uint64_t>(kSelectionBlock, kE2pRequested - std::min<uint64_t>(selection, kE2pRequested));
-    CompareBlock(comparison, sent.e2p, selection, e2p, selection, static_cast<size_t>(read), 0, "selection");
+    compare_e2p(
+        selection,
+        std::min<uint64_t>(kSelectionBlock, kE2pRequested - std::min<uint64_t>(selection, kE2pRequested)),
+        "selection");
   } else {
-    const auto settings_of = [&](std::span<const uint8_t> region) {
-      return CopyInForce(region, layout.settings, config.partition_sizes[0], kSettingsBlock);
+    // The copies in force may stand in different slots on both sides.
+    const auto compare_copy = [&](uint64_t partition, uint64_t size, size_t block, const char* name) {
+      const uint64_t place = CopyInForce(adb, partition, size, block);
+      comparison.Compare(PartOf(sent.adb, CopyInForce(sent.adb, partition, size, block), block),
+                         PartOf(adb, place, block), base + place, named(name));
     };
-    const auto selection_of = [&](std::span<const uint8_t> region) {
-      return CopyInForce(region, layout.selection, config.partition_sizes[2], kSelectionBlock);
-    };
-    CompareBlock(comparison, sent.adb, settings_of(sent.adb), adb, settings_of(adb), kSettingsBlock, base,
-                 "settings");
-    CompareBlock(comparison, sent.adb, selection_of(sent.adb), adb, selection_of(adb), kSelectionBlock, base,
-                 "selection");
-    for (uint64_t place = layout.end; place < end; ++place) {
-      if (ByteAt(sent.adb, place) != ByteAt(adb, place)) comparison.Note(base + place, "fill");
-    }
+    compare_copy(layout.settings, config.partition_sizes[0], kSettingsBlock, "settings");
+    compare_copy(layout.selection, config.partition_sizes[2], kSelectionBlock, "selection");
+    compare_adb(layout.end, end, named("fill"));
   }
   if (comparison.found.bytes == 0) return std::nullopt;
   return comparison.found;

@@ -60,7 +60,7 @@ std::string ShownText(std::string_view text) {
 }
 
 char32_t SmallLetter(char32_t c) {
-  // Letters from `first` to `last` in steps of `step` have their small ones `distance` behind.
+  // Letters from `first` to `last` in steps of `step` have their small ones `distance` behind; in their order.
   static constexpr struct {
     char32_t first, last, step, distance;
   } kLetters[] = {{'A', 'Z', 1, 0x20},     {0xC0, 0xD6, 1, 0x20},   {0xD8, 0xDE, 1, 0x20},
@@ -72,7 +72,7 @@ char32_t SmallLetter(char32_t c) {
   if (c < 'A') return c;
   if (c == 0x178) return 0xFF;
   for (const auto& row : kLetters) {
-    if (c >= row.first && c <= row.last && (c - row.first) % row.step == 0) return c + row.distance;
+    if (c <= row.last) return c >= row.first && (c - row.first) % row.step == 0 ? c + row.distance : c;
   }
   return c;
 }

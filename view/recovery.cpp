@@ -8,6 +8,8 @@
 #include <tuple>
 #include <utility>
 
+#include "platform/code_page.h"
+
 namespace vexa {
 
 namespace {

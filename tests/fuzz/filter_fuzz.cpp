@@ -1,5 +1,7 @@
-// Reads any bytes as a filter of a list, and filters lists of each kind by it: rows are left out, none is
-// made up, and a filter that is refused says why.
+// Reads any bytes as a filter of a list, and filters a list by it, of the kind that the length chooses: rows
+// are left out, none is made up, and a filter that is refused says why.
+#include <iterator>
+
 #include "core/edit.h"
 #include "tests/fuzz/require.h"
 #include "view/list_filter.h"
@@ -22,14 +24,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }();
   const ListFilter filter = ParseFilter({reinterpret_cast<const char*>(data), size});
   Require(filter.error.empty() || filter.terms.empty(), "a refused filter with terms");
-  for (const ListView view : {ListView::kBelow, ListView::kCarriers, ListView::kServices}) {
-    const ListModel all = ListBelow(document, RootNodes(document)[0], view, false);
-    ListModel list = all;
-    const std::string error = FilterRows(document, list, filter, false);
-    Require(error.empty() || list.rows == all.rows, "rows left out in spite of an error");
-    size_t next = 0;
-    for (const NodeRef& row : all.rows) next += next < list.rows.size() && row == list.rows[next];
-    Require(next == list.rows.size(), "rows that were not there");
-  }
+  constexpr ListView kViews[] = {ListView::kBelow, ListView::kCarriers, ListView::kServices};
+  const ListModel all = ListBelow(document, RootNodes(document)[0], kViews[size % std::size(kViews)], false);
+  ListModel list = all;
+  const std::string error = FilterRows(document, list, filter, false);
+  Require(error.empty() || list.rows == all.rows, "rows left out in spite of an error");
+  size_t next = 0;
+  for (const NodeRef& row : all.rows) next += next < list.rows.size() && row == list.rows[next];
+  Require(next == list.rows.size(), "rows that were not there");
   return 0;
 }
