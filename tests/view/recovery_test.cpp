@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "core/undo_state.h"
+#include "platform/code_page.h"
 #include "tests/support/random_database.h"
 #include "tests/support/recorder.h"
 #include "tests/support/test_folder.h"
