@@ -13,6 +13,7 @@ namespace vexa {
 namespace {
 
 constexpr size_t kLongestLine = 255, kShortestService = 12, kNameStart = 6, kFieldStart = 5;
+constexpr size_t kReserved = 1 << 17;  // services; more come into a list that grows
 constexpr uint32_t kLargestFrequency = 15000, kLargestSymbolRate = 45000;
 
 std::string_view WithoutLast(std::string_view text, size_t count) {
@@ -136,9 +137,10 @@ void ReadLyngsat(std::span<const uint8_t> list, const DefaultRecords& defaults, 
   work = {};
   ListReader reader(work, defaults, NameConverter(list, pages), losses);
   std::string_view text(reinterpret_cast<const char*>(list.data()), list.size());
-  const auto colons = static_cast<size_t>(std::count(text.begin(), text.end(), ':'));
-  work.services.reserve(std::min(colons, list.size() / kShortestService));
-  ListProgress bar(progress, colons);
+  work.services.reserve(std::min(list.size() / kShortestService, kReserved));
+  // Counting takes a good part of the time of reading: only for somebody who watches.
+  const auto colons = progress.range ? std::count(text.begin(), text.end(), ':') : 0;
+  ListProgress bar(progress, static_cast<uint64_t>(colons));
   while (!text.empty()) {
     const size_t end = text.find('\n');
     std::string_view line = text.substr(0, end);

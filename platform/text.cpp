@@ -60,7 +60,8 @@ std::string ShownText(std::string_view text) {
 }
 
 char32_t SmallLetter(char32_t c) {
-  // Letters from `first` to `last` in steps of `step` have their small ones `distance` behind; in their order.
+  // Letters from `first` to `last` in steps of `step` have their small ones `distance` behind. In ascending
+  // order.
   static constexpr struct {
     char32_t first, last, step, distance;
   } kLetters[] = {{'A', 'Z', 1, 0x20},     {0xC0, 0xD6, 1, 0x20},   {0xD8, 0xDE, 1, 0x20},

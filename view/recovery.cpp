@@ -112,7 +112,6 @@ bool CutTables(std::string_view sizes, Document& document) {
     database.lnb_count = lnbs;
     while (database.satellites.size() > satellites) {
       if (!database.satellites.back()->carriers.empty()) return false;
-      database.satellite_pool.Give(database.satellites.back());
       database.satellites.pop_back();
     }
   }
@@ -165,8 +164,9 @@ std::optional<RecoveredWork> ReadRecovery(std::span<const uint8_t> file) {
     return std::nullopt;
   recovered.work.kept = *kept;
   Document& document = recovered.document;
-  if (!OpenBinBytes(Silent(), file, document) || !document.read_whole || !CutTables(*tables, document) ||
-      !ReadNames(*page, document) || !ReadSettings(*settings, document))
+  OpenBinBytes(Silent(), file, document);
+  if (!document.read_whole || !CutTables(*tables, document) || !ReadNames(*page, document) ||
+      !ReadSettings(*settings, document))
     return std::nullopt;
   return recovered;
 }

@@ -106,7 +106,7 @@ TEST_F(Imports, ADoubtfulListIsAskedAboutAndCompleted) {
 
   ASSERT_NE(box = Offer(), nullptr);
   EXPECT_THAT(editor_.Title(GetDlgItem(box, IDC_COMPLETE_TEXT)),
-              HasSubstr("tv.sdx is imported: 1 satellites, 1 carriers, 2 services."));
+              HasSubstr("tv.sdx is imported. Satellites: 1, carriers: 1, services: 2."));
   for (const int id : {IDC_COMPLETE_POSITIONS, IDC_COMPLETE_SIDES, IDC_COMPLETE_LNBS, IDC_COMPLETE_SLOTS}) {
     EXPECT_EQ(SendMessageW(GetDlgItem(box, id), BM_GETCHECK, 0, 0), BST_UNCHECKED) << id;
     EXPECT_TRUE(Enabled(box, id)) << id;

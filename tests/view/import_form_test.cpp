@@ -140,7 +140,7 @@ TEST(CompletionForm, OffersWhatMeansSomething) {
   }
   EXPECT_FALSE(OpenCompletionForm(database, true).wanted.any());
   EXPECT_EQ(CompletionText(database, "a.sdx").substr(0, 58),
-            "a.sdx is imported: 85 satellites, 0 carriers, 0 services.\n");
+            "a.sdx is imported. Satellites: 85, carriers: 0, services: 0.\n");
 }
 
 TEST(TargetFile, IsNamedAfterAList) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/edit.h"
 #include "core/undo_state.h"
 #include "platform/code_page.h"
 #include "tests/support/random_database.h"
@@ -114,15 +115,36 @@ TEST_F(RecoveryTest, WorkComesBackAsItWasNotAsASavedFile) {
   EXPECT_EQ(read->document.names, document.names);
   EXPECT_EQ(read->work.list, work.list);
 
-  // Sizes that the database cannot have had.
+  // Sizes that the database cannot have had, and settings of another length or none.
   const std::string text(file->begin(), file->end());
-  const std::string sizes = "\n3 2 0 0 \n";
-  ASSERT_NE(text.find(sizes), std::string::npos);
-  for (const char* wrong : {"\n3 1 0 0 \n", "\n17 2 0 0 \n", "\n3 86 0 0 \n", "\n3 2 \n", "\n3 2 0 0 0 \n"}) {
+  const std::string sizes = "\n3 2 0 0 \n", settings = "000f" + sizes;
+  for (const auto& [part, wrong] :
+       std::vector<std::pair<std::string, std::string>>{{sizes, "\n3 1 0 0 \n"},
+                                                        {sizes, "\n17 2 0 0 \n"},
+                                                        {sizes, "\n3 86 0 0 \n"},
+                                                        {sizes, "\n3 2 \n"},
+                                                        {sizes, "\n3 2 0 0 0 \n"},
+                                                        {settings, "00" + sizes},
+                                                        {settings, "000f00" + sizes},
+                                                        {settings, "000g" + sizes}}) {
+    ASSERT_NE(text.find(part), std::string::npos);
     std::string damaged = text;
-    damaged.replace(damaged.find(sizes), sizes.size(), wrong);
+    damaged.replace(damaged.find(part), part.size(), wrong);
     EXPECT_FALSE(ReadRecovery(Bytes(damaged.begin(), damaged.end()))) << wrong;
   }
+}
+
+TEST_F(RecoveryTest, FullTablesComeBack) {
+  document = NewDocument();
+  StaticDatabase& database = *document.sdbs[0].database;
+  while (database.lnb_count < kMaximumLnbs) AddLnb(recorder.context.messages, database, {});
+  while (database.satellites.size() < kMaximumSatellites)
+    AddSatellite(recorder.context.messages, database, {});
+  const auto file = WriteRecovery(work, document);
+  ASSERT_TRUE(file);
+  const auto read = ReadRecovery(*file);
+  ASSERT_TRUE(read);
+  EXPECT_TRUE(SdbState(read->document.sdbs[0]) == SdbState(document.sdbs[0]));
 }
 
 TEST_F(RecoveryTest, APartOfAKeptFileIsNone) {
