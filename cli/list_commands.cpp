@@ -1,5 +1,7 @@
 // import, merge: channel lists of other programs.
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <span>
 #include <utility>
@@ -21,6 +23,7 @@ namespace {
 
 struct ImportOptions {
   std::string list, output, work_folder, satellites = "all", format, page, list_page;
+  std::string of_lists;  // the first option given that only lists have
   bool stream = false, filter = false, keep_s2 = false;
   Completion completion;
   SatcodxOptions satcodx;
@@ -103,9 +106,8 @@ void ExpectImportApart(const ImportOptions& options) {
 
 // A document holds a database, not a list to pick from.
 void ImportDocument(CommandState& state, const ImportOptions& options, bool json) {
-  const bool of_lists = options.stream || options.filter || !options.work_folder.empty() || options.keep_s2 ||
-                        options.completion.any() || !options.list_page.empty();
-  if (of_lists) throw CLI::ValidationError("--format", "a csv or json document takes no option of lists");
+  if (!options.of_lists.empty())
+    throw CLI::ValidationError(options.of_lists, "a csv or json document takes no option of lists");
   const Document document =
       ReadDocument(state, options.list, json, options.page.empty() ? "Windows-1252" : options.page);
   SaveDocument(state, document, options.list, options.output);
@@ -256,6 +258,15 @@ std::vector<std::string> ImportFormatNames() {
   return names;
 }
 
+std::string OptionOfLists(const CLI::App& import) {
+  constexpr std::string_view kOfAll[] = {"LIST", "--output", "--format", "--code-page"};
+  for (const CLI::Option* option : import.parse_order()) {
+    const std::string name = option->get_name();
+    if (std::find(std::begin(kOfAll), std::end(kOfAll), name) == std::end(kOfAll)) return name;
+  }
+  return "";
+}
+
 void AddImport(CLI::App& program, CommandState& state) {
   const auto options = std::make_shared<ImportOptions>();
   CLI::App& command = *program.add_subcommand("import",
@@ -301,7 +312,8 @@ void AddImport(CLI::App& program, CommandState& state) {
           ->delimiter(',')
           ->allow_extra_args(false)
           ->check(OneOf({"all", "fta", "scrambled", "tv", "radio"}));
-  command.callback([&state, options, satellites, carriers, services] {
+  command.callback([&state, &command, options, satellites, carriers, services] {
+    options->of_lists = OptionOfLists(command);
     options->filter = satellites->count() + carriers->count() + services->count() != 0;
     ExpectSatcodxList(*options);
     Import(state, *options);

@@ -90,11 +90,10 @@ std::string UsageText(const CLI::App& program, const CLI::ParseError& error) {
 
 void DescribeDefaults(CLI::App& command) {
   for (CLI::Option* option : command.get_options()) {
-    if (option == command.get_help_ptr() || option == command.get_version_ptr() || option->get_required())
-      continue;
+    if (option == command.get_help_ptr() || option == command.get_version_ptr()) continue;
     std::string text = option->get_default_str();
     option->default_str("");
-    if (option->get_description().find("default") != std::string::npos) continue;
+    if (option->get_required() || option->get_description().find("default") != std::string::npos) continue;
     if (text.starts_with('[') && text.ends_with(']')) text = text.substr(1, text.size() - 2);
     if (text.empty()) text = option->get_items_expected_max() == 0 ? "off" : "none";
     option->description(option->get_description() + " (default: " + text + ")");

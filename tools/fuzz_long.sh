@@ -48,7 +48,7 @@ behind() {
 while [ "$SECONDS" -lt "$seconds" ]; do
   next=$(behind)
   [ -n "$next" ] || break
-  echo "$next" | nice -n 19 xargs -P2 -I{} bash -c 'one_turn {}'
+  echo "$next" | chrt --idle 0 xargs -P2 -I{} bash -c 'one_turn {}'
 done
 pack() {
   local name=${1%_fuzz}

@@ -15,9 +15,8 @@ CompletionForm OpenCompletionForm(const StaticDatabase& database, bool says_side
 
 std::string CompletionText(const StaticDatabase& database, const std::string& file) {
   return Format(
-      "%s is imported. Satellites: %zu, carriers: %zu, services: %zu.\nWhat is ticked completes it, in one "
-      "step "
-      "that Undo takes back.",
+      "%s is imported. Satellites: %zu, carriers: %zu, services: %zu.\n"
+      "What is ticked completes it, in one step that Undo takes back.",
       file.c_str(), database.satellites.size(), database.carriers.size(), database.services.size());
 }
 

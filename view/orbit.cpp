@@ -27,7 +27,7 @@ class OrbitPainter {
       : page_(page), from_(place), places_(OrbitPlaces(database)) {
     drawing_.width = kOrbitWidth;
     drawing_.height = kOrbitHeight;
-    drawing_.title = Format("%zu satellites from West to East", places_.size());
+    drawing_.title = Format("Satellites from West to East: %zu", places_.size());
     if (places_.empty()) return;
     low_ = FloorTo(places_.front().position, kStep);
     high_ = -FloorTo(-places_.back().position, kStep);

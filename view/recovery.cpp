@@ -179,7 +179,9 @@ std::unique_ptr<Recovery> Recovery::Start(const Path& root, std::string& why) {
     return nullptr;
   }
   auto folder = TemporaryFolder::MakeIn(root, std::string(kFamily) + "1", why);
-  return folder ? std::unique_ptr<Recovery>(new Recovery(std::move(folder))) : nullptr;
+  if (!folder) return nullptr;
+  folder->LeaveBehind();
+  return std::unique_ptr<Recovery>(new Recovery(std::move(folder)));
 }
 
 Path Recovery::FileOf(uint64_t window) const {
@@ -240,9 +242,8 @@ std::string AbandonedWork::Question() const {
   }
   if (works_.size() > kNamedInQuestion) text += Format("\nand %zu more", works_.size() - kNamedInQuestion);
   return text +
-         "\n\nDo you want to open it?\n\nYes opens it, still unsaved. No throws it away. Cancel asks again "
-         "at "
-         "the next start.";
+         "\n\nDo you want to open it?\n\n"
+         "Yes opens it, still unsaved. No throws it away. Cancel asks again at the next start.";
 }
 
 void AbandonedWork::HandOver(const std::function<bool(RecoveredWork& work)>& take) {

@@ -7,6 +7,7 @@
 
 #include "core/messages.h"
 #include "platform/text.h"
+#include "view/legible.h"
 
 namespace vexa {
 
@@ -185,11 +186,11 @@ bool HasServices(const Satellite& satellite) {
 
 }  // namespace
 
-uint32_t TextColour(const EditorColourTable& colours, ColourRole role, bool high_contrast,
-                    uint32_t system_text) {
-  if (role == ColourRole::kPlain) return system_text;
-  const auto place = static_cast<size_t>(role);
-  return high_contrast && colours[place] == DefaultColours()[place] ? system_text : colours[place];
+uint32_t TextColour(const EditorColourTable& colours, ColourRole role, const SystemColours& system) {
+  if (role == ColourRole::kPlain) return system.text;
+  const uint32_t colour = colours[static_cast<size_t>(role)];
+  const bool chosen = colour != DefaultColours()[static_cast<size_t>(role)];
+  return !chosen && (system.high_contrast || IsLostOn(colour, system.surface)) ? system.text : colour;
 }
 
 ColourRole NodeColour(const Document& document, const NodeRef& node) {

@@ -64,10 +64,14 @@ std::string NodeLabel(const Document& document, const NodeRef& node);
 
 // The user's colour that its text has: whether there are services below it, or what it is.
 ColourRole NodeColour(const Document& document, const NodeRef& node);
-// The colour of such a text: the user's, or the system's own, `system_text`. In high contrast a colour that
-// the user has not chosen gives way to the system's; all are 0x00BBGGRR.
-uint32_t TextColour(const EditorColourTable& colours, ColourRole role, bool high_contrast,
-                    uint32_t system_text);
+// The system's colours, 0x00BBGGRR.
+struct SystemColours {
+  bool high_contrast = false;
+  uint32_t text = 0, surface = 0xFFFFFF;
+};
+// The colour of such a text: the user's, or the system's own. In high contrast, and where it would be lost, a
+// colour that the user has not chosen gives way to the system's.
+uint32_t TextColour(const EditorColourTable& colours, ColourRole role, const SystemColours& system);
 
 // What the records of siblings say, as numbers by which they are known again when their records are built
 // anew: the same for the same record, whatever was added, deleted or moved around it. Equal siblings are told

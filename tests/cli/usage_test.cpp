@@ -164,6 +164,10 @@ TEST_F(Usage, TheWrongWordAndTheNearestRightOneAreNamed) {
        "error: --satellites: \"Angel\" is no key of this list; the nearest is \"angle\"\n"},
       {"sort @base.bin -o @x --carriers freq",
        "error: --carriers: \"freq\" is no key of this list; the nearest is \"frequency\"\n"},
+      {"import @r.json -o @x --format json --services tv --stream",
+       "error: --services: a csv or json document takes no option of lists\n"},
+      {"import @r.csv -o @x --format csv --work-dir @work",
+       "error: --work-dir: a csv or json document takes no option of lists\n"},
       {"save @base.bin -o @x --initials abcd",
        "error: --initials: \"abcd\" has more than three characters\n"},
       {"upload urt @x --port ''", "error: --port: \"\" names no port\n"},
@@ -248,9 +252,9 @@ TEST_F(Usage, VersionAndHelpAreResults) {
   EXPECT_THAT(version.output, testing::StartsWith("vexa " VEXA_VERSION "\nzlib "));
   EXPECT_EQ(version.errors, "");
   for (const std::string command :
-       {"info",     "check",      "save",       "sort",        "export",     "import",    "merge",
-        "ecf show", "ecf build",  "adb build",  "adb request", "adb decode", "urt build", "urt show",
-        "ports",    "upload adb", "upload sdb", "upload urt",  "download",   "loader"}) {
+       {"info",     "check",    "save",       "sort",       "export",      "import",     "merge",
+        "set",      "ecf show", "ecf build",  "adb build",  "adb request", "adb decode", "urt build",
+        "urt show", "ports",    "upload adb", "upload sdb", "upload urt",  "download",   "loader"}) {
     const ProgramResult help = Vexa(command + " --help");
     EXPECT_EQ(help.status, 0);
     // Every option that may be left out tells what holds then.
@@ -264,6 +268,9 @@ TEST_F(Usage, VersionAndHelpAreResults) {
       told += text.find("default") != text.npos && text.find("REQUIRED") == text.npos ? 1 : 0;
     }
     EXPECT_GE(told, options) << command << help.output;
+    // One that must be given has no default, however its value is kept.
+    EXPECT_THAT(help.output, testing::Not(testing::ContainsRegex("=[^ \n]*( [.][.][.])? REQUIRED")))
+        << command;
   }
   EXPECT_THAT(Vexa("download --help").output, HasSubstr("(default: 115200)"));
 }

@@ -104,7 +104,11 @@ class Help : public EditorTest {
     HWND focus = driver_->Focused();
     PressF1(IsChild(window, focus) ? focus : window);
     ExpectPage(page, picture + ", F1");
-    if (!GetDlgItem(window, IDHELP)) return;
+    wchar_t kind[16] = L"";
+    GetClassNameW(window, kind, 16);
+    const bool is_dialog = std::wstring_view(kind) == L"#32770";
+    EXPECT_EQ(GetDlgItem(window, IDHELP) != nullptr, is_dialog) << picture;
+    if (!is_dialog) return;
     Send(window, WM_COMMAND, IDHELP, reinterpret_cast<LPARAM>(GetDlgItem(window, IDHELP)));
     ExpectPage(page, picture + ", the button");
   }

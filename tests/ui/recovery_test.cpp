@@ -74,6 +74,15 @@ TEST_F(RecoveryWindow, AFailureLeavesAReportAndTheWork) {
   ExpectNothingOffered();
 }
 
+TEST_F(RecoveryWindow, AnEndThatTheUserDidNotAskForKeepsTheWork) {
+  StartAndChange();
+  PostMessageW(driver_->frame(), WM_QUIT, 0, 0);
+  EXPECT_TRUE(driver_->ExitCode());
+  EXPECT_EQ(Count(".recovery"), 1u);
+  ExpectOffered(IDCANCEL);
+  ExpectCleanEnd(*driver_);
+}
+
 TEST_F(RecoveryWindow, ThatWorkCannotBeKeptIsToldOnce) {
   Start({L"--test-mode"}, PutSample());
   const auto number = reinterpret_cast<UINT_PTR>(driver_->ActiveChild());

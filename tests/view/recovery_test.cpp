@@ -58,7 +58,6 @@ struct RecoveryTest : testing::Test {
     EXPECT_TRUE(recovery->Keep(2, 5, other, document));
     EXPECT_TRUE(recovery->Keep(3, 5, other, document));
     recovery->Forget(3);
-    recovery->LeaveBehind();
   }
   size_t FoldersLeft() const {
     std::vector<Path> names;
@@ -201,7 +200,7 @@ TEST_F(RecoveryTest, WhatCannotBeReadIsLeftAlone) {
 }
 
 TEST_F(RecoveryTest, OnlyAnotherStateIsWritten) {
-  const auto recovery = Start();
+  auto recovery = Start();
   const Path file = recovery->path() / "1.recovery";
   EXPECT_TRUE(recovery->Keep(1, 5, work, document));
   std::filesystem::remove(file);
@@ -213,6 +212,10 @@ TEST_F(RecoveryTest, OnlyAnotherStateIsWritten) {
   EXPECT_FALSE(std::filesystem::exists(file));
   EXPECT_TRUE(recovery->Keep(1, 6, work, document)) << "forgotten, and kept anew";
   EXPECT_TRUE(std::filesystem::exists(file));
+  recovery->End();
+  EXPECT_TRUE(std::filesystem::exists(file));
+  recovery.reset();
+  EXPECT_EQ(FoldersLeft(), 0u);
 }
 
 TEST_F(RecoveryTest, ThatNothingIsKeptIsToldOnceUntilItIsKeptAgain) {

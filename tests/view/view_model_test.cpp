@@ -103,15 +103,23 @@ TEST_F(ViewModel, ColoursTellWhatIsInUse) {
   EXPECT_EQ(IconOf(At({0, 1, 0, 0})), NodeIcon::kFactoryCarrier);
 }
 
-TEST_F(ViewModel, HighContrastKeepsTheColoursThatTheUserChose) {
-  constexpr uint32_t kSystem = 0xFFFFFF, kChosen = 0x123456;
+TEST_F(ViewModel, TheSystemsColourStandsInForOneThatTheUserDidNotChoose) {
+  constexpr uint32_t kText = 0xFEFEFE, kChosen = 0x123456, kWhite = 0xFFFFFF, kBlack = 0;
   EditorColourTable colours = DefaultColours();
   colours[static_cast<size_t>(ColourRole::kTvService)] = kChosen;
-  for (const bool high : {false, true}) {
-    EXPECT_EQ(TextColour(colours, ColourRole::kTvService, high, kSystem), kChosen);
-    EXPECT_EQ(TextColour(colours, ColourRole::kPlain, high, kSystem), kSystem);
-    EXPECT_EQ(TextColour(colours, ColourRole::kRadioService, high, kSystem),
-              high ? kSystem : colours[static_cast<size_t>(ColourRole::kRadioService)]);
+  const auto own = [&](ColourRole role) { return colours[static_cast<size_t>(role)]; };
+  for (const uint32_t surface : {kWhite, 0xC0C0C0u, kBlack, 0x303030u}) {
+    for (const bool high : {false, true}) {
+      const auto colour = [&](ColourRole role) { return TextColour(colours, role, {high, kText, surface}); };
+      const bool dark = surface < 0x808080;
+      EXPECT_EQ(colour(ColourRole::kTvService), kChosen);
+      EXPECT_EQ(colour(ColourRole::kPlain), kText);
+      EXPECT_EQ(colour(ColourRole::kActiveSatellite),
+                high || dark ? kText : own(ColourRole::kActiveSatellite));
+      EXPECT_EQ(colour(ColourRole::kInactiveCarrier),
+                high || dark ? kText : own(ColourRole::kInactiveCarrier));
+      EXPECT_EQ(colour(ColourRole::kInactiveFavourite), high ? kText : own(ColourRole::kInactiveFavourite));
+    }
   }
 }
 

@@ -16,8 +16,48 @@ struct OpenForm {
   Application& app;
   int id;  // of the dialog
   FormActions actions;
+  bool may_shrink = false;  // a smaller font can be tried
   Anchors anchors{};
 };
+
+constexpr INT_PTR kTooLarge = 10000;  // how a dialog ends that its screen does not hold
+constexpr WORD kSmallestFont = 5;     // points
+
+bool IsTooLarge(HWND dialog) {
+  MONITORINFO monitor{};
+  monitor.cbSize = sizeof monitor;
+  RECT own{};
+  if (!GetMonitorInfoW(MonitorFromWindow(dialog, MONITOR_DEFAULTTONEAREST), &monitor) ||
+      !GetWindowRect(dialog, &own))
+    return false;
+  const RECT& room = monitor.rcWork;
+  return own.bottom - own.top > room.bottom - room.top || own.right - own.left > room.right - room.left;
+}
+
+// A copy of the dialog's resource.
+std::vector<WORD> DialogTemplate(const Application& app, int id) {
+  HRSRC found = FindResourceW(app.instance, MAKEINTRESOURCEW(id), reinterpret_cast<LPCWSTR>(RT_DIALOG));
+  HGLOBAL loaded = found ? LoadResource(app.instance, found) : nullptr;
+  const auto* words = static_cast<const WORD*>(loaded ? LockResource(loaded) : nullptr);
+  if (!words) return {};
+  return {words, words + SizeofResource(app.instance, found) / sizeof(WORD)};
+}
+
+// Where the points of its font stand in the template of a DIALOGEX: behind the 13 words of its head, its menu
+// and class, each a number, a text or nothing, and its title.
+// https://learn.microsoft.com/windows/win32/dlgbox/dlgtemplateex
+WORD* FontPoints(std::vector<WORD>& dialog) {
+  size_t at = 13;
+  for (int part = 0; part < 3 && at < dialog.size(); ++part) {
+    if (dialog[at] == 0xFFFF) {
+      at += 2;
+      continue;
+    }
+    while (at < dialog.size() && dialog[at] != 0) ++at;
+    ++at;
+  }
+  return at < dialog.size() ? &dialog[at] : nullptr;
+}
 
 RECT PlaceOf(HWND dialog, HWND control) {
   RECT place{};
@@ -57,6 +97,10 @@ INT_PTR FormMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_INITDIALOG) {
     SetWindowLongPtrW(dialog, DWLP_USER, lparam);
     OpenForm& open = *reinterpret_cast<OpenForm*>(lparam);
+    if (open.may_shrink && IsTooLarge(dialog)) {
+      EndDialog(dialog, kTooLarge);
+      return TRUE;
+    }
     Form form{open.app, dialog};
     if (open.actions.open) open.actions.open(form);
     open.anchors = TakeAnchors(dialog, open.actions.anchors);
@@ -226,8 +270,15 @@ std::vector<std::string> NamesOfCodes(std::string (*name)(uint32_t), uint32_t co
 
 bool RunForm(Application& app, int id, FormActions actions) {
   OpenForm open{app, id, std::move(actions)};
-  const INT_PTR end = DialogBoxParamW(app.instance, MAKEINTRESOURCEW(id), OwnerWindow(app), FormProcedure,
-                                      reinterpret_cast<LPARAM>(&open));
+  std::vector<WORD> dialog = DialogTemplate(app, id);
+  WORD* points = FontPoints(dialog);
+  INT_PTR end = dialog.empty() ? -1 : kTooLarge;
+  while (end == kTooLarge) {
+    open.may_shrink = points && *points > kSmallestFont;
+    end = DialogBoxIndirectParamW(app.instance, reinterpret_cast<DLGTEMPLATE*>(dialog.data()),
+                                  OwnerWindow(app), FormProcedure, reinterpret_cast<LPARAM>(&open));
+    if (end == kTooLarge) --*points;
+  }
   if (end == -1) TellNoWindow(app, "Dialog");
   return end == IDOK;
 }

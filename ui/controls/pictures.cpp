@@ -1,5 +1,9 @@
 #include "ui/controls/pictures.h"
 
+#include <array>
+
+#include "view/legible.h"
+
 namespace vexa {
 
 namespace {
@@ -37,15 +41,33 @@ HBITMAP Enlarged(HBITMAP strip, int width, int height, int factor) {
   return large;
 }
 
+// The strips have palettes.
+void MakeLegible(HBITMAP strip, Surface surface) {
+  HDC memory = CreateCompatibleDC(nullptr);
+  HGDIOBJ old = SelectObject(memory, strip);
+  std::array<RGBQUAD, 256> colours{};
+  const UINT count = GetDIBColorTable(memory, 0, static_cast<UINT>(colours.size()), colours.data());
+  const COLORREF under = GetSysColor(surface.under), text = GetSysColor(surface.text);
+  for (RGBQUAD& colour : colours) {
+    const COLORREF shown = RGB(colour.rgbRed, colour.rgbGreen, colour.rgbBlue);
+    if (shown != kClear && IsLostOn(shown, under))
+      colour = {GetBValue(text), GetGValue(text), GetRValue(text), 0};
+  }
+  SetDIBColorTable(memory, 0, count, colours.data());
+  SelectObject(memory, old);
+  DeleteDC(memory);
+}
+
 }  // namespace
 
-HIMAGELIST LoadPictures(HINSTANCE instance, int strip, HWND window) {
+HIMAGELIST LoadPictures(HINSTANCE instance, int strip, HWND window, Surface surface) {
   const Scale scale = ScaleFor(Scaled(window, kPictureSizes[0]));
   const int side = kPictureSizes[scale.place] * scale.factor;
   auto bitmap = static_cast<HBITMAP>(
       LoadImageW(instance, MAKEINTRESOURCEW(strip + scale.place), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));
   BITMAP facts{};
   if (!bitmap || !GetObjectW(bitmap, sizeof facts, &facts)) return nullptr;
+  MakeLegible(bitmap, surface);
   HBITMAP enlarged = Enlarged(bitmap, facts.bmWidth, facts.bmHeight, scale.factor);
   HIMAGELIST pictures =
       ImageList_Create(side, side, ILC_COLOR24 | ILC_MASK, facts.bmWidth / facts.bmHeight, 0);

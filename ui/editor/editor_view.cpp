@@ -33,8 +33,8 @@ void RefreshPanel(EditorWindow& editor) {
 }
 
 COLORREF ColourOf(const EditorWindow& editor, const NodeRef& node) {
-  return TextColour(editor.app->colours, NodeColour(editor.document, node), HighContrast(),
-                    GetSysColor(COLOR_WINDOWTEXT));
+  return TextColour(editor.app->colours, NodeColour(editor.document, node),
+                    {HighContrast(), GetSysColor(COLOR_WINDOWTEXT), GetSysColor(COLOR_WINDOW)});
 }
 
 LRESULT DrawTree(EditorWindow& editor, NMTVCUSTOMDRAW& draw) {

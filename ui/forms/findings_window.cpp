@@ -5,6 +5,7 @@
 #include "core/messages.h"
 #include "ui/controls/guard.h"
 #include "ui/controls/help.h"
+#include "ui/controls/resource.h"
 #include "ui/controls/virtual_list.h"
 #include "ui/forms/options.h"
 #include "ui/forms/options_resource.h"
@@ -50,6 +51,8 @@ void GoTo(HWND dialog, FindingsWindow& window, bool focus) {
 }
 
 void Open(HWND dialog, FindingsWindow& window) {
+  SendMessageW(dialog, WM_SETICON, ICON_SMALL,
+               reinterpret_cast<LPARAM>(LoadIconW(window.app.instance, MAKEINTRESOURCEW(IDI_VEXA))));
   HWND list = GetDlgItem(dialog, IDC_FINDINGS_LIST);
   LVCOLUMNW column{};
   column.mask = LVCF_WIDTH;

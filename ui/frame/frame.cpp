@@ -115,11 +115,15 @@ void ShowStatusFont(Application& app) {
   RenewFont(app.status_font, app.frame, {app.status});
 }
 
+HIMAGELIST LoadTreePictures(const Application& app) {
+  return LoadPictures(app.instance, IDB_TREE, app.frame, {COLOR_WINDOW, COLOR_WINDOWTEXT});
+}
+
 bool StartFrame(Application& app) {
   if (!CreateClient(app) || !FindConfiguration(app) || !LoadSettings(app) || !CreateProgramFolder(app))
     return false;
   SetCurrentDirectoryW(ProgramFolder().c_str());
-  app.tree_pictures = LoadPictures(app.instance, IDB_TREE, app.frame);
+  app.tree_pictures = LoadTreePictures(app);
   if (!CreateToolbar(app)) return false;
   app.status = CreateWindowExW(0, STATUSCLASSNAMEW, nullptr, WS_CHILD | WS_VISIBLE | SBARS_SIZEGRIP, 0, 0, 0,
                                0, app.frame, nullptr, app.instance, nullptr);
@@ -235,22 +239,27 @@ void EndFrame(Application& app) {
     KeepFramePlace(app);
     SaveWindowSettings(app.settings, app.window);
     app.folder.reset();
+    if (app.recovery) app.recovery->End();
     app.recovery.reset();
   }
   // The bar on the frame goes with it; the others are destroyed by the entry point.
   SetMenu(app.frame, nullptr);
 }
 
-// Fonts, pictures and lengths follow the frame to a screen of another resolution; dialogs do so by
-// themselves.
-void ChangeResolution(Application& app, const RECT& place) {
+void RenewPictures(Application& app) {
   HIMAGELIST old = app.tree_pictures;
-  app.tree_pictures = LoadPictures(app.instance, IDB_TREE, app.frame);
+  app.tree_pictures = LoadTreePictures(app);
   ShowToolbarPictures(app);
-  ShowStatusFont(app);
   for (HWND child = GetWindow(app.client, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
     SendMessageW(child, WM_SETTINGCHANGE, 0, 0);
   if (old) ImageList_Destroy(old);
+}
+
+// Fonts, pictures and lengths follow the frame to a screen of another resolution; dialogs do so by
+// themselves.
+void ChangeResolution(Application& app, const RECT& place) {
+  RenewPictures(app);
+  ShowStatusFont(app);
   SetWindowPos(app.frame, nullptr, place.left, place.top, place.right - place.left, place.bottom - place.top,
                SWP_NOZORDER | SWP_NOACTIVATE);
   LayOut(app);
@@ -349,6 +358,7 @@ bool TakeOwnMessage(Application& app, UINT message) {
     case WM_SYSCOLORCHANGE:
       // Only top windows are told, and common controls keep colours until they are.
       EnumChildWindows(app.frame, PassOnColours, 0);
+      RenewPictures(app);
       return true;
     case WM_TIMER:
     case kTransferEnded:
@@ -510,6 +520,7 @@ int RunMessageLoop(Application& app) {
       return true;
     });
   }
+  KeepUnsavedWork(app);  // there is none when the user ended the program
   return static_cast<int>(message.wParam);
 }
 

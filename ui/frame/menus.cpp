@@ -209,7 +209,7 @@ void PrepareMenu(Application& app, HMENU menu) {
 
 void ShowToolbarPictures(Application& app) {
   HIMAGELIST old = app.toolbar_pictures;
-  app.toolbar_pictures = LoadPictures(app.instance, IDB_TOOLBAR, app.frame);
+  app.toolbar_pictures = LoadPictures(app.instance, IDB_TOOLBAR, app.frame, {COLOR_BTNFACE, COLOR_BTNTEXT});
   SendMessageW(app.toolbar, TB_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(app.toolbar_pictures));
   SendMessageW(app.toolbar, TB_SETBUTTONSIZE, 0,
                MAKELPARAM(Scaled(app.frame, kButtonWidth), Scaled(app.frame, kButtonHeight)));

@@ -163,7 +163,6 @@ void LeaveReport(const char* thrown, const EXCEPTION_POINTERS* failure) noexcept
     std::string text = thrown ? thrown + std::string("\n\n") : "";
     text += "Vexa Editor has failed and ends now.";
     if (app.recovery) {
-      app.recovery->LeaveBehind();
       const Path report = WriteReport(app.recovery->path().parent_path(), thrown, failure);
       if (!report.empty())
         text +=

@@ -268,6 +268,7 @@ void Command(TransferWindow& window, int id, int code) {
             StepUnderPointer(GetDlgItem(window.dialog, IDC_TRANSFER_LINE), window.strip));
   if (id == IDC_TRANSFER_SET && code == CBN_SELCHANGE && window.running == 0) ChooseSet(window);
   if ((id == IDC_TRANSFER_VERIFY || id == IDC_TRANSFER_COPY) && window.running == 0) KeepBoxes(window);
+  if (id == IDHELP) ShowHelp(window.app, HelpPage(IDD_TRANSFER));
   if (id == IDCANCEL && window.running == 0 && MayCancel(window)) EndTransfer(window);
 }
 
