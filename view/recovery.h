@@ -69,8 +69,8 @@ class Recovery {
   // Whether the user is to be told, after a round of Keep that went well or not, that nothing is kept: once,
   // until a round goes well. `may_tell`: a box can be shown; without it the telling waits for the next round.
   bool MustTell(bool kept, bool may_tell);
-  // What was kept is not wanted any more and goes with this object. Without this word all of it stays, however
-  // the program ends.
+  // What was kept is not wanted any more and goes with this object. Without this word all of it stays,
+  // however the program ends.
   void End() { folder_->LeaveBehind(false); }
   const Path& path() const { return folder_->path(); }
 
