@@ -222,6 +222,7 @@ TEST_F(Frame, AFileOfAnotherWindowIsNotSavedOver) {
   editor.Command(kCmdSaveAs);
   editor.ChooseFile("Save", path);
   editor.Answer(IDYES);  // the system's question about the existing file
+  EXPECT_TRUE(editor.Until("the file dialog to close", [&] { return editor.FindBox("Save") == nullptr; }));
   EXPECT_EQ(editor.Answer(IDOK), "This file is open in another window.");
   EXPECT_EQ(ReadWholeFile(path), before);
   EXPECT_EQ(editor.Title(editor.ActiveChild()), Utf8FromPath(other) + " *");

@@ -148,7 +148,7 @@ TEST_F(ReceiverLine, WhatTheReceiverHeldIsKeptAndGoesBack) {
   HWND box = driver_->Open(kCmdUploadAdb, "Transfer Data ( PC to STB )");
   EXPECT_FALSE(IsWindowVisible(GetDlgItem(box, IDC_TRANSFER_SET))) << "there are no sets";
   EXPECT_FALSE(Ticked(box, IDC_TRANSFER_COPY));
-  EXPECT_THAT(TabOrder(3), ElementsAre(IDC_TRANSFER_VERIFY, IDC_TRANSFER_COPY, IDCANCEL));
+  EXPECT_THAT(TabOrder(4), ElementsAre(IDHELP, IDC_TRANSFER_VERIFY, IDC_TRANSFER_COPY, IDCANCEL));
   driver_->Until("packets", [&] { return Send(GetDlgItem(box, IDC_TRANSFER_BAR), PBM_GETPOS) > 2; });
   Click(box, IDC_TRANSFER_COPY);
   EXPECT_TRUE(IsWindow(box)) << "the receiver is being written";
