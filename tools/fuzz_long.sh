@@ -3,8 +3,8 @@
 # that only what a target itself requires and what ends a program is found, at ten and more times the executions. Two
 # targets at a time, in turns, those furthest behind first, until each has run 100 million executions in all or the time
 # is over. Usage: tools/fuzz_long.sh SECONDS [TARGET...]. Prints the executions of each target, over all its runs, as
-# tests/fuzz/README.md keeps them. The time for one input is long, as everything else goes first. Of the inputs that it made, in build/fuzz-corpus, it packs those that show all ways
-# through the code into tests/fuzz/grown.
+# tests/fuzz/README.md keeps them. The time for one input is long, as everything else goes first. Of the inputs that it made,
+# in build/fuzz-corpus, it packs those that show all ways through the code into tests/fuzz/grown.
 set -eu -o pipefail
 cd "$(dirname "$0")/.."
 seconds=$1
