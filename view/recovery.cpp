@@ -164,7 +164,7 @@ std::optional<RecoveredWork> ReadRecovery(std::span<const uint8_t> file) {
     return std::nullopt;
   recovered.work.kept = *kept;
   Document& document = recovered.document;
-  OpenBinBytes(Silent(), file, document);
+  OpenBinBytes(Silent(), file, document);  // when it fails, the document is not read whole
   if (!document.read_whole || !CutTables(*tables, document) || !ReadNames(*page, document) ||
       !ReadSettings(*settings, document))
     return std::nullopt;
