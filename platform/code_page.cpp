@@ -1,6 +1,8 @@
 #include "platform/code_page.h"
 
 #include <algorithm>
+#include <iterator>
+#include <mutex>
 
 #include "platform/text.h"
 
@@ -20,23 +22,23 @@ constexpr PageName kPages[] = {{"Windows-1250", "CP1250", 1250},     {"Windows-1
                                {"ISO 8859-5", "ISO-8859-5", 28595},  {"ISO 8859-9", "ISO-8859-9", 28599},
                                {"ISO 8859-15", "ISO-8859-15", 28605}};
 
-std::vector<CodePage> LoadPages() {
-  std::vector<CodePage> pages;
-  for (const PageName& page : kPages) {
-    pages.push_back({page.name, SystemCodePage(page.windows_number, page.system_name)});
-    auto& characters = pages.back().characters;
-    for (size_t byte = 0; byte < characters.size(); ++byte) {
-      const bool private_use = characters[byte] >= 0xE000 && characters[byte] <= 0xF8FF;
-      if (characters[byte] == kReplacementCharacter || private_use)
-        characters[byte] = static_cast<char32_t>(byte);
-    }
+CodePage LoadPage(const PageName& page) {
+  CodePage loaded{page.name, SystemCodePage(page.windows_number, page.system_name)};
+  for (size_t byte = 0; byte < loaded.characters.size(); ++byte) {
+    char32_t& character = loaded.characters[byte];
+    const bool private_use = character >= 0xE000 && character <= 0xF8FF;
+    if (character == kReplacementCharacter || private_use) character = static_cast<char32_t>(byte);
   }
-  return pages;
+  return loaded;
 }
 
-const std::vector<CodePage>& Pages() {
-  static const std::vector<CodePage> pages = LoadPages();
-  return pages;
+// A page once somebody asks for it: the system takes longer to find all than a small database to open.
+const CodePage& PageAt(size_t number) {
+  static std::mutex loading;
+  static std::array<std::optional<CodePage>, std::size(kPages)> pages;
+  const std::lock_guard lock(loading);
+  if (!pages[number]) pages[number] = LoadPage(kPages[number]);
+  return *pages[number];
 }
 
 std::string Folded(std::string_view name) {
@@ -57,8 +59,9 @@ int ByteOf(const CodePage& page, char32_t c) {
 }  // namespace
 
 const CodePage* FindCodePage(std::string_view name) {
-  for (const CodePage& page : Pages()) {
-    if (Folded(page.name) == Folded(name)) return &page;
+  const std::string folded = Folded(name);
+  for (size_t i = 0; i < std::size(kPages); ++i) {
+    if (Folded(kPages[i].name) == folded) return &PageAt(i);
   }
   return nullptr;
 }

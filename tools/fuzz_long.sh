@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Fuzzes for a long time, built for speed: without the sanitizers and the guidance by comparisons that ./test fuzz has, so
-# that only what a target itself requires and what ends a program is found, at ten and more times the executions. Two
-# targets at a time, in turns, those furthest behind first, until each has run 100 million executions in all or the time
-# is over. Usage: tools/fuzz_long.sh SECONDS [TARGET...]. Prints the executions of each target, over all its runs, as
-# tests/fuzz/README.md keeps them. The time for one input is long, as everything else goes first. Of the inputs that it made,
-# in build/fuzz-corpus, it packs those that show all ways through the code into tests/fuzz/grown.
+# that only what a target itself requires and what ends a program is found, at ten and more times the executions. What steers
+# it is which ways through the code an input takes, not how often. Two targets at a time, in turns, those furthest behind
+# first, until each has run 100 million executions in all or the time is over. Usage: tools/fuzz_long.sh SECONDS [TARGET...].
+# Prints the executions of each target, over all its runs, as tests/fuzz/README.md keeps them. The time for one input is long,
+# as everything else goes first. Of the inputs that it made, in build/fuzz-corpus, it packs those that show all ways through
+# the code into tests/fuzz/grown.
 set -eu -o pipefail
 cd "$(dirname "$0")/.."
 seconds=$1
@@ -32,7 +33,7 @@ done
 one_turn() {
   local name=$1 ran
   "build/fuzz/$name" -max_total_time="$turn" -runs=$((wanted - $(cat "$counts/$name"))) -timeout=60 -rss_limit_mb=3000 \
-    -max_len=512 -entropic=0 -print_final_stats=1 -verbosity=0 -reload=0 -artifact_prefix="build/$name-" "build/fuzz-corpus/$name" \
+    -max_len=512 -entropic=0 -reduce_inputs=0 -use_counters=0 -print_final_stats=1 -verbosity=0 -reload=0 -artifact_prefix="build/$name-" "build/fuzz-corpus/$name" \
     "tests/fuzz/corpus/${name%_fuzz}" >"build/$name.long.log" 2>&1 || { echo "FAILED: $name, see build/$name.long.log"; return 1; }
   ran=$(sed -n 's/^stat::number_of_executed_units: *//p' "build/$name.long.log")
   echo $(($(cat "$counts/$name") + ran)) >"$counts/$name"
