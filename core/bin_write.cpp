@@ -319,13 +319,6 @@ bool WritePayload(const Context& context, const ContainerPlan& plan, const BinVe
   return going && write(out.bytes());
 }
 
-PieceWriter AppendingTo(Bytes& bytes) {
-  return [&](std::span<const uint8_t> piece) {
-    bytes.insert(bytes.end(), piece.begin(), piece.end());
-    return true;
-  };
-}
-
 // The prepared container with its payload compressed. Nothing after a message.
 std::optional<Bytes> PackContainer(const Context& context, const ContainerPlan& plan,
                                    const BinVersion& version) {

@@ -14,9 +14,14 @@ uint8_t* PutBig(uint8_t* out, size_t value, int count) {
   return out;
 }
 
-// The sum that stands behind the payload.
+// The sum that stands behind the payload. Parts of 256 bytes, whose sum fits 16 bits, take a fraction of the
+// time.
 uint32_t FrameSum(std::span<const uint8_t> payload) {
-  return std::accumulate(payload.begin(), payload.end(), uint32_t{0});
+  constexpr ptrdiff_t kPart = 256;
+  uint32_t sum = 0;
+  auto at = payload.begin();
+  for (; payload.end() - at >= kPart; at += kPart) sum += std::accumulate(at, at + kPart, uint16_t{0});
+  return std::accumulate(at, payload.end(), sum);
 }
 
 }  // namespace

@@ -21,11 +21,10 @@ constexpr size_t kPacketHeader = 12;
 // A block of the image. The first `stored` of its `length` bytes are stored ones, the others fill or header.
 struct Block {
   uint64_t offset = 0;
-  uint32_t length = 0, packets = 0, crc = 0, stored = 0, stored_crc = 0;
+  uint32_t length = 0, packets = 0, crc = 0, stored = 0;
 };
 
-// The stored bytes, in memory or in a file. They are gone through twice, block by block: for the CRCs, which
-// stand first in the URT file, and for the packets.
+// The stored bytes, in memory or in a file, read once and in their order.
 struct ImageSource {
   uint64_t size = 0;
   // Nothing when they cannot be read.
@@ -54,7 +53,10 @@ struct Prepared {
   Bytes compressed;  // what `stored` takes from when the image was compressed
   Bytes tail;
   std::vector<Block> blocks;
-  bool read_failed = false;  // while it was written
+  uint32_t stored_crc = kCrcStart;  // of the stored bytes that were taken
+  // The header at the end of the tail, of the CRC of all stored bytes; empty: there is none.
+  std::function<Bytes(uint32_t stored_crc)> header;
+  bool read_failed = false;
 
   uint64_t size() const { return stored.size + tail.size(); }
   // `length` bytes of the fill and header that are in the block, from its byte `offset` on.
@@ -147,28 +149,18 @@ Bytes PlainHeader(const ConversionParameters& parameters, const ImageDescription
   return std::move(header.bytes());
 }
 
-// Cuts `size` bytes into blocks. Each gets the CRC of its stored bytes; joined they make the CRC of all
-// stored bytes. False when those cannot be read.
-bool CutBlocks(const ConversionParameters& parameters, uint64_t size, Prepared& prepared,
-               uint32_t& stored_crc) {
-  const ImageSource& source = prepared.stored;
-  stored_crc = kCrcStart;
+// Cuts `size` bytes into blocks.
+void CutBlocks(const ConversionParameters& parameters, uint64_t size, Prepared& prepared) {
+  const uint64_t stored = prepared.stored.size;
   for (uint64_t offset = 0; offset < size; offset += parameters.block_size) {
     Block block;
     block.offset = offset;
     block.length = static_cast<uint32_t>(std::min<uint64_t>(parameters.block_size, size - offset));
     block.packets = (block.length + parameters.packet_size - 1) / parameters.packet_size;
-    block.crc = kCrcStart;
-    if (offset < source.size) {
-      block.stored = static_cast<uint32_t>(std::min<uint64_t>(block.length, source.size - offset));
-      const auto bytes = source.take(offset, block.stored);
-      if (!bytes) return false;
-      block.crc = block.stored_crc = Crc32Mpeg2(*bytes);
-      stored_crc = JoinCrc32Mpeg2(stored_crc, block.crc, block.stored);
-    }
+    if (offset < stored)
+      block.stored = static_cast<uint32_t>(std::min<uint64_t>(block.length, stored - offset));
     prepared.blocks.push_back(block);
   }
-  return true;
 }
 
 // Fill, header and blocks around what is stored of an image of `size` bytes.
@@ -184,19 +176,35 @@ ConversionResult PrepareImage(const Context& context, const ConversionParameters
   const uint64_t open_size = stored + room.header;
   const uint64_t fill = room.open ? 4 - open_size % 4 : space - room.header - stored;
   prepared.space = room.open ? open_size + fill : space;
-  uint32_t stored_crc = 0;
-  if (!CutBlocks(parameters, stored + fill + room.header, prepared, stored_crc))
-    return ConversionResult::kReadFailed;
-  prepared.tail.assign(static_cast<size_t>(fill), 0xFF);
+  CutBlocks(parameters, stored + fill + room.header, prepared);
+  prepared.tail.assign(static_cast<size_t>(fill + room.header), 0xFF);
   if (room.header != 0) {
-    Bytes header = PlainHeader(parameters, description, room.open, size, stored, stored_crc, fill);
-    Rc4(header, kImageHeaderKey);
-    prepared.tail.insert(prepared.tail.end(), header.begin(), header.end());
-  }
-  for (Block& block : prepared.blocks) {
-    block.crc = Crc32Mpeg2(prepared.Tail(block, block.stored, block.length - block.stored), block.crc);
+    prepared.header = [&parameters, &description, open = room.open, size, stored, fill](uint32_t crc) {
+      Bytes header = PlainHeader(parameters, description, open, size, stored, crc, fill);
+      Rc4(header, kImageHeaderKey);
+      return header;
+    };
   }
   return ConversionResult::kDone;
+}
+
+// The stored bytes of the block, and its CRC. Blocks are taken in their order: once all stored bytes are, the
+// header is there. False when they cannot be read.
+bool TakeBlock(Prepared& prepared, Block& block, std::span<const uint8_t>& stored) {
+  if (block.stored != 0) {
+    const auto bytes = prepared.stored.take(block.offset, block.stored);
+    prepared.read_failed = !bytes;
+    if (!bytes) return false;
+    stored = *bytes;
+  }
+  block.crc = Crc32Mpeg2(stored);
+  prepared.stored_crc = JoinCrc32Mpeg2(prepared.stored_crc, block.crc, block.stored);
+  if (block.offset + block.stored >= prepared.stored.size && prepared.header) {
+    const Bytes header = std::exchange(prepared.header, nullptr)(prepared.stored_crc);
+    std::ranges::copy(header, prepared.tail.end() - static_cast<ptrdiff_t>(header.size()));
+  }
+  block.crc = Crc32Mpeg2(prepared.Tail(block, block.stored, block.length - block.stored), block.crc);
+  return true;
 }
 
 Bytes DescriptionBody(const ConversionParameters& parameters, const ImageDescription& description,
@@ -223,7 +231,6 @@ Bytes DescriptionBody(const ConversionParameters& parameters, const ImageDescrip
   body.U32Big(RoomOfImage(description.type, description.flag).open ? kNoAddress : description.start);
   body.U32Big(description.end);
   body.U24Big(count);
-  uint32_t image_crc = kCrcStart;
   for (const Block& block : prepared.blocks) {
     body.U32Big(static_cast<uint32_t>(block.offset));
     body.U8(block.packets & 0xFF);
@@ -231,9 +238,8 @@ Bytes DescriptionBody(const ConversionParameters& parameters, const ImageDescrip
     body.U8(parameters.packet_size >> 8 & 15);
     body.U8(parameters.packet_size & 0xFF);
     body.U32Big(block.crc);
-    image_crc = JoinCrc32Mpeg2(image_crc, block.crc, block.length);
   }
-  body.U32Big(image_crc);
+  body.U32Big(Crc32Mpeg2(prepared.tail, prepared.stored_crc));
   return std::move(body.bytes());
 }
 
@@ -264,15 +270,9 @@ class FrameWriter {
 
 bool AppendPackets(const ConversionParameters& parameters, Prepared& prepared, uint32_t index,
                    FrameWriter& writer) {
-  const Block& block = prepared.blocks[index];
+  Block& block = prepared.blocks[index];
   std::span<const uint8_t> stored;
-  if (block.stored != 0) {
-    const auto bytes = prepared.stored.take(block.offset, block.stored);
-    // Someone may have written to the file since its CRCs were taken.
-    prepared.read_failed = !bytes || Crc32Mpeg2(*bytes) != block.stored_crc;
-    if (prepared.read_failed) return false;
-    stored = *bytes;
-  }
+  if (!TakeBlock(prepared, block, stored)) return false;
   for (uint32_t packet = 0; packet < block.packets; ++packet) {
     const uint32_t offset = packet * parameters.packet_size;
     const uint32_t length = std::min(parameters.packet_size, block.length - offset);
@@ -312,13 +312,16 @@ Bytes FileStart(const Bytes& body, uint64_t packets) {
 
 bool WriteUrt(const ConversionParameters& parameters, const ImageDescription& description, Prepared& prepared,
               const PieceWriter& write) {
-  const Bytes start = FileStart(DescriptionBody(parameters, description, prepared), PacketsOf(prepared));
+  const auto start = [&] {
+    return FileStart(DescriptionBody(parameters, description, prepared), PacketsOf(prepared));
+  };
   FrameWriter writer(write);
-  if (!write(start)) return false;
+  // The CRCs in the description are known behind the packets: until then it holds its place.
+  if (!write(start())) return false;
   for (uint32_t index = 0; index < prepared.blocks.size(); ++index) {
     if (!AppendPackets(parameters, prepared, index, writer)) return false;
   }
-  return writer.Flush();
+  return writer.Flush() && write.replace_start(start());
 }
 
 // What can be told before any byte of an image of `size` bytes is read. False after a message.
@@ -402,16 +405,13 @@ ConversionResult BuildUrt(const Context& context, const ConversionParameters& pa
   const uint64_t packets = PacketsOf(prepared) * (kFrameOverhead + kPacketHeader);
   urt.reserve(static_cast<size_t>(prepared.size() + packets + prepared.blocks.size() * 14 +
                                   description.name.size() + 64));
-  WriteUrt(parameters, description, prepared, [&urt](std::span<const uint8_t> piece) {
-    urt.insert(urt.end(), piece.begin(), piece.end());
-    return true;
-  });
+  WriteUrt(parameters, description, prepared, AppendingTo(urt));
   return ConversionResult::kDone;
 }
 
 ConversionResult ConvertToUrt(const Context& context, const ConversionParameters& parameters,
                               const ImageDescription& description, const Path& input, const Path& output) {
-  // Compression wants the image whole, and what is no regular file can be read once only.
+  // Compression wants the image whole.
   std::optional<FileReader> reader;
   Bytes image;
   if (!IsCompressed(parameters, description)) reader = OpenFileReader(input);
@@ -429,16 +429,15 @@ ConversionResult ConvertToUrt(const Context& context, const ConversionParameters
   Prepared prepared;
   const auto result = Prepare(About(context, Utf8FromPath(input)), parameters, description,
                               reader ? FileSource(*reader) : MemorySource(image), image, prepared);
-  const auto reading_failed = [&] {
-    return ConversionResult(ConversionResult::kReadFailed,
-                            ReadReason(input, reader ? reader->error : std::error_code()));
-  };
-  if (result == ConversionResult::kReadFailed) return reading_failed();
   if (result != ConversionResult::kDone) return result;
   ConversionResult failed = ConversionResult::kReadFailed;
   const auto produce = [&](const PieceWriter& write) {
-    const bool done = WriteUrt(parameters, description, prepared, write);
-    failed = reading_failed();
+    Bytes urt;
+    const bool done = write.replace_start
+                          ? WriteUrt(parameters, description, prepared, write)
+                          : WriteUrt(parameters, description, prepared, AppendingTo(urt)) && write(urt);
+    failed = ConversionResult(ConversionResult::kReadFailed,
+                              ReadReason(input, reader ? reader->error : std::error_code()));
     reader.reset();  // the output may take its place
     return done;
   };

@@ -135,17 +135,25 @@ bool IsReadOnly(const fs::file_status& status) {
 
 // Creates the file and fills it; it is closed in every case. A failure of `produce` itself has no error of
 // the system.
-WriteResult Fill(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
+WriteResult Fill(const Path& path, bool device, const std::function<bool(const PieceWriter&)>& produce,
                  const FileOperations& files) {
   const Made<std::FILE*> file = files.create(path);
   if (!file) return {WriteResult::kCannotCreate, file.error};
   bool done = false;
   Outcome written;
+  const auto append = [&](std::span<const uint8_t> piece) {
+    written = files.write(file.value, piece);
+    return written.done;
+  };
+  std::function<bool(std::span<const uint8_t>)> replace_start = [&](std::span<const uint8_t> piece) {
+    ForgetFileErrors();
+    if (std::fseek(file.value, 0, SEEK_SET) == 0) return append(piece);
+    written = LastFileError();
+    return false;
+  };
   try {
-    done = produce([&](std::span<const uint8_t> piece) {
-      written = files.write(file.value, piece);
-      return written.done;
-    });
+    if (device) replace_start = nullptr;
+    done = produce({append, replace_start});
   } catch (...) {
     files.finish(file.value);
     throw;
@@ -194,12 +202,12 @@ WriteResult Stage(const Path& path, const std::function<bool(const PieceWriter&)
   const auto before = fs::status(path, error);
   if (const auto refusal = RefusalOf(path, before)) return {WriteResult::kCannotCreate, refusal};
   // A device or a pipe takes the content as it comes; nothing may take its place.
-  if (fs::exists(before) && !fs::is_regular_file(before)) return Fill(path, produce, files);
+  if (fs::exists(before) && !fs::is_regular_file(before)) return Fill(path, true, produce, files);
   staged.target = FollowLinks(path);  // the file that a link names is replaced, and not the link
   RemoveAbandonedBeside(staged.target);
   staged.scratch = ScratchBeside(staged.target);
   if (staged.scratch.path.empty()) return {WriteResult::kCannotCreate, staged.scratch.error};
-  const WriteResult filled = Fill(staged.scratch.path, produce, files);
+  const WriteResult filled = Fill(staged.scratch.path, false, produce, files);
   if (filled == WriteResult::kDone && fs::is_regular_file(before))
     fs::permissions(staged.scratch.path, before.permissions(), error);
   return filled;
@@ -342,6 +350,17 @@ std::optional<Bytes> ReadWholeFile(const Path& path, uint64_t limit) {
 WriteResult WriteWholeFile(const Path& path, std::span<const uint8_t> content, const FileOperations& files) {
   return WriteWholeFileBy(
       path, [&](const PieceWriter& write) { return write(content); }, files);
+}
+
+PieceWriter AppendingTo(Bytes& bytes) {
+  return {[&](std::span<const uint8_t> piece) {
+            bytes.insert(bytes.end(), piece.begin(), piece.end());
+            return true;
+          },
+          [&](std::span<const uint8_t> piece) {
+            std::ranges::copy(piece, bytes.begin());
+            return true;
+          }};
 }
 
 WriteResult WriteWholeFileBy(const Path& path, const std::function<bool(const PieceWriter&)>& produce,

@@ -83,9 +83,20 @@ ReadResult ReadFileStart(const Path& path, size_t count, std::string& start);
 WriteResult WriteWholeFile(const Path& path, std::span<const uint8_t> content,
                            const FileOperations& files = SystemFiles());
 
-// The same for content that is made piece by piece: `produce` hands each piece to its argument and gives back
-// false as soon as that does.
-using PieceWriter = std::function<bool(std::span<const uint8_t>)>;
+// Where content goes that is made piece by piece; false when that failed.
+struct PieceWriter {
+  std::function<bool(std::span<const uint8_t>)> append;
+  // Puts a piece in the place of as many of the first bytes; nothing is written behind it. Empty for a device
+  // or a pipe, which take the content as it comes.
+  std::function<bool(std::span<const uint8_t>)> replace_start;
+
+  bool operator()(std::span<const uint8_t> piece) const { return append(piece); }
+};
+// Behind what `bytes`, which outlive it, hold.
+PieceWriter AppendingTo(Bytes& bytes);
+
+// The same for content in pieces: `produce` hands them to its argument and gives back false as soon as that
+// does.
 WriteResult WriteWholeFileBy(const Path& path, const std::function<bool(const PieceWriter&)>& produce,
                              const FileOperations& files = SystemFiles());
 

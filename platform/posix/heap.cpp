@@ -18,8 +18,8 @@ void PrepareHeap() {
   mallopt(M_TRIM_THRESHOLD, 2 * kReserve);
   mallopt(M_TOP_PAD, kReserve);
   const auto first = (reinterpret_cast<uintptr_t>(sbrk(0)) + kLargePage - 1) / kLargePage * kLargePage;
-  // More than is left, so that the heap takes its reserve, and little: a page that is in use is never part of a
-  // large one.
+  // More than is left, so that the heap takes its reserve, and little: a page that is in use is never part of
+  // a large one.
   void* volatile block = std::malloc(160 << 10);
   std::free(block);
   const auto end = reinterpret_cast<uintptr_t>(sbrk(0));
