@@ -53,7 +53,7 @@ struct Prepared {
   Bytes compressed;  // what `stored` takes from when the image was compressed
   Bytes tail;
   std::vector<Block> blocks;
-  uint32_t stored_crc = kCrcStart;  // of the stored bytes that were taken
+  uint32_t stored_crc = kCrcStart, crc = kCrcStart;  // of the stored bytes, and of all, that were taken
   // The header at the end of the tail, of the CRC of all stored bytes; empty: there is none.
   std::function<Bytes(uint32_t stored_crc)> header;
   bool read_failed = false;
@@ -204,6 +204,7 @@ bool TakeBlock(Prepared& prepared, Block& block, std::span<const uint8_t>& store
     std::ranges::copy(header, prepared.tail.end() - static_cast<ptrdiff_t>(header.size()));
   }
   block.crc = Crc32Mpeg2(prepared.Tail(block, block.stored, block.length - block.stored), block.crc);
+  prepared.crc = JoinCrc32Mpeg2(prepared.crc, block.crc, block.length);
   return true;
 }
 
@@ -239,7 +240,7 @@ Bytes DescriptionBody(const ConversionParameters& parameters, const ImageDescrip
     body.U8(parameters.packet_size & 0xFF);
     body.U32Big(block.crc);
   }
-  body.U32Big(Crc32Mpeg2(prepared.tail, prepared.stored_crc));
+  body.U32Big(prepared.crc);
   return std::move(body.bytes());
 }
 
@@ -411,7 +412,7 @@ ConversionResult BuildUrt(const Context& context, const ConversionParameters& pa
 
 ConversionResult ConvertToUrt(const Context& context, const ConversionParameters& parameters,
                               const ImageDescription& description, const Path& input, const Path& output) {
-  // Compression wants the image whole.
+  // Compression wants the image whole; what is no regular file has no size before it is read.
   std::optional<FileReader> reader;
   Bytes image;
   if (!IsCompressed(parameters, description)) reader = OpenFileReader(input);

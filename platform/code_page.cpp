@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
-#include <mutex>
+#include <utility>
 
 #include "platform/text.h"
 
@@ -32,13 +32,17 @@ CodePage LoadPage(const PageName& page) {
   return loaded;
 }
 
-// A page once somebody asks for it: the system takes longer to find all than a small database to open.
-const CodePage& PageAt(size_t number) {
-  static std::mutex loading;
-  static std::array<std::optional<CodePage>, std::size(kPages)> pages;
-  const std::lock_guard lock(loading);
-  if (!pages[number]) pages[number] = LoadPage(kPages[number]);
-  return *pages[number];
+// Loaded once somebody asks for it: the system takes longer to find all pages than a small database to open.
+template <size_t kNumber>
+const CodePage& Page() {
+  static const CodePage page = LoadPage(kPages[kNumber]);
+  return page;
+}
+
+template <size_t... kNumbers>
+const CodePage& PageAt(size_t number, std::index_sequence<kNumbers...>) {
+  constexpr const CodePage& (*kLoaded[])() = {Page<kNumbers>...};
+  return kLoaded[number]();
 }
 
 std::string Folded(std::string_view name) {
@@ -61,7 +65,7 @@ int ByteOf(const CodePage& page, char32_t c) {
 const CodePage* FindCodePage(std::string_view name) {
   const std::string folded = Folded(name);
   for (size_t i = 0; i < std::size(kPages); ++i) {
-    if (Folded(kPages[i].name) == folded) return &PageAt(i);
+    if (Folded(kPages[i].name) == folded) return &PageAt(i, std::make_index_sequence<std::size(kPages)>());
   }
   return nullptr;
 }

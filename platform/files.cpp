@@ -145,15 +145,17 @@ WriteResult Fill(const Path& path, bool device, const std::function<bool(const P
     written = files.write(file.value, piece);
     return written.done;
   };
-  std::function<bool(std::span<const uint8_t>)> replace_start = [&](std::span<const uint8_t> piece) {
+  const auto replace_start = [&](std::span<const uint8_t> piece) {
     ForgetFileErrors();
-    if (std::fseek(file.value, 0, SEEK_SET) == 0) return append(piece);
+    // Some systems forget, as they seek, what they could not flush.
+    if (std::fflush(file.value) == 0 && std::fseek(file.value, 0, SEEK_SET) == 0) return append(piece);
     written = LastFileError();
     return false;
   };
   try {
-    if (device) replace_start = nullptr;
-    done = produce({append, replace_start});
+    PieceWriter writer{append, nullptr};
+    if (!device) writer.replace_start = replace_start;
+    done = produce(writer);
   } catch (...) {
     files.finish(file.value);
     throw;
@@ -357,8 +359,8 @@ PieceWriter AppendingTo(Bytes& bytes) {
             bytes.insert(bytes.end(), piece.begin(), piece.end());
             return true;
           },
-          [&](std::span<const uint8_t> piece) {
-            std::ranges::copy(piece, bytes.begin());
+          [&, start = bytes.size()](std::span<const uint8_t> piece) {
+            std::ranges::copy(piece, bytes.begin() + static_cast<ptrdiff_t>(start));
             return true;
           }};
 }
