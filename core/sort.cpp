@@ -202,15 +202,24 @@ bool SortSdbs(const Messages& messages, Document& document, const std::vector<si
 
 std::optional<uint64_t> SortToFile(const Context& context, const Document& document,
                                    const std::vector<size_t>& sdbs, const SortOptions& options,
-                                   const Path& path, const BinVersion& version) {
+                                   const Path& path, const BinVersion& version,
+                                   const BinSelection& selected) {
   Document copy = CopyDocument(document);
   if (!SortSdbs(context.messages, copy, sdbs, options)) return std::nullopt;
   Context silent = context;  // the failure has one text of its own
   std::string why;
   silent.messages.tell = [&why](const Message& message) { why = message.detail; };
-  const auto size = SaveBin(silent, copy, path, version);
+  const auto size = SaveBin(silent, copy, path, version, selected);
   if (!size) TellWhy(context.messages, Icon::kStop, why, "Save as operation failed!!.");
   return size;
+}
+
+std::optional<uint64_t> SortToSeparateFile(const Context& context, const Document& document,
+                                           const std::vector<size_t>& sdbs, const SortOptions& options,
+                                           const Path& path, const BinVersion& version) {
+  BinSelection sorted{0, 0};
+  for (const size_t sdb : sdbs) sorted.sdbs |= 1u << sdb;
+  return SortToFile(context, document, sdbs, options, path, version, sorted);
 }
 
 Document CopyDocument(const Document& document) {
@@ -222,6 +231,7 @@ Document CopyDocument(const Document& document) {
   copy.compress_payload = document.compress_payload;
   copy.compress_ubis = document.compress_ubis;
   copy.settings_block = document.settings_block;
+  copy.names = document.names;
   return copy;
 }
 

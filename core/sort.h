@@ -43,11 +43,16 @@ bool SortSdbs(const Messages& messages, Document& document, const std::vector<si
               const SortOptions& options);
 // Sorts one SDB, also one without satellites.
 void SortDatabase(StaticDatabase& database, const SortOptions& options);
-// Sorts a copy and saves it whole; the document stays as it is. The size of the file, for CheckBinSize;
-// nothing after a message.
+// Sorts a copy and saves what is `selected` of it, all without a word; the document stays as it is. The size
+// of the file, for CheckBinSize; nothing after a message.
 std::optional<uint64_t> SortToFile(const Context& context, const Document& document,
                                    const std::vector<size_t>& sdbs, const SortOptions& options,
-                                   const Path& path, const BinVersion& version = {});
+                                   const Path& path, const BinVersion& version = {},
+                                   const BinSelection& selected = {});
+// The same with the sorted SDBs alone in the file.
+std::optional<uint64_t> SortToSeparateFile(const Context& context, const Document& document,
+                                           const std::vector<size_t>& sdbs, const SortOptions& options,
+                                           const Path& path, const BinVersion& version = {});
 
 // Content, flags and slots; the copy shares nothing with the document and counts as read whole.
 Document CopyDocument(const Document& document);

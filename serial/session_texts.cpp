@@ -1,5 +1,5 @@
 // What a transfer's session says of itself.
-#include "platform/text.h"
+#include "core/field_texts.h"
 #include "serial/session.h"
 #include "serial/verdict.h"
 
@@ -52,8 +52,8 @@ std::string TransferStatusLine(TransferSession& session) {
 
 std::string UploadSubject(const Document& document, const BinSelection& selection, TransferJob job) {
   std::string names;
-  const auto add = [&names](const std::string& name) {
-    names += (names.empty() ? "\"" : ", \"") + Utf8FromLatin(name) + "\"";
+  const auto add = [&](const std::string& name) {
+    names += (names.empty() ? "\"" : ", \"") + NameText(document, name) + "\"";
   };
   for (size_t i = 0; i < document.sdbs.size(); ++i) {
     if (i < 32 && (selection.sdbs >> i & 1) != 0) add(document.sdbs[i].name);

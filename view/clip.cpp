@@ -405,7 +405,7 @@ std::string TextOfNodes(const Document& document, const std::vector<NodeRef>& ro
   const StaticDatabase& database = *document.sdbs[rows[0].sdb].database;
   std::string text;
   bool head = true;
-  for (const CsvRow& row : ParseCsv(TableOfSdb(database, *kind, Windows1252()))) {
+  for (const CsvRow& row : ParseCsv(TableOfSdb(database, *kind, NamesPage(document)))) {
     std::string key;
     for (const size_t column : KeyColumns(*kind)) key += (key.empty() ? "" : "/") + row.cells[column];
     if (head || chosen.contains(key)) AppendTabbedRow(text, row.cells);

@@ -185,5 +185,27 @@ TEST(Sort, SortedFileLeavesTheDocumentAlone) {
   EXPECT_EQ(sorted.sdbs[0].database->lnbs[1].frequency1, 1234u);
 }
 
+TEST(Sort, ASeparateFileHoldsTheSortedSdbsAlone) {
+  Recorder recorder;
+  Document document;
+  for (const char* name : {"ONE", "TWO", "SIX"}) AppendSdb(document, name);
+  document.ubis.push_back({"UBI1", {}});
+  for (const size_t sdb : {1, 2}) {
+    StaticDatabase& database = *document.sdbs[sdb].database;
+    database.lnb_count = 1;
+    for (const char* name : {"B", "A"}) AddTestSatellite(database, name);
+  }
+  const SortOptions options{{{SatelliteKey::kName}, false}, {}, {}};
+  const Path path = recorder.context.temporary_folder / "sorted.bin";
+  EXPECT_TRUE(SortToSeparateFile(recorder.context, document, {1, 2}, options, path));
+  Document sorted;
+  ASSERT_TRUE(OpenBin(recorder.context, path, sorted));
+  std::string held;
+  for (const OpenSdb& sdb : sorted.sdbs)
+    (held += sdb.name) += NameOf(sdb.database->satellites[0]->record.name);
+  EXPECT_EQ(held, "TWOASIXA");
+  EXPECT_TRUE(sorted.ubis.empty());
+}
+
 }  // namespace
 }  // namespace vexa

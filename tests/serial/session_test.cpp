@@ -135,6 +135,8 @@ TEST(Session, TheSubjectNamesWhatIsChosen) {
   EXPECT_EQ(UploadSubject(document, {1, 0}, TransferJob::kAdb), "\"ONE\" as ADB data");
   EXPECT_EQ(UploadSubject(document, {5, 2}, TransferJob::kSdb),
             "\"ONE\", \"Caf\xC3\xA9\", \"Box\" as SDB data");
+  document.names = FindCodePage("Windows-1251");
+  EXPECT_EQ(UploadSubject(document, {4, 0}, TransferJob::kAdb), "\"Caf\u0439\" as ADB data");
 }
 
 TEST(Session, ThePortOfThisProgramsConsoleIsNotBlamedOnAnother) {

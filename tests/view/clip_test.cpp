@@ -141,6 +141,9 @@ TEST_F(Clips, TextGoesToASpreadsheetAndBack) {
   EXPECT_EQ(NameOf(database.services[0]->record.name), "Changed");
   EXPECT_EQ(database.services.size(), 12u);
   EXPECT_THAT(TextOfNodes(document, {At(document, {0})}), IsEmpty());
+  document.names = FindCodePage("Windows-1251");
+  SetName(database.services[0]->record.name, "\xCF\xE5\xF0");
+  EXPECT_THAT(TextOfNodes(document, {rows[0]}), HasSubstr("\t\u041F\u0435\u0440\t"));
   for (const TreePath& path : {TreePath{0, 0}, TreePath{0, 1}, TreePath{0, 1, 0}})
     EXPECT_THAT(TextOfNodes(document, {Rows(path)[1]}), HasSubstr("\r\n")) << path.size();
 }

@@ -65,13 +65,13 @@ bool SortHere(EditorWindow& editor, const SortForm& form) {
       editor, [&] { return SortSdbs(messages, editor.document, form.sdbs, SortOptionsOf(form)); }, true);
 }
 
-bool SortToSeparateFile(const EditorWindow& editor, const SortForm& form, HWND owner) {
+bool SortElsewhere(const EditorWindow& editor, const SortForm& form, HWND owner) {
   const auto path = AskSaveFile(owner, {"Save As", kBinFilters, "bin"});
   if (!path) return false;
   const WaitPointer wait;
   const Context& context = editor.app->context;
   const auto size =
-      SortToFile(context, editor.document, form.sdbs, SortOptionsOf(form), *path, editor.version);
+      SortToSeparateFile(context, editor.document, form.sdbs, SortOptionsOf(form), *path, editor.version);
   return size && (CheckBinSize(context, *path, *size), true);
 }
 
@@ -86,7 +86,7 @@ void ShowSort(EditorWindow& editor) {
   actions.accept = [&](Form& form) {
     const SortForm taken = TakenSort(form);
     if (!CanSort(taken)) return false;
-    return taken.separate_file ? SortToSeparateFile(editor, taken, form.window) : SortHere(editor, taken);
+    return taken.separate_file ? SortElsewhere(editor, taken, form.window) : SortHere(editor, taken);
   };
   RunForm(*editor.app, IDD_SORT, actions);
 }
