@@ -1,8 +1,8 @@
 // Unsaved work that outlives the program.
 //
 // A running program has a folder of its own and keeps in it a file for each database that was changed and not
-// saved. The folder goes with the program. Where the program was killed it stays, and the next start offers
-// what it holds; beside a second running copy too, as a folder is locked as long as its program lives.
+// saved. The folder goes when the user ends the program. Otherwise it stays, and the next start offers what
+// it holds; beside a second running copy too, as a folder is locked as long as its program lives.
 //
 // The kept file is text in UTF-8, lines that end with LF, and then a BIN file (core/bin_file.h):
 //   "Vexa Editor recovery 2"

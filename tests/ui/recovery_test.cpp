@@ -83,6 +83,36 @@ TEST_F(RecoveryWindow, AnEndThatTheUserDidNotAskForKeepsTheWork) {
   ExpectCleanEnd(*driver_);
 }
 
+TEST_F(RecoveryWindow, AFileThatIsOpenedAtTheStartHasTheWindowOfItsWork) {
+  StartAndChange();
+  ASSERT_TRUE(driver_->Until(
+      "the kept file", [&] { return Count(".recovery") == 1; }, 30));
+  driver_->Kill();
+  Start({L"--test-mode", (recorder_.context.temporary_folder / "sample.bin").native()});
+  EXPECT_THAT(driver_->Answer(IDYES), HasSubstr("ended before this work was saved"));
+  ASSERT_TRUE(driver_->Until("the database window", [&] { return !driver_->Children().empty(); }));
+  EXPECT_TRUE(driver_->HasCaughtUp());
+  EXPECT_EQ(driver_->Children().size(), 1u);
+  EXPECT_THAT(driver_->Title(driver_->ActiveChild()), testing::EndsWith("sample.bin *"));
+  driver_->Command(kCmdSave);
+  ExpectCleanEnd(*driver_);
+}
+
+TEST_F(RecoveryWindow, TheEndOfTheSessionKeepsWhatTheUserWasNotAskedAbout) {
+  for (const bool asked : {true, false}) {
+    StartAndChange();
+    if (asked) {
+      PostMessageW(driver_->frame(), WM_QUERYENDSESSION, 0, 0);
+      EXPECT_THAT(driver_->Answer(IDNO), HasSubstr("Do you want to save"));
+    }
+    PostMessageW(driver_->frame(), WM_ENDSESSION, TRUE, 0);
+    EXPECT_TRUE(driver_->ExitCode());
+    EXPECT_EQ(Count(".recovery"), asked ? 0u : 1u);
+  }
+  ExpectOffered(IDNO);
+  ExpectCleanEnd(*driver_);
+}
+
 TEST_F(RecoveryWindow, ThatWorkCannotBeKeptIsToldOnce) {
   Start({L"--test-mode"}, PutSample());
   const auto number = reinterpret_cast<UINT_PTR>(driver_->ActiveChild());

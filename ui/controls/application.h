@@ -49,7 +49,8 @@ struct Application {
   EditorColourTable colours = DefaultColours();
   DefaultRecords defaults;
   UINT describe_menus = 0;    // test mode only: the message that asks for the menus
-  int exit_code = 0;          // of the program
+  int exit_code = 0;          // of the program; not 0: the user did not end it
+  bool end_agreed = false;    // the user was asked what the end of the session is to leave
   bool must_end = false;      // whatever is answered to the questions before
   int busy = 0;               // jobs that let messages through while they run; commands and closing wait
   std::vector<Path> waiting;  // files to open as soon as no dialog is open

@@ -116,7 +116,7 @@ void ShowStatusFont(Application& app) {
 }
 
 HIMAGELIST LoadTreePictures(const Application& app) {
-  return LoadPictures(app.instance, IDB_TREE, app.frame, {COLOR_WINDOW, COLOR_WINDOWTEXT});
+  return LoadPictures(app.instance, IDB_TREE, app.frame, {COLOR_WINDOW, COLOR_WINDOWTEXT}, app.tree_pictures);
 }
 
 bool StartFrame(Application& app) {
@@ -131,10 +131,11 @@ bool StartFrame(Application& app) {
   DragAcceptFiles(app.frame, TRUE);
   SetText(app.frame, Format("Vexa Editor %d.%d.%d", kVersionMajor, kVersionMinor, kVersionBuild));
   app.title = WindowText(app.frame);
-  // Opened once the frame stands, so that what the file has to say appears over it.
-  if (app.open_at_start) OpenLater(app, *app.open_at_start);
   StartRecovery(app);
   PostMessageW(app.frame, kOfferWork, 0, 0);
+  // Opened once the frame stands, so that what the file has to say appears over it, and behind the work that
+  // is offered: of one file that has the window.
+  if (app.open_at_start) OpenLater(app, *app.open_at_start);
   return true;
 }
 
@@ -228,6 +229,7 @@ void ShowFrame(Application& app) {
 }
 
 void EndFrame(Application& app) {
+  if (app.exit_code != 0) LeaveUnsavedWork(app);
   EndHelp(app);
   EndConsole(app);
   for (EditorWindow* editor : AllEditors(app))
@@ -252,7 +254,7 @@ void RenewPictures(Application& app) {
   ShowToolbarPictures(app);
   for (HWND child = GetWindow(app.client, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
     SendMessageW(child, WM_SETTINGCHANGE, 0, 0);
-  if (old) ImageList_Destroy(old);
+  if (old && old != app.tree_pictures) ImageList_Destroy(old);
 }
 
 // Fonts, pictures and lengths follow the frame to a screen of another resolution; dialogs do so by
@@ -333,6 +335,14 @@ void Destroy(Application& app) {
   });
   SetGuardedFrame(nullptr);
   PostQuitMessage(app.exit_code);
+}
+
+// The system ends the program behind this message, if `ends`; it may not have waited for the user's answers.
+void EndWithSession(Application& app, bool ends) {
+  const bool agreed = std::exchange(app.end_agreed, false);
+  if (!ends) return;
+  if (!agreed) app.exit_code = 1;
+  DestroyWindow(app.frame);
 }
 
 BOOL CALLBACK PassOnColours(HWND window, LPARAM) {
@@ -418,7 +428,10 @@ LRESULT FrameMessage(HWND frame, UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_COPYDATA:
       return AnswerSecondStart(*app, *reinterpret_cast<const COPYDATASTRUCT*>(lparam));
     case WM_QUERYENDSESSION:
-      return MayCloseAll(*app);
+      return app->end_agreed = MayCloseAll(*app);
+    case WM_ENDSESSION:
+      EndWithSession(*app, wparam);
+      return 0;
     case WM_CLOSE:
       if (app->busy == 0 && MayCloseAll(*app)) DestroyWindow(frame);
       return 0;

@@ -50,9 +50,12 @@ Outcome KeepWork(Application& app) {
 // Whether it has a window and is kept anew.
 bool OpenRecovered(Application& app, RecoveredWork& recovered) {
   UnsavedWork& work = recovered.work;
-  EditorWindow* editor = OpenEditor(app, std::move(recovered.document), work.path, true, work.list);
+  // Two programs may have kept work on one file: the second window bears its name alone.
+  const bool taken = !work.path.empty() && EditorOfFile(app, work.path);
+  EditorWindow* editor = OpenEditor(app, std::move(recovered.document), taken ? Path() : work.path, true,
+                                    taken ? work.path : work.list);
   if (!editor) return false;
-  editor->file_state = work.state;
+  if (!taken) editor->file_state = work.state;
   editor->version = work.version;
   return static_cast<bool>(KeepWorkOf(app, *editor));
 }
@@ -153,6 +156,11 @@ void KeepUnsavedWork(Application& app) {
   if (!app.recovery->MustTell(kept.done, MayTell(app))) return;
   TellWhy(app.context.messages, Icon::kWarning, WriteReason(app.recovery->path(), kept.error), "%s",
           kNotKept);
+}
+
+void LeaveUnsavedWork(Application& app) {
+  KeepUnsavedWork(app);
+  app.recovery.reset();
 }
 
 void LeaveReport(const char* thrown, const EXCEPTION_POINTERS* failure) noexcept {

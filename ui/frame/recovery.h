@@ -10,9 +10,12 @@ namespace vexa {
 void StartRecovery(Application& app);
 // Asks about the work that programs which are gone left behind, and opens it.
 void OfferAbandonedWork(Application& app);
-// Keeps what was changed since it was kept last, and forgets what has been saved. For the timer, and when a
-// transfer has ended. Where it cannot be kept the user is told, once until it can be again.
+// Keeps what was changed since it was kept last, and forgets what has been saved. For the timer, when a
+// transfer has ended, and at an end that the user did not ask for. Where it cannot be kept the user is told,
+// once until it can be again.
 void KeepUnsavedWork(Application& app);
+// The same before the windows go without a question: it stays for the next start.
+void LeaveUnsavedWork(Application& app);
 // A failure that nothing handles: leaves a report that holds no data of the user's, and the unsaved work for
 // the next start; then says where they are. `thrown`: what the failed part said; may be null. Works once.
 void LeaveReport(const char* thrown, const EXCEPTION_POINTERS* failure) noexcept;
