@@ -26,4 +26,8 @@ bool IsLostOn(uint32_t colour, uint32_t surface) {
   return (ours > under ? (ours + 0.05) / (under + 0.05) : (under + 0.05) / (ours + 0.05)) < kSeen;
 }
 
+uint32_t SeenColour(uint32_t colour, const SystemColours& system) {
+  return system.high_contrast || IsLostOn(colour, system.surface) ? system.text : colour;
+}
+
 }  // namespace vexa

@@ -7,7 +7,6 @@
 
 #include "core/messages.h"
 #include "platform/text.h"
-#include "view/legible.h"
 
 namespace vexa {
 
@@ -190,7 +189,7 @@ uint32_t TextColour(const EditorColourTable& colours, ColourRole role, const Sys
   if (role == ColourRole::kPlain) return system.text;
   const uint32_t colour = colours[static_cast<size_t>(role)];
   const bool chosen = colour != DefaultColours()[static_cast<size_t>(role)];
-  return !chosen && (system.high_contrast || IsLostOn(colour, system.surface)) ? system.text : colour;
+  return chosen ? colour : SeenColour(colour, system);
 }
 
 ColourRole NodeColour(const Document& document, const NodeRef& node) {

@@ -20,6 +20,7 @@
 #include "config/settings.h"
 #include "core/database.h"
 #include "core/field_texts.h"
+#include "view/legible.h"
 
 namespace vexa {
 
@@ -64,11 +65,6 @@ std::string NodeLabel(const Document& document, const NodeRef& node);
 
 // The user's colour that its text has: whether there are services below it, or what it is.
 ColourRole NodeColour(const Document& document, const NodeRef& node);
-// The system's colours, 0x00BBGGRR.
-struct SystemColours {
-  bool high_contrast = false;
-  uint32_t text = 0, surface = 0xFFFFFF;
-};
 // The colour of such a text: the user's, or the system's own. In high contrast, and where it would be lost, a
 // colour that the user has not chosen gives way to the system's.
 uint32_t TextColour(const EditorColourTable& colours, ColourRole role, const SystemColours& system);

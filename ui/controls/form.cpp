@@ -95,12 +95,12 @@ void Command(OpenForm& open, HWND dialog, int id, int code) {
 
 INT_PTR FormMessage(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
   if (message == WM_INITDIALOG) {
-    SetWindowLongPtrW(dialog, DWLP_USER, lparam);
     OpenForm& open = *reinterpret_cast<OpenForm*>(lparam);
     if (open.may_shrink && IsTooLarge(dialog)) {
       EndDialog(dialog, kTooLarge);
       return TRUE;
     }
+    SetWindowLongPtrW(dialog, DWLP_USER, lparam);
     Form form{open.app, dialog};
     if (open.actions.open) open.actions.open(form);
     open.anchors = TakeAnchors(dialog, open.actions.anchors);

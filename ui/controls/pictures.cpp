@@ -60,7 +60,7 @@ void MakeLegible(HBITMAP strip, Surface surface) {
 
 }  // namespace
 
-HIMAGELIST LoadPictures(HINSTANCE instance, int strip, HWND window, Surface surface) {
+HIMAGELIST LoadPictures(HINSTANCE instance, int strip, HWND window, Surface surface, HIMAGELIST before) {
   const Scale scale = ScaleFor(Scaled(window, kPictureSizes[0]));
   const int side = kPictureSizes[scale.place] * scale.factor;
   auto bitmap = static_cast<HBITMAP>(
@@ -69,8 +69,11 @@ HIMAGELIST LoadPictures(HINSTANCE instance, int strip, HWND window, Surface surf
   if (!bitmap || !GetObjectW(bitmap, sizeof facts, &facts)) return nullptr;
   MakeLegible(bitmap, surface);
   HBITMAP enlarged = Enlarged(bitmap, facts.bmWidth, facts.bmHeight, scale.factor);
+  int width = 0, height = 0;
+  const bool fits = before && ImageList_GetIconSize(before, &width, &height) && width == side;
+  if (fits) ImageList_RemoveAll(before);
   HIMAGELIST pictures =
-      ImageList_Create(side, side, ILC_COLOR24 | ILC_MASK, facts.bmWidth / facts.bmHeight, 0);
+      fits ? before : ImageList_Create(side, side, ILC_COLOR24 | ILC_MASK, facts.bmWidth / facts.bmHeight, 0);
   if (pictures && enlarged) ImageList_AddMasked(pictures, enlarged, kClear);
   DeleteObject(enlarged);
   DeleteObject(bitmap);

@@ -30,11 +30,12 @@ int Scaled(HWND window, int length) {
   return MulDiv(length, own ? static_cast<int>(own) : dots, 96);
 }
 
-bool HighContrast() {
+SystemColours WindowColours() {
   HIGHCONTRASTW asked{};
   asked.cbSize = sizeof asked;
-  return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof asked, &asked, 0) &&
-         (asked.dwFlags & HCF_HIGHCONTRASTON) != 0;
+  const bool high = SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof asked, &asked, 0) &&
+                    (asked.dwFlags & HCF_HIGHCONTRASTON) != 0;
+  return {high, GetSysColor(COLOR_WINDOWTEXT), GetSysColor(COLOR_WINDOW)};
 }
 
 HFONT MakeFont(HWND window) {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/windows/wide.h"
+#include "view/legible.h"
 
 namespace vexa {
 
@@ -21,8 +22,8 @@ std::string WindowText(HWND window);
 void SetText(HWND window, const std::string& utf8);
 // A length given at 96 dots an inch, at the resolution of the window's screen.
 int Scaled(HWND window, int length);
-// Whether the user has asked the system for colours of high contrast, which are then its own.
-bool HighContrast();
+// The present colours of windows with text.
+SystemColours WindowColours();
 // "MS Sans Serif" at the window's resolution; the caller deletes it.
 HFONT MakeFont(HWND window);
 // Gives the controls that font at the window's present resolution; the one in `font` goes, the new one is in

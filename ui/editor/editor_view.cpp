@@ -33,8 +33,7 @@ void RefreshPanel(EditorWindow& editor) {
 }
 
 COLORREF ColourOf(const EditorWindow& editor, const NodeRef& node) {
-  return TextColour(editor.app->colours, NodeColour(editor.document, node),
-                    {HighContrast(), GetSysColor(COLOR_WINDOWTEXT), GetSysColor(COLOR_WINDOW)});
+  return TextColour(editor.app->colours, NodeColour(editor.document, node), WindowColours());
 }
 
 LRESULT DrawTree(EditorWindow& editor, NMTVCUSTOMDRAW& draw) {

@@ -47,12 +47,11 @@ void Colour(HWND log, ReportColour colour) {
   CHARFORMATW format{};
   format.cbSize = sizeof format;
   format.dwMask = CFM_COLOR | CFM_BOLD;
-  // The system's own colour is the only one that is sure to be read in high contrast; errors stand out there
-  // by being bold.
-  const bool plain = HighContrast();
+  // Where the system's own colour must stand for it, errors stand out by being bold.
+  format.crTextColor = colour == ReportColour::kError ? kErrorColour : kSuccessColour;
+  const bool plain = SeenColour(format.crTextColor, WindowColours()) != format.crTextColor;
   if (plain || colour == ReportColour::kNeutral) format.dwEffects = CFE_AUTOCOLOR;
   if (plain && colour == ReportColour::kError) format.dwEffects |= CFE_BOLD;
-  format.crTextColor = colour == ReportColour::kError ? kErrorColour : kSuccessColour;
   SendMessageW(log, EM_SETCHARFORMAT, SCF_SELECTION, reinterpret_cast<LPARAM>(&format));
 }
 

@@ -302,7 +302,8 @@ LRESULT DrawRow(const ProductionDialog& dialog, NMLVCUSTOMDRAW& draw) {
   const auto row = static_cast<size_t>(draw.nmcd.dwItemSpec);
   if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT || row >= dialog.production.count()) return CDRF_DODEFAULT;
   const PlaceState state = dialog.production.Look(row).state;
-  if (state == PlaceState::kOk || state == PlaceState::kFailed) draw.clrText = ColourOf(state);
+  if (state == PlaceState::kOk || state == PlaceState::kFailed)
+    draw.clrText = SeenColour(ColourOf(state), WindowColours());
   return CDRF_DODEFAULT;
 }
 
