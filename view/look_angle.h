@@ -15,6 +15,8 @@ namespace vexa {
 // Degrees: north and east positive.
 struct Place {
   double latitude = 0, longitude = 0;
+
+  bool operator==(const Place&) const = default;
 };
 
 // Degrees.

@@ -71,17 +71,20 @@ TEST_F(PicturePane, KeysAndMouseSelectAndZoom) {
   RECT area{};
   GetClientRect(Pane(), &area);
   const LONG y = 30;
-  Send(Pane(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(area.right / 2 - 40, y));
-  Send(Pane(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(area.right / 2, y));
-  Send(Pane(), WM_LBUTTONUP, 0, MAKELPARAM(area.right / 2 + 20, y));
-  ASSERT_TRUE(driver_->Answers());
-  driver_->Key(Pane(), VK_LEFT);
-  ASSERT_TRUE(driver_->Answers());
-  EXPECT_THAT(Selected(), ElementsAre(0));
-  driver_->Key(Pane(), VK_HOME);
-  driver_->Key(Pane(), VK_LEFT);
-  ASSERT_TRUE(driver_->Answers());
-  EXPECT_THAT(Selected(), ElementsAre(1));
+  for (const unsigned whole : {VK_HOME + 0u, VK_ESCAPE + 0u}) {
+    Send(Pane(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(area.right / 2 - 40, y));
+    Send(Pane(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(area.right / 2, y));
+    Send(Pane(), WM_LBUTTONUP, 0, MAKELPARAM(area.right / 2 + 20, y));
+    ASSERT_TRUE(driver_->Answers());
+    driver_->Key(Pane(), VK_LEFT);
+    ASSERT_TRUE(driver_->Answers());
+    EXPECT_THAT(Selected(), ElementsAre(0));
+    driver_->Key(Pane(), whole);
+    driver_->Key(Pane(), VK_LEFT);
+    ASSERT_TRUE(driver_->Answers());
+    EXPECT_THAT(Selected(), ElementsAre(1));
+    driver_->Key(Pane(), VK_RIGHT);
+  }
   driver_->Command(kCmdPicture);
   ASSERT_TRUE(driver_->Until("the picture", [&] { return !IsWindowVisible(Pane()); }));
 }

@@ -100,29 +100,6 @@ TEST_F(Transfers, PortThatCannotBeOpenedIsToldTwice) {
   ExpectCleanEnd(*editor);
 }
 
-TEST_F(Transfers, UploadAsSdbOffersEverythingAndNeedsOneSdb) {
-  const auto editor = StartWithDatabase();
-  HWND dialog = editor->Open(kCmdUploadSdb, "Upload as SDB");
-  HWND list = GetDlgItem(dialog, IDC_UPLOAD_LIST);
-  ASSERT_EQ(Send(list, LVM_GETITEMCOUNT), 3) << "two SDBs and a box record";
-  EXPECT_EQ(editor->CellOf(list, 1, 0), "SDB2");
-  EXPECT_EQ(editor->CellOf(list, 2, 0), "UBI1");
-  for (WPARAM i = 0; i < 3; ++i) EXPECT_EQ(Send(list, LVM_GETITEMSTATE, i, LVIS_STATEIMAGEMASK) >> 12, 2);
-  // Space takes the tick of the focused row away.
-  for (int i = 0; i < 2; ++i) {
-    PostMessageW(list, WM_KEYDOWN, VK_SPACE, 0);
-    PostMessageW(list, WM_KEYDOWN, VK_DOWN, 0);
-    editor->Until("the tick to go", [&] {
-      return Send(list, LVM_GETITEMSTATE, static_cast<WPARAM>(i), LVIS_STATEIMAGEMASK) >> 12 == 1;
-    });
-  }
-  Click(dialog, IDOK);
-  EXPECT_EQ(Told(*editor), "Add atleast one SDB to upload.");
-  EXPECT_TRUE(IsWindowVisible(dialog));
-  editor->Press(dialog, IDCANCEL);
-  ExpectCleanEnd(*editor);
-}
-
 TEST_F(Transfers, SingleImageRefusesAndThenConverts) {
   const Bytes content(3000, 0x5A);
   const Path image = PutBytes("image.bin", content);
@@ -201,24 +178,6 @@ TEST_F(Transfers, SingleImagesReplaceAFileOnceAskedAndAreCompressed) {
   }
   EXPECT_LT(sizes[1], sizes[0]);
   EXPECT_LT(sizes[0], content.size());
-  ExpectCleanEnd(*editor);
-}
-
-TEST_F(Transfers, SdbDataReplacesTheImageOnlyOnceAsked) {
-  const auto editor = StartWithDatabase();
-  for (const int type : {1, 0}) {  // only what was changed was chosen
-    HWND dialog = editor->Open(kCmdSettings, "Settings");
-    Pick(dialog, IDC_SETTINGS_IMAGE_TYPE, type);
-    editor->Press(dialog, IDOK);
-  }
-  for (const unsigned command : {kCmdUploadThisSdb, kCmdUploadSdb}) {
-    editor->Command(command);
-    if (command == kCmdUploadSdb) editor->Press(editor->WaitForBox("Upload as SDB"), IDOK);
-    EXPECT_EQ(editor->Answer(IDNO),
-              "SDB data would replace the image in \"ADB Application\".\nDo you want to continue ?");
-    EXPECT_TRUE(editor->HasCaughtUp());
-    EXPECT_EQ(editor->FindBox(), nullptr);
-  }
   ExpectCleanEnd(*editor);
 }
 
@@ -381,6 +340,47 @@ TEST_F(Line, UploadsTheDatabaseAndFetchesItBack) {
   editor->Close();
   EXPECT_THAT(editor->Answer(IDNO), HasSubstr("Changes made are not saved."));
   EXPECT_EQ(editor->ExitCode(), 0u);
+}
+
+TEST_F(Line, UploadAsSdbOffersEverythingAndNeedsOneSdb) {
+  const auto editor = StartWithDatabase();
+  HWND dialog = editor->Open(kCmdUploadSdb, "Upload as SDB");
+  HWND list = GetDlgItem(dialog, IDC_UPLOAD_LIST);
+  ASSERT_EQ(Send(list, LVM_GETITEMCOUNT), 3) << "two SDBs and a box record";
+  EXPECT_EQ(editor->CellOf(list, 1, 0), "SDB2");
+  EXPECT_EQ(editor->CellOf(list, 2, 0), "UBI1");
+  for (WPARAM i = 0; i < 3; ++i) EXPECT_EQ(Send(list, LVM_GETITEMSTATE, i, LVIS_STATEIMAGEMASK) >> 12, 2);
+  // Space takes the tick of the focused row away.
+  for (int i = 0; i < 2; ++i) {
+    PostMessageW(list, WM_KEYDOWN, VK_SPACE, 0);
+    PostMessageW(list, WM_KEYDOWN, VK_DOWN, 0);
+    editor->Until("the tick to go", [&] {
+      return Send(list, LVM_GETITEMSTATE, static_cast<WPARAM>(i), LVIS_STATEIMAGEMASK) >> 12 == 1;
+    });
+  }
+  Click(dialog, IDOK);
+  EXPECT_EQ(Told(*editor), "Add atleast one SDB to upload.");
+  EXPECT_TRUE(IsWindowVisible(dialog));
+  editor->Press(dialog, IDCANCEL);
+  ExpectCleanEnd(*editor);
+}
+
+TEST_F(Line, SdbDataReplacesTheImageOnlyOnceAsked) {
+  const auto editor = StartWithDatabase();
+  for (const int type : {1, 0}) {  // only what was changed was chosen
+    HWND dialog = editor->Open(kCmdSettings, "Settings");
+    Pick(dialog, IDC_SETTINGS_IMAGE_TYPE, type);
+    editor->Press(dialog, IDOK);
+  }
+  for (const unsigned command : {kCmdUploadThisSdb, kCmdUploadSdb}) {
+    editor->Command(command);
+    if (command == kCmdUploadSdb) editor->Press(editor->WaitForBox("Upload as SDB"), IDOK);
+    EXPECT_EQ(editor->Answer(IDNO),
+              "SDB data would replace the image in \"ADB Application\".\nDo you want to continue ?");
+    EXPECT_TRUE(editor->HasCaughtUp());
+    EXPECT_EQ(editor->FindBox(), nullptr);
+  }
+  ExpectCleanEnd(*editor);
 }
 
 TEST_F(Line, UploadsSdbs) {

@@ -485,6 +485,10 @@ bool TakeLeaveKey(EditorWindow& editor, const MSG& message) {
   if (message.message != WM_KEYDOWN || !IsChild(editor.window, message.hwnd)) return false;
   if (message.hwnd == editor.filter_field) return TakeFilterKey(editor, message.wParam);
   if (message.wParam != VK_ESCAPE && message.wParam != VK_BACK) return false;
+  if (message.hwnd == editor.picture_pane && message.wParam == VK_ESCAPE) {
+    SendMessageW(editor.picture_pane, WM_KEYDOWN, VK_ESCAPE, 0);  // shows all of it again, or leaves it
+    return true;
+  }
   if (!editor.details) return message.wParam == VK_ESCAPE && EndFilter(editor);
   LeaveInformation(editor);
   return true;

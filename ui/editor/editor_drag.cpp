@@ -135,13 +135,12 @@ void Drop(EditorWindow& editor, const std::vector<NodeRef>& rows, const NodeRef&
   }
 }
 
-// In the status line, and in a box when not all of them were added.
+// In the status line, and in a box when some of them can never be added there.
 void TellAddition(Application& app, const GroupAddition& addition) {
   const std::string text = AdditionText(addition);
   app.outcome = text;
   app.refresh_frame();
-  if (addition.present + addition.unfit > 0)
-    Tell(app.context.messages, Icon::kInformation, "%s", text.c_str());
+  if (addition.unfit > 0) Tell(app.context.messages, Icon::kInformation, "%s", text.c_str());
 }
 
 }  // namespace

@@ -54,7 +54,12 @@ void ShowEnabling(const Form& form, const SettingsForm& dialog) {
               {IDC_SETTINGS_STOP_BITS, enabled.serial},
               {IDC_SETTINGS_SET, enabled.sets},
               {IDC_SETTINGS_SET_SAVE, enabled.sets},
-              {IDC_SETTINGS_SET_DELETE, enabled.sets}};
+              {IDC_SETTINGS_SET_DELETE, enabled.sets},
+              {IDC_SETTINGS_NAMES, enabled.ok},
+              {IDC_SETTINGS_COPIES, enabled.ok},
+              {IDC_SETTINGS_COPIES_BROWSE, enabled.ok},
+              {IDC_SETTINGS_LATITUDE, enabled.ok},
+              {IDC_SETTINGS_LONGITUDE, enabled.ok}};
   for (const auto& row : rows) EnableLabelled(form, row.id, row.enabled);
   // A disabled control that keeps the focus would take all keys.
   HWND focus = GetFocus();
@@ -267,6 +272,7 @@ bool TakePlace(const Form& form, std::optional<Place>& place) {
 }
 
 void KeepPlace(Application& app, const std::optional<Place>& place) {
+  if (place == app.place) return;
   app.place = place;
   SavePlace(app.settings, place);
   for (EditorWindow* editor : AllEditors(app)) RefreshList(*editor);

@@ -188,7 +188,6 @@ bool PortAnswers(Application& app) {
 
 void SendSdbs(Application& app, const EditorWindow& editor, const BinSelection& selection) {
   if (!MayReplaceImage(app.context, app.config)) return;
-  if (!PortAnswers(app)) return;
   auto files = [&] {
     const WaitPointer wait;
     return PrepareSdbUpload(app.context, editor.document, selection, app.config, LocalTimeNow(),
@@ -206,7 +205,8 @@ void SendSdbs(Application& app, const EditorWindow& editor, const BinSelection& 
 void UploadSdb(Application& app) {
   const EditorWindow& editor = *ActiveEditor(app);
   const Document& document = editor.document;
-  if (!MayUploadSdb(app.context, app.config, document, IsAmongUbis(editor.selected))) return;
+  if (!MayUploadSdb(app.context, app.config, document, IsAmongUbis(editor.selected)) || !PortAnswers(app))
+    return;
   if (!AsksWhatToSend(app.config, document)) {
     SendSdbs(app, editor, OnlySdb(editor));
   } else if (const auto selection = ChooseWhatToSend(app, document)) {
@@ -216,7 +216,7 @@ void UploadSdb(Application& app) {
 
 void UploadThisSdb(Application& app) {
   const EditorWindow& editor = *ActiveEditor(app);
-  if (MayUploadSdb(app.context, app.config, editor.document, false)) {
+  if (MayUploadSdb(app.context, app.config, editor.document, false) && PortAnswers(app)) {
     SendSdbs(app, editor, OnlySdb(editor));
   }
 }
