@@ -16,19 +16,29 @@ namespace vexa {
 
 namespace {
 
-// A number that starts with 0 is decimal here, where the parser would take it for octal.
-std::string WithoutLeadingZeros(std::string text) {
-  const size_t sign = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
-  if (text.find_first_not_of("0123456789", sign) != text.npos) return text;
-  while (text.size() > sign + 1 && text[sign] == '0') text.erase(sign, 1);
-  return text;
+// The parser takes a number that starts with 0 for octal, nothing for 0, and looks past a sign or a blank in
+// front. Here it begins with a digit and is decimal, or 0x hexadecimal. Why the text is none; empty when it
+// is.
+std::string NumberWord(std::string& text) {
+  if (text.empty() || text[0] < '0' || text[0] > '9') return "\"" + text + "\" is no number";
+  if (text.find_first_not_of("0123456789") != text.npos) return {};
+  while (text.size() > 1 && text[0] == '0') text.erase(0, 1);
+  return {};
 }
 
-void TakeNumbersAsDecimal(CLI::App& command) {
+// A script gives an empty word for what was not set: that is no file, no folder and no choice.
+std::string CheckNotEmpty(const std::string& text) {
+  return text.empty() ? "\"\" names nothing; leave the option out" : "";
+}
+
+void CheckWords(CLI::App& command) {
   for (CLI::Option* option : command.get_options()) {
-    if (option->get_type_name().find("INT") != std::string::npos) option->transform(WithoutLeadingZeros);
+    const std::string type = option->get_type_name();
+    if (type.find("INT") != std::string::npos) option->transform(CLI::Validator(NumberWord, ""));
+    if (type == "TEXT" && !option->get_required() && !option->check_lname("initials"))
+      option->check(CheckNotEmpty);
   }
-  for (CLI::App* inner : command.get_subcommands({})) TakeNumbersAsDecimal(*inner);
+  for (CLI::App* inner : command.get_subcommands({})) CheckWords(*inner);
 }
 
 int TellInterrupted(const CommandState& state, const CLI::App& program) {
@@ -72,7 +82,7 @@ void DescribeProgram(CLI::App& program, CommandState& state) {
   AddConfigurationCommands(program, state);
   AddImageCommands(program, state);
   AddReceiverCommands(program, state);
-  TakeNumbersAsDecimal(program);
+  CheckWords(program);
   DescribeDefaults(program);
 }
 

@@ -182,6 +182,7 @@ std::string WrongUbiText(const std::string& key, const std::string& value) {
 // What assignments did to a record, for the rules that are judged at the end.
 struct ChosenUbi {
   std::set<std::string> keys;  // that were set
+  std::string name;            // before
 };
 struct ChosenService {
   bool was_tv = false;
@@ -277,7 +278,7 @@ class Assigner {
 
   void SetUbi(size_t place, const Assignment& assignment) {
     OpenUbi& ubi = document_.ubis[place];
-    ChosenUbi& entry = chosen.ubis[place];
+    ChosenUbi& entry = chosen.ubis.try_emplace(place, ChosenUbi{{}, ubi.name}).first->second;
     for (const auto& [key, value] : assignment.fields) {
       entry.keys.insert(key);
       if (key == "name") {
@@ -357,7 +358,7 @@ class Judge {
         if (!chosen_.services.empty()) JudgeServices(carrier, here);
       }
     }
-    for (const auto& [place, ubi] : chosen_.ubis) JudgeUbi(document_.ubis[place], ubi.keys);
+    for (const auto& [place, ubi] : chosen_.ubis) JudgeUbi(document_.ubis[place], ubi);
   }
 
  private:
@@ -416,8 +417,9 @@ class Judge {
     return kNoPid;
   }
 
-  void JudgeUbi(const OpenUbi& ubi, const std::set<std::string>& keys) {
-    const std::string place = Utf8FromLatin(ubi.name);
+  void JudgeUbi(const OpenUbi& ubi, const ChosenUbi& chosen) {
+    const std::set<std::string>& keys = chosen.keys;
+    const std::string place = Utf8FromLatin(ubi.name.empty() ? chosen.name : ubi.name);
     const auto& code = ubi.record.lock_code;
     Expect(place, UbiNameText(ubi.name));
     if (keys.contains("lock_code") &&

@@ -94,9 +94,14 @@ void PutSdb(Json& root, const StaticDatabase& database, const CodePage& page) {
   }
 }
 
+// As a save keeps it.
+std::string NameIn(const CodePage& page, const OpenSdb& sdb) {
+  return Utf8FromPage(page, sdb.name.substr(0, kSdbNameLength));
+}
+
 // User box records have texts between and behind their numbers.
 void PutUbi(Json& fields, const OpenUbi& ubi, const CodePage& page) {
-  fields["name"] = Utf8FromPage(page, ubi.name);
+  fields["name"] = Utf8FromPage(page, ubi.name.substr(0, kUbiNameLength));
   PutFields(fields, ubi.record);
   fields["kept_byte8_23"] = KeptText(ubi.record);
   fields["lock_code"] = LockCodeText(ubi.record);
@@ -414,7 +419,7 @@ Json Parsed(std::string_view text) {
 }  // namespace
 
 std::string JsonOfSdb(const OpenSdb& sdb, const CodePage& page) {
-  Json root = {{"schema", kSchemaOfSdb}, {"name", Utf8FromPage(page, sdb.name)}};
+  Json root = {{"schema", kSchemaOfSdb}, {"name", NameIn(page, sdb)}};
   PutSdb(root, *sdb.database, page);
   return root.dump(2) + "\n";
 }
@@ -425,7 +430,7 @@ std::string JsonOfDocument(const Document& document, const CodePage& page) {
                {"ubi_compressed", document.compress_ubis ? 1 : 0}};
   Json& sdbs = root["sdbs"] = Json::array();
   for (const OpenSdb& sdb : document.sdbs) {
-    Json inner = {{"name", Utf8FromPage(page, sdb.name)}, {"compressed", sdb.database->compressed ? 1 : 0}};
+    Json inner = {{"name", NameIn(page, sdb)}, {"compressed", sdb.database->compressed ? 1 : 0}};
     PutSdb(inner, *sdb.database, page);
     sdbs.push_back(std::move(inner));
   }

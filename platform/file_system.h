@@ -11,6 +11,10 @@ namespace vexa {
 // when that was for want of memory.
 std::FILE* OpenFile(const Path& path, bool writing);
 
+// Whether the path names a file of the disk by a number under which the program has it open, as "/dev/stdout"
+// may: OpenFile then goes on where that stands, and nothing may take its place.
+bool IsOpenAlready(const Path& path);
+
 // The same for writing behind what is there. Waits until nobody else has it open so, who may then have added
 // to it.
 std::FILE* OpenFileToAppend(const Path& path);

@@ -204,7 +204,8 @@ WriteResult Stage(const Path& path, const std::function<bool(const PieceWriter&)
   const auto before = fs::status(path, error);
   if (const auto refusal = RefusalOf(path, before)) return {WriteResult::kCannotCreate, refusal};
   // A device or a pipe takes the content as it comes; nothing may take its place.
-  if (fs::exists(before) && !fs::is_regular_file(before)) return Fill(path, true, produce, files);
+  if ((fs::exists(before) && !fs::is_regular_file(before)) || IsOpenAlready(path))
+    return Fill(path, true, produce, files);
   staged.target = FollowLinks(path);  // the file that a link names is replaced, and not the link
   RemoveAbandonedBeside(staged.target);
   staged.scratch = ScratchBeside(staged.target);

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -24,9 +25,32 @@ Opened* ThrowWithoutMemory(Opened* opened) {
   return opened;
 }
 
+// The number of the open file of the disk that the path names; -1: it is no such path.
+int DescriptorOf(const Path& path) {
+  const std::string& text = path.native();
+  int number = text == "/dev/stdout" ? STDOUT_FILENO : text == "/dev/stderr" ? STDERR_FILENO : -1;
+  for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
+    if (!text.starts_with(folder)) continue;
+    const auto [end, error] = std::from_chars(text.data() + folder.size(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) number = -1;
+  }
+  struct stat facts {};
+  return number >= 0 && fstat(number, &facts) == 0 && S_ISREG(facts.st_mode) ? number : -1;
+}
+
 }  // namespace
 
+bool IsOpenAlready(const Path& path) {
+  return DescriptorOf(path) >= 0;
+}
+
 std::FILE* OpenFile(const Path& path, bool writing) {
+  if (const int open = writing ? DescriptorOf(path) : -1; open >= 0) {
+    const int own = dup(open);
+    std::FILE* file = own < 0 ? nullptr : fdopen(own, "wb");
+    if (own >= 0 && !file) close(own);
+    return ThrowWithoutMemory(file);
+  }
   return ThrowWithoutMemory(std::fopen(path.c_str(), writing ? "wb" : "rb"));
 }
 

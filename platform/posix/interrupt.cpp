@@ -15,7 +15,7 @@ constexpr unsigned kAgain = 1;  // s
 
 std::atomic<bool> interrupted{false};
 struct sigaction old_actions[kSignals.size()];
-struct sigaction old_pipe;
+struct sigaction old_pipe, old_size;
 
 // A system call that is entered just behind the flag's last look would wait for ever: it is woken again and
 // again.
@@ -44,13 +44,17 @@ InterruptWatch::InterruptWatch() {
   TakeSignals();
   struct sigaction ignore {};
   ignore.sa_handler = SIG_IGN;
+  // What cannot be written to a pipe without a reader, or beyond the largest file allowed, is told as an
+  // error.
   sigaction(SIGPIPE, &ignore, &old_pipe);
+  sigaction(SIGXFSZ, &ignore, &old_size);
 }
 
 InterruptWatch::~InterruptWatch() {
   alarm(0);
   for (size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &old_actions[i], nullptr);
   sigaction(SIGPIPE, &old_pipe, nullptr);
+  sigaction(SIGXFSZ, &old_size, nullptr);
   interrupted = false;
 }
 

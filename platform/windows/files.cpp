@@ -27,6 +27,10 @@ std::wstring LongPath(const Path& path) {
 
 }  // namespace
 
+bool IsOpenAlready(const Path&) {
+  return false;
+}
+
 std::FILE* OpenFile(const Path& path, bool writing) {
   return _wfopen(LongPath(path).c_str(), writing ? L"wb" : L"rb");
 }

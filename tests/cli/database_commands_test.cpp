@@ -75,6 +75,7 @@ TEST_F(DatabaseCommands, RefusalsAreStatusOneWithTheBoxTextAndKeepTheOldOutput) 
       {"save @base.bin -o @out.bin --sdb 3", "error: "},
       {"save @base.bin -o @out.bin --sdb 1 --satellites 86", "error: "},
       {"save @base.bin -o @no/such/folder.bin", "error: Could not creat file \""},
+      {"set @base.bin -o @out.bin 'ubi 2' name=", "error: UBI2: UBI name can not be empty."},
   };
   for (const auto& row : rows) {
     const ProgramResult result = Vexa(row.line);

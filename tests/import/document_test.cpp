@@ -56,6 +56,9 @@ TEST(JsonDocument, HoldsEveryBitOfADocument) {
     SCOPED_TRACE(round);
     Document document = MakeRandomDocument(random), read;
     CleanNames(document);
+    // A file may have names that are longer than those that a save keeps.
+    if (round % 2 == 1) document.sdbs[0].name = "1234567";
+    if (round % 4 == 1 && !document.ubis.empty()) document.ubis[0].name = "12345678";
     const std::string json = JsonOfDocument(document, Windows1252());
     const auto misfit = ReadJsonDocument(json, Windows1252(), read);
     ASSERT_FALSE(misfit) << misfit->where << " " << misfit->what;

@@ -3,6 +3,7 @@
 #if !defined(_WIN32)
 #include <dirent.h>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -350,6 +351,18 @@ TEST(Files, AbandonedScratchFilesOfOtherSystemsGoAfterADay) {
 }
 
 #if !defined(_WIN32)
+TEST(Files, WhatIsOpenGoesOnWhereItStands) {
+  Recorder recorder;
+  const Path file = recorder.context.temporary_folder / "notes";
+  PutFile(file, BytesOf("notes "));
+  const int open_file = open(file.c_str(), O_WRONLY | O_APPEND);
+  ASSERT_GE(open_file, 0);
+  for (const char* folder : {"/dev/fd/", "/proc/self/fd/"})
+    EXPECT_EQ(WriteWholeFile(folder + std::to_string(open_file), BytesOf("more ")), WriteResult::kDone);
+  close(open_file);
+  EXPECT_EQ(ReadWholeFile(file), BytesOf("notes more more "));
+}
+
 TEST(Files, TheNextWriteRemovesWhatAKilledOneLeft) {
   Recorder recorder;
   const Path folder = recorder.context.temporary_folder;
