@@ -190,7 +190,7 @@ TEST(Sort, ASeparateFileHoldsTheSortedSdbsAlone) {
   Document document;
   for (const char* name : {"ONE", "TWO", "SIX"}) AppendSdb(document, name);
   document.ubis.push_back({"UBI1", {}});
-  for (const size_t sdb : {1, 2}) {
+  for (const size_t sdb : {size_t{1}, size_t{2}}) {
     StaticDatabase& database = *document.sdbs[sdb].database;
     database.lnb_count = 1;
     for (const char* name : {"B", "A"}) AddTestSatellite(database, name);
