@@ -341,6 +341,8 @@ void Destroy(Application& app) {
 void EndWithSession(Application& app, bool ends) {
   const bool agreed = std::exchange(app.end_agreed, false);
   if (!ends) return;
+  // A dialog or a job goes on with its window behind this message, if there is time for it.
+  if (app.busy != 0 || !IsWindowEnabled(app.frame)) return LeaveUnsavedWork(app);
   if (!agreed) app.exit_code = 1;
   DestroyWindow(app.frame);
 }
